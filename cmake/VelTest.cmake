@@ -1,0 +1,52 @@
+# vel_add_test(NAME SOURCES... [LIBRARIES...] [LABELS...] [TIMEOUT n] [QT])
+#
+# Builds one GoogleTest program (with QT one Qt Test program, run on the
+# offscreen platform) and registers it with CTest.
+enable_testing()
+if(VEL_TESTS)
+    find_package(GTest REQUIRED)
+endif()
+
+function(vel_add_test name)
+    if(NOT VEL_TESTS)
+        return()
+    endif()
+    cmake_parse_arguments(ARG "QT" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    if(ARG_QT)
+        set_target_properties(${name} PROPERTIES AUTOMOC ON)
+        target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} Qt6::Test)
+    else()
+        target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest_main)
+    endif()
+    set_target_properties(${name} PROPERTIES
+        RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    add_test(NAME ${name} COMMAND ${name})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+    vel_test_environment(${name})
+endfunction()
+
+# The environment in which the tests of the build tree run, also those that are
+# not GoogleTest programs.
+function(vel_test_environment name)
+    set(environment
+        "LC_ALL=C.UTF-8"
+        "QT_QPA_PLATFORM=offscreen"
+        "ZOT5_VEL_PARSER=${CMAKE_BINARY_DIR}/perl"
+        "ZOT5_VEL_LIBSDIR=${CMAKE_BINARY_DIR}/libraries"
+        "ZOT5_VEL_LIBS=rules.vel"
+        "ZOT5ROOT=${CMAKE_BINARY_DIR}"
+        "ZOTBUILDID=test"
+        "ZOT_HELP_DIR=${CMAKE_BINARY_DIR}/help"
+        "VEL_BUILD_DIR=${CMAKE_BINARY_DIR}"
+        "VEL_SOURCE_DIR=${CMAKE_SOURCE_DIR}")
+    if(VEL_SANITIZE)
+        list(APPEND environment "ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1"
+             "UBSAN_OPTIONS=print_stacktrace=1"
+             "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0")
+    endif()
+    set_property(TEST ${name} APPEND PROPERTY ENVIRONMENT "${environment}")
+endfunction()

@@ -1,0 +1,28 @@
+// The plain records that the database hands to its callers, and to theirs.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+enum velKind : std::uint32_t {
+    velNone = 0,
+    velParam = 1,     ///< a name and a value
+    velObject = 2,    ///< a type and a name
+    velSingleton = 3, ///< a type only; at most one of it below a parent
+};
+
+struct velChildInfo
+{
+    std::string name;      ///< of a Singleton its type
+    const char *className; ///< "Param", "Object" or "Singleton"
+    std::string type;      ///< "String" for a Parameter
+};
+
+/// The children that share kind and type.
+struct velGroupInfo
+{
+    const char *className; ///< "Parameter", "Object" or "Singleton"
+    std::string type;
+    std::vector<std::int32_t> indices; ///< positions among the children, descending
+};

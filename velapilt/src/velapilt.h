@@ -1,0 +1,305 @@
+// The command database: the in-memory image of one VEL command file.
+//
+// A handle owns a tree of nodes (objects, singletons, parameters), a table
+// that finds every node by its path, the current-path stack, the parse state,
+// the handlers that are told of changes, and the last error text. Everything
+// here is a plain function over such a handle.
+//
+// Results. A function that can fail returns a message; null means success.
+// Messages are constants or live in the handle until its next error; they are
+// never freed by the caller. Out-arguments are written on success only. No
+// function throws. All texts are bytes ended by NUL.
+//
+// Paths. "/" is the root; "/FLOW/DOMAIN:Duct/Option" is the parameter Option
+// of the object Duct of type DOMAIN below the singleton FLOW. A path that does
+// not begin with '/' is relative to the current path. Stray blanks, doubled
+// slashes and ".." are resolved (see velPath.h).
+//
+// A handle is used by one thread at a time; distinct handles share nothing.
+#pragma once
+
+#include "velapilt/src/velArray.h"
+#include "velapilt/src/velTypes.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct velHandle;
+
+// --- Node kinds and flags -------------------------------------------------
+
+/// "None", "Param", "Object" or "Singleton".
+[[nodiscard]] const char *velKindWord(velKind kind);
+
+inline constexpr std::uint32_t velFlagLibrary = 0x1;       ///< came from a library file
+inline constexpr std::uint32_t velFlagValid = 0x100;       ///< the node itself is valid
+inline constexpr std::uint32_t velFlagReplace = 0x200;     ///< restated in a &replace block
+inline constexpr std::uint32_t velFlagSubtreeValid = 0x400; ///< everything below is valid
+
+// --- Handle ---------------------------------------------------------------
+
+/// A new, empty handle, or null when memory runs out.
+[[nodiscard]] velHandle *velCreateHandle();
+
+/// Frees everything that the handle owns, calls the release of its user data
+/// and gives 0. The handle must not be used afterwards; null is allowed.
+int velDestroyHandle(velHandle *handle);
+
+struct velHandleDeleter
+{
+    void operator()(velHandle *handle) const { velDestroyHandle(handle); }
+};
+using velHandlePtr = std::unique_ptr<velHandle, velHandleDeleter>;
+
+/// The number of blocks open at this moment.
+[[nodiscard]] const char *getVELStateH(velHandle *handle, std::int32_t *depth);
+
+/// Closes open blocks down to `depth` (below 0 counts as 0); opens none.
+void setVELStateH(velHandle *handle, std::int32_t depth);
+
+/// A number kept for the caller; 0 in a new handle.
+[[nodiscard]] std::int32_t getValidationLevel(const velHandle *handle);
+void setValidationLevel(velHandle *handle, std::int32_t level);
+
+/// An opaque value of the caller's, and what frees it with the handle (or
+/// when another value is set).
+[[nodiscard]] void *velUserData(const velHandle *handle);
+void velSetUserData(velHandle *handle, void *data, void (*release)(void *data));
+
+/// Makes `message` the handle's error text, as it stands, and returns it.
+const char *velRecordError(velHandle *handle, const std::string &message);
+
+// --- Paths and the current path (velPath.cpp, velPathStack.cpp) -------------
+
+/// The normal form of a path, without resolving it against anything.
+[[nodiscard]] std::string velCleanPath(const char *path);
+
+/// The absolute path in normal form.
+[[nodiscard]] std::string velFullPath(velHandle *handle, const char *path);
+
+/// The full path less its last component; nothing for a text without '/'.
+[[nodiscard]] std::optional<std::string> velParentPath(velHandle *handle, const char *path);
+
+/// The path of a child with this component ("TYPE:Name", "TYPE" or "Name").
+[[nodiscard]] std::string makeChildPath(const char *parentPath, const char *component);
+
+/// The current path, "/" at first. Valid until the stack next changes.
+[[nodiscard]] const char *getCurrentPath(velHandle *handle);
+
+/// Makes an existing node's path current; the former one returns with popPath.
+[[nodiscard]] const char *pushPath(velHandle *handle, const char *path);
+/// As pushPath, for a full path that is not checked.
+[[nodiscard]] const char *velPushPath(velHandle *handle, const char *fullPath);
+/// Popping the bottom entry is a silent success.
+[[nodiscard]] const char *popPath(velHandle *handle);
+/// Replaces the current path, also the bottom one.
+[[nodiscard]] const char *changePath(velHandle *handle, const char *path);
+[[nodiscard]] const char *velChangePath(velHandle *handle, const char *fullPath);
+/// Empties the stack; its next use starts again from "/".
+void velCleanPathStack(velHandle *handle);
+
+// --- Tree (velTree.cpp) -----------------------------------------------------
+
+/// 1 if a node stands at the path, else 0.
+[[nodiscard]] int havePath(velHandle *handle, const char *path);
+/// 1 for an Object or Singleton, 0 for a Parameter or nothing.
+[[nodiscard]] int isObject(velHandle *handle, const char *path);
+/// The library bit (of a Parameter: its parent's), −1 for an unknown path.
+[[nodiscard]] int isLibrary(velHandle *handle, const char *path);
+/// 1 if valid, 0 if not; 3 and 2 where the subtree is valid too; −1 unknown.
+[[nodiscard]] int isValid(velHandle *handle, const char *path);
+/// The kind of the node at the path; velNone for an unknown one.
+[[nodiscard]] velKind velKindOf(velHandle *handle, const char *path);
+
+/// Level 1 marks the node valid, 2 its subtree, any other takes the mark of
+/// the node away; with `propagate` also those that rest on it, up to the root.
+[[nodiscard]] const char *setValid(velHandle *handle, const char *path, std::int32_t level,
+                                   bool propagate = false);
+
+/// Makes an Object ("…/TYPE:Name") or Singleton ("…/TYPE"); the parent must
+/// exist. An existing one only takes the flags.
+[[nodiscard]] const char *velCreateObject(velHandle *handle, const char *path, bool isLibrary);
+/// Makes a Parameter, or gives an existing one a new value.
+[[nodiscard]] const char *velCreateParam(velHandle *handle, const char *path, const char *value);
+
+/// Unlinks one node. A node with children is refused, but only after it has
+/// been taken out of tree and table: kept, callers use deleteObjH.
+[[nodiscard]] const char *velRemoveObjectH(velHandle *handle, const char *path);
+/// Deletes a node and all below it; "/" is emptied and stays.
+[[nodiscard]] const char *deleteObjH(velHandle *handle, const char *path);
+[[nodiscard]] const char *deleteParamH(velHandle *handle, const char *path);
+
+// --- Values (velValue.cpp) ----------------------------------------------------
+
+/// The value in place, without a copy: null for an unknown path, a node that
+/// is no Parameter, or a Parameter without a value. Valid until the tree next
+/// changes.
+[[nodiscard]] const char *velFindValue(velHandle *handle, const char *path);
+
+/// A copy of the value; no text where there is none.
+[[nodiscard]] const char *getStringValue(velHandle *handle, const char *path,
+                                         std::optional<std::string> *value);
+/// The number in the text, rounded half away from zero; 0 without a number.
+[[nodiscard]] const char *getIntegerValue(velHandle *handle, const char *path, std::int32_t *value);
+/// As isLogicalValue.
+[[nodiscard]] const char *getLogicalValue(velHandle *handle, const char *path, std::int32_t *value);
+
+/// The value split at the commas outside parentheses.
+[[nodiscard]] const char *getStringList(velHandle *handle, const char *path, velStringList *list);
+/// Each element rounded as x + 0.5 truncated, for every sign (kept: differs
+/// from getIntegerValue below zero).
+[[nodiscard]] const char *getIntegerList(velHandle *handle, const char *path,
+                                         std::vector<std::int32_t> *list);
+[[nodiscard]] const char *getLogicalList(velHandle *handle, const char *path,
+                                         std::vector<std::int32_t> *list);
+
+/// Gives an existing Parameter a value; control characters are not checked.
+[[nodiscard]] const char *setStringValue(velHandle *handle, const char *path, const char *value);
+
+/// −1 for yes, y, true, t, on; 0 for no, n, false, f, off; a word that begins
+/// with a digit is that number. `message` receives the text of a failure,
+/// which is what the function then returns.
+[[nodiscard]] const char *isLogicalValue(const char *text, std::int32_t *value,
+                                         std::string *message);
+
+// --- Reading (velParser.cpp, velFile.cpp, velLibraries.cpp) --------------------
+
+/// MD5 over the bytes of all lines, without line ends.
+struct velDigest
+{
+    unsigned char bytes[16];
+};
+
+/// The lines of a file, without line ends, into a string array.
+[[nodiscard]] const char *loadFileData(velHandle *handle, const char *path, velArray *lines);
+
+/// Reads and parses a file of type "vel" as user data. `expected` and `digest`
+/// may be null; data whose digest is `expected` is marked valid.
+[[nodiscard]] const char *loadVELFile(velHandle *handle, const char *path, const char *fileType,
+                                      const velDigest *expected = nullptr,
+                                      velDigest *digest = nullptr);
+
+/// Parses lines of the caller's as user data, or as library data.
+[[nodiscard]] const char *loadVELData(velHandle *handle, const char *const *lines,
+                                      std::int32_t count, const velDigest *expected = nullptr,
+                                      velDigest *digest = nullptr);
+[[nodiscard]] const char *loadLibraryData(velHandle *handle, const char *const *lines,
+                                          std::int32_t count, const velDigest *expected = nullptr,
+                                          velDigest *digest = nullptr);
+[[nodiscard]] const char *parseVELData(velHandle *handle, const velArray *lines,
+                                       std::uint32_t flags, const velDigest *expected = nullptr,
+                                       velDigest *digest = nullptr);
+
+/// Parses one line; blocks may stay open and a continued line pending.
+[[nodiscard]] const char *parseVELLineH(velHandle *handle, const char *line, std::uint32_t flags);
+
+/// Reads the libraries that ZOT5_VEL_LIBS names, in ZOT5_VEL_LIBSDIR.
+[[nodiscard]] const char *readLibraries(velHandle *handle);
+/// Reads the libraries of a list separated by ';'.
+[[nodiscard]] const char *readNamedLibraries(velHandle *handle, const char *list,
+                                             const char *directory);
+
+// --- Writing (velFormat.cpp) --------------------------------------------------
+
+/// The lines of a node in stored order, its own header and END included. A
+/// handle without a tree gives success and an unfilled list.
+[[nodiscard]] const char *getObjectVELH(velHandle *handle, const char *path, velStringList *lines,
+                                        bool includeLibrary);
+/// Appends the lines of a node's children. An object is left out when it
+/// shares no flag with a non-zero `include` or one with `exclude`.
+[[nodiscard]] const char *getPartialVELH(velHandle *handle, const char *path, const char *indent,
+                                         velArray *lines, std::uint32_t include,
+                                         std::uint32_t exclude);
+/// The user data below a node, parameters first, objects by their priorities,
+/// each line wrapped to `width` columns (0: not at all).
+[[nodiscard]] const char *velWrapText(velHandle *handle, const char *path, std::int32_t width,
+                                      velStringList *lines);
+/// velWrapText, as the editor's save calls it.
+[[nodiscard]] const char *getFormattedVEL(velHandle *handle, const char *path, std::int32_t width,
+                                          velStringList *lines);
+/// Sorts entries "TYPE:Name" or "TYPE" by their output priority, then by bytes.
+[[nodiscard]] const char *velOrderObjectsForOutput(velHandle *handle,
+                                                   std::vector<std::string> *entries);
+/// Splits one line into pieces of at most `width` characters.
+[[nodiscard]] const char *velWrapLine(const char *line, std::int32_t width, velArray *lines);
+
+// --- Children (velChildren.cpp) -----------------------------------------------
+
+/// Children in stored order; groups in the reverse order of their first
+/// member. Either result may be null.
+[[nodiscard]] const char *getChildList(velHandle *handle, const char *path,
+                                       std::vector<velChildInfo> *children,
+                                       std::vector<velGroupInfo> *groups);
+
+/// The components ("TYPE:Name", "TYPE", "Name") of the children wanted.
+[[nodiscard]] const char *getChildObjectList(velHandle *handle, const char *path, bool wantObjects,
+                                             bool wantParams, velStringList *list);
+[[nodiscard]] const char *getChildObjectList(velHandle *handle, const char *path,
+                                             velStringList *list);
+[[nodiscard]] const char *getChildParamList(velHandle *handle, const char *path,
+                                            velStringList *list);
+
+/// Full paths of the objects below `path` with this name (of a Singleton its
+/// type) or type, parents before their descendants. Masks as getPartialVELH.
+[[nodiscard]] const char *getObjectsByNameH(velHandle *handle, const char *path, const char *name,
+                                            std::uint32_t include, std::uint32_t exclude,
+                                            velStringList *list);
+[[nodiscard]] const char *getObjectsByTypeH(velHandle *handle, const char *path, const char *type,
+                                            std::uint32_t include, std::uint32_t exclude,
+                                            velStringList *list);
+
+/// What a node is, for callers that walk the tree themselves.
+struct velNodeInfo
+{
+    velKind kind;
+    const char *type;  ///< "String" for a Parameter; "/" for the root
+    const char *name;  ///< null for a Singleton and the root
+    const char *value; ///< null but for a Parameter with a value
+    std::uint32_t flags;
+};
+
+/// A place in the tree; null where there is none. Valid until the tree changes.
+struct velNode;
+[[nodiscard]] const velNode *velFindNode(velHandle *handle, const char *path);
+[[nodiscard]] const velNode *velFirstChild(const velNode *node);
+[[nodiscard]] const velNode *velNextSibling(const velNode *node);
+[[nodiscard]] velNodeInfo velDescribe(const velHandle *handle, const velNode *node);
+[[nodiscard]] std::uint32_t velChildCount(const velNode *node);
+
+// --- Handlers (velHandlers.cpp) -------------------------------------------------
+
+enum velChange : std::int32_t {
+    velValueChanged = 0,  ///< also a Parameter made (no old value) or removed (no new one)
+    velObjectCreated = 1, ///< Object or Singleton
+    velObjectDeleted = 2,
+};
+
+/// The texts belong to the database and are valid during the call only. A
+/// handler may call the database, also to change it.
+using velChangeHandler = int (*)(const char *path, std::int32_t code, const char *newValue,
+                                 const char *oldValue, void *userData);
+/// Called after every line under &replace with the path of the object opened.
+using velReplaceHandler = void (*)(const char *path, void *userData);
+/// `arguments` is null or ended by null; non-zero is success.
+using velActionHandler = int (*)(velHandle *handle, const char *action,
+                                 const char *const *arguments, void *userData);
+
+[[nodiscard]] const char *addChangeHandler(velHandle *handle, velChangeHandler handler,
+                                           void *userData);
+[[nodiscard]] const char *addReplaceHandler(velHandle *handle, velReplaceHandler handler,
+                                            void *userData);
+/// One unnamed handler: registering again replaces it.
+[[nodiscard]] const char *addActionHandler(velHandle *handle, velActionHandler handler,
+                                           void *userData);
+
+/// Hands a line that begins with '>' to the action handler.
+[[nodiscard]] const char *velRunActionLine(velHandle *handle, const char *line);
+[[nodiscard]] const char *invokeAction(velHandle *handle, const char *action,
+                                       const char *const *arguments);
+
+/// For a handler that has failed: the operation that called it stops as soon
+/// as tree and table are in step, and returns `message` (a constant).
+void velInterrupt(velHandle *handle, const char *message);

@@ -1,0 +1,115 @@
+// The scripting bridge: the calls with which the programs reach the command
+// data and the rules.
+//
+// The bridge owns one Perl interpreter, started by the first call that needs
+// it and never ended, and one default instance: a Perl object of class `API`
+// with its command database. Every call here works on that instance. Plain
+// questions go straight to the database; those that depend on rules are asked
+// of the Perl object.
+//
+// Results. A message, null for success; it belongs to the bridge and stays
+// valid until the next call. Integer queries give −1 on failure. Out-arguments
+// are written on success only. No function throws. All calls come from one
+// thread.
+//
+// Environment: ZOT5_VEL_PARSER names the folder of the Perl packages; without
+// it the first call that needs the interpreter ends the process (status 1).
+#pragma once
+
+#include "velapilt/src/velArray.h"
+#include "velapilt/src/velTypes.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct velHandle;
+
+namespace velparser
+{
+
+// --- Start-up -------------------------------------------------------------
+
+/// Starts the interpreter and makes the default instance, once. "Error: Cannot
+/// parse perl code\n" when the start-up script does not compile; the next call
+/// then tries again.
+[[nodiscard]] const char *startVELParser();
+
+/// The database of the default instance, made with its `API` object on first
+/// use; null when that fails. It belongs to the Perl object and lives as long
+/// as the process.
+[[nodiscard]] velHandle *findLiteHandle();
+
+// --- Loading --------------------------------------------------------------
+
+/// Reads the rule libraries that the environment names.
+[[nodiscard]] const char *readVELLibraries();
+
+/// Loads command data; `type` is "vel", "def" or "res".
+[[nodiscard]] const char *loadVELFromFile(const char *file, const char *type);
+
+/// Parses lines of the caller's into the command data.
+[[nodiscard]] const char *loadVELData(const char *const *lines, std::int32_t count);
+
+/// Brings the data up to the current language version: null when nothing had
+/// to be changed, else the text that lists the changes.
+[[nodiscard]] const char *updateSolverVEL();
+
+// --- Validation -------------------------------------------------------------
+
+/// Null when all command data is valid, else the findings, one a line. Only
+/// what changed since it was last found valid is looked at.
+[[nodiscard]] const char *validateVELDataH();
+[[nodiscard]] const char *validateVELObjectH(const char *path);
+[[nodiscard]] const char *validateParameter(const char *path);
+
+/// 1 on, 0 off.
+[[nodiscard]] const char *setUnitsChecking(int on);
+[[nodiscard]] const char *setBoundsChecking(int on);
+
+/// 2 is safe mode: only what a running solver re-reads may be changed.
+[[nodiscard]] const char *setValidationLevelH(unsigned level);
+
+// --- Questions to the database ------------------------------------------------
+
+/// No text for an object, or a parameter without a value.
+[[nodiscard]] const char *getStringValue(const char *path, std::optional<std::string> *value);
+[[nodiscard]] const char *setStringValue(const char *path, const char *value);
+[[nodiscard]] const char *deleteParam(const char *path);
+[[nodiscard]] const char *pushPathH(const char *path);
+[[nodiscard]] const char *popPathH();
+
+/// Children in stored order, and their groups; either may be null.
+[[nodiscard]] const char *getChildList(const char *path, std::vector<velChildInfo> *children,
+                                       std::vector<velGroupInfo> *groups);
+
+/// The command data below `path` as text, wrapped to `lineLength` columns.
+[[nodiscard]] const char *getFormattedVEL(const char *path, std::int32_t lineLength,
+                                          velStringList *lines);
+
+/// Library data: 1, user data: 0; −1 for an unknown path or without a database.
+[[nodiscard]] int isVELLibrary(const char *path);
+
+// --- Questions to the rules -----------------------------------------------------
+
+/// 1 yes, 0 no, −1 on any failure.
+[[nodiscard]] int isParamEditable(const char *path);
+[[nodiscard]] int isItemExpert(const char *path);
+
+/// The values allowed for a parameter; none where any is.
+[[nodiscard]] const char *getAllowedParamStrings(const char *path, velStringList *values);
+
+/// The names allowed below an object: with flag 1 those that it does not have
+/// yet, with 0 all. The single entry "-1" means any name.
+[[nodiscard]] const char *getAllowedParams(const char *path, velStringList *names, int flag);
+
+// --- Scripts --------------------------------------------------------------------
+
+/// Runs a Perl script in the embedded interpreter with @ARGV set to
+/// `arguments`. Null when it ended well; its `exit` status goes to `status`
+/// (0 without one). A script that dies gives the text of $@.
+[[nodiscard]] const char *runPerlScript(const std::string &script,
+                                        const std::vector<std::string> &arguments, int *status);
+
+} // namespace velparser
