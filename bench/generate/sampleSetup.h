@@ -1,0 +1,19 @@
+// A made-up set-up of any size, the same for the same size on every machine.
+//
+// It has the shape of what users keep: runs with a few settings, domains with
+// many boundaries, the same types and parameter names again and again, object
+// names that are unique below their parent only. Parameters stand 2 to 6
+// components deep; their values are 5 to 60 characters long: words, numbers
+// with units, vectors, lists, expressions and remarks.
+#pragma once
+
+#include "bench/generate/treeWriter.h"
+
+#include <cstdint>
+
+namespace velBench {
+
+/// Drives `writer` through a set-up of exactly `parameters` parameters.
+void generateSetup(std::uint64_t parameters, TreeWriter &writer);
+
+} // namespace velBench

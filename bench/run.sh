@@ -1,0 +1,24 @@
+#!/bin/sh
+# Builds and runs every measurement. Usage: bench/run.sh [BUILD-DIR]
+#
+# BUILD-DIR (default: build-bench beside the sources) is configured for release
+# with VEL_BENCH; the generated trees stand in its folder bench-data.
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${1:-$root/build-bench}
+jobs=$(nproc)
+
+cmake -G Ninja -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVEL_TESTS=OFF -DVEL_BENCH=ON
+ninja -C "$build" -j "$jobs" velbench velgenerate velcompare
+
+data=$build/bench-data
+mkdir -p "$data"
+for size in 50000 1000000; do
+    "$build/bin/velgenerate" "$size" "$data"
+    tree=$data/tree-$size
+    echo "# $size parameters"
+    "$build/bin/velbench" vel.parse "$tree.vel"
+    "$build/bin/velbench" vel.format "$tree.vel"
+    "$build/bin/velbench" vel.lookup "$tree.vel" "$tree.paths"
+    "$build/bin/velcompare" "$data" "$size"
+done

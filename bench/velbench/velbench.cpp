@@ -1,0 +1,59 @@
+// velbench CALL ARGUMENTS: measures the code that the programs run and prints
+// one JSON object a line. Exit status 0, or 2 when a measurement was not made.
+#include "bench/velbench/calls.h"
+
+#include <cstdio>
+#include <cstring>
+#include <exception>
+
+using velBench::Call;
+
+namespace {
+
+constexpr Call calls[] = {
+    {"vel.parse", "FILE", 1, 1, "native load from disk", velBench::velParse},
+    {"vel.format", "FILE", 1, 1, "formatted text of the whole tree, 79 columns",
+     velBench::velFormat},
+    {"vel.lookup", "FILE PATHS", 2, 2, "1,000,000 values by full path, in a fixed random order",
+     velBench::velLookup},
+};
+
+int usage(std::FILE *to, int status)
+{
+    std::fputs("usage: velbench CALL ARGUMENTS\n\n", to);
+    for (const Call &call : calls)
+        std::fprintf(to, "  %-14s %-11s %s\n", call.name, call.arguments, call.purpose);
+    return std::fflush(to) == 0 ? status : 2;
+}
+
+int run(const Call &call, const velBench::Arguments &arguments)
+{
+    try {
+        return velBench::print(call.run(arguments)) ? 0 : 2;
+    } catch (const velBench::Failure &failure) {
+        std::fprintf(stderr, "velbench: %s: %s\n", call.name, failure.message().c_str());
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "velbench: %s: %s\n", call.name, error.what());
+    }
+    return 2;
+}
+
+} // namespace
+
+int main(int count, char **words)
+{
+    if (count < 2)
+        return usage(stderr, 2);
+    if (std::strcmp(words[1], "--help") == 0)
+        return usage(stdout, 0);
+    const velBench::Arguments arguments(words + 2, words + count);
+    for (const Call &call : calls) {
+        if (std::strcmp(call.name, words[1]) != 0)
+            continue;
+        if (arguments.size() < call.fewest || arguments.size() > call.most)
+            return usage(stderr, 2);
+        return run(call, arguments);
+    }
+    std::fprintf(stderr, "velbench: %s: no such call\n", words[1]);
+    return 2;
+}
