@@ -29,3 +29,9 @@ endif()
 
 # Every include is written from the root of the tree.
 include_directories(${CMAKE_SOURCE_DIR})
+
+# Compiling the same text twice costs nothing where ccache is there.
+find_program(VEL_CCACHE ccache)
+if(VEL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${VEL_CCACHE})
+endif()
