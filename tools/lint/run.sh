@@ -1,7 +1,7 @@
 #!/bin/sh
-# Checks form and common mistakes: clang-format, clang-tidy, shellcheck and
-# the layers (check-layers). Called by ./dev lint from the root of the tree,
-# with build/ built; with a revision, only files that differ from it.
+# Checks form and common mistakes: clang-format, clang-tidy, shellcheck, the
+# layers and the documents (check-*). Called by ./dev lint from the root of the
+# tree, with build/ built; with a revision, only files that differ from it.
 set -eu
 
 status=0
@@ -51,7 +51,8 @@ if [ -s "$work/scripts" ]; then
         finding "shellcheck has findings"
 fi
 
-perl tools/lint/check-layers || finding "the layers are broken"
+tools/lint/check-layers || finding "the layers are broken"
+tools/lint/check-documents || finding "a document points nowhere"
 
 [ "$status" -ne 0 ] || printf 'lint: %s sources, %s scripts: nothing to say\n' \
     "$(wc -l <"$work/sources")" "$(wc -l <"$work/scripts")"

@@ -1,0 +1,203 @@
+# The front door: what it says, which packages it installs and how, what it
+# hands to cmake and ctest, and with which status it ends. All that it calls is
+# a stand-in that writes its words into a log.
+set -eu
+# shellcheck source=packaging/tests/expect.sh
+. "$(dirname -- "$0")/expect.sh"
+
+unset DISPLAY DESTDIR
+tree="$scratch/a tree"
+bin="$scratch/bin"
+mkdir "$tree" "$bin"
+tree=$(cd -- "$tree" && pwd -P)
+cp -- "$VEL_SOURCE_DIR/dev" "$tree/dev"
+cat >"$tree/packages.txt" <<'END'
+# A remark.
+alpha
+beta   # another
+  gamma
+END
+
+record="$scratch/log"
+export record
+# stand_in NAME, its further lines from standard input: logs its words first.
+stand_in() {
+    {
+        # shellcheck disable=SC2016
+        printf '#!/bin/sh\necho "%s $*" >>"$record"\n' "$1"
+        cat
+    } >"$bin/$1"
+    chmod +x "$bin/$1"
+}
+# installed PACKAGE...: what dpkg-query answers.
+installed() {
+    {
+        printf '#!/bin/sh\n'
+        for package; do printf 'printf "ii %s\\n"\n' "$package"; done
+        printf 'printf "rc removed\\n"\n'
+    } >"$bin/dpkg-query"
+    chmod +x "$bin/dpkg-query"
+}
+# dev WORD...: runs the front door; its output in $said, its status in $status.
+dev() {
+    : >"$record"
+    rm -rf -- "$tree/build" "$tree/build-release"
+    said=$(PATH="$bin:$PATH" "$tree/dev" "$@" 2>&1) && status=0 || status=$?
+}
+stand_in nproc <<'END'
+echo 3
+END
+stand_in id <<'END'
+echo 0
+END
+for name in cmake ctest apt-get; do stand_in "$name" </dev/null; done
+installed alpha beta gamma
+
+# --- Words ---
+
+dev
+expect "without a word: status" 0 "$status"
+expect "without a word: every word is told" \
+    "bench build clean coverage fuzz install lint run sanitize screenshots test" \
+    "$(printf '%s\n' "$said" | sed -n 's/^  \([a-z]\{1,\}\) .*/\1/p' | sort | tr '\n' ' ' | sed 's/ $//')"
+expect "without a word: nothing is done" "" "$(cat "$record")"
+dev nonsense
+expect "unknown word: status" 2 "$status"
+expect "unknown word: message" "dev: unknown word: nonsense" "$(printf '%s\n' "$said" | sed 1q)"
+
+# --- Packages ---
+
+quiet_build='cmake --preset dev
+cmake --build build --parallel 3 -- --quiet'
+apt='apt-get -qq -y -o DPkg::Lock::Timeout=600 install --no-install-recommends'
+update='apt-get -qq -o DPkg::Lock::Timeout=600 update'
+calls() { grep -vE '^(nproc|id) ' "$record" || true; }
+
+dev build
+expect "nothing missing: no root is asked for" "$quiet_build" "$(calls)"
+expect "nothing missing: status" 0 "$status"
+
+installed alpha gamma-dev
+dev build
+expect "missing ones are installed, without an update" "$apt beta gamma
+$quiet_build" "$(calls)"
+expect "what is said" "dev: installing: beta gamma 
+dev: building in build/" "$said"
+
+installed alpha beta
+printf 'removed\n' >>"$tree/packages.txt"
+dev build
+expect "a removed package with its settings left is missing" "$apt gamma removed" \
+    "$(calls | sed 1q)"
+sed -i '/removed/d' "$tree/packages.txt"
+
+stand_in apt-get <<'END'
+case $* in
+*update) : >"$record.updated" ;;
+*) [ -e "$record.updated" ] || { echo "E: Unable to locate package"; exit 100; } ;;
+esac
+END
+dev build
+expect "old lists: update, then again" "$apt gamma
+$update
+$apt gamma
+$quiet_build" "$(calls)"
+
+stand_in apt-get <<'END'
+echo "E: no network"
+exit 100
+END
+dev build
+expect "no network: status" 1 "$status"
+expect "no network: apt's own words" "E: no network" "$(printf '%s\n' "$said" | grep -m1 E:)"
+expect "no network: nothing is built" "" "$(grep cmake "$record" || true)"
+
+stand_in apt-get </dev/null
+stand_in id <<'END'
+echo 1000
+END
+stand_in sudo <<'END'
+[ "$1" != -- ] || shift
+exec "$@"
+END
+dev build
+expect "not root: through sudo" "sudo -- env DEBIAN_FRONTEND=noninteractive $apt gamma" \
+    "$(grep '^sudo' "$record")"
+stand_in sudo <<'END'
+echo "sudo: a password is required"
+exit 1
+END
+dev build
+expect "sudo refuses: status" 1 "$status"
+stand_in id <<'END'
+echo 0
+END
+installed alpha beta gamma
+
+# --- Building and testing ---
+
+stand_in cmake <<'END'
+case $* in
+*--preset*) echo "CMake Error: that is wrong"; exit 1 ;;
+esac
+END
+dev test
+expect "configuring fails: status" 1 "$status"
+expect "configuring fails: its output is shown" "CMake Error: that is wrong" \
+    "$(printf '%s\n' "$said" | grep 'CMake Error')"
+stand_in cmake <<'END'
+case $* in
+*--build*) exit 2 ;;
+esac
+END
+dev test
+expect "the build fails: status" 1 "$status"
+expect "the build fails: no test runs" "" "$(grep '^ctest' "$record" || true)"
+
+stand_in cmake </dev/null
+stand_in ctest <<'END'
+echo "the summary"
+exit 8
+END
+dev test -R 'a name'
+expect "test: status of ctest" 8 "$status"
+expect "test: options go to ctest" \
+    "ctest --test-dir build --parallel 3 --output-on-failure --no-tests=error -R a name" \
+    "$(grep '^ctest' "$record")"
+expect "test: the summary comes last" "the summary" "$(printf '%s\n' "$said" | tail -n 1)"
+dev sanitize
+expect "sanitize: its own folder" "cmake --preset sanitize
+cmake --build build-sanitize --parallel 3 -- --quiet
+ctest --test-dir build-sanitize --parallel 3 --output-on-failure --no-tests=error" "$(calls)"
+expect "sanitize: status of ctest" 8 "$status"
+
+# --- Running, installing, cleaning ---
+
+dev run "$scratch/no such.vel"
+expect "run: a file that is not there" "dev: $scratch/no such.vel: no such file" \
+    "$(printf '%s\n' "$said" | tail -n 1)"
+expect "run: its status" 1 "$status"
+
+dev install /some/prefix
+expect "install: from its own folder, without tests" "cmake --preset release
+cmake --build build-release --parallel 3 -- --quiet
+cmake --install build-release --prefix /some/prefix" "$(calls)"
+here=$(pwd)
+dev install relative
+expect "install: a prefix seen from the caller" \
+    "cmake --install build-release --prefix $here/relative" "$(calls | tail -n 1)"
+stand_in cmake <<'END'
+case $* in
+*--install*) echo "Permission denied"; exit 1 ;;
+esac
+END
+dev install
+expect "install: not allowed" 1 "$status"
+
+mkdir -p "$tree/build/x" "$tree/build-sanitize" "$tree/builders"
+PATH="$bin:$PATH" "$tree/dev" clean
+expect "clean: only what the words have built" "builders
+dev
+packages.txt" "$(ls "$tree")"
+
+finish

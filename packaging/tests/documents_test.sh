@@ -1,0 +1,33 @@
+# tools/lint/check-documents: silent on this tree, and with something to say of
+# each kind of mistake.
+set -eu
+# shellcheck source=packaging/tests/expect.sh
+. "$(dirname -- "$0")/expect.sh"
+
+check=$VEL_SOURCE_DIR/tools/lint/check-documents
+
+said=$("$check" "$VEL_SOURCE_DIR") && status=0 || status=$?
+expect "this tree" "0:" "$status:$said"
+
+cat >"$scratch/dev" <<'END'
+#!/bin/sh
+echo "  run [FILE]   opens it"
+END
+chmod +x "$scratch/dev"
+mkdir "$scratch/docs"
+cat >"$scratch/docs/good.md" <<'END'
+# A heading, with `code`
+END
+cat >"$scratch/README.md" <<'END'
+See [good](docs/good.md), [its heading](docs/good.md#a-heading-with-code),
+[elsewhere](https://example.org/x), `[no](link)`, and `./dev run x`.
+[bad](docs/bad.md) and [worse](docs/good.md#nothing)
+
+    ./dev walk
+END
+said=$("$check" "$scratch") && status=0 || status=$?
+expect "a bad document" '1:README.md:3: the link to "docs/bad.md" leads nowhere
+README.md:3: "docs/good.md#nothing": no such heading
+README.md:5: ./dev has no word "walk"' "$status:$said"
+
+finish

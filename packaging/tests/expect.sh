@@ -1,0 +1,22 @@
+# For the script tests: sourced. Each expectation that is not met is printed
+# with what came instead; the script's own status tells at the end.
+#
+#     . expect.sh             makes a scratch folder, $scratch, removed at exit
+#     expect WHAT WANTED GOT  compares two texts
+#     finish                  ends the script: 0 if all was as expected
+
+failures=0
+scratch=$(mktemp -d)
+trap 'rm -rf -- "$scratch"' EXIT
+
+expect() {
+    [ "$2" = "$3" ] && return 0
+    printf 'FAILED: %s\n--- wanted\n%s\n--- got\n%s\n' "$1" "$2" "$3"
+    failures=$((failures + 1))
+}
+
+finish() {
+    [ "$failures" -eq 0 ] || printf '%s failed\n' "$failures"
+    [ "$failures" -eq 0 ]
+    exit
+}
