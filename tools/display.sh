@@ -75,16 +75,23 @@ display_grab() {
     import -silent -window "${2:-root}" "$1" || display_fail "cannot take a picture"
 }
 
-# display_settle [WINDOW]: waits until two looks in a row show the same.
+# The processor time that the program has used, where the system tells it.
+display_work() {
+    sed 's/.*) //' "/proc/$display_program/stat" 2>/dev/null | cut -d ' ' -f 12,13
+}
+
+# display_settle [WINDOW]: waits until the program has stopped working and two
+# looks in a row show the same.
 display_settle() {
-    tries=0
+    tries=0 work=''
     display_grab "$display_dir/before.png" "${1:-root}"
-    while [ "$tries" -lt 40 ]; do
-        tries=$((tries + 1))
-        sleep 0.3
+    while [ "$tries" -lt 60 ]; do
+        tries=$((tries + 1)) work_before=$work
+        sleep 0.5
+        work=$(display_work)
         display_grab "$display_dir/after.png" "${1:-root}"
-        if compare -metric AE "$display_dir/before.png" "$display_dir/after.png" null: \
-            >/dev/null 2>&1; then
+        if [ "$work" = "$work_before" ] && compare -metric AE \
+            "$display_dir/before.png" "$display_dir/after.png" null: >/dev/null 2>&1; then
             return 0
         fi
         mv -- "$display_dir/after.png" "$display_dir/before.png"

@@ -1,0 +1,53 @@
+# An installation into a scratch folder with a blank in its name: everything is
+# where it belongs, and the installed programs work from there, with nothing of
+# the build tree in their environment.
+set -eu
+# shellcheck source=packaging/tests/expect.sh
+. "$(dirname -- "$0")/expect.sh"
+
+unset ZOT5_VEL_PARSER ZOT5_VEL_LIBSDIR ZOT5_VEL_LIBS ZOT5ROOT ZOTBUILDID ZOT_HELP_DIR
+
+stage="$scratch/a stage"
+DESTDIR=$stage cmake --install "$VEL_BUILD_DIR" --prefix /opt/vel >"$scratch/log" 2>&1 || {
+    cat "$scratch/log"
+    exit 1
+}
+prefix=$stage/opt/vel
+
+expect "nothing beside the prefix" "opt" "$(ls "$stage")"
+for path in bin/veledit bin/veltool libexec/veleditor/veleditor; do
+    expect "$path can be run" yes "$([ -x "$prefix/$path" ] && echo yes)"
+done
+for path in share/veleditor/perl/API.pm share/veleditor/perl/VEL/embeddedParserInit.pl \
+    share/veleditor/perl/auto/VEL/Parser/Lite/Lite.so share/veleditor/libraries/rules.vel \
+    share/veleditor/etc/icons/ZOT.png share/veleditor/etc/version \
+    share/applications/veleditor.desktop; do
+    expect "$path is there" yes "$([ -f "$prefix/$path" ] && echo yes)"
+done
+expect "nothing that only building needs" "" \
+    "$(find "$prefix" -name '*.a' -o -name '*.cmake' -o -name '*.h' -o -name '*_test*')"
+
+file="$scratch/a file.vel"
+cat >"$file" <<'VEL'
+FLOW:
+  DOMAIN: Duct
+    Option = Fluid
+  END
+END
+VEL
+expect "veltool reads a file" "Fluid" \
+    "$("$prefix/bin/veltool" get "$file" '/FLOW/DOMAIN:Duct/Option')"
+cat >"$scratch/where.pl" <<'PERL'
+use VEL::Parser::Lite;
+print $INC{'VEL/Parser/Lite.pm'};
+PERL
+expect "veltool takes the Perl packages that it was installed with" \
+    "$prefix/share/veleditor/perl/VEL/Parser/Lite.pm" \
+    "$("$prefix/bin/veltool" perl "$scratch/where.pl")"
+expect "the module loads from there with the system's perl" "ok" \
+    "$(PERL5LIB=$prefix/share/veleditor/perl perl -MVEL::Parser::Lite \
+        -e 'print VEL::Parser::Lite::NEW() ? "ok" : "no database"')"
+expect "the editor starts and keeps to its command line" \
+    "$prefix/libexec/veleditor/veleditor: must specify a vel file" "$("$prefix/bin/veledit")"
+
+finish
