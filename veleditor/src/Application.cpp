@@ -1,0 +1,80 @@
+#include "veleditor/src/Application.h"
+
+#include <QDialog>
+
+#include <utility>
+
+namespace velEditor {
+
+namespace {
+
+void closePopups()
+{
+    while (QWidget *popup = QApplication::activePopupWidget()) {
+        if (!popup->close())
+            popup->hide();
+    }
+}
+
+void rejectDialogs()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        auto *dialog = qobject_cast<QDialog *>(window);
+        if (dialog != nullptr && dialog->isVisible())
+            dialog->reject();
+    }
+}
+
+} // namespace
+
+Application::Application(int &argc, char **argv) : QApplication(argc, argv)
+{
+    setApplicationName(QStringLiteral("veleditor"));
+}
+
+bool Application::notify(QObject *receiver, QEvent *event)
+{
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (...) {
+        keep(std::current_exception());
+    }
+    return false;
+}
+
+// `exit` is for the main loop alone: called without one it would make every
+// later dialog return at once, also that of the emergency save.
+void Application::keep(std::exception_ptr error)
+{
+    if (!error_)
+        error_ = std::move(error);
+    closePopups();
+    rejectDialogs();
+    if (running_)
+        exit(0);
+}
+
+int Application::run()
+{
+    rethrow();
+    running_ = true;
+    const int result = exec();
+    running_ = false;
+    rethrow();
+    return result;
+}
+
+void Application::rethrow()
+{
+    if (error_)
+        std::rethrow_exception(std::exchange(error_, nullptr));
+}
+
+bool Application::hasFailed()
+{
+    const auto *application = qobject_cast<const Application *>(QCoreApplication::instance());
+    return application != nullptr && application->failed();
+}
+
+} // namespace velEditor

@@ -1,0 +1,169 @@
+#include "veleditor/src/Boxes.h"
+
+#include "veleditor/src/Application.h"
+
+#include <QAbstractButton>
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QKeyEvent>
+#include <QPushButton>
+
+#include <utility>
+
+namespace velEditor {
+
+namespace {
+
+// A toolkit box takes Escape and its frame's close for its only button, or for
+// one with a fitting role. Here they count only where the box says so.
+class PlainBox : public QMessageBox
+{
+public:
+    PlainBox(const Box &box, QWidget *parent)
+        : QMessageBox(box.icon, box.title, box.text, NoButton, parent), canEscape_(box.canEscape)
+    {
+        setObjectName(QStringLiteral("MessageBox"));
+        setAccessibleName(box.title);
+        setTextFormat(Qt::PlainText);
+    }
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (!canEscape_ && event->matches(QKeySequence::Cancel))
+            event->accept();
+        else
+            QMessageBox::keyPressEvent(event);
+    }
+
+    void closeEvent(QCloseEvent *event) override
+    {
+        if (canEscape_)
+            QMessageBox::closeEvent(event);
+        else
+            event->ignore();
+    }
+
+private:
+    bool canEscape_;
+};
+
+std::function<int(const Box &)> &boxAnswers()
+{
+    static std::function<int(const Box &)> answers;
+    return answers;
+}
+
+std::function<QString(const QString &, const QString &)> &fileNameAnswers()
+{
+    static std::function<QString(const QString &, const QString &)> answers;
+    return answers;
+}
+
+int show(PlainBox &window, const QList<QAbstractButton *> &buttons)
+{
+    window.exec();
+    return static_cast<int>(buttons.indexOf(window.clickedButton()));
+}
+
+// One role for all buttons keeps them in the order in which they are added.
+int showGivenButtons(QWidget *parent, const Box &box)
+{
+    PlainBox window(box, parent);
+    QList<QAbstractButton *> buttons;
+    for (const QString &text : box.buttons) {
+        QPushButton *button = window.addButton(text, QMessageBox::ActionRole);
+        if (buttons.size() == box.defaultButton)
+            window.setDefaultButton(button);
+        buttons.append(button);
+    }
+    return show(window, buttons);
+}
+
+int showOk(QWidget *parent, const Box &box)
+{
+    PlainBox window(box, parent);
+    return show(window, {window.addButton(QMessageBox::Ok)});
+}
+
+void tell(QWidget *parent, QMessageBox::Icon icon, const QString &title, const QString &text)
+{
+    Box box;
+    box.icon = icon;
+    box.title = title;
+    box.text = text;
+    box.canEscape = true;
+    static_cast<void>(ask(parent, box));
+}
+
+} // namespace
+
+void inform(QWidget *parent, const QString &title, const QString &text)
+{
+    tell(parent, QMessageBox::Information, title, text);
+}
+
+void warn(QWidget *parent, const QString &title, const QString &text)
+{
+    tell(parent, QMessageBox::Warning, title, text);
+}
+
+void reportFailure(QWidget *parent, const QString &title, const QString &text)
+{
+    tell(parent, QMessageBox::Critical, title, text);
+}
+
+int ask(QWidget *parent, const Box &box)
+{
+    if (Application::hasFailed())
+        return -1;
+    if (boxAnswers())
+        return boxAnswers()(box);
+    return box.buttons.isEmpty() ? showOk(parent, box) : showGivenButtons(parent, box);
+}
+
+bool askYesNo(QWidget *parent, const QString &title, const QString &text)
+{
+    if (Application::hasFailed())
+        return false;
+    Box box;
+    box.icon = QMessageBox::Question;
+    box.title = title;
+    box.text = text;
+    box.defaultButton = 1;
+    box.canEscape = true;
+    if (boxAnswers()) {
+        box.buttons = QStringList{QStringLiteral("Yes"), QStringLiteral("No")};
+        return boxAnswers()(box) == 0;
+    }
+    PlainBox window(box, parent);
+    QAbstractButton *yes = window.addButton(QMessageBox::Yes);
+    window.setDefaultButton(window.addButton(QMessageBox::No));
+    return show(window, {yes}) == 0;
+}
+
+QString askSaveFileName(QWidget *parent, const QString &title, const QString &proposal)
+{
+    if (Application::hasFailed())
+        return QString();
+    if (fileNameAnswers())
+        return fileNameAnswers()(title, proposal);
+    return QFileDialog::getSaveFileName(parent, title, proposal);
+}
+
+int run(QDialog &dialog)
+{
+    return Application::hasFailed() ? QDialog::Rejected : dialog.exec();
+}
+
+void setBoxAnswers(std::function<int(const Box &)> answers)
+{
+    boxAnswers() = std::move(answers);
+}
+
+void setFileNameAnswers(std::function<QString(const QString &, const QString &)> answers)
+{
+    fileNameAnswers() = std::move(answers);
+}
+
+} // namespace velEditor

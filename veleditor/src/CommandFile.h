@@ -1,0 +1,29 @@
+// Writing the command data to its file.
+//
+// The user's data must never be without a complete copy on the disk: the file
+// that was loaded is moved aside before anything is written, and a copy that
+// did not become complete never takes its place.
+#pragma once
+
+#include <string>
+
+namespace velEditor {
+
+enum class SaveOutcome {
+    Written,   ///< all of it has arrived on the disk
+    NotOpened, ///< the target could not be opened; only the backup is left
+    Failed,    ///< the data could not be written to its end
+};
+
+struct SaveResult
+{
+    SaveOutcome outcome;
+    std::string reason; ///< of a failure, for the user; in bytes
+};
+
+/// Moves the file `loaded` to `target`.bak, in place of an older one, and
+/// writes the whole command data to `target`, wrapped to 79 columns. Whether
+/// the move succeeds is not looked at: there may be nothing to move.
+[[nodiscard]] SaveResult writeCommandFile(const std::string &loaded, const std::string &target);
+
+} // namespace velEditor

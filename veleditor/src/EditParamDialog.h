@@ -1,0 +1,49 @@
+// Asks for the new value of one parameter: by a list where the rules name the
+// allowed values, else by a text field.
+#pragma once
+
+#include "velparser/api/velparser.h"
+
+#include <QDialog>
+
+#include <string>
+
+class QComboBox;
+class QTextEdit;
+
+namespace velEditor {
+
+class VELTreeItem;
+
+class EditParamDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /// Asks the rules for the allowed values; a failure is shown in a box and
+    /// leaves the text field.
+    EditParamDialog(QWidget *parent, const QString &caption, const VELTreeItem &item);
+
+    /// The value chosen so far, at first the current one; in bytes, on one line.
+    [[nodiscard]] const std::string &value() const { return value_; }
+
+public slots:
+    /// Takes over the text of the field, where there is one, and accepts. A text
+    /// that a command file cannot hold is refused with a box.
+    void doOk();
+
+    /// An entry of the list was chosen.
+    void doComboBox(const QString &text);
+
+private:
+    void addList(const QString &name);
+    void addTextField(const QString &name, const QString &text);
+    void addButtons();
+
+    std::string value_;
+    velStringList allowed_;
+    QComboBox *list_ = nullptr;      ///< null where any text is allowed
+    QTextEdit *textField_ = nullptr; ///< null where a list is shown
+};
+
+} // namespace velEditor

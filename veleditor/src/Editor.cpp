@@ -1,0 +1,236 @@
+#include "veleditor/src/Editor.h"
+
+#include "common/error.h"
+#include "veleditor/src/Boxes.h"
+#include "veleditor/src/CommandFile.h"
+#include "veleditor/src/MessageDialog.h"
+#include "veleditor/src/Text.h"
+#include "veleditor/src/VELTree.h"
+#include "veleditor/src/WaitCursor.h"
+#include "velparser/api/velparser.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QIcon>
+#include <QMenuBar>
+
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace velEditor {
+
+namespace {
+
+// Where the tree stands in the window.
+constexpr QPoint treeTopLeft(10, 40);
+constexpr int treeRightGap = 6;
+constexpr int treeBottomGap = 11;
+/// What the two columns leave of the window's width.
+constexpr int columnsGap = 15;
+
+constexpr unsigned safeModeLevel = 2;
+
+/// The value of an environment variable; null, with a word to the console,
+/// when it is missing.
+const char *featureVariable(const char *name)
+{
+    const char *value = std::getenv(name);
+    if (value == nullptr)
+        std::fprintf(stderr, "%s not set; some features will not be available\n", name);
+    return value;
+}
+
+QIcon iconBelow(const char *root)
+{
+    const QString folder = fromBytes(root) + QLatin1String("/etc/icons/");
+    QIcon icon;
+    for (const char *file : {"ZOT.png", "ZOT32x32.png", "ZOT48x48.png"})
+        icon.addFile(folder + QLatin1String(file), QSize(), QIcon::Normal);
+    return icon;
+}
+
+} // namespace
+
+Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool safeMode)
+    : QWidget(parent), fileName_(std::move(fileName))
+{
+    setObjectName(QString::fromUtf8(name));
+    setIconAndLabel();
+    setFont(QFont(QStringLiteral("Helvetica"), 12));
+    setWindowTitle(fromBytes(fileName_) + (safeMode ? tr(" - Safe Mode") : QString()));
+    showWelcome();
+    loadCommandData(safeMode);
+    tree_ = new VELTree(this, QStringLiteral("Tree"));
+    switchChecksOn();
+    addMenus();
+    setMinimumSize(300, 200);
+    welcome_->hide();
+}
+
+Editor::~Editor() = default;
+
+void Editor::setIconAndLabel()
+{
+    const char *root = featureVariable("ZOT5ROOT");
+    const char *build = featureVariable("ZOTBUILDID");
+    buildLabel_ = build != nullptr ? QLatin1String("ZOT-") + fromBytes(build) : tr("VEL Editor");
+    if (root != nullptr && build != nullptr)
+        setWindowIcon(iconBelow(root));
+}
+
+void Editor::showWelcome()
+{
+    welcome_ = std::make_unique<QLabel>(
+        tr("Welcome to the Command File Editor.\n\nInitialising database.\n"), nullptr,
+        Qt::MSWindowsFixedSizeDialogHint);
+    welcome_->setObjectName(QStringLiteral("Welcome"));
+    welcome_->setTextFormat(Qt::PlainText);
+    welcome_->setMargin(10);
+    welcome_->setWindowTitle(buildLabel_);
+    welcome_->setWindowIcon(windowIcon());
+    welcome_->move(300, 300);
+    welcome_->show();
+    welcome_->repaint();
+    QApplication::processEvents();
+}
+
+void Editor::loadCommandData(bool safeMode)
+{
+    if (const char *errors = velparser::readVELLibraries())
+        warn(this, tr("Command File Library Errors"),
+             tr("The following errors were encountered reading \nCommand File Library "
+                "files:\n\n") +
+                 fromBytes(errors));
+    if (const char *failure = velparser::loadVELFromFile(fileName_.c_str(), "vel"))
+        throw fileError(failure);
+    if (safeMode)
+        static_cast<void>(velparser::setValidationLevelH(safeModeLevel));
+}
+
+void Editor::switchChecksOn()
+{
+    if (const char *errors = velparser::setUnitsChecking(1))
+        warn(this, tr("Units Checking Disabled"),
+             tr("Errors were encountered initialising units checking. \nThe program will "
+                "continue but units checking will \nbe disabled.\n\n") +
+                 fromBytes(errors));
+    if (const char *errors = velparser::setBoundsChecking(1))
+        warn(this, tr("Bounds Checking Disabled"),
+             tr("Errors were encountered initialising bounds checking. \nThe program will "
+                "continue but bounds checking will \nbe disabled.\n\n") +
+                 fromBytes(errors));
+}
+
+void Editor::doSave()
+{
+    save(fileName_);
+}
+
+void Editor::validateData()
+{
+    const char *errors = nullptr;
+    {
+        const WaitCursor wait;
+        errors = velparser::validateVELDataH();
+    }
+    if (errors != nullptr) {
+        auto *dialog = new ErrorDialog(this, QStringLiteral("Errors"), errors, false);
+        dialog->show();
+        return;
+    }
+    Box box;
+    box.icon = QMessageBox::Information;
+    box.title = tr("Validation Successful");
+    box.text = tr("No Errors were found during validation\n");
+    box.buttons = QStringList{tr("&Ok")};
+    box.canEscape = true;
+    static_cast<void>(ask(this, box));
+}
+
+/// Validates; true when the data is to be written.
+bool Editor::confirmErrors()
+{
+    const char *errors = nullptr;
+    {
+        const WaitCursor wait;
+        errors = velparser::validateVELDataH();
+    }
+    if (errors == nullptr)
+        return true;
+    ErrorDialog dialog(this, QStringLiteral("Errors"), errors, true);
+    return run(dialog) == QDialog::Accepted;
+}
+
+bool Editor::save(std::string target)
+{
+    if (!confirmErrors())
+        return false;
+    const SaveResult result = writeCommandFile(fileName_, target);
+    if (result.outcome == SaveOutcome::Written) {
+        if (tree_ != nullptr)
+            tree_->clearModified();
+        return true;
+    }
+
+    const QString text = tr("Unable to save your modifications to\n  ") + fromBytes(target);
+    if (result.outcome == SaveOutcome::NotOpened) {
+        reportFailure(this, tr("Error Saving File"),
+                      text + tr("\nThis may be due to the OMBRA ZOT-Solver run having "
+                                "completed."));
+        return true;
+    }
+    reportFailure(this, tr("Error Saving File"),
+                  text + u'\n' + fromBytes(result.reason) +
+                      tr("\nYour modifications are still in the editor."));
+    return false;
+}
+
+bool Editor::mayClose()
+{
+    if (!tree_->isModified())
+        return true;
+    Box box;
+    box.icon = QMessageBox::Warning;
+    box.title = tr("Unsaved Changes");
+    box.text = tr("You have made changes that have not been saved.\n") + tr("Would you like to:");
+    box.buttons =
+        QStringList{tr("&Save and Quit"), tr("&Quit Without Saving"), tr("&Continue Working")};
+    switch (ask(this, box)) {
+    case 0:
+        return save(fileName_);
+    case 1:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Leaving the loop directly, instead of asking the application to quit, keeps
+// the window from being asked a second time.
+void Editor::closeEvent(QCloseEvent *event)
+{
+    if (!mayClose()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    QCoreApplication::exit(0);
+}
+
+void Editor::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    if (menuBar_ != nullptr)
+        menuBar_->setGeometry(0, 0, width(), menuBar_->heightForWidth(width()));
+    if (tree_ == nullptr)
+        return;
+    tree_->setGeometry(
+        QRect(treeTopLeft, QPoint(width() - treeRightGap, height() - treeBottomGap)));
+    const int nameWidth = width() - tree_->columnWidth(VELTreeItem::Value) - columnsGap;
+    if (nameWidth >= 0)
+        tree_->setColumnWidth(VELTreeItem::Name, nameWidth);
+    tree_->update();
+}
+
+} // namespace velEditor

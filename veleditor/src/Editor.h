@@ -1,0 +1,70 @@
+// The main window: loads the command data, shows it as a tree, saves and
+// validates it, and asks before changes are lost.
+//
+// One window edits one command file for the life of the process. Everything
+// happens on the GUI thread.
+#pragma once
+
+#include <QLabel>
+#include <QWidget>
+
+#include <memory>
+#include <string>
+
+class QMenu;
+class QMenuBar;
+
+namespace velEditor {
+
+class VELTree;
+
+class Editor : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// Reads the rule libraries, loads `fileName` and builds the tree, while a
+    /// welcome label is on screen. `name` (may be null) is the object's name.
+    /// Throws `fileError` with the loader's text when the file cannot be
+    /// loaded, and `error` when the tree cannot be built.
+    Editor(QWidget *parent, const char *name, std::string fileName, bool safeMode);
+    ~Editor() override;
+
+    [[nodiscard]] VELTree &tree() { return *tree_; }
+
+    /// Validates, moves the loaded file to `target`.bak and writes the command
+    /// data to `target`. False when the user declines to save with errors, or
+    /// when not everything could be written; the user has then been told. True
+    /// also when `target` could not be opened, after a box that says so: what
+    /// was loaded stands in the .bak file.
+    bool save(std::string target);
+
+public slots:
+    void doSave();
+    void validateData();
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void setIconAndLabel();
+    void showWelcome();
+    void loadCommandData(bool safeMode);
+    void switchChecksOn();
+    void addMenus();
+    void addFileMenu(QMenuBar &bar);
+    void addEditMenu(QMenuBar &bar);
+    void addHelpMenu(QMenuBar &bar);
+
+    [[nodiscard]] bool confirmErrors();
+    [[nodiscard]] bool mayClose();
+
+    VELTree *tree_ = nullptr; ///< a child widget; null until it is built
+    std::string fileName_;    ///< what a plain save overwrites
+    QMenuBar *menuBar_ = nullptr;
+    QString buildLabel_;
+    std::unique_ptr<QLabel> welcome_; ///< a window of its own; hidden once the tree stands
+};
+
+} // namespace velEditor

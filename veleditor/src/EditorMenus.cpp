@@ -1,0 +1,88 @@
+// The menus of the main window.
+#include "veleditor/src/Editor.h"
+#include "veleditor/src/VELTree.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QKeySequence>
+#include <QMenuBar>
+
+namespace velEditor {
+
+namespace {
+
+QMenu *addMenu(QMenuBar &bar, const QString &title, const char *name)
+{
+    QMenu *menu = bar.addMenu(title);
+    menu->setObjectName(QString::fromLatin1(name));
+    return menu;
+}
+
+QAction *addEntry(QMenu &menu, const QString &text, const char *name,
+                  const QString &shortcut = QString())
+{
+    QAction *entry = menu.addAction(text);
+    entry->setObjectName(QString::fromLatin1(name));
+    if (!shortcut.isEmpty())
+        entry->setShortcut(QKeySequence(shortcut));
+    return entry;
+}
+
+/// An entry whose work does not exist yet: shown, so that the menu is whole,
+/// but not to be chosen.
+void addAbsentEntry(QMenu &menu, const QString &text, const char *name,
+                    const QString &shortcut = QString())
+{
+    addEntry(menu, text, name, shortcut)->setEnabled(false);
+}
+
+} // namespace
+
+void Editor::addMenus()
+{
+    menuBar_ = new QMenuBar(this);
+    menuBar_->setObjectName(QStringLiteral("MenuBar"));
+    addFileMenu(*menuBar_);
+    addEditMenu(*menuBar_);
+    menuBar_->addSeparator();
+    addHelpMenu(*menuBar_);
+}
+
+void Editor::addFileMenu(QMenuBar &bar)
+{
+    QMenu *menu = addMenu(bar, tr("&File"), "FileMenu");
+    connect(addEntry(*menu, tr("&Save"), "Save", tr("Ctrl+S")), &QAction::triggered, this,
+            &Editor::doSave);
+    connect(addEntry(*menu, tr("&Validate"), "Validate", tr("Ctrl+V")), &QAction::triggered, this,
+            &Editor::validateData);
+    connect(addEntry(*menu, tr("&Exit"), "Exit", tr("Ctrl+Q")), &QAction::triggered, qApp,
+            &QApplication::closeAllWindows);
+}
+
+void Editor::addEditMenu(QMenuBar &bar)
+{
+    QMenu *menu = addMenu(bar, tr("&Edit"), "EditMenu");
+    addAbsentEntry(*menu, tr("&Add Parameter"), "AddParameter", tr("Ctrl+A"));
+    connect(addEntry(*menu, tr("&Edit Parameter"), "EditParameter", tr("Ctrl+E")),
+            &QAction::triggered, tree_, &VELTree::editCurrParameter);
+    addAbsentEntry(*menu, tr("&Delete Parameter"), "DeleteParameter", tr("Ctrl+D"));
+    addAbsentEntry(*menu, tr("Add Expert &Parameter Section"), "AddExpertSection", tr("Ctrl+P"));
+    menu->addSeparator();
+    addAbsentEntry(*menu, tr("&Find"), "Find", tr("Ctrl+F"));
+    addAbsentEntry(*menu, tr("Find &Next"), "FindNext", tr("Ctrl+N"));
+}
+
+void Editor::addHelpMenu(QMenuBar &bar)
+{
+    QMenu *menu = addMenu(bar, tr("&Help"), "HelpMenu");
+    addAbsentEntry(*menu, tr("On ZOT &Solver File Editor"), "HelpOnEditor");
+    addAbsentEntry(*menu, tr("On &Expert Parameters"), "HelpOnExpertParams");
+    menu->addSeparator();
+    addAbsentEntry(*menu, tr("&Contents"), "HelpContents");
+    addAbsentEntry(*menu, tr("&Tutorials"), "HelpTutorials");
+    addAbsentEntry(*menu, tr("&Search"), "HelpSearch");
+    menu->addSeparator();
+    addAbsentEntry(*menu, tr("&Help On Help"), "HelpOnHelp");
+}
+
+} // namespace velEditor

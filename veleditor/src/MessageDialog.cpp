@@ -1,0 +1,116 @@
+#include "veleditor/src/MessageDialog.h"
+
+#include "veleditor/src/Boxes.h"
+#include "veleditor/src/Text.h"
+#include "veleditor/src/TextFile.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QTextEdit>
+#include <QVBoxLayout>
+
+namespace velEditor {
+
+namespace {
+
+QLabel *plainLabel(const QString &text, const char *name, QWidget *parent)
+{
+    auto *label = new QLabel(text, parent);
+    label->setObjectName(QString::fromLatin1(name));
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    return label;
+}
+
+QPushButton *namedButton(const QString &text, const char *name, QWidget *parent)
+{
+    auto *button = new QPushButton(text, parent);
+    button->setObjectName(QString::fromLatin1(name));
+    return button;
+}
+
+} // namespace
+
+MessageDialog::MessageDialog(QWidget *parent, const QString &name, const QString &title,
+                             const QString &heading, const QString &fileButtonText,
+                             const QString &defaultFileName, std::string_view messages,
+                             bool questionMode, const QString &question)
+    : QDialog(parent), defaultFileName_(defaultFileName), messageArea_(new QTextEdit(this))
+{
+    setObjectName(name);
+    setWindowTitle(title);
+    setModal(questionMode);
+    setAttribute(Qt::WA_DeleteOnClose, !questionMode);
+
+    messageArea_->setObjectName(QStringLiteral("Messages"));
+    messageArea_->setAccessibleName(title);
+    messageArea_->setReadOnly(true);
+    messageArea_->setTabChangesFocus(true);
+    messageArea_->setPlainText(fromBytes(messages));
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(plainLabel(heading, "Heading", this));
+    layout->addWidget(messageArea_);
+    if (questionMode)
+        layout->addWidget(plainLabel(question, "Question", this));
+    addButtons(*layout, fileButtonText, questionMode);
+    resize(600, 300);
+}
+
+void MessageDialog::addButtons(QVBoxLayout &layout, const QString &fileButtonText,
+                               bool questionMode)
+{
+    auto *row = new QHBoxLayout;
+    layout.addLayout(row);
+    auto *accepting =
+        namedButton(questionMode ? tr("&Yes") : tr("&Ok"), questionMode ? "Yes" : "Ok", this);
+    connect(accepting, &QPushButton::clicked, this, &QDialog::accept);
+    row->addWidget(accepting);
+    if (questionMode) {
+        QPushButton *no = namedButton(tr("&No"), "No", this);
+        connect(no, &QPushButton::clicked, this, &QDialog::reject);
+        row->addWidget(no);
+    }
+    row->addStretch();
+    QPushButton *file = namedButton(fileButtonText, "WriteToFile", this);
+    connect(file, &QPushButton::clicked, this, &MessageDialog::writeMessagesToFile);
+    row->addWidget(file);
+}
+
+void MessageDialog::writeMessagesToFile()
+{
+    const QString proposal =
+        defaultFileName_.isEmpty() ? QStringLiteral("errormessages.txt") : defaultFileName_;
+    const QString fileName = askSaveFileName(this, tr("Select File"), proposal);
+    if (fileName.isEmpty())
+        return;
+
+    TextFile file(toBytes(fileName));
+    file.write(toBytes(plainText(*messageArea_->document())));
+    if (!file.close())
+        reportFailure(this, tr("Error Writing File"),
+                      tr("Unable to write the messages to\n  ") + fileName + u'\n' +
+                          fromBytes(file.error()));
+}
+
+ErrorDialog::ErrorDialog(QWidget *parent, const QString &name, std::string_view messages,
+                         bool questionMode)
+    : MessageDialog(parent, name, tr("Command File Errors"),
+                    tr("The following errors were encountered during validation:"),
+                    tr("&Write Error Messages to File"), QStringLiteral("errormessages.txt"),
+                    messages, questionMode,
+                    tr("Would you like to save this file including the errors?"))
+{
+}
+
+VELUpgradeMessagesDialog::VELUpgradeMessagesDialog(QWidget *parent, const QString &name,
+                                                   std::string_view messages)
+    : MessageDialog(parent, name, tr("VEL Upgrade Messages"),
+                    tr("The following messages were generated when upgrading the VEL:"),
+                    tr("&Write VEL Upgrade Messages to File"),
+                    QStringLiteral("upgrademessages.txt"), messages, false, tr("Save Messages?"))
+{
+}
+
+} // namespace velEditor

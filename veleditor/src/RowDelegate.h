@@ -1,0 +1,21 @@
+// Paints the rows of the command tree in the colours that tell the user what
+// can be changed: orange for expert parameters, green for the values of all
+// others.
+#pragma once
+
+#include <QStyledItemDelegate>
+
+namespace velEditor {
+
+class RowDelegate : public QStyledItemDelegate
+{
+    Q_OBJECT
+
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
+};
+
+} // namespace velEditor

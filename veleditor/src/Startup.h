@@ -1,0 +1,12 @@
+// What the program does from its first to its last instruction.
+#pragma once
+
+namespace velEditor {
+
+/// Runs the editor on the last word of the command line and gives the exit
+/// status: the event loop's, or 0 after an error, which is reported on the
+/// console. An editor error also leaves a copy of the command data in the
+/// second word of the command line with ".emergency" appended.
+int runEditor(int argc, char **argv);
+
+} // namespace velEditor

@@ -1,0 +1,88 @@
+#include "veleditor/src/Text.h"
+
+#include <QByteArrayView>
+#include <QStringDecoder>
+#include <QTextDocument>
+
+#include <algorithm>
+
+namespace velEditor {
+
+namespace {
+
+bool isAscii(std::string_view bytes)
+{
+    return std::none_of(bytes.begin(), bytes.end(),
+                        [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+}
+
+/// The text in UTF-8, or a null string for bytes that are not.
+QString decodeUtf8(std::string_view bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                     QStringDecoder::Flag::ConvertInitialBom);
+    QString text = decoder(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())));
+    return decoder.hasError() ? QString() : text;
+}
+
+bool fitsLatin1(const QString &text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
+}
+
+// What a document puts between its paragraphs and at line breaks inside one.
+QString withLineBreaks(const QTextDocument &document, QChar lineBreak)
+{
+    QString text = document.toRawText();
+    for (QChar &c : text) {
+        switch (c.unicode()) {
+        case 0x2028: // line separator
+        case 0x2029: // paragraph separator
+        case 0xFDD0: // begin and end of a frame
+        case 0xFDD1:
+        case u'\n':
+        case u'\r':
+            c = lineBreak;
+            break;
+        default:
+            break;
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+QString fromBytes(std::string_view bytes)
+{
+    const auto size = static_cast<qsizetype>(bytes.size());
+    if (isAscii(bytes))
+        return QString::fromLatin1(bytes.data(), size);
+    const QString text = decodeUtf8(bytes);
+    return text.isNull() ? QString::fromLatin1(bytes.data(), size) : text;
+}
+
+std::string toBytes(const QString &text)
+{
+    return text.toStdString();
+}
+
+std::string toBytesInPlaceOf(const QString &text, std::string_view old)
+{
+    const bool oldIsLatin1 = !isAscii(old) && decodeUtf8(old).isNull();
+    if (oldIsLatin1 && fitsLatin1(text))
+        return text.toLatin1().toStdString();
+    return toBytes(text);
+}
+
+QString plainText(const QTextDocument &document)
+{
+    return withLineBreaks(document, u'\n');
+}
+
+QString singleLine(const QTextDocument &document)
+{
+    return withLineBreaks(document, u' ');
+}
+
+} // namespace velEditor

@@ -1,0 +1,149 @@
+#include "veleditor/src/TreeBuilder.h"
+
+#include "common/error.h"
+#include "veleditor/src/Text.h"
+#include "veleditor/src/VELTreeItem.h"
+
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace velEditor {
+
+namespace {
+
+void throwOn(const char *message, const char *step)
+{
+    if (message != nullptr)
+        throw error(std::string(step) + " : " + message);
+}
+
+bool isKind(const velChildInfo &child, std::string_view kind)
+{
+    return child.className == kind;
+}
+
+bool isFlowPath(std::string_view path)
+{
+    return path.substr(0, 5) == "/FLOW" && path.find('/', 1) == std::string_view::npos;
+}
+
+std::string pathComponent(const velChildInfo &child, bool hasValue)
+{
+    if (hasValue)
+        return child.name;
+    return isKind(child, "Object") ? child.type + ':' + child.name : child.type;
+}
+
+QString rowLabel(const velChildInfo &child)
+{
+    if (isKind(child, "Object"))
+        return fromBytes(child.type) + QLatin1String(" : ") + fromBytes(child.name);
+    if (isKind(child, "Singleton"))
+        return fromBytes(child.type) + QLatin1String(" :");
+    return fromBytes(child.name);
+}
+
+} // namespace
+
+TreeBuilder::TreeBuilder()
+    : showLibrary_(std::getenv("VELEDITOR_SHOW_LIBRARY") != nullptr),
+      showExpert_(std::getenv("ZOT5_VEL_EXPERT") != nullptr)
+{
+}
+
+TreeBuilder::~TreeBuilder()
+{
+    for (std::size_t i = 0; i < levels_.size(); ++i)
+        static_cast<void>(velparser::popPathH());
+}
+
+BuiltTree TreeBuilder::build()
+{
+    tree_.root = std::make_unique<VELTreeItem>(nullptr, nullptr, QStringLiteral("Root"),
+                                               std::nullopt, std::string());
+    enter(tree_.root.get(), 0);
+    while (!levels_.empty()) {
+        if (levels_.back().next < levels_.back().children.size())
+            showNextChild();
+        else
+            leave();
+    }
+    return std::move(tree_);
+}
+
+// `path_` is the item's own path here.
+void TreeBuilder::enter(VELTreeItem *item, std::size_t parentPathLength)
+{
+    Level level{item, nullptr, isFlowPath(path_), parentPathLength, {}, 0};
+    if (level.isFlow)
+        tree_.flowItem = item;
+    throwOn(velparser::getChildList(path_.c_str(), &level.children, nullptr), "getChildList");
+    throwOn(velparser::pushPathH(path_.c_str()), "pushPath");
+    levels_.push_back(std::move(level));
+}
+
+void TreeBuilder::leave()
+{
+    const Level &level = levels_.back();
+    if (level.isFlow)
+        tree_.lastFlowChild = level.lastChild;
+    path_.resize(level.pathLength);
+    levels_.pop_back();
+    throwOn(velparser::popPathH(), "popPath");
+}
+
+void TreeBuilder::showNextChild()
+{
+    Level &level = levels_.back();
+    const velChildInfo &child = level.children[level.next++];
+
+    // Kept: whatever has a value under this name is shown as a parameter, also
+    // an object that shares its name with a parameter beside it. A name without
+    // a value is reported as a failure, which means the same.
+    std::optional<std::string> value;
+    static_cast<void>(velparser::getStringValue(child.name.c_str(), &value));
+
+    const std::size_t length = path_.size();
+    std::string component = pathComponent(child, value.has_value());
+    if (path_ != "/")
+        path_ += '/';
+    path_ += component;
+    if (isHidden()) {
+        path_.resize(length);
+        return;
+    }
+    VELTreeItem *item = makeItem(level, child, value, std::move(component));
+    if (isKind(child, "Param"))
+        path_.resize(length);
+    else
+        enter(item, length);
+}
+
+// The queries answer −1 for a failure, which counts as yes like any number but 0.
+bool TreeBuilder::isHidden() const
+{
+    if (!showLibrary_ && velparser::isVELLibrary(path_.c_str()) != 0)
+        return true;
+    return !showExpert_ && velparser::isItemExpert(path_.c_str()) != 0;
+}
+
+VELTreeItem *TreeBuilder::makeItem(Level &level, const velChildInfo &child,
+                                   const std::optional<std::string> &value, std::string component)
+{
+    std::optional<QString> shown;
+    if (value)
+        shown = fromBytes(*value);
+    auto *item = new VELTreeItem(level.item, level.lastChild, rowLabel(child), std::move(shown),
+                                 std::move(component));
+    level.lastChild = item;
+    if (level.isFlow && isKind(child, "Singleton") && child.name == "EXPERT PARAMETERS") {
+        tree_.expertItem = item;
+        item->setInExpertSection(true);
+    }
+    if (isKind(child, "Param"))
+        item->setEditable(velparser::isParamEditable(path_.c_str()) != 0);
+    return item;
+}
+
+} // namespace velEditor

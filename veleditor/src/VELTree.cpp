@@ -1,0 +1,133 @@
+#include "veleditor/src/VELTree.h"
+
+#include "veleditor/src/RowDelegate.h"
+#include "veleditor/src/TreeBuilder.h"
+
+#include <QHeaderView>
+#include <QMouseEvent>
+#include <QStyle>
+#include <QStyleFactory>
+
+#include <vector>
+
+namespace velEditor {
+
+namespace {
+
+const QLatin1String modifiedMark(" - Modified");
+
+constexpr int indentationPixels = 40;
+constexpr int valueColumnPixels = 400;
+
+} // namespace
+
+VELTree::VELTree(QWidget *parent, const QString &name) : QTreeWidget(parent)
+{
+    setObjectName(name);
+    setAccessibleName(tr("Command data"));
+    clearModified();
+
+    setHeaderLabels({tr("Name"), tr("Value")});
+    setSorting(-1);
+    setIndentation(indentationPixels);
+    setRootIsDecorated(false);
+    setEditTriggers(NoEditTriggers);
+    setUniformRowHeights(true);
+    header()->setSectionResizeMode(QHeaderView::Interactive);
+    header()->setStretchLastSection(false);
+    setColumnWidth(VELTreeItem::Value, valueColumnPixels);
+    setItemDelegate(new RowDelegate(this));
+    if (QStyle *windows = QStyleFactory::create(QStringLiteral("Windows"))) {
+        windows->setParent(this);
+        setStyle(windows);
+    }
+
+    connect(this, &QTreeWidget::itemDoubleClicked, this, &VELTree::editQListItem);
+    connect(this, &VELTree::rightButtonClicked, this, &VELTree::openOrClose);
+    buildTree();
+}
+
+void VELTree::buildTree()
+{
+    flowItem_ = nullptr;
+    lastFlowChild_ = nullptr;
+    expertItem_ = nullptr;
+    clear();
+
+    BuiltTree built = TreeBuilder().build();
+    flowItem_ = built.flowItem;
+    lastFlowChild_ = built.lastFlowChild;
+    expertItem_ = built.expertItem;
+    addTopLevelItem(built.root.release());
+    topLevelItem(0)->setExpanded(true);
+}
+
+void VELTree::setModified()
+{
+    modified_ = true;
+    const QString title = parentWidget()->windowTitle();
+    if (!title.endsWith(modifiedMark))
+        parentWidget()->setWindowTitle(title + modifiedMark);
+}
+
+void VELTree::clearModified()
+{
+    modified_ = false;
+    QString title = parentWidget()->windowTitle();
+    if (title.endsWith(modifiedMark))
+        title.chop(modifiedMark.size());
+    parentWidget()->setWindowTitle(title);
+}
+
+VELTreeItem *VELTree::selectedItem() const
+{
+    const QList<QTreeWidgetItem *> selected = selectedItems();
+    return selected.isEmpty() ? nullptr : VELTreeItem::from(selected.first());
+}
+
+void VELTree::setSorting(int column, bool ascending)
+{
+    if (column < 0) {
+        setSortingEnabled(false);
+        return;
+    }
+    header()->setSortIndicator(column, ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+    setSortingEnabled(true);
+}
+
+void VELTree::setSorting(int column)
+{
+    setSorting(column, true);
+}
+
+void VELTree::mouseReleaseEvent(QMouseEvent *event)
+{
+    QTreeWidget::mouseReleaseEvent(event);
+    if (event->button() != Qt::RightButton)
+        return;
+    const QPoint point = event->position().toPoint();
+    emit rightButtonClicked(itemAt(point), event->globalPosition().toPoint(), columnAt(point.x()));
+}
+
+void VELTree::openOrClose(QTreeWidgetItem *, QPoint point, int)
+{
+    if (QTreeWidgetItem *item = itemAt(viewport()->mapFromGlobal(point)))
+        setOpen(item, !item->isExpanded());
+}
+
+// The pending layout makes each change a mere note; the view is laid out once.
+void VELTree::setOpen(QTreeWidgetItem *item, bool open)
+{
+    scheduleDelayedItemsLayout();
+    std::vector<QTreeWidgetItem *> rows{item};
+    while (!rows.empty()) {
+        QTreeWidgetItem *row = rows.back();
+        rows.pop_back();
+        if (row->childCount() > 0)
+            row->setExpanded(open);
+        for (int i = 0; i < row->childCount(); ++i)
+            rows.push_back(row->child(i));
+    }
+}
+
+} // namespace velEditor

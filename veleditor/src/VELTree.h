@@ -1,0 +1,81 @@
+// The command tree: the command data as two columns of names and values, and
+// the operations with which the user changes it.
+//
+// The tree is built whole from the database and again whenever its structure
+// has changed; a rebuild invalidates every pointer to a row. Changes of single
+// values and rows are made in the database and in the rows side by side. The
+// tree also keeps the mark of unsaved changes, which shows in the title of its
+// parent widget.
+#pragma once
+
+#include "veleditor/src/VELTreeItem.h"
+
+#include <QPoint>
+#include <QTreeWidget>
+
+#include <string>
+
+namespace velEditor {
+
+class VELTree : public QTreeWidget
+{
+    Q_OBJECT
+
+public:
+    /// Builds the tree at once; throws as `buildTree` does.
+    VELTree(QWidget *parent, const QString &name);
+
+    // --- Unsaved changes --------------------------------------------------
+
+    void setModified();
+    void clearModified();
+    [[nodiscard]] bool isModified() const { return modified_; }
+
+    // --- Rows (not owned; null where there is none) -------------------------
+
+    /// The top-level flow object, the last row that was built directly under
+    /// it, and its section of expert parameters.
+    [[nodiscard]] VELTreeItem *flowItem() const { return flowItem_; }
+    [[nodiscard]] VELTreeItem *lastFlowChild() const { return lastFlowChild_; }
+    [[nodiscard]] VELTreeItem *expertItem() const { return expertItem_; }
+
+    /// What the user has selected, which may differ from where the keyboard is.
+    [[nodiscard]] VELTreeItem *selectedItem() const;
+
+public slots:
+    /// Throws `error` when the database cannot be walked; see TreeBuilder.
+    void buildTree();
+
+    /// Asks for a new value and stores it. One that does not validate is put
+    /// back after its errors were shown; the mark of unsaved changes stays.
+    void editParam(velEditor::VELTreeItem *item);
+    void editQListItem(QTreeWidgetItem *item);
+    void editCurrParameter();
+
+    /// Sorts by a column; below 0 the order of the database is kept from then on.
+    void setSorting(int column, bool ascending);
+    void setSorting(int column);
+
+    /// Opens the row at a global point if it was closed and closes it if it was
+    /// open, and all below it likewise.
+    void openOrClose(QTreeWidgetItem *item, QPoint point, int column);
+
+signals:
+    /// The right button was released over a row, or over none.
+    void rightButtonClicked(QTreeWidgetItem *item, QPoint globalPoint, int column);
+
+protected:
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    void setOpen(QTreeWidgetItem *item, bool open);
+    void storeValue(VELTreeItem &item, const std::string &newValue);
+    void showErrors(const char *messages);
+
+    bool modified_ = false;
+    VELTreeItem *flowItem_ = nullptr;
+    VELTreeItem *lastFlowChild_ = nullptr;
+    VELTreeItem *expertItem_ = nullptr;
+};
+
+} // namespace velEditor

@@ -1,0 +1,83 @@
+#include "veleditor/src/VELTreeItem.h"
+
+#include <utility>
+#include <vector>
+
+namespace velEditor {
+
+namespace {
+
+// Nearly always a row goes behind the last one, which needs no search.
+int positionBehind(const QTreeWidgetItem &parent, const QTreeWidgetItem *after)
+{
+    if (after == nullptr)
+        return 0;
+    const int count = parent.childCount();
+    if (count > 0 && parent.child(count - 1) == after)
+        return count;
+    return parent.indexOfChild(const_cast<QTreeWidgetItem *>(after)) + 1;
+}
+
+} // namespace
+
+VELTreeItem::VELTreeItem(VELTreeItem *parent, const QTreeWidgetItem *after, QString label,
+                         std::optional<QString> value, std::string component)
+    : QTreeWidgetItem(ItemType), component_(std::move(component)), label_(std::move(label)),
+      hasValue_(value.has_value()), inExpertSection_(parent != nullptr && parent->inExpertSection_)
+{
+    if (value)
+        value_ = std::move(*value);
+    if (parent != nullptr)
+        parent->insertChild(positionBehind(*parent, after), this);
+}
+
+VELTreeItem *VELTreeItem::from(QTreeWidgetItem *item)
+{
+    return item != nullptr && item->type() == ItemType ? static_cast<VELTreeItem *>(item) : nullptr;
+}
+
+std::string VELTreeItem::path() const
+{
+    std::vector<const VELTreeItem *> rows;
+    for (const VELTreeItem *row = this; row->parent() != nullptr; row = from(row->parent()))
+        rows.push_back(row);
+    if (rows.empty())
+        return "/";
+
+    std::string path;
+    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+        path += '/';
+        path += (*row)->component_;
+    }
+    return path;
+}
+
+void VELTreeItem::setValue(const QString &value)
+{
+    value_ = value;
+    emitDataChanged();
+}
+
+QVariant VELTreeItem::data(int column, int role) const
+{
+    if (role == Qt::DisplayRole || role == Qt::EditRole) {
+        if (column == Name)
+            return label_;
+        return hasValue_ ? QVariant(value_) : QVariant();
+    }
+    return QTreeWidgetItem::data(column, role);
+}
+
+void VELTreeItem::setData(int column, int role, const QVariant &value)
+{
+    if (role != Qt::DisplayRole && role != Qt::EditRole) {
+        QTreeWidgetItem::setData(column, role, value);
+    } else if (column == Name) {
+        label_ = value.toString();
+        emitDataChanged();
+    } else {
+        setValue(value.toString());
+    }
+}
+
+} // namespace velEditor

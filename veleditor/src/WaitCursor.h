@@ -1,0 +1,20 @@
+// The wait cursor, shown while an object of this class lives: around calls of
+// the bridge that may take long, since no event is handled during them.
+#pragma once
+
+#include <QApplication>
+#include <QCursor>
+
+namespace velEditor {
+
+class WaitCursor
+{
+public:
+    WaitCursor() { QApplication::setOverrideCursor(QCursor(Qt::WaitCursor)); }
+    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
+
+    WaitCursor(const WaitCursor &) = delete;
+    WaitCursor &operator=(const WaitCursor &) = delete;
+};
+
+} // namespace velEditor
