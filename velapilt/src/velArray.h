@@ -36,7 +36,7 @@ public:
 
 private:
     std::vector<std::unique_ptr<char[]>> blocks_;
-    char *next_ = nullptr;
+    char *next_ = nullptr; // free room in the last block, not owned
     std::size_t left_ = 0;
 };
 
@@ -53,7 +53,10 @@ public:
 
     /// Null-ended; the texts belong to the list. An entry may be null only
     /// where the list came from an array to which a null text was added.
-    [[nodiscard]] const char *const *data() const { return texts_.empty() ? nullptr : texts_.data(); }
+    [[nodiscard]] const char *const *data() const
+    {
+        return texts_.empty() ? nullptr : texts_.data();
+    }
     [[nodiscard]] const char *operator[](std::size_t i) const { return texts_[i]; }
     [[nodiscard]] const char *const *begin() const { return texts_.data(); }
     [[nodiscard]] const char *const *end() const { return texts_.data() + size(); }
@@ -85,6 +88,9 @@ public:
     int addString(std::string_view text);
     /// Takes `text` over; null is accepted and counted, the length unchanged.
     int addOwnedString(std::unique_ptr<char[]> text);
+    /// Adds a text of `length` characters to be written in place; it is
+    /// terminated already. Throws bad_alloc.
+    char *addUninitialised(std::size_t length);
     int addInteger(std::int32_t value);
     int addPointer(void *pointer);
 
@@ -116,5 +122,4 @@ private:
     std::vector<std::int32_t> integers_;
     std::vector<void *> pointers_;
     velTextBlocks blocks_;
-    std::vector<std::unique_ptr<char[]>> owned_;
 };

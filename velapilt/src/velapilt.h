@@ -34,9 +34,9 @@ struct velHandle;
 /// "None", "Param", "Object" or "Singleton".
 [[nodiscard]] const char *velKindWord(velKind kind);
 
-inline constexpr std::uint32_t velFlagLibrary = 0x1;       ///< came from a library file
-inline constexpr std::uint32_t velFlagValid = 0x100;       ///< the node itself is valid
-inline constexpr std::uint32_t velFlagReplace = 0x200;     ///< restated in a &replace block
+inline constexpr std::uint32_t velFlagLibrary = 0x1;        ///< came from a library file
+inline constexpr std::uint32_t velFlagValid = 0x100;        ///< the node itself is valid
+inline constexpr std::uint32_t velFlagReplace = 0x200;      ///< restated in a &replace block
 inline constexpr std::uint32_t velFlagSubtreeValid = 0x400; ///< everything below is valid
 
 // --- Handle ---------------------------------------------------------------

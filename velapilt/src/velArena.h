@@ -1,0 +1,50 @@
+// Memory for the nodes and texts of one handle.
+//
+// Small blocks come from large chunks, one behind the other, so that what is
+// loaded together lies together; freed ones are kept by size and given out
+// again. Larger blocks come from the heap. Everything is freed with the arena.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+class velArena
+{
+public:
+    velArena() = default;
+    ~velArena();
+    velArena(const velArena &) = delete;
+    velArena &operator=(const velArena &) = delete;
+
+    /// A block aligned for pointers. Throws bad_alloc.
+    void *allocate(std::size_t bytes);
+
+    /// Takes a block back; `bytes` as it was asked for.
+    void release(void *block, std::size_t bytes) noexcept;
+
+private:
+    struct Free
+    {
+        Free *next;
+    };
+    struct Large
+    {
+        Large *previous;
+        Large *next;
+    };
+
+    static constexpr std::size_t unit = 8;
+    static constexpr std::size_t largest = 512;
+
+    void *fromChunk(std::size_t bytes);
+    void *fromHeap(std::size_t bytes);
+
+    std::array<Free *, largest / unit + 1> free_{};
+    std::vector<std::unique_ptr<char[]>> chunks_;
+    std::size_t chunkSize_ = 4096;
+    char *next_ = nullptr;
+    std::size_t left_ = 0;
+    Large *large_ = nullptr;
+};

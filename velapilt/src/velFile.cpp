@@ -1,0 +1,98 @@
+#include "velapilt/src/velHandle_p.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace {
+
+struct CloseFile
+{
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+/// The size of a file that can be sought in, else 0.
+std::size_t sizeOf(std::FILE *file)
+{
+    if (std::fseek(file, 0, SEEK_END) != 0) {
+        return 0;
+    }
+    const long size = std::ftell(file);
+    std::rewind(file);
+    return size < 0 ? 0 : static_cast<std::size_t>(size);
+}
+
+} // namespace
+
+const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes)
+{
+    const File file(std::fopen(path, "rb"));
+    if (file == nullptr) {
+        return velSetError(handle, "loadFileData: %s: open failed", path);
+    }
+    std::setvbuf(file.get(), nullptr, _IONBF, 0); // it is read in one piece
+    // One byte more than the file has, so that its end is seen with it. A pipe
+    // has no size, and a file may grow: then the room doubles.
+    std::size_t room = sizeOf(file.get()) + 1;
+    std::size_t length = 0;
+    auto data = std::make_unique_for_overwrite<char[]>(room);
+    for (;;) {
+        length += std::fread(data.get() + length, 1, room - length, file.get());
+        if (length < room) {
+            break;
+        }
+        auto grown = std::make_unique_for_overwrite<char[]>(room * 2);
+        std::memcpy(grown.get(), data.get(), length);
+        data = std::move(grown);
+        room *= 2;
+    }
+    if (std::ferror(file.get()) != 0) {
+        return length == 0 ? velSetError(handle, "loadFileData: %s: open failed", path)
+                           : velSetError(handle, "loadFileData: %s: fgets failed", path);
+    }
+    bytes->data = std::move(data);
+    bytes->size = length;
+    return nullptr;
+}
+
+const char *loadFileData(velHandle *handle, const char *path, velArray *lines)
+try {
+    velFileBytes bytes;
+    if (const char *error = velReadFile(handle, path, &bytes)) {
+        return error;
+    }
+    std::string_view rest = bytes.view();
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size());
+        std::string_view line = rest.substr(0, end);
+        line = line.substr(0, line.find('\0'));
+        if (lines->addString(line) == 0) {
+            return "loadFileData: malloc failed";
+        }
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return nullptr;
+} catch (const std::bad_alloc &) {
+    return "loadFileData: array allocation failed";
+}
+
+const char *loadVELFile(velHandle *handle, const char *path, const char *fileType,
+                        const velDigest *expected, velDigest *digest)
+try {
+    if (path == nullptr || fileType == nullptr) {
+        return "loadVELFile: Invalid file or file type";
+    }
+    if (std::strcmp(fileType, "vel") != 0) {
+        return "loadVELFile: fileType is invalid - it should be vel";
+    }
+    velFileBytes bytes;
+    if (const char *error = velReadFile(handle, path, &bytes)) {
+        return error;
+    }
+    return velParseText(handle, bytes.view(), 0, expected, digest);
+} catch (const std::bad_alloc &) {
+    return "loadFileData: array allocation failed";
+}

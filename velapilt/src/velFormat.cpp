@@ -1,0 +1,369 @@
+// From nodes to lines.
+//
+// Two writers: the plain one keeps the stored order and everything in it; the
+// other writes user data the way a file is saved: parameters first, objects by
+// the priorities that the rules give their types, lines wrapped. Both walk the
+// tree without recursion, for a file may nest as deep as it likes.
+#include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velNumber.h"
+#include "velapilt/src/velWrap.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <unordered_map>
+
+namespace {
+
+constexpr std::size_t indentStep = 2;
+
+bool isLeftOut(const velNode *node, std::uint32_t include, std::uint32_t exclude)
+{
+    return (include != 0 && (node->flags & include) == 0) ||
+           (exclude != 0 && (node->flags & exclude) != 0);
+}
+
+/// Writes lines of two or three parts, in place where they need no wrapping.
+class LineWriter
+{
+public:
+    LineWriter(const velHandle *handle, velArray *lines, std::int32_t width)
+        : words_(handle->words), lines_(lines), width_(width)
+    {
+    }
+
+    const char *param(std::size_t indent, const velNode *node)
+    {
+        return write(indent, words_.view(node->name), " = ",
+                     {node->value.text, node->value.length});
+    }
+
+    const char *header(std::size_t indent, const velNode *node)
+    {
+        return node->name == velWords::none
+                   ? write(indent, words_.view(node->type), ":", {})
+                   : write(indent, words_.view(node->type), ": ", words_.view(node->name));
+    }
+
+    const char *end(std::size_t indent) { return write(indent, "END", {}, {}); }
+
+private:
+    const char *write(std::size_t indent, std::string_view first, std::string_view middle,
+                      std::string_view last)
+    {
+        const std::size_t length = indent + first.size() + middle.size() + last.size();
+        const bool fits = width_ == 0 || (width_ > 2 && length <= static_cast<std::size_t>(width_));
+        if (!fits) {
+            scratch_.resize(length);
+        }
+        char *next = fits ? lines_->addUninitialised(length) : scratch_.data();
+        std::memset(next, ' ', indent);
+        next += indent;
+        for (const std::string_view part : {first, middle, last}) {
+            if (!part.empty()) {
+                std::memcpy(next, part.data(), part.size());
+                next += part.size();
+            }
+        }
+        return fits ? nullptr : velWrap(scratch_, width_, lines_);
+    }
+
+    const velWords &words_;
+    velArray *lines_;
+    std::int32_t width_;
+    std::string scratch_;
+};
+
+// --- Order ----------------------------------------------------------------------
+
+/// The output priority of an object type, from the rules; asked once a type.
+class Priorities
+{
+public:
+    explicit Priorities(velHandle *handle) : handle_(handle) {}
+
+    std::int32_t ofType(std::string_view type) const
+    {
+        for (const char *kind : {"OBJECT", "SINGLETON", "PARAMETER"}) {
+            std::string path = "/RULES/";
+            path += kind;
+            path += ':';
+            path += type;
+            path += "/Output Ordering Priority";
+            const char *value = velFindValue(handle_, path.c_str());
+            if (value != nullptr) {
+                return velRoundValue(velReadNumber(value));
+            }
+        }
+        return 0;
+    }
+
+    std::int32_t ofWord(std::uint32_t type)
+    {
+        const auto [entry, isNew] = known_.try_emplace(type, 0);
+        if (isNew) {
+            entry->second = ofType(handle_->words.view(type));
+        }
+        return entry->second;
+    }
+
+private:
+    velHandle *handle_;
+    std::unordered_map<std::uint32_t, std::int32_t> known_;
+};
+
+std::string entryText(const velWords &words, const velNode *node)
+{
+    std::string text(words.view(node->type));
+    if (node->name != velWords::none) {
+        text += ':';
+        text += words.view(node->name);
+    }
+    return text;
+}
+
+struct OrderedNode
+{
+    const velNode *node;
+    std::int32_t priority;
+};
+
+/// Higher priority first, then by the bytes of "TYPE:Name" or "TYPE".
+void sortForOutput(const velWords &words, std::vector<OrderedNode> &nodes)
+{
+    const auto isBefore = [&words](const OrderedNode &a, const OrderedNode &b) {
+        if (a.priority != b.priority) {
+            return a.priority > b.priority;
+        }
+        if (a.node->type == b.node->type) {
+            return words.view(a.node->name) < words.view(b.node->name);
+        }
+        return entryText(words, a.node) < entryText(words, b.node);
+    };
+    std::sort(nodes.begin(), nodes.end(), isBefore);
+}
+
+// --- Saved form -------------------------------------------------------------------
+
+class SavedFormWriter
+{
+public:
+    SavedFormWriter(velHandle *handle, velArray *lines, std::int32_t width)
+        : words_(handle->words), priorities_(handle), writer_(handle, lines, width)
+    {
+    }
+
+    const char *write(const velNode *top)
+    {
+        if (const char *error = open(top)) {
+            return error;
+        }
+        while (!levels_.empty()) {
+            if (const char *error = step()) {
+                return error;
+            }
+        }
+        return nullptr;
+    }
+
+private:
+    /// An object whose parameters are written: its child objects still to be
+    /// written are those from `next` to `end` of the common list.
+    struct Level
+    {
+        std::size_t start;
+        std::size_t next;
+        std::size_t end;
+    };
+
+    std::size_t indent() const { return indentStep * (levels_.size() - 1); }
+
+    const char *open(const velNode *node)
+    {
+        const std::size_t start = objects_.size();
+        const std::size_t indentHere = indentStep * levels_.size();
+        bool hasObjects = false;
+        for (const velNode *child = node->firstChild(); child != nullptr; child = child->next) {
+            if (!child->isParam()) {
+                hasObjects = true;
+                continue;
+            }
+            if (child->value.text == nullptr) {
+                return "Unreported error reading value";
+            }
+            if (const char *error = writer_.param(indentHere, child)) {
+                return error;
+            }
+        }
+        if (hasObjects) {
+            gather(node);
+        }
+        levels_.push_back({start, start, objects_.size()});
+        return nullptr;
+    }
+
+    void gather(const velNode *node)
+    {
+        std::vector<OrderedNode> objects;
+        for (const velNode *child = node->firstChild(); child != nullptr; child = child->next) {
+            if (!child->isParam() && (child->flags & velFlagLibrary) == 0) {
+                objects.push_back({child, priorities_.ofWord(child->type)});
+            }
+        }
+        sortForOutput(words_, objects);
+        for (const OrderedNode &object : objects) {
+            objects_.push_back(object.node);
+        }
+    }
+
+    const char *step()
+    {
+        Level &level = levels_.back();
+        if (level.next < level.end) {
+            const velNode *object = objects_[level.next++];
+            if (const char *error = writer_.header(indent(), object)) {
+                return error;
+            }
+            return open(object);
+        }
+        objects_.resize(level.start);
+        levels_.pop_back();
+        return levels_.empty() ? nullptr : writer_.end(indent());
+    }
+
+    const velWords &words_;
+    Priorities priorities_;
+    LineWriter writer_;
+    std::vector<Level> levels_;
+    std::vector<const velNode *> objects_;
+};
+
+// --- Stored form --------------------------------------------------------------------
+
+const char *writeStored(LineWriter &writer, const velNode *top, std::size_t indent,
+                        std::uint32_t include, std::uint32_t exclude)
+{
+    const velNode *node = top->firstChild();
+    const velNode *parent = top;
+    for (;;) {
+        while (node == nullptr) { // the block of `parent` is through
+            if (parent == top) {
+                return nullptr;
+            }
+            indent -= indentStep;
+            if (const char *error = writer.end(indent)) {
+                return error;
+            }
+            node = parent->next;
+            parent = parent->parent;
+        }
+        const char *error = nullptr;
+        if (node->isParam()) {
+            error = writer.param(indent, node);
+        } else if (!isLeftOut(node, include, exclude)) {
+            error = writer.header(indent, node);
+            indent += indentStep;
+            parent = node;
+            node = node->firstChild();
+            if (error == nullptr) {
+                continue;
+            }
+        }
+        if (error != nullptr) {
+            return error;
+        }
+        node = node->next;
+    }
+}
+
+} // namespace
+
+const char *getPartialVELH(velHandle *handle, const char *path, const char *indent, velArray *lines,
+                           std::uint32_t include, std::uint32_t exclude)
+try {
+    const velNode *node = velResolve(handle, path);
+    if (node == nullptr) {
+        return "getPartialVELH: object does not exist";
+    }
+    LineWriter writer(handle, lines, 0);
+    return writeStored(writer, node, std::strlen(indent), include, exclude);
+} catch (const std::bad_alloc &) {
+    return "getPartialVELH: memory error";
+}
+
+const char *getObjectVELH(velHandle *handle, const char *path, velStringList *lines,
+                          bool includeLibrary)
+try {
+    if (handle->root == nullptr) {
+        return nullptr;
+    }
+    const velNode *node = velResolve(handle, path);
+    if (node == nullptr || node->isParam()) {
+        return "getObjectVEL: path not found";
+    }
+    velArray array(velArrayKind::Strings);
+    LineWriter writer(handle, &array, 0);
+    const char *error = node->isRoot() ? nullptr : writer.header(0, node);
+    if (error == nullptr) {
+        // The first level stands flush with the header: kept.
+        error = writeStored(writer, node, 0, 0, includeLibrary ? 0 : velFlagLibrary);
+    }
+    if (error == nullptr && !node->isRoot()) {
+        error = writer.end(0);
+    }
+    if (error == nullptr) {
+        *lines = array.takeStrings();
+    }
+    return error;
+} catch (const std::bad_alloc &) {
+    return "getPartialVELH: memory error";
+}
+
+const char *velWrapText(velHandle *handle, const char *path, std::int32_t width,
+                        velStringList *lines)
+try {
+    const velNode *node = velResolve(handle, path);
+    if (node == nullptr) {
+        velStringList none;
+        return getChildParamList(handle, path, &none); // its message
+    }
+    velArray array(velArrayKind::Strings);
+    if (const char *error = SavedFormWriter(handle, &array, width).write(node)) {
+        return error;
+    }
+    *lines = array.takeStrings();
+    return nullptr;
+} catch (const std::bad_alloc &) {
+    return "memory error";
+}
+
+const char *getFormattedVEL(velHandle *handle, const char *path, std::int32_t width,
+                            velStringList *lines)
+{
+    return velWrapText(handle, path, width, lines);
+}
+
+const char *velOrderObjectsForOutput(velHandle *handle, std::vector<std::string> *entries)
+try {
+    struct Entry
+    {
+        std::int32_t priority;
+        std::string text;
+    };
+    const Priorities priorities(handle);
+    std::vector<Entry> ordered;
+    ordered.reserve(entries->size());
+    for (const std::string &text : *entries) {
+        const std::string_view type = std::string_view(text).substr(0, text.find(':'));
+        ordered.push_back({priorities.ofType(type), text});
+    }
+    std::sort(ordered.begin(), ordered.end(), [](const Entry &a, const Entry &b) {
+        return a.priority != b.priority ? a.priority > b.priority : a.text < b.text;
+    });
+    for (std::size_t i = 0; i < ordered.size(); ++i) {
+        (*entries)[i].swap(ordered[i].text);
+    }
+    return nullptr;
+} catch (const std::bad_alloc &) {
+    return "velOrderObjectsForOutput: memory error";
+}

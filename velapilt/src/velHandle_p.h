@@ -1,0 +1,187 @@
+// The inside of a handle, shared by the sources of the database only.
+#pragma once
+
+#include "velapilt/src/velArena.h"
+#include "velapilt/src/velNode_p.h"
+#include "velapilt/src/velPathTable.h"
+#include "velapilt/src/velWords.h"
+#include "velapilt/src/velapilt.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+struct velPathEntry
+{
+    velNode *node = nullptr; ///< the current node; not owned
+    std::string text;        ///< the path where it names no node
+};
+
+struct velHandle
+{
+    velArena arena;
+    velWords words{arena};
+    velPathTable table{words};
+    velNode *root = nullptr; ///< made by the first insertion; owned through the arena
+
+    // The current-path stack; empty until first used, its bottom is "/".
+    std::vector<velPathEntry> stack;
+    std::string currentPath; ///< what getCurrentPath returned last
+
+    struct ChangeEntry
+    {
+        velChangeHandler handler;
+        void *userData;
+    };
+    struct ReplaceEntry
+    {
+        velReplaceHandler handler;
+        void *userData;
+    };
+    std::vector<ChangeEntry> changeHandlers;
+    std::vector<ReplaceEntry> replaceHandlers;
+    velActionHandler actionHandler = nullptr; ///< the one without a name
+    void *actionData = nullptr;
+
+    // The parser's state between lines.
+    std::string pendingLine; ///< what continued lines have gathered
+    bool hasPendingLine = false;
+    std::vector<std::uint32_t> flagStack; ///< one word a block, and one for depth 0
+    std::int32_t depth = 0;               ///< blocks open
+
+    /// Nodes with velFlagSubtreeValid: while there are none, invalidation need
+    /// not climb to the root.
+    std::int64_t subtreeValidCount = 0;
+
+    // A handler may change the tree under the operation that called it: what is
+    // freed while one runs is given back when the outermost operation ends.
+    int operations = 0;
+    int reporting = 0;
+    std::vector<std::pair<void *, std::size_t>> graveyard;
+    const char *interrupted = nullptr;
+
+    char *errorText = nullptr;   ///< owned (malloc)
+    char *retiredText = nullptr; ///< the one before it, overwritten; owned
+
+    void *userData = nullptr;
+    void (*releaseUserData)(void *) = nullptr;
+    std::int32_t validationLevel = 0;
+};
+
+// --- Errors (velHandle.cpp)
+
+/// Makes the handle's error text and returns it. Every formatted message of
+/// the library is made here.
+[[gnu::format(printf, 2, 3)]] const char *velSetError(velHandle *handle, const char *format, ...);
+
+/// Whether ZOT_VELAPI_DEBUG is set; asked anew each time.
+[[nodiscard]] bool velDebugging();
+/// The handle as the trace names it.
+[[nodiscard]] unsigned velTraceName(const velHandle *handle);
+
+// --- Memory (velTree.cpp)
+
+/// Gives a block back, or, while a handler runs, keeps it until the outermost
+/// operation has ended.
+void velRelease(velHandle *handle, void *block, std::size_t bytes) noexcept;
+
+/// Stands in every function that may call handlers.
+class velOperation
+{
+public:
+    explicit velOperation(velHandle *handle) : handle_(handle) { ++handle_->operations; }
+    ~velOperation();
+    velOperation(const velOperation &) = delete;
+    velOperation &operator=(const velOperation &) = delete;
+
+private:
+    velHandle *handle_;
+};
+
+// --- Paths (velPathStack.cpp)
+
+/// The current node; null when the current path names none.
+[[nodiscard]] velNode *velCurrentNode(velHandle *handle);
+void velPushNode(velHandle *handle, velNode *node);
+void velPop(velHandle *handle);
+/// The node's path as text on every stack entry that points to it.
+void velUnpin(velHandle *handle, velNode *node);
+/// The node with a path as a caller gives it, or null.
+[[nodiscard]] velNode *velResolve(velHandle *handle, const char *path);
+[[nodiscard]] std::string velPathOf(const velHandle *handle, const velNode *node);
+
+// --- Tree (velTree.cpp)
+
+/// What a line or a create operation says.
+struct velStatement
+{
+    velComponent component; ///< without a type a Parameter, without a name a Singleton
+    std::string_view value; ///< of a Parameter
+    std::uint32_t flags;
+};
+
+/// Makes or updates the node below the current one and makes an Object or
+/// Singleton current. Null when it is refused: no current node, a Parameter as
+/// parent, another kind in its place, or a path beyond 2^28 bytes. Throws
+/// bad_alloc with tree and table in step.
+[[nodiscard]] velNode *velUpdateObject(velHandle *handle, const velStatement &statement);
+
+/// Makes the root if there is none.
+void velMakeRoot(velHandle *handle);
+/// Unlinks a node; `before` may name the sibling in front of it.
+[[nodiscard]] const char *velRemoveNode(velHandle *handle, velNode *node,
+                                        velNode *before = nullptr);
+[[nodiscard]] const char *velDeleteNode(velHandle *handle, velNode *node);
+void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags);
+void velInvalidate(velHandle *handle, velNode *node);
+
+// --- Words (velTree.cpp): null or the message
+
+[[nodiscard]] const char *velCheckType(velHandle *handle, std::string_view type);
+[[nodiscard]] const char *velCheckObjectName(velHandle *handle, std::string_view name);
+[[nodiscard]] const char *velCheckParamName(velHandle *handle, std::string_view name);
+[[nodiscard]] const char *velCheckValue(velHandle *handle, std::string_view value);
+
+// --- Handlers (velHandlers.cpp)
+
+/// Tells the change handlers; `oldValue` and `newValue` may be null.
+void velReport(velHandle *handle, const velNode *node, velChange code, const char *newValue,
+               const char *oldValue);
+void velReportReplace(velHandle *handle);
+/// The trace handler that prints every change.
+void velAddTraceHandler(velHandle *handle);
+/// The interruption that a handler asked for, once; else null.
+[[nodiscard]] const char *velTakeInterrupt(velHandle *handle);
+
+// --- Reading (velParser.cpp)
+
+/// Parses `text`, the bytes of a whole file, as parseVELData does its lines.
+[[nodiscard]] const char *velParseText(velHandle *handle, std::string_view text,
+                                       std::uint32_t flags, const velDigest *expected,
+                                       velDigest *digest);
+
+// --- Files (velFile.cpp)
+
+/// The bytes of a file.
+struct velFileBytes
+{
+    std::unique_ptr<char[]> data;
+    std::size_t size = 0;
+
+    [[nodiscard]] std::string_view view() const { return {data.get(), size}; }
+};
+
+/// Reads the whole of a file; messages of loadFileData. Throws bad_alloc.
+[[nodiscard]] const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes);
+
+// --- Characters
+
+/// A text between the white space around it (velPath.cpp).
+[[nodiscard]] std::string_view velTrim(std::string_view text);
+
+/// The six white-space characters of the C locale.
+[[nodiscard]] constexpr bool velIsSpace(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}

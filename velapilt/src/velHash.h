@@ -1,0 +1,130 @@
+// The hash of paths and the table of texts.
+//
+// The hash function, the bucket counts and their growth are part of the
+// database's definition: a key has the bucket written down here for a table of
+// a given size, on every platform. The table of the handle's nodes
+// (velPathTable.h) uses the same function and the same growth; velHashTable is
+// the plain form for short-lived look-ups.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The bucket counts, ascending, ended by 0.
+extern const std::int32_t velPrimeScale[];
+
+/// The first count that is not below `requested`, or the largest; warns on
+/// standard error when even that is far too small.
+[[nodiscard]] std::int32_t velChooseBucketCount(std::int64_t requested);
+
+/// Entries a table of `buckets` may hold before it grows: the insert that
+/// finds more resizes to twice a third of them first.
+[[nodiscard]] constexpr bool velTableIsFull(std::int64_t entries, std::int32_t buckets)
+{
+    return entries / 3 > buckets;
+}
+
+/// The hash of texts for one bucket count.
+///
+/// A text is taken byte by byte: h = |(a·h + c) mod N| in wrapping signed
+/// 32-bit arithmetic, where c is the byte as a signed char, or 0 from 126 up,
+/// and the multiplier a depends on the position only: 31415 at first, then
+/// a·27183 mod (N − 1), with its sign. So the hash of a path continues that of
+/// its parent: `extend` goes on from a state and a position.
+class velHashFunction
+{
+public:
+    explicit velHashFunction(std::int32_t buckets);
+
+    [[nodiscard]] std::int32_t buckets() const { return static_cast<std::int32_t>(divisor_); }
+
+    /// The bucket of a whole key.
+    [[nodiscard]] std::uint32_t hash(std::string_view key) { return extend(0, 0, key); }
+
+    /// Makes room for keys of `length` bytes, so that `extend` does not throw.
+    void prepare(std::size_t length)
+    {
+        if (length > multipliers_.size()) {
+            growMultipliers(length);
+        }
+    }
+    [[nodiscard]] std::size_t prepared() const { return multipliers_.size(); }
+
+    /// The state after `text`, which stands at `position` in its key. Throws
+    /// bad_alloc when the table of multipliers cannot grow.
+    [[nodiscard]] std::uint32_t extend(std::uint32_t state, std::size_t position,
+                                       std::string_view text)
+    {
+        prepare(position + text.size());
+        const std::uint32_t *multiplier = multipliers_.data() + position;
+        for (const char c : text) {
+            state = step(state, *multiplier++, c);
+        }
+        return state;
+    }
+
+private:
+    /// One byte. The remainder by the bucket count is a multiplication by its
+    /// reciprocal, exact for all 32-bit values.
+    [[nodiscard]] std::uint32_t step(std::uint32_t state, std::uint32_t multiplier, char c) const
+    {
+        const auto code = static_cast<signed char>(c);
+        const std::uint32_t add = code < 126 ? static_cast<std::uint32_t>(std::int32_t{code}) : 0U;
+        const std::uint32_t wrapped = multiplier * state + add;
+        const std::uint32_t magnitude = wrapped >> 31 != 0 ? 0U - wrapped : wrapped;
+        return remainder(magnitude);
+    }
+
+    [[nodiscard]] std::uint32_t remainder(std::uint32_t value) const
+    {
+        // q = ⌊value · reciprocal_ / 2^shift_⌋ = ⌊value / divisor_⌋ for value ≤ 2^31
+        const auto quotient =
+            static_cast<std::uint32_t>((std::uint64_t{value} * reciprocal_) >> shift_);
+        return value - quotient * divisor_;
+    }
+
+    void growMultipliers(std::size_t count);
+
+    std::uint32_t divisor_;
+    std::uint32_t shift_;
+    std::uint64_t reciprocal_;
+    std::vector<std::uint32_t> multipliers_;
+};
+
+/// Texts to pointers that the table does not own. Keys are compared exactly.
+class velHashTable
+{
+public:
+    explicit velHashTable(std::int32_t requestedSize);
+
+    /// 1; a key already there keeps its place and takes the new value. 0 when
+    /// memory runs out.
+    int insert(std::string_view key, void *value);
+    [[nodiscard]] void *lookup(std::string_view key);
+    /// 1 and the value if the key was there, else 0.
+    int remove(std::string_view key, void **value);
+    /// Grows ahead of `expected` further entries.
+    void presize(std::int32_t expected);
+
+    [[nodiscard]] std::int32_t buckets() const { return function_.buckets(); }
+    [[nodiscard]] std::int32_t entries() const { return entries_; }
+
+private:
+    struct Entry
+    {
+        std::string key;
+        void *value = nullptr;
+        std::unique_ptr<Entry> next;
+        bool used = false;
+    };
+
+    void resize(std::int64_t requestedSize);
+    Entry *find(std::string_view key);
+
+    velHashFunction function_;
+    std::vector<Entry> heads_; // a bucket always has a head; an unused one is empty
+    std::int32_t entries_ = 0;
+};

@@ -1,0 +1,93 @@
+#include "velapilt/src/velHandle_p.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <new>
+
+namespace {
+
+bool isSeparator(char c)
+{
+    return c == '/' || c == '\\';
+}
+
+bool isDirectory(const char *path)
+{
+    std::string name(path == nullptr ? "" : path);
+    if (!name.empty() && isSeparator(name.back())) {
+        name.pop_back();
+    }
+    std::error_code error;
+    // The root directory is all separator.
+    return std::filesystem::is_directory(
+        name.empty() && path != nullptr && *path != '\0' ? path : name, error);
+}
+
+/// Whether an item of the list is used as it stands: ".…", "/…", "C:/…".
+bool standsAlone(std::string_view item)
+{
+    if (item.empty()) {
+        return false;
+    }
+    if (item[0] == '.' || isSeparator(item[0])) {
+        return true;
+    }
+    const bool isLetter = (item[0] >= 'A' && item[0] <= 'Z') || (item[0] >= 'a' && item[0] <= 'z');
+    return isLetter && item.size() > 2 && item[1] == ':' && isSeparator(item[2]);
+}
+
+const char *readLibrary(velHandle *handle, const std::string &path)
+{
+    velFileBytes bytes;
+    const char *error = velReadFile(handle, path.c_str(), &bytes);
+    if (error == nullptr) {
+        error = velParseText(handle, bytes.view(), velFlagLibrary, nullptr, nullptr);
+    }
+    return error == nullptr
+               ? nullptr
+               : velSetError(handle, "Error reading library file %s: %s", path.c_str(), error);
+}
+
+} // namespace
+
+const char *readLibraries(velHandle *handle)
+{
+    const char *list = std::getenv("ZOT5_VEL_LIBS");
+    if (list == nullptr) {
+        return "Error: No library files specified by $ZOT5_VEL_LIBS. No libraries were read.\n";
+    }
+    const char *directory = std::getenv("ZOT5_VEL_LIBSDIR");
+    return readNamedLibraries(handle, list, isDirectory(directory) ? directory : "./");
+}
+
+const char *readNamedLibraries(velHandle *handle, const char *list, const char *directory)
+try {
+    const char *folder = directory;
+    if (folder == nullptr || *folder == '\0') {
+        const char *given = std::getenv("ZOT5_VEL_LIBSDIR");
+        folder = isDirectory(given) ? given : "";
+    }
+    if (!isDirectory(folder)) {
+        return "readNamedLibraries: unable to find a valid lib directory\n";
+    }
+    const std::string prefix = std::string(folder) + '/';
+    const std::string copy(list == nullptr ? "" : list);
+    std::string_view rest(copy);
+    while (!rest.empty()) {
+        if (rest[0] == ':' || rest[0] == ';') {
+            rest.remove_prefix(1);
+            if (rest.empty()) {
+                break; // nothing behind the last ';' is no item
+            }
+        }
+        const std::string_view item = rest.substr(0, rest.find(';'));
+        const std::string path = (standsAlone(item) ? "" : prefix) + std::string(item);
+        if (const char *error = readLibrary(handle, path)) {
+            return error;
+        }
+        rest.remove_prefix(item.size());
+    }
+    return nullptr;
+} catch (const std::bad_alloc &) {
+    return "readNamedLibraries: unable to allocate the fullPath string\n";
+}

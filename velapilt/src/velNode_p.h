@@ -1,0 +1,73 @@
+// The node of the tree, shared by the sources of the database only.
+#pragma once
+
+#include "velapilt/src/velTypes.h"
+#include "velapilt/src/velWords.h"
+
+#include <cstdint>
+
+/// One Object, Singleton or Parameter.
+///
+///        parent
+///          ▲
+///          │      next            next
+///        node ──────────▶ node ──────────▶ …
+///          │ first                  last ▲
+///          └─▶ child ──▶ child ──▶ child ┘
+///
+/// No node holds its path: it is the parent's path and the node's own words. A
+/// node is 64 bytes, one cache line; its texts lie elsewhere in the arena.
+struct velNode
+{
+    velNode *parent;     ///< not owned; null for the root
+    velNode *next;       ///< the sibling behind it
+    velNode *bucketNext; ///< the node behind it in its bucket of the path table
+    std::uint32_t type;  ///< word; `none` for a Parameter
+    std::uint32_t name;  ///< word; `none` for a Singleton and the root
+    union {
+        struct
+        {
+            velNode *first; ///< owned through the arena, as all nodes
+            velNode *last;
+        } children; ///< of an Object or Singleton
+        struct
+        {
+            char *text;           ///< owned, in the arena; null for no value
+            std::uint32_t length; ///< of the text, without its NUL
+        } value;                  ///< of a Parameter
+    };
+    std::uint32_t flags; ///< velFlag…, as the last line that touched it
+    std::uint32_t childCount;
+    std::uint32_t pathHash;        ///< hash state behind its path; Objects and Singletons only
+    std::uint32_t pathLength : 28; ///< of its full path; Objects and Singletons only
+    std::uint32_t inTable : 1;     ///< found by the path table
+    std::uint32_t isPending : 1;   ///< in the tree, and to be entered in the table
+    std::uint32_t onStack : 1;     ///< an entry of the path stack points to it
+
+    [[nodiscard]] bool isParam() const { return type == velWords::none; }
+    [[nodiscard]] bool isRoot() const { return type == velWords::slash; }
+    [[nodiscard]] velNode *firstChild() const { return isParam() ? nullptr : children.first; }
+
+    [[nodiscard]] velKind kind() const
+    {
+        if (isParam()) {
+            return velParam;
+        }
+        return name == velWords::none && !isRoot() ? velSingleton : velObject;
+    }
+
+    /// Whether the node's own component of its path is that of these words. A
+    /// Singleton and a Parameter of the same word have the same path.
+    [[nodiscard]] bool hasComponent(std::uint32_t aType, std::uint32_t aName) const
+    {
+        if (aType != velWords::none && aName != velWords::none) {
+            return type == aType && name == aName;
+        }
+        const std::uint32_t word = aType != velWords::none ? aType : aName;
+        return (isParam() && name == word) || (type == word && name == velWords::none);
+    }
+};
+
+static_assert(sizeof(velNode) <= 64);
+
+inline constexpr std::size_t velLongestPath = (std::size_t{1} << 28) - 1;

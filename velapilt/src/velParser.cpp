@@ -1,0 +1,475 @@
+// From lines to nodes.
+//
+// A line goes through these steps:
+//  1. trim it, join it to what is pending, keep it pending if it ends in '\'
+//  2. take the comment away and make every run of white space one blank
+//  3. take "&replace " off its start
+//  4. hand it to the function of its kind: END, action, parameter, header
+#include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velScan.h"
+
+#include <algorithm>
+#include <cstring>
+#include <md5.h>
+#include <new>
+
+namespace {
+
+constexpr std::string_view replaceWord = "&replace ";
+
+int lengthOf(std::string_view text)
+{
+    return static_cast<int>(text.size());
+}
+
+std::string_view withoutComment(std::string_view text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '#' && (i == 0 || text[i - 1] != '\\')) {
+            return text.substr(0, i);
+        }
+    }
+    return text;
+}
+
+std::string withSingleBlanks(std::string_view text)
+{
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        if (!velIsSpace(c)) {
+            result += c;
+        } else if (!result.empty() && result.back() != ' ') {
+            result += ' ';
+        }
+    }
+    if (result.ends_with(' ')) {
+        result.pop_back();
+    }
+    return result;
+}
+
+/// The word's number, entered if it is new; the check of a word is made once.
+template <typename Check>
+const char *checkedWord(velHandle *handle, std::string_view text, Check check, std::uint32_t *word)
+{
+    const std::uint32_t known = handle->words.find(text);
+    if (known != velWords::none && handle->words.isChecked(known)) {
+        *word = known;
+        return nullptr;
+    }
+    if (const char *error = check(handle, text)) {
+        return error;
+    }
+    *word = handle->words.intern(text);
+    handle->words.setChecked(*word);
+    return nullptr;
+}
+
+class LineParser
+{
+public:
+    LineParser(velHandle *handle, std::uint32_t flags) : handle_(handle), flags_(flags) {}
+
+    const char *parse(std::string_view line);
+
+private:
+    const char *parseStatement(std::string_view text);
+    const char *parseRest(std::string_view text);
+    const char *parseEnd();
+    const char *parseParam(std::string_view text, std::size_t equals);
+    const char *parseHeader(std::string_view text, std::size_t colon);
+    const char *sweep(velNode *object);
+    std::uint32_t &word() { return handle_->flagStack[static_cast<std::size_t>(handle_->depth)]; }
+
+    velHandle *handle_;
+    std::uint32_t flags_;
+    bool isJoined_ = false;
+    bool isReplace_ = false;
+    bool hasControl_ = false;
+};
+
+const char *LineParser::parse(std::string_view line)
+{
+    std::string_view text = velTrim(line);
+    // The pending text is taken out of the handle: it is cleared whatever
+    // happens, and a handler may parse lines of its own.
+    isJoined_ = handle_->hasPendingLine;
+    isReplace_ = false;
+    std::string joined;
+    if (isJoined_) {
+        joined.swap(handle_->pendingLine);
+        handle_->hasPendingLine = false;
+        joined += text;
+        text = joined;
+    }
+    if (text.ends_with('\\')) {
+        text.remove_suffix(1);
+        if (isJoined_) {
+            joined.pop_back();
+            handle_->pendingLine.swap(joined);
+        } else {
+            handle_->pendingLine = text;
+        }
+        handle_->hasPendingLine = true;
+        return nullptr;
+    }
+    const velLineTraits traits = velScanLine(text);
+    hasControl_ = traits.hasControl;
+    if (!traits.needsRewriting) {
+        return parseStatement(text);
+    }
+    const std::string rewritten = withSingleBlanks(withoutComment(text));
+    return parseStatement(rewritten);
+}
+
+const char *LineParser::parseStatement(std::string_view text)
+{
+    if (text.empty()) {
+        return nullptr;
+    }
+    if (text[0] == '!') {
+        return "parseVELData: unable to handle power syntax with this version of the parser";
+    }
+    if (text[0] != '&') {
+        return parseRest(text);
+    }
+    if (!text.starts_with(replaceWord)) {
+        return velSetError(handle_, "parseVELLineH: unknown directive near \"%.*s\"",
+                           lengthOf(text), text.data());
+    }
+    isReplace_ = true;
+    return parseRest(text.substr(replaceWord.size()));
+}
+
+const char *LineParser::parseRest(std::string_view text)
+{
+    if (handle_->flagStack.empty()) {
+        handle_->flagStack.resize(10);
+    }
+    if (handle_->depth == 0) {
+        handle_->flagStack[0] = flags_;
+    }
+    if (text == "END" && !isJoined_) {
+        return parseEnd();
+    }
+    if (text[0] == '>') {
+        return velRunActionLine(handle_, std::string(text).c_str());
+    }
+    const char *error = nullptr;
+    if (const auto *equals =
+            static_cast<const char *>(std::memchr(text.data(), '=', text.size()))) {
+        error = parseParam(text, static_cast<std::size_t>(equals - text.data()));
+    } else if (const std::size_t colon = text.find(':'); colon != std::string_view::npos) {
+        error = parseHeader(text, colon);
+    } else {
+        error = velSetError(handle_, "parseVELLineH: syntax error near \"%.*s\"", lengthOf(text),
+                            text.data());
+    }
+    if (error == nullptr && isReplace_) {
+        velReportReplace(handle_);
+    }
+    return error;
+}
+
+const char *LineParser::parseParam(std::string_view text, std::size_t equals)
+{
+    velStatement statement{{}, velTrim(text.substr(equals + 1)), word()};
+    if (const char *error = checkedWord(handle_, velTrim(text.substr(0, equals)), velCheckParamName,
+                                        &statement.component.name)) {
+        return error;
+    }
+    if (hasControl_) {
+        if (const char *error = velCheckValue(handle_, statement.value)) {
+            return error;
+        }
+    }
+    return velUpdateObject(handle_, statement) == nullptr ? "parseVELLineH: velUpdateObject failed"
+                                                          : nullptr;
+}
+
+const char *LineParser::parseHeader(std::string_view text, std::size_t colon)
+{
+    const std::string_view type = velTrim(text.substr(0, colon));
+    const std::string_view name = velTrim(text.substr(colon + 1));
+    velStatement statement{{}, {}, 0};
+    if (const char *error = checkedWord(handle_, type, velCheckType, &statement.component.type)) {
+        return error;
+    }
+    if (!name.empty() && name != type) {
+        if (const char *error =
+                checkedWord(handle_, name, velCheckObjectName, &statement.component.name)) {
+            return error;
+        }
+    }
+    statement.flags = word() | (isReplace_ ? velFlagReplace : 0);
+    if (static_cast<std::size_t>(handle_->depth) + 1 == handle_->flagStack.size()) {
+        handle_->flagStack.resize(handle_->flagStack.size() + 10);
+    }
+    // The block is opened first, so that a handler sees it open.
+    ++handle_->depth;
+    word() = statement.flags;
+    if (velUpdateObject(handle_, statement) == nullptr) {
+        --handle_->depth;
+        return "parseVELLineH: velUpdateObject failed";
+    }
+    return nullptr;
+}
+
+const char *LineParser::parseEnd()
+{
+    if (handle_->depth == 0) {
+        return "parseVELLineH: unmatched END";
+    }
+    velNode *object = velCurrentNode(handle_);
+    if (object != nullptr && (word() & velFlagReplace) != 0) {
+        const char *error = sweep(object);
+        const bool isNested = (handle_->flagStack[static_cast<std::size_t>(handle_->depth) - 1] &
+                               velFlagReplace) != 0;
+        if (!isNested) {
+            object->flags &= ~velFlagReplace;
+        }
+        if (error != nullptr) {
+            return error;
+        }
+    }
+    --handle_->depth;
+    velPop(handle_);
+    return nullptr;
+}
+
+/// Ends a &replace block: what it did not restate goes, parameters first. Only
+/// a handler's interruption is an error; a refused deletion is passed over.
+const char *LineParser::sweep(velNode *object)
+{
+    std::vector<velNode *> children;
+    children.reserve(object->childCount);
+    for (velNode *child = object->firstChild(); child != nullptr; child = child->next) {
+        children.push_back(child);
+    }
+    const auto isStillThere = [object](const velNode *child) {
+        return child->parent == object && (child->inTable != 0 || child->isPending != 0);
+    };
+    for (const bool params : {true, false}) {
+        velNode *kept = nullptr; // the last one in front that stays
+        for (velNode *child : children) {
+            if (!isStillThere(child)) {
+                continue;
+            }
+            if (child->isParam() != params) {
+                kept = child;
+                continue;
+            }
+            if ((child->flags & velFlagReplace) != 0) {
+                child->flags &= ~velFlagReplace;
+                kept = child;
+                continue;
+            }
+            static_cast<void>(params ? velRemoveNode(handle_, child, kept)
+                                     : velDeleteNode(handle_, child));
+            if (handle_->interrupted != nullptr) {
+                return velTakeInterrupt(handle_);
+            }
+        }
+    }
+    return nullptr;
+}
+
+// --- Whole texts --------------------------------------------------------------
+
+/// The lines of a text, each ended by a line feed or the end, and by a NUL.
+class TextLines
+{
+public:
+    explicit TextLines(std::string_view text)
+        : text_(text), hasNul_(!text.empty() && std::memchr(text.data(), 0, text.size()) != nullptr)
+    {
+    }
+
+    [[nodiscard]] std::int64_t count() const
+    {
+        const auto ends = std::count(text_.begin(), text_.end(), '\n');
+        return ends + (text_.empty() || text_.back() == '\n' ? 0 : 1);
+    }
+
+    template <typename Visit>
+    const char *each(Visit visit) const
+    {
+        const char *next = text_.data();
+        const char *const end = next + text_.size();
+        while (next < end) {
+            const auto left = static_cast<std::size_t>(end - next);
+            const auto *feed = static_cast<const char *>(std::memchr(next, '\n', left));
+            const char *stop = feed == nullptr ? end : feed;
+            std::string_view line(next, static_cast<std::size_t>(stop - next));
+            if (hasNul_) {
+                line = line.substr(0, line.find('\0'));
+            }
+            if (const char *error = visit(line)) {
+                return error;
+            }
+            next = stop + 1;
+        }
+        return nullptr;
+    }
+
+private:
+    std::string_view text_;
+    bool hasNul_;
+};
+
+/// The lines of a caller's list.
+class ListLines
+{
+public:
+    ListLines(const char *const *lines, std::int32_t count) : lines_(lines), count_(count) {}
+
+    [[nodiscard]] std::int64_t count() const { return count_; }
+
+    template <typename Visit>
+    const char *each(Visit visit) const
+    {
+        for (std::int32_t i = 0; i < count_; ++i) {
+            if (const char *error = visit(std::string_view(lines_[i]))) {
+                return error;
+            }
+        }
+        return nullptr;
+    }
+
+private:
+    const char *const *lines_;
+    std::int32_t count_;
+};
+
+class ArrayLines
+{
+public:
+    explicit ArrayLines(const velArray &lines) : lines_(lines) {}
+
+    [[nodiscard]] std::int64_t count() const { return lines_.count(); }
+
+    template <typename Visit>
+    const char *each(Visit visit) const
+    {
+        for (std::int32_t i = 0; i < lines_.count(); ++i) {
+            const char *line = lines_.string(i);
+            if (const char *error = visit(std::string_view(line == nullptr ? "" : line))) {
+                return error;
+            }
+        }
+        return nullptr;
+    }
+
+private:
+    const velArray &lines_;
+};
+
+template <typename Lines>
+velDigest digestOf(const Lines &lines)
+{
+    MD5_CTX context;
+    MD5Init(&context);
+    lines.each([&context](std::string_view line) -> const char * {
+        MD5Update(&context, reinterpret_cast<const std::uint8_t *>(line.data()), line.size());
+        return nullptr;
+    });
+    velDigest digest;
+    MD5Final(digest.bytes, &context);
+    return digest;
+}
+
+constexpr const char *noMemory = "parseVELLineH: Memory allocation error";
+
+template <typename Lines>
+const char *parseEach(velHandle *handle, const Lines &lines, std::uint32_t flags)
+try {
+    velMakeRoot(handle);
+    handle->table.presize(lines.count() / 2);
+    LineParser parser(handle, flags);
+    return lines.each([handle, &parser](std::string_view line) -> const char * {
+        if (const char *failed = parser.parse(line)) {
+            return failed;
+        }
+        return handle->interrupted == nullptr ? nullptr : velTakeInterrupt(handle);
+    });
+} catch (const std::bad_alloc &) {
+    return noMemory;
+}
+
+template <typename Lines>
+const char *parseLines(velHandle *handle, const Lines &lines, std::uint32_t flags,
+                       const velDigest *expected, velDigest *digest)
+{
+    const velOperation operation(handle);
+    if (expected != nullptr || digest != nullptr) {
+        const velDigest found = digestOf(lines);
+        if (expected != nullptr &&
+            std::memcmp(found.bytes, expected->bytes, sizeof found.bytes) == 0) {
+            flags |= velFlagValid | velFlagSubtreeValid; // data that the caller has seen before
+        }
+        if (digest != nullptr) {
+            *digest = found;
+        }
+    }
+    const std::int32_t before = handle->depth;
+    const char *error = parseEach(handle, lines, flags);
+    if (error != nullptr) {
+        setVELStateH(handle, before);
+        return error;
+    }
+    if (handle->depth > before) {
+        const std::int32_t missing = handle->depth - before;
+        setVELStateH(handle, before);
+        return velSetError(handle, "%d missing END statement(s) in input", missing);
+    }
+    if (handle->depth < before) {
+        return velSetError(handle, "%d too many END statement(s) in input", before - handle->depth);
+    }
+    return nullptr;
+}
+
+} // namespace
+
+const char *velParseText(velHandle *handle, std::string_view text, std::uint32_t flags,
+                         const velDigest *expected, velDigest *digest)
+{
+    return parseLines(handle, TextLines(text), flags, expected, digest);
+}
+
+const char *parseVELData(velHandle *handle, const velArray *lines, std::uint32_t flags,
+                         const velDigest *expected, velDigest *digest)
+{
+    if (lines == nullptr) {
+        return "parseVELData: Invalid arguments";
+    }
+    return parseLines(handle, ArrayLines(*lines), flags, expected, digest);
+}
+
+const char *loadVELData(velHandle *handle, const char *const *lines, std::int32_t count,
+                        const velDigest *expected, velDigest *digest)
+{
+    if (lines == nullptr) {
+        return "loadVELData: Invalid arguments";
+    }
+    return parseLines(handle, ListLines(lines, count), 0, expected, digest);
+}
+
+const char *loadLibraryData(velHandle *handle, const char *const *lines, std::int32_t count,
+                            const velDigest *expected, velDigest *digest)
+{
+    if (lines == nullptr) {
+        return "loadLibraryData: Invalid arguments";
+    }
+    return parseLines(handle, ListLines(lines, count), velFlagLibrary, expected, digest);
+}
+
+const char *parseVELLineH(velHandle *handle, const char *line, std::uint32_t flags)
+try {
+    const velOperation operation(handle);
+    const char *error = LineParser(handle, flags).parse(line);
+    const char *interrupt = velTakeInterrupt(handle);
+    return error != nullptr ? error : interrupt;
+} catch (const std::bad_alloc &) {
+    return noMemory;
+}

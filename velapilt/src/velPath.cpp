@@ -1,0 +1,164 @@
+#include "velapilt/src/velPath.h"
+
+#include "velapilt/src/velHandle_p.h"
+
+#include <cstring>
+
+namespace {
+
+bool isSeparator(char c)
+{
+    return c == '/' || c == '\\';
+}
+
+bool isRunCharacter(char c)
+{
+    return c == ' ' || c == '\t' || c == '/' || c == ':';
+}
+
+/// Runs of blanks, tabs, '/' and ':' become their strongest character.
+std::string collapseRuns(std::string_view path)
+{
+    std::string result;
+    result.reserve(path.size());
+    for (std::size_t i = 0; i < path.size();) {
+        if (!isRunCharacter(path[i])) {
+            result += path[i++];
+            continue;
+        }
+        char strongest = ' ';
+        for (; i < path.size() && isRunCharacter(path[i]); ++i) {
+            if (path[i] == '/' || (path[i] == ':' && strongest == ' ')) {
+                strongest = path[i];
+            }
+        }
+        result += strongest;
+    }
+    return result;
+}
+
+/// The length that a component keeps: TYPE:TYPE is reduced to its type.
+std::size_t reducedLength(std::string_view component)
+{
+    const std::size_t colon = component.find(':');
+    if (colon == std::string_view::npos ||
+        component.substr(0, colon) != component.substr(colon + 1)) {
+        return component.size();
+    }
+    return colon;
+}
+
+/// Takes the ".." that stands behind `result` and the component before it away.
+void leaveComponent(std::string &result)
+{
+    std::size_t separator = result.size() - 1;
+    while (separator > 0) {
+        if (isSeparator(result[--separator])) {
+            result.resize(separator);
+            return;
+        }
+    }
+}
+
+std::string resolveParents(std::string_view path)
+{
+    std::string result;
+    result.reserve(path.size());
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const bool isParent = path.substr(i, 2) == ".." && !result.empty() &&
+                              isSeparator(result.back()) && path.substr(i + 2, 1) != "\\";
+        if (isParent) {
+            leaveComponent(result);
+            ++i;
+        } else {
+            result += path[i];
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+std::string_view velTrim(std::string_view text)
+{
+    while (!text.empty() && velIsSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && velIsSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+std::string velNormalForm(std::string_view path, velLastComponent last)
+{
+    std::string text(velTrim(path));
+    if (text.size() < 2) {
+        return text;
+    }
+    text += '/'; // for the pass, so that every component is ended alike
+    text = collapseRuns(text);
+
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t slash = text.find('/', start);
+        const std::string_view component = std::string_view(text).substr(start, slash - start);
+        const bool keep = last == velLastComponent::Keep && slash + 1 == text.size();
+        result += component.substr(0, keep ? component.size() : reducedLength(component));
+        result += '/';
+        start = slash + 1;
+    }
+    if (result.size() > 1) {
+        result.pop_back();
+    }
+    return result;
+}
+
+std::string velAbsolutePath(std::string_view current, std::string_view path)
+{
+    if (path.starts_with('/')) {
+        return resolveParents(path);
+    }
+    if (path.starts_with("./") || path.starts_with(".\\")) {
+        path.remove_prefix(2);
+    }
+    if (path == ".") {
+        path = {};
+    }
+    std::string absolute(current);
+    if (!absolute.ends_with('/') && !path.empty()) {
+        absolute += '/';
+    }
+    absolute += path;
+    return resolveParents(absolute);
+}
+
+std::string velCleanPath(const char *path)
+{
+    return velNormalForm(path);
+}
+
+std::string velFullPath(velHandle *handle, const char *path)
+{
+    return velNormalForm(velAbsolutePath(getCurrentPath(handle), path));
+}
+
+std::optional<std::string> velParentPath(velHandle *handle, const char *path)
+{
+    std::string full = velFullPath(handle, path);
+    const std::size_t slash = full.rfind('/');
+    if (slash == std::string::npos) {
+        return std::nullopt;
+    }
+    full.resize(slash == 0 ? 1 : slash);
+    return full;
+}
+
+std::string makeChildPath(const char *parentPath, const char *component)
+{
+    std::string path = std::strcmp(parentPath, "/") == 0 ? "" : parentPath;
+    path += '/';
+    path += component;
+    return path;
+}

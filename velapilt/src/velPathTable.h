@@ -1,0 +1,111 @@
+// The table that finds every node of a handle by its full path.
+//
+// Function, bucket counts and growth are those of velHash.h. Keys are not
+// stored: a node's key is its path, which its parents and words spell out, and
+// its hash continues that of its parent. Chains run through the nodes.
+//
+// Three things make it quick without changing what it answers:
+// - A Parameter made during a load waits in a short list and is hashed with
+//   others, since the hash of one text is a chain of dependent steps while
+//   those of several overlap. Every question enters them first.
+// - Below a parent with few children a child is found by walking them, which
+//   lie side by side in memory.
+// - Objects found by their path text are remembered, so that the look-ups of
+//   their parameters need not walk down from the root each time.
+//
+// A node that was unlinked while it had children leaves its descendants in the
+// table ("detached"). From then on paths are compared as texts throughout, for
+// a new node may stand at a path whose old descendants still answer.
+#pragma once
+
+#include "velapilt/src/velHash.h"
+#include "velapilt/src/velNode_p.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The words of one component of a path: "TYPE:Name" or a single word, which
+/// stands in `name` and may be a Singleton's type as well.
+struct velComponent
+{
+    std::uint32_t type;
+    std::uint32_t name;
+};
+
+class velPathTable
+{
+public:
+    /// `words` spells the nodes; it must outlive the table.
+    explicit velPathTable(const velWords &words);
+
+    // --- Entering and removing; each may throw bad_alloc before it changes
+    // anything.
+
+    /// Enters an Object or Singleton, whose path hash and length are set.
+    void enter(velNode *node);
+    /// Enters a Parameter, now or with the next ones.
+    void enterLater(velNode *node);
+    void remove(velNode *node);
+    /// Makes room ahead of `expected` further entries.
+    void presize(std::int64_t expected);
+
+    /// From now on there are entries whose parents are not in the tree;
+    /// `node`, the topmost of them, keeps its children.
+    void detach(velNode *node);
+    [[nodiscard]] bool hasDetached() const { return !detached_.empty(); }
+
+    // --- Finding; null where there is nothing
+
+    /// The node with an absolute path in normal form.
+    [[nodiscard]] velNode *find(std::string_view path);
+    /// The child of a node that is in the table.
+    [[nodiscard]] velNode *findChild(velNode *parent, velComponent component);
+
+    void setRoot(velNode *root) { root_ = root; }
+
+    [[nodiscard]] std::int32_t buckets() const { return function_.buckets(); }
+    [[nodiscard]] std::int64_t entries() const { return entries_ + pendingCount(); }
+
+    /// The path of a node, written out.
+    void appendPath(const velNode *node, std::string &path) const;
+
+private:
+    struct Remembered
+    {
+        std::uint64_t hash = 0;
+        velNode *node = nullptr;
+    };
+
+    [[nodiscard]] std::int64_t pendingCount() const
+    {
+        return static_cast<std::int64_t>(pending_.size());
+    }
+    void flush();
+    void forget(const velNode *node);
+    void link(velNode *node, std::uint32_t bucket) noexcept;
+    void growIfFull();
+    void resize(std::int64_t requestedSize);
+    void rehashBelow(velNode *top, std::vector<velNode *> &buckets, velHashFunction &function);
+
+    [[nodiscard]] std::uint32_t childHash(velHashFunction &function, const velNode *parent,
+                                          std::uint32_t type, std::uint32_t name) const;
+    [[nodiscard]] std::uint32_t hashOf(velHashFunction &function, const velNode *node) const;
+
+    [[nodiscard]] velComponent componentOf(std::string_view text) const;
+    [[nodiscard]] velNode *findByText(std::string_view path);
+    [[nodiscard]] velNode *findFolder(std::string_view path);
+    [[nodiscard]] velNode *walkDown(std::string_view path);
+    [[nodiscard]] bool hasPath(const velNode *node, std::string_view path) const;
+
+    const velWords &words_;
+    velHashFunction function_;
+    std::vector<velNode *> buckets_;
+    std::int64_t entries_ = 0;
+    std::int64_t folders_ = 0; // entries that are Objects or Singletons
+    std::vector<velNode *> pending_;
+    std::vector<velNode *> detached_;
+    std::vector<Remembered> remembered_; // direct-mapped, a power of two
+    velNode *root_ = nullptr;            // not owned
+};

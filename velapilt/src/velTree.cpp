@@ -1,0 +1,668 @@
+#include "velapilt/src/velHandle_p.h"
+
+#include "velapilt/src/velPath.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr const char *kindWords[] = {"None", "Param", "Object", "Singleton"};
+
+bool isLetter(char c)
+{
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+bool isWordCharacter(char c)
+{
+    // memchr, not strchr: a NUL is no word character
+    return isLetter(c) || (c >= '0' && c <= '9') || std::memchr("\t .[]_{|}", c, 9) != nullptr;
+}
+
+int lengthOf(std::string_view text)
+{
+    return static_cast<int>(text.size());
+}
+
+/// The rule common to types and names.
+const char *checkWord(velHandle *handle, const char *what, std::string_view word)
+{
+    if (word.empty() || !(isLetter(word[0]) || word[0] == '_' || word[0] == '%')) {
+        return velSetError(handle,
+                           "invalid %s \"%.*s\": leading character must be alphabetic or '_'", what,
+                           lengthOf(word), word.data());
+    }
+    for (const char c : word.substr(1)) {
+        if (!isWordCharacter(c)) {
+            return velSetError(handle, "invalid %s \"%.*s\": contains invalid character '%c'", what,
+                               lengthOf(word), word.data(), c);
+        }
+    }
+    return nullptr;
+}
+
+char *newText(velHandle *handle, std::string_view text)
+{
+    auto *copy = static_cast<char *>(handle->arena.allocate(text.size() + 1));
+    if (!text.empty()) {
+        std::memcpy(copy, text.data(), text.size());
+    }
+    copy[text.size()] = '\0';
+    return copy;
+}
+
+velNode *allocateNode(velHandle *handle, velNode *parent, std::uint32_t type, std::uint32_t name)
+{
+    auto *node = new (handle->arena.allocate(sizeof(velNode))) velNode{};
+    node->parent = parent;
+    node->type = type;
+    node->name = name;
+    return node;
+}
+
+void freeNode(velHandle *handle, velNode *node)
+{
+    if (handle->table.hasDetached()) {
+        return; // a detached descendant may still spell its path through it
+    }
+    if (node->isParam() && node->value.text != nullptr) {
+        velRelease(handle, node->value.text, node->value.length + std::size_t{1});
+    }
+    velRelease(handle, node, sizeof(velNode));
+}
+
+void appendChild(velNode *parent, velNode *node)
+{
+    if (parent->children.first == nullptr) {
+        parent->children.first = node;
+    } else {
+        parent->children.last->next = node;
+    }
+    parent->children.last = node;
+    ++parent->childCount;
+}
+
+/// The path length of a child, 0 where it would be beyond the limit.
+std::size_t childPathLength(const velHandle *handle, const velNode *parent, std::uint32_t type,
+                            std::uint32_t name)
+{
+    const bool isObject = type != velWords::none && name != velWords::none;
+    const std::size_t length = (parent->isRoot() ? 0 : parent->pathLength) + std::size_t{1} +
+                               (isObject ? 1 : 0) + handle->words.view(type).size() +
+                               handle->words.view(name).size();
+    return length > velLongestPath ? 0 : length;
+}
+
+/// The node at the path that the current path and these words give.
+velNode *findBelow(velHandle *handle, velNode *parent, velComponent component)
+{
+    if (!handle->table.hasDetached()) {
+        return handle->table.findChild(parent, component);
+    }
+    std::string path = parent->isRoot() ? "" : velPathOf(handle, parent);
+    path += '/';
+    path += handle->words.view(component.type);
+    if (component.type != velWords::none) {
+        path += ':';
+    }
+    path += handle->words.view(component.name);
+    return handle->table.find(path);
+}
+
+/// Flags of a node that a line has made or touched, and what follows from them
+/// for its validity and that of the nodes above. Kept exactly: a plain user
+/// line invalidates, a word of 0x100 or 0x400 alone marks, any other word
+/// (library data, data that matched a digest) invalidates.
+void applyFlags(velHandle *handle, velNode *node, std::uint32_t word)
+{
+    std::uint32_t flags = word;
+    if (node->parent != nullptr) {
+        flags |= node->parent->flags & velFlagReplace;
+    }
+    velSetFlags(handle, node, flags);
+    if (word == velFlagValid || word == velFlagSubtreeValid) {
+        return; // the mark is among the flags already
+    }
+    velInvalidate(handle, node);
+}
+
+void setValue(velHandle *handle, velNode *node, std::string_view value, bool invalidate)
+{
+    char *text = newText(handle, value);
+    char *oldText = node->value.text;
+    const std::size_t oldLength = node->value.length;
+    node->value.text = text;
+    node->value.length = static_cast<std::uint32_t>(value.size());
+    if (invalidate && (node->flags & velFlagValid) != 0) {
+        velInvalidate(handle, node);
+    }
+    velReport(handle, node, velValueChanged, text, oldText);
+    if (oldText != nullptr) {
+        velRelease(handle, oldText, oldLength + 1);
+    }
+}
+
+bool hasValue(const velNode *node, std::string_view value)
+{
+    return node->value.text != nullptr &&
+           std::string_view(node->value.text, node->value.length) == value;
+}
+
+velNode *makeNode(velHandle *handle, velNode *parent, const velStatement &statement)
+{
+    const velComponent component = statement.component;
+    const std::size_t length = childPathLength(handle, parent, component.type, component.name);
+    if (length == 0 || statement.value.size() >= UINT32_MAX) {
+        return nullptr;
+    }
+    velNode *node = allocateNode(handle, parent, component.type, component.name);
+    if (node->isParam()) {
+        node->value.text = newText(handle, statement.value);
+        node->value.length = static_cast<std::uint32_t>(statement.value.size());
+        handle->table.enterLater(node);
+    } else {
+        node->pathLength = static_cast<std::uint32_t>(length) & 0xFFFFFFFU;
+        handle->table.enter(node);
+    }
+    appendChild(parent, node);
+    velSetFlags(handle, node, statement.flags);
+    if (node->isParam()) {
+        velReport(handle, node, velValueChanged, node->value.text, nullptr);
+    } else {
+        velReport(handle, node, velObjectCreated, nullptr, nullptr);
+    }
+    return node;
+}
+
+velNode *parentInTable(velHandle *handle, velNode *node)
+{
+    if (node->isRoot()) {
+        return node;
+    }
+    if (!handle->table.hasDetached()) {
+        return node->parent;
+    }
+    std::string path = velPathOf(handle, node);
+    path.resize(std::max<std::size_t>(path.rfind('/'), 1));
+    return handle->table.find(path);
+}
+
+/// The sibling in front of `node` in `previous`; false if it is no child.
+bool findPrevious(const velNode *parent, const velNode *node, velNode **previous)
+{
+    *previous = nullptr;
+    for (velNode *child = parent->children.first; child != nullptr; child = child->next) {
+        if (child == node) {
+            return true;
+        }
+        *previous = child;
+    }
+    return false;
+}
+
+void unlink(velNode *parent, velNode *previous, velNode *node)
+{
+    (previous == nullptr ? parent->children.first : previous->next) = node->next;
+    if (parent->children.last == node) {
+        parent->children.last = previous;
+    }
+    node->next = nullptr;
+    --parent->childCount;
+}
+
+/// The parent and the last component of a path that is to be created.
+struct NewPlace
+{
+    std::string parentPath;
+    std::string component;
+};
+
+std::optional<NewPlace> newPlace(velHandle *handle, const char *path)
+{
+    const std::string full =
+        velNormalForm(velAbsolutePath(getCurrentPath(handle), path), velLastComponent::Keep);
+    const std::size_t slash = full.rfind('/');
+    if (slash == std::string::npos) {
+        return std::nullopt;
+    }
+    return NewPlace{slash == 0 ? "/" : full.substr(0, slash), full.substr(slash + 1)};
+}
+
+/// Puts the current path back to what it was, whatever has been pushed since.
+class StackGuard
+{
+public:
+    explicit StackGuard(velHandle *handle)
+        : handle_(handle), depth_(std::max<std::size_t>(handle->stack.size(), 1))
+    {
+    }
+    ~StackGuard()
+    {
+        while (handle_->stack.size() > depth_) {
+            velPop(handle_);
+        }
+    }
+    StackGuard(const StackGuard &) = delete;
+    StackGuard &operator=(const StackGuard &) = delete;
+
+private:
+    velHandle *handle_;
+    std::size_t depth_;
+};
+
+/// Makes a node below `parentPath`, which exists or is "/".
+bool createBelow(velHandle *handle, const std::string &parentPath, const velStatement &statement)
+{
+    velMakeRoot(handle);
+    const StackGuard guard(handle);
+    velPushNode(handle, handle->table.find(parentPath));
+    return velUpdateObject(handle, statement) != nullptr;
+}
+
+} // namespace
+
+// --- Memory -------------------------------------------------------------------
+
+void velRelease(velHandle *handle, void *block, std::size_t bytes) noexcept
+{
+    if (handle->reporting == 0) {
+        handle->arena.release(block, bytes);
+        return;
+    }
+    try {
+        handle->graveyard.emplace_back(block, bytes);
+    } catch (const std::bad_alloc &) {
+        return; // freed with the handle
+    }
+}
+
+velOperation::~velOperation()
+{
+    if (--handle_->operations > 0) {
+        return;
+    }
+    for (const auto &[block, bytes] : handle_->graveyard) {
+        handle_->arena.release(block, bytes);
+    }
+    handle_->graveyard.clear();
+}
+
+// --- Words --------------------------------------------------------------------
+
+const char *velKindWord(velKind kind)
+{
+    return kindWords[kind];
+}
+
+const char *velCheckType(velHandle *handle, std::string_view type)
+{
+    return type.empty() ? "invalid object type: must be non-empty."
+                        : checkWord(handle, "object type", type);
+}
+
+const char *velCheckObjectName(velHandle *handle, std::string_view name)
+{
+    return checkWord(handle, "object name", name);
+}
+
+const char *velCheckParamName(velHandle *handle, std::string_view name)
+{
+    return name.empty() ? "invalid parameter name: must be non-empty."
+                        : checkWord(handle, "parameter name", name);
+}
+
+const char *velCheckValue(velHandle *handle, std::string_view value)
+{
+    for (const char c : value) {
+        const auto code = static_cast<unsigned char>(c);
+        if (code < 32 && c != '\t') {
+            return velSetError(handle,
+                               "invalid parameter value \"%.*s\": control character number %d is "
+                               "not allowed.",
+                               lengthOf(value), value.data(), code);
+        }
+    }
+    return nullptr;
+}
+
+// --- Flags --------------------------------------------------------------------
+
+void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags)
+{
+    const auto marked = [](std::uint32_t word) {
+        return (word & velFlagSubtreeValid) != 0 ? 1 : 0;
+    };
+    handle->subtreeValidCount += marked(flags) - marked(node->flags);
+    node->flags = flags;
+}
+
+void velInvalidate(velHandle *handle, velNode *node)
+{
+    node->flags &= ~velFlagValid;
+    velNode *up = node->parent;
+    if (up != nullptr && node->isParam()) {
+        up->flags &= ~velFlagValid;
+        up = up->parent;
+    }
+    for (; up != nullptr && handle->subtreeValidCount > 0; up = up->parent) {
+        velSetFlags(handle, up, up->flags & ~velFlagSubtreeValid);
+    }
+}
+
+const char *setValid(velHandle *handle, const char *path, std::int32_t level, bool propagate)
+try {
+    velNode *node = velResolve(handle, path);
+    if (node == nullptr) {
+        return "setValid: path not found";
+    }
+    if (level == 1) {
+        node->flags |= velFlagValid;
+    } else if (level == 2) {
+        velSetFlags(handle, node, node->flags | velFlagSubtreeValid);
+    } else if (propagate) {
+        velInvalidate(handle, node);
+    } else {
+        node->flags &= ~velFlagValid;
+    }
+    return nullptr;
+} catch (const std::bad_alloc &) {
+    return "setValid: path not found";
+}
+
+// --- Questions ------------------------------------------------------------------
+
+int havePath(velHandle *handle, const char *path)
+{
+    return velFindNode(handle, path) != nullptr ? 1 : 0;
+}
+
+int isObject(velHandle *handle, const char *path)
+{
+    const velNode *node = velFindNode(handle, path);
+    return node != nullptr && !node->isParam() ? 1 : 0;
+}
+
+int isLibrary(velHandle *handle, const char *path)
+{
+    const velNode *node = velFindNode(handle, path);
+    if (node == nullptr) {
+        return -1;
+    }
+    return (((node->isParam() ? node->parent : node)->flags & velFlagLibrary) != 0) ? 1 : 0;
+}
+
+int isValid(velHandle *handle, const char *path)
+{
+    const velNode *node = velFindNode(handle, path);
+    if (node == nullptr) {
+        return -1;
+    }
+    return ((node->flags & velFlagValid) != 0 ? 1 : 0) +
+           ((node->flags & velFlagSubtreeValid) != 0 ? 2 : 0);
+}
+
+velKind velKindOf(velHandle *handle, const char *path)
+{
+    const velNode *node = velFindNode(handle, path);
+    return node == nullptr ? velNone : node->kind();
+}
+
+const velNode *velFirstChild(const velNode *node)
+{
+    return node->firstChild();
+}
+
+const velNode *velNextSibling(const velNode *node)
+{
+    return node->next;
+}
+
+std::uint32_t velChildCount(const velNode *node)
+{
+    return node->childCount;
+}
+
+velNodeInfo velDescribe(const velHandle *handle, const velNode *node)
+{
+    return {node->kind(), node->isParam() ? "String" : handle->words.text(node->type),
+            node->name == velWords::none ? nullptr : handle->words.text(node->name),
+            node->isParam() ? node->value.text : nullptr, node->flags};
+}
+
+// --- Making ---------------------------------------------------------------------
+
+void velMakeRoot(velHandle *handle)
+{
+    if (handle->root != nullptr) {
+        return;
+    }
+    velNode *root = allocateNode(handle, nullptr, velWords::slash, velWords::none);
+    handle->table.enter(root);
+    handle->table.setRoot(root);
+    handle->root = root;
+}
+
+velNode *velUpdateObject(velHandle *handle, const velStatement &statement)
+{
+    velMakeRoot(handle);
+    velNode *parent = velCurrentNode(handle);
+    if (parent == nullptr || parent->isParam()) {
+        return nullptr;
+    }
+    const velComponent component = statement.component;
+    const bool isParam = component.type == velWords::none;
+    const bool isSingleton = component.name == velWords::none;
+    // A single word is looked for under either kind, for the two share a path.
+    velNode *node = findBelow(
+        handle, parent, isSingleton ? velComponent{velWords::none, component.type} : component);
+    if (node == nullptr) {
+        node = makeNode(handle, parent, statement);
+        if (node == nullptr) {
+            return nullptr;
+        }
+    } else if (node->isParam() != isParam) {
+        return nullptr;
+    } else if (node->isParam() && !hasValue(node, statement.value)) {
+        if (statement.value.size() >= UINT32_MAX) {
+            return nullptr;
+        }
+        setValue(handle, node, statement.value, false);
+    }
+    if (!node->isParam()) {
+        velPushNode(handle, node);
+    }
+    applyFlags(handle, node, statement.flags);
+    return node;
+}
+
+const char *velCreateObject(velHandle *handle, const char *path, bool isLibrary)
+try {
+    const velOperation operation(handle);
+    const auto place = newPlace(handle, path);
+    if (!place.has_value()) {
+        return "velCreateObject: error finding parent object";
+    }
+    if (place->parentPath != "/" && handle->table.find(place->parentPath) == nullptr) {
+        return "velCreateObject: parent object does not exist";
+    }
+    const std::string_view component = place->component;
+    const std::size_t colon = component.find(':');
+    const std::string_view type = component.substr(0, colon);
+    const std::string_view name =
+        colon == std::string_view::npos ? std::string_view() : component.substr(colon + 1);
+    if (colon != std::string_view::npos && type == name) {
+        return "velCreateObject: TYPE:TYPE form for singletons is not permitted";
+    }
+    if (const char *error = velCheckType(handle, type)) {
+        return error;
+    }
+    if (!name.empty()) {
+        if (const char *error = velCheckObjectName(handle, name)) {
+            return error;
+        }
+    }
+    const velComponent words{handle->words.intern(type),
+                             name.empty() ? velWords::none : handle->words.intern(name)};
+    const std::uint32_t flags = isLibrary ? velFlagLibrary : 0;
+    if (!createBelow(handle, place->parentPath, {words, {}, flags})) {
+        return "velCreateObject: unable to create object";
+    }
+    return velTakeInterrupt(handle);
+} catch (const std::bad_alloc &) {
+    return "velCreateObject: unable to create object";
+}
+
+const char *velCreateParam(velHandle *handle, const char *path, const char *value)
+try {
+    const velOperation operation(handle);
+    const auto place = newPlace(handle, path);
+    if (!place.has_value() ||
+        (place->parentPath != "/" && handle->table.find(place->parentPath) == nullptr)) {
+        return "velCreateParam: parent object does not exist";
+    }
+    if (const char *error = velCheckParamName(handle, place->component)) {
+        return error;
+    }
+    const std::string_view text = value == nullptr ? "" : value;
+    if (const char *error = velCheckValue(handle, text)) {
+        return error;
+    }
+    const velComponent words{velWords::none, handle->words.intern(place->component)};
+    if (!createBelow(handle, place->parentPath, {words, text, 0})) {
+        return "velCreateParam: unable to create param";
+    }
+    return velTakeInterrupt(handle);
+} catch (const std::bad_alloc &) {
+    return "velCreateParam: unable to create param";
+}
+
+const char *setStringValue(velHandle *handle, const char *path, const char *value)
+try {
+    const velOperation operation(handle);
+    if (path == nullptr) {
+        return "setStringValue: error deriving full pathname";
+    }
+    velNode *node = velResolve(handle, path);
+    if (node == nullptr) {
+        return "setStringValue: requested object does not exist";
+    }
+    if (!node->isParam()) {
+        return "setStringValue: requested object is not a parameter";
+    }
+    const std::string_view text = value == nullptr ? "" : value;
+    if (hasValue(node, text)) {
+        return nullptr;
+    }
+    if (text.size() >= UINT32_MAX) {
+        return "setStringValue: error allocating new string";
+    }
+    setValue(handle, node, text, true);
+    return velTakeInterrupt(handle);
+} catch (const std::bad_alloc &) {
+    return "setStringValue: error allocating new string";
+}
+
+// --- Removing -------------------------------------------------------------------
+
+const char *velRemoveNode(velHandle *handle, velNode *node, velNode *before)
+{
+    velNode *parent = parentInTable(handle, node);
+    if (parent == nullptr) {
+        return "velRemoveObjectH: parent not found!";
+    }
+    if (parent->firstChild() == nullptr) {
+        return "velRemoveObjectH: parent has no child list";
+    }
+    velNode *previous = before;
+    if (before == nullptr || before->next != node) {
+        if (!findPrevious(parent, node, &previous)) {
+            return "velRemoveObjectH: child not in parent's child list";
+        }
+    }
+    if (node->onStack != 0) {
+        velUnpin(handle, node);
+    }
+    const bool hasChildren = node->firstChild() != nullptr;
+    if (hasChildren) {
+        handle->table.detach(node);
+    }
+    handle->table.remove(node);
+    unlink(parent, previous, node);
+    if (node->isParam()) {
+        velReport(handle, node, velValueChanged, nullptr, node->value.text);
+    } else {
+        velReport(handle, node, velObjectDeleted, nullptr, nullptr);
+    }
+    if (hasChildren) {
+        return "velRemoveObjectH: removal of non-empty object, did you mean deleteObj?";
+    }
+    velSetFlags(handle, node, 0);
+    freeNode(handle, node);
+    return nullptr;
+}
+
+const char *velDeleteNode(velHandle *handle, velNode *node)
+{
+    // Deepest first and in order, without recursion: a file may nest as deep
+    // as it likes.
+    velNode *next = node;
+    for (;;) {
+        while (next->firstChild() != nullptr) {
+            next = next->firstChild();
+        }
+        if (next->isRoot()) {
+            return nullptr; // emptied, never removed
+        }
+        velNode *parent = next->parent;
+        const bool isLast = next == node;
+        if (const char *error = velRemoveNode(handle, next)) {
+            return error;
+        }
+        if (handle->interrupted != nullptr) {
+            return velTakeInterrupt(handle);
+        }
+        if (isLast || parent->inTable == 0) {
+            return nullptr;
+        }
+        next = parent;
+    }
+}
+
+const char *velRemoveObjectH(velHandle *handle, const char *path)
+try {
+    const velOperation operation(handle);
+    if (handle->root == nullptr) {
+        return "velRemoveObjectH: no database";
+    }
+    if (path == nullptr) {
+        return "velRemoveObjectH: full path failed";
+    }
+    velNode *node = velResolve(handle, path);
+    if (node == nullptr) {
+        return "velRemoveObjectH: entry not found";
+    }
+    const char *error = velRemoveNode(handle, node);
+    const char *interrupt = velTakeInterrupt(handle);
+    return error != nullptr ? error : interrupt;
+} catch (const std::bad_alloc &) {
+    return "velRemoveObjectH: full path failed";
+}
+
+const char *deleteObjH(velHandle *handle, const char *path)
+try {
+    const velOperation operation(handle);
+    velNode *node = velResolve(handle, path);
+    return node == nullptr ? "deleteObjH: unable to find parameter" : velDeleteNode(handle, node);
+} catch (const std::bad_alloc &) {
+    return "deleteObjH: unable to find parameter";
+}
+
+const char *deleteParamH(velHandle *handle, const char *path)
+try {
+    return velResolve(handle, path) == nullptr ? "deleteParamH: unable to find parameter"
+                                               : velRemoveObjectH(handle, path);
+} catch (const std::bad_alloc &) {
+    return "deleteParamH: unable to find parameter";
+}

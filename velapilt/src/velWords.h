@@ -1,0 +1,56 @@
+// The words of one handle: every type and name that occurs, once.
+//
+// Set-ups repeat the same few types and parameter names a million times. A
+// node therefore holds the numbers of its words, and two words are equal when
+// their numbers are. Words live as long as the handle.
+#pragma once
+
+#include "velapilt/src/velArena.h"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+class velWords
+{
+public:
+    /// No word: a Parameter's type, a Singleton's name, a text not found.
+    static constexpr std::uint32_t none = 0;
+    /// The type of the root.
+    static constexpr std::uint32_t slash = 1;
+
+    explicit velWords(velArena &arena);
+
+    /// The number of a word, or `none`.
+    [[nodiscard]] std::uint32_t find(std::string_view text) const;
+    /// The number of a word, which is entered if it is new. Throws bad_alloc.
+    std::uint32_t intern(std::string_view text);
+
+    [[nodiscard]] const char *text(std::uint32_t word) const { return words_[word].text; }
+    [[nodiscard]] std::string_view view(std::uint32_t word) const
+    {
+        return {words_[word].text, words_[word].length};
+    }
+    [[nodiscard]] std::size_t count() const { return words_.size(); }
+
+    /// Whether the word has been found fit as a type or name; the parser asks
+    /// once a word.
+    [[nodiscard]] bool isChecked(std::uint32_t word) const { return words_[word].checked; }
+    void setChecked(std::uint32_t word) { words_[word].checked = true; }
+
+private:
+    struct Word
+    {
+        const char *text; // in the arena, ended by NUL
+        std::uint32_t length;
+        std::uint32_t hash : 31;
+        std::uint32_t checked : 1;
+    };
+
+    [[nodiscard]] std::size_t slot(std::string_view text, std::uint32_t hash) const;
+    void grow();
+
+    velArena &arena_;
+    std::vector<Word> words_;
+    std::vector<std::uint32_t> slots_; // open addressing; `none` is an empty slot
+};

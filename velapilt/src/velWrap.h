@@ -1,0 +1,12 @@
+// Long lines cut into pieces that read back as the line.
+#pragma once
+
+#include "velapilt/src/velArray.h"
+
+#include <cstdint>
+#include <string_view>
+
+/// Adds `line` to a string array, in pieces of at most `width` characters that
+/// all but the last end in '\'. A width of 0 cuts nothing; one below 3 gives
+/// the message "velWrapLine: requested line length too short".
+[[nodiscard]] const char *velWrap(std::string_view line, std::int32_t width, velArray *lines);
