@@ -1,0 +1,150 @@
+package API;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use VEL::Model;
+use VEL::Parser::Lite;
+use VEL::Upgrade;
+use VEL::Validate;
+
+=head1 NAME
+
+API - what the program asks of the Perl side
+
+=head1 SYNOPSIS
+
+    my $api = API->new;
+    my $error = $api->readTextFile('duct.vel', \my @lines) || $api->parseVELData(\@lines, 0);
+
+=head1 DESCRIPTION
+
+One object of this class stands for the command data being worked on. It holds
+no rules of its own: those are L<VEL::Model>'s and L<VEL::Rules>'.
+
+Methods that return a message return nothing, or an empty text, on success.
+Methods that return an integer return 1 or 0. Everything else that goes wrong is
+an exception, which the program turns into a message, or -1.
+
+=head1 METHODS
+
+=over
+
+=item C<< API->new >>, C<< API->new($database) >>
+
+A new object with an empty database, or with the given L<VEL::Parser::Lite>.
+C<< $api->{database} >> is that database, the same for the life of the object.
+
+=cut
+
+sub new ($class, $database = VEL::Parser::Lite::NEW()) {
+    return bless {
+        database => $database,
+        model    => VEL::Model->of($database),
+        reported => '',
+    }, $class;
+}
+
+=item C<readTextFile($file, $lines)>
+
+Fills the array with the lines of a text file, without line ends.
+
+=cut
+
+sub readTextFile ($self, $file, $lines) {
+    return "readTextFile: $file: open failed: it is a directory" if -d $file;
+    open my $handle, '<:raw', $file or return "readTextFile: $file: open failed: $!";
+    my $text = do { local $/ = undef; readline $handle };
+    return "readTextFile: $file: read failed: $!" if !defined $text || !close $handle;
+    @$lines = split /\n/, $text, -1;
+    pop @$lines if @$lines && $lines->[-1] eq '';
+    return '';
+}
+
+=item C<parseVELData($lines, $library)>
+
+Parses lines into the database, as library data when the second argument is
+true.
+
+=cut
+
+sub parseVELData ($self, $lines, $library) {
+    return $library ? $self->{database}->loadLibraryData($lines) : $self->{database}->loadVELData($lines);
+}
+
+=item C<readLibraries>
+
+Reads the rule libraries that the environment names. What is wrong with the
+rules themselves is returned too, once, and the sound ones work.
+
+=cut
+
+sub readLibraries ($self) {
+    my $error = $self->{database}->readLibraries;
+    $self->{model}->forget;
+    my $faults = join "\n", $self->{model}->rules->faults;
+    my $told   = $self->{reported} eq $faults;
+    $self->{reported} = $faults;
+    return join "\n", grep { defined && length } $error, $told ? undef : $faults;
+}
+
+=item C<updateSolverVEL>
+
+Brings the data up to the language version of the libraries. Returns the list of
+changes, a line each; empty when nothing had to be changed.
+
+=cut
+
+sub updateSolverVEL ($self) { return VEL::Upgrade->new($self->{model})->run }
+
+=item C<getAllowedParamStrings($path, $values)>
+
+Fills the array with the values that a parameter may have: those that its rule
+lists, C<Yes> and C<No> for a logical, the names of the objects it may refer to;
+nothing where any value may be given.
+
+=cut
+
+sub getAllowedParamStrings ($self, $path, $values) {
+    @$values = $self->{model}->allowed_values($path);
+    return '';
+}
+
+=item C<getAllowedParams($path, $names, $flag)>
+
+Fills the array with the names of the parameters that an object may have, in
+rule order: with flag 1 those that it does not have yet, with 0 all of them. The
+single entry C<-1> means any name.
+
+=cut
+
+sub getAllowedParams ($self, $path, $names, $flag) {
+    return "getAllowedParams: there is no object at $path"
+        if $path ne '/' && !$self->{database}->isObject($path);
+    @$names = $self->{model}->allowed_parameters($path, $flag);
+    return '';
+}
+
+=item C<isParamEditable($path)>
+
+1 when the parameter may be changed, else 0. In safe mode (validation level 2)
+only what a running solver reads again may be changed.
+
+=cut
+
+sub isParamEditable ($self, $path) { return $self->{model}->is_editable($path) }
+
+=item C<isItemExpert($path)>
+
+1 when the object or parameter is for experts only, else 0.
+
+=cut
+
+sub isItemExpert ($self, $path) { return $self->{model}->is_expert($path) }
+
+=back
+
+=cut
+
+1;

@@ -1,0 +1,116 @@
+package VEL::Expression;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use VEL::Suggest qw(nearest);
+use VEL::Value qw($NUMBER);
+
+=head1 NAME
+
+VEL::Expression - is a text an expression, and are its names known?
+
+=head1 DESCRIPTION
+
+A Real may be given as an expression over the parameters of
+F</LIBRARY/EXPRESSIONS>. It is accepted when its parentheses balance and every
+name in it is known. Names may hold blanks, as parameter names do; brackets
+behind a number hold its unit. The unit of the whole is not looked at.
+
+=head1 FUNCTIONS
+
+=over
+
+=item C<@FUNCTIONS>
+
+The known functions.
+
+=cut
+
+our @FUNCTIONS = qw(abs sqrt exp loge log10 sin cos tan asin acos atan atan2
+    min max if step floor ceil mod);
+my %FUNCTION = map { $_ => 1 } @FUNCTIONS;
+
+my $NAME = qr/[A-Za-z_%][A-Za-z0-9_. {}|\[\]]*/;
+
+=item C<is_name($text)>
+
+Whether the text is one name and nothing else.
+
+=cut
+
+sub is_name ($text) { return $text =~ /^$NAME$/ ? 1 : 0 }
+
+=item C<looks_like_one($text)>
+
+Whether the text has anything that only an expression has: an operator or a
+parenthesis.
+
+=cut
+
+sub looks_like_one ($text) {
+    (my $bare = $text) =~ s/\[[^\]]*\]//g;
+    return $bare =~ m{[-+*/^()<>=&|!]} ? 1 : 0;
+}
+
+=item C<fault($text, $known, $used)>
+
+What is wrong with the expression as the end of a sentence, or C<undef>.
+C<$known> is a hash whose keys are the names that may be used; those that are
+used are pushed onto the array C<$used>, where given.
+
+=cut
+
+sub fault ($text, $known, $used = undef) {
+    my $depth = 0;
+    pos($text) = 0;
+    while (pos($text) < length $text) {
+        next if $text =~ /\G\s+/gc;
+        next if $text =~ /\G$NUMBER\s*\[[^\[\]]*\]/gc || $text =~ /\G$NUMBER/gc;
+        if ($text =~ /\G\(/gc) { $depth++; next }
+        if ($text =~ /\G\)/gc) {
+            return 'has a ")" without a "("' if --$depth < 0;
+            next;
+        }
+        next if $text =~ m{\G[-+*/^,<>=&|!]}gc;
+        if ($text =~ /\G($NAME)/gc) {
+            my $fault = _name_fault(\$text, $1, $known, $used);
+            return $fault if defined $fault;
+            next;
+        }
+        $text =~ /\G(.)/gcs;
+        return qq(holds "$1", which no expression may hold);
+    }
+    return $depth > 0 ? 'lacks a ")"' : undef;
+}
+
+# Looks at the name that has just been read. A name may hold brackets, so the
+# longest known reading is taken.
+sub _name_fault ($text, $name, $known, $used) {
+    $name =~ s/\s+$//;
+    if ($$text =~ /\G\s*(?=\()/gc) {
+        return undef if $FUNCTION{$name};
+        return qq(uses the unknown function "$name") . _hint($name, @FUNCTIONS);
+    }
+    if (!exists $known->{$name} && $name =~ /^([^\[]*?)\s*\[[^\]]*\]?$/ && exists $known->{$1}) {
+        $name = $1;
+    }
+    if (exists $known->{$name}) {
+        push @$used, $name if $used;
+        return undef;
+    }
+    return qq(uses "$name", which /LIBRARY/EXPRESSIONS does not define)
+        . _hint($name, sort keys %$known);
+}
+
+sub _hint ($word, @known) {
+    my $nearest = nearest($word, @known);
+    return defined $nearest ? "; did you mean $nearest?" : '';
+}
+
+=back
+
+=cut
+
+1;

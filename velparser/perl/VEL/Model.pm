@@ -1,0 +1,335 @@
+package VEL::Model;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use Scalar::Util qw(weaken);
+
+use VEL::Parser::Lite;
+use VEL::Rules;
+
+=head1 NAME
+
+VEL::Model - the data of one command database seen through its rules
+
+=head1 SYNOPSIS
+
+    my $model = VEL::Model->of($database);
+    print "read-only\n" if !$model->is_editable('/FLOW/DOMAIN:Duct/Kind');
+
+=head1 DESCRIPTION
+
+There is one model for each database, shared by all that ask for it. It listens
+to the changes of the database, and so compiles the rules again only when
+something below F</RULES> has changed, and lists the objects of a type again
+only when objects have come or gone. A database that belongs to the program
+alone cannot be listened to; there the rules are read again at every C<refresh>.
+
+All paths may be relative to the current path.
+
+=cut
+
+# Every model there is, not owned.
+my @models;
+
+=head1 METHODS
+
+=over
+
+=item C<< VEL::Model->of($database) >>
+
+The model of a database, also when it is reached through another
+C<VEL::Parser::Lite> object.
+
+=cut
+
+sub of ($class, $database) {
+    @models = grep { defined } @models;
+    weaken($_) for @models;
+    for my $model (@models) {
+        return $model if _is_same($model->{database}, $database);
+    }
+    my $self = bless {
+        database  => $database,
+        rules     => undef,
+        compiled  => 0,
+        names     => {},
+        text      => '',
+        listeners => [],
+    }, $class;
+    $self->_listen;
+    push @models, $self;
+    weaken($models[-1]);
+    return $self;
+}
+
+# Two objects are one database when a level stored through the one is read
+# through the other.
+sub _is_same ($one, $other) {
+    return 1 if $one == $other;
+    my $kept  = $other->getValidationLevel;
+    my $token = $one->getValidationLevel == 0x5EED ? 0x5EEE : 0x5EED;
+    $other->setValidationLevel($token);
+    my $same = $one->getValidationLevel == $token;
+    $other->setValidationLevel($kept);
+    return $same;
+}
+
+# The handler is called for every parameter of a file that is loaded, so the
+# common case leaves at once.
+sub _listen ($self) {
+    my $model = $self;
+    weaken($model);
+    my $handler = sub {
+        return if !$_[1] && defined $_[2] && substr($_[0], 0, 6) ne '/RULES';
+        $model->_changed(@_) if $model;
+        return;
+    };
+    $self->{listens} = eval { $self->{database}->addChangeHandler($handler); 1 };
+    return;
+}
+
+sub _changed ($self, $path, $code, $new, $old) {
+    if ($path =~ m{^/RULES(?:/|\z)}) {
+        $self->{rules} = undef;
+        return;
+    }
+    $self->{names} = {} if $code;
+    $_->($path, $code, $new, $old) for grep { defined } @{ $self->{listeners} };
+    return;
+}
+
+=item C<on_change($listener)>
+
+Calls C<$listener> with path, code, new and old value for every object that
+comes or goes and every parameter that goes (code 0, no new value). The caller
+keeps the listener: the model does not own it.
+
+=cut
+
+sub on_change ($self, $listener) {
+    push @{ $self->{listeners} }, $listener;
+    weaken($self->{listeners}[-1]);
+    return;
+}
+
+=item C<refresh>
+
+To be called before a round of questions: makes up for what could not be heard.
+
+=item C<forget>
+
+Drops everything known of the database.
+
+=cut
+
+sub refresh ($self) {
+    return if $self->{listens};
+    $self->{names} = {};
+    $self->{rules} = undef if join("\n", $self->_lines) ne $self->{text};
+    return;
+}
+
+sub forget ($self) {
+    $self->{rules} = undef;
+    $self->{names} = {};
+    return;
+}
+
+=item C<database>, C<rules>, C<compiled>
+
+The database; the rules as they are now; how often they have been compiled.
+
+=cut
+
+sub database ($self) { return $self->{database} }
+
+sub rules ($self) { return $self->{rules} // $self->_compile }
+
+sub compiled ($self) { $self->rules; return $self->{compiled} }
+
+sub _compile ($self) {
+    my @lines = $self->_lines;
+    $self->{text} = join "\n", @lines if !$self->{listens};
+    $self->{compiled}++;
+    return $self->{rules} = VEL::Rules->new(\@lines);
+}
+
+sub _lines ($self) {
+    my @lines;
+    $self->{database}->getObjectVEL('/RULES', \@lines, 1) if $self->{database}->havePath('/RULES');
+    return @lines;
+}
+
+=item C<full_path($path)>
+
+The path from the root, in normal form.
+
+=cut
+
+sub full_path ($self, $path) {
+    my $clean = VEL::Parser::Lite::cleanPath($path);
+    return $clean if $clean =~ m{^/} && index($clean, '..') < 0;
+    my $database = $self->{database};
+    if (!$database->pushPath($path)) {
+        my $full = $database->getCurrentPath;
+        $database->popPath;
+        return $full;
+    }
+    return $clean if $clean =~ m{^/};
+    return VEL::Parser::Lite::cleanPath($database->getCurrentPath . "/$clean");
+}
+
+=item C<split_path($path)>
+
+The path of the parent (C</> for the top level) and the last component.
+
+=cut
+
+sub split_path ($path) {
+    my $slash = rindex $path, '/';
+    return (substr($path, 0, $slash) || '/', substr $path, $slash + 1);
+}
+
+=item C<type_of($path)>
+
+The L<VEL::Rules::Type> of the object at a full path, or C<undef>. The path
+alone tells: nothing need stand there.
+
+=cut
+
+sub type_of ($self, $path) {
+    my $types     = ($self->{rules} // $self->_compile)->{types};
+    my $component = substr $path, rindex($path, '/') + 1;
+    my $colon     = index $component, ':';
+    return $colon < 0 ? $types->{SINGLETON}{$component} : $types->{OBJECT}{ substr $component, 0, $colon };
+}
+
+=item C<variant_at($path, $type)>
+
+The variant of that type (see L<VEL::Rules::Type>) that holds for the object at
+a full path now.
+
+=cut
+
+sub variant_at ($self, $path, $type) {
+    return $type->plain_variant if !@{ $type->{switches} };
+    my $database = $self->{database};
+    return $type->variant(sub ($name) {
+        my $value;
+        $database->getStringValue("$path/$name", \$value);
+        return $value;
+    });
+}
+
+=item C<parameter_at($path)>
+
+The L<VEL::Rules::Parameter> for the parameter at a full path, there or not.
+
+=cut
+
+sub parameter_at ($self, $path) {
+    my $slash = rindex $path, '/';
+    my $owner = substr $path, 0, $slash;
+    my $name  = substr $path, $slash + 1;
+    my $type  = $self->type_of($owner) // return $self->{rules}->general($name);
+    my $variant = $type->{cased}{$name} ? $self->variant_at($owner, $type) : $type->plain_variant;
+    return $variant->{parameters}{$name} // $type->parameter($variant, $name);
+}
+
+=item C<is_expert($path)>
+
+1 when the rule of the object or parameter says so, else 0.
+
+=cut
+
+sub is_expert ($self, $path) {
+    $path = $self->full_path($path);
+    if (index($path, ':', rindex($path, '/')) >= 0 || $self->{database}->isObject($path)) {
+        my $type = $self->type_of($path);
+        return $type && $type->{expert} ? 1 : 0;
+    }
+    return $self->parameter_at($path)->{expert} ? 1 : 0;
+}
+
+=item C<is_editable($path)>
+
+1 when the parameter may be changed now: by its rule, and at validation level 2
+(the solver is running) only when the rule says that it may be changed then. An
+object is not editable.
+
+=cut
+
+sub is_editable ($self, $path) {
+    $path = $self->full_path($path);
+    return 0 if $self->{database}->isObject($path);
+    my $parameter = $self->parameter_at($path);
+    return 0 if !$parameter->{editable};
+    return 1 if $self->{database}->getValidationLevel != 2;
+    return $parameter->{running} ? 1 : 0;
+}
+
+=item C<allowed_parameters($path, $missing_only)>
+
+The names of the parameters that the object may have, in rule order; with a
+true second argument without those that it has. The single entry C<-1> where
+any name may be used.
+
+=cut
+
+sub allowed_parameters ($self, $path, $missing_only) {
+    $path = $self->full_path($path);
+    my $type = $self->type_of($path) // return;
+    return -1 if $type->{free};
+    my $variant = $self->variant_at($path, $type);
+    return @{ $variant->{order} } if !$missing_only;
+    my $database = $self->{database};
+    return grep { !$database->havePath("$path/$_") } @{ $variant->{order} };
+}
+
+=item C<allowed_values($path)>
+
+The values that the parameter may have; none where its rule lists none.
+
+=cut
+
+sub allowed_values ($self, $path) {
+    my $parameter = $self->parameter_at($self->full_path($path));
+    my @values = @{ $parameter->{values} // [] };
+    push @values, $self->object_names($parameter->{objects}) if $parameter->{objects};
+    return @values if @values || $parameter->{type} ne 'Logical';
+    return qw(Yes No);
+}
+
+=item C<object_names($types)>, C<object_name_set($types)>
+
+The names of all objects of these types, library objects included: as a list in
+the order of the data, and as a hash not to be changed.
+
+=cut
+
+sub object_names ($self, $types) {
+    my %seen;
+    return grep { !$seen{$_}++ } map { @{ $self->_names_of($_)->{list} } } @$types;
+}
+
+sub object_name_set ($self, $types) {
+    return $self->_names_of($types->[0])->{set} if @$types == 1;
+    return { map { %{ $self->_names_of($_)->{set} } } @$types };
+}
+
+sub _names_of ($self, $type) {
+    return $self->{names}{$type} //= do {
+        my @paths;
+        $self->{database}->getObjectsByType($type, \@paths);
+        my @names = map { (split_path($_))[1] =~ s/^[^:]*://r } grep { !m{^/RULES/} } @paths;
+        { list => \@names, set => { map { $_ => 1 } @names } };
+    };
+}
+
+=back
+
+=cut
+
+1;

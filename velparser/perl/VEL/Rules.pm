@@ -1,0 +1,223 @@
+package VEL::Rules;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use VEL::Rules::Source;
+use VEL::Rules::Type;
+use VEL::Value qw(split_list);
+
+=head1 NAME
+
+VEL::Rules - the rule libraries, compiled once, and the questions about them
+
+=head1 SYNOPSIS
+
+    $database->getObjectVEL('/RULES', \my @lines, 1);
+    my $rules = VEL::Rules->new(\@lines);
+    print for $rules->faults;
+    my $type = $rules->type('OBJECT', 'BOUNDARY');
+
+=head1 DESCRIPTION
+
+Holds everything under F</RULES> as Perl hashes. It knows types, names and
+values; what stands at a path of the command data is L<VEL::Model>'s matter.
+
+Three types exist even where no library speaks of them, because the program
+itself gives them a meaning: C<LANGUAGE> (the version of the data), C<LIBRARY>
+and its C<EXPRESSIONS>.
+
+=cut
+
+my @BUILT_IN = (
+    'RULES:',
+    'SINGLETON: LANGUAGE', 'Parents = /', 'Optional Parameters = Version', 'END',
+    'SINGLETON: LIBRARY', 'Parents = /', 'Optional Objects = EXPRESSIONS', 'END',
+    'SINGLETON: EXPRESSIONS', 'Parents = LIBRARY', 'Free Parameters = Yes', 'END',
+    'END',
+);
+
+=head1 METHODS
+
+=over
+
+=item C<< VEL::Rules->new($lines) >>
+
+Compiles the lines of F</RULES>; no lines make rules that know no type.
+
+=cut
+
+sub new ($class, $lines) {
+    my $source = VEL::Rules::Source->new($lines);
+    my $self   = bless {
+        source  => $source,
+        version => $source->top->{fields}{'Language Version'},
+        raw     => { OBJECT => {}, SINGLETON => {} },
+        types   => { OBJECT => {}, SINGLETON => {} },
+        general => {},
+        upgrades => [],
+    }, $class;
+    $self->_collect($source->top);
+    $self->{empty} = !%{ $self->{raw}{OBJECT} } && !%{ $self->{raw}{SINGLETON} };
+    $self->_add_built_in if !$self->{empty};
+    $self->_resolve_all;
+    return $self;
+}
+
+=item C<faults>
+
+What is wrong with the rules, a line each.
+
+=cut
+
+sub faults ($self) { return $self->{source}->faults }
+
+=item C<is_empty>
+
+Whether no type is described at all: then nothing is known to be wrong.
+
+=cut
+
+sub is_empty ($self) { return $self->{empty} }
+
+=item C<version>
+
+The language version of the libraries, or C<undef>.
+
+=cut
+
+sub version ($self) { return $self->{version} }
+
+=item C<upgrades>
+
+The blocks of the upgrades, as L<VEL::Rules::Source> has them.
+
+=cut
+
+sub upgrades ($self) { return @{ $self->{upgrades} } }
+
+=item C<type($kind, $type)>
+
+The L<VEL::Rules::Type>, or C<undef>. C<$kind> is C<OBJECT> or C<SINGLETON>.
+
+=cut
+
+sub type ($self, $kind, $type) { return $self->{types}{$kind}{$type} }
+
+=item C<types>
+
+All of them: objects, then singletons, each by name.
+
+=cut
+
+sub types ($self) {
+    return map { my $of = $self->{types}{$_}; map { $of->{$_} } sort keys %$of } qw(OBJECT SINGLETON);
+}
+
+=item C<general($name)>
+
+The L<VEL::Rules::Parameter> that holds for a name everywhere.
+
+=cut
+
+sub general ($self, $name) {
+    return $self->{general_parameters}{$name}
+        //= VEL::Rules::Parameter->new($name, $self->{general}{$name});
+}
+
+=back
+
+=cut
+
+sub _collect ($self, $top) {
+    for my $block (@{ $top->{blocks} }) {
+        if ($block->{kind} eq 'PARAMETER') {
+            $self->{general}{ $block->{name} } = $block->{fields};
+        }
+        elsif ($block->{kind} eq 'UPGRADE') {
+            push @{ $self->{upgrades} }, $block;
+        }
+        else {
+            $self->{raw}{ $block->{kind} }{ $block->{name} } = _raw_rule($block);
+        }
+    }
+    return;
+}
+
+sub _raw_rule ($block) {
+    my %rule = (path => $block->{path}, fields => $block->{fields}, parameters => {}, cases => []);
+    for my $inner (@{ $block->{blocks} }) {
+        if ($inner->{kind} eq 'PARAMETER') {
+            $rule{parameters}{ $inner->{name} } = [ $inner->{fields} ];
+        }
+        else {
+            push @{ $rule{cases} }, { %{ _raw_rule($inner) }, label => $inner->{name} };
+        }
+    }
+    return \%rule;
+}
+
+sub _add_built_in ($self) {
+    for my $block (@{ VEL::Rules::Source->new(\@BUILT_IN)->top->{blocks} }) {
+        $self->{raw}{SINGLETON}{ $block->{name} } //= _raw_rule($block);
+    }
+    return;
+}
+
+sub _resolve_all ($self) {
+    for my $kind (qw(OBJECT SINGLETON)) {
+        for my $type (sort keys %{ $self->{raw}{$kind} }) {
+            my $rule = $self->_inherit($self->{raw}{$kind}{$type}, {});
+            $self->{types}{$kind}{$type}
+                = VEL::Rules::Type->new($kind, $type, $rule, $self->{general});
+        }
+    }
+    return;
+}
+
+# The rule with what it inherits. $passed are the paths on the way here.
+sub _inherit ($self, $rule, $passed) {
+    my $from = $rule->{fields}{'Inherits'} // return $rule;
+    my ($kind, $type) = $from =~ /^(\w+)\s*:\s*(.*?)\s*$/;
+    my $base = $self->{raw}{$kind}{$type};
+    my $at   = "$rule->{path}/Inherits";
+    $passed = { %$passed, $rule->{path} => 1 };
+    if (!$base || $passed->{ $base->{path} }) {
+        delete $rule->{fields}{'Inherits'};
+        $self->{source}->fault($at, $base ? "inherits itself through $from" : "there is no rule $from");
+        return $rule;
+    }
+    return _combine($self->_inherit($base, $passed), $rule);
+}
+
+sub _combine ($base, $rule) {
+    my %fields = (%{ $base->{fields} }, %{ $rule->{fields} });
+    delete $fields{'Inherits'};
+    return {
+        path       => $rule->{path},
+        label      => $rule->{label},
+        fields     => \%fields,
+        parameters => _combine_parameters($base->{parameters}, $rule->{parameters}),
+        cases      => _combine_cases($base->{cases}, $rule->{cases}),
+    };
+}
+
+sub _combine_parameters ($base, $own) {
+    my %both = %$base;
+    $both{$_} = [ @{ $both{$_} // [] }, @{ $own->{$_} } ] for keys %$own;
+    return \%both;
+}
+
+# A case that both have, by its label, is one case.
+sub _combine_cases ($base, $own) {
+    my %own = map { $_->{label} => $_ } @$own;
+    my @cases;
+    for my $case (@$base) {
+        my $again = delete $own{ $case->{label} };
+        push @cases, $again ? _combine($case, $again) : $case;
+    }
+    return [ @cases, grep { $own{ $_->{label} } } @$own ];
+}
+
+1;

@@ -1,0 +1,227 @@
+package VEL::Rules::Parameter;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use VEL::Expression;
+use VEL::Suggest qw(nearest);
+use VEL::Units;
+use VEL::Value qw(split_list logical is_integer quantity);
+
+=head1 NAME
+
+VEL::Rules::Parameter - what the rules say of one parameter in one place
+
+=head1 DESCRIPTION
+
+Made by L<VEL::Rules::Type> from every rule that touches the parameter there.
+The elements may be read directly:
+
+    name         of the parameter
+    ruled        1 when any rule speaks of it
+    type         String, Integer, Real or Logical
+    list         1 when the value is a list of these
+    values       allowed values in rule order, or undef
+    objects      types of which the value names an object, or undef
+    units, lower, upper, default    texts as written, or undef
+    exclusive    1 when the bounds themselves are not allowed
+    minimum, maximum                entries of a list, or undef
+    editable, running, expert, expressions    1 or 0
+    description, help               texts, or undef
+    anything     1 when no value can be wrong
+
+=cut
+
+=head1 METHODS
+
+=over
+
+=item C<< VEL::Rules::Parameter->new($name, @rules) >>
+
+Merges the fields of the rules, a later one overriding the earlier field by
+field. Undefined rules are passed over.
+
+=cut
+
+sub new ($class, $name, @rules) {
+    my %field = map { %$_ } grep { defined } @rules;
+    my ($type, $list) = ($field{'Type'} // 'String') =~ /^(\w+)( List)?$/;
+    my $self = bless {
+        name        => $name,
+        ruled       => (grep { defined } @rules) ? 1 : 0,
+        type        => $type,
+        list        => $list ? 1 : 0,
+        values      => _list($field{'Allowed Values'}),
+        objects     => _list($field{'Allowed Objects'}),
+        units       => $field{'Units'},
+        lower       => $field{'Lower Bound'},
+        upper       => $field{'Upper Bound'},
+        exclusive   => _yes($field{'Bounds Exclusive'}, 0),
+        minimum     => $field{'Minimum Entries'},
+        maximum     => $field{'Maximum Entries'},
+        default     => $field{'Default'},
+        editable    => _yes($field{'Editable'}, 1),
+        running     => _yes($field{'Editable While Running'}, 0),
+        expert      => _yes($field{'Expert'}, 0),
+        expressions => _yes($field{'Expressions'}, 1),
+        description => $field{'Description'},
+        help        => $field{'Help Topic'},
+    }, $class;
+    $self->{allowed} = { map { $_ => 1 } @{ $self->{values} } } if $self->{values};
+    $self->{anything} = $type eq 'String' && !$list && !$self->{values} && !$self->{objects} ? 1 : 0;
+    return $self;
+}
+
+sub _list ($text) { return defined $text ? [ split_list($text) ] : undef }
+
+sub _yes ($text, $silent) { return defined $text ? logical($text) // $silent : $silent }
+
+=item C<problems($text, $asker)>
+
+What is wrong with a value: a list of C<[identifier, sentence]>. The asker is a
+hash of
+
+    units, bounds    whether these are checked
+    objects          sub (types): hash of the names of the objects there are
+    expressions      sub (): hash of the names that expressions may use
+    used             array onto which names of objects and expressions are
+                     pushed that the value rests on
+
+=cut
+
+sub problems ($self, $text, $asker) {
+    return if $self->{anything};
+    return $self->_entry_problems($text, $asker) if !$self->{list};
+    my @entries = split_list($text);
+    return ($self->_count_problems(scalar @entries),
+        map { $self->_entry_problems($_, $asker) } @entries);
+}
+
+sub _count_problems ($self, $count) {
+    my $given = $count == 1 ? '1 entry is given' : "$count entries are given";
+    return [ 'too-few-entries', "$given, at least $self->{minimum} must be" ]
+        if defined $self->{minimum} && $count < $self->{minimum};
+    return [ 'too-many-entries', "$given, at most $self->{maximum} may be" ]
+        if defined $self->{maximum} && $count > $self->{maximum};
+    return;
+}
+
+sub _entry_problems ($self, $text, $asker) {
+    return if $self->{allowed} && $self->{allowed}{$text};
+    return $self->_object_problems($text, $asker) if $self->{objects};
+    return [ 'not-allowed', qq("$text" is not allowed here) . _instead($text, @{ $self->{values} }) ]
+        if $self->{values};
+    return if $self->{type} eq 'String';
+    return $self->_logical_problems($text) if $self->{type} eq 'Logical';
+    return $self->_number_problems($text, $asker);
+}
+
+sub _instead ($text, @known) {
+    my $nearest = nearest($text, @known);
+    return "; did you mean $nearest?" if defined $nearest;
+    return '; nothing is' if !@known;
+    my @shown = @known > 12 ? (@known[ 0 .. 11 ], '...') : @known;
+    return '; allowed ' . (@known > 1 ? 'are ' : 'is ') . join ', ', @shown;
+}
+
+sub _object_problems ($self, $text, $asker) {
+    my $names = $asker->{objects}->($self->{objects});
+    if ($names->{$text}) {
+        push @{ $asker->{used} }, $text if $asker->{used};
+        return;
+    }
+    my $nearest = nearest($text, sort keys %$names);
+    my $types   = join ' or ', @{ $self->{objects} };
+    return [ 'no-such-object', qq(there is no $types named "$text")
+            . (defined $nearest ? "; did you mean $nearest?" : "; give the name of an existing one") ];
+}
+
+sub _logical_problems ($self, $text) {
+    return if defined logical($text);
+    return [ 'wrong-type', qq("$text" is neither Yes nor No) ];
+}
+
+sub _number_problems ($self, $text, $asker) {
+    my ($number, $unit) = quantity($text);
+    return $self->_text_problems($text, $asker) if !defined $number;
+    return [ 'wrong-type', qq("$text" is not a whole number such as 10) ]
+        if $self->{type} eq 'Integer' && !is_integer($number);
+    if ($asker->{units}) {
+        my @problems = $self->_unit_problems($text, $number, $unit);
+        return @problems if @problems;
+    }
+    return $asker->{bounds} ? $self->_bound_problems($text, $number, $unit) : ();
+}
+
+# Something that is not a plain number: an expression, or plain text.
+sub _text_problems ($self, $text, $asker) {
+    my $wanted = $self->{type} eq 'Integer' ? 'a whole number such as 10' : 'a number';
+    return [ 'wrong-type', qq("$text" is not $wanted) ] if $self->{type} eq 'Integer';
+    my $known = $asker->{expressions}->();
+    if ($self->{expressions} && VEL::Expression::is_name($text) && $known->{$text}) {
+        push @{ $asker->{used} }, $text if $asker->{used};
+        return;
+    }
+    if (!VEL::Expression::looks_like_one($text)) {
+        my $hint = $text =~ /^[0-9]+,[0-9]+$/ ? '; the decimal sign is a point'
+            : $self->{units} && $self->{units} ne '1' ? " such as 1 [$self->{units}]" : '';
+        return [ 'wrong-type', qq("$text" is not $wanted$hint) ];
+    }
+    return [ 'bad-expression', qq("$text" is an expression; a plain number must be given here) ]
+        if !$self->{expressions};
+    my $fault = VEL::Expression::fault($text, $known, $asker->{used});
+    return defined $fault ? [ 'bad-expression', qq("$text" $fault) ] : ();
+}
+
+sub _unit_problems ($self, $text, $number, $unit) {
+    my $units = $self->{units};
+    return [ 'wrong-unit', qq("$text" has a bracket that does not close) ] if ref $unit;
+    if (!defined $units) {
+        return if !defined $unit;
+        return [ 'wrong-unit', qq("$text" carries a unit, but this is a plain number; write $number) ];
+    }
+    if (!defined $unit) {
+        return if $units eq '1';
+        return [ 'missing-unit', "$number has no unit; write it as $number [$units]" ];
+    }
+    return if VEL::Units::is_convertible($unit, $units);
+    return [ 'wrong-unit', "$text is in a unit that does not exist; a unit such as [$units] is needed" ]
+        if !VEL::Units::exists_unit($unit);
+    return [ 'wrong-unit', "$text is in a unit of something else; a unit such as [$units] is needed" ];
+}
+
+sub _bound_problems ($self, $text, $number, $unit) {
+    return if !defined $self->{lower} && !defined $self->{upper};
+    return if ref $unit;
+    my $units = $self->{units} // '1';
+    my $value = _in_units($number, $unit, $units) // return;
+    for my $side ([ lower => 'below', 'greater', -1 ], [ upper => 'above', 'less', 1 ]) {
+        my ($name, $where, $than, $sign) = @$side;
+        next if !defined $self->{$name};
+        my $bound = $self->{"${name}_value"} //= _in_units(quantity($self->{$name}), $units) // next;
+        my $side_of_bound = _compare($value, $bound);
+        return [ "$where-bound", "$text is $where the $name bound $self->{$name}" ]
+            if $side_of_bound == $sign;
+        return [ "$where-bound", "$text must be $than than the $name bound $self->{$name}" ]
+            if $self->{exclusive} && $side_of_bound == 0;
+    }
+    return;
+}
+
+# Equal within what the conversion of a unit may cost.
+sub _compare ($value, $bound) {
+    my $size = abs($value) > abs($bound) ? abs($value) : abs($bound);
+    return abs($value - $bound) <= 1e-12 * $size ? 0 : $value <=> $bound;
+}
+
+sub _in_units ($number, $unit, $units) {
+    return 0 + $number if !defined $unit || $unit eq $units;
+    return VEL::Units::convert($number, $unit, $units);
+}
+
+=back
+
+=cut
+
+1;

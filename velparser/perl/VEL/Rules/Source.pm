@@ -1,0 +1,276 @@
+package VEL::Rules::Source;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use VEL::Suggest qw(nearest);
+use VEL::Units;
+use VEL::Value qw(split_list logical is_integer quantity);
+
+=head1 NAME
+
+VEL::Rules::Source - the text of the rules as nested blocks, its faults taken out
+
+=head1 DESCRIPTION
+
+A block is a hash:
+
+    kind    OBJECT, SINGLETON, PARAMETER, CASE, UPGRADE, STEP; RULES on top
+    name    what stands behind the colon; undef on top
+    path    its place in the command data, for messages
+    fields  name => text, as written
+    blocks  the blocks inside, in order
+
+What a rule author got wrong is described in C<faults> and left out of the
+blocks, so that everything else works.
+
+=cut
+
+my @LISTS = ('Required Parameters', 'Optional Parameters', 'Required Objects', 'Optional Objects');
+
+# The fields of each kind of block, and how their texts are read.
+my %FIELDS = (
+    RULES  => { 'Language Version' => 'version', 'Description' => 'text' },
+    OBJECT => {
+        'Description' => 'text', 'Help Topic' => 'text', 'Inherits' => 'rule',
+        'Parents' => 'places', 'Free Parameters' => 'logical', 'Maximum Count' => 'count',
+        'Expert' => 'logical', 'Output Ordering Priority' => 'integer',
+        'Required Parameters' => 'text', 'Optional Parameters' => 'text',
+        'Required Objects' => 'types', 'Optional Objects' => 'types',
+    },
+    CASE => {
+        'Description' => 'text', 'If Parameter' => 'text', 'Is One Of' => 'text',
+        'Required Parameters' => 'text', 'Optional Parameters' => 'text',
+        'Required Objects' => 'types', 'Optional Objects' => 'types',
+    },
+    PARAMETER => {
+        'Description' => 'text', 'Help Topic' => 'text', 'Type' => 'type',
+        'Allowed Values' => 'text', 'Allowed Objects' => 'types', 'Units' => 'unit',
+        'Lower Bound' => 'quantity', 'Upper Bound' => 'quantity',
+        'Bounds Exclusive' => 'logical', 'Minimum Entries' => 'count',
+        'Maximum Entries' => 'count', 'Default' => 'text', 'Editable' => 'logical',
+        'Editable While Running' => 'logical', 'Expert' => 'logical',
+        'Expressions' => 'logical', 'Output Ordering Priority' => 'integer',
+    },
+    UPGRADE => { 'Description' => 'text' },
+    STEP    => {
+        'Description' => 'text', 'Action' => 'action', 'Object Type' => 'text',
+        'Parameter' => 'text', 'New Name' => 'text', 'Old Value' => 'text',
+        'New Value' => 'text', 'To Object' => 'text',
+    },
+);
+$FIELDS{SINGLETON} = $FIELDS{OBJECT};
+
+# What may stand in what.
+my %BLOCKS = (
+    RULES     => { map { $_ => 1 } qw(OBJECT SINGLETON PARAMETER UPGRADE) },
+    OBJECT    => { map { $_ => 1 } qw(PARAMETER CASE) },
+    SINGLETON => { map { $_ => 1 } qw(PARAMETER CASE) },
+    CASE      => { PARAMETER => 1 },
+    UPGRADE   => { STEP      => 1 },
+);
+
+# What a step must state for its action.
+our %ACTIONS = (
+    'Rename Parameter'   => [ 'Object Type', 'Parameter', 'New Name' ],
+    'Remove Parameter'   => [ 'Object Type', 'Parameter' ],
+    'Add Parameter'      => [ 'Object Type', 'Parameter', 'New Value' ],
+    'Change Value'       => [ 'Object Type', 'Parameter', 'New Value' ],
+    'Rename Object Type' => [ 'Object Type', 'New Name' ],
+    'Remove Object'      => ['Object Type'],
+    'Move Parameter'     => [ 'Object Type', 'Parameter', 'To Object' ],
+);
+
+our @TYPES = map { ($_, "$_ List") } qw(String Integer Real Logical);
+my %TYPE = map { $_ => 1 } @TYPES;
+
+=head1 METHODS
+
+=over
+
+=item C<< VEL::Rules::Source->new($lines) >>
+
+Reads the lines of F</RULES> as the database writes them (C<getObjectVEL>):
+one statement a line, none wrapped.
+
+=cut
+
+sub new ($class, $lines) {
+    my $self = bless { faults => [] }, $class;
+    $self->{top} = _read($lines);
+    $self->{types} = {
+        map { $_->{name} => 1 } grep { $_->{kind} =~ /^(?:OBJECT|SINGLETON)$/ } @{ $self->{top}{blocks} }
+    };
+    $self->_check($self->{top});
+    return $self;
+}
+
+=item C<top>, C<faults>
+
+The outermost block; the faults, one line each with path and identifier.
+
+=cut
+
+sub top    ($self) { return $self->{top} }
+sub faults ($self) { return @{ $self->{faults} } }
+
+=item C<fault($path, $sentence)>
+
+Notes a fault found by a later stage.
+
+=cut
+
+sub fault ($self, $path, $sentence) {
+    push @{ $self->{faults} }, "$path: $sentence [bad-rule]";
+    return;
+}
+
+=back
+
+=cut
+
+sub _block ($kind, $name, $path) {
+    return { kind => $kind, name => $name, path => $path, fields => {}, blocks => [] };
+}
+
+sub _read ($lines) {
+    my $top  = _block('RULES', undef, '/RULES');
+    my @open = ($top);
+    for my $line (@$lines[ 1 .. $#$lines ]) {
+        if ($line =~ /^\s*([^=]*?) =(?: (.*))?$/) {
+            $open[-1]{fields}{$1} = $2 // '';
+        }
+        elsif ($line =~ /^\s*([^:]+):(?: (.*))?$/) {
+            my ($kind, $name) = ($1, $2);
+            my $component = defined $name ? "$kind:$name" : $kind;
+            my $block = _block($kind, $name, "$open[-1]{path}/$component");
+            push @{ $open[-1]{blocks} }, $block;
+            push @open, $block;
+        }
+        elsif (@open > 1) {
+            pop @open;
+        }
+    }
+    return $top;
+}
+
+sub _check ($self, $block) {
+    $self->_check_fields($block);
+    my @kept;
+    for my $inner (@{ $block->{blocks} }) {
+        if (!$BLOCKS{ $block->{kind} }{ $inner->{kind} }) {
+            $self->fault($inner->{path}, "$inner->{kind} is no rule that may stand here");
+        }
+        elsif (!defined $inner->{name}) {
+            $self->fault($inner->{path}, "$inner->{kind} needs a name behind the colon");
+        }
+        else {
+            $self->_check($inner);
+            push @kept, $inner if $self->_is_whole($inner);
+        }
+    }
+    $block->{blocks} = \@kept;
+    return;
+}
+
+sub _check_fields ($self, $block) {
+    my $known = $FIELDS{ $block->{kind} };
+    for my $field (sort keys %{ $block->{fields} }) {
+        my $form = $known->{$field};
+        if (!defined $form) {
+            my $near = nearest($field, sort keys %$known);
+            $self->fault("$block->{path}/$field", qq("$field" is no field of this rule)
+                . (defined $near ? "; did you mean $near?" : ''));
+            delete $block->{fields}{$field};
+            next;
+        }
+        my $check = $self->can("_field_$form");
+        my $fault = $self->$check(\$block->{fields}{$field});
+        next if !defined $fault;
+        $self->fault("$block->{path}/$field", $fault);
+        delete $block->{fields}{$field}
+            if $form !~ /^(?:types|places)$/ || $block->{fields}{$field} eq '';
+    }
+    return;
+}
+
+# A block that lacks what it cannot work without is left out.
+sub _is_whole ($self, $block) {
+    my $fields = $block->{fields};
+    my @needed = $block->{kind} eq 'CASE' ? ('If Parameter', 'Is One Of')
+        : $block->{kind} eq 'STEP' ? ('Action', @{ $ACTIONS{ $fields->{Action} // '' } // [] })
+        : ();
+    my @missing = grep { !defined $fields->{$_} } @needed;
+    $self->fault($block->{path}, 'states no "' . join('" and no "', @missing) . '"') if @missing;
+    if ($block->{kind} eq 'UPGRADE' && $block->{name} !~ /^Version\s+[0-9]+(?:\.[0-9]+)*$/) {
+        $self->fault($block->{path}, 'must be named "Version" and a number, such as Version 5.7');
+        return 0;
+    }
+    return !@missing;
+}
+
+# Each of these takes a reference to the text of a field and gives a sentence
+# about it, or undef. Lists of types lose what is wrong in them.
+
+sub _field_text ($self, $text) { return undef }
+
+sub _field_logical ($self, $text) {
+    return defined logical($$text) ? undef : qq("$$text" is neither Yes nor No);
+}
+
+sub _field_integer ($self, $text) {
+    return is_integer($$text) ? undef : qq("$$text" is not a whole number);
+}
+
+sub _field_count ($self, $text) {
+    return is_integer($$text) && $$text >= 0 ? undef : qq("$$text" is not a count);
+}
+
+sub _field_version ($self, $text) {
+    return $$text =~ /^[0-9]+(?:\.[0-9]+)*$/ ? undef : qq("$$text" is not a version such as 5.7);
+}
+
+sub _field_type ($self, $text) {
+    return $TYPE{$$text} ? undef
+        : qq("$$text" is no type; the types are ) . join(', ', @TYPES);
+}
+
+sub _field_action ($self, $text) {
+    return $ACTIONS{$$text} ? undef
+        : qq("$$text" is no action; the actions are ) . join(', ', sort keys %ACTIONS);
+}
+
+sub _field_rule ($self, $text) {
+    return $$text =~ /^(?:OBJECT|SINGLETON)\s*:\s*\S/ ? undef
+        : qq("$$text" names no rule; write it as OBJECT:TYPE);
+}
+
+sub _field_unit ($self, $text) {
+    return qq("$$text" is written without brackets here) if $$text =~ /[\[\]]/;
+    return VEL::Units::load() || VEL::Units::exists_unit($$text) ? undef : qq("$$text" is no unit);
+}
+
+sub _field_quantity ($self, $text) {
+    my ($number, $unit) = quantity($$text);
+    return qq("$$text" is not a number with a unit) if !defined $number || ref $unit;
+    return defined $unit ? $self->_field_unit(\$unit) : undef;
+}
+
+sub _field_types ($self, $text) { return $self->_known_types($text, {}) }
+
+sub _field_places ($self, $text) { return $self->_known_types($text, { '/' => 1 }) }
+
+sub _known_types ($self, $text, $also) {
+    my (@known, @unknown);
+    for my $type (split_list($$text)) {
+        push @{ $self->{types}{$type} || $also->{$type} || _is_built_in($type) ? \@known : \@unknown },
+            $type;
+    }
+    $$text = join ', ', @known;
+    return @unknown ? join(', ', map { qq("$_") } @unknown) . ': no rule describes this type' : undef;
+}
+
+sub _is_built_in ($type) { return $type =~ /^(?:LANGUAGE|LIBRARY|EXPRESSIONS)$/ }
+
+1;

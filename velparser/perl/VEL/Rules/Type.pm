@@ -1,0 +1,203 @@
+package VEL::Rules::Type;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use VEL::Rules::Parameter;
+use VEL::Value qw(split_list logical);
+
+=head1 NAME
+
+VEL::Rules::Type - what the rules say of one type of object, inheritance resolved
+
+=head1 DESCRIPTION
+
+The elements may be read directly:
+
+    kind, type      OBJECT or SINGLETON, and the type word
+    parents         hash of the types it may stand in ("/": top level), or undef
+    maximum         how many one parent may hold, or undef
+    expert, free    1 or 0
+    description, help    texts, or undef
+    required, optional, required_objects, optional_objects    lists of names
+    cases           what is added by values of its parameters, in rule order
+    switches        the parameters that the cases look at
+    cased           hash of the parameters on which some case has a rule
+
+What holds for one object of the type depends on its cases. All objects for
+which the same cases hold share one I<variant>, a hash:
+
+    type              the VEL::Rules::Type
+    order             names of its parameters: required, optional, by case
+    allowed           hash of these
+    required          names of those that must be there
+    required_objects  types that must be there
+    objects           hash of the types that its lists allow
+    cases             the cases that hold
+
+=cut
+
+my %LIST = (
+    required         => 'Required Parameters',
+    optional         => 'Optional Parameters',
+    required_objects => 'Required Objects',
+    optional_objects => 'Optional Objects',
+);
+
+=head1 METHODS
+
+=over
+
+=item C<< VEL::Rules::Type->new($kind, $type, $rule, $general) >>
+
+C<$rule> is a hash of C<fields>, C<parameters> (name => list of field sets) and
+C<cases> (a list of the same with C<label>); C<$general> the rules that hold for
+parameters everywhere, by name.
+
+=cut
+
+sub new ($class, $kind, $type, $rule, $general) {
+    my $field = $rule->{fields};
+    my $self  = bless {
+        kind        => $kind,
+        type        => $type,
+        maximum     => $field->{'Maximum Count'},
+        expert      => logical($field->{'Expert'})          ? 1 : 0,
+        free        => logical($field->{'Free Parameters'}) ? 1 : 0,
+        description => $field->{'Description'},
+        help        => $field->{'Help Topic'},
+        own         => $rule->{parameters},
+        general     => $general,
+        variants    => {},
+        _lists($field),
+    }, $class;
+    $self->{parents} = { map { $_ => 1 } split_list($field->{'Parents'}) }
+        if defined $field->{'Parents'};
+    $self->{cases} = [ map { _case($_) } @{ $rule->{cases} } ];
+    $self->_index_switches;
+    return $self;
+}
+
+sub _lists ($field) {
+    return map { $_ => [ split_list($field->{ $LIST{$_} }) ] } sort keys %LIST;
+}
+
+sub _case ($rule) {
+    return {
+        label     => $rule->{label},
+        parameter => $rule->{fields}{'If Parameter'},
+        values    => [ split_list($rule->{fields}{'Is One Of'}) ],
+        own       => $rule->{parameters},
+        _lists($rule->{fields}),
+    };
+}
+
+# For each switch and value the numbers of the cases that hold, so that the
+# cases of an object cost one look-up a switch.
+sub _index_switches ($self) {
+    my (@switches, %cases_of, %cased);
+    for my $number (0 .. $#{ $self->{cases} }) {
+        my $case   = $self->{cases}[$number];
+        my $switch = $case->{parameter};
+        push @switches, $switch if !$cases_of{$switch};
+        push @{ $cases_of{$switch}{ $self->_switch_value($switch, $_) } }, $number
+            for @{ $case->{values} };
+        $cased{$_} = 1 for keys %{ $case->{own} };
+    }
+    @$self{qw(switches cases_of cased)} = (\@switches, \%cases_of, \%cased);
+    return;
+}
+
+# Logicals are compared by what they say, all others exactly.
+sub _switch_value ($self, $switch, $text) {
+    $self->{logical}{$switch} //= $self->_merge($switch)->{type} eq 'Logical' ? 1 : 0;
+    return $text if !$self->{logical}{$switch};
+    return logical($text) // $text;
+}
+
+=item C<plain_variant>
+
+The variant for which no case holds.
+
+=cut
+
+sub plain_variant ($self) { return $self->{plain} //= $self->_variant('') }
+
+=item C<variant($value_of)>
+
+The variant for an object whose parameters C<$value_of> tells: a sub that gives
+the text of a parameter by name, or C<undef>.
+
+=cut
+
+sub variant ($self, $value_of) {
+    return $self->{plain} // $self->plain_variant if !@{ $self->{switches} };
+    my @numbers;
+    for my $switch (@{ $self->{switches} }) {
+        my $value = $value_of->($switch) // next;
+        my $cases = $self->{cases_of}{$switch}{ $self->_switch_value($switch, $value) } // next;
+        push @numbers, @$cases;
+    }
+    my $signature = @numbers > 1 ? join ',', sort { $a <=> $b } @numbers : $numbers[0] // '';
+    return $self->{variants}{$signature} //= $self->_variant($signature);
+}
+
+sub _variant ($self, $signature) {
+    my @cases = @{ $self->{cases} }[ split /,/, $signature ];
+    my @parts = ($self, @cases);
+    my (%allowed, %objects);
+    my @order = grep { !$allowed{$_}++ } map { @{ $_->{required} }, @{ $_->{optional} } } @parts;
+    $objects{$_} = 1 for map { @{ $_->{required_objects} }, @{ $_->{optional_objects} } } @parts;
+    return {
+        type             => $self,
+        order            => \@order,
+        allowed          => \%allowed,
+        required         => _once(map { @{ $_->{required} } } @parts),
+        required_objects => _once(map { @{ $_->{required_objects} } } @parts),
+        objects          => \%objects,
+        cases            => \@cases,
+        parameters       => {},
+    };
+}
+
+sub _once (@names) {
+    my %seen;
+    return [ grep { !$seen{$_}++ } @names ];
+}
+
+=item C<parameter($variant, $name)>
+
+The L<VEL::Rules::Parameter> for a parameter of an object, known to its lists
+or not.
+
+=cut
+
+sub parameter ($self, $variant, $name) {
+    return $variant->{parameters}{$name} //= $self->_merge($name, @{ $variant->{cases} });
+}
+
+sub _merge ($self, $name, @cases) {
+    return VEL::Rules::Parameter->new($name, $self->{general}{$name},
+        map { @{ $_->{own}{$name} // [] } } $self, @cases);
+}
+
+=item C<cases_with($list, $name)>
+
+The cases, holding or not, whose list (C<required>, C<optional>,
+C<required_objects> or C<optional_objects>, or several) names C<$name>.
+
+=cut
+
+sub cases_with ($self, $lists, $name) {
+    return grep {
+        my $case = $_;
+        grep { $_ eq $name } map { @{ $case->{$_} } } @$lists
+    } @{ $self->{cases} };
+}
+
+=back
+
+=cut
+
+1;

@@ -1,0 +1,69 @@
+package VEL::Suggest;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use Exporter 'import';
+use List::Util qw(min max);
+
+our @EXPORT_OK = qw(nearest);
+
+=head1 NAME
+
+VEL::Suggest - "did you mean": the known word that a mistyped one stands for
+
+=head1 FUNCTIONS
+
+=over
+
+=item C<nearest($word, @known)>
+
+The known word nearest to C<$word>, or C<undef> when none is near enough: one
+slip (a letter too many, missing, wrong, or two swapped) for every three
+letters, at least one. Letter case counts for less than a slip, so a word that
+differs in case alone is always found. Of equals the first is taken.
+
+=cut
+
+sub nearest ($word, @known) {
+    my $folded = lc $word;
+    my $limit  = max(1, int(length($word) / 3));
+    my ($best, $least);
+    for my $candidate (@known) {
+        next if abs(length($candidate) - length $word) > $limit;
+        my $slips = lc $candidate eq $folded ? 0 : _slips($folded, lc $candidate, $limit);
+        next if $slips > $limit || (defined $least && $slips >= $least);
+        ($best, $least) = ($candidate, $slips);
+        last if $slips == 0;
+    }
+    return $best;
+}
+
+# Edit distance with swaps of neighbours, by rows; any number above $limit
+# where the distance is certain to exceed it.
+sub _slips ($from, $to, $limit) {
+    my @from = split //, $from;
+    my @to   = split //, $to;
+    my (@before, @above);
+    my @row = (0 .. @to);
+    for my $i (1 .. @from) {
+        @before = @above;
+        @above  = @row;
+        @row    = ($i);
+        for my $j (1 .. @to) {
+            my $cost = $from[$i - 1] eq $to[$j - 1] ? 0 : 1;
+            $row[$j] = min($above[$j] + 1, $row[$j - 1] + 1, $above[$j - 1] + $cost);
+            $row[$j] = min($row[$j], $before[$j - 2] + 1)
+                if $i > 1 && $j > 1 && $from[$i - 1] eq $to[$j - 2] && $from[$i - 2] eq $to[$j - 1];
+        }
+        return $limit + 1 if min(@row) > $limit;
+    }
+    return $row[-1];
+}
+
+=back
+
+=cut
+
+1;

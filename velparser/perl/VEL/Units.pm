@@ -1,0 +1,195 @@
+package VEL::Units;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use POSIX ();
+
+=head1 NAME
+
+VEL::Units - units of quantities: which there are, which go together, how they convert
+
+=head1 DESCRIPTION
+
+The knowledge of units is udunits2's, reached through L<FFI::Platypus>; how a
+unit is written is laid down here, more strictly than that library would:
+
+    unit   := "1" | "%" | factor { " " factor } [ "/" factor ]
+    factor := name [ "^" integer ]
+
+so C<kg m^-3>, C<W m^-2 K^-1>, C<m/s>, and not C<kg/m3>, C<m s-1>, C<2 m>. A
+name takes one prefix at most, a symbol before a symbol (C<km>) or a word before
+a word (C<kilometer>).
+
+C<C> and C<F> mean degrees Celsius and Fahrenheit: alone a temperature, in a
+product a difference of temperatures. Angles count as a quantity of their own:
+C<rad s^-1> and C<Hz> do not go together, nor do C<degree> and C<%>.
+
+The unit system is loaded when it is first needed. Both it and the module that
+reaches it want the decimal point, whatever the locale, and say things on
+standard error while they load that mean nothing to a user.
+
+=cut
+
+# How names here are called over there: alone, and within a product.
+my %ALONE = (C => 'degC', F => 'degF', '%' => 'percent', rev => 'turn', deg => 'degree');
+my %WITHIN = (C => 'K', F => 'degR', degC => 'K', degF => 'degR', rev => 'turn', deg => 'degree');
+
+# Units that hold an angle.
+my %ANGLE = map { $_ => 1 }
+    qw(rad radian radians deg degree degrees rev turn turns revolution revolutions rpm);
+
+# Names that take prefixes as symbols do.
+my %TAKES_SYMBOL = map { $_ => 1 } qw(bar cal);
+
+my $SYMBOL_PREFIX = qr/da|[YZEPTGMkhdcmunpfazy]/;
+my $WORD_PREFIX   = qr/yotta|zetta|exa|peta|tera|giga|mega|kilo|hecto|deka|deci|centi|milli
+    |micro|nano|pico|femto|atto|zepto|yocto/x;
+
+my $FACTOR = qr/[A-Za-z_]+(?:\^[+-]?[1-9])?/;
+my $UNIT   = qr{1|%|$FACTOR(?: $FACTOR)*(?:/$FACTOR)?};
+
+# The functions of the unit system by name, what they take and what they give.
+my @FUNCTIONS = (
+    [ ut_set_error_message_handler => ['opaque'],                       'opaque' ],
+    [ ut_read_xml                  => ['string'],                       'opaque' ],
+    [ ut_parse                     => [ 'opaque', 'string', 'int' ],    'opaque' ],
+    [ ut_get_unit_by_symbol        => [ 'opaque', 'string' ],           'opaque' ],
+    [ ut_get_unit_by_name          => [ 'opaque', 'string' ],           'opaque' ],
+    [ ut_are_convertible           => [ 'opaque', 'opaque' ],           'int' ],
+    [ ut_get_converter             => [ 'opaque', 'opaque' ],           'opaque' ],
+    [ cv_convert_double            => [ 'opaque', 'double' ],           'double' ],
+);
+
+my ($system, $failure);
+my (%units, %converters);
+
+=head1 FUNCTIONS
+
+=over
+
+=item C<load>
+
+Loads the unit system. Returns nothing, or why it cannot be had.
+
+=cut
+
+sub load () {
+    return '' if $system;
+    return $failure if defined $failure;
+    my $locale = POSIX::setlocale(POSIX::LC_NUMERIC());
+    POSIX::setlocale(POSIX::LC_NUMERIC(), 'C');
+    my $loaded = eval { _load() };
+    my $error  = $@;
+    POSIX::setlocale(POSIX::LC_NUMERIC(), $locale);
+    return '' if $loaded;
+    $error =~ s/\s+at \S+ line \d+\.?\s*\z//;
+    return $failure = "The unit system cannot be loaded: $error";
+}
+
+sub _load () {
+    {
+        local $SIG{__WARN__} = sub ($text) { warn $text if $text !~ /used only once/ };
+        require FFI::Platypus;
+        require FFI::CheckLib;
+    }
+    my $ffi = FFI::Platypus->new(api => 1);
+    $ffi->lib(_library());
+    $ffi->attach($_->[0] => $_->[1] => $_->[2]) for @FUNCTIONS;
+    ut_set_error_message_handler($ffi->find_symbol('ut_ignore'));
+    $system = ut_read_xml(undef) or die "its table of units cannot be read\n";
+    return 1;
+}
+
+# The name without version comes with the development package only.
+sub _library () {
+    my ($file) = FFI::CheckLib::find_lib(lib => 'udunits2');
+    return $file // 'libudunits2.so.0';
+}
+
+=item C<exists_unit($text)>
+
+Whether the text is a unit, and written as one.
+
+=cut
+
+sub exists_unit ($text) { return _unit($text) ? 1 : 0 }
+
+# The unit system's unit, 0 where there is none. Units live as long as the
+# process: there are few.
+sub _unit ($text) {
+    return $units{$text} //= _parse($text) // 0;
+}
+
+sub _parse ($text) {
+    return undef if load() || $text !~ /^$UNIT$/;
+    return ut_parse($system, $ALONE{$text}, 0) if $ALONE{$text};
+    my $within = $text =~ /[ ^\/]/;
+    my @names  = $text =~ /[A-Za-z_]+/g;
+    return undef if grep { !_is_name($WITHIN{$_} // $_) } @names;
+    my $theirs = $within ? $text =~ s/([A-Za-z_]+)/$WITHIN{$1} \/\/ $1/ger : $text;
+    return ut_parse($system, $theirs, 0);
+}
+
+# The unit system would take any number of prefixes, and any letter case.
+sub _is_name ($name) {
+    return 1 if ut_get_unit_by_symbol($system, $name);
+    return 1 if $name =~ /[a-z]/ && ut_get_unit_by_name($system, $name);
+    return 1 if $name =~ /^$SYMBOL_PREFIX(.+)$/
+        && ($TAKES_SYMBOL{$1} || ut_get_unit_by_symbol($system, $1));
+    return 1 if $name =~ /^$WORD_PREFIX(.+)$/ && ut_get_unit_by_name($system, $1);
+    return 0;
+}
+
+# What udunits leaves out of account: the power of angles, and whether the unit
+# is a plain number.
+sub _family ($text) {
+    return 'number' if $text eq '1' || $text eq '%';
+    my $angle = 0;
+    for my $part (split m{(?=/)| }, $text) {
+        my ($over, $name, $power) = $part =~ m{^(/?)([A-Za-z_]+)(?:\^([+-]?[0-9]))?} or next;
+        $angle += ($over ? -1 : 1) * ($power // 1) if $ANGLE{$name};
+    }
+    return $angle;
+}
+
+=item C<is_convertible($from, $to)>
+
+Whether quantities in the one unit can be had in the other.
+
+=cut
+
+sub is_convertible ($from, $to) { return _converter($from, $to) ? 1 : 0 }
+
+# 0 where there is none. Kept for good, as the units are.
+sub _converter ($from, $to) {
+    return $converters{$from}{$to} //= _make_converter($from, $to) // 0;
+}
+
+# The unit system also converts a time to a frequency, which is no conversion of
+# a quantity: zero then has no counterpart.
+sub _make_converter ($from, $to) {
+    my ($one, $other) = (_unit($from), _unit($to));
+    return undef if !$one || !$other || _family($from) ne _family($to);
+    return undef if !ut_are_convertible($one, $other);
+    my $converter = ut_get_converter($one, $other) // return undef;
+    return abs(cv_convert_double($converter, 0)) < 9e99 ? $converter : undef;
+}
+
+=item C<convert($number, $from, $to)>
+
+The number in the other unit; C<undef> where that cannot be.
+
+=cut
+
+sub convert ($number, $from, $to) {
+    my $converter = _converter($from, $to);
+    return $converter ? cv_convert_double($converter, $number) : undef;
+}
+
+=back
+
+=cut
+
+1;

@@ -1,0 +1,211 @@
+package VEL::Upgrade;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use VEL::Model;
+use VEL::Version;
+
+=head1 NAME
+
+VEL::Upgrade - brings old command data up to the current language version
+
+=head1 DESCRIPTION
+
+The rules say in C<UPGRADE> blocks what changed in which version. Data states
+its version at F</LANGUAGE/Version>; data that states none is older than all.
+The steps of later versions run in the order of the versions. A step takes every
+object of its type anywhere; one without effect is no change. Nothing is ever
+overwritten: a new name that is already in use stops that one change.
+
+Data that no step touches and that states no version is left alone; all other
+data states the version of the rules afterwards.
+
+=head1 METHODS
+
+=over
+
+=item C<< VEL::Upgrade->new($model) >>
+
+For a L<VEL::Model>.
+
+=cut
+
+sub new ($class, $model) {
+    return bless { model => $model, database => $model->database, changes => [] }, $class;
+}
+
+=item C<run>
+
+Makes the changes and returns them, a line each; an empty text when there were
+none.
+
+=cut
+
+my %STEP = (
+    'Rename Parameter'   => \&_rename_parameter,
+    'Remove Parameter'   => \&_remove_parameter,
+    'Add Parameter'      => \&_add_parameter,
+    'Change Value'       => \&_change_value,
+    'Rename Object Type' => \&_rename_type,
+    'Remove Object'      => \&_remove_object,
+    'Move Parameter'     => \&_move_parameter,
+);
+
+sub run ($self) {
+    my $rules  = $self->{model}->rules;
+    my $stated = $self->_value('/LANGUAGE/Version');
+    my $newest = $rules->version;
+    for my $upgrade ($self->_later_than($stated)) {
+        my ($version) = $upgrade->{name} =~ /([0-9.]+)$/;
+        $newest = $version if !defined $newest;
+        for my $step (@{ $upgrade->{blocks} }) {
+            my $run = $STEP{ $step->{fields}{'Action'} };
+            # The innermost first: a renamed object takes along what is in it.
+            $self->$run($_, $step->{fields})
+                for reverse $self->_objects($step->{fields}{'Object Type'});
+        }
+    }
+    $self->_set_version($stated, $newest) if defined $newest;
+    return join "\n", @{ $self->{changes} };
+}
+
+=back
+
+=cut
+
+sub _later_than ($self, $stated) {
+    my @upgrades = map { [ $_, $_->{name} =~ /([0-9.]+)$/ ] } $self->{model}->rules->upgrades;
+    return map { $_->[0] }
+        sort { VEL::Version::compare($a->[1], $b->[1]) }
+        grep { !defined $stated || VEL::Version::compare($stated, $_->[1]) < 0 } @upgrades;
+}
+
+sub _set_version ($self, $stated, $newest) {
+    return if defined $stated ? VEL::Version::compare($stated, $newest) >= 0 : !@{ $self->{changes} };
+    $self->_must($self->{database}->createObject('/LANGUAGE', 0))
+        if !$self->{database}->havePath('/LANGUAGE');
+    $self->_must($self->{database}->createParam('/LANGUAGE/Version', $newest));
+    $self->_note('/LANGUAGE/Version', defined $stated ? "changed from $stated to $newest" : "set to $newest");
+    return;
+}
+
+# The data's own objects of a type, wherever they are.
+sub _objects ($self, $type) {
+    my @paths;
+    $self->{database}->getObjectsByType($type, \@paths);
+    return grep { !m{^/RULES(?:/|\z)} && $self->{database}->isLibrary($_) == 0 } @paths;
+}
+
+sub _value ($self, $path) {
+    my $value;
+    $self->{database}->getStringValue($path, \$value);
+    return $value;
+}
+
+sub _note ($self, $path, $change) {
+    push @{ $self->{changes} }, "$path: $change";
+    return;
+}
+
+# A failure of the database here means that the tree is not what it was taken
+# for; the changes made so far stand.
+sub _must ($self, $error) {
+    die "updateSolverVEL: $error\n" if $error;
+    return;
+}
+
+sub _move_value ($self, $from, $to) {
+    $self->_must($self->{database}->createParam($to, $self->_value($from)));
+    $self->_must($self->{database}->deleteParam($from));
+    return;
+}
+
+sub _has_parameter ($self, $path) {
+    return $self->{database}->havePath($path) && !$self->{database}->isObject($path);
+}
+
+# --- Steps: each gets the path of one object and the fields of the step -------
+
+sub _rename_parameter ($self, $path, $step) {
+    my ($old, $new) = map { "$path/$step->{$_}" } 'Parameter', 'New Name';
+    return if !$self->_has_parameter($old) || $self->{database}->havePath($new);
+    $self->_move_value($old, $new);
+    $self->_note($old, qq(renamed to "$step->{'New Name'}"));
+    return;
+}
+
+sub _remove_parameter ($self, $path, $step) {
+    my $old = "$path/$step->{'Parameter'}";
+    return if !$self->_has_parameter($old);
+    my $value = $self->_value($old);
+    $self->_must($self->{database}->deleteParam($old));
+    $self->_note($old, qq(removed; it was "$value"));
+    return;
+}
+
+sub _add_parameter ($self, $path, $step) {
+    my $new = "$path/$step->{'Parameter'}";
+    return if $self->{database}->havePath($new);
+    $self->_must($self->{database}->createParam($new, $step->{'New Value'}));
+    $self->_note($new, qq(added with the value "$step->{'New Value'}"));
+    return;
+}
+
+sub _change_value ($self, $path, $step) {
+    my $at = "$path/$step->{'Parameter'}";
+    return if !$self->_has_parameter($at);
+    my $value = $self->_value($at);
+    return if defined $step->{'Old Value'} && $value ne $step->{'Old Value'};
+    return if $value eq $step->{'New Value'};
+    $self->_must($self->{database}->setStringValue($at, $step->{'New Value'}));
+    $self->_note($at, qq(changed from "$value" to "$step->{'New Value'}"));
+    return;
+}
+
+sub _move_parameter ($self, $path, $step) {
+    my $old    = "$path/$step->{'Parameter'}";
+    my $target = "$path/$step->{'To Object'}";
+    my $new    = "$target/" . ($step->{'New Name'} // $step->{'Parameter'});
+    return if !$self->_has_parameter($old) || $self->{database}->havePath($new);
+    $self->_must($self->{database}->createObject($target, 0)) if !$self->{database}->havePath($target);
+    $self->_move_value($old, $new);
+    $self->_note($old, "moved to $new");
+    return;
+}
+
+sub _remove_object ($self, $path, $step) {
+    $self->_must($self->{database}->deleteObj($path));
+    $self->_note($path, 'removed with everything in it');
+    return;
+}
+
+# The type is part of the path, so the object is made anew and filled.
+sub _rename_type ($self, $path, $step) {
+    my ($parent, $component) = VEL::Model::split_path($path);
+    my (undef, $name) = split /:/, $component, 2;
+    my $renamed = defined $name ? "$step->{'New Name'}:$name" : $step->{'New Name'};
+    my $new     = ($parent eq '/' ? '' : $parent) . "/$renamed";
+    return if $self->{database}->havePath($new);
+    $self->_copy($path, $new);
+    $self->_must($self->{database}->deleteObj($path));
+    $self->_note($path, "renamed to $renamed");
+    return;
+}
+
+sub _copy ($self, $from, $to) {
+    my $database = $self->{database};
+    my @open = ([ $from, $to ]);
+    while (my $pair = shift @open) {
+        my ($old, $new) = @$pair;
+        $self->_must($database->createObject($new, 0));
+        $database->getChildParamList($old, \my @names);
+        $self->_must($database->createParam("$new/$_", $self->_value("$old/$_"))) for @names;
+        $database->getChildObjectList($old, \my @objects);
+        push @open, map { [ "$old/$_", "$new/$_" ] } @objects;
+    }
+    return;
+}
+
+1;

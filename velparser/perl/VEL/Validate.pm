@@ -1,0 +1,395 @@
+package VEL::Validate;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use Scalar::Util qw(weaken);
+
+use VEL::Model;
+use VEL::Suggest qw(nearest);
+use VEL::Units;
+use VEL::Version;
+
+=head1 NAME
+
+VEL::Validate - holds command data against the rules
+
+=head1 SYNOPSIS
+
+    my $validator = VEL::Validate->new($database);
+    my $findings  = $validator->validateObject('/FLOW/DOMAIN:Duct');
+    print "$findings\n" if $findings;
+
+=head1 DESCRIPTION
+
+A finding is one line: path, colon, blank, a sentence, and an identifier in
+brackets. F<docs/findings.md> explains every identifier.
+
+An object without findings is marked valid, and so are its parameters; one with
+findings is not, so that they come again until they are mended. Where something
+goes on which a mark rests (a required parameter is deleted, an object that
+others name), the mark is taken away.
+
+=head1 METHODS
+
+All of them return the findings, C<undef> when there are none.
+
+=over
+
+=item C<< VEL::Validate->new($database) >>
+
+A validator for a L<VEL::Parser::Lite> object, with the checks of units and
+bounds off.
+
+=cut
+
+sub new ($class, $database) {
+    my $self = bless {
+        database => $database,
+        model    => VEL::Model->of($database),
+        units    => 0,
+        bounds   => 0,
+        marked   => 0,     # whether anything has been marked valid
+        rests_on => {},    # name of an object or expression => paths of objects that use it
+        under    => { path => '/', known => 1 },
+    }, $class;
+    $self->{compiled} = $self->{model}->compiled;
+    my $validator = $self;
+    weaken($validator);
+    $self->{listener} = sub { $validator->_gone(@_) if $validator };
+    $self->{model}->on_change($self->{listener});
+    return $self;
+}
+
+=item C<validateObject($path)>
+
+Looks at one object (or C</>): whether it may stand where it is, its own
+parameters, and what it lacks. Its child objects are looked at by calls of
+their own.
+
+=cut
+
+sub validateObject ($self, $path) {
+    $self->_notice_new_rules;
+    $path = $self->{model}->full_path($path);
+    return "$path: there is no such object [no-such-object]" if !$self->{database}->havePath($path);
+    return "$path: this is a parameter, not an object [wrong-type]"
+        if $path ne '/' && !$self->{database}->isObject($path);
+    $self->{used} = [];
+    my @findings = $self->_object_findings($path);
+    if (@findings) {
+        $self->{database}->setValid($path, 0) if $self->{database}->isValid($path) & 1;
+        return join "\n", @findings;
+    }
+    $self->_mark($path);
+    return undef;
+}
+
+=item C<validateParam($path)>
+
+Looks at the value of one parameter.
+
+=cut
+
+sub validateParam ($self, $path) {
+    $self->_notice_new_rules;
+    $path = $self->{model}->full_path($path);
+    my $value;
+    my $error = $self->{database}->getStringValue($path, \$value);
+    return "$path: there is no such parameter [no-such-object]" if $error || $self->{database}->isObject($path);
+    my ($owner, $name) = VEL::Model::split_path($path);
+    $self->{used} = [];
+    my @findings = $self->_parameter_findings($owner, $name, $value // '');
+    return join "\n", @findings if @findings;
+    $self->_mark_parameter($path);
+    return undef;
+}
+
+=item C<setUnitsChecking($on)>, C<setBoundsChecking($on)>
+
+Switch these checks on (1) or off (0). Switching one on takes all marks away.
+The checks stay off where the unit system cannot be had; the text says why.
+
+=cut
+
+sub setUnitsChecking  ($self, $on) { return $self->_switch('units',  $on) }
+sub setBoundsChecking ($self, $on) { return $self->_switch('bounds', $on) }
+
+=back
+
+=cut
+
+sub _switch ($self, $check, $on) {
+    $on = $on ? 1 : 0;
+    if ($on) {
+        my $error = VEL::Units::load();
+        return $error if $error;
+    }
+    $self->_forget_marks if $on && !$self->{$check};
+    $self->{$check} = $on;
+    return undef;
+}
+
+# --- Findings ---------------------------------------------------------------
+
+sub _finding ($path, $sentence, $identifier) { return "$path: $sentence [$identifier]" }
+
+sub _object_findings ($self, $path) {
+    my $model = $self->{model};
+    return if $model->rules->is_empty;
+    return $self->_root_findings if $path eq '/';
+    my ($parent, $component) = VEL::Model::split_path($path);
+    return if !$self->_is_known_chain($parent);
+    my $type = $model->type_of($path);
+    return $self->_unknown_object($path, $parent, $component) if !$type;
+
+    my $variant = $model->variant_at($path, $type);
+    my @names;
+    $self->{database}->getChildParamList($path, \@names);
+    my @findings = $self->_place_findings($path, $parent, $type);
+    for my $name (@names) {
+        my $value;
+        $self->{database}->getStringValue("$path/$name", \$value);
+        push @findings, $self->_value_findings($path, $name, $value // '', $type, $variant);
+    }
+    push @findings, $self->_missing_findings($path, $variant, \@names);
+    push @findings, $self->_version_findings($path) if $path eq '/LANGUAGE';
+    $self->_recheck_children($path, $variant) if @{ $type->{cases} };
+    return @findings;
+}
+
+sub _root_findings ($self) {
+    my @names;
+    $self->{database}->getChildParamList('/', \@names);
+    return map { $self->_parameter_findings('/', $_, '') } @names;
+}
+
+# Below an object of unknown type nothing can be said. The last answer is kept:
+# in a walk of the tree the parent has just been asked for.
+sub _is_known_chain ($self, $path) {
+    my $last = $self->{under};
+    my @below;
+    my $known = 1;
+    for (my $at = $path; $at ne '/'; ($at) = VEL::Model::split_path($at)) {
+        if ($at eq $last->{path}) {
+            $known = $last->{known};
+            last;
+        }
+        if (!$self->{model}->type_of($at)) {
+            $known = 0;
+            last;
+        }
+    }
+    $self->{under} = { path => $path, known => $known };
+    return $known;
+}
+
+sub _unknown_object ($self, $path, $parent, $component) {
+    my $rules = $self->{model}->rules;
+    my ($word, $name) = split /:/, $component, 2;
+    if ($rules->type(defined $name ? 'SINGLETON' : 'OBJECT', $word)) {
+        my $right = defined $name ? qq(takes no name; write "$word:") : qq(needs a name; write "$word: name");
+        return _finding($path, "$word $right", 'unknown-object');
+    }
+    my $kind  = defined $name ? 'OBJECT' : 'SINGLETON';
+    my @known = sort map { $_->{type} } $rules->types;
+    my $outer = $parent eq '/' ? undef : $self->{model}->type_of($parent);
+    unshift @known, sort keys %{ $self->{model}->variant_at($parent, $outer)->{objects} } if $outer;
+    my $near = nearest($word, @known);
+    return _finding($path, qq(no rule describes an object of type "$word")
+        . (defined $near ? "; did you mean $near?" : ''), 'unknown-object');
+}
+
+sub _place_findings ($self, $path, $parent, $type) {
+    my ($word, $parents) = ($type->{type}, $type->{parents});
+    if ($parents) {
+        my $outer = $parent eq '/' ? undef : $self->{model}->type_of($parent);
+        my $place = $outer ? $outer->{type} : '/';
+        return _finding($path, "$word may not stand " . _place_name($place) . '; it belongs '
+                . join(' or ', map { _place_name($_) } sort keys %$parents), 'wrong-parent')
+            if !$parents->{$place};
+        return $self->_not_now($path, $parent, $outer, $word)
+            if $outer && !$self->{model}->variant_at($parent, $outer)->{objects}{$word};
+    }
+    return defined $type->{maximum} ? $self->_count_findings($path, $parent, $type) : ();
+}
+
+sub _place_name ($place) { return $place eq '/' ? 'at the top level' : "in $place" }
+
+sub _not_now ($self, $path, $parent, $outer, $word) {
+    my @cases = $outer->cases_with([ 'required_objects', 'optional_objects' ], $word);
+    return _finding($path, "$word is not allowed in this $outer->{type}" . _needs(@cases), 'not-allowed');
+}
+
+# "; it needs Kind = Inlet, Outlet": under which cases something would be right.
+sub _needs (@cases) {
+    return '' if !@cases;
+    return '; it needs ' . join ' or ', map { "$_->{parameter} = " . join ', ', @{ $_->{values} } } @cases;
+}
+
+sub _count_findings ($self, $path, $parent, $type) {
+    my @objects;
+    $self->{database}->getChildObjectList($parent, \@objects);
+    my ($parent_path, $own) = VEL::Model::split_path($path);
+    my $before = 0;
+    for my $object (@objects) {
+        last if $object eq $own;
+        $before++ if $object =~ /^\Q$type->{type}\E(?::|\z)/;
+    }
+    return if $before < $type->{maximum};
+    return _finding($path, $type->{maximum} == 0 ? "no $type->{type} may stand here"
+        : "only $type->{maximum} $type->{type} may stand here; this one is beyond", 'too-many');
+}
+
+sub _parameter_findings ($self, $owner, $name, $value) {
+    my $model = $self->{model};
+    return if $model->rules->is_empty;
+    return _finding("/$name", qq(the top level holds objects only), 'unknown-parameter') if $owner eq '/';
+    return if !$self->_is_known_chain($owner);
+    my $type = $model->type_of($owner);
+    return $self->_value_findings($owner, $name, $value, $type, $model->variant_at($owner, $type));
+}
+
+sub _value_findings ($self, $path, $name, $value, $type, $variant) {
+    return $self->_unknown_parameter($path, $name, $type, $variant)
+        if !$variant->{allowed}{$name} && !$type->{free};
+    my $parameter = $variant->{parameters}{$name} // $type->parameter($variant, $name);
+    return if $parameter->{anything};
+    return map { _finding("$path/$name", $_->[1], $_->[0]) }
+        $parameter->problems($value, $self->_asker);
+}
+
+# What the check of a value may ask; made once for each set of rules.
+sub _asker ($self) {
+    my $asker = $self->{asker} //= do {
+        my $validator = $self;
+        weaken($validator);
+        {   objects     => sub ($types) { $validator->{model}->object_name_set($types) },
+            expressions => sub { $validator->_expression_names },
+        };
+    };
+    @$asker{qw(units bounds used)} = @$self{qw(units bounds used)};
+    return $asker;
+}
+
+sub _expression_names ($self) {
+    my @names;
+    $self->{database}->getChildParamList('/LIBRARY/EXPRESSIONS', \@names)
+        if $self->{database}->havePath('/LIBRARY/EXPRESSIONS');
+    return { map { $_ => 1 } @names };
+}
+
+sub _unknown_parameter ($self, $path, $name, $type, $variant) {
+    my @cases = $type->cases_with([ 'required', 'optional' ], $name);
+    return _finding("$path/$name", qq($type->{type} does not use "$name" here) . _needs(@cases),
+        'unknown-parameter') if @cases;
+    my $near = nearest($name, @{ $variant->{order} });
+    return _finding("$path/$name", qq($type->{type} has no parameter "$name")
+        . (defined $near ? "; did you mean $near?" : ''), 'unknown-parameter');
+}
+
+sub _missing_findings ($self, $path, $variant, $names) {
+    my @findings;
+    if (@{ $variant->{required} }) {
+        my %have = map { $_ => 1 } @$names;
+        push @findings, map { _finding($path, qq(required parameter "$_" is missing), 'missing-parameter') }
+            grep { !$have{$_} } @{ $variant->{required} };
+    }
+    if (@{ $variant->{required_objects} }) {
+        my @objects;
+        $self->{database}->getChildObjectList($path, \@objects);
+        my %have = map { s/:.*//sr => 1 } @objects;
+        push @findings, map { _finding($path, "required object $_ is missing", 'missing-object') }
+            grep { !$have{$_} } @{ $variant->{required_objects} };
+    }
+    return @findings;
+}
+
+sub _version_findings ($self, $path) {
+    my $version = $self->{model}->rules->version // return;
+    my $stated;
+    $self->{database}->getStringValue("$path/Version", \$stated);
+    return if !defined $stated || VEL::Version::compare($stated, $version) <= 0;
+    return _finding("$path/Version",
+        "the data is in version $stated, newer than version $version of the rules", 'newer-version');
+}
+
+# --- Marks ------------------------------------------------------------------
+
+sub _mark ($self, $path) {
+    my $database = $self->{database};
+    my @names;
+    $database->getChildParamList($path, \@names);
+    my $below = $path eq '/' ? '' : $path;
+    for my $name (@names) {
+        $database->setValid("$below/$name", 1);
+        $database->setValid("$below/$name", 2);
+    }
+    $database->setValid($path, 1);
+    $self->{marked} = 1;
+    $self->{rests_on}{$_}{$path} = 1 for @{ $self->{used} };
+    return;
+}
+
+# A parameter has nothing below it, so its subtree is valid with it.
+sub _mark_parameter ($self, $path) {
+    $self->{database}->setValid($path, $_) for 1, 2;
+    $self->{marked} = 1;
+    return;
+}
+
+# A case that no longer holds may forbid child objects that were allowed when
+# they were looked at.
+sub _recheck_children ($self, $path, $variant) {
+    my $database = $self->{database};
+    my @objects;
+    $database->getChildObjectList($path, \@objects);
+    for my $object (@objects) {
+        my $type = $self->{model}->type_of("/$object") // next;
+        next if !$type->{parents} || $variant->{objects}{ $type->{type} };
+        $database->setValidEx("$path/$object", 0, 1) if $database->isValid("$path/$object") & 1;
+    }
+    return;
+}
+
+# An object or a parameter has gone (or an object has come, which harms no mark).
+sub _gone ($self, $path, $code, $new, $old) {
+    return if $code == 1 || !$self->{marked};
+    my $database = $self->{database};
+    my ($parent, $component) = VEL::Model::split_path($path);
+    my $name  = $component =~ s/^[^:]*://r;
+    my $users = delete $self->{rests_on}{$name} // {};
+    for my $user ($parent, keys %$users) {
+        $database->setValidEx($user, 0, 1) if $database->isValid($user) > 0;
+    }
+    return;
+}
+
+sub _notice_new_rules ($self) {
+    $self->{model}->refresh;
+    return if $self->{compiled} == $self->{model}->compiled;
+    $self->{compiled} = $self->{model}->compiled;
+    $self->{under} = { path => '/', known => 1 };
+    $self->_forget_marks;
+    return;
+}
+
+# Takes the mark off every object. Without recursion: blocks may be nested
+# thousands deep.
+sub _forget_marks ($self) {
+    return if !$self->{marked};
+    my $database = $self->{database};
+    my @open = ('');
+    while (defined(my $path = pop @open)) {
+        $database->setValidEx($path || '/', 0, 1);
+        my @objects;
+        $database->getChildObjectList($path || '/', \@objects);
+        push @open, map { "$path/$_" } grep { "$path/$_" ne '/RULES' } @objects;
+    }
+    $self->{marked}   = 0;
+    $self->{rests_on} = {};
+    return;
+}
+
+1;
