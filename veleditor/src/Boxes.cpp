@@ -19,7 +19,7 @@ namespace {
 class PlainBox : public QMessageBox
 {
 public:
-    PlainBox(const Box &box, QWidget *parent)
+    PlainBox(const MessageBox &box, QWidget *parent)
         : QMessageBox(box.icon, box.title, box.text, NoButton, parent), canEscape_(box.canEscape)
     {
         setObjectName(QStringLiteral("MessageBox"));
@@ -48,9 +48,9 @@ private:
     bool canEscape_;
 };
 
-std::function<int(const Box &)> &boxAnswers()
+std::function<int(const MessageBox &)> &boxAnswers()
 {
-    static std::function<int(const Box &)> answers;
+    static std::function<int(const MessageBox &)> answers;
     return answers;
 }
 
@@ -67,7 +67,7 @@ int show(PlainBox &window, const QList<QAbstractButton *> &buttons)
 }
 
 // One role for all buttons keeps them in the order in which they are added.
-int showGivenButtons(QWidget *parent, const Box &box)
+int showGivenButtons(QWidget *parent, const MessageBox &box)
 {
     PlainBox window(box, parent);
     QList<QAbstractButton *> buttons;
@@ -80,7 +80,7 @@ int showGivenButtons(QWidget *parent, const Box &box)
     return show(window, buttons);
 }
 
-int showOk(QWidget *parent, const Box &box)
+int showOk(QWidget *parent, const MessageBox &box)
 {
     PlainBox window(box, parent);
     return show(window, {window.addButton(QMessageBox::Ok)});
@@ -88,7 +88,7 @@ int showOk(QWidget *parent, const Box &box)
 
 void tell(QWidget *parent, QMessageBox::Icon icon, const QString &title, const QString &text)
 {
-    Box box;
+    MessageBox box;
     box.icon = icon;
     box.title = title;
     box.text = text;
@@ -113,7 +113,7 @@ void reportFailure(QWidget *parent, const QString &title, const QString &text)
     tell(parent, QMessageBox::Critical, title, text);
 }
 
-int ask(QWidget *parent, const Box &box)
+int ask(QWidget *parent, const MessageBox &box)
 {
     if (Application::hasFailed())
         return -1;
@@ -126,7 +126,7 @@ bool askYesNo(QWidget *parent, const QString &title, const QString &text)
 {
     if (Application::hasFailed())
         return false;
-    Box box;
+    MessageBox box;
     box.icon = QMessageBox::Question;
     box.title = title;
     box.text = text;
@@ -156,7 +156,7 @@ int run(QDialog &dialog)
     return Application::hasFailed() ? QDialog::Rejected : dialog.exec();
 }
 
-void setBoxAnswers(std::function<int(const Box &)> answers)
+void setBoxAnswers(std::function<int(const MessageBox &)> answers)
 {
     boxAnswers() = std::move(answers);
 }

@@ -18,7 +18,7 @@ class QWidget;
 namespace velEditor {
 
 /// One message box as the user sees it.
-struct Box
+struct MessageBox
 {
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QString title;
@@ -40,7 +40,7 @@ void reportFailure(QWidget *parent, const QString &title, const QString &text);
 // --- Questions ----------------------------------------------------------------
 
 /// The index of the button that was pressed, −1 for none.
-[[nodiscard]] int ask(QWidget *parent, const Box &box);
+[[nodiscard]] int ask(QWidget *parent, const MessageBox &box);
 
 /// A question with the standard buttons Yes and No, of which No is the default.
 [[nodiscard]] bool askYesNo(QWidget *parent, const QString &title, const QString &text);
@@ -57,7 +57,7 @@ int run(QDialog &dialog);
 /// While set, boxes are not shown: the function is given each and its result
 /// is the index of the button pressed. Of `askYesNo` the buttons are "Yes" and
 /// "No". An empty function restores the real boxes.
-void setBoxAnswers(std::function<int(const Box &)> answers);
+void setBoxAnswers(std::function<int(const MessageBox &)> answers);
 
 /// The same for the file dialog: given title and proposal, gives the name.
 void setFileNameAnswers(std::function<QString(const QString &, const QString &)> answers);

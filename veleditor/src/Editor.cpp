@@ -139,7 +139,7 @@ void Editor::validateData()
         dialog->show();
         return;
     }
-    Box box;
+    MessageBox box;
     box.icon = QMessageBox::Information;
     box.title = tr("Validation Successful");
     box.text = tr("No Errors were found during validation\n");
@@ -190,7 +190,7 @@ bool Editor::mayClose()
 {
     if (!tree_->isModified())
         return true;
-    Box box;
+    MessageBox box;
     box.icon = QMessageBox::Warning;
     box.title = tr("Unsaved Changes");
     box.text = tr("You have made changes that have not been saved.\n") + tr("Would you like to:");

@@ -30,10 +30,9 @@ QAction *addEntry(QMenu &menu, const QString &text, const char *name,
 
 /// An entry whose work does not exist yet: shown, so that the menu is whole,
 /// but not to be chosen.
-void addAbsentEntry(QMenu &menu, const QString &text, const char *name,
-                    const QString &shortcut = QString())
+void addAbsentEntry(QMenu &menu, const QString &text, const char *name)
 {
-    addEntry(menu, text, name, shortcut)->setEnabled(false);
+    addEntry(menu, text, name)->setEnabled(false);
 }
 
 } // namespace
@@ -62,14 +61,18 @@ void Editor::addFileMenu(QMenuBar &bar)
 void Editor::addEditMenu(QMenuBar &bar)
 {
     QMenu *menu = addMenu(bar, tr("&Edit"), "EditMenu");
-    addAbsentEntry(*menu, tr("&Add Parameter"), "AddParameter", tr("Ctrl+A"));
-    connect(addEntry(*menu, tr("&Edit Parameter"), "EditParameter", tr("Ctrl+E")),
-            &QAction::triggered, tree_, &VELTree::editCurrParameter);
-    addAbsentEntry(*menu, tr("&Delete Parameter"), "DeleteParameter", tr("Ctrl+D"));
-    addAbsentEntry(*menu, tr("Add Expert &Parameter Section"), "AddExpertSection", tr("Ctrl+P"));
+    const auto addTreeEntry = [&](const QString &text, const char *name, const QString &shortcut,
+                                  void (VELTree::*slot)()) {
+        connect(addEntry(*menu, text, name, shortcut), &QAction::triggered, tree_, slot);
+    };
+    addTreeEntry(tr("&Add Parameter"), "AddParameter", tr("Ctrl+A"), &VELTree::addParameter);
+    addTreeEntry(tr("&Edit Parameter"), "EditParameter", tr("Ctrl+E"), &VELTree::editCurrParameter);
+    addTreeEntry(tr("&Delete Parameter"), "DeleteParameter", tr("Ctrl+D"), &VELTree::deleteParam);
+    addTreeEntry(tr("Add Expert &Parameter Section"), "AddExpertSection", tr("Ctrl+P"),
+                 &VELTree::addExpertParamObj);
     menu->addSeparator();
-    addAbsentEntry(*menu, tr("&Find"), "Find", tr("Ctrl+F"));
-    addAbsentEntry(*menu, tr("Find &Next"), "FindNext", tr("Ctrl+N"));
+    addTreeEntry(tr("&Find"), "Find", tr("Ctrl+F"), &VELTree::doFind);
+    addTreeEntry(tr("Find &Next"), "FindNext", tr("Ctrl+N"), &VELTree::doFindNext);
 }
 
 void Editor::addHelpMenu(QMenuBar &bar)

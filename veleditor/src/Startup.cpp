@@ -60,7 +60,7 @@ void validateFirst(Application &application, Editor &editor)
     if (findings == nullptr)
         return;
     const std::string messages = findings;
-    Box box;
+    MessageBox box;
     box.icon = QMessageBox::Warning;
     box.title = Editor::tr("Command File Validation Errors");
     box.text = Editor::tr("Errors were encountered during initial Command File validation.\n"

@@ -1,5 +1,6 @@
 #include "veleditor/src/VELTree.h"
 
+#include "veleditor/src/FindDialog.h"
 #include "veleditor/src/RowDelegate.h"
 #include "veleditor/src/TreeBuilder.h"
 
@@ -52,6 +53,9 @@ void VELTree::buildTree()
     flowItem_ = nullptr;
     lastFlowChild_ = nullptr;
     expertItem_ = nullptr;
+    lastAddedItem_ = nullptr;
+    if (findDialog_ != nullptr)
+        findDialog_->setNextItem(nullptr);
     clear();
 
     BuiltTree built = TreeBuilder().build();

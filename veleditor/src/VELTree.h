@@ -17,6 +17,8 @@
 
 namespace velEditor {
 
+class FindDialog;
+
 class VELTree : public QTreeWidget
 {
     Q_OBJECT
@@ -39,8 +41,17 @@ public:
     [[nodiscard]] VELTreeItem *lastFlowChild() const { return lastFlowChild_; }
     [[nodiscard]] VELTreeItem *expertItem() const { return expertItem_; }
 
+    /// The row that `addParameter` made last.
+    [[nodiscard]] VELTreeItem *lastAddedItem() const { return lastAddedItem_; }
+
     /// What the user has selected, which may differ from where the keyboard is.
     [[nodiscard]] VELTreeItem *selectedItem() const;
+
+    /// The topmost row.
+    [[nodiscard]] VELTreeItem *firstItem() const;
+
+    /// Opens a row and all above it, brings it into view and selects it.
+    void showMatch(VELTreeItem &match);
 
 public slots:
     /// Throws `error` when the database cannot be walked; see TreeBuilder.
@@ -50,11 +61,30 @@ public slots:
     /// back after its errors were shown; the mark of unsaved changes stays.
     void editParam(velEditor::VELTreeItem *item);
     void editQListItem(QTreeWidgetItem *item);
+
+    /// Adds the section of expert parameters to the flow object, once. Without
+    /// a flow object one is made and the tree is built anew, which throws as
+    /// `buildTree` does.
+    void addExpertParamObj();
+
+    /// Asks for a name and a value and adds the parameter to the selected
+    /// object, or to the object that holds the selected parameter.
+    void addParameter();
     void editCurrParameter();
+
+    /// Deletes the selected parameter if the user agrees.
+    void deleteParam();
 
     /// Sorts by a column; below 0 the order of the database is kept from then on.
     void setSorting(int column, bool ascending);
     void setSorting(int column);
+
+    /// Shows the dialog for the text to find; the search starts behind the
+    /// selected row.
+    void doFind();
+
+    /// The next step of the search, without the dialog if there has been one.
+    void doFindNext();
 
     /// Opens the row at a global point if it was closed and closes it if it was
     /// open, and all below it likewise.
@@ -71,11 +101,15 @@ private:
     void setOpen(QTreeWidgetItem *item, bool open);
     void storeValue(VELTreeItem &item, const std::string &newValue);
     void showErrors(const char *messages);
+    void showNewParameter(VELTreeItem &target, const std::string &name);
+    void forget(const VELTreeItem &item);
 
     bool modified_ = false;
     VELTreeItem *flowItem_ = nullptr;
     VELTreeItem *lastFlowChild_ = nullptr;
     VELTreeItem *expertItem_ = nullptr;
+    VELTreeItem *lastAddedItem_ = nullptr;
+    FindDialog *findDialog_ = nullptr; ///< a child; null until the first search
 };
 
 } // namespace velEditor

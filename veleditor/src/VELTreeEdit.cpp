@@ -1,6 +1,7 @@
-// The operations of the tree that change command data.
+// The operations of the tree that change or delete what is there.
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/EditParamDialog.h"
+#include "veleditor/src/FindDialog.h"
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
@@ -61,6 +62,41 @@ void VELTree::storeValue(VELTreeItem &item, const std::string &newValue)
         item.setValue(oldText);
         static_cast<void>(velparser::setStringValue(path.c_str(), oldValue.value_or("").c_str()));
     }
+}
+
+void VELTree::deleteParam()
+{
+    VELTreeItem *item = selectedItem();
+    if (item == nullptr || !item->hasValue() || !item->isEditable()) {
+        warn(this, tr("Deleting Parameter"),
+             tr("Only orange expert parameters and parameters\nwhose values are shown in green can "
+                "be deleted.\n"));
+        return;
+    }
+    MessageBox box;
+    box.icon = QMessageBox::Information;
+    box.title = tr("Deleting Parameter");
+    box.text = tr("You are about to delete the parameter\n") + item->label() + tr(" = ") +
+               item->value() + tr("\nThis cannot be undone.\nDo you really want to do this?");
+    box.buttons = QStringList{tr("&Delete The Parameter"), tr("&Cancel")};
+    if (ask(this, box) != 0)
+        return;
+    static_cast<void>(velparser::deleteParam(item->path().c_str()));
+    forget(*item);
+    delete item;
+    setModified();
+}
+
+/// Lets go of a row that is about to be deleted.
+void VELTree::forget(const VELTreeItem &item)
+{
+    if (lastAddedItem_ == &item)
+        lastAddedItem_ = nullptr;
+    if (lastFlowChild_ == &item)
+        lastFlowChild_ = VELTreeItem::from(
+            item.parent()->child(item.parent()->indexOfChild(lastFlowChild_) - 1));
+    if (findDialog_ != nullptr && findDialog_->nextItem() == &item)
+        findDialog_->setNextItem(nullptr);
 }
 
 void VELTree::showErrors(const char *messages)

@@ -1,5 +1,7 @@
 #include "veleditor/src/VELTreeItem.h"
 
+#include "veleditor/src/Text.h"
+
 #include <utility>
 #include <vector>
 
@@ -50,6 +52,11 @@ std::string VELTreeItem::path() const
         path += (*row)->component_;
     }
     return path;
+}
+
+std::string VELTreeItem::labelBytes() const
+{
+    return toBytesInPlaceOf(label_, component_);
 }
 
 void VELTreeItem::setValue(const QString &value)

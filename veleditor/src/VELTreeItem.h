@@ -37,6 +37,9 @@ public:
     /// "/" for a topmost row.
     [[nodiscard]] std::string path() const;
     [[nodiscard]] const QString &label() const { return label_; }
+
+    /// The label in the bytes of the command file.
+    [[nodiscard]] std::string labelBytes() const;
     [[nodiscard]] const QString &value() const { return value_; }
     void setValue(const QString &value);
 

@@ -1,0 +1,221 @@
+#include "veleditor/src/AddParamDialog.h"
+
+#include "veleditor/src/Boxes.h"
+#include "veleditor/src/Text.h"
+#include "veleditor/src/ValueText.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTextDocument>
+#include <QTextEdit>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <string_view>
+
+namespace velEditor {
+
+namespace {
+
+constexpr std::string_view nameCharacters =
+    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_ ";
+
+bool isLetterOrDigit(char c)
+{
+    return c != '_' && c != ' ' && nameCharacters.find(c) != std::string_view::npos;
+}
+
+/// The first character of UTF-8 text that no name may hold; empty when there
+/// is none.
+QString firstWrongCharacter(const std::string &name)
+{
+    const std::size_t place = name.find_first_not_of(nameCharacters);
+    if (place == std::string::npos)
+        return QString();
+    const auto wrong = QString::fromUtf8(name.c_str() + place);
+    return wrong.left(wrong[0].isHighSurrogate() ? 2 : 1);
+}
+
+void addLabel(QVBoxLayout &layout, const QString &text, QWidget *parent)
+{
+    auto *label = new QLabel(text, parent);
+    label->setTextFormat(Qt::PlainText);
+    layout.addWidget(label);
+}
+
+QPushButton *namedButton(const QString &text, const char *name, QWidget *parent)
+{
+    auto *button = new QPushButton(text, parent);
+    button->setObjectName(QString::fromLatin1(name));
+    return button;
+}
+
+} // namespace
+
+AddParamDialog::AddParamDialog(QWidget *parent, const QString &caption,
+                               const std::string &objectPath)
+    : QDialog(parent)
+{
+    setObjectName(QStringLiteral("AddParam"));
+    setWindowTitle(caption);
+    auto *layout = new QVBoxLayout(this);
+
+    velStringList names;
+    if (const char *error = velparser::getAllowedParams(objectPath.c_str(), &names, 1))
+        warn(parent, tr("Error"), fromBytes(error));
+
+    const QString path = fromBytes(objectPath);
+    if (names.empty()) {
+        addRefusal(*layout, path);
+        return;
+    }
+    if (names.size() == 1 && std::string_view(names[0]) == "-1")
+        addFreeName(*layout, path);
+    else
+        addNameList(*layout, path, names);
+    addValueAndButtons(*layout);
+}
+
+void AddParamDialog::addRefusal(QVBoxLayout &layout, const QString &path)
+{
+    addLabel(layout,
+             tr("No new parameters can be added to the\n") + path +
+                 tr("\nsection of the ZOT Command File.\n\n") +
+                 tr("To add a parameter to a different section, please highlight\n") +
+                 tr("the appropriate section before attempting to add the parameter.\n"),
+             this);
+    QPushButton *ok = namedButton(tr("&Ok"), "Ok", this);
+    connect(ok, &QPushButton::clicked, this, &QDialog::reject);
+    layout.addWidget(ok);
+}
+
+void AddParamDialog::addFreeName(QVBoxLayout &layout, const QString &path)
+{
+    addLabel(layout, tr("Adding new parameter to: ") + path, this);
+    addLabel(layout, tr("Enter the name and value of the new parameter to add inside ") + path,
+             this);
+    auto *row = new QHBoxLayout;
+    row->setSpacing(5);
+    row->addWidget(new QLabel(tr("Name:"), this));
+    nameEntry_ = new QLineEdit(this);
+    nameEntry_->setObjectName(QStringLiteral("Name"));
+    nameEntry_->setAccessibleName(tr("Name of the new parameter"));
+    connect(nameEntry_, &QLineEdit::textChanged, this, &AddParamDialog::saveParamName);
+    row->addWidget(nameEntry_);
+    layout.addLayout(row);
+}
+
+void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
+                                 const velStringList &names)
+{
+    addLabel(layout, tr("Adding new parameter to: ") + path, this);
+    addLabel(layout, tr("Select the new parameter to add, and enter a value"), this);
+    auto *list = new QComboBox(this);
+    list->setObjectName(QStringLiteral("editable combo"));
+    list->setAccessibleName(tr("Name of the new parameter"));
+    list->setEditable(true);
+    list->setInsertPolicy(QComboBox::NoInsert);
+    for (const char *name : names)
+        list->addItem(fromBytes(name));
+    paramName_ = names[0];
+    connect(list, &QComboBox::textActivated, this, &AddParamDialog::saveParamName);
+    connect(list, &QComboBox::editTextChanged, this, &AddParamDialog::saveParamName);
+    layout.addWidget(list);
+}
+
+void AddParamDialog::addValueAndButtons(QVBoxLayout &layout)
+{
+    addLabel(layout, tr("Value:"), this);
+    valueEntry_ = new QTextEdit(this);
+    valueEntry_->setObjectName(QStringLiteral("Value"));
+    valueEntry_->setAccessibleName(tr("Value of the new parameter"));
+    valueEntry_->setAcceptRichText(false);
+    valueEntry_->setTabChangesFocus(true);
+    layout.addWidget(valueEntry_);
+
+    auto *row = new QHBoxLayout;
+    row->setSpacing(5);
+    QPushButton *ok = namedButton(tr("&Ok"), "Ok", this);
+    connect(ok, &QPushButton::clicked, this, &AddParamDialog::checkOK);
+    row->addWidget(ok);
+    QPushButton *cancel = namedButton(tr("&Cancel"), "Cancel", this);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    row->addWidget(cancel);
+    layout.addLayout(row);
+}
+
+void AddParamDialog::saveParamName(const QString &name)
+{
+    paramName_ = toBytes(name);
+}
+
+std::string AddParamDialog::value() const
+{
+    return valueEntry_ != nullptr ? toBytes(singleLine(*valueEntry_->document())) : std::string();
+}
+
+void AddParamDialog::checkOK()
+{
+    if (nameEntry_ != nullptr)
+        saveParamName(nameEntry_->text());
+    if (!checkNameStart() || !checkValueGiven() || !checkNameCharacters() || !checkValueFits())
+        return;
+    if (paramName_.find('_') != std::string::npos) {
+        std::replace(paramName_.begin(), paramName_.end(), '_', ' ');
+        inform(this, tr("Underscores replaced"),
+               tr("Underscores (`_') are not valid characters in a parameter name.\n"
+                  "Underscores have been replaced with spaces in your parameter name."));
+    }
+    accept();
+}
+
+bool AddParamDialog::checkNameStart()
+{
+    if (paramName_.empty()) {
+        warn(this, tr("Missing Parameter Name"),
+             tr("You must enter a name for your parameter before continuing."));
+        return false;
+    }
+    if (!isLetterOrDigit(paramName_.front())) {
+        warn(this, tr("Invalid Parameter Name"),
+             tr("Parameter names must begin with a letter or a number.\nPlease correct your "
+                "parameter name before continuing."));
+        return false;
+    }
+    return true;
+}
+
+bool AddParamDialog::checkValueGiven()
+{
+    if (!value().empty())
+        return true;
+    warn(this, tr("Missing Parameter Value"),
+         tr("You must enter a parameter value before continuing."));
+    return false;
+}
+
+bool AddParamDialog::checkNameCharacters()
+{
+    const QString wrong = firstWrongCharacter(paramName_);
+    if (wrong.isEmpty())
+        return true;
+    warn(this, tr("Invalid Parameter Name"),
+         tr("Error: \"") + wrong +
+             tr("\" is not a valid character in a parameter name.\nPlease correct your "
+                "parameter name before continuing."));
+    return false;
+}
+
+bool AddParamDialog::checkValueFits()
+{
+    const QString reason = whyFileCannotHold(value());
+    if (reason.isEmpty())
+        return true;
+    warn(this, windowTitle(), reason);
+    return false;
+}
+
+} // namespace velEditor

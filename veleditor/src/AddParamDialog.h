@@ -1,0 +1,55 @@
+// Asks for the name and value of a parameter to be added to an object: by a
+// list of the names that the rules allow there, by a free name where they allow
+// any, and not at all where they allow none.
+#pragma once
+
+#include "velparser/api/velparser.h"
+
+#include <QDialog>
+
+#include <string>
+
+class QComboBox;
+class QLineEdit;
+class QTextEdit;
+class QVBoxLayout;
+
+namespace velEditor {
+
+class AddParamDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /// Asks the rules what may be added to the object at `objectPath`; a
+    /// failure is shown in a box and counts as nothing.
+    AddParamDialog(QWidget *parent, const QString &caption, const std::string &objectPath);
+
+    /// What was chosen, in bytes; complete once the dialog was accepted. The
+    /// value stands on one line.
+    [[nodiscard]] const std::string &paramName() const { return paramName_; }
+    [[nodiscard]] std::string value() const;
+
+public slots:
+    /// Accepts when name and value are such as a command file can hold; else
+    /// says why not and stays open. Underscores in the name become blanks.
+    void checkOK();
+    void saveParamName(const QString &name);
+
+private:
+    void addRefusal(QVBoxLayout &layout, const QString &path);
+    void addFreeName(QVBoxLayout &layout, const QString &path);
+    void addNameList(QVBoxLayout &layout, const QString &path, const velStringList &names);
+    void addValueAndButtons(QVBoxLayout &layout);
+
+    [[nodiscard]] bool checkNameStart();
+    [[nodiscard]] bool checkValueGiven();
+    [[nodiscard]] bool checkNameCharacters();
+    [[nodiscard]] bool checkValueFits();
+
+    std::string paramName_;
+    QLineEdit *nameEntry_ = nullptr;  ///< where any name is allowed, else null
+    QTextEdit *valueEntry_ = nullptr; ///< null where nothing can be added
+};
+
+} // namespace velEditor
