@@ -26,8 +26,7 @@
 
 struct velHandle;
 
-namespace velparser
-{
+namespace velparser {
 
 // --- Start-up -------------------------------------------------------------
 

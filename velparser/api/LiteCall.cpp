@@ -1,0 +1,134 @@
+#include "velparser/api/Lite_p.h"
+
+#include <limits>
+
+namespace velparser {
+
+namespace {
+
+/// A record that only wraps a database does not know the handlers of the
+/// object that owns it.
+bool mayHaveHandlers(pTHX_ const LiteRecord *record)
+{
+    return !record->owns || record->actionHandler || AvFILLp(record->changeHandlers) >= 0;
+}
+
+bool isPlainScalar(SV *value)
+{
+    return SvTYPE(value) < SVt_PVAV && !isGV_with_GP(value) && !isREGEXP(value);
+}
+
+} // namespace
+
+void LiteCall::keepAlive(pTHX)
+{
+    copyTexts_ = mayHaveHandlers(aTHX_ record_);
+    if (copyTexts_)
+        sv_2mortal(SvREFCNT_inc_simple_NN(SvRV(argument(aTHX_ 0))));
+}
+
+const char *LiteCall::text(pTHX_ int i) const
+{
+    const char *text = byteText(aTHX_ argument(aTHX_ i));
+    return copyTexts_ ? SvPVX_const(sv_2mortal(newSVpv(text, 0))) : text;
+}
+
+std::int32_t LiteCall::integer(pTHX_ int i) const
+{
+    using Limits = std::numeric_limits<std::int32_t>;
+    SV *value = argument(aTHX_ i);
+    SvGETMAGIC(value);
+    const IV number = SvOK(value) ? SvIV_nomg(value) : 0;
+    return static_cast<std::int32_t>(std::clamp<IV>(number, Limits::min(), Limits::max()));
+}
+
+bool LiteCall::truth(pTHX_ int i) const
+{
+    return SvTRUE(argument(aTHX_ i));
+}
+
+AV *LiteCall::array(pTHX_ int i, const char *name) const
+{
+    SV *value = argument(aTHX_ i);
+    SvGETMAGIC(value);
+    if (!SvROK(value) || SvTYPE(SvRV(value)) != SVt_PVAV)
+        croak("%s is not an array reference", name);
+    return MUTABLE_AV(SvRV(value));
+}
+
+AV *LiteCall::optionalArray(pTHX_ int i, const char *name) const
+{
+    SV *value = argument(aTHX_ i);
+    SvGETMAGIC(value);
+    return SvOK(value) ? array(aTHX_ i, name) : nullptr;
+}
+
+SV *LiteCall::output(pTHX_ int i) const
+{
+    SV *value = argument(aTHX_ i);
+    SvGETMAGIC(value);
+    if (!SvROK(value) || !isPlainScalar(SvRV(value)))
+        croak("VEL::Parser::Lite::%s: value is not a reference", method_.name);
+    return SvRV(value);
+}
+
+SV *LiteCall::message(pTHX_ const char *text) const
+{
+    if (SV *error = takeHandlerError(aTHX))
+        croak_sv(sv_2mortal(error));
+    return text ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
+}
+
+SV *LiteCall::number(pTHX_ IV value) const
+{
+    dXSTARG;
+    sv_setiv(TARG, value);
+    return TARG;
+}
+
+SV *LiteCall::string(pTHX_ std::string_view text) const
+{
+    dXSTARG;
+    sv_setpvn(TARG, text.data(), text.size());
+    SvUTF8_off(TARG);
+    return TARG;
+}
+
+void replaceElements(pTHX_ AV *target, AV *values)
+{
+    av_clear(target);
+    const SSize_t count = AvFILLp(values) + 1;
+    if (count == 0)
+        return;
+    if (SvRMAGICAL(target)) {
+        for (SSize_t i = 0; i < count; ++i)
+            av_push(target, newSVsv(AvARRAY(values)[i]));
+        return;
+    }
+    av_extend(target, count - 1);
+    for (SSize_t i = 0; i < count; ++i)
+        av_store(target, i, SvREFCNT_inc_simple_NN(AvARRAY(values)[i]));
+}
+
+AV *newTextArray(pTHX_ const velStringList &texts)
+{
+    AV *array = newAV();
+    sv_2mortal(MUTABLE_SV(array));
+    if (texts.empty())
+        return array;
+    av_extend(array, static_cast<SSize_t>(texts.size()) - 1);
+    for (const char *text : texts)
+        av_push(array, text ? newSVpv(text, 0) : newSV(0));
+    return array;
+}
+
+AV *newIntegerArray(pTHX_ const std::vector<std::int32_t> &numbers)
+{
+    AV *array = newAV();
+    sv_2mortal(MUTABLE_SV(array));
+    for (const std::int32_t number : numbers)
+        av_push(array, newSViv(number));
+    return array;
+}
+
+} // namespace velparser

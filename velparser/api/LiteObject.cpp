@@ -1,0 +1,102 @@
+#include "velparser/api/Lite_p.h"
+
+namespace velparser {
+
+namespace {
+
+constexpr char packageName[] = "VEL::Parser::Lite";
+
+/// Frees the record, and with it the database that it owns. While one of its
+/// handlers runs the database is in use further up the C++ stack; then nothing
+/// is freed, now or later: a leak is better than a crash.
+const char *freeRecord(pTHX_ LiteRecord *record)
+{
+    if (record->running > 0)
+        return "DESTROY: a handler of this object is running";
+    if (record->owns)
+        velDestroyHandle(record->handle);
+    else
+        forgetWrapper(aTHX_ record);
+    SvREFCNT_dec(MUTABLE_SV(record->changeHandlers));
+    SvREFCNT_dec(record->actionHandler);
+    Safefree(record);
+    return nullptr;
+}
+
+/// Called when the scalar behind an object goes: covers a derived class whose
+/// own DESTROY does not call ours.
+int freeWithScalar(pTHX_ SV *, MAGIC *magic)
+{
+    if (magic->mg_ptr)
+        freeRecord(aTHX_ reinterpret_cast<LiteRecord *>(magic->mg_ptr));
+    magic->mg_ptr = nullptr;
+    return 0;
+}
+
+/// Marks the scalars that were made here; its address cannot be forged, as the
+/// number in them could.
+MGVTBL recordMagic = {nullptr,        nullptr, nullptr, nullptr,
+                      freeWithScalar, nullptr, nullptr, nullptr};
+
+MAGIC *findMagic(SV *scalar)
+{
+    if (SvTYPE(scalar) < SVt_PVMG)
+        return nullptr;
+    MAGIC *first = SvMAGIC(scalar);
+    if (first && first->mg_virtual == &recordMagic)
+        return first;
+    return mg_findext(scalar, PERL_MAGIC_ext, &recordMagic);
+}
+
+bool isOfPackage(pTHX_ SV *object)
+{
+    return SvSTASH(SvRV(object)) == liteContext(aTHX).package ||
+           sv_derived_from(object, packageName);
+}
+
+} // namespace
+
+SV *newLiteReference(pTHX_ velHandle *handle, bool owns)
+{
+    LiteRecord *record = nullptr;
+    Newxz(record, 1, LiteRecord);
+    record->handle = handle;
+    record->owns = owns;
+    if (owns)
+        record->changeHandlers = newAV();
+    SV *object = sv_setref_pv(newSV(0), packageName, record);
+    sv_magicext(SvRV(object), nullptr, PERL_MAGIC_ext, &recordMagic,
+                reinterpret_cast<const char *>(record), 0);
+    return object;
+}
+
+LiteRecord *liteRecord(pTHX_ SV *object)
+{
+    if (!SvROK(object) || !SvOBJECT(SvRV(object)) || !isOfPackage(aTHX_ object))
+        return nullptr;
+    const MAGIC *magic = findMagic(SvRV(object));
+    return magic ? reinterpret_cast<LiteRecord *>(magic->mg_ptr) : nullptr;
+}
+
+SV *liteNew(pTHX_ LiteCall &)
+{
+    velHandle *handle = velCreateHandle();
+    if (!handle)
+        croak("VEL::Parser::Lite::NEW: out of memory");
+    SV *object = sv_2mortal(newLiteReference(aTHX_ handle, true));
+    if (const char *error = watchChanges(liteRecord(aTHX_ object)))
+        croak("VEL::Parser::Lite::NEW: %s", error);
+    return object;
+}
+
+SV *liteDestroy(pTHX_ LiteCall &call)
+{
+    SV *scalar = SvRV(call.argument(aTHX_ 0));
+    if (const char *error = freeRecord(aTHX_ call.record()))
+        return call.message(aTHX_ error);
+    findMagic(scalar)->mg_ptr = nullptr;
+    sv_setiv(scalar, 0);
+    return call.message(aTHX_ nullptr);
+}
+
+} // namespace velparser

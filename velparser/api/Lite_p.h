@@ -1,0 +1,138 @@
+// Inside of VEL::Parser::Lite: one record per Perl object, one row per method.
+//
+// The same sources are linked into the program, which registers
+// VEL::Parser::Lite::bootstrap with its interpreter, and built as a module that
+// an ordinary perl loads. They call no function of libperl that a perl program
+// does not export, and nothing else of the bridge than perlCall_p.h.
+//
+// How a method runs. `callMethod` (Lite.cpp) is the only entry: it checks the
+// number of arguments and the object, and calls the body of the method's row.
+// The body takes its arguments from a LiteCall, calls one function of the
+// database, and gives the result, made by the LiteCall too. Whatever can croak
+// comes before or after the life of any C++ object with a destructor.
+#pragma once
+
+#include "velapilt/src/velapilt.h"
+#include "velparser/api/perlCall_p.h"
+
+namespace velparser {
+
+/// What a VEL::Parser::Lite object stands for. It is allocated by Perl; the
+/// object is a reference to a scalar that holds its address, and owns it.
+struct LiteRecord
+{
+    velHandle *handle;    ///< owned if `owns`; null is never met
+    std::int32_t owns;    ///< 1: made by NEW, 0: wraps a database of the program's
+    std::int32_t running; ///< handlers of this record that run at this moment
+    AV *changeHandlers;   ///< owned; code references; null unless `owns`
+    SV *actionHandler;    ///< owned; code reference or null
+};
+static_assert(sizeof(LiteRecord) == 4 * sizeof(void *));
+
+/// What the module keeps for each interpreter.
+struct LiteContext
+{
+    HV *package;      ///< of VEL::Parser::Lite; one reference is held
+    SV *handlerError; ///< owned; with what a handler died, until it is rethrown
+    bool exitPending; ///< a handler called `exit`, which goes on likewise
+    AV *wrappers;     ///< owned; addresses of wrapping records with an action handler
+};
+
+[[nodiscard]] LiteContext &liteContext(pTHX);
+
+class LiteCall;
+
+/// A row of the method table. The number of arguments is that of `usage`.
+struct LiteMethod
+{
+    const char *name;
+    /// Gives a mortal or immortal scalar, or null for a method without result.
+    SV *(*body)(pTHX_ LiteCall &call);
+    const char *usage;
+};
+
+[[nodiscard]] std::span<const LiteMethod> liteMethods();
+
+// --- Objects (LiteObject.cpp) -------------------------------------------------
+
+/// A new reference, blessed into VEL::Parser::Lite, to a record that owns or
+/// wraps `handle`. The caller owns the reference.
+[[nodiscard]] SV *newLiteReference(pTHX_ velHandle *handle, bool owns);
+
+/// The record behind an object of VEL::Parser::Lite or a class derived from
+/// it; null for anything else, also for an object that DESTROY has emptied.
+[[nodiscard]] LiteRecord *liteRecord(pTHX_ SV *object);
+
+// --- One call of a method (LiteCall.cpp) -----------------------------------------
+
+/// The arguments and the result of one call. Has no destructor: croak may jump
+/// over it. Argument 0 is the object, where the method has one.
+class LiteCall
+{
+public:
+    LiteCall(const LiteMethod &method, I32 firstArgument, LiteRecord *record)
+        : method_(method), first_(firstArgument), record_(record)
+    {
+    }
+
+    [[nodiscard]] LiteRecord *record() const { return record_; }
+    [[nodiscard]] velHandle *handle() const { return record_->handle; }
+    [[nodiscard]] SV *argument(pTHX_ int i) const { return PL_stack_base[first_ + i]; }
+
+    /// To be called first by a method that may run handlers: whatever they do,
+    /// the object and the texts taken after this stay alive until the method's
+    /// end.
+    void keepAlive(pTHX);
+
+    [[nodiscard]] const char *text(pTHX_ int i) const;
+    /// Clamped to 32 bits.
+    [[nodiscard]] std::int32_t integer(pTHX_ int i) const;
+    [[nodiscard]] bool truth(pTHX_ int i) const;
+    /// The array behind a reference; croaks "NAME is not an array reference".
+    [[nodiscard]] AV *array(pTHX_ int i, const char *name) const;
+    /// As array, but null for undef.
+    [[nodiscard]] AV *optionalArray(pTHX_ int i, const char *name) const;
+    /// The scalar behind a reference, to be set; croaks "METHOD: value is not
+    /// a reference", also for a reference to anything but a scalar.
+    [[nodiscard]] SV *output(pTHX_ int i) const;
+
+    /// The message as a result, undef for null. Rethrows the error of a
+    /// handler that died during the operation, so it must end every body that
+    /// may have run one.
+    [[nodiscard]] SV *message(pTHX_ const char *text) const;
+    [[nodiscard]] SV *number(pTHX_ IV value) const;
+    /// Uses the calling operation's own scalar: valid until it runs again.
+    [[nodiscard]] SV *string(pTHX_ std::string_view text) const;
+
+private:
+    const LiteMethod &method_;
+    I32 first_;
+    LiteRecord *record_;
+    bool copyTexts_ = false;
+};
+
+/// Empties `target` and fills it with the elements of `values` (mortal, plain),
+/// which are shared, not copied.
+void replaceElements(pTHX_ AV *target, AV *values);
+
+/// A mortal array with copies of the texts, undef for null.
+[[nodiscard]] AV *newTextArray(pTHX_ const velStringList &texts);
+[[nodiscard]] AV *newIntegerArray(pTHX_ const std::vector<std::int32_t> &numbers);
+
+// --- Handlers (LiteHandlers.cpp) -----------------------------------------------
+
+/// Has the record's change handlers called for every change of its database.
+[[nodiscard]] const char *watchChanges(LiteRecord *record);
+
+/// Takes a record that is about to be freed out of reach of the database.
+void forgetWrapper(pTHX_ const LiteRecord *record);
+
+/// The error with which a handler died since this was last asked; the caller
+/// owns it. Null if none did. To be asked after every operation that may run
+/// handlers. Where a handler called `exit`, this is where it goes on.
+[[nodiscard]] SV *takeHandlerError(pTHX);
+
+} // namespace velparser
+
+/// Registers the methods; the name that perl's loader looks for.
+extern "C" __attribute__((visibility("default"))) void boot_VEL__Parser__Lite(pTHX_ CV *cv);

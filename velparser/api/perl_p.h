@@ -1,0 +1,49 @@
+// Perl's headers, for the sources of this folder only.
+//
+// They are included here and nowhere else, behind the standard headers: Perl
+// defines macros with everyday names, and a standard or Qt header read after
+// them does not compile. Calls take the interpreter explicitly (pTHX, aTHX).
+//
+// A Perl exception (`croak`) is a longjmp. It must never pass a C++ object with
+// a destructor: take the arguments apart first, do the C++ work in an inner
+// scope whose result is plain, and croak or convert after that scope.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <new>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#pragma GCC system_header
+
+#define PERL_NO_GET_CONTEXT
+
+#include <EXTERN.h>
+#include <perl.h>
+
+#include <XSUB.h>
+
+// Everyday words that Perl takes for itself.
+#undef do_open
+#undef do_close
+#undef seed
+#undef ref
+#undef list
+#undef instr
+#undef bind
+#undef _

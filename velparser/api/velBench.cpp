@@ -1,0 +1,60 @@
+#include "velparser/api/velBench.h"
+
+#include "velparser/api/velInstance_p.h"
+#include "velparser/api/velparser.h"
+#include "velparser/api/xsinit_p.h"
+
+namespace velparser {
+
+namespace {
+
+XSPROTO(echo)
+{
+    dXSARGS;
+    dXSTARG;
+    if (items != 2)
+        croak_xs_usage(cv, "self, text");
+    PERL_UNUSED_VAR(sp);
+    STRLEN length = 0;
+    const char *text = SvPV(ST(1), length);
+    sv_setpvn(TARG, text, length);
+    ST(0) = TARG;
+    XSRETURN(1);
+}
+
+} // namespace
+
+const char *evalPerl(const std::string &code, std::string *result)
+{
+    if (const char *error = startVELParser())
+        return error;
+    pTHX = velInterpreter();
+    const PerlLocale locale;
+    PerlFrame frame(aTHX);
+    SV *value = eval_pv(code.c_str(), FALSE);
+    if (isTrue(aTHX_ ERRSV))
+        return keepMessage(defaultInstance(), plainValue(aTHX_ frame, ERRSV));
+    if (result)
+        *result = byteText(aTHX_ plainValue(aTHX_ frame, value));
+    return nullptr;
+}
+
+const char *callPerlMethod(const char *method, const char *argument)
+{
+    if (const char *error = startVELParser())
+        return error;
+    if (const char *error = initVELInstance(defaultInstance()))
+        return error;
+    return callVELInstanceMethod(defaultInstance(), method, {argument});
+}
+
+const char *registerEchoMethod()
+{
+    if (const char *error = startVELParser())
+        return error;
+    pTHX = velInterpreter();
+    newXS("VEL::Bench::echo", echo, __FILE__);
+    return nullptr;
+}
+
+} // namespace velparser

@@ -1,0 +1,61 @@
+// The bridge's record of one Perl `API` object, and the ways to call it.
+//
+// The programs use the default instance only; tests make their own, with a Perl
+// object of theirs in it.
+//
+// A method reports success by returning undef or an empty text; any other text
+// is a failure's message, and an exception counts as its text. Messages are
+// texts of the instance's message holder, valid until its next call, or
+// constants.
+#pragma once
+
+#include "velapilt/src/velapilt.h"
+#include "velparser/api/perlCall_p.h"
+
+namespace velparser {
+
+struct velInstance
+{
+    SV *api = nullptr;             ///< owned; null until initVELInstance has succeeded
+    SV *message = nullptr;         ///< owned; the text last handed to a caller
+    velHandle *database = nullptr; ///< not owned; found once, kept for good
+};
+
+/// The one that the programs use; null before startVELParser.
+[[nodiscard]] velInstance *defaultInstance();
+
+/// Starts the interpreter and calls `API::new`, unless that has been done.
+[[nodiscard]] const char *initVELInstance(velInstance *instance);
+
+/// The database of the instance's object (its entry "database"), which is made
+/// if need be. Null when there is none.
+[[nodiscard]] velHandle *findLiteHandle(velInstance *instance);
+
+/// Calls a method with texts.
+[[nodiscard]] const char *callVELInstanceMethod(velInstance *instance, const char *method,
+                                                std::initializer_list<const char *> arguments);
+
+/// The same with Perl values, mortal or the caller's own.
+[[nodiscard]] const char *callVELInstanceValues(velInstance *instance, const char *method,
+                                                std::span<SV *const> arguments);
+
+/// Calls a method whose result is an integer, of which the low 32 bits count.
+/// −1 for any failure; a number in the form of a text is one. What is wrong
+/// with the instance is said on standard error.
+[[nodiscard]] int callVELInstanceMethodInt(velInstance *instance, const char *method,
+                                           std::initializer_list<const char *> arguments);
+
+/// Calls a method with a path and a reference to `array`, for it to fill. On
+/// failure the caller's reference to the array has been dropped; on success
+/// the array is still the caller's.
+[[nodiscard]] const char *getAnyValue(velInstance *instance, const char *method, const char *path,
+                                      AV *array);
+
+/// A new reference to a VEL::Parser::Lite object that wraps `handle`; the
+/// caller owns it. Null when the package cannot be loaded.
+[[nodiscard]] SV *newLiteObject(velHandle *handle);
+
+/// Makes `text` the instance's message and returns it.
+const char *keepMessage(velInstance *instance, SV *text);
+
+} // namespace velparser

@@ -1,0 +1,92 @@
+// Command data from files and from the caller, handed to the Perl object.
+#include "velparser/api/velContainer_p.h"
+#include "velparser/api/velInstance_p.h"
+#include "velparser/api/velparser.h"
+#include "velparser/api/xsinit_p.h"
+
+namespace velparser {
+
+namespace {
+
+/// Takes the caller's reference to the array over. The 0 is what the method
+/// expects for user data.
+const char *parseLines(AV *lines)
+{
+    pTHX = velInterpreter();
+    PerlFrame frame(aTHX);
+    const std::array arguments{sv_2mortal(newRV_noinc(MUTABLE_SV(lines))), sv_2mortal(newSViv(0))};
+    return callVELInstanceValues(defaultInstance(), "parseVELData", arguments);
+}
+
+const char *loadText(const char *file)
+{
+    if (const char *error = initVELInstance(defaultInstance()))
+        return error;
+    pTHX = velInterpreter();
+    AV *lines = newAV();
+    if (!lines)
+        return "Error allocating AV for VEL data";
+    if (const char *error = getAnyValue(defaultInstance(), "readTextFile", file, lines))
+        return error;
+    return parseLines(lines);
+}
+
+const char *loadContainer(const char *file)
+{
+    pTHX = velInterpreter();
+    AV *lines = newAV();
+    if (!lines)
+        return "Error allocating AV for VEL data";
+    const char *error = load_vel_from_def(file, lines) != 0 ? "load_vel_from_def failed"
+                                                            : initVELInstance(defaultInstance());
+    if (!error)
+        return parseLines(lines);
+    SvREFCNT_dec_NN(MUTABLE_SV(lines));
+    return error;
+}
+
+} // namespace
+
+const char *loadVELFromFile(const char *file, const char *type)
+{
+    if (const char *error = startVELParser())
+        return error;
+    if (!file || !type)
+        return "Invalid file or file type";
+    const std::string_view word = type;
+    if (word == "vel")
+        return loadText(file);
+    if (word == "def" || word == "res")
+        return loadContainer(file);
+    return "fileType is invalid (it should be vel, def or res)";
+}
+
+const char *loadVELData(const char *const *lines, std::int32_t count)
+{
+    if (const char *error = startVELParser())
+        return error;
+    if (!lines)
+        return "loadVELData : Invalid arguments";
+    if (const char *error = initVELInstance(defaultInstance()))
+        return error;
+    pTHX = velInterpreter();
+    AV *array = newAV();
+    if (!array)
+        return "loadVELData: can't allocate perl array";
+    if (count > 0)
+        av_extend(array, count - 1);
+    for (std::int32_t i = 0; i < count; ++i)
+        av_push(array, newSVpv(lines[i], 0));
+    return parseLines(array);
+}
+
+const char *readVELLibraries()
+{
+    if (const char *error = startVELParser())
+        return error;
+    if (const char *error = initVELInstance(defaultInstance()))
+        return error;
+    return callVELInstanceMethod(defaultInstance(), "readLibraries", {});
+}
+
+} // namespace velparser

@@ -1,0 +1,205 @@
+// The editor's questions: those about data go straight to the database, those
+// about rules to the Perl object.
+#include "velparser/api/velInstance_p.h"
+
+#include "velparser/api/Lite_p.h"
+#include "velparser/api/velparser.h"
+#include "velparser/api/xsinit_p.h"
+
+namespace velparser {
+
+namespace {
+
+/// Runs a database operation that may call handlers written in Perl. Where one
+/// died, its error is the result.
+template <class Operation>
+const char *runWithHandlers(Operation operation)
+{
+    pTHX = velInterpreter();
+    const PerlLocale locale;
+    const char *error = operation();
+    SV *died = takeHandlerError(aTHX);
+    if (!died)
+        return error;
+    PerlFrame frame(aTHX);
+    sv_2mortal(died);
+    return keepMessage(defaultInstance(), plainValue(aTHX_ frame, died));
+}
+
+/// What the two queries for allowed texts say when memory runs out.
+struct ListMessages
+{
+    const char *noText;
+    const char *cannotAllocate;
+    const char *cannotCopy;
+};
+
+constexpr ListMessages valueMessages = {
+    "Invalid text array in getAllowedParamStrings\n",
+    "getAllowedParamStrings: cannot malloc text",
+    "getAllowedParamStrings: cannot malloc (*text)[i]",
+};
+
+constexpr ListMessages nameMessages = {
+    "Invalid text array in getAllowedParams\n",
+    "getAllowedParams: cannot malloc text",
+    "getAllowedParams: cannot malloc (*text)[i]",
+};
+
+const char *copyTexts(pTHX_ AV *array, const ListMessages &messages, velStringList *list)
+{
+    PerlFrame frame(aTHX);
+    AV *texts = plainTexts(aTHX_ frame, array);
+    if (!texts)
+        return messages.cannotAllocate;
+    velArray copies(velArrayKind::Strings);
+    for (SSize_t i = 0; i <= AvFILLp(texts); ++i)
+        if (!copies.addString({SvPVX_const(AvARRAY(texts)[i]), SvCUR(AvARRAY(texts)[i])}))
+            return messages.cannotCopy;
+    *list = copies.takeStrings();
+    return nullptr;
+}
+
+/// Start-up, and what must be right before the Perl array is made.
+const char *checkListQuery(const velStringList *list, const ListMessages &messages)
+{
+    if (const char *error = startVELParser())
+        return error;
+    if (!defaultInstance())
+        return "Invalid (NULL) instance handle";
+    if (!defaultInstance()->api)
+        return "Invalid (uninitialized) instance handle";
+    return list ? nullptr : messages.noText;
+}
+
+} // namespace
+
+velHandle *findLiteHandle()
+{
+    return startVELParser() ? nullptr : findLiteHandle(defaultInstance());
+}
+
+const char *getStringValue(const char *path, std::optional<std::string> *value)
+{
+    velHandle *handle = findLiteHandle();
+    if (!handle)
+        return "getStringValue: error finding Lite API handle";
+    return ::getStringValue(handle, path, value);
+}
+
+const char *setStringValue(const char *path, const char *value)
+{
+    velHandle *handle = findLiteHandle();
+    if (!handle)
+        return "setStringValue: error finding Lite API handle";
+    return runWithHandlers([&] { return ::setStringValue(handle, path, value); });
+}
+
+const char *deleteParam(const char *path)
+{
+    velHandle *handle = findLiteHandle();
+    if (!handle)
+        return "deleteParam: error finding Lite API handle";
+    return runWithHandlers([&] { return deleteParamH(handle, path); });
+}
+
+const char *getFormattedVEL(const char *path, std::int32_t lineLength, velStringList *lines)
+{
+    velHandle *handle = findLiteHandle();
+    if (!handle)
+        return "getFormattedVEL: error finding Lite API handle";
+    return ::getFormattedVEL(handle, path, lineLength, lines);
+}
+
+const char *pushPathH(const char *path)
+{
+    velHandle *handle = findLiteHandle();
+    if (!handle)
+        return "pushPathH: error finding Lite API handle";
+    return pushPath(handle, path);
+}
+
+const char *popPathH()
+{
+    velHandle *handle = findLiteHandle();
+    if (!handle)
+        return "popPathH: error finding Lite API handle";
+    return popPath(handle);
+}
+
+const char *getChildList(const char *path, std::vector<velChildInfo> *children,
+                         std::vector<velGroupInfo> *groups)
+{
+    velHandle *handle = findLiteHandle();
+    if (!handle)
+        return "getChildList: error finding Lite API handle";
+    return ::getChildList(handle, path, children, groups);
+}
+
+const char *setValidationLevelH(unsigned level)
+{
+    velHandle *handle = findLiteHandle();
+    if (!handle)
+        return "setValidationLevelH: error finding Lite API handle";
+    setValidationLevel(handle, static_cast<std::int32_t>(level));
+    return nullptr;
+}
+
+int isVELLibrary(const char *path)
+{
+    velHandle *handle = findLiteHandle();
+    return handle ? isLibrary(handle, path) : -1;
+}
+
+const char *updateSolverVEL()
+{
+    if (const char *error = startVELParser())
+        return error;
+    return callVELInstanceMethod(defaultInstance(), "updateSolverVEL", {});
+}
+
+int isParamEditable(const char *path)
+{
+    if (startVELParser())
+        return -1;
+    return callVELInstanceMethodInt(defaultInstance(), "isParamEditable", {path});
+}
+
+int isItemExpert(const char *path)
+{
+    if (startVELParser())
+        return -1;
+    return callVELInstanceMethodInt(defaultInstance(), "isItemExpert", {path});
+}
+
+const char *getAllowedParamStrings(const char *path, velStringList *values)
+{
+    if (const char *error = checkListQuery(values, valueMessages))
+        return error;
+    pTHX = velInterpreter();
+    const PerlLocale locale;
+    AV *array = newAV();
+    if (const char *error = getAnyValue(defaultInstance(), "getAllowedParamStrings", path, array))
+        return error;
+    const char *error = copyTexts(aTHX_ array, valueMessages, values);
+    SvREFCNT_dec_NN(MUTABLE_SV(array));
+    return error;
+}
+
+const char *getAllowedParams(const char *path, velStringList *names, int flag)
+{
+    if (const char *error = checkListQuery(names, nameMessages))
+        return error;
+    pTHX = velInterpreter();
+    const PerlLocale locale;
+    PerlFrame frame(aTHX);
+    AV *array = newAV();
+    const std::array arguments{sv_2mortal(newSVpv(path, 0)),
+                               sv_2mortal(newRV_noinc(MUTABLE_SV(array))),
+                               sv_2mortal(newSViv(flag))};
+    if (const char *error = callVELInstanceValues(defaultInstance(), "getAllowedParams", arguments))
+        return error;
+    return copyTexts(aTHX_ array, nameMessages, names);
+}
+
+} // namespace velparser

@@ -1,0 +1,127 @@
+// Scripts of the user's in the embedded interpreter.
+#include "velparser/api/velInstance_p.h"
+
+#include "velparser/api/velparser.h"
+#include "velparser/api/xsinit_p.h"
+
+namespace velparser {
+
+namespace {
+
+/// While it stands, Perl is as a script of its own expects it: words, name,
+/// no warnings that it has not asked for, `exit`, and END blocks of its own.
+class ScriptSetting
+{
+public:
+    ScriptSetting(pTHX_ const std::string &script, const std::vector<std::string> &arguments)
+        : perl_(aTHX), warnings_(PL_dowarn), endBlocks_(PL_endav)
+    {
+        AV *words = get_av("ARGV", GV_ADD);
+        av_clear(words);
+        for (const std::string &argument : arguments)
+            av_push(words, newSVpvn(argument.data(), argument.size()));
+        sv_setpv_mg(get_sv("0", GV_ADD), script.c_str());
+        PL_dowarn = G_WARN_OFF;
+        PL_endav = nullptr;
+        allowPerlExit(true);
+    }
+    ~ScriptSetting()
+    {
+        pTHX = perl_;
+        allowPerlExit(false);
+        SvREFCNT_dec(MUTABLE_SV(PL_endav));
+        PL_endav = endBlocks_;
+        PL_dowarn = warnings_;
+        PerlIO_flush(nullptr);
+    }
+    ScriptSetting(const ScriptSetting &) = delete;
+    ScriptSetting &operator=(const ScriptSetting &) = delete;
+
+private:
+    PerlInterpreter *perl_;
+    U8 warnings_;
+    AV *endBlocks_;
+};
+
+/// The text of a file; why not, if it cannot be read.
+const char *readScript(velInstance *instance, const std::string &script, std::string *text)
+{
+    std::FILE *file = std::fopen(script.c_str(), "rb");
+    std::array<char, 65536> piece;
+    std::size_t got = 0;
+    while (file && (got = std::fread(piece.data(), 1, piece.size(), file)) > 0)
+        text->append(piece.data(), got);
+    const bool failed = !file || std::ferror(file);
+    const int reason = errno;
+    if (file)
+        std::fclose(file);
+    if (!failed)
+        return nullptr;
+    pTHX = velInterpreter();
+    PerlFrame frame(aTHX);
+    return keepMessage(instance, sv_2mortal(newSVpvf("runPerlScript: cannot read %s: %s",
+                                                     script.c_str(), std::strerror(reason))));
+}
+
+XSPROTO(evaluate)
+{
+    dXSARGS;
+    PERL_UNUSED_VAR(cv);
+    PERL_UNUSED_VAR(items);
+    // Dies with the script's own error.
+    eval_sv(ST(0), G_VOID | G_DISCARD | G_RETHROW);
+    XSRETURN_EMPTY;
+}
+
+XSPROTO(runEndBlocks)
+{
+    dXSARGS;
+    PERL_UNUSED_VAR(cv);
+    PERL_UNUSED_VAR(items);
+    if (PL_endav)
+        call_list(PL_scopestack_ix, PL_endav);
+    XSRETURN_EMPTY;
+}
+
+/// Runs one step of a script. Its exit status goes to `status`.
+const char *runStep(pTHX_ velInstance *instance, XSUBADDR_t step, SV *argument, int *status)
+{
+    PerlFrame frame(aTHX);
+    SV *code = sv_2mortal(MUTABLE_SV(newXS(nullptr, step, __FILE__)));
+    const PerlResult result =
+        callPerl(aTHX_ frame, {nullptr, code}, std::array{argument}, G_VOID | G_DISCARD);
+    if (result.exited)
+        *status = STATUS_EXIT;
+    if (!result.error)
+        return nullptr;
+    return keepMessage(instance, plainValue(aTHX_ frame, result.error));
+}
+
+} // namespace
+
+const char *runPerlScript(const std::string &script, const std::vector<std::string> &arguments,
+                          int *status)
+{
+    if (const char *error = startVELParser())
+        return error;
+    std::string text;
+    if (const char *error = readScript(defaultInstance(), script, &text))
+        return error;
+    pTHX = velInterpreter();
+    const PerlLocale locale;
+    const ScriptSetting setting(aTHX_ script, arguments);
+    const std::string code = "package main;\n#line 1 \"" + script + "\"\n" + text;
+    SV *source = newSVpvn(code.data(), code.size());
+    int exitStatus = 0;
+    const char *error = runStep(aTHX_ defaultInstance(), evaluate, source, &exitStatus);
+    PL_statusvalue = exitStatus;
+    const char *endError = runStep(aTHX_ defaultInstance(), runEndBlocks, source, &exitStatus);
+    SvREFCNT_dec_NN(source);
+    if (error || endError)
+        return error ? error : endError;
+    if (status)
+        *status = exitStatus;
+    return nullptr;
+}
+
+} // namespace velparser

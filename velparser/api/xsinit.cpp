@@ -1,0 +1,175 @@
+#include "velparser/api/xsinit_p.h"
+
+#include "velparser/api/Lite_p.h"
+#include "velparser/api/velInstance_p.h"
+#include "velparser/api/velparser.h"
+
+#include <unistd.h>
+
+extern "C" void boot_DynaLoader(pTHX_ CV *cv);
+
+namespace velparser {
+
+namespace {
+
+PerlInterpreter *interpreter = nullptr;
+velInstance *theInstance = nullptr;
+bool exitAllowed = false;
+
+/// Null until the interpreter has chosen one.
+locale_t perlLocale = nullptr;
+
+XSPROTO(exitOrDie)
+{
+    dXSARGS;
+    PERL_UNUSED_VAR(cv);
+    PERL_UNUSED_VAR(sp);
+    const IV status = items > 0 ? SvIV(ST(0)) : 0;
+    if (exitAllowed)
+        my_exit(static_cast<U32>(status & 0xff));
+    croak("exit(%" IVdf ") called", status);
+}
+
+/// An overriding function counts only where it was imported.
+void overrideExit(pTHX)
+{
+    newXS("CORE::GLOBAL::exit", exitOrDie, __FILE__);
+    GvIMPORTED_CV_on(gv_fetchpvs("CORE::GLOBAL::exit", GV_ADD, SVt_PVCV));
+}
+
+/// Once in a process. Perl ignores SIGFPE from then on; a caller that has a
+/// handler for it keeps that.
+void initPerlSystem()
+{
+    static bool done = false;
+    if (std::exchange(done, true))
+        return;
+    static char empty[] = "";
+    static char *words[] = {empty, nullptr};
+    int count = 1;
+    char **arguments = words;
+    char **environment = environ;
+    struct sigaction handler = {};
+    sigaction(SIGFPE, nullptr, &handler);
+    PERL_SYS_INIT3(&count, &arguments, &environment);
+    sigaction(SIGFPE, &handler, nullptr);
+}
+
+/// Perl sets the locale from the environment. The process gets its own back;
+/// Perl's stands aside for PerlLocale.
+class KeptLocale
+{
+public:
+    KeptLocale() : thread_(uselocale(nullptr))
+    {
+        if (const char *names = setlocale(LC_ALL, nullptr))
+            process_ = names;
+    }
+    ~KeptLocale()
+    {
+        perlLocale = uselocale(thread_);
+        // An interpreter without a locale of its own thread would count in the
+        // locale of the process.
+        if (perlLocale == LC_GLOBAL_LOCALE)
+            perlLocale = newlocale(LC_NUMERIC_MASK, "C", duplocale(LC_GLOBAL_LOCALE));
+        setlocale(LC_ALL, process_.c_str());
+    }
+    KeptLocale(const KeptLocale &) = delete;
+    KeptLocale &operator=(const KeptLocale &) = delete;
+
+private:
+    locale_t thread_;
+    std::string process_;
+};
+
+/// The interpreter's words. Perl keeps pointers to them and may write to them
+/// (to set $0), so they stay for good.
+char **perlWords(const std::string &directory)
+{
+    static std::array<std::string, 4> texts;
+    static std::array<char *, 5> words;
+    texts = {"", "-w", "-I" + directory, directory + "/VEL/embeddedParserInit.pl"};
+    std::ranges::transform(texts, words.begin(), [](std::string &text) { return text.data(); });
+    words.back() = nullptr;
+    return words.data();
+}
+
+/// What Perl code has printed is not lost with the process.
+void flushAtExit()
+{
+    pTHX = interpreter;
+    PERL_SET_CONTEXT(aTHX);
+    PerlIO_flush(nullptr);
+}
+
+const char *startInterpreter(const std::string &directory)
+{
+    initPerlSystem();
+    const KeptLocale kept;
+    PerlInterpreter *my_perl = perl_alloc();
+    if (!my_perl)
+        return "Error: Cannot parse perl code\n";
+    perl_construct(my_perl);
+    if (perl_parse(my_perl, xsInit, 4, perlWords(directory), nullptr) == 0) {
+        interpreter = my_perl;
+        std::atexit(flushAtExit);
+        return nullptr;
+    }
+    PL_perl_destruct_level = 1;
+    perl_destruct(my_perl);
+    perl_free(my_perl);
+    return "Error: Cannot parse perl code\n";
+}
+
+[[noreturn]] void exitWithoutParser()
+{
+    std::fputs("Cannot find VEL parser.  Please set ZOT5_VEL_PARSER to point to it.\n", stderr);
+    std::exit(1);
+}
+
+} // namespace
+
+void xsInit(pTHX)
+{
+    newXS("DynaLoader::boot_DynaLoader", boot_DynaLoader, __FILE__);
+    newXS("VEL::Parser::Lite::bootstrap", boot_VEL__Parser__Lite, __FILE__);
+    overrideExit(aTHX);
+}
+
+PerlInterpreter *velInterpreter()
+{
+    return interpreter;
+}
+
+velInstance *defaultInstance()
+{
+    return theInstance;
+}
+
+void allowPerlExit(bool allow)
+{
+    exitAllowed = allow;
+}
+
+PerlLocale::PerlLocale() : outer_(uselocale(perlLocale)) {}
+
+PerlLocale::~PerlLocale()
+{
+    perlLocale = uselocale(outer_);
+}
+
+const char *startVELParser()
+{
+    if (!interpreter) {
+        const char *directory = std::getenv("ZOT5_VEL_PARSER");
+        if (!directory)
+            exitWithoutParser();
+        if (const char *error = startInterpreter(directory))
+            return error;
+    }
+    if (!theInstance)
+        theInstance = new (std::nothrow) velInstance{};
+    return nullptr;
+}
+
+} // namespace velparser

@@ -1,0 +1,7 @@
+# Read by the embedded interpreter when it starts. The file is compiled and
+# never run, so all it does is done at compile time.
+use strict;
+use warnings;
+
+use VEL::Parser::Lite;
+use API;
