@@ -16,7 +16,8 @@ API - what the program asks of the Perl side
 =head1 SYNOPSIS
 
     my $api = API->new;
-    my $error = $api->readTextFile('duct.vel', \my @lines) || $api->parseVELData(\@lines, 0);
+    my @lines;
+    my $error = $api->readTextFile('duct.vel', \@lines) || $api->parseVELData(\@lines, 0);
 
 =head1 DESCRIPTION
 

@@ -55,6 +55,7 @@ sub of ($class, $database) {
         rules     => undef,
         compiled  => 0,
         names     => {},
+        expressions => undef,
         text      => '',
         listeners => [],
     }, $class;
@@ -82,7 +83,7 @@ sub _listen ($self) {
     my $model = $self;
     weaken($model);
     my $handler = sub {
-        return if !$_[1] && defined $_[2] && substr($_[0], 0, 6) ne '/RULES';
+        return if !$_[1] && defined $_[2] && $_[0] !~ m{^/(?:RULES|LIBRARY/EXPRESSIONS)/};
         $model->_changed(@_) if $model;
         return;
     };
@@ -96,6 +97,8 @@ sub _changed ($self, $path, $code, $new, $old) {
         return;
     }
     $self->{names} = {} if $code;
+    $self->{expressions} = undef if $path =~ m{^/LIBRARY/EXPRESSIONS(?:/|\z)};
+    return if !$code && defined $new;
     $_->($path, $code, $new, $old) for grep { defined } @{ $self->{listeners} };
     return;
 }
@@ -126,14 +129,13 @@ Drops everything known of the database.
 
 sub refresh ($self) {
     return if $self->{listens};
-    $self->{names} = {};
+    @$self{qw(names expressions)} = ({}, undef);
     $self->{rules} = undef if join("\n", $self->_lines) ne $self->{text};
     return;
 }
 
 sub forget ($self) {
-    $self->{rules} = undef;
-    $self->{names} = {};
+    @$self{qw(rules names expressions)} = (undef, {}, undef);
     return;
 }
 
@@ -319,12 +321,27 @@ sub object_name_set ($self, $types) {
     return { map { %{ $self->_names_of($_)->{set} } } @$types };
 }
 
+=item C<expression_names>
+
+A hash, not to be changed, of the names that expressions may use.
+
+=cut
+
+sub expression_names ($self) {
+    return $self->{expressions} //= do {
+        my @names;
+        my $path = '/LIBRARY/EXPRESSIONS';
+        $self->{database}->getChildParamList($path, \@names) if $self->{database}->havePath($path);
+        +{ map { $_ => 1 } @names };
+    };
+}
+
 sub _names_of ($self, $type) {
     return $self->{names}{$type} //= do {
         my @paths;
         $self->{database}->getObjectsByType($type, \@paths);
         my @names = map { (split_path($_))[1] =~ s/^[^:]*://r } grep { !m{^/RULES/} } @paths;
-        { list => \@names, set => { map { $_ => 1 } @names } };
+        +{ list => \@names, set => { map { $_ => 1 } @names } };
     };
 }
 

@@ -61,10 +61,7 @@ sub run ($self) {
         my ($version) = $upgrade->{name} =~ /([0-9.]+)$/;
         $newest = $version if !defined $newest;
         for my $step (@{ $upgrade->{blocks} }) {
-            my $run = $STEP{ $step->{fields}{'Action'} };
-            # The innermost first: a renamed object takes along what is in it.
-            $self->$run($_, $step->{fields})
-                for reverse $self->_objects($step->{fields}{'Object Type'});
+            $self->_run_step($step->{fields});
         }
     }
     $self->_set_version($stated, $newest) if defined $newest;
@@ -74,6 +71,18 @@ sub run ($self) {
 =back
 
 =cut
+
+# What a renamed object takes along is found under its new path.
+sub _run_step ($self, $step) {
+    my $run   = $STEP{ $step->{'Action'} };
+    my @paths = $self->_objects($step->{'Object Type'});
+    while (defined(my $path = shift @paths)) {
+        next if !$self->{database}->havePath($path);
+        my $moved = $self->$run($path, $step) // next;
+        s{^\Q$path\E(?=/)}{$moved} for @paths;
+    }
+    return;
+}
 
 sub _later_than ($self, $stated) {
     my @upgrades = map { [ $_, $_->{name} =~ /([0-9.]+)$/ ] } $self->{model}->rules->upgrades;
@@ -116,23 +125,27 @@ sub _must ($self, $error) {
     return;
 }
 
-sub _move_value ($self, $from, $to) {
-    $self->_must($self->{database}->createParam($to, $self->_value($from)));
-    $self->_must($self->{database}->deleteParam($from));
-    return;
-}
-
 sub _has_parameter ($self, $path) {
     return $self->{database}->havePath($path) && !$self->{database}->isObject($path);
 }
 
-# --- Steps: each gets the path of one object and the fields of the step -------
+# --- Steps: each gets the path of one object and the fields of the step, and
+# gives the new path where it moves the object ---------------------------------
 
+# Made at the end of the object; those behind the old place follow it there, so
+# that the order of the parameters is kept.
 sub _rename_parameter ($self, $path, $step) {
-    my ($old, $new) = map { "$path/$step->{$_}" } 'Parameter', 'New Name';
-    return if !$self->_has_parameter($old) || $self->{database}->havePath($new);
-    $self->_move_value($old, $new);
-    $self->_note($old, qq(renamed to "$step->{'New Name'}"));
+    my ($old, $new) = @$step{ 'Parameter', 'New Name' };
+    my $database = $self->{database};
+    return if !$self->_has_parameter("$path/$old") || $database->havePath("$path/$new");
+    $database->getChildParamList($path, \my @names);
+    shift @names while $names[0] ne $old;
+    for my $name (@names) {
+        my $value = $self->_value("$path/$name");
+        $self->_must($database->deleteParam("$path/$name"));
+        $self->_must($database->createParam($name eq $old ? "$path/$new" : "$path/$name", $value));
+    }
+    $self->_note("$path/$old", qq(renamed to "$new"));
     return;
 }
 
@@ -170,7 +183,8 @@ sub _move_parameter ($self, $path, $step) {
     my $new    = "$target/" . ($step->{'New Name'} // $step->{'Parameter'});
     return if !$self->_has_parameter($old) || $self->{database}->havePath($new);
     $self->_must($self->{database}->createObject($target, 0)) if !$self->{database}->havePath($target);
-    $self->_move_value($old, $new);
+    $self->_must($self->{database}->createParam($new, $self->_value($old)));
+    $self->_must($self->{database}->deleteParam($old));
     $self->_note($old, "moved to $new");
     return;
 }
@@ -191,7 +205,7 @@ sub _rename_type ($self, $path, $step) {
     $self->_copy($path, $new);
     $self->_must($self->{database}->deleteObj($path));
     $self->_note($path, "renamed to $renamed");
-    return;
+    return $new;
 }
 
 sub _copy ($self, $from, $to) {

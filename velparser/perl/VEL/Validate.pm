@@ -169,7 +169,6 @@ sub _root_findings ($self) {
 # in a walk of the tree the parent has just been asked for.
 sub _is_known_chain ($self, $path) {
     my $last = $self->{under};
-    my @below;
     my $known = 1;
     for (my $at = $path; $at ne '/'; ($at) = VEL::Model::split_path($at)) {
         if ($at eq $last->{path}) {
@@ -266,18 +265,11 @@ sub _asker ($self) {
         my $validator = $self;
         weaken($validator);
         {   objects     => sub ($types) { $validator->{model}->object_name_set($types) },
-            expressions => sub { $validator->_expression_names },
+            expressions => sub { $validator->{model}->expression_names },
         };
     };
     @$asker{qw(units bounds used)} = @$self{qw(units bounds used)};
     return $asker;
-}
-
-sub _expression_names ($self) {
-    my @names;
-    $self->{database}->getChildParamList('/LIBRARY/EXPRESSIONS', \@names)
-        if $self->{database}->havePath('/LIBRARY/EXPRESSIONS');
-    return { map { $_ => 1 } @names };
 }
 
 sub _unknown_parameter ($self, $path, $name, $type, $variant) {

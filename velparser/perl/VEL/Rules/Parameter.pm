@@ -186,9 +186,9 @@ sub _unit_problems ($self, $text, $number, $unit) {
         return [ 'missing-unit', "$number has no unit; write it as $number [$units]" ];
     }
     return if VEL::Units::is_convertible($unit, $units);
-    return [ 'wrong-unit', "$text is in a unit that does not exist; a unit such as [$units] is needed" ]
-        if !VEL::Units::exists_unit($unit);
-    return [ 'wrong-unit', "$text is in a unit of something else; a unit such as [$units] is needed" ];
+    my $instead = "give it in [$units] or a unit of the same quantity";
+    return [ 'wrong-unit', "the unit of $text does not exist; $instead" ] if !VEL::Units::exists_unit($unit);
+    return [ 'wrong-unit', "$text is in a unit of another quantity; $instead" ];
 }
 
 sub _bound_problems ($self, $text, $number, $unit) {
