@@ -1,0 +1,199 @@
+#include "io/Src/Main/compressed_data.h"
+
+#include "io/Src/Main/byte_order.h"
+#include "io/Src/Main/io_gzip.h"
+#include "io/Src/Main/zot_numbers.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <new>
+
+namespace {
+
+/// Not initialised: every byte used is written first.
+using byte_buffer = std::unique_ptr<char[]>;
+
+byte_buffer allocate(std::int64_t bytes)
+{
+    return byte_buffer(new (std::nothrow) char[static_cast<std::size_t>(bytes)]);
+}
+
+int write_stored_mark(zot_io &io, format_code format)
+{
+    int code = zotwriteOffset(io, format, IO_STORED);
+    return code == IO_OK ? IO_COMPRESSION : code;
+}
+
+class array_reader
+{
+public:
+    array_reader(zot_io &io, format_code format, element_type type, void *data, std::int32_t count,
+                 std::int32_t blockfactor, std::int64_t data_end)
+        : io_(io), format_(format), word_(static_cast<std::int64_t>(element_word_bytes(type))),
+          data_(static_cast<char *>(data)), left_(count * word_), block_(blockfactor * word_),
+          data_end_(data_end)
+    {
+    }
+
+    int read()
+    {
+        while (left_ > 0) {
+            std::int64_t length = 0;
+            if (zotreadOffset(io_, format_, length) != IO_OK) {
+                return io_.report->error(
+                    IO_READ_ERROR,
+                    "read_compressed_dataarray: can not read the compressed data length\n");
+            }
+            int code = length == IO_STORED ? stored() : compressed(length);
+            if (code != IO_OK) {
+                return code;
+            }
+            first_ = false;
+        }
+        return IO_OK;
+    }
+
+private:
+    std::int64_t rest_of_area() const { return data_end_ - io_.stream.tell(); }
+
+    void advance(std::int64_t bytes)
+    {
+        data_ += bytes;
+        left_ -= bytes;
+    }
+
+    /// After −1: all the rest if exactly so much is there, else one block.
+    int stored()
+    {
+        std::int64_t bytes = rest_of_area() == left_ ? left_ : std::min(left_, block_);
+        auto wanted = static_cast<std::size_t>(bytes);
+        std::size_t got = bytes <= rest_of_area() ? io_.stream.read(data_, wanted) : 0;
+        if (got != wanted) {
+            return zotshortRead(io_, "read_compressed_dataarray", got, wanted);
+        }
+        advance(bytes);
+        return IO_OK;
+    }
+
+    int compressed(std::int64_t length)
+    {
+        const io_reporter &report = *io_.report;
+        if (length <= 0 || length > std::numeric_limits<std::int32_t>::max()) {
+            return report.error(IO_COMPRESSION,
+                                "read_compressed_dataarray: bad compressed data length %lld\n",
+                                static_cast<long long>(length));
+        }
+        if (length > rest_of_area()) {
+            return zotshortRead(io_, "read_compressed_dataarray",
+                                static_cast<std::size_t>(std::max<std::int64_t>(rest_of_area(), 0)),
+                                static_cast<std::size_t>(length));
+        }
+        byte_buffer bytes = allocate(length);
+        if (!bytes) {
+            return report.error(IO_NO_MEMORY, "read_compressed_dataarray: malloc failed\n");
+        }
+        auto wanted = static_cast<std::size_t>(length);
+        std::size_t got = io_.stream.read(bytes.get(), wanted);
+        if (got != wanted) {
+            return zotshortRead(io_, "read_compressed_dataarray", got, wanted);
+        }
+        return inflate_part(bytes.get(), length);
+    }
+
+    /// The first stream may hold everything or one block; later ones a block.
+    int inflate_part(const char *bytes, std::int64_t length)
+    {
+        std::int64_t expected = first_ ? left_ : std::min(left_, block_);
+        std::int64_t produced = 0;
+        if (int code = io_inflate(*io_.report, bytes, length, data_, expected, produced)) {
+            return code;
+        }
+        bool one_block = first_ && produced == block_ && produced < left_;
+        if (!one_block) {
+            if (int code = io_gunzip_exactly(*io_.report, produced, expected)) {
+                return code;
+            }
+        }
+        advance(produced);
+        return IO_OK;
+    }
+
+    zot_io &io_;
+    format_code format_;
+    std::int64_t word_;
+    char *data_;
+    std::int64_t left_;  ///< bytes still to come
+    std::int64_t block_; ///< bytes of a block
+    std::int64_t data_end_;
+    bool first_ = true;
+};
+
+} // namespace
+
+int compression_wanted(const io_reporter &report, format_code format, const data_type &type,
+                       std::int32_t count, bool &wanted)
+{
+    wanted = format.compressed() && count >= IO_COMPRESS_FROM && !type.structure &&
+             type.single() != IO_STRI;
+    if (wanted && format.level() < 1) {
+        return report.error(IO_COMPRESSION,
+                            "read_unfmt_structure: the compress level in the data is wrong\n");
+    }
+    return IO_OK;
+}
+
+int write_compressed_dataarray(zot_io &io, format_code format, element_type type, const void *data,
+                               std::int32_t count)
+{
+    const io_reporter &report = *io.report;
+    if (!format.compressed()) {
+        return report.error(IO_BAD_FORMAT,
+                            "write_compressed_dataarray: bad compressed format %c%c\n",
+                            format.letter, format.second);
+    }
+    auto word = static_cast<std::int64_t>(element_word_bytes(type));
+    byte_buffer out = allocate(count * word);
+    if (!out) {
+        return report.no_memory("write_compressed_dataarray", count * word);
+    }
+    std::int64_t words =
+        io_gzip(report, io_gzip_letter(type), format.level(), data, count, out.get());
+    if (words > count) {
+        report.error(
+            IO_COMPRESSION,
+            "write_compressed_dataarray: additional data from compression: got %d, expected"
+            " max %d",
+            static_cast<int>(words), count);
+    }
+    std::int64_t bytes = words * word;
+    if (words <= 0 || words > count || bytes > std::numeric_limits<std::int32_t>::max()) {
+        return write_stored_mark(io, format);
+    }
+    if (int code = zotwriteOffset(io, format, bytes)) {
+        return code;
+    }
+    if (!io.stream.write(out.get(), static_cast<std::size_t>(bytes))) {
+        return report.zotsystemErr(io_write_code(),
+                                   "write_compressed_dataarray: (fwrite failed) syserr:");
+    }
+    return IO_OK;
+}
+
+int read_compressed_dataarray(zot_io &io, format_code format, element_type type, void *data,
+                              std::int32_t count, std::int32_t blockfactor, std::int64_t data_end)
+{
+    if (!format.compressed()) {
+        return io.report->error(IO_BAD_FORMAT,
+                                "read_compressed_dataarray: bad compressed format %c%c\n",
+                                format.letter, format.second);
+    }
+    array_reader reader(io, format, type, data, count, blockfactor, data_end);
+    if (int code = reader.read()) {
+        return code;
+    }
+    if (format.swapped()) {
+        swap_bytes(data, static_cast<std::size_t>(count), element_word_bytes(type));
+    }
+    return IO_OK;
+}

@@ -1,0 +1,22 @@
+// Compressed arrays in datasets.
+#pragma once
+
+#include "io/Src/Main/data_type.h"
+#include "io/Src/Main/zot_primitives.h"
+
+/// Whether an array is to be compressed: a binary code with a digit, 100
+/// elements or more, neither STRI nor a structure. 23 with a message for the
+/// level 0.
+int compression_wanted(const io_reporter &report, format_code format, const data_type &type,
+                       std::int32_t count, bool &wanted);
+
+/// Compresses the array and writes its length and the stream. 23 if the data
+/// does not compress: then −1 was written as the length, and the data is to
+/// follow as it is.
+int write_compressed_dataarray(zot_io &io, format_code format, element_type type, const void *data,
+                               std::int32_t count);
+
+/// Reads an array of which compression_wanted() is true: one stream, or blocks
+/// of `blockfactor` elements. The data area ends at `data_end` in the file.
+int read_compressed_dataarray(zot_io &io, format_code format, element_type type, void *data,
+                              std::int32_t count, std::int32_t blockfactor, std::int64_t data_end);

@@ -1,0 +1,199 @@
+#include "io/Src/Main/convert_data.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+bool is_number(element_type type)
+{
+    return type == IO_INTR || type == IO_REAL || type == IO_DBLE;
+}
+
+bool compatible(element_type from, element_type to)
+{
+    return from == to || (is_number(from) && is_number(to)) || (from == IO_LOGL && to == IO_INTR) ||
+           (from == IO_INTR && to == IO_LOGL);
+}
+
+/// False where the value does not fit; fractions are cut off toward zero.
+template <typename From, typename To>
+bool convert_value(From from, To &to)
+{
+    constexpr bool to_integer = std::is_same_v<To, std::int32_t>;
+    if constexpr (to_integer && std::is_floating_point_v<From>) {
+        auto wide = static_cast<double>(from);
+        if (!(wide > -2147483649.0 && wide < 2147483648.0)) {
+            return false;
+        }
+    }
+    if constexpr (std::is_same_v<To, std::uint8_t>) {
+        to = from != 0;
+    } else {
+        to = static_cast<To>(from);
+    }
+    return true;
+}
+
+/// Walks through the arrays of both sides in step.
+class converter
+{
+public:
+    converter(const io_reporter &report, const data_type &from, const IO_data &in,
+              const data_type &to, IO_data &out)
+        : report_(report), in_(in), out_(out), in_slot_(from.string_slot()),
+          out_slot_(to.string_slot())
+    {
+    }
+
+    int item(const type_entry &from, const type_entry &to, std::int64_t values)
+    {
+        if (!enough(from.type, values)) {
+            static constexpr const char *kinds[] = {"string", "char", "intr",
+                                                    "real",   "dble", "logl"};
+            return report_.error(IO_NO_ROOM, "convert_data: not enough %s input data",
+                                 kinds[from.type]);
+        }
+        bool good = true;
+        switch (from.type) {
+        case IO_STRI:
+            strings(from.length, to.length, values);
+            break;
+        case IO_CHAR:
+            std::memcpy(out_.chars + next(out_next_, IO_CHAR, values),
+                        in_.chars + next(in_next_, IO_CHAR, values),
+                        static_cast<std::size_t>(values));
+            break;
+        case IO_INTR:
+            good = numbers(in_.integers, IO_INTR, to.type, values);
+            break;
+        case IO_REAL:
+            good = numbers(in_.reals, IO_REAL, to.type, values);
+            break;
+        case IO_DBLE:
+            good = numbers(in_.doubles, IO_DBLE, to.type, values);
+            break;
+        default:
+            good = numbers(in_.logicals, IO_LOGL, to.type, values);
+            break;
+        }
+        return good ? IO_OK
+                    : report_.error(IO_NO_CONVERSION,
+                                    "convert_data: a number does not fit a 32-bit integer");
+    }
+
+private:
+    /// Where the next `values` values of a type stand; steps over them.
+    static std::int64_t next(element_counts &positions, element_type type, std::int64_t values)
+    {
+        std::int64_t &position = positions[static_cast<std::size_t>(type)];
+        std::int64_t start = position;
+        position += values;
+        return start;
+    }
+
+    bool enough(element_type type, std::int64_t values)
+    {
+        return element_array_size(in_, type) - in_next_[static_cast<std::size_t>(type)] >= values;
+    }
+
+    void strings(std::int32_t in_length, std::int32_t out_length, std::int64_t values)
+    {
+        auto most = static_cast<std::size_t>(std::min(in_length, out_length));
+        std::int64_t from = next(in_next_, IO_STRI, values);
+        std::int64_t to = next(out_next_, IO_STRI, values);
+        for (std::int64_t i = 0; i < values; i++) {
+            const char *text = in_.strings + static_cast<std::size_t>(from + i) * in_slot_;
+            char *target = out_.strings + static_cast<std::size_t>(to + i) * out_slot_;
+            std::size_t length = strnlen(text, most);
+            std::memcpy(target, text, length);
+            target[length] = '\0';
+        }
+    }
+
+    template <typename From>
+    bool numbers(const From *in, element_type from, element_type to, std::int64_t values)
+    {
+        const From *source = in + next(in_next_, from, values);
+        std::int64_t start = next(out_next_, to, values);
+        switch (to) {
+        case IO_INTR:
+            return loop(source, out_.integers + start, values);
+        case IO_REAL:
+            return loop(source, out_.reals + start, values);
+        case IO_DBLE:
+            return loop(source, out_.doubles + start, values);
+        default:
+            return loop(source, out_.logicals + start, values);
+        }
+    }
+
+    template <typename From, typename To>
+    static bool loop(const From *from, To *to, std::int64_t values)
+    {
+        for (std::int64_t i = 0; i < values; i++) {
+            if (!convert_value(from[i], to[i])) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    const io_reporter &report_;
+    const IO_data &in_;
+    IO_data &out_;
+    std::size_t in_slot_;
+    std::size_t out_slot_;
+    element_counts in_next_ = {};
+    element_counts out_next_ = {};
+};
+
+} // namespace
+
+int check_conversion(const io_reporter &report, const std::string &from_text, const data_type &from,
+                     const std::string &to_text, const data_type &to)
+{
+    const char *a = from_text.c_str();
+    const char *b = to_text.c_str();
+    if (from.entries.size() != to.entries.size()) {
+        return report.error(IO_NO_CONVERSION,
+                            "convert_data: cannot convert from %s to %s: different total number of"
+                            " items",
+                            a, b);
+    }
+    for (std::size_t i = 0; i < from.entries.size(); i++) {
+        if (from.entries[i].count != to.entries[i].count) {
+            return report.error(IO_NO_CONVERSION,
+                                "convert_data: cannot convert from %s to %s: counts differ for item"
+                                " %d",
+                                a, b, static_cast<int>(i) + 1);
+        }
+    }
+    for (std::size_t i = 0; i < from.entries.size(); i++) {
+        if (!compatible(from.entries[i].type, to.entries[i].type)) {
+            return report.error(IO_NO_CONVERSION,
+                                "convert_data: cannot convert from %s to %s: incompatible types for"
+                                " item %d",
+                                a, b, static_cast<int>(i) + 1);
+        }
+    }
+    return IO_OK;
+}
+
+int convert_data(const io_reporter &report, const data_type &from, const IO_data &in,
+                 const data_type &to, IO_data &out, std::int32_t count)
+{
+    // A single type is one item of `count` values rather than `count` items.
+    std::int64_t records = from.structure ? count : 1;
+    std::int64_t repeat = from.structure ? 1 : count;
+    converter work(report, from, in, to, out);
+    for (std::int64_t record = 0; record < records; record++) {
+        for (std::size_t i = 0; i < from.entries.size(); i++) {
+            const type_entry &entry = from.entries[i];
+            if (int code = work.item(entry, to.entries[i], entry.values() * repeat)) {
+                return code;
+            }
+        }
+    }
+    return IO_OK;
+}

@@ -1,0 +1,237 @@
+#include "io/Src/Main/data_io.h"
+
+#include "io/Src/Main/compressed_data.h"
+#include "io/Src/Main/structure_data.h"
+#include "io/Src/Main/zot_numbers.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+std::uint8_t plain_logical(std::uint8_t value)
+{
+    return value != 0;
+}
+
+/// Exactly 0 and 1, whatever the client took for true.
+std::vector<std::uint8_t> plain_logicals(const std::uint8_t *values, std::int32_t count)
+{
+    std::vector<std::uint8_t> plain(static_cast<std::size_t>(count));
+    std::transform(values, values + count, plain.begin(), plain_logical);
+    return plain;
+}
+
+int write_strings(zot_io &io, const data_shape &shape, const IO_data &data)
+{
+    auto length = static_cast<std::size_t>(shape.type.entries.front().length);
+    std::string padded;
+    for (std::int32_t i = 0; i < shape.count; i++) {
+        const char *slot = data.strings + static_cast<std::size_t>(i) * (length + 1);
+        std::string_view text(slot, strnlen(slot, length));
+        if (!shape.format.formatted()) {
+            padded.assign(text);
+            padded.resize(length, ' ');
+            text = padded;
+        }
+        if (int code = zotwriteString(io, shape.format, text, length)) {
+            return code;
+        }
+    }
+    return IO_OK;
+}
+
+int read_strings(zot_io &io, const data_shape &shape, IO_data &data)
+{
+    auto length = static_cast<std::size_t>(shape.type.entries.front().length);
+    std::string text;
+    for (std::int32_t i = 0; i < shape.count; i++) {
+        char *slot = data.strings + static_cast<std::size_t>(i) * (length + 1);
+        if (shape.format.formatted()) {
+            if (int code = zotreadString(io, shape.format, length, text)) {
+                return code;
+            }
+            std::memcpy(slot, text.data(), text.size());
+            slot[text.size()] = '\0';
+            continue;
+        }
+        std::size_t got = io.stream.read(slot, length);
+        if (got != length) {
+            return zotshortRead(io, "zotreadString", got, length);
+        }
+        std::string_view kept = zottrimEnd({slot, strnlen(slot, length)});
+        slot[kept.size()] = '\0';
+    }
+    return IO_OK;
+}
+
+int write_chars(zot_io &io, const data_shape &shape, const IO_data &data)
+{
+    auto count = static_cast<std::size_t>(shape.count);
+    return zotwriteString(io, shape.format, {data.chars, count}, count);
+}
+
+int read_chars(zot_io &io, const data_shape &shape, IO_data &data)
+{
+    auto count = static_cast<std::size_t>(shape.count);
+    if (!shape.format.formatted()) {
+        std::size_t got = io.stream.read(data.chars, count);
+        return got == count ? IO_OK : zotshortRead(io, "zotreadString", got, count);
+    }
+    std::string text;
+    if (int code = zotreadString(io, shape.format, count, text)) {
+        return code;
+    }
+    text.resize(count, ' ');
+    std::memcpy(data.chars, text.data(), count);
+    return IO_OK;
+}
+
+int write_array(zot_io &io, const data_shape &shape, const IO_data &data)
+{
+    switch (shape.type.single()) {
+    case IO_STRI:
+        return write_strings(io, shape, data);
+    case IO_CHAR:
+        return write_chars(io, shape, data);
+    case IO_INTR:
+        return zotwriteIntr(io, shape.format, data.integers, shape.count);
+    case IO_REAL:
+        return zotwriteReal(io, shape.format, data.reals, shape.count);
+    case IO_DBLE:
+        return zotwriteDble(io, shape.format, data.doubles, shape.count);
+    default:
+        return zotwriteLogl(io, shape.format, data.logicals, shape.count);
+    }
+}
+
+int read_array(zot_io &io, const data_shape &shape, IO_data &data)
+{
+    switch (shape.type.single()) {
+    case IO_STRI:
+        return read_strings(io, shape, data);
+    case IO_CHAR:
+        return read_chars(io, shape, data);
+    case IO_INTR:
+        return zotreadIntr(io, shape.format, data.integers, shape.count);
+    case IO_REAL:
+        return zotreadReal(io, shape.format, data.reals, shape.count);
+    case IO_DBLE:
+        return zotreadDble(io, shape.format, data.doubles, shape.count);
+    default:
+        return zotreadLogl(io, shape.format, data.logicals, shape.count);
+    }
+}
+
+int read_compressed(zot_io &io, const data_shape &shape, IO_data &data)
+{
+    element_type type = shape.type.single();
+    void *array = element_array(data, type);
+    if (int code = read_compressed_dataarray(io, shape.format, type, array, shape.count,
+                                             shape.blockfactor, shape.end)) {
+        return code;
+    }
+    if (type == IO_LOGL) {
+        std::transform(data.logicals, data.logicals + shape.count, data.logicals, plain_logical);
+    }
+    return IO_OK;
+}
+
+int read_any(zot_io &io, const data_shape &shape, IO_data &data)
+{
+    if (shape.type.structure) {
+        return read_structure(io, shape, data);
+    }
+    bool compressed = false;
+    if (int code =
+            compression_wanted(*io.report, shape.format, shape.type, shape.count, compressed)) {
+        return code;
+    }
+    return compressed ? read_compressed(io, shape, data) : read_array(io, shape, data);
+}
+
+int too_short(zot_io &io, std::int64_t left)
+{
+    return io.report->error(IO_READ_ERROR,
+                            "read_data: the header claims more data than the %lld bytes that are"
+                            " left",
+                            static_cast<long long>(left));
+}
+
+/// Whether `count` elements of `bytes` each are at most `limit`; the product
+/// may be beyond 64 bits.
+bool within(std::int64_t count, std::int64_t bytes, std::int64_t limit)
+{
+    return bytes <= 0 || count <= limit / bytes;
+}
+
+} // namespace
+
+int write_data(zot_io &io, const data_shape &shape, const IO_data &data)
+{
+    if (!arrays_hold(data, total_counts(shape.type, shape.count))) {
+        return io.report->error(IO_NO_ROOM, "write_data: not enough data for the element count\n");
+    }
+    if (shape.type.structure) {
+        return write_structure(io, shape, data);
+    }
+    bool compressed = false;
+    if (int code =
+            compression_wanted(*io.report, shape.format, shape.type, shape.count, compressed)) {
+        return code;
+    }
+    if (compressed) {
+        element_type type = shape.type.single();
+        std::vector<std::uint8_t> logicals;
+        const void *array = element_array(data, type);
+        if (type == IO_LOGL) {
+            logicals = plain_logicals(data.logicals, shape.count);
+            array = logicals.data();
+        }
+        int code = write_compressed_dataarray(io, shape.format, type, array, shape.count);
+        if (code != IO_COMPRESSION) {
+            return code;
+        }
+    }
+    return write_array(io, shape, data);
+}
+
+int check_data_claim(zot_io &io, const data_shape &shape)
+{
+    std::int64_t left = std::max<std::int64_t>(shape.end - io.stream.tell(), 0);
+    std::int64_t ratio_limit = IO_INFLATE_RATIO * left + IO_INFLATE_RATIO;
+    bool compressed = false;
+    if (int code =
+            compression_wanted(*io.report, shape.format, shape.type, shape.count, compressed)) {
+        return code;
+    }
+    if (compressed) {
+        bool possible = within(shape.count, shape.type.bytes(), ratio_limit);
+        return possible ? IO_OK
+                        : io.report->error(IO_COMPRESSION,
+                                           "read_data: the header claims more data than %lld"
+                                           " compressed bytes can hold",
+                                           static_cast<long long>(left));
+    }
+    if (!shape.format.formatted()) {
+        return within(shape.count, shape.type.bytes(), left) ? IO_OK : too_short(io, left);
+    }
+    std::int64_t least = shape.type.formatted_bytes();
+    if (!shape.type.structure && shape.type.single() == IO_STRI) {
+        least += shape.type.entries.front().length; // lines are filled with blanks
+    }
+    // Strings in records stand without their blanks: those are bounded as
+    // compressed data is.
+    bool possible =
+        within(shape.count, least, left) && within(shape.count, shape.type.bytes(), ratio_limit);
+    return possible ? IO_OK : too_short(io, left);
+}
+
+int read_data(zot_io &io, const data_shape &shape, IO_data &data)
+{
+    int code = read_any(io, shape, data);
+    if (code != IO_OK) {
+        blank_arrays(data, total_counts(shape.type, shape.count), shape.type.string_slot());
+    }
+    return code;
+}

@@ -1,0 +1,39 @@
+// The header of a dataset: what stands between "*HEADER" and the data tag.
+#pragma once
+
+#include "io/Src/Main/zot_primitives.h"
+
+#include <string>
+#include <vector>
+
+struct dataset_header
+{
+    std::string what;
+    std::string where;
+    std::int32_t when = 0;
+    std::vector<std::string> attributes;
+    std::string type;
+    std::int32_t count = 0;
+    std::int32_t blockfactor = 1; ///< reading: 1 where there is none; writing: 0 for none
+};
+
+/// Whether the texts fit their records and hold no control characters.
+bool header_is_writable(const dataset_header &header);
+
+/// The block factor that goes into a header: 100000 for 1 or less in a
+/// compressed format, 0 (none is written) in an uncompressed binary one.
+std::int32_t header_blockfactor(format_code format, std::int32_t asked);
+
+int write_header(zot_io &io, format_code format, const dataset_header &header);
+
+/// From "*HEADER" up to the data tag, in front of which the stream then stands.
+/// `file` is the name for messages. 15 for a record that is not what it should
+/// be, 10 and 14 as the primitives have it; memory grows only with what was
+/// read.
+int read_header(zot_io &io, format_code format, const std::string &file, dataset_header &header);
+
+int write_datatag(zot_io &io, format_code format);
+int read_datatag(zot_io &io, format_code format);
+
+/// A plain tag such as "*DATASET".
+int write_tag(zot_io &io, format_code format, std::string_view tag);

@@ -1,0 +1,79 @@
+// Stepping through the datasets of a container by their lengths, without an
+// index.
+#pragma once
+
+#include "io/Src/Main/dataset_header.h"
+#include "io/Src/Main/open_file.h"
+
+enum class scan_kind {
+    dataset, ///< live, both lengths agree, the header was read
+    deleted, ///< marked, both lengths agree; the header is read if it can be
+    index,   ///< a stored index
+};
+
+struct scanned_dataset
+{
+    scan_kind kind = scan_kind::dataset;
+    format_code format;        ///< that of before a deletion
+    std::int64_t position = 0; ///< of the format code
+    std::int64_t start = 0;    ///< of the start word
+    std::int64_t length = 0;
+    std::int64_t end = 0; ///< behind the second length
+    bool has_header = false;
+    dataset_header header;
+};
+
+/// Why a scan ended.
+enum class scan_end {
+    running,
+    end_of_file, ///< at a boundary: all is well
+    crash,       ///< at "*CRASH"
+    interrupted, ///< at a length of zero
+    cut,         ///< the file ends inside a dataset or an index
+    damaged,     ///< what stands there is no dataset, or contradicts itself
+};
+
+class dataset_scan
+{
+public:
+    /// Of a file of `size` bytes, from its first dataset on.
+    dataset_scan(open_file &file, std::int64_t size);
+
+    /// Goes on to the next dataset or index; false at the end of the scan,
+    /// whose reason has been reported where it is not a good one.
+    bool next();
+
+    const scanned_dataset &item() const { return item_; }
+    scan_end end() const { return end_; }
+
+    /// Where the scan ended.
+    std::int64_t position() const { return position_; }
+
+    /// 0, also for an end that a crash explains; 20 for damage, 10 for a read
+    /// that failed.
+    int code() const { return code_; }
+
+private:
+    bool stop(scan_end end, int code = IO_OK);
+    bool read_format();
+    bool read_length();
+    bool length_of_zero();
+    bool choose_old_style(const std::vector<format_code> &candidates);
+    bool agrees(format_code format);
+    bool read_word();
+    bool read_dataset();
+    bool skip_deleted();
+    bool skip_index();
+    bool cut_short();
+    bool damaged();
+    std::int64_t length_field_end() const;
+
+    open_file &file_;
+    zot_io &io_;
+    std::int64_t size_;
+    std::int64_t position_;
+    format_code mark_; ///< as it stands in the file
+    scanned_dataset item_;
+    scan_end end_ = scan_end::running;
+    int code_ = IO_OK;
+};

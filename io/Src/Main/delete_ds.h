@@ -1,0 +1,9 @@
+// Deleting datasets: they stay in the file, marked.
+#pragma once
+
+#include "io/Src/Main/open_file.h"
+
+/// Deletes every live dataset that matches; patterns and a negative WHEN are
+/// allowed. 17 if none does. The file has been made writable by
+/// setfilebusyflag().
+int delete_ds(open_file &file, const char *what, const char *where, std::int32_t when);

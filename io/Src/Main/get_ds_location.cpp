@@ -1,0 +1,368 @@
+#include "io/Src/Main/get_ds_location.h"
+
+#include "io/Src/Main/glob.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t key_start = 2; // behind the status and its ESC
+
+/// The next field of a line; empty at its end. Skips empty fields.
+std::string_view next_field(const char *&line)
+{
+    while (*line == IO_ESC) {
+        line++;
+    }
+    const char *start = line;
+    while (*line != '\0' && *line != IO_ESC) {
+        line++;
+    }
+    return {start, static_cast<std::size_t>(line - start)};
+}
+
+void copy_text(char (&to)[IO_STRING_SLOT], std::string_view text)
+{
+    std::size_t length = std::min(text.size(), IO_STRING_LENGTH);
+    std::memcpy(to, text.data(), length);
+    to[length] = '\0';
+}
+
+/// As atoi() reads: what is no number is 0.
+template <typename Integer>
+Integer leading_number(std::string_view text)
+{
+    Integer number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+/// The beginning that all lines sought have in common: texts and a WHEN, each
+/// ended by ESC. Longer than a slot means that nothing can match.
+class search_key
+{
+public:
+    void add(std::string_view text)
+    {
+        if (length_ + text.size() + 1 > sizeof bytes_) {
+            too_long_ = true;
+            return;
+        }
+        std::memcpy(bytes_ + length_, text.data(), text.size());
+        length_ += text.size();
+        bytes_[length_++] = IO_ESC;
+    }
+
+    void add(std::int32_t when)
+    {
+        char digits[16];
+        char *end = std::to_chars(digits, digits + sizeof digits, when).ptr;
+        add(std::string_view(digits, static_cast<std::size_t>(end - digits)));
+    }
+
+    /// Below, at or above the prefix; the text is NUL-terminated.
+    int compare(const char *text) const { return std::strncmp(text, bytes_, length_); }
+    bool too_long() const { return too_long_; }
+
+private:
+    char bytes_[IO_INDEX_SLOT];
+    std::size_t length_ = 0;
+    bool too_long_ = false;
+};
+
+/// Collects the live lines among `count` ordered ones that begin with the key;
+/// slot(i) is the i-th in that order, text(slot) what is compared.
+template <typename Slot, typename Text>
+int collect(const io_reporter &report, const index_table &index, const search_key &key, Slot slot,
+            Text text, const char *failure, located_datasets &found)
+{
+    std::int32_t low = 0;
+    std::int32_t high = key.too_long() ? 0 : index.count();
+    while (low < high) {
+        std::int32_t middle = low + (high - low) / 2;
+        if (key.compare(text(slot(middle))) < 0) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    for (; low < index.count() && !key.too_long(); low++) {
+        std::int32_t at = slot(low);
+        if (key.compare(text(at)) != 0) {
+            break;
+        }
+        if (index.status(at) != 'Y') {
+            continue;
+        }
+        located_dataset &record = found.emplace_back();
+        if (int code = parseindex(report, index.line(at), record)) {
+            return report.error(code, "%s", failure);
+        }
+        record.slot = at;
+    }
+    return IO_OK;
+}
+
+int by_what(const io_reporter &report, index_table &index, const char *what, const char *where,
+            std::int32_t when, located_datasets &found)
+{
+    if (glob_has_pattern(what)) {
+        return report.error(
+            IO_PARSE_ERROR,
+            "INST: get_ds_sortwhat_location with IO_SORT_WHAT when WHAT is a wildcard in"
+            " get_ds_location\n");
+    }
+    index.sort_by_what();
+    search_key key;
+    key.add(what);
+    if (where != nullptr) {
+        key.add(where);
+        if (when >= 0) {
+            key.add(when);
+        }
+    }
+    return collect(
+        report, index, key, [](std::int32_t i) { return i; },
+        [&](std::int32_t slot) { return index.line(slot) + key_start; },
+        "get_ds_location: parseindex failed\n", found);
+}
+
+int by_where(const io_reporter &report, index_table &index, const char *where, std::int32_t when,
+             located_datasets &found)
+{
+    const std::vector<std::int32_t> &order = index.where_order();
+    search_key key;
+    key.add(where);
+    if (when >= 0) {
+        key.add(when);
+    }
+    return collect(
+        report, index, key, [&](std::int32_t i) { return order[static_cast<std::size_t>(i)]; },
+        [&](std::int32_t slot) { return index_line_where(index.line(slot)); },
+        "get_ds_location: parsewhere failed\n", found);
+}
+
+int full_scan(const io_reporter &report, index_table &index, const char *what, const char *where,
+              std::int32_t when, located_datasets &found)
+{
+    for (std::int32_t slot = 0; slot < index.count(); slot++) {
+        if (index.status(slot) == 'N') {
+            continue;
+        }
+        located_dataset record = {};
+        if (int code = parseindex(report, index.line(slot), record)) {
+            return report.error(code, "get_ds_location: parseindex failed\n");
+        }
+        record.slot = slot;
+        if (glob_match(what, record.what) && glob_match(where, record.where) &&
+            (when < 0 || when == record.when)) {
+            found.push_back(record);
+        }
+    }
+    return IO_OK;
+}
+
+int locate_all_what(const io_reporter &report, index_table &index, const char *what,
+                    const char *where, std::int32_t when, located_datasets &found)
+{
+    if (int code = get_ds_location(report, index, IO_SORT_WHAT, what, nullptr, -1, found)) {
+        return report.error(code, "locate_all_what: get_ds_location failed\n");
+    }
+    std::erase_if(found, [&](const located_dataset &record) {
+        return !glob_match(where, record.where) || (when >= 0 && when != record.when);
+    });
+    return IO_OK;
+}
+
+int locate_all_where(const io_reporter &report, index_table &index, const char *what,
+                     const char *where, std::int32_t when, located_datasets &found)
+{
+    if (int code = get_ds_location(report, index, IO_SORT_WHERE, what, where, when, found)) {
+        return report.error(code, "locate_all_where: get_ds_location failed\n");
+    }
+    std::erase_if(found, [&](const located_dataset &record) {
+        if (index.status(record.slot) != 'Y') {
+            report.error(IO_OK,
+                         "WARNING: in locate_all_where, got a deleted dataset returned from"
+                         " get_ds_location(IO_SORT_WHERE): %s:%s:%d\n",
+                         record.what, record.where, record.when);
+            return true;
+        }
+        return !glob_match(what, record.what);
+    });
+    return IO_OK;
+}
+
+/// Marks what the index says is deleted; the number of those.
+std::int32_t update_subindex(const index_table &index, located_datasets &found)
+{
+    std::int32_t deleted = 0;
+    for (located_dataset &record : found) {
+        if (index.status(record.slot) != 'Y') {
+            record.slot = -1;
+            deleted++;
+        }
+    }
+    return deleted;
+}
+
+/// Largest WHEN first. That equal WHENs are ordered by WHAT from the third
+/// character only, as if WHAT still had a status in front, is kept: files and
+/// clients depend on the order.
+void sort_by_when(const io_reporter &report, located_datasets &found)
+{
+    auto count = static_cast<int>(found.size());
+    report.trace("about to sort %d datasets by WHEN", count);
+    auto tail = [](const located_dataset &record) {
+        return record.what + strnlen(record.what, key_start);
+    };
+    std::stable_sort(
+        found.begin(), found.end(), [&](const located_dataset &a, const located_dataset &b) {
+            return a.when != b.when ? a.when > b.when : std::strcmp(tail(a), tail(b)) < 0;
+        });
+    report.trace("sorted %d datasets by WHEN", count);
+}
+
+} // namespace
+
+std::string format_index_line(char status, std::string_view what, std::string_view where,
+                              std::int32_t when, std::int64_t length, std::int64_t position)
+{
+    std::string line(1, status);
+    auto add = [&line](std::string_view field) {
+        line += IO_ESC;
+        line += field;
+    };
+    add(what);
+    add(where);
+    add(std::to_string(when));
+    add(std::to_string(length));
+    add(std::to_string(position));
+    return line;
+}
+
+int parseindex(const io_reporter &report, const char *line, located_dataset &record)
+{
+    if (next_field(line).empty()) {
+        return report.error(IO_PARSE_ERROR, "parseindex: bad index: missing status code\n");
+    }
+    std::string_view field = next_field(line);
+    if (field.empty()) {
+        return report.error(IO_PARSE_ERROR, "parseindex: bad index: missing what\n");
+    }
+    copy_text(record.what, field);
+    field = next_field(line);
+    if (field.empty()) {
+        return report.error(IO_PARSE_ERROR,
+                            "parseindex: bad index: missing where in dataset %s:?:?\n",
+                            record.what);
+    }
+    copy_text(record.where, field);
+    field = next_field(line);
+    if (field.empty()) {
+        return report.error(IO_PARSE_ERROR,
+                            "parseindex: bad index: missing when in dataset %s:%s:?\n", record.what,
+                            record.where);
+    }
+    record.when = leading_number<std::int32_t>(field);
+    field = next_field(line);
+    if (field.empty()) {
+        return report.error(IO_PARSE_ERROR,
+                            "parseindex: bad index: missing dslength for dataset %s:%s:%d\n",
+                            record.what, record.where, record.when);
+    }
+    record.length = leading_number<std::int64_t>(field);
+    field = next_field(line);
+    if (field.empty()) {
+        return report.error(IO_PARSE_ERROR,
+                            "parseindex: bad index: missing location for dataset %s:%s:%d\n",
+                            record.what, record.where, record.when);
+    }
+    record.position = leading_number<std::int64_t>(field);
+    return IO_OK;
+}
+
+int get_ds_location(const io_reporter &report, index_table &index, location_mode mode,
+                    const char *what, const char *where, std::int32_t when, located_datasets &found)
+{
+    found.clear();
+    switch (mode) {
+    case IO_SORT_WHAT:
+        return by_what(report, index, what, where, when, found);
+    case IO_SORT_WHERE:
+        return by_where(report, index, where, when, found);
+    default:
+        return full_scan(report, index, what, where, when, found);
+    }
+}
+
+int find_datasets(const io_reporter &report, index_table &index, const char *what,
+                  const char *where, std::int32_t when, located_datasets &found)
+{
+    if (!index.sorted()) {
+        report.trace("sorting whatlist in locate_dataset");
+        index.sort_by_what();
+    }
+    report.trace("start to locate %s:%s:%d", what, where, when);
+    bool what_pattern = glob_has_pattern(what);
+    bool where_pattern = glob_has_pattern(where);
+    int code = IO_OK;
+    if (what_pattern && where_pattern) {
+        code = get_ds_location(report, index, IO_FULL_SCAN, what, where, when, found);
+    } else if (what_pattern) {
+        code = locate_all_where(report, index, what, where, when, found);
+    } else if (where_pattern) {
+        code = locate_all_what(report, index, what, where, when, found);
+    } else {
+        code = get_ds_location(report, index, IO_SORT_WHAT, what, where, when, found);
+    }
+    if (code != IO_OK) {
+        return report.error(code, "locate_dataset: main dataset location failed\n");
+    }
+    if (found.empty()) {
+        return IO_NOT_FOUND;
+    }
+    if (found.size() < 2) {
+        return IO_OK;
+    }
+    auto matched = static_cast<int>(found.size());
+    std::int32_t deleted = update_subindex(index, found);
+    report.trace("matched %d datasets in locate_dataset, %d were deleted", matched, deleted);
+    std::erase_if(found, [](const located_dataset &record) { return record.slot < 0; });
+    if (when < 0) {
+        sort_by_when(report, found);
+    }
+    return found.empty() ? IO_NOT_FOUND : IO_OK;
+}
+
+int locate_dataset(const io_reporter &report, index_table &index, const char *what,
+                   const char *where, std::int32_t when, located_datasets &scratch, IO_data &out)
+{
+    if (int code = find_datasets(report, index, what, where, when, scratch)) {
+        return code;
+    }
+    auto count = static_cast<std::int64_t>(scratch.size());
+    bool fits = out.strings_size >= 2 * count && out.integers_size >= count &&
+                out.offsets_size >= 2 * count;
+    out.strings_size = 2 * count;
+    out.integers_size = count;
+    out.offsets_size = 2 * count;
+    if (!fits) {
+        return IO_NO_ROOM;
+    }
+    char *text = out.strings;
+    std::int32_t *when_out = out.integers;
+    std::int64_t *offset = out.offsets;
+    for (const located_dataset &record : scratch) {
+        std::memcpy(text, record.what, sizeof record.what);
+        std::memcpy(text + IO_STRING_SLOT, record.where, sizeof record.where);
+        text += 2 * IO_STRING_SLOT;
+        *when_out++ = record.when;
+        *offset++ = record.position;
+        *offset++ = record.length;
+    }
+    report.trace("Returning %d matches", static_cast<int>(count));
+    return IO_OK;
+}

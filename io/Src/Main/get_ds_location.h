@@ -1,0 +1,53 @@
+// Finding datasets in the index of an open container. Nothing here touches the
+// file.
+#pragma once
+
+#include "io/Src/Main/index_table.h"
+#include "io/Src/Main/io_records.h"
+
+#include <string>
+#include <vector>
+
+/// An index line, taken apart.
+struct located_dataset
+{
+    char what[IO_STRING_SLOT];
+    char where[IO_STRING_SLOT];
+    std::int32_t when;
+    std::int64_t length;
+    std::int64_t position;
+    std::int32_t slot; ///< in the index; −1: found to be deleted
+};
+
+using located_datasets = std::vector<located_dataset>;
+
+/// "%s%c%s%c%s%c%d%c%I64d%c%I64d"
+std::string format_index_line(char status, std::string_view what, std::string_view where,
+                              std::int32_t when, std::int64_t length, std::int64_t position);
+
+/// Takes a line apart; the slot stays as it is. Empty fields are skipped, as
+/// a tokenizer does. 12 for a missing field.
+int parseindex(const io_reporter &report, const char *line, located_dataset &record);
+
+enum location_mode { IO_SORT_WHAT, IO_SORT_WHERE, IO_FULL_SCAN };
+
+/// The live datasets that match, in ascending byte order of the array searched
+/// (the full scan: in index order). A negative WHEN matches every WHEN. Modes:
+/// IO_SORT_WHAT compares WHAT and, unless null, WHERE, neither with a pattern;
+/// IO_SORT_WHERE compares WHERE alone (`what` is not used); IO_FULL_SCAN
+/// takes patterns in both.
+int get_ds_location(const io_reporter &report, index_table &index, location_mode mode,
+                    const char *what, const char *where, std::int32_t when,
+                    located_datasets &found);
+
+/// The search that all requests use: patterns allowed in WHAT and WHERE;
+/// several matches of a negative WHEN are ordered by WHEN, largest first.
+/// 17 where nothing matches, without a message.
+int find_datasets(const io_reporter &report, index_table &index, const char *what,
+                  const char *where, std::int32_t when, located_datasets &found);
+
+/// find_datasets() into the client's arrays: strings (WHAT, WHERE), integers
+/// (WHEN) and offsets (position, length). The three sizes are set to what is
+/// needed; 14 if one was smaller. `scratch` is memory to be used again.
+int locate_dataset(const io_reporter &report, index_table &index, const char *what,
+                   const char *where, std::int32_t when, located_datasets &scratch, IO_data &out);

@@ -1,0 +1,154 @@
+#include "io/Src/Main/index_table.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <numeric>
+
+namespace {
+
+constexpr std::int32_t no_more = std::numeric_limits<std::int32_t>::max() - 2 * IO_INDEX_GROWTH;
+constexpr std::size_t key_start = 2; // behind the status and its ESC
+
+/// Positions of the lines in the order of the keys; key(slot) is a text.
+template <typename Key>
+std::vector<std::int32_t> ordered(std::int32_t count, Key key)
+{
+    struct item
+    {
+        const char *key;
+        std::int32_t slot;
+    };
+    std::vector<item> items(static_cast<std::size_t>(count));
+    for (std::int32_t slot = 0; slot < count; slot++) {
+        items[static_cast<std::size_t>(slot)] = {key(slot), slot};
+    }
+    auto less = [](const item &a, const item &b) { return std::strcmp(a.key, b.key) < 0; };
+    if (!std::is_sorted(items.begin(), items.end(), less)) {
+        std::sort(items.begin(), items.end(), less);
+    }
+    std::vector<std::int32_t> slots(items.size());
+    std::transform(items.begin(), items.end(), slots.begin(),
+                   [](const item &entry) { return entry.slot; });
+    return slots;
+}
+
+} // namespace
+
+const char *index_line_where(const char *line)
+{
+    const char *behind = std::strchr(line + key_start, IO_ESC);
+    return behind == nullptr ? line + std::strlen(line) : behind + 1;
+}
+
+bool index_table::reserve(std::int32_t lines)
+{
+    if (lines > no_more) {
+        return false;
+    }
+    std::int32_t wanted = lines + 1;
+    if (wanted <= allocated_) {
+        return true;
+    }
+    void *memory = std::realloc(slots_.get(), offset(wanted));
+    if (memory == nullptr) {
+        return false;
+    }
+    // realloc took the old block, so it is not to be freed a second time.
+    static_cast<void>(slots_.release());
+    slots_.reset(static_cast<char *>(memory));
+    allocated_ = wanted;
+    return true;
+}
+
+void index_table::open_slots(std::int32_t from, std::int32_t capacity)
+{
+    for (std::int32_t slot = from; slot < capacity; slot++) {
+        slots_.get()[offset(slot)] = '\0';
+    }
+    slots_.get()[offset(capacity)] = IO_ESC;
+    capacity_ = capacity;
+}
+
+bool index_table::grow()
+{
+    std::int32_t capacity = count_ + IO_INDEX_GROWTH;
+    // The memory doubles, so that a million insertions copy little; the usable
+    // part moves on in steps.
+    std::int32_t room = std::min(no_more, std::max(capacity, count_ + count_ / 2));
+    if (count_ > no_more - IO_INDEX_GROWTH || (!reserve(room) && !reserve(capacity))) {
+        return false;
+    }
+    open_slots(count_, capacity);
+    return true;
+}
+
+int index_table::insert_index(const io_reporter &report, std::string_view line)
+{
+    if (line.size() >= IO_INDEX_SLOT) {
+        return report.error(IO_NO_ROOM, "insert_index: index line of %d characters is too long\n",
+                            static_cast<int>(line.size()));
+    }
+    bool full = slots_ == nullptr || *this->line(count_) == IO_ESC;
+    if (full && !grow()) {
+        return report.zotsystemErr(IO_NO_ROOM, "insert_index: (malloc failed) syserr:");
+    }
+    char *slot = slots_.get() + offset(count_);
+    std::memcpy(slot, line.data(), line.size());
+    slot[line.size()] = '\0';
+    count_++;
+    if (sorted_ || where_valid_) {
+        report.trace("insert_index: Marking index as unsorted");
+    }
+    sorted_ = false;
+    where_valid_ = false;
+    return IO_OK;
+}
+
+void index_table::sort_by_what()
+{
+    if (sorted_) {
+        return;
+    }
+    std::vector<std::int32_t> order =
+        ordered(count_, [this](std::int32_t slot) { return line(slot) + key_start; });
+    sorted_ = true;
+    where_valid_ = false;
+    if (std::is_sorted(order.begin(), order.end())) {
+        return;
+    }
+    // Every cycle of the permutation is walked once, with one slot in hand.
+    char hand[IO_INDEX_SLOT];
+    for (std::int32_t start = 0; start < count_; start++) {
+        auto from = order[static_cast<std::size_t>(start)];
+        if (from < 0 || from == start) {
+            continue;
+        }
+        std::memcpy(hand, line(start), IO_INDEX_SLOT);
+        std::int32_t to = start;
+        while (from != start) {
+            std::memcpy(slots_.get() + offset(to), line(from), IO_INDEX_SLOT);
+            order[static_cast<std::size_t>(to)] = -1;
+            to = from;
+            from = order[static_cast<std::size_t>(to)];
+        }
+        std::memcpy(slots_.get() + offset(to), hand, IO_INDEX_SLOT);
+        order[static_cast<std::size_t>(to)] = -1;
+    }
+}
+
+const std::vector<std::int32_t> &index_table::where_order()
+{
+    if (!where_valid_) {
+        where_ =
+            ordered(count_, [this](std::int32_t slot) { return index_line_where(line(slot)); });
+        where_valid_ = true;
+    }
+    return where_;
+}
+
+void index_table::clear()
+{
+    *this = index_table();
+}

@@ -1,0 +1,61 @@
+// Everything that the library asks of the system: files, waiting, the
+// environment, the trace. One interface, so that a test can put a file system
+// in memory below the library, or make any one call fail.
+//
+// The real one is io_real_env(); the others are in io/testing.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+/// An open file, addressed by position. Closed at destruction if not before.
+/// A failing call sets errno.
+class io_file
+{
+public:
+    virtual ~io_file() = default;
+
+    /// Reads up to `bytes`; fewer only at the end of the file. −1 on failure.
+    virtual std::int64_t read_at(std::int64_t position, void *to, std::size_t bytes) = 0;
+
+    /// Writes all of it, or fails; then any part may have been written.
+    virtual bool write_at(std::int64_t position, const void *from, std::size_t bytes) = 0;
+
+    /// −1 on failure.
+    virtual std::int64_t size() = 0;
+    virtual bool truncate(std::int64_t size) = 0;
+    virtual bool close() = 0;
+};
+
+enum class io_open {
+    read,       ///< an existing file, to read
+    update,     ///< an existing file, to read and write
+    create_new, ///< a file that must not exist yet
+    truncate,   ///< made, or emptied
+};
+
+class io_env
+{
+public:
+    virtual ~io_env() = default;
+
+    /// Null with errno on failure. Only regular files are opened.
+    virtual std::unique_ptr<io_file> open(const char *name, io_open how) = 0;
+    virtual bool remove(const char *name) = 0;
+    virtual void sleep(int milliseconds) = 0;
+
+    /// Null where the variable is not set.
+    virtual const char *variable(const char *name) = 0;
+
+    /// One line of the trace, LF included.
+    virtual void put_trace(std::string_view line) = 0;
+
+    /// What the default error routine prints.
+    virtual void put_error(std::string_view line) = 0;
+    virtual void break_into_debugger() = 0;
+};
+
+/// The system's own files; lives as long as the program.
+io_env &io_real_env();

@@ -1,0 +1,33 @@
+// zlib over arrays of words: whole elements in, whole elements out.
+#pragma once
+
+#include "io/Src/Main/data_type.h"
+
+#include <cstdint>
+
+/// The letter under which the compressor knows a type: i, r, d or c.
+char io_gzip_letter(element_type type);
+
+/// Bytes of a word: 4 for i and r, 8 for d, 1 for c, 0 for any other letter.
+std::size_t io_gzip_word_bytes(char letter);
+
+/// Compresses `count` words into `out`, which has room for as many, filled with
+/// zero bytes to whole words. A level outside 1 to 9 is taken as 5. The number
+/// of words written; 0 for a letter that is none or a zlib that does not start,
+/// −1 if the result is larger than the input, −2 if it is only as rounded.
+std::int64_t io_gzip(const io_reporter &report, char letter, int level, const void *in,
+                     std::int64_t count, void *out);
+
+/// Inflates one stream into `out`, which has room for `count` words. `produced`
+/// is the number of bytes that the stream held; one that holds fewer than
+/// `count` words is an error only for the caller, see io_gunzip_exactly().
+/// 23 with a message for anything else that is wrong.
+int io_inflate(const io_reporter &report, const void *in, std::int64_t in_bytes, void *out,
+               std::int64_t out_bytes, std::int64_t &produced);
+
+/// 23 with a message unless `produced` bytes are `expected`.
+int io_gunzip_exactly(const io_reporter &report, std::int64_t produced, std::int64_t expected);
+
+/// Both in one: exactly `out_bytes` bytes.
+int io_gunzip(const io_reporter &report, const void *in, std::int64_t in_bytes, void *out,
+              std::int64_t out_bytes);

@@ -1,0 +1,87 @@
+// The two records that go with every request to the library, and ready-made
+// storage for them.
+//
+// All memory is the client's. Fields that a request does not use may be null
+// or 0.
+#pragma once
+
+#include "io/Src/Main/container_format.h"
+
+#include <cstdint>
+
+/// Bytes of a string of 80 characters in a client's array, NUL included.
+inline constexpr std::int64_t IO_STRING_SLOT = static_cast<std::int64_t>(IO_STRING_LENGTH) + 1;
+
+/// Describes a dataset. Requests that read a header write into the same fields;
+/// then the texts need the room that io_header_storage gives them.
+struct IO_header
+{
+    char *what = nullptr;
+    char *where = nullptr;
+    std::int32_t *when = nullptr; ///< negative: every WHEN
+
+    std::int32_t *attribute_count = nullptr; ///< may be null: none
+    char *attributes = nullptr;              ///< slots of IO_STRING_SLOT bytes
+    std::int32_t attributes_size = 0;        ///< slots that there are, for reading
+
+    std::int32_t *count = nullptr; ///< elements (NUMBER)
+    char *type = nullptr;          ///< data type string; "" for reading: as stored
+    std::int32_t *blockfactor = nullptr;
+
+    /// Two characters; null or "" for writing: the default. May be null for
+    /// reading too, else gets the code (that of before the deletion).
+    char *format = nullptr;
+};
+
+/// Buffers and their capacities, counted in values. A read that finds one too
+/// small returns 14; then, and also after success, the size fields of all
+/// arrays that the type needs hold the numbers of values.
+struct IO_data
+{
+    const char *filename = nullptr;
+    std::int32_t filename_length = 0; ///< 0: up to the NUL
+
+    /// For the plain text file: "r" (also null), "w" empties it, "a" adds to it.
+    const char *access = nullptr;
+
+    std::int64_t *offsets = nullptr; ///< pairs of dataset position and length
+    std::int64_t offsets_size = 0;
+
+    /// Slots of the longest string of the type and a NUL: 81 bytes for STRI,
+    /// for the results of locating and for lines of the plain text file.
+    char *strings = nullptr;
+    std::int64_t strings_size = 0;
+    char *chars = nullptr;
+    std::int64_t chars_size = 0;
+    std::int32_t *integers = nullptr;
+    std::int64_t integers_size = 0;
+    float *reals = nullptr;
+    std::int64_t reals_size = 0;
+    double *doubles = nullptr;
+    std::int64_t doubles_size = 0;
+    std::uint8_t *logicals = nullptr; ///< 0 or 1 each
+    std::int64_t logicals_size = 0;
+};
+
+/// Room for everything that an IO_header points to.
+struct io_header_storage
+{
+    static constexpr std::int32_t attributes_max = 16;
+
+    char what[IO_STRING_SLOT] = {};
+    char where[IO_STRING_SLOT] = {};
+    std::int32_t when = -1;
+    std::int32_t attribute_count = 0;
+    char attributes[attributes_max][IO_STRING_SLOT] = {};
+    std::int32_t count = 0;
+    char type[IO_TYPE_RECORD_MAX + 1] = {};
+    std::int32_t blockfactor = 1;
+    char format[3] = {};
+
+    /// Points into this object; valid as long as it is.
+    IO_header header()
+    {
+        return {what,           where,  &when, &attribute_count, attributes[0],
+                attributes_max, &count, type,  &blockfactor,     format};
+    }
+};

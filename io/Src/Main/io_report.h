@@ -1,0 +1,59 @@
+// How the library speaks: messages to the client's error routine, the trace
+// to standard output.
+//
+// A failing function reports its message here and returns the code, in one
+// statement: `return report.error(IO_BAD_FORMAT, "read_datatag: …", …);`
+#pragma once
+
+#include "io/Src/Main/io_codes.h"
+#include "io/Src/Main/io_env.h"
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+#if defined(__GNUC__)
+#define IO_PRINTF(text_at, first_at) __attribute__((format(printf, text_at, first_at)))
+#else
+#define IO_PRINTF(text_at, first_at)
+#endif
+
+/// Receives a message, ended by LF and NUL, and its length without the NUL.
+/// What it returns is not used.
+using io_error_routine = int (*)(const char *text, std::int32_t length);
+
+class io_reporter
+{
+public:
+    explicit io_reporter(io_env &env) : env_(&env) {}
+
+    /// Null stands for the default routine: "IO: %s" to standard error.
+    void set_routine(io_error_routine routine) { routine_ = routine; }
+
+    /// Messages go to `sink` instead; empty: to the routine again.
+    void set_sink(std::function<void(std::string_view)> sink) { sink_ = std::move(sink); }
+
+    /// Reports the message and returns `code`.
+    int error(int code, const char *format, ...) const IO_PRINTF(3, 4);
+
+    /// The same with ": " and the text of errno added.
+    int zotsystemErr(int code, const char *format, ...) const IO_PRINTF(3, 4);
+
+    /// "%s: malloc of %I64d bytes failed"; returns 28 or what is given.
+    int no_memory(const char *function, std::int64_t bytes, int code = IO_NO_MEMORY) const;
+
+    /// Prints "TRACE> …" if `ZOT_IO_TRACE` was set at the first call.
+    void trace(const char *format, ...) const IO_PRINTF(2, 3);
+    bool tracing() const;
+
+private:
+    void deliver(const char *text, std::size_t length) const;
+
+    io_env *env_;
+    io_error_routine routine_ = nullptr;
+    std::function<void(std::string_view)> sink_;
+    mutable enum { unknown, off, on } trace_ = unknown;
+};
+
+/// 4 where errno says that the disk is full, else 11.
+int io_write_code();

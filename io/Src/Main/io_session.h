@@ -1,0 +1,103 @@
+// A set of open files and the requests on it. The library's own one stands
+// behind iocntc(); tests and tools may have their own.
+#pragma once
+
+#include "io/Src/Main/dataset_header.h"
+#include "io/Src/Main/iocntc.h"
+#include "io/Src/Main/open_file.h"
+#include "io/Src/Main/plain_text.h"
+#include "io/Src/Main/read_dataset.h"
+#include "io/Src/Main/write_dataset.h"
+
+#include <memory>
+#include <optional>
+
+struct dataset_name;
+
+class io_session
+{
+public:
+    /// `env` outlives the session.
+    explicit io_session(io_env &env);
+    io_session(const io_session &) = delete;
+    io_session &operator=(const io_session &) = delete;
+
+    /// Closes what is still open.
+    ~io_session();
+
+    /// See iocntc().
+    int request(std::uint32_t number, io_error_routine routine, IO_header *header, IO_data *data);
+
+    /// The open primary file, for tools that go beyond the requests; null if
+    /// there is none.
+    open_file *primary() { return primary_.mode == open_mode::none ? nullptr : &primary_; }
+
+private:
+    /// A dataset begun by request 12.
+    struct begun_dataset
+    {
+        pending_dataset pending;
+        data_shape shape;
+        std::int64_t next = 0; ///< where the stream goes on
+        bool has_data = false;
+    };
+
+    /// A header read by request 11, with its data still to come.
+    struct begun_reading
+    {
+        located_start start;
+    };
+
+    /// The data of the dataset that request 18 reads block by block.
+    struct block_source
+    {
+        located_start start;
+        data_shape shape;
+        element_storage storage;
+    };
+
+    int check_arguments(std::uint32_t number, const IO_header *header, const IO_data *data) const;
+    int dispatch(std::uint32_t number, IO_header &header, IO_data &data);
+
+    int open(open_file &file, const IO_data &data, const char *access, const char *failure);
+    int close(open_file &file, const char *failure);
+    int check_open(const open_file &file, const char *which) const;
+    int make_busy(open_file &file, const char *which, const char *request, bool may_create = true);
+    void drop_begun();
+    int add_line(int code, const char *line) const;
+
+    int locate(open_file &file, const char *which, const IO_header &header, IO_data &data);
+    int read_dataset(IO_header &header, IO_data &data);
+    int read_dataset_header(IO_header &header, const IO_data &data);
+    int read_data_here(IO_data &data);
+    int read_block(IO_header &header, IO_data &data);
+    int load_blocks(std::int64_t position);
+    int read_compressed_data(IO_header &header, IO_data &data);
+
+    int write_whole(open_file &file, const char *which, const char *request,
+                    const IO_header &header, const IO_data &data);
+    int write_dataset_header(const IO_header &header, IO_data &data);
+    int write_data_here(const IO_data &data);
+    int end_begun_dataset();
+    int write_compressed_data(const IO_header &header, IO_data &data);
+    int delete_datasets(const IO_header &header);
+    int copy(const IO_header &header, const IO_data &data);
+    int copy_matches(const dataset_name &name);
+    template <typename Copy>
+    int copy_many(const char *request, Copy copy);
+
+    int open_text(const IO_data &data);
+    int close_text();
+    template <typename Work>
+    int with_text(const char *failure, Work work);
+
+    io_env &env_;
+    io_reporter report_;
+    open_file primary_;
+    open_file secondary_;
+    plain_text text_;
+    located_datasets scratch_;
+    std::optional<begun_dataset> begun_;
+    std::optional<begun_reading> reading_;
+    std::unique_ptr<block_source> blocks_; ///< owned
+};

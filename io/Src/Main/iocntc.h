@@ -1,0 +1,68 @@
+// The one entry point of the library: every request of a client passes here.
+//
+// There are no handles: the library keeps one primary file, one secondary file
+// (the target of copies) and one plain text file, and a request names by its
+// number which one it acts on. It is used by one thread.
+//
+// A client gets a code (io_codes.h); each step that failed has sent its
+// message to the error routine. Two answers come without a message, since they
+// are questions rather than failures: code 14 of a locate or a read whose
+// arrays are too small, which sets the sizes that are needed.
+//
+// To read a dataset: 0, 7, 10 with null arrays for the sizes, 10, 1.
+#pragma once
+
+#include "io/Src/Main/io_records.h"
+#include "io/Src/Main/io_report.h"
+
+enum io_request : std::uint32_t {
+    IO_OPEN_PRIMARY = 0,       ///< `filename`, to read
+    IO_CLOSE_PRIMARY = 1,      ///< writes index and size if anything changed
+    IO_OPEN_PRIMARY_WRITE = 2, ///< `filename`, to read and write; made if missing
+    IO_OPEN_SECONDARY = 3,     ///< likewise
+    IO_CLOSE_SECONDARY = 4,
+    IO_WRITE_PRIMARY_DS = 5, ///< header and arrays
+    IO_WRITE_SECONDARY_DS = 6,
+    IO_LOCATE_PRIMARY = 7, ///< WHAT, WHERE (patterns allowed), WHEN (negative: all)
+    IO_LOCATE_SECONDARY = 8,
+    IO_DELETE_PRIMARY_DS = 9, ///< all that match, as in locating
+
+    /// The dataset at offsets[0] as the header's type ("": as stored); sets the
+    /// header's count.
+    IO_READ_LOCATED_DS = 10,
+
+    /// The header of the dataset at offsets[0]. 14 if there are more attributes
+    /// than slots; their number is set. The data can then be read by 13.
+    IO_READ_HEADER = 11,
+
+    /// Begins a dataset; offsets[0] becomes its position. To be followed by 14
+    /// and 15; closing the file or writing anything else into it drops it.
+    IO_WRITE_HEADER = 12,
+    IO_READ_DATA = 13,   ///< the data of the header read last, as stored; once
+    IO_WRITE_DATA = 14,  ///< the data of the dataset begun
+    IO_END_DATASET = 15, ///< makes the dataset begun exist
+
+    /// To the secondary file. With a pattern or a negative WHEN: every match.
+    /// Else the dataset at offsets[0], under the header's name; where offsets[0]
+    /// is 0, the datasets of exactly that name.
+    IO_COPY_DATASET = 16,
+    IO_COPY_ALLVALID_DS = 17,
+
+    /// One block of the dataset at offsets[0]: header count holds its number,
+    /// from 0, and gets its elements (0 behind the last); header block factor
+    /// holds the elements of a block (1 or less: the dataset's own) and gets them.
+    IO_READ_BLOCK = 18,
+    IO_COPY_WHEN0_DS = 19,
+    IO_COPY_DS_COMPRESS_WHEN = 20, ///< those with the header's WHEN
+    IO_OPEN_TEXT = 39,             ///< `filename`, `access`
+    IO_READ_COMPRESSED = 43,       ///< as 10 without conversion; 30 if not compressed
+    IO_WRITE_COMPRESSED = 44,      ///< as 5; 30 for a format or type that is not compressed
+    IO_READ_INTEGERS = 45,         ///< from the text file, until the array is full
+    IO_READ_REALS = 46,
+    IO_WRITE_TEXT = 48, ///< each string a line
+    IO_CLOSE_TEXT = 51,
+};
+
+/// Carries out a request on the library's own set of files. A null routine
+/// gives 19 and nothing else. No exception leaves it.
+int iocntc(std::uint32_t request, io_error_routine routine, IO_header *header, IO_data *data);

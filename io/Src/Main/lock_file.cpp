@@ -1,0 +1,198 @@
+#include "io/Src/Main/lock_file.h"
+
+#include "io/Src/Main/decimal.h"
+#include "io/Src/Main/zot_numbers.h"
+
+#include <cerrno>
+
+namespace {
+
+constexpr std::size_t lock_text_max = 64;
+
+/// Level of the lock file; nothing if there is no lock file. 21 if it cannot
+/// be read.
+int read_level(open_file &file, std::optional<std::int32_t> &level)
+{
+    std::string name = lock_file_name(file);
+    level.reset();
+    std::unique_ptr<io_file> lock = file.env->open(name.c_str(), io_open::read);
+    if (!lock && (errno == ENOENT || errno == ENOTDIR)) {
+        return IO_OK;
+    }
+    char text[lock_text_max];
+    std::int64_t got = lock ? lock->read_at(0, text, sizeof text) : -1;
+    std::int32_t number = 0;
+    if (got < 0 || !zotparseIntr(zottrimEnd({text, static_cast<std::size_t>(got)}), number)) {
+        return file.report->error(IO_LOCKED, "iif_set_lock: error reading lock file %s",
+                                  name.c_str());
+    }
+    level = number;
+    return IO_OK;
+}
+
+std::string level_text(std::int32_t level)
+{
+    std::string text;
+    zotappendIntr(text, level);
+    return text += '\n';
+}
+
+/// One write of the whole text, and no moment without a number in the file:
+/// another process may be reading it.
+bool write_level(io_file &lock, std::int32_t level)
+{
+    std::string text = level_text(level);
+    return lock.write_at(0, text.data(), text.size()) &&
+           lock.truncate(static_cast<std::int64_t>(text.size()));
+}
+
+int open_failed(const open_file &file, const std::string &name, const char *purpose)
+{
+    return file.report->zotsystemErr(IO_LOCKED, "iif_set_lock: error opening lockfile %s for %s",
+                                     name.c_str(), purpose);
+}
+
+int store_level(open_file &file, std::int32_t level, bool exists)
+{
+    std::string name = lock_file_name(file);
+    io_open how = exists ? io_open::update : io_open::create_new;
+    std::unique_ptr<io_file> lock = file.env->open(name.c_str(), how);
+    if (!lock) {
+        return open_failed(file, name, "writing");
+    }
+    bool written = write_level(*lock, level);
+    int number = errno;
+    if (lock->close() && written) {
+        return IO_OK;
+    }
+    if (!written) {
+        errno = number;
+    }
+    int code = file.report->zotsystemErr(IO_LOCKED, "iif_set_lock: error writing to lock file %s",
+                                         name.c_str());
+    file.env->remove(name.c_str());
+    return code;
+}
+
+int lock_to_write(open_file &file, std::optional<std::int32_t> level)
+{
+    std::string lock = lock_file_name(file);
+    bool own = file.lock_taken && file.lock_level == 1 && level == 1;
+    if (level && !own) {
+        if (*level < 0) {
+            return file.report->error(
+                IO_LOCKED,
+                "iif_set_lock: file %s is already locked for write access.  Either another program"
+                " is using this file, or the lock file %s is bad.",
+                file.name.c_str(), lock.c_str());
+        }
+        return file.report->error(
+            IO_LOCKED,
+            "iif_set_lock: file %s is currently locked for reading at level %d, and cannot be "
+            "locked"
+            " for write access.  Either another program is using this file, or the lock file %s is"
+            " bad.",
+            file.name.c_str(), *level, lock.c_str());
+    }
+    if (int code = store_level(file, -1, level.has_value())) {
+        return code;
+    }
+    file.lock_level = -1;
+    file.lock_taken = true;
+    return IO_OK;
+}
+
+int lock_to_read(open_file &file, std::optional<std::int32_t> level)
+{
+    std::string name = lock_file_name(file);
+    if (level && *level < 0) {
+        return file.report->error(
+            IO_LOCKED,
+            "iif_set_lock: file %s is currently locked for writing, and cannot be locked for read"
+            " access.  Either another program is using this file, or the lock file %s is bad.",
+            file.name.c_str(), name.c_str());
+    }
+    std::int32_t next = level.value_or(0) + 1;
+    io_open how = level ? io_open::update : io_open::create_new;
+    std::unique_ptr<io_file> lock = file.env->open(name.c_str(), how);
+    if (!lock) {
+        // Readers of a folder that they may not write to are let in.
+        file.report->trace("warning: unable to lock file %s for reading, continuing anyway",
+                           file.name.c_str());
+        file.lock_level = next;
+        return IO_OK;
+    }
+    bool written = write_level(*lock, next);
+    if (!lock->close() || !written) {
+        int code = file.report->zotsystemErr(
+            IO_LOCKED, "iif_set_lock: error writing to lock file %s", name.c_str());
+        file.env->remove(name.c_str());
+        return code;
+    }
+    file.lock_level = next;
+    file.lock_taken = true;
+    return IO_OK;
+}
+
+} // namespace
+
+std::string lock_file_name(const open_file &file)
+{
+    return file.name + ".lck";
+}
+
+int iif_set_lock(open_file &file, lock_request request)
+{
+    bool satisfied = (request == IO_LOCK_WRITE && file.mode == open_mode::write) ||
+                     (request == IO_LOCK_READ && file.mode != open_mode::none) ||
+                     (request == IO_UNLOCK && file.mode == open_mode::none);
+    if (satisfied) {
+        return IO_OK;
+    }
+    if (request == IO_UNLOCK) {
+        return release_lock(file);
+    }
+    std::optional<std::int32_t> level;
+    if (int code = read_level(file, level)) {
+        return code;
+    }
+    return request == IO_LOCK_WRITE ? lock_to_write(file, level) : lock_to_read(file, level);
+}
+
+int release_lock(open_file &file)
+{
+    if (!file.lock_taken) {
+        return IO_OK;
+    }
+    file.lock_taken = false;
+    file.lock_level = 0;
+    std::optional<std::int32_t> level;
+    if (int code = read_level(file, level)) {
+        return code;
+    }
+    if (!level) {
+        file.report->trace("iif_set_lock: not unlocking already-unlocked file");
+        return IO_OK;
+    }
+    if (*level > 1) {
+        return store_level(file, *level - 1, true);
+    }
+    std::string name = lock_file_name(file);
+    return file.env->remove(name.c_str()) ? IO_OK : open_failed(file, name, "removing");
+}
+
+int write_busy_level(open_file &file)
+{
+    std::string name = lock_file_name(file);
+    std::unique_ptr<io_file> lock = file.env->open(name.c_str(), io_open::update);
+    if (!lock && errno == ENOENT) {
+        lock = file.env->open(name.c_str(), io_open::create_new);
+    }
+    if (!lock || !write_level(*lock, -1) || !lock->close()) {
+        return file.report->zotsystemErr(
+            IO_LOCKED, "setfilebusyflag: can't write the file information to the lock file\n");
+    }
+    file.lock_level = -1;
+    file.lock_taken = true;
+    return IO_OK;
+}

@@ -1,0 +1,363 @@
+#include "io/Src/Main/open_file.h"
+
+#include "io/Src/Main/dataset_header.h"
+#include "io/Src/Main/decimal.h"
+#include "io/Src/Main/index_file.h"
+#include "io/Src/Main/lock_file.h"
+
+#include <cerrno>
+
+namespace {
+
+constexpr std::int64_t info_tag_bytes = static_cast<std::int64_t>(IO_TAG_INFO.size()) + 1;
+constexpr int busy_attempts = 10;
+constexpr int busy_wait_ms = 2000;
+constexpr std::size_t size_line_max = 64;
+
+/// Opens the stream as the access code has it; null with errno.
+std::unique_ptr<io_file> open_stream(open_file &file, char access, bool may_create)
+{
+    const char *name = file.name.c_str();
+    if (access == 'r') {
+        file.mode = open_mode::read;
+        return file.env->open(name, io_open::read);
+    }
+    file.mode = open_mode::write;
+    std::unique_ptr<io_file> stream = file.env->open(name, io_open::update);
+    if (!stream && access == 'd') {
+        file.report->trace("Failed to get read/write permission, trying read-only");
+        stream = file.env->open(name, io_open::read);
+        file.mode = stream ? open_mode::read : open_mode::write;
+    }
+    if (!stream && may_create) {
+        int number = errno;
+        file.report->trace("Failed to get read/write permission");
+        // Exclusive: what exists and cannot be opened must not be emptied.
+        stream = file.env->open(name, io_open::create_new);
+        if (!stream && errno == EEXIST) {
+            errno = number;
+        }
+    }
+    return stream;
+}
+
+/// Undoes an opening; returns `code`.
+int abandon(open_file &file, int code)
+{
+    if (file.io.stream) {
+        static_cast<void>(file.io.stream.close());
+    }
+    static_cast<void>(release_lock(file));
+    file.mode = open_mode::none;
+    file.changed = false;
+    file.stored_index = false;
+    file.index.clear();
+    return code;
+}
+
+int check_start(open_file &file)
+{
+    const io_reporter &report = *file.report;
+    char start[info_tag_bytes + 1];
+    if (file.io.stream.read(start, sizeof start) != sizeof start) {
+        return report.error(IO_BAD_FILE, "iif_open: can't read the first seven characters");
+    }
+    if (std::string_view(start, IO_TAG_INFO.size()) != IO_TAG_INFO) {
+        return report.error(IO_BAD_FILE, "iif_open: the file is not in ZOT-5.x format");
+    }
+    char end = start[IO_TAG_INFO.size()];
+    if (end == '\r' && start[IO_TAG_INFO.size() + 1] == '\n') {
+        return report.error(
+            IO_BAD_FILE,
+            "openfile: corrupt file: the file contains Windows-style CR-LF line endings.  If this "
+            "is"
+            " a copy of the original file, please try again, ensuring you do the copy in binary"
+            " mode.");
+    }
+    if (end == '\r') {
+        return report.error(
+            IO_BAD_FILE,
+            "openfile: corrupt file: the line endings are incorrect.  If this is a copy of the"
+            " original file, please try again, ensuring you do the copy in binary mode.");
+    }
+    if (end != '\n') {
+        return report.error(IO_BAD_FILE,
+                            "openfile: corrupt file: trailing garbage after start tag.");
+    }
+    return IO_OK;
+}
+
+/// Reads the line of the file size, whose length is the offset width.
+int read_recorded_size(open_file &file, std::int64_t &recorded)
+{
+    const io_reporter &report = *file.report;
+    if (!file.io.stream.seek(info_tag_bytes)) {
+        return report.error(IO_BAD_FILE, "iif_open: fail to read the INFO tag\n");
+    }
+    std::string line;
+    io_stream::line_end end = file.io.stream.read_line(size_line_max, line);
+    if (end == io_stream::at_end_of_file) {
+        return report.error(IO_READ_ERROR, "iif_open: fail to read the filesize\n");
+    }
+    auto width = static_cast<int>(line.size());
+    if (end != io_stream::at_lf || (width != IO_OFFSET_WIDTH && width != IO_OFFSET_WIDTH_OLD)) {
+        return report.error(IO_READ_ERROR,
+                            "iif_open: offset format %d is not currently supported (or bad file"
+                            " header)\n",
+                            width);
+    }
+    file.io.offset_width = width;
+    if (!parse_decimal(line, recorded)) {
+        return report.error(IO_READ_ERROR, "iif_open: fail to read the filesize\n");
+    }
+    std::string tag;
+    if (file.io.stream.read_line(IO_TAG_END_INFO.size(), tag) != io_stream::at_lf ||
+        tag != IO_TAG_END_INFO) {
+        return report.error(IO_BAD_FILE, "iif_open: fail to read the INFO tag\n");
+    }
+    report.trace("iif_open: offset format is %d", width);
+    return IO_OK;
+}
+
+int load_index(open_file &file, std::int64_t recorded, std::int64_t size, bool force_rebuild)
+{
+    const io_reporter &report = *file.report;
+    if (recorded == size && !force_rebuild) {
+        if (create_indextable(file, size) == IO_OK) {
+            file.stored_index = true;
+            return IO_OK;
+        }
+        report.error(IO_OK, "iif_open: unable to read the stored index, attempting to rebuild it");
+    } else if (recorded != size) {
+        report.trace(
+            "iif_open: filesize has changed (recorded %lld, actual %lld), recreating index\n",
+            static_cast<long long>(recorded), static_cast<long long>(size));
+    }
+    file.changed = true;
+    return recreate_indextable(file, size);
+}
+
+int read_container(open_file &file, open_options options)
+{
+    std::int64_t size = file.io.stream.size();
+    if (size < 0) {
+        return file.report->zotsystemErr(
+            IO_CANNOT_SEEK, "iif_open: can't go to the end of the file  %s\n", file.name.c_str());
+    }
+    if (size == 0) {
+        return iif_create_empty(file);
+    }
+    if (int code = check_start(file)) {
+        return code;
+    }
+    std::int64_t recorded = 0;
+    if (int code = read_recorded_size(file, recorded)) {
+        return code;
+    }
+    file.index_position = first_dataset_position(file);
+    return options.load_index ? load_index(file, recorded, size, options.force_rebuild) : IO_OK;
+}
+
+int write_size(open_file &file)
+{
+    const io_reporter &report = *file.report;
+    // A shorter index than before would leave old bytes behind the new end.
+    if (!file.io.stream.truncate(file.io.stream.tell())) {
+        return report.zotsystemErr(io_write_code(), "iif_flush: can't go to end of file ");
+    }
+    std::int64_t size = file.io.stream.size();
+    if (size < 0) {
+        return report.zotsystemErr(IO_CANNOT_TELL, "iif_flush: can't get the filesize");
+    }
+    if (!file.io.stream.seek(info_tag_bytes)) {
+        return report.zotsystemErr(IO_CANNOT_SEEK, "iif_flush: can't skip start of INFO dataset");
+    }
+    int code = zotwriteOffset(file.io, IO_FORMATTED, size);
+    if (code == IO_OK && !file.io.stream.flush()) {
+        code = io_write_code();
+    }
+    return code == IO_OK ? IO_OK : report.error(code, "iif_flush: can't write filesize");
+}
+
+int write_index_and_size(open_file &file)
+{
+    file.report->trace("iif_flush: writing final index");
+    if (!file.io.stream.seek(file.index_position)) {
+        return file.report->zotsystemErr(IO_CANNOT_SEEK, "iif_flush: can't go to index location");
+    }
+    int code = write_index(file);
+    if (code == IO_OK && !file.io.stream.flush()) {
+        code = io_write_code();
+    }
+    if (code != IO_OK) {
+        return file.report->error(code, "iif_flush: write_index failed");
+    }
+    return write_size(file);
+}
+
+void write_crash_tag(open_file &file)
+{
+    if (!file.io.stream.seek(file.index_position)) {
+        file.report->trace("closefile index fail: can't go to index location");
+        return;
+    }
+    bool written =
+        write_tag(file.io, IO_FORMATTED, IO_TAG_CRASH) == IO_OK && file.io.stream.flush();
+    file.report->trace(written ? "closefile index fail: wrote crash tag OK"
+                               : "closefile index fail: can't write file end tag");
+}
+
+} // namespace
+
+std::int64_t first_dataset_position(const open_file &file)
+{
+    return info_tag_bytes + file.io.offset_width + 1 +
+           static_cast<std::int64_t>(IO_TAG_END_INFO.size()) + 1;
+}
+
+int iif_open(open_file &file, const char *name, const char *access, open_options options)
+{
+    const io_reporter &report = *file.report;
+    if (name == nullptr) {
+        return report.error(IO_CANNOT_OPEN, "iif_open: filename is NULL\n");
+    }
+    char kind = access == nullptr ? '\0' : *access;
+    if (kind != 'r' && kind != 'w' && kind != 'a' && kind != 'd') {
+        return report.error(IO_CANNOT_OPEN, "iif_open: unknown access code %s\n",
+                            access == nullptr ? "" : access);
+    }
+    io_env &env = *file.env;
+    std::string copy(name); // it may be this file's own
+    file = open_file(env, report);
+    file.name = std::move(copy);
+    file.io.report = &report;
+    bool writes = kind == 'w' || kind == 'a';
+    if (int code = iif_set_lock(file, writes ? IO_LOCK_WRITE : IO_LOCK_READ)) {
+        return code;
+    }
+    std::unique_ptr<io_file> stream = open_stream(file, kind, options.may_create && kind != 'r');
+    if (!stream) {
+        int code =
+            report.zotsystemErr(IO_CANNOT_SEEK, "iif_open: can't open file %s", file.name.c_str());
+        return abandon(file, code);
+    }
+    report.trace("iif_open: Opened file %s", file.name.c_str());
+    file.io.stream = io_stream(std::move(stream));
+    file.changed = writes;
+    int code = read_container(file, options);
+    return code == IO_OK ? IO_OK : abandon(file, code);
+}
+
+int iif_create_empty(open_file &file)
+{
+    file.io.offset_width = IO_OFFSET_WIDTH;
+    file.index_position = first_dataset_position(file);
+    file.index.clear();
+    if (file.mode != open_mode::write) {
+        return IO_OK;
+    }
+    file.changed = true;
+    int code = write_tag(file.io, IO_FORMATTED, IO_TAG_INFO);
+    if (code == IO_OK) {
+        code = zotwriteOffset(file.io, IO_FORMATTED, 0);
+    }
+    if (code == IO_OK) {
+        code = write_tag(file.io, IO_FORMATTED, IO_TAG_END_INFO);
+    }
+    if (code == IO_OK && !file.io.stream.flush()) {
+        code = io_write_code();
+    }
+    return code == IO_OK
+               ? IO_OK
+               : file.report->error(code, "iif_create_empty: can't write the INFO block\n");
+}
+
+int iif_flush(open_file &file)
+{
+    if (!file.changed || file.mode != open_mode::write) {
+        return IO_OK;
+    }
+    if (int code = write_index_and_size(file)) {
+        write_crash_tag(file);
+        return code;
+    }
+    file.changed = false;
+    file.stored_index = true;
+    return IO_OK;
+}
+
+int iif_close(open_file &file)
+{
+    if (file.mode == open_mode::none) {
+        return IO_OK;
+    }
+    const io_reporter &report = *file.report;
+    report.trace("iif_close: Closing file %s", file.name.c_str());
+    int code = iif_flush(file);
+    if (!file.io.stream.close() && code == IO_OK) {
+        code = report.zotsystemErr(IO_CANNOT_CLOSE, "iif_close: error closing file");
+    }
+    int unlocked = release_lock(file);
+    file.mode = open_mode::none;
+    file.changed = false;
+    file.stored_index = false;
+    file.index.clear();
+    return code != IO_OK ? code : unlocked;
+}
+
+// 1. Until the file is open for writing: close, wait, open again, ten times.
+// 2. Refuse where others read it.
+// 3. Write −1 into the lock file, once.
+int setfilebusyflag(open_file &file, bool may_create)
+{
+    const io_reporter &report = *file.report;
+    std::string name = file.name;
+    for (int attempt = 0; file.mode != open_mode::write; attempt++) {
+        if (attempt == busy_attempts) {
+            return report.error(IO_PERMISSION,
+                                "setfilebusyflag: Unable to open file %s for write access after %d "
+                                "attempts. Possible"
+                                " cause: Concurrent access by another program.\n",
+                                name.c_str(), busy_attempts);
+        }
+        static_cast<void>(iif_close(file));
+        file.env->sleep(busy_wait_ms);
+        open_options options;
+        options.may_create = may_create;
+        int code = iif_open(file, name.c_str(), "d", options);
+        if (code != IO_OK && code != IO_LOCKED) {
+            return code;
+        }
+    }
+    if (file.lock_level > 1) {
+        return report.error(
+            IO_LOCKED,
+            "setfilebusyflag: more than one user is reading %s or the wrong lock file %s exists\n",
+            name.c_str(), lock_file_name(file).c_str());
+    }
+    if (file.lock_level >= 0) {
+        if (int code = write_busy_level(file)) {
+            return code;
+        }
+    }
+    file.changed = true;
+    return IO_OK;
+}
+
+int begin_change(open_file &file)
+{
+    file.changed = true;
+    if (!file.stored_index) {
+        return IO_OK;
+    }
+    auto tag = static_cast<std::int64_t>(IO_TAG_CRASH.size());
+    bool done = file.io.stream.seek(file.index_position) &&
+                file.io.stream.write(IO_TAG_CRASH.data(), IO_TAG_CRASH.size()) &&
+                file.io.stream.truncate(file.index_position + tag);
+    if (!done) {
+        return file.report->zotsystemErr(io_write_code(),
+                                         "begin_change: can't write file end tag\n");
+    }
+    file.stored_index = false;
+    return IO_OK;
+}

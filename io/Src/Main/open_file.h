@@ -1,0 +1,74 @@
+// An open container: its stream, its index, its lock.
+//
+// Opening takes the lock, checks that the file is a container and loads its
+// index, or makes it anew by scanning. Closing writes index and file size if
+// anything changed, and gives the lock back. A file opened to read is never
+// written, whatever its index needed.
+#pragma once
+
+#include "io/Src/Main/get_ds_location.h"
+#include "io/Src/Main/index_table.h"
+#include "io/Src/Main/zot_primitives.h"
+
+#include <string>
+
+enum class open_mode { none, read, write };
+
+struct open_file
+{
+    open_file(io_env &environment, const io_reporter &reporter)
+        : env(&environment), report(&reporter)
+    {
+    }
+
+    io_env *env;               ///< not owned
+    const io_reporter *report; ///< not owned
+    std::string name;
+    zot_io io;
+    open_mode mode = open_mode::none;
+
+    /// −1 locked for writing, 0 nothing, n readers: as this process last saw it.
+    std::int32_t lock_level = 0;
+    bool lock_taken = false; ///< this process raised the lock file's level
+    bool changed = false;    ///< closing has to write index and size
+
+    /// A readable index stands in the file: to be made unreadable, so that
+    /// nobody trusts it, before anything else is changed.
+    bool stored_index = false;
+
+    index_table index;
+    std::int64_t index_position = 0; ///< where the index is to be written: behind the last dataset
+};
+
+/// What an opening may do besides its access code.
+struct open_options
+{
+    bool may_create = true;     ///< with an access that writes
+    bool load_index = true;     ///< false: the index stays empty, nothing of it is read
+    bool force_rebuild = false; ///< scan even where the stored index is good
+};
+
+/// Access by its first character: "r" to read, "w" and "a" to read and write,
+/// "d" to write if possible, else to read. On failure the file is closed and
+/// no lock is left.
+int iif_open(open_file &file, const char *name, const char *access, open_options options = {});
+
+/// Writes the INFO block of a new file (only in memory if opened to read).
+int iif_create_empty(open_file &file);
+
+/// Writes index and size if anything changed.
+int iif_flush(open_file &file);
+
+/// Flushes, closes, unlocks; the file is closed even where it fails.
+int iif_close(open_file &file);
+
+/// To be called before every request that writes: makes the file writable,
+/// trying for 20 seconds, and locks it.
+int setfilebusyflag(open_file &file, bool may_create = true);
+
+/// To be called before the first byte of a change: puts "*CRASH" where the
+/// index stands and cuts the file behind it.
+int begin_change(open_file &file);
+
+/// Where the first dataset stands.
+std::int64_t first_dataset_position(const open_file &file);

@@ -1,0 +1,169 @@
+#include "io/Src/Main/read_dataset.h"
+
+#include "io/Src/Main/convert_data.h"
+
+namespace {
+
+std::int64_t tag_bytes(format_code format, std::string_view tag)
+{
+    return static_cast<std::int64_t>(tag.size()) + (format.formatted() ? 1 : 0);
+}
+
+int read_format(open_file &file, std::int64_t position, format_code &format)
+{
+    const io_reporter &report = *file.report;
+    if (!file.io.stream.seek(position)) {
+        return report.zotsystemErr(IO_CANNOT_SEEK,
+                                   "read_located_dataset_start: can't go to the dataset location");
+    }
+    char bytes[IO_FORMAT_BYTES];
+    std::size_t got = file.io.stream.read(bytes, sizeof bytes);
+    if (got != sizeof bytes) {
+        return report.error(IO_READ_ERROR,
+                            "read_located_dataset_start: short read %d reading dataset format",
+                            static_cast<int>(got));
+    }
+    format = {bytes[0], bytes[1]};
+    if (!format.live() || bytes[2] != '\n') {
+        return report.error(
+            IO_READ_ERROR,
+            "read_located_dataset_start: the data set location is incorrect (invalid"
+            " format char '%c'\n",
+            bytes[0]);
+    }
+    return IO_OK;
+}
+
+int bad_length(const open_file &file, std::int64_t length)
+{
+    return file.report->error(IO_BAD_FILE, "read_located_dataset_start: bad dataset length %lld",
+                              static_cast<long long>(length));
+}
+
+/// Everything is read in the stored type, then converted.
+int read_converted(open_file &file, const data_shape &shape, const data_type &wanted, IO_data &data)
+{
+    element_storage stored;
+    element_counts counts = total_counts(shape.type, shape.count);
+    if (!stored.allocate(counts, shape.type.string_slot())) {
+        return file.report->error(IO_NO_MEMORY, "read_located_dataset_as: malloc failed\n");
+    }
+    if (int code = read_data(file.io, shape, stored.data())) {
+        return code;
+    }
+    return convert_data(*file.report, shape.type, stored.data(), wanted, data, shape.count);
+}
+
+} // namespace
+
+int read_located_dataset_start(open_file &file, std::int64_t position, located_start &start)
+{
+    start = located_start();
+    start.position = position;
+    if (int code = read_format(file, position, start.format)) {
+        return code;
+    }
+    zot_io &io = file.io;
+    if (int code = zotreadOffset(io, start.format, start.length)) {
+        return code;
+    }
+    start.start = io.stream.tell();
+    std::int64_t size = io.stream.size();
+    if (start.length < 1 || start.length > size - start.start) {
+        return bad_length(file, start.length);
+    }
+    start.data_end = start.start + start.length - tag_bytes(start.format, IO_TAG_END_DATASET);
+    std::string tag;
+    if (int code = zotreadString(io, start.format, IO_TAG_DATASET.size(), tag)) {
+        return code;
+    }
+    if (tag != IO_TAG_DATASET) {
+        return file.report->error(IO_BAD_FORMAT,
+                                  "read_located_dataset_start: bad data set tag: expected *DATASET"
+                                  " got \"%s\"\n",
+                                  tag.c_str());
+    }
+    if (int code = read_header(io, start.format, file.name, start.header)) {
+        return code;
+    }
+    if (int code = read_datatag(io, start.format)) {
+        return code;
+    }
+    start.data = io.stream.tell();
+    return start.data <= start.data_end ? IO_OK : bad_length(file, start.length);
+}
+
+int describe_data(const open_file &file, const located_start &start, data_shape &shape)
+{
+    shape.format = start.format;
+    shape.count = start.header.count;
+    shape.blockfactor = start.header.blockfactor;
+    shape.end = start.data_end;
+    return parseStructure(*file.report, start.header.type, shape.type);
+}
+
+int read_end_tag(open_file &file, format_code format)
+{
+    std::string tag;
+    if (int code = zotreadString(file.io, format, IO_TAG_END_DATASET.size(), tag)) {
+        return code;
+    }
+    if (tag != IO_TAG_END_DATASET) {
+        return file.report->error(IO_BAD_FORMAT,
+                                  "read_located_dataset_as: bad data set end tag: expected"
+                                  " *ENDDATASET got \"%s\"\n",
+                                  tag.c_str());
+    }
+    return IO_OK;
+}
+
+// 1. Parse both types; see whether one can be had from the other.
+// 2. Hold what the header claims against the file.
+// 3. Say how much room is needed; end there if the client has less.
+// 4. Read, converting if needed, and check that the end tag follows.
+int read_data_as(open_file &file, const located_start &start, std::string_view asked, IO_data &data)
+{
+    const io_reporter &report = *file.report;
+    data_shape shape;
+    if (int code = describe_data(file, start, shape)) {
+        return code;
+    }
+    data_type wanted = shape.type;
+    std::string asked_text(asked);
+    if (!asked.empty()) {
+        if (int code = parseStructure(report, asked, wanted)) {
+            return code;
+        }
+        if (int code =
+                check_conversion(report, start.header.type, shape.type, asked_text, wanted)) {
+            return code;
+        }
+    }
+    if (int code = check_data_claim(file.io, shape)) {
+        return code;
+    }
+    element_counts counts = total_counts(wanted, shape.count);
+    bool fits = arrays_hold(data, counts);
+    set_array_sizes(data, counts);
+    if (!fits) {
+        return IO_NO_ROOM;
+    }
+    int code = wanted == shape.type ? read_data(file.io, shape, data)
+                                    : read_converted(file, shape, wanted, data);
+    if (code == IO_OK) {
+        code = read_end_tag(file, start.format);
+    }
+    if (code != IO_OK) {
+        blank_arrays(data, counts, wanted.string_slot());
+    }
+    return code;
+}
+
+int read_located_dataset_as(open_file &file, std::int64_t position, std::string_view asked,
+                            IO_data &data, located_start &start)
+{
+    if (int code = read_located_dataset_start(file, position, start)) {
+        return code;
+    }
+    return read_data_as(file, start, asked, data);
+}

@@ -1,0 +1,9 @@
+// Data of structures: records, one a line in text, packed without gaps in binary.
+#pragma once
+
+#include "io/Src/Main/data_io.h"
+
+int write_structure(zot_io &io, const data_shape &shape, const IO_data &data);
+
+/// 18 where an item of a line has no ESC behind it.
+int read_structure(zot_io &io, const data_shape &shape, IO_data &data);

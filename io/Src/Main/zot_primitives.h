@@ -1,0 +1,58 @@
+// The ways in which a value reaches the disk: plain strings, header strings,
+// offsets. What stands in a container is written and read by these and by
+// zot_numbers.h only; reader and writer of each stand side by side.
+//
+// Readers report what is wrong. Writers report only values that the format
+// cannot hold; a failed write is reported by the caller, who knows what it was
+// writing (errno is kept for it).
+#pragma once
+
+#include "io/Src/Main/container_format.h"
+#include "io/Src/Main/io_stream.h"
+#include "io/Src/Main/iofmt.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// What the primitives work on: the open file, its width of offsets in text,
+/// and who is told.
+struct zot_io
+{
+    io_stream stream;
+    const io_reporter *report = nullptr; ///< not owned
+    int offset_width = IO_OFFSET_WIDTH;
+};
+
+/// Formatted: cut at `width`, LF or NUL, filled with blanks, LF. Binary: the
+/// text's bytes.
+int zotwriteString(zot_io &io, format_code format, std::string_view text, std::size_t width);
+
+/// Without trailing white space if formatted, else exactly `width` bytes. 14 if
+/// the line is longer than `width`, 10 if the file ends.
+int zotreadString(zot_io &io, format_code format, std::size_t width, std::string &text);
+
+/// At most `most` characters, with their count in front in binary formats.
+int zotwriteHdrString(zot_io &io, format_code format, std::string_view text, std::size_t most);
+
+/// Without trailing white space. 14 for a count that is negative or above `most`.
+int zotreadHdrString(zot_io &io, format_code format, std::size_t most, std::string &text);
+
+/// 15 where the format or its width cannot hold the value, and for the deleted marks.
+int zotwriteOffset(zot_io &io, format_code format, std::int64_t offset);
+
+/// 10 if the file ends or the text is no number.
+int zotreadOffset(zot_io &io, format_code format, std::int64_t &offset);
+
+/// The bytes that zotwriteOffset() writes.
+std::int64_t zotoffsetBytes(const zot_io &io, format_code format);
+
+/// One 4-byte integer, as stands before header strings.
+int zotwriteCount(zot_io &io, format_code format, std::int32_t count);
+int zotreadCount(zot_io &io, format_code format, std::int32_t &count);
+
+/// 10, with errno's text if the read failed, else saying how much was missing.
+int zotshortRead(const zot_io &io, const char *function, std::size_t got, std::size_t expected);
+
+/// `text` without white space at its end.
+std::string_view zottrimEnd(std::string_view text);
