@@ -103,7 +103,7 @@ XSPROTO(callMethod)
     LiteRecord *record = nullptr;
     if (entry.object) {
         record = liteRecord(aTHX_ ST(0));
-        if (!record)
+        if (!record && !(entry.method->body == liteDestroy && isEmptied(aTHX_ ST(0))))
             croak("self is not of type VEL::Parser::Lite");
     }
     LiteCall call(*entry.method, ax, record);

@@ -48,10 +48,15 @@ MAGIC *findMagic(SV *scalar)
     return mg_findext(scalar, PERL_MAGIC_ext, &recordMagic);
 }
 
-bool isOfPackage(pTHX_ SV *object)
+/// The mark of an object of the package or a derived class; null for anything
+/// else.
+MAGIC *findObjectMagic(pTHX_ SV *object)
 {
-    return SvSTASH(SvRV(object)) == liteContext(aTHX).package ||
-           sv_derived_from(object, packageName);
+    if (!SvROK(object) || !SvOBJECT(SvRV(object)))
+        return nullptr;
+    if (SvSTASH(SvRV(object)) != liteContext(aTHX).package && !sv_derived_from(object, packageName))
+        return nullptr;
+    return findMagic(SvRV(object));
 }
 
 } // namespace
@@ -72,10 +77,14 @@ SV *newLiteReference(pTHX_ velHandle *handle, bool owns)
 
 LiteRecord *liteRecord(pTHX_ SV *object)
 {
-    if (!SvROK(object) || !SvOBJECT(SvRV(object)) || !isOfPackage(aTHX_ object))
-        return nullptr;
-    const MAGIC *magic = findMagic(SvRV(object));
+    const MAGIC *magic = findObjectMagic(aTHX_ object);
     return magic ? reinterpret_cast<LiteRecord *>(magic->mg_ptr) : nullptr;
+}
+
+bool isEmptied(pTHX_ SV *object)
+{
+    const MAGIC *magic = findObjectMagic(aTHX_ object);
+    return magic && !magic->mg_ptr;
 }
 
 SV *liteNew(pTHX_ LiteCall &)
@@ -89,8 +98,11 @@ SV *liteNew(pTHX_ LiteCall &)
     return object;
 }
 
+/// Called explicitly and again when the object goes, it works once.
 SV *liteDestroy(pTHX_ LiteCall &call)
 {
+    if (!call.record())
+        return call.message(aTHX_ nullptr);
     SV *scalar = SvRV(call.argument(aTHX_ 0));
     if (const char *error = freeRecord(aTHX_ call.record()))
         return call.message(aTHX_ error);

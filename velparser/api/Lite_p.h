@@ -63,6 +63,9 @@ struct LiteMethod
 /// it; null for anything else, also for an object that DESTROY has emptied.
 [[nodiscard]] LiteRecord *liteRecord(pTHX_ SV *object);
 
+/// Whether DESTROY has emptied the object before.
+[[nodiscard]] bool isEmptied(pTHX_ SV *object);
+
 // --- One call of a method (LiteCall.cpp) -----------------------------------------
 
 /// The arguments and the result of one call. Has no destructor: croak may jump

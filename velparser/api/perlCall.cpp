@@ -30,7 +30,7 @@ PerlResult callOnOwnStack(pTHX_ PerlTarget target, std::span<SV *const> argument
     SP -= count;
     PUTBACK;
     POPSTACK;
-    SV *const error = isTrue(aTHX_ ERRSV) ? ERRSV : nullptr;
+    SV *const error = isTrue(aTHX_ ERRSV) ? sv_mortalcopy(ERRSV) : nullptr;
     return {count, value, error, false};
 }
 

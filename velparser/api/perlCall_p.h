@@ -51,7 +51,7 @@ struct PerlResult
 {
     I32 count;   ///< number of values that came back
     SV *value;   ///< the first of them; null if there is none
-    SV *error;   ///< $@ if the code died, else null
+    SV *error;   ///< a copy of $@ if the code died, else null
     bool exited; ///< the code ended the process; see callPerl
 };
 

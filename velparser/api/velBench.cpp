@@ -33,7 +33,7 @@ const char *evalPerl(const std::string &code, std::string *result)
     PerlFrame frame(aTHX);
     SV *value = eval_pv(code.c_str(), FALSE);
     if (isTrue(aTHX_ ERRSV))
-        return keepMessage(defaultInstance(), plainValue(aTHX_ frame, ERRSV));
+        return keepMessage(defaultInstance(), plainValue(aTHX_ frame, sv_mortalcopy(ERRSV)));
     if (result)
         *result = byteText(aTHX_ plainValue(aTHX_ frame, value));
     return nullptr;

@@ -63,6 +63,30 @@ const char *readScript(velInstance *instance, const std::string &script, std::st
                                                      script.c_str(), std::strerror(reason))));
 }
 
+/// The script as text to be evaluated: line numbers and file name are its own.
+std::string asCode(const std::string &script, const std::string &text)
+{
+    return "package main;\n#line 1 \"" + script + "\"\n" + text;
+}
+
+/// What follows the line __END__ or __DATA__, for the script to read as DATA;
+/// such a line inside a quoted text does no harm by opening it too.
+std::string_view dataPart(std::string_view text)
+{
+    for (const std::string_view mark : {"\n__END__\n", "\n__DATA__\n"})
+        if (const std::size_t at = text.find(mark); at != std::string_view::npos)
+            return text.substr(at + mark.size());
+    return {};
+}
+
+void openData(pTHX_ std::string_view data)
+{
+    if (data.empty())
+        return;
+    sv_setpvn(get_sv("VEL::Parser::scriptData", GV_ADD), data.data(), data.size());
+    eval_pv("open main::DATA, '<', \\$VEL::Parser::scriptData;", FALSE);
+}
+
 XSPROTO(evaluate)
 {
     dXSARGS;
@@ -80,7 +104,7 @@ XSPROTO(runEndBlocks)
     PERL_UNUSED_VAR(items);
     if (PL_endav)
         call_list(PL_scopestack_ix, PL_endav);
-    XSRETURN_EMPTY;
+    my_exit(static_cast<U32>(STATUS_EXIT));
 }
 
 /// Runs one step of a script. Its exit status goes to `status`.
@@ -110,17 +134,19 @@ const char *runPerlScript(const std::string &script, const std::vector<std::stri
     pTHX = velInterpreter();
     const PerlLocale locale;
     const ScriptSetting setting(aTHX_ script, arguments);
-    const std::string code = "package main;\n#line 1 \"" + script + "\"\n" + text;
+    openData(aTHX_ dataPart(text));
+    const std::string code = asCode(script, text);
     SV *source = newSVpvn(code.data(), code.size());
     int exitStatus = 0;
     const char *error = runStep(aTHX_ defaultInstance(), evaluate, source, &exitStatus);
+    // $? while the END blocks run, which may change it.
     PL_statusvalue = exitStatus;
     const char *endError = runStep(aTHX_ defaultInstance(), runEndBlocks, source, &exitStatus);
     SvREFCNT_dec_NN(source);
     if (error || endError)
         return error ? error : endError;
     if (status)
-        *status = exitStatus;
+        *status = exitStatus & 0xff;
     return nullptr;
 }
 

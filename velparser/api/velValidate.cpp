@@ -36,7 +36,8 @@ const char *createValidator(velHandle *handle, ValidationData *validation)
     PerlFrame frame(aTHX);
     eval_pv("require VEL::Validate;", FALSE);
     if (isTrue(aTHX_ ERRSV))
-        return recordText(aTHX_ handle, frame, "validateVELDataLTH: Internal error: ", ERRSV);
+        return recordText(aTHX_ handle, frame,
+                          "validateVELDataLTH: Internal error: ", sv_mortalcopy(ERRSV));
     SV *database = newLiteObject(handle);
     if (!database)
         return "validateVELDataLTH: memory error";

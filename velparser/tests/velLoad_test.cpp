@@ -1,0 +1,119 @@
+// Loading: what reaches the Perl object, and what comes back.
+#include "velparser/tests/fakeParser.h"
+
+#include <gtest/gtest.h>
+
+#include "velparser/api/velparser.h"
+
+#include <array>
+#include <string>
+
+namespace {
+
+const char fakeApi[] = R"perl(
+package API;
+use strict;
+use VEL::Parser::Lite;
+our ($fail, @parsed, $argument, $refused) = ('');
+sub new {
+    die "$refused\n" if $refused;
+    return bless { database => VEL::Parser::Lite::NEW() }, shift;
+}
+sub readTextFile {
+    my ($self, $file, $lines) = @_;
+    return "cannot read $file" if $fail eq 'read';
+    @$lines = ("from $file", 'second');
+    return '';
+}
+sub parseVELData {
+    my ($self, $lines, $flag) = @_;
+    ($argument, @parsed) = ($flag, @$lines);
+    return $fail eq 'parse' ? 'cannot parse' : undef;
+}
+sub readLibraries { return @_ == 1 ? $fail : 'too many arguments' }
+1;
+)perl";
+
+const FakeParser parser({{"API.pm", fakeApi}});
+
+std::string parsed()
+{
+    return perl("join '|', @API::parsed");
+}
+
+void failIn(const std::string &step)
+{
+    ASSERT_EQ(perl("$API::fail = '" + step + "'; 1"), "1");
+}
+
+TEST(VelLoad, EveryCallNeedsTheObject)
+{
+    ASSERT_EQ(perl("$API::refused = 'not yet'; 1"), "1");
+    const std::array lines{"A = 1"};
+    EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), "not yet\n");
+    EXPECT_STREQ(velparser::loadVELData(lines.data(), 1), "not yet\n");
+    EXPECT_STREQ(velparser::readVELLibraries(), "not yet\n");
+    ASSERT_EQ(perl("$API::refused = ''; 1"), "1");
+}
+
+TEST(VelLoad, FileOrTypeMissing)
+{
+    EXPECT_STREQ(velparser::loadVELFromFile(nullptr, "vel"), "Invalid file or file type");
+    EXPECT_STREQ(velparser::loadVELFromFile("x", nullptr), "Invalid file or file type");
+}
+
+TEST(VelLoad, TypeUnknown)
+{
+    for (const char *type : {"VEL", "", "vel ", "ve", "Def"})
+        EXPECT_STREQ(velparser::loadVELFromFile("x", type),
+                     "fileType is invalid (it should be vel, def or res)")
+            << type;
+}
+
+TEST(VelLoad, TextFile)
+{
+    EXPECT_STREQ(velparser::loadVELFromFile("a file.vel", "vel"), nullptr);
+    EXPECT_EQ(parsed(), "from a file.vel|second");
+    // The integer 0, not a text.
+    EXPECT_EQ(perl("require B; B::svref_2object(\\$API::argument)->FLAGS & B::SVf_IOK() ? "
+                   "$API::argument : 'no integer'"),
+              "0");
+}
+
+TEST(VelLoad, TextFileThatCannotBeReadOrParsed)
+{
+    failIn("read");
+    EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), "cannot read x");
+    failIn("parse");
+    EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), "cannot parse");
+    failIn("");
+}
+
+TEST(VelLoad, ContainersAreNotReadYet)
+{
+    EXPECT_STREQ(velparser::loadVELFromFile("x.def", "def"), "load_vel_from_def failed");
+    EXPECT_STREQ(velparser::loadVELFromFile("x.res", "res"), "load_vel_from_def failed");
+}
+
+TEST(VelLoad, LinesOfTheCallersAsTheyAre)
+{
+    const std::array lines{"A = 1", "", "B = 2\n", "not counted"};
+    EXPECT_STREQ(velparser::loadVELData(lines.data(), 3), nullptr);
+    EXPECT_EQ(parsed(), "A = 1||B = 2\n");
+    EXPECT_STREQ(velparser::loadVELData(lines.data(), 0), nullptr);
+    EXPECT_EQ(parsed(), "");
+    EXPECT_STREQ(velparser::loadVELData(nullptr, 0), "loadVELData : Invalid arguments");
+    failIn("parse");
+    EXPECT_STREQ(velparser::loadVELData(lines.data(), 1), "cannot parse");
+    failIn("");
+}
+
+TEST(VelLoad, Libraries)
+{
+    EXPECT_STREQ(velparser::readVELLibraries(), nullptr);
+    failIn("parse");
+    EXPECT_STREQ(velparser::readVELLibraries(), "parse");
+    failIn("");
+}
+
+} // namespace

@@ -1,0 +1,215 @@
+// The editor's questions, before and after the Perl object is there.
+#include "velparser/tests/fakeParser.h"
+
+#include <gtest/gtest.h>
+
+#include "velparser/api/velparser.h"
+
+#include <array>
+#include <string>
+
+namespace {
+
+const char fakeApi[] = R"perl(
+package API;
+use strict;
+use VEL::Parser::Lite;
+our ($refused, $object, @asked) = ('not yet');
+sub new {
+    die "$refused\n" if $refused;
+    return $object = bless { database => VEL::Parser::Lite::NEW() }, shift;
+}
+sub readLibraries {
+    return $_[0]{database}->loadVELData([
+        'FLOW:', ' A = 1', ' EMPTY =', ' DOMAIN: in', '  B = 2', ' END', ' DOMAIN: out', ' END',
+        'END' ]) || $_[0]{database}->loadLibraryData([ 'RULES:', 'END' ]);
+}
+sub updateSolverVEL { return @_ == 1 ? "updated\n" : 'too many arguments' }
+sub isParamEditable { return $_[1] eq '/text' ? '1' : $_[1] eq '/dies' ? die : $_[1] eq '/yes' ? 1 : 0 }
+sub isItemExpert { return length $_[1] }
+sub getAllowedParamStrings {
+    my ($self, $path, $list) = @_;
+    return "no values for $path" if $path eq '/none';
+    @$list = $path eq '/empty' ? () : ('Yes', 2, undef, "\x{20ac}");
+    tie $list->[0], 'Tied', $path if $path =~ /^.tied/;
+    return;
+}
+sub getAllowedParams {
+    my ($self, $path, $list, $flag) = @_;
+    @asked = @_[1 .. $#_];
+    return 'no names' if $path eq '/none';
+    @$list = ('A', "flag $flag");
+    return '';
+}
+
+package Tied;
+sub TIESCALAR { my ($class, $path) = @_; return bless \$path }
+sub FETCH { my $self = shift; die "no value\n" if $$self eq '/tied/dies'; return 'fetched' }
+1;
+)perl";
+
+const FakeParser parser({{"API.pm", fakeApi}});
+
+std::string listed(const velStringList &list)
+{
+    std::string text;
+    for (const char *item : list)
+        text += std::string(item) + '|';
+    return text;
+}
+
+TEST(VelQuery, DirectCallsWithoutADatabase)
+{
+    std::optional<std::string> value;
+    velStringList lines;
+    EXPECT_STREQ(velparser::getStringValue("/A", &value),
+                 "getStringValue: error finding Lite API handle");
+    EXPECT_STREQ(velparser::setStringValue("/A", "1"),
+                 "setStringValue: error finding Lite API handle");
+    EXPECT_STREQ(velparser::getFormattedVEL("/", 79, &lines),
+                 "getFormattedVEL: error finding Lite API handle");
+    EXPECT_STREQ(velparser::pushPathH("/"), "pushPathH: error finding Lite API handle");
+    EXPECT_STREQ(velparser::popPathH(), "popPathH: error finding Lite API handle");
+    EXPECT_STREQ(velparser::deleteParam("/A"), "deleteParam: error finding Lite API handle");
+    EXPECT_STREQ(velparser::getChildList("/", nullptr, nullptr),
+                 "getChildList: error finding Lite API handle");
+    EXPECT_STREQ(velparser::setValidationLevelH(2),
+                 "setValidationLevelH: error finding Lite API handle");
+    EXPECT_EQ(velparser::isVELLibrary("/"), -1);
+    EXPECT_EQ(velparser::findLiteHandle(), nullptr);
+}
+
+TEST(VelQuery, MethodsWithoutAnObject)
+{
+    velStringList list;
+    EXPECT_STREQ(velparser::updateSolverVEL(), "Invalid (uninitialized) instance handle");
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/A", &list),
+                 "Invalid (uninitialized) instance handle");
+    EXPECT_STREQ(velparser::getAllowedParams("/A", nullptr, 0),
+                 "Invalid (uninitialized) instance handle");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(velparser::isParamEditable("/A"), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "VEL API error: Invalid (uninitialized) instance handle\n");
+}
+
+class VelQueryReady : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(perl("$API::refused = ''; 1"), "1");
+        ASSERT_STREQ(velparser::readVELLibraries(), nullptr);
+    }
+
+    void TearDown() override
+    {
+        EXPECT_EQ(perl("$API::object->{database}->clearChangeHandlers;"
+                       "$API::object->{database}->deleteObj('/') // ''"),
+                  "");
+    }
+};
+
+TEST_F(VelQueryReady, Values)
+{
+    std::optional<std::string> value = "before";
+    EXPECT_STREQ(velparser::getStringValue("/FLOW/A", &value), nullptr);
+    EXPECT_EQ(value, "1");
+    EXPECT_STREQ(velparser::getStringValue("/FLOW/X", &value),
+                 "getStringValue: value \"/FLOW/X\" does not exist");
+    EXPECT_EQ(value, "1");
+    EXPECT_STREQ(velparser::getStringValue("/FLOW", &value), nullptr);
+    EXPECT_EQ(value, std::nullopt);
+    EXPECT_STREQ(velparser::setStringValue("/FLOW/A", "new"), nullptr);
+    EXPECT_STREQ(velparser::getStringValue("/FLOW/A", &value), nullptr);
+    EXPECT_EQ(value, "new");
+    EXPECT_STREQ(velparser::deleteParam("/FLOW/A"), nullptr);
+    EXPECT_STREQ(velparser::deleteParam("/FLOW/A"), "deleteParamH: unable to find parameter");
+}
+
+TEST_F(VelQueryReady, TextAndChildren)
+{
+    velStringList lines;
+    EXPECT_STREQ(velparser::getFormattedVEL("/FLOW/DOMAIN:in", 79, &lines), nullptr);
+    EXPECT_EQ(listed(lines), "B = 2|");
+    std::vector<velChildInfo> children;
+    std::vector<velGroupInfo> groups;
+    EXPECT_STREQ(velparser::getChildList("/FLOW", &children, &groups), nullptr);
+    EXPECT_EQ(children.size(), 4u);
+    EXPECT_EQ(groups.size(), 2u);
+    EXPECT_EQ(velparser::isVELLibrary("/RULES"), 1);
+    EXPECT_EQ(velparser::isVELLibrary("/FLOW"), 0);
+    EXPECT_EQ(velparser::isVELLibrary("/NOWHERE"), -1);
+}
+
+TEST_F(VelQueryReady, CurrentPath)
+{
+    std::optional<std::string> value;
+    EXPECT_STREQ(velparser::pushPathH("/FLOW/DOMAIN:in"), nullptr);
+    EXPECT_STREQ(velparser::getStringValue("B", &value), nullptr);
+    EXPECT_EQ(value, "2");
+    EXPECT_STREQ(velparser::popPathH(), nullptr);
+    EXPECT_STREQ(velparser::pushPathH("/NOWHERE"), "pushPath: path is not found");
+}
+
+TEST_F(VelQueryReady, ValidationLevel)
+{
+    EXPECT_STREQ(velparser::setValidationLevelH(2), nullptr);
+    EXPECT_EQ(perl("$API::object->{database}->getValidationLevel"), "2");
+}
+
+TEST_F(VelQueryReady, ADyingHandlerIsTheResult)
+{
+    EXPECT_EQ(perl("$API::object->{database}->addChangeHandler(sub { die \"not $_[2]\\n\" }); 1"),
+              "1");
+    EXPECT_STREQ(velparser::setStringValue("/FLOW/A", "5"), "not 5\n");
+    EXPECT_EQ(perl("my $v; $API::object->{database}->getStringValue('/FLOW/A', \\$v); $v"), "5");
+    EXPECT_EQ(perl("$API::object->{database}->clearChangeHandlers; 1"), "1");
+    EXPECT_STREQ(velparser::setStringValue("/FLOW/A", "6"), nullptr);
+}
+
+TEST_F(VelQueryReady, Integers)
+{
+    EXPECT_EQ(velparser::isParamEditable("/yes"), 1);
+    EXPECT_EQ(velparser::isParamEditable("/no"), 0);
+    EXPECT_EQ(velparser::isParamEditable("/text"), -1);
+    EXPECT_EQ(velparser::isParamEditable("/dies"), -1);
+    EXPECT_EQ(velparser::isItemExpert("/1234"), 5);
+    EXPECT_STREQ(velparser::updateSolverVEL(), "updated\n");
+}
+
+TEST_F(VelQueryReady, AllowedTexts)
+{
+    velStringList list;
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/A", &list), nullptr);
+    EXPECT_EQ(listed(list), "Yes|2||\xe2\x82\xac|");
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/none", &list), "no values for /none");
+    EXPECT_EQ(list.size(), 4u);
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/empty", &list), nullptr);
+    EXPECT_EQ(list.size(), 0u);
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/A", nullptr),
+                 "Invalid text array in getAllowedParamStrings\n");
+    EXPECT_STREQ(velparser::getAllowedParamStrings(nullptr, &list), "Invalid path in getAnyValue");
+}
+
+TEST_F(VelQueryReady, AllowedTextsThatRunCode)
+{
+    velStringList list;
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/tied", &list), nullptr);
+    EXPECT_EQ(listed(list), "fetched|2||\xe2\x82\xac|");
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/tied/dies", &list),
+                 "getAllowedParamStrings: cannot malloc text");
+}
+
+TEST_F(VelQueryReady, AllowedNames)
+{
+    velStringList list;
+    EXPECT_STREQ(velparser::getAllowedParams("/FLOW", &list, 1), nullptr);
+    EXPECT_EQ(listed(list), "A|flag 1|");
+    EXPECT_EQ(perl("\"@API::asked[0, 2] \" . @API::asked"), "/FLOW 1 3");
+    EXPECT_STREQ(velparser::getAllowedParams("/none", &list, 0), "no names");
+    EXPECT_STREQ(velparser::getAllowedParams("/FLOW", nullptr, 0),
+                 "Invalid text array in getAllowedParams\n");
+}
+
+} // namespace
