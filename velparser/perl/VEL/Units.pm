@@ -123,7 +123,7 @@ sub _unit ($text) {
 }
 
 sub _parse ($text) {
-    return undef if load() || $text !~ /^$UNIT$/;
+    return undef if load() || $text !~ /^$UNIT\z/;
     return ut_parse($system, $ALONE{$text}, 0) if $ALONE{$text};
     my $within = $text =~ /[ ^\/]/;
     my @names  = $text =~ /[A-Za-z_]+/g;
@@ -137,8 +137,8 @@ sub _is_name ($name) {
     return 1 if ut_get_unit_by_symbol($system, $name);
     return 1 if $name =~ /[a-z]/ && ut_get_unit_by_name($system, $name);
     return 1 if $name =~ /^$SYMBOL_PREFIX(.+)$/
-        && ($TAKES_SYMBOL{$1} || ut_get_unit_by_symbol($system, $1));
-    return 1 if $name =~ /^$WORD_PREFIX(.+)$/ && ut_get_unit_by_name($system, $1);
+        && $1 ne 'kg' && ($TAKES_SYMBOL{$1} || ut_get_unit_by_symbol($system, $1));
+    return 1 if $name =~ /^$WORD_PREFIX(.+)$/ && $1 ne 'kilogram' && ut_get_unit_by_name($system, $1);
     return 0;
 }
 

@@ -83,9 +83,9 @@ Whether the text is a number, or a whole number, and nothing else.
 
 =cut
 
-sub is_number ($text) { return $text =~ /^$NUMBER$/ ? 1 : 0 }
+sub is_number ($text) { return $text =~ /^$NUMBER\z/ ? 1 : 0 }
 
-sub is_integer ($text) { return $text =~ /^[+-]?[0-9]+$/ ? 1 : 0 }
+sub is_integer ($text) { return $text =~ /^[+-]?[0-9]+\z/ ? 1 : 0 }
 
 =item C<quantity($text)>
 

@@ -77,6 +77,30 @@ sub _list ($text) { return defined $text ? [ split_list($text) ] : undef }
 
 sub _yes ($text, $silent) { return defined $text ? logical($text) // $silent : $silent }
 
+=item C<faults>
+
+What is wrong with the rules themselves: a list of C<[field, sentence]> about
+bounds and default that do not go with the rest.
+
+=cut
+
+sub faults ($self) {
+    my @faults;
+    for my $bound (qw(lower upper)) {
+        my $text = $self->{$bound} // next;
+        my (undef, $unit) = quantity($text);
+        next if !defined $unit || VEL::Units::is_convertible($unit, $self->{units} // '1');
+        push @faults, [ ucfirst "$bound Bound", "$text is not in a unit of the quantity" ];
+    }
+    return (@faults, map { [ 'Default', $_->[1] ] } $self->_default_problems);
+}
+
+# Names of objects and expressions are the data's, which is not there yet.
+sub _default_problems ($self) {
+    return if !defined $self->{default} || $self->{objects} || VEL::Units::load();
+    return $self->problems($self->{default}, { units => 1, bounds => 1, expressions => sub { {} } });
+}
+
 =item C<problems($text, $asker)>
 
 What is wrong with a value: a list of C<[identifier, sentence]>. The asker is a

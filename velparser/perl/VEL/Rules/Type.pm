@@ -139,7 +139,8 @@ sub variant ($self, $value_of) {
         my $cases = $self->{cases_of}{$switch}{ $self->_switch_value($switch, $value) } // next;
         push @numbers, @$cases;
     }
-    my $signature = @numbers > 1 ? join ',', sort { $a <=> $b } @numbers : $numbers[0] // '';
+    return $self->plain_variant if !@numbers;
+    my $signature = @numbers > 1 ? join ',', sort { $a <=> $b } @numbers : $numbers[0];
     return $self->{variants}{$signature} //= $self->_variant($signature);
 }
 

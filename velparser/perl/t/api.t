@@ -1,0 +1,81 @@
+use strict;
+use warnings;
+use feature 'signatures';
+use Test::More;
+use File::Temp ();
+use FindBin;
+use lib "$FindBin::Bin/lib";
+
+use VELTest;
+
+my $folder = File::Temp->newdir;
+
+sub file ($name, $text) {
+    open my $handle, '>:raw', "$folder/$name" or die "$name: $!";
+    print {$handle} $text;
+    close $handle or die "$name: $!";
+    return "$folder/$name";
+}
+
+subtest 'what the program relies on' => sub {
+    my $api = API::new('API');
+    isa_ok $api->{database}, 'VEL::Parser::Lite', 'its database';
+    my $database = VEL::Parser::Lite::NEW();
+    is(API->new($database)->{database}, $database, 'or the one that is given');
+    can_ok 'API', qw(readTextFile parseVELData readLibraries updateSolverVEL getAllowedParamStrings
+        getAllowedParams isParamEditable isItemExpert);
+};
+
+subtest 'readTextFile' => sub {
+    my $api = API->new;
+    my @lines = ('old');
+    my $read = sub ($path) { return $api->readTextFile($path, \@lines) };
+    is $read->(file('plain', "a\n  b\n\nc\n")), '', 'a file';
+    is_deeply \@lines, [ 'a', '  b', '', 'c' ], 'its lines';
+    is $read->(file('open', "a\nb")), '', 'without a last line end';
+    is_deeply \@lines, [ 'a', 'b' ], 'the last line counts';
+    is $read->(file('bytes', "\xC3\xBC\xFF\0x\r\n")), '', 'any bytes';
+    is_deeply \@lines, ["\xC3\xBC\xFF\0x\r"], 'stay as they are';
+    is $read->(file('empty', '')), '', 'an empty file';
+    is_deeply \@lines, [], 'has no lines';
+    is $read->(file(' -odd; name|', "x\n")), '', 'a name with odd characters';
+    like $read->("$folder/nowhere"), qr/^readTextFile: \Q$folder\E\/nowhere: open failed: /, 'no such file';
+    is $read->("$folder"), "readTextFile: $folder: open failed: it is a directory", 'a directory';
+};
+
+subtest 'parseVELData' => sub {
+    my $api = API->new;
+    ok !$api->parseVELData([ 'FLOW:', 'A = 1', 'END' ], 0), 'user data';
+    ok !$api->parseVELData([ "STOCK:\n", "END\n" ], 1), 'library data, lines with their ends';
+    is $api->{database}->isLibrary('/FLOW'),  0, 'one is of the user';
+    is $api->{database}->isLibrary('/STOCK'), 1, 'the other of a library';
+    is $api->parseVELData([ 'FLOW:' ], 0), '1 missing END statement(s) in input', 'a failure is returned';
+};
+
+subtest 'readLibraries' => sub {
+    my $api = API->new;
+    delete local @ENV{qw(ZOT5_VEL_LIBS ZOT5_VEL_LIBSDIR)};
+    like $api->readLibraries, qr/No library files specified/, 'none are named';
+    local $ENV{ZOT5_VEL_LIBSDIR} = "$folder";
+    local $ENV{ZOT5_VEL_LIBS} = 'good.vel';
+    file('good.vel', "RULES:\nOBJECT: A\nExpert = Yes\nEND\nEND\n");
+    is $api->readLibraries, '', 'a good one';
+    is $api->isItemExpert('/A:x'), 1, 'holds at once';
+    file('bad.vel', "RULES:\nOBJECT: B\nExpert = Yes\nColour = red\nEND\nEND\n");
+    local $ENV{ZOT5_VEL_LIBS} = 'good.vel;bad.vel';
+    is $api->readLibraries, '/RULES/OBJECT:B/Colour: "Colour" is no field of this rule [bad-rule]',
+        'a wrong rule is reported';
+    is $api->isItemExpert('/B:x'), 1, 'what is right in it holds';
+    is $api->readLibraries, '', 'it is reported once';
+    local $ENV{ZOT5_VEL_LIBS} = 'none.vel';
+    like $api->readLibraries, qr/^Error reading library file .*none\.vel: /, 'a file that cannot be read';
+};
+
+subtest 'nothing ends the program' => sub {
+    my $api = API->new;
+    ok !eval { $api->isItemExpert(); 1 }, 'a call without arguments is an exception';
+    ok !eval { $api->getAllowedParams('/', 'no array', 1); 1 }, 'and so is an array that is none';
+    ok !eval { $api->parseVELData([undef], 0); 1 }, 'and a line that is none';
+};
+
+done_testing;

@@ -1,0 +1,38 @@
+use strict;
+use warnings;
+use Test::More;
+
+use VEL::Expression;
+
+my %known = map { $_ => 1 } 'Speed', 'Inlet Area', 'T[1]', 'Rate 2';
+
+sub fault { return VEL::Expression::fault($_[0], \%known) // 'none' }
+
+is fault('Speed * Inlet Area'),             'none', 'names may hold blanks';
+is fault('2 * (Speed + 1 [m s^-1])'),       'none', 'brackets behind a number are a unit';
+is fault('max(Speed, 0.5 [m s^-1]) ^ 2'),   'none', 'a function';
+is fault('sqrt (Speed)'),                   'none', 'a blank before the parenthesis';
+is fault('T[1] + Rate 2'),                  'none', 'brackets and digits in names';
+is fault('if(Speed > 1, 2, 3)'),            'none', 'comparison';
+is fault('-Speed/2e3'),                     'none', 'sign and exponent';
+
+is fault('2 * (Speed + 1'),   'lacks a ")"',            'a parenthesis that stays open';
+is fault('2 * Speed) + 1'),   'has a ")" without a "("', 'one that was never opened';
+is fault('Sped * 2'), 'uses "Sped", which /LIBRARY/EXPRESSIONS does not define; did you mean Speed?',
+    'an unknown name';
+is fault('sqr(Speed)'), 'uses the unknown function "sqr"; did you mean sqrt?', 'an unknown function';
+is fault('Speed $ 2'),  'holds "$", which no expression may hold', 'a character that means nothing';
+
+ok VEL::Expression::looks_like_one('a * b'),     'an operator makes an expression';
+ok !VEL::Expression::looks_like_one('a b'),      'blanks do not';
+ok !VEL::Expression::looks_like_one('x [s^-1]'), 'nor what is in brackets';
+
+my @used;
+VEL::Expression::fault('Speed + Inlet Area', \%known, \@used);
+is_deeply \@used, [ 'Speed', 'Inlet Area' ], 'the names that are used';
+
+for my $function (@VEL::Expression::FUNCTIONS) {
+    is fault("$function(1)"), 'none', "$function is known";
+}
+
+done_testing;

@@ -1,0 +1,191 @@
+use strict;
+use warnings;
+use Test::More;
+use FindBin;
+use lib "$FindBin::Bin/lib";
+
+use VEL::Model;
+use VELTest;
+
+my $rules = <<'TEXT';
+RULES:
+  PARAMETER: Remark
+    Editable While Running = Yes
+  END
+  PARAMETER: Secret
+    Expert = Yes
+  END
+  SINGLETON: FLOW
+    Optional Objects = DOMAIN
+  END
+  SINGLETON: SECRETS
+    Expert = Yes
+    Free Parameters = Yes
+  END
+  OBJECT: DOMAIN
+    Required Parameters = Kind
+    Optional Parameters = Active, Neighbour, Neighbours, Secret, Remark, Fixed
+    CASE: Fluid
+      If Parameter = Kind
+      Is One Of = Fluid
+      Required Parameters = Model
+      Optional Parameters = Speed
+      PARAMETER: Secret
+        Expert = No
+      END
+    END
+    PARAMETER: Kind
+      Allowed Values = Fluid, Solid
+    END
+    PARAMETER: Active
+      Type = Logical
+    END
+    PARAMETER: Neighbour
+      Allowed Values = None
+      Allowed Objects = DOMAIN, SECRETS
+    END
+    PARAMETER: Fixed
+      Editable = No
+      Editable While Running = Yes
+    END
+  END
+END
+TEXT
+my $data = <<'TEXT';
+FLOW:
+  DOMAIN: Left
+    Kind = Fluid
+    Secret = 1
+    Fixed = 1
+    Remark = left
+    Own = 1
+  END
+  DOMAIN: Right
+    Kind = Solid
+    Secret = 1
+  END
+  SECRETS:
+    Anything = 1
+  END
+END
+TEXT
+my $api      = api($rules, $data);
+my $database = $api->{database};
+
+sub asked {
+    my ($method, $path, @flag) = @_;
+    my @answers = ('old');
+    my $error = $api->$method($path, \@answers, @flag);
+    return $error || join ', ', @answers;
+}
+
+subtest 'allowed parameters' => sub {
+    is asked('getAllowedParams', '/FLOW/DOMAIN:Left', 0),
+        'Kind, Active, Neighbour, Neighbours, Secret, Remark, Fixed, Model, Speed', 'all, in rule order';
+    is asked('getAllowedParams', '/FLOW/DOMAIN:Left', 1), 'Active, Neighbour, Neighbours, Model, Speed',
+        'those that are not there';
+    is asked('getAllowedParams', '/FLOW/DOMAIN:Right', 1), 'Active, Neighbour, Neighbours, Remark, Fixed',
+        'without those of a case that does not hold';
+    is asked('getAllowedParams', '/FLOW/SECRETS', $_), '-1', "free parameters, flag $_" for 0, 1;
+    is asked('getAllowedParams', '/FLOW', 1), '', 'none';
+    is asked('getAllowedParams', '/',     1), '', 'none at the top';
+    is asked('getAllowedParams', '/FLOW/DOMAIN:Nowhere', 1),
+        'getAllowedParams: there is no object at /FLOW/DOMAIN:Nowhere', 'no such object';
+};
+
+subtest 'allowed values' => sub {
+    my $at = '/FLOW/DOMAIN:Left';
+    is asked('getAllowedParamStrings', "$at/Kind"),      'Fluid, Solid', 'those of the rule';
+    is asked('getAllowedParamStrings', "$at/Active"),    'Yes, No',      'a logical';
+    is asked('getAllowedParamStrings', "$at/Neighbour"), 'None, Left, Right, SECRETS', 'values and objects';
+    is asked('getAllowedParamStrings', "$at/Own"),       '',             'nothing where there is no rule';
+    is asked('getAllowedParamStrings', '/NOWHERE/Own'),  '',             'nor where nothing is';
+    $database->createObject('/FLOW/DOMAIN:Middle', 0);
+    is asked('getAllowedParamStrings', "$at/Neighbour"), 'None, Left, Right, Middle, SECRETS', 'a new object';
+    $database->deleteObj('/FLOW/DOMAIN:Middle');
+    is asked('getAllowedParamStrings', "$at/Neighbour"), 'None, Left, Right, SECRETS', 'that has gone again';
+    $database->loadLibraryData(lines("DOMAIN: Stock\nEND"));
+    is asked('getAllowedParamStrings', "$at/Neighbour"), 'None, Left, Right, Stock, SECRETS', 'library objects';
+};
+
+# An integer and not a text that looks like one: the program reads it as such.
+sub is_integer_value {
+    my ($got, $expected, $name) = @_;
+    require B;
+    ok((B::svref_2object(\$got)->FLAGS & B::SVf_IOK()) && $got == $expected, $name)
+        or diag "got " . ($got // 'nothing');
+    return;
+}
+
+subtest 'expert items' => sub {
+    my %expert = (
+        '/FLOW' => 0, '/FLOW/SECRETS' => 1, '/FLOW/SECRETS/Anything' => 0, '/FLOW/DOMAIN:Left' => 0,
+        '/FLOW/DOMAIN:Left/Secret' => 0, '/FLOW/DOMAIN:Right/Secret' => 1, '/FLOW/DOMAIN:Left/Own' => 0,
+        '/NOWHERE' => 0, '/NOWHERE/Secret' => 1, '/' => 0,
+    );
+    is_integer_value($api->isItemExpert($_), $expert{$_}, "$_ $expert{$_}") for sort keys %expert;
+};
+
+subtest 'editable parameters' => sub {
+    my %editable = (
+        Kind => [ 1, 0 ], Secret => [ 1, 0 ], Remark => [ 1, 1 ], Own => [ 1, 0 ], Fixed => [ 0, 0 ],
+    );
+    for my $name (sort keys %editable) {
+        my $path = "/FLOW/DOMAIN:Left/$name";
+        is_integer_value($api->isParamEditable($path), $editable{$name}[0], "$name as usual");
+        $database->setValidationLevel(2);
+        is_integer_value($api->isParamEditable($path), $editable{$name}[1], "$name in safe mode");
+        $database->setValidationLevel(0);
+    }
+    is_integer_value($api->isParamEditable('/FLOW/DOMAIN:Left'), 0, 'an object is not');
+};
+
+subtest 'paths in any form' => sub {
+    is $api->isItemExpert(' /FLOW//DOMAIN : Right/Secret '), 1, 'stray blanks and slashes';
+    is $api->isItemExpert('/FLOW/DOMAIN:Left/../DOMAIN:Right/Secret'), 1, 'a way up';
+    $database->pushPath('/FLOW/DOMAIN:Right');
+    is $api->isItemExpert('Secret'), 1, 'relative to the current path';
+    is asked('getAllowedParams', '.', 1), 'Active, Neighbour, Neighbours, Remark, Fixed', 'the current object';
+    $database->popPath;
+    is $database->getCurrentPath, '/', 'the current path is as it was';
+};
+
+subtest 'rules are compiled again only when they have changed' => sub {
+    my $model = VEL::Model->of($database);
+    my $compiled = $model->compiled;
+    $database->setStringValue('/FLOW/DOMAIN:Left/Kind', 'Solid');
+    $database->createObject('/FLOW/DOMAIN:Fourth', 0);
+    $api->isItemExpert('/FLOW/DOMAIN:Left/Secret');
+    is $model->compiled, $compiled, 'not for a change of the data';
+    $database->loadLibraryData(lines("RULES:\nOBJECT: DOMAIN\nExpert = Yes\nEND\nEND"));
+    is $api->isItemExpert('/FLOW/DOMAIN:Left'), 1, 'new library data counts at once';
+    is $model->compiled, $compiled + 1, 'compiled once';
+    $database->setStringValue('/RULES/OBJECT:DOMAIN/Expert', 'No');
+    is $api->isItemExpert('/FLOW/DOMAIN:Left'), 0, 'and so does a rule changed in place';
+};
+
+subtest 'one model for each database' => sub {
+    my $model = VEL::Model->of($database);
+    is $model, VEL::Model->of($database), 'the same for the same database';
+    isnt $model, VEL::Model->of(VEL::Parser::Lite::NEW()), 'another for another';
+    is $database->getValidationLevel, 0, 'telling them apart leaves the level as it was';
+};
+
+subtest 'nothing is kept alive' => sub {
+    my $gone  = 0;
+    {
+        my $short = API->new;
+        my $watch = bless [ \$gone ], 'Watch';
+        $short->{model}{watch} = $watch;
+        $short->isItemExpert('/X');
+    }
+    is $gone, 1, 'the model goes with the last that uses it';
+};
+
+{
+
+    package Watch;
+    sub DESTROY { ${ $_[0][0] }++; return }
+}
+
+done_testing;

@@ -1,0 +1,275 @@
+use strict;
+use warnings;
+use feature 'signatures';
+use Test::More;
+use FindBin;
+use lib "$FindBin::Bin/lib";
+
+use VEL::Rules;
+use VELTest;
+
+sub rules ($text) {
+    my $database = database("RULES:\n$text\nEND");
+    $database->getObjectVEL('/RULES', \my @lines, 1);
+    return VEL::Rules->new(\@lines);
+}
+
+sub faults ($text) { return join '', map { "$_\n" } rules($text)->faults }
+
+subtest 'an object rule' => sub {
+    my $rules = rules(<<'END');
+      Language Version = 5.7
+      OBJECT: BOUNDARY
+        Description = A surface.
+        Help Topic = Boundaries
+        Parents = /
+        Maximum Count = 3
+        Expert = Yes
+        Required Parameters = Kind, Location
+        Optional Parameters = Moving Frame
+      END
+END
+    is join('', $rules->faults), '', 'is without fault';
+    is $rules->version, '5.7', 'version of the libraries';
+    my $type = $rules->type('OBJECT', 'BOUNDARY');
+    is $type->{description}, 'A surface.', 'description';
+    is $type->{help}, 'Boundaries', 'help topic';
+    is $type->{maximum}, 3, 'maximum count';
+    is $type->{expert}, 1, 'expert';
+    is $type->{free}, 0, 'free parameters are off by default';
+    is_deeply $type->{parents}, { '/' => 1 }, 'parents';
+    is_deeply $type->plain_variant->{order}, [ 'Kind', 'Location', 'Moving Frame' ], 'order of the parameters';
+    is $rules->type('SINGLETON', 'BOUNDARY'), undef, 'a singleton of that type has no rule';
+};
+
+subtest 'the defaults of a parameter rule' => sub {
+    my $rules = rules("PARAMETER: Plain\nEND");
+    my %said = map { $_ => 1 } qw(ruled);
+    my %expected = (
+        name => 'Plain', ruled => 1, type => 'String', list => 0, values => undef, objects => undef,
+        units => undef, lower => undef, upper => undef, exclusive => 0, minimum => undef, maximum => undef,
+        default => undef, editable => 1, running => 0, expert => 0, expressions => 1,
+        description => undef, help => undef, anything => 1,
+    );
+    is_deeply { %{ $rules->general('Plain') } }, \%expected, 'of one that says nothing';
+    is_deeply { %{ $rules->general('Other') } }, { %expected, name => 'Other', ruled => 0 },
+        'of one that there is not';
+};
+
+subtest 'the object rule overrides the general one field by field, a case both' => sub {
+    my $rules = rules(<<'END');
+      PARAMETER: Speed
+        Type = Real
+        Units = m s^-1
+        Description = general
+      END
+      OBJECT: FAN
+        Required Parameters = Kind, Speed
+        PARAMETER: Speed
+          Description = of the fan
+          Expert = Yes
+        END
+        CASE: Fast
+          If Parameter = Kind
+          Is One Of = Axial, Radial
+          Optional Parameters = Guard
+          PARAMETER: Speed
+            Upper Bound = 90 [m s^-1]
+            Expert = No
+          END
+        END
+      END
+END
+    my $type = $rules->type('OBJECT', 'FAN');
+    my $plain = $type->parameter($type->plain_variant, 'Speed');
+    is_deeply [ @$plain{qw(type units description expert upper)} ],
+        [ 'Real', 'm s^-1', 'of the fan', 1, undef ], 'without the case';
+    my $fast = $type->variant(sub ($name) { return { Kind => 'Radial' }->{$name} });
+    is_deeply [ @{ $type->parameter($fast, 'Speed') }{qw(type units description expert upper)} ],
+        [ 'Real', 'm s^-1', 'of the fan', 0, '90 [m s^-1]' ], 'with it';
+    is_deeply $fast->{order}, [ 'Kind', 'Speed', 'Guard' ], 'the case adds its lists';
+    is $type->variant(sub ($name) { return 'Paddle' }), $type->plain_variant, 'another value, no case';
+    is $type->variant(sub ($name) { return undef }), $type->plain_variant, 'no value, no case';
+};
+
+subtest 'a logical switch is compared by what it says' => sub {
+    my $type = rules(<<'END')->type('OBJECT', 'FAN');
+      OBJECT: FAN
+        Required Parameters = Guarded
+        PARAMETER: Guarded
+          Type = Logical
+        END
+        CASE: With guard
+          If Parameter = Guarded
+          Is One Of = Yes
+          Required Parameters = Mesh Width
+        END
+      END
+END
+    for my $text (qw(Yes true on 1)) {
+        is_deeply $type->variant(sub ($name) { return $text })->{required}, [ 'Guarded', 'Mesh Width' ], qq("$text" is yes);
+    }
+    is_deeply $type->variant(sub ($name) { return 'off' })->{required}, ['Guarded'], 'off';
+};
+
+subtest 'two cases that hold add up, in rule order' => sub {
+    my $type = rules(<<'END')->type('OBJECT', 'FAN');
+      OBJECT: FAN
+        Required Parameters = A, B
+        CASE: Second Switch
+          If Parameter = B
+          Is One Of = Yes
+          Required Parameters = Of B
+        END
+        CASE: First Switch
+          If Parameter = A
+          Is One Of = Yes
+          Required Parameters = Of A
+          Optional Parameters = B
+        END
+      END
+END
+    my $both = $type->variant(sub ($name) { return 'Yes' });
+    is_deeply $both->{order}, [ 'A', 'B', 'Of B', 'Of A' ], 'no name twice';
+    is $type->variant(sub ($name) { return 'Yes' }), $both, 'objects with the same cases share a variant';
+};
+
+subtest 'inheritance' => sub {
+    my $rules = rules(<<'END');
+      OBJECT: BASE
+        Description = base
+        Expert = Yes
+        Parents = /
+        Required Parameters = Kind, Size
+        Optional Parameters = Remark
+        CASE: Big
+          If Parameter = Kind
+          Is One Of = Big
+          Required Parameters = Weight
+        END
+        CASE: Small
+          If Parameter = Kind
+          Is One Of = Small
+          Required Parameters = Colour
+        END
+        PARAMETER: Size
+          Type = Real
+          Units = m
+          Lower Bound = 0 [m]
+        END
+      END
+      SINGLETON: MIDDLE
+        Inherits = OBJECT:BASE
+        Expert = No
+        PARAMETER: Size
+          Units = mm
+        END
+      END
+      OBJECT: LAST
+        Inherits = SINGLETON:MIDDLE
+        Required Parameters = Kind
+        CASE: Big
+          Required Parameters = Height
+          If Parameter = Kind
+          Is One Of = Big, Huge
+        END
+      END
+END
+    is join('', $rules->faults), '', 'without fault';
+    my $last = $rules->type('OBJECT', 'LAST');
+    is $last->{description}, 'base', 'a field through two rules';
+    is $last->{expert}, 0, 'the nearer rule wins';
+    is_deeply $last->{required}, ['Kind'], 'a list of its own replaces the inherited one';
+    is_deeply $last->{optional}, ['Remark'], 'another list is inherited';
+    my $size = $last->parameter($last->plain_variant, 'Size');
+    is_deeply [ @$size{qw(type units lower)} ], [ 'Real', 'mm', '0 [m]' ], 'parameter rules, field by field';
+    is join(' ', map { $_->{label} } @{ $last->{cases} }), 'Big Small', 'cases, once each';
+    is_deeply $last->variant(sub ($name) { return 'Huge' })->{required}, [ 'Kind', 'Height' ], 'a case restated';
+    is_deeply $last->variant(sub ($name) { return 'Small' })->{required}, [ 'Kind', 'Colour' ], 'a case inherited';
+};
+
+subtest 'types that the program itself knows' => sub {
+    my $rules = rules("OBJECT: ANY\nEND");
+    is_deeply [ map { $_->{type} } $rules->types ], [qw(ANY EXPRESSIONS LANGUAGE LIBRARY)], 'are added';
+    ok !$rules->is_empty, 'there are rules';
+    ok rules('')->is_empty, 'or there are none';
+};
+
+subtest 'faults are named with their path, and the rest works' => sub {
+    is faults(<<'END'), <<'EXPECTED', 'all of them';
+      Language Version = new
+      OBJECT: FAN
+        Requird Parameters = Kind
+        Parents = /, HOUSE
+        Maximum Count = few
+        Free Parameters = perhaps
+        Optional Objects = BLADE, BLAD
+        PARAMETER: Speed
+          Type = Number
+          Units = m per s
+          Lower Bound = low
+          Upper Bound = 5 [furlog]
+        END
+        PARAMETER: Power
+          Type = Real
+          Units = W
+          Default = 5 [m]
+        END
+        CASE: Loose
+          Is One Of = Yes
+        END
+        STEP: here
+        END
+      END
+      OBJECT: BLADE
+        Inherits = OBJECT:WING
+      END
+      OBJECT: ONE
+        Inherits = OBJECT:TWO
+      END
+      OBJECT: TWO
+        Inherits = OBJECT:ONE
+      END
+      OBJECT: THREE
+        Inherits = TWO
+      END
+      UPGRADE: next
+      END
+      UPGRADE: Version 2.0
+        STEP: nothing
+        END
+        STEP: short
+          Action = Rename Parameter
+          Object Type = FAN
+        END
+      END
+      SOMETHING: else
+      END
+END
+/RULES/Language Version: "new" is not a version such as 5.7 [bad-rule]
+/RULES/OBJECT:FAN/Free Parameters: "perhaps" is neither Yes nor No [bad-rule]
+/RULES/OBJECT:FAN/Maximum Count: "few" is not a count [bad-rule]
+/RULES/OBJECT:FAN/Optional Objects: "BLAD": no rule describes this type [bad-rule]
+/RULES/OBJECT:FAN/Parents: "HOUSE": no rule describes this type [bad-rule]
+/RULES/OBJECT:FAN/Requird Parameters: "Requird Parameters" is no field of this rule; did you mean Required Parameters? [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Lower Bound: "low" is not a number with a unit [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Type: "Number" is no type; the types are String, String List, Integer, Integer List, Real, Real List, Logical, Logical List [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Units: "m per s" is no unit [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Upper Bound: "furlog" is no unit [bad-rule]
+/RULES/OBJECT:FAN/CASE:Loose: states no "If Parameter" [bad-rule]
+/RULES/OBJECT:FAN/STEP:here: STEP is no rule that may stand here [bad-rule]
+/RULES/OBJECT:THREE/Inherits: "TWO" names no rule; write it as OBJECT:TYPE [bad-rule]
+/RULES/UPGRADE:next: must be named "Version" and a number, such as Version 5.7 [bad-rule]
+/RULES/UPGRADE:Version 2.0/STEP:nothing: states no "Action" [bad-rule]
+/RULES/UPGRADE:Version 2.0/STEP:short: states no "Parameter" and no "New Name" [bad-rule]
+/RULES/SOMETHING:else: SOMETHING is no rule that may stand here [bad-rule]
+/RULES/OBJECT:BLADE/Inherits: there is no rule OBJECT:WING [bad-rule]
+/RULES/OBJECT:TWO/Inherits: inherits itself through OBJECT:ONE [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Power/Default: 5 [m] is in a unit of another quantity; give it in [W] or a unit of the same quantity [bad-rule]
+EXPECTED
+    my $type = rules("OBJECT: FAN\nParents = HOUSE\nRequired Parameters = Kind\nOdd = 1\nEND")->type('OBJECT', 'FAN');
+    is_deeply $type->{required}, ['Kind'], 'what is right in a rule holds';
+    is $type->{parents}, undef, 'a field without anything right is as if it were not there';
+};
+
+done_testing;

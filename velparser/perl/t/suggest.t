@@ -1,0 +1,21 @@
+use strict;
+use warnings;
+use Test::More;
+
+use VEL::Suggest qw(nearest);
+
+my @known = qw(Inlet Outlet Opening Wall Symmetry);
+sub near { return nearest($_[0], @known) // 'none' }
+
+is near('Inlte'),     'Inlet',    'two letters swapped';
+is near('Inle'),      'Inlet',    'a letter missing';
+is near('Outlett'),   'Outlet',   'a letter too many';
+is near('Opemimg'),   'Opening',  'two letters wrong in a longer word';
+is near('WALL'),      'Wall',     'letter case alone';
+is near('wal'),       'Wall',     'letter case and a slip';
+is near('Window'),    'none',     'too far from all';
+is near(''),          'none',     'nothing';
+is nearest('ab', 'ba', 'ab'), 'ab', 'the nearest, not the first';
+is nearest('x'), undef, 'nothing known';
+
+done_testing;

@@ -1,0 +1,59 @@
+use strict;
+use warnings;
+use Test::More;
+use POSIX ();
+
+use VEL::Units;
+
+is VEL::Units::load(), '', 'the unit system is there';
+
+for my $unit ('kg s^-1', 'm/s', 'W m^-2 K^-1', 'C', 'F', 'J kg^-1 C^-1', '1', '%', 'mbar', 'kPa', 'mmHg',
+    'rev min^-1', 'rpm', 'deg', 'um', 'kilometer', 'h', 'day', 'g cm^-3', 'kJ', 'inch', 'ft', 'psi') {
+    ok VEL::Units::exists_unit($unit), "$unit is a unit";
+}
+for my $text ('', 'kg/m3', 'm s-1', '2 m', 'm@5', 'm.s', 'kkg', 'mmm', 'METER', 'Kg', 'm^0', 'm^10', 'm//s',
+    'm/s/s', ' m', 'm  s', 'furlog', 'lg(re m)', 'm since 2000') {
+    ok !VEL::Units::exists_unit($text), qq("$text" is none);
+}
+
+for my $pair (['m', 'ft'], ['kg s^-1', 'g h^-1'], ['C', 'K'], ['F', 'C'], ['Pa', 'bar'], ['N m', 'J'], ['%', '1'],
+    ['rev min^-1', 'rad s^-1'], ['deg', 'rad'], ['W', 'kJ h^-1'], ['m', 'm']) {
+    ok VEL::Units::is_convertible(@$pair), "$pair->[0] goes with $pair->[1]";
+    ok VEL::Units::is_convertible(reverse @$pair), "$pair->[1] goes with $pair->[0]";
+}
+for my $pair (['m', 's'], ['s', 'Hz'], ['Hz', 'rad s^-1'], ['rad', '1'], ['%', 'deg'], ['nonsense', 'nonsense'],
+    ['K', 'J']) {
+    ok !VEL::Units::is_convertible(@$pair), "$pair->[0] does not go with $pair->[1]";
+}
+
+sub converts {
+    my ($number, $from, $to, $expected) = @_;
+    my $result = VEL::Units::convert($number, $from, $to);
+    ok abs($result - $expected) <= 1e-12 * abs $expected, "$number $from is $expected $to"
+        or diag "got $result";
+    return;
+}
+converts(100, 'C',             'K',             373.15);
+converts(212, 'F',             'C',             100);
+converts(1,   'J kg^-1 F^-1',  'J kg^-1 K^-1',  1.8);
+converts(50,  '%',             '1',             0.5);
+converts(60,  'rev min^-1',    'rad s^-1',      2 * atan2(0, -1));
+converts(1,   'ft',            'm',             0.3048);
+converts(1.5, 'bar',           'Pa',            150000);
+is VEL::Units::convert(1, 'm', 's'), undef, 'what cannot be converted';
+
+subtest 'under a locale with a decimal comma' => sub {
+    my $here = POSIX::setlocale(POSIX::LC_NUMERIC());
+    my $there = (grep { POSIX::setlocale(POSIX::LC_NUMERIC(), $_) } qw(de_DE.UTF-8 de_DE.utf8 fr_FR.UTF-8))[0];
+    plan skip_all => 'no such locale is installed' if !$there;
+    my $text = qx{$^X -MPOSIX=setlocale,LC_ALL -MVEL::Units -e 'setlocale(LC_ALL, "$there"); print VEL::Units::convert(1.5, "bar", "Pa") == 150000 ? "good" : "bad"'};
+    POSIX::setlocale(POSIX::LC_NUMERIC(), $here);
+    is $text, 'good', 'the unit system loads and converts';
+};
+
+subtest 'nothing is said while it loads' => sub {
+    my $said = qx{$^X -w -MVEL::Units -e 'print VEL::Units::load()' 2>&1};
+    is $said, '', 'on either stream';
+};
+
+done_testing;

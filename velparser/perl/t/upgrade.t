@@ -1,0 +1,262 @@
+use strict;
+use warnings;
+use feature 'signatures';
+use Test::More;
+use FindBin;
+use lib "$FindBin::Bin/lib";
+
+use VEL::Version;
+use VELTest;
+
+# Rules with one upgrade to version 2.0 of these steps.
+sub steps (@steps) {
+    my $number = 0;
+    return join "\n", 'RULES:', 'Language Version = 2.0', 'OBJECT: PUMP', 'END', 'UPGRADE: Version 2.0',
+        (map { ('STEP: s' . ++$number, $_, 'END') } @steps), 'END', 'END';
+}
+
+# The changes, a line each, and the data after them.
+sub upgraded ($rules, $data) {
+    my $api = api($rules, $data);
+    my $changes = $api->updateSolverVEL;
+    is $api->updateSolverVEL, '', 'and nothing is left to do';
+    return ($changes && "$changes\n") . "---\n" . formatted($api->{database});
+}
+
+sub check ($name, $rules, $data, $expected) {
+    subtest $name => sub { is upgraded($rules, $data), $expected, 'changes and data' };
+    return;
+}
+
+check 'a parameter is renamed in its place, in every object of the type',
+    steps("Action = Rename Parameter\nObject Type = PUMP\nParameter = Head\nNew Name = Pressure Rise"), <<'DATA', <<'TEXT';
+PUMP: a
+  Before = 1
+  Head = 2 [m]
+  Behind = 3
+  PUMP: inner
+    Head = 4 [m]
+  END
+  FAN: x
+    Head = 5 [m]
+  END
+END
+DATA
+/PUMP:a/Head: renamed to "Pressure Rise"
+/PUMP:a/PUMP:inner/Head: renamed to "Pressure Rise"
+/LANGUAGE/Version: set to 2.0
+---
+LANGUAGE:
+  Version = 2.0
+END
+PUMP: a
+  Before = 1
+  Pressure Rise = 2 [m]
+  Behind = 3
+  FAN: x
+    Head = 5 [m]
+  END
+  PUMP: inner
+    Pressure Rise = 4 [m]
+  END
+END
+TEXT
+
+check 'a name in use is not overwritten',
+    steps("Action = Rename Parameter\nObject Type = PUMP\nParameter = Head\nNew Name = Rise"), <<'DATA', <<'TEXT';
+PUMP: a
+  Head = 2
+  Rise = 1
+END
+DATA
+---
+PUMP: a
+  Head = 2
+  Rise = 1
+END
+TEXT
+
+check 'a parameter is removed, another added, another changed', steps(
+    "Action = Remove Parameter\nObject Type = PUMP\nParameter = Colour",
+    "Action = Add Parameter\nObject Type = PUMP\nParameter = Stages\nNew Value = 1",
+    "Action = Change Value\nObject Type = PUMP\nParameter = Kind\nOld Value = Turbo\nNew Value = Centrifugal",
+    "Action = Change Value\nObject Type = PUMP\nParameter = Duty\nNew Value = Continuous"), <<'DATA', <<'TEXT';
+LANGUAGE:
+  Version = 1.9
+END
+PUMP: a
+  Colour = blue
+  Kind = Turbo
+  Duty = Continuous
+END
+PUMP: b
+  Kind = Piston
+  Stages = 3
+  Duty = Short
+END
+DATA
+/PUMP:a/Colour: removed; it was "blue"
+/PUMP:a/Stages: added with the value "1"
+/PUMP:a/Kind: changed from "Turbo" to "Centrifugal"
+/PUMP:b/Duty: changed from "Short" to "Continuous"
+/LANGUAGE/Version: changed from 1.9 to 2.0
+---
+LANGUAGE:
+  Version = 2.0
+END
+PUMP: a
+  Kind = Centrifugal
+  Duty = Continuous
+  Stages = 1
+END
+PUMP: b
+  Kind = Piston
+  Stages = 3
+  Duty = Continuous
+END
+TEXT
+
+check 'a type is renamed with all that is in it, also within itself',
+    steps("Action = Rename Object Type\nObject Type = MACHINE\nNew Name = PUMP"), <<'DATA', <<'TEXT';
+MACHINE: a
+  Kind = Turbo
+  SHAFT:
+    Length = 1 [m]
+  END
+  MACHINE: stage
+    Head = 1
+  END
+END
+DATA
+/MACHINE:a: renamed to PUMP:a
+/PUMP:a/MACHINE:stage: renamed to PUMP:stage
+/LANGUAGE/Version: set to 2.0
+---
+LANGUAGE:
+  Version = 2.0
+END
+PUMP: a
+  Kind = Turbo
+  PUMP: stage
+    Head = 1
+  END
+  SHAFT:
+    Length = 1 [m]
+  END
+END
+TEXT
+
+check 'an object is removed, also one in another that goes',
+    steps("Action = Remove Object\nObject Type = PICTURE"), <<'DATA', <<'TEXT';
+PICTURE: p
+  PICTURE: q
+  END
+END
+PUMP: a
+  PICTURE: r
+    Colours = 16
+  END
+END
+DATA
+/PICTURE:p: removed with everything in it
+/PUMP:a/PICTURE:r: removed with everything in it
+/LANGUAGE/Version: set to 2.0
+---
+LANGUAGE:
+  Version = 2.0
+END
+PUMP: a
+END
+TEXT
+
+check 'a parameter moves into a block, made where it is missing', steps(
+    "Action = Move Parameter\nObject Type = PUMP\nParameter = Speed\nTo Object = DRIVE",
+    "Action = Move Parameter\nObject Type = PUMP\nParameter = Motor\nTo Object = DRIVE\nNew Name = Kind"), <<'DATA', <<'TEXT';
+PUMP: a
+  Speed = 1450 [rev min^-1]
+  Motor = Electric
+END
+PUMP: b
+  Speed = 1
+  DRIVE:
+    Speed = 2
+  END
+END
+DATA
+/PUMP:a/Speed: moved to /PUMP:a/DRIVE/Speed
+/PUMP:a/Motor: moved to /PUMP:a/DRIVE/Kind
+/LANGUAGE/Version: set to 2.0
+---
+LANGUAGE:
+  Version = 2.0
+END
+PUMP: a
+  DRIVE:
+    Speed = 1450 [rev min^-1]
+    Kind = Electric
+  END
+END
+PUMP: b
+  Speed = 1
+  DRIVE:
+    Speed = 2
+  END
+END
+TEXT
+
+subtest 'versions' => sub {
+    my $rules = <<'TEXT';
+RULES:
+  Language Version = 2.10
+  UPGRADE: Version 2.10
+    STEP: last
+      Action = Change Value
+      Object Type = PUMP
+      Parameter = Kind
+      Old Value = B
+      New Value = C
+    END
+  END
+  UPGRADE: Version 2.6
+    STEP: first
+      Action = Change Value
+      Object Type = PUMP
+      Parameter = Kind
+      Old Value = A
+      New Value = B
+    END
+  END
+END
+TEXT
+    my %expected = (
+        '2.5'  => qq(/PUMP:a/Kind: changed from "A" to "B"\n/PUMP:a/Kind: changed from "B" to "C"\n/LANGUAGE/Version: changed from 2.5 to 2.10),
+        '2.6'  => '/LANGUAGE/Version: changed from 2.6 to 2.10',
+        '2.10' => '',
+        '3.0'  => '',
+    );
+    for my $version (sort keys %expected) {
+        is api($rules, "LANGUAGE:\nVersion = $version\nEND\nPUMP: a\nKind = A\nEND")->updateSolverVEL,
+            $expected{$version}, "from version $version";
+    }
+    is api($rules, "PUMP: a\nKind = X\nEND")->updateSolverVEL, '', 'no version, no step that touches it';
+    is api('', "PUMP: a\nEND")->updateSolverVEL, '', 'no rules';
+    is api($rules, "FLOW:\nEND")->updateSolverVEL, '', 'no object of the type';
+};
+
+subtest 'library data is left alone' => sub {
+    my $api = api(steps("Action = Remove Object\nObject Type = PUMP"), '');
+    $api->{database}->loadLibraryData(lines("PUMP: stock\nEND"));
+    is $api->updateSolverVEL, '', 'no change';
+    is $api->{database}->havePath('/PUMP:stock'), 1, 'it is still there';
+};
+
+subtest 'order of versions' => sub {
+    my @ordered = qw(1 1.0.1 2.6 2.10 10);
+    for my $i (0 .. $#ordered) {
+        is VEL::Version::compare($ordered[$i], $ordered[$_]), $i <=> $_, "$ordered[$i] and $ordered[$_]"
+            for 0 .. $#ordered;
+    }
+    is VEL::Version::compare('5', '5.0'), 0, '5 is 5.0';
+};
+
+done_testing;

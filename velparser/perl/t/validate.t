@@ -1,0 +1,308 @@
+use strict;
+use warnings;
+use feature 'signatures';
+use Test::More;
+use FindBin;
+use lib "$FindBin::Bin/lib";
+
+use VELTest;
+
+my $rules = <<'TEXT';
+RULES:
+  Language Version = 5.7
+  SINGLETON: FLOW
+    Parents = /
+    Optional Objects = DOMAIN, PROBE
+  END
+  OBJECT: DOMAIN
+    Parents = FLOW
+    Required Parameters = Kind
+    Optional Parameters = Count, Speed, Ratio, Plain, Active, Sizes, Names, Bounded
+    Optional Objects = BOUNDARY
+    Required Objects = START
+    PARAMETER: Kind
+      Allowed Values = Fluid, Solid
+    END
+    PARAMETER: Count
+      Type = Integer
+      Lower Bound = 1
+    END
+    PARAMETER: Speed
+      Type = Real
+      Units = m s^-1
+      Lower Bound = 0 [m s^-1]
+      Upper Bound = 100 [m s^-1]
+    END
+    PARAMETER: Ratio
+      Type = Real
+      Units = 1
+      Expressions = No
+    END
+    PARAMETER: Plain
+      Type = Real
+    END
+    PARAMETER: Bounded
+      Type = Real
+      Units = m
+      Lower Bound = 0 [m]
+      Upper Bound = 1 [ft]
+      Bounds Exclusive = Yes
+    END
+    PARAMETER: Active
+      Type = Logical
+    END
+    PARAMETER: Sizes
+      Type = Integer List
+      Minimum Entries = 2
+      Maximum Entries = 3
+    END
+    PARAMETER: Names
+      Type = String List
+      Allowed Values = All
+      Allowed Objects = PROBE, START
+    END
+  END
+  SINGLETON: START
+    Parents = DOMAIN
+    Maximum Count = 1
+  END
+  OBJECT: BOUNDARY
+    Parents = DOMAIN
+    Maximum Count = 2
+    Required Parameters = Kind
+    CASE: Flow
+      If Parameter = Kind
+      Is One Of = Inlet, Outlet
+      Required Parameters = Rate
+      Optional Objects = PROFILE
+    END
+  END
+  SINGLETON: PROFILE
+    Parents = BOUNDARY
+    Free Parameters = Yes
+  END
+  OBJECT: PROBE
+  END
+END
+TEXT
+
+# The findings about a domain with these lines in it, with all checks on.
+sub in_domain ($text, $around = '') {
+    my $database = database($rules, "FLOW:\nDOMAIN: d\nKind = Fluid\nSTART:\nEND\n$text\nEND\nEND\n$around");
+    return findings($database, 1) =~ s{^/FLOW/DOMAIN:d(?:/|(?=:))}{}gmr;
+}
+
+subtest 'names' => sub {
+    is findings(database($rules, "FLOW:\nDOMAIN: d\nEND\nEND")), <<'TEXT', 'what is missing';
+/FLOW/DOMAIN:d: required parameter "Kind" is missing [missing-parameter]
+/FLOW/DOMAIN:d: required object START is missing [missing-object]
+TEXT
+    is in_domain('Sped = 1 [m s^-1]'), <<'TEXT', 'an unknown parameter';
+Sped: DOMAIN has no parameter "Sped"; did you mean Speed? [unknown-parameter]
+TEXT
+    is in_domain("BOUNDARY: w\nKind = Wall\nRate = 1\nEND"), <<'TEXT', 'one of a case that does not hold';
+BOUNDARY:w/Rate: BOUNDARY does not use "Rate" here; it needs Kind = Inlet, Outlet [unknown-parameter]
+TEXT
+    is in_domain("BOUNDARY: w\nKind = Inlet\nPROFILE:\nAnything = 1\nEND\nEND"), <<'TEXT', 'one that a case demands';
+BOUNDARY:w: required parameter "Rate" is missing [missing-parameter]
+TEXT
+    is findings(database($rules, 'Loose = 1')), <<'TEXT', 'a parameter at the top level';
+/Loose: the top level holds objects only [unknown-parameter]
+TEXT
+};
+
+subtest 'places' => sub {
+    is in_domain("BOUNDRY: w\nEND"), <<'TEXT', 'an unknown type';
+BOUNDRY:w: no rule describes an object of type "BOUNDRY"; did you mean BOUNDARY? [unknown-object]
+TEXT
+    is in_domain("NOTHING LIKE IT:\nFLOW:\nOdd = 1\nEND\nX: y\nDOMAIN: z\nEND\nEND\nEND"), <<'TEXT', 'what is below one is passed over';
+NOTHING LIKE IT: no rule describes an object of type "NOTHING LIKE IT" [unknown-object]
+TEXT
+    is in_domain("BOUNDARY:\nEND\nSTART: again\nEND"), <<'TEXT', 'name or no name';
+BOUNDARY: BOUNDARY needs a name; write "BOUNDARY: name" [unknown-object]
+START:again: START takes no name; write "START:" [unknown-object]
+TEXT
+    is findings(database($rules, "DOMAIN: d\nKind = Gas\nSTART:\nEND\nEND")), <<'TEXT', 'a wrong place, and what is in it';
+/DOMAIN:d: DOMAIN may not stand at the top level; it belongs in FLOW [wrong-parent]
+/DOMAIN:d/Kind: "Gas" is not allowed here; allowed are Fluid, Solid [not-allowed]
+TEXT
+    is in_domain("BOUNDARY: w\nKind = Wall\nPROFILE:\nEND\nEND"), <<'TEXT', 'a place that a case would allow';
+BOUNDARY:w/PROFILE: PROFILE is not allowed in this BOUNDARY; it needs Kind = Inlet, Outlet [not-allowed]
+TEXT
+    is in_domain("PROBE: p\nEND"), '', 'a type without parents may stand anywhere';
+    is in_domain(join "\n", map { "BOUNDARY: w$_\nKind = Wall\nEND" } 1 .. 4), <<'TEXT', 'too many';
+BOUNDARY:w3: only 2 BOUNDARY may stand here; this one is beyond [too-many]
+BOUNDARY:w4: only 2 BOUNDARY may stand here; this one is beyond [too-many]
+TEXT
+};
+
+subtest 'values' => sub {
+    my %expected = (
+        'Active = maybe'    => 'Active: "maybe" is neither Yes nor No [wrong-type]',
+        'Active = on'       => '',
+        'Count = 2.5'       => 'Count: "2.5" is not a whole number such as 10 [wrong-type]',
+        'Count = 0'         => 'Count: 0 is below the lower bound 1 [below-bound]',
+        'Count = 7'         => '',
+        'Count = 3 [m]'     => 'Count: "3 [m]" carries a unit, but this is a plain number; write 3 [wrong-unit]',
+        'Plain = 2 [m]'     => 'Plain: "2 [m]" carries a unit, but this is a plain number; write 2 [wrong-unit]',
+        'Plain = -1e-3'     => '',
+        'Ratio = 0.5'       => '',
+        'Ratio = 50 [%]'    => '',
+        'Ratio = 1 [1]'     => '',
+        'Ratio = 1 [rad]'   => 'Ratio: 1 [rad] is in a unit of another quantity; give it in [1] or a unit of the same quantity [wrong-unit]',
+        'Ratio = 1 + 1'     => 'Ratio: "1 + 1" is an expression; a plain number must be given here [bad-expression]',
+        'Ratio = much'      => 'Ratio: "much" is not a number [wrong-type]',
+        'Ratio = 0,5'       => 'Ratio: "0,5" is not a number; the decimal sign is a point [wrong-type]',
+        'Speed = 3'         => 'Speed: 3 has no unit; write it as 3 [m s^-1] [missing-unit]',
+        'Speed = 3 [km h^-1]' => '',
+        'Speed = 3 [m s-1]' => 'Speed: the unit of 3 [m s-1] does not exist; give it in [m s^-1] or a unit of the same quantity [wrong-unit]',
+        'Speed = 3 [m'      => 'Speed: "3 [m" has a bracket that does not close [wrong-unit]',
+        'Speed = 3 [kg]'    => 'Speed: 3 [kg] is in a unit of another quantity; give it in [m s^-1] or a unit of the same quantity [wrong-unit]',
+        'Speed = -1 [m s^-1]' => 'Speed: -1 [m s^-1] is below the lower bound 0 [m s^-1] [below-bound]',
+        'Speed = 361 [km h^-1]' => 'Speed: 361 [km h^-1] is above the upper bound 100 [m s^-1] [above-bound]',
+        'Speed = 360 [km h^-1]' => '',
+        'Speed = fast'      => 'Speed: "fast" is not a number such as 1 [m s^-1] [wrong-type]',
+        'Speed = Inlet Speed' => '',
+        'Speed = 2 * (Inlet Speed + 1 [m s^-1])' => '',
+        'Speed = 2 * (Inlet Speed' => 'Speed: "2 * (Inlet Speed" lacks a ")" [bad-expression]',
+        'Speed = 2 * Inlet Sped' => 'Speed: "2 * Inlet Sped" uses "Inlet Sped", which /LIBRARY/EXPRESSIONS does not define; did you mean Inlet Speed? [bad-expression]',
+        'Bounded = 0 [m]'   => 'Bounded: 0 [m] must be greater than the lower bound 0 [m] [below-bound]',
+        'Bounded = 304.8 [mm]' => 'Bounded: 304.8 [mm] must be less than the upper bound 1 [ft] [above-bound]',
+        'Bounded = 304.7 [mm]' => '',
+        'Sizes = 1'         => 'Sizes: 1 entry is given, at least 2 must be [too-few-entries]',
+        'Sizes = 1, 2, 3, 4' => 'Sizes: 4 entries are given, at most 3 may be [too-many-entries]',
+        'Sizes = 1, b, 2.5' => qq(Sizes: "b" is not a whole number such as 10 [wrong-type]\nSizes: "2.5" is not a whole number such as 10 [wrong-type]),
+        'Names = All, p1, START' => '',
+        'Names = P1'        => 'Names: there is no PROBE or START named "P1"; did you mean p1? [no-such-object]',
+        'Names = elsewhere' => 'Names: there is no PROBE or START named "elsewhere"; give the name of an existing one [no-such-object]',
+    );
+    my $around = "PROBE: p1\nEND\nLIBRARY:\nEXPRESSIONS:\nInlet Speed = 1 [m s^-1]\nEND\nEND";
+    for my $text (sort keys %expected) {
+        is in_domain($text, $around), $expected{$text} && "$expected{$text}\n", $text;
+    }
+};
+
+subtest 'units and bounds are checked while switched on' => sub {
+    my $database = database($rules, "FLOW:\nDOMAIN: d\nKind = Fluid\nSpeed = -1\nCount = 0\nSTART:\nEND\nEND\nEND");
+    my $validator = VEL::Validate->new($database);
+    my $look = sub { return $validator->validateObject('/FLOW/DOMAIN:d') // '' };
+    is $look->(), '', 'both are off at first';
+    is $database->isValid('/FLOW/DOMAIN:d'), 1, 'so the object is marked';
+    is $validator->setUnitsChecking('1'), undef, 'switched on';
+    is $database->isValid('/FLOW/DOMAIN:d'), 0, 'which takes the marks away';
+    is $look->(), "/FLOW/DOMAIN:d/Speed: -1 has no unit; write it as -1 [m s^-1] [missing-unit]", 'units';
+    is $validator->setBoundsChecking('1'), undef, 'bounds too';
+    is $look->(), <<'TEXT' =~ s/\n\z//r, 'a value without unit is not held against its bounds';
+/FLOW/DOMAIN:d/Speed: -1 has no unit; write it as -1 [m s^-1] [missing-unit]
+/FLOW/DOMAIN:d/Count: 0 is below the lower bound 1 [below-bound]
+TEXT
+    $validator->setUnitsChecking('0');
+    is $look->(), <<'TEXT' =~ s/\n\z//r, 'units off again';
+/FLOW/DOMAIN:d/Speed: -1 is below the lower bound 0 [m s^-1] [below-bound]
+/FLOW/DOMAIN:d/Count: 0 is below the lower bound 1 [below-bound]
+TEXT
+};
+
+subtest 'marks' => sub {
+    my $database = database($rules, <<'TEXT');
+PROBE: p
+END
+FLOW:
+  DOMAIN: d
+    Kind = Fluid
+    Names = p
+    START:
+    END
+    BOUNDARY: b
+      Kind = Inlet
+      Rate = 1
+      PROFILE:
+      END
+    END
+  END
+END
+TEXT
+    my $validator = VEL::Validate->new($database);
+    my $look  = sub ($path) { return $validator->validateObject($path) // '' };
+    my $marks = sub (@paths) { return join ' ', map { $database->isValid($_) } @paths };
+    my $d = '/FLOW/DOMAIN:d';
+    is $look->($_), '', "$_ is right" for all_paths($database);
+    is $marks->($d, "$d/Kind", "$d/Names", "$d/BOUNDARY:b"), '1 3 3 1', 'objects and their parameters are marked';
+
+    $database->setStringValue("$d/Kind", 'Gas');
+    is $marks->($d, "$d/Kind"), '0 2', 'a change takes the mark away';
+    is $look->($d), qq($d/Kind: "Gas" is not allowed here; allowed are Fluid, Solid [not-allowed]), 'a finding';
+    is $marks->($d), '0', 'no mark with a finding';
+    is $look->($d), qq($d/Kind: "Gas" is not allowed here; allowed are Fluid, Solid [not-allowed]), 'it comes again';
+    $database->setStringValue("$d/Kind", 'Solid');
+    is $validator->validateParam("$d/Kind"), undef, 'mended';
+    is $marks->("$d/Kind"), 3, 'the parameter is marked';
+    is $look->($d), '', 'the object is right again';
+
+    $database->setStringValue("$d/BOUNDARY:b/Kind", 'Wall');
+    $look->("$d/BOUNDARY:b");
+    is $marks->("$d/BOUNDARY:b/PROFILE"), 0, 'a case that no longer holds: the child is looked at again';
+    $database->setStringValue("$d/BOUNDARY:b/Kind", 'Inlet');
+    is $look->($_), '', "$_ is right" for "$d/BOUNDARY:b", "$d/BOUNDARY:b/PROFILE";
+
+    $database->deleteParam("$d/BOUNDARY:b/Rate");
+    is $marks->("$d/BOUNDARY:b"), 0, 'a parameter that is deleted takes the mark of its object';
+    like $look->("$d/BOUNDARY:b"), qr/missing-parameter/, 'which may lack it';
+
+    $database->deleteObj('/PROBE:p');
+    is $marks->($d), 0, 'an object that is deleted takes the mark of those that name it';
+    like $look->($d), qr/no-such-object/, 'which now name nothing';
+
+    $database->loadLibraryData(lines("RULES:\nOBJECT: DOMAIN\nRequired Parameters = Kind, Count\nEND\nEND"));
+    is $look->('/FLOW'), '', 'after a change of the rules';
+    is $marks->("$d/START"), 0, 'no mark is left';
+};
+
+subtest 'the validator and what it is asked for' => sub {
+    my $validator = VEL::Validate->new(database($rules, "FLOW:\nDOMAIN: d\nKind = Fluid\nSTART:\nEND\nEND\nEND"));
+    is $validator->validateObject('/FLOW/DOMAIN:x'), '/FLOW/DOMAIN:x: there is no such object [no-such-object]',
+        'an object that is not there';
+    is $validator->validateObject('/FLOW/DOMAIN:d/Kind'),
+        '/FLOW/DOMAIN:d/Kind: this is a parameter, not an object [wrong-type]', 'a parameter';
+    is $validator->validateParam('/FLOW/DOMAIN:d/Nix'),
+        '/FLOW/DOMAIN:d/Nix: there is no such parameter [no-such-object]', 'a parameter that is not there';
+    is $validator->validateParam('/FLOW/DOMAIN:d'), '/FLOW/DOMAIN:d: there is no such parameter [no-such-object]',
+        'an object in place of a parameter';
+    is $validator->validateObject(' /FLOW//DOMAIN: d '), undef, 'a path in another form';
+};
+
+subtest 'language version' => sub {
+    my %finding = ('5.6' => 0, '5.7' => 0, '5.7.0' => 0, '5.10' => 1, '6' => 1);
+    for my $version (sort keys %finding) {
+        my $expected = $finding{$version}
+            ? "/LANGUAGE/Version: the data is in version $version, newer than version 5.7 of the rules [newer-version]\n"
+            : '';
+        is findings(database($rules, "LANGUAGE:\nVersion = $version\nEND")), $expected, "version $version";
+    }
+};
+
+subtest 'without rules nothing is known to be wrong' => sub {
+    is findings(database('', "ANY: thing\nOdd = 1\nEND\nLoose = 1")), '', 'whatever the data';
+};
+
+subtest 'deep nesting' => sub {
+    my $depth = 2000;
+    my @data = ((map { "PROBE: p$_" } 1 .. $depth), ('END') x $depth);
+    my $database = database($rules, join "\n", @data);
+    my $path = '';
+    my $validator = VEL::Validate->new($database);
+    for my $level (1 .. $depth) {
+        $path .= "/PROBE:p$level";
+        last if !is_quiet($validator, $path);
+    }
+    is $database->isValid($path), 1, 'is looked at to the last level';
+    my @said;
+    local $SIG{__WARN__} = sub { push @said, @_ };
+    $validator->setUnitsChecking(1);
+    is $database->isValid($path), 0, 'and taken back';
+    is "@said", '', 'without a warning';
+};
+
+sub is_quiet ($validator, $path) { return !defined $validator->validateObject($path) }
+
+done_testing;

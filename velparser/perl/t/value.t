@@ -1,0 +1,44 @@
+use strict;
+use warnings;
+use Test::More;
+
+use VEL::Value qw(split_list logical is_number is_integer quantity);
+
+sub entries { return join '|', split_list($_[0]) }
+
+is entries('a, b,c'),               'a|b|c',                    'entries are trimmed';
+is entries('Cartesian, (1, 2), 3'), 'Cartesian|(1, 2)|3',       'no cut inside parentheses';
+is entries('f(a,b), g(h(1,2),3)'),  'f(a,b)|g(h(1,2),3)',       'nor deeper inside';
+is entries('a,'),                   'a|',                       'a last comma makes an empty entry';
+is entries('a), b'),                'a), b',                    'a depth below zero does not cut';
+is entries('  '),                   '',                         'white space has no entries';
+is scalar(my @none = split_list(undef)), 0,                     'nor has nothing';
+
+for my $text (qw(Yes yes Y TRUE t on 1 0.5 27)) { is logical($text), 1, "$text is yes" }
+for my $text (qw(No n FALSE f Off 0 0.4))       { is logical($text), 0, "$text is no" }
+for my $text ('', ' ', 'maybe', 'yes please', '-1', '1x') {
+    is logical($text), undef, qq("$text" is no logical);
+}
+
+for my $text (qw(1 -1 +1 1. .5 1e5 -2.5E-3)) { ok is_number($text), "$text is a number" }
+for my $text ('', '1,5', '0x10', 'inf', 'nan', '1e', '1 2', '.', "1\n") {
+    ok !is_number($text), qq("$text" is no number);
+}
+ok is_integer('-12'),   '-12 is a whole number';
+ok !is_integer($_), "$_ is no whole number" for '1.0', '1e3', '';
+
+sub shown {
+    my @parts = quantity($_[0]) or return 'none';
+    return "$parts[0] " . (ref $parts[1] ? "open ${ $parts[1] }" : $parts[1] // 'bare');
+}
+is shown('0.5 [kg s^-1]'),  '0.5 kg s^-1',      'number and unit';
+is shown('0.5[kg s^-1]'),   '0.5 kg s^-1',      'no blank is needed';
+is shown('5 [ m ]'),        '5 m',              'blanks in the bracket';
+is shown('-2e3'),           '-2e3 bare',        'a bare number';
+is shown('5 [m'),           '5 open m',         'a bracket that does not close';
+is shown('5 [m] x'),        'none',             'something behind';
+is shown('5 m'),            'none',             'a unit without brackets';
+is shown('fast'),           'none',             'a text';
+is shown('1.5.2'),          'none',             'two points';
+
+done_testing;
