@@ -1,0 +1,27 @@
+#include "tools/veltool/command.h"
+
+namespace veltool {
+
+namespace {
+
+constexpr const Command *commands[] = {
+    &formatCommand, &treeCommand, &getCommand, &findTextCommand, &setCommand, &perlCommand,
+};
+
+} // namespace
+
+std::span<const Command *const> allCommands()
+{
+    return commands;
+}
+
+const Command *findCommand(const std::string &name)
+{
+    for (const Command *command : commands) {
+        if (name == command->name)
+            return command;
+    }
+    return nullptr;
+}
+
+} // namespace veltool

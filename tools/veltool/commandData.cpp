@@ -1,0 +1,102 @@
+#include "tools/veltool/commandData.h"
+
+#include "tools/veltool/failure.h"
+
+#include <filesystem>
+#include <fstream>
+#include <new>
+
+namespace veltool {
+
+namespace {
+
+constexpr std::string_view containerStart = "*INFO";
+
+/// The number of the first line that the parser refuses, 0 for none: what is
+/// wrong then is the text as a whole.
+std::size_t faultyLine(const SourceText &text)
+{
+    const velHandlePtr handle = newHandle();
+    for (std::size_t i = 0; i < text.lineCount(); ++i) {
+        const std::string line(text.parsedLine(i));
+        if (parseVELLineH(handle.get(), line.c_str(), 0))
+            return i + 1;
+    }
+    return 0;
+}
+
+[[noreturn]] void refuseContainer(const std::string &file)
+{
+    throw Failure(file + ": is a def or res file; this version cannot read command data out of it");
+}
+
+/// False for anything that cannot be read twice.
+bool isPlainTextFile(const std::string &file)
+{
+    std::error_code error;
+    if (file == standardInput || !std::filesystem::is_regular_file(file, error))
+        return false;
+    std::ifstream in(file, std::ios::binary);
+    std::string start(containerStart.size(), '\0');
+    in.read(start.data(), static_cast<std::streamsize>(start.size()));
+    return kindOf(start) == FileKind::Text;
+}
+
+velHandlePtr startHandle(Libraries libraries)
+{
+    velHandlePtr handle = newHandle();
+    if (libraries == Libraries::Read)
+        require(readLibraries(handle.get()));
+    return handle;
+}
+
+} // namespace
+
+FileKind kindOf(std::string_view firstBytes)
+{
+    return firstBytes.substr(0, containerStart.size()) == containerStart ? FileKind::Container
+                                                                         : FileKind::Text;
+}
+
+velHandlePtr newHandle()
+{
+    velHandlePtr handle(velCreateHandle());
+    if (!handle)
+        throw std::bad_alloc();
+    return handle;
+}
+
+velHandlePtr loadFile(const std::string &file, Libraries libraries)
+{
+    // The database reads a plain file by itself, without a copy of ours. The
+    // slower way serves pipes, and finds the line at fault.
+    if (isPlainTextFile(file)) {
+        velHandlePtr handle = startHandle(libraries);
+        if (!loadVELFile(handle.get(), file.c_str(), "vel"))
+            return handle;
+    }
+    velHandlePtr handle = startHandle(libraries);
+    parseText(handle.get(), readText(file), file);
+    return handle;
+}
+
+SourceText readText(const std::string &file)
+{
+    std::string bytes = readBytes(file);
+    if (kindOf(bytes) == FileKind::Container)
+        refuseContainer(file);
+    return SourceText(std::move(bytes));
+}
+
+void parseText(velHandle *handle, const SourceText &text, const std::string &file)
+{
+    const velArray lines = text.parsedLines();
+    const char *error = parseVELData(handle, &lines, 0);
+    if (!error)
+        return;
+    const std::string message = error;
+    const std::size_t line = faultyLine(text);
+    throw Failure(file + (line ? ':' + std::to_string(line) : "") + ": " + message);
+}
+
+} // namespace veltool

@@ -1,0 +1,34 @@
+// Command data in a database of its own, without Perl.
+#pragma once
+
+#include "tools/veltool/sourceText.h"
+#include "velapilt/src/velapilt.h"
+
+#include <string>
+
+namespace veltool {
+
+/// What a file holds, by its first bytes.
+enum class FileKind { Text, Container };
+
+[[nodiscard]] FileKind kindOf(std::string_view firstBytes);
+
+/// A new handle. Throws bad_alloc.
+[[nodiscard]] velHandlePtr newHandle();
+
+/// Whether the rule libraries are read before a file.
+enum class Libraries { Skip, Read };
+
+/// Reads a file, or standard input for "-", into a new handle: a VEL text as
+/// it stands, a def or res file by its command data. Throws a Failure that
+/// names the file, and the line where one is at fault.
+[[nodiscard]] velHandlePtr loadFile(const std::string &file, Libraries libraries = Libraries::Skip);
+
+/// The text of a VEL file, for commands that need its lines. A def or res file
+/// gives the lines of its command data. Throws a Failure.
+[[nodiscard]] SourceText readText(const std::string &file);
+
+/// Parses a text; `file` is named in messages. Throws a Failure.
+void parseText(velHandle *handle, const SourceText &text, const std::string &file);
+
+} // namespace veltool

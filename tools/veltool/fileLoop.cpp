@@ -1,0 +1,22 @@
+#include "tools/veltool/fileLoop.h"
+
+#include <algorithm>
+
+namespace veltool {
+
+int forEachFile(std::span<const std::string> files,
+                const std::function<int(const std::string &file)> &work)
+{
+    int status = statusGood;
+    for (const std::string &file : files) {
+        try {
+            status = std::max(status, work(file));
+        } catch (const Failure &failure) {
+            report(failure.message());
+            status = statusFailed;
+        }
+    }
+    return status;
+}
+
+} // namespace veltool

@@ -1,0 +1,150 @@
+// veltool format: the text that the editor would save.
+#include "tools/veltool/command.h"
+#include "tools/veltool/commandData.h"
+#include "tools/veltool/fileLoop.h"
+#include "tools/veltool/output.h"
+#include "tools/veltool/replaceFile.h"
+#include "tools/veltool/statement.h"
+
+#include <CLI/App.hpp>
+
+#include <charconv>
+#include <filesystem>
+
+namespace veltool {
+
+namespace {
+
+constexpr std::int32_t defaultWidth = 79;
+constexpr std::int32_t narrowest = 3;
+
+std::int32_t parseWidth(const std::string &text)
+{
+    std::int32_t width = 0;
+    const char *end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, width);
+    if (error != std::errc() || stop != end || width < 0 || (width > 0 && width < narrowest))
+        throw Failure("--width takes 0 (no wrapping) or a number from 3 up, not \"" + text + '"');
+    return width;
+}
+
+class FormatTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override
+    {
+        app.add_option("--width", width_, "Longest line; 0 wraps nothing")
+            ->type_name("N")
+            ->default_str("79");
+        CLI::Option *inPlace =
+            app.add_flag("--in-place,-i", inPlace_, "Replace each FILE, keeping FILE.bak");
+        CLI::Option *check = app.add_flag(
+            "--check,-c", check_, "Name each FILE that is not formatted; status 1 if there is one");
+        CLI::Option *output = app.add_option("--output,-o", output_, "Write to OUT");
+        output->type_name("OUT");
+        inPlace->excludes(check)->excludes(output);
+        check->excludes(output);
+    }
+
+    int run(const Words &files) override
+    {
+        if (!width_.empty())
+            columns_ = parseWidth(width_);
+        if (files.size() > 1 && !inPlace_ && !check_)
+            throw Failure("several files need --in-place or --check");
+        return forEachFile(files, [this](const std::string &file) { return format(file); });
+    }
+
+private:
+    int format(const std::string &file) const
+    {
+        if (inPlace_)
+            return formatInPlace(file);
+        if (check_)
+            return checkFormat(file);
+        const std::string text = formatted(loadFile(file).get());
+        if (output_.empty() || output_ == standardInput)
+            out() << text;
+        else if (isSameFile(file, output_))
+            return formatInPlace(file);
+        else
+            writeFile(output_, text);
+        return statusGood;
+    }
+
+    int formatInPlace(const std::string &file) const
+    {
+        EditedFile edited(file);
+        const SourceText text = readText(file);
+        const std::string result = formattedText(text, file);
+        if (result == text.bytes())
+            return statusGood;
+        edited.replace(result);
+        tellOfRemarks(countRemarks(text), file, edited.backupName());
+        return statusGood;
+    }
+
+    static void tellOfRemarks(std::size_t count, const std::string &file, const std::string &backup)
+    {
+        if (count == 1)
+            report(file + ": 1 remark is not in the formatted text; " + backup + " has it");
+        else if (count > 1)
+            report(file + ": " + std::to_string(count) +
+                   " remarks are not in the formatted text; " + backup + " has them");
+    }
+
+    int checkFormat(const std::string &file) const
+    {
+        const SourceText text = readText(file);
+        if (formattedText(text, file) == text.bytes())
+            return statusGood;
+        out() << file << ": not formatted\n";
+        return statusFindings;
+    }
+
+    std::string formattedText(const SourceText &text, const std::string &file) const
+    {
+        const velHandlePtr handle = newHandle();
+        parseText(handle.get(), text, file);
+        return formatted(handle.get());
+    }
+
+    std::string formatted(velHandle *handle) const
+    {
+        velStringList lines;
+        require(getFormattedVEL(handle, "/", columns_, &lines));
+        std::string text;
+        for (const char *line : lines)
+            text.append(line).append(1, '\n');
+        return text;
+    }
+
+    static bool isSameFile(const std::string &a, const std::string &b)
+    {
+        std::error_code error;
+        return std::filesystem::equivalent(a, b, error) && !error &&
+               std::filesystem::is_regular_file(a, error);
+    }
+
+    std::string width_;
+    std::int32_t columns_ = defaultWidth;
+    bool inPlace_ = false;
+    bool check_ = false;
+    std::string output_;
+};
+
+} // namespace
+
+const Command formatCommand = {
+    .name = "format",
+    .words = "FILE...",
+    .fewest = 1,
+    .most = anyNumber,
+    .passesOn = false,
+    .purpose = "Print the text that the editor would save",
+    .details = "Parameters come first in each object, objects in the order that the editor gives "
+               "them; lines are wrapped, line ends are LF. Remarks are no data and are left out.",
+    .make = makeTask<FormatTask>,
+};
+
+} // namespace veltool

@@ -1,0 +1,65 @@
+#include "tools/veltool/programPlace.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+namespace veltool {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char *installedData = "share/veleditor";
+constexpr const char *startScript = "VEL/embeddedParserInit.pl";
+constexpr const char *ruleLibraries[] = {"rules.vel", "upgrades.vel"};
+
+/// The folder above bin/; empty when the system does not tell.
+fs::path prefix()
+{
+    std::error_code error;
+    const fs::path program = fs::read_symlink("/proc/self/exe", error);
+    return error ? fs::path() : program.parent_path().parent_path();
+}
+
+/// The first of prefix/NAME and prefix/share/veleditor/NAME that holds `part`.
+fs::path shippedFolder(const char *name, const char *part)
+{
+    const fs::path root = prefix();
+    for (const fs::path &folder : {root / name, root / installedData / name}) {
+        std::error_code error;
+        if (fs::exists(folder / part, error))
+            return folder;
+    }
+    return {};
+}
+
+void setUnlessNamed(const char *variable, const std::string &value)
+{
+    if (!value.empty())
+        setenv(variable, value.c_str(), 0);
+}
+
+/// Those of the shipped library names that the folder holds, as a list.
+std::string libraryList(const fs::path &folder)
+{
+    std::string list;
+    for (const char *name : ruleLibraries) {
+        std::error_code error;
+        if (fs::exists(folder / name, error))
+            list.append(list.empty() ? "" : ";").append(name);
+    }
+    return list;
+}
+
+} // namespace
+
+void completeEnvironment()
+{
+    setUnlessNamed("ZOT5_VEL_PARSER", shippedFolder("perl", startScript).string());
+    setUnlessNamed("ZOT5_VEL_LIBSDIR", shippedFolder("libraries", ruleLibraries[0]).string());
+    if (const char *folder = std::getenv("ZOT5_VEL_LIBSDIR"))
+        setUnlessNamed("ZOT5_VEL_LIBS", libraryList(folder));
+}
+
+} // namespace veltool

@@ -1,0 +1,187 @@
+#include "tools/veltool/replaceFile.h"
+
+#include "tools/veltool/failure.h"
+#include "tools/veltool/sourceText.h"
+#include "tools/veltool/writeAll.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+#include <utility>
+
+namespace veltool {
+
+namespace {
+
+constexpr mode_t permissionBits = 07777;
+constexpr mode_t newFileMode = 0666;
+
+std::string folderOf(const std::string &file)
+{
+    const std::string folder = std::filesystem::path(file).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
+
+/// The names in a folder outlive a power failure only when it is flushed too.
+/// Some file systems refuse that; the data is safe then as far as it can be.
+void flushFolder(const std::string &folder)
+{
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    (void)fsync(descriptor);
+    close(descriptor);
+}
+
+/// A new file that is gone again unless it is given its final name.
+class TemporaryFile
+{
+public:
+    /// In the folder of `file`, which messages name.
+    explicit TemporaryFile(const std::string &file)
+        : file_(file), name_(folderOf(file) + "/.veltool-XXXXXX")
+    {
+        descriptor_ = mkostemp(name_.data(), O_CLOEXEC);
+        if (descriptor_ < 0)
+            throw systemFailure(file_, errno);
+    }
+
+    ~TemporaryFile()
+    {
+        if (descriptor_ >= 0)
+            close(descriptor_);
+        unlink(name_.c_str());
+    }
+
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+    [[nodiscard]] const std::string &name() const { return name_; }
+
+    /// As far as the user may; without the right the file becomes his own.
+    void copyOwner(const struct stat &from) const
+    {
+        struct stat own;
+        if (fstat(descriptor_, &own) == 0 &&
+            (own.st_uid != from.st_uid || own.st_gid != from.st_gid))
+            (void)!fchown(descriptor_, from.st_uid, from.st_gid);
+    }
+
+    /// Writes everything and closes the file.
+    void fill(std::string_view bytes, mode_t mode)
+    {
+        if (const int error = writeAll(descriptor_, bytes))
+            throw systemFailure(file_, error);
+        if (fchmod(descriptor_, mode & permissionBits) != 0 || fsync(descriptor_) != 0)
+            throw systemFailure(file_, errno);
+        const int descriptor = std::exchange(descriptor_, -1);
+        if (close(descriptor) != 0)
+            throw systemFailure(file_, errno);
+    }
+
+    void rename(const std::string &to) const
+    {
+        if (std::rename(name_.c_str(), to.c_str()) != 0)
+            throw systemFailure(to, errno);
+        flushFolder(folderOf(to));
+    }
+
+private:
+    std::string file_;
+    std::string name_;
+    int descriptor_ = -1;
+};
+
+bool isUnchanged(const struct stat &before, const struct stat &now)
+{
+    return before.st_ino == now.st_ino && before.st_dev == now.st_dev &&
+           before.st_size == now.st_size && before.st_mtim.tv_sec == now.st_mtim.tv_sec &&
+           before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
+}
+
+mode_t maskedNewFileMode()
+{
+    const mode_t mask = umask(0);
+    umask(mask);
+    return newFileMode & ~mask;
+}
+
+void writeStraight(const std::string &file, std::string_view bytes)
+{
+    const int descriptor = open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        throw systemFailure(file, errno);
+    const int error = writeAll(descriptor, bytes);
+    if (close(descriptor) != 0 || error)
+        throw systemFailure(file, error ? error : errno);
+}
+
+} // namespace
+
+EditedFile::EditedFile(const std::string &file) : name_(file)
+{
+    if (file == standardInput)
+        throw Failure("standard input cannot be edited in place");
+    if (stat(file.c_str(), &before_) != 0)
+        throw systemFailure(file, errno);
+    if (!S_ISREG(before_.st_mode))
+        throw Failure(file + ": is no regular file");
+    if (access(file.c_str(), W_OK) != 0)
+        throw systemFailure(file, errno);
+    std::error_code error;
+    target_ = std::filesystem::canonical(file, error).string();
+    if (error)
+        throw systemFailure(file, error.value());
+}
+
+void EditedFile::replace(std::string_view bytes) const
+{
+    TemporaryFile temporary(target_);
+    temporary.copyOwner(before_);
+    temporary.fill(bytes, before_.st_mode);
+    struct stat now;
+    if (stat(target_.c_str(), &now) != 0)
+        throw systemFailure(name_, errno);
+    if (!isUnchanged(before_, now))
+        throw Failure(name_ + ": was changed by somebody else meanwhile; nothing was written");
+    keepBackup();
+    temporary.rename(target_);
+}
+
+void EditedFile::keepBackup() const
+{
+    TemporaryFile temporary(backupName());
+    // A second name for the same file costs nothing. Where there are no such
+    // names, and for files of others, it is a copy.
+    unlink(temporary.name().c_str());
+    if (link(target_.c_str(), temporary.name().c_str()) == 0) {
+        temporary.rename(backupName());
+        return;
+    }
+    TemporaryFile copy(backupName());
+    copy.copyOwner(before_);
+    copy.fill(readBytes(target_), before_.st_mode);
+    copy.rename(backupName());
+}
+
+void writeFile(const std::string &file, std::string_view bytes)
+{
+    struct stat before;
+    const bool exists = stat(file.c_str(), &before) == 0;
+    if (exists && !S_ISREG(before.st_mode)) {
+        writeStraight(file, bytes);
+        return;
+    }
+    if (exists && access(file.c_str(), W_OK) != 0)
+        throw systemFailure(file, errno);
+    std::error_code error;
+    const std::string target = exists ? std::filesystem::canonical(file, error).string() : file;
+    TemporaryFile temporary(target);
+    temporary.fill(bytes, exists ? before.st_mode : maskedNewFileMode());
+    temporary.rename(target);
+}
+
+} // namespace veltool

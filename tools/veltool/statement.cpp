@@ -1,0 +1,121 @@
+#include "tools/veltool/statement.h"
+
+#include <algorithm>
+
+namespace veltool {
+
+namespace {
+
+constexpr std::string_view replaceWord = "&replace";
+
+std::string_view trim(std::string_view text)
+{
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+std::size_t findRemark(std::string_view text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '#' && (i == 0 || text[i - 1] != '\\'))
+            return i;
+    }
+    return text.size();
+}
+
+/// Trimmed, every run of white space one blank.
+std::string singleBlanks(std::string_view text)
+{
+    std::string result;
+    for (const char c : trim(text)) {
+        if (!isBlank(c))
+            result += c;
+        else if (result.back() != ' ')
+            result += ' ';
+    }
+    return result;
+}
+
+/// Joins the lines; true when the last one was not continued.
+bool joinLines(const SourceText &source, Positions positions, Statement *statement)
+{
+    std::string &text = statement->text;
+    LineRange &lines = statement->lines;
+    while (lines.first + lines.count < source.lineCount()) {
+        const std::size_t number = lines.first + lines.count++;
+        const std::string_view line = trim(source.parsedLine(number));
+        text += line;
+        if (positions == Positions::Keep) {
+            const auto start = static_cast<std::size_t>(line.data() - source.bytes().data());
+            for (std::size_t i = 0; i < line.size(); ++i)
+                statement->positions.push_back(start + i);
+        }
+        if (!text.ends_with('\\'))
+            return true;
+        text.pop_back();
+        statement->positions.resize(std::min(statement->positions.size(), text.size()));
+    }
+    return false;
+}
+
+std::string headerComponent(std::string_view text, std::size_t colon)
+{
+    const std::string type = singleBlanks(text.substr(0, colon));
+    const std::string name = singleBlanks(text.substr(colon + 1));
+    return name.empty() || name == type ? type : type + ':' + name;
+}
+
+/// Kind and component from the text before the remark.
+void classify(std::string_view text, Statement *statement)
+{
+    text = trim(text);
+    if (text.starts_with(replaceWord))
+        text = trim(text.substr(replaceWord.size()));
+    if (text.empty()) {
+        statement->kind = StatementKind::Nothing;
+    } else if (text == "END" && statement->lines.count == 1) {
+        statement->kind = StatementKind::End;
+    } else if (text.front() == '>') {
+        statement->kind = StatementKind::Action;
+    } else if (const std::size_t equals = text.find('='); equals != std::string_view::npos) {
+        statement->kind = StatementKind::Parameter;
+        statement->component = singleBlanks(text.substr(0, equals));
+    } else if (const std::size_t colon = text.find(':'); colon != std::string_view::npos) {
+        statement->kind = StatementKind::Header;
+        statement->component = headerComponent(text, colon);
+    }
+}
+
+} // namespace
+
+void readStatement(const SourceText &source, std::size_t firstLine, Positions positions,
+                   Statement *statement)
+{
+    statement->lines = {firstLine, 0};
+    statement->kind = StatementKind::Unfinished;
+    statement->text.clear();
+    statement->component.clear();
+    statement->positions.clear();
+    const bool finished = joinLines(source, positions, statement);
+    statement->remark = findRemark(statement->text);
+    if (finished) {
+        statement->kind = StatementKind::Nothing;
+        classify(std::string_view(statement->text).substr(0, statement->remark), statement);
+    }
+}
+
+std::size_t countRemarks(const SourceText &source)
+{
+    std::size_t count = 0;
+    Statement statement;
+    for (std::size_t line = 0; line < source.lineCount(); line += statement.lines.count) {
+        readStatement(source, line, Positions::Skip, &statement);
+        count += statement.remark < statement.text.size() ? 1 : 0;
+    }
+    return count;
+}
+
+} // namespace veltool

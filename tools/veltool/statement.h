@@ -1,0 +1,70 @@
+// The statements of a VEL text and where they stand.
+//
+// The database forgets lines; edits that keep a file as its author wrote it
+// need them. This reader follows the database's parser:
+//
+// - a line is trimmed; one that ends in '\' continues on the next, whose text
+//   follows directly;
+// - the first '#' of the joined text that stands at its beginning or not
+//   directly behind a '\' begins a remark, which runs to the statement's end;
+// - "&replace " before a statement does not change what it opens or sets;
+// - "END" on a line of its own closes a block, joined from parts it does not;
+// - otherwise '=' makes a parameter, ':' an object, '>' an action line.
+//
+// A test holds it against the database on random texts.
+#pragma once
+
+#include "tools/veltool/sourceText.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace veltool {
+
+enum class StatementKind {
+    Nothing, ///< blank, or a remark only
+    Header,
+    Parameter,
+    End,
+    Action,
+    Unfinished, ///< the text ends in a continued line, which the parser never takes up
+};
+
+/// The lines that a statement takes.
+struct LineRange
+{
+    std::size_t first = 0;
+    std::size_t count = 0;
+};
+
+/// One statement, joined from its lines.
+struct Statement
+{
+    LineRange lines;
+    StatementKind kind = StatementKind::Nothing;
+    std::string text;       ///< joined, the remark included
+    std::size_t remark = 0; ///< where the remark begins in `text`, its size if there is none
+    std::string component;  ///< "TYPE:Name", "TYPE" or "Name"; of a header or parameter only
+    /// Where each character of `text` stands among the bytes of the source;
+    /// kept only when asked for.
+    std::vector<std::size_t> positions;
+};
+
+enum class Positions { Skip, Keep };
+
+/// Reads the statement that begins at a line; `statement` is reused.
+void readStatement(const SourceText &source, std::size_t firstLine, Positions positions,
+                   Statement *statement);
+
+/// How many statements and blank lines of a text carry a remark.
+[[nodiscard]] std::size_t countRemarks(const SourceText &source);
+
+/// White space as the parser knows it, whatever the locale.
+[[nodiscard]] constexpr bool isBlank(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+} // namespace veltool

@@ -1,0 +1,21 @@
+#include "tools/veltool/caseFold.h"
+
+#include <gtest/gtest.h>
+
+namespace veltool {
+namespace {
+
+TEST(FoldCase, KnowsEveryScript)
+{
+    EXPECT_EQ(foldCase("Mass FLOW 1"), "mass flow 1");
+    EXPECT_EQ(foldCase("M\xC3\x9CHLE \xCE\xA9"), "m\xC3\xBChle \xCF\x89");
+}
+
+TEST(FoldCase, LeavesOtherBytes)
+{
+    EXPECT_EQ(foldCase("A\xFF\xC3"), "a\xFF\xC3");
+    EXPECT_EQ(foldCase("\xE4 B"), "\xE4 b");
+}
+
+} // namespace
+} // namespace veltool

@@ -1,0 +1,245 @@
+// set and perl: what needs the Perl side.
+#include "tools/veltool/tests/toolRun.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace veltool::test {
+namespace {
+
+/// A folder with a rule library of its own, which the runs use.
+class SetTest : public ::testing::Test
+{
+protected:
+    SetTest()
+    {
+        rules_.write("rules.vel", "RULES:\n"
+                                  "  OBJECT: DOMAIN\n"
+                                  "    Parents = /\n"
+                                  "    Required Parameters = Kind\n"
+                                  "    Optional Parameters = Number, Location, Note\n"
+                                  "    PARAMETER: Kind\n"
+                                  "      Allowed Values = Fluid, Solid\n"
+                                  "    END\n"
+                                  "  END\n"
+                                  "END\n");
+        setenv("ZOT5_VEL_LIBSDIR", rules_.path().c_str(), 1);
+        setenv("ZOT5_VEL_LIBS", "rules.vel", 1);
+    }
+
+    std::string writeSample() { return folder_.write("a.vel", sample_); }
+
+    ToolRun set(const std::string &path, const std::string &value)
+    {
+        return runTool({"set", folder_.path("a.vel"), path, value});
+    }
+
+    const std::string sample_ = "# My case\r\n"
+                                "\r\n"
+                                "DOMAIN: d\r\n"
+                                "  Number = 1   # of them\r\n"
+                                "  Kind = Fluid\r\n"
+                                "  Location = B1, \\\r\n"
+                                "     B2\r\n"
+                                "  Number = 2   # in truth\r\n"
+                                "END";
+    TemporaryFolder rules_;
+    TemporaryFolder folder_;
+};
+
+TEST_F(SetTest, ChangesTheLastStatementAndNothingElse)
+{
+    const std::string file = writeSample();
+    ASSERT_EQ(chmod(file.c_str(), 0604), 0);
+    const ToolRun run = set("/DOMAIN:d/Number", "-7");
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(run.status, 0);
+    std::string expected = sample_;
+    expected.replace(expected.find("= 2 "), 4, "= -7 ");
+    EXPECT_EQ(folder_.read("a.vel"), expected);
+    EXPECT_EQ(folder_.read("a.vel.bak"), sample_);
+    EXPECT_EQ(folder_.names(), (std::vector<std::string>{"a.vel", "a.vel.bak"}));
+    struct stat status;
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0604U);
+}
+
+TEST_F(SetTest, WrapsAWrappedValueAgain)
+{
+    writeSample();
+    EXPECT_EQ(set("DOMAIN:d/Location", "B1, B2, Third").status, 0);
+    std::string expected = sample_;
+    expected.replace(expected.find("     B2\r\n"), 9, "     B2, Third\r\n");
+    EXPECT_EQ(folder_.read("a.vel"), expected);
+}
+
+TEST_F(SetTest, LeavesTheFileWhenTheValueIsTheSame)
+{
+    writeSample();
+    EXPECT_EQ(set("/DOMAIN:d/Location", "B1, B2").status, 0);
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
+}
+
+TEST_F(SetTest, IsRefusedWhenTheRulesFindSomethingNew)
+{
+    const std::string file = writeSample();
+    const ToolRun run = set("/DOMAIN:d/Kind", "Gas");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out.rfind(file + ":5: /DOMAIN:d/Kind: ", 0), 0U) << run.out;
+    EXPECT_NE(run.out.find("[not-allowed]\n"), std::string::npos) << run.out;
+    EXPECT_EQ(folder_.read("a.vel"), sample_);
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
+
+    const ToolRun forced = runTool({"set", "--force", file, "/DOMAIN:d/Kind", "Gas"});
+    EXPECT_EQ(forced.status, 0);
+    EXPECT_EQ(runTool({"get", file, "/DOMAIN:d/Kind"}).out, "Gas\n");
+}
+
+TEST_F(SetTest, OldFindingsAreNoHindrance)
+{
+    const std::string file =
+        folder_.write("a.vel", "DOMAIN: d\n  Kind = Gas\n  No = 1\n  Note = x\nEND\n");
+    EXPECT_EQ(set("/DOMAIN:d/Note", "y").status, 0);
+    EXPECT_EQ(set("/DOMAIN:d/Kind", "Solid").status, 0);
+    EXPECT_EQ(folder_.read("a.vel"), "DOMAIN: d\n  Kind = Solid\n  No = 1\n  Note = y\nEND\n");
+}
+
+TEST_F(SetTest, RefusesWhatTheDatabaseRefuses)
+{
+    const std::string file = writeSample();
+    const ToolRun missing = set("/DOMAIN:d/No", "1");
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_EQ(missing.err,
+              "veltool: " + file + ": setStringValue: requested object does not exist\n");
+    const ToolRun object = set("/DOMAIN:d", "1");
+    EXPECT_EQ(object.status, 2);
+    EXPECT_EQ(object.err,
+              "veltool: " + file + ": setStringValue: requested object is not a parameter\n");
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
+}
+
+TEST_F(SetTest, RefusesWhatAFileCannotHold)
+{
+    writeSample();
+    for (const char *value : {"a # b", "#", "a\\", "a\nb", "a\tb", " a", "a  b"}) {
+        const ToolRun run = set("/DOMAIN:d/Note", value);
+        EXPECT_EQ(run.status, 2) << value;
+        EXPECT_EQ(run.err.rfind("veltool: ", 0), 0U) << run.err;
+    }
+    EXPECT_EQ(folder_.read("a.vel"), sample_);
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
+}
+
+TEST_F(SetTest, PointsToExtractForAContainer)
+{
+    const std::string file = folder_.write("a.res", "*INFO\n                   0\n*ENDINFO\n");
+    const ToolRun run = runTool({"set", file, "/x", "1"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("veltool extract"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("veltool embed"), std::string::npos) << run.err;
+}
+
+TEST_F(SetTest, FollowsALinkAndReplacesAnOldBackup)
+{
+    writeSample();
+    folder_.write("link.bak", "older\n");
+    ASSERT_EQ(symlink("a.vel", folder_.path("link").c_str()), 0);
+    EXPECT_EQ(runTool({"set", folder_.path("link"), "/DOMAIN:d/Number", "3"}).status, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder_.path("link")));
+    EXPECT_NE(folder_.read("a.vel"), sample_);
+    EXPECT_EQ(folder_.read("link.bak"), sample_);
+    EXPECT_EQ(folder_.names(), (std::vector<std::string>{"a.vel", "link", "link.bak"}));
+}
+
+TEST_F(SetTest, KeepsABackupThatIsAnotherNameOfTheFile)
+{
+    const std::string file = writeSample();
+    ASSERT_EQ(link(file.c_str(), (file + ".bak").c_str()), 0);
+    EXPECT_EQ(set("/DOMAIN:d/Number", "3").status, 0);
+    EXPECT_EQ(folder_.read("a.vel.bak"), sample_);
+    EXPECT_EQ(folder_.names(), (std::vector<std::string>{"a.vel", "a.vel.bak"}));
+}
+
+TEST_F(SetTest, WithoutRulesNothingIsWritten)
+{
+    const std::string file = writeSample();
+    setenv("ZOT5_VEL_LIBS", "missing.vel", 1);
+    const ToolRun run = set("/DOMAIN:d/Number", "3");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err.rfind("veltool: ", 0), 0U) << run.err;
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
+}
+
+TEST_F(SetTest, FindsTheRulesThatShipWithIt)
+{
+    unsetenv("ZOT5_VEL_LIBSDIR");
+    unsetenv("ZOT5_VEL_LIBS");
+    const ToolRun run = runShell("unset ZOT5_VEL_PARSER; $VELTOOL perl -- <(echo "
+                                 "'print join \",\", @ENV{qw(ZOT5_VEL_PARSER ZOT5_VEL_LIBSDIR "
+                                 "ZOT5_VEL_LIBS)}')");
+    const std::string build = std::getenv("VEL_BUILD_DIR");
+    EXPECT_EQ(run.out.rfind(build + "/perl," + build + "/libraries,rules.vel", 0), 0U)
+        << run.out << run.err;
+}
+
+TEST(Perl, RunsAScriptWithItsOwnOptions)
+{
+    const TemporaryFolder folder;
+    const std::string script =
+        folder.write("a script.pl", "print join('|', @ARGV), \"\\n\"; exit(@ARGV ? 3 : 0);\n");
+    const ToolRun run = runTool({"perl", script, "--json", "-5", "--", "a b", "--help"});
+    EXPECT_EQ(run.out, "--json|-5|--|a b|--help\n");
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(runTool({"perl", script}).status, 0);
+}
+
+TEST(Perl, ReachesTheDatabase)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a.vel", "x = 1\n");
+    const std::string script = folder.write("get.pl", "use strict; use warnings;\n"
+                                                      "my $vel = VEL::Parser::Lite::NEW();\n"
+                                                      "my $said = $vel->loadVELFile($ARGV[0]);\n"
+                                                      "die $said if $said;\n"
+                                                      "$vel->getStringValue('/x', \\my $value);\n"
+                                                      "print \"$value\\n\";\n");
+    EXPECT_EQ(runTool({"perl", script, file}).out, "1\n");
+    const ToolRun failed = runTool({"perl", script, folder.path("missing")});
+    EXPECT_EQ(failed.status, 2);
+    EXPECT_EQ(failed.out, "");
+    EXPECT_EQ(failed.err.rfind("veltool: loadFileData: ", 0), 0U) << failed.err;
+}
+
+TEST(Perl, DyingIsAFailure)
+{
+    const TemporaryFolder folder;
+    const ToolRun died = runTool({"perl", folder.write("die.pl", "die \"no more\\n\";\n")});
+    EXPECT_EQ(died.status, 2);
+    EXPECT_EQ(died.err, "veltool: no more\n");
+    EXPECT_EQ(runTool({"perl", folder.write("wrong.pl", "sub {\n")}).status, 2);
+    EXPECT_EQ(runTool({"perl", folder.path("missing.pl")}).status, 2);
+    EXPECT_EQ(runTool({"perl", folder.path()}).status, 2);
+    EXPECT_EQ(runTool({"perl"}).status, 2);
+}
+
+TEST(Perl, ReportsAShortWrite)
+{
+    const TemporaryFolder folder;
+    const std::string script = folder.write("print.pl", "print \"text\\n\";\n");
+    EXPECT_EQ(runShell("$VELTOOL perl " + script + " > /dev/full").status, 2);
+}
+
+TEST(Perl, SaysWhenThereIsNoPerlSide)
+{
+    const TemporaryFolder folder;
+    const std::string script = folder.write("print.pl", "print 1;\n");
+    const ToolRun run = runShell("ZOT5_VEL_PARSER=" + folder.path() + " $VELTOOL perl " + script);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("veltool: Error: Cannot parse perl code\n"), std::string::npos)
+        << run.err;
+}
+
+} // namespace
+} // namespace veltool::test

@@ -1,0 +1,276 @@
+// tree, get and find, and what they make of bad input.
+#include "tools/veltool/tests/toolRun.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace veltool::test {
+namespace {
+
+const char *const sample = "FLOW:\n"
+                           "  DOMAIN: Duct\n"
+                           "    Option = Fluid # remark\n"
+                           "    Location = B1, \\\n"
+                           "      B2\n"
+                           "    M\xC3\xBC = M\xC3\x9CHLE\n"
+                           "  END\n"
+                           "  DOMAIN: Duct\n"
+                           "    Option = Solid\n"
+                           "  END\n"
+                           "END\n";
+
+// The parameter names of a file are ASCII.
+std::string sampleText()
+{
+    std::string text = sample;
+    text.replace(text.find("M\xC3\xBC"), 3, "Mill");
+    return text;
+}
+
+TEST(Tree, ShowsStoredOrder)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a.vel", sampleText());
+    EXPECT_EQ(runTool({"tree", file}).out, "FLOW:\n"
+                                           "  DOMAIN: Duct\n"
+                                           "    Option = Solid\n"
+                                           "    Location = B1, B2\n"
+                                           "    Mill = M\xC3\x9CHLE\n");
+    EXPECT_EQ(runTool({"tree", file, "FLOW/DOMAIN : Duct"}).out, "DOMAIN: Duct\n"
+                                                                 "  Option = Solid\n"
+                                                                 "  Location = B1, B2\n"
+                                                                 "  Mill = M\xC3\x9CHLE\n");
+    EXPECT_EQ(runTool({"tree", file, "/FLOW/DOMAIN:Duct/Option"}).out, "Option = Solid\n");
+}
+
+TEST(Tree, GivesNestedJson)
+{
+    const TemporaryFolder folder;
+    const std::string file =
+        folder.write("a.vel", "A:\n x = 1\n B: b\n END\nEND\nC: c\n y =\nEND\n");
+    const ToolRun run = runTool({"tree", "--json", file});
+    EXPECT_EQ(run.status, 0);
+    const auto expected = nlohmann::ordered_json::parse(R"(
+        {"path":"/","kind":"Object","type":"/","name":null,"value":null,"children":[
+          {"path":"/A","kind":"Singleton","type":"A","name":null,"value":null,"children":[
+            {"path":"/A/x","kind":"Param","type":"String","name":"x","value":"1","children":[]},
+            {"path":"/A/B:b","kind":"Object","type":"B","name":"b","value":null,"children":[]}]},
+          {"path":"/C:c","kind":"Object","type":"C","name":"c","value":null,"children":[
+            {"path":"/C:c/y","kind":"Param","type":"String","name":"y","value":"","children":[]}]}]})");
+    EXPECT_EQ(nlohmann::ordered_json::parse(run.out), expected);
+    EXPECT_EQ(nlohmann::json::parse(runTool({"tree", "--json", file, "/A/B:b"}).out)["path"],
+              "/A/B:b");
+}
+
+TEST(Tree, GivesTheRootOfAnEmptyFile)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("empty.vel", "");
+    EXPECT_EQ(runTool({"tree", file}).out, "");
+    EXPECT_EQ(nlohmann::json::parse(runTool({"tree", "--json", file}).out)["children"].size(), 0U);
+}
+
+TEST(Tree, ShowsLibraryDataOnlyWhenAsked)
+{
+    const TemporaryFolder folder;
+    folder.write("own.vel", "RULES:\n  OBJECT: A\n  END\nEND\n");
+    const std::string file = folder.write("a.vel", "A: a\nEND\n");
+    const std::string setting = "ZOT5_VEL_LIBS=own.vel ZOT5_VEL_LIBSDIR=" + folder.path();
+    EXPECT_EQ(runShell(setting + " $VELTOOL tree --library " + file).out,
+              "RULES:\n  OBJECT: A\nA: a\n");
+    EXPECT_EQ(runShell(setting + " $VELTOOL tree " + file).out, "A: a\n");
+    const ToolRun missing = runShell(setting + "x $VELTOOL tree --library " + file);
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_EQ(missing.out, "");
+}
+
+TEST(Tree, GivesBytesBesideInvalidUtf8)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a.vel", "x = a\xFF\n");
+    const auto tree = nlohmann::json::parse(runTool({"tree", "--json", file}).out);
+    EXPECT_EQ(tree["children"][0]["value"], "a\xEF\xBF\xBD");
+    EXPECT_EQ(tree["children"][0]["valueBytes"], "61ff");
+    EXPECT_EQ(runTool({"tree", file}).out, "x = a\xFF\n");
+}
+
+TEST(Get, PrintsTheValue)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a.vel", sampleText());
+    const ToolRun run = runTool({"get", file, "/FLOW/DOMAIN:Duct/Location"});
+    EXPECT_EQ(run.out, "B1, B2\n");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(runTool({"get", file, "FLOW / DOMAIN : Duct / Option"}).out, "Solid\n");
+}
+
+TEST(Get, ReadsStandardInput)
+{
+    const ToolRun run = runTool({"get", "-", "/x"}, "x = 1");
+    EXPECT_EQ(run.out, "1\n");
+    EXPECT_EQ(runTool({"tree", "-"}, "x = 1").out, "x = 1\n");
+    EXPECT_EQ(runTool({"find", "-", "1"}, "x = 1").out, "-:1: /x = 1\n");
+    EXPECT_EQ(runTool({"format", "-"}, "x=1").out, "x = 1\n");
+    EXPECT_EQ(runShell("printf 'x = 1' | $VELTOOL get /dev/stdin /x").out, "1\n") << "a pipe";
+}
+
+TEST(Get, SaysWhatIsNoParameter)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a.vel", sampleText());
+    const ToolRun missing = runTool({"get", file, "/FLOW/No"});
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_EQ(missing.out, "");
+    EXPECT_EQ(missing.err,
+              "veltool: " + file + ": getStringValue: value \"/FLOW/No\" does not exist\n");
+    const ToolRun object = runTool({"get", file, "/FLOW"});
+    EXPECT_EQ(object.status, 2);
+    EXPECT_EQ(object.err, "veltool: " + file + ": /FLOW is an object; veltool tree shows it\n");
+}
+
+TEST(Find, SearchesNamesPathsAndValuesWithoutCase)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a.vel", sampleText());
+    const ToolRun run = runTool({"find", file, "SOLID"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, file + ":9: /FLOW/DOMAIN:Duct/Option = Solid\n");
+    EXPECT_EQ(runTool({"find", file, "m\xC3\xBChle"}).out,
+              file + ":6: /FLOW/DOMAIN:Duct/Mill = M\xC3\x9CHLE\n");
+    EXPECT_EQ(runTool({"find", file, "domain:duct"}).out,
+              file + ":8: /FLOW/DOMAIN:Duct\n" + file + ":9: /FLOW/DOMAIN:Duct/Option = Solid\n" +
+                  file + ":4: /FLOW/DOMAIN:Duct/Location = B1, B2\n" + file +
+                  ":6: /FLOW/DOMAIN:Duct/Mill = M\xC3\x9CHLE\n");
+}
+
+TEST(Find, GivesStatusOneWithoutAHit)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a.vel", sampleText());
+    const ToolRun run = runTool({"find", file, "remark"});
+    EXPECT_EQ(run.status, 1) << "a remark is no data";
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(runTool({"find", "--json", file, "remark"}).out, "[]\n");
+}
+
+TEST(Find, GivesAJsonArrayOverAllFiles)
+{
+    const TemporaryFolder folder;
+    const std::string one = folder.write("one \xFF.vel", "x = 1\nA:\nEND\n");
+    const std::string two = folder.write("two.vel", "\n\ny = \xFF"
+                                                    "1\n");
+    const ToolRun run = runTool({"find", "--json", one, two, "1"});
+    const auto hits = nlohmann::json::parse(run.out);
+    ASSERT_EQ(hits.size(), 2U);
+    EXPECT_EQ(hits[0]["line"], 1);
+    EXPECT_EQ(hits[0]["path"], "/x");
+    EXPECT_EQ(hits[0]["value"], "1");
+    EXPECT_TRUE(hits[0].contains("fileBytes"));
+    EXPECT_EQ(hits[1]["file"], two);
+    EXPECT_EQ(hits[1]["line"], 3);
+    EXPECT_EQ(hits[1]["valueBytes"], "ff31");
+    const auto object = nlohmann::json::parse(runTool({"find", "--json", one, "A"}).out);
+    EXPECT_TRUE(object[0]["value"].is_null());
+}
+
+TEST(Find, GoesOnAfterAFileThatFails)
+{
+    const TemporaryFolder folder;
+    const std::string good = folder.write("good.vel", "x = 1\n");
+    const std::string bad = folder.write("bad.vel", "x = 1\nno sense\n");
+    const ToolRun run = runTool({"find", folder.path("missing"), good, bad, good, "x"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, good + ":1: /x = 1\n" + good + ":1: /x = 1\n");
+    EXPECT_EQ(run.err, "veltool: " + folder.path("missing") +
+                           ": No such file or directory\n"
+                           "veltool: " +
+                           bad + ":2: parseVELLineH: syntax error near \"no sense\"\n");
+}
+
+TEST(FileNames, MayHoldAnything)
+{
+    const TemporaryFolder folder;
+    for (const char *name : {"a b.vel", "it's \"so\".vel", "-x.vel", "--help", "[a,b]", "a=b;$c",
+                             "\xFF.vel", "new\nline"}) {
+        folder.write(name, "x = 1\n");
+        EXPECT_EQ(runTool({"get", folder.path(name), "/x"}).out, "1\n") << name;
+        ASSERT_EQ(chdir(folder.path().c_str()), 0);
+        EXPECT_EQ(runTool({"get", "--", name, "/x"}).out, "1\n") << name;
+        EXPECT_EQ(runTool({"find", "--", name, "x"}).out, name + std::string(":1: /x = 1\n"));
+    }
+    ASSERT_EQ(chdir("/"), 0);
+}
+
+/// The commands that read one file, with words that would do on a good one.
+std::vector<std::vector<std::string>> readersOf(const std::string &file)
+{
+    return {{"tree", file},         {"tree", "--json", file}, {"get", file, "/x"},
+            {"find", file, "x"},    {"format", file},         {"format", "--check", file},
+            {"format", "-i", file}, {"set", file, "/x", "2"}};
+}
+
+void expectFailure(const std::string &file, const std::string &message)
+{
+    for (const auto &words : readersOf(file)) {
+        const ToolRun run = runTool(words);
+        EXPECT_EQ(run.status, 2) << words[0];
+        EXPECT_EQ(run.err.rfind("veltool: " + file, 0), 0U) << run.err;
+        EXPECT_NE(run.err.find(message), std::string::npos) << words[0] << ": " << run.err;
+        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+    }
+}
+
+TEST(BadInput, IsNamedByEveryCommand)
+{
+    const TemporaryFolder folder;
+    expectFailure(folder.path("missing"), "No such file or directory");
+    expectFailure(folder.write("short", "A:\nx = 1\n"), "1 missing END statement(s) in input");
+    expectFailure(folder.write("long", "x = 1\nEND\n"), ":2: parseVELLineH: unmatched END");
+    expectFailure(folder.write("binary", "\x7F"
+                                         "ELF\x02\x01\x01\x80\xFF\n\x01\n"),
+                  ":1: ");
+    expectFailure(folder.write("case.res", "*INFO\n                   0\n*ENDINFO\n"),
+                  "is a def or res file");
+}
+
+TEST(BadInput, DirectoryIsNoFile)
+{
+    const TemporaryFolder folder;
+    for (const auto &words : readersOf(folder.path())) {
+        const ToolRun run = runTool(words);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.err.rfind("veltool: " + folder.path() + ": ", 0), 0U) << run.err;
+    }
+}
+
+TEST(BadInput, UnreadableFile)
+{
+    if (geteuid() == 0)
+        GTEST_SKIP() << "root may read everything";
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a.vel", "x = 1\n");
+    ASSERT_EQ(chmod(file.c_str(), 0), 0);
+    expectFailure(file, "Permission denied");
+}
+
+TEST(BadInput, DeepNestingEndsWell)
+{
+    const TemporaryFolder folder;
+    std::string text;
+    for (int i = 0; i < 3000; ++i)
+        text += "A: a\n";
+    text += "x = deep\n";
+    for (int i = 0; i < 3000; ++i)
+        text += "END\n";
+    const std::string file = folder.write("deep.vel", text);
+    EXPECT_EQ(runTool({"find", file, "deep"}).status, 0);
+    EXPECT_EQ(runTool({"tree", file}).status, 0);
+    EXPECT_EQ(runTool({"tree", "--json", file}).status, 0);
+    EXPECT_EQ(runTool({"format", file}).status, 0);
+}
+
+} // namespace
+} // namespace veltool::test

@@ -1,0 +1,253 @@
+#include "tools/veltool/valueEdit.h"
+
+#include "tools/veltool/failure.h"
+
+#include <algorithm>
+
+namespace veltool {
+
+namespace {
+
+/// The part of a statement's text that is its value.
+struct ValueRange
+{
+    std::size_t begin = 0;
+    std::size_t end = 0;
+};
+
+ValueRange findValue(const Statement &statement)
+{
+    const std::string &text = statement.text;
+    ValueRange range{text.find('=') + 1, statement.remark};
+    while (range.end > range.begin && isBlank(text[range.end - 1]))
+        --range.end;
+    while (range.begin < range.end && isBlank(text[range.begin]))
+        ++range.begin;
+    return range;
+}
+
+/// How the lines of a continued statement look.
+struct Style
+{
+    std::size_t width = 0; ///< of the longest line, its back-slash included
+    std::string indent;    ///< of the continuation lines
+    std::string lineEnd;
+    bool entryEach = false; ///< every continued line ends one list entry
+};
+
+std::size_t lineOf(const SourceText &source, LineRange lines, std::size_t position)
+{
+    std::size_t line = lines.first + lines.count - 1;
+    while (source.lineStart(line) > position)
+        --line;
+    return line;
+}
+
+std::string_view leadingBlanks(std::string_view line)
+{
+    const auto end = std::find_if_not(line.begin(), line.end(), isBlank);
+    return line.substr(0, static_cast<std::size_t>(end - line.begin()));
+}
+
+std::size_t trimmedLength(std::string_view line)
+{
+    std::size_t length = line.size();
+    while (length > 0 && isBlank(line[length - 1]))
+        --length;
+    return length;
+}
+
+/// Tells the commas between list entries from those within one.
+class Parentheses
+{
+public:
+    void pass(char c) { depth_ += c == '(' ? 1 : c == ')' ? -1 : 0; }
+    [[nodiscard]] bool areClosed() const { return depth_ == 0; }
+
+private:
+    int depth_ = 0;
+};
+
+/// Wraps a value into the place of an old one.
+class Wrapper
+{
+public:
+    Wrapper(const SourceText &source, const Statement &statement, ValueRange old)
+        : source_(source), statement_(statement)
+    {
+        for (std::size_t begin = old.begin; begin < old.end;) {
+            const std::size_t end = pieceEnd(begin, old.end);
+            pieces_.push_back({begin, end});
+            begin = end;
+        }
+        findStyle(old);
+    }
+
+    /// The bytes from the first to behind the last old character become these.
+    std::string wrap(std::string_view value, std::size_t *keptUntil) const
+    {
+        const std::size_t kept = keptPieces(&value);
+        const std::size_t start = statement_.positions[pieces_[kept].begin];
+        *keptUntil = start;
+        const std::size_t line = lineOf(source_, statement_.lines, start);
+        std::size_t column = start - source_.lineStart(line);
+        std::string text;
+        for (;;) {
+            const std::size_t length = nextPiece(value, column);
+            text += value.substr(0, length);
+            if (length == value.size())
+                return text;
+            text += '\\' + style_.lineEnd + style_.indent;
+            column = style_.indent.size();
+            value.remove_prefix(length);
+        }
+    }
+
+private:
+    /// Where the characters that stand on one line with the first one end.
+    std::size_t pieceEnd(std::size_t begin, std::size_t end) const
+    {
+        const std::size_t line = lineOf(source_, statement_.lines, statement_.positions[begin]);
+        const std::size_t next = source_.lineStart(line + 1);
+        std::size_t i = begin;
+        while (i < end && statement_.positions[i] < next)
+            ++i;
+        return i;
+    }
+
+    std::string_view piece(std::size_t i) const
+    {
+        return std::string_view(statement_.text)
+            .substr(pieces_[i].begin, pieces_[i].end - pieces_[i].begin);
+    }
+
+    void findStyle(ValueRange old)
+    {
+        const LineRange lines = statement_.lines;
+        const std::size_t last = statement_.positions[old.end - 1];
+        const std::size_t lastLine = lineOf(source_, lines, last);
+        style_.width = last + 1 - source_.lineStart(lastLine);
+        for (std::size_t line = lines.first; line < lastLine; ++line)
+            style_.width = std::max(style_.width, trimmedLength(source_.line(line)));
+        style_.indent = leadingBlanks(source_.line(lines.first + 1));
+        style_.lineEnd = source_.line(lines.first).ends_with('\r') ? "\r\n" : "\n";
+        style_.entryEach = pieces_.size() > 2;
+        for (std::size_t i = 0; i + 1 < pieces_.size(); ++i)
+            style_.entryEach = style_.entryEach && isOneEntry(piece(i));
+    }
+
+    static bool isOneEntry(std::string_view text)
+    {
+        text = text.substr(0, trimmedLength(text));
+        Parentheses parentheses;
+        std::size_t commas = 0;
+        for (const char c : text) {
+            parentheses.pass(c);
+            commas += c == ',' && parentheses.areClosed() ? 1 : 0;
+        }
+        return text.ends_with(',') && commas == 1;
+    }
+
+    /// Takes the old pieces with which the value begins off it, and counts
+    /// them. The last one is never kept: what follows differs. A line cannot
+    /// begin with a blank of the value, for it would be taken as indent.
+    std::size_t keptPieces(std::string_view *value) const
+    {
+        std::size_t kept = 0;
+        while (kept + 1 < pieces_.size()) {
+            const std::string_view old = piece(kept);
+            if (value->size() <= old.size() || !value->starts_with(old) ||
+                (*value)[old.size()] == ' ')
+                break;
+            value->remove_prefix(old.size());
+            ++kept;
+        }
+        return kept;
+    }
+
+    std::size_t nextPiece(std::string_view value, std::size_t column) const
+    {
+        const bool fits = column + value.size() <= style_.width;
+        if (fits && !style_.entryEach)
+            return value.size();
+        std::size_t best = value.size();
+        Parentheses parentheses;
+        for (std::size_t i = 1; i < value.size(); ++i) {
+            parentheses.pass(value[i - 1]);
+            const bool isEntry = endsEntry(value, i) && parentheses.areClosed();
+            if (style_.entryEach && isEntry)
+                return i;
+            if (fits || !(isEntry || value[i - 1] == ' '))
+                continue;
+            if (column + i + 1 > style_.width && best < value.size())
+                break;
+            best = i;
+        }
+        return best;
+    }
+
+    /// Behind a comma and the blank that follows it, if one does.
+    static bool endsEntry(std::string_view value, std::size_t i)
+    {
+        if (value[i - 1] == ',')
+            return value[i] != ' ';
+        return value[i - 1] == ' ' && i > 1 && value[i - 2] == ',';
+    }
+
+    const SourceText &source_;
+    const Statement &statement_;
+    std::vector<ValueRange> pieces_; ///< of the old value, one for each line
+    Style style_;
+};
+
+std::string splice(const SourceText &source, std::size_t begin, std::size_t end,
+                   std::string_view text)
+{
+    std::string bytes = source.bytes().substr(0, begin);
+    bytes += text;
+    bytes += source.bytes().substr(end);
+    return bytes;
+}
+
+} // namespace
+
+void requireStorable(std::string_view value)
+{
+    const auto refuse = [&](const std::string &why) {
+        throw Failure("value \"" + std::string(value) + "\" cannot stand in a file: " + why);
+    };
+    char previous = ' ';
+    for (const char c : value) {
+        const auto code = static_cast<unsigned char>(c);
+        if (code < ' ')
+            refuse("control character number " + std::to_string(code) + " is not allowed");
+        if (c == '#' && previous != '\\')
+            refuse("'#' begins a remark; write \\#");
+        if (c == ' ' && previous == ' ')
+            refuse("blanks at the beginning, and several in a row, are not kept");
+        previous = c;
+    }
+    if (value.ends_with('\\'))
+        refuse("a final back-slash continues the line");
+    if (value.ends_with(' '))
+        refuse("blanks at the end are not kept");
+}
+
+std::string replaceValue(const SourceText &source, LineRange lines, std::string_view value)
+{
+    Statement statement;
+    readStatement(source, lines.first, Positions::Keep, &statement);
+    const ValueRange old = findValue(statement);
+    if (old.begin == old.end) {
+        const std::size_t behindEquals = statement.positions[statement.text.find('=')] + 1;
+        return splice(source, behindEquals, behindEquals, ' ' + std::string(value));
+    }
+    std::size_t begin = statement.positions[old.begin];
+    const std::size_t end = statement.positions[old.end - 1] + 1;
+    if (lines.count == 1 || value.empty())
+        return splice(source, begin, end, value);
+    const std::string text = Wrapper(source, statement, old).wrap(value, &begin);
+    return splice(source, begin, end, text);
+}
+
+} // namespace veltool
