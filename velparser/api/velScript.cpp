@@ -121,6 +121,22 @@ const char *runStep(pTHX_ velInstance *instance, XSUBADDR_t step, SV *argument, 
     return keepMessage(instance, plainValue(aTHX_ frame, result.error));
 }
 
+/// Null when all that the script printed has reached the system. A standard
+/// output that the script closed itself is its own affair.
+const char *flushOutput(pTHX_ velInstance *instance)
+{
+    PerlIO *output = PerlIO_stdout();
+    if (!*output)
+        return nullptr;
+    errno = 0;
+    if (PerlIO_flush(output) == 0 && !PerlIO_error(output))
+        return nullptr;
+    const int reason = errno ? errno : EIO;
+    PerlFrame frame(aTHX);
+    return keepMessage(
+        instance, sv_2mortal(newSVpvf("runPerlScript: standard output: %s", std::strerror(reason))));
+}
+
 } // namespace
 
 const char *runPerlScript(const std::string &script, const std::vector<std::string> &arguments,
@@ -145,6 +161,8 @@ const char *runPerlScript(const std::string &script, const std::vector<std::stri
     SvREFCNT_dec_NN(source);
     if (error || endError)
         return error ? error : endError;
+    if (const char *shortWrite = flushOutput(aTHX_ defaultInstance()))
+        return shortWrite;
     if (status)
         *status = exitStatus & 0xff;
     return nullptr;
