@@ -3,6 +3,7 @@
 #   display_start 1000x760      a virtual screen of that size, with a window manager
 #   display_open PROGRAM ARG..  starts the program and waits until its window stands
 #   display_picture FILE.png    the whole screen, once nothing moves on it any more
+#   display_close               ends the program
 #   display_stop                ends all of it; also done when the script ends
 #
 # The program's process is $display_program, its output $display_dir/program.log.
@@ -16,12 +17,22 @@ display_fail() {
     exit 1
 }
 
+display_end() {
+    kill "$1" 2>/dev/null || return 0
+    wait "$1" 2>/dev/null || true
+}
+
+display_close() {
+    [ -z "$display_program" ] || display_end "$display_program"
+    display_program=''
+}
+
 display_stop() {
-    for process in $display_program $display_manager $display_server; do
-        kill "$process" 2>/dev/null || continue
-        wait "$process" 2>/dev/null || true
+    display_close
+    for display_process in $display_manager $display_server; do
+        display_end "$display_process"
     done
-    display_program='' display_manager='' display_server=''
+    display_manager='' display_server=''
     [ -z "$display_dir" ] || rm -rf -- "$display_dir"
     display_dir=''
 }
@@ -35,11 +46,11 @@ display_start() {
     Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp \
         3>"$display_dir/number" >"$display_dir/server.log" 2>&1 &
     display_server=$!
-    tries=0
+    display_tries=0
     until [ -s "$display_dir/number" ]; do
         kill -0 "$display_server" 2>/dev/null || display_fail "Xvfb does not start"
-        tries=$((tries + 1))
-        [ "$tries" -le 300 ] || display_fail "Xvfb does not answer"
+        display_tries=$((display_tries + 1))
+        [ "$display_tries" -le 300 ] || display_fail "Xvfb does not answer"
         sleep 0.1
     done
     DISPLAY=:$(cat "$display_dir/number")
@@ -49,10 +60,10 @@ display_start() {
         openbox --sm-disable >"$display_dir/manager.log" 2>&1 &
         display_manager=$!
         # Windows that come before the manager would stay without frame and focus.
-        tries=0
+        display_tries=0
         until xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; do
-            tries=$((tries + 1))
-            [ "$tries" -le 100 ] || break
+            display_tries=$((display_tries + 1))
+            [ "$display_tries" -le 100 ] || break
             sleep 0.1
         done
     fi
@@ -61,11 +72,11 @@ display_start() {
 display_open() {
     "$@" >"$display_dir/program.log" 2>&1 &
     display_program=$!
-    tries=0
+    display_tries=0
     until xdotool search --onlyvisible --pid "$display_program" >/dev/null 2>&1; do
         kill -0 "$display_program" 2>/dev/null || display_fail "$1 ended without showing a window"
-        tries=$((tries + 1))
-        [ "$tries" -le 600 ] || display_fail "$1 shows no window"
+        display_tries=$((display_tries + 1))
+        [ "$display_tries" -le 600 ] || display_fail "$1 shows no window"
         sleep 0.1
     done
 }
@@ -76,21 +87,21 @@ display_grab() {
 }
 
 # The processor time that the program has used, where the system tells it.
-display_work() {
+display_time_used() {
     sed 's/.*) //' "/proc/$display_program/stat" 2>/dev/null | cut -d ' ' -f 12,13
 }
 
 # display_settle [WINDOW]: waits until the program has stopped working and two
 # looks in a row show the same.
 display_settle() {
-    tries=0 work=''
+    display_tries=0 display_ticks=''
     display_grab "$display_dir/before.png" "${1:-root}"
-    while [ "$tries" -lt 60 ]; do
-        tries=$((tries + 1)) work_before=$work
+    while [ "$display_tries" -lt 60 ]; do
+        display_tries=$((display_tries + 1)) display_ticks_before=$display_ticks
         sleep 0.5
-        work=$(display_work)
+        display_ticks=$(display_time_used)
         display_grab "$display_dir/after.png" "${1:-root}"
-        if [ "$work" = "$work_before" ] && compare -metric AE \
+        if [ "$display_ticks" = "$display_ticks_before" ] && compare -metric AE \
             "$display_dir/before.png" "$display_dir/after.png" null: >/dev/null 2>&1; then
             return 0
         fi
