@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t largestChunk = std::size_t{1} << 20;
+constexpr std::size_t largestChunk = std::size_t{16} << 20;
 
 } // namespace
 
@@ -20,7 +20,7 @@ velArena::~velArena()
     }
 }
 
-void *velArena::allocate(std::size_t bytes)
+void *velArena::allocateSlowly(std::size_t bytes)
 {
     if (bytes > largest) {
         return fromHeap(bytes);
@@ -30,7 +30,8 @@ void *velArena::allocate(std::size_t bytes)
         free_[index] = block->next;
         return block;
     }
-    return fromChunk(index * unit);
+    newChunk();
+    return allocate(bytes);
 }
 
 void velArena::release(void *block, std::size_t bytes) noexcept
@@ -48,19 +49,14 @@ void velArena::release(void *block, std::size_t bytes) noexcept
     free_[index] = new (block) Free{free_[index]};
 }
 
-void *velArena::fromChunk(std::size_t bytes)
+void velArena::newChunk()
 {
-    if (bytes > left_) {
-        auto chunk = std::make_unique_for_overwrite<char[]>(chunkSize_);
-        next_ = chunk.get();
-        chunks_.push_back(std::move(chunk));
-        left_ = chunkSize_;
-        chunkSize_ = std::min(chunkSize_ * 2, largestChunk);
-    }
-    void *block = next_;
-    next_ += bytes;
-    left_ -= bytes;
-    return block;
+    velPages chunk = velAllocatePages(chunkSize_);
+    char *start = chunk.get();
+    chunks_.push_back(std::move(chunk));
+    next_ = start;
+    left_ = chunkSize_;
+    chunkSize_ = std::min(chunkSize_ * 2, largestChunk);
 }
 
 void *velArena::fromHeap(std::size_t bytes)

@@ -5,9 +5,10 @@
 // again. Larger blocks come from the heap. Everything is freed with the arena.
 #pragma once
 
+#include "velapilt/src/velPages.h"
+
 #include <array>
 #include <cstddef>
-#include <memory>
 #include <vector>
 
 class velArena
@@ -19,7 +20,17 @@ public:
     velArena &operator=(const velArena &) = delete;
 
     /// A block aligned for pointers. Throws bad_alloc.
-    void *allocate(std::size_t bytes);
+    void *allocate(std::size_t bytes)
+    {
+        const std::size_t index = (bytes + unit - 1) / unit;
+        if (index * unit <= left_ && index < free_.size() && free_[index] == nullptr) {
+            void *block = next_;
+            next_ += index * unit;
+            left_ -= index * unit;
+            return block;
+        }
+        return allocateSlowly(bytes);
+    }
 
     /// Takes a block back; `bytes` as it was asked for.
     void release(void *block, std::size_t bytes) noexcept;
@@ -38,11 +49,12 @@ private:
     static constexpr std::size_t unit = 8;
     static constexpr std::size_t largest = 512;
 
-    void *fromChunk(std::size_t bytes);
+    void *allocateSlowly(std::size_t bytes);
+    void newChunk();
     void *fromHeap(std::size_t bytes);
 
     std::array<Free *, largest / unit + 1> free_{};
-    std::vector<std::unique_ptr<char[]>> chunks_;
+    std::vector<velPages> chunks_;
     std::size_t chunkSize_ = 4096;
     char *next_ = nullptr;
     std::size_t left_ = 0;

@@ -102,9 +102,15 @@ char *velArray::addUninitialised(std::size_t length)
     } else {
         totalLength_ += static_cast<std::int32_t>(length);
     }
-    strings_.reserve(strings_.size() + 2);
-    char *text = blocks_.allocate(length);
-    strings_.push_back(text);
+    strings_.push_back(nullptr); // first: a text without its entry would be lost
+    char *text = nullptr;
+    try {
+        text = blocks_.allocate(length);
+    } catch (const std::bad_alloc &) {
+        strings_.pop_back();
+        throw;
+    }
+    strings_.back() = text;
     ++count_;
     return text;
 }

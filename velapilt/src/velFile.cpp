@@ -38,13 +38,13 @@ const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes
     // has no size, and a file may grow: then the room doubles.
     std::size_t room = sizeOf(file.get()) + 1;
     std::size_t length = 0;
-    auto data = std::make_unique_for_overwrite<char[]>(room);
+    velPages data = velAllocatePages(room);
     for (;;) {
         length += std::fread(data.get() + length, 1, room - length, file.get());
         if (length < room) {
             break;
         }
-        auto grown = std::make_unique_for_overwrite<char[]>(room * 2);
+        velPages grown = velAllocatePages(room * 2);
         std::memcpy(grown.get(), data.get(), length);
         data = std::move(grown);
         room *= 2;

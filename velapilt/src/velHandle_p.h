@@ -3,6 +3,7 @@
 
 #include "velapilt/src/velArena.h"
 #include "velapilt/src/velNode_p.h"
+#include "velapilt/src/velPages.h"
 #include "velapilt/src/velPathTable.h"
 #include "velapilt/src/velWords.h"
 #include "velapilt/src/velapilt.h"
@@ -166,7 +167,7 @@ void velAddTraceHandler(velHandle *handle);
 /// The bytes of a file.
 struct velFileBytes
 {
-    std::unique_ptr<char[]> data;
+    velPages data;
     std::size_t size = 0;
 
     [[nodiscard]] std::string_view view() const { return {data.get(), size}; }
@@ -177,11 +178,26 @@ struct velFileBytes
 
 // --- Characters
 
-/// A text between the white space around it (velPath.cpp).
-[[nodiscard]] std::string_view velTrim(std::string_view text);
-
 /// The six white-space characters of the C locale.
 [[nodiscard]] constexpr bool velIsSpace(char c)
 {
     return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// A text between the white space around it.
+[[nodiscard]] inline std::string_view velTrim(std::string_view text)
+{
+    const char *start = text.data();
+    const char *end = start + text.size();
+    constexpr std::uint64_t blanks = 0x2020202020202020U; // an indentation, eight at a time
+    while (end - start >= 8 && velLoadBytes(start, 8) == blanks) {
+        start += 8;
+    }
+    while (start < end && velIsSpace(*start)) {
+        ++start;
+    }
+    while (end > start && velIsSpace(end[-1])) {
+        --end;
+    }
+    return {start, static_cast<std::size_t>(end - start)};
 }

@@ -1,5 +1,6 @@
 #include "velapilt/src/velHash.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdio>
 #include <iterator>
@@ -55,6 +56,26 @@ void velHashFunction::growMultipliers(std::size_t count)
     while (multipliers_.size() < multipliers_.capacity()) {
         const auto product = static_cast<std::int32_t>(multipliers_.back() * 27183U);
         multipliers_.push_back(static_cast<std::uint32_t>(product % modulus));
+    }
+}
+
+void velHashFunction::extendFour(Lane *const lanes[4]) const
+{
+    Lane &a = *lanes[0];
+    Lane &b = *lanes[1];
+    Lane &c = *lanes[2];
+    Lane &d = *lanes[3];
+    const std::size_t together =
+        std::min({a.text.size(), b.text.size(), c.text.size(), d.text.size()});
+    const std::uint32_t *const all = multipliers_.data();
+    for (std::size_t i = 0; i < together; ++i) {
+        a.state = step(a.state, all[a.position + i], a.text[i]);
+        b.state = step(b.state, all[b.position + i], b.text[i]);
+        c.state = step(c.state, all[c.position + i], c.text[i]);
+        d.state = step(d.state, all[d.position + i], d.text[i]);
+    }
+    for (Lane *lane : {&a, &b, &c, &d}) {
+        extendFrom(*lane, together);
     }
 }
 

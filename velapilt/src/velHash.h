@@ -66,7 +66,29 @@ public:
         return state;
     }
 
+    /// A text to be hashed together with others; `state` and `position` as
+    /// for extend. There must be room for it (`prepare`).
+    struct Lane
+    {
+        std::uint32_t state;
+        std::uint32_t position;
+        std::string_view text;
+    };
+
+    /// Extends four texts side by side: each step of one waits for the step
+    /// before it, those of different texts do not.
+    void extendFour(Lane *const lanes[4]) const;
+    void extendOne(Lane &lane) const { extendFrom(lane, 0); }
+
 private:
+    void extendFrom(Lane &lane, std::size_t start) const
+    {
+        const std::uint32_t *multiplier = multipliers_.data() + lane.position;
+        for (std::size_t i = start; i < lane.text.size(); ++i) {
+            lane.state = step(lane.state, multiplier[i], lane.text[i]);
+        }
+    }
+
     /// One byte. The remainder by the bucket count is a multiplication by its
     /// reciprocal, exact for all 32-bit values.
     [[nodiscard]] std::uint32_t step(std::uint32_t state, std::uint32_t multiplier, char c) const

@@ -15,8 +15,9 @@
 ///          │ first                  last ▲
 ///          └─▶ child ──▶ child ──▶ child ┘
 ///
-/// No node holds its path: it is the parent's path and the node's own words. A
-/// node is 64 bytes, one cache line; its texts lie elsewhere in the arena.
+/// No node holds its path: it is the parent's path and the node's own words.
+/// What a node needs of memory is what a large set-up costs; texts lie behind
+/// their nodes in the arena.
 struct velNode
 {
     velNode *parent;     ///< not owned; null for the root
@@ -43,6 +44,7 @@ struct velNode
     std::uint32_t inTable : 1;     ///< found by the path table
     std::uint32_t isPending : 1;   ///< in the tree, and to be entered in the table
     std::uint32_t onStack : 1;     ///< an entry of the path stack points to it
+    std::uint32_t pathNote;        ///< where the memo may have its path (velPathMemo.h)
 
     [[nodiscard]] bool isParam() const { return type == velWords::none; }
     [[nodiscard]] bool isRoot() const { return type == velWords::slash; }
@@ -68,6 +70,6 @@ struct velNode
     }
 };
 
-static_assert(sizeof(velNode) <= 64);
+static_assert(sizeof(velNode) <= 72);
 
 inline constexpr std::size_t velLongestPath = (std::size_t{1} << 28) - 1;

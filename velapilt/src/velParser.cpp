@@ -74,8 +74,11 @@ public:
     const char *parse(std::string_view line);
 
 private:
-    const char *parseStatement(std::string_view text);
-    const char *parseRest(std::string_view text);
+    const char *parseJoined(std::string_view text);
+    const char *parseWhole(std::string_view text);
+    // `equals` is the place of the first '=' in the text, npos without one.
+    const char *parseStatement(std::string_view text, std::size_t equals);
+    const char *parseRest(std::string_view text, std::size_t equals);
     const char *parseEnd();
     const char *parseParam(std::string_view text, std::size_t equals);
     const char *parseHeader(std::string_view text, std::size_t colon);
@@ -86,44 +89,54 @@ private:
     std::uint32_t flags_;
     bool isJoined_ = false;
     bool isReplace_ = false;
-    bool hasControl_ = false;
+    bool isPlain_ = true;
 };
 
 const char *LineParser::parse(std::string_view line)
 {
-    std::string_view text = velTrim(line);
-    // The pending text is taken out of the handle: it is cleared whatever
-    // happens, and a handler may parse lines of its own.
-    isJoined_ = handle_->hasPendingLine;
+    const std::string_view text = velTrim(line);
     isReplace_ = false;
-    std::string joined;
+    isJoined_ = handle_->hasPendingLine;
     if (isJoined_) {
-        joined.swap(handle_->pendingLine);
-        handle_->hasPendingLine = false;
-        joined += text;
-        text = joined;
+        return parseJoined(text);
     }
     if (text.ends_with('\\')) {
-        text.remove_suffix(1);
-        if (isJoined_) {
-            joined.pop_back();
-            handle_->pendingLine.swap(joined);
-        } else {
-            handle_->pendingLine = text;
-        }
+        handle_->pendingLine = text.substr(0, text.size() - 1);
         handle_->hasPendingLine = true;
         return nullptr;
     }
-    const velLineTraits traits = velScanLine(text);
-    hasControl_ = traits.hasControl;
-    if (!traits.needsRewriting) {
-        return parseStatement(text);
-    }
-    const std::string rewritten = withSingleBlanks(withoutComment(text));
-    return parseStatement(rewritten);
+    return parseWhole(text);
 }
 
-const char *LineParser::parseStatement(std::string_view text)
+/// The pending text is taken out of the handle first: it is cleared whatever
+/// happens, and a handler may parse lines of its own.
+const char *LineParser::parseJoined(std::string_view text)
+{
+    std::string joined;
+    joined.swap(handle_->pendingLine);
+    handle_->hasPendingLine = false;
+    joined += text;
+    if (joined.ends_with('\\')) {
+        joined.pop_back();
+        handle_->pendingLine.swap(joined);
+        handle_->hasPendingLine = true;
+        return nullptr;
+    }
+    return parseWhole(joined);
+}
+
+const char *LineParser::parseWhole(std::string_view text)
+{
+    const velLineTraits traits = velScanLine(text);
+    isPlain_ = traits.isPlain;
+    if (isPlain_) {
+        return parseStatement(text, traits.equals);
+    }
+    const std::string rewritten = withSingleBlanks(withoutComment(text));
+    return parseStatement(rewritten, rewritten.find('='));
+}
+
+const char *LineParser::parseStatement(std::string_view text, std::size_t equals)
 {
     if (text.empty()) {
         return nullptr;
@@ -132,17 +145,18 @@ const char *LineParser::parseStatement(std::string_view text)
         return "parseVELData: unable to handle power syntax with this version of the parser";
     }
     if (text[0] != '&') {
-        return parseRest(text);
+        return parseRest(text, equals);
     }
     if (!text.starts_with(replaceWord)) {
         return velSetError(handle_, "parseVELLineH: unknown directive near \"%.*s\"",
                            lengthOf(text), text.data());
     }
     isReplace_ = true;
-    return parseRest(text.substr(replaceWord.size()));
+    text.remove_prefix(replaceWord.size());
+    return parseRest(text, text.find('='));
 }
 
-const char *LineParser::parseRest(std::string_view text)
+const char *LineParser::parseRest(std::string_view text, std::size_t equals)
 {
     if (handle_->flagStack.empty()) {
         handle_->flagStack.resize(10);
@@ -157,9 +171,8 @@ const char *LineParser::parseRest(std::string_view text)
         return velRunActionLine(handle_, std::string(text).c_str());
     }
     const char *error = nullptr;
-    if (const auto *equals =
-            static_cast<const char *>(std::memchr(text.data(), '=', text.size()))) {
-        error = parseParam(text, static_cast<std::size_t>(equals - text.data()));
+    if (equals != std::string_view::npos) {
+        error = parseParam(text, equals);
     } else if (const std::size_t colon = text.find(':'); colon != std::string_view::npos) {
         error = parseHeader(text, colon);
     } else {
@@ -179,7 +192,7 @@ const char *LineParser::parseParam(std::string_view text, std::size_t equals)
                                         &statement.component.name)) {
         return error;
     }
-    if (hasControl_) {
+    if (!isPlain_) {
         if (const char *error = velCheckValue(handle_, statement.value)) {
             return error;
         }
@@ -288,7 +301,7 @@ public:
 
     [[nodiscard]] std::int64_t count() const
     {
-        const auto ends = std::count(text_.begin(), text_.end(), '\n');
+        const auto ends = static_cast<std::int64_t>(velCountLineFeeds(text_));
         return ends + (text_.empty() || text_.back() == '\n' ? 0 : 1);
     }
 

@@ -79,17 +79,6 @@ std::string resolveParents(std::string_view path)
 
 } // namespace
 
-std::string_view velTrim(std::string_view text)
-{
-    while (!text.empty() && velIsSpace(text.front())) {
-        text.remove_prefix(1);
-    }
-    while (!text.empty() && velIsSpace(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
-}
-
 std::string velNormalForm(std::string_view path, velLastComponent last)
 {
     std::string text(velTrim(path));

@@ -1,5 +1,7 @@
 #include "velapilt/src/velPathTable.h"
 
+#include "velapilt/src/velBytes.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -9,42 +11,33 @@
 
 namespace {
 
-constexpr std::size_t batch = 64;           // Parameters that are hashed together
-constexpr std::uint32_t fewChildren = 24;   // up to here children are walked
-constexpr std::size_t longestFolder = 4096; // longer paths are not remembered
+constexpr std::size_t batch = 64;               // Parameters that are hashed together
+constexpr std::uint32_t fewChildren = 24;       // up to here children are walked
+constexpr std::size_t longestRemembered = 4096; // a path's length
 
-/// A quick hash of a whole path, eight bytes a step.
-std::uint64_t quickHash(std::string_view text)
+/// A path that is compared from its end.
+class PathEnd
 {
-    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
-    std::uint64_t hash = text.size() * factor;
-    const char *next = text.data();
-    std::size_t left = text.size();
-    for (; left >= 8; left -= 8, next += 8) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, next, 8);
-        hash = (hash ^ word) * factor;
-        hash ^= hash >> 29;
-    }
-    std::uint64_t tail = 0;
-    if (text.size() >= 8) { // the last eight bytes, some of them again
-        std::memcpy(&tail, text.data() + text.size() - 8, 8);
-    } else {
-        std::memcpy(&tail, next, left);
-    }
-    hash = (hash ^ tail) * factor;
-    return hash ^ hash >> 32;
-}
+public:
+    explicit PathEnd(std::string_view path) : start_(path.data()), left_(path.size()) {}
 
-/// Takes `part` off the end of `text`; false if it does not stand there.
-bool takeEnd(std::string_view &text, std::string_view part)
-{
-    if (!text.ends_with(part)) {
-        return false;
+    /// Takes a word and the character in front of it off the end; false if
+    /// they do not stand there.
+    bool take(char before, std::string_view word)
+    {
+        if (left_ <= word.size() || start_[left_ - word.size() - 1] != before) {
+            return false;
+        }
+        left_ -= word.size() + 1;
+        return velSameBytes(start_ + left_ + 1, word.data(), word.size());
     }
-    text.remove_suffix(part.size());
-    return true;
-}
+
+    [[nodiscard]] std::string_view rest() const { return {start_, left_}; }
+
+private:
+    const char *start_;
+    std::size_t left_;
+};
 
 } // namespace
 
@@ -116,7 +109,6 @@ void velPathTable::enter(velNode *node)
     growIfFull();
     node->pathHash = hashOf(function_, node);
     link(node, node->pathHash);
-    ++folders_;
 }
 
 void velPathTable::enterLater(velNode *node)
@@ -143,27 +135,57 @@ void velPathTable::flush()
         pending_.clear();
         return;
     }
-    std::array<std::uint32_t, batch> hashes;
+    std::array<velHashFunction::Lane, batch> lanes;
+    hashPending(lanes.data());
     for (std::size_t i = 0; i < pending_.size(); ++i) {
-        hashes[i] = hashOf(function_, pending_[i]);
-    }
-    for (std::size_t i = 0; i < pending_.size(); ++i) {
-        link(pending_[i], hashes[i]);
+        link(pending_[i], lanes[i].state);
     }
     pending_.clear();
 }
 
+/// The hashes of the pending Parameters, as the states of as many lanes. Names
+/// of like length go together, four at a time.
+void velPathTable::hashPending(velHashFunction::Lane *lanes)
+{
+    constexpr std::size_t lengths = 32; // from here on all are alike
+    std::array<std::uint8_t, lengths + 1> starts{};
+    const velNode *parent = nullptr;
+    std::uint32_t state = 0;
+    std::uint32_t position = 0;
+    for (std::size_t i = 0; i < pending_.size(); ++i) {
+        const velNode *node = pending_[i];
+        if (node->parent != parent) {
+            parent = node->parent;
+            position = parent->isRoot() ? 0 : parent->pathLength;
+            state = function_.extend(parent->isRoot() ? 0 : parent->pathHash, position++, "/");
+        }
+        lanes[i] = {state, position, words_.view(node->name)};
+        ++starts[std::min(lanes[i].text.size(), lengths - 1) + 1];
+    }
+    for (std::size_t length = 1; length <= lengths; ++length) {
+        starts[length] = static_cast<std::uint8_t>(starts[length] + starts[length - 1]);
+    }
+    std::array<velHashFunction::Lane *, batch> ordered;
+    for (std::size_t i = 0; i < pending_.size(); ++i) {
+        ordered[starts[std::min(lanes[i].text.size(), lengths - 1)]++] = &lanes[i];
+    }
+    std::size_t i = 0;
+    for (; i + 4 <= pending_.size(); i += 4) {
+        function_.extendFour(&ordered[i]);
+    }
+    for (; i < pending_.size(); ++i) {
+        function_.extendOne(*ordered[i]);
+    }
+}
+
 void velPathTable::forget(const velNode *node)
 {
-    if (remembered_.empty() || node->isParam() || node->pathLength >= longestFolder) {
+    if (memo_.isEmpty() || (!node->isParam() && node->pathLength > longestRemembered)) {
         return;
     }
     std::string path;
     appendPath(node, path);
-    Remembered &place = remembered_[quickHash(path) & (remembered_.size() - 1)];
-    if (place.node == node) {
-        place = Remembered();
-    }
+    memo_.forget(velPathMemo::hash(path), node);
 }
 
 void velPathTable::remove(velNode *node)
@@ -177,13 +199,12 @@ void velPathTable::remove(velNode *node)
     *place = node->bucketNext;
     node->inTable = 0;
     --entries_;
-    folders_ -= node->isParam() ? 0 : 1;
 }
 
 void velPathTable::detach(velNode *node)
 {
     detached_.push_back(node);
-    remembered_.clear();
+    memo_.clear();
 }
 
 /// The tree is walked without recursion, parents first, so that each child
@@ -297,27 +318,20 @@ velNode *velPathTable::find(std::string_view path)
     if (path.size() == 1) {
         return root_;
     }
-    const std::size_t slash = path.rfind('/');
-    velNode *folder = slash == 0 ? root_ : findFolder(path.substr(0, slash));
-    return folder == nullptr ? nullptr : findChild(folder, componentOf(path.substr(slash + 1)));
-}
-
-velNode *velPathTable::findFolder(std::string_view path)
-{
-    if (path.size() >= longestFolder) {
+    if (path.size() > longestRemembered) {
         return walkDown(path);
     }
-    if (remembered_.size() < static_cast<std::size_t>(folders_)) {
-        remembered_.assign(std::bit_ceil(static_cast<std::size_t>(folders_) | 63), Remembered());
-    }
-    const std::uint64_t hash = quickHash(path);
-    Remembered &place = remembered_[hash & (remembered_.size() - 1)];
-    if (place.hash == hash && place.node != nullptr && hasPath(place.node, path)) {
-        return place.node;
+    const std::uint64_t hash = velPathMemo::hash(path);
+    const auto isIt = [this, path](const velNode *node) { return hasPath(node, path); };
+    if (velNode *known = memo_.find(hash, isIt); known != nullptr) {
+        return known;
     }
     velNode *node = walkDown(path);
-    if (node != nullptr && !node->isParam()) {
-        place = {hash, node};
+    if (node != nullptr) {
+        memo_.remember(hash, node, entries());
+        if (!node->parent->isRoot()) {
+            memo_.note(node->parent, path.substr(0, path.rfind('/')), entries());
+        }
     }
     return node;
 }
@@ -353,23 +367,21 @@ bool velPathTable::hasPath(const velNode *node, std::string_view path) const
     if (node->isRoot()) {
         return path == "/";
     }
+    PathEnd end(path);
     for (; !node->isRoot(); node = node->parent) {
-        if (node->name != velWords::none && !takeEnd(path, words_.view(node->name))) {
+        const bool isObject = node->type != velWords::none && node->name != velWords::none;
+        if (isObject && !end.take(':', words_.view(node->name))) {
             return false;
         }
-        if (node->type != velWords::none) {
-            if (node->name != velWords::none && !takeEnd(path, ":")) {
-                return false;
-            }
-            if (!takeEnd(path, words_.view(node->type))) {
-                return false;
-            }
-        }
-        if (!takeEnd(path, "/")) {
+        const std::uint32_t first = node->type != velWords::none ? node->type : node->name;
+        if (!end.take('/', words_.view(first))) {
             return false;
+        }
+        if (const std::string_view noted = memo_.notedPath(node->parent); !noted.empty()) {
+            return noted == end.rest();
         }
     }
-    return path.empty();
+    return end.rest().empty();
 }
 
 void velPathTable::appendPath(const velNode *node, std::string &path) const

@@ -10,8 +10,8 @@
 //   those of several overlap. Every question enters them first.
 // - Below a parent with few children a child is found by walking them, which
 //   lie side by side in memory.
-// - Objects found by their path text are remembered, so that the look-ups of
-//   their parameters need not walk down from the root each time.
+// - What was found by its path text is remembered under a quick hash of it, so
+//   that asking again need not walk down from the root (velPathMemo.h).
 //
 // A node that was unlinked while it had children leaves its descendants in the
 // table ("detached"). From then on paths are compared as texts throughout, for
@@ -20,6 +20,7 @@
 
 #include "velapilt/src/velHash.h"
 #include "velapilt/src/velNode_p.h"
+#include "velapilt/src/velPathMemo.h"
 
 #include <cstdint>
 #include <string>
@@ -68,21 +69,18 @@ public:
     [[nodiscard]] std::int32_t buckets() const { return function_.buckets(); }
     [[nodiscard]] std::int64_t entries() const { return entries_ + pendingCount(); }
 
+    /// Whether this is the node's path.
+    [[nodiscard]] bool hasPath(const velNode *node, std::string_view path) const;
     /// The path of a node, written out.
     void appendPath(const velNode *node, std::string &path) const;
 
 private:
-    struct Remembered
-    {
-        std::uint64_t hash = 0;
-        velNode *node = nullptr;
-    };
-
     [[nodiscard]] std::int64_t pendingCount() const
     {
         return static_cast<std::int64_t>(pending_.size());
     }
     void flush();
+    void hashPending(velHashFunction::Lane *lanes);
     void forget(const velNode *node);
     void link(velNode *node, std::uint32_t bucket) noexcept;
     void growIfFull();
@@ -95,17 +93,14 @@ private:
 
     [[nodiscard]] velComponent componentOf(std::string_view text) const;
     [[nodiscard]] velNode *findByText(std::string_view path);
-    [[nodiscard]] velNode *findFolder(std::string_view path);
     [[nodiscard]] velNode *walkDown(std::string_view path);
-    [[nodiscard]] bool hasPath(const velNode *node, std::string_view path) const;
 
     const velWords &words_;
     velHashFunction function_;
     std::vector<velNode *> buckets_;
     std::int64_t entries_ = 0;
-    std::int64_t folders_ = 0; // entries that are Objects or Singletons
     std::vector<velNode *> pending_;
     std::vector<velNode *> detached_;
-    std::vector<Remembered> remembered_; // direct-mapped, a power of two
-    velNode *root_ = nullptr;            // not owned
+    velPathMemo memo_;
+    velNode *root_ = nullptr; // not owned
 };

@@ -331,10 +331,9 @@ const char *velCheckValue(velHandle *handle, std::string_view value)
 
 void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags)
 {
-    const auto marked = [](std::uint32_t word) {
-        return (word & velFlagSubtreeValid) != 0 ? 1 : 0;
-    };
-    handle->subtreeValidCount += marked(flags) - marked(node->flags);
+    if (((flags ^ node->flags) & velFlagSubtreeValid) != 0) {
+        handle->subtreeValidCount += (flags & velFlagSubtreeValid) != 0 ? 1 : -1;
+    }
     node->flags = flags;
 }
 

@@ -4,60 +4,10 @@
 #include <limits>
 #include <new>
 
-namespace {
-
-std::uint64_t load(const char *bytes, std::size_t count)
-{
-    std::uint64_t value = 0;
-    std::memcpy(&value, bytes, count);
-    return value;
-}
-
-/// A quick hash for short words, eight bytes a step.
-std::uint32_t hashOf(std::string_view text)
-{
-    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
-    const char *next = text.data();
-    std::size_t left = text.size();
-    std::uint64_t hash = left * factor;
-    for (; left >= 8; left -= 8, next += 8) {
-        hash = (hash ^ load(next, 8)) * factor;
-        hash ^= hash >> 32;
-    }
-    if (left >= 4) { // two loads that overlap take four to seven bytes
-        hash ^= load(next, 4) | load(next + left - 4, 4) << 32;
-    } else if (left > 0) {
-        hash ^= load(next, 1) | load(next + left / 2, 1) << 8 | load(next + left - 1, 1) << 16;
-    }
-    hash *= factor;
-    return static_cast<std::uint32_t>(hash >> 33);
-}
-
-} // namespace
-
 velWords::velWords(velArena &arena) : arena_(arena), slots_(64, none)
 {
     words_.push_back({"", 0, 0, 0});
     intern("/");
-}
-
-std::size_t velWords::slot(std::string_view text, std::uint32_t hash) const
-{
-    const std::size_t mask = slots_.size() - 1;
-    std::size_t i = hash & mask;
-    for (; slots_[i] != none; i = (i + 1) & mask) {
-        const Word &word = words_[slots_[i]];
-        if (word.hash == hash && word.length == text.size() &&
-            std::memcmp(word.text, text.data(), text.size()) == 0) {
-            break;
-        }
-    }
-    return i;
-}
-
-std::uint32_t velWords::find(std::string_view text) const
-{
-    return text.empty() ? none : slots_[slot(text, hashOf(text))];
 }
 
 std::uint32_t velWords::intern(std::string_view text)

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "velapilt/src/velArena.h"
+#include "velapilt/src/velBytes.h"
 
 #include <cstdint>
 #include <string_view>
@@ -22,7 +23,10 @@ public:
     explicit velWords(velArena &arena);
 
     /// The number of a word, or `none`.
-    [[nodiscard]] std::uint32_t find(std::string_view text) const;
+    [[nodiscard]] std::uint32_t find(std::string_view text) const
+    {
+        return text.empty() ? none : slots_[slot(text, hashOf(text))];
+    }
     /// The number of a word, which is entered if it is new. Throws bad_alloc.
     std::uint32_t intern(std::string_view text);
 
@@ -47,7 +51,35 @@ private:
         std::uint32_t checked : 1;
     };
 
-    [[nodiscard]] std::size_t slot(std::string_view text, std::uint32_t hash) const;
+    [[nodiscard]] static std::uint32_t hashOf(std::string_view text)
+    {
+        constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
+        const char *next = text.data();
+        std::size_t left = text.size();
+        std::uint64_t hash = left * factor;
+        for (; left >= 16; left -= 8, next += 8) {
+            hash = (hash ^ velLoadBytes(next, 8)) * factor;
+            hash ^= hash >> 32;
+        }
+        hash = (hash ^ velLoadTail(next, left)) * factor;
+        return static_cast<std::uint32_t>((hash ^ hash >> 29) * factor >> 33);
+    }
+
+    /// The slot of the word, or the empty one where it would stand.
+    [[nodiscard]] std::size_t slot(std::string_view text, std::uint32_t hash) const
+    {
+        const std::size_t mask = slots_.size() - 1;
+        std::size_t i = hash & mask;
+        for (; slots_[i] != none; i = (i + 1) & mask) {
+            const Word &word = words_[slots_[i]];
+            if (word.hash == hash && word.length == text.size() &&
+                velSameBytes(word.text, text.data(), text.size())) {
+                break;
+            }
+        }
+        return i;
+    }
+
     void grow();
 
     velArena &arena_;

@@ -1,0 +1,80 @@
+// What was found by its path, under a quick hash of the path text.
+//
+// A cache in front of the path table, no index of its own: it may forget what
+// it likes, and every answer is checked by the caller against the node itself.
+// Nodes stand in sets of one cache line; a set that is full loses an entry. For
+// the check the memo keeps the path texts of some parents, as much as a few
+// bytes a node: one comparison then takes the place of a climb to the root.
+#pragma once
+
+#include "velapilt/src/velArray.h"
+#include "velapilt/src/velNode_p.h"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+class velPathMemo
+{
+public:
+    [[nodiscard]] static std::uint64_t hash(std::string_view path);
+
+    /// The node remembered under `hash` for which `isIt` holds, or null.
+    template <typename IsIt>
+    [[nodiscard]] velNode *find(std::uint64_t hash, IsIt isIt) const
+    {
+        if (sets_.empty()) {
+            return nullptr;
+        }
+        const Set &set = sets_[hash & (sets_.size() - 1)];
+        const std::uint16_t tag = tagOf(hash);
+        for (unsigned i = 0; i < ways; ++i) {
+            if (set.tags[i] == tag && set.nodes[i] != nullptr && isIt(set.nodes[i])) {
+                return set.nodes[i];
+            }
+        }
+        return nullptr;
+    }
+
+    /// Remembers a node of a table that has `entries`. Without memory it does not.
+    void remember(std::uint64_t hash, velNode *node, std::int64_t entries);
+    void forget(std::uint64_t hash, const velNode *node);
+    void clear();
+    [[nodiscard]] bool isEmpty() const { return sets_.empty(); }
+
+    /// The path noted for a parent; empty where none is.
+    [[nodiscard]] std::string_view notedPath(const velNode *parent) const
+    {
+        const std::uint32_t note = parent->pathNote;
+        return note < notes_.size() && notes_[note].node == parent ? notes_[note].path
+                                                                   : std::string_view();
+    }
+    /// Notes the path of a parent, if there is room for it.
+    void note(velNode *parent, std::string_view path, std::int64_t entries);
+
+private:
+    static constexpr unsigned ways = 6;
+    struct alignas(64) Set
+    {
+        std::uint16_t tags[ways];
+        std::uint16_t last;   // the entry that was written last
+        velNode *nodes[ways]; // not owned
+    };
+    static_assert(sizeof(Set) == 64);
+
+    [[nodiscard]] static std::uint16_t tagOf(std::uint64_t hash)
+    {
+        return static_cast<std::uint16_t>(hash >> 48);
+    }
+
+    struct Note
+    {
+        const velNode *node;   // not owned; null once it is removed
+        std::string_view path; // in texts_
+    };
+
+    std::vector<Set> sets_; // a power of two
+    std::vector<Note> notes_;
+    velTextBlocks texts_;
+    std::int64_t textBytes_ = 0;
+};
