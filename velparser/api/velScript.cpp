@@ -133,8 +133,8 @@ const char *flushOutput(pTHX_ velInstance *instance)
         return nullptr;
     const int reason = errno ? errno : EIO;
     PerlFrame frame(aTHX);
-    return keepMessage(
-        instance, sv_2mortal(newSVpvf("runPerlScript: standard output: %s", std::strerror(reason))));
+    return keepMessage(instance, sv_2mortal(newSVpvf("runPerlScript: standard output: %s",
+                                                     std::strerror(reason))));
 }
 
 } // namespace

@@ -1,0 +1,94 @@
+# Objects: made, ended, derived, forged, shared with nobody.
+use strict;
+use warnings;
+
+use Test::More;
+
+use VEL::Parser::Lite;
+
+sub died {
+    my ($code) = @_;
+    return eval { $code->(); 1 } ? 'lived' : $@ =~ s/ at \S+ line \d+\.\n\z//r;
+}
+
+my @warnings;
+local $SIG{__WARN__} = sub { push @warnings, @_ };
+
+my $data = VEL::Parser::Lite::NEW();
+is ref $data, 'VEL::Parser::Lite', 'NEW blesses into the package';
+like $$data, qr/^[1-9]\d*$/, '... a number';
+is died(sub { VEL::Parser::Lite->NEW }), 'Usage: VEL::Parser::Lite::NEW()', 'NEW takes no class';
+
+my $other = VEL::Parser::Lite::NEW();
+is $data->createParam('/A', 1), undef, 'two objects';
+is $other->havePath('/A'), 0, '... share nothing';
+
+is $data->DESTROY(), undef, 'DESTROY may be called';
+is $data->DESTROY(), undef, '... and again';
+is died(sub { $data->havePath('/') }), 'self is not of type VEL::Parser::Lite',
+    '... and nothing else after it';
+undef $data;
+
+{
+    package Derived;
+    our @ISA = 'VEL::Parser::Lite';
+    sub have { return $_[0]->havePath($_[1]) }
+    package NotDestroyed;
+    our @ISA = 'VEL::Parser::Lite';
+    sub DESTROY { return }
+}
+my $derived = bless VEL::Parser::Lite::NEW(), 'Derived';
+is $derived->createParam('/A', 1), undef, 'an object of a derived class';
+is $derived->have('/A'), 1, '... works';
+undef $derived;
+bless VEL::Parser::Lite::NEW(), 'NotDestroyed';
+
+for my $forged (bless(\(my $address = 12345), 'Derived'), bless({}, 'Derived'), bless([], 'Derived'),
+    bless(sub { 1 }, 'Derived'))
+{
+    is died(sub { $forged->havePath('/') }), 'self is not of type VEL::Parser::Lite',
+        "a forged object ($forged) is refused";
+    no warnings 'redefine';
+    bless $forged, 'Harmless';
+}
+
+my $changed = VEL::Parser::Lite::NEW();
+$$changed = 99;
+is $changed->havePath('/'), 0, 'the number in the object is not followed blindly';
+undef $changed;
+
+{
+    my $copy = VEL::Parser::Lite::NEW();
+    my $same = $copy;
+    undef $copy;
+    is $same->createParam('/A', 1), undef, 'a copied reference keeps the object';
+}
+
+is died(sub { VEL::Parser::Lite::bootstrap() if defined &VEL::Parser::Lite::bootstrap }), 'lived',
+    'loading twice does no harm';
+
+SKIP: {
+    skip 'no size of the process', 1 if !-r '/proc/self/statm';
+    my $size = sub { open my $file, '<', '/proc/self/statm' or die; (split ' ', <$file>)[1] };
+    my $round = sub {
+        for (1 .. 300) {
+            my $object = VEL::Parser::Lite::NEW();
+            my $self = $object;
+            $object->addChangeHandler(sub { 1 });
+            $object->registerActionHandler(sub { 1 });
+            $object->loadVELData([ map { ("A: x$_", "P = $_", 'END') } 1 .. 50 ]);
+            $object->getFormattedVEL('/', 79, \my @lines);
+            $object->getChildList('/', \my @children, \my @groups);
+            $object->getStringValue('/A:x1/P', \my $value);
+            eval { $object->invokeAction('x', 1) };
+        }
+    };
+    $round->();
+    my $before = $size->();
+    $round->() for 1 .. 5;
+    cmp_ok $size->() - $before, '<', 500, 'nothing is left of objects that are gone (pages)';
+}
+
+is "@warnings", '', 'no warnings';
+
+done_testing;
