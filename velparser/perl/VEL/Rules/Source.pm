@@ -126,6 +126,17 @@ sub fault ($self, $path, $sentence) {
     return;
 }
 
+=item C<field_names>
+
+The names of all fields that rules may hold, sorted. A function.
+
+=cut
+
+sub field_names () {
+    my %names = map { $_ => 1 } map { keys %$_ } values %FIELDS;
+    return sort keys %names;
+}
+
 =back
 
 =cut
