@@ -299,26 +299,25 @@ The values that the parameter may have; none where its rule lists none.
 sub allowed_values ($self, $path) {
     my $parameter = $self->parameter_at($self->full_path($path));
     my @values = @{ $parameter->{values} // [] };
-    push @values, $self->object_names($parameter->{objects}) if $parameter->{objects};
+    push @values, @{ $self->object_names($parameter->{objects})->{list} } if $parameter->{objects};
     return @values if @values || $parameter->{type} ne 'Logical';
     return qw(Yes No);
 }
 
-=item C<object_names($types)>, C<object_name_set($types)>
+=item C<object_names($types)>
 
-The names of all objects of these types, library objects included: as a list in
-the order of the data, and as a hash not to be changed.
+The names of all objects of these types, library objects included: a hash, not to
+be changed, with a C<list> in the order of the data and a C<set>.
 
 =cut
 
 sub object_names ($self, $types) {
-    my %seen;
-    return grep { !$seen{$_}++ } map { @{ $self->_names_of($_)->{list} } } @$types;
-}
-
-sub object_name_set ($self, $types) {
-    return $self->_names_of($types->[0])->{set} if @$types == 1;
-    return { map { %{ $self->_names_of($_)->{set} } } @$types };
+    return $self->_names_of($types->[0]) if @$types == 1;
+    return $self->{names}{ join ',', @$types } //= do {
+        my %seen;
+        my @names = grep { !$seen{$_}++ } map { @{ $self->_names_of($_)->{list} } } @$types;
+        +{ list => \@names, set => \%seen };
+    };
 }
 
 =item C<expression_names>
@@ -340,8 +339,10 @@ sub _names_of ($self, $type) {
     return $self->{names}{$type} //= do {
         my @paths;
         $self->{database}->getObjectsByType($type, \@paths);
-        my @names = map { (split_path($_))[1] =~ s/^[^:]*://r } grep { !m{^/RULES/} } @paths;
-        +{ list => \@names, set => { map { $_ => 1 } @names } };
+        my %seen;
+        my @names = grep { !$seen{$_}++ } map { (split_path($_))[1] =~ s/^[^:]*://r }
+            grep { !m{^/RULES/} } @paths;
+        +{ list => \@names, set => \%seen };
     };
 }
 

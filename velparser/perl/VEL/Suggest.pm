@@ -9,6 +9,8 @@ use List::Util qw(min max);
 
 our @EXPORT_OK = qw(nearest);
 
+my $MOST_COMPARED = 200;
+
 =head1 NAME
 
 VEL::Suggest - "did you mean": the known word that a mistyped one stands for
@@ -22,20 +24,23 @@ VEL::Suggest - "did you mean": the known word that a mistyped one stands for
 The known word nearest to C<$word>, or C<undef> when none is near enough: one
 slip (a letter too many, missing, wrong, or two swapped) for every three
 letters, at least one. Letter case counts for less than a slip, so a word that
-differs in case alone is always found. Of equals the first is taken.
+differs in case alone is always found. Of equals the first is taken. Of many
+known words of much the same length only the first two hundred are compared: a
+hint is not worth a wait.
 
 =cut
 
 sub nearest ($word, @known) {
     my $folded = lc $word;
     my $limit  = max(1, int(length($word) / 3));
-    my ($best, $least);
-    for my $candidate (@known) {
-        next if abs(length($candidate) - length $word) > $limit;
-        my $slips = lc $candidate eq $folded ? 0 : _slips($folded, lc $candidate, $limit);
-        next if $slips > $limit || (defined $least && $slips >= $least);
-        ($best, $least) = ($candidate, $slips);
-        last if $slips == 0;
+    my @near   = grep { abs(length($_) - length $word) <= $limit } @known;
+    for my $candidate (@near) {
+        return $candidate if lc $candidate eq $folded;
+    }
+    my ($best, $least) = (undef, $limit + 1);
+    for my $candidate (@near[ 0 .. min($#near, $MOST_COMPARED - 1) ]) {
+        my $slips = _slips($folded, lc $candidate, $least - 1);
+        ($best, $least) = ($candidate, $slips) if $slips < $least;
     }
     return $best;
 }

@@ -264,7 +264,7 @@ sub _asker ($self) {
     my $asker = $self->{asker} //= do {
         my $validator = $self;
         weaken($validator);
-        {   objects     => sub ($types) { $validator->{model}->object_name_set($types) },
+        {   objects     => sub ($types) { $validator->{model}->object_names($types) },
             expressions => sub { $validator->{model}->expression_names },
         };
     };

@@ -107,7 +107,8 @@ What is wrong with a value: a list of C<[identifier, sentence]>. The asker is a
 hash of
 
     units, bounds    whether these are checked
-    objects          sub (types): hash of the names of the objects there are
+    objects          sub (types): hash of the names of the objects there are, as a
+                     list and as a set
     expressions      sub (): hash of the names that expressions may use
     used             array onto which names of objects and expressions are
                      pushed that the value rests on
@@ -151,11 +152,11 @@ sub _instead ($text, @known) {
 
 sub _object_problems ($self, $text, $asker) {
     my $names = $asker->{objects}->($self->{objects});
-    if ($names->{$text}) {
+    if ($names->{set}{$text}) {
         push @{ $asker->{used} }, $text if $asker->{used};
         return;
     }
-    my $nearest = nearest($text, sort keys %$names);
+    my $nearest = nearest($text, @{ $names->{list} });
     my $types   = join ' or ', @{ $self->{objects} };
     return [ 'no-such-object', qq(there is no $types named "$text")
             . (defined $nearest ? "; did you mean $nearest?" : "; give the name of an existing one") ];
