@@ -1,0 +1,321 @@
+// Changing and deleting a parameter.
+#include "veleditor/tests/EditorTest.h"
+
+#include "veleditor/src/EditParamDialog.h"
+#include "veleditor/src/MessageDialog.h"
+#include "veleditor/tests/TreeText.h"
+#include "velparser/api/velparser.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QTextEdit>
+
+using namespace velEditor;
+
+class VELTreeEditTest : public EditorTest
+{
+    Q_OBJECT
+
+private:
+    /// The value that the database has.
+    static QString stored(const char *path);
+    /// Types a text over what the dialog's field holds.
+    static void type(EditParamDialog &dialog, const QString &text);
+    static void choose(EditParamDialog &dialog, const QString &entry);
+
+private slots:
+    void editsByFreeText();
+    void editsByList();
+    void editsTheSelectedParameterFromTheMenu();
+    void keepsTheValueWhenCancelled();
+    void putsARefusedValueBack();
+    void showsACurrentValueThatIsNotAllowed();
+    void makesLineBreaksBlanks();
+    void refusesWhatAFileCannotHold();
+    void leavesAnUntouchedValueAsItIs();
+    void staysInTheEncodingOfTheFile();
+    void editsNoObject();
+    void refusesParametersThatAreNotEditable();
+    void asksForASelection();
+    void deletesAParameter();
+    void keepsAParameterWhenTheUserCancels();
+    void refusesToDeleteWhatIsNotEditable();
+};
+
+namespace {
+
+const char title[] = "/FLOW:Analysis/Title";
+const char boundaryKind[] = "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind";
+const char pressure[] = "/FLOW:Analysis/DOMAIN:Duct/Reference Pressure";
+
+} // namespace
+
+QString VELTreeEditTest::stored(const char *path)
+{
+    std::optional<std::string> value;
+    if (velparser::getStringValue(path, &value) != nullptr || !value)
+        return QString();
+    return QString::fromStdString(*value);
+}
+
+void VELTreeEditTest::type(EditParamDialog &dialog, const QString &text)
+{
+    auto *field = dialog.findChild<QTextEdit *>("Value");
+    QVERIFY(field != nullptr);
+    field->selectAll();
+    QTest::keyClicks(field, text);
+}
+
+void VELTreeEditTest::choose(EditParamDialog &dialog, const QString &entry)
+{
+    auto *list = dialog.findChild<QComboBox *>("Values");
+    QVERIFY(list != nullptr);
+    const int index = list->findText(entry);
+    QVERIFY(index >= 0);
+    list->setFocus();
+    while (list->currentIndex() != index)
+        QTest::keyClick(list, list->currentIndex() < index ? Qt::Key_Down : Qt::Key_Up);
+}
+
+void VELTreeEditTest::editsByFreeText()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        QCOMPARE(dialog.windowTitle(), QString("Edit Parameter"));
+        QCOMPARE(dialog.findChild<QLabel *>()->text(), QString("Enter a new value for: Title"));
+        QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString("First run"));
+        type(dialog, "Second run");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(title);
+    QCOMPARE(row(title).value(), QString("Second run"));
+    QCOMPARE(stored(title), QString("Second run"));
+    QVERIFY(tree().isModified());
+    QCOMPARE(editor().windowTitle(), file() + " - Modified");
+}
+
+void VELTreeEditTest::editsByList()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        QCOMPARE(dialog.findChild<QLabel *>()->text(), QString("Select a new value for: Kind"));
+        auto *list = dialog.findChild<QComboBox *>("Values");
+        QVERIFY(!list->isEditable());
+        QStringList entries;
+        for (int i = 0; i < list->count(); ++i)
+            entries.append(list->itemText(i));
+        QCOMPARE(entries, QStringList({"Inlet", "Outlet", "Wall"}));
+        QCOMPARE(list->currentText(), QString("Inlet"));
+        choose(dialog, "Wall");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(boundaryKind);
+    QCOMPARE(row(boundaryKind).value(), QString("Wall"));
+    QCOMPARE(stored(boundaryKind), QString("Wall"));
+}
+
+void VELTreeEditTest::editsTheSelectedParameterFromTheMenu()
+{
+    open(copyOf("duct.vel"));
+    select(title);
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "By key");
+        pressButton(dialog, "Ok");
+    });
+    press("Ctrl+E");
+    QCOMPARE(stored(title), QString("By key"));
+}
+
+void VELTreeEditTest::keepsTheValueWhenCancelled()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "No");
+        pressButton(dialog, "Cancel");
+    });
+    doubleClick(title);
+    QCOMPARE(row(title).value(), QString("First run"));
+    QCOMPARE(stored(title), QString("First run"));
+    QVERIFY(!tree().isModified());
+}
+
+void VELTreeEditTest::putsARefusedValueBack()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "lots");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(pressure);
+
+    auto *errors = visible<ErrorDialog>();
+    QVERIFY(errors != nullptr);
+    QVERIFY(!errors->isModal());
+    QCOMPARE(errors->objectName(), QString("Errors"));
+    QVERIFY(errors->findChild<QTextEdit *>("Messages")->toPlainText().contains("[wrong-type]"));
+    QCOMPARE(row(pressure).value(), QString("1"));
+    QCOMPARE(stored(pressure), QString("1"));
+    QVERIFY(tree().isModified());
+}
+
+void VELTreeEditTest::showsACurrentValueThatIsNotAllowed()
+{
+    open(newFile("odd.vel", "FLOW: A\nDOMAIN: D\nKind = Plasma\nEND\nEND\n"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        auto *list = dialog.findChild<QComboBox *>("Values");
+        QCOMPARE(list->currentIndex(), -1);
+        QCOMPARE(list->placeholderText(), QString("Plasma"));
+        pressButton(dialog, "Ok");
+    });
+    doubleClick("/FLOW:A/DOMAIN:D/Kind");
+    // Nothing was chosen; what does not validate is there as before.
+    QVERIFY(visible<ErrorDialog>() != nullptr);
+    QCOMPARE(stored("/FLOW:A/DOMAIN:D/Kind"), QString("Plasma"));
+}
+
+void VELTreeEditTest::makesLineBreaksBlanks()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        auto *field = dialog.findChild<QTextEdit *>("Value");
+        field->selectAll();
+        QTest::keyClicks(field, "two");
+        QTest::keyClick(field, Qt::Key_Return);
+        QTest::keyClicks(field, "lines");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(title);
+    QCOMPARE(stored(title), QString("two lines"));
+    QCOMPARE(row(title).value(), QString("two lines"));
+}
+
+void VELTreeEditTest::refusesWhatAFileCannotHold()
+{
+    open(copyOf("duct.vel"));
+    answer();
+    answer();
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "5 # remark");
+        pressButton(dialog, "Ok");
+        QVERIFY(dialog.isVisible());
+        type(dialog, "5 \\");
+        pressButton(dialog, "Ok");
+        QVERIFY(dialog.isVisible());
+        type(dialog, "5 \\# kept");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(title);
+    QCOMPARE(boxes, QStringList(
+                        {"Edit Parameter\nA value cannot hold the character \"#\": it begins a "
+                         "remark in a command file.\nPlease correct the value before continuing.\n",
+                         "Edit Parameter\nA value cannot end in a back-slash: it continues a line "
+                         "in a command file.\nPlease correct the value before continuing.\n"}));
+    QCOMPARE(stored(title), QString("5 \\# kept"));
+}
+
+void VELTreeEditTest::leavesAnUntouchedValueAsItIs()
+{
+    // A no-break space, as UTF-8 and as Latin-1: a text field would lose it.
+    open(newFile("nbsp.vel", "FLOW: A\nTitle = 1\xC2\xA0m\nRun Mode = 1\xA0m\nEND\n"));
+    for (const char *path : {"/FLOW:A/Title", "/FLOW:A/Run Mode"}) {
+        onDialog<EditParamDialog>([&](EditParamDialog &dialog) { pressButton(dialog, "Ok"); });
+        doubleClick(path);
+    }
+    QVERIFY(editor().save(file().toStdString()));
+    QCOMPARE(contentOf(file()),
+             QByteArray("FLOW: A\n  Title = 1\xC2\xA0m\n  Run Mode = 1\xA0m\nEND\n"));
+}
+
+void VELTreeEditTest::staysInTheEncodingOfTheFile()
+{
+    open(newFile("latin1.vel", "FLOW: A\nTitle = K\xE4se\nRun Mode = plain\nEND\n"));
+    const auto append = [&](const char *path, const QString &text) {
+        onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+            auto *field = dialog.findChild<QTextEdit *>("Value");
+            field->moveCursor(QTextCursor::End);
+            field->insertPlainText(text);
+            pressButton(dialog, "Ok");
+        });
+        doubleClick(path);
+    };
+    append("/FLOW:A/Title", QString(u'\u00f6'));
+    append("/FLOW:A/Run Mode", QString(u'\u00f6'));
+    QVERIFY(editor().save(file().toStdString()));
+    QCOMPARE(contentOf(file()),
+             QByteArray("FLOW: A\n  Title = K\xE4se\xF6\n  Run Mode = plain\xC3\xB6\nEND\n"));
+}
+
+void VELTreeEditTest::editsNoObject()
+{
+    open(copyOf("duct.vel"));
+    select("/FLOW:Analysis/DOMAIN:Duct");
+    tree().editCurrParameter();
+    QVERIFY(boxes.isEmpty());
+    QVERIFY(!tree().isModified());
+}
+
+void VELTreeEditTest::refusesParametersThatAreNotEditable()
+{
+    open(copyOf("duct.vel"));
+    answer();
+    doubleClick("/LANGUAGE/Version");
+    QCOMPARE(boxes,
+             QStringList("Cannot edit Version\nOnly orange expert parameters and parameters\n"
+                         "whose values are shown in green can be edited.\n"));
+}
+
+void VELTreeEditTest::asksForASelection()
+{
+    open(copyOf("duct.vel"));
+    tree().clearSelection();
+    answer();
+    press("Ctrl+E");
+    QCOMPARE(boxes, QStringList("Edit Parameter\nPlease select the parameter you wish to edit and "
+                                "try again.\n\n"));
+}
+
+void VELTreeEditTest::deletesAParameter()
+{
+    open(copyOf("duct.vel"));
+    select("/FLOW:Analysis/DOMAIN:Duct/Location");
+    answer(0);
+    press("Ctrl+D");
+    QCOMPARE(boxes, QStringList("Deleting Parameter\nYou are about to delete the parameter\n"
+                                "Location = B1, B2\nThis cannot be undone.\n"
+                                "Do you really want to do this?\n"
+                                "&Delete The Parameter | &Cancel"));
+    QVERIFY(!treeText(tree()).contains("Location"));
+    QCOMPARE(stored("/FLOW:Analysis/DOMAIN:Duct/Location"), QString());
+    QVERIFY(tree().isModified());
+}
+
+void VELTreeEditTest::keepsAParameterWhenTheUserCancels()
+{
+    open(copyOf("duct.vel"));
+    for (const int button : {1, -1}) {
+        select("/FLOW:Analysis/DOMAIN:Duct/Location");
+        answer(button);
+        tree().deleteParam();
+    }
+    QCOMPARE(stored("/FLOW:Analysis/DOMAIN:Duct/Location"), QString("B1, B2"));
+    QVERIFY(!tree().isModified());
+}
+
+void VELTreeEditTest::refusesToDeleteWhatIsNotEditable()
+{
+    open(copyOf("duct.vel"));
+    const QString refusal = "Deleting Parameter\nOnly orange expert parameters and parameters\n"
+                            "whose values are shown in green can be deleted.\n\n";
+    answer();
+    tree().clearSelection();
+    tree().deleteParam();
+    for (const char *path : {"/FLOW:Analysis", "/LANGUAGE/Version"}) {
+        answer();
+        select(path);
+        tree().deleteParam();
+    }
+    QCOMPARE(boxes, QStringList({refusal, refusal, refusal}));
+}
+
+VEL_EDITOR_TEST(VELTreeEditTest)
+#include "VELTreeEdit_test.moc"

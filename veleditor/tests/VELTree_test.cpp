@@ -1,0 +1,321 @@
+// The command tree: what it shows, in which colours, and how it opens.
+#include "veleditor/tests/EditorTest.h"
+
+#include "common/error.h"
+#include "veleditor/tests/TreeText.h"
+#include "velparser/api/velparser.h"
+
+#include <QHeaderView>
+#include <QStyle>
+
+using namespace velEditor;
+
+class VELTreeTest : public EditorTest
+{
+    Q_OBJECT
+
+private:
+    /// Whether a pixel of the cell passes the test.
+    template <typename Test>
+    bool cellHas(const char *path, int column, Test test);
+    bool isGreen(const char *path, int column);
+    bool isOrange(const char *path, int column);
+
+private slots:
+    void showsTheFile();
+    void showsLibraryDataOnRequest();
+    void showsExpertItemsOnRequest();
+    void showsParametersOfTheRoot();
+    void knowsTheFlowObject();
+    void takesAnyPathThatBeginsWithFlow();
+    void doesWithoutFlowObject();
+    void acceptsTheExpertSectionOnlyInTheFlowObject();
+    void showsAnObjectNamedLikeAParameterAsThatParameter();
+    void showsBytesAsUtf8ElseAsLatin1();
+    void paintsWhatCanBeChanged();
+    void selectsInBlue();
+    void hasTwoColumns();
+    void keepsTheOrderOfTheFileUntilSorted();
+    void opensAndClosesBranchesWithTheRightButton();
+    void marksUnsavedChangesOnce();
+    void showsDeeplyNestedObjects();
+    void throwsWhenTheDatabaseFails();
+};
+
+void VELTreeTest::showsTheFile()
+{
+    open(copyOf("duct.vel"));
+    QCOMPARE(treeText(tree()), QString("Root\n"
+                                       "  LANGUAGE :\n"
+                                       "    Version = 2.1\n"
+                                       "  FLOW : Analysis\n"
+                                       "    Title = First run *\n"
+                                       "    Run Mode = Steady *\n"
+                                       "    EXPERT PARAMETERS : !\n"
+                                       "      max loops = 3 * !\n"
+                                       "      solver build = 17 !\n"
+                                       "    DOMAIN : Duct\n"
+                                       "      Kind = Fluid *\n"
+                                       "      Location = B1, B2 *\n"
+                                       "      Reference Pressure = 1 *\n"
+                                       "      BOUNDARY : in\n"
+                                       "        Kind = Inlet *\n"
+                                       "        Mass Flow Rate = 0.5 *\n"
+                                       "      BOUNDARY : out\n"
+                                       "        Kind = Outlet *\n"));
+    QVERIFY(tree().topLevelItem(0)->isExpanded());
+    QVERIFY(!row("/FLOW:Analysis").isExpanded());
+    QVERIFY(!tree().isModified());
+}
+
+void VELTreeTest::showsLibraryDataOnRequest()
+{
+    qputenv("VELEDITOR_SHOW_LIBRARY", "");
+    open(copyOf("duct.vel"));
+    const QString text = treeText(tree());
+    QVERIFY(text.contains("  LIBRARY :\n    SUBSTANCE : Water\n      Density = 997"));
+    QVERIFY(text.contains("  RULES :\n"));
+}
+
+void VELTreeTest::showsExpertItemsOnRequest()
+{
+    qputenv("ZOT5_VEL_EXPERT", "");
+    open(copyOf("duct.vel"));
+    QCOMPARE(row("/FLOW:Analysis/DOMAIN:Duct/Trace Level").value(), QString("2"));
+}
+
+void VELTreeTest::showsParametersOfTheRoot()
+{
+    open(newFile("root.vel", "Author = me\nFLOW:\nTitle = x\nEND\n"));
+    QCOMPARE(row("/Author").value(), QString("me"));
+    QCOMPARE(treeText(tree()).left(30), QString("Root\n  Author = me *\n  FLOW :\n").left(30));
+}
+
+void VELTreeTest::knowsTheFlowObject()
+{
+    open(copyOf("duct.vel"));
+    QCOMPARE(tree().flowItem(), &row("/FLOW:Analysis"));
+    QCOMPARE(tree().lastFlowChild(), &row("/FLOW:Analysis/DOMAIN:Duct"));
+    QCOMPARE(tree().expertItem(), &row("/FLOW:Analysis/EXPERT PARAMETERS"));
+    QCOMPARE(tree().lastAddedItem(), nullptr);
+}
+
+void VELTreeTest::takesAnyPathThatBeginsWithFlow()
+{
+    open(newFile("two.vel", "FLOW: One\nTitle = 1\nEND\nFLOWER: Two\nTitle = 2\nEND\n"));
+    QCOMPARE(tree().flowItem(), &row("/FLOWER:Two"));
+    QCOMPARE(tree().lastFlowChild(), &row("/FLOWER:Two/Title"));
+}
+
+void VELTreeTest::doesWithoutFlowObject()
+{
+    open(newFile("none.vel", "LANGUAGE:\nVersion = 2.1\nEND\n"));
+    QCOMPARE(tree().flowItem(), nullptr);
+    QCOMPARE(tree().lastFlowChild(), nullptr);
+    QCOMPARE(tree().expertItem(), nullptr);
+}
+
+void VELTreeTest::acceptsTheExpertSectionOnlyInTheFlowObject()
+{
+    open(newFile("inner.vel", "FLOW: A\nDOMAIN: D\nKind = Fluid\nEXPERT PARAMETERS:\nx = 1\nEND\n"
+                              "END\nEND\nEXPERT PARAMETERS:\ny = 1\nEND\n"));
+    QCOMPARE(tree().expertItem(), nullptr);
+    QVERIFY(!row("/FLOW:A/DOMAIN:D/EXPERT PARAMETERS/x").isInExpertSection());
+    QVERIFY(!row("/EXPERT PARAMETERS/y").isInExpertSection());
+}
+
+// Kept: a value under the child's name decides what it is.
+void VELTreeTest::showsAnObjectNamedLikeAParameterAsThatParameter()
+{
+    open(newFile("same.vel", "FLOW: A\nD = 3\nDOMAIN: D\nKind = Fluid\nEND\nEND\n"));
+    QCOMPARE(treeText(tree()), QString("Root\n"
+                                       "  FLOW : A\n"
+                                       "    D = 3 *\n"
+                                       "    DOMAIN : D = 3\n"));
+}
+
+void VELTreeTest::showsBytesAsUtf8ElseAsLatin1()
+{
+    open(newFile("bytes.vel", "FLOW: A\nTitle = K\xC3\xA4se\nRun Mode = K\xE4se\nEND\n"));
+    QCOMPARE(row("/FLOW:A/Title").value(), QString::fromUtf8("K\u00e4se"));
+    QCOMPARE(row("/FLOW:A/Run Mode").value(), QString::fromUtf8("K\u00e4se"));
+}
+
+template <typename Test>
+bool VELTreeTest::cellHas(const char *path, int column, Test test)
+{
+    VELTreeItem &item = row(path);
+    tree().showMatch(item);
+    tree().clearSelection();
+    tree().setCurrentItem(nullptr);
+    QRect cell = tree().visualItemRect(&item);
+    const int left = tree().header()->sectionViewportPosition(column);
+    cell.setLeft(column == VELTreeItem::Name ? cell.left() : left);
+    cell.setRight(left + tree().columnWidth(column) - 1);
+    const QImage picture = tree().viewport()->grab(cell).toImage();
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (test(picture.pixelColor(x, y)))
+                return true;
+        }
+    }
+    return false;
+}
+
+bool VELTreeTest::isGreen(const char *path, int column)
+{
+    return cellHas(path, column, [](const QColor &c) {
+        return c.green() - c.red() > 100 && c.green() - c.blue() > 100;
+    });
+}
+
+bool VELTreeTest::isOrange(const char *path, int column)
+{
+    return cellHas(path, column, [](const QColor &c) {
+        return c.red() - c.blue() > 150 && c.red() - c.green() > 60;
+    });
+}
+
+void VELTreeTest::paintsWhatCanBeChanged()
+{
+    open(copyOf("duct.vel"));
+    const char *ordinary = "/FLOW:Analysis/Title";
+    QVERIFY(!isGreen(ordinary, VELTreeItem::Name));
+    QVERIFY(isGreen(ordinary, VELTreeItem::Value));
+    QVERIFY(!isOrange(ordinary, VELTreeItem::Value));
+
+    const char *expert = "/FLOW:Analysis/EXPERT PARAMETERS/max loops";
+    QVERIFY(isOrange(expert, VELTreeItem::Name));
+    QVERIFY(isOrange(expert, VELTreeItem::Value));
+
+    const char *fixedExpert = "/FLOW:Analysis/EXPERT PARAMETERS/solver build";
+    QVERIFY(!isOrange(fixedExpert, VELTreeItem::Name));
+    QVERIFY(!isOrange(fixedExpert, VELTreeItem::Value));
+
+    QVERIFY(!isGreen("/LANGUAGE/Version", VELTreeItem::Value));
+    QVERIFY(!isOrange("/FLOW:Analysis/EXPERT PARAMETERS", VELTreeItem::Name));
+}
+
+void VELTreeTest::selectsInBlue()
+{
+    open(copyOf("duct.vel"));
+    select("/FLOW:Analysis");
+    const QRect cell = tree().visualItemRect(&row("/FLOW:Analysis"));
+    const QImage picture = tree().viewport()->grab(cell).toImage();
+    QCOMPARE(picture.pixelColor(picture.width() - 3, 3), QColor(0, 0, 255));
+}
+
+void VELTreeTest::hasTwoColumns()
+{
+    open(copyOf("duct.vel"));
+    QCOMPARE(tree().objectName(), QString("Tree"));
+    QCOMPARE(tree().headerItem()->text(0), QString("Name"));
+    QCOMPARE(tree().headerItem()->text(1), QString("Value"));
+    QCOMPARE(tree().columnWidth(1), 400);
+    QCOMPARE(tree().indentation(), 40);
+    QCOMPARE(tree().style()->name(), QString("windows"));
+    QVERIFY(tree().style() != editor().style());
+}
+
+void VELTreeTest::keepsTheOrderOfTheFileUntilSorted()
+{
+    open(newFile("order.vel", "FLOW: A\nTitle = b\nRun Mode = a\nEND\n"));
+    const QTreeWidgetItem *flow = &row("/FLOW:A");
+    QCOMPARE(flow->child(0)->text(0), QString("Title"));
+    tree().setSorting(0);
+    QCOMPARE(flow->child(0)->text(0), QString("Run Mode"));
+    tree().setSorting(0, false);
+    QCOMPARE(flow->child(0)->text(0), QString("Title"));
+    tree().setSorting(-1);
+    QVERIFY(!tree().isSortingEnabled());
+}
+
+void VELTreeTest::opensAndClosesBranchesWithTheRightButton()
+{
+    open(copyOf("duct.vel"));
+    VELTreeItem &flow = row("/FLOW:Analysis");
+    const auto clickFlow = [&] {
+        QTest::mouseClick(tree().viewport(), Qt::RightButton, Qt::NoModifier,
+                          tree().visualItemRect(&flow).center());
+    };
+    clickFlow();
+    QVERIFY(flow.isExpanded());
+    QVERIFY(row("/FLOW:Analysis/DOMAIN:Duct").isExpanded());
+    QVERIFY(row("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in").isExpanded());
+    QVERIFY(!row("/LANGUAGE").isExpanded());
+
+    clickFlow();
+    QVERIFY(!flow.isExpanded());
+    QVERIFY(!row("/FLOW:Analysis/DOMAIN:Duct").isExpanded());
+    QVERIFY(!row("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in").isExpanded());
+
+    // Over no row nothing happens.
+    QTest::mouseClick(tree().viewport(), Qt::RightButton, Qt::NoModifier,
+                      tree().viewport()->rect().bottomRight() - QPoint(5, 5));
+    QVERIFY(!flow.isExpanded());
+}
+
+void VELTreeTest::marksUnsavedChangesOnce()
+{
+    open(copyOf("duct.vel"));
+    tree().setModified();
+    tree().setModified();
+    QVERIFY(tree().isModified());
+    QCOMPARE(editor().windowTitle(), file() + " - Modified");
+    tree().clearModified();
+    QVERIFY(!tree().isModified());
+    QCOMPARE(editor().windowTitle(), file());
+}
+
+void VELTreeTest::showsDeeplyNestedObjects()
+{
+    constexpr int levels = 3000;
+    QByteArray text;
+    for (int i = 0; i < levels; ++i)
+        text += "SEALED: s\n";
+    text += "x = 1\n";
+    for (int i = 0; i < levels; ++i)
+        text += "END\n";
+    open(newFile("deep.vel", text));
+    const QTreeWidgetItem *item = tree().topLevelItem(0);
+    int depth = 0;
+    for (; item->childCount() > 0; item = item->child(0))
+        ++depth;
+    QCOMPARE(depth, levels + 1);
+    QCOMPARE(item->text(0), QString("x"));
+    tree().openOrClose(nullptr, tree().viewport()->mapToGlobal(QPoint(5, 5)), 0);
+    tree().openOrClose(nullptr, tree().viewport()->mapToGlobal(QPoint(5, 5)), 0);
+    QVERIFY(tree().topLevelItem(0)->isExpanded());
+}
+
+void VELTreeTest::throwsWhenTheDatabaseFails()
+{
+    open(copyOf("duct.vel"));
+    // While the tree asks about an item, the rules delete it.
+    const QString script = newFile("fail.pl", "no warnings 'redefine';\n"
+                                              "*API::isItemExpert = sub {\n"
+                                              "    my ($self, $path) = @_;\n"
+                                              "    $self->{database}->deleteObj($path)\n"
+                                              "        if $path =~ /DOMAIN:Duct$/;\n"
+                                              "    return 0;\n"
+                                              "};\n1;\n");
+    int status = 0;
+    QCOMPARE(velparser::runPerlScript(script.toStdString(), {}, &status), nullptr);
+    std::string message;
+    try {
+        tree().buildTree();
+    } catch (const error &failure) {
+        message = failure.message();
+    }
+    QCOMPARE(QString::fromStdString(message),
+             QString("getChildList : getChildList: unable to find the requested path"));
+    QCOMPARE(tree().flowItem(), nullptr);
+
+    // The database stands where it stood: relative names are found at the top.
+    std::optional<std::string> value;
+    QCOMPARE(velparser::getStringValue("LANGUAGE/Version", &value), nullptr);
+    QCOMPARE(value.value_or(""), std::string("2.1"));
+}
+
+VEL_EDITOR_TEST(VELTreeTest)
+#include "VELTree_test.moc"
