@@ -8,6 +8,7 @@ use Scalar::Util qw(weaken);
 
 use VEL::Parser::Lite;
 use VEL::Rules;
+use VEL::Suggest;
 
 =head1 NAME
 
@@ -316,7 +317,7 @@ sub object_names ($self, $types) {
     return $self->{names}{ join ',', @$types } //= do {
         my %seen;
         my @names = grep { !$seen{$_}++ } map { @{ $self->_names_of($_)->{list} } } @$types;
-        +{ list => \@names, set => \%seen };
+        +{ list => \@names, set => \%seen, hints => VEL::Suggest->new(\@names) };
     };
 }
 
@@ -342,7 +343,7 @@ sub _names_of ($self, $type) {
         my %seen;
         my @names = grep { !$seen{$_}++ } map { (split_path($_))[1] =~ s/^[^:]*://r }
             grep { !m{^/RULES/} } @paths;
-        +{ list => \@names, set => \%seen };
+        +{ list => \@names, set => \%seen, hints => VEL::Suggest->new(\@names) };
     };
 }
 

@@ -18,4 +18,16 @@ is near(''),          'none',     'nothing';
 is nearest('ab', 'ba', 'ab'), 'ab', 'the nearest, not the first';
 is nearest('x'), undef, 'nothing known';
 
+subtest 'among thousands' => sub {
+    my @names = map { "Room $_" } 1 .. 5000;
+    my $hints = VEL::Suggest->new(\@names);
+    my %expected = (
+        'ROOM 4711'  => 'Room 4711', 'Romo 4711' => 'Room 4711', 'Rom 4711' => 'Room 4711',
+        'Rooom 4711' => 'Room 4711', 'Roam 4711' => 'Room 4711', 'Rm 4711'  => 'none',
+        'Cellar'     => 'none',      ''          => 'none',
+    );
+    is $hints->find($_) // 'none', $expected{$_}, qq("$_") for sort keys %expected;
+    is(VEL::Suggest->new([qw(Inlet Outlet)])->find('Outet'), 'Outlet', 'among few as ever');
+};
+
 done_testing;

@@ -107,8 +107,8 @@ What is wrong with a value: a list of C<[identifier, sentence]>. The asker is a
 hash of
 
     units, bounds    whether these are checked
-    objects          sub (types): hash of the names of the objects there are, as a
-                     list and as a set
+    objects          sub (types): the names of the objects there are, as a hash
+                     of a set and hints (see object_names of VEL::Model)
     expressions      sub (): hash of the names that expressions may use
     used             array onto which names of objects and expressions are
                      pushed that the value rests on
@@ -156,7 +156,7 @@ sub _object_problems ($self, $text, $asker) {
         push @{ $asker->{used} }, $text if $asker->{used};
         return;
     }
-    my $nearest = nearest($text, @{ $names->{list} });
+    my $nearest = $names->{hints}->find($text);
     my $types   = join ' or ', @{ $self->{objects} };
     return [ 'no-such-object', qq(there is no $types named "$text")
             . (defined $nearest ? "; did you mean $nearest?" : "; give the name of an existing one") ];
