@@ -105,8 +105,7 @@ void velPathTable::presize(std::int64_t expected)
 
 void velPathTable::enter(velNode *node)
 {
-    flush();
-    growIfFull();
+    growIfFull(); // the count alone decides: what is pending grows the table later
     node->pathHash = hashOf(function_, node);
     link(node, node->pathHash);
 }
