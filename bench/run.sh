@@ -9,7 +9,7 @@ build=${1:-$root/build-bench}
 jobs=$(nproc)
 
 cmake -G Ninja -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVEL_TESTS=OFF -DVEL_BENCH=ON
-ninja -C "$build" -j "$jobs" velbench velgenerate velcompare
+ninja -C "$build" -j "$jobs" velbench velgenerate velcompare perl_packages rule_libraries
 
 data=$build/bench-data
 mkdir -p "$data"
@@ -20,5 +20,14 @@ for size in 50000 1000000; do
     "$build/bin/velbench" vel.parse "$tree.vel"
     "$build/bin/velbench" vel.format "$tree.vel"
     "$build/bin/velbench" vel.lookup "$tree.vel" "$tree.paths"
-    "$build/bin/velcompare" "$data" "$size"
+    "$build/bin/velcompare" tree "$data" "$size"
+done
+
+echo "# Perl and the editor"
+"$build/bin/velbench" perl.call
+"$build/bin/velbench" perl.method
+"$build/bin/velcompare" perl
+for file in "$root"/examples/*.vel; do
+    echo "# $(basename "$file")"
+    "$build/bin/velbench" editor.open "$file"
 done

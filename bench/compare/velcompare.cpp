@@ -1,212 +1,38 @@
-// velcompare DIR PARAMETERS: the database beside pugixml, RapidJSON and the
-// standard hash map, on the trees that velgenerate made in DIR.
-//
-// Each comparison takes both sides in turn, several times, in this one
-// process, and prints the best of each, their ratio and the ratio aimed at.
-// The memory of a tree is taken first, while the process is still small.
+// velcompare tree DIR PARAMETERS and velcompare perl: our code beside that of
+// others in one process. Each side is taken in turn, several times; printed are
+// the best of each, their ratio and the ratio aimed at.
+#include "bench/compare/comparisons.h"
 #include "bench/velbench/measure.h"
-#include "velapilt/src/velapilt.h"
+#include "tools/veltool/programPlace.h"
 
-#include <pugixml.hpp>
-#include <rapidjson/document.h>
-
-#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <exception>
-#include <fstream>
-#include <limits>
-#include <unordered_map>
-
-using velBench::Failure;
-using velBench::now;
-using velBench::require;
+#include <string>
+#include <vector>
 
 namespace {
 
-constexpr int rounds = 7;
-constexpr std::int32_t formatWidth = 79;
-constexpr std::size_t lookups = 1000000;
-constexpr std::uint64_t largeTree = 1000000;
-
-/// One side of a comparison. `reset` is not timed.
-struct Side
+int usage()
 {
-    std::function<void()> reset;
-    std::function<void()> work;
-    double best = std::numeric_limits<double>::max();
-
-    void round()
-    {
-        reset();
-        const double start = now();
-        work();
-        best = std::min(best, now() - start);
-    }
-};
-
-void report(const char *what, const Side &ours, const char *other, const Side &theirs, double aim)
-{
-    const double ratio = ours.best / theirs.best;
-    std::printf("%-24s %10.6f s   %-24s %10.6f s   ratio %5.2f", what, ours.best, other,
-                theirs.best, ratio);
-    if (aim > 0)
-        std::printf("   aim %.2f%s", aim, ratio > aim ? "   MISSED" : "");
-    std::printf("\n");
+    std::fputs("usage: velcompare tree DIR PARAMETERS\n       velcompare perl\n", stderr);
+    return 2;
 }
-
-velHandlePtr newHandle()
-{
-    velHandlePtr handle(velCreateHandle());
-    if (!handle)
-        throw Failure("memory error");
-    return handle;
-}
-
-std::string readWhole(const std::string &file)
-{
-    std::ifstream in(file, std::ios::binary);
-    std::string text(velBench::fileSize(file), '\0');
-    if (!in.read(text.data(), static_cast<std::streamsize>(text.size())))
-        throw Failure(file + ": could not be read");
-    return text;
-}
-
-/// The files of one tree, and what was loaded from them last.
-class Comparison
-{
-public:
-    Comparison(const std::string &directory, std::uint64_t parameters)
-        : stem_(directory + "/tree-" + std::to_string(parameters)), parameters_(parameters)
-    {
-    }
-
-    void run()
-    {
-        memory();
-        load();
-        save();
-        lookup();
-    }
-
-private:
-    void loadVel() { require(loadVELFile(handle_.get(), (stem_ + ".vel").c_str(), "vel")); }
-    void loadXml()
-    {
-        const pugi::xml_parse_result result = xml_->load_file((stem_ + ".xml").c_str());
-        if (!result)
-            throw Failure(stem_ + ".xml: " + result.description());
-    }
-    void loadJson()
-    {
-        const std::string text = readWhole(stem_ + ".json");
-        if (json_->Parse(text.data(), text.size()).HasParseError())
-            throw Failure(stem_ + ".json: parse error");
-    }
-
-    void memory()
-    {
-        const std::int64_t before = velBench::residentBytes();
-        handle_ = newHandle();
-        loadVel();
-        const std::int64_t kept = velBench::residentBytes() - before;
-        const double each = static_cast<double>(kept) / static_cast<double>(parameters_);
-        std::printf("%-24s %10.1f bytes a parameter", "memory", each);
-        if (parameters_ >= largeTree)
-            std::printf("   aim 200%s", each > 200 ? "   MISSED" : "");
-        std::printf("\n");
-    }
-
-    void load()
-    {
-        Side vel{[&] { handle_ = newHandle(); }, [&] { loadVel(); }};
-        Side xml{[&] { xml_ = std::make_unique<pugi::xml_document>(); }, [&] { loadXml(); }};
-        Side json{[&] { json_ = std::make_unique<rapidjson::Document>(); }, [&] { loadJson(); }};
-        for (int i = 0; i < rounds; ++i) {
-            vel.round();
-            xml.round();
-            json.round();
-        }
-        json_.reset();
-        report("load", vel, "pugixml load_file", xml, parameters_ >= largeTree ? 2.0 : 1.5);
-        report("load", vel, "RapidJSON Parse", json, 0);
-    }
-
-    void save()
-    {
-        velStringList lines;
-        std::string text;
-        struct Writer : pugi::xml_writer
-        {
-            std::string *text = nullptr;
-            void write(const void *data, size_t size) override
-            {
-                text->append(static_cast<const char *>(data), size);
-            }
-        } writer;
-        writer.text = &text;
-        Side vel{[&] { lines = velStringList(); },
-                 [&] { require(velWrapText(handle_.get(), "/", formatWidth, &lines)); }};
-        Side xml{[&] { text = std::string(); }, [&] { xml_->save(writer, "  "); }};
-        for (int i = 0; i < rounds; ++i) {
-            vel.round();
-            xml.round();
-        }
-        report("formatted save", vel, "pugixml save", xml, 1.5);
-    }
-
-    void lookup()
-    {
-        const std::vector<std::string> paths = velBench::readLines(stem_ + ".paths");
-        const std::vector<std::uint32_t> order = velBench::fixedOrder(paths.size(), lookups);
-        xml_.reset();
-        std::unordered_map<std::string, std::string> map;
-        for (const std::string &path : paths) {
-            const char *value = velFindValue(handle_.get(), path.c_str());
-            if (!value)
-                throw Failure(path + ": no such value");
-            map.emplace(path, value);
-        }
-        std::size_t ourBytes = 0;
-        std::size_t theirBytes = 0;
-        Side vel{[&] { ourBytes = 0; },
-                 [&] {
-                     for (const std::uint32_t i : order)
-                         ourBytes += std::strlen(velFindValue(handle_.get(), paths[i].c_str()));
-                 }};
-        Side standard{[&] { theirBytes = 0; },
-                      [&] {
-                          for (const std::uint32_t i : order)
-                              theirBytes += std::strlen(map.find(paths[i])->second.c_str());
-                      }};
-        for (int i = 0; i < rounds; ++i) {
-            vel.round();
-            standard.round();
-        }
-        if (ourBytes != theirBytes)
-            throw Failure("the look-ups found different values");
-        report("1,000,000 look-ups", vel, "std::unordered_map", standard, 1.2);
-    }
-
-    std::string stem_;
-    std::uint64_t parameters_;
-    velHandlePtr handle_;
-    std::unique_ptr<pugi::xml_document> xml_;
-    std::unique_ptr<rapidjson::Document> json_;
-};
 
 } // namespace
 
 int main(int count, char **words)
 {
-    if (count != 3) {
-        std::fputs("velcompare: usage: velcompare DIR PARAMETERS\n", stderr);
-        return 2;
-    }
+    const std::vector<std::string> arguments(words + 1, words + count);
     try {
-        Comparison(words[1], std::stoull(words[2])).run();
+        if (arguments.size() == 3 && arguments[0] == "tree")
+            velBench::compareTrees(arguments[1], std::stoull(arguments[2]));
+        else if (arguments.size() == 1 && arguments[0] == "perl") {
+            veltool::completeEnvironment();
+            velBench::comparePerl();
+        } else
+            return usage();
         return std::fflush(stdout) == 0 ? 0 : 2;
-    } catch (const Failure &failure) {
+    } catch (const velBench::Failure &failure) {
         std::fprintf(stderr, "velcompare: %s\n", failure.message().c_str());
     } catch (const std::exception &error) {
         std::fprintf(stderr, "velcompare: %s\n", error.what());

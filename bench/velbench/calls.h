@@ -25,4 +25,19 @@ Result velParse(const Arguments &arguments);
 Result velFormat(const Arguments &arguments);
 Result velLookup(const Arguments &arguments);
 
+Result perlCall(const Arguments &arguments);
+Result perlMethod(const Arguments &arguments);
+
+Result editorOpen(const Arguments &arguments);
+
+/// Parameters of a VEL file, counted natively.
+[[nodiscard]] std::uint64_t countParameters(const std::string &file);
+
+/// The word with which this program runs itself as the editor.
+inline constexpr const char *editorChild = "editor.child";
+
+/// Runs the editor on the file and ends the process when its tree has been
+/// painted, after a line that says when that was.
+int runEditorChild(int count, char **words);
+
 } // namespace velBench

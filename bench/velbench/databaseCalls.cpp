@@ -44,6 +44,13 @@ std::uint64_t countParameters(velHandle *handle)
 
 } // namespace
 
+std::uint64_t countParameters(const std::string &file)
+{
+    const velHandlePtr handle = newHandle();
+    load(handle.get(), file);
+    return countParameters(handle.get());
+}
+
 Result velParse(const Arguments &arguments)
 {
     const std::string &file = arguments[0];

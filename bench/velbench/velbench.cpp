@@ -1,6 +1,7 @@
 // velbench CALL ARGUMENTS: measures the code that the programs run and prints
 // one JSON object a line. Exit status 0, or 2 when a measurement was not made.
 #include "bench/velbench/calls.h"
+#include "tools/veltool/programPlace.h"
 
 #include <cstdio>
 #include <cstring>
@@ -16,6 +17,10 @@ constexpr Call calls[] = {
      velBench::velFormat},
     {"vel.lookup", "FILE PATHS", 2, 2, "1,000,000 values by full path, in a fixed random order",
      velBench::velLookup},
+    {"perl.call", "", 0, 0, "200,000 calls of an empty method through the bridge",
+     velBench::perlCall},
+    {"perl.method", "", 0, 0, "200,000 calls of cleanPath from Perl", velBench::perlMethod},
+    {"editor.open", "FILE", 1, 1, "process start to tree shown, offscreen", velBench::editorOpen},
 };
 
 int usage(std::FILE *to, int status)
@@ -44,6 +49,9 @@ int main(int count, char **words)
 {
     if (count < 2)
         return usage(stderr, 2);
+    veltool::completeEnvironment();
+    if (std::strcmp(words[1], velBench::editorChild) == 0)
+        return velBench::runEditorChild(count - 1, words + 1);
     if (std::strcmp(words[1], "--help") == 0)
         return usage(stdout, 0);
     const velBench::Arguments arguments(words + 2, words + count);

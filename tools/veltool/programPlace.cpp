@@ -14,18 +14,10 @@ constexpr const char *installedData = "share/veleditor";
 constexpr const char *startScript = "VEL/embeddedParserInit.pl";
 constexpr const char *ruleLibraries[] = {"rules.vel", "upgrades.vel"};
 
-/// The folder above bin/; empty when the system does not tell.
-fs::path prefix()
-{
-    std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    return error ? fs::path() : program.parent_path().parent_path();
-}
-
 /// The first of prefix/NAME and prefix/share/veleditor/NAME that holds `part`.
 fs::path shippedFolder(const char *name, const char *part)
 {
-    const fs::path root = prefix();
+    const fs::path root = programFolder();
     for (const fs::path &folder : {root / name, root / installedData / name}) {
         std::error_code error;
         if (fs::exists(folder / part, error))
@@ -53,6 +45,13 @@ std::string libraryList(const fs::path &folder)
 }
 
 } // namespace
+
+std::string programFolder()
+{
+    std::error_code error;
+    const fs::path program = fs::read_symlink("/proc/self/exe", error);
+    return error ? std::string() : program.parent_path().parent_path().string();
+}
 
 void completeEnvironment()
 {

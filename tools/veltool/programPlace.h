@@ -5,7 +5,12 @@
 // share/veleditor/perl and share/veleditor/libraries.
 #pragma once
 
+#include <string>
+
 namespace veltool {
+
+/// The folder above bin/; empty when the system does not tell.
+[[nodiscard]] std::string programFolder();
 
 /// Sets ZOT5_VEL_PARSER, ZOT5_VEL_LIBSDIR and ZOT5_VEL_LIBS to what ships with
 /// the program, each only where the environment does not name it.

@@ -1,0 +1,96 @@
+// The measurements run on a small file and print what they promise.
+#include "tools/veltool/tests/toolRun.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace velBench {
+namespace {
+
+using veltool::test::runShell;
+using veltool::test::TemporaryFolder;
+using veltool::test::ToolRun;
+
+ToolRun runBench(const std::string &words)
+{
+    return runShell("\"$VEL_BUILD_DIR/bin/velbench\" " + words);
+}
+
+nlohmann::json measure(const std::string &words)
+{
+    const ToolRun run = runBench(words);
+    EXPECT_EQ(run.status, 0) << run.err;
+    const auto result = nlohmann::json::parse(run.out, nullptr, false);
+    EXPECT_TRUE(result.is_object()) << run.out;
+    EXPECT_EQ(result.size(), 5U);
+    EXPECT_GT(result.value("seconds", 0.0), 0.0);
+    EXPECT_TRUE(result["rss"].is_number_integer());
+    return result;
+}
+
+class VelbenchTest : public ::testing::Test
+{
+protected:
+    TemporaryFolder folder_;
+    const std::string file_ = folder_.write("a.vel", "A: a\n  x = 1\n  y = twenty\nEND\nz = 3\n");
+};
+
+TEST_F(VelbenchTest, ParsesAndFormats)
+{
+    const auto parse = measure("vel.parse " + file_);
+    EXPECT_EQ(parse["name"], "vel.parse");
+    EXPECT_EQ(parse["bytes"], 36);
+    EXPECT_EQ(parse["params"], 3);
+    const auto format = measure("vel.format " + file_);
+    EXPECT_EQ(format["name"], "vel.format");
+    EXPECT_EQ(format["bytes"], 36) << "in another order";
+    EXPECT_EQ(format["params"], 3);
+}
+
+TEST_F(VelbenchTest, LooksUp)
+{
+    const std::string paths = folder_.write("paths", "/A:a/x\n/A:a/y\n/z\n/z\n");
+    const auto result = measure("vel.lookup " + file_ + ' ' + paths);
+    EXPECT_EQ(result["params"], 1000000);
+    EXPECT_EQ(result["bytes"], 250000 * (1 + 6 + 1 + 1));
+    const std::string wrong = folder_.write("wrong", "/A:a/x\n/no\n");
+    EXPECT_EQ(runBench("vel.lookup " + file_ + ' ' + wrong).err,
+              "velbench: vel.lookup: /no: no such value\n");
+}
+
+TEST_F(VelbenchTest, CallsPerl)
+{
+    EXPECT_EQ(measure("perl.call")["params"], 200000);
+    EXPECT_EQ(measure("perl.method")["params"], 200000);
+}
+
+TEST_F(VelbenchTest, OpensTheEditor)
+{
+    const std::string example =
+        std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/minimal.vel";
+    const auto result = measure("editor.open " + example);
+    EXPECT_EQ(result["name"], "editor.open");
+    EXPECT_GT(result["rss"], 1000000);
+    const ToolRun missing = runBench("editor.open " + folder_.path("missing"));
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_EQ(missing.out, "");
+}
+
+TEST_F(VelbenchTest, SaysWhatItCannotMeasure)
+{
+    for (const char *words : {"", "no.call", "vel.parse", "vel.parse a b", "vel.parse /no/such",
+                              "vel.lookup /no/such /no/such", "perl.call x"}) {
+        const ToolRun run = runBench(words);
+        EXPECT_EQ(run.status, 2) << words;
+        EXPECT_EQ(run.out, "");
+        EXPECT_NE(run.err, "");
+    }
+    EXPECT_EQ(runBench("--help").status, 0);
+    EXPECT_EQ(runBench("vel.parse " + file_ + " > /dev/full").status, 2);
+}
+
+} // namespace
+} // namespace velBench
