@@ -84,28 +84,29 @@ sub load () {
     my $error  = $@;
     POSIX::setlocale(POSIX::LC_NUMERIC(), $locale);
     return '' if $loaded;
-    $error =~ s/\s+at \S+ line \d+\.?\s*\z//;
+    $error =~ s/(?: \(you may need| in \@INC| at \S+ line \d).*|\s+\z//s;
     return $failure = "The unit system cannot be loaded: $error";
 }
 
 sub _load () {
-    {
-        local $SIG{__WARN__} = sub ($text) { warn $text if $text !~ /used only once/ };
-        require FFI::Platypus;
-        require FFI::CheckLib;
-    }
+    local $SIG{__WARN__} = sub ($text) {
+        warn $text if $text !~ /used only once|error loading/;
+    };
+    require FFI::Platypus;
     my $ffi = FFI::Platypus->new(api => 1);
-    $ffi->lib(_library());
+    $ffi->lib('libudunits2.so.0');
+    $ffi->lib(_search()) if !$ffi->find_symbol('ut_parse');
     $ffi->attach($_->[0] => $_->[1] => $_->[2]) for @FUNCTIONS;
     ut_set_error_message_handler($ffi->find_symbol('ut_ignore'));
     $system = ut_read_xml(undef) or die "its table of units cannot be read\n";
     return 1;
 }
 
-# The name without version comes with the development package only.
-sub _library () {
-    my ($file) = FFI::CheckLib::find_lib(lib => 'udunits2');
-    return $file // 'libudunits2.so.0';
+# Where the library goes by another name; searching takes longer than all the
+# rest of loading.
+sub _search () {
+    require FFI::CheckLib;
+    return FFI::CheckLib::find_lib(lib => 'udunits2') || die "the library udunits2 is not installed\n";
 }
 
 =item C<exists_unit($text)>

@@ -56,4 +56,26 @@ subtest 'nothing is said while it loads' => sub {
     is $said, '', 'on either stream';
 };
 
+subtest 'where the unit system cannot be had' => sub {
+    my $script = <<'PERL';
+        unshift @INC, sub { die "not here\n" if $_[1] eq 'FFI/Platypus.pm'; return };
+        require API;
+        my $api = API->new;
+        $api->parseVELData([ 'RULES:', 'OBJECT: A', 'Required Parameters = S', 'PARAMETER: S', 'Type = Real',
+            'Units = m', 'Lower Bound = 0 [cm]', 'Default = 1 [mm]', 'END', 'END', 'END' ], 1);
+        $api->parseVELData([ 'A: a', 'S = 1 [kg]', 'END', 'A: b', 'END' ], 0);
+        my $validator = VEL::Validate->new($api->{database});
+        print join "\n", $api->{model}->rules->faults, $validator->setUnitsChecking(1),
+            $validator->setBoundsChecking(1), map { $validator->validateObject("/A:$_") // 'right' } qw(a b);
+PERL
+    open my $child, '-|', $^X, '-w', '-e', $script or die $!;
+    my $said = do { local $/ = undef; readline $child };
+    is $said, <<'TEXT' =~ s/\n\z//r, 'the checks say so and stay off, the others work';
+The unit system cannot be loaded: not here
+The unit system cannot be loaded: not here
+right
+/A:b: required parameter "S" is missing [missing-parameter]
+TEXT
+};
+
 done_testing;

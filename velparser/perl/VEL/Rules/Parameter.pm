@@ -85,6 +85,7 @@ bounds and default that do not go with the rest.
 =cut
 
 sub faults ($self) {
+    return if VEL::Units::load();
     my @faults;
     for my $bound (qw(lower upper)) {
         my $text = $self->{$bound} // next;
@@ -97,7 +98,7 @@ sub faults ($self) {
 
 # Names of objects and expressions are the data's, which is not there yet.
 sub _default_problems ($self) {
-    return if !defined $self->{default} || $self->{objects} || VEL::Units::load();
+    return if !defined $self->{default} || $self->{objects};
     return $self->problems($self->{default}, { units => 1, bounds => 1, expressions => sub { {} } });
 }
 
