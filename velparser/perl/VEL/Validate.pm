@@ -73,9 +73,7 @@ their own.
 sub validateObject ($self, $path) {
     $self->_notice_new_rules;
     $path = $self->{model}->full_path($path);
-    return "$path: there is no such object [no-such-object]" if !$self->{database}->havePath($path);
-    return "$path: this is a parameter, not an object [wrong-type]"
-        if $path ne '/' && !$self->{database}->isObject($path);
+    return $self->_no_object($path) if $path ne '/' && !$self->{database}->isObject($path);
     $self->{used} = [];
     my @findings = $self->_object_findings($path);
     if (@findings) {
@@ -157,6 +155,12 @@ sub _object_findings ($self, $path) {
     push @findings, $self->_version_findings($path) if $path eq '/LANGUAGE';
     $self->_recheck_children($path, $variant) if @{ $type->{cases} };
     return @findings;
+}
+
+sub _no_object ($self, $path) {
+    return _finding($path, 'this is a parameter, not an object', 'wrong-type')
+        if $self->{database}->havePath($path);
+    return _finding($path, 'there is no such object', 'no-such-object');
 }
 
 sub _root_findings ($self) {

@@ -53,8 +53,8 @@ subtest 'sizes' => sub {
 subtest 'old-version.vel' => sub {
     my $api = loaded(read_example('old-version.vel'));
     is $api->updateSolverVEL . "\n", <<'TEXT', 'the changes are listed, the version last';
+/FLOW/FLUID:Pipe/Kind: added with the value "Fluid"
 /FLOW/FLUID:Pipe: renamed to DOMAIN:Pipe
-/FLOW/DOMAIN:Pipe/Kind: added with the value "Fluid"
 /FLOW/DOMAIN:Pipe/Material: renamed to "Substance"
 /FLOW/DOMAIN:Pipe/PATCH:In: renamed to BOUNDARY:In
 /FLOW/DOMAIN:Pipe/PATCH:Bleed: renamed to BOUNDARY:Bleed
@@ -72,12 +72,15 @@ subtest 'old-version.vel' => sub {
 /FLOW/DOMAIN:Pipe/BOUNDARY:Orifice Plate/Kind: changed from "Solid" to "Wall"
 /FLOW/DOMAIN:Pipe/BOUNDARY:Pipe Wall/Kind: changed from "Solid" to "Wall"
 /FLOW/PICTURE:Streamlines: removed with everything in it
+/FLOW/DOMAIN:Pipe/BOUNDARY:In/Flow By: changed from "Mass" to "Mass Flow Rate"
+/FLOW/DOMAIN:Pipe/BOUNDARY:Bleed/Flow By: changed from "Speed" to "Normal Speed"
+/FLOW/DOMAIN:Pipe/BOUNDARY:Out/Flow By: changed from "Pressure" to "Static Pressure"
+/FLOW/DOMAIN:Pipe/BOUNDARY:In/Flow By: moved to /FLOW/DOMAIN:Pipe/BOUNDARY:In/THROUGHFLOW/Given
+/FLOW/DOMAIN:Pipe/BOUNDARY:Bleed/Flow By: moved to /FLOW/DOMAIN:Pipe/BOUNDARY:Bleed/THROUGHFLOW/Given
+/FLOW/DOMAIN:Pipe/BOUNDARY:Out/Flow By: moved to /FLOW/DOMAIN:Pipe/BOUNDARY:Out/THROUGHFLOW/Given
 /FLOW/DOMAIN:Pipe/BOUNDARY:In/Mass Flow Rate: moved to /FLOW/DOMAIN:Pipe/BOUNDARY:In/THROUGHFLOW/Mass Flow Rate
-/FLOW/DOMAIN:Pipe/BOUNDARY:In/THROUGHFLOW/Given: added with the value "Mass Flow Rate"
 /FLOW/DOMAIN:Pipe/BOUNDARY:Bleed/Normal Speed: moved to /FLOW/DOMAIN:Pipe/BOUNDARY:Bleed/THROUGHFLOW/Normal Speed
-/FLOW/DOMAIN:Pipe/BOUNDARY:Bleed/THROUGHFLOW/Given: added with the value "Normal Speed"
 /FLOW/DOMAIN:Pipe/BOUNDARY:Out/Relative Pressure: moved to /FLOW/DOMAIN:Pipe/BOUNDARY:Out/THROUGHFLOW/Relative Pressure
-/FLOW/DOMAIN:Pipe/BOUNDARY:Out/THROUGHFLOW/Given: added with the value "Static Pressure"
 /FLOW/DOMAIN:Pipe/TURBULENCE/Closure: renamed to "Model"
 /FLOW/DOMAIN:Pipe/TURBULENCE/Model: changed from "Energy and Dissipation" to "Two Equations"
 /FLOW/SENSOR:Behind Bore: renamed to PROBE:Behind Bore
