@@ -42,14 +42,6 @@ bool isPlainTextFile(const std::string &file)
     return kindOf(start) == FileKind::Text;
 }
 
-velHandlePtr startHandle(Libraries libraries)
-{
-    velHandlePtr handle = newHandle();
-    if (libraries == Libraries::Read)
-        require(readLibraries(handle.get()));
-    return handle;
-}
-
 } // namespace
 
 FileKind kindOf(std::string_view firstBytes)
@@ -58,11 +50,13 @@ FileKind kindOf(std::string_view firstBytes)
                                                                          : FileKind::Text;
 }
 
-velHandlePtr newHandle()
+velHandlePtr newHandle(Libraries libraries)
 {
     velHandlePtr handle(velCreateHandle());
     if (!handle)
         throw std::bad_alloc();
+    if (libraries == Libraries::Read)
+        require(readLibraries(handle.get()));
     return handle;
 }
 
@@ -71,11 +65,11 @@ velHandlePtr loadFile(const std::string &file, Libraries libraries)
     // The database reads a plain file by itself, without a copy of ours. The
     // slower way serves pipes, and finds the line at fault.
     if (isPlainTextFile(file)) {
-        velHandlePtr handle = startHandle(libraries);
+        velHandlePtr handle = newHandle(libraries);
         if (!loadVELFile(handle.get(), file.c_str(), "vel"))
             return handle;
     }
-    velHandlePtr handle = startHandle(libraries);
+    velHandlePtr handle = newHandle(libraries);
     parseText(handle.get(), readText(file), file);
     return handle;
 }

@@ -13,11 +13,12 @@ enum class FileKind { Text, Container };
 
 [[nodiscard]] FileKind kindOf(std::string_view firstBytes);
 
-/// A new handle. Throws bad_alloc.
-[[nodiscard]] velHandlePtr newHandle();
-
 /// Whether the rule libraries are read before a file.
 enum class Libraries { Skip, Read };
+
+/// A new handle. Throws bad_alloc, and a Failure when the libraries cannot be
+/// read.
+[[nodiscard]] velHandlePtr newHandle(Libraries libraries = Libraries::Skip);
 
 /// Reads a file, or standard input for "-", into a new handle: a VEL text as
 /// it stands, a def or res file by its command data. Throws a Failure that

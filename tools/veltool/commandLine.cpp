@@ -28,6 +28,24 @@ private:
     std::string usage_;
 };
 
+constexpr std::size_t helpWidth = 79;
+
+/// The text broken into lines behind its blanks.
+std::string wrapWords(const std::string &text)
+{
+    std::string wrapped;
+    std::size_t column = 0;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find(' ', begin), text.size());
+        const std::size_t length = end - begin;
+        const bool fits = column == 0 || column + 1 + length <= helpWidth;
+        wrapped.append(column == 0 ? "" : fits ? " " : "\n").append(text, begin, length);
+        column = fits && column ? column + 1 + length : length;
+        begin = end + 1;
+    }
+    return wrapped;
+}
+
 bool isAsciiLetter(char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
@@ -159,7 +177,7 @@ void checkCount(const Command &command, std::size_t count)
 
 int runCommand(const Command &command, const Words &words)
 {
-    CLI::App app(std::string(command.purpose) + ".\n\n" + command.details);
+    CLI::App app(std::string(command.purpose) + ".\n\n" + wrapWords(command.details));
     app.set_help_flag("-h,--help", "Show this text");
     app.set_version_flag("--version", "veltool " VEL_VERSION, "Show the version");
     app.formatter(std::make_shared<CommandFormatter>(std::string("veltool ") + command.name +

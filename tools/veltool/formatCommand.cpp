@@ -1,4 +1,5 @@
-// veltool format: the text that the editor would save.
+// veltool format: the text that the editor would save. The rule libraries are
+// read for the order of the objects, natively.
 #include "tools/veltool/command.h"
 #include "tools/veltool/commandData.h"
 #include "tools/veltool/fileLoop.h"
@@ -62,7 +63,7 @@ private:
             return formatInPlace(file);
         if (check_)
             return checkFormat(file);
-        const std::string text = formatted(loadFile(file).get());
+        const std::string text = formatted(loadFile(file, Libraries::Read).get());
         if (output_.empty() || output_ == standardInput)
             out() << text;
         else if (isSameFile(file, output_))
@@ -104,7 +105,7 @@ private:
 
     std::string formattedText(const SourceText &text, const std::string &file) const
     {
-        const velHandlePtr handle = newHandle();
+        const velHandlePtr handle = newHandle(Libraries::Read);
         parseText(handle.get(), text, file);
         return formatted(handle.get());
     }

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace veltool {
 namespace {
 
@@ -87,6 +89,9 @@ TEST(CommandLine, HelpsEverywhere)
             const std::string usage =
                 std::string("Usage: veltool ") + command->name + " [OPTIONS] ";
             EXPECT_NE(help.out.find(usage + command->words), std::string::npos) << help.out;
+            std::istringstream lines(help.out);
+            for (std::string line; std::getline(lines, line);)
+                EXPECT_LE(line.size(), 95U) << line;
         }
     }
 }

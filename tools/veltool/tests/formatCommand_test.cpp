@@ -29,6 +29,20 @@ TEST(Format, PrintsTheFormattedText)
     EXPECT_EQ(folder.read("a.vel"), rough);
 }
 
+TEST(Format, OrdersObjectsByTheRules)
+{
+    const TemporaryFolder folder;
+    folder.write("own.vel", "RULES:\n"
+                            "  OBJECT: Z\n"
+                            "    Output Ordering Priority = 1\n"
+                            "  END\n"
+                            "END\n");
+    const std::string file = folder.write("a.vel", "A: a\nEND\nZ: z\nEND\n");
+    const std::string setting = "ZOT5_VEL_LIBS=own.vel ZOT5_VEL_LIBSDIR=" + folder.path();
+    EXPECT_EQ(runShell(setting + " $VELTOOL format " + file).out, "Z: z\nEND\nA: a\nEND\n");
+    EXPECT_EQ(runShell(setting + "x $VELTOOL format " + file).status, 2);
+}
+
 TEST(Format, WrapsToTheWidth)
 {
     const TemporaryFolder folder;
