@@ -102,7 +102,9 @@ bool dataset_scan::read_format()
                             " may be inconsistent");
         return stop(scan_end::crash);
     }
-    if (got < IO_FORMAT_BYTES) {
+    bool cut_tag =
+        got < bytes.size() && IO_TAG_CRASH.substr(0, got) == std::string_view(bytes.data(), got);
+    if (got < IO_FORMAT_BYTES || cut_tag) {
         damaged();
         return stop(scan_end::cut);
     }

@@ -168,6 +168,12 @@ bool io_stream::flush()
     return good;
 }
 
+void io_stream::discard()
+{
+    dirty_ = false;
+    forget();
+}
+
 std::int64_t io_stream::size()
 {
     return flush() ? file_->size() : -1;

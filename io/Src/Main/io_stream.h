@@ -40,6 +40,9 @@ public:
     [[nodiscard]] bool write(const void *from, std::size_t bytes);
     [[nodiscard]] bool flush();
 
+    /// Forgets what is gathered and not yet written.
+    void discard();
+
     /// Whether the last read failed rather than met the end.
     bool failed() const { return failed_; }
 

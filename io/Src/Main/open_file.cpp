@@ -195,18 +195,6 @@ int write_index_and_size(open_file &file)
     return write_size(file);
 }
 
-void write_crash_tag(open_file &file)
-{
-    if (!file.io.stream.seek(file.index_position)) {
-        file.report->trace("closefile index fail: can't go to index location");
-        return;
-    }
-    bool written =
-        write_tag(file.io, IO_FORMATTED, IO_TAG_CRASH) == IO_OK && file.io.stream.flush();
-    file.report->trace(written ? "closefile index fail: wrote crash tag OK"
-                               : "closefile index fail: can't write file end tag");
-}
-
 } // namespace
 
 std::int64_t first_dataset_position(const open_file &file)
@@ -278,7 +266,9 @@ int iif_flush(open_file &file)
         return IO_OK;
     }
     if (int code = write_index_and_size(file)) {
-        write_crash_tag(file);
+        bool tagged = put_crash_tag(file, file.index_position, IO_FORMATTED);
+        file.report->trace(tagged ? "closefile index fail: wrote crash tag OK"
+                                  : "closefile index fail: can't write file end tag");
         return code;
     }
     file.changed = false;
@@ -350,14 +340,18 @@ int begin_change(open_file &file)
     if (!file.stored_index) {
         return IO_OK;
     }
-    auto tag = static_cast<std::int64_t>(IO_TAG_CRASH.size());
-    bool done = file.io.stream.seek(file.index_position) &&
-                file.io.stream.write(IO_TAG_CRASH.data(), IO_TAG_CRASH.size()) &&
-                file.io.stream.truncate(file.index_position + tag);
-    if (!done) {
+    if (!put_crash_tag(file, file.index_position, {'u', ' '})) {
         return file.report->zotsystemErr(io_write_code(),
                                          "begin_change: can't write file end tag\n");
     }
     file.stored_index = false;
     return IO_OK;
+}
+
+bool put_crash_tag(open_file &file, std::int64_t position, format_code format)
+{
+    io_stream &stream = file.io.stream;
+    stream.discard();
+    return stream.truncate(position) && stream.seek(position) &&
+           write_tag(file.io, format, IO_TAG_CRASH) == IO_OK && stream.flush();
 }

@@ -171,13 +171,17 @@ int read_formatted(zot_io &io, const data_shape &shape, IO_data &data)
         if (end == io_stream::at_end_of_file) {
             return zotshortRead(io, "read_data", text.size(), text.size() + 1);
         }
+        if (end == io_stream::at_limit) {
+            return io.report->error(IO_NO_ROOM, "zotreadString: read too many characters: %s\n",
+                                    text.c_str());
+        }
         std::string_view line = text;
         for (const type_entry &entry : shape.type.entries) {
             if (int code = store_entry(io, entry, line, data, cursor.take(entry), slot)) {
                 return code;
             }
         }
-        if (end != io_stream::at_lf || !zottrimEnd(line).empty()) {
+        if (!zottrimEnd(line).empty()) {
             return bad_item(io, line);
         }
     }

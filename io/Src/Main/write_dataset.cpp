@@ -158,16 +158,11 @@ int abort_dataset(open_file &file, const pending_dataset &pending, int code)
 {
     const io_reporter &report = *file.report;
     report.trace("write_dataset aborting");
-    zot_io &io = file.io;
-    if (!io.stream.seek(pending.position)) {
-        return report.error(code, "write_dataset abort: fseek failed");
-    }
-    bool written = write_tag(io, pending.format, IO_TAG_CRASH) == IO_OK && io.stream.flush();
     // What the partial dataset takes may be all the room there was for the index.
-    if (!written || !io.stream.truncate(io.stream.tell())) {
+    if (!put_crash_tag(file, pending.position, pending.format)) {
         report.error(code, "write_dataset abort: can't write file end tag\n");
     }
-    if (!io.stream.seek(pending.position)) {
+    if (!file.io.stream.seek(pending.position)) {
         report.error(code, "write_dataset abort: second fseek failed");
     }
     return code;

@@ -1,0 +1,112 @@
+#include "io/Src/Main/convert_data.h"
+
+#include "io/tests/io_client.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+class ConvertData : public ::testing::Test
+{
+protected:
+    ConvertData() : client_(env_)
+    {
+        EXPECT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+        take_messages();
+    }
+
+    io_memory_env env_;
+    io_client client_;
+};
+
+TEST_F(ConvertData, NumbersIntoEachOther)
+{
+    ASSERT_EQ(client_.write_doubles("D", "B", 1, {1.9, -1.9, 0, 2147483647.5}), IO_OK);
+    EXPECT_EQ(client_.read("D", "B", 1, "INTR"), "1 -1 0 2147483647");
+    EXPECT_EQ(client_.read("D", "B", 1, "REAL"), "1.89999998 -1.89999998 0 2.14748365e+09");
+    ASSERT_EQ(client_.write_integers("I", "B", 1, {5, 0, -3}), IO_OK);
+    EXPECT_EQ(client_.read("I", "B", 1, "DBLE"), "5 0 -3");
+    EXPECT_EQ(client_.read("I", "B", 1, "LOGL"), "1 0 1");
+}
+
+TEST_F(ConvertData, NumbersThatFitNoInteger)
+{
+    for (double value : {2147483648.0, -2147483649.0, 1e300}) {
+        ASSERT_EQ(client_.write_doubles("D", "B", 1, {1, value}), IO_OK);
+        EXPECT_EQ(client_.read("D", "B", 1, "INTR"), "code 27");
+        ASSERT_EQ(client_.remove("D", "B", 1), IO_OK);
+    }
+    ASSERT_EQ(client_.write_doubles("D", "B", 1, {std::numeric_limits<double>::quiet_NaN()}),
+              IO_OK);
+    EXPECT_EQ(client_.read("D", "B", 1, "INTR"), "code 27");
+}
+
+TEST_F(ConvertData, StringsAreCutOrPadded)
+{
+    ASSERT_EQ(client_.write_strings("S", "B", 1, {"abcdef", "x"}), IO_OK);
+    EXPECT_EQ(client_.read("S", "B", 1, "STRI:3"), "\"abc\" \"x\"");
+    EXPECT_EQ(client_.read("S", "B", 1, "STRI:200"), "\"abcdef\" \"x\"");
+}
+
+std::string refusal(const char *from, const char *to)
+{
+    io_memory_env env;
+    io_reporter report(env);
+    report.set_routine(collect_message);
+    data_type a;
+    data_type b;
+    take_messages();
+    EXPECT_EQ(parseStructure(report, from, a), IO_OK);
+    EXPECT_EQ(parseStructure(report, to, b), IO_OK);
+    int code = check_conversion(report, from, a, to, b);
+    return code == IO_OK ? "" : std::to_string(code) + " " + take_messages();
+}
+
+TEST_F(ConvertData, WhatCannotBeConverted)
+{
+    EXPECT_EQ(refusal("INTR", "STRC{INTR:1 INTR:1}"),
+              "27 convert_data: cannot convert from INTR to STRC{INTR:1 INTR:1}: different total"
+              " number of items\n");
+    EXPECT_EQ(refusal("STRC{INTR:1 REAL:2}", "STRC{INTR:1 REAL:3}"),
+              "27 convert_data: cannot convert from STRC{INTR:1 REAL:2} to STRC{INTR:1 REAL:3}:"
+              " counts differ for item 2\n");
+    EXPECT_EQ(refusal("STRI", "INTR"),
+              "27 convert_data: cannot convert from STRI to INTR: incompatible types for item 1\n");
+    EXPECT_NE(refusal("LOGL", "REAL"), "");
+    EXPECT_NE(refusal("CHAR", "STRI"), "");
+    EXPECT_EQ(refusal("LOGL", "INTR"), "");
+    EXPECT_EQ(refusal("STRC{REAL:2 DBLE:1}", "STRC{INTR:2 REAL:1}"), "");
+}
+
+TEST_F(ConvertData, RecordsItemByItem)
+{
+    io_reporter report(env_);
+    report.set_routine(collect_message);
+    data_type from;
+    data_type to;
+    ASSERT_EQ(parseStructure(report, "STRC{INTR:1 DBLE:2}", from), IO_OK);
+    ASSERT_EQ(parseStructure(report, "STRC{REAL:1 INTR:2}", to), IO_OK);
+    std::int32_t integers[] = {1, 2};
+    double doubles[] = {10, 11, 20, 21};
+    IO_data in;
+    in.integers = integers;
+    in.integers_size = 2;
+    in.doubles = doubles;
+    in.doubles_size = 4;
+    float reals[2] = {};
+    std::int32_t converted[4] = {};
+    IO_data out;
+    out.reals = reals;
+    out.integers = converted;
+    ASSERT_EQ(convert_data(report, from, in, to, out, 2), IO_OK);
+    EXPECT_EQ(reals[1], 2);
+    EXPECT_EQ(converted[0], 10);
+    EXPECT_EQ(converted[3], 21);
+    in.doubles_size = 3;
+    EXPECT_EQ(convert_data(report, from, in, to, out, 2), IO_NO_ROOM);
+    EXPECT_EQ(take_messages(), "convert_data: not enough dble input data\n");
+}
+
+} // namespace

@@ -1,0 +1,67 @@
+// A client for tests: requests as one-line calls, results as text.
+#pragma once
+
+#include "io/Src/Main/io_session.h"
+#include "io/testing/io_memory_env.h"
+
+#include <string>
+#include <vector>
+
+/// Everything that the error routine of any io_client received.
+std::string take_messages();
+int collect_message(const char *text, std::int32_t length);
+
+class io_client
+{
+public:
+    explicit io_client(io_env &env) : session_(env) {}
+
+    io_session &session() { return session_; }
+
+    /// A request that needs the file name only, or nothing.
+    int request(std::uint32_t number, const char *filename = nullptr);
+    int request(std::uint32_t number, IO_header header, IO_data &data);
+
+    int write_integers(const char *what, const char *where, std::int32_t when,
+                       const std::vector<std::int32_t> &values, const char *format = nullptr,
+                       std::uint32_t number = IO_WRITE_PRIMARY_DS);
+    int write_doubles(const char *what, const char *where, std::int32_t when,
+                      const std::vector<double> &values, const char *format = nullptr);
+    int write_strings(const char *what, const char *where, std::int32_t when,
+                      const std::vector<std::string> &lines, const char *format = nullptr);
+    int remove(const char *what, const char *where, std::int32_t when);
+
+    /// "WHAT WHERE WHEN" a line, or "code N".
+    std::string locate(const char *what, const char *where, std::int32_t when,
+                       std::uint32_t number = IO_LOCATE_PRIMARY);
+
+    /// Position and length of the first match; 0 if there is none.
+    std::int64_t position(const char *what, const char *where, std::int32_t when);
+
+    /// The values of the first match, blank-separated and of strings in
+    /// quotes; by type STRI, CHAR, INTR, REAL, DBLE, LOGL. Or "code N".
+    std::string read(const char *what, const char *where, std::int32_t when, const char *as = "");
+
+    /// The same for a dataset at a position.
+    std::string read_at(std::int64_t position, const char *as = "");
+
+    io_header_storage header; ///< of the last request that used one
+
+private:
+    io_session session_;
+};
+
+/// Arrays large enough for what `sizes` asks for, after a read that gave 14.
+class io_arrays
+{
+public:
+    explicit io_arrays(IO_data &data, std::size_t string_slot);
+
+private:
+    std::vector<char> strings_;
+    std::vector<char> chars_;
+    std::vector<std::int32_t> integers_;
+    std::vector<float> reals_;
+    std::vector<double> doubles_;
+    std::vector<std::uint8_t> logicals_;
+};

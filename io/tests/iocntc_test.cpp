@@ -1,0 +1,385 @@
+#include "io/Src/Main/iocntc.h"
+
+#include "io/tests/io_client.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace {
+
+class Iocntc : public ::testing::Test
+{
+protected:
+    Iocntc() : session_(env_), client_(env_)
+    {
+        EXPECT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+        EXPECT_EQ(client_.write_strings("G/COMMANDS", "EVERY", 0, {"FLOW:", "END"}), IO_OK);
+        EXPECT_EQ(client_.write_integers("I", "P", 1, {1, 2, 3, 4, 5, 6, 7}, "u"), IO_OK);
+        EXPECT_EQ(client_.write_doubles("D", "P", 1, std::vector<double>(250, 0.5)), IO_OK);
+        EXPECT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+        take_messages();
+    }
+
+    int ask(std::uint32_t number, IO_header *header, IO_data *data)
+    {
+        take_messages();
+        return session_.request(number, collect_message, header, data);
+    }
+
+    void open()
+    {
+        IO_data data;
+        data.filename = "f";
+        ASSERT_EQ(ask(IO_OPEN_PRIMARY, nullptr, &data), IO_OK);
+        ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    }
+
+    io_memory_env env_;
+    io_session session_;
+    io_client client_;
+};
+
+TEST_F(Iocntc, ANullRoutineIsNineteenAndSilence)
+{
+    EXPECT_EQ(iocntc(99, nullptr, nullptr, nullptr), IO_NO_ROUTINE);
+    EXPECT_EQ(session_.request(0, nullptr, nullptr, nullptr), IO_NO_ROUTINE);
+    EXPECT_EQ(env_.errors, "");
+}
+
+TEST_F(Iocntc, EntryChecksComeInTheirOrder)
+{
+    IO_data data;
+    io_header_storage storage;
+    IO_header header = storage.header();
+    EXPECT_EQ(ask(99, nullptr, nullptr), IO_NO_ROOM);
+    EXPECT_EQ(take_messages(), "iocntc: IO_data structure is null\n");
+    EXPECT_EQ(ask(99, nullptr, &data), IO_NO_ROOM);
+    EXPECT_EQ(take_messages(), "iocntc: IO_header structure is null\n");
+    EXPECT_EQ(ask(99, &header, &data), IO_UNKNOWN_REQUEST);
+    EXPECT_EQ(take_messages(), "iocnt: unknown request\n");
+    for (std::uint32_t number = 0; number < 60; number++) {
+        bool needs_none =
+            std::strchr("\1\2\3\4\15\16\17\21\47\55\56\60\63", static_cast<int>(number)) != nullptr;
+        ask(number, nullptr, &data);
+        EXPECT_EQ(take_messages().find("iocntc: IO_header structure is null\n") == 0, !needs_none)
+            << number;
+    }
+}
+
+TEST_F(Iocntc, EveryPartOfAHeaderIsNeeded)
+{
+    IO_data data;
+    io_header_storage storage;
+    auto refused = [&](auto change) {
+        IO_header header = storage.header();
+        change(header);
+        return ask(5, &header, &data) == IO_NO_ROOM &&
+               take_messages() == "iocntc: header input is wrong\n";
+    };
+    EXPECT_TRUE(refused([](IO_header &header) { header.what = nullptr; }));
+    EXPECT_TRUE(refused([](IO_header &header) { header.where = nullptr; }));
+    EXPECT_TRUE(refused([](IO_header &header) { header.when = nullptr; }));
+    EXPECT_TRUE(refused([](IO_header &header) { header.count = nullptr; }));
+    EXPECT_TRUE(refused([](IO_header &header) { header.type = nullptr; }));
+    EXPECT_TRUE(refused([](IO_header &header) { header.blockfactor = nullptr; }));
+    storage.attribute_count = 1;
+    EXPECT_TRUE(refused([](IO_header &header) { header.attributes = nullptr; }));
+}
+
+TEST_F(Iocntc, ArraysThatRequestsNeed)
+{
+    IO_data data;
+    io_header_storage storage;
+    IO_header header = storage.header();
+    for (std::uint32_t number : {7U, 8U, 10U, 11U, 12U, 16U, 18U, 43U, 44U}) {
+        EXPECT_EQ(ask(number, &header, &data), IO_NO_ROOM);
+        EXPECT_EQ(take_messages(), "iocntc: offset array input is wrong\n") << number;
+    }
+    std::int64_t offsets[2] = {};
+    std::int32_t whens[1] = {};
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.integers = whens;
+    data.integers_size = 1;
+    for (std::uint32_t number : {7U, 8U}) {
+        EXPECT_EQ(ask(number, &header, &data), IO_NO_ROOM);
+        EXPECT_EQ(take_messages(), "iocntc: stringarray or intrarray is wrong\n");
+    }
+}
+
+TEST_F(Iocntc, NoOpenFile)
+{
+    char strings[2 * IO_STRING_SLOT];
+    std::int64_t offsets[2] = {};
+    std::int32_t whens[1] = {};
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.integers = whens;
+    data.integers_size = 1;
+    data.strings = strings;
+    data.strings_size = 2;
+    io_header_storage storage;
+    std::strcpy(storage.what, "A");
+    std::strcpy(storage.where, "B");
+    IO_header header = storage.header();
+    for (std::uint32_t number :
+         {1U, 5U, 7U, 9U, 10U, 11U, 12U, 13U, 14U, 15U, 16U, 17U, 18U, 19U, 20U, 43U, 44U}) {
+        EXPECT_EQ(ask(number, &header, &data), IO_NO_OPEN_FILE) << number;
+        EXPECT_EQ(take_messages(), "iocnt: no primary file is opened\n") << number;
+    }
+    for (std::uint32_t number : {4U, 6U, 8U}) {
+        EXPECT_EQ(ask(number, &header, &data), IO_NO_OPEN_FILE) << number;
+        EXPECT_EQ(take_messages(), "iocnt: no secondary file is opened\n") << number;
+    }
+    for (std::uint32_t number : {45U, 46U, 48U, 51U}) {
+        EXPECT_EQ(ask(number, &header, &data), IO_NO_OPEN_FILE) << number;
+        EXPECT_EQ(take_messages(), "iocnt: no plain text file is opened\n") << number;
+    }
+}
+
+TEST_F(Iocntc, TheWayTheCommandDataIsRead)
+{
+    IO_data data;
+    const char *name = "f and more";
+    data.filename = name;
+    data.filename_length = 1;
+    ASSERT_EQ(ask(IO_OPEN_PRIMARY, nullptr, &data), IO_OK);
+    io_header_storage storage;
+    std::strcpy(storage.what, "G/COMMANDS");
+    std::strcpy(storage.where, "EVERY");
+    std::strcpy(storage.type, "STRI");
+    IO_header header = storage.header();
+    std::vector<char> names(40 * IO_STRING_SLOT);
+    std::int64_t offsets[40] = {};
+    std::int32_t whens[20] = {};
+    data.strings = names.data();
+    data.strings_size = 40;
+    data.integers = whens;
+    data.integers_size = 20;
+    data.offsets = offsets;
+    data.offsets_size = 40;
+    ASSERT_EQ(ask(IO_LOCATE_PRIMARY, &header, &data), IO_OK);
+    EXPECT_EQ(data.integers_size, 1);
+    data.strings = nullptr;
+    data.strings_size = 0;
+    ASSERT_EQ(ask(IO_READ_LOCATED_DS, &header, &data), IO_NO_ROOM);
+    EXPECT_EQ(take_messages(), "");
+    EXPECT_EQ(data.strings_size, 2);
+    EXPECT_EQ(storage.count, 2);
+    std::vector<char> lines(2 * IO_STRING_SLOT);
+    data.strings = lines.data();
+    ASSERT_EQ(ask(IO_READ_LOCATED_DS, &header, &data), IO_OK);
+    EXPECT_STREQ(lines.data(), "FLOW:");
+    EXPECT_STREQ(lines.data() + IO_STRING_SLOT, "END");
+    EXPECT_EQ(ask(IO_CLOSE_PRIMARY, nullptr, &data), IO_OK);
+}
+
+TEST_F(Iocntc, CodeSeventeenIsReportedAsItsText)
+{
+    open();
+    take_messages();
+    EXPECT_EQ(client_.locate("NOT", "THERE", -1), "code 17");
+    EXPECT_EQ(take_messages(), "Could not find requested dataset.  File could be invalid.\n");
+}
+
+TEST_F(Iocntc, HeaderThenData)
+{
+    open();
+    std::int64_t offsets[2] = {client_.position("I", "P", 1), 0};
+    io_header_storage storage;
+    IO_header header = storage.header();
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    EXPECT_EQ(ask(IO_READ_DATA, nullptr, &data), IO_BAD_FORMAT);
+    EXPECT_EQ(take_messages(), "iocnt: no dataset header has been read\n");
+    ASSERT_EQ(ask(IO_READ_HEADER, &header, &data), IO_OK);
+    EXPECT_STREQ(storage.what, "I");
+    EXPECT_STREQ(storage.type, "INTR");
+    EXPECT_STREQ(storage.format, "u ");
+    EXPECT_EQ(storage.count, 7);
+    EXPECT_EQ(storage.blockfactor, 1);
+    EXPECT_EQ(ask(IO_READ_DATA, nullptr, &data), IO_NO_ROOM);
+    EXPECT_EQ(data.integers_size, 7);
+    std::int32_t values[7] = {};
+    data.integers = values;
+    EXPECT_EQ(ask(IO_READ_DATA, nullptr, &data), IO_OK);
+    EXPECT_EQ(values[6], 7);
+    EXPECT_EQ(ask(IO_READ_DATA, nullptr, &data), IO_BAD_FORMAT);
+}
+
+TEST_F(Iocntc, BlocksOfADataset)
+{
+    open();
+    io_header_storage storage;
+    IO_header header = storage.header();
+    std::int64_t offsets[2] = {client_.position("I", "P", 1), 0};
+    std::int32_t values[3] = {};
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.integers = values;
+    std::string text;
+    for (std::int32_t block = 0; block < 4; block++) {
+        data.integers_size = 3;
+        storage.count = block;
+        storage.blockfactor = 3;
+        ASSERT_EQ(ask(IO_READ_BLOCK, &header, &data), IO_OK);
+        text += std::to_string(storage.count) + ":";
+        for (std::int32_t i = 0; i < storage.count; i++) {
+            text += " " + std::to_string(values[i]);
+        }
+        text += "\n";
+    }
+    EXPECT_EQ(text, "3: 1 2 3\n3: 4 5 6\n1: 7\n0:\n");
+    storage.count = 0;
+    data.integers_size = 2;
+    EXPECT_EQ(ask(IO_READ_BLOCK, &header, &data), IO_NO_ROOM);
+    EXPECT_EQ(data.integers_size, 3);
+    offsets[0] = client_.position("D", "P", 1);
+    storage.blockfactor = 1; // its own: 100000, so all of it
+    std::vector<double> doubles(250);
+    data.doubles = doubles.data();
+    data.doubles_size = 250;
+    ASSERT_EQ(ask(IO_READ_BLOCK, &header, &data), IO_OK);
+    EXPECT_EQ(storage.count, 250);
+    EXPECT_EQ(storage.blockfactor, 100000);
+    EXPECT_EQ(doubles[249], 0.5);
+}
+
+TEST_F(Iocntc, CompressedDataAsSuch)
+{
+    open();
+    io_header_storage storage;
+    IO_header header = storage.header();
+    std::int64_t offsets[2] = {client_.position("D", "P", 1), 0};
+    std::vector<double> values(250);
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.doubles = values.data();
+    data.doubles_size = 250;
+    EXPECT_EQ(ask(IO_READ_COMPRESSED, &header, &data), IO_OK);
+    EXPECT_EQ(values[100], 0.5);
+    offsets[0] = client_.position("I", "P", 1);
+    EXPECT_EQ(ask(IO_READ_COMPRESSED, &header, &data), IO_NOT_COMPRESSED);
+}
+
+TEST_F(Iocntc, WritingCompressedDataAsSuch)
+{
+    IO_data data;
+    data.filename = "g";
+    ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
+    io_header_storage storage;
+    std::strcpy(storage.what, "A");
+    std::strcpy(storage.where, "B");
+    std::strcpy(storage.type, "DBLE");
+    storage.count = 200;
+    IO_header header = storage.header();
+    std::vector<double> values(200, 1.5);
+    std::int64_t offsets[2] = {};
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.doubles = values.data();
+    data.doubles_size = 200;
+    ASSERT_EQ(ask(IO_WRITE_COMPRESSED, &header, &data), IO_OK);
+    EXPECT_EQ(offsets[0], 36);
+    EXPECT_EQ(env_["g"].substr(36, 3), "u5\n");
+    std::strcpy(storage.format, "u");
+    EXPECT_EQ(ask(IO_WRITE_COMPRESSED, &header, &data), IO_NOT_COMPRESSED);
+    EXPECT_EQ(ask(IO_READ_COMPRESSED, &header, &data), IO_OK);
+}
+
+TEST_F(Iocntc, ADatasetInThreeRequests)
+{
+    IO_data data;
+    data.filename = "g";
+    ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
+    io_header_storage storage;
+    std::strcpy(storage.what, "A");
+    std::strcpy(storage.where, "B");
+    std::strcpy(storage.type, "INTR");
+    storage.count = 3;
+    storage.when = 4;
+    IO_header header = storage.header();
+    std::int64_t offsets[2] = {};
+    std::int32_t values[3] = {7, 8, 9};
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    EXPECT_EQ(ask(IO_WRITE_DATA, nullptr, &data), IO_BAD_FORMAT);
+    ASSERT_EQ(ask(IO_WRITE_HEADER, &header, &data), IO_OK);
+    EXPECT_EQ(offsets[0], 36);
+    EXPECT_EQ(ask(IO_END_DATASET, nullptr, &data), IO_BAD_FORMAT);
+    EXPECT_EQ(ask(IO_WRITE_DATA, nullptr, &data), IO_NO_ROOM);
+    data.integers = values;
+    data.integers_size = 3;
+    ASSERT_EQ(ask(IO_WRITE_DATA, nullptr, &data), IO_OK);
+    ASSERT_EQ(ask(IO_END_DATASET, nullptr, &data), IO_OK);
+    // Begun and never ended: as if it had never been.
+    ASSERT_EQ(ask(IO_WRITE_HEADER, &header, &data), IO_OK);
+    ASSERT_EQ(ask(IO_WRITE_DATA, nullptr, &data), IO_OK);
+    ASSERT_EQ(ask(IO_CLOSE_PRIMARY, nullptr, &data), IO_OK);
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "g"), IO_OK);
+    EXPECT_EQ(take_messages(), "");
+    EXPECT_EQ(client_.locate("*", "*", -1), "A B 4\n");
+    EXPECT_EQ(client_.read("A", "B", 4), "7 8 9");
+}
+
+TEST_F(Iocntc, SecondaryFiles)
+{
+    open();
+    ASSERT_EQ(client_.request(IO_OPEN_SECONDARY, "g"), IO_OK);
+    EXPECT_EQ(client_.locate("*", "*", -1, IO_LOCATE_SECONDARY), "code 17");
+    ASSERT_EQ(client_.write_integers("A", "B", 1, {1}, nullptr, IO_WRITE_SECONDARY_DS), IO_OK);
+    EXPECT_EQ(client_.locate("*", "*", -1, IO_LOCATE_SECONDARY), "A B 1\n");
+    EXPECT_EQ(client_.request(IO_CLOSE_SECONDARY), IO_OK);
+}
+
+TEST_F(Iocntc, TheDefaultRoutineAndTheDebugger)
+{
+    io_reporter report(env_);
+    EXPECT_EQ(report.error(IO_BAD_FILE, "what %d", 5), IO_BAD_FILE);
+    EXPECT_EQ(env_.errors, "IO: what 5\n");
+    EXPECT_EQ(env_.debugger_breaks, 0);
+    env_.variables["ZOT_IO_DEBUG_ERRORS"] = "";
+    errno = ENOENT;
+    report.zotsystemErr(1, "open");
+    EXPECT_EQ(env_.errors, "IO: what 5\nIO: open: No such file or directory\n");
+    EXPECT_EQ(env_.debugger_breaks, 1);
+    errno = 0;
+    report.zotsystemErr(1, "open");
+    EXPECT_NE(env_.errors.find("IO: open: unknown error\n"), std::string::npos);
+}
+
+TEST_F(Iocntc, EveryTraceLineHasItsPrefix)
+{
+    env_.variables["ZOT_IO_TRACE"] = "1";
+    io_client client(env_);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    client.locate("A*", "B", -1);
+    client.write_integers("A", "B", 1, std::vector<std::int32_t>(100000, 1));
+    client.write_doubles("A", "B", 1, {1}, "F");
+    client.request(IO_CLOSE_PRIMARY);
+    std::size_t lines = 0;
+    for (std::size_t start = 0; start < env_.trace.size(); lines++) {
+        EXPECT_EQ(env_.trace.compare(start, 7, "TRACE> "), 0);
+        start = env_.trace.find('\n', start) + 1;
+    }
+    EXPECT_EQ(lines, 9U);
+}
+
+TEST(IoCodes, TextsStandAtTheirCodes)
+{
+    EXPECT_STREQ(io_code_text(0), "Successful.");
+    EXPECT_STREQ(io_code_text(17), "Could not find requested dataset.  File could be invalid.");
+    EXPECT_STREQ(io_code_text(21),
+                 "File is locked.  Remove the lock (lck) file if this shouldn't be the case.");
+    EXPECT_STREQ(io_code_text(22), "Unknown IO request made");
+    EXPECT_STREQ(io_code_text(31), "Byte swapping is not enabled.");
+    EXPECT_STREQ(io_code_text(32), io_code_text(26));
+    EXPECT_STREQ(io_code_text(-1), io_code_text(26));
+}
+
+} // namespace

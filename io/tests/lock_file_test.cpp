@@ -1,0 +1,220 @@
+#include "io/Src/Main/lock_file.h"
+
+#include "io/tests/io_client.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+class LockFile : public ::testing::Test
+{
+protected:
+    LockFile()
+    {
+        io_client maker(env_);
+        EXPECT_EQ(maker.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+        EXPECT_EQ(maker.write_integers("A", "B", 1, {1, 2, 3}), IO_OK);
+        EXPECT_EQ(maker.request(IO_CLOSE_PRIMARY), IO_OK);
+        take_messages();
+    }
+
+    std::string lock() { return env_.exists("f.lck") ? env_["f.lck"] : "none"; }
+
+    io_memory_env env_;
+};
+
+TEST_F(LockFile, AWriterAndItsEnd)
+{
+    io_client writer(env_);
+    EXPECT_EQ(lock(), "none");
+    ASSERT_EQ(writer.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    EXPECT_EQ(lock(), "        -1\n");
+    io_client reader(env_);
+    EXPECT_EQ(reader.request(IO_OPEN_PRIMARY, "f"), IO_LOCKED);
+    EXPECT_EQ(
+        take_messages(),
+        "iif_set_lock: file f is currently locked for writing, and cannot be locked for read"
+        " access.  Either another program is using this file, or the lock file f.lck is bad.\n"
+        "iocnt: open the primary file failed\n");
+    EXPECT_EQ(reader.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_LOCKED);
+    EXPECT_EQ(take_messages(),
+              "iif_set_lock: file f is already locked for write access.  Either another program is"
+              " using this file, or the lock file f.lck is bad.\n"
+              "iocnt: open the primary file failed\n");
+    EXPECT_EQ(lock(), "        -1\n");
+    ASSERT_EQ(writer.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(lock(), "none");
+}
+
+TEST_F(LockFile, ReadersAreCountedAndKeepWritersOut)
+{
+    io_client first(env_);
+    io_client second(env_);
+    io_client writer(env_);
+    ASSERT_EQ(first.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(lock(), "         1\n");
+    ASSERT_EQ(second.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(lock(), "         2\n");
+    EXPECT_EQ(writer.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_LOCKED);
+    EXPECT_EQ(
+        take_messages(),
+        "iif_set_lock: file f is currently locked for reading at level 2, and cannot be locked"
+        " for write access.  Either another program is using this file, or the lock file f.lck"
+        " is bad.\niocnt: open the primary file failed\n");
+    EXPECT_EQ(lock(), "         2\n");
+    ASSERT_EQ(first.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(lock(), "         1\n");
+    ASSERT_EQ(second.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(lock(), "none");
+    EXPECT_EQ(writer.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+}
+
+TEST_F(LockFile, TheOnlyReaderMayBecomeTheWriter)
+{
+    io_reporter report(env_);
+    report.set_routine(collect_message);
+    open_file file(env_, report);
+    ASSERT_EQ(iif_open(file, "f", "r"), IO_OK);
+    EXPECT_EQ(iif_set_lock(file, IO_LOCK_READ), IO_OK);
+    EXPECT_EQ(lock(), "         1\n");
+    EXPECT_EQ(iif_set_lock(file, IO_LOCK_WRITE), IO_OK);
+    EXPECT_EQ(lock(), "        -1\n");
+    EXPECT_EQ(file.lock_level, -1);
+    EXPECT_EQ(iif_close(file), IO_OK);
+    EXPECT_EQ(lock(), "none");
+}
+
+TEST_F(LockFile, AReaderAmongSeveralMayNot)
+{
+    io_reporter report(env_);
+    report.set_routine(collect_message);
+    open_file file(env_, report);
+    ASSERT_EQ(iif_open(file, "f", "r"), IO_OK);
+    env_["f.lck"] = "         2\n";
+    EXPECT_EQ(iif_set_lock(file, IO_LOCK_WRITE), IO_LOCKED);
+    EXPECT_EQ(iif_close(file), IO_OK);
+    EXPECT_EQ(lock(), "         1\n");
+}
+
+TEST_F(LockFile, OddLockFiles)
+{
+    io_client client(env_);
+    env_["f.lck"] = "         0\n";
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_LOCKED);
+    EXPECT_NE(take_messages().find("locked for reading at level 0"), std::string::npos);
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(lock(), "         1\n");
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(lock(), "none");
+    env_["f.lck"] = "1\n"; // shorter than ours: rewritten whole
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(lock(), "         2\n");
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    for (const char *text : {"", "x\n", "         1 2\n", "99999999999\n"}) {
+        env_["f.lck"] = text;
+        take_messages();
+        EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_LOCKED) << text;
+        EXPECT_EQ(take_messages(), "iif_set_lock: error reading lock file f.lck\n"
+                                   "iocnt: open the primary file failed\n");
+        EXPECT_EQ(lock(), text);
+    }
+}
+
+TEST_F(LockFile, AReaderThatMayNotMakeTheLockFileGoesOn)
+{
+    env_.variables["ZOT_IO_TRACE"] = "1";
+    env_.no_new_files = true;
+    io_client client(env_);
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_NE(
+        env_.trace.find("TRACE> warning: unable to lock file f for reading, continuing anyway\n"),
+        std::string::npos);
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(lock(), "none");
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_LOCKED);
+    EXPECT_NE(take_messages().find("iif_set_lock: error opening lockfile f.lck for writing"),
+              std::string::npos);
+}
+
+TEST_F(LockFile, ALockFileThatVanishedIsNoError)
+{
+    env_.variables["ZOT_IO_TRACE"] = "1";
+    io_client client(env_);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    env_.remove("f.lck");
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_NE(env_.trace.find("iif_set_lock: not unlocking already-unlocked file\n"),
+              std::string::npos);
+}
+
+TEST_F(LockFile, AFailedOpenLeavesNoLevelBehind)
+{
+    io_client client(env_);
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "absent"), IO_CANNOT_SEEK);
+    EXPECT_FALSE(env_.exists("absent.lck"));
+    EXPECT_FALSE(env_.exists("absent"));
+    env_["f.lck"] = "         3\n";
+    env_["f"] = "not a container";
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_BAD_FILE);
+    EXPECT_EQ(lock(), "         3\n");
+}
+
+TEST_F(LockFile, WritingToAFileOpenedToReadWaitsAndReopens)
+{
+    io_client client(env_);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(client.write_integers("N", "B", 1, {7}), IO_OK);
+    EXPECT_EQ(env_.slept_ms, 2000);
+    EXPECT_EQ(lock(), "        -1\n");
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(lock(), "none");
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(client.read("N", "B", 1), "7");
+}
+
+TEST_F(LockFile, AFileThatStaysReadOnlyIsGivenUpAfterTenAttempts)
+{
+    env_.read_only.insert("f");
+    io_client client(env_);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(client.write_integers("N", "B", 1, {7}), IO_PERMISSION);
+    EXPECT_EQ(env_.slept_ms, 20000);
+    EXPECT_EQ(take_messages(),
+              "setfilebusyflag: Unable to open file f for write access after 10 attempts. Possible"
+              " cause: Concurrent access by another program.\n"
+              "iocnt: setfilebusyflag failed when req =IO_WRITE_PRIMARY_DS\n");
+}
+
+TEST_F(LockFile, AnotherReaderKeepsTheFileFromBecomingBusy)
+{
+    io_client client(env_);
+    io_client other(env_);
+    ASSERT_EQ(other.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(client.write_integers("N", "B", 1, {7}), IO_LOCKED);
+    EXPECT_EQ(take_messages(), "setfilebusyflag: more than one user is reading f or the wrong lock"
+                               " file f.lck exists\n"
+                               "iocnt: setfilebusyflag failed when req =IO_WRITE_PRIMARY_DS\n");
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(lock(), "         1\n");
+}
+
+TEST_F(LockFile, AWriterThatEndsMeanwhileLetsUsIn)
+{
+    io_client client(env_);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    // Between our close and our next attempt somebody writes, for two naps.
+    env_.while_sleeping = [](io_memory_env &env) {
+        if (env.slept_ms == 2000) {
+            env["f.lck"] = "        -1\n";
+        } else if (env.slept_ms == 6000) {
+            env.remove("f.lck");
+        }
+    };
+    EXPECT_EQ(client.write_integers("N", "B", 1, {7}), IO_OK);
+    EXPECT_EQ(env_.slept_ms, 6000);
+}
+
+} // namespace

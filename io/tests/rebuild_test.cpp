@@ -1,0 +1,240 @@
+#include "io/Src/Main/index_file.h"
+
+#include "io/tests/io_client.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class Rebuild : public ::testing::Test
+{
+protected:
+    Rebuild() : client_(env_)
+    {
+        EXPECT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+        EXPECT_EQ(client_.write_integers("A", "P", 1, {1, 2, 3}, "u"), IO_OK);
+        EXPECT_EQ(client_.write_integers("B", "P", 2, {4, 5}, "F"), IO_OK);
+        EXPECT_EQ(client_.write_integers("C", "P", 3, {6}, "l"), IO_OK);
+        crashed_ = env_["f"];
+        second_ = client_.position("B", "P", 2);
+        third_ = client_.position("C", "P", 3);
+        EXPECT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+        whole_ = env_["f"];
+        take_messages();
+    }
+
+    /// What is located after opening these bytes to read, or the code.
+    std::string names(const std::string &bytes)
+    {
+        env_["f"] = bytes;
+        take_messages();
+        if (int code = client_.request(IO_OPEN_PRIMARY, "f")) {
+            return "code " + std::to_string(code);
+        }
+        return client_.locate("*", "*", -1);
+    }
+
+    void put(std::string &bytes, std::int64_t at, const std::string &text)
+    {
+        bytes.replace(static_cast<std::size_t>(at), text.size(), text);
+    }
+
+    static constexpr const char *all = "C P 3\nB P 2\nA P 1\n";
+    static constexpr const char *unreadable =
+        "iif_open: unable to read the stored index, attempting to rebuild it\n";
+
+    io_memory_env env_;
+    io_client client_;
+    std::string crashed_;
+    std::string whole_;
+    std::int64_t second_ = 0;
+    std::int64_t third_ = 0;
+};
+
+TEST_F(Rebuild, AWholeFileNeedsNone)
+{
+    EXPECT_EQ(names(whole_), all);
+    EXPECT_EQ(take_messages(), "");
+}
+
+TEST_F(Rebuild, AFileThatWasNotClosed)
+{
+    ASSERT_EQ(crashed_.substr(crashed_.size() - 6), "*CRASH");
+    EXPECT_EQ(names(crashed_), all);
+    EXPECT_EQ(take_messages(),
+              "recreate_indextable: warning: file was not closed correctly, data may"
+              " be inconsistent\n");
+    EXPECT_EQ(names(crashed_.substr(0, crashed_.size() - 6)), all);
+    EXPECT_EQ(take_messages(), "");
+}
+
+TEST_F(Rebuild, AStoredIndexIsSteppedOver)
+{
+    std::string changed = whole_;
+    put(changed, 6, "                   0");
+    EXPECT_EQ(names(changed), all);
+    EXPECT_EQ(take_messages(), "");
+}
+
+TEST_F(Rebuild, ATruncatedIndexIsMentioned)
+{
+    EXPECT_EQ(names(whole_.substr(0, whole_.size() - 30)), all);
+    EXPECT_NE(
+        take_messages().find("recreate_indextable: warning: truncated (or bad) index data at end"
+                             " of file while rebuilding index, file is corrupt but probably"
+                             " recoverable, continuing.  ["),
+        std::string::npos);
+}
+
+TEST_F(Rebuild, AnIndexThatCannotBeTrusted)
+{
+    struct change
+    {
+        const char *from;
+        const char *to;
+    };
+    // The size stays right; each of these has to be noticed.
+    for (change one : {change{"*ENDINDEX", "*ENDINDEY"},
+                       change{"Y\x1b"
+                              "A",
+                              "Q\x1b"
+                              "A"},
+                       change{"\x1b"
+                              "P\x1b"
+                              "1",
+                              "\x1bP\x1bx"},
+                       change{"\nY\x1b"
+                              "A\x1b",
+                              "\nY\x1b\x1b\x1b"},
+                       change{"                   3\nY", "                   4\nY"},
+                       change{"                   3\nY", "                   2\nY"},
+                       change{"                   3\nY", "                  -3\nY"}}) {
+        std::string changed = whole_;
+        std::size_t at = changed.rfind(one.from);
+        ASSERT_NE(at, std::string::npos) << one.from;
+        changed.replace(at, std::string(one.to).size(), one.to);
+        EXPECT_EQ(names(changed), all) << one.to;
+        EXPECT_NE(take_messages().find(unreadable), std::string::npos) << one.to;
+    }
+}
+
+TEST_F(Rebuild, AnIndexWithoutItsWordIsDamage)
+{
+    std::string changed = whole_;
+    put(changed, static_cast<std::int64_t>(changed.rfind("*INDEX")), "*INDEY");
+    EXPECT_EQ(names(changed), "code 20");
+    EXPECT_NE(take_messages().find("create_indextable: stored index is wrong: missing start tag\n"),
+              std::string::npos);
+}
+
+TEST_F(Rebuild, IndexLinesThatPointOutsideTheFile)
+{
+    std::string changed = whole_;
+    std::string line = "\x1b" + std::to_string(third_) + "\n";
+    std::size_t at = changed.rfind(line);
+    ASSERT_NE(at, std::string::npos);
+    changed.replace(at + 1, line.size() - 2, std::string(line.size() - 2, '9'));
+    EXPECT_EQ(names(changed), all);
+    EXPECT_NE(take_messages().find(unreadable), std::string::npos);
+}
+
+TEST_F(Rebuild, ALengthOfZeroEndsTheScan)
+{
+    std::string changed = crashed_;
+    put(changed, third_ + 3, std::string(8, '\0'));
+    EXPECT_EQ(names(changed), "B P 2\nA P 1\n");
+    EXPECT_EQ(take_messages(), "recreate_indextable: dataset length of zero in dataset C:P:3 at"
+                               " offset " +
+                                   std::to_string(third_) +
+                                   ": assuming interrupted write and terminating scan.\n");
+    put(changed, third_ + 11, "********");
+    EXPECT_EQ(names(changed), "B P 2\nA P 1\n");
+    EXPECT_EQ(take_messages(),
+              "recreate_indextable: dataset length of zero in dataset at offset " +
+                  std::to_string(third_) +
+                  " (format l ): assuming incomplete file and terminating scan.\n");
+}
+
+TEST_F(Rebuild, ACutDatasetIsNoneAndTheOthersStay)
+{
+    EXPECT_EQ(names(crashed_.substr(0, crashed_.size() - 7)), "B P 2\nA P 1\n");
+    EXPECT_NE(take_messages().find("recreate_indextable: fseek of "), std::string::npos);
+    EXPECT_EQ(names(crashed_.substr(0, static_cast<std::size_t>(third_ + 5))), "B P 2\nA P 1\n");
+    EXPECT_NE(take_messages().find("recreate_indextable: error reading initial dataset length in"
+                                   " dataset of format l , starting at offset " +
+                                   std::to_string(third_)),
+              std::string::npos);
+    EXPECT_EQ(names(crashed_.substr(0, static_cast<std::size_t>(third_ + 2))), "B P 2\nA P 1\n");
+    EXPECT_NE(take_messages().find("recreate_indextable: Bad file: expected dataset, index or end"),
+              std::string::npos);
+}
+
+TEST_F(Rebuild, WhatIsWrongInItselfIsDamage)
+{
+    auto with = [&](std::int64_t at, const std::string &text) {
+        std::string changed = crashed_;
+        put(changed, at, text);
+        return names(changed);
+    };
+    EXPECT_EQ(with(second_, "Q"), "code 20");
+    EXPECT_EQ(take_messages(),
+              "recreate_indextable: Bad file: expected dataset, index or end, got \"Q .            "
+              " \" at byte " +
+                  std::to_string(second_) + "\niocnt: open the primary file failed\n");
+    EXPECT_EQ(with(third_ + 3, std::string(8, '\xff')), "code 20");
+    EXPECT_NE(take_messages().find("recreate_indextable: bad dataset length -1\n"),
+              std::string::npos);
+    EXPECT_EQ(with(third_ + 11, "*DATASEX"), "code 20");
+    EXPECT_EQ(with(third_ + 23, "*HEADEX"), "code 20");
+    EXPECT_NE(take_messages().find("read_header: bad header record *HEADEX in f\n"),
+              std::string::npos);
+    std::int64_t last = static_cast<std::int64_t>(crashed_.size()) - 6 - 8;
+    EXPECT_EQ(with(last, "\1"), "code 20");
+    EXPECT_NE(take_messages().find("recreate_indextable: error 20 reading final dataset length for"
+                                   " C:P:3 at offset " +
+                                   std::to_string(third_)),
+              std::string::npos);
+}
+
+TEST_F(Rebuild, DeletedDatasetsAreSteppedOver)
+{
+    std::string changed = crashed_;
+    put(changed, second_, "DF");
+    put(changed, third_, "xl");
+    EXPECT_EQ(names(changed), "A P 1\n");
+    put(changed, 36, "D "); // of an older style: U, u and F are tried
+    EXPECT_EQ(names(changed), "code 17");
+    put(changed, second_, "DU"); // the wrong letter: the blanks of a length are a huge number
+    EXPECT_EQ(names(changed), "code 17");
+    EXPECT_NE(take_messages().find("recreate_indextable: fseek of 538976288 to skip dataset"),
+              std::string::npos);
+}
+
+TEST_F(Rebuild, LengthsOfADeletedDatasetThatDiffer)
+{
+    std::string changed = crashed_;
+    put(changed, third_, "xl");
+    std::int64_t last = static_cast<std::int64_t>(crashed_.size()) - 6 - 8;
+    put(changed, last, "\1");
+    EXPECT_EQ(names(changed), "code 20");
+    EXPECT_NE(take_messages().find("deleted dataset with byte-order-specific format xl\n"),
+              std::string::npos);
+    put(changed, third_, "x ");
+    EXPECT_EQ(names(changed), "code 20");
+    EXPECT_NE(take_messages().find("deleted dataset with old-style format x \n"),
+              std::string::npos);
+}
+
+TEST_F(Rebuild, WritingGoesOnBehindTheLastWholeDataset)
+{
+    env_["f"] = crashed_.substr(0, crashed_.size() - 20);
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    ASSERT_EQ(client_.write_integers("D", "P", 4, {9}), IO_OK);
+    EXPECT_EQ(client_.position("D", "P", 4), third_);
+    ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+    take_messages();
+    EXPECT_EQ(names(env_["f"]), "D P 4\nB P 2\nA P 1\n");
+    EXPECT_EQ(take_messages(), "");
+}
+
+} // namespace

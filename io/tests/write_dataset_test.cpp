@@ -1,0 +1,229 @@
+#include "io/Src/Main/write_dataset.h"
+
+#include "io/testing/io_failing_env.h"
+#include "io/tests/io_client.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace {
+
+class WriteDataset : public ::testing::Test
+{
+protected:
+    WriteDataset() : client_(env_)
+    {
+        EXPECT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+        take_messages();
+    }
+
+    /// The bytes from the first dataset on.
+    std::string body() { return env_["f"].substr(36); }
+
+    io_memory_env env_;
+    io_client client_;
+};
+
+TEST_F(WriteDataset, AFormattedDataset)
+{
+    ASSERT_EQ(client_.write_integers("A", "B", -5, {1, -2}, "F"), IO_OK);
+    auto padded = [](std::string text, std::size_t width) {
+        text.resize(width, ' ');
+        return text + "\n";
+    };
+    std::string inner = "*DATASET\n*HEADER\n" +
+                        padded("WHAT\x1b"
+                               "A",
+                               80) +
+                        padded("WHERE\x1b"
+                               "B",
+                               80) +
+                        padded("WHEN\x1b-5", 80) +
+                        padded("NUMATTRB\x1b"
+                               "0",
+                               80) +
+                        padded("DATATYPE\x1bINTR", 256) +
+                        padded("NUMBER\x1b"
+                               "2",
+                               80) +
+                        padded("BLOCKFACTOR\x1b"
+                               "1",
+                               80) +
+                        "*DATA\n         1        -2\n*ENDDATASET\n";
+    std::string length = std::string(17, ' ') + std::to_string(inner.size()) + "\n";
+    EXPECT_EQ(body(), "F \n" + length + inner + length + "*CRASH\n");
+}
+
+TEST_F(WriteDataset, ABinaryDataset)
+{
+    ASSERT_EQ(client_.write_integers("A", "B", 5, {1, -2}, "u"), IO_OK);
+    auto counted = [](const std::string &text) {
+        return std::string(1, static_cast<char>(text.size())) + std::string(3, '\0') + text;
+    };
+    std::string inner = "*DATASET" + counted("*HEADER") +
+                        counted("WHAT\x1b"
+                                "A") +
+                        counted("WHERE\x1b"
+                                "B") +
+                        counted("WHEN\x1b"
+                                "5") +
+                        counted("NUMATTRB\x1b"
+                                "0") +
+                        counted("DATATYPE\x1bINTR") +
+                        counted("NUMBER\x1b"
+                                "2") +
+                        counted("*DATA") + std::string("\1\0\0\0\xfe\xff\xff\xff", 8) +
+                        "*ENDDATASET";
+    std::string length = std::string(1, static_cast<char>(inner.size())) + std::string(3, '\0');
+    EXPECT_EQ(body(), "u \n" + length + inner + length + "*CRASH");
+}
+
+TEST_F(WriteDataset, ACompressedFormatHasABlockFactor)
+{
+    ASSERT_EQ(client_.write_integers("A", "B", 5, {1, -2}), IO_OK);
+    EXPECT_EQ(body().substr(0, 3), "u5\n");
+    EXPECT_NE(body().find("BLOCKFACTOR\x1b"
+                          "100000"),
+              std::string::npos);
+}
+
+TEST_F(WriteDataset, HeadersThatNoReaderCouldFind)
+{
+    auto refused = [&](const std::string &what, const std::string &where) {
+        take_messages();
+        int code = client_.write_integers(what.c_str(), where.c_str(), 1, {1});
+        return code == IO_NO_ROOM && take_messages() == "iocntc: header input is wrong\n";
+    };
+    EXPECT_TRUE(refused("", "B"));
+    EXPECT_TRUE(refused("A", ""));
+    EXPECT_TRUE(refused("A\n", "B\x1b"
+                               "C"));
+    EXPECT_TRUE(refused(std::string(76, 'x'), "B"));
+    EXPECT_TRUE(refused("A", std::string(75, 'x')));
+    EXPECT_EQ(
+        client_.write_integers(std::string(75, 'x').c_str(), std::string(74, 'y').c_str(), 1, {1}),
+        IO_OK);
+    EXPECT_EQ(client_.write_integers("T  ", "W ", 1, {1}), IO_OK);
+    EXPECT_EQ(client_.locate("T", "W", 1), "T W 1\n");
+}
+
+TEST_F(WriteDataset, RefusedFormatsLeaveTheFileAlone)
+{
+    std::string before = env_["f"];
+    for (const char *format : {"D5", "d", "X", "x5"}) {
+        EXPECT_EQ(client_.write_integers("A", "B", 1, {1}, format), IO_BAD_FORMAT) << format;
+        EXPECT_NE(take_messages().find("zotwriteOffset: bad dataset format "), std::string::npos);
+    }
+    EXPECT_EQ(client_.write_integers("A", "B", 1, {1}, "Z"), IO_BAD_FORMAT);
+    EXPECT_EQ(client_.write_integers("A", "B", 1, std::vector<std::int32_t>(100), "u0"),
+              IO_COMPRESSION);
+    EXPECT_EQ(env_["f"], before);
+    EXPECT_EQ(client_.write_integers("A", "B", 1, std::vector<std::int32_t>(99), "u0"), IO_OK);
+}
+
+TEST_F(WriteDataset, TheFormatOfTheEnvironmentWins)
+{
+    env_.variables["ZOT_FORMAT"] = "F";
+    ASSERT_EQ(client_.write_integers("A", "B", 1, {1}, "u5"), IO_OK);
+    EXPECT_EQ(body().substr(0, 3), "F \n");
+}
+
+TEST_F(WriteDataset, AttributesComeBack)
+{
+    io_header_storage header;
+    std::strcpy(header.what, "A");
+    std::strcpy(header.where, "B");
+    std::strcpy(header.type, "LOGL");
+    std::strcpy(header.attributes[0], "unit=K  ");
+    std::strcpy(header.attributes[1], "");
+    header.attribute_count = 2;
+    header.when = 3;
+    IO_data data;
+    ASSERT_EQ(client_.request(IO_WRITE_PRIMARY_DS, header.header(), data), IO_OK);
+    std::int64_t offsets[2] = {client_.position("A", "B", 3), 0};
+    io_header_storage read;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    ASSERT_EQ(client_.request(IO_READ_HEADER, read.header(), data), IO_OK);
+    EXPECT_EQ(read.attribute_count, 2);
+    EXPECT_STREQ(read.attributes[0], "unit=K");
+    EXPECT_STREQ(read.attributes[1], "");
+    EXPECT_STREQ(read.format, "u5");
+    EXPECT_EQ(read.blockfactor, 100000);
+    IO_header small = read.header();
+    small.attributes_size = 1;
+    EXPECT_EQ(client_.request(IO_READ_HEADER, small, data), IO_NO_ROOM);
+    EXPECT_EQ(read.attribute_count, 2);
+}
+
+TEST_F(WriteDataset, TheFirstChangeTakesTheIndexAway)
+{
+    ASSERT_EQ(client_.write_integers("A", "B", 1, {1}), IO_OK);
+    ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+    std::size_t index = env_["f"].find("F \n");
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    ASSERT_EQ(client_.remove("A", "B", 1), IO_OK);
+    EXPECT_EQ(env_["f"].substr(index), "*CRASH");
+}
+
+/// Appends to a file in which any one write may fail.
+class FailedWrite : public ::testing::TestWithParam<bool>
+{
+protected:
+    static constexpr int many = 30;
+};
+
+TEST_P(FailedWrite, LeavesTheEarlierDatasetsAndTheFileWhole)
+{
+    bool for_good = GetParam();
+    int failures = 0;
+    for (int call = 1; call < many; call++) {
+        io_memory_env memory;
+        io_failing_env env(memory);
+        io_client client(env);
+        ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+        ASSERT_EQ(client.write_integers("A", "B", 1, {1, 2, 3}), IO_OK);
+        ASSERT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+        ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+        env.writes_only(true);
+        env.fail(call, ENOSPC, for_good);
+        int code = client.write_integers("C", "D", 1, std::vector<std::int32_t>(200, 7));
+        failures += code != IO_OK ? 1 : 0;
+        EXPECT_TRUE(code == IO_OK || code == IO_DISK_FULL) << code;
+        int closed = client.request(IO_CLOSE_PRIMARY);
+        EXPECT_TRUE(closed == IO_OK || closed == IO_DISK_FULL) << closed;
+        env.fail(0, 0, false);
+        take_messages();
+        ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK) << "call " << call;
+        EXPECT_EQ(client.read("A", "B", 1), "1 2 3") << "call " << call;
+        if (code == IO_OK) {
+            EXPECT_EQ(client.locate("C", "D", 1), "C D 1\n") << "call " << call;
+        } else {
+            EXPECT_EQ(client.locate("C", "D", 1), "code 17") << "call " << call;
+        }
+        if (closed == IO_OK && !for_good) {
+            EXPECT_EQ(take_messages().find("recreate_indextable"), std::string::npos);
+        }
+    }
+    EXPECT_GT(failures, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Once, FailedWrite, ::testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(ForGood, FailedWrite, ::testing::Values(true));
+
+TEST_F(WriteDataset, AFailedWriteSaysSo)
+{
+    io_failing_env failing(env_);
+    io_client client(failing);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+    failing.writes_only(true);
+    failing.fail(2, EIO, false);
+    EXPECT_EQ(client.write_integers("A", "B", 1, {1}), IO_WRITE_ERROR);
+    EXPECT_EQ(take_messages(), "write_dataset: can't write file end tag\n: Input/output error\n"
+                               "iocnt: write dataset failed\n");
+    EXPECT_EQ(env_["g"].substr(36), "*CRASH");
+}
+
+} // namespace
