@@ -48,6 +48,32 @@ std::size_t reducedLength(std::string_view component)
     return colon;
 }
 
+/// Whether a path of two characters or more is its own normal form; most are.
+bool isNormalForm(std::string_view path)
+{
+    char previous = path.front();
+    if (velIsSpace(previous) || isRunCharacter(path.back()) || velIsSpace(path.back())) {
+        return false;
+    }
+    std::size_t start = 0; // of the component
+    for (std::size_t i = 0; i < path.size(); previous = path[i++]) {
+        const char c = path[i];
+        if (!isRunCharacter(c)) {
+            continue;
+        }
+        if (c == '\t' || (i > 0 && isRunCharacter(previous))) {
+            return false;
+        }
+        if (c == '/') {
+            if (reducedLength(path.substr(start, i - start)) != i - start) {
+                return false;
+            }
+            start = i + 1;
+        }
+    }
+    return reducedLength(path.substr(start)) == path.size() - start;
+}
+
 /// Takes the ".." that stands behind `result` and the component before it away.
 void leaveComponent(std::string &result)
 {
@@ -82,7 +108,7 @@ std::string resolveParents(std::string_view path)
 std::string velNormalForm(std::string_view path, velLastComponent last)
 {
     std::string text(velTrim(path));
-    if (text.size() < 2) {
+    if (text.size() < 2 || isNormalForm(text)) {
         return text;
     }
     text += '/'; // for the pass, so that every component is ended alike
