@@ -97,6 +97,7 @@ public:
     /// The elements in place; null (0) for another kind or an index outside.
     [[nodiscard]] const char *characters() const;
     [[nodiscard]] const char *string(std::int32_t i) const;
+    [[nodiscard]] const char *const *strings() const { return strings_.data(); }
     [[nodiscard]] std::int32_t integer(std::int32_t i) const;
     [[nodiscard]] void *pointer(std::int32_t i) const;
 

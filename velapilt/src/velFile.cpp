@@ -1,4 +1,5 @@
 #include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velScan.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -38,13 +39,13 @@ const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes
     // has no size, and a file may grow: then the room doubles.
     std::size_t room = sizeOf(file.get()) + 1;
     std::size_t length = 0;
-    velPages data = velAllocatePages(room);
+    velPages data = velAllocatePages(room + velScanSlack);
     for (;;) {
         length += std::fread(data.get() + length, 1, room - length, file.get());
         if (length < room) {
             break;
         }
-        velPages grown = velAllocatePages(room * 2);
+        velPages grown = velAllocatePages(room * 2 + velScanSlack);
         std::memcpy(grown.get(), data.get(), length);
         data = std::move(grown);
         room *= 2;
@@ -53,6 +54,7 @@ const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes
         return length == 0 ? velSetError(handle, "loadFileData: %s: open failed", path)
                            : velSetError(handle, "loadFileData: %s: fgets failed", path);
     }
+    data[length] = '\n';
     bytes->data = std::move(data);
     bytes->size = length;
     return nullptr;
@@ -92,7 +94,7 @@ try {
     if (const char *error = velReadFile(handle, path, &bytes)) {
         return error;
     }
-    return velParseText(handle, bytes.view(), 0, expected, digest);
+    return velParseFile(handle, bytes, 0, expected, digest);
 } catch (const std::bad_alloc &) {
     return "loadFileData: array allocation failed";
 }

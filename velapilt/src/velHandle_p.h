@@ -103,7 +103,12 @@ private:
 // --- Paths (velPathStack.cpp)
 
 /// The current node; null when the current path names none.
-[[nodiscard]] velNode *velCurrentNode(velHandle *handle);
+[[nodiscard]] velNode *velFindCurrentNode(velHandle *handle);
+[[nodiscard]] inline velNode *velCurrentNode(velHandle *handle)
+{
+    const bool isKnown = !handle->stack.empty() && handle->stack.back().node != nullptr;
+    return isKnown ? handle->stack.back().node : velFindCurrentNode(handle);
+}
 void velPushNode(velHandle *handle, velNode *node);
 void velPop(velHandle *handle);
 /// The node's path as text on every stack entry that points to it.
@@ -147,24 +152,24 @@ void velInvalidate(velHandle *handle, velNode *node);
 // --- Handlers (velHandlers.cpp)
 
 /// Tells the change handlers; `oldValue` and `newValue` may be null.
-void velReport(velHandle *handle, const velNode *node, velChange code, const char *newValue,
-               const char *oldValue);
+void velCallChangeHandlers(velHandle *handle, const velNode *node, velChange code,
+                           const char *newValue, const char *oldValue);
+inline void velReport(velHandle *handle, const velNode *node, velChange code, const char *newValue,
+                      const char *oldValue)
+{
+    if (!handle->changeHandlers.empty()) {
+        velCallChangeHandlers(handle, node, code, newValue, oldValue);
+    }
+}
 void velReportReplace(velHandle *handle);
 /// The trace handler that prints every change.
 void velAddTraceHandler(velHandle *handle);
 /// The interruption that a handler asked for, once; else null.
 [[nodiscard]] const char *velTakeInterrupt(velHandle *handle);
 
-// --- Reading (velParser.cpp)
+// --- Files
 
-/// Parses `text`, the bytes of a whole file, as parseVELData does its lines.
-[[nodiscard]] const char *velParseText(velHandle *handle, std::string_view text,
-                                       std::uint32_t flags, const velDigest *expected,
-                                       velDigest *digest);
-
-// --- Files (velFile.cpp)
-
-/// The bytes of a file.
+/// The bytes of a file, followed by a line feed and the slack of velScan.h.
 struct velFileBytes
 {
     velPages data;
@@ -173,8 +178,14 @@ struct velFileBytes
     [[nodiscard]] std::string_view view() const { return {data.get(), size}; }
 };
 
-/// Reads the whole of a file; messages of loadFileData. Throws bad_alloc.
+/// Reads the whole of a file (velFile.cpp); messages of loadFileData. Throws
+/// bad_alloc.
 [[nodiscard]] const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes);
+
+/// Parses the lines of a file as parseVELData does those of a list (velParser.cpp).
+[[nodiscard]] const char *velParseFile(velHandle *handle, const velFileBytes &bytes,
+                                       std::uint32_t flags, const velDigest *expected,
+                                       velDigest *digest);
 
 // --- Characters
 

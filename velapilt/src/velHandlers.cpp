@@ -74,12 +74,9 @@ const char *addActionHandler(velHandle *handle, velActionHandler handler, void *
     return nullptr;
 }
 
-void velReport(velHandle *handle, const velNode *node, velChange code, const char *newValue,
-               const char *oldValue)
+void velCallChangeHandlers(velHandle *handle, const velNode *node, velChange code,
+                           const char *newValue, const char *oldValue)
 {
-    if (handle->changeHandlers.empty()) {
-        return;
-    }
     const Reporting reporting(handle);
     const std::string path = velPathOf(handle, node);
     // By index and by copy: a handler may register further ones, which are

@@ -69,10 +69,10 @@ void velHashFunction::extendFour(Lane *const lanes[4]) const
         std::min({a.text.size(), b.text.size(), c.text.size(), d.text.size()});
     const std::uint32_t *const all = multipliers_.data();
     for (std::size_t i = 0; i < together; ++i) {
-        a.state = step(a.state, all[a.position + i], a.text[i]);
-        b.state = step(b.state, all[b.position + i], b.text[i]);
-        c.state = step(c.state, all[c.position + i], c.text[i]);
-        d.state = step(d.state, all[d.position + i], d.text[i]);
+        a.state = wordStep(a.state, all[a.position + i], a.text[i]);
+        b.state = wordStep(b.state, all[b.position + i], b.text[i]);
+        c.state = wordStep(c.state, all[c.position + i], c.text[i]);
+        d.state = wordStep(d.state, all[d.position + i], d.text[i]);
     }
     for (Lane *lane : {&a, &b, &c, &d}) {
         extendFrom(*lane, together);

@@ -76,7 +76,8 @@ public:
     };
 
     /// Extends four texts side by side: each step of one waits for the step
-    /// before it, those of different texts do not.
+    /// before it, those of different texts do not. The texts are words, whose
+    /// characters all lie below 126.
     void extendFour(Lane *const lanes[4]) const;
     void extendOne(Lane &lane) const { extendFrom(lane, 0); }
 
@@ -85,8 +86,14 @@ private:
     {
         const std::uint32_t *multiplier = multipliers_.data() + lane.position;
         for (std::size_t i = start; i < lane.text.size(); ++i) {
-            lane.state = step(lane.state, multiplier[i], lane.text[i]);
+            lane.state = wordStep(lane.state, multiplier[i], lane.text[i]);
         }
+    }
+
+    [[nodiscard]] std::uint32_t wordStep(std::uint32_t state, std::uint32_t multiplier,
+                                         char c) const
+    {
+        return reduce(multiplier * state + static_cast<unsigned char>(c));
     }
 
     /// One byte. The remainder by the bucket count is a multiplication by its
@@ -95,9 +102,13 @@ private:
     {
         const auto code = static_cast<signed char>(c);
         const std::uint32_t add = code < 126 ? static_cast<std::uint32_t>(std::int32_t{code}) : 0U;
-        const std::uint32_t wrapped = multiplier * state + add;
-        const std::uint32_t magnitude = wrapped >> 31 != 0 ? 0U - wrapped : wrapped;
-        return remainder(magnitude);
+        return reduce(multiplier * state + add);
+    }
+
+    /// The magnitude of a wrapped sum, modulo the bucket count.
+    [[nodiscard]] std::uint32_t reduce(std::uint32_t wrapped) const
+    {
+        return remainder(wrapped >> 31 != 0 ? 0U - wrapped : wrapped);
     }
 
     [[nodiscard]] std::uint32_t remainder(std::uint32_t value) const

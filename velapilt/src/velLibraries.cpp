@@ -41,7 +41,7 @@ const char *readLibrary(velHandle *handle, const std::string &path)
     velFileBytes bytes;
     const char *error = velReadFile(handle, path.c_str(), &bytes);
     if (error == nullptr) {
-        error = velParseText(handle, bytes.view(), velFlagLibrary, nullptr, nullptr);
+        error = velParseFile(handle, bytes, velFlagLibrary, nullptr, nullptr);
     }
     return error == nullptr
                ? nullptr

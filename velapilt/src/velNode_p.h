@@ -44,11 +44,19 @@ struct velNode
     std::uint32_t inTable : 1;     ///< found by the path table
     std::uint32_t isPending : 1;   ///< in the tree, and to be entered in the table
     std::uint32_t onStack : 1;     ///< an entry of the path stack points to it
+    std::uint32_t childWords;      ///< one bit for each child's last word, at least (wordBit)
     std::uint32_t pathNote;        ///< where the memo may have its path (velPathMemo.h)
 
     [[nodiscard]] bool isParam() const { return type == velWords::none; }
     [[nodiscard]] bool isRoot() const { return type == velWords::slash; }
     [[nodiscard]] velNode *firstChild() const { return isParam() ? nullptr : children.first; }
+
+    /// The bit by which a parent knows that it has no child of a word: most
+    /// statements are new, and then its children need not be looked through.
+    [[nodiscard]] static std::uint32_t wordBit(std::uint32_t word)
+    {
+        return 1U << (word * 0x9E3779B1U >> 27);
+    }
 
     [[nodiscard]] velKind kind() const
     {

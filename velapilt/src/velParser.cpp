@@ -72,6 +72,7 @@ public:
     LineParser(velHandle *handle, std::uint32_t flags) : handle_(handle), flags_(flags) {}
 
     const char *parse(std::string_view line);
+    const char *parse(const velScannedLine &line);
 
 private:
     const char *parseJoined(std::string_view text);
@@ -91,6 +92,17 @@ private:
     bool isReplace_ = false;
     bool isPlain_ = true;
 };
+
+const char *LineParser::parse(const velScannedLine &line)
+{
+    if (!line.isPlain || handle_->hasPendingLine || line.text.ends_with('\\')) {
+        return parse(line.text.substr(0, line.text.find('\0')));
+    }
+    isReplace_ = false;
+    isJoined_ = false;
+    isPlain_ = true;
+    return parseStatement(line.text, line.equals);
+}
 
 const char *LineParser::parse(std::string_view line)
 {
@@ -127,10 +139,10 @@ const char *LineParser::parseJoined(std::string_view text)
 
 const char *LineParser::parseWhole(std::string_view text)
 {
-    const velLineTraits traits = velScanLine(text);
-    isPlain_ = traits.isPlain;
+    const velScannedLine line = velScanLineSlowly(text);
+    isPlain_ = line.isPlain;
     if (isPlain_) {
-        return parseStatement(text, traits.equals);
+        return parseStatement(line.text, line.equals);
     }
     const std::string rewritten = withSingleBlanks(withoutComment(text));
     return parseStatement(rewritten, rewritten.find('='));
@@ -290,14 +302,11 @@ const char *LineParser::sweep(velNode *object)
 
 // --- Whole texts --------------------------------------------------------------
 
-/// The lines of a text, each ended by a line feed or the end, and by a NUL.
-class TextLines
+/// The lines of a file, each ended by a line feed or the end.
+class FileLines
 {
 public:
-    explicit TextLines(std::string_view text)
-        : text_(text), hasNul_(!text.empty() && std::memchr(text.data(), 0, text.size()) != nullptr)
-    {
-    }
+    explicit FileLines(const velFileBytes &bytes) : text_(bytes.view()) {}
 
     [[nodiscard]] std::int64_t count() const
     {
@@ -308,27 +317,30 @@ public:
     template <typename Visit>
     const char *each(Visit visit) const
     {
-        const char *next = text_.data();
-        const char *const end = next + text_.size();
-        while (next < end) {
-            const auto left = static_cast<std::size_t>(end - next);
-            const auto *feed = static_cast<const char *>(std::memchr(next, '\n', left));
-            const char *stop = feed == nullptr ? end : feed;
-            std::string_view line(next, static_cast<std::size_t>(stop - next));
-            if (hasNul_) {
-                line = line.substr(0, line.find('\0'));
-            }
+        const char *const end = text_.data() + text_.size();
+        for (const char *next = text_.data(); next < end;) {
+            const velScannedLine line = velScanLine(next, end);
             if (const char *error = visit(line)) {
                 return error;
             }
-            next = stop + 1;
+            next = line.next;
         }
         return nullptr;
     }
 
+    template <typename Visit>
+    void eachText(Visit visit) const
+    {
+        std::string_view rest = text_;
+        while (!rest.empty()) {
+            const std::string_view line = rest.substr(0, rest.find('\n'));
+            visit(line.substr(0, line.find('\0')));
+            rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        }
+    }
+
 private:
     std::string_view text_;
-    bool hasNul_;
 };
 
 /// The lines of a caller's list.
@@ -343,39 +355,29 @@ public:
     const char *each(Visit visit) const
     {
         for (std::int32_t i = 0; i < count_; ++i) {
-            if (const char *error = visit(std::string_view(lines_[i]))) {
+            if (const char *error = visit(lineAt(i))) {
                 return error;
             }
         }
         return nullptr;
     }
-
-private:
-    const char *const *lines_;
-    std::int32_t count_;
-};
-
-class ArrayLines
-{
-public:
-    explicit ArrayLines(const velArray &lines) : lines_(lines) {}
-
-    [[nodiscard]] std::int64_t count() const { return lines_.count(); }
 
     template <typename Visit>
-    const char *each(Visit visit) const
+    void eachText(Visit visit) const
     {
-        for (std::int32_t i = 0; i < lines_.count(); ++i) {
-            const char *line = lines_.string(i);
-            if (const char *error = visit(std::string_view(line == nullptr ? "" : line))) {
-                return error;
-            }
+        for (std::int32_t i = 0; i < count_; ++i) {
+            visit(lineAt(i));
         }
-        return nullptr;
     }
 
 private:
-    const velArray &lines_;
+    [[nodiscard]] std::string_view lineAt(std::int32_t i) const
+    {
+        return lines_[i] == nullptr ? std::string_view() : lines_[i];
+    }
+
+    const char *const *lines_;
+    std::int32_t count_;
 };
 
 template <typename Lines>
@@ -383,9 +385,8 @@ velDigest digestOf(const Lines &lines)
 {
     MD5_CTX context;
     MD5Init(&context);
-    lines.each([&context](std::string_view line) -> const char * {
+    lines.eachText([&context](std::string_view line) {
         MD5Update(&context, reinterpret_cast<const std::uint8_t *>(line.data()), line.size());
-        return nullptr;
     });
     velDigest digest;
     MD5Final(digest.bytes, &context);
@@ -400,7 +401,7 @@ try {
     velMakeRoot(handle);
     handle->table.presize(lines.count() / 2);
     LineParser parser(handle, flags);
-    return lines.each([handle, &parser](std::string_view line) -> const char * {
+    return lines.each([handle, &parser](const auto &line) -> const char * {
         if (const char *failed = parser.parse(line)) {
             return failed;
         }
@@ -444,10 +445,10 @@ const char *parseLines(velHandle *handle, const Lines &lines, std::uint32_t flag
 
 } // namespace
 
-const char *velParseText(velHandle *handle, std::string_view text, std::uint32_t flags,
+const char *velParseFile(velHandle *handle, const velFileBytes &bytes, std::uint32_t flags,
                          const velDigest *expected, velDigest *digest)
 {
-    return parseLines(handle, TextLines(text), flags, expected, digest);
+    return parseLines(handle, FileLines(bytes), flags, expected, digest);
 }
 
 const char *parseVELData(velHandle *handle, const velArray *lines, std::uint32_t flags,
@@ -456,7 +457,7 @@ const char *parseVELData(velHandle *handle, const velArray *lines, std::uint32_t
     if (lines == nullptr) {
         return "parseVELData: Invalid arguments";
     }
-    return parseLines(handle, ArrayLines(*lines), flags, expected, digest);
+    return parseLines(handle, ListLines(lines->strings(), lines->count()), flags, expected, digest);
 }
 
 const char *loadVELData(velHandle *handle, const char *const *lines, std::int32_t count,

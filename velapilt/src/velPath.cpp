@@ -2,6 +2,7 @@
 
 #include "velapilt/src/velHandle_p.h"
 
+#include <array>
 #include <cstring>
 
 namespace {
@@ -11,9 +12,17 @@ bool isSeparator(char c)
     return c == '/' || c == '\\';
 }
 
+constexpr auto runCharacters = [] {
+    std::array<bool, 256> table{};
+    for (const unsigned char c : {' ', '\t', '/', ':'}) {
+        table[c] = true;
+    }
+    return table;
+}();
+
 bool isRunCharacter(char c)
 {
-    return c == ' ' || c == '\t' || c == '/' || c == ':';
+    return runCharacters[static_cast<unsigned char>(c)];
 }
 
 /// Runs of blanks, tabs, '/' and ':' become their strongest character.
@@ -48,30 +57,44 @@ std::size_t reducedLength(std::string_view component)
     return colon;
 }
 
-/// Whether a path of two characters or more is its own normal form; most are.
+/// Whether a path is its own normal form. Most are, so this looks at each
+/// character once and at components only where they hold a ':'.
 bool isNormalForm(std::string_view path)
 {
-    char previous = path.front();
-    if (velIsSpace(previous) || isRunCharacter(path.back()) || velIsSpace(path.back())) {
+    if (path.size() < 2) {
+        return path.empty() || !velIsSpace(path.front());
+    }
+    if (velIsSpace(path.front()) || velIsSpace(path.back()) || isRunCharacter(path.back())) {
         return false;
     }
-    std::size_t start = 0; // of the component
-    for (std::size_t i = 0; i < path.size(); previous = path[i++]) {
+    constexpr std::size_t none = std::string_view::npos;
+    const auto isReduced = [path](std::size_t start, std::size_t end) {
+        return reducedLength(path.substr(start, end - start)) == end - start;
+    };
+    std::size_t start = 0;
+    std::size_t colon = none; // in the component from `start` on
+    bool inRun = false;
+    for (std::size_t i = 0; i < path.size(); ++i) {
         const char c = path[i];
         if (!isRunCharacter(c)) {
+            inRun = false;
             continue;
         }
-        if (c == '\t' || (i > 0 && isRunCharacter(previous))) {
+        if (inRun || c == '\t') {
             return false;
         }
-        if (c == '/') {
-            if (reducedLength(path.substr(start, i - start)) != i - start) {
+        inRun = true;
+        if (c == ':') {
+            colon = i;
+        } else if (c == '/') {
+            if (colon != none && !isReduced(start, i)) {
                 return false;
             }
             start = i + 1;
+            colon = none;
         }
     }
-    return reducedLength(path.substr(start)) == path.size() - start;
+    return colon == none || isReduced(start, path.size());
 }
 
 /// Takes the ".." that stands behind `result` and the component before it away.
@@ -147,6 +170,11 @@ std::string velAbsolutePath(std::string_view current, std::string_view path)
     }
     absolute += path;
     return resolveParents(absolute);
+}
+
+bool velIsCleanPath(const char *path)
+{
+    return isNormalForm(path);
 }
 
 std::string velCleanPath(const char *path)

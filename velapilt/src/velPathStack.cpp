@@ -35,7 +35,7 @@ void point(velHandle *handle, velPathEntry &entry, const char *fullPath)
 
 } // namespace
 
-velNode *velCurrentNode(velHandle *handle)
+velNode *velFindCurrentNode(velHandle *handle)
 {
     const velPathEntry &top = stackOf(handle).back();
     return top.node != nullptr ? top.node : handle->table.find(top.text);

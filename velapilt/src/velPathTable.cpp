@@ -285,7 +285,8 @@ velComponent velPathTable::componentOf(std::string_view text) const
 
 velNode *velPathTable::findChild(velNode *parent, velComponent component)
 {
-    if (component.name == velWords::none || parent->isParam()) {
+    if (component.name == velWords::none || parent->isParam() ||
+        (parent->childWords & velNode::wordBit(component.name)) == 0) {
         return nullptr;
     }
     if (parent->childCount <= fewChildren) {

@@ -1,28 +1,53 @@
 #include "velapilt/src/velScan.h"
 
+#include "velapilt/src/velHandle_p.h"
+
 #include <algorithm>
-#ifdef __SSE2__
 #include <bit>
 #include <cstdint>
+#include <cstring>
+
+#ifdef __SSE2__
 #include <emmintrin.h>
 #endif
 
-velLineTraits velScanLineSlowly(std::string_view line)
+namespace {
+
+/// `end` is a line feed itself.
+const char *lineFeed(const char *start, const char *end)
 {
-    bool isPlain = true;
+    const auto length = static_cast<std::size_t>(end - start) + 1;
+    return static_cast<const char *>(std::memchr(start, '\n', length));
+}
+
+} // namespace
+
+velScannedLine velScanLineSlowly(std::string_view line)
+{
+    const char *next = line.data() + line.size();
+    const std::string_view text = velTrim(line);
     bool wasBlank = false;
-    for (const char c : line) {
+    for (const char c : text) {
         const bool isBlank = c == ' ';
         const bool isControl = static_cast<unsigned char>(c) < ' ';
-        isPlain = isPlain && !isControl && c != '#' && !(isBlank && wasBlank);
+        if (isControl || c == '#' || (isBlank && wasBlank)) {
+            return {line, next, std::string_view::npos, false};
+        }
         wasBlank = isBlank;
     }
-    return {isPlain, line.find('=')};
+    return {text, next, text.find('='), true};
 }
 
 #ifdef __SSE2__
 
 namespace {
+
+velScannedLine wholeLine(const char *start, const char *end)
+{
+    const char *feed = lineFeed(start, end);
+    return {
+        {start, static_cast<std::size_t>(feed - start)}, feed + 1, std::string_view::npos, false};
+}
 
 constexpr std::size_t step = 16;
 
@@ -38,44 +63,57 @@ struct Chunk
         };
         blanks = bits(_mm_cmpeq_epi8(text, blank));
         equals = bits(_mm_cmpeq_epi8(text, _mm_set1_epi8('=')));
-        const __m128i hash = _mm_cmpeq_epi8(text, _mm_set1_epi8('#'));
-        const __m128i notControl = _mm_cmpeq_epi8(_mm_max_epu8(text, blank), text);
-        odd = bits(hash) | (bits(notControl) ^ 0xFFFFU);
+        hashes = bits(_mm_cmpeq_epi8(text, _mm_set1_epi8('#')));
+        controls = bits(_mm_cmpeq_epi8(_mm_max_epu8(text, blank), text)) ^ 0xFFFFU;
     }
 
     std::uint32_t blanks;
     std::uint32_t equals;
-    std::uint32_t odd; // '#' and control characters
+    std::uint32_t hashes;
+    std::uint32_t controls;
 };
+
+const char *skipBlanks(const char *text)
+{
+    constexpr std::uint64_t blanks = 0x2020202020202020U;
+    while (velLoadBytes(text, 8) == blanks) {
+        text += 8;
+    }
+    while (*text == ' ') {
+        ++text;
+    }
+    return text;
+}
 
 } // namespace
 
-velLineTraits velScanLine(std::string_view line)
+velScannedLine velScanLine(const char *start, const char *end)
 {
-    if (line.size() < step) {
-        return velScanLineSlowly(line);
-    }
-    std::uint32_t odd = 0;
-    std::uint32_t doubled = 0;
-    std::uint32_t carry = 0; // the last character was a blank
+    const char *text = skipBlanks(start);
+    std::uint32_t carry = 0; // the character in front of the chunk is a blank
     std::size_t equals = std::string_view::npos;
-    for (std::size_t i = 0;; i += step) {
-        // The last chunk ends with the line; it may look at some of it again.
-        const bool isLast = i + step >= line.size();
-        if (isLast) {
-            i = line.size() - step;
-            carry = 0;
+    for (const char *from = text;; from += step) {
+        const Chunk chunk(from);
+        // What stands behind the first control character is another line's.
+        const std::uint32_t own = (chunk.controls & (0U - chunk.controls)) - 1U;
+        const std::uint32_t doubled = chunk.blanks & (chunk.blanks << 1 | carry);
+        if (((chunk.hashes | doubled) & own) != 0) {
+            return wholeLine(start, end);
         }
-        const Chunk chunk(line.data() + i);
-        odd |= chunk.odd;
-        doubled |= chunk.blanks & (chunk.blanks << 1 | carry);
-        carry = chunk.blanks >> (step - 1);
-        if (chunk.equals != 0 && equals == std::string_view::npos) {
-            equals = i + static_cast<std::size_t>(std::countr_zero(chunk.equals));
+        carry = chunk.blanks >> (step - 1) & 1U;
+        if ((chunk.equals & own) != 0 && equals == std::string_view::npos) {
+            equals = static_cast<std::size_t>(from - text + std::countr_zero(chunk.equals));
         }
-        if (isLast) {
-            return {(odd | doubled) == 0, equals};
+        if (chunk.controls == 0) {
+            continue;
         }
+        const char *feed = from + std::countr_zero(chunk.controls);
+        if (*feed != '\n') {
+            return wholeLine(start, end);
+        }
+        const std::size_t length = static_cast<std::size_t>(feed - text);
+        const bool endsInBlank = length > 0 && feed[-1] == ' ';
+        return {{text, length - (endsInBlank ? 1 : 0)}, feed + 1, equals, true};
     }
 }
 
@@ -106,9 +144,12 @@ std::size_t velCountLineFeeds(std::string_view text)
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
-velLineTraits velScanLine(std::string_view line)
+velScannedLine velScanLine(const char *start, const char *end)
 {
-    return velScanLineSlowly(line);
+    const char *feed = lineFeed(start, end);
+    velScannedLine line = velScanLineSlowly({start, static_cast<std::size_t>(feed - start)});
+    line.next = feed + 1;
+    return line;
 }
 
 #endif

@@ -81,6 +81,7 @@ void appendChild(velNode *parent, velNode *node)
         parent->children.last->next = node;
     }
     parent->children.last = node;
+    parent->childWords |= velNode::wordBit(node->name == velWords::none ? node->type : node->name);
     ++parent->childCount;
 }
 

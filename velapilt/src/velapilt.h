@@ -76,6 +76,8 @@ const char *velRecordError(velHandle *handle, const std::string &message);
 
 /// The normal form of a path, without resolving it against anything.
 [[nodiscard]] std::string velCleanPath(const char *path);
+/// Whether the path is in normal form as it stands.
+[[nodiscard]] bool velIsCleanPath(const char *path);
 
 /// The absolute path in normal form.
 [[nodiscard]] std::string velFullPath(velHandle *handle, const char *path);
