@@ -1,0 +1,103 @@
+// Every call to the system fails once, or from some moment on: the answer is a
+// code, earlier datasets stay readable, and no lock is left behind.
+#include "io/testing/io_failing_env.h"
+#include "io/tests/io_client.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace {
+
+void expect_code(int code, int call)
+{
+    EXPECT_TRUE(code >= 0 && code < IO_CODE_COUNT) << "call " << call << ": " << code;
+}
+
+void make_files(io_env &env)
+{
+    io_client client(env);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    ASSERT_EQ(client.write_integers("A", "P", 1, {1, 2, 3}), IO_OK);
+    ASSERT_EQ(client.write_strings("B", "P", 2, {"one", "two"}, "F"), IO_OK);
+    ASSERT_EQ(client.write_doubles("C", "P", 3, std::vector<double>(300, 1.5)), IO_OK);
+    ASSERT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+    ASSERT_EQ(client.write_integers("Z", "P", 1, {26}), IO_OK);
+    ASSERT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+}
+
+/// Everything a client does, ending with both files closed. Codes are checked
+/// to be codes; what was asked for may or may not have been done.
+void use_everything(io_client &client, int call)
+{
+    expect_code(client.request(IO_OPEN_PRIMARY_WRITE, "f"), call);
+    client.read("A", "P", 1);
+    expect_code(client.write_integers("N", "P", 1, std::vector<std::int32_t>(50, 7), "F"), call);
+    expect_code(client.write_doubles("N", "P", 2, std::vector<double>(500, 7)), call);
+    expect_code(client.remove("B", "P", 2), call);
+    expect_code(client.request(IO_OPEN_SECONDARY, "g"), call);
+    expect_code(client.request(IO_COPY_ALLVALID_DS), call);
+    expect_code(client.request(IO_CLOSE_SECONDARY), call);
+    expect_code(client.request(IO_CLOSE_PRIMARY), call);
+    expect_code(client.request(IO_OPEN_PRIMARY, "f"), call);
+    client.read("C", "P", 3);
+    expect_code(client.request(IO_CLOSE_PRIMARY), call);
+}
+
+int count_calls()
+{
+    io_memory_env memory;
+    make_files(memory);
+    io_failing_env env(memory);
+    env.fail(0, 0, false);
+    io_client client(env);
+    use_everything(client, 0);
+    return env.calls();
+}
+
+class FailingCalls : public ::testing::TestWithParam<bool>
+{
+};
+
+TEST_P(FailingCalls, NoneLosesAnything)
+{
+    bool for_good = GetParam();
+    int calls = count_calls();
+    ASSERT_GT(calls, 50);
+    for (int call = 1; call <= calls; call++) {
+        io_memory_env memory;
+        make_files(memory);
+        io_failing_env env(memory);
+        {
+            io_client client(env);
+            env.fail(call, call % 2 == 0 ? ENOSPC : EIO, for_good);
+            use_everything(client, call);
+        }
+        env.fail(0, 0, false);
+        if (for_good) {
+            // Nothing could be removed any more, as if the process had been killed.
+            memory.files.erase("f.lck");
+            memory.files.erase("g.lck");
+        }
+        take_messages();
+        io_client client(memory);
+        // A lock file whose removal was the call that failed stays; no other.
+        if (memory.exists("f.lck") || memory.exists("g.lck")) {
+            EXPECT_NE(client.request(IO_OPEN_PRIMARY_WRITE, memory.exists("f.lck") ? "f" : "g"),
+                      IO_OK);
+            memory.files.erase("f.lck");
+            memory.files.erase("g.lck");
+        }
+        ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK) << call << take_messages();
+        EXPECT_EQ(client.read("A", "P", 1), "1 2 3") << call;
+        EXPECT_EQ(client.read("C", "P", 3).substr(0, 7), "1.5 1.5") << call;
+        ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "g"), IO_OK) << call << take_messages();
+        EXPECT_EQ(client.read("Z", "P", 1), "26") << call;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Once, FailingCalls, ::testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(ForGood, FailingCalls, ::testing::Values(true));
+
+} // namespace
