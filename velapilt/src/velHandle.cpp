@@ -168,3 +168,29 @@ void velSetUserData(velHandle *handle, void *data, void (*release)(void *data))
     handle->userData = data;
     handle->releaseUserData = release;
 }
+
+// --- Memory -------------------------------------------------------------------
+
+void velRelease(velHandle *handle, void *block, std::size_t bytes) noexcept
+{
+    if (handle->reporting == 0) {
+        handle->arena.release(block, bytes);
+        return;
+    }
+    try {
+        handle->graveyard.emplace_back(block, bytes);
+    } catch (const std::bad_alloc &) {
+        return; // freed with the handle
+    }
+}
+
+velOperation::~velOperation()
+{
+    if (--handle_->operations > 0) {
+        return;
+    }
+    for (const auto &[block, bytes] : handle_->graveyard) {
+        handle_->arena.release(block, bytes);
+    }
+    handle_->graveyard.clear();
+}

@@ -81,7 +81,7 @@ struct velHandle
 /// The handle as the trace names it.
 [[nodiscard]] unsigned velTraceName(const velHandle *handle);
 
-// --- Memory (velTree.cpp)
+// --- Memory (velHandle.cpp)
 
 /// Gives a block back, or, while a handler runs, keeps it until the outermost
 /// operation has ended.
@@ -135,14 +135,19 @@ struct velStatement
 
 /// Makes the root if there is none.
 void velMakeRoot(velHandle *handle);
+// --- Removing (velRemove.cpp)
+
 /// Unlinks a node; `before` may name the sibling in front of it.
 [[nodiscard]] const char *velRemoveNode(velHandle *handle, velNode *node,
                                         velNode *before = nullptr);
 [[nodiscard]] const char *velDeleteNode(velHandle *handle, velNode *node);
+
+// --- Flags (velValidity.cpp)
+
 void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags);
 void velInvalidate(velHandle *handle, velNode *node);
 
-// --- Words (velTree.cpp): null or the message
+// --- Words (velCheck.cpp): null or the message
 
 [[nodiscard]] const char *velCheckType(velHandle *handle, std::string_view type);
 [[nodiscard]] const char *velCheckObjectName(velHandle *handle, std::string_view name);

@@ -10,39 +10,6 @@ namespace {
 
 constexpr const char *kindWords[] = {"None", "Param", "Object", "Singleton"};
 
-bool isLetter(char c)
-{
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
-bool isWordCharacter(char c)
-{
-    // memchr, not strchr: a NUL is no word character
-    return isLetter(c) || (c >= '0' && c <= '9') || std::memchr("\t .[]_{|}", c, 9) != nullptr;
-}
-
-int lengthOf(std::string_view text)
-{
-    return static_cast<int>(text.size());
-}
-
-/// The rule common to types and names.
-const char *checkWord(velHandle *handle, const char *what, std::string_view word)
-{
-    if (word.empty() || !(isLetter(word[0]) || word[0] == '_' || word[0] == '%')) {
-        return velSetError(handle,
-                           "invalid %s \"%.*s\": leading character must be alphabetic or '_'", what,
-                           lengthOf(word), word.data());
-    }
-    for (const char c : word.substr(1)) {
-        if (!isWordCharacter(c)) {
-            return velSetError(handle, "invalid %s \"%.*s\": contains invalid character '%c'", what,
-                               lengthOf(word), word.data(), c);
-        }
-    }
-    return nullptr;
-}
-
 char *newText(velHandle *handle, std::string_view text)
 {
     auto *copy = static_cast<char *>(handle->arena.allocate(text.size() + 1));
@@ -60,17 +27,6 @@ velNode *allocateNode(velHandle *handle, velNode *parent, std::uint32_t type, st
     node->type = type;
     node->name = name;
     return node;
-}
-
-void freeNode(velHandle *handle, velNode *node)
-{
-    if (handle->table.hasDetached()) {
-        return; // a detached descendant may still spell its path through it
-    }
-    if (node->isParam() && node->value.text != nullptr) {
-        velRelease(handle, node->value.text, node->value.length + std::size_t{1});
-    }
-    velRelease(handle, node, sizeof(velNode));
 }
 
 void appendChild(velNode *parent, velNode *node)
@@ -177,42 +133,6 @@ velNode *makeNode(velHandle *handle, velNode *parent, const velStatement &statem
     return node;
 }
 
-velNode *parentInTable(velHandle *handle, velNode *node)
-{
-    if (node->isRoot()) {
-        return node;
-    }
-    if (!handle->table.hasDetached()) {
-        return node->parent;
-    }
-    std::string path = velPathOf(handle, node);
-    path.resize(std::max<std::size_t>(path.rfind('/'), 1));
-    return handle->table.find(path);
-}
-
-/// The sibling in front of `node` in `previous`; false if it is no child.
-bool findPrevious(const velNode *parent, const velNode *node, velNode **previous)
-{
-    *previous = nullptr;
-    for (velNode *child = parent->children.first; child != nullptr; child = child->next) {
-        if (child == node) {
-            return true;
-        }
-        *previous = child;
-    }
-    return false;
-}
-
-void unlink(velNode *parent, velNode *previous, velNode *node)
-{
-    (previous == nullptr ? parent->children.first : previous->next) = node->next;
-    if (parent->children.last == node) {
-        parent->children.last = previous;
-    }
-    node->next = nullptr;
-    --parent->childCount;
-}
-
 /// The parent and the last component of a path that is to be created.
 struct NewPlace
 {
@@ -264,114 +184,12 @@ bool createBelow(velHandle *handle, const std::string &parentPath, const velStat
 
 } // namespace
 
-// --- Memory -------------------------------------------------------------------
-
-void velRelease(velHandle *handle, void *block, std::size_t bytes) noexcept
-{
-    if (handle->reporting == 0) {
-        handle->arena.release(block, bytes);
-        return;
-    }
-    try {
-        handle->graveyard.emplace_back(block, bytes);
-    } catch (const std::bad_alloc &) {
-        return; // freed with the handle
-    }
-}
-
-velOperation::~velOperation()
-{
-    if (--handle_->operations > 0) {
-        return;
-    }
-    for (const auto &[block, bytes] : handle_->graveyard) {
-        handle_->arena.release(block, bytes);
-    }
-    handle_->graveyard.clear();
-}
-
-// --- Words --------------------------------------------------------------------
+// --- Questions ------------------------------------------------------------------
 
 const char *velKindWord(velKind kind)
 {
     return kindWords[kind];
 }
-
-const char *velCheckType(velHandle *handle, std::string_view type)
-{
-    return type.empty() ? "invalid object type: must be non-empty."
-                        : checkWord(handle, "object type", type);
-}
-
-const char *velCheckObjectName(velHandle *handle, std::string_view name)
-{
-    return checkWord(handle, "object name", name);
-}
-
-const char *velCheckParamName(velHandle *handle, std::string_view name)
-{
-    return name.empty() ? "invalid parameter name: must be non-empty."
-                        : checkWord(handle, "parameter name", name);
-}
-
-const char *velCheckValue(velHandle *handle, std::string_view value)
-{
-    for (const char c : value) {
-        const auto code = static_cast<unsigned char>(c);
-        if (code < 32 && c != '\t') {
-            return velSetError(handle,
-                               "invalid parameter value \"%.*s\": control character number %d is "
-                               "not allowed.",
-                               lengthOf(value), value.data(), code);
-        }
-    }
-    return nullptr;
-}
-
-// --- Flags --------------------------------------------------------------------
-
-void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags)
-{
-    if (((flags ^ node->flags) & velFlagSubtreeValid) != 0) {
-        handle->subtreeValidCount += (flags & velFlagSubtreeValid) != 0 ? 1 : -1;
-    }
-    node->flags = flags;
-}
-
-void velInvalidate(velHandle *handle, velNode *node)
-{
-    node->flags &= ~velFlagValid;
-    velNode *up = node->parent;
-    if (up != nullptr && node->isParam()) {
-        up->flags &= ~velFlagValid;
-        up = up->parent;
-    }
-    for (; up != nullptr && handle->subtreeValidCount > 0; up = up->parent) {
-        velSetFlags(handle, up, up->flags & ~velFlagSubtreeValid);
-    }
-}
-
-const char *setValid(velHandle *handle, const char *path, std::int32_t level, bool propagate)
-try {
-    velNode *node = velResolve(handle, path);
-    if (node == nullptr) {
-        return "setValid: path not found";
-    }
-    if (level == 1) {
-        node->flags |= velFlagValid;
-    } else if (level == 2) {
-        velSetFlags(handle, node, node->flags | velFlagSubtreeValid);
-    } else if (propagate) {
-        velInvalidate(handle, node);
-    } else {
-        node->flags &= ~velFlagValid;
-    }
-    return nullptr;
-} catch (const std::bad_alloc &) {
-    return "setValid: path not found";
-}
-
-// --- Questions ------------------------------------------------------------------
 
 int havePath(velHandle *handle, const char *path)
 {
@@ -382,25 +200,6 @@ int isObject(velHandle *handle, const char *path)
 {
     const velNode *node = velFindNode(handle, path);
     return node != nullptr && !node->isParam() ? 1 : 0;
-}
-
-int isLibrary(velHandle *handle, const char *path)
-{
-    const velNode *node = velFindNode(handle, path);
-    if (node == nullptr) {
-        return -1;
-    }
-    return (((node->isParam() ? node->parent : node)->flags & velFlagLibrary) != 0) ? 1 : 0;
-}
-
-int isValid(velHandle *handle, const char *path)
-{
-    const velNode *node = velFindNode(handle, path);
-    if (node == nullptr) {
-        return -1;
-    }
-    return ((node->flags & velFlagValid) != 0 ? 1 : 0) +
-           ((node->flags & velFlagSubtreeValid) != 0 ? 2 : 0);
 }
 
 velKind velKindOf(velHandle *handle, const char *path)
@@ -562,107 +361,4 @@ try {
     return velTakeInterrupt(handle);
 } catch (const std::bad_alloc &) {
     return "setStringValue: error allocating new string";
-}
-
-// --- Removing -------------------------------------------------------------------
-
-const char *velRemoveNode(velHandle *handle, velNode *node, velNode *before)
-{
-    velNode *parent = parentInTable(handle, node);
-    if (parent == nullptr) {
-        return "velRemoveObjectH: parent not found!";
-    }
-    if (parent->firstChild() == nullptr) {
-        return "velRemoveObjectH: parent has no child list";
-    }
-    velNode *previous = before;
-    if (before == nullptr || before->next != node) {
-        if (!findPrevious(parent, node, &previous)) {
-            return "velRemoveObjectH: child not in parent's child list";
-        }
-    }
-    if (node->onStack != 0) {
-        velUnpin(handle, node);
-    }
-    const bool hasChildren = node->firstChild() != nullptr;
-    if (hasChildren) {
-        handle->table.detach(node);
-    }
-    handle->table.remove(node);
-    unlink(parent, previous, node);
-    if (node->isParam()) {
-        velReport(handle, node, velValueChanged, nullptr, node->value.text);
-    } else {
-        velReport(handle, node, velObjectDeleted, nullptr, nullptr);
-    }
-    if (hasChildren) {
-        return "velRemoveObjectH: removal of non-empty object, did you mean deleteObj?";
-    }
-    velSetFlags(handle, node, 0);
-    freeNode(handle, node);
-    return nullptr;
-}
-
-const char *velDeleteNode(velHandle *handle, velNode *node)
-{
-    // Deepest first and in order, without recursion: a file may nest as deep
-    // as it likes.
-    velNode *next = node;
-    for (;;) {
-        while (next->firstChild() != nullptr) {
-            next = next->firstChild();
-        }
-        if (next->isRoot()) {
-            return nullptr; // emptied, never removed
-        }
-        velNode *parent = next->parent;
-        const bool isLast = next == node;
-        if (const char *error = velRemoveNode(handle, next)) {
-            return error;
-        }
-        if (handle->interrupted != nullptr) {
-            return velTakeInterrupt(handle);
-        }
-        if (isLast || parent->inTable == 0) {
-            return nullptr;
-        }
-        next = parent;
-    }
-}
-
-const char *velRemoveObjectH(velHandle *handle, const char *path)
-try {
-    const velOperation operation(handle);
-    if (handle->root == nullptr) {
-        return "velRemoveObjectH: no database";
-    }
-    if (path == nullptr) {
-        return "velRemoveObjectH: full path failed";
-    }
-    velNode *node = velResolve(handle, path);
-    if (node == nullptr) {
-        return "velRemoveObjectH: entry not found";
-    }
-    const char *error = velRemoveNode(handle, node);
-    const char *interrupt = velTakeInterrupt(handle);
-    return error != nullptr ? error : interrupt;
-} catch (const std::bad_alloc &) {
-    return "velRemoveObjectH: full path failed";
-}
-
-const char *deleteObjH(velHandle *handle, const char *path)
-try {
-    const velOperation operation(handle);
-    velNode *node = velResolve(handle, path);
-    return node == nullptr ? "deleteObjH: unable to find parameter" : velDeleteNode(handle, node);
-} catch (const std::bad_alloc &) {
-    return "deleteObjH: unable to find parameter";
-}
-
-const char *deleteParamH(velHandle *handle, const char *path)
-try {
-    return velResolve(handle, path) == nullptr ? "deleteParamH: unable to find parameter"
-                                               : velRemoveObjectH(handle, path);
-} catch (const std::bad_alloc &) {
-    return "deleteParamH: unable to find parameter";
 }
