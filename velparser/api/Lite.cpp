@@ -64,9 +64,6 @@ constexpr LiteMethod methods[] = {
     {"cleanPath", liteCleanPath, "path"},
 };
 
-using my_cxt_t = LiteContext;
-START_MY_CXT
-
 constexpr int argumentCount(std::string_view usage)
 {
     return usage.empty() ? 0 : 1 + static_cast<int>(std::ranges::count(usage, ','));
@@ -125,23 +122,16 @@ void registerMethods(pTHX)
 
 void startContext(pTHX)
 {
-    MY_CXT_INIT;
-    MY_CXT.package = gv_stashpvs("VEL::Parser::Lite", GV_ADD);
-    SvREFCNT_inc_simple_void_NN(MY_CXT.package);
+    auto *context =
+        static_cast<LiteContext *>(Perl_my_cxt_init(aTHX_ & liteContextIndex, sizeof(LiteContext)));
+    *context = LiteContext{};
+    context->package = gv_stashpvs("VEL::Parser::Lite", GV_ADD);
+    SvREFCNT_inc_simple_void_NN(context->package);
 }
 
 } // namespace
 
-LiteContext &liteContext(pTHX)
-{
-    dMY_CXT;
-    return MY_CXT;
-}
-
-std::span<const LiteMethod> liteMethods()
-{
-    return methods;
-}
+int liteContextIndex = -1;
 
 } // namespace velparser
 

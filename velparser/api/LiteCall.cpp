@@ -27,12 +27,6 @@ void LiteCall::keepAlive(pTHX)
         sv_2mortal(SvREFCNT_inc_simple_NN(SvRV(argument(aTHX_ 0))));
 }
 
-const char *LiteCall::text(pTHX_ int i) const
-{
-    const char *text = byteText(aTHX_ argument(aTHX_ i));
-    return copyTexts_ ? SvPVX_const(sv_2mortal(newSVpv(text, 0))) : text;
-}
-
 std::int32_t LiteCall::integer(pTHX_ int i) const
 {
     using Limits = std::numeric_limits<std::int32_t>;
@@ -72,11 +66,9 @@ SV *LiteCall::output(pTHX_ int i) const
     return SvRV(value);
 }
 
-SV *LiteCall::message(pTHX_ const char *text) const
+void LiteCall::rethrow(pTHX)
 {
-    if (SV *error = takeHandlerError(aTHX))
-        croak_sv(sv_2mortal(error));
-    return text ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
+    croak_sv(sv_2mortal(takeHandlerError(aTHX)));
 }
 
 SV *LiteCall::number(pTHX_ IV value) const

@@ -33,19 +33,14 @@ int freeWithScalar(pTHX_ SV *, MAGIC *magic)
     return 0;
 }
 
-/// Marks the scalars that were made here; its address cannot be forged, as the
-/// number in them could.
-MGVTBL recordMagic = {nullptr,        nullptr, nullptr, nullptr,
-                      freeWithScalar, nullptr, nullptr, nullptr};
-
 MAGIC *findMagic(SV *scalar)
 {
     if (SvTYPE(scalar) < SVt_PVMG)
         return nullptr;
     MAGIC *first = SvMAGIC(scalar);
-    if (first && first->mg_virtual == &recordMagic)
+    if (first && first->mg_virtual == &liteRecordMagic)
         return first;
-    return mg_findext(scalar, PERL_MAGIC_ext, &recordMagic);
+    return mg_findext(scalar, PERL_MAGIC_ext, &liteRecordMagic);
 }
 
 /// The mark of an object of the package or a derived class; null for anything
@@ -61,6 +56,9 @@ MAGIC *findObjectMagic(pTHX_ SV *object)
 
 } // namespace
 
+MGVTBL liteRecordMagic = {nullptr,        nullptr, nullptr, nullptr,
+                          freeWithScalar, nullptr, nullptr, nullptr};
+
 SV *newLiteReference(pTHX_ velHandle *handle, bool owns)
 {
     LiteRecord *record = nullptr;
@@ -70,12 +68,12 @@ SV *newLiteReference(pTHX_ velHandle *handle, bool owns)
     if (owns)
         record->changeHandlers = newAV();
     SV *object = sv_setref_pv(newSV(0), packageName, record);
-    sv_magicext(SvRV(object), nullptr, PERL_MAGIC_ext, &recordMagic,
+    sv_magicext(SvRV(object), nullptr, PERL_MAGIC_ext, &liteRecordMagic,
                 reinterpret_cast<const char *>(record), 0);
     return object;
 }
 
-LiteRecord *liteRecord(pTHX_ SV *object)
+LiteRecord *findLiteRecord(pTHX_ SV *object)
 {
     const MAGIC *magic = findObjectMagic(aTHX_ object);
     return magic ? reinterpret_cast<LiteRecord *>(magic->mg_ptr) : nullptr;

@@ -100,6 +100,8 @@ SV *liteChangePath(pTHX_ LiteCall &call)
 SV *liteCleanPath(pTHX_ LiteCall &call)
 {
     const char *path = call.text(aTHX_ 0);
+    if (velIsCleanPath(path))
+        return call.string(aTHX_ path);
     return call.string(aTHX_ velCleanPath(path));
 }
 

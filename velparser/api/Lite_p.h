@@ -38,7 +38,13 @@ struct LiteContext
     AV *wrappers;     ///< owned; addresses of wrapping records with an action handler
 };
 
-[[nodiscard]] LiteContext &liteContext(pTHX);
+/// Its place among the contexts of all modules, the same in every interpreter.
+extern int liteContextIndex;
+
+[[nodiscard]] inline LiteContext &liteContext(pTHX)
+{
+    return *static_cast<LiteContext *>(PL_my_cxt_list[liteContextIndex]);
+}
 
 class LiteCall;
 
@@ -51,17 +57,30 @@ struct LiteMethod
     const char *usage;
 };
 
-[[nodiscard]] std::span<const LiteMethod> liteMethods();
-
 // --- Objects (LiteObject.cpp) -------------------------------------------------
 
 /// A new reference, blessed into VEL::Parser::Lite, to a record that owns or
 /// wraps `handle`. The caller owns the reference.
 [[nodiscard]] SV *newLiteReference(pTHX_ velHandle *handle, bool owns);
 
+/// Marks the scalars behind objects; its address cannot be forged, as the
+/// number in them could.
+extern MGVTBL liteRecordMagic;
+
 /// The record behind an object of VEL::Parser::Lite or a class derived from
 /// it; null for anything else, also for an object that DESTROY has emptied.
-[[nodiscard]] LiteRecord *liteRecord(pTHX_ SV *object);
+[[nodiscard]] LiteRecord *findLiteRecord(pTHX_ SV *object);
+[[nodiscard]] inline LiteRecord *liteRecord(pTHX_ SV *object)
+{
+    // Nearly always: an object of the package itself, with no other mark.
+    if (SvROK(object) && SvOBJECT(SvRV(object)) &&
+        SvSTASH(SvRV(object)) == liteContext(aTHX).package) {
+        const MAGIC *magic = SvMAGIC(SvRV(object));
+        if (magic && magic->mg_virtual == &liteRecordMagic)
+            return reinterpret_cast<LiteRecord *>(magic->mg_ptr);
+    }
+    return findLiteRecord(aTHX_ object);
+}
 
 /// Whether DESTROY has emptied the object before.
 [[nodiscard]] bool isEmptied(pTHX_ SV *object);
@@ -87,7 +106,11 @@ public:
     /// end.
     void keepAlive(pTHX);
 
-    [[nodiscard]] const char *text(pTHX_ int i) const;
+    [[nodiscard]] const char *text(pTHX_ int i) const
+    {
+        const char *text = byteText(aTHX_ argument(aTHX_ i));
+        return copyTexts_ ? SvPVX_const(sv_2mortal(newSVpv(text, 0))) : text;
+    }
     /// Clamped to 32 bits.
     [[nodiscard]] std::int32_t integer(pTHX_ int i) const;
     [[nodiscard]] bool truth(pTHX_ int i) const;
@@ -102,12 +125,20 @@ public:
     /// The message as a result, undef for null. Rethrows the error of a
     /// handler that died during the operation, so it must end every body that
     /// may have run one.
-    [[nodiscard]] SV *message(pTHX_ const char *text) const;
+    [[nodiscard]] SV *message(pTHX_ const char *text) const
+    {
+        const LiteContext &context = liteContext(aTHX);
+        if (context.handlerError || context.exitPending)
+            rethrow(aTHX);
+        return text ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
+    }
     [[nodiscard]] SV *number(pTHX_ IV value) const;
     /// Uses the calling operation's own scalar: valid until it runs again.
     [[nodiscard]] SV *string(pTHX_ std::string_view text) const;
 
 private:
+    [[noreturn]] static void rethrow(pTHX);
+
     const LiteMethod &method_;
     I32 first_;
     LiteRecord *record_;

@@ -127,7 +127,7 @@ bool isTrue(pTHX_ SV *value)
     return SvROK(value) || SvTRUE_nomg(value);
 }
 
-const char *byteText(pTHX_ SV *value)
+const char *makeByteText(pTHX_ SV *value)
 {
     SvGETMAGIC(value);
     if (SvPOK(value) && !SvUTF8(value))

@@ -85,6 +85,12 @@ struct PerlResult
 /// there is one above, the text's UTF-8 form; "" for undef. Valid while `value`
 /// and the current temporaries live. May run code, and so croak, for tied and
 /// overloaded values.
-[[nodiscard]] const char *byteText(pTHX_ SV *value);
+[[nodiscard]] const char *makeByteText(pTHX_ SV *value);
+[[nodiscard]] inline const char *byteText(pTHX_ SV *value)
+{
+    if (SvPOK(value) && !SvUTF8(value) && !SvGMAGICAL(value))
+        return SvPVX_const(value);
+    return makeByteText(aTHX_ value);
+}
 
 } // namespace velparser

@@ -55,6 +55,14 @@ void initPerlSystem()
     sigaction(SIGFPE, &handler, nullptr);
 }
 
+/// For an interpreter that has no locale of its own thread: it would write
+/// numbers as the process does.
+locale_t pointLocale()
+{
+    static const locale_t locale = newlocale(LC_NUMERIC_MASK, "C", duplocale(LC_GLOBAL_LOCALE));
+    return locale;
+}
+
 /// Perl sets the locale from the environment. The process gets its own back;
 /// Perl's stands aside for PerlLocale.
 class KeptLocale
@@ -68,10 +76,8 @@ public:
     ~KeptLocale()
     {
         perlLocale = uselocale(thread_);
-        // An interpreter without a locale of its own thread would count in the
-        // locale of the process.
         if (perlLocale == LC_GLOBAL_LOCALE)
-            perlLocale = newlocale(LC_NUMERIC_MASK, "C", duplocale(LC_GLOBAL_LOCALE));
+            perlLocale = pointLocale();
         setlocale(LC_ALL, process_.c_str());
     }
     KeptLocale(const KeptLocale &) = delete;
