@@ -44,13 +44,15 @@ private:
 // 1. The loaded file becomes the backup.
 // 2. The target is opened, which empties it where it is another file.
 // 3. The data is formatted and written.
-// 4. A target that is not complete is removed if the backup stands: the next
-//    save would otherwise put it in the backup's place.
+// 4. A target that was made here and is not complete is removed: the next save
+//    would otherwise put it in the backup's place.
 SaveResult writeCommandFile(const std::string &loaded, const std::string &target)
 {
     const Permissions permissions(loaded);
-    const bool backedUp = std::rename(loaded.c_str(), (target + ".bak").c_str()) == 0;
+    static_cast<void>(std::rename(loaded.c_str(), (target + ".bak").c_str()));
 
+    std::error_code unknown;
+    const bool isNew = !std::filesystem::exists(target, unknown) && !unknown;
     TextFile file(target);
     velStringList lines;
     const char *failure = velparser::getFormattedVEL("/", lineWidth, &lines);
@@ -67,8 +69,8 @@ SaveResult writeCommandFile(const std::string &loaded, const std::string &target
     const bool complete = file.close() && failure == nullptr;
     if (complete)
         return {SaveOutcome::Written, std::string()};
-    if (backedUp)
-        std::remove(target.c_str());
+    if (isNew)
+        static_cast<void>(std::remove(target.c_str()));
     return {SaveOutcome::Failed, failure != nullptr ? failure : file.error()};
 }
 

@@ -1,0 +1,246 @@
+// The message dialogs and the boxes themselves, as they are on screen.
+#include "veleditor/tests/EditorTest.h"
+
+#include "veleditor/src/MessageDialog.h"
+
+#include <QFile>
+#include <QLabel>
+#include <QPushButton>
+#include <QTextEdit>
+
+using namespace velEditor;
+
+class DialogsTest : public EditorTest
+{
+    Q_OBJECT
+
+private:
+    static QStringList labels(const QWidget &window);
+    static QStringList buttons(const QWidget &window);
+    static MessageBox question();
+
+private slots:
+    void showsErrors();
+    void asksAboutErrors();
+    void showsUpgradeMessages();
+    void writesMessagesToAFile();
+    void writesNothingWhenCancelled();
+    void saysWhenMessagesCannotBeWritten();
+    void showsBoxesAsTheyAre();
+    void keepsButtonsInTheirOrder();
+    void pressesTheDefaultButtonOnReturn();
+    void staysOnEscapeAndFrame();
+    void closesAnOkBoxOnEscape();
+    void keepsABoxWithOneGivenButtonOpen();
+    void takesNoAsDefaultAnswer();
+};
+
+QStringList DialogsTest::labels(const QWidget &window)
+{
+    QStringList texts;
+    for (const QLabel *label : window.findChildren<QLabel *>()) {
+        if (!label->text().isEmpty())
+            texts.append(label->text());
+    }
+    return texts;
+}
+
+// From left to right.
+QStringList DialogsTest::buttons(const QWidget &window)
+{
+    QList<QPushButton *> found = window.findChildren<QPushButton *>();
+    std::sort(found.begin(), found.end(), [&](const QPushButton *a, const QPushButton *b) {
+        return a->mapTo(&window, QPoint()).x() < b->mapTo(&window, QPoint()).x();
+    });
+    QStringList texts;
+    for (const QPushButton *button : found)
+        texts.append(button->text());
+    return texts;
+}
+
+void DialogsTest::showsErrors()
+{
+    ErrorDialog dialog(nullptr, "Errors", "first <b>line</b>\nsecond", false);
+    dialog.setAttribute(Qt::WA_DeleteOnClose, false);
+    dialog.show();
+    QCOMPARE(dialog.objectName(), QString("Errors"));
+    QCOMPARE(dialog.windowTitle(), QString("Command File Errors"));
+    QCOMPARE(labels(dialog),
+             QStringList("The following errors were encountered during validation:"));
+    QCOMPARE(buttons(dialog), QStringList({"&Ok", "&Write Error Messages to File"}));
+    QVERIFY(!dialog.isModal());
+    QCOMPARE(dialog.size(), QSize(600, 300));
+    auto *area = dialog.findChild<QTextEdit *>();
+    QVERIFY(area->isReadOnly());
+    QCOMPARE(area->toPlainText(), QString("first <b>line</b>\nsecond"));
+    pressButton(dialog, "Ok");
+    QCOMPARE(dialog.result(), static_cast<int>(QDialog::Accepted));
+}
+
+void DialogsTest::asksAboutErrors()
+{
+    ErrorDialog dialog(nullptr, "Errors", "x", true);
+    dialog.show();
+    QCOMPARE(labels(dialog),
+             QStringList({"The following errors were encountered during validation:",
+                          "Would you like to save this file including the errors?"}));
+    QCOMPARE(buttons(dialog), QStringList({"&Yes", "&No", "&Write Error Messages to File"}));
+    QVERIFY(dialog.isModal());
+    pressButton(dialog, "Yes");
+    QCOMPARE(dialog.result(), static_cast<int>(QDialog::Accepted));
+    dialog.show();
+    pressButton(dialog, "No");
+    QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
+}
+
+void DialogsTest::showsUpgradeMessages()
+{
+    VELUpgradeMessagesDialog dialog(nullptr, "Command File Updates", "changed");
+    dialog.setAttribute(Qt::WA_DeleteOnClose, false);
+    dialog.show();
+    QCOMPARE(dialog.windowTitle(), QString("VEL Upgrade Messages"));
+    QCOMPARE(labels(dialog),
+             QStringList("The following messages were generated when upgrading the VEL:"));
+    QCOMPARE(buttons(dialog), QStringList({"&Ok", "&Write VEL Upgrade Messages to File"}));
+    setFileNameAnswers([](const QString &, const QString &proposal) {
+        return proposal == "upgrademessages.txt" ? QString() : QString("wrong proposal");
+    });
+    pressButton(dialog, "WriteToFile");
+}
+
+void DialogsTest::writesMessagesToAFile()
+{
+    const QString file = newFile("messages.txt", "something much longer that was there before");
+    ErrorDialog dialog(nullptr, "Errors", "first\nsec\xC2\xA0ond \xC3\xA4", false);
+    dialog.show();
+    QStringList asked;
+    setFileNameAnswers([&](const QString &title, const QString &proposal) {
+        asked << title << proposal;
+        return file;
+    });
+    pressButton(dialog, "WriteToFile");
+    QCOMPARE(asked, QStringList({"Select File", "errormessages.txt"}));
+    QCOMPARE(contentOf(file), QByteArray("first\nsec\xC2\xA0ond \xC3\xA4"));
+    QVERIFY(dialog.isVisible());
+    dialog.setAttribute(Qt::WA_DeleteOnClose, false);
+}
+
+void DialogsTest::writesNothingWhenCancelled()
+{
+    ErrorDialog dialog(nullptr, "Errors", "x", true);
+    dialog.show();
+    setFileNameAnswers([](const QString &, const QString &) { return QString(); });
+    pressButton(dialog, "WriteToFile");
+    QVERIFY(dialog.isVisible());
+    QVERIFY(!QFile::exists("errormessages.txt"));
+}
+
+void DialogsTest::saysWhenMessagesCannotBeWritten()
+{
+    ErrorDialog dialog(nullptr, "Errors", "x", true);
+    dialog.show();
+    const QString file = folder() + "/absent/messages.txt";
+    setFileNameAnswers([&](const QString &, const QString &) { return file; });
+    answer();
+    pressButton(dialog, "WriteToFile");
+    QCOMPARE(boxes, QStringList("Error Writing File\nUnable to write the messages to\n  " + file +
+                                "\nNo such file or directory\n"));
+    QVERIFY(dialog.isVisible());
+}
+
+MessageBox DialogsTest::question()
+{
+    setBoxAnswers({}); // the real ones
+    MessageBox box;
+    box.icon = QMessageBox::Warning;
+    box.title = "Title";
+    box.text = "One <b>line</b>\nand another";
+    box.buttons = QStringList{"&First", "&Second", "&Third"};
+    return box;
+}
+
+void DialogsTest::showsBoxesAsTheyAre()
+{
+    onDialog<QMessageBox>([](QMessageBox &box) {
+        QCOMPARE(box.windowTitle(), QString("Title"));
+        QCOMPARE(box.text(), QString("One <b>line</b>\nand another"));
+        QCOMPARE(box.textFormat(), Qt::PlainText);
+        QCOMPARE(box.icon(), QMessageBox::Warning);
+        box.buttons().first()->click();
+    });
+    QCOMPARE(ask(nullptr, question()), 0);
+}
+
+void DialogsTest::keepsButtonsInTheirOrder()
+{
+    for (int i = 0; i < 3; ++i) {
+        onDialog<QMessageBox>([&](QMessageBox &box) {
+            const QStringList texts{"&First", "&Second", "&Third"};
+            QCOMPARE(buttons(box), texts);
+            for (QAbstractButton *button : box.buttons()) {
+                if (button->text() == texts[i])
+                    QTest::mouseClick(button, Qt::LeftButton);
+            }
+        });
+        QCOMPARE(ask(nullptr, question()), i);
+    }
+}
+
+void DialogsTest::pressesTheDefaultButtonOnReturn()
+{
+    onDialog<QMessageBox>([](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Return); });
+    MessageBox box = question();
+    box.defaultButton = 1;
+    QCOMPARE(ask(nullptr, box), 1);
+}
+
+void DialogsTest::staysOnEscapeAndFrame()
+{
+    onDialog<QMessageBox>([](QMessageBox &box) {
+        QTest::keyClick(&box, Qt::Key_Escape);
+        QVERIFY(box.isVisible());
+        box.close();
+        QVERIFY(box.isVisible());
+        box.reject(); // as the application does when it fails
+    });
+    QCOMPARE(ask(nullptr, question()), -1);
+}
+
+void DialogsTest::closesAnOkBoxOnEscape()
+{
+    setBoxAnswers({});
+    onDialog<QMessageBox>([](QMessageBox &box) {
+        QCOMPARE(box.buttons().size(), 1);
+        QTest::keyClick(&box, Qt::Key_Escape);
+    });
+    warn(nullptr, "Title", "Text");
+}
+
+void DialogsTest::keepsABoxWithOneGivenButtonOpen()
+{
+    MessageBox box = question();
+    box.buttons = QStringList{"Continue"};
+    onDialog<QMessageBox>([](QMessageBox &window) {
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QVERIFY(window.isVisible());
+        QTest::keyClick(&window, Qt::Key_Return);
+    });
+    QCOMPARE(ask(nullptr, box), 0);
+}
+
+void DialogsTest::takesNoAsDefaultAnswer()
+{
+    setBoxAnswers({});
+    for (const int key : {Qt::Key_Return, Qt::Key_Escape}) {
+        onDialog<QMessageBox>([&](QMessageBox &box) {
+            QCOMPARE(box.icon(), QMessageBox::Question);
+            QTest::keyClick(&box, static_cast<Qt::Key>(key));
+        });
+        QVERIFY(!askYesNo(nullptr, "Title", "Text"));
+    }
+    onDialog<QMessageBox>([](QMessageBox &box) { box.button(QMessageBox::Yes)->click(); });
+    QVERIFY(askYesNo(nullptr, "Title", "Text"));
+}
+
+VEL_EDITOR_TEST(DialogsTest)
+#include "Dialogs_test.moc"

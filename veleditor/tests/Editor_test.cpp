@@ -1,0 +1,574 @@
+// The main window: loading, saving, validating, closing.
+#include "veleditor/tests/EditorTest.h"
+
+#include "common/error.h"
+#include "veleditor/src/MessageDialog.h"
+#include "veleditor/tests/TreeText.h"
+#include "velparser/api/velparser.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProcess>
+#include <QTextEdit>
+
+#include <clocale>
+#include <csignal>
+#include <string_view>
+
+#include <sys/resource.h>
+
+using namespace velEditor;
+
+class EditorWindowTest : public EditorTest
+{
+    Q_OBJECT
+
+private:
+    /// Replaces a Perl routine by one with this body.
+    void replaceRoutine(const QByteArray &name, const QByteArray &body);
+    void changeSomething();
+    /// Makes a locale with a decimal comma the process's own.
+    bool takeCommaLocale();
+    /// Closes the window and tells whether it has gone.
+    bool closes();
+
+private slots:
+    void showsTheFileInItsTitle();
+    void hasItsFont();
+    void hasIcons();
+    void doesWithoutItsEnvironment();
+    void welcomesTheUser();
+    void goesOnWithoutLibraries();
+    void throwsWhenTheFileCannotBeLoaded_data();
+    void throwsWhenTheFileCannotBeLoaded();
+    void goesOnWithoutUnitsAndBounds();
+    void offersEverythingInItsMenus();
+    void fitsTheTreeIntoTheWindow();
+    void savesAndKeepsTheFormerFile();
+    void savesLinesOf79Columns();
+    void savesEveryByteAsItWas();
+    void savesTheSameUnderACommaLocale();
+    void keepsThePermissionsOfTheFile();
+    void savesToAnotherName();
+    void asksBeforeSavingErrors();
+    void saysWhenItCannotOpenTheTarget();
+    void saysWhenItCannotWriteAll();
+    void keepsTheBackupThroughFailedSaves();
+    void saysThatAllIsValid();
+    void showsWhatIsNotValid();
+    void closesAtOnceWithoutChanges();
+    void closesByKey();
+    void staysWhenTheUserContinues();
+    void quitsWithoutSaving();
+    void savesAndQuits();
+    void staysWhenTheUserDeclinesToSaveErrors();
+    void staysWhenSavingFellShort();
+    void allowsLittleInSafeMode();
+};
+
+namespace {
+
+const char title[] = "/FLOW:Analysis/Title";
+const char ductFormatted[] = "LANGUAGE:\n"
+                             "  Version = 2.1\n"
+                             "END\n"
+                             "FLOW: Analysis\n"
+                             "  Title = Second run\n"
+                             "  Run Mode = Steady\n"
+                             "  EXPERT PARAMETERS:\n"
+                             "    max loops = 3\n"
+                             "    solver build = 17\n"
+                             "  END\n"
+                             "  DOMAIN: Duct\n"
+                             "    Kind = Fluid\n"
+                             "    Location = B1, B2\n"
+                             "    Reference Pressure = 1\n"
+                             "    Trace Level = 2\n"
+                             "    BOUNDARY: in\n"
+                             "      Kind = Inlet\n"
+                             "      Mass Flow Rate = 0.5\n"
+                             "    END\n"
+                             "    BOUNDARY: out\n"
+                             "      Kind = Outlet\n"
+                             "    END\n"
+                             "  END\n"
+                             "END\n";
+
+// Files of this process cannot grow beyond a size, as on a full disk.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        rlimit limit = before_;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+private:
+    rlimit before_{};
+};
+
+QString menuText(const QMenu &menu)
+{
+    QString text;
+    for (const QAction *entry : menu.actions()) {
+        text += entry->isSeparator() ? QString("--") : entry->text();
+        if (!entry->shortcut().isEmpty())
+            text += "  " + entry->shortcut().toString();
+        text += u'\n';
+    }
+    return text;
+}
+
+} // namespace
+
+void EditorWindowTest::replaceRoutine(const QByteArray &name, const QByteArray &body)
+{
+    const QString script = newFile("replace.pl", "require VEL::Validate; require API;\n"
+                                                 "no warnings;\n*" +
+                                                     name + " = sub {" + body + "};\n1;\n");
+    int status = 0;
+    QCOMPARE(velparser::runPerlScript(script.toStdString(), {}, &status), nullptr);
+}
+
+void EditorWindowTest::changeSomething()
+{
+    QCOMPARE(velparser::setStringValue(title, "Second run"), nullptr);
+    tree().setModified();
+}
+
+bool EditorWindowTest::takeCommaLocale()
+{
+    QProcess::execute("localedef", {"-i", "de_DE", "-f", "UTF-8", folder() + "/de_DE.UTF-8"});
+    qputenv("LOCPATH", folder().toUtf8());
+    return std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr &&
+           std::string_view(std::localeconv()->decimal_point) == ",";
+}
+
+bool EditorWindowTest::closes()
+{
+    editor().close();
+    return !editor().isVisible();
+}
+
+void EditorWindowTest::showsTheFileInItsTitle()
+{
+    const QString file = copyOf("duct.vel");
+    QCOMPARE(open(file).windowTitle(), file);
+}
+
+void EditorWindowTest::hasItsFont()
+{
+    open(copyOf("duct.vel"));
+    QCOMPARE(editor().font().family(), QString("Helvetica"));
+    QCOMPARE(editor().font().pointSize(), 12);
+    QCOMPARE(editor().font().weight(), static_cast<int>(QFont::Normal));
+    QVERIFY(!editor().font().italic());
+}
+
+void EditorWindowTest::hasIcons()
+{
+    open(copyOf("duct.vel"));
+    QCOMPARE(editor().windowIcon().availableSizes(),
+             QList<QSize>({QSize(16, 16), QSize(32, 32), QSize(48, 48)}));
+}
+
+void EditorWindowTest::doesWithoutItsEnvironment()
+{
+    qunsetenv("ZOT5ROOT");
+    open(copyOf("duct.vel"));
+    QVERIFY(editor().windowIcon().isNull());
+}
+
+void EditorWindowTest::welcomesTheUser()
+{
+    qputenv("ZOTBUILDID", "7.1");
+    open(copyOf("duct.vel"));
+    const QLabel *welcome = nullptr;
+    for (const QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == "Welcome")
+            welcome = qobject_cast<const QLabel *>(window);
+    }
+    QVERIFY(welcome != nullptr);
+    QVERIFY(!welcome->isVisible());
+    QCOMPARE(welcome->text(),
+             QString("Welcome to the Command File Editor.\n\nInitialising database.\n"));
+    QCOMPARE(welcome->windowTitle(), QString("ZOT-7.1"));
+    QCOMPARE(welcome->margin(), 10);
+    QCOMPARE(welcome->pos(), QPoint(300, 300));
+}
+
+void EditorWindowTest::goesOnWithoutLibraries()
+{
+    qputenv("ZOT5_VEL_LIBS", "absent.vel");
+    answer();
+    open(copyOf("duct.vel"));
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY2(boxes.first().startsWith("Command File Library Errors\nThe following errors were "
+                                      "encountered reading \nCommand File Library files:\n\n"
+                                      "Error reading library file "),
+             qPrintable(boxes.first()));
+    QVERIFY(treeText(tree()).contains("Title = First run"));
+}
+
+void EditorWindowTest::throwsWhenTheFileCannotBeLoaded_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("syntax") << QByteArray("FLOW: A\nnonsense\nEND\n")
+                            << "parseVELLineH: syntax error near \"nonsense\"";
+    QTest::newRow("open block") << QByteArray("FLOW: A\n") << "1 missing END statement(s) in input";
+    QTest::newRow("junk") << QByteArray("\x7f"
+                                        "ELF\x02\x01\x01\0\0\xff\xfe",
+                                        11)
+                          << "parseVELLineH: syntax error near ";
+}
+
+void EditorWindowTest::throwsWhenTheFileCannotBeLoaded()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, message);
+    const QString file = newFile("bad.vel", content);
+    QString thrown;
+    try {
+        open(file);
+    } catch (const fileError &failure) {
+        thrown = QString::fromStdString(failure.message());
+    }
+    QVERIFY2(thrown.startsWith(message), qPrintable(thrown));
+}
+
+void EditorWindowTest::goesOnWithoutUnitsAndBounds()
+{
+    replaceRoutine("VEL::Validate::setUnitsChecking", "return 'no units here'");
+    replaceRoutine("VEL::Validate::setBoundsChecking", "return 'no bounds here'");
+    answer();
+    answer();
+    open(copyOf("duct.vel"));
+    QCOMPARE(boxes, QStringList({"Units Checking Disabled\nErrors were encountered initialising "
+                                 "units checking. \nThe program will continue but units checking "
+                                 "will \nbe disabled.\n\nno units here\n",
+                                 "Bounds Checking Disabled\nErrors were encountered initialising "
+                                 "bounds checking. \nThe program will continue but bounds checking "
+                                 "will \nbe disabled.\n\nno bounds here\n"}));
+}
+
+void EditorWindowTest::offersEverythingInItsMenus()
+{
+    open(copyOf("duct.vel"));
+    auto *bar = editor().findChild<QMenuBar *>();
+    QStringList titles;
+    QString text;
+    for (const QAction *menu : bar->actions()) {
+        titles.append(menu->isSeparator() ? QString("--") : menu->text());
+        if (menu->menu() != nullptr)
+            text += menuText(*menu->menu()) + u'\n';
+    }
+    QCOMPARE(titles, QStringList({"&File", "&Edit", "--", "&Help"}));
+    QCOMPARE(text, QString("&Save  Ctrl+S\n"
+                           "&Validate  Ctrl+V\n"
+                           "&Exit  Ctrl+Q\n"
+                           "\n"
+                           "&Add Parameter  Ctrl+A\n"
+                           "&Edit Parameter  Ctrl+E\n"
+                           "&Delete Parameter  Ctrl+D\n"
+                           "Add Expert &Parameter Section  Ctrl+P\n"
+                           "--\n"
+                           "&Find  Ctrl+F\n"
+                           "Find &Next  Ctrl+N\n"
+                           "\n"
+                           "On ZOT &Solver File Editor\n"
+                           "On &Expert Parameters\n"
+                           "--\n"
+                           "&Contents\n"
+                           "&Tutorials\n"
+                           "&Search\n"
+                           "--\n"
+                           "&Help On Help\n"
+                           "\n"));
+}
+
+void EditorWindowTest::fitsTheTreeIntoTheWindow()
+{
+    open(copyOf("duct.vel"));
+    QCOMPARE(editor().geometry(), QRect(100, 100, 800, 600));
+    QCOMPARE(tree().geometry(), QRect(10, 40, 785, 550));
+    QCOMPARE(tree().columnWidth(0), 800 - 400 - 15);
+    QVERIFY(editor().findChild<QMenuBar *>()->height() <= 40);
+    QVERIFY(editor().findChild<QMenuBar *>()->width() >= 800);
+
+    tree().setColumnWidth(1, 100);
+    editor().resize(10, 10);
+    QCOMPARE(editor().size(), QSize(300, 200));
+    QCOMPARE(tree().geometry(), QRect(10, 40, 285, 150));
+    QCOMPARE(tree().columnWidth(0), 300 - 100 - 15);
+
+    // No room is left for the names: their column stays as it is.
+    tree().setColumnWidth(1, 400);
+    editor().resize(320, 200);
+    QCOMPARE(tree().columnWidth(0), 300 - 100 - 15);
+}
+
+void EditorWindowTest::savesAndKeepsTheFormerFile()
+{
+    open(copyOf("duct.vel"));
+    const QByteArray before = contentOf(file());
+    changeSomething();
+    QCOMPARE(editor().windowTitle(), file() + " - Modified");
+    press("Ctrl+S");
+    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
+    QCOMPARE(contentOf(file() + ".bak"), before);
+    QCOMPARE(editor().windowTitle(), file());
+    QVERIFY(!tree().isModified());
+
+    // The next one puts the last state in the place of the older backup.
+    editor().doSave();
+    QCOMPARE(contentOf(file() + ".bak"), QByteArray(ductFormatted));
+}
+
+void EditorWindowTest::savesLinesOf79Columns()
+{
+    const QByteArray words = QByteArray("words ").repeated(60).trimmed();
+    open(newFile("long.vel", "FLOW: A\nTitle = " + words + "\nEND\n"));
+    QVERIFY(editor().save(file().toStdString()));
+    const QByteArrayList lines = contentOf(file()).split('\n');
+    QVERIFY(lines.size() > 5);
+    for (const QByteArray &line : lines)
+        QVERIFY(line.size() <= 79);
+    QVERIFY(lines[1].endsWith('\\'));
+    QVERIFY(lines[2].startsWith("    words"));
+}
+
+void EditorWindowTest::savesEveryByteAsItWas()
+{
+    const QByteArray content = "FLOW: A\n  Title = \xC3\xA4 \xE4 \x80\xFF\tx\n"
+                               "  Run Mode = \xF0\x9F\x8C\x80\nEND\n";
+    open(newFile("bytes.vel", content));
+    QVERIFY(editor().save(file().toStdString()));
+    QByteArray expected = content;
+    QCOMPARE(contentOf(file()), expected.replace('\t', ' ')); // white space runs become a blank
+}
+
+void EditorWindowTest::savesTheSameUnderACommaLocale()
+{
+    if (!takeCommaLocale())
+        QSKIP("this system can make no locale with a decimal comma");
+    open(copyOf("duct.vel"));
+    changeSomething();
+    QVERIFY(editor().save(file().toStdString()));
+    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
+}
+
+void EditorWindowTest::keepsThePermissionsOfTheFile()
+{
+    open(copyOf("duct.vel"));
+    const auto owner = QFile::ReadOwner | QFile::WriteOwner;
+    QVERIFY(QFile::setPermissions(file(), owner));
+    QVERIFY(editor().save(file().toStdString()));
+    QCOMPARE(QFile::permissions(file()) & (owner | QFile::ReadGroup | QFile::ReadOther), owner);
+}
+
+void EditorWindowTest::savesToAnotherName()
+{
+    open(copyOf("duct.vel"));
+    const QByteArray before = contentOf(file());
+    changeSomething();
+    const QString target = folder() + "/copy.vel";
+    QVERIFY(editor().save(target.toStdString()));
+    QCOMPARE(contentOf(target), QByteArray(ductFormatted));
+    // Kept: it is the loaded file that becomes the backup.
+    QVERIFY(!QFile::exists(file()));
+    QCOMPARE(contentOf(target + ".bak"), before);
+}
+
+void EditorWindowTest::asksBeforeSavingErrors()
+{
+    open(copyOf("duct.vel"));
+    const QByteArray before = contentOf(file());
+    QCOMPARE(velparser::setStringValue("/FLOW:Analysis/DOMAIN:Duct/Kind", "Plasma"), nullptr);
+    tree().setModified();
+
+    onDialog<ErrorDialog>([&](ErrorDialog &dialog) {
+        QVERIFY(dialog.isModal());
+        QVERIFY(dialog.findChild<QTextEdit *>()->toPlainText().contains("[not-allowed]"));
+        pressButton(dialog, "No");
+    });
+    QVERIFY(!editor().save(file().toStdString()));
+    QCOMPARE(contentOf(file()), before);
+    QVERIFY(!QFile::exists(file() + ".bak"));
+    QVERIFY(tree().isModified());
+
+    onDialog<ErrorDialog>([](ErrorDialog &dialog) { dialog.close(); });
+    QVERIFY(!editor().save(file().toStdString()));
+    QVERIFY(!QFile::exists(file() + ".bak"));
+
+    onDialog<ErrorDialog>([](ErrorDialog &dialog) { pressButton(dialog, "Yes"); });
+    QVERIFY(editor().save(file().toStdString()));
+    QVERIFY(contentOf(file()).contains("Kind = Plasma"));
+    QCOMPARE(contentOf(file() + ".bak"), before);
+    QVERIFY(!tree().isModified());
+}
+
+void EditorWindowTest::saysWhenItCannotOpenTheTarget()
+{
+    open(copyOf("duct.vel"));
+    changeSomething();
+    const QString target = folder() + "/absent/duct.vel";
+    answer();
+    QVERIFY(editor().save(target.toStdString())); // kept: it counts as saved
+    QCOMPARE(boxes,
+             QStringList("Error Saving File\nUnable to save your modifications to\n  " + target +
+                         "\nThis may be due to the OMBRA ZOT-Solver run having "
+                         "completed.\n"));
+    QCOMPARE(editor().windowTitle(), file() + " - Modified");
+}
+
+void EditorWindowTest::saysWhenItCannotWriteAll()
+{
+    open(copyOf("duct.vel"));
+    const QByteArray before = contentOf(file());
+    changeSomething();
+    answer();
+    {
+        const FileSizeLimit limit(100);
+        QVERIFY(!editor().save(file().toStdString()));
+    }
+    QCOMPARE(boxes,
+             QStringList("Error Saving File\nUnable to save your modifications to\n  " + file() +
+                         "\nFile too large\nYour modifications are still in the "
+                         "editor.\n"));
+    QCOMPARE(contentOf(file() + ".bak"), before);
+    QVERIFY(tree().isModified());
+}
+
+void EditorWindowTest::keepsTheBackupThroughFailedSaves()
+{
+    open(copyOf("duct.vel"));
+    const QByteArray before = contentOf(file());
+    changeSomething();
+    {
+        const FileSizeLimit limit(100);
+        for (int i = 0; i < 2; ++i) {
+            answer();
+            QVERIFY(!editor().save(file().toStdString()));
+        }
+    }
+    QCOMPARE(contentOf(file() + ".bak"), before);
+    QVERIFY(editor().save(file().toStdString()));
+    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
+    QCOMPARE(contentOf(file() + ".bak"), before);
+}
+
+void EditorWindowTest::saysThatAllIsValid()
+{
+    open(copyOf("duct.vel"));
+    answer();
+    press("Ctrl+V");
+    QCOMPARE(boxes, QStringList("Validation Successful\nNo Errors were found during "
+                                "validation\n\n&Ok"));
+}
+
+void EditorWindowTest::showsWhatIsNotValid()
+{
+    open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
+    press("Ctrl+V");
+    auto *errors = visible<ErrorDialog>();
+    QVERIFY(errors != nullptr);
+    QVERIFY(!errors->isModal());
+    QCOMPARE(errors->objectName(), QString("Errors"));
+    QVERIFY(errors->findChild<QTextEdit *>()->toPlainText().startsWith(
+        "/FLOW:A/DOMAIN:D: required parameter \"Kind\" is missing"));
+    pressButton(*errors, "Ok");
+    QCOMPARE(visible<ErrorDialog>(), nullptr);
+}
+
+void EditorWindowTest::closesAtOnceWithoutChanges()
+{
+    open(copyOf("duct.vel"));
+    QVERIFY(closes());
+    QVERIFY(boxes.isEmpty());
+}
+
+void EditorWindowTest::closesByKey()
+{
+    open(copyOf("duct.vel"));
+    press("Ctrl+Q");
+    QVERIFY(!editor().isVisible());
+}
+
+void EditorWindowTest::staysWhenTheUserContinues()
+{
+    open(copyOf("duct.vel"));
+    changeSomething();
+    for (const int button : {2, -1}) {
+        answer(button);
+        QVERIFY(!closes());
+    }
+    QCOMPARE(boxes.first(), QString("Unsaved Changes\nYou have made changes that have not been "
+                                    "saved.\nWould you like to:\n&Save and Quit | &Quit Without "
+                                    "Saving | &Continue Working"));
+    QVERIFY(tree().isModified());
+}
+
+void EditorWindowTest::quitsWithoutSaving()
+{
+    open(copyOf("duct.vel"));
+    const QByteArray before = contentOf(file());
+    changeSomething();
+    answer(1);
+    QVERIFY(closes());
+    QCOMPARE(boxes.size(), 1);
+    QCOMPARE(contentOf(file()), before);
+    QVERIFY(!QFile::exists(file() + ".bak"));
+}
+
+void EditorWindowTest::savesAndQuits()
+{
+    open(copyOf("duct.vel"));
+    changeSomething();
+    answer(0);
+    QVERIFY(closes());
+    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
+}
+
+void EditorWindowTest::staysWhenTheUserDeclinesToSaveErrors()
+{
+    open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
+    tree().setModified();
+    answer(0);
+    onDialog<ErrorDialog>([](ErrorDialog &dialog) { pressButton(dialog, "No"); });
+    QVERIFY(!closes());
+    QVERIFY(!QFile::exists(file() + ".bak"));
+}
+
+void EditorWindowTest::staysWhenSavingFellShort()
+{
+    open(copyOf("duct.vel"));
+    changeSomething();
+    answer(0);
+    answer();
+    const FileSizeLimit limit(100);
+    QVERIFY(!closes());
+    QVERIFY(tree().isModified());
+}
+
+void EditorWindowTest::allowsLittleInSafeMode()
+{
+    open(copyOf("duct.vel"), true);
+    QCOMPARE(editor().windowTitle(), file() + " - Safe Mode");
+    QVERIFY(row("/FLOW:Analysis/Run Mode").isEditable());
+    QVERIFY(!row(title).isEditable());
+    QCOMPARE(treeText(tree()).count(" *"), 1);
+    changeSomething();
+    QCOMPARE(editor().windowTitle(), file() + " - Safe Mode - Modified");
+}
+
+VEL_EDITOR_TEST(EditorWindowTest)
+#include "Editor_test.moc"

@@ -1,0 +1,205 @@
+// Searching the tree.
+#include "veleditor/tests/EditorTest.h"
+
+#include "veleditor/src/FindDialog.h"
+
+#include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
+#include <QPushButton>
+
+using namespace velEditor;
+
+class FindDialogTest : public EditorTest
+{
+    Q_OBJECT
+
+private:
+    FindDialog &dialog();
+    /// The path of the selected row.
+    QString found();
+    static QString notFound(const QString &text);
+    void search(const QString &text);
+
+private slots:
+    void isModalWithoutALoop();
+    void findsWhatIsInClosedBranches();
+    void findsTheNextMatchAndWrapsAround();
+    void looksAtLabelsAndValues();
+    void startsBehindTheSelection();
+    void neverFindsASingleLetter();
+    void keepsTheTextForTheNextTime();
+    void findsOnWithoutTheDialog();
+    void startsAnewAfterARebuild();
+    void startsAnewAfterItsRowWasDeleted();
+};
+
+FindDialog &FindDialogTest::dialog()
+{
+    auto *dialog = visible<FindDialog>();
+    if (dialog == nullptr)
+        qFatal("the dialog is not there");
+    return *dialog;
+}
+
+QString FindDialogTest::found()
+{
+    const VELTreeItem *item = tree().selectedItem();
+    return item != nullptr ? QString::fromStdString(item->path()) : QString();
+}
+
+QString FindDialogTest::notFound(const QString &text)
+{
+    return "Not Found\nThe string \"" + text +
+           "\" was not found.\nThe next search will start at the top of the tree.\n\n";
+}
+
+void FindDialogTest::search(const QString &text)
+{
+    auto *entry = dialog().findChild<QLineEdit *>();
+    entry->setText(text);
+    QTest::keyClick(entry, Qt::Key_Return);
+}
+
+void FindDialogTest::isModalWithoutALoop()
+{
+    open(copyOf("duct.vel"));
+    press("Ctrl+F");
+    QVERIFY(dialog().isModal());
+    QCOMPARE(dialog().objectName(), QString("Find"));
+    QCOMPARE(dialog().windowTitle(), QString("Find"));
+    QCOMPARE(dialog().findChild<QLabel *>()->text(), QString("Enter the string to find:"));
+    QCOMPARE(dialog().findChild<QPushButton *>("FindButton")->text(), QString("&Find"));
+    QCOMPARE(dialog().findChild<QPushButton *>("Close")->text(), QString("&Close"));
+    QCOMPARE(dialog().layout()->spacing(), 10);
+    QCOMPARE(dialog().width(), 300);
+    pressButton(dialog(), "Close");
+    QCOMPARE(visible<FindDialog>(), nullptr);
+}
+
+void FindDialogTest::findsWhatIsInClosedBranches()
+{
+    open(copyOf("duct.vel"));
+    tree().doFind();
+    search("mass flow");
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Mass Flow Rate"));
+    QVERIFY(row("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in").isExpanded());
+    QVERIFY(row("/FLOW:Analysis").isExpanded());
+    QVERIFY(!row("/LANGUAGE").isExpanded());
+}
+
+void FindDialogTest::findsTheNextMatchAndWrapsAround()
+{
+    open(copyOf("duct.vel"));
+    tree().doFind();
+    search("kind");
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/Kind"));
+    search("kind");
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind"));
+    search("kind");
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:out/Kind"));
+    // That was the very last row of the tree.
+    answer();
+    search("kind");
+    QCOMPARE(boxes, QStringList(notFound("kind")));
+    search("kind");
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/Kind"));
+}
+
+void FindDialogTest::looksAtLabelsAndValues()
+{
+    open(copyOf("duct.vel"));
+    tree().doFind();
+    search("DOMAIN : D");
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct"));
+    search("b1, B2");
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/Location"));
+}
+
+void FindDialogTest::startsBehindTheSelection()
+{
+    open(copyOf("duct.vel"));
+    select("/FLOW:Analysis/DOMAIN:Duct/Kind");
+    tree().doFind();
+    search("kind");
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind"));
+    pressButton(dialog(), "Close");
+
+    // Behind an object with children comes the first of them, also if it is closed.
+    select("/LANGUAGE");
+    tree().doFind();
+    search("version");
+    QCOMPARE(found(), QString("/LANGUAGE/Version"));
+    pressButton(dialog(), "Close");
+
+    // Behind the last row comes the first.
+    select("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:out/Kind");
+    tree().doFind();
+    search("root");
+    QCOMPARE(found(), QString("/"));
+}
+
+void FindDialogTest::neverFindsASingleLetter()
+{
+    open(copyOf("duct.vel"));
+    tree().doFind();
+    for (const char *text : {"r", "r", ""}) {
+        answer();
+        search(text);
+        QCOMPARE(boxes.last(), notFound(text));
+    }
+    QCOMPARE(found(), QString());
+}
+
+void FindDialogTest::keepsTheTextForTheNextTime()
+{
+    open(copyOf("duct.vel"));
+    tree().doFind();
+    search("title");
+    pressButton(dialog(), "Close");
+    tree().doFind();
+    auto *entry = dialog().findChild<QLineEdit *>();
+    QCOMPARE(entry->text(), QString("title"));
+    QCOMPARE(entry->selectedText(), QString("title"));
+    QCOMPARE(tree().findChildren<FindDialog *>().size(), 1);
+}
+
+void FindDialogTest::findsOnWithoutTheDialog()
+{
+    open(copyOf("duct.vel"));
+    press("Ctrl+N"); // nothing was searched yet: the dialog
+    search("kind");
+    pressButton(dialog(), "Close");
+    press("Ctrl+N");
+    QCOMPARE(visible<FindDialog>(), nullptr);
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind"));
+}
+
+void FindDialogTest::startsAnewAfterARebuild()
+{
+    open(copyOf("duct.vel"));
+    tree().doFind();
+    search("kind");
+    tree().buildTree();
+    answer();
+    tree().doFindNext();
+    tree().doFindNext();
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/Kind"));
+}
+
+void FindDialogTest::startsAnewAfterItsRowWasDeleted()
+{
+    open(copyOf("duct.vel"));
+    tree().doFind();
+    search("kind"); // of the duct: the search goes on at its Location
+    pressButton(dialog(), "Close");
+    select("/FLOW:Analysis/DOMAIN:Duct/Location");
+    answer();
+    tree().deleteParam();
+    answer();
+    tree().doFindNext();
+    QCOMPARE(boxes.last(), notFound("kind"));
+}
+
+VEL_EDITOR_TEST(FindDialogTest)
+#include "FindDialog_test.moc"

@@ -1,0 +1,357 @@
+// Adding a parameter, and the section of expert parameters.
+#include "veleditor/tests/EditorTest.h"
+
+#include "veleditor/src/AddParamDialog.h"
+#include "veleditor/src/MessageDialog.h"
+#include "veleditor/tests/TreeText.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTextEdit>
+
+using namespace velEditor;
+
+class VELTreeAddTest : public EditorTest
+{
+    Q_OBJECT
+
+private:
+    static QStringList labels(const AddParamDialog &dialog);
+    static void enter(AddParamDialog &dialog, const QString &name, const QString &value);
+    /// Adds under the expert section with these entries and gives the boxes.
+    void addExpert(const QString &name, const QString &value, bool accepted);
+
+private slots:
+    void addsByFreeName();
+    void addsFromAList();
+    void addsToTheObjectThatHoldsTheParameter();
+    void saysWhereNothingCanBeAdded();
+    void addsNothingWhenCancelled();
+    void changesAParameterThatIsThereAlready();
+    void reportsWhatTheDatabaseRefuses();
+    void showsWhatIsWrongWithTheObject();
+    void asksForASelection();
+    void refusesBadEntries_data();
+    void refusesBadEntries();
+    void makesUnderscoresBlanks();
+    void addsAnExpertSection();
+    void addsAnExpertSectionToAFlowObjectWithoutName();
+    void addsAnExpertSectionOnce();
+    void makesAFlowObjectForTheExpertSection();
+};
+
+namespace {
+
+const char expert[] = "/FLOW:Analysis/EXPERT PARAMETERS";
+
+} // namespace
+
+QStringList VELTreeAddTest::labels(const AddParamDialog &dialog)
+{
+    QStringList texts;
+    for (const QLabel *label : dialog.findChildren<QLabel *>())
+        texts.append(label->text());
+    return texts;
+}
+
+void VELTreeAddTest::enter(AddParamDialog &dialog, const QString &name, const QString &value)
+{
+    if (auto *entry = dialog.findChild<QLineEdit *>("Name"))
+        entry->setText(name);
+    else
+        dialog.findChild<QComboBox *>("editable combo")->setEditText(name);
+    dialog.findChild<QTextEdit *>("Value")->setPlainText(value);
+}
+
+void VELTreeAddTest::addsByFreeName()
+{
+    open(copyOf("duct.vel"));
+    select(expert);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        QCOMPARE(dialog.windowTitle(), QString("Add Parameter"));
+        QCOMPARE(labels(dialog),
+                 QStringList({"Adding new parameter to: /FLOW:Analysis/EXPERT PARAMETERS",
+                              "Enter the name and value of the new parameter to add inside "
+                              "/FLOW:Analysis/EXPERT PARAMETERS",
+                              "Name:", "Value:"}));
+        enter(dialog, "relaxation", "0.75");
+        pressButton(dialog, "Ok");
+    });
+    press("Ctrl+A");
+    QVERIFY(treeText(tree()).contains("    EXPERT PARAMETERS : !\n"
+                                      "      relaxation = 0.75 * !\n"
+                                      "      max loops = 3 * !\n"));
+    VELTreeItem &added = row("/FLOW:Analysis/EXPERT PARAMETERS/relaxation");
+    QCOMPARE(tree().lastAddedItem(), &added);
+    QVERIFY(row(expert).isExpanded());
+    QVERIFY(tree().isModified());
+
+    QVERIFY(editor().save(file().toStdString()));
+    QVERIFY(contentOf(file()).contains("  EXPERT PARAMETERS:\n"
+                                       "    max loops = 3\n"
+                                       "    solver build = 17\n"
+                                       "    relaxation = 0.75\n"));
+}
+
+void VELTreeAddTest::addsFromAList()
+{
+    open(copyOf("duct.vel"));
+    select("/FLOW:Analysis/DOMAIN:Duct");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        QCOMPARE(labels(dialog),
+                 QStringList({"Adding new parameter to: /FLOW:Analysis/DOMAIN:Duct",
+                              "Select the new parameter to add, and enter a value", "Value:"}));
+        auto *list = dialog.findChild<QComboBox *>("editable combo");
+        QVERIFY(list->isEditable());
+        QCOMPARE(list->count(), 1); // all others are there already
+        QCOMPARE(list->currentText(), QString("Remark"));
+        dialog.findChild<QTextEdit *>("Value")->setPlainText("checked");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/FLOW:Analysis/DOMAIN:Duct/Remark").value(), QString("checked"));
+}
+
+void VELTreeAddTest::addsToTheObjectThatHoldsTheParameter()
+{
+    open(copyOf("duct.vel"));
+    select("/FLOW:Analysis/EXPERT PARAMETERS/max loops");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "a", "1");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/FLOW:Analysis/EXPERT PARAMETERS/a").value(), QString("1"));
+}
+
+void VELTreeAddTest::saysWhereNothingCanBeAdded()
+{
+    open(newFile("sealed.vel", "SEALED: s\nEND\n"));
+    select("/SEALED:s");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        QCOMPARE(labels(dialog),
+                 QStringList("No new parameters can be added to the\n/SEALED:s\nsection of the ZOT "
+                             "Command File.\n\nTo add a parameter to a different section, please "
+                             "highlight\nthe appropriate section before attempting to add the "
+                             "parameter.\n"));
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QVERIFY(!tree().isModified());
+}
+
+void VELTreeAddTest::addsNothingWhenCancelled()
+{
+    open(copyOf("duct.vel"));
+    select(expert);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "a", "1");
+        pressButton(dialog, "Cancel");
+    });
+    tree().addParameter();
+    QVERIFY(!treeText(tree()).contains("a = 1"));
+    QVERIFY(!tree().isModified());
+}
+
+void VELTreeAddTest::changesAParameterThatIsThereAlready()
+{
+    open(copyOf("duct.vel"));
+    select(expert);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "max loops", "9");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QVERIFY(treeText(tree()).contains("    EXPERT PARAMETERS : !\n"
+                                      "      max loops = 9 * !\n"
+                                      "      solver build = 17 !\n"));
+}
+
+// The object's name has a character that no line of a command file can hold.
+void VELTreeAddTest::reportsWhatTheDatabaseRefuses()
+{
+    open(copyOf("duct.vel"));
+    select(expert);
+    row(expert).setText(VELTreeItem::Name, "NO OBJECT");
+    answer();
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "a", "1");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(boxes, QStringList("Add Parameter\nError encountered while processing new "
+                                "parameter.\nError message was:\nparseVELLineH: syntax error near "
+                                "\"NO OBJECT\"\nParameter was not created.\n"));
+    QVERIFY(!treeText(tree()).contains("a = 1"));
+    QVERIFY(tree().isModified());
+}
+
+void VELTreeAddTest::showsWhatIsWrongWithTheObject()
+{
+    open(copyOf("duct.vel"));
+    select("/FLOW:Analysis/DOMAIN:Duct");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "Colour", "red");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    auto *errors = visible<ErrorDialog>();
+    QVERIFY(errors != nullptr);
+    QVERIFY(!errors->isModal());
+    QVERIFY(errors->findChild<QTextEdit *>()->toPlainText().contains("[unknown-parameter]"));
+    QCOMPARE(row("/FLOW:Analysis/DOMAIN:Duct/Colour").value(), QString("red"));
+}
+
+void VELTreeAddTest::asksForASelection()
+{
+    open(copyOf("duct.vel"));
+    tree().clearSelection();
+    answer();
+    tree().addParameter();
+    QCOMPARE(boxes, QStringList("Add Parameter\nError:  You must select the object you wish to add "
+                                "parameters to.\nPlease select an object and try again.\n"));
+}
+
+void VELTreeAddTest::addExpert(const QString &name, const QString &value, bool accepted)
+{
+    select(expert);
+    answer();
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, name, value);
+        pressButton(dialog, "Ok");
+        QCOMPARE(dialog.isVisible(), !accepted);
+        if (dialog.isVisible())
+            dialog.reject();
+    });
+    tree().addParameter();
+}
+
+void VELTreeAddTest::refusesBadEntries_data()
+{
+    const QString start = "Invalid Parameter Name\nParameter names must begin with a letter or a "
+                          "number.\nPlease correct your parameter name before continuing.\n";
+    const auto character = [](const QString &c) {
+        return QString("Invalid Parameter Name\nError: \"" + c +
+                       "\" is not a valid character in a parameter name.\nPlease correct your "
+                       "parameter name before continuing.\n");
+    };
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("box");
+    QTest::newRow("no name") << ""
+                             << "1"
+                             << "Missing Parameter Name\nYou must enter a name for your parameter "
+                                "before continuing.\n";
+    QTest::newRow("underscore first") << "_a"
+                                      << "1" << start;
+    QTest::newRow("blank first") << " a"
+                                 << "1" << start;
+    QTest::newRow("letter beyond ASCII first") << QString(u'\u00e4') << "1" << start;
+    QTest::newRow("no value") << "a"
+                              << ""
+                              << "Missing Parameter Value\nYou must enter a parameter value before "
+                                 "continuing.\n";
+    QTest::newRow("no value comes before a bad character")
+        << "a-b"
+        << ""
+        << "Missing Parameter Value\nYou must enter a parameter value before continuing.\n";
+    QTest::newRow("minus") << "a-b"
+                           << "1" << character("-");
+    QTest::newRow("the first of two") << "a/b-c"
+                                      << "1" << character("/");
+    QTest::newRow("beyond ASCII") << QString("a") + u'\u00e4' << "1"
+                                  << character(QString(u'\u00e4'));
+    QTest::newRow("a remark")
+        << "a"
+        << "1 # one"
+        << "Add Parameter\nA value cannot hold the character \"#\": it begins "
+           "a remark in a command file.\nPlease correct the value before "
+           "continuing.\n";
+}
+
+void VELTreeAddTest::refusesBadEntries()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, value);
+    QFETCH(QString, box);
+    boxes.clear();
+    open(copyOf("duct.vel"));
+    addExpert(name, value, false);
+    QCOMPARE(boxes, QStringList(box));
+    QVERIFY(!tree().isModified());
+}
+
+void VELTreeAddTest::makesUnderscoresBlanks()
+{
+    open(copyOf("duct.vel"));
+    addExpert("two_words", "1", true);
+    QCOMPARE(boxes,
+             QStringList("Underscores replaced\nUnderscores (`_') are not valid characters in "
+                         "a parameter name.\nUnderscores have been replaced with spaces in "
+                         "your parameter name.\n"));
+    QCOMPARE(row("/FLOW:Analysis/EXPERT PARAMETERS/two words").value(), QString("1"));
+}
+
+void VELTreeAddTest::addsAnExpertSection()
+{
+    open(newFile("plain.vel", "FLOW: A\nTitle = x\nDOMAIN: D\nKind = Fluid\nEND\nEND\n"));
+    press("Ctrl+P");
+    QCOMPARE(treeText(tree()), QString("Root\n"
+                                       "  FLOW : A\n"
+                                       "    Title = x *\n"
+                                       "    DOMAIN : D\n"
+                                       "      Kind = Fluid *\n"
+                                       "    EXPERT PARAMETERS : !\n"));
+    QCOMPARE(tree().expertItem(), &row("/FLOW:A/EXPERT PARAMETERS"));
+    QVERIFY(row("/FLOW:A").isExpanded());
+    QVERIFY(tree().isModified());
+    QVERIFY(editor().save(file().toStdString()));
+    QCOMPARE(contentOf(file()), QByteArray("FLOW: A\n"
+                                           "  Title = x\n"
+                                           "  EXPERT PARAMETERS:\n"
+                                           "  END\n"
+                                           "  DOMAIN: D\n"
+                                           "    Kind = Fluid\n"
+                                           "  END\n"
+                                           "END\n"));
+}
+
+void VELTreeAddTest::addsAnExpertSectionToAFlowObjectWithoutName()
+{
+    open(newFile("single.vel", "FLOW:\nTitle = x\nEND\n"));
+    tree().addExpertParamObj();
+    QCOMPARE(QString::fromStdString(tree().expertItem()->path()),
+             QString("/FLOW/EXPERT PARAMETERS"));
+    QVERIFY(editor().save(file().toStdString()));
+    QCOMPARE(contentOf(file()),
+             QByteArray("FLOW:\n  Title = x\n  EXPERT PARAMETERS:\n  END\nEND\n"));
+}
+
+void VELTreeAddTest::addsAnExpertSectionOnce()
+{
+    open(copyOf("duct.vel"));
+    answer();
+    tree().addExpertParamObj();
+    QCOMPARE(boxes,
+             QStringList("Add Expert Parameter Section\nAn expert parameter section already "
+                         "exists.\nMultiple expert parameter sections cannot be created. \nUse "
+                         "\"Edit->Add Expert Parameter\" to add a parameter to this section.\n"));
+    QVERIFY(row("/FLOW:Analysis").isExpanded());
+    QVERIFY(!tree().isModified());
+}
+
+void VELTreeAddTest::makesAFlowObjectForTheExpertSection()
+{
+    open(newFile("none.vel", "SEALED: s\nEND\n"));
+    tree().addExpertParamObj();
+    QCOMPARE(treeText(tree()), QString("Root\n"
+                                       "  SEALED : s\n"
+                                       "  FLOW : Analysis\n"
+                                       "    EXPERT PARAMETERS : !\n"));
+    QVERIFY(!tree().isModified()); // kept
+    QCOMPARE(tree().expertItem(), &row("/FLOW:Analysis/EXPERT PARAMETERS"));
+}
+
+VEL_EDITOR_TEST(VELTreeAddTest)
+#include "VELTreeAdd_test.moc"
