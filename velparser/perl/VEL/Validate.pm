@@ -74,13 +74,14 @@ sub validateObject ($self, $path) {
     $self->_notice_new_rules;
     $path = $self->{model}->full_path($path);
     return $self->_no_object($path) if $path ne '/' && !$self->{database}->isObject($path);
+    $self->{database}->getChildParamList($path, \my @names);
     $self->{used} = [];
-    my @findings = $self->_object_findings($path);
+    my @findings = $self->_object_findings($path, \@names);
     if (@findings) {
         $self->{database}->setValid($path, 0) if $self->{database}->isValid($path) & 1;
         return join "\n", @findings;
     }
-    $self->_mark($path);
+    $self->_mark($path, \@names);
     return undef;
 }
 
@@ -133,25 +134,23 @@ sub _switch ($self, $check, $on) {
 
 sub _finding ($path, $sentence, $identifier) { return "$path: $sentence [$identifier]" }
 
-sub _object_findings ($self, $path) {
+sub _object_findings ($self, $path, $names) {
     my $model = $self->{model};
     return if $model->rules->is_empty;
-    return $self->_root_findings if $path eq '/';
+    return map { $self->_parameter_findings('/', $_, '') } @$names if $path eq '/';
     my ($parent, $component) = VEL::Model::split_path($path);
     return if !$self->_is_known_chain($parent);
     my $type = $model->type_of($path);
     return $self->_unknown_object($path, $parent, $component) if !$type;
 
     my $variant = $model->variant_at($path, $type);
-    my @names;
-    $self->{database}->getChildParamList($path, \@names);
     my @findings = $self->_place_findings($path, $parent, $type);
-    for my $name (@names) {
+    for my $name (@$names) {
         my $value;
         $self->{database}->getStringValue("$path/$name", \$value);
         push @findings, $self->_value_findings($path, $name, $value // '', $type, $variant);
     }
-    push @findings, $self->_missing_findings($path, $variant, \@names);
+    push @findings, $self->_missing_findings($path, $variant, $names);
     push @findings, $self->_version_findings($path) if $path eq '/LANGUAGE';
     $self->_recheck_children($path, $variant) if @{ $type->{cases} };
     return @findings;
@@ -161,12 +160,6 @@ sub _no_object ($self, $path) {
     return _finding($path, 'this is a parameter, not an object', 'wrong-type')
         if $self->{database}->havePath($path);
     return _finding($path, 'there is no such object', 'no-such-object');
-}
-
-sub _root_findings ($self) {
-    my @names;
-    $self->{database}->getChildParamList('/', \@names);
-    return map { $self->_parameter_findings('/', $_, '') } @names;
 }
 
 # Below an object of unknown type nothing can be said. The last answer is kept:
@@ -313,12 +306,10 @@ sub _version_findings ($self, $path) {
 
 # --- Marks ------------------------------------------------------------------
 
-sub _mark ($self, $path) {
+sub _mark ($self, $path, $names) {
     my $database = $self->{database};
-    my @names;
-    $database->getChildParamList($path, \@names);
     my $below = $path eq '/' ? '' : $path;
-    for my $name (@names) {
+    for my $name (@$names) {
         $database->setValid("$below/$name", 1);
         $database->setValid("$below/$name", 2);
     }
