@@ -127,6 +127,19 @@ sub getAllowedParams ($self, $path, $names, $flag) {
     return '';
 }
 
+=item C<explainItem($path, $lines)>
+
+Fills the array with what the rules say of an object or parameter, there or not:
+lines of the form C<Field = text>, as a rule would write them. None where there
+is no rule.
+
+=cut
+
+sub explainItem ($self, $path, $lines) {
+    @$lines = map { "$_->[0] = $_->[1]" } $self->{model}->explanation($path);
+    return '';
+}
+
 =item C<isParamEditable($path)>
 
 1 when the parameter may be changed, else 0. In safe mode (validation level 2)

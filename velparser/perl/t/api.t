@@ -23,7 +23,7 @@ subtest 'what the program relies on' => sub {
     my $database = VEL::Parser::Lite::NEW();
     is(API->new($database)->{database}, $database, 'or the one that is given');
     can_ok 'API', qw(readTextFile parseVELData readLibraries updateSolverVEL getAllowedParamStrings
-        getAllowedParams isParamEditable isItemExpert);
+        getAllowedParams isParamEditable isItemExpert explainItem);
 };
 
 subtest 'readTextFile' => sub {
@@ -69,6 +69,36 @@ subtest 'readLibraries' => sub {
     is $api->readLibraries, '', 'it is reported once';
     local $ENV{ZOT5_VEL_LIBS} = 'none.vel';
     like $api->readLibraries, qr/^Error reading library file .*none\.vel: /, 'a file that cannot be read';
+};
+
+subtest 'explainItem' => sub {
+    my $api = with_libraries();
+    $api->parseVELData(lines("FLOW:\nDOMAIN: d\nKind = Solid\nEND\nTIMING:\nKind = Unsteady\nEND\nEND"), 0);
+    my @lines;
+    my $explain = sub ($path) { return $api->explainItem($path, \@lines) || join '', map { "$_\n" } @lines };
+    is $explain->('/FLOW/DOMAIN:d/BOUNDARY:b/THROUGHFLOW/Mass Flow Rate'), <<'TEXT', 'a parameter that is not there';
+Description = Mass that passes in unit time, of the whole surface.
+Type = Real
+Units = kg s^-1
+Lower Bound = 0 [kg s^-1]
+TEXT
+    is $explain->('/FLOW/DOMAIN:d/Substance'), <<'TEXT', 'values and objects';
+Description = A substance or mixture of the library, or one that the solver knows by itself.
+Type = String
+Allowed Values = Water, Air, Steel, Copper, Aluminium
+Allowed Objects = SUBSTANCE, MIXTURE
+Default = Water
+TEXT
+    is $explain->('/FLOW/TIMING'), <<'TEXT', 'an object, with what its case adds';
+Description = Whether and how the flow changes with time.
+Help Topic = Time
+Parents = FLOW
+Required Parameters = Kind, Duration
+Optional Parameters = Remark, Start Time
+Required Objects = TIME STEP
+Maximum Count = 1
+TEXT
+    is $explain->('/NOWHERE/Thing'), '', 'nothing that a rule speaks of';
 };
 
 subtest 'nothing ends the program' => sub {
