@@ -119,9 +119,9 @@ sub _note ($self, $path, $change) {
 }
 
 # A failure of the database here means that the tree is not what it was taken
-# for; the changes made so far stand.
+# for. The changes made so far stand, so they are told too.
 sub _must ($self, $error) {
-    die "updateSolverVEL: $error\n" if $error;
+    die join("\n", @{ $self->{changes} }, "updateSolverVEL: $error"), "\n" if $error;
     return;
 }
 

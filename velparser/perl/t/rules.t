@@ -242,6 +242,11 @@ subtest 'faults are named with their path, and the rest works' => sub {
           Action = Rename Parameter
           Object Type = FAN
         END
+        STEP: odd
+          Action = Rename Object Type
+          Object Type = FAN
+          New Name = -fan
+        END
       END
       SOMETHING: else
       END
@@ -262,6 +267,8 @@ END
 /RULES/UPGRADE:next: must be named "Version" and a number, such as Version 5.7 [bad-rule]
 /RULES/UPGRADE:Version 2.0/STEP:nothing: states no "Action" [bad-rule]
 /RULES/UPGRADE:Version 2.0/STEP:short: states no "Parameter" and no "New Name" [bad-rule]
+/RULES/UPGRADE:Version 2.0/STEP:odd/New Name: "-fan" is no name [bad-rule]
+/RULES/UPGRADE:Version 2.0/STEP:odd: states no "New Name" [bad-rule]
 /RULES/SOMETHING:else: SOMETHING is no rule that may stand here [bad-rule]
 /RULES/OBJECT:BLADE/Inherits: there is no rule OBJECT:WING [bad-rule]
 /RULES/OBJECT:TWO/Inherits: inherits itself through OBJECT:ONE [bad-rule]

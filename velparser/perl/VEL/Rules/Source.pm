@@ -55,9 +55,9 @@ my %FIELDS = (
     },
     UPGRADE => { 'Description' => 'text' },
     STEP    => {
-        'Description' => 'text', 'Action' => 'action', 'Object Type' => 'text',
-        'Parameter' => 'text', 'New Name' => 'text', 'Old Value' => 'text',
-        'New Value' => 'text', 'To Object' => 'text',
+        'Description' => 'text', 'Action' => 'action', 'Object Type' => 'name',
+        'Parameter' => 'name', 'New Name' => 'name', 'Old Value' => 'text',
+        'New Value' => 'text', 'To Object' => 'name',
     },
 );
 $FIELDS{SINGLETON} = $FIELDS{OBJECT};
@@ -225,6 +225,11 @@ sub _is_whole ($self, $block) {
 # about it, or undef. Lists of types lose what is wrong in them.
 
 sub _field_text ($self, $text) { return undef }
+
+# What the command database takes as a type or name.
+sub _field_name ($self, $text) {
+    return $$text =~ /^[A-Za-z_%][A-Za-z0-9 .\[\]_{|}]*\z/ ? undef : qq("$$text" is no name);
+}
 
 sub _field_logical ($self, $text) {
     return defined logical($$text) ? undef : qq("$$text" is neither Yes nor No);
