@@ -11,6 +11,8 @@
 #include <QTextEdit>
 #include <QTreeWidgetItemIterator>
 
+#include <optional>
+
 namespace velEditor {
 
 namespace {
@@ -160,10 +162,12 @@ int runAllAlone(const QMetaObject &test, const QString &program)
 
 } // namespace
 
-int runEditorTest(QObject &test, int argc, char **argv)
+int runEditorTest(QObject &test, int argc, char **argv, bool withApplication)
 {
     if (argc > 1) {
-        Application application(argc, argv);
+        std::optional<Application> application;
+        if (withApplication)
+            application.emplace(argc, argv);
         return QTest::qExec(&test, argc, argv);
     }
     const QCoreApplication application(argc, argv);

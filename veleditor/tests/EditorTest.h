@@ -16,6 +16,7 @@
 
 #include <QApplication>
 #include <QObject>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -112,14 +113,20 @@ private:
 /// Presses the child button with this object name.
 void pressButton(QWidget &window, const char *name);
 
-/// Runs each slot of the test in a process of its own; see above.
-int runEditorTest(QObject &test, int argc, char **argv);
+/// Runs each slot of the test in a process of its own; see above. A test that
+/// runs the program itself has no application object.
+int runEditorTest(QObject &test, int argc, char **argv, bool withApplication);
 
 } // namespace velEditor
 
-#define VEL_EDITOR_TEST(Class)                                                                     \
+#define VEL_TEST_MAIN(Class, withApplication)                                                      \
     int main(int argc, char **argv)                                                                \
     {                                                                                              \
         Class test;                                                                                \
-        return velEditor::runEditorTest(test, argc, argv);                                         \
+        return velEditor::runEditorTest(test, argc, argv, withApplication);                        \
     }
+
+#define VEL_EDITOR_TEST(Class) VEL_TEST_MAIN(Class, true)
+
+/// For a test that calls `runEditor`.
+#define VEL_STARTUP_TEST(Class) VEL_TEST_MAIN(Class, false)

@@ -1,0 +1,389 @@
+// The program from its first to its last instruction. Each test runs all of it
+// in a process of its own, with what the user does prepared before the
+// application exists.
+#include "veleditor/tests/EditorTest.h"
+
+#include "veleditor/src/Application.h"
+#include "veleditor/src/EditParamDialog.h"
+#include "veleditor/src/MessageDialog.h"
+#include "veleditor/src/Startup.h"
+#include "veleditor/tests/TreeText.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTextEdit>
+#include <QThread>
+
+#include <cstdio>
+#include <functional>
+
+#include <unistd.h>
+
+using namespace velEditor;
+
+namespace {
+
+/// What happens once the main window is in its event loop.
+std::function<void(Editor &)> inTheLoop;
+
+Editor *mainWindow()
+{
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (auto *editor = qobject_cast<Editor *>(window))
+            return editor;
+    }
+    return nullptr;
+}
+
+// Called with each application object that is made. A zero timer first fires in
+// the welcome's event round or in a start-up box, where the window is not yet
+// shown or blocked; it waits until no dialog is modal any more.
+void prepareUse()
+{
+    auto *timer = new QTimer(qApp);
+    QObject::connect(timer, &QTimer::timeout, timer, [timer] {
+        Editor *editor = mainWindow();
+        if (editor == nullptr || !editor->isVisible() || QApplication::activeModalWidget() ||
+            QThread::currentThread()->loopLevel() != 1)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        inTheLoop(*editor);
+    });
+    timer->start(1);
+}
+
+/// What the program left behind.
+struct Run
+{
+    int status = -1;
+    QString output; ///< standard output, then standard error
+};
+
+} // namespace
+
+class StartupTest : public EditorTest
+{
+    Q_OBJECT
+
+private:
+    /// Runs the program with these words behind its name.
+    Run run(const QStringList &words, std::function<void(Editor &)> use = {});
+    /// A Perl side of its own: the real one with these lines added to API.pm.
+    void addToPerlSide(const QByteArray &lines);
+    /// A Perl side whose tree cannot be built again once it has been.
+    void breakRebuilds();
+
+private slots:
+    void asksForAFile();
+    void opensTheLastWord();
+    void ignoresTheOptionsOfTheToolkit();
+    void takesSafeModeFromAnywhere();
+    void reportsAFileThatCannotBeLoaded();
+    void saysWhatItsEnvironmentLacks();
+    void placesTheWindow();
+    void asksNothingWhenNothingWasUpgraded();
+    void showsWhatWasUpgraded();
+    void marksAnUpgradeThatTheUserDoesNotLookAt();
+    void showsFirstFindings();
+    void savesInEmergency();
+    void savesInEmergencyToTheSecondWord();
+    void savesInEmergencyFromWithinADialog();
+    void savesNothingWhenTheFirstBuildFails();
+    void reportsAnythingElse();
+};
+
+Run StartupTest::run(const QStringList &words, std::function<void(Editor &)> use)
+{
+    inTheLoop = use ? std::move(use) : [](Editor &editor) { editor.close(); };
+    qAddPreRoutine(prepareUse);
+
+    QByteArrayList texts{"veleditor"};
+    for (const QString &word : words)
+        texts.append(word.toUtf8());
+    std::vector<char *> argv;
+    for (QByteArray &text : texts)
+        argv.push_back(text.data());
+    argv.push_back(nullptr);
+
+    const QString files[] = {folder() + "/stdout", folder() + "/stderr"};
+    std::fflush(nullptr);
+    const int before[] = {dup(STDOUT_FILENO), dup(STDERR_FILENO)};
+    for (int i = 0; i < 2; ++i) {
+        std::FILE *file = std::fopen(qPrintable(files[i]), "w");
+        dup2(fileno(file), i + 1);
+        std::fclose(file);
+    }
+    Run result;
+    result.status = runEditor(static_cast<int>(argv.size()) - 1, argv.data());
+    std::fflush(nullptr);
+    for (int i = 0; i < 2; ++i) {
+        dup2(before[i], i + 1);
+        result.output += QString::fromUtf8(contentOf(files[i]));
+    }
+    // Words of the toolkit about this platform, which the test framework notes.
+    static const QRegularExpression toolkit("^Q(WARN|DEBUG|INFO) .*\n",
+                                            QRegularExpression::MultilineOption);
+    result.output.remove(toolkit);
+    return result;
+}
+
+void StartupTest::addToPerlSide(const QByteArray &lines)
+{
+    const QString real = qEnvironmentVariable("ZOT5_VEL_PARSER");
+    const QString own = folder() + "/perl";
+    QVERIFY(QDir().mkpath(own + "/VEL"));
+    for (const char *folderName : {"", "/VEL"}) {
+        const QDir from(real + folderName);
+        for (const QString &name : from.entryList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
+            if (name != "API.pm" && name != "VEL")
+                QVERIFY(QFile::link(from.filePath(name), own + folderName + '/' + name));
+        }
+    }
+    QByteArray api = contentOf(real + "/API.pm");
+    api.replace("\n1;\n", "\nno warnings;\n" + lines + "\n1;\n");
+    newFile("perl/API.pm", api);
+    qputenv("ZOT5_VEL_PARSER", own.toUtf8());
+}
+
+void StartupTest::breakRebuilds()
+{
+    addToPerlSide("my $asked = 0;\n"
+                  "sub isItemExpert { my ($self, $path) = @_;\n"
+                  "    $self->{database}->deleteObj($path)\n"
+                  "        if $path eq '/FLOW:Analysis/DOMAIN:Duct' && $asked++;\n"
+                  "    return 0; }");
+}
+
+void StartupTest::asksForAFile()
+{
+    const Run result = run({});
+    QCOMPARE(result.output, QString("veleditor: must specify a vel file\n"));
+    QCOMPARE(result.status, 0);
+}
+
+void StartupTest::opensTheLastWord()
+{
+    const QString file = copyOf("duct.vel");
+    QString title;
+    const Run result = run({"first", "-second", file}, [&](Editor &editor) {
+        title = editor.windowTitle();
+        editor.close();
+    });
+    QCOMPARE(title, file);
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.status, 0);
+}
+
+void StartupTest::ignoresTheOptionsOfTheToolkit()
+{
+    const QString file = copyOf("duct.vel");
+    QString title;
+    run({file, "-style", "fusion"}, [&](Editor &editor) {
+        title = editor.windowTitle();
+        editor.close();
+    });
+    QCOMPARE(title, file);
+}
+
+void StartupTest::takesSafeModeFromAnywhere()
+{
+    const QString file = copyOf("duct.vel");
+    QString title;
+    run({"-safe", file}, [&](Editor &editor) {
+        title = editor.windowTitle();
+        editor.close();
+    });
+    QCOMPARE(title, file + " - Safe Mode");
+}
+
+void StartupTest::reportsAFileThatCannotBeLoaded()
+{
+    // Behind the file, -safe is the file.
+    const Run result = run({copyOf("duct.vel"), "-safe"});
+    QCOMPARE(result.status, 0);
+    QVERIFY2(result.output.startsWith("File error encountered:\nreadTextFile: -safe: open failed"),
+             qPrintable(result.output));
+    QVERIFY(!QFile::exists("-safe.emergency"));
+}
+
+void StartupTest::saysWhatItsEnvironmentLacks()
+{
+    qunsetenv("ZOT5ROOT");
+    qunsetenv("ZOTBUILDID");
+    const Run result = run({copyOf("duct.vel")});
+    QCOMPARE(result.output, QString("ZOT5ROOT not set; some features will not be available\n"
+                                    "ZOTBUILDID not set; some features will not be available\n"));
+}
+
+void StartupTest::placesTheWindow()
+{
+    QRect geometry;
+    run({copyOf("duct.vel")}, [&](Editor &editor) {
+        geometry = editor.geometry();
+        editor.close();
+    });
+    QCOMPARE(geometry, QRect(100, 100, 800, 600));
+}
+
+void StartupTest::asksNothingWhenNothingWasUpgraded()
+{
+    bool modified = true;
+    run({copyOf("duct.vel")}, [&](Editor &editor) {
+        modified = editor.tree().isModified();
+        editor.close();
+    });
+    QVERIFY(!modified);
+    QVERIFY(boxes.isEmpty());
+}
+
+void StartupTest::showsWhatWasUpgraded()
+{
+    const QString file = copyOf("old.vel");
+    answer(0);
+    answer(1); // quit without saving
+    QString messages;
+    QString name;
+    QPoint place;
+    bool modal = true;
+    run({file}, [&](Editor &editor) {
+        if (auto *dialog = visible<VELUpgradeMessagesDialog>()) {
+            messages = dialog->findChild<QTextEdit *>()->toPlainText();
+            name = dialog->objectName();
+            place = dialog->pos() - editor.pos();
+            modal = dialog->isModal();
+        }
+        editor.close();
+    });
+    QCOMPARE(boxes.first(),
+             QString("Command File Updated.\nThe Command File has been updated to be consistent "
+                     "with\nthis version of OMBRA ZOT.\n\nDo you want to see the changes "
+                     "made?\nYes | No"));
+    QCOMPARE(name, QString("Command File Updates"));
+    QVERIFY2(messages.startsWith("The following changes were made:\n\n"), qPrintable(messages));
+    QVERIFY2(messages.contains("Run Mode"), qPrintable(messages));
+    QCOMPARE(place, QPoint(50, 50));
+    QVERIFY(!modal);
+}
+
+void StartupTest::marksAnUpgradeThatTheUserDoesNotLookAt()
+{
+    const QString file = copyOf("old.vel");
+    answer(1); // not the changes
+    answer(1); // quit without saving
+    QString title;
+    QString text;
+    bool dialog = true;
+    run({file}, [&](Editor &editor) {
+        title = editor.windowTitle();
+        text = treeText(editor.tree());
+        dialog = visible<VELUpgradeMessagesDialog>() != nullptr;
+        editor.close();
+    });
+    QCOMPARE(title, file + " - Modified");
+    QVERIFY2(text.contains("    Run Mode = Steady *\n"), qPrintable(text));
+    QVERIFY(!dialog);
+}
+
+void StartupTest::showsFirstFindings()
+{
+    answer();
+    QString messages;
+    QPoint place;
+    bool modal = true;
+    run({newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n")}, [&](Editor &editor) {
+        if (auto *dialog = visible<ErrorDialog>()) {
+            messages = dialog->findChild<QTextEdit *>()->toPlainText();
+            place = dialog->pos() - editor.pos();
+            modal = dialog->isModal();
+        }
+        editor.close();
+    });
+    QCOMPARE(boxes,
+             QStringList("Command File Validation Errors\nErrors were encountered during initial "
+                         "Command File validation.\nPlease examine the Command File Errors panel "
+                         "to see the errors.\nContinue"));
+    QVERIFY2(messages.contains("required parameter \"Kind\" is missing"), qPrintable(messages));
+    QCOMPARE(place, QPoint(50, 50));
+    QVERIFY(!modal);
+}
+
+void StartupTest::savesInEmergency()
+{
+    const QString file = copyOf("duct.vel");
+    const QByteArray before = contentOf(file);
+    breakRebuilds();
+    const Run result = run({file}, [](Editor &editor) { editor.tree().buildTree(); });
+    QCOMPARE(
+        result.output,
+        QString("Error encountered:\ngetChildList : getChildList: unable to find the requested "
+                "path\nAttempting to save VEL to " +
+                file + ".emergency\n"));
+    QCOMPARE(result.status, 0);
+    QVERIFY(contentOf(file + ".emergency").startsWith("LANGUAGE:\n  Version = 2.1\nEND\nFLOW:"));
+    QCOMPARE(contentOf(file + ".emergency.bak"), before);
+    QVERIFY(!QFile::exists(file)); // kept: the loaded file is the one that is moved
+}
+
+void StartupTest::savesInEmergencyToTheSecondWord()
+{
+    const QString file = copyOf("duct.vel");
+    breakRebuilds();
+    QVERIFY(QDir::setCurrent(folder()));
+    const Run result = run({"-safe", file}, [](Editor &editor) { editor.tree().buildTree(); });
+    QVERIFY(result.output.endsWith("Attempting to save VEL to -safe.emergency\n"));
+    QVERIFY(QFile::exists("-safe.emergency"));
+    QVERIFY(QFile::exists("-safe.emergency.bak"));
+    QVERIFY(!QFile::exists(file));
+}
+
+// The error comes while a dialog waits in a loop of its own, and the emergency
+// save has a question to ask.
+void StartupTest::savesInEmergencyFromWithinADialog()
+{
+    const QString file = newFile("bad.vel", "FLOW: Analysis\nTitle = x\nDOMAIN: Duct\nKind = No\n"
+                                            "END\nDOMAIN: Other\nEND\nEND\n");
+    breakRebuilds();
+    answer(); // the first findings
+    bool returned = false;
+    const Run result = run({file}, [&](Editor &editor) {
+        VELTreeItem *flow = VELTreeItem::from(editor.tree().topLevelItem(0)->child(0));
+        onDialog<EditParamDialog>([&](EditParamDialog &) {
+            QTimer::singleShot(0, &editor, [&] { editor.tree().buildTree(); });
+            onDialog<ErrorDialog>([](ErrorDialog &dialog) { pressButton(dialog, "Yes"); });
+        });
+        editor.tree().editParam(VELTreeItem::from(flow->child(0)));
+        returned = true;
+    });
+    QVERIFY(returned);
+    QVERIFY2(result.output.startsWith("Error encountered:\n"), qPrintable(result.output));
+    QVERIFY(QFile::exists(file + ".emergency"));
+    QVERIFY(contentOf(file + ".emergency").contains("  DOMAIN: Other\n"));
+}
+
+void StartupTest::savesNothingWhenTheFirstBuildFails()
+{
+    const QString file = copyOf("duct.vel");
+    addToPerlSide("sub isItemExpert { my ($self, $path) = @_;\n"
+                  "    $self->{database}->deleteObj($path) if $path =~ /Duct$/;\n"
+                  "    return 0; }");
+    const Run result = run({file});
+    QCOMPARE(result.output,
+             QString("Error encountered:\ngetChildList : getChildList: unable to find "
+                     "the requested path\n"));
+    QVERIFY(QFile::exists(file));
+    QVERIFY(!QFile::exists(file + ".emergency"));
+}
+
+void StartupTest::reportsAnythingElse()
+{
+    const QString file = copyOf("duct.vel");
+    const Run result = run({file}, [](Editor &) { throw 42; });
+    QCOMPARE(result.output, QString("Unexpected error encountered.\n"));
+    QCOMPARE(result.status, 0);
+    QVERIFY(!QFile::exists(file + ".emergency"));
+}
+
+VEL_STARTUP_TEST(StartupTest)
+#include "Startup_test.moc"
