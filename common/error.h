@@ -8,8 +8,7 @@
 #include <string>
 #include <utility>
 
-namespace velEditor
-{
+namespace velEditor {
 
 /// An editor error after which the command data may still be saved.
 class error
