@@ -10,6 +10,7 @@
 namespace {
 
 constexpr std::size_t index_fields = 6;
+constexpr std::int64_t around = IO_FORMAT_BYTES + 4 + 4; // of a dataset: code and both lengths
 
 std::int64_t offset_bytes(const open_file &file)
 {
@@ -90,7 +91,6 @@ private:
 
     bool inside(std::int64_t position, std::int64_t length)
     {
-        constexpr std::int64_t around = IO_FORMAT_BYTES + 4 + 4; // format code and both lengths
         if (length < IO_DATASET_BYTES_MIN || length > left_ - around || position < first_ ||
             position > end_ - around - length) {
             return false;
@@ -194,10 +194,23 @@ private:
         return IO_OK;
     }
 
+    /// One allocation for all lines and the first growth behind them. Lines of a
+    /// file that is as large as they claim it to be, so it is not too much.
+    bool room_for(std::int32_t count)
+    {
+        bool possible =
+            count <= (position_ - first_dataset_position(file_)) / (IO_DATASET_BYTES_MIN + around);
+        return !possible || file_.index.reserve(count + IO_INDEX_GROWTH);
+    }
+
     int split(std::string_view text)
     {
         auto count = static_cast<std::int32_t>(count_);
         line_check check(first_dataset_position(file_), position_);
+        if (!room_for(count)) {
+            return file_.report->no_memory("create_indextable",
+                                           count_ * static_cast<std::int64_t>(IO_INDEX_SLOT));
+        }
         for (std::int32_t i = 0; i < count; i++) {
             if (text.empty()) {
                 return file_.report->error(

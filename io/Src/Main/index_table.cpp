@@ -51,7 +51,9 @@ bool index_table::reserve(std::int32_t lines)
     if (wanted <= allocated_) {
         return true;
     }
-    void *memory = std::realloc(slots_.get(), offset(wanted));
+    zeroed_ = slots_ == nullptr;
+    void *memory = zeroed_ ? std::calloc(static_cast<std::size_t>(wanted), IO_INDEX_SLOT)
+                           : std::realloc(slots_.get(), offset(wanted));
     if (memory == nullptr) {
         return false;
     }
@@ -64,7 +66,8 @@ bool index_table::reserve(std::int32_t lines)
 
 void index_table::open_slots(std::int32_t from, std::int32_t capacity)
 {
-    for (std::int32_t slot = from; slot < capacity; slot++) {
+    // Memory that is NUL already is left alone: it is not even real yet.
+    for (std::int32_t slot = from; !zeroed_ && slot < capacity; slot++) {
         slots_.get()[offset(slot)] = '\0';
     }
     slots_.get()[offset(capacity)] = IO_ESC;
@@ -90,7 +93,7 @@ int index_table::insert_index(const io_reporter &report, std::string_view line)
         return report.error(IO_NO_ROOM, "insert_index: index line of %d characters is too long\n",
                             static_cast<int>(line.size()));
     }
-    bool full = slots_ == nullptr || *this->line(count_) == IO_ESC;
+    bool full = count_ == capacity_; // the sentinel stands there, or there is no table yet
     if (full && !grow()) {
         return report.zotsystemErr(IO_NO_ROOM, "insert_index: (malloc failed) syserr:");
     }

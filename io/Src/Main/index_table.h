@@ -68,7 +68,8 @@ private:
     bool grow();
     void open_slots(std::int32_t from, std::int32_t capacity);
 
-    std::unique_ptr<char[], release> slots_; ///< owned; from realloc
+    std::unique_ptr<char[], release> slots_; ///< owned; from calloc or realloc
+    bool zeroed_ = false;                    ///< from calloc: unused slots are NUL untouched
     std::int32_t allocated_ = 0;             ///< slots in memory
     std::int32_t capacity_ = 0;
     std::int32_t count_ = 0;
