@@ -58,6 +58,11 @@ struct velNode
         return 1U << (word * 0x9E3779B1U >> 27);
     }
 
+    [[nodiscard]] bool mayHaveChild(std::uint32_t word) const
+    {
+        return (childWords & wordBit(word)) != 0;
+    }
+
     [[nodiscard]] velKind kind() const
     {
         if (isParam()) {

@@ -49,6 +49,20 @@ std::string withSingleBlanks(std::string_view text)
     return result;
 }
 
+/// What stands before and behind a separator, where white space is single
+/// blanks already.
+std::string_view partBefore(std::string_view text, std::size_t separator)
+{
+    const bool hasBlank = separator > 0 && text[separator - 1] == ' ';
+    return text.substr(0, separator - (hasBlank ? 1 : 0));
+}
+
+std::string_view partBehind(std::string_view text, std::size_t separator)
+{
+    const bool hasBlank = separator + 1 < text.size() && text[separator + 1] == ' ';
+    return text.substr(separator + (hasBlank ? 2 : 1));
+}
+
 /// The word's number, entered if it is new; the check of a word is made once.
 template <typename Check>
 const char *checkedWord(velHandle *handle, std::string_view text, Check check, std::uint32_t *word)
@@ -199,8 +213,8 @@ const char *LineParser::parseRest(std::string_view text, std::size_t equals)
 
 const char *LineParser::parseParam(std::string_view text, std::size_t equals)
 {
-    velStatement statement{{}, velTrim(text.substr(equals + 1)), word()};
-    if (const char *error = checkedWord(handle_, velTrim(text.substr(0, equals)), velCheckParamName,
+    velStatement statement{{}, partBehind(text, equals), word()};
+    if (const char *error = checkedWord(handle_, partBefore(text, equals), velCheckParamName,
                                         &statement.component.name)) {
         return error;
     }
@@ -215,8 +229,8 @@ const char *LineParser::parseParam(std::string_view text, std::size_t equals)
 
 const char *LineParser::parseHeader(std::string_view text, std::size_t colon)
 {
-    const std::string_view type = velTrim(text.substr(0, colon));
-    const std::string_view name = velTrim(text.substr(colon + 1));
+    const std::string_view type = partBefore(text, colon);
+    const std::string_view name = partBehind(text, colon);
     velStatement statement{{}, {}, 0};
     if (const char *error = checkedWord(handle_, type, velCheckType, &statement.component.type)) {
         return error;

@@ -286,7 +286,7 @@ velComponent velPathTable::componentOf(std::string_view text) const
 velNode *velPathTable::findChild(velNode *parent, velComponent component)
 {
     if (component.name == velWords::none || parent->isParam() ||
-        (parent->childWords & velNode::wordBit(component.name)) == 0) {
+        !parent->mayHaveChild(component.name)) {
         return nullptr;
     }
     if (parent->childCount <= fewChildren) {

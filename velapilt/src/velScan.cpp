@@ -63,14 +63,13 @@ struct Chunk
         };
         blanks = bits(_mm_cmpeq_epi8(text, blank));
         equals = bits(_mm_cmpeq_epi8(text, _mm_set1_epi8('=')));
-        hashes = bits(_mm_cmpeq_epi8(text, _mm_set1_epi8('#')));
-        controls = bits(_mm_cmpeq_epi8(_mm_max_epu8(text, blank), text)) ^ 0xFFFFU;
+        const __m128i below = _mm_cmpeq_epi8(_mm_min_epu8(text, _mm_set1_epi8(' ' - 1)), text);
+        stops = bits(_mm_or_si128(below, _mm_cmpeq_epi8(text, _mm_set1_epi8('#'))));
     }
 
     std::uint32_t blanks;
     std::uint32_t equals;
-    std::uint32_t hashes;
-    std::uint32_t controls;
+    std::uint32_t stops; // '#' and control characters
 };
 
 const char *skipBlanks(const char *text)
@@ -94,20 +93,19 @@ velScannedLine velScanLine(const char *start, const char *end)
     std::size_t equals = std::string_view::npos;
     for (const char *from = text;; from += step) {
         const Chunk chunk(from);
-        // What stands behind the first control character is another line's.
-        const std::uint32_t own = (chunk.controls & (0U - chunk.controls)) - 1U;
-        const std::uint32_t doubled = chunk.blanks & (chunk.blanks << 1 | carry);
-        if (((chunk.hashes | doubled) & own) != 0) {
+        // What stands behind the first stop is another line's, or never looked at.
+        const std::uint32_t own = (chunk.stops & (0U - chunk.stops)) - 1U;
+        if ((chunk.blanks & (chunk.blanks << 1 | carry) & own) != 0) {
             return wholeLine(start, end);
         }
         carry = chunk.blanks >> (step - 1) & 1U;
         if ((chunk.equals & own) != 0 && equals == std::string_view::npos) {
             equals = static_cast<std::size_t>(from - text + std::countr_zero(chunk.equals));
         }
-        if (chunk.controls == 0) {
+        if (chunk.stops == 0) {
             continue;
         }
-        const char *feed = from + std::countr_zero(chunk.controls);
+        const char *feed = from + std::countr_zero(chunk.stops);
         if (*feed != '\n') {
             return wholeLine(start, end);
         }

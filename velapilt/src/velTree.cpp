@@ -56,7 +56,8 @@ std::size_t childPathLength(const velHandle *handle, const velNode *parent, std:
 velNode *findBelow(velHandle *handle, velNode *parent, velComponent component)
 {
     if (!handle->table.hasDetached()) {
-        return handle->table.findChild(parent, component);
+        return parent->mayHaveChild(component.name) ? handle->table.findChild(parent, component)
+                                                    : nullptr;
     }
     std::string path = parent->isRoot() ? "" : velPathOf(handle, parent);
     path += '/';

@@ -1,0 +1,442 @@
+// Change, replace and action handlers, and what they may do meanwhile.
+#include "velapilt/src/velapilt.h"
+
+#include "velapilt/tests/velTestData.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+/// Calls a function of the test's on every change.
+class OnChange
+{
+public:
+    using Action = std::function<void(const std::string &path, std::int32_t code)>;
+
+    OnChange(const velHandlePtr &handle, Action action) : action_(std::move(action))
+    {
+        EXPECT_EQ(said(addChangeHandler(handle.get(), call, this)), "");
+    }
+
+private:
+    static int call(const char *path, std::int32_t code, const char *, const char *, void *userData)
+    {
+        static_cast<OnChange *>(userData)->action_(path, code);
+        return 1;
+    }
+
+    Action action_;
+};
+
+/// Writes down the actions: "word" or "word(argument)".
+class ActionLog
+{
+public:
+    explicit ActionLog(const velHandlePtr &handle) : handle_(handle.get())
+    {
+        EXPECT_EQ(said(addActionHandler(handle_, call, this)), "");
+    }
+
+    std::string take() { return std::exchange(text_, {}); }
+
+    int answer = 1;
+    const char *interrupt = nullptr;
+    std::function<void()> meanwhile;
+
+private:
+    static int call(velHandle *handle, const char *action, const char *const *arguments,
+                    void *userData)
+    {
+        ActionLog &log = *static_cast<ActionLog *>(userData);
+        EXPECT_EQ(handle, log.handle_);
+        log.text_ += action;
+        for (const char *const *argument = arguments; argument && *argument; ++argument) {
+            log.text_ += "(" + std::string(*argument) + ")";
+        }
+        log.text_ += arguments == nullptr ? "\n" : ";\n";
+        if (log.meanwhile) {
+            log.meanwhile();
+        }
+        if (log.interrupt != nullptr) {
+            velInterrupt(handle, log.interrupt);
+        }
+        return log.answer;
+    }
+
+    velHandle *handle_;
+    std::string text_;
+};
+
+// --- Changes -------------------------------------------------------------------------
+
+TEST(VelHandlers, WhatIsReported)
+{
+    const velHandlePtr handle(velCreateHandle());
+    ChangeLog log(handle);
+    EXPECT_EQ(parse(handle, "FLOW:\n"
+                            "DOMAIN: d\n"
+                            "x = 1\n"
+                            "x = 1\n"
+                            "x = 2\n"
+                            "x =\n"
+                            "END\n"
+                            "END\n"
+                            "FLOW:\n"
+                            "END\n"),
+              "");
+    EXPECT_EQ(log.take(), "/FLOW: created\n"
+                          "/FLOW/DOMAIN:d: created\n"
+                          "/FLOW/DOMAIN:d/x: 1 <- -\n"
+                          "/FLOW/DOMAIN:d/x: 2 <- 1\n"
+                          "/FLOW/DOMAIN:d/x:  <- 2\n");
+    EXPECT_EQ(said(setStringValue(handle.get(), "/FLOW/DOMAIN:d/x", "3")), "");
+    EXPECT_EQ(said(setStringValue(handle.get(), "/FLOW/DOMAIN:d/x", "3")), "");
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/FLOW", true)), "");
+    EXPECT_EQ(said(setValid(handle.get(), "/FLOW", 1)), "");
+    EXPECT_EQ(log.take(), "/FLOW/DOMAIN:d/x: 3 <- \n");
+    EXPECT_EQ(said(deleteParamH(handle.get(), "/FLOW/DOMAIN:d/x")), "");
+    EXPECT_EQ(said(deleteObjH(handle.get(), "/")), "");
+    EXPECT_EQ(log.take(), "/FLOW/DOMAIN:d/x: - <- 3\n"
+                          "/FLOW/DOMAIN:d: deleted\n"
+                          "/FLOW: deleted\n");
+}
+
+TEST(VelHandlers, HandlersAreCalledInTheOrderOfTheirRegistration)
+{
+    const velHandlePtr handle(velCreateHandle());
+    std::string order;
+    std::vector<std::unique_ptr<OnChange>> handlers;
+    for (char c = 'a'; c <= 'z'; ++c) {
+        handlers.push_back(std::make_unique<OnChange>(
+            handle, [&order, c](const std::string &, std::int32_t) { order += c; }));
+    }
+    EXPECT_EQ(parse(handle, "x = 1\ny = 2\n"), "");
+    EXPECT_EQ(order, "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyz");
+}
+
+TEST(VelHandlers, TheMarksGoBeforeTheReport)
+{
+    const velHandlePtr handle = parsed("A:\nx = 1\nEND\n");
+    for (const char *path : {"/A", "/A/x"}) {
+        EXPECT_EQ(said(setValid(handle.get(), path, 1)), "");
+    }
+    std::string seen;
+    const OnChange look(handle, [&](const std::string &, std::int32_t) {
+        seen = std::to_string(isValid(handle.get(), "/A")) + " " +
+               std::to_string(isValid(handle.get(), "/A/x")) + " " + valueAt(handle, "/A/x");
+    });
+    EXPECT_EQ(said(setStringValue(handle.get(), "/A/x", "2")), "");
+    EXPECT_EQ(seen, "0 0 2");
+}
+
+TEST(VelHandlers, AHandlerMayRegisterOthers)
+{
+    const velHandlePtr handle(velCreateHandle());
+    std::vector<std::unique_ptr<ChangeLog>> logs;
+    const OnChange more(handle, [&](const std::string &, std::int32_t) {
+        logs.push_back(std::make_unique<ChangeLog>(handle));
+    });
+    EXPECT_EQ(parse(handle, "a = 1\nb = 2\nc = 3\n"), "");
+    ASSERT_EQ(logs.size(), 3U);
+    EXPECT_EQ(logs[0]->take(), "/b: 2 <- -\n/c: 3 <- -\n"); // told of later changes
+    EXPECT_EQ(logs[1]->take(), "/c: 3 <- -\n");
+    EXPECT_EQ(logs[2]->take(), "");
+}
+
+TEST(VelHandlers, AHandlerMayMakeNodes)
+{
+    const velHandlePtr handle(velCreateHandle());
+    const OnChange mirror(handle, [&](const std::string &path, std::int32_t code) {
+        if (code == velObjectCreated) {
+            EXPECT_EQ(said(velCreateParam(handle.get(), (path + "/made").c_str(), "1")), "");
+        }
+    });
+    EXPECT_EQ(parse(handle, "A:\nB: b\nx = 1\nEND\nEND\n"), "");
+    EXPECT_EQ(stored(handle), "A:\n"
+                              "  made = 1\n"
+                              "  B: b\n"
+                              "    made = 1\n"
+                              "    x = 1\n"
+                              "  END\n"
+                              "END\n");
+}
+
+TEST(VelHandlers, AHandlerMayParseLinesOfItsOwn)
+{
+    const velHandlePtr handle(velCreateHandle());
+    const OnChange other(handle, [&](const std::string &path, std::int32_t code) {
+        if (path == "/A" && code == velObjectCreated) {
+            EXPECT_EQ(parse(handle, "OWN:\nx = 1\nEND\n"), "");
+        }
+    });
+    EXPECT_EQ(parse(handle, "A:\ny = 2\nEND\n"), "");
+    EXPECT_EQ(havePath(handle.get(), "/A/y"), 1);
+    EXPECT_STREQ(getCurrentPath(handle.get()), "/");
+}
+
+TEST(VelHandlers, AHandlerMayDeleteWhatIsReported)
+{
+    const velHandlePtr handle(velCreateHandle());
+    const OnChange refuse(handle, [&](const std::string &path, std::int32_t code) {
+        const bool isNew = code == velObjectCreated ? path.ends_with(":no") : path.ends_with("/no");
+        if (isNew && havePath(handle.get(), path.c_str()) == 1) {
+            EXPECT_EQ(said(deleteObjH(handle.get(), path.c_str())), "");
+        }
+    });
+    ChangeLog log(handle);
+    EXPECT_EQ(parse(handle, "A:\nno = 1\nyes = 2\nEND\n"), "");
+    EXPECT_EQ(stored(handle), "A:\n  yes = 2\nEND\n");
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/A/B:no", false)), "");
+    EXPECT_EQ(havePath(handle.get(), "/A/B:no"), 0);
+    EXPECT_EQ(said(velCreateParam(handle.get(), "/A/no", "x")), "");
+    EXPECT_EQ(havePath(handle.get(), "/A/no"), 0);
+    // A block whose object is gone takes no lines, and ends as usual.
+    EXPECT_EQ(parse(handle, "B: no\nx = 1\nEND\n"), "parseVELLineH: velUpdateObject failed");
+    EXPECT_EQ(parse(handle, "B: no\nEND\ny = 1\n"), "");
+    EXPECT_EQ(stored(handle), "A:\n  yes = 2\nEND\ny = 1\n");
+    EXPECT_STREQ(getCurrentPath(handle.get()), "/");
+}
+
+TEST(VelHandlers, AHandlerMayDeleteTheCurrentObject)
+{
+    const velHandlePtr handle(velCreateHandle());
+    const OnChange clear(handle, [&](const std::string &path, std::int32_t) {
+        if (path == "/A/B:b/x" && havePath(handle.get(), "/A/B:b/x") == 1) {
+            EXPECT_EQ(said(deleteObjH(handle.get(), "/A")), "");
+        }
+    });
+    EXPECT_EQ(parse(handle, "A:\nB: b\nw = 0\nx = 1\nEND\nEND\nC:\nEND\n"), "");
+    EXPECT_EQ(stored(handle), "C:\nEND\n");
+    EXPECT_EQ(parse(handle, "A:\nB: b\nx = 1\ny = 2\nEND\nEND\n"),
+              "parseVELLineH: velUpdateObject failed");
+    EXPECT_STREQ(getCurrentPath(handle.get()), "/");
+    std::int32_t depth = -1;
+    EXPECT_EQ(said(getVELStateH(handle.get(), &depth)), "");
+    EXPECT_EQ(depth, 0);
+}
+
+TEST(VelHandlers, AHandlerMayDeleteWhatIsBeingDeleted)
+{
+    const velHandlePtr handle = parsed("A:\nx = 1\nB:\ny = 2\nEND\nz = 3\nEND\nC:\nEND\n");
+    const OnChange more(handle, [&](const std::string &path, std::int32_t) {
+        if (path == "/A/x") {
+            EXPECT_EQ(said(deleteObjH(handle.get(), "/A")), "");
+        }
+    });
+    ChangeLog log(handle);
+    EXPECT_EQ(said(deleteObjH(handle.get(), "/A")), "");
+    EXPECT_EQ(stored(handle), "C:\nEND\n");
+    EXPECT_EQ(log.take(), "/A/B/y: - <- 2\n" // of the inner call, made before the log's turn
+                          "/A/B: deleted\n"
+                          "/A/z: - <- 3\n"
+                          "/A: deleted\n"
+                          "/A/x: - <- 1\n");
+}
+
+TEST(VelHandlers, AHandlerMayChangeTheValueReported)
+{
+    const velHandlePtr handle(velCreateHandle());
+    const OnChange round(handle, [&](const std::string &path, std::int32_t code) {
+        if (code == velValueChanged && valueAt(handle, path.c_str()) == "about 3") {
+            EXPECT_EQ(said(setStringValue(handle.get(), path.c_str(), "3")), "");
+        }
+    });
+    EXPECT_EQ(parse(handle, "x = about 3\n"), "");
+    EXPECT_EQ(valueAt(handle, "/x"), "3");
+    EXPECT_EQ(said(setStringValue(handle.get(), "/x", "about 3")), "");
+    EXPECT_EQ(valueAt(handle, "/x"), "3");
+}
+
+TEST(VelHandlers, TheTextsOutliveWhatAHandlerDeletes)
+{
+    const velHandlePtr handle = parsed("x = old\n");
+    const OnChange clear(handle, [&](const std::string &, std::int32_t) {
+        static_cast<void>(deleteObjH(handle.get(), "/"));
+        for (int i = 0; i < 50; ++i) { // whatever was freed is written over
+            EXPECT_EQ(said(velCreateParam(handle.get(), ("y" + std::to_string(i)).c_str(), "zzz")),
+                      "");
+            static_cast<void>(deleteObjH(handle.get(), "/"));
+        }
+    });
+    // The handler above runs first, and for its own changes too.
+    ChangeLog log(handle);
+    EXPECT_EQ(stored(handle), "x = old\n");
+}
+
+TEST(VelHandlers, AnInterruptionStopsAParse)
+{
+    const velHandlePtr handle(velCreateHandle());
+    const OnChange stop(handle, [&](const std::string &path, std::int32_t) {
+        if (path == "/A/stop") {
+            velInterrupt(handle.get(), "stopped by a handler");
+        }
+    });
+    EXPECT_EQ(parse(handle, "A:\na = 1\nstop = 1\nb = 2\nEND\n"), "stopped by a handler");
+    EXPECT_EQ(stored(handle), "A:\n  a = 1\n  stop = 1\nEND\n");
+    EXPECT_STREQ(getCurrentPath(handle.get()), "/");
+    EXPECT_EQ(parse(handle, "A:\nb = 2\nEND\n"), ""); // it holds once
+    EXPECT_EQ(valueAt(handle, "/A/b"), "2");
+}
+
+TEST(VelHandlers, AnInterruptionStopsEveryOperation)
+{
+    const velHandlePtr handle = parsed("A:\nx = 1\ny = 2\nEND\n");
+    const OnChange stop(
+        handle, [&](const std::string &, std::int32_t) { velInterrupt(handle.get(), "stop"); });
+    EXPECT_EQ(said(setStringValue(handle.get(), "/A/x", "2")), "stop");
+    EXPECT_EQ(valueAt(handle, "/A/x"), "2");
+    EXPECT_EQ(said(velCreateParam(handle.get(), "/A/z", "1")), "stop");
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/A/B", false)), "stop");
+    EXPECT_EQ(said(parseVELLineH(handle.get(), "w = 1", 0)), "stop");
+    EXPECT_EQ(said(deleteParamH(handle.get(), "/w")), "stop");
+    EXPECT_EQ(said(deleteObjH(handle.get(), "/A")), "stop"); // the first child is gone
+    EXPECT_EQ(stored(handle), "A:\n  y = 2\n  z = 1\n  B:\n  END\nEND\n");
+    EXPECT_EQ(said(setStringValue(handle.get(), "/A/y", "2")), ""); // no change, no report
+}
+
+TEST(VelHandlers, AnInterruptedContinuedLineIsCleared)
+{
+    const velHandlePtr handle(velCreateHandle());
+    const OnChange stop(handle, [&](const std::string &path, std::int32_t) {
+        if (path == "/x") {
+            velInterrupt(handle.get(), "stop");
+        }
+    });
+    EXPECT_EQ(parse(handle, "x = 1, \\\n2\ny = 1\n"), "stop");
+    EXPECT_EQ(parse(handle, "y = 2\n"), "");
+    EXPECT_EQ(stored(handle), "x = 1, 2\ny = 2\n");
+}
+
+// --- Replace handlers --------------------------------------------------------------------
+
+TEST(VelHandlers, ReplaceHandlersAreCalledWithTheObjectOpened)
+{
+    const velHandlePtr handle(velCreateHandle());
+    std::string paths;
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(said(addReplaceHandler(
+                      handle.get(),
+                      [](const char *path, void *userData) {
+                          *static_cast<std::string *>(userData) += std::string(path) + "\n";
+                      },
+                      &paths)),
+                  "");
+    }
+    EXPECT_EQ(parse(handle, "A:\n"
+                            "x = 1\n"
+                            "&replace B: b\n"
+                            "y = 1\n"
+                            "END\n"
+                            "&replace z = 1\n"
+                            "END\n"),
+              "");
+    EXPECT_EQ(paths, "/A/B:b\n/A/B:b\n" // both handlers
+                     "/A\n/A\n");       // a parameter opens nothing
+    EXPECT_EQ(parse(handle, "&replace bad\n"), "parseVELLineH: syntax error near \"bad\"");
+    EXPECT_EQ(paths, "/A/B:b\n/A/B:b\n/A\n/A\n");
+}
+
+// --- Actions -------------------------------------------------------------------------------
+
+TEST(VelHandlers, ActionLines)
+{
+    const velHandlePtr handle(velCreateHandle());
+    ActionLog log(handle);
+    const struct
+    {
+        const char *line;
+        const char *expected;
+    } cases[] = {
+        {">save", "save\n"},
+        {">>  save   file.vel", "save(file.vel);\n"},
+        {"> save a b  c", "save(a b c);\n"},    // the parser leaves single blanks
+        {"  >>>save x = 1 ", "save(x = 1);\n"}, // no parameter
+        {">save A: b", "save(A: b);\n"},
+        {">save x # remark", "save(x);\n"},
+        {">", "\n"},
+        {">>", "\n"},
+        {"> > x", ">(x);\n"},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(said(parseVELLineH(handle.get(), c.line, 0)), "") << c.line;
+        EXPECT_EQ(log.take(), c.expected) << c.line;
+    }
+    EXPECT_EQ(said(velRunActionLine(handle.get(), ">save  two  blanks ")), "");
+    EXPECT_EQ(log.take(), "save(two  blanks );\n"); // outside a text the line is as given
+    EXPECT_EQ(said(velRunActionLine(handle.get(), ">save ")), "");
+    EXPECT_EQ(log.take(), "save();\n"); // white space follows: one empty element
+    EXPECT_EQ(havePath(handle.get(), "/"), 0);
+}
+
+TEST(VelHandlers, ActionsWithoutAHandler)
+{
+    const velHandlePtr handle(velCreateHandle());
+    EXPECT_EQ(parse(handle, ">save\n"), "no handler was found for action line");
+    EXPECT_EQ(said(invokeAction(handle.get(), "save", nullptr)),
+              "no handler was found for action line");
+}
+
+TEST(VelHandlers, AnActionThatFails)
+{
+    const velHandlePtr handle(velCreateHandle());
+    ActionLog log(handle);
+    log.answer = 0;
+    EXPECT_EQ(parse(handle, "A:\n>save\nx = 1\nEND\n"),
+              "action invocation returned with error status");
+    EXPECT_STREQ(getCurrentPath(handle.get()), "/");
+    EXPECT_EQ(havePath(handle.get(), "/A/x"), 0);
+    log.answer = -1; // anything but 0 is success
+    EXPECT_EQ(parse(handle, ">save\n"), "");
+}
+
+TEST(VelHandlers, RegisteringAgainReplacesTheActionHandler)
+{
+    const velHandlePtr handle(velCreateHandle());
+    ActionLog first(handle);
+    ActionLog second(handle);
+    EXPECT_EQ(parse(handle, ">save x\n"), "");
+    EXPECT_EQ(first.take(), "");
+    EXPECT_EQ(second.take(), "save(x);\n");
+}
+
+TEST(VelHandlers, InvokingAnAction)
+{
+    const velHandlePtr handle(velCreateHandle());
+    ActionLog log(handle);
+    const char *const arguments[] = {"a", "", "b c", nullptr};
+    EXPECT_EQ(said(invokeAction(handle.get(), "do it", arguments)), "");
+    EXPECT_EQ(log.take(), "do it(a)()(b c);\n");
+}
+
+TEST(VelHandlers, AnActionMayChangeTheTreeAndParse)
+{
+    const velHandlePtr handle(velCreateHandle());
+    ActionLog log(handle);
+    log.meanwhile = [&] {
+        EXPECT_EQ(said(parseVELLineH(handle.get(), "made = by action", 0)), "");
+        EXPECT_EQ(said(deleteParamH(handle.get(), "x")), "");
+    };
+    EXPECT_EQ(parse(handle, "A:\nx = 1\n>go \\\non\ny = 2\nEND\n"), "");
+    EXPECT_EQ(log.take(), "go(on);\n");
+    EXPECT_EQ(stored(handle), "A:\n  made = by action\n  y = 2\nEND\n");
+}
+
+// An action handler that fails in both ways once left its interruption behind
+// for the next operation.
+TEST(VelHandlers, AnInterruptionDoesNotOutliveItsOperation)
+{
+    const velHandlePtr handle(velCreateHandle());
+    ActionLog log(handle);
+    log.answer = 0;
+    log.interrupt = "died";
+    EXPECT_NE(parse(handle, ">save\n"), "");
+    EXPECT_EQ(parse(handle, "x = 1\n"), "");
+    EXPECT_NE(said(parseVELLineH(handle.get(), ">save", 0)), "");
+    EXPECT_EQ(parse(handle, "x = 2\n"), "");
+    EXPECT_NE(said(invokeAction(handle.get(), "save", nullptr)), "");
+    EXPECT_EQ(parse(handle, "x = 3\n"), "");
+}
+
+} // namespace
