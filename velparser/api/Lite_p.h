@@ -169,4 +169,5 @@ void forgetWrapper(pTHX_ const LiteRecord *record);
 } // namespace velparser
 
 /// Registers the methods; the name that perl's loader looks for.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" __attribute__((visibility("default"))) void boot_VEL__Parser__Lite(pTHX_ CV *cv);

@@ -108,6 +108,7 @@ void resumeExit(pTHX)
 
 SV *plainValue(pTHX_ PerlFrame &frame, SV *value)
 {
+    // NOLINTNEXTLINE(misc-redundant-expression): within Perl's macro
     if (!SvGMAGICAL(value) && !(SvROK(value) && SvAMAGIC(value)))
         return value;
     if (SV *text = callXsub(aTHX_ frame, makeText, value))
