@@ -193,4 +193,5 @@ velOperation::~velOperation()
         handle_->arena.release(block, bytes);
     }
     handle_->graveyard.clear();
+    handle_->interrupted = nullptr; // an operation that failed otherwise did not take it
 }

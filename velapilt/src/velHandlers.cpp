@@ -137,7 +137,7 @@ const char *invokeAction(velHandle *handle, const char *action, const char *cons
     const velOperation operation(handle);
     const Reporting reporting(handle);
     const int done = handle->actionHandler(handle, action, arguments, handle->actionData);
-    return done == 0 ? "action invocation returned with error status" : nullptr;
+    return done == 0 ? "action invocation returned with error status" : velTakeInterrupt(handle);
 }
 
 void velInterrupt(velHandle *handle, const char *message)
