@@ -252,17 +252,30 @@ TEST(VelHandlers, AHandlerMayChangeTheValueReported)
 TEST(VelHandlers, TheTextsOutliveWhatAHandlerDeletes)
 {
     const velHandlePtr handle = parsed("x = old\n");
+    bool isBusy = false;
     const OnChange clear(handle, [&](const std::string &, std::int32_t) {
-        static_cast<void>(deleteObjH(handle.get(), "/"));
-        for (int i = 0; i < 50; ++i) { // whatever was freed is written over
+        if (std::exchange(isBusy, true)) {
+            return;
+        }
+        for (int i = 0; i < 50; ++i) { // whatever is freed is written over
+            EXPECT_EQ(said(deleteObjH(handle.get(), "/")), "");
             EXPECT_EQ(said(velCreateParam(handle.get(), ("y" + std::to_string(i)).c_str(), "zzz")),
                       "");
-            static_cast<void>(deleteObjH(handle.get(), "/"));
         }
+        EXPECT_EQ(said(deleteObjH(handle.get(), "/")), "");
     });
-    // The handler above runs first, and for its own changes too.
-    ChangeLog log(handle);
-    EXPECT_EQ(stored(handle), "x = old\n");
+    std::string last;
+    const auto keep = [](const char *path, std::int32_t, const char *newValue, const char *oldValue,
+                         void *userData) {
+        *static_cast<std::string *>(userData) = std::string(path) + ": " +
+                                                (newValue == nullptr ? "-" : newValue) + " <- " +
+                                                (oldValue == nullptr ? "-" : oldValue);
+        return 1;
+    };
+    EXPECT_EQ(said(addChangeHandler(handle.get(), keep, &last)), "");
+    EXPECT_EQ(said(setStringValue(handle.get(), "/x", "new")), "");
+    EXPECT_EQ(last, "/x: new <- old");
+    EXPECT_EQ(stored(handle), "");
 }
 
 TEST(VelHandlers, AnInterruptionStopsAParse)
@@ -408,6 +421,17 @@ TEST(VelHandlers, InvokingAnAction)
     const char *const arguments[] = {"a", "", "b c", nullptr};
     EXPECT_EQ(said(invokeAction(handle.get(), "do it", arguments)), "");
     EXPECT_EQ(log.take(), "do it(a)()(b c);\n");
+}
+
+TEST(VelHandlers, AnInterruptedAction)
+{
+    const velHandlePtr handle(velCreateHandle());
+    ActionLog log(handle);
+    log.interrupt = "died";
+    EXPECT_EQ(said(invokeAction(handle.get(), "save", nullptr)), "died");
+    EXPECT_EQ(said(velRunActionLine(handle.get(), ">save")), "died");
+    EXPECT_EQ(parse(handle, ">save\nx = 1\n"), "died");
+    EXPECT_EQ(stored(handle), "");
 }
 
 TEST(VelHandlers, AnActionMayChangeTheTreeAndParse)
