@@ -26,9 +26,10 @@ std::size_t pieceEnd(std::string_view line, std::size_t start, std::size_t room)
     if (velIsSpace(line[end])) {
         return end + 1; // the white space stays behind its word
     }
-    // A hard cut inside a word. White space at the start of the next piece
-    // would be lost when it is read back.
-    return velIsSpace(line[candidate]) ? candidate - 1 : candidate;
+    // A hard cut inside a word, or behind the first of several blanks. A word's
+    // only blank at the start of the next piece would be lost when it is read back.
+    const bool losesBlank = velIsSpace(line[candidate]) && !velIsSpace(line[candidate - 1]);
+    return losesBlank ? candidate - 1 : candidate;
 }
 
 void addPiece(velArray *lines, std::size_t indent, std::string_view text, bool continues)
