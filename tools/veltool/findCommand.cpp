@@ -10,6 +10,8 @@
 
 #include <CLI/App.hpp>
 
+#include <optional>
+
 namespace veltool {
 
 namespace {
@@ -38,11 +40,14 @@ private:
         const SourceText text = readText(file);
         const velHandlePtr handle = newHandle();
         parseText(handle.get(), text, file);
-        const StatementIndex index(text, handle.get());
+        std::optional<StatementIndex> index; // made for the first hit
         TreeWalk walk(handle.get(), velFindNode(handle.get(), "/"), "/");
         for (walk.step(); walk.node(); walk.step()) {
-            if (isHit(walk))
-                print(file, index.lineOf(walk.node()), walk);
+            if (!isHit(walk))
+                continue;
+            if (!index)
+                index.emplace(text, handle.get());
+            print(file, index->lineOf(walk.node()), walk);
         }
         return statusGood;
     }

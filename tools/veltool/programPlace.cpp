@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <sys/auxv.h>
 
 namespace veltool {
 
@@ -49,7 +50,9 @@ std::string libraryList(const fs::path &folder)
 std::string programFolder()
 {
     std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
+    fs::path program = fs::read_symlink("/proc/self/exe", error);
+    if (error) // a root without /proc: the name by which the system has started it
+        program = fs::canonical(reinterpret_cast<const char *>(getauxval(AT_EXECFN)), error);
     return error ? std::string() : program.parent_path().parent_path().string();
 }
 
