@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 
 namespace velBench {
 namespace {
@@ -34,6 +35,12 @@ nlohmann::json measure(const std::string &words)
 class VelbenchTest : public ::testing::Test
 {
 protected:
+    void SetUp() override
+    {
+        if (!std::filesystem::exists("/proc/self/statm"))
+            GTEST_SKIP() << "no /proc here, where the memory of the process is read";
+    }
+
     TemporaryFolder folder_;
     const std::string file_ = folder_.write("a.vel", "A: a\n  x = 1\n  y = twenty\nEND\nz = 3\n");
 };
