@@ -298,7 +298,10 @@ try {
         return nullptr;
     }
     const velNode *node = velResolve(handle, path);
-    if (node == nullptr || node->isParam()) {
+    if (node == nullptr) {
+        return "getObjectVELH: path not found";
+    }
+    if (node->isParam()) { // it has no header form
         return "getObjectVEL: path not found";
     }
     velArray array(velArrayKind::Strings);

@@ -66,7 +66,7 @@ is whole($data, '/', 0), 'FLOW:|  DOMAIN: Duct|    A = 1|    Long = 1, 2|  END|E
     'the root without';
 is whole($data, '/', 1) =~ /RULES:/ ? 1 : 0, 1, 'library data where it is wanted';
 is whole($data, '/', 0) =~ /RULES:/ ? 1 : 0, 0, '... and only there';
-is whole($data, '/X', 0), 'getObjectVEL: path not found', 'unknown';
+is whole($data, '/X', 0), 'getObjectVELH: path not found', 'unknown';
 
 # Arrays of lines.
 my $second = VEL::Parser::Lite::NEW();
