@@ -122,8 +122,8 @@ const char *LineParser::parse(std::string_view line)
 {
     const std::string_view text = velTrim(line);
     isReplace_ = false;
-    isJoined_ = handle_->hasPendingLine;
-    if (isJoined_) {
+    isJoined_ = false;
+    if (handle_->hasPendingLine) {
         return parseJoined(text);
     }
     if (text.ends_with('\\')) {
@@ -141,6 +141,8 @@ const char *LineParser::parseJoined(std::string_view text)
     std::string joined;
     joined.swap(handle_->pendingLine);
     handle_->hasPendingLine = false;
+    // Of a deeply nested END the first pieces are nothing but indentation.
+    isJoined_ = !joined.empty();
     joined += text;
     if (joined.ends_with('\\')) {
         joined.pop_back();
