@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <new>
 
@@ -31,7 +32,8 @@ std::size_t sizeOf(std::FILE *file)
 const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes)
 {
     const File file(std::fopen(path, "rb"));
-    if (file == nullptr) {
+    std::error_code ignored;
+    if (file == nullptr || std::filesystem::is_directory(path, ignored)) {
         return velSetError(handle, "loadFileData: %s: open failed", path);
     }
     std::setvbuf(file.get(), nullptr, _IONBF, 0); // it is read in one piece
