@@ -1,0 +1,179 @@
+// Files: their lines, and loading them.
+#include "velapilt/src/velapilt.h"
+
+#include "velapilt/tests/velTestData.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+class VelFile : public testing::Test
+{
+protected:
+    /// The lines between bars, or the message.
+    std::string lines(const std::string &path)
+    {
+        velArray array(velArrayKind::Strings);
+        if (const char *error = loadFileData(handle_.get(), path.c_str(), &array)) {
+            return error;
+        }
+        std::string text = "|";
+        for (std::int32_t i = 0; i < array.count(); ++i) {
+            text += std::string(array.string(i)) + "|";
+        }
+        return text;
+    }
+
+    std::string linesOfContent(std::string_view content)
+    {
+        return lines(folder_.write("file.vel", content));
+    }
+
+    std::string load(const std::string &path)
+    {
+        return said(loadVELFile(handle_.get(), path.c_str(), "vel"));
+    }
+
+    TemporaryFolder folder_;
+    velHandlePtr handle_{velCreateHandle()};
+};
+
+TEST_F(VelFile, Lines)
+{
+    EXPECT_EQ(linesOfContent(""), "|");
+    EXPECT_EQ(linesOfContent("\n"), "||");
+    EXPECT_EQ(linesOfContent("a\nb\n"), "|a|b|");
+    EXPECT_EQ(linesOfContent("a\nb"), "|a|b|"); // the last may lack its end
+    EXPECT_EQ(linesOfContent(" a \n\n\tb"), "| a ||\tb|");
+    EXPECT_EQ(linesOfContent("a\r\nb\r\n"), "|a\r|b\r|");
+    EXPECT_EQ(linesOfContent(std::string_view("a\0b\nc\n", 6)), "|a|c|"); // text ends at a NUL
+    EXPECT_EQ(linesOfContent("\xFF\x80\n"), "|\xFF\x80|");
+}
+
+TEST_F(VelFile, LinesOfAllLengths)
+{
+    for (std::size_t length = 0; length < 200; ++length) {
+        const std::string one(length, 'x');
+        EXPECT_EQ(linesOfContent(one + "\n" + one + "y"), "|" + one + "|" + one + "y|");
+    }
+}
+
+TEST_F(VelFile, WhatCannotBeRead)
+{
+    const std::string missing = folder_.path("none.vel");
+    EXPECT_EQ(lines(missing), "loadFileData: " + missing + ": open failed");
+    EXPECT_EQ(load(missing), "loadFileData: " + missing + ": open failed");
+    // A directory opens but cannot be read.
+    EXPECT_EQ(lines(folder_.path()), "loadFileData: " + folder_.path() + ": open failed");
+    EXPECT_EQ(load("/"), "loadFileData: /: open failed");
+    EXPECT_EQ(lines(""), "loadFileData: : open failed");
+    const std::string below = folder_.write("file", "") + "/x";
+    EXPECT_EQ(lines(below), "loadFileData: " + below + ": open failed");
+    EXPECT_EQ(havePath(handle_.get(), "/"), 0); // nothing was made
+}
+
+TEST_F(VelFile, AnUnreadableFile)
+{
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root reads every file";
+    }
+    const std::string file = folder_.write("secret.vel", "x = 1\n");
+    ASSERT_EQ(::chmod(file.c_str(), 0), 0);
+    EXPECT_EQ(load(file), "loadFileData: " + file + ": open failed");
+}
+
+TEST_F(VelFile, NamesOfAllKinds)
+{
+    for (const char *name : {"with blank.vel", "quote'\".vel", "-dash", "100%s%n", "\xC3\xA4"}) {
+        const std::string file = folder_.write(name, "x = 1\n");
+        EXPECT_EQ(load(file), "") << name;
+        std::filesystem::remove(file);
+        EXPECT_EQ(load(file), "loadFileData: " + file + ": open failed");
+    }
+}
+
+TEST_F(VelFile, APipe)
+{
+    const std::string pipe = folder_.path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::string content;
+    for (int i = 0; i < 30000; ++i) {
+        content += "p" + std::to_string(i) + " = 1\n";
+    }
+    std::thread writer([&] { folder_.write("pipe", content); });
+    EXPECT_EQ(load(pipe), "");
+    writer.join();
+    EXPECT_EQ(stored(handle_), content);
+}
+
+TEST_F(VelFile, AFileWithoutASize)
+{
+    // The kernel says 0 of it, and there is more.
+    EXPECT_NE(lines("/proc/self/status").find("Name:"), std::string::npos);
+}
+
+TEST_F(VelFile, LoadingAFile)
+{
+    const std::string file = folder_.write("case.vel", "FLOW:\r\n"
+                                                       "  x = 1, \\\r\n"
+                                                       "    2\r\n"
+                                                       "END");
+    EXPECT_EQ(load(file), "");
+    EXPECT_EQ(flagsOf(handle_), "/ Object 0\n/FLOW Singleton 0\n/FLOW/x Param 0\n");
+    EXPECT_EQ(valueAt(handle_, "/FLOW/x"), "1, 2");
+}
+
+TEST_F(VelFile, TheTypeMustBeVel)
+{
+    const std::string file = folder_.write("case.vel", "");
+    const auto refusal = [&](const char *path, const char *type) {
+        return said(loadVELFile(handle_.get(), path, type));
+    };
+    EXPECT_EQ(refusal(nullptr, "vel"), "loadVELFile: Invalid file or file type");
+    EXPECT_EQ(refusal(file.c_str(), nullptr), "loadVELFile: Invalid file or file type");
+    for (const char *type : {"", "VEL", "vel ", "def", "ve"}) {
+        EXPECT_EQ(refusal(file.c_str(), type),
+                  "loadVELFile: fileType is invalid - it should be vel");
+    }
+    EXPECT_EQ(refusal(file.c_str(), "vel"), "");
+}
+
+TEST_F(VelFile, AFileAndItsLinesAreTheSame)
+{
+    const std::string contents[] = {"FLOW:\nx = 1\nEND\n",
+                                    "FLOW:\nx = 1\nEND",
+                                    "",
+                                    "a = 1\r\n\r\nb = 2 # c\n",
+                                    std::string("a = 1\0z\nb = 2\n", 14),
+                                    std::string("\0\n\0", 3)};
+    for (const std::string &content : contents) {
+        const std::string file = folder_.write("case.vel", content);
+        const velHandlePtr byLines(velCreateHandle());
+        velArray array(velArrayKind::Strings);
+        velDigest ofLines{};
+        EXPECT_EQ(said(loadFileData(byLines.get(), file.c_str(), &array)), "");
+        EXPECT_EQ(said(parseVELData(byLines.get(), &array, 0, nullptr, &ofLines)), "");
+        const velHandlePtr byFile(velCreateHandle());
+        velDigest ofFile{};
+        EXPECT_EQ(said(loadVELFile(byFile.get(), file.c_str(), "vel", nullptr, &ofFile)), "");
+        EXPECT_EQ(stored(byFile), stored(byLines));
+        EXPECT_EQ(std::memcmp(&ofLines, &ofFile, sizeof ofLines), 0);
+    }
+}
+
+TEST_F(VelFile, AFileThatWasSeenBefore)
+{
+    const std::string file = folder_.write("case.vel", "x = 1\n");
+    velDigest digest{};
+    EXPECT_EQ(said(loadVELFile(handle_.get(), file.c_str(), "vel", nullptr, &digest)), "");
+    EXPECT_EQ(flagsOf(handle_), "/ Object 0\n/x Param 0\n");
+    EXPECT_EQ(said(loadVELFile(handle_.get(), file.c_str(), "vel", &digest, &digest)), "");
+    EXPECT_EQ(flagsOf(handle_), "/ Object 0\n/x Param 0x400\n");
+}
+
+} // namespace

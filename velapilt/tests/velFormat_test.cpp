@@ -1,0 +1,284 @@
+// From nodes to lines, in stored order and as a file is saved.
+#include "velapilt/src/velapilt.h"
+
+#include "velapilt/tests/velTestData.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr const char *flow = "FLOW:\n"
+                             "  SOLVER:\n"
+                             "    Maximum = 5\n"
+                             "  END\n"
+                             "  DOMAIN: d\n"
+                             "    BOUNDARY: in\n"
+                             "      Option = x\n"
+                             "    END\n"
+                             "    Location = B1\n"
+                             "  END\n"
+                             "  Time = 1\n"
+                             "END\n";
+
+std::string partial(const velHandlePtr &handle, const char *path, const char *indent,
+                    std::uint32_t include = 0, std::uint32_t exclude = 0)
+{
+    velArray lines(velArrayKind::Strings);
+    const char *error = getPartialVELH(handle.get(), path, indent, &lines, include, exclude);
+    return error == nullptr ? asLines(lines) : error;
+}
+
+velHandlePtr withRules(std::string_view rules, std::string_view text)
+{
+    velHandlePtr handle(velCreateHandle());
+    EXPECT_EQ(parse(handle, rules, velFlagLibrary), "");
+    EXPECT_EQ(parse(handle, text), "");
+    return handle;
+}
+
+// --- Stored form -------------------------------------------------------------------------
+
+TEST(VelFormat, TheStoredOrder)
+{
+    const velHandlePtr handle = parsed(flow);
+    EXPECT_EQ(stored(handle), flow);
+    EXPECT_EQ(partial(handle, "/", ""), flow);
+}
+
+// The first level stands flush with the header: kept.
+TEST(VelFormat, ANodeWithItsHeader)
+{
+    const velHandlePtr handle = parsed(flow);
+    EXPECT_EQ(stored(handle, "FLOW/DOMAIN:d"), "DOMAIN: d\n"
+                                               "BOUNDARY: in\n"
+                                               "  Option = x\n"
+                                               "END\n"
+                                               "Location = B1\n"
+                                               "END\n");
+    EXPECT_EQ(stored(handle, "/FLOW/SOLVER"), "SOLVER:\nMaximum = 5\nEND\n");
+}
+
+TEST(VelFormat, WithAnIndent)
+{
+    const velHandlePtr handle = parsed(flow);
+    EXPECT_EQ(partial(handle, "/FLOW/DOMAIN:d", "    "), "    BOUNDARY: in\n"
+                                                         "      Option = x\n"
+                                                         "    END\n"
+                                                         "    Location = B1\n");
+    EXPECT_EQ(partial(handle, "/FLOW/Time", ""), ""); // no children
+    EXPECT_EQ(partial(handle, "/NONE", ""), "getPartialVELH: object does not exist");
+}
+
+TEST(VelFormat, PartialLinesAreAppended)
+{
+    const velHandlePtr handle = parsed("x = 1\n");
+    velArray lines(velArrayKind::Strings);
+    lines.addString("before");
+    EXPECT_EQ(said(getPartialVELH(handle.get(), "/", "", &lines, 0, 0)), "");
+    EXPECT_EQ(asLines(lines), "before\nx = 1\n");
+}
+
+TEST(VelFormat, WhatHasNoStoredForm)
+{
+    const velHandlePtr empty(velCreateHandle());
+    velStringList lines;
+    EXPECT_EQ(said(getObjectVELH(empty.get(), "/", &lines, true)), ""); // and no list
+    EXPECT_EQ(lines.data(), nullptr);
+    EXPECT_EQ(said(getObjectVELH(empty.get(), "/NONE", &lines, true)), "");
+    const velHandlePtr handle = parsed(flow);
+    EXPECT_EQ(stored(handle, "/NONE"), "getObjectVELH: path not found");
+    EXPECT_EQ(stored(handle, "/FLOW/Time"), "getObjectVEL: path not found");
+    const velHandlePtr bare = parsed("");
+    EXPECT_EQ(said(getObjectVELH(bare.get(), "/", &lines, true)), "");
+    ASSERT_NE(lines.data(), nullptr); // just the null end
+    EXPECT_EQ(lines.size(), 0U);
+}
+
+TEST(VelFormat, WithAndWithoutLibraryData)
+{
+    const velHandlePtr handle = withRules("RULES:\nx = 1\nEND\n", "FLOW:\ny = 2\nEND\n");
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/RULES/USER:u", false)), "");
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/FLOW/LIB:l", true)), "");
+    EXPECT_EQ(stored(handle, "/", true), "RULES:\n  x = 1\n  USER: u\n  END\nEND\n"
+                                         "FLOW:\n  y = 2\n  LIB: l\n  END\nEND\n");
+    EXPECT_EQ(stored(handle, "/", false), "FLOW:\n  y = 2\nEND\n"); // whole subtrees go
+    // A library object asked for by itself has its parameters and user objects.
+    EXPECT_EQ(stored(handle, "/RULES", false), "RULES:\nx = 1\nUSER: u\nEND\nEND\n");
+}
+
+TEST(VelFormat, Masks)
+{
+    const velHandlePtr handle = withRules("A:\nx = 1\nB:\nEND\nEND\n", "C:\ny = 2\nD:\nEND\nEND\n");
+    EXPECT_EQ(said(parseVELLineH(handle.get(), "top = 3", 0)), "");
+    EXPECT_EQ(said(setValid(handle.get(), "/C", 1)), "");
+    EXPECT_EQ(partial(handle, "/", "", velFlagLibrary, 0),
+              "A:\n  x = 1\n  B:\n  END\nEND\ntop = 3\n"); // parameters are always written
+    EXPECT_EQ(partial(handle, "/", "", 0, velFlagLibrary),
+              "C:\n  y = 2\n  D:\n  END\nEND\ntop = 3\n");
+    EXPECT_EQ(partial(handle, "/", "", velFlagValid, 0), "C:\n  y = 2\nEND\ntop = 3\n");
+    EXPECT_EQ(partial(handle, "/", "", velFlagLibrary | velFlagValid, velFlagValid),
+              "A:\n  x = 1\n  B:\n  END\nEND\ntop = 3\n");
+}
+
+// --- Saved form --------------------------------------------------------------------------
+
+TEST(VelFormat, ParametersFirstThenObjectsByTheirNames)
+{
+    const velHandlePtr handle = parsed(flow);
+    EXPECT_EQ(saved(handle), "FLOW:\n"
+                             "  Time = 1\n"
+                             "  DOMAIN: d\n"
+                             "    Location = B1\n"
+                             "    BOUNDARY: in\n"
+                             "      Option = x\n"
+                             "    END\n"
+                             "  END\n"
+                             "  SOLVER:\n"
+                             "    Maximum = 5\n"
+                             "  END\n"
+                             "END\n");
+    EXPECT_EQ(saved(handle, "/FLOW/DOMAIN:d"), "Location = B1\n"
+                                               "BOUNDARY: in\n"
+                                               "  Option = x\n"
+                                               "END\n"); // not its own header
+    EXPECT_EQ(saved(handle, "/FLOW/Time"), "");
+}
+
+TEST(VelFormat, EqualPrioritiesGoByBytes)
+{
+    EXPECT_EQ(saved(parsed("b: x\nEND\na:\nEND\nB: x\nEND\nA.b: x\nEND\nA: x\nEND\nA:\nEND\n"
+                           "A: X\nEND\nAB: x\nEND\nA: _\nEND\nA b: x\nEND\n")),
+              "A:\nEND\n"
+              "A b: x\nEND\n"
+              "A.b: x\nEND\n"
+              "A: X\nEND\n" // ':' stands behind '.' and before letters
+              "A: _\nEND\n"
+              "A: x\nEND\n"
+              "AB: x\nEND\n"
+              "B: x\nEND\n"
+              "a:\nEND\n"
+              "b: x\nEND\n");
+}
+
+constexpr const char *priorities = "RULES:\n"
+                                   "OBJECT: LATE\nOutput Ordering Priority = -5\nEND\n"
+                                   "OBJECT: FIRST\nOutput Ordering Priority = 99.5\nEND\n"
+                                   "SINGLETON: SECOND\nOutput Ordering Priority = 99\nEND\n"
+                                   "PARAMETER: THIRD\nOutput Ordering Priority = 1e1 \nEND\n"
+                                   "OBJECT: BOTH\nOutput Ordering Priority = 7\nEND\n"
+                                   "SINGLETON: BOTH\nOutput Ordering Priority = 1000\nEND\n"
+                                   "OBJECT: SILENT\nEND\n"
+                                   "SINGLETON: SILENT\nOutput Ordering Priority = 6\nEND\n"
+                                   "OBJECT: WORDS\nOutput Ordering Priority = none\nEND\n"
+                                   "END\n";
+
+TEST(VelFormat, PrioritiesFromTheRules)
+{
+    const velHandlePtr handle =
+        withRules(priorities, "WORDS:\nEND\nLATE: a\nEND\nA:\nEND\nSILENT:\nEND\nBOTH: z\nEND\n"
+                              "BOTH: a\nEND\nTHIRD:\nEND\nSECOND: x\nEND\nFIRST:\nEND\nZ:\nEND\n");
+    EXPECT_EQ(saved(handle), "FIRST:\nEND\n"    // 99.5 rounds to 100
+                             "SECOND: x\nEND\n" // 99, by the rule of singletons
+                             "THIRD:\nEND\n"    // 10, by that of parameters
+                             "BOTH: a\nEND\n"   // 7: the rule of objects comes first
+                             "BOTH: z\nEND\n"   //
+                             "SILENT:\nEND\n"   // 6: an object rule without the parameter
+                             "A:\nEND\n"        // 0 without any rule
+                             "WORDS:\nEND\n"    // and 0 where it is no number
+                             "Z:\nEND\n"        //
+                             "LATE: a\nEND\n"); // −5
+}
+
+TEST(VelFormat, OrderingEntries)
+{
+    const velHandlePtr handle = withRules(priorities, "");
+    std::vector<std::string> entries = {"Z", "LATE:x", "FIRST:b", "FIRST:a", "FIRST", "A:1"};
+    EXPECT_EQ(said(velOrderObjectsForOutput(handle.get(), &entries)), "");
+    EXPECT_EQ(entries,
+              (std::vector<std::string>{"FIRST", "FIRST:a", "FIRST:b", "A:1", "Z", "LATE:x"}));
+    std::vector<std::string> none;
+    EXPECT_EQ(said(velOrderObjectsForOutput(handle.get(), &none)), "");
+    const velHandlePtr empty(velCreateHandle());
+    EXPECT_EQ(said(velOrderObjectsForOutput(empty.get(), &entries)), "");
+    EXPECT_EQ(entries,
+              (std::vector<std::string>{"A:1", "FIRST", "FIRST:a", "FIRST:b", "LATE:x", "Z"}));
+}
+
+TEST(VelFormat, LibraryDataIsNotSaved)
+{
+    const velHandlePtr handle = withRules("RULES:\nx = 1\nEND\n", "FLOW:\ny = 2\nEND\n");
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/FLOW/LIB:l", true)), "");
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/RULES/USER:u", false)), "");
+    EXPECT_EQ(saved(handle), "FLOW:\n  y = 2\nEND\n");
+    EXPECT_EQ(saved(handle, "/RULES"), "x = 1\nUSER: u\nEND\n"); // asked for by itself
+
+    const velHandlePtr libraries = withRules("RULES:\nEND\n", "");
+    velStringList lines;
+    EXPECT_EQ(said(velWrapText(libraries.get(), "/", 79, &lines)), "");
+    ASSERT_NE(lines.data(), nullptr);
+    EXPECT_EQ(lines.data()[0], nullptr); // just the null end
+}
+
+TEST(VelFormat, SavedLinesAreWrapped)
+{
+    const velHandlePtr handle = parsed("A:\nB:\nLocation = B1, B2, B3, B4, B5, B6, B7, B8\nEND\n"
+                                       "LONG TYPE OF AN OBJECT: and its long name\nEND\nEND\n");
+    EXPECT_EQ(saved(handle, "/", 30), "A:\n"
+                                      "  B:\n"
+                                      "    Location = B1, B2, B3, \\\n"
+                                      "      B4, B5, B6, B7, B8\n"
+                                      "  END\n"
+                                      "  LONG TYPE OF AN OBJECT: \\\n"
+                                      "    and its long name\n"
+                                      "  END\n"
+                                      "END\n");
+    for (const std::int32_t width : {1, 2, -7}) {
+        EXPECT_EQ(saved(handle, "/", width), "velWrapLine: requested line length too short");
+    }
+    EXPECT_EQ(saved(parsed(""), "/", 1), ""); // no line to be too long
+    velStringList lines;
+    EXPECT_EQ(said(velWrapText(handle.get(), "/", 1, &lines)),
+              "velWrapLine: requested line length too short");
+    EXPECT_EQ(lines.data(), nullptr);
+}
+
+TEST(VelFormat, UnknownPathsAndNoTree)
+{
+    const velHandlePtr handle = parsed(flow);
+    EXPECT_EQ(saved(handle, "FLOW/NONE"), "getChildObjectList: path \"/FLOW/NONE\" does not exist");
+    EXPECT_EQ(saved(velHandlePtr(velCreateHandle())),
+              "getChildObjectList: path \"/\" does not exist");
+}
+
+TEST(VelFormat, TheNameOfTheEditorsSave)
+{
+    const velHandlePtr handle = parsed(flow);
+    velStringList lines;
+    EXPECT_EQ(said(getFormattedVEL(handle.get(), "/", 79, &lines)), "");
+    EXPECT_EQ(asLines(lines), saved(handle, "/", 79));
+}
+
+// --- There and back ----------------------------------------------------------------------
+
+TEST(VelFormat, RandomTreesReadBackAsTheyWere)
+{
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        Random random(seed);
+        const std::string text = randomSetup(random, 1 + random.below(40));
+        const velHandlePtr first = parsed(text);
+        const std::string whole = stored(first);
+        ASSERT_EQ(stored(parsed(whole)), whole) << "seed " << seed;
+
+        const std::string plain = saved(first);
+        for (const std::int32_t width : {0, 3, 10, 40, 79, 200}) {
+            const std::string wrapped = saved(first, "/", width);
+            ASSERT_EQ(saved(parsed(wrapped)), plain) << "seed " << seed << ", width " << width;
+            ASSERT_EQ(saved(parsed(wrapped), "/", width), wrapped);
+            for (const std::string &line : linesOf(wrapped)) {
+                ASSERT_TRUE(width == 0 || line.size() <= static_cast<std::size_t>(width));
+            }
+        }
+    }
+}
+
+} // namespace
