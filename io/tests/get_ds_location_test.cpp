@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
+
 namespace {
 
 class Location : public ::testing::Test
@@ -120,6 +123,55 @@ TEST_F(Location, EqualWhensAreOrderedByWhatFromTheThirdCharacter)
     EXPECT_EQ(find("*", "P", -1), "CCm:P:4 D:P:3 BBa:P:3 AAz:P:3 ");
     // Found by WHERE, so ties fall to the texts of length and position: 1036, 3036, 36.
     EXPECT_EQ(find("*", "P", 3), "BBa:P:3 D:P:3 AAz:P:3 ");
+}
+
+TEST_F(Location, FindsWhatALookAtEveryLineFinds)
+{
+    struct name
+    {
+        std::string what;
+        std::string where;
+        std::int32_t when;
+        bool operator<(const name &other) const
+        {
+            // As the texts of the lines are ordered, ESC being below all others.
+            auto key = [](const name &one) {
+                return one.what + "\x1b" + one.where + "\x1b" + std::to_string(one.when) + "\x1b";
+            };
+            return key(*this) < key(other);
+        }
+    };
+    std::multiset<name> names;
+    std::uint32_t state = 7;
+    auto next = [&](std::uint32_t below) {
+        state = state * 1664525U + 1013904223U;
+        return (state >> 10) % below;
+    };
+    for (int i = 0; i < 3000; i++) {
+        name one = {"W" + std::to_string(next(12)), "P" + std::to_string(next(3)),
+                    static_cast<std::int32_t>(next(200))};
+        insert(one.what.c_str(), one.where.c_str(), one.when);
+        names.insert(one);
+    }
+    for (int i = 0; i < 500; i++) {
+        std::string what = "W" + std::to_string(next(14));
+        std::string where = "P" + std::to_string(next(4));
+        auto when = static_cast<std::int32_t>(next(220));
+        std::string expected;
+        for (const name &one : names) {
+            if (one.what == what && one.where == where && one.when == when) {
+                expected += what + ":" + where + ":" + std::to_string(when) + " ";
+            }
+        }
+        EXPECT_EQ(find(what.c_str(), where.c_str(), when), expected.empty() ? "code 17" : expected);
+        located_datasets found;
+        int code = find_datasets(report_, table_, what.c_str(), where.c_str(), -1, found);
+        auto count = std::count_if(names.begin(), names.end(), [&](const name &one) {
+            return one.what == what && one.where == where;
+        });
+        EXPECT_EQ(code, count == 0 ? IO_NOT_FOUND : IO_OK);
+        EXPECT_EQ(found.size(), static_cast<std::size_t>(count));
+    }
 }
 
 TEST_F(Location, DeletedEntriesAreNeverReturned)

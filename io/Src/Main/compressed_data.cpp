@@ -14,6 +14,8 @@ namespace {
 /// Not initialised: every byte used is written first.
 using byte_buffer = std::unique_ptr<char[]>;
 
+constexpr std::int64_t part_bytes = 256 * 1024;
+
 byte_buffer allocate(std::int64_t bytes)
 {
     return byte_buffer(new (std::nothrow) char[static_cast<std::size_t>(bytes)]);
@@ -89,33 +91,50 @@ private:
                                 static_cast<std::size_t>(std::max<std::int64_t>(rest_of_area(), 0)),
                                 static_cast<std::size_t>(length));
         }
-        byte_buffer bytes = allocate(length);
-        if (!bytes) {
-            return report.error(IO_NO_MEMORY, "read_compressed_dataarray: malloc failed\n");
-        }
-        auto wanted = static_cast<std::size_t>(length);
-        std::size_t got = io_.stream.read(bytes.get(), wanted);
-        if (got != wanted) {
-            return zotshortRead(io_, "read_compressed_dataarray", got, wanted);
-        }
-        return inflate_part(bytes.get(), length);
+        return inflate_part(length);
     }
 
     /// The first stream may hold everything or one block; later ones a block.
-    int inflate_part(const char *bytes, std::int64_t length)
+    /// It is read in parts that stay in the processor's cache.
+    int inflate_part(std::int64_t length)
     {
+        const io_reporter &report = *io_.report;
+        if (!part_) {
+            part_ = allocate(part_bytes);
+        }
+        if (!part_) {
+            return report.error(IO_NO_MEMORY, "read_compressed_dataarray: malloc failed\n");
+        }
+        std::int64_t behind = io_.stream.tell() + length;
+        bool short_read = false;
+        auto source = [&](const void *&bytes) {
+            bytes = part_.get();
+            auto wanted =
+                static_cast<std::size_t>(std::min(behind - io_.stream.tell(), part_bytes));
+            std::size_t got = io_.stream.read(part_.get(), wanted);
+            short_read = short_read || got != wanted;
+            return got;
+        };
         std::int64_t expected = first_ ? left_ : std::min(left_, block_);
         std::int64_t produced = 0;
-        if (int code = io_inflate(*io_.report, bytes, length, data_, expected, produced)) {
+        int code = io_inflate(report, source, data_, expected, produced);
+        if (short_read) {
+            return zotshortRead(io_, "read_compressed_dataarray", 0,
+                                static_cast<std::size_t>(length));
+        }
+        if (code != IO_OK) {
             return code;
         }
         bool one_block = first_ && produced == block_ && produced < left_;
         if (!one_block) {
-            if (int code = io_gunzip_exactly(*io_.report, produced, expected)) {
-                return code;
+            if (int wrong = io_gunzip_exactly(report, produced, expected)) {
+                return wrong;
             }
         }
         advance(produced);
+        if (!io_.stream.seek(behind)) {
+            return report.zotsystemErr(IO_CANNOT_SEEK, "read_compressed_dataarray: fseek failed");
+        }
         return IO_OK;
     }
 
@@ -127,6 +146,7 @@ private:
     std::int64_t block_; ///< bytes of a block
     std::int64_t data_end_;
     bool first_ = true;
+    byte_buffer part_; ///< compressed bytes on their way
 };
 
 } // namespace

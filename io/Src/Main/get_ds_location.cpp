@@ -72,14 +72,21 @@ private:
     bool too_long_ = false;
 };
 
-/// Collects the live lines among `count` ordered ones that begin with the key;
-/// slot(i) is the i-th in that order, text(slot) what is compared.
+/// Collects the live lines among the ordered ones, from the `low`-th on, that
+/// begin with the key; slot(i) is the i-th in that order, text(slot) what is compared.
 template <typename Slot, typename Text>
-int collect(const io_reporter &report, const index_table &index, const search_key &key, Slot slot,
-            Text text, const char *failure, located_datasets &found)
+int collect(const io_reporter &report, const index_table &index, const search_key &key,
+            std::int32_t low, Slot slot, Text text, const char *failure, located_datasets &found)
 {
-    std::int32_t low = 0;
-    std::int32_t high = key.too_long() ? 0 : index.count();
+    std::int32_t high = key.too_long() ? low : index.count();
+    // The first match is near `low` more often than not: widen from there.
+    for (std::int32_t step = 1; low < high && step < high - low; step *= 2) {
+        if (key.compare(text(slot(low + step - 1))) >= 0) {
+            high = low + step;
+            break;
+        }
+        low += step;
+    }
     while (low < high) {
         std::int32_t middle = low + (high - low) / 2;
         if (key.compare(text(slot(middle))) < 0) {
@@ -123,8 +130,14 @@ int by_what(const io_reporter &report, index_table &index, const char *what, con
             key.add(when);
         }
     }
+    std::int32_t first = 0;
+    bool plain = where != nullptr && std::strchr(what, IO_ESC) == nullptr &&
+                 std::strchr(where, IO_ESC) == nullptr;
+    if (plain) {
+        first = index.first_of_name(what, where);
+    }
     return collect(
-        report, index, key, [](std::int32_t i) { return i; },
+        report, index, key, first, [](std::int32_t i) { return i; },
         [&](std::int32_t slot) { return index.line(slot) + key_start; },
         "get_ds_location: parseindex failed\n", found);
 }
@@ -139,7 +152,7 @@ int by_where(const io_reporter &report, index_table &index, const char *where, s
         key.add(when);
     }
     return collect(
-        report, index, key, [&](std::int32_t i) { return order[static_cast<std::size_t>(i)]; },
+        report, index, key, 0, [&](std::int32_t i) { return order[static_cast<std::size_t>(i)]; },
         [&](std::int32_t slot) { return index_line_where(index.line(slot)); },
         "get_ds_location: parsewhere failed\n", found);
 }

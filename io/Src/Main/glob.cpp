@@ -1,5 +1,7 @@
 #include "io/Src/Main/glob.h"
 
+#include <algorithm>
+
 namespace {
 
 /// What one element of a pattern other than a star says of a character.
@@ -54,7 +56,8 @@ glob_step match_one(std::string_view pattern, char c)
 
 bool glob_has_pattern(std::string_view text)
 {
-    return text.find_first_of("*?[]") != std::string_view::npos;
+    return std::any_of(text.begin(), text.end(),
+                       [](char c) { return c == '*' || c == '?' || c == '[' || c == ']'; });
 }
 
 bool glob_match(std::string_view pattern, std::string_view text)

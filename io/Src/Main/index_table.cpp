@@ -34,6 +34,31 @@ std::vector<std::int32_t> ordered(std::int32_t count, Key key)
     return slots;
 }
 
+/// Length of the WHAT and WHERE of a line, the ESC behind each counted.
+std::size_t name_length(const char *line)
+{
+    const char *where = std::strchr(line + key_start, IO_ESC);
+    const char *end = where == nullptr ? nullptr : std::strchr(where + 1, IO_ESC);
+    return end == nullptr ? std::strlen(line + key_start)
+                          : static_cast<std::size_t>(end + 1 - (line + key_start));
+}
+
+std::size_t hash_name(const char *text, std::size_t length)
+{
+    constexpr std::uint64_t factor = 0x9e3779b97f4a7c15U;
+    std::uint64_t hash = length * factor;
+    while (length > 0) {
+        std::uint64_t part = 0;
+        std::size_t bytes = std::min(length, sizeof part);
+        std::memcpy(&part, text, bytes);
+        hash = (hash ^ part) * factor;
+        hash ^= hash >> 29;
+        text += bytes;
+        length -= bytes;
+    }
+    return static_cast<std::size_t>(hash ^ (hash >> 32));
+}
+
 } // namespace
 
 const char *index_line_where(const char *line)
@@ -106,6 +131,7 @@ int index_table::insert_index(const io_reporter &report, std::string_view line)
     }
     sorted_ = false;
     where_valid_ = false;
+    names_.clear();
     return IO_OK;
 }
 
@@ -118,6 +144,7 @@ void index_table::sort_by_what()
         ordered(count_, [this](std::int32_t slot) { return line(slot) + key_start; });
     sorted_ = true;
     where_valid_ = false;
+    names_.clear();
     if (std::is_sorted(order.begin(), order.end())) {
         return;
     }
@@ -149,6 +176,54 @@ const std::vector<std::int32_t> &index_table::where_order()
         where_valid_ = true;
     }
     return where_;
+}
+
+void index_table::make_name_table()
+{
+    std::size_t size = 16;
+    while (size < 2 * static_cast<std::size_t>(count_)) {
+        size *= 2;
+    }
+    names_.assign(size, -1);
+    const char *last = nullptr;
+    std::size_t last_length = 0;
+    for (std::int32_t slot = 0; slot < count_; slot++) {
+        const char *name = line(slot) + key_start;
+        std::size_t length = name_length(line(slot));
+        if (length == last_length && std::memcmp(name, last, length) == 0) {
+            continue;
+        }
+        std::size_t at = hash_name(name, length) & (size - 1);
+        while (names_[at] >= 0) {
+            at = (at + 1) & (size - 1);
+        }
+        names_[at] = slot;
+        last = name;
+        last_length = length;
+    }
+}
+
+std::int32_t index_table::first_of_name(std::string_view what, std::string_view where)
+{
+    char key[IO_INDEX_SLOT];
+    std::size_t length = what.size() + where.size() + 2;
+    if (length > sizeof key) {
+        return count_;
+    }
+    if (names_.empty()) {
+        make_name_table();
+    }
+    std::memcpy(key, what.data(), what.size());
+    key[what.size()] = IO_ESC;
+    std::memcpy(key + what.size() + 1, where.data(), where.size());
+    key[length - 1] = IO_ESC;
+    std::size_t at = hash_name(key, length) & (names_.size() - 1);
+    for (; names_[at] >= 0; at = (at + 1) & (names_.size() - 1)) {
+        if (std::strncmp(line(names_[at]) + key_start, key, length) == 0) {
+            return names_[at];
+        }
+    }
+    return count_;
 }
 
 void index_table::clear()

@@ -53,6 +53,11 @@ public:
     /// valid until the next. Throws bad_alloc.
     const std::vector<std::int32_t> &where_order();
 
+    /// The first slot whose WHAT and WHERE are these, or count(); the table has
+    /// been sorted by sort_by_what(), so that the others follow. Made at the first call
+    /// after an insertion or a sort. Throws bad_alloc.
+    std::int32_t first_of_name(std::string_view what, std::string_view where);
+
     void clear();
 
 private:
@@ -66,6 +71,7 @@ private:
         return static_cast<std::size_t>(slot) * IO_INDEX_SLOT;
     }
     bool grow();
+    void make_name_table();
     void open_slots(std::int32_t from, std::int32_t capacity);
 
     std::unique_ptr<char[], release> slots_; ///< owned; from calloc or realloc
@@ -76,6 +82,9 @@ private:
     bool sorted_ = false;
     bool where_valid_ = false;
     std::vector<std::int32_t> where_;
+
+    /// Hash of the names to their first slots, open addressing; −1 is free.
+    std::vector<std::int32_t> names_;
 };
 
 /// The text of a line behind its second ESC; the line is one that an

@@ -23,11 +23,11 @@ Bytef *bytes_of(const void *memory)
     return static_cast<Bytef *>(const_cast<void *>(memory));
 }
 
-/// Runs deflate() or inflate() over all the input; what the last call returned.
-template <typename Step>
-int run(z_stream &stream, std::int64_t in_left, std::int64_t out_left, Step step)
+/// Deflates all the input; what the last call of zlib returned.
+int deflate_all(z_stream &stream, std::int64_t in_left, std::int64_t out_left)
 {
-    for (;;) {
+    int result = Z_OK;
+    while (result == Z_OK) {
         if (stream.avail_in == 0) {
             stream.avail_in = next_part(in_left);
             in_left -= stream.avail_in;
@@ -36,14 +36,34 @@ int run(z_stream &stream, std::int64_t in_left, std::int64_t out_left, Step step
             stream.avail_out = next_part(out_left);
             out_left -= stream.avail_out;
         }
-        int result = step(&stream, in_left > 0 ? Z_NO_FLUSH : Z_FINISH);
-        bool more_in = stream.avail_in == 0 && in_left > 0;
-        bool more_out = stream.avail_out == 0 && out_left > 0;
-        bool unfinished = result == Z_OK || result == Z_BUF_ERROR;
-        if (!unfinished || (!more_in && !more_out)) {
-            return result;
+        result = deflate(&stream, in_left > 0 ? Z_NO_FLUSH : Z_FINISH);
+        bool more =
+            (stream.avail_in == 0 && in_left > 0) || (stream.avail_out == 0 && out_left > 0);
+        if (!more) {
+            break;
         }
     }
+    return result;
+}
+
+/// Inflates until the stream ends, the source does, or the room does.
+int inflate_all(z_stream &stream, const io_inflate_source &source, std::int64_t out_left)
+{
+    int result = Z_OK;
+    while (result == Z_OK) {
+        if (stream.avail_in == 0) {
+            const void *bytes = nullptr;
+            stream.avail_in = static_cast<uInt>(source(bytes));
+            stream.next_in = bytes_of(bytes);
+        }
+        if (stream.avail_out == 0) {
+            stream.avail_out = next_part(out_left);
+            out_left -= stream.avail_out;
+        }
+        // With nothing left to give or to fill it has to end now, or it is an error.
+        result = inflate(&stream, stream.avail_in == 0 ? Z_FINISH : Z_NO_FLUSH);
+    }
+    return result;
 }
 
 int inflate_failed(const io_reporter &report, int result)
@@ -109,7 +129,7 @@ std::int64_t io_gzip(const io_reporter &report, char letter, int level, const vo
     std::int64_t in_bytes = count * word;
     stream.next_in = bytes_of(in);
     stream.next_out = bytes_of(out);
-    int result = run(stream, in_bytes, in_bytes, deflate);
+    int result = deflate_all(stream, in_bytes, in_bytes);
     auto total = static_cast<std::int64_t>(stream.total_out);
     deflateEnd(&stream);
     if (result != Z_STREAM_END) {
@@ -131,16 +151,15 @@ std::int64_t io_gzip(const io_reporter &report, char letter, int level, const vo
     return words;
 }
 
-int io_inflate(const io_reporter &report, const void *in, std::int64_t in_bytes, void *out,
+int io_inflate(const io_reporter &report, const io_inflate_source &source, void *out,
                std::int64_t out_bytes, std::int64_t &produced)
 {
     z_stream stream = {};
     if (int result = inflateInit(&stream)) {
         return report.error(IO_COMPRESSION, "io_gunzip: inflateInit failed: %d", result);
     }
-    stream.next_in = bytes_of(in);
     stream.next_out = bytes_of(out);
-    int result = run(stream, in_bytes, out_bytes, inflate);
+    int result = inflate_all(stream, source, out_bytes);
     produced = static_cast<std::int64_t>(stream.total_out);
     int ended = inflateEnd(&stream);
     if (result != Z_STREAM_END) {
@@ -166,8 +185,15 @@ int io_gunzip_exactly(const io_reporter &report, std::int64_t produced, std::int
 int io_gunzip(const io_reporter &report, const void *in, std::int64_t in_bytes, void *out,
               std::int64_t out_bytes)
 {
+    auto source = [&](const void *&bytes) {
+        bytes = in;
+        uInt part = next_part(in_bytes);
+        in = static_cast<const char *>(in) + part;
+        in_bytes -= part;
+        return std::size_t{part};
+    };
     std::int64_t produced = 0;
-    if (int code = io_inflate(report, in, in_bytes, out, out_bytes, produced)) {
+    if (int code = io_inflate(report, source, out, out_bytes, produced)) {
         return code;
     }
     return io_gunzip_exactly(report, produced, out_bytes);

@@ -4,6 +4,7 @@
 #include "io/Src/Main/data_type.h"
 
 #include <cstdint>
+#include <functional>
 
 /// The letter under which the compressor knows a type: i, r, d or c.
 char io_gzip_letter(element_type type);
@@ -18,11 +19,14 @@ std::size_t io_gzip_word_bytes(char letter);
 std::int64_t io_gzip(const io_reporter &report, char letter, int level, const void *in,
                      std::int64_t count, void *out);
 
-/// Inflates one stream into `out`, which has room for `count` words. `produced`
-/// is the number of bytes that the stream held; one that holds fewer than
-/// `count` words is an error only for the caller, see io_gunzip_exactly().
-/// 23 with a message for anything else that is wrong.
-int io_inflate(const io_reporter &report, const void *in, std::int64_t in_bytes, void *out,
+/// Gives the next bytes of a stream: sets where they are and returns how many,
+/// 0 if there are no more.
+using io_inflate_source = std::function<std::size_t(const void *&bytes)>;
+
+/// Inflates one stream into `out`. `produced` is the number of bytes that it
+/// held; whether that is what was expected is for io_gunzip_exactly() to say. 23
+/// with a message for a stream that is wrong, ends early, or holds more.
+int io_inflate(const io_reporter &report, const io_inflate_source &source, void *out,
                std::int64_t out_bytes, std::int64_t &produced);
 
 /// 23 with a message unless `produced` bytes are `expected`.

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr std::size_t buffer_bytes = 256 * 1024;
+constexpr std::size_t straight_bytes = 64 * 1024; // reads from here on pass the buffer by
 constexpr std::size_t first_ahead = 4096; // enough for a small dataset found by its index line
 
 } // namespace
@@ -91,7 +92,7 @@ std::size_t io_stream::read(void *to, std::size_t bytes)
     }
     auto *target = static_cast<char *>(to);
     std::size_t done = take(target, bytes);
-    if (bytes - done >= buffer_bytes) {
+    if (bytes - done >= straight_bytes) {
         return done + read_straight(target + done, bytes - done);
     }
     while (done < bytes && fill()) {
