@@ -97,11 +97,10 @@ int velDestroyHandle(velHandle *handle)
     }
     const std::string name = traceText(handle); // the trace names it when it is gone
     overwrite(handle->errorText);
+    // The caller's release may still use the handle, and make errors.
+    velSetUserData(handle, nullptr, nullptr);
     std::free(handle->errorText);
     std::free(handle->retiredText);
-    if (handle->releaseUserData != nullptr && handle->userData != nullptr) {
-        handle->releaseUserData(handle->userData);
-    }
     delete handle;
     if (velDebugging()) {
         std::printf("%s: *** destroyed ***\n", name.c_str());
