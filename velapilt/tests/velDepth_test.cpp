@@ -1,0 +1,144 @@
+// Nesting: no part of the database may need a stack as deep as the tree.
+#include "velapilt/src/velapilt.h"
+
+#include "velapilt/tests/velTestData.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool isInstrumented = true;
+#else
+constexpr bool isInstrumented = false;
+#endif
+
+std::string nested(int depth)
+{
+    std::string text;
+    for (int i = 0; i < depth; ++i) {
+        text += i % 2 == 0 ? "A:\n" : "B: b\n";
+    }
+    text += "x = 1\n";
+    for (int i = 0; i < depth; ++i) {
+        text += "END\n";
+    }
+    return text;
+}
+
+/// The path of the innermost object.
+std::string innermost(int depth)
+{
+    std::string path;
+    for (int i = 0; i < depth; ++i) {
+        path += i % 2 == 0 ? "/A" : "/B:b";
+    }
+    return path;
+}
+
+TEST(VelDepth, TenThousandBlocksInAndOut)
+{
+    constexpr int depth = 10000;
+    const velHandlePtr handle = parsed(nested(depth));
+    const std::string path = innermost(depth);
+    EXPECT_EQ(valueAt(handle, (path + "/x").c_str()), "1");
+
+    velStringList lines;
+    EXPECT_EQ(said(getObjectVELH(handle.get(), "/", &lines, true)), "");
+    ASSERT_EQ(lines.size(), 2U * depth + 1);
+    EXPECT_STREQ(lines[0], "A:");
+    EXPECT_EQ(lines[depth], std::string(2 * depth, ' ') + "x = 1");
+    EXPECT_STREQ(lines[2 * depth], "END");
+
+    EXPECT_EQ(said(velWrapText(handle.get(), "/", 0, &lines)), "");
+    ASSERT_EQ(lines.size(), 2U * depth + 1);
+    EXPECT_EQ(lines[depth], std::string(2 * depth, ' ') + "x = 1");
+    EXPECT_EQ(said(velWrapText(handle.get(), "/", 79, &lines)), "");
+    EXPECT_GT(lines.size(), 2U * depth + 1);
+}
+
+TEST(VelDepth, TenThousandBlocksAskedAndDeleted)
+{
+    constexpr int depth = 10000;
+    const velHandlePtr handle = parsed(nested(depth));
+    const std::string path = innermost(depth);
+    velStringList list;
+    EXPECT_EQ(said(getChildObjectList(handle.get(), path.c_str(), true, true, &list)), "");
+    EXPECT_EQ(asLines(list), "x\n");
+    EXPECT_EQ(said(getObjectsByTypeH(handle.get(), "/", "B", 0, 0, &list)), "");
+    ASSERT_EQ(list.size(), depth / 2U);
+    EXPECT_STREQ(list[0], "/A/B:b");
+    EXPECT_EQ(list[depth / 2 - 1], path);
+    EXPECT_EQ(said(getObjectsByNameH(handle.get(), "/", "C", 0, 0, &list)), "");
+    EXPECT_EQ(list.size(), 0U);
+    EXPECT_EQ(said(setValid(handle.get(), path.c_str(), 0, true)), "");
+    EXPECT_EQ(said(pushPath(handle.get(), path.c_str())), "");
+    EXPECT_EQ(getCurrentPath(handle.get()), path);
+    EXPECT_EQ(said(deleteObjH(handle.get(), "/A")), "");
+    EXPECT_EQ(getCurrentPath(handle.get()), path);
+    EXPECT_EQ(stored(handle), "");
+}
+
+TEST(VelDepth, AReplaceBlockSweepsTenThousandBlocks)
+{
+    const velHandlePtr handle = parsed(nested(10000));
+    EXPECT_EQ(parse(handle, "&replace A:\ny = 2\nEND\n"), "");
+    EXPECT_EQ(stored(handle), "A:\n  y = 2\nEND\n");
+}
+
+// Beyond some forty levels the indentation alone is wider than a saved line.
+TEST(VelDepth, DeepBlocksReadBackAsTheyWereSaved)
+{
+    for (const int depth : {37, 38, 39, 40, 41, 300}) {
+        const velHandlePtr handle = parsed(nested(depth));
+        const velHandlePtr again = parsed(saved(handle, "/", 79));
+        EXPECT_EQ(stored(again), stored(handle)) << depth;
+    }
+    for (const std::int32_t width : {3, 4, 5, 8, 20}) {
+        const velHandlePtr handle = parsed(nested(30));
+        const velHandlePtr again = parsed(saved(handle, "/", width));
+        EXPECT_EQ(stored(again), stored(handle)) << width;
+    }
+}
+
+/// Runs `work` in a process of its own; its peak memory in bytes, −1 if it failed.
+template <typename Work>
+long long peakOf(Work work)
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::_exit(work() ? 0 : 1);
+    }
+    int status = -1;
+    rusage usage{};
+    if (child < 0 || ::wait4(child, &status, 0, &usage) != child || status != 0) {
+        return -1;
+    }
+    return static_cast<long long>(usage.ru_maxrss) * 1024;
+}
+
+TEST(VelDepth, AHundredThousandBlocksTakeLessThanAGibibyte)
+{
+    constexpr int depth = 100000;
+    const std::string text = nested(depth);
+    const std::string path = innermost(depth) + "/x";
+    const long long peak = peakOf([&] {
+        velHandlePtr handle(velCreateHandle());
+        bool isGood = parse(handle, text).empty();
+        const char *value = velFindValue(handle.get(), path.c_str());
+        isGood = isGood && value != nullptr && std::strcmp(value, "1") == 0;
+        isGood = isGood && havePath(handle.get(), (path + "/y").c_str()) == 0;
+        return isGood && velDestroyHandle(handle.release()) == 0;
+    });
+    ASSERT_GE(peak, 0) << "it ended with a failure or a signal";
+    if (!isInstrumented) {
+        EXPECT_LT(peak, 1LL << 30);
+    }
+}
+
+} // namespace
