@@ -56,7 +56,7 @@ const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes
         return length == 0 ? velSetError(handle, "loadFileData: %s: open failed", path)
                            : velSetError(handle, "loadFileData: %s: fgets failed", path);
     }
-    data[length] = '\n';
+    std::memset(data.get() + length, '\n', 1 + velScanSlack);
     bytes->data = std::move(data);
     bytes->size = length;
     return nullptr;
