@@ -5,8 +5,10 @@
 #include <QAbstractButton>
 #include <QCloseEvent>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QKeyEvent>
 #include <QPushButton>
+#include <QSpacerItem>
 
 #include <utility>
 
@@ -27,6 +29,17 @@ public:
         setTextFormat(Qt::PlainText);
     }
 
+    /// To be called once the buttons are in: a short text must not cut the
+    /// title off.
+    void makeRoomForTitle()
+    {
+        auto *grid = qobject_cast<QGridLayout *>(layout());
+        if (grid == nullptr)
+            return;
+        const int width = fontMetrics().horizontalAdvance(windowTitle()) + titleBarExtras;
+        grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
+    }
+
 protected:
     void keyPressEvent(QKeyEvent *event) override
     {
@@ -45,6 +58,9 @@ protected:
     }
 
 private:
+    /// Icon, buttons and gaps of a title bar, in pixels.
+    static constexpr int titleBarExtras = 140;
+
     bool canEscape_;
 };
 
@@ -62,6 +78,7 @@ std::function<QString(const QString &, const QString &)> &fileNameAnswers()
 
 int show(PlainBox &window, const QList<QAbstractButton *> &buttons)
 {
+    window.makeRoomForTitle();
     window.exec();
     return static_cast<int>(buttons.indexOf(window.clickedButton()));
 }

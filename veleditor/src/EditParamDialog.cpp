@@ -17,13 +17,19 @@
 
 namespace velEditor {
 
+namespace {
+
+/// Wide enough for the title.
+constexpr int fewestPixels = 320;
+
+} // namespace
+
 EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const VELTreeItem &item)
     : QDialog(parent)
 {
     setObjectName(QStringLiteral("EditParam"));
     setWindowTitle(caption);
     auto *layout = new QVBoxLayout(this);
-    layout->setObjectName(QStringLiteral("Layout"));
 
     const std::string path = item.path();
     std::optional<std::string> current;
@@ -33,19 +39,20 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
     if (const char *error = velparser::getAllowedParamStrings(path.c_str(), &allowed_))
         warn(parent, tr("Error"), fromBytes(error));
     if (allowed_.empty())
-        addTextField(item.label(), item.value());
+        addTextField(*layout, item.label(), item.value());
     else
-        addList(item.label());
-    addButtons();
+        addList(*layout, item.label());
+    addButtons(*layout);
+    setMinimumWidth(fewestPixels);
 }
 
 // A current value that is not among the allowed ones is shown, but cannot be
 // chosen again once another is.
-void EditParamDialog::addList(const QString &name)
+void EditParamDialog::addList(QVBoxLayout &layout, const QString &name)
 {
     auto *label = new QLabel(tr("Select a new value for: ") + name, this);
     label->setTextFormat(Qt::PlainText);
-    layout()->addWidget(label);
+    layout.addWidget(label);
 
     list_ = new QComboBox(this);
     list_->setObjectName(QStringLiteral("Values"));
@@ -58,14 +65,14 @@ void EditParamDialog::addList(const QString &name)
             list_->setCurrentIndex(list_->count() - 1);
     }
     connect(list_, &QComboBox::textActivated, this, &EditParamDialog::doComboBox);
-    layout()->addWidget(list_);
+    layout.addWidget(list_);
 }
 
-void EditParamDialog::addTextField(const QString &name, const QString &text)
+void EditParamDialog::addTextField(QVBoxLayout &layout, const QString &name, const QString &text)
 {
     auto *label = new QLabel(tr("Enter a new value for: ") + name, this);
     label->setTextFormat(Qt::PlainText);
-    layout()->addWidget(label);
+    layout.addWidget(label);
 
     textField_ = new QTextEdit(this);
     textField_->setObjectName(QStringLiteral("Value"));
@@ -75,10 +82,10 @@ void EditParamDialog::addTextField(const QString &name, const QString &text)
     textField_->setPlainText(text);
     textField_->document()->setModified(false);
     textField_->selectAll();
-    layout()->addWidget(textField_);
+    layout.addWidget(textField_);
 }
 
-void EditParamDialog::addButtons()
+void EditParamDialog::addButtons(QVBoxLayout &layout)
 {
     auto *row = new QHBoxLayout;
     auto *ok = new QPushButton(tr("&Ok"), this);
@@ -89,7 +96,7 @@ void EditParamDialog::addButtons()
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     row->addWidget(ok);
     row->addWidget(cancel);
-    static_cast<QVBoxLayout *>(layout())->addLayout(row);
+    layout.addLayout(row);
 }
 
 void EditParamDialog::doOk()

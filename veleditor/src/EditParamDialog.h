@@ -10,6 +10,7 @@
 
 class QComboBox;
 class QTextEdit;
+class QVBoxLayout;
 
 namespace velEditor {
 
@@ -36,9 +37,9 @@ public slots:
     void doComboBox(const QString &text);
 
 private:
-    void addList(const QString &name);
-    void addTextField(const QString &name, const QString &text);
-    void addButtons();
+    void addList(QVBoxLayout &layout, const QString &name);
+    void addTextField(QVBoxLayout &layout, const QString &name, const QString &text);
+    void addButtons(QVBoxLayout &layout);
 
     std::string value_;
     velStringList allowed_;

@@ -2,6 +2,9 @@
 
 #include "veleditor/src/Text.h"
 
+#include <QCoreApplication>
+#include <QTextDocument>
+
 #include <utility>
 #include <vector>
 
@@ -65,6 +68,29 @@ void VELTreeItem::setValue(const QString &value)
     emitDataChanged();
 }
 
+QString VELTreeItem::state() const
+{
+    if (!hasValue_)
+        return QString();
+    if (!editable_)
+        return QCoreApplication::translate("velEditor::VELTreeItem", "cannot be changed");
+    return inExpertSection_
+               ? QCoreApplication::translate("velEditor::VELTreeItem",
+                                             "expert parameter, can be changed")
+               : QCoreApplication::translate("velEditor::VELTreeItem", "can be changed");
+}
+
+// The whole text, which the column may have cut, and the state. The tool tip
+// would take text that looks like markup for that.
+QString VELTreeItem::fullText(int column) const
+{
+    QString text = column == Name ? label_ : value_;
+    const QString said = state();
+    if (!said.isEmpty())
+        text += (text.isEmpty() ? QString() : QStringLiteral("\n")) + u'(' + said + u')';
+    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+}
+
 QVariant VELTreeItem::data(int column, int role) const
 {
     if (role == Qt::DisplayRole || role == Qt::EditRole) {
@@ -72,6 +98,10 @@ QVariant VELTreeItem::data(int column, int role) const
             return label_;
         return hasValue_ ? QVariant(value_) : QVariant();
     }
+    if (role == Qt::ToolTipRole)
+        return fullText(column);
+    if (role == Qt::AccessibleDescriptionRole)
+        return state();
     return QTreeWidgetItem::data(column, role);
 }
 

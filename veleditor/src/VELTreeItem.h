@@ -59,6 +59,11 @@ public:
     void setData(int column, int role, const QVariant &value) override;
 
 private:
+    /// Whether and how the parameter can be changed: what its colour says, for
+    /// those who do not see it.
+    [[nodiscard]] QString state() const;
+    [[nodiscard]] QString fullText(int column) const;
+
     std::string component_;
     QString label_;
     QString value_;

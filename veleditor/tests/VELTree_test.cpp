@@ -33,6 +33,7 @@ private slots:
     void showsAnObjectNamedLikeAParameterAsThatParameter();
     void showsBytesAsUtf8ElseAsLatin1();
     void paintsWhatCanBeChanged();
+    void saysWhatTheColoursMean();
     void selectsInBlue();
     void hasTwoColumns();
     void keepsTheOrderOfTheFileUntilSorted();
@@ -194,6 +195,24 @@ void VELTreeTest::paintsWhatCanBeChanged()
 
     QVERIFY(!isGreen("/LANGUAGE/Version", VELTreeItem::Value));
     QVERIFY(!isOrange("/FLOW:Analysis/EXPERT PARAMETERS", VELTreeItem::Name));
+}
+
+void VELTreeTest::saysWhatTheColoursMean()
+{
+    open(newFile("tips.vel", "FLOW: A\nTitle = <b>x</b>\nEXPERT PARAMETERS:\nx = 1\n"
+                             "solver build = 2\nEND\nEND\n"));
+    const auto description = [&](const char *path) {
+        return row(path).data(VELTreeItem::Value, Qt::AccessibleDescriptionRole).toString();
+    };
+    QCOMPARE(description("/FLOW:A"), QString());
+    QCOMPARE(description("/FLOW:A/Title"), QString("can be changed"));
+    QCOMPARE(description("/FLOW:A/EXPERT PARAMETERS/x"),
+             QString("expert parameter, can be changed"));
+    QCOMPARE(description("/FLOW:A/EXPERT PARAMETERS/solver build"), QString("cannot be changed"));
+
+    QCOMPARE(row("/FLOW:A").toolTip(VELTreeItem::Name), QString("FLOW : A"));
+    QCOMPARE(row("/FLOW:A/Title").toolTip(VELTreeItem::Name), QString("Title\n(can be changed)"));
+    QVERIFY(row("/FLOW:A/Title").toolTip(VELTreeItem::Value).contains("&lt;b&gt;x"));
 }
 
 void VELTreeTest::selectsInBlue()
