@@ -1,0 +1,286 @@
+// Memory that runs out at every possible place: a message, and a tree and a
+// table that still agree.
+//
+// The program's allocations go through the functions below, which refuse one,
+// or all from one on (the linker turns malloc and aligned_alloc over to them).
+#include "velapilt/src/velapilt.h"
+
+#include "velapilt/tests/velTestData.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <set>
+
+namespace {
+
+constexpr long unlimited = -1;
+long allocationsLeft = unlimited;
+bool refusesAllAfter = false;
+
+bool mayAllocate()
+{
+    if (allocationsLeft == unlimited) {
+        return true;
+    }
+    if (allocationsLeft > 0) {
+        --allocationsLeft;
+        return true;
+    }
+    if (!refusesAllAfter) {
+        allocationsLeft = unlimited;
+    }
+    return false;
+}
+
+} // namespace
+
+extern "C" {
+// The names are the linker's. NOLINTBEGIN(bugprone-reserved-identifier)
+void *__real_malloc(std::size_t size);
+void *__real_aligned_alloc(std::size_t alignment, std::size_t size);
+
+void *__wrap_malloc(std::size_t size)
+{
+    return mayAllocate() ? __real_malloc(size) : nullptr;
+}
+
+void *__wrap_aligned_alloc(std::size_t alignment, std::size_t size)
+{
+    return mayAllocate() ? __real_aligned_alloc(alignment, size) : nullptr;
+}
+// NOLINTEND(bugprone-reserved-identifier)
+}
+
+void *operator new(std::size_t size)
+{
+    if (void *block = std::malloc(size == 0 ? 1 : size)) {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+
+void *operator new(std::size_t size, std::align_val_t alignment)
+{
+    const auto step = static_cast<std::size_t>(alignment);
+    if (void *block = std::aligned_alloc(step, (size + step - 1) / step * step)) {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept
+{
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void operator delete(void *block) noexcept
+{
+    std::free(block);
+}
+
+void operator delete(void *block, std::size_t) noexcept
+{
+    std::free(block);
+}
+
+void operator delete(void *block, std::align_val_t) noexcept
+{
+    std::free(block);
+}
+
+void operator delete(void *block, std::size_t, std::align_val_t) noexcept
+{
+    std::free(block);
+}
+
+namespace {
+
+constexpr const char *setup = "FLOW:\n"
+                              "DOMAIN: d\n"
+                              "x = 1, 2\n"
+                              "BOUNDARY: in\n"
+                              "y = yes, no\n"
+                              "END\n"
+                              "END\n"
+                              "END\n";
+
+/// Every node is found under its path, and the whole reads back.
+void expectInStep(const velHandlePtr &handle)
+{
+    const auto check = [&](const auto &again, const velNode *node,
+                           const std::string &path) -> void {
+        ASSERT_EQ(velFindNode(handle.get(), path.c_str()), node) << path;
+        std::uint32_t count = 0;
+        for (const velNode *child = velFirstChild(node); child; child = velNextSibling(child)) {
+            const velNodeInfo info = velDescribe(handle.get(), child);
+            std::string component = info.kind == velParam ? "" : info.type;
+            component += info.kind == velObject ? ":" : "";
+            component += info.name == nullptr ? "" : info.name;
+            again(again, child, makeChildPath(path.c_str(), component.c_str()));
+            ++count;
+        }
+        ASSERT_EQ(velChildCount(node), count) << path;
+    };
+    if (const velNode *root = velFindNode(handle.get(), "/")) {
+        check(check, root, "/");
+        EXPECT_EQ(stored(parsed(stored(handle))), stored(handle));
+    }
+}
+
+using Operation = std::function<const char *(velHandle *handle)>;
+
+/// Runs the operation on a new set-up with the n-th allocation refused, for
+/// every n; gives the messages.
+std::set<std::string> messagesOf(const Operation &operation)
+{
+    std::set<std::string> messages;
+    for (const bool all : {false, true}) {
+        bool isThrough = false;
+        for (long n = 0; !isThrough && !testing::Test::HasFailure(); ++n) {
+            const velHandlePtr handle = parsed(setup);
+            refusesAllAfter = all;
+            allocationsLeft = n;
+            const char *message = operation(handle.get());
+            isThrough = allocationsLeft > 0; // it needs no more than that
+            allocationsLeft = unlimited;
+            messages.insert(said(message));
+            EXPECT_STREQ(getCurrentPath(handle.get()), "/");
+            expectInStep(handle);
+            messages.insert(said(operation(handle.get()))); // it can be done again
+            expectInStep(handle);
+        }
+    }
+    return messages;
+}
+
+using Messages = std::set<std::string>;
+
+TEST(VelNoMemory, NoHandle)
+{
+    refusesAllAfter = true;
+    allocationsLeft = 0;
+    velHandle *handle = velCreateHandle();
+    allocationsLeft = unlimited;
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST(VelNoMemory, Creating)
+{
+    EXPECT_EQ(messagesOf([](velHandle *handle) {
+                  return velCreateObject(handle, "/FLOW/DOMAIN:d/A LONG TYPE:of a name", false);
+              }),
+              (Messages{"", "velCreateObject: unable to create object"}));
+    EXPECT_EQ(messagesOf([](velHandle *handle) {
+                  return velCreateParam(handle, "/FLOW/DOMAIN:d/a rather long name",
+                                        "a value that no small string holds in place");
+              }),
+              (Messages{"", "velCreateParam: unable to create param"}));
+}
+
+TEST(VelNoMemory, SettingAValue)
+{
+    const std::string value(2000, 'v');
+    EXPECT_EQ(messagesOf([&](velHandle *handle) {
+                  return setStringValue(handle, "/FLOW/DOMAIN:d/x", value.c_str());
+              }),
+              (Messages{"", "setStringValue: error allocating new string"}));
+}
+
+TEST(VelNoMemory, Parsing)
+{
+    std::string text;
+    for (int i = 0; i < 120; ++i) {
+        text += "T" + std::to_string(i) + ": n\np" + std::to_string(i) + " = 1 # remark\nEND\n";
+    }
+    velArray lines(velArrayKind::Strings);
+    for (const std::string &line : linesOf(text)) {
+        lines.addString(line);
+    }
+    EXPECT_EQ(messagesOf([&](velHandle *handle) { return parseVELData(handle, &lines, 0); }),
+              (Messages{"", "parseVELLineH: Memory allocation error"}));
+}
+
+TEST(VelNoMemory, ParsingAFile)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("case.vel", "A:\nx = 1 \\\n2\nEND\n");
+    const Messages messages =
+        messagesOf([&](velHandle *handle) { return loadVELFile(handle, file.c_str(), "vel"); });
+    EXPECT_EQ(messages.count(""), 1U);
+    EXPECT_EQ(messages.count("loadFileData: array allocation failed"), 1U);
+}
+
+TEST(VelNoMemory, Deleting)
+{
+    const Messages messages =
+        messagesOf([](velHandle *handle) { return deleteObjH(handle, "/FLOW/DOMAIN:d"); });
+    EXPECT_EQ(messages.count(""), 1U);
+}
+
+TEST(VelNoMemory, Replacing)
+{
+    velArray lines(velArrayKind::Strings);
+    for (const char *line : {"FLOW:", "&replace DOMAIN: d", "z = 1", "END", "END"}) {
+        lines.addString(line);
+    }
+    EXPECT_EQ(messagesOf([&](velHandle *handle) { return parseVELData(handle, &lines, 0); }),
+              (Messages{"", "parseVELLineH: Memory allocation error"}));
+}
+
+TEST(VelNoMemory, Asking)
+{
+    EXPECT_EQ(messagesOf([](velHandle *handle) {
+                  velStringList list;
+                  return getChildObjectList(handle, "/FLOW/DOMAIN:d", true, true, &list);
+              }),
+              (Messages{"", "getChildObjectList: error allocating return array"}));
+    EXPECT_EQ(messagesOf([](velHandle *handle) {
+                  std::vector<velChildInfo> children;
+                  std::vector<velGroupInfo> groups;
+                  return getChildList(handle, "/FLOW/DOMAIN:d", &children, &groups);
+              }),
+              (Messages{"", "getChildList: unable to allocate permanent memory context"}));
+    EXPECT_EQ(messagesOf([](velHandle *handle) {
+                  velStringList list;
+                  return getObjectsByTypeH(handle, "/", "BOUNDARY", 0, 0, &list);
+              }),
+              (Messages{"", "getObjectsByTypeH: error allocating return array"}));
+    EXPECT_EQ(messagesOf([](velHandle *handle) {
+                  velStringList list;
+                  return getObjectsByNameH(handle, "/", "in", 0, 0, &list);
+              }),
+              (Messages{"", "getObjectsByNameH: error allocating return array"}));
+}
+
+TEST(VelNoMemory, Writing)
+{
+    EXPECT_EQ(messagesOf([](velHandle *handle) {
+                  velStringList list;
+                  return getObjectVELH(handle, "/FLOW", &list, true);
+              }),
+              (Messages{"", "getPartialVELH: memory error"}));
+    EXPECT_EQ(messagesOf([](velHandle *handle) {
+                  velStringList list;
+                  return velWrapText(handle, "/", 10, &list);
+              }),
+              (Messages{"", "memory error"}));
+    std::vector<std::string> entries = {"A:a rather long name of it", "B:b"};
+    EXPECT_EQ(
+        messagesOf([&](velHandle *handle) { return velOrderObjectsForOutput(handle, &entries); }),
+        (Messages{"", "velOrderObjectsForOutput: memory error"}));
+}
+
+TEST(VelNoMemory, RegisteringHandlers)
+{
+    const auto handler = [](const char *, std::int32_t, const char *, const char *, void *) {
+        return 1;
+    };
+    EXPECT_EQ(
+        messagesOf([&](velHandle *handle) { return addChangeHandler(handle, handler, nullptr); }),
+        (Messages{"", "unable to allocate memory for change handler list"}));
+}
+
+} // namespace
