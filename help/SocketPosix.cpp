@@ -1,0 +1,259 @@
+#include "help/Socket.h"
+
+#include "common/error.h"
+#include "help/SocketErrors.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace velEditor {
+
+namespace {
+
+constexpr int noSocket = -1;
+constexpr int listenBacklog = 5;
+constexpr std::chrono::milliseconds retryPause(1000);
+/// How long one try to connect may take, for addresses that do not answer.
+constexpr std::chrono::milliseconds connectLimit(1000);
+/// How long a peer may take nothing of what is sent.
+constexpr timeval sendLimit{5, 0};
+
+[[noreturn]] void raise(const std::string &text, int code)
+{
+    throw error(text + socketErrorText(code));
+}
+
+/// The first IPv4 address of a host, or the resolver's code.
+int resolve(const std::string &host, sockaddr_in &address)
+{
+    addrinfo hints{};
+    hints.ai_family = AF_INET;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo *found = nullptr;
+    if (const int code = ::getaddrinfo(host.c_str(), nullptr, &hints, &found))
+        return code;
+    address = *reinterpret_cast<const sockaddr_in *>(found->ai_addr);
+    ::freeaddrinfo(found);
+    return 0;
+}
+
+/// Clears or sets what children inherit.
+void setInheritable(int handle, bool inheritable)
+{
+    ::fcntl(handle, F_SETFD, inheritable ? 0 : FD_CLOEXEC);
+}
+
+int newSocket()
+{
+    const int handle = ::socket(AF_INET, SOCK_STREAM, 0);
+    if (handle == noSocket)
+        raise("Socket error: ", errno);
+    setInheritable(handle, false);
+    return handle;
+}
+
+/// `poll` for one event, again after signals. Its result; `limit` may be
+/// exceeded by as much as signals cost.
+int pollFor(int handle, short event, std::chrono::milliseconds limit)
+{
+    const auto whole = std::min<std::chrono::milliseconds::rep>(limit.count(), INT_MAX);
+    pollfd entry{handle, event, 0};
+    int ready = 0;
+    do
+        ready = ::poll(&entry, 1, static_cast<int>(whole));
+    while (ready < 0 && errno == EINTR);
+    return ready;
+}
+
+/// The result of a connection that was begun without blocking: an error code.
+int awaitConnection(int handle)
+{
+    const int ready = pollFor(handle, POLLOUT, connectLimit);
+    if (ready < 0)
+        return errno;
+    if (ready == 0)
+        return ETIMEDOUT;
+    int code = 0;
+    socklen_t size = sizeof code;
+    ::getsockopt(handle, SOL_SOCKET, SO_ERROR, &code, &size);
+    return code;
+}
+
+/// One try. The handle blocks again afterwards. An error code.
+int tryConnect(int handle, const sockaddr_in &address)
+{
+    const int flags = ::fcntl(handle, F_GETFL);
+    ::fcntl(handle, F_SETFL, flags | O_NONBLOCK);
+    int code = 0;
+    if (::connect(handle, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+        code = errno == EINPROGRESS || errno == EINTR ? awaitConnection(handle) : errno;
+    ::fcntl(handle, F_SETFL, flags);
+    return code;
+}
+
+/// Whether the peer has closed the connection. A first send would still succeed
+/// then, and the loss go unnoticed.
+bool peerHasClosed(int handle)
+{
+    pollfd entry{handle, POLLRDHUP, 0};
+    return ::poll(&entry, 1, 0) > 0 && (entry.revents & (POLLRDHUP | POLLHUP | POLLERR)) != 0;
+}
+
+} // namespace
+
+Socket::Socket(const std::string &host, unsigned short port, int attempts)
+{
+    Socket::connectHostPort(host, port, attempts);
+}
+
+Socket::~Socket()
+{
+    try {
+        Socket::closeAll();
+    } catch (const error &failure) {
+        std::fprintf(stderr, "Error closing socket: %s\n", failure.message().c_str());
+    }
+}
+
+bool Socket::hostHasNetworkOrder()
+{
+    return htonl(1) == 1;
+}
+
+std::string Socket::localHostName()
+{
+    std::array<char, HOST_NAME_MAX + 1> name{};
+    if (::gethostname(name.data(), name.size() - 1) != 0)
+        throw error("Socket::localHostName - GetComputerName returned error code: " +
+                    std::to_string(errno));
+    return name.data();
+}
+
+// A socket whose connection failed is of no further use, so each try has a new
+// one.
+void Socket::connectHostPort(const std::string &host, unsigned short port, int attempts)
+{
+    Socket::closeAll();
+    host_ = host;
+    port_ = port;
+    attempts_ = attempts;
+
+    sockaddr_in address{};
+    if (const int code = resolve(host, address))
+        raise("Socket::connectHostPort - gethostbyname call failed with error: ", code);
+    address.sin_port = htons(port);
+
+    int code = 0;
+    for (int tries = 0; tries < std::max(attempts, 1); ++tries) {
+        if (tries > 0)
+            std::this_thread::sleep_for(retryPause);
+        handle_ = newSocket();
+        code = tryConnect(handle_, address);
+        if (code == 0) {
+            ::setsockopt(handle_, SOL_SOCKET, SO_SNDTIMEO, &sendLimit, sizeof sendLimit);
+            return;
+        }
+        Socket::closeAll();
+    }
+    throw error("Socket::connectHostPort - connect call failed. Could not connect to host: " +
+                host + "   error code: " + std::to_string(code));
+}
+
+void Socket::socketSend(const char *text, std::size_t length)
+{
+    const std::string failed = "Socket::socketSend - send  call failed with error: ";
+    if (handle_ == noSocket)
+        raise(failed, ENOTCONN);
+    if (peerHasClosed(handle_))
+        raise(failed, ECONNRESET);
+    for (std::size_t sent = 0; sent < length;) {
+        const ssize_t count = ::send(handle_, text + sent, length - sent, MSG_NOSIGNAL);
+        if (count >= 0)
+            sent += static_cast<std::size_t>(count);
+        else if (errno != EINTR)
+            raise(failed, errno);
+    }
+}
+
+std::string Socket::socketRecv(std::size_t size)
+{
+    const std::string failed = "Socket::socketRecv - recv call failed with error: ";
+    if (handle_ == noSocket)
+        raise(failed, ENOTCONN);
+    std::string text(size, '\0');
+    ssize_t count = 0;
+    do
+        count = ::recv(handle_, text.data(), size, 0);
+    while (count < 0 && errno == EINTR);
+    if (count < 0)
+        raise(failed, errno);
+    text.resize(static_cast<std::size_t>(count));
+    return text;
+}
+
+// After an interruption the descriptor is gone as well, so that is no failure.
+void Socket::closeAll()
+{
+    if (handle_ == noSocket)
+        return;
+    const int closed = ::close(handle_);
+    handle_ = noSocket;
+    if (closed != 0 && errno != EINTR)
+        raise("Socket::closeAll - closesocket call failed with error: ", errno);
+}
+
+void Socket::openListenPort(unsigned short port)
+{
+    closeAll();
+    host_ = localHostName();
+    sockaddr_in address{};
+    if (const int code = resolve(host_, address))
+        raise("Socket error: ", code);
+    address.sin_port = htons(port);
+
+    handle_ = newSocket();
+    auto *generic = reinterpret_cast<sockaddr *>(&address);
+    socklen_t size = sizeof address;
+    if (::bind(handle_, generic, size) != 0 || ::listen(handle_, listenBacklog) != 0 ||
+        ::getsockname(handle_, generic, &size) != 0) {
+        const int code = errno;
+        closeAll();
+        raise("Socket error: ", code);
+    }
+    port_ = ntohs(address.sin_port);
+}
+
+std::unique_ptr<Socket> Socket::waitForConnection(std::chrono::seconds limit)
+{
+    if (handle_ == noSocket)
+        throw error("The listen port is not open.");
+    const int ready = pollFor(handle_, POLLIN, limit);
+    if (ready < 0)
+        raise("Socket::waitForConnection - select call failed with error: ", errno);
+    if (ready == 0)
+        throw error("Connection timeout after " + std::to_string(limit.count()) + " seconds");
+    auto connection = std::make_unique<Socket>();
+    connection->handle_ = ::accept(handle_, nullptr, nullptr);
+    if (connection->handle_ == noSocket)
+        raise("Socket::waitForConnection - accept call failed with error: ", errno);
+    setInheritable(connection->handle_, std::getenv("KOA_SOCKET_KEEP_INHERITABLE") != nullptr);
+    connection->host_ = host_;
+    connection->port_ = port_;
+    return connection;
+}
+
+} // namespace velEditor
