@@ -7,10 +7,12 @@ seconds=${2:-60}
 here=$(dirname "$0")
 ran=0
 for target in "$build"/fuzz/*; do
-    [ -f "$target" ] && [ -x "$target" ] || continue
     name=$(basename "$target")
     seeds=$here/$name
-    [ -d "$seeds" ] || continue
+    # Only targets have seeds; what else stands there is the build's.
+    if [ ! -f "$target" ] || [ ! -x "$target" ] || [ ! -d "$seeds" ]; then
+        continue
+    fi
     found=$build/fuzz/found-$name
     mkdir -p "$found"
     echo "$name: $seconds seconds" >&2
