@@ -144,8 +144,29 @@ void velMakeRoot(velHandle *handle);
 
 // --- Flags (velValidity.cpp)
 
-void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags);
-void velInvalidate(velHandle *handle, velNode *node);
+inline void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags)
+{
+    if (((flags ^ node->flags) & velFlagSubtreeValid) != 0) {
+        handle->subtreeValidCount += (flags & velFlagSubtreeValid) != 0 ? 1 : -1;
+    }
+    node->flags = flags;
+}
+/// Takes velFlagSubtreeValid from a node and all above it.
+void velInvalidateUpward(velHandle *handle, velNode *node);
+/// Takes the node's mark away, of a Parameter its owner's as well, and from
+/// everything above those that of a valid subtree.
+inline void velInvalidate(velHandle *handle, velNode *node)
+{
+    node->flags &= ~velFlagValid;
+    velNode *up = node->parent;
+    if (up != nullptr && node->isParam()) {
+        up->flags &= ~velFlagValid;
+        up = up->parent;
+    }
+    if (handle->subtreeValidCount > 0) {
+        velInvalidateUpward(handle, up);
+    }
+}
 
 // --- Words (velCheck.cpp): null or the message
 

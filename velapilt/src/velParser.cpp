@@ -64,12 +64,13 @@ std::string_view partBehind(std::string_view text, std::size_t separator)
 }
 
 /// The word's number, entered if it is new; the check of a word is made once.
+/// `known` is what a look-up gave.
 template <typename Check>
-const char *checkedWord(velHandle *handle, std::string_view text, Check check, std::uint32_t *word)
+const char *checkedWord(velHandle *handle, std::string_view text, Check check, std::uint32_t known,
+                        std::uint32_t *word)
 {
-    const std::uint32_t known = handle->words.find(text);
+    *word = known;
     if (known != velWords::none && handle->words.isChecked(known)) {
-        *word = known;
         return nullptr;
     }
     if (const char *error = check(handle, text)) {
@@ -105,6 +106,7 @@ private:
     bool isJoined_ = false;
     bool isReplace_ = false;
     bool isPlain_ = true;
+    std::uint32_t lastName_ = velWords::none; // of the last parameter
 };
 
 const char *LineParser::parse(const velScannedLine &line)
@@ -216,10 +218,13 @@ const char *LineParser::parseRest(std::string_view text, std::size_t equals)
 const char *LineParser::parseParam(std::string_view text, std::size_t equals)
 {
     velStatement statement{{}, partBehind(text, equals), word()};
-    if (const char *error = checkedWord(handle_, partBefore(text, equals), velCheckParamName,
-                                        &statement.component.name)) {
+    const std::string_view name = partBefore(text, equals);
+    const std::uint32_t known = handle_->words.findBehind(lastName_, name);
+    if (const char *error =
+            checkedWord(handle_, name, velCheckParamName, known, &statement.component.name)) {
         return error;
     }
+    lastName_ = statement.component.name;
     if (!isPlain_) {
         if (const char *error = velCheckValue(handle_, statement.value)) {
             return error;
@@ -234,12 +239,13 @@ const char *LineParser::parseHeader(std::string_view text, std::size_t colon)
     const std::string_view type = partBefore(text, colon);
     const std::string_view name = partBehind(text, colon);
     velStatement statement{{}, {}, 0};
-    if (const char *error = checkedWord(handle_, type, velCheckType, &statement.component.type)) {
+    if (const char *error = checkedWord(handle_, type, velCheckType, handle_->words.find(type),
+                                        &statement.component.type)) {
         return error;
     }
     if (!name.empty() && name != type) {
-        if (const char *error =
-                checkedWord(handle_, name, velCheckObjectName, &statement.component.name)) {
+        if (const char *error = checkedWord(handle_, name, velCheckObjectName,
+                                            handle_->words.find(name), &statement.component.name)) {
             return error;
         }
     }

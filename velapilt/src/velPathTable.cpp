@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr std::size_t batch = 64;               // Parameters that are hashed together
 constexpr std::uint32_t fewChildren = 24;       // up to here children are walked
 constexpr std::size_t longestRemembered = 4096; // a path's length
 
@@ -45,7 +44,6 @@ velPathTable::velPathTable(const velWords &words)
     : words_(words), function_(velChooseBucketCount(1)),
       buckets_(static_cast<std::size_t>(function_.buckets()))
 {
-    pending_.reserve(batch);
 }
 
 // --- Entering and removing ----------------------------------------------------
@@ -115,31 +113,31 @@ void velPathTable::enterLater(velNode *node)
     const std::size_t above = node->parent->isRoot() ? 0 : node->parent->pathLength;
     function_.prepare(above + 1 + words_.view(node->name).size());
     node->isPending = 1;
-    pending_.push_back(node);
-    if (pending_.size() == batch) {
+    pending_[pendingCount_++] = node;
+    if (pendingCount_ == batch) {
         flush();
     }
 }
 
 void velPathTable::flush()
 {
-    if (pending_.empty()) {
+    if (pendingCount_ == 0) {
         return;
     }
-    if (velTableIsFull(entries_ + pendingCount() - 1, buckets())) {
-        for (velNode *node : pending_) { // growth comes at its laid-down entry
-            growIfFull();
-            link(node, hashOf(function_, node));
+    if (velTableIsFull(entries() - 1, buckets())) {
+        for (std::size_t i = 0; i < pendingCount_; ++i) {
+            growIfFull(); // growth comes at its laid-down entry
+            link(pending_[i], hashOf(function_, pending_[i]));
         }
-        pending_.clear();
+        pendingCount_ = 0;
         return;
     }
     std::array<velHashFunction::Lane, batch> lanes;
     hashPending(lanes.data());
-    for (std::size_t i = 0; i < pending_.size(); ++i) {
+    for (std::size_t i = 0; i < pendingCount_; ++i) {
         link(pending_[i], lanes[i].state);
     }
-    pending_.clear();
+    pendingCount_ = 0;
 }
 
 /// The hashes of the pending Parameters, as the states of as many lanes. Names
@@ -151,7 +149,7 @@ void velPathTable::hashPending(velHashFunction::Lane *lanes)
     const velNode *parent = nullptr;
     std::uint32_t state = 0;
     std::uint32_t position = 0;
-    for (std::size_t i = 0; i < pending_.size(); ++i) {
+    for (std::size_t i = 0; i < pendingCount_; ++i) {
         const velNode *node = pending_[i];
         if (node->parent != parent) {
             parent = node->parent;
@@ -165,14 +163,14 @@ void velPathTable::hashPending(velHashFunction::Lane *lanes)
         starts[length] = static_cast<std::uint8_t>(starts[length] + starts[length - 1]);
     }
     std::array<velHashFunction::Lane *, batch> ordered;
-    for (std::size_t i = 0; i < pending_.size(); ++i) {
+    for (std::size_t i = 0; i < pendingCount_; ++i) {
         ordered[starts[std::min(lanes[i].text.size(), lengths - 1)]++] = &lanes[i];
     }
     std::size_t i = 0;
-    for (; i + 4 <= pending_.size(); i += 4) {
+    for (; i + 4 <= pendingCount_; i += 4) {
         function_.extendFour(&ordered[i]);
     }
-    for (; i < pending_.size(); ++i) {
+    for (; i < pendingCount_; ++i) {
         function_.extendOne(*ordered[i]);
     }
 }

@@ -22,6 +22,7 @@
 #include "velapilt/src/velNode_p.h"
 #include "velapilt/src/velPathMemo.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -67,7 +68,10 @@ public:
     void setRoot(velNode *root) { root_ = root; }
 
     [[nodiscard]] std::int32_t buckets() const { return function_.buckets(); }
-    [[nodiscard]] std::int64_t entries() const { return entries_ + pendingCount(); }
+    [[nodiscard]] std::int64_t entries() const
+    {
+        return entries_ + static_cast<std::int64_t>(pendingCount_);
+    }
 
     /// Whether this is the node's path.
     [[nodiscard]] bool hasPath(const velNode *node, std::string_view path) const;
@@ -75,10 +79,8 @@ public:
     void appendPath(const velNode *node, std::string &path) const;
 
 private:
-    [[nodiscard]] std::int64_t pendingCount() const
-    {
-        return static_cast<std::int64_t>(pending_.size());
-    }
+    static constexpr std::size_t batch = 64; // Parameters that are hashed together
+
     void flush();
     void hashPending(velHashFunction::Lane *lanes);
     void forget(const velNode *node);
@@ -99,7 +101,8 @@ private:
     velHashFunction function_;
     std::vector<velNode *> buckets_;
     std::int64_t entries_ = 0;
-    std::vector<velNode *> pending_;
+    std::array<velNode *, batch> pending_; // the first pendingCount_ of them
+    std::size_t pendingCount_ = 0;
     std::vector<velNode *> detached_;
     velPathMemo memo_;
     velNode *root_ = nullptr; // not owned

@@ -3,24 +3,10 @@
 
 #include <new>
 
-void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags)
+void velInvalidateUpward(velHandle *handle, velNode *node)
 {
-    if (((flags ^ node->flags) & velFlagSubtreeValid) != 0) {
-        handle->subtreeValidCount += (flags & velFlagSubtreeValid) != 0 ? 1 : -1;
-    }
-    node->flags = flags;
-}
-
-void velInvalidate(velHandle *handle, velNode *node)
-{
-    node->flags &= ~velFlagValid;
-    velNode *up = node->parent;
-    if (up != nullptr && node->isParam()) {
-        up->flags &= ~velFlagValid;
-        up = up->parent;
-    }
-    for (; up != nullptr && handle->subtreeValidCount > 0; up = up->parent) {
-        velSetFlags(handle, up, up->flags & ~velFlagSubtreeValid);
+    for (; node != nullptr && handle->subtreeValidCount > 0; node = node->parent) {
+        velSetFlags(handle, node, node->flags & ~velFlagSubtreeValid);
     }
 }
 

@@ -6,7 +6,7 @@
 
 velWords::velWords(velArena &arena) : arena_(arena), slots_(64, none)
 {
-    words_.push_back({"", 0, 0, 0});
+    words_.push_back({"", 0, 0, 0, none});
     intern("/");
 }
 
@@ -27,7 +27,7 @@ std::uint32_t velWords::intern(std::string_view text)
     auto *copy = static_cast<char *>(arena_.allocate(text.size() + 1));
     std::memcpy(copy, text.data(), text.size());
     copy[text.size()] = '\0';
-    words_.push_back({copy, static_cast<std::uint32_t>(text.size()), hash & 0x7FFFFFFFU, 0});
+    words_.push_back({copy, static_cast<std::uint32_t>(text.size()), hash & 0x7FFFFFFFU, 0, none});
     slots_[i] = static_cast<std::uint32_t>(words_.size() - 1);
     return slots_[i];
 }

@@ -27,6 +27,17 @@ public:
     {
         return text.empty() ? none : slots_[slot(text, hashOf(text))];
     }
+    /// As find, for a word that stands behind another one: blocks of a type
+    /// list their parameters in the same order, so that the word which stood
+    /// there the last time is most often it.
+    [[nodiscard]] std::uint32_t findBehind(std::uint32_t previous, std::string_view text)
+    {
+        const Word &guess = words_[words_[previous].behind];
+        if (guess.length == text.size() && velSameBytes(guess.text, text.data(), text.size())) {
+            return words_[previous].behind;
+        }
+        return words_[previous].behind = find(text);
+    }
     /// The number of a word, which is entered if it is new. Throws bad_alloc.
     std::uint32_t intern(std::string_view text);
 
@@ -49,6 +60,7 @@ private:
         std::uint32_t length;
         std::uint32_t hash : 31;
         std::uint32_t checked : 1;
+        std::uint32_t behind; // the word that stood behind it last; `none` at first
     };
 
     [[nodiscard]] static std::uint32_t hashOf(std::string_view text)
