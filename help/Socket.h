@@ -42,8 +42,8 @@ public:
     virtual void connectHostPort(const std::string &host, unsigned short port, int attempts);
 
     /// Sends all `length` bytes. Raises "Socket::socketSend - send  call failed
-    /// with error: …", also when the peer has closed the connection or takes
-    /// nothing for some seconds.
+    /// with error: …", also when the peer has closed the connection or does not
+    /// take it all within five seconds.
     virtual void socketSend(const char *text, std::size_t length);
 
     /// What one receive of at most `size` bytes gives, empty when the peer has

@@ -17,7 +17,6 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 namespace velEditor {
@@ -29,8 +28,9 @@ constexpr int listenBacklog = 5;
 constexpr std::chrono::milliseconds retryPause(1000);
 /// How long one try to connect may take, for addresses that do not answer.
 constexpr std::chrono::milliseconds connectLimit(1000);
-/// How long a peer may take nothing of what is sent.
-constexpr timeval sendLimit{5, 0};
+/// How long the sending of one text may take.
+constexpr std::chrono::milliseconds sendLimit(5000);
+constexpr std::chrono::milliseconds sendPause(100);
 
 [[noreturn]] void raise(const std::string &text, int code)
 {
@@ -163,10 +163,8 @@ void Socket::connectHostPort(const std::string &host, unsigned short port, int a
             std::this_thread::sleep_for(retryPause);
         handle_ = newSocket();
         code = tryConnect(handle_, address);
-        if (code == 0) {
-            ::setsockopt(handle_, SOL_SOCKET, SO_SNDTIMEO, &sendLimit, sizeof sendLimit);
+        if (code == 0)
             return;
-        }
         Socket::closeAll();
     }
     throw error("Socket::connectHostPort - connect call failed. Could not connect to host: " +
@@ -180,10 +178,14 @@ void Socket::socketSend(const char *text, std::size_t length)
         raise(failed, ENOTCONN);
     if (peerHasClosed(handle_))
         raise(failed, ECONNRESET);
+    const auto end = std::chrono::steady_clock::now() + sendLimit;
     for (std::size_t sent = 0; sent < length;) {
-        const ssize_t count = ::send(handle_, text + sent, length - sent, MSG_NOSIGNAL);
+        const ssize_t count =
+            ::send(handle_, text + sent, length - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count >= 0)
             sent += static_cast<std::size_t>(count);
+        else if (errno == EWOULDBLOCK && std::chrono::steady_clock::now() < end)
+            pollFor(handle_, POLLOUT, sendPause);
         else if (errno != EINTR)
             raise(failed, errno);
     }

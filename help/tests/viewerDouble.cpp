@@ -1,0 +1,84 @@
+// Stands in for the help viewer in tests of its client. What happens is written
+// to the file HELP_DOUBLE_LOG, one line each: the start with all arguments, each
+// command received, the end. HELP_DOUBLE says how it behaves:
+//   (unset)     as a viewer should
+//   say TEXT    prints TEXT instead of a port, then sleeps
+//   leave       ends after one command
+#include "common/error.h"
+#include "help/Socket.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include <unistd.h>
+
+namespace {
+
+void note(const std::string &line)
+{
+    const char *name = std::getenv("HELP_DOUBLE_LOG");
+    std::FILE *file = name != nullptr ? std::fopen(name, "a") : nullptr;
+    if (file == nullptr)
+        return;
+    std::fputs((line + "\n").c_str(), file);
+    std::fclose(file);
+}
+
+void say(const std::string &text)
+{
+    std::fputs(text.c_str(), stdout);
+    std::fflush(stdout);
+}
+
+/// The next line without its end; empty at the end of the connection.
+std::string receiveLine(velEditor::Socket &connection)
+{
+    std::string line;
+    for (;;) {
+        const std::string byte = connection.socketRecv(1);
+        if (byte.empty() || byte == "\n")
+            return line;
+        line += byte;
+    }
+}
+
+void serve(bool leaves)
+{
+    velEditor::Socket listener;
+    listener.openListenPort(0);
+    say(std::to_string(listener.port()) + "\n");
+    const auto connection = listener.waitForConnection(std::chrono::seconds(60));
+    for (;;) {
+        const std::string line = receiveLine(*connection);
+        if (!line.empty())
+            note("got " + line);
+        if (line.empty() || line == "QUIT" || leaves)
+            return;
+    }
+}
+
+} // namespace
+
+int main(int count, char **words)
+{
+    std::string start = "started";
+    for (int i = 1; i < count; ++i)
+        start += std::string(" '") + words[i] + "'";
+    note(start);
+
+    const char *variable = std::getenv("HELP_DOUBLE");
+    const std::string conduct = variable != nullptr ? variable : "";
+    if (conduct.substr(0, 4) == "say ") {
+        say(conduct.substr(4));
+        return conduct.size() > 4 ? static_cast<int>(::sleep(60)) : 0;
+    }
+    try {
+        serve(conduct == "leave");
+    } catch (const velEditor::error &failure) {
+        note(failure.message());
+    }
+    note("ended");
+    return 0;
+}
