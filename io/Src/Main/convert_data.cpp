@@ -60,9 +60,7 @@ public:
             strings(from.length, to.length, values);
             break;
         case IO_CHAR:
-            std::memcpy(out_.chars + next(out_next_, IO_CHAR, values),
-                        in_.chars + next(in_next_, IO_CHAR, values),
-                        static_cast<std::size_t>(values));
+            chars(values);
             break;
         case IO_INTR:
             good = numbers(in_.integers, IO_INTR, to.type, values);
@@ -95,6 +93,12 @@ private:
     bool enough(element_type type, std::int64_t values)
     {
         return element_array_size(in_, type) - in_next_[static_cast<std::size_t>(type)] >= values;
+    }
+
+    void chars(std::int64_t values)
+    {
+        const char *from = in_.chars + next(in_next_, IO_CHAR, values);
+        std::copy(from, from + values, out_.chars + next(out_next_, IO_CHAR, values));
     }
 
     void strings(std::int32_t in_length, std::int32_t out_length, std::int64_t values)

@@ -68,13 +68,13 @@ int read_strings(zot_io &io, const data_shape &shape, IO_data &data)
 int write_chars(zot_io &io, const data_shape &shape, const IO_data &data)
 {
     auto count = static_cast<std::size_t>(shape.count);
-    return zotwriteString(io, shape.format, {data.chars, count}, count);
+    return zotwriteString(io, shape.format, std::string_view(data.chars, count), count);
 }
 
 int read_chars(zot_io &io, const data_shape &shape, IO_data &data)
 {
     auto count = static_cast<std::size_t>(shape.count);
-    if (!shape.format.formatted()) {
+    if (count > 0 && !shape.format.formatted()) {
         std::size_t got = io.stream.read(data.chars, count);
         return got == count ? IO_OK : zotshortRead(io, "zotreadString", got, count);
     }
@@ -83,7 +83,7 @@ int read_chars(zot_io &io, const data_shape &shape, IO_data &data)
         return code;
     }
     text.resize(count, ' ');
-    std::memcpy(data.chars, text.data(), count);
+    std::copy(text.begin(), text.end(), data.chars);
     return IO_OK;
 }
 

@@ -134,6 +134,9 @@ io_stream::line_end io_stream::read_line(std::size_t most, std::string &line)
 
 bool io_stream::write(const void *from, std::size_t bytes)
 {
+    if (bytes == 0) {
+        return true; // an empty array may have no address, and memcpy wants one
+    }
     if (!dirty_) {
         forget();
     }
@@ -154,7 +157,7 @@ bool io_stream::write(const void *from, std::size_t bytes)
     std::memcpy(buffer_.get() + used_, from, bytes);
     used_ += bytes;
     position_ += static_cast<std::int64_t>(bytes);
-    dirty_ = used_ > 0;
+    dirty_ = true;
     return true;
 }
 
