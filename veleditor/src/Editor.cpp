@@ -57,6 +57,7 @@ Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool saf
 {
     setObjectName(QString::fromUtf8(name));
     setIconAndLabel();
+    makeHelpServer();
     setFont(QFont(QStringLiteral("Helvetica"), 12));
     setWindowTitle(fromBytes(fileName_) + (safeMode ? tr(" - Safe Mode") : QString()));
     showWelcome();
@@ -77,6 +78,14 @@ void Editor::setIconAndLabel()
     buildLabel_ = build != nullptr ? QLatin1String("ZOT-") + fromBytes(build) : tr("VEL Editor");
     if (root != nullptr && build != nullptr)
         setWindowIcon(iconBelow(root));
+}
+
+void Editor::makeHelpServer()
+{
+    helpServer_ = std::make_unique<JavaHelpServer>("DEFEditor");
+    helpServer_->setWarning([](const std::string &title, const std::string &text) {
+        warn(nullptr, fromBytes(title), fromBytes(text));
+    });
 }
 
 void Editor::showWelcome()
@@ -148,6 +157,46 @@ void Editor::validateData()
     static_cast<void>(ask(this, box));
 }
 
+void Editor::showHelp(const char *topic)
+{
+    helpServer_->showHelp(topic, "", JavaHelpServer::RegularHelp);
+}
+
+void Editor::helpOnEditor()
+{
+    showHelp("Def File Editor");
+}
+
+void Editor::helpOnExpertParams()
+{
+    showHelp("Expert Parameters");
+}
+
+void Editor::helpMaster()
+{
+    showHelp("Master Contents");
+}
+
+void Editor::helpIndex()
+{
+    showHelp("Master Index");
+}
+
+void Editor::helpTutorial()
+{
+    showHelp("Tutorials");
+}
+
+void Editor::helpSearch()
+{
+    showHelp("Search");
+}
+
+void Editor::helpOnHelp()
+{
+    showHelp("Help On Help");
+}
+
 /// Validates; true when the data is to be written.
 bool Editor::confirmErrors()
 {
@@ -214,6 +263,7 @@ void Editor::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
+    helpServer_->disconnect();
     event->accept();
     QCoreApplication::exit(0);
 }

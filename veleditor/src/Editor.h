@@ -1,9 +1,11 @@
 // The main window: loads the command data, shows it as a tree, saves and
-// validates it, and asks before changes are lost.
+// validates it, asks before changes are lost, and has help shown.
 //
 // One window edits one command file for the life of the process. Everything
 // happens on the GUI thread.
 #pragma once
+
+#include "help/JavaHelpServer.h"
 
 #include <QLabel>
 #include <QWidget>
@@ -42,6 +44,13 @@ public:
 public slots:
     void doSave();
     void validateData();
+    void helpOnEditor();
+    void helpOnExpertParams();
+    void helpMaster();
+    void helpIndex(); ///< no menu entry reaches it
+    void helpTutorial();
+    void helpSearch();
+    void helpOnHelp();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -49,6 +58,8 @@ protected:
 
 private:
     void setIconAndLabel();
+    void makeHelpServer();
+    void showHelp(const char *topic);
     void showWelcome();
     void loadCommandData(bool safeMode);
     void switchChecksOn();
@@ -62,6 +73,7 @@ private:
 
     VELTree *tree_ = nullptr; ///< a child widget; null until it is built
     std::string fileName_;    ///< what a plain save overwrites
+    std::unique_ptr<JavaHelpServer> helpServer_;
     QMenuBar *menuBar_ = nullptr;
     QString buildLabel_;
     std::unique_ptr<QLabel> welcome_; ///< a window of its own; hidden once the tree stands

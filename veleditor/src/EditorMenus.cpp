@@ -28,13 +28,6 @@ QAction *addEntry(QMenu &menu, const QString &text, const char *name,
     return entry;
 }
 
-/// An entry whose work does not exist yet: shown, so that the menu is whole,
-/// but not to be chosen.
-void addAbsentEntry(QMenu &menu, const QString &text, const char *name)
-{
-    addEntry(menu, text, name)->setEnabled(false);
-}
-
 } // namespace
 
 void Editor::addMenus()
@@ -78,14 +71,17 @@ void Editor::addEditMenu(QMenuBar &bar)
 void Editor::addHelpMenu(QMenuBar &bar)
 {
     QMenu *menu = addMenu(bar, tr("&Help"), "HelpMenu");
-    addAbsentEntry(*menu, tr("On ZOT &Solver File Editor"), "HelpOnEditor");
-    addAbsentEntry(*menu, tr("On &Expert Parameters"), "HelpOnExpertParams");
+    const auto addHelpEntry = [&](const QString &text, const char *name, void (Editor::*slot)()) {
+        connect(addEntry(*menu, text, name), &QAction::triggered, this, slot);
+    };
+    addHelpEntry(tr("On ZOT &Solver File Editor"), "HelpOnEditor", &Editor::helpOnEditor);
+    addHelpEntry(tr("On &Expert Parameters"), "HelpOnExpertParams", &Editor::helpOnExpertParams);
     menu->addSeparator();
-    addAbsentEntry(*menu, tr("&Contents"), "HelpContents");
-    addAbsentEntry(*menu, tr("&Tutorials"), "HelpTutorials");
-    addAbsentEntry(*menu, tr("&Search"), "HelpSearch");
+    addHelpEntry(tr("&Contents"), "HelpContents", &Editor::helpMaster);
+    addHelpEntry(tr("&Tutorials"), "HelpTutorials", &Editor::helpTutorial);
+    addHelpEntry(tr("&Search"), "HelpSearch", &Editor::helpSearch);
     menu->addSeparator();
-    addAbsentEntry(*menu, tr("&Help On Help"), "HelpOnHelp");
+    addHelpEntry(tr("&Help On Help"), "HelpOnHelp", &Editor::helpOnHelp);
 }
 
 } // namespace velEditor

@@ -15,6 +15,8 @@ constexpr QColor expertColour(255, 140, 0);
 constexpr QColor valueColour(0, 200, 0);
 constexpr QColor highlightColour(0, 0, 255);
 
+constexpr qsizetype mostCharacters = 2000;
+
 /// The colour of a row's text; none for the normal one.
 std::optional<QColor> textColour(const VELTreeItem &item, int column)
 {
@@ -28,6 +30,12 @@ std::optional<QColor> textColour(const VELTreeItem &item, int column)
 }
 
 } // namespace
+
+QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
+{
+    const QString text = value.toString();
+    return QStyledItemDelegate::displayText(text.left(mostCharacters), locale);
+}
 
 void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
 {

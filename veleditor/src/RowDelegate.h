@@ -14,6 +14,10 @@ class RowDelegate : public QStyledItemDelegate
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
+    /// The beginning of a text, as much as any screen shows: a line of a command
+    /// file may hold millions of characters, and all given would be laid out.
+    [[nodiscard]] QString displayText(const QVariant &value, const QLocale &locale) const override;
+
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
 };

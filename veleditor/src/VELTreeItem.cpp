@@ -84,7 +84,8 @@ QString VELTreeItem::state() const
 // would take text that looks like markup for that.
 QString VELTreeItem::fullText(int column) const
 {
-    QString text = column == Name ? label_ : value_;
+    constexpr qsizetype mostCharacters = 2000;
+    QString text = (column == Name ? label_ : value_).left(mostCharacters);
     const QString said = state();
     if (!said.isEmpty())
         text += (text.isEmpty() ? QString() : QStringLiteral("\n")) + u'(' + said + u')';

@@ -5,6 +5,7 @@
 #include "veleditor/tests/TreeText.h"
 #include "velparser/api/velparser.h"
 
+#include <QElapsedTimer>
 #include <QHeaderView>
 #include <QStyle>
 
@@ -40,6 +41,7 @@ private slots:
     void opensAndClosesBranchesWithTheRightButton();
     void marksUnsavedChangesOnce();
     void showsDeeplyNestedObjects();
+    void showsVeryLongValues();
     void throwsWhenTheDatabaseFails();
 };
 
@@ -305,6 +307,17 @@ void VELTreeTest::showsDeeplyNestedObjects()
     tree().openOrClose(nullptr, tree().viewport()->mapToGlobal(QPoint(5, 5)), 0);
     tree().openOrClose(nullptr, tree().viewport()->mapToGlobal(QPoint(5, 5)), 0);
     QVERIFY(tree().topLevelItem(0)->isExpanded());
+}
+
+void VELTreeTest::showsVeryLongValues()
+{
+    const QByteArray value = QByteArray("x y ").repeated(2'000'000).trimmed();
+    open(newFile("long.vel", "FLOW: A\nTitle = " + value + "\nEND\n"));
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(isGreen("/FLOW:A/Title", VELTreeItem::Value));
+    QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(row("/FLOW:A/Title").value().size(), value.size());
 }
 
 void VELTreeTest::throwsWhenTheDatabaseFails()

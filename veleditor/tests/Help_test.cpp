@@ -1,0 +1,174 @@
+// The Help menu: what a viewer is asked for, and how it is left. A double that
+// notes what it receives stands in for the viewer.
+#include "veleditor/tests/EditorTest.h"
+
+#include "velparser/api/velparser.h"
+
+#include <QAction>
+#include <QDir>
+#include <QFile>
+#include <QMetaMethod>
+
+using namespace velEditor;
+
+class EditorHelpTest : public EditorTest
+{
+    Q_OBJECT
+
+private:
+    /// Opens the window with a viewer to ask.
+    void openWithViewer();
+    void choose(const char *entry);
+    void changeSomething();
+    /// What the viewer has noted, once it ends with `last`.
+    QString notesUpTo(const QString &last);
+    /// Asks for help, closes the window with this answer, and compares.
+    void quitsTheViewer(int button);
+
+private slots:
+    void asksForTheTopicsOfTheMenu();
+    void asksForTheIndex();
+    void declaresItsSlotsInOrder();
+    void quitsTheViewerWithTheWindow();
+    void quitsTheViewerWithoutSaving();
+    void quitsTheViewerAfterSaving();
+    void keepsTheViewerWhenTheUserContinues();
+    void startsNoViewerToQuit();
+    void saysThatThereIsNoViewer();
+};
+
+namespace {
+
+const char started[] = "started '--language' 'en-us' '--sessionID' ''\n";
+
+} // namespace
+
+void EditorHelpTest::openWithViewer()
+{
+    QDir().mkpath(folder() + "/doc/zot");
+    QDir().mkpath(folder() + "/HelpViewer");
+    QFile::link(HELP_TEST_DOUBLE, folder() + "/HelpViewer/OMBRAHelpViewer.exe");
+    qputenv("ZOT_HELP_DIR", QFile::encodeName(folder() + "/doc/zot"));
+    qputenv("HELP_DOUBLE_LOG", QFile::encodeName(folder() + "/log"));
+    for (const char *variable :
+         {"KOA_TEST_HELP_DIR", "ZOT5MONO", "QRP_LOCALE150", "OMBHELP_SESSION_ID", "HELP_DOUBLE"})
+        qunsetenv(variable);
+    open(copyOf("duct.vel"));
+}
+
+void EditorHelpTest::choose(const char *entry)
+{
+    auto *action = editor().findChild<QAction *>(entry);
+    QVERIFY(action != nullptr);
+    QVERIFY(action->isEnabled());
+    action->trigger();
+}
+
+void EditorHelpTest::changeSomething()
+{
+    QCOMPARE(velparser::setStringValue("/FLOW:Analysis/Title", "Second run"), nullptr);
+    tree().setModified();
+}
+
+QString EditorHelpTest::notesUpTo(const QString &last)
+{
+    const QString log = folder() + "/log";
+    const auto notes = [&] { return QFile::exists(log) ? QString(contentOf(log)) : QString(); };
+    static_cast<void>(QTest::qWaitFor([&] { return notes().endsWith(last + "\n"); }, 60'000));
+    return notes();
+}
+
+void EditorHelpTest::quitsTheViewer(int button)
+{
+    choose("HelpContents");
+    answer(button);
+    editor().close();
+    QVERIFY(!editor().isVisible());
+    QCOMPARE(notesUpTo("ended"), QString(started) + "got ZOT:Master Contents\ngot QUIT\nended\n");
+}
+
+void EditorHelpTest::asksForTheTopicsOfTheMenu()
+{
+    openWithViewer();
+    for (const char *entry : {"HelpOnEditor", "HelpOnExpertParams", "HelpContents", "HelpTutorials",
+                              "HelpSearch", "HelpOnHelp"})
+        choose(entry);
+    QCOMPARE(notesUpTo("got ZOT:Help On Help"), QString(started) + "got ZOT:Def File Editor\n"
+                                                                   "got ZOT:Expert Parameters\n"
+                                                                   "got ZOT:Master Contents\n"
+                                                                   "got ZOT:Tutorials\n"
+                                                                   "got ZOT:Search\n"
+                                                                   "got ZOT:Help On Help\n");
+}
+
+void EditorHelpTest::asksForTheIndex()
+{
+    openWithViewer();
+    editor().helpIndex();
+    QCOMPARE(notesUpTo("got ZOT:Master Index"), QString(started) + "got ZOT:Master Index\n");
+}
+
+void EditorHelpTest::declaresItsSlotsInOrder()
+{
+    const QMetaObject &meta = Editor::staticMetaObject;
+    QStringList slotNames;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+        slotNames.append(meta.method(i).methodSignature());
+    QCOMPARE(slotNames, QStringList({"doSave()", "validateData()", "helpOnEditor()",
+                                     "helpOnExpertParams()", "helpMaster()", "helpIndex()",
+                                     "helpTutorial()", "helpSearch()", "helpOnHelp()"}));
+}
+
+void EditorHelpTest::quitsTheViewerWithTheWindow()
+{
+    openWithViewer();
+    choose("HelpContents");
+    editor().close();
+    QCOMPARE(notesUpTo("ended"), QString(started) + "got ZOT:Master Contents\ngot QUIT\nended\n");
+}
+
+void EditorHelpTest::quitsTheViewerWithoutSaving()
+{
+    openWithViewer();
+    changeSomething();
+    quitsTheViewer(1);
+}
+
+void EditorHelpTest::quitsTheViewerAfterSaving()
+{
+    openWithViewer();
+    changeSomething();
+    quitsTheViewer(0);
+}
+
+void EditorHelpTest::keepsTheViewerWhenTheUserContinues()
+{
+    openWithViewer();
+    changeSomething();
+    choose("HelpContents");
+    answer(2);
+    editor().close();
+    choose("HelpTutorials");
+    QCOMPARE(notesUpTo("got ZOT:Tutorials"),
+             QString(started) + "got ZOT:Master Contents\ngot ZOT:Tutorials\n");
+}
+
+void EditorHelpTest::startsNoViewerToQuit()
+{
+    openWithViewer();
+    editor().close();
+    QVERIFY(!editor().isVisible());
+    QVERIFY(!QFile::exists(folder() + "/log"));
+}
+
+void EditorHelpTest::saysThatThereIsNoViewer()
+{
+    openWithViewer();
+    QFile::remove(folder() + "/HelpViewer/OMBRAHelpViewer.exe");
+    answer();
+    choose("HelpContents");
+    QCOMPARE(boxes, QStringList({"Warning\nDeskhall help server was not successfully started.\n"}));
+}
+
+VEL_EDITOR_TEST(EditorHelpTest)
+#include "Help_test.moc"
