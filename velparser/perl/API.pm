@@ -121,6 +121,7 @@ single entry C<-1> means any name.
 =cut
 
 sub getAllowedParams ($self, $path, $names, $flag) {
+    return 'getAllowedParams: no path' if !defined $path;
     return "getAllowedParams: there is no object at $path"
         if $path ne '/' && !$self->{database}->isObject($path);
     @$names = $self->{model}->allowed_parameters($path, $flag);

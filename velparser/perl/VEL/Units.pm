@@ -62,6 +62,9 @@ my @FUNCTIONS = (
     [ cv_convert_double            => [ 'opaque', 'double' ],           'double' ],
 );
 
+# The name by which it is nearly always there.
+my $LIBRARY = 'libudunits2.so.0';
+
 my ($system, $failure);
 my (%units, %converters);
 
@@ -89,17 +92,26 @@ sub load () {
 }
 
 sub _load () {
-    local $SIG{__WARN__} = sub ($text) {
-        warn $text if $text !~ /used only once|error loading/;
-    };
     require FFI::Platypus;
     my $ffi = FFI::Platypus->new(api => 1);
-    $ffi->lib('libudunits2.so.0');
-    $ffi->lib(_search()) if !$ffi->find_symbol('ut_parse');
+    $ffi->lib(_library());
     $ffi->attach($_->[0] => $_->[1] => $_->[2]) for @FUNCTIONS;
-    ut_set_error_message_handler($ffi->find_symbol('ut_ignore'));
-    $system = ut_read_xml(undef) or die "its table of units cannot be read\n";
+    # The table tells of each of its units that has another unit's name.
+    my $speak = ut_set_error_message_handler($ffi->find_symbol('ut_ignore'));
+    $system = ut_read_xml(undef);
+    ut_set_error_message_handler($speak);
+    die "its table of units cannot be read\n" if !$system;
     return 1;
+}
+
+# The name under which the library can be loaded. That it is not to be had under
+# its usual one is told, if at all, when it is not found otherwise either.
+sub _library () {
+    local $SIG{__WARN__} = sub ($text) {
+        warn $text if $text !~ /^warning: error loading \Q$LIBRARY\E:/;
+    };
+    my $trial = FFI::Platypus->new(api => 1, lib => $LIBRARY);
+    return $trial->find_symbol('ut_parse') ? $LIBRARY : _search();
 }
 
 # Where the library goes by another name; searching takes longer than all the

@@ -101,6 +101,14 @@ TEXT
     is $explain->('/NOWHERE/Thing'), '', 'nothing that a rule speaks of';
 };
 
+subtest 'no path' => sub {
+    my @warnings;
+    local $SIG{__WARN__} = sub { push @warnings, @_ };
+    my @names = ('as before');
+    is(API->new->getAllowedParams(undef, \@names, 1), 'getAllowedParams: no path', 'a message');
+    is "@names|@warnings", 'as before|', 'and no more';
+};
+
 subtest 'nothing ends the program' => sub {
     my $api = API->new;
     ok !eval { $api->isItemExpert(); 1 }, 'a call without arguments is an exception';

@@ -31,6 +31,7 @@ is list(getObjectsByType => 'BOUNDARY'),
 is list(getObjectsByName => 'in'), '/FLOW/BOUNDARY:in|/RULES/BOUNDARY:in', 'by name';
 is list(getObjectsByName => 'SOLVER'), '/FLOW/SOLVER', 'a singleton by its type';
 is list(getObjectsByType => 'X'), '', 'none';
+is list(getObjectsByType => '/'), '', 'the root is none of them';
 is list(getObjectsByName => ''), '', 'no name';
 
 # Searches begin at the root, wherever the current path is.

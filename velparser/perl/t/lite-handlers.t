@@ -47,6 +47,16 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     is_deeply \@told, [ '/X:y 1 undef undef', '/X:y/B 0 1 undef' ], 'of a parse too';
 }
 
+# In scalar context, one value of which is not looked at.
+{
+    my $data = loaded();
+    my @context;
+    $data->addChangeHandler(sub { push @context, wantarray; return });
+    $data->addChangeHandler(sub { push @context, wantarray; return (1, 2) });
+    is $data->setStringValue('/FLOW/A', 'x'), undef, 'handlers that give nothing and two values';
+    is_deeply \@context, [ '', '' ], '... are called in scalar context';
+}
+
 # Several, in order; added and taken away while they run.
 {
     my $data = loaded();
@@ -218,6 +228,17 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     is $data->invokeAction('x', undef), undef, '... also a text';
     $data->registerActionHandler(sub { return undef });
     is $data->invokeAction('x', undef), undef, '... also undef';
+
+    {
+        package Number;
+        my $read = 0;
+        use overload '0+' => sub { $read++; die "no number\n" if $read > 1; return 7 }, fallback => 1;
+        sub times_read { return $read }
+    }
+    $data->registerActionHandler(sub { return bless [], 'Number' });
+    is $data->invokeAction('x', undef), undef, '... also an object';
+    is Number::times_read(), 1, '... which is taken as a number';
+    is died(sub { $data->invokeAction('x', undef) }), "no number\n", '... and may die of it';
 
     $data->registerActionHandler(sub { return });
     is died(sub { $data->invokeAction('x', undef) }),

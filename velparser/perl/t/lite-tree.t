@@ -23,7 +23,9 @@ is $data->createParam('/FLOW/1st', 'x'),
 is $data->createParam('/FLOW/A', "b\rc"),
     "invalid parameter value \"b\rc\": control character number 13 is not allowed.",
     'a wrong value';
-is $data->createParam('/FLOW/Nothing', undef), undef, 'no value is the empty value';
+is $data->createParam('/FLOW/Nothing', undef), undef, 'no value';
+$data->getStringValue('/FLOW/Nothing', \my $nothing);
+is $nothing, '', '... is the empty value';
 
 # Asking.
 is $data->havePath('/FLOW/DOMAIN:Duct'), 1, 'an object is there';

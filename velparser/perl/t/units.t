@@ -63,6 +63,15 @@ subtest 'nothing is said while it loads' => sub {
     is $said, '', 'on either stream';
 };
 
+subtest 'what is said later is heard' => sub {
+    my $said = qx{$^X -w -MVEL::Units -e 'VEL::Units::load();
+        VEL::Units::ut_get_converter(VEL::Units::_unit("m"), VEL::Units::_unit("s"))' 2>&1};
+    is $said, "ut_get_converter(): Units not convertible\n", 'of the unit system itself';
+    $said = qx{$^X -w -MVEL::Units -e 'unshift \@INC, sub { warn "other noise\\n" if \$_[1] eq "FFI/Platypus.pm"; return };
+        VEL::Units::load()' 2>&1};
+    is $said, "other noise\n", 'warnings that are not known';
+};
+
 subtest 'where the unit system cannot be had' => sub {
     my $script = <<'PERL';
         unshift @INC, sub { die "not here\n" if $_[1] eq 'FFI/Platypus.pm'; return };
