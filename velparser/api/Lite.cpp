@@ -89,6 +89,16 @@ constexpr auto entries = [] {
     return all;
 }();
 
+/// No exception may pass Perl's own functions.
+SV *runBody(pTHX_ const LiteMethod &method, LiteCall &call)
+{
+    try {
+        return method.body(aTHX_ call);
+    } catch (const std::bad_alloc &) {
+    }
+    croak("VEL::Parser::Lite::%s: out of memory", method.name);
+}
+
 /// The one entry for all methods; the XSUB carries the address of its Entry.
 XSPROTO(callMethod)
 {
@@ -104,7 +114,7 @@ XSPROTO(callMethod)
             croak("self is not of type VEL::Parser::Lite");
     }
     LiteCall call(*entry.method, ax, record);
-    SV *result = entry.method->body(aTHX_ call);
+    SV *result = runBody(aTHX_ * entry.method, call);
     if (!result)
         XSRETURN_EMPTY;
     ST(0) = result;

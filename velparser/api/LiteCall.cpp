@@ -13,6 +13,17 @@ bool mayHaveHandlers(pTHX_ const LiteRecord *record)
     return !record->owns || record->actionHandler || AvFILLp(record->changeHandlers) >= 0;
 }
 
+/// An element that makes its text anew each time would let an earlier one go:
+/// then the text is copied.
+const char *elementText(pTHX_ SV *element)
+{
+    if (SvPOK(element) && !SvGMAGICAL(element))
+        return byteText(aTHX_ element);
+    SV *plain = sv_2mortal(newSV(0));
+    sv_setsv_nomg(plain, element);
+    return SvPVX_const(sv_2mortal(newSVpv(byteText(aTHX_ plain), 0)));
+}
+
 bool isPlainScalar(SV *value)
 {
     return SvTYPE(value) < SVt_PVAV && !isGV_with_GP(value) && !isREGEXP(value);
@@ -22,6 +33,8 @@ bool isPlainScalar(SV *value)
 
 void LiteCall::keepAlive(pTHX)
 {
+    dropHandlerError(aTHX);
+    mayRunHandlers_ = true;
     copyTexts_ = mayHaveHandlers(aTHX_ record_);
     if (copyTexts_)
         sv_2mortal(SvREFCNT_inc_simple_NN(SvRV(argument(aTHX_ 0))));
@@ -68,7 +81,8 @@ SV *LiteCall::output(pTHX_ int i) const
 
 void LiteCall::rethrow(pTHX)
 {
-    croak_sv(sv_2mortal(takeHandlerError(aTHX)));
+    if (SV *error = takeHandlerError(aTHX))
+        croak_sv(sv_2mortal(error));
 }
 
 SV *LiteCall::number(pTHX_ IV value) const
@@ -102,7 +116,7 @@ void replaceElements(pTHX_ AV *target, AV *values)
         av_store(target, i, SvREFCNT_inc_simple_NN(AvARRAY(values)[i]));
 }
 
-AV *newTextArray(pTHX_ const velStringList &texts)
+AV *newArray(pTHX_ const velStringList &texts)
 {
     AV *array = newAV();
     sv_2mortal(MUTABLE_SV(array));
@@ -114,13 +128,31 @@ AV *newTextArray(pTHX_ const velStringList &texts)
     return array;
 }
 
-AV *newIntegerArray(pTHX_ const std::vector<std::int32_t> &numbers)
+AV *newArray(pTHX_ const std::vector<std::int32_t> &numbers)
 {
     AV *array = newAV();
     sv_2mortal(MUTABLE_SV(array));
     for (const std::int32_t number : numbers)
         av_push(array, newSViv(number));
     return array;
+}
+
+std::span<const char *> elementTexts(pTHX_ AV *array, UndefinedElement undefined)
+{
+    const auto count = static_cast<std::size_t>(av_count(array));
+    SV *buffer = sv_2mortal(newSV((count + 1) * sizeof(char *)));
+    auto **texts = reinterpret_cast<const char **>(SvPVX(buffer));
+    for (std::size_t i = 0; i < count; ++i) {
+        SV **element = av_fetch(array, static_cast<SSize_t>(i), 0);
+        if (element)
+            SvGETMAGIC(*element);
+        const bool defined = element && SvOK(*element);
+        if (!defined && undefined == UndefinedElement::Croaks)
+            croak("Undefined element in array or fetch error");
+        texts[i] = defined ? elementText(aTHX_ * element) : "";
+    }
+    texts[count] = nullptr;
+    return {texts, count};
 }
 
 } // namespace velparser

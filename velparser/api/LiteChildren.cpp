@@ -12,15 +12,8 @@ SV *childNames(pTHX_ LiteCall &call, ListQuery query)
 {
     const char *path = call.text(aTHX_ 1);
     AV *target = call.array(aTHX_ 2, "array");
-    const char *error = nullptr;
-    AV *values = nullptr;
-    {
-        velStringList list;
-        error = query(call.handle(), path, &list);
-        values = newTextArray(aTHX_ list);
-    }
-    replaceElements(aTHX_ target, values);
-    return call.message(aTHX_ error);
+    return fillArray<velStringList>(
+        aTHX_ call, target, [&](velStringList *list) { return query(call.handle(), path, list); });
 }
 
 /// The whole tree, library data included.
@@ -28,15 +21,9 @@ SV *searchTree(pTHX_ LiteCall &call, Search search)
 {
     const char *text = call.text(aTHX_ 1);
     AV *target = call.array(aTHX_ 2, "array");
-    const char *error = nullptr;
-    AV *values = nullptr;
-    {
-        velStringList list;
-        error = search(call.handle(), "/", text, 0, 0, &list);
-        values = newTextArray(aTHX_ list);
-    }
-    replaceElements(aTHX_ target, values);
-    return call.message(aTHX_ error);
+    return fillArray<velStringList>(aTHX_ call, target, [&](velStringList *list) {
+        return search(call.handle(), "/", text, 0, 0, list);
+    });
 }
 
 SV *newText(pTHX_ std::string_view text)
@@ -60,7 +47,7 @@ SV *newChildEntry(pTHX_ const velChildInfo &child)
 
 SV *newGroupEntry(pTHX_ const velGroupInfo &group)
 {
-    AV *indices = newIntegerArray(aTHX_ group.indices);
+    AV *indices = newArray(aTHX_ group.indices);
     HV *entry = newHV();
     hv_stores(entry, "className", newText(aTHX_ group.className));
     hv_stores(entry, "type", newText(aTHX_ group.type));

@@ -15,13 +15,22 @@ constexpr char handlerDied[] = "a handler died";
 class HandlerScope
 {
 public:
-    explicit HandlerScope(LiteRecord *record) : record_(record) { ++record_->running; }
-    ~HandlerScope() { --record_->running; }
+    HandlerScope(pTHX_ LiteRecord *record) : record_(record), context_(liteContext(aTHX))
+    {
+        ++record_->running;
+        ++context_.running;
+    }
+    ~HandlerScope()
+    {
+        --record_->running;
+        --context_.running;
+    }
     HandlerScope(const HandlerScope &) = delete;
     HandlerScope &operator=(const HandlerScope &) = delete;
 
 private:
     LiteRecord *record_;
+    LiteContext &context_;
 };
 
 /// The text as `croak` would give it: with the place in the Perl code.
@@ -64,8 +73,7 @@ bool callChangeHandler(pTHX_ LiteRecord *record, SV *handler, const char *path, 
     sv_2mortal(SvREFCNT_inc_simple_NN(handler));
     const std::array arguments{mortalText(aTHX_ path), sv_2mortal(newSViv(code)),
                                mortalText(aTHX_ newValue), mortalText(aTHX_ oldValue)};
-    const PerlResult result =
-        callPerl(aTHX_ frame, {nullptr, handler}, arguments, G_SCALAR | G_DISCARD);
+    const PerlResult result = callPerl(aTHX_{nullptr, handler}, arguments, G_SCALAR | G_DISCARD);
     return checkResult(aTHX_ record->handle, result,
                        result.count > 0 ? "Unexpected return value from call_sv on change handler"
                                         : nullptr);
@@ -82,7 +90,7 @@ int callChangeHandlers(const char *path, std::int32_t code, const char *newValue
     const SSize_t count = AvFILLp(list) + 1;
     if (count == 0)
         return 0;
-    const HandlerScope running(record);
+    const HandlerScope running(aTHX_ record);
     int called = 0;
     while (called < count && called <= AvFILLp(list)) {
         SV *handler = AvARRAY(list)[called++];
@@ -92,14 +100,18 @@ int callChangeHandlers(const char *path, std::int32_t code, const char *newValue
     return called;
 }
 
-std::vector<SV *> actionArguments(pTHX_ const char *action, const char *const *arguments)
+std::span<SV *> actionArguments(pTHX_ const char *action, const char *const *arguments)
 {
-    std::vector<SV *> values{mortalText(aTHX_ action)};
+    static const char *const none[] = {"", nullptr};
     if (!arguments)
-        values.push_back(mortalText(aTHX_ ""));
-    else
-        for (; *arguments; ++arguments)
-            values.push_back(mortalText(aTHX_ * arguments));
+        arguments = none;
+    std::size_t count = 0;
+    while (arguments[count])
+        ++count;
+    const std::span<SV *> values = mortalValues(aTHX_ 1 + count);
+    values[0] = mortalText(aTHX_ action);
+    for (std::size_t i = 0; i < count; ++i)
+        values[1 + i] = mortalText(aTHX_ arguments[i]);
     return values;
 }
 
@@ -117,13 +129,14 @@ const char *actionComplaint(I32 count)
 int runAction(pTHX_ LiteRecord *record, velHandle *handle, const char *action,
               const char *const *arguments)
 {
-    const HandlerScope running(record);
+    const HandlerScope running(aTHX_ record);
     PerlFrame frame(aTHX);
     save_scalar(PL_errgv);
     SV *handler = sv_2mortal(SvREFCNT_inc_simple_NN(record->actionHandler));
-    const std::vector<SV *> values = actionArguments(aTHX_ action, arguments);
-    const PerlResult result = callPerl(aTHX_ frame, {nullptr, handler}, values, G_LIST);
-    checkResult(aTHX_ handle, result, actionComplaint(result.count));
+    const std::span<SV *> values = actionArguments(aTHX_ action, arguments);
+    const PerlResult result = callPerl(aTHX_{nullptr, handler}, values, G_LIST);
+    if (checkResult(aTHX_ handle, result, actionComplaint(result.count)))
+        checkResult(aTHX_ handle, tryInteger(aTHX_ result.value), nullptr);
     return 1;
 }
 
@@ -166,21 +179,6 @@ const char *registerWrapper(pTHX_ LiteRecord *record)
     return addActionHandler(record->handle, callWrappersAction, record);
 }
 
-/// Pointers to the texts of the array, ended by null, in a mortal buffer.
-const char **actionTexts(pTHX_ AV *array)
-{
-    const SSize_t count = av_count(array);
-    SV *buffer = sv_2mortal(newSV((static_cast<STRLEN>(count) + 1) * sizeof(char *)));
-    auto **texts = reinterpret_cast<const char **>(SvPVX(buffer));
-    for (SSize_t i = 0; i < count; ++i) {
-        SV **element = av_fetch(array, i, 0);
-        const char *text = element ? byteText(aTHX_ * element) : "";
-        texts[i] = SvPVX_const(sv_2mortal(newSVpv(text, 0)));
-    }
-    texts[count] = nullptr;
-    return texts;
-}
-
 } // namespace
 
 const char *watchChanges(LiteRecord *record)
@@ -203,6 +201,16 @@ SV *takeHandlerError(pTHX)
         resumeExit(aTHX);
     }
     return std::exchange(context.handlerError, nullptr);
+}
+
+void dropHandlerError(pTHX)
+{
+    LiteContext &context = liteContext(aTHX);
+    if (context.running > 0)
+        return;
+    SvREFCNT_dec(context.handlerError);
+    context.handlerError = nullptr;
+    context.exitPending = false;
 }
 
 SV *liteAddChangeHandler(pTHX_ LiteCall &call)
@@ -237,7 +245,8 @@ SV *liteInvokeAction(pTHX_ LiteCall &call)
     call.keepAlive(aTHX);
     const char *action = call.text(aTHX_ 1);
     AV *array = call.optionalArray(aTHX_ 2, "args");
-    const char **arguments = array ? actionTexts(aTHX_ array) : nullptr;
+    const char **arguments =
+        array ? elementTexts(aTHX_ array, UndefinedElement::Empty).data() : nullptr;
     return call.message(aTHX_ invokeAction(call.handle(), action, arguments));
 }
 

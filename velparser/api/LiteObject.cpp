@@ -33,6 +33,13 @@ int freeWithScalar(pTHX_ SV *, MAGIC *magic)
     return 0;
 }
 
+/// Whether the package has been loaded into this interpreter.
+bool hasContext(pTHX)
+{
+    return liteContextIndex >= 0 && liteContextIndex < PL_my_cxt_size &&
+           PL_my_cxt_list[liteContextIndex];
+}
+
 MAGIC *findMagic(SV *scalar)
 {
     if (SvTYPE(scalar) < SVt_PVMG)
@@ -47,7 +54,7 @@ MAGIC *findMagic(SV *scalar)
 /// else.
 MAGIC *findObjectMagic(pTHX_ SV *object)
 {
-    if (!SvROK(object) || !SvOBJECT(SvRV(object)))
+    if (!hasContext(aTHX) || !SvROK(object) || !SvOBJECT(SvRV(object)))
         return nullptr;
     if (SvSTASH(SvRV(object)) != liteContext(aTHX).package && !sv_derived_from(object, packageName))
         return nullptr;

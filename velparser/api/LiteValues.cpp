@@ -38,15 +38,9 @@ SV *integerList(pTHX_ LiteCall &call, IntegerListQuery query)
 {
     const char *path = call.text(aTHX_ 1);
     AV *target = call.array(aTHX_ 2, "array");
-    const char *error = nullptr;
-    AV *values = nullptr;
-    {
-        std::vector<std::int32_t> list;
-        error = query(call.handle(), path, &list);
-        values = newIntegerArray(aTHX_ list);
-    }
-    replaceElements(aTHX_ target, values);
-    return call.message(aTHX_ error);
+    return fillArray<std::vector<std::int32_t>>(
+        aTHX_ call, target,
+        [&](std::vector<std::int32_t> *list) { return query(call.handle(), path, list); });
 }
 
 } // namespace
@@ -73,15 +67,9 @@ SV *liteGetStringList(pTHX_ LiteCall &call)
 {
     const char *path = call.text(aTHX_ 1);
     AV *target = call.array(aTHX_ 2, "array");
-    const char *error = nullptr;
-    AV *values = nullptr;
-    {
-        velStringList list;
-        error = getStringList(call.handle(), path, &list);
-        values = newTextArray(aTHX_ list);
-    }
-    replaceElements(aTHX_ target, values);
-    return call.message(aTHX_ error);
+    return fillArray<velStringList>(aTHX_ call, target, [&](velStringList *list) {
+        return getStringList(call.handle(), path, list);
+    });
 }
 
 SV *liteGetIntegerValue(pTHX_ LiteCall &call)

@@ -36,9 +36,11 @@ struct LiteContext
     SV *handlerError; ///< owned; with what a handler died, until it is rethrown
     bool exitPending; ///< a handler called `exit`, which goes on likewise
     AV *wrappers;     ///< owned; addresses of wrapping records with an action handler
+    int running;      ///< handlers of all records that run at this moment
 };
 
-/// Its place among the contexts of all modules, the same in every interpreter.
+/// Its place among the contexts of all modules, the same in every interpreter;
+/// −1 while none has loaded the package.
 extern int liteContextIndex;
 
 [[nodiscard]] inline LiteContext &liteContext(pTHX)
@@ -68,8 +70,10 @@ struct LiteMethod
 extern MGVTBL liteRecordMagic;
 
 /// The record behind an object of VEL::Parser::Lite or a class derived from
-/// it; null for anything else, also for an object that DESTROY has emptied.
+/// it; null for anything else, also for an object that DESTROY has emptied, and
+/// where the package was never loaded.
 [[nodiscard]] LiteRecord *findLiteRecord(pTHX_ SV *object);
+/// The same for the package's own methods, which only run once it is loaded.
 [[nodiscard]] inline LiteRecord *liteRecord(pTHX_ SV *object)
 {
     // Nearly always: an object of the package itself, with no other mark.
@@ -103,7 +107,8 @@ public:
 
     /// To be called first by a method that may run handlers: whatever they do,
     /// the object and the texts taken after this stay alive until the method's
-    /// end.
+    /// end. What handlers died with in an operation that the program began by
+    /// itself, and never asked for, is dropped.
     void keepAlive(pTHX);
 
     [[nodiscard]] const char *text(pTHX_ int i) const
@@ -122,13 +127,11 @@ public:
     /// a reference", also for a reference to anything but a scalar.
     [[nodiscard]] SV *output(pTHX_ int i) const;
 
-    /// The message as a result, undef for null. Rethrows the error of a
-    /// handler that died during the operation, so it must end every body that
-    /// may have run one.
+    /// The message as a result, undef for null. Where the method may run
+    /// handlers, rethrows the error of one that died during the operation.
     [[nodiscard]] SV *message(pTHX_ const char *text) const
     {
-        const LiteContext &context = liteContext(aTHX);
-        if (context.handlerError || context.exitPending)
+        if (mayRunHandlers_)
             rethrow(aTHX);
         return text ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
     }
@@ -137,11 +140,12 @@ public:
     [[nodiscard]] SV *string(pTHX_ std::string_view text) const;
 
 private:
-    [[noreturn]] static void rethrow(pTHX);
+    static void rethrow(pTHX);
 
     const LiteMethod &method_;
     I32 first_;
     LiteRecord *record_;
+    bool mayRunHandlers_ = false;
     bool copyTexts_ = false;
 };
 
@@ -150,8 +154,34 @@ private:
 void replaceElements(pTHX_ AV *target, AV *values);
 
 /// A mortal array with copies of the texts, undef for null.
-[[nodiscard]] AV *newTextArray(pTHX_ const velStringList &texts);
-[[nodiscard]] AV *newIntegerArray(pTHX_ const std::vector<std::int32_t> &numbers);
+[[nodiscard]] AV *newArray(pTHX_ const velStringList &texts);
+[[nodiscard]] AV *newArray(pTHX_ const std::vector<std::int32_t> &numbers);
+
+/// Runs a query that fills a List, and fills the Perl array with the result;
+/// also on failure, then with nothing. Gives the method's result.
+template <class List, class Query>
+[[nodiscard]] SV *fillArray(pTHX_ const LiteCall &call, AV *target, Query query)
+{
+    const char *error = nullptr;
+    AV *values = nullptr;
+    {
+        List list;
+        error = query(&list);
+        values = newArray(aTHX_ list);
+    }
+    replaceElements(aTHX_ target, values);
+    return call.message(aTHX_ error);
+}
+
+/// What an element that is undefined or missing means to elementTexts.
+enum class UndefinedElement {
+    Empty,  ///< the empty text
+    Croaks, ///< "Undefined element in array or fetch error"
+};
+
+/// The byte texts of all elements, in a mortal buffer; a null stands behind the
+/// last. Valid as long as the array is not changed.
+[[nodiscard]] std::span<const char *> elementTexts(pTHX_ AV *array, UndefinedElement undefined);
 
 // --- Handlers (LiteHandlers.cpp) -----------------------------------------------
 
@@ -163,8 +193,12 @@ void forgetWrapper(pTHX_ const LiteRecord *record);
 
 /// The error with which a handler died since this was last asked; the caller
 /// owns it. Null if none did. To be asked after every operation that may run
-/// handlers. Where a handler called `exit`, this is where it goes on.
+/// handlers. Where a handler called `exit` and other Perl code is running below,
+/// this is where the exit goes on.
 [[nodiscard]] SV *takeHandlerError(pTHX);
+
+/// Forgets such an error, unless it is that of an operation still at work.
+void dropHandlerError(pTHX);
 
 } // namespace velparser
 

@@ -4,6 +4,8 @@ namespace velparser {
 
 namespace {
 
+bool exitAllowed = true;
+
 I32 callTarget(pTHX_ PerlTarget target, I32 flags)
 {
     return target.method ? call_method(target.method, flags) : call_sv(target.code, flags);
@@ -77,28 +79,80 @@ XSPROTO(makeTexts)
     XSRETURN(1);
 }
 
-/// The value of an unnamed XSUB; null if it died.
-SV *callXsub(pTHX_ PerlFrame &frame, XSUBADDR_t xsub, SV *argument)
+XSPROTO(makeInteger)
+{
+    dXSARGS;
+    if (items != 1)
+        croak_xs_usage(cv, "value");
+    ST(0) = sv_2mortal(newSViv(SvIV(ST(0))));
+    XSRETURN(1);
+}
+
+/// Dies with the error of the evaluated text.
+XSPROTO(evaluate)
+{
+    dXSARGS;
+    if (items != 1)
+        croak_xs_usage(cv, "text");
+    SV *text = ST(0);
+    SP -= items;
+    PUTBACK;
+    eval_sv(text, GIMME_V | G_RETHROW);
+}
+
+PerlResult callXsub(pTHX_ XSUBADDR_t xsub, SV *argument, I32 context)
 {
     CV *const code = newXS(nullptr, xsub, __FILE__);
     sv_2mortal(MUTABLE_SV(code));
-    const PerlResult result =
-        callPerl(aTHX_ frame, {nullptr, MUTABLE_SV(code)}, std::array{argument}, G_SCALAR);
-    return result.error ? nullptr : result.value;
+    return callPerl(aTHX_{nullptr, MUTABLE_SV(code)}, std::array{argument}, context);
+}
+
+/// An object that overloads operators, or a scalar with magic.
+bool runsCode(pTHX_ SV *value)
+{
+    // NOLINTNEXTLINE(misc-redundant-expression): within Perl's macro
+    return SvGMAGICAL(value) || (SvROK(value) && SvAMAGIC(value));
+}
+
+/// No Perl code is running below the call at hand, so nothing is left for an
+/// `exit` to unwind.
+bool isFirstCall(pTHX)
+{
+    return !PL_top_env->je_prev;
 }
 
 } // namespace
 
-PerlResult callPerl(pTHX_ PerlFrame &frame, PerlTarget target, std::span<SV *const> arguments,
-                    I32 context)
+PerlResult callPerl(pTHX_ PerlTarget target, std::span<SV *const> arguments, I32 context)
 {
     const std::ptrdiff_t mark = PL_markstack_ptr - PL_markstack;
+    const SSize_t floor = PL_tmps_floor;
+    const I32 status = PL_statusvalue;
     PerlResult result{0, nullptr, nullptr, true};
     if (callTrapped(aTHX_ target, arguments, context, result))
         return result;
     PL_markstack_ptr = PL_markstack + mark;
-    frame.setUnwound();
-    return result;
+    PL_tmps_floor = floor;
+    if (exitAllowed || !isFirstCall(aTHX))
+        return result;
+    SV *error = sv_2mortal(newSVpvf("exit(%d) called", static_cast<int>(STATUS_EXIT)));
+    PL_statusvalue = status;
+    return {context == G_SCALAR ? 1 : 0, &PL_sv_undef, error, false};
+}
+
+PerlResult evalPerlText(pTHX_ SV *text, I32 context)
+{
+    return callXsub(aTHX_ evaluate, text, context);
+}
+
+void allowPerlExit(bool allow)
+{
+    exitAllowed = allow;
+}
+
+bool isPerlExitAllowed()
+{
+    return exitAllowed;
 }
 
 void resumeExit(pTHX)
@@ -106,21 +160,35 @@ void resumeExit(pTHX)
     my_exit(static_cast<U32>(STATUS_EXIT));
 }
 
-SV *plainValue(pTHX_ PerlFrame &frame, SV *value)
+std::span<SV *> mortalValues(pTHX_ std::size_t count)
 {
-    // NOLINTNEXTLINE(misc-redundant-expression): within Perl's macro
-    if (!SvGMAGICAL(value) && !(SvROK(value) && SvAMAGIC(value)))
-        return value;
-    if (SV *text = callXsub(aTHX_ frame, makeText, value))
-        return text;
-    return sv_2mortal(newSVpvs("(an object whose text cannot be made)"));
+    SV *room = sv_2mortal(newSV(count * sizeof(SV *) + 1));
+    return {reinterpret_cast<SV **>(SvPVX(room)), count};
 }
 
-AV *plainTexts(pTHX_ PerlFrame &frame, AV *values)
+SV *plainValue(pTHX_ SV *value)
+{
+    if (!runsCode(aTHX_ value))
+        return value;
+    const PerlResult result = callXsub(aTHX_ makeText, value, G_SCALAR);
+    return result.error || result.exited
+               ? sv_2mortal(newSVpvs("(an object whose text cannot be made)"))
+               : result.value;
+}
+
+AV *plainTexts(pTHX_ AV *values, SV **error)
 {
     SV *reference = sv_2mortal(newRV_inc(MUTABLE_SV(values)));
-    SV *texts = callXsub(aTHX_ frame, makeTexts, reference);
-    return texts ? MUTABLE_AV(SvRV(texts)) : nullptr;
+    const PerlResult result = callXsub(aTHX_ makeTexts, reference, G_SCALAR);
+    *error = result.error;
+    return result.error || result.exited ? nullptr : MUTABLE_AV(SvRV(result.value));
+}
+
+PerlResult tryInteger(pTHX_ SV *value)
+{
+    if (!runsCode(aTHX_ value))
+        return {1, value, nullptr, false};
+    return callXsub(aTHX_ makeInteger, value, G_SCALAR);
 }
 
 bool isTrue(pTHX_ SV *value)

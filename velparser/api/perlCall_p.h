@@ -10,33 +10,36 @@ namespace velparser {
 
 /// A scope and a frame of temporaries. All that was made mortal within it is
 /// freed when it ends. Frames nest; they are left by return, never by croak.
+///
+/// The floor of the temporaries is kept here and not by SAVETMPS: an `exit`
+/// empties Perl's own stack of saved values, and with it would go what frames
+/// further out still use.
 class PerlFrame
 {
 public:
-    explicit PerlFrame(pTHX) : perl_(aTHX), scope_(PL_scopestack_ix)
+    explicit PerlFrame(pTHX)
+        : perl_(aTHX), scope_(PL_scopestack_ix), floor_(PL_tmps_floor), base_(PL_tmps_ix)
     {
         ENTER;
-        SAVETMPS;
+        PL_tmps_floor = base_;
     }
     ~PerlFrame()
     {
         pTHX = perl_;
-        if (!unwound_)
-            FREETMPS;
+        PL_tmps_floor = base_;
+        FREETMPS;
         while (PL_scopestack_ix > scope_)
             LEAVE;
+        PL_tmps_floor = floor_;
     }
     PerlFrame(const PerlFrame &) = delete;
     PerlFrame &operator=(const PerlFrame &) = delete;
 
-    /// Perl has been unwound to its outermost level. Temporaries are then no
-    /// longer told apart by frame; all stay until the exit goes on.
-    void setUnwound() { unwound_ = true; }
-
 private:
     PerlInterpreter *perl_;
     I32 scope_;
-    bool unwound_ = false;
+    SSize_t floor_;
+    SSize_t base_;
 };
 
 /// What is called: a method of the first argument, or a code reference.
@@ -52,31 +55,49 @@ struct PerlResult
     I32 count;   ///< number of values that came back
     SV *value;   ///< the first of them; null if there is none
     SV *error;   ///< a copy of $@ if the code died, else null
-    bool exited; ///< the code ended the process; see callPerl
+    bool exited; ///< the code called `exit`; see callPerl
 };
 
 /// Calls `target` with `arguments` (mortal, or owned by the caller) in the
-/// `context` G_SCALAR, G_LIST or G_VOID. `last` and `next` cannot leave the
-/// called code for a loop outside it.
+/// `context` G_SCALAR, G_LIST or G_VOID, within a PerlFrame of the caller's.
+/// `last` and `next` cannot leave the called code for a loop outside it.
 ///
-/// `exit` in the called code unwinds all of Perl. It is stopped here, so that
-/// the C++ code in between can finish; that code must then call resumeExit
-/// before it touches Perl in any other way. Nothing of the kind happens in the
-/// embedded interpreter, where `exit` is an exception.
-[[nodiscard]] PerlResult callPerl(pTHX_ PerlFrame &frame, PerlTarget target,
-                                  std::span<SV *const> arguments, I32 context);
+/// `exit` unwinds all Perl code that is running, down to the first call from
+/// C++. It is stopped here, so that the C++ code in between can finish.
+/// - Where Perl code is running below this call, `exited` is set: nothing may
+///   be asked of Perl any more but resumeExit, which unwinds further.
+/// - At the first call it is `exited` too while exit is allowed; else it has
+///   become the error "exit(N) called" (see allowPerlExit).
+[[nodiscard]] PerlResult callPerl(pTHX_ PerlTarget target, std::span<SV *const> arguments,
+                                  I32 context);
+
+/// Evaluates Perl text as callPerl calls code.
+[[nodiscard]] PerlResult evalPerlText(pTHX_ SV *text, I32 context);
+
+/// Whether `exit` may end the program: true at first, as in an ordinary perl.
+/// The embedded interpreter allows it to scripts only.
+void allowPerlExit(bool allow);
+[[nodiscard]] bool isPerlExitAllowed();
 
 /// Goes on with an `exit` that callPerl has stopped.
 [[noreturn]] void resumeExit(pTHX);
 
+/// Room for the arguments of a call, freed with the frame.
+[[nodiscard]] std::span<SV *> mortalValues(pTHX_ std::size_t count);
+
 /// The value itself, or, for one that makes its text by running code (an
 /// object, a tied scalar), that text as a mortal scalar: reading the result
 /// never runs code outside of a trap.
-[[nodiscard]] SV *plainValue(pTHX_ PerlFrame &frame, SV *value);
+[[nodiscard]] SV *plainValue(pTHX_ SV *value);
 
 /// The byte texts of all elements, as a mortal array of plain scalars. Null
-/// when the array or an element is tied to code that died.
-[[nodiscard]] AV *plainTexts(pTHX_ PerlFrame &frame, AV *values);
+/// when the array or an element is tied to code that died; `error` is then what
+/// it died with.
+[[nodiscard]] AV *plainTexts(pTHX_ AV *values, SV **error);
+
+/// Converts the value to an integer where that runs code (objects, tied
+/// scalars); any other value comes back as it is.
+[[nodiscard]] PerlResult tryInteger(pTHX_ SV *value);
 
 /// True for a reference and by Perl's rule for anything else; never runs code.
 [[nodiscard]] bool isTrue(pTHX_ SV *value);

@@ -30,12 +30,13 @@ const char *evalPerl(const std::string &code, std::string *result)
         return error;
     pTHX = velInterpreter();
     const PerlLocale locale;
-    PerlFrame frame(aTHX);
-    SV *value = eval_pv(code.c_str(), FALSE);
-    if (isTrue(aTHX_ ERRSV))
-        return keepMessage(defaultInstance(), plainValue(aTHX_ frame, sv_mortalcopy(ERRSV)));
+    const PerlFrame frame(aTHX);
+    SV *text = sv_2mortal(newSVpvn(code.data(), code.size()));
+    const PerlResult value = evalPerlText(aTHX_ text, G_SCALAR);
+    if (value.error)
+        return keepMessage(defaultInstance(), plainValue(aTHX_ value.error));
     if (result)
-        *result = byteText(aTHX_ plainValue(aTHX_ frame, value));
+        *result = byteText(aTHX_ plainValue(aTHX_ value.value));
     return nullptr;
 }
 

@@ -17,46 +17,38 @@ const char *checkInstance(const velInstance *instance)
     return nullptr;
 }
 
-/// The object, and behind it the arguments.
-std::vector<SV *> withObject(SV *object, std::span<SV *const> arguments)
-{
-    std::vector<SV *> all{object};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return all;
-}
-
 /// A null ends the texts.
-std::vector<SV *> mortalTexts(pTHX_ std::initializer_list<const char *> texts)
+std::span<SV *> mortalTexts(pTHX_ std::initializer_list<const char *> texts)
 {
-    std::vector<SV *> values;
-    for (const char *text : texts) {
-        if (!text)
-            break;
-        values.push_back(sv_2mortal(newSVpv(text, 0)));
-    }
+    const auto count = static_cast<std::size_t>(std::ranges::find(texts, nullptr) - texts.begin());
+    const std::span<SV *> values = mortalValues(aTHX_ count);
+    std::ranges::transform(texts.begin(), texts.begin() + count, values.begin(),
+                           [&](const char *text) { return sv_2mortal(newSVpv(text, 0)); });
     return values;
 }
 
 /// Calls a method of the instance's object in scalar context.
-PerlResult callObject(pTHX_ PerlFrame &frame, const velInstance *instance, const char *method,
+PerlResult callObject(pTHX_ const velInstance *instance, const char *method,
                       std::span<SV *const> arguments)
 {
-    return callPerl(aTHX_ frame, {method, nullptr}, withObject(instance->api, arguments), G_SCALAR);
+    const std::span<SV *> all = mortalValues(aTHX_ 1 + arguments.size());
+    all[0] = instance->api;
+    std::ranges::copy(arguments, all.begin() + 1);
+    return callPerl(aTHX_{method, nullptr}, all, G_SCALAR);
 }
 
 /// The rule for methods that give a text.
-const char *callForText(velInstance *instance, const char *method, std::span<SV *const> arguments,
-                        PerlFrame &frame)
+const char *callForText(velInstance *instance, const char *method, std::span<SV *const> arguments)
 {
     pTHX = velInterpreter();
-    const PerlResult result = callObject(aTHX_ frame, instance, method, arguments);
+    const PerlResult result = callObject(aTHX_ instance, method, arguments);
     if (result.count != 1)
         return "Unexpected return value (not 1) from perl_call_method in callVELInstanceMethod";
     if (result.error)
-        return keepMessage(instance, plainValue(aTHX_ frame, result.error));
+        return keepMessage(instance, plainValue(aTHX_ result.error));
     if (!SvOK(result.value))
         return nullptr;
-    const char *text = keepMessage(instance, plainValue(aTHX_ frame, result.value));
+    const char *text = keepMessage(instance, plainValue(aTHX_ result.value));
     return *text ? text : nullptr;
 }
 
@@ -77,15 +69,22 @@ const char *createObject(velInstance *instance)
     PerlFrame frame(aTHX);
     const std::array arguments{sv_2mortal(newSVpvs("API"))};
     SV *constructor = sv_2mortal(newSVpvs("API::new"));
-    const PerlResult result = callPerl(aTHX_ frame, {nullptr, constructor}, arguments, G_SCALAR);
+    const PerlResult result = callPerl(aTHX_{nullptr, constructor}, arguments, G_SCALAR);
     if (result.count != 1)
         return "Unexpected return value from perl_call_argv in initVELInstance";
     if (result.error)
-        return keepMessage(instance, plainValue(aTHX_ frame, result.error));
+        return keepMessage(instance, plainValue(aTHX_ result.error));
     if (!SvOK(result.value))
         return "Error creating new API object in initVELInstance";
     instance->api = newSVsv(result.value);
     return nullptr;
+}
+
+/// Perl takes a file that was left by `exit` for loaded.
+void forgetFile(pTHX_ const char *package)
+{
+    SV *code = sv_2mortal(newSVpvf("delete $INC{'%s.pm' =~ s{::}{/}gr};", package));
+    static_cast<void>(evalPerlText(aTHX_ code, G_VOID));
 }
 
 /// The entry "database" of the object, if that is a hash.
@@ -110,6 +109,15 @@ const char *keepMessage(velInstance *instance, SV *text)
     return SvPVX_const(instance->message);
 }
 
+SV *requirePackage(pTHX_ const char *package)
+{
+    SV *text = sv_2mortal(newSVpvf("require %s;", package));
+    SV *error = evalPerlText(aTHX_ text, G_VOID).error;
+    if (error)
+        forgetFile(aTHX_ package);
+    return error;
+}
+
 const char *initVELInstance(velInstance *instance)
 {
     if (const char *error = startVELParser())
@@ -127,7 +135,7 @@ velHandle *findLiteHandle(velInstance *instance)
         return nullptr;
     pTHX = velInterpreter();
     SV *entry = databaseEntry(aTHX_ instance->api);
-    const LiteRecord *record = entry ? liteRecord(aTHX_ entry) : nullptr;
+    const LiteRecord *record = entry ? findLiteRecord(aTHX_ entry) : nullptr;
     if (record)
         instance->database = record->handle;
     return instance->database;
@@ -141,7 +149,7 @@ const char *callVELInstanceMethod(velInstance *instance, const char *method,
     pTHX = velInterpreter();
     const PerlLocale locale;
     PerlFrame frame(aTHX);
-    return callForText(instance, method, mortalTexts(aTHX_ arguments), frame);
+    return callForText(instance, method, mortalTexts(aTHX_ arguments));
 }
 
 const char *callVELInstanceValues(velInstance *instance, const char *method,
@@ -152,7 +160,7 @@ const char *callVELInstanceValues(velInstance *instance, const char *method,
     pTHX = velInterpreter();
     const PerlLocale locale;
     PerlFrame frame(aTHX);
-    return callForText(instance, method, arguments, frame);
+    return callForText(instance, method, arguments);
 }
 
 int callVELInstanceMethodInt(velInstance *instance, const char *method,
@@ -165,18 +173,17 @@ int callVELInstanceMethodInt(velInstance *instance, const char *method,
     pTHX = velInterpreter();
     const PerlLocale locale;
     PerlFrame frame(aTHX);
-    const PerlResult result =
-        callObject(aTHX_ frame, instance, method, mortalTexts(aTHX_ arguments));
+    const PerlResult result = callObject(aTHX_ instance, method, mortalTexts(aTHX_ arguments));
     if (result.count != 1)
         return printUnexpectedCount(result.count);
     if (result.error) {
-        keepMessage(instance, plainValue(aTHX_ frame, result.error));
+        keepMessage(instance, plainValue(aTHX_ result.error));
         return -1;
     }
     if (SvIOK(result.value))
         return static_cast<int>(static_cast<std::uint32_t>(SvIV(result.value)));
     if (SvOK(result.value))
-        keepMessage(instance, plainValue(aTHX_ frame, result.value));
+        keepMessage(instance, plainValue(aTHX_ result.value));
     return -1;
 }
 
@@ -191,7 +198,7 @@ const char *getAnyValue(velInstance *instance, const char *method, const char *p
         PerlFrame frame(aTHX);
         const std::array arguments{sv_2mortal(newSVpv(path, 0)),
                                    sv_2mortal(newRV_inc(MUTABLE_SV(array)))};
-        error = callForText(instance, method, arguments, frame);
+        error = callForText(instance, method, arguments);
     }
     if (error)
         SvREFCNT_dec(MUTABLE_SV(array));
@@ -203,8 +210,7 @@ SV *newLiteObject(velHandle *handle)
     pTHX = velInterpreter();
     const PerlLocale locale;
     PerlFrame frame(aTHX);
-    eval_pv("require VEL::Parser::Lite;", FALSE);
-    if (isTrue(aTHX_ ERRSV))
+    if (requirePackage(aTHX_ "VEL::Parser::Lite"))
         return nullptr;
     return newLiteReference(aTHX_ handle, false);
 }

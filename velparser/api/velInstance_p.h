@@ -11,6 +11,7 @@
 
 #include "velapilt/src/velapilt.h"
 #include "velparser/api/perlCall_p.h"
+#include "velparser/api/velparser.h"
 
 namespace velparser {
 
@@ -55,7 +56,36 @@ struct velInstance
 /// caller owns it. Null when the package cannot be loaded.
 [[nodiscard]] SV *newLiteObject(velHandle *handle);
 
+/// Loads a Perl package, once, within a frame of the caller's. Null, or what it
+/// died with (mortal).
+[[nodiscard]] SV *requirePackage(pTHX_ const char *package);
+
 /// Makes `text` the instance's message and returns it.
 const char *keepMessage(velInstance *instance, SV *text);
+
+/// What functions of the bridge give when memory runs out.
+inline constexpr const char *outOfMemory = "velparser: out of memory";
+
+/// Does the work of a public function; no exception leaves the bridge.
+template <class Result, class Work>
+[[nodiscard]] Result guarded(Result failure, Work work)
+{
+    try {
+        return work();
+    } catch (const std::bad_alloc &) {
+        return failure;
+    }
+}
+
+/// guarded, for work with the database of the default instance; `missing` where
+/// there is none.
+template <class Work>
+[[nodiscard]] const char *withDatabase(const char *missing, Work work)
+{
+    return guarded(outOfMemory, [&]() -> const char * {
+        velHandle *handle = findLiteHandle();
+        return handle ? work(handle) : missing;
+    });
+}
 
 } // namespace velparser

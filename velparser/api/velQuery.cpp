@@ -1,9 +1,9 @@
 // The editor's questions: those about data go straight to the database, those
 // about rules to the Perl object.
-#include "velparser/api/velInstance_p.h"
+#include "velparser/api/velparser.h"
 
 #include "velparser/api/Lite_p.h"
-#include "velparser/api/velparser.h"
+#include "velparser/api/velInstance_p.h"
 #include "velparser/api/xsinit_p.h"
 
 namespace velparser {
@@ -11,19 +11,20 @@ namespace velparser {
 namespace {
 
 /// Runs a database operation that may call handlers written in Perl. Where one
-/// died, its error is the result.
+/// died, what it died with is the result.
 template <class Operation>
 const char *runWithHandlers(Operation operation)
 {
     pTHX = velInterpreter();
     const PerlLocale locale;
+    dropHandlerError(aTHX);
     const char *error = operation();
     SV *died = takeHandlerError(aTHX);
     if (!died)
         return error;
-    PerlFrame frame(aTHX);
+    const PerlFrame frame(aTHX);
     sv_2mortal(died);
-    return keepMessage(defaultInstance(), plainValue(aTHX_ frame, died));
+    return keepMessage(defaultInstance(), plainValue(aTHX_ died));
 }
 
 /// What the two queries for allowed texts say when memory runs out.
@@ -48,10 +49,12 @@ constexpr ListMessages nameMessages = {
 
 const char *copyTexts(pTHX_ AV *array, const ListMessages &messages, velStringList *list)
 {
-    PerlFrame frame(aTHX);
-    AV *texts = plainTexts(aTHX_ frame, array);
+    const PerlFrame frame(aTHX);
+    SV *error = nullptr;
+    AV *texts = plainTexts(aTHX_ array, &error);
     if (!texts)
-        return messages.cannotAllocate;
+        return error ? keepMessage(defaultInstance(), plainValue(aTHX_ error))
+                     : messages.cannotAllocate;
     velArray copies(velArrayKind::Strings);
     for (SSize_t i = 0; i <= AvFILLp(texts); ++i)
         if (!copies.addString({SvPVX_const(AvARRAY(texts)[i]), SvCUR(AvARRAY(texts)[i])}))
@@ -81,68 +84,65 @@ velHandle *findLiteHandle()
 
 const char *getStringValue(const char *path, std::optional<std::string> *value)
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "getStringValue: error finding Lite API handle";
-    return ::getStringValue(handle, path, value);
+    return withDatabase("getStringValue: error finding Lite API handle",
+                        [&](velHandle *handle) { return ::getStringValue(handle, path, value); });
 }
 
 const char *setStringValue(const char *path, const char *value)
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "setStringValue: error finding Lite API handle";
-    return runWithHandlers([&] { return ::setStringValue(handle, path, value); });
+    return withDatabase("setStringValue: error finding Lite API handle", [&](velHandle *handle) {
+        return runWithHandlers([&] { return ::setStringValue(handle, path, value); });
+    });
 }
 
 const char *deleteParam(const char *path)
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "deleteParam: error finding Lite API handle";
-    return runWithHandlers([&] { return deleteParamH(handle, path); });
+    return withDatabase("deleteParam: error finding Lite API handle", [&](velHandle *handle) {
+        return runWithHandlers([&] { return deleteParamH(handle, path); });
+    });
+}
+
+const char *deleteObj(const char *path)
+{
+    return withDatabase("deleteObj: error finding Lite API handle", [&](velHandle *handle) {
+        return runWithHandlers([&] { return deleteObjH(handle, path); });
+    });
 }
 
 const char *getFormattedVEL(const char *path, std::int32_t lineLength, velStringList *lines)
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "getFormattedVEL: error finding Lite API handle";
-    return ::getFormattedVEL(handle, path, lineLength, lines);
+    return withDatabase("getFormattedVEL: error finding Lite API handle", [&](velHandle *handle) {
+        return ::getFormattedVEL(handle, path, lineLength, lines);
+    });
 }
 
 const char *pushPathH(const char *path)
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "pushPathH: error finding Lite API handle";
-    return pushPath(handle, path);
+    return withDatabase("pushPathH: error finding Lite API handle",
+                        [&](velHandle *handle) { return pushPath(handle, path); });
 }
 
 const char *popPathH()
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "popPathH: error finding Lite API handle";
-    return popPath(handle);
+    return withDatabase("popPathH: error finding Lite API handle",
+                        [](velHandle *handle) { return popPath(handle); });
 }
 
 const char *getChildList(const char *path, std::vector<velChildInfo> *children,
                          std::vector<velGroupInfo> *groups)
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "getChildList: error finding Lite API handle";
-    return ::getChildList(handle, path, children, groups);
+    return withDatabase("getChildList: error finding Lite API handle", [&](velHandle *handle) {
+        return ::getChildList(handle, path, children, groups);
+    });
 }
 
 const char *setValidationLevelH(unsigned level)
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "setValidationLevelH: error finding Lite API handle";
-    setValidationLevel(handle, static_cast<std::int32_t>(level));
-    return nullptr;
+    return withDatabase("setValidationLevelH: error finding Lite API handle",
+                        [&](velHandle *handle) -> const char * {
+                            setValidationLevel(handle, static_cast<std::int32_t>(level));
+                            return nullptr;
+                        });
 }
 
 int isVELLibrary(const char *path)
@@ -181,7 +181,8 @@ const char *getAllowedParamStrings(const char *path, velStringList *values)
     AV *array = newAV();
     if (const char *error = getAnyValue(defaultInstance(), "getAllowedParamStrings", path, array))
         return error;
-    const char *error = copyTexts(aTHX_ array, valueMessages, values);
+    const char *error = guarded(valueMessages.cannotAllocate,
+                                [&] { return copyTexts(aTHX_ array, valueMessages, values); });
     SvREFCNT_dec_NN(MUTABLE_SV(array));
     return error;
 }
@@ -192,14 +193,15 @@ const char *getAllowedParams(const char *path, velStringList *names, int flag)
         return error;
     pTHX = velInterpreter();
     const PerlLocale locale;
-    PerlFrame frame(aTHX);
+    const PerlFrame frame(aTHX);
     AV *array = newAV();
     const std::array arguments{sv_2mortal(newSVpv(path, 0)),
                                sv_2mortal(newRV_noinc(MUTABLE_SV(array))),
                                sv_2mortal(newSViv(flag))};
     if (const char *error = callVELInstanceValues(defaultInstance(), "getAllowedParams", arguments))
         return error;
-    return copyTexts(aTHX_ array, nameMessages, names);
+    return guarded(nameMessages.cannotAllocate,
+                   [&] { return copyTexts(aTHX_ array, nameMessages, names); });
 }
 
 } // namespace velparser

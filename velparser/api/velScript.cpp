@@ -69,14 +69,20 @@ std::string asCode(const std::string &script, const std::string &text)
     return "package main;\n#line 1 \"" + script + "\"\n" + text;
 }
 
-/// What follows the line __END__ or __DATA__, for the script to read as DATA;
-/// such a line inside a quoted text does no harm by opening it too.
+/// What follows the first line __END__ or __DATA__, for the script to read as
+/// DATA; such a line inside a quoted text does no harm by opening it too.
 std::string_view dataPart(std::string_view text)
 {
-    for (const std::string_view mark : {"\n__END__\n", "\n__DATA__\n"})
-        if (const std::size_t at = text.find(mark); at != std::string_view::npos)
-            return text.substr(at + mark.size());
-    return {};
+    std::string_view data;
+    std::size_t first = std::string_view::npos;
+    for (const std::string_view mark : {"\n__END__\n", "\n__DATA__\n"}) {
+        const std::size_t at = text.find(mark);
+        if (at >= first)
+            continue;
+        first = at;
+        data = text.substr(at + mark.size());
+    }
+    return data;
 }
 
 void openData(pTHX_ std::string_view data)
@@ -84,17 +90,9 @@ void openData(pTHX_ std::string_view data)
     if (data.empty())
         return;
     sv_setpvn(get_sv("VEL::Parser::scriptData", GV_ADD), data.data(), data.size());
-    eval_pv("open main::DATA, '<', \\$VEL::Parser::scriptData;", FALSE);
-}
-
-XSPROTO(evaluate)
-{
-    dXSARGS;
-    PERL_UNUSED_VAR(cv);
-    PERL_UNUSED_VAR(items);
-    // Dies with the script's own error.
-    eval_sv(ST(0), G_VOID | G_DISCARD | G_RETHROW);
-    XSRETURN_EMPTY;
+    const PerlFrame frame(aTHX);
+    SV *code = sv_2mortal(newSVpvs("open main::DATA, '<', \\$VEL::Parser::scriptData;"));
+    static_cast<void>(evalPerlText(aTHX_ code, G_VOID));
 }
 
 XSPROTO(runEndBlocks)
@@ -107,18 +105,27 @@ XSPROTO(runEndBlocks)
     my_exit(static_cast<U32>(STATUS_EXIT));
 }
 
-/// Runs one step of a script. Its exit status goes to `status`.
-const char *runStep(pTHX_ velInstance *instance, XSUBADDR_t step, SV *argument, int *status)
+/// What a step of a script has come to. Its exit status goes to `status`.
+const char *stepError(pTHX_ velInstance *instance, const PerlResult &result, int *status)
 {
-    PerlFrame frame(aTHX);
-    SV *code = sv_2mortal(MUTABLE_SV(newXS(nullptr, step, __FILE__)));
-    const PerlResult result =
-        callPerl(aTHX_ frame, {nullptr, code}, std::array{argument}, G_VOID | G_DISCARD);
     if (result.exited)
         *status = STATUS_EXIT;
-    if (!result.error)
-        return nullptr;
-    return keepMessage(instance, plainValue(aTHX_ frame, result.error));
+    return result.error ? keepMessage(instance, plainValue(aTHX_ result.error)) : nullptr;
+}
+
+const char *runCode(pTHX_ velInstance *instance, const std::string &code, int *status)
+{
+    const PerlFrame frame(aTHX);
+    SV *source = sv_2mortal(newSVpvn(code.data(), code.size()));
+    return stepError(aTHX_ instance, evalPerlText(aTHX_ source, G_VOID), status);
+}
+
+const char *runEnd(pTHX_ velInstance *instance, int *status)
+{
+    const PerlFrame frame(aTHX);
+    SV *code = sv_2mortal(MUTABLE_SV(newXS(nullptr, runEndBlocks, __FILE__)));
+    return stepError(aTHX_ instance, callPerl(aTHX_{nullptr, code}, {}, G_VOID | G_DISCARD),
+                     status);
 }
 
 /// Null when all that the script printed has reached the system. A standard
@@ -137,13 +144,9 @@ const char *flushOutput(pTHX_ velInstance *instance)
                                                      std::strerror(reason))));
 }
 
-} // namespace
-
-const char *runPerlScript(const std::string &script, const std::vector<std::string> &arguments,
-                          int *status)
+const char *runScript(const std::string &script, const std::vector<std::string> &arguments,
+                      int *status)
 {
-    if (const char *error = startVELParser())
-        return error;
     std::string text;
     if (const char *error = readScript(defaultInstance(), script, &text))
         return error;
@@ -151,14 +154,11 @@ const char *runPerlScript(const std::string &script, const std::vector<std::stri
     const PerlLocale locale;
     const ScriptSetting setting(aTHX_ script, arguments);
     openData(aTHX_ dataPart(text));
-    const std::string code = asCode(script, text);
-    SV *source = newSVpvn(code.data(), code.size());
     int exitStatus = 0;
-    const char *error = runStep(aTHX_ defaultInstance(), evaluate, source, &exitStatus);
+    const char *error = runCode(aTHX_ defaultInstance(), asCode(script, text), &exitStatus);
     // $? while the END blocks run, which may change it.
     PL_statusvalue = exitStatus;
-    const char *endError = runStep(aTHX_ defaultInstance(), runEndBlocks, source, &exitStatus);
-    SvREFCNT_dec_NN(source);
+    const char *endError = runEnd(aTHX_ defaultInstance(), &exitStatus);
     if (error || endError)
         return error ? error : endError;
     if (const char *shortWrite = flushOutput(aTHX_ defaultInstance()))
@@ -166,6 +166,16 @@ const char *runPerlScript(const std::string &script, const std::vector<std::stri
     if (status)
         *status = exitStatus & 0xff;
     return nullptr;
+}
+
+} // namespace
+
+const char *runPerlScript(const std::string &script, const std::vector<std::string> &arguments,
+                          int *status)
+{
+    if (const char *error = startVELParser())
+        return error;
+    return guarded(outOfMemory, [&] { return runScript(script, arguments, status); });
 }
 
 } // namespace velparser

@@ -4,11 +4,16 @@
 #include "velparser/api/velparser.h"
 #include "velparser/api/xsinit_p.h"
 
+#include <unordered_set>
+
 namespace velparser {
 
 namespace {
 
 constexpr std::uint32_t doneFlags = velFlagValid | velFlagSubtreeValid;
+
+/// Of all operations but validateVELDataH, whatever their names (kept).
+constexpr const char *noHandle = "validateVELObjectH: error finding Lite API handle";
 
 struct ValidationData
 {
@@ -23,30 +28,28 @@ void releaseValidationData(void *data)
     delete validation;
 }
 
-const char *recordText(pTHX_ velHandle *handle, PerlFrame &frame, const std::string &before,
-                       SV *text)
+/// Makes `before` and the text the handle's error text and returns it.
+const char *recordText(pTHX_ velHandle *handle, const std::string &before, SV *text)
 {
-    return velRecordError(handle, before + byteText(aTHX_ plainValue(aTHX_ frame, text)));
+    return velRecordError(handle, before + byteText(aTHX_ plainValue(aTHX_ text)));
 }
 
 const char *createValidator(velHandle *handle, ValidationData *validation)
 {
     pTHX = velInterpreter();
     const PerlLocale locale;
-    PerlFrame frame(aTHX);
-    eval_pv("require VEL::Validate;", FALSE);
-    if (isTrue(aTHX_ ERRSV))
-        return recordText(aTHX_ handle, frame,
-                          "validateVELDataLTH: Internal error: ", sv_mortalcopy(ERRSV));
+    const PerlFrame frame(aTHX);
+    if (SV *error = requirePackage(aTHX_ "VEL::Validate"))
+        return recordText(aTHX_ handle, "validateVELDataLTH: Internal error: ", error);
     SV *database = newLiteObject(handle);
     if (!database)
         return "validateVELDataLTH: memory error";
     const std::array arguments{sv_2mortal(newSVpvs("VEL::Validate")), sv_2mortal(database)};
-    const PerlResult result = callPerl(aTHX_ frame, {"new", nullptr}, arguments, G_SCALAR);
+    const PerlResult result = callPerl(aTHX_{"new", nullptr}, arguments, G_SCALAR);
     if (result.count != 1)
         return "validateVELDataLTH: Unexpected return value from call_argv";
     if (result.error)
-        return recordText(aTHX_ handle, frame,
+        return recordText(aTHX_ handle,
                           "validateVELDataLTH: Internal error creating validator: ", result.error);
     if (!SvOK(result.value))
         return "validateVELDataLTH: Error creating new validator object";
@@ -70,18 +73,37 @@ private:
     std::string text_;
 };
 
+/// "TYPE:Name", "TYPE" or "Name", by which a parent tells its children apart.
+std::string component(const velNodeInfo &info)
+{
+    if (info.kind == velParam)
+        return info.name;
+    return info.name ? std::string(info.type) + ':' + info.name : info.type;
+}
+
+bool isDone(const velNodeInfo &info)
+{
+    return (info.flags & doneFlags) == doneFlags;
+}
+
 /// One object on the way from the validated node down.
 struct WalkLevel
 {
     std::size_t pathLength;            ///< of the path up to and with this object
-    std::vector<std::string> children; ///< components, in stored order
-    std::size_t next = 0;              ///< the child to be looked at next
-    bool pending = false;              ///< a child so far is not done
+    std::vector<std::string> children; ///< components of those to be visited, in stored order
+    std::size_t next = 0;              ///< the child to be visited next
 };
 
 /// Walks the tree by paths and not by nodes: the validator is Perl code with
 /// the database in its hands and may change what is being walked. The levels
 /// stand in a vector, so that the depth of the data is not that of the stack.
+///
+/// 1. enter() validates an object and lines up its child objects.
+/// 2. step() enters each that is not done by then.
+/// 3. Behind the last, leave() looks at all children again. Objects that have
+///    come, or become invalid, since the children were lined up are visited
+///    too, each once. When all children, parameters included, are done, so is
+///    the subtree.
 class Driver
 {
 public:
@@ -98,6 +120,7 @@ public:
 private:
     [[nodiscard]] const velNode *node() const { return velFindNode(handle_, path_.c_str()); }
 
+    /// Those of the node at the path; one that is gone needs nothing any more.
     [[nodiscard]] std::uint32_t flags() const
     {
         const velNode *found = node();
@@ -108,6 +131,24 @@ private:
     {
         // A node that is gone has nothing to be marked.
         static_cast<void>(setValid(handle_, path_.c_str(), level));
+    }
+
+    /// Calls `visit` with what each child is; true if all are done.
+    template <class Visit>
+    bool lookAtChildren(Visit visit) const
+    {
+        bool done = true;
+        const velNode *found = node();
+        for (const velNode *child = found ? velFirstChild(found) : nullptr; child;
+             child = velNextSibling(child)) {
+            const velNodeInfo info = velDescribe(handle_, child);
+            if (isDone(info))
+                continue;
+            done = false;
+            if (info.kind != velParam)
+                visit(component(info));
+        }
+        return done;
     }
 
     /// Validates the object at the path, and puts its children in line unless
@@ -124,28 +165,9 @@ private:
                 findings_.add(text);
         if (flags() & velFlagSubtreeValid)
             return;
-        WalkLevel level{path_.size(), childComponents(), 0, false};
-        if (level.children.empty())
-            mark(2);
-        else
-            levels_.push_back(std::move(level));
-    }
-
-    [[nodiscard]] std::vector<std::string> childComponents() const
-    {
-        std::vector<std::string> components;
-        const velNode *found = node();
-        for (const velNode *child = found ? velFirstChild(found) : nullptr; child;
-             child = velNextSibling(child))
-            components.push_back(component(velDescribe(handle_, child)));
-        return components;
-    }
-
-    static std::string component(const velNodeInfo &info)
-    {
-        if (info.kind == velParam)
-            return info.name;
-        return info.name ? std::string(info.type) + ':' + info.name : info.type;
+        WalkLevel level{path_.size(), {}};
+        lookAtChildren([&](std::string child) { level.children.push_back(std::move(child)); });
+        levels_.push_back(std::move(level));
     }
 
     /// The next child of the innermost level, or, behind the last, its end.
@@ -155,43 +177,50 @@ private:
         if (level.next == level.children.size())
             return leave();
         path_ = makeChildPath(path_.c_str(), level.children[level.next++].c_str());
-        if (!enterChild())
+        const std::size_t depth = levels_.size();
+        enterChild();
+        if (levels_.size() == depth)
             backToParent();
     }
 
-    /// True when the child has become the innermost level.
-    bool enterChild()
+    void enterChild()
     {
         const velNode *found = node();
         if (!found)
-            return false;
+            return;
         const velNodeInfo info = velDescribe(handle_, found);
-        if (info.kind == velParam || (info.flags & doneFlags) == doneFlags)
-            return false;
-        const std::size_t depth = levels_.size();
+        if (info.kind == velParam || isDone(info))
+            return;
         if (info.kind == velObject || info.kind == velSingleton)
             enter();
         else
             findings_.add("Internal error: unknown object type\n");
-        return levels_.size() > depth;
     }
 
     void leave()
     {
-        const bool pending = levels_.back().pending;
-        levels_.pop_back();
-        if (!pending)
+        WalkLevel &level = levels_.back();
+        std::vector<std::string> open;
+        if (lookAtChildren([&](std::string child) { open.push_back(std::move(child)); }))
             mark(2);
+        if (!open.empty() && addUnvisited(level, std::move(open)))
+            return;
+        levels_.pop_back();
         if (!levels_.empty())
             backToParent();
     }
 
-    void backToParent()
+    /// True if there were any.
+    static bool addUnvisited(WalkLevel &level, std::vector<std::string> open)
     {
-        if ((flags() & doneFlags) != doneFlags)
-            levels_.back().pending = true;
-        path_.resize(levels_.back().pathLength);
+        const std::unordered_set<std::string_view> visited(level.children.begin(),
+                                                           level.children.end());
+        std::erase_if(open, [&](const std::string &child) { return visited.contains(child); });
+        level.children.insert(level.children.end(), open.begin(), open.end());
+        return !open.empty();
     }
+
+    void backToParent() { path_.resize(levels_.back().pathLength); }
 
     velHandle *handle_;
     std::string path_;
@@ -220,7 +249,8 @@ const char *initValidationData(velHandle *handle)
     if (!validation)
         return "initValidationData: memory error";
     velSetUserData(handle, validation, releaseValidationData);
-    const char *error = createValidator(handle, validation);
+    const char *error = guarded("initValidationData: memory error",
+                                [&] { return createValidator(handle, validation); });
     // Without a validator the next call has to try, and to complain, again.
     if (error)
         velSetUserData(handle, nullptr, nullptr);
@@ -234,22 +264,23 @@ const char *callValidationMethod(velHandle *handle, const char *method,
         return error;
     pTHX = velInterpreter();
     const PerlLocale locale;
-    PerlFrame frame(aTHX);
-    std::vector<SV *> values{static_cast<ValidationData *>(velUserData(handle))->validator};
-    for (const char *argument : arguments)
-        values.push_back(sv_2mortal(newSVpv(argument, 0)));
-    const PerlResult result = callPerl(aTHX_ frame, {method, nullptr}, values, G_SCALAR);
+    const PerlFrame frame(aTHX);
+    const std::span<SV *> values = mortalValues(aTHX_ 1 + arguments.size());
+    values[0] = static_cast<ValidationData *>(velUserData(handle))->validator;
+    std::ranges::transform(arguments, values.begin() + 1,
+                           [&](const char *argument) { return sv_2mortal(newSVpv(argument, 0)); });
+    const PerlResult result = callPerl(aTHX_{method, nullptr}, values, G_SCALAR);
     if (result.count != 1)
         return "Unexpected return value (not 1) from perl_call_method in callValidationMethod";
     if (result.error)
-        return recordText(aTHX_ handle, frame,
+        return recordText(aTHX_ handle,
                           std::string("validateVELDataLTH: Internal error calling ") + method +
                               ": ",
                           result.error);
     if (!SvOK(result.value))
         return nullptr;
-    const char *text = recordText(aTHX_ handle, frame, "", result.value);
-    return *text ? text : nullptr;
+    const char *text = byteText(aTHX_ plainValue(aTHX_ result.value));
+    return *text ? velRecordError(handle, text) : nullptr;
 }
 
 const char *validateVELData(velHandle *handle, const char *path)
@@ -265,46 +296,42 @@ const char *validateVELData(velHandle *handle, const char *path)
 
 const char *validateVELDataH()
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "validateVELDataH: error finding Lite API handle";
-    return validateVELData(handle, "/");
+    return withDatabase("validateVELDataH: error finding Lite API handle",
+                        [](velHandle *handle) { return validateVELData(handle, "/"); });
 }
 
 const char *validateVELObjectH(const char *path)
 {
+    if (const char *error = startVELParser())
+        return error;
     if (!path)
         return "validateObject : Invalid arguments\n";
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "validateVELObjectH: error finding Lite API handle";
-    return validateVELData(handle, path);
+    return withDatabase(noHandle, [&](velHandle *handle) { return validateVELData(handle, path); });
 }
 
 const char *validateParameter(const char *path)
 {
+    if (const char *error = startVELParser())
+        return error;
     if (!path)
         return "validateParameter : Invalid arguments";
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "validateVELObjectH: error finding Lite API handle";
-    return callValidationMethod(handle, "validateParam", {path});
+    return withDatabase(noHandle, [&](velHandle *handle) {
+        return callValidationMethod(handle, "validateParam", {path});
+    });
 }
 
 const char *setUnitsChecking(int on)
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "validateVELObjectH: error finding Lite API handle";
-    return callValidationMethod(handle, "setUnitsChecking", {std::to_string(on).c_str()});
+    return withDatabase(noHandle, [&](velHandle *handle) {
+        return callValidationMethod(handle, "setUnitsChecking", {std::to_string(on).c_str()});
+    });
 }
 
 const char *setBoundsChecking(int on)
 {
-    velHandle *handle = findLiteHandle();
-    if (!handle)
-        return "validateVELObjectH: error finding Lite API handle";
-    return callValidationMethod(handle, "setBoundsChecking", {std::to_string(on).c_str()});
+    return withDatabase(noHandle, [&](velHandle *handle) {
+        return callValidationMethod(handle, "setBoundsChecking", {std::to_string(on).c_str()});
+    });
 }
 
 } // namespace velparser

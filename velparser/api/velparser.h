@@ -9,8 +9,14 @@
 //
 // Results. A message, null for success; it belongs to the bridge and stays
 // valid until the next call. Integer queries give −1 on failure. Out-arguments
-// are written on success only. No function throws. All calls come from one
-// thread.
+// are written on success only. No function throws; out of memory is "velparser:
+// out of memory", or -1, or what the function says itself. All calls come from
+// one thread.
+//
+// Handlers. Whoever changes the data from C++ uses the functions here: where a
+// change handler written in Perl dies, or calls `exit`, they return what it said.
+// The database's own functions, with the handle of findLiteHandle(), give only
+// "a handler died".
 //
 // Environment: ZOT5_VEL_PARSER names the folder of the Perl packages; without
 // it the first call that needs the interpreter ends the process (status 1).
@@ -76,6 +82,8 @@ namespace velparser {
 [[nodiscard]] const char *getStringValue(const char *path, std::optional<std::string> *value);
 [[nodiscard]] const char *setStringValue(const char *path, const char *value);
 [[nodiscard]] const char *deleteParam(const char *path);
+/// Deletes an object and all below it.
+[[nodiscard]] const char *deleteObj(const char *path);
 [[nodiscard]] const char *pushPathH(const char *path);
 [[nodiscard]] const char *popPathH();
 

@@ -14,7 +14,6 @@ namespace {
 
 PerlInterpreter *interpreter = nullptr;
 velInstance *theInstance = nullptr;
-bool exitAllowed = false;
 
 /// Null until the interpreter has chosen one.
 locale_t perlLocale = nullptr;
@@ -25,16 +24,18 @@ XSPROTO(exitOrDie)
     PERL_UNUSED_VAR(cv);
     PERL_UNUSED_VAR(sp);
     const IV status = items > 0 ? SvIV(ST(0)) : 0;
-    if (exitAllowed)
+    if (isPerlExitAllowed())
         my_exit(static_cast<U32>(status & 0xff));
     croak("exit(%" IVdf ") called", status);
 }
 
-/// An overriding function counts only where it was imported.
+/// An overriding function counts only where it was imported. What gets past it
+/// (CORE::exit) is stopped by callPerl.
 void overrideExit(pTHX)
 {
     newXS("CORE::GLOBAL::exit", exitOrDie, __FILE__);
     GvIMPORTED_CV_on(gv_fetchpvs("CORE::GLOBAL::exit", GV_ADD, SVt_PVCV));
+    allowPerlExit(false);
 }
 
 /// Once in a process. Perl ignores SIGFPE from then on; a caller that has a
@@ -110,13 +111,15 @@ void flushAtExit()
 
 const char *startInterpreter(const std::string &directory)
 {
+    char **words = perlWords(directory);
     initPerlSystem();
     const KeptLocale kept;
     PerlInterpreter *my_perl = perl_alloc();
     if (!my_perl)
         return "Error: Cannot parse perl code\n";
     perl_construct(my_perl);
-    if (perl_parse(my_perl, xsInit, 4, perlWords(directory), nullptr) == 0) {
+    // A script that ends itself with status 0 leaves no program behind.
+    if (perl_parse(my_perl, xsInit, 4, words, nullptr) == 0 && PL_main_root) {
         interpreter = my_perl;
         std::atexit(flushAtExit);
         return nullptr;
@@ -152,11 +155,6 @@ velInstance *defaultInstance()
     return theInstance;
 }
 
-void allowPerlExit(bool allow)
-{
-    exitAllowed = allow;
-}
-
 PerlLocale::PerlLocale() : outer_(uselocale(perlLocale)) {}
 
 PerlLocale::~PerlLocale()
@@ -170,7 +168,7 @@ const char *startVELParser()
         const char *directory = std::getenv("ZOT5_VEL_PARSER");
         if (!directory)
             exitWithoutParser();
-        if (const char *error = startInterpreter(directory))
+        if (const char *error = guarded(outOfMemory, [&] { return startInterpreter(directory); }))
             return error;
     }
     if (!theInstance)

@@ -9,14 +9,12 @@ namespace velparser {
 
 /// Registers what the interpreter has before it reads the first line: the
 /// loader of other extensions, VEL::Parser::Lite::bootstrap, and an `exit` that
-/// dies instead of taking the editor and its data down.
+/// dies instead of taking the editor and its data down. Exit is not allowed
+/// from here on.
 void xsInit(pTHX);
 
 /// The running interpreter; null before startVELParser has succeeded.
 [[nodiscard]] PerlInterpreter *velInterpreter();
-
-/// From `allow` on, `exit` in Perl code really unwinds Perl; callPerl stops it.
-void allowPerlExit(bool allow);
 
 /// Perl's locale, for as long as C++ code is in Perl: numbers with a point
 /// whatever the process has chosen, and what Perl code chooses for itself stays

@@ -110,6 +110,14 @@ TEST_F(VelInstance, NewGivesUndef)
     EXPECT_EQ(velparser::findLiteHandle(&instance_) != nullptr, true);
 }
 
+TEST_F(VelInstance, NewIsNotThere)
+{
+    EXPECT_EQ(perl("@API::kept = (\\&API::new, \\$API::new); delete $API::{new}; 1"), "1");
+    EXPECT_EQ(shown(velparser::initVELInstance(&instance_)).substr(0, 37),
+              "Undefined subroutine &API::new called");
+    EXPECT_EQ(perl("*API::new = $_ for @API::kept; 1"), "1");
+}
+
 TEST_F(VelInstance, NewIsCalledInScalarContext)
 {
     EXPECT_EQ(initWith("wantarray ? die : bless {}"), "(null)");
@@ -217,7 +225,7 @@ TEST_F(VelInstance, TheLow32BitsOfAnInteger)
 {
     EXPECT_EQ(callInt("giveNumber", {"4294967297"}), 1);
     EXPECT_EQ(callInt("giveNumber", {"2147483648"}), -2147483647 - 1);
-    EXPECT_EQ(callInt("giveNumber", {"18446744073709551615"}), -1);
+    EXPECT_EQ(callInt("giveNumber", {"18446744073709551614"}), -2);
 }
 
 TEST_F(VelInstance, DyingInsteadOfAnInteger)
@@ -325,6 +333,7 @@ TEST_F(VelInstance, AWrappedDatabaseIsNotDestroyed)
               "VEL::Parser::Lite 1");
     EXPECT_EQ(perl("eval { $API::wrapped->addChangeHandler(sub {}) }; $@").substr(0, 80),
               "VEL::Parser::Lite::addChangeHandler: the database belongs to another object at (");
+    EXPECT_EQ(perl("$API::wrapped->clearChangeHandlers; 'nothing to clear'"), "nothing to clear");
     EXPECT_EQ(perl("undef $API::wrapped; 1"), "1");
     EXPECT_EQ(havePath(handle.get(), "/A"), 1);
 }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "velapilt/src/velapilt.h"
 #include "velparser/api/velparser.h"
 
 #include <array>
@@ -38,7 +39,7 @@ sub getAllowedParams {
     my ($self, $path, $list, $flag) = @_;
     @asked = @_[1 .. $#_];
     return 'no names' if $path eq '/none';
-    @$list = ('A', "flag $flag");
+    @$list = $path eq '/empty' ? () : ('A', "flag $flag");
     return '';
 }
 
@@ -71,6 +72,7 @@ TEST(VelQuery, DirectCallsWithoutADatabase)
     EXPECT_STREQ(velparser::pushPathH("/"), "pushPathH: error finding Lite API handle");
     EXPECT_STREQ(velparser::popPathH(), "popPathH: error finding Lite API handle");
     EXPECT_STREQ(velparser::deleteParam("/A"), "deleteParam: error finding Lite API handle");
+    EXPECT_STREQ(velparser::deleteObj("/A"), "deleteObj: error finding Lite API handle");
     EXPECT_STREQ(velparser::getChildList("/", nullptr, nullptr),
                  "getChildList: error finding Lite API handle");
     EXPECT_STREQ(velparser::setValidationLevelH(2),
@@ -197,8 +199,8 @@ TEST_F(VelQueryReady, AllowedTextsThatRunCode)
     velStringList list;
     EXPECT_STREQ(velparser::getAllowedParamStrings("/tied", &list), nullptr);
     EXPECT_EQ(listed(list), "fetched|2||\xe2\x82\xac|");
-    EXPECT_STREQ(velparser::getAllowedParamStrings("/tied/dies", &list),
-                 "getAllowedParamStrings: cannot malloc text");
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/tied/dies", &list), "no value\n");
+    EXPECT_EQ(list.size(), 4u);
 }
 
 TEST_F(VelQueryReady, AllowedNames)
@@ -208,8 +210,32 @@ TEST_F(VelQueryReady, AllowedNames)
     EXPECT_EQ(listed(list), "A|flag 1|");
     EXPECT_EQ(perl("\"@API::asked[0, 2] \" . @API::asked"), "/FLOW 1 3");
     EXPECT_STREQ(velparser::getAllowedParams("/none", &list, 0), "no names");
+    EXPECT_STREQ(velparser::getAllowedParams("/empty", &list, 0), nullptr);
+    EXPECT_EQ(list.size(), 0u);
     EXPECT_STREQ(velparser::getAllowedParams("/FLOW", nullptr, 0),
                  "Invalid text array in getAllowedParams\n");
+}
+
+TEST_F(VelQueryReady, AHandlersErrorOfTheRawHandleIsForgotten)
+{
+    EXPECT_EQ(perl("$API::object->{database}->addChangeHandler(sub { die \"raw\\n\" if ($_[2] // "
+                   "q{}) eq 'x' });"
+                   "1"),
+              "1");
+    velHandle *handle = velparser::findLiteHandle();
+    ASSERT_STREQ(::setStringValue(handle, "/FLOW/A", "x"), "a handler died");
+    EXPECT_EQ(perl("my $v; $API::object->{database}->getStringValue('/FLOW/A', \\$v) // $v"), "x");
+    EXPECT_EQ(perl("$API::object->{database}->setStringValue('/FLOW/A', 'y') // 'done'"), "done");
+    ASSERT_STREQ(::setStringValue(handle, "/FLOW/A", "x"), "a handler died");
+    EXPECT_STREQ(velparser::setStringValue("/FLOW/A", "z"), nullptr);
+}
+
+TEST_F(VelQueryReady, DeletingAnObject)
+{
+    EXPECT_STREQ(velparser::deleteObj("/FLOW/DOMAIN:in"), nullptr);
+    EXPECT_STREQ(velparser::deleteObj("/FLOW/DOMAIN:in"), "deleteObjH: unable to find parameter");
+    EXPECT_EQ(perl("$API::object->{database}->addChangeHandler(sub { die \"no\\n\" }); 1"), "1");
+    EXPECT_STREQ(velparser::deleteObj("/FLOW"), "no\n");
 }
 
 } // namespace

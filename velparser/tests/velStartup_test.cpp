@@ -52,6 +52,20 @@ TEST(VelStartupDeathTest, FolderNotSet)
     setenv("ZOT5_VEL_PARSER", parser.folder().c_str(), 1);
 }
 
+TEST(VelStartupDeathTest, KeepsTheHandlerOfSigfpe)
+{
+    // The child is a process of its own and not a copy, so it starts Perl itself.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            std::signal(SIGFPE, ownHandler);
+            const bool started = velparser::startVELParser() == nullptr;
+            std::exit(started && std::signal(SIGFPE, SIG_DFL) == ownHandler ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+    GTEST_FLAG_SET(death_test_style, "fast");
+}
+
 TEST(VelStartup, FolderIsMissing)
 {
     setenv("ZOT5_VEL_PARSER", "/nowhere/at/all", 1);
@@ -85,6 +99,35 @@ TEST(VelStartup, FailsAnewEachTime)
     EXPECT_STREQ(velparser::updateSolverVEL(), "Error: Cannot parse perl code\n");
     EXPECT_STREQ(velparser::validateVELDataH(), "validateVELDataH: error finding Lite API handle");
     EXPECT_EQ(velparser::isParamEditable("/A"), -1);
+    EXPECT_EQ(velparser::isItemExpert("/A"), -1);
+    EXPECT_EQ(velparser::isVELLibrary("/A"), -1);
+    EXPECT_EQ(velparser::findLiteHandle(), nullptr);
+}
+
+TEST(VelStartup, EveryCallSaysThatTheStartFailed)
+{
+    constexpr char failed[] = "Error: Cannot parse perl code\n";
+    velStringList list;
+    const char *const line = "A = 1";
+    testing::internal::CaptureStderr();
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/A", &list), failed);
+    EXPECT_STREQ(velparser::getAllowedParams("/A", &list, 0), failed);
+    EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), failed);
+    EXPECT_STREQ(velparser::loadVELFromFile(nullptr, nullptr), failed);
+    EXPECT_STREQ(velparser::loadVELData(&line, 1), failed);
+    EXPECT_STREQ(velparser::loadVELData(nullptr, 0), failed);
+    EXPECT_STREQ(velparser::readVELLibraries(), failed);
+    EXPECT_STREQ(velparser::runPerlScript("x.pl", {}, nullptr), failed);
+    // Before their argument is looked at.
+    EXPECT_STREQ(velparser::validateVELObjectH(nullptr), failed);
+    EXPECT_STREQ(velparser::validateParameter(nullptr), failed);
+    EXPECT_STREQ(velparser::setUnitsChecking(1),
+                 "validateVELObjectH: error finding Lite API handle");
+    EXPECT_STREQ(velparser::setBoundsChecking(1),
+                 "validateVELObjectH: error finding Lite API handle");
+    EXPECT_STREQ(velparser::setStringValue("/A", "1"),
+                 "setStringValue: error finding Lite API handle");
+    testing::internal::GetCapturedStderr();
 }
 
 TEST(VelStartup, ExitInTheScriptIsAFailure)
@@ -93,6 +136,8 @@ TEST(VelStartup, ExitInTheScriptIsAFailure)
     std::string said;
     EXPECT_STREQ(startQuietly(&said), "Error: Cannot parse perl code\n");
     EXPECT_NE(said.find("exit(0) called"), std::string::npos) << said;
+    parser.write("VEL/embeddedParserInit.pl", "BEGIN { CORE::exit(0) }\n");
+    EXPECT_STREQ(startQuietly(&said), "Error: Cannot parse perl code\n");
 }
 
 TEST(VelStartup, StartsWhenMendedAndOnlyOnce)
@@ -124,18 +169,6 @@ TEST(VelStartup, ExitIsAnException)
 {
     EXPECT_EQ(perl("eval { exit 4 }; $@ =~ /^exit\\(4\\) called at / ? 'yes' : $@"), "yes");
     EXPECT_EQ(perl("exit").substr(0, 20), "died: exit(0) called");
-}
-
-TEST(VelStartup, KeepsTheHandlerOfSigfpe)
-{
-    std::signal(SIGFPE, ownHandler);
-    EXPECT_EXIT(
-        {
-            static_cast<void>(velparser::startVELParser());
-            std::_Exit(std::signal(SIGFPE, SIG_DFL) == ownHandler ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "");
-    std::signal(SIGFPE, SIG_DFL);
 }
 
 TEST(VelStartup, LeavesTheLocaleOfTheProcessAlone)

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "velapilt/src/velHandle_p.h"
 #include "velparser/api/velValidate_p.h"
 #include "velparser/api/velparser.h"
 
@@ -187,8 +188,37 @@ TEST_F(VelValidate, AValidatorMayChangeTheTree)
           " $d->deleteObj('/A') if $path eq '/A/B:x';"
           " $d->createObject('/D', 0) if $path eq '/C' }");
     EXPECT_EQ(validated(data.get()), "(null)");
-    EXPECT_EQ(calls(), "/ /A /A/B:x /C");
+    // What is gone is passed over, what has come is visited.
+    EXPECT_EQ(calls(), "/ /A /A/B:x /C /D");
     EXPECT_EQ(havePath(data.get(), "/A"), 0);
+    EXPECT_EQ(isValid(data.get(), "/D"), 3);
+    EXPECT_EQ(isValid(data.get(), "/"), 3);
+}
+
+TEST_F(VelValidate, WhatComesBeforeTheWalkIsVisitedToo)
+{
+    const velHandlePtr data = load({"B:", "E: x", "END", "END"});
+    setUp("$during = sub { my ($d, $path) = @_;"
+          " $d->createObject('/B/E:y', 0) if $path eq '/B/E:x';"
+          " $d->createObject('/B/E:y/F', 0) if $path eq '/B/E:y' };"
+          " $finding{'/B/E:y/F'} = 'new and wrong'");
+    EXPECT_EQ(validated(data.get()), "new and wrong\n");
+    EXPECT_EQ(calls(), "/ /B /B/E:x /B/E:y /B/E:y/F");
+    EXPECT_EQ(isValid(data.get(), "/B"), 1);
+    EXPECT_EQ(isValid(data.get(), "/B/E:x"), 3);
+}
+
+TEST_F(VelValidate, AnObjectMadeInvalidByALaterOneIsNotHidden)
+{
+    const velHandlePtr data = load({"A:", "END", "B:", "END"});
+    setUp("$during = sub { my ($d, $path) = @_; $d->setValid('/A', 0) if $path eq '/B' }");
+    EXPECT_EQ(validated(data.get()), "(null)");
+    EXPECT_EQ(calls(), "/ /A /B");
+    EXPECT_EQ(isValid(data.get(), "/"), 1);
+    setUp("$during = undef");
+    EXPECT_EQ(validated(data.get()), "(null)");
+    EXPECT_EQ(calls(), "/A");
+    EXPECT_EQ(isValid(data.get(), "/"), 3);
 }
 
 // --- Findings ------------------------------------------------------------------------
@@ -231,6 +261,17 @@ TEST_F(VelValidate, FindingsAreTheHandlesErrorText)
     setUp("%finding = ('/A' => '100%s of it')");
     const char *text = velparser::validateVELData(data.get(), "/");
     EXPECT_STREQ(text, "100%s of it\n");
+    EXPECT_EQ(data->errorText, text);
+}
+
+TEST_F(VelValidate, AnEmptyResultIsNotRecorded)
+{
+    const velHandlePtr data = load({"A:", "END"});
+    ASSERT_STREQ(velparser::validateVELData(data.get(), "/"), nullptr);
+    const char *kept = velRecordError(data.get(), "kept");
+    EXPECT_STREQ(velparser::callValidationMethod(data.get(), "setBoundsChecking", {"1"}), nullptr);
+    EXPECT_EQ(data->errorText, kept);
+    EXPECT_STREQ(kept, "kept");
 }
 
 // --- The validator -----------------------------------------------------------------------
@@ -271,6 +312,35 @@ TEST_F(VelValidate, ThePackageCannotBeLoaded)
     EXPECT_EQ(validated(data.get()), "validateVELDataLTH: Internal error: gone\n");
     EXPECT_EQ(perl("shift @INC; $INC{'VEL/Validate.pm'} = $VEL::Validate::kept; 1"), "1");
     EXPECT_EQ(validated(data.get()), "(null)");
+}
+
+TEST_F(VelValidate, TheDatabaseCannotBeWrapped)
+{
+    const velHandlePtr data = load({"A:", "END"});
+    setUp("our $kept = delete $INC{'VEL/Parser/Lite.pm'};"
+          "unshift @INC, sub { die qq{gone\\n} if $_[1] eq 'VEL/Parser/Lite.pm' }");
+    EXPECT_EQ(validated(data.get()), "validateVELDataLTH: memory error");
+    EXPECT_EQ(perl("shift @INC; $INC{'VEL/Parser/Lite.pm'} = $VEL::Validate::kept; 1"), "1");
+    EXPECT_EQ(validated(data.get()), "(null)");
+}
+
+TEST_F(VelValidate, TheValidatorComesBeforeThePath)
+{
+    const velHandlePtr data = load({"A:", "END"});
+    setUp("$new = sub { die qq{not made\\n} }");
+    EXPECT_EQ(validated(data.get(), "/NOWHERE"),
+              "validateVELDataLTH: Internal error creating validator: not made\n");
+}
+
+TEST_F(VelValidate, APathOfAParameter)
+{
+    const velHandlePtr data = load({"A:", "P = 1", "END"});
+    setUp("$finding{'/A/P'} = 'not an object'");
+    EXPECT_EQ(validated(data.get(), "/A/P"), "not an object\n");
+    setUp("%finding = ()");
+    EXPECT_EQ(validated(data.get(), "/A/P"), "(null)");
+    EXPECT_EQ(calls(), "/A/P /A/P");
+    EXPECT_EQ(isValid(data.get(), "/A/P"), 3);
 }
 
 TEST_F(VelValidate, AMethodDies)
