@@ -56,6 +56,22 @@ TEST(VelLoad, EveryCallNeedsTheObject)
     ASSERT_EQ(perl("$API::refused = ''; 1"), "1");
 }
 
+TEST(VelLoad, ArgumentsAreLookedAtBeforeTheObjectIsMade)
+{
+    ASSERT_EQ(perl("$API::refused = 'not yet'; 1"), "1");
+    EXPECT_STREQ(velparser::loadVELFromFile(nullptr, "vel"), "Invalid file or file type");
+    EXPECT_STREQ(velparser::loadVELFromFile("x", "VEL"),
+                 "fileType is invalid (it should be vel, def or res)");
+    EXPECT_STREQ(velparser::loadVELData(nullptr, 1), "loadVELData : Invalid arguments");
+    // The container is read first too: its failure is the one that is told.
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    EXPECT_STREQ(velparser::loadVELFromFile("/nowhere/x.def", "def"), "load_vel_from_def failed");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Fail to open the def/res file\n");
+    testing::internal::GetCapturedStderr();
+    ASSERT_EQ(perl("$API::refused = ''; 1"), "1");
+}
+
 TEST(VelLoad, FileOrTypeMissing)
 {
     EXPECT_STREQ(velparser::loadVELFromFile(nullptr, "vel"), "Invalid file or file type");
@@ -87,12 +103,6 @@ TEST(VelLoad, TextFileThatCannotBeReadOrParsed)
     failIn("parse");
     EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), "cannot parse");
     failIn("");
-}
-
-TEST(VelLoad, ContainersAreNotReadYet)
-{
-    EXPECT_STREQ(velparser::loadVELFromFile("x.def", "def"), "load_vel_from_def failed");
-    EXPECT_STREQ(velparser::loadVELFromFile("x.res", "res"), "load_vel_from_def failed");
 }
 
 TEST(VelLoad, LinesOfTheCallersAsTheyAre)
