@@ -198,7 +198,7 @@ private:
 
     std::string number()
     {
-        const std::string digits = std::to_string(sequence_.below(100000));
+        std::string digits = std::to_string(sequence_.below(100000));
         switch (sequence_.below(4)) {
         case 0:
             return digits;

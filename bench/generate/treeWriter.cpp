@@ -79,7 +79,7 @@ private:
             if (blank == std::string::npos || blank < continuation.size())
                 break;
             putLine(line.substr(0, blank + 1) + '\\');
-            line = continuation + line.substr(blank + 1);
+            line.replace(0, blank + 1, continuation);
         }
         putLine(line);
     }

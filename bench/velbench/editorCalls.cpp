@@ -35,11 +35,14 @@ public:
     {
         if (event->type() == QEvent::Paint && !painting_ && isFilledTree(object->parent())) {
             painting_ = true;
-            // Runs once the painting itself is done.
-            QMetaObject::invokeMethod(this, &PaintWatcher::tell, Qt::QueuedConnection);
+            // Arrives once the painting itself is done.
+            QCoreApplication::postEvent(this, new QEvent(QEvent::User));
         }
         return false;
     }
+
+protected:
+    void customEvent(QEvent *) override { tell(); }
 
 private:
     static bool isFilledTree(const QObject *object)
