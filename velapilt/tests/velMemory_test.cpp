@@ -22,6 +22,9 @@ std::size_t bytesHeld()
     return info.uordblks + info.hblkhd;
 }
 
+/// The heap may hand out a block that is a little larger than the one before.
+constexpr std::ptrdiff_t heapSlack = 1024;
+
 /// What `cycle` leaves behind once it has run a few times.
 template <typename Cycle>
 std::ptrdiff_t growthOf(int cycles, Cycle cycle)
@@ -51,38 +54,38 @@ TEST_F(VelMemory, CreateParseDestroy)
 {
     Random random(1);
     const std::string text = randomSetup(random, 300);
-    EXPECT_EQ(growthOf(200,
+    EXPECT_LT(growthOf(200,
                        [&](int) {
                            const velHandlePtr handle = parsed(text);
                            static_cast<void>(parseVELLineH(handle.get(), "bad line", 0));
                            static_cast<void>(saved(handle, "/", 79));
                            static_cast<void>(deleteParamH(handle.get(), "/DOMAIN:in"));
                        }),
-              0);
+              heapSlack);
 }
 
 TEST_F(VelMemory, NodesOfAHandleAreUsedAgain)
 {
     const velHandlePtr handle = parsed("A:\nEND\n");
     const std::string block = "A:\nB: b\nx = 1\ny = some longer value\nC:\nz = 2\nEND\nEND\nEND\n";
-    EXPECT_EQ(growthOf(20000,
+    EXPECT_LT(growthOf(20000,
                        [&](int) {
                            ASSERT_EQ(parse(handle, block), "");
                            ASSERT_EQ(valueAt(handle, "/A/B:b/C/z"), "2");
                            ASSERT_EQ(said(deleteObjH(handle.get(), "/A/B:b")), "");
                        }),
-              0);
+              heapSlack);
 }
 
 TEST_F(VelMemory, ValuesAreUsedAgain)
 {
     const velHandlePtr handle = parsed("x = 1\n");
-    EXPECT_EQ(growthOf(20000,
+    EXPECT_LT(growthOf(20000,
                        [&](int i) {
                            const std::string value(static_cast<std::size_t>(i % 1000), 'v');
                            ASSERT_EQ(said(setStringValue(handle.get(), "/x", value.c_str())), "");
                        }),
-              0);
+              heapSlack);
     EXPECT_EQ(valueAt(handle, "/x"), std::string(999, 'v'));
 }
 
@@ -97,9 +100,9 @@ TEST_F(VelMemory, DeletingUnderAHandlerGivesMemoryBackToo)
         return 1;
     };
     ASSERT_EQ(said(addChangeHandler(handle.get(), clear, handle.get())), "");
-    EXPECT_EQ(
+    EXPECT_LT(
         growthOf(20000, [&](int) { ASSERT_EQ(parse(handle, "A:\nx = 1\nB:\nEND\nEND\n"), ""); }),
-        0);
+        heapSlack);
     EXPECT_EQ(stored(handle), "");
 }
 
@@ -107,22 +110,22 @@ TEST_F(VelMemory, ErrorsDoNotPileUp)
 {
     const velHandlePtr handle(velCreateHandle());
     const std::string line(1000, '?');
-    EXPECT_EQ(
+    EXPECT_LT(
         growthOf(20000,
                  [&](int) { ASSERT_NE(parseVELLineH(handle.get(), line.c_str(), 0), nullptr); }),
-        0);
+        heapSlack);
 }
 
 TEST_F(VelMemory, LookingUpDoesNotPileUp)
 {
     Random random(2);
     const velHandlePtr handle = parsed(randomSetup(random, 300));
-    EXPECT_EQ(growthOf(20000,
+    EXPECT_LT(growthOf(20000,
                        [&](int i) {
                            const std::string path = "/NONE:n" + std::to_string(i) + "/x";
                            ASSERT_EQ(havePath(handle.get(), path.c_str()), 0);
                        }),
-              0);
+              heapSlack);
 }
 
 } // namespace
