@@ -105,27 +105,27 @@ XSPROTO(runEndBlocks)
     my_exit(static_cast<U32>(STATUS_EXIT));
 }
 
-/// What a step of a script has come to. Its exit status goes to `status`.
-const char *stepError(pTHX_ velInstance *instance, const PerlResult &result, int *status)
+/// What a step of a script died with, owned by the caller; null if it did not.
+/// Its exit status goes to `status`.
+SV *stepError(pTHX_ const PerlResult &result, int *status)
 {
     if (result.exited)
         *status = STATUS_EXIT;
-    return result.error ? keepMessage(instance, plainValue(aTHX_ result.error)) : nullptr;
+    return result.error ? newSVsv(plainValue(aTHX_ result.error)) : nullptr;
 }
 
-const char *runCode(pTHX_ velInstance *instance, const std::string &code, int *status)
+SV *runCode(pTHX_ const std::string &code, int *status)
 {
     const PerlFrame frame(aTHX);
     SV *source = sv_2mortal(newSVpvn(code.data(), code.size()));
-    return stepError(aTHX_ instance, evalPerlText(aTHX_ source, G_VOID), status);
+    return stepError(aTHX_ evalPerlText(aTHX_ source, G_VOID), status);
 }
 
-const char *runEnd(pTHX_ velInstance *instance, int *status)
+SV *runEnd(pTHX_ int *status)
 {
     const PerlFrame frame(aTHX);
     SV *code = sv_2mortal(MUTABLE_SV(newXS(nullptr, runEndBlocks, __FILE__)));
-    return stepError(aTHX_ instance, callPerl(aTHX_{nullptr, code}, {}, G_VOID | G_DISCARD),
-                     status);
+    return stepError(aTHX_ callPerl(aTHX_{nullptr, code}, {}, G_VOID | G_DISCARD), status);
 }
 
 /// Null when all that the script printed has reached the system. A standard
@@ -155,12 +155,13 @@ const char *runScript(const std::string &script, const std::vector<std::string> 
     const ScriptSetting setting(aTHX_ script, arguments);
     openData(aTHX_ dataPart(text));
     int exitStatus = 0;
-    const char *error = runCode(aTHX_ defaultInstance(), asCode(script, text), &exitStatus);
+    const PerlFrame frame(aTHX);
+    SV *error = sv_2mortal(runCode(aTHX_ asCode(script, text), &exitStatus));
     // $? while the END blocks run, which may change it.
     PL_statusvalue = exitStatus;
-    const char *endError = runEnd(aTHX_ defaultInstance(), &exitStatus);
+    SV *endError = sv_2mortal(runEnd(aTHX_ & exitStatus));
     if (error || endError)
-        return error ? error : endError;
+        return keepMessage(defaultInstance(), error ? error : endError);
     if (const char *shortWrite = flushOutput(aTHX_ defaultInstance()))
         return shortWrite;
     if (status)

@@ -106,6 +106,7 @@ TEST(VelScript, EndBlocksRunOnceAndMayChangeTheStatus)
     EXPECT_EQ(printed("END { $? = 4 } exit 3"), "status 4");
     EXPECT_EQ(printed("END { exit 5 } exit 3"), "status 5");
     EXPECT_EQ(printed("END { print 'end ' } die qq{dead\\n}"), "end dead\n");
+    EXPECT_EQ(printed("END { die qq{and buried\\n} } die qq{dead\\n}"), "dead\n");
     EXPECT_EQ(printed("1"), "status 0");
 }
 
@@ -113,6 +114,11 @@ TEST(VelScript, HasDataBehindItsEnd)
 {
     EXPECT_EQ(printed("print <DATA>;\n__END__\none\ntwo\n"), "one\ntwo\nstatus 0");
     EXPECT_EQ(printed("print <DATA>;\n__DATA__\none\n"), "one\nstatus 0");
+    // The first of the two marks counts, the other is data.
+    EXPECT_EQ(printed("print <DATA>;\n__DATA__\none\n__END__\ntwo\n"),
+              "one\n__END__\ntwo\nstatus 0");
+    EXPECT_EQ(printed("print <DATA>;\n__END__\none\n__DATA__\ntwo\n"),
+              "one\n__DATA__\ntwo\nstatus 0");
 }
 
 TEST(VelScript, WarnsOnlyWhenAsked)
