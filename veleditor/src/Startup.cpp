@@ -9,7 +9,10 @@
 #include "veleditor/src/WaitCursor.h"
 #include "velparser/api/velparser.h"
 
+#include <QtGlobal>
+
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -91,6 +94,14 @@ void saveInEmergency(Editor *editor, const std::string &fileName)
     editor->save(fileName);
 }
 
+// A toolkit that finds no display tells why and aborts; the telling is enough.
+void endInsteadOfAborting(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
+    if (type == QtFatalMsg)
+        std::_Exit(1);
+}
+
 bool isSafeMode(int argc, char **argv)
 {
     for (int i = 0; i < argc; ++i) {
@@ -108,7 +119,9 @@ int runEditor(int argc, char **argv)
     // to edit is the last that the toolkit leaves. They differ when options
     // precede the file name.
     const std::string emergencyName = std::string(argc > 1 ? argv[1] : "") + ".emergency";
+    const QtMessageHandler usual = qInstallMessageHandler(endInsteadOfAborting);
     Application application(argc, argv);
+    qInstallMessageHandler(usual);
     if (argc < 2) {
         std::printf("%s: must specify a vel file\n", argc > 0 ? argv[0] : "veleditor");
         return 0;

@@ -11,6 +11,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QTextEdit>
 #include <QThread>
@@ -77,6 +79,7 @@ private:
 
 private slots:
     void asksForAFile();
+    void endsWithoutADisplay();
     void opensTheLastWord();
     void ignoresTheOptionsOfTheToolkit();
     void takesSafeModeFromAnywhere();
@@ -161,6 +164,20 @@ void StartupTest::asksForAFile()
     const Run result = run({});
     QCOMPARE(result.output, QString("veleditor: must specify a vel file\n"));
     QCOMPARE(result.status, 0);
+}
+
+void StartupTest::endsWithoutADisplay()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_QPA_PLATFORM", "xcb");
+    environment.remove("DISPLAY");
+    QProcess program;
+    program.setProcessEnvironment(environment);
+    program.start(qEnvironmentVariable("VEL_BUILD_DIR") + "/bin/veleditor", {copyOf("duct.vel")});
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.exitCode(), 1);
+    QVERIFY(program.readAllStandardError().contains("could not connect to display"));
 }
 
 void StartupTest::opensTheLastWord()
