@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -114,7 +115,9 @@ TEST(Get, ReadsStandardInput)
     EXPECT_EQ(runTool({"tree", "-"}, "x = 1").out, "x = 1\n");
     EXPECT_EQ(runTool({"find", "-", "1"}, "x = 1").out, "-:1: /x = 1\n");
     EXPECT_EQ(runTool({"format", "-"}, "x=1").out, "x = 1\n");
-    EXPECT_EQ(runShell("printf 'x = 1' | $VELTOOL get /dev/stdin /x").out, "1\n") << "a pipe";
+    if (std::filesystem::exists("/dev/stdin")) { // not in a root without /proc
+        EXPECT_EQ(runShell("printf 'x = 1' | $VELTOOL get /dev/stdin /x").out, "1\n") << "a pipe";
+    }
 }
 
 TEST(Get, SaysWhatIsNoParameter)
