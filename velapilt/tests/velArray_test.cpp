@@ -10,8 +10,9 @@ namespace {
 
 std::unique_ptr<char[]> owned(const char *text)
 {
-    auto copy = std::make_unique<char[]>(std::strlen(text) + 1);
-    std::strcpy(copy.get(), text);
+    const std::size_t size = std::strlen(text) + 1;
+    auto copy = std::make_unique<char[]>(size);
+    std::memcpy(copy.get(), text, size);
     return copy;
 }
 

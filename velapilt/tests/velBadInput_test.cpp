@@ -121,7 +121,7 @@ TEST(VelBadInput, AControlCharacterEndsNothing)
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(parseBytes(handle, "x = a\x01z\n"), "invalid parameter value \"a\x01z\": control "
                                                   "character number 1 is not allowed.");
-    EXPECT_EQ(parseBytes(handle, std::string_view("x = a\0\x01z\ny = 2\n", 16)), "");
+    EXPECT_EQ(parseBytes(handle, std::string_view("x = a\0\x01z\ny = 2\n", 15)), "");
     EXPECT_EQ(parseBytes(handle, "z = \x7F\xFF\r\n"), "");
     EXPECT_EQ(stored(handle), "x = a\ny = 2\nz = \x7F\xFF\n");
 }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <fstream>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -59,7 +60,12 @@ TEST_F(VelFile, LinesOfAllLengths)
 {
     for (std::size_t length = 0; length < 200; ++length) {
         const std::string one(length, 'x');
-        EXPECT_EQ(linesOfContent(one + "\n" + one + "y"), "|" + one + "|" + one + "y|");
+        const std::string other(length + 1, 'y');
+        std::string content = one;
+        content += '\n' + other;
+        std::string expected = '|' + one;
+        expected += '|' + other + '|';
+        EXPECT_EQ(linesOfContent(content), expected);
     }
 }
 
@@ -113,6 +119,8 @@ TEST_F(VelFile, APipe)
 
 TEST_F(VelFile, AFileWithoutASize)
 {
+    if (std::ifstream("/proc/self/status").fail())
+        GTEST_SKIP() << "no /proc here";
     // The kernel says 0 of it, and there is more.
     EXPECT_NE(lines("/proc/self/status").find("Name:"), std::string::npos);
 }
