@@ -221,7 +221,7 @@ int dispatch(const Words &words)
     return runCommand(*command, Words(words.begin() + 1, words.end()));
 }
 
-/// Runs `work`; what it throws becomes a message and status 2.
+/// Runs `work`; what it throws becomes a message and a status.
 template <typename Work>
 int guarded(Work work)
 {
@@ -229,6 +229,7 @@ int guarded(Work work)
         return work();
     } catch (const Failure &failure) {
         report(failure.message());
+        return failure.status();
     } catch (const std::bad_alloc &) {
         report("memory error");
     } catch (const std::exception &error) {

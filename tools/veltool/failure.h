@@ -9,7 +9,7 @@ namespace veltool {
 /// The exit statuses. A command over several files ends with the highest; one
 /// that runs something else (a script) may end with that one's own.
 inline constexpr int statusGood = 0;
-inline constexpr int statusFindings = 1; ///< findings, differences, no hit, refused for findings
+inline constexpr int statusFindings = 1; ///< findings, differences, no hit, an edit refused
 inline constexpr int statusFailed = 2;   ///< misuse, or an operation failed
 
 /// Ends a command, or its work on one file, with status 2. The message is
@@ -19,9 +19,21 @@ class Failure
 public:
     explicit Failure(std::string message) : message_(std::move(message)) {}
     [[nodiscard]] const std::string &message() const { return message_; }
+    [[nodiscard]] int status() const { return status_; }
+
+protected:
+    Failure(std::string message, int status) : message_(std::move(message)), status_(status) {}
 
 private:
     std::string message_;
+    int status_ = statusFailed;
+};
+
+/// An edit that is not made, and leaves everything as it was: status 1.
+class Refusal : public Failure
+{
+public:
+    explicit Refusal(std::string message) : Failure(std::move(message), statusFindings) {}
 };
 
 /// Writes `veltool: message` to standard error.

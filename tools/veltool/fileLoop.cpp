@@ -13,7 +13,7 @@ int forEachFile(std::span<const std::string> files,
             status = std::max(status, work(file));
         } catch (const Failure &failure) {
             report(failure.message());
-            status = statusFailed;
+            status = std::max(status, failure.status());
         }
     }
     return status;

@@ -72,7 +72,8 @@ public:
         const char *former = velFindValue(handle.get(), path.c_str());
         if (former && value == former)
             return statusGood;
-        require(setStringValue(handle.get(), path.c_str(), value.c_str()), file_);
+        if (const char *message = setStringValue(handle.get(), path.c_str(), value.c_str()))
+            throw Refusal(file_ + ": " + message);
         requireStorable(value);
 
         const SourceText changed(editedBytes(text, handle.get(), path, value));
@@ -93,7 +94,7 @@ private:
     {
         std::string bytes = readBytes(file_);
         if (kindOf(bytes) == FileKind::Container)
-            throw Failure(file_ + ": is a def or res file; take its command data out with veltool "
+            throw Refusal(file_ + ": is a def or res file; take its command data out with veltool "
                                   "extract, edit that, and put it back with veltool embed");
         return SourceText(std::move(bytes));
     }
@@ -138,7 +139,7 @@ const Command setCommand = {
     .purpose = "Give a parameter a new value",
     .details = "Changes the lines of the parameter's last statement and no other; the former file "
                "stays as FILE.bak. Refused with status 1, nothing written, when the rules would "
-               "find something new.",
+               "find something new, for what is no parameter, and for a value that no file holds.",
     .make = makeTask<SetTask>,
 };
 

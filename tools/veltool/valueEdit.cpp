@@ -214,7 +214,7 @@ std::string splice(const SourceText &source, std::size_t begin, std::size_t end,
 void requireStorable(std::string_view value)
 {
     const auto refuse = [&](const std::string &why) {
-        throw Failure("value \"" + std::string(value) + "\" cannot stand in a file: " + why);
+        throw Refusal("value \"" + std::string(value) + "\" cannot stand in a file: " + why);
     };
     char previous = ' ';
     for (const char c : value) {
