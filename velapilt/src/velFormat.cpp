@@ -90,9 +90,9 @@ public:
             path += ':';
             path += type;
             path += "/Output Ordering Priority";
-            const char *value = velFindValue(handle_, path.c_str());
-            if (value != nullptr) {
-                return velRoundValue(velReadNumber(value));
+            if (const velNode *rule = handle_->table.find(path)) {
+                const bool hasValue = rule->isParam() && rule->value.text != nullptr;
+                return hasValue ? velRoundValue(velReadNumber(rule->value.text)) : 0;
             }
         }
         return 0;

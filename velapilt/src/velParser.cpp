@@ -254,11 +254,14 @@ const char *LineParser::parseHeader(std::string_view text, std::size_t colon)
         handle_->flagStack.resize(handle_->flagStack.size() + 10);
     }
     // The block is opened first, so that a handler sees it open.
-    ++handle_->depth;
+    const std::int32_t opened = ++handle_->depth;
     word() = statement.flags;
     if (velUpdateObject(handle_, statement) == nullptr) {
         --handle_->depth;
         return "parseVELLineH: velUpdateObject failed";
+    }
+    if (handle_->depth < opened) {
+        velPop(handle_); // a handler has closed the block already
     }
     return nullptr;
 }

@@ -170,13 +170,15 @@ constexpr const char *priorities = "RULES:\n"
                                    "OBJECT: SILENT\nEND\n"
                                    "SINGLETON: SILENT\nOutput Ordering Priority = 6\nEND\n"
                                    "OBJECT: WORDS\nOutput Ordering Priority = none\nEND\n"
+                                   "OBJECT: ODD\nOutput Ordering Priority:\nEND\nEND\n"
+                                   "SINGLETON: ODD\nOutput Ordering Priority = 8\nEND\n"
                                    "END\n";
 
 TEST(VelFormat, PrioritiesFromTheRules)
 {
-    const velHandlePtr handle =
-        withRules(priorities, "WORDS:\nEND\nLATE: a\nEND\nA:\nEND\nSILENT:\nEND\nBOTH: z\nEND\n"
-                              "BOTH: a\nEND\nTHIRD:\nEND\nSECOND: x\nEND\nFIRST:\nEND\nZ:\nEND\n");
+    const velHandlePtr handle = withRules(
+        priorities, "WORDS:\nEND\nLATE: a\nEND\nA:\nEND\nSILENT:\nEND\nBOTH: z\nEND\n"
+                    "BOTH: a\nEND\nODD:\nEND\nTHIRD:\nEND\nSECOND: x\nEND\nFIRST:\nEND\nZ:\nEND\n");
     EXPECT_EQ(saved(handle), "FIRST:\nEND\n"    // 99.5 rounds to 100
                              "SECOND: x\nEND\n" // 99, by the rule of singletons
                              "THIRD:\nEND\n"    // 10, by that of parameters
@@ -184,6 +186,7 @@ TEST(VelFormat, PrioritiesFromTheRules)
                              "BOTH: z\nEND\n"   //
                              "SILENT:\nEND\n"   // 6: an object rule without the parameter
                              "A:\nEND\n"        // 0 without any rule
+                             "ODD:\nEND\n"      // an object in the place of the parameter
                              "WORDS:\nEND\n"    // and 0 where it is no number
                              "Z:\nEND\n"        //
                              "LATE: a\nEND\n"); // −5

@@ -463,4 +463,22 @@ TEST(VelHandlers, AnInterruptionDoesNotOutliveItsOperation)
     EXPECT_EQ(parse(handle, "x = 3\n"), "");
 }
 
+// A handler that closes the block which is being opened once left its path
+// current for ever.
+TEST(VelHandlers, ABlockClosedWhileItOpens)
+{
+    const velHandlePtr handle(velCreateHandle());
+    const auto close = [](const char *, std::int32_t code, const char *, const char *,
+                          void *userData) {
+        if (code == velObjectCreated) {
+            setVELStateH(static_cast<velHandle *>(userData), 0);
+        }
+        return 1;
+    };
+    ASSERT_EQ(said(addChangeHandler(handle.get(), close, handle.get())), "");
+    EXPECT_EQ(parse(handle, "A:\nx = 1\n"), "");
+    EXPECT_STREQ(getCurrentPath(handle.get()), "/");
+    EXPECT_EQ(stored(handle), "A:\nEND\nx = 1\n");
+}
+
 } // namespace
