@@ -73,20 +73,17 @@ bool isNormalForm(std::string_view path)
     };
     std::size_t start = 0;
     std::size_t colon = none; // in the component from `start` on
-    bool inRun = false;
     for (std::size_t i = 0; i < path.size(); ++i) {
-        const char c = path[i];
-        if (!isRunCharacter(c)) {
-            inRun = false;
+        if (!isRunCharacter(path[i])) {
             continue;
         }
-        if (inRun || c == '\t') {
+        // The last character is none, so one stands behind this.
+        if (path[i] == '\t' || isRunCharacter(path[i + 1])) {
             return false;
         }
-        inRun = true;
-        if (c == ':') {
+        if (path[i] == ':') {
             colon = i;
-        } else if (c == '/') {
+        } else if (path[i] == '/') {
             if (colon != none && !isReduced(start, i)) {
                 return false;
             }
