@@ -215,15 +215,16 @@ void VELTreeEditTest::refusesWhatAFileCannotHold()
 
 void VELTreeEditTest::leavesAnUntouchedValueAsItIs()
 {
-    // A no-break space, as UTF-8 and as Latin-1: a text field would lose it.
-    open(newFile("nbsp.vel", "FLOW: A\nTitle = 1\xC2\xA0m\nRun Mode = 1\xA0m\nEND\n"));
+    // A no-break space as UTF-8 and as Latin-1, and a line separator: a text
+    // field would lose them.
+    open(newFile("nbsp.vel", "FLOW: A\nTitle = 1\xC2\xA0m\xE2\x80\xA8n\nRun Mode = 1\xA0m\nEND\n"));
     for (const char *path : {"/FLOW:A/Title", "/FLOW:A/Run Mode"}) {
         onDialog<EditParamDialog>([&](EditParamDialog &dialog) { pressButton(dialog, "Ok"); });
         doubleClick(path);
     }
     QVERIFY(editor().save(file().toStdString()));
     QCOMPARE(contentOf(file()),
-             QByteArray("FLOW: A\n  Title = 1\xC2\xA0m\n  Run Mode = 1\xA0m\nEND\n"));
+             QByteArray("FLOW: A\n  Title = 1\xC2\xA0m\xE2\x80\xA8n\n  Run Mode = 1\xA0m\nEND\n"));
 }
 
 void VELTreeEditTest::staysInTheEncodingOfTheFile()
