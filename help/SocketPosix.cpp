@@ -37,15 +37,22 @@ constexpr std::chrono::milliseconds sendPause(100);
     throw error(text + socketErrorText(code));
 }
 
-/// The first IPv4 address of a host, or the resolver's code.
+/// The first IPv4 address of a host, or the resolver's code. This computer is
+/// found also where the resolver does not know its name.
 int resolve(const std::string &host, sockaddr_in &address)
 {
     addrinfo hints{};
     hints.ai_family = AF_INET;
     hints.ai_socktype = SOCK_STREAM;
     addrinfo *found = nullptr;
-    if (const int code = ::getaddrinfo(host.c_str(), nullptr, &hints, &found))
-        return code;
+    if (const int code = ::getaddrinfo(host.c_str(), nullptr, &hints, &found)) {
+        if (host != Socket::localHostName())
+            return code;
+        address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        return 0;
+    }
     address = *reinterpret_cast<const sockaddr_in *>(found->ai_addr);
     ::freeaddrinfo(found);
     return 0;

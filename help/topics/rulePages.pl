@@ -1,0 +1,227 @@
+#!/usr/bin/perl
+# Writes the help pages that come from the rule libraries: one for each type of
+# object, one for each help topic that the rules name, and two lists.
+#
+#     perl -I velparser/perl rulePages.pl FOLDER LIBRARY...
+#
+# FOLDER is emptied of the pages of an earlier run and filled anew.
+use strict;
+use warnings;
+use feature 'signatures';
+
+use File::Glob qw(bsd_glob);
+use VEL::Rules;
+
+
+# The statements of the libraries as one RULES block, a statement a line.
+sub rule_lines (@files) {
+    my @lines = ('RULES:');
+    for my $file (@files) {
+        open my $in, '<:encoding(UTF-8)', $file or die "$file: $!\n";
+        my $text = join '', <$in>;
+        $text =~ s/#.*//g;
+        $text =~ s/\\[ \t]*\n[ \t]*//g;
+        my @own = grep { /\S/ } map { s/\s+$//r } split /\n/, $text;
+        die "$file: begins with something other than RULES\n" if ($own[0] // '') !~ /^\s*RULES\s*:$/;
+        push @lines, @own[ 1 .. $#own - 1 ];
+    }
+    return (@lines, 'END');
+}
+
+# As the viewer compares names.
+sub slug ($text) { return lc($text) =~ s/[^\pL\pN]+/-/gr =~ s/^-|-$//gr }
+
+# Text that stands in Markdown as it is.
+sub plain ($text) { return $text =~ s/([\\`*_\[\]<>|#])/\\$1/gr }
+
+sub code ($text) { return $text =~ /`/ ? plain($text) : "`$text`" }
+
+sub list (@texts) { return join ', ', @texts }
+
+sub write_page ($folder, $name, $text) {
+    my $file = "$folder/$name.md";
+    open my $out, '>:encoding(UTF-8)', $file or die "$file: $!\n";
+    print $out $text;
+    close $out or die "$file: $!\n";
+    return;
+}
+
+# --- Types ---------------------------------------------------------------------
+
+# A type has two pages where it is both an object and a block.
+sub page_name ($rules, $type) {
+    my $name = 'type-' . slug($type->{type});
+    my $both = $rules->type('OBJECT', $type->{type}) && $type->{kind} eq 'SINGLETON';
+    return $both ? "$name-block" : $name;
+}
+
+sub type_link ($rules, $word) {
+    my $type = $rules->type('OBJECT', $word) // $rules->type('SINGLETON', $word);
+    return $type ? '[' . plain($word) . '](' . page_name($rules, $type) . '.md)' : plain($word);
+}
+
+sub type_links ($rules, @words) { return list(map { type_link($rules, $_) } @words) }
+
+sub place ($rules, $type) {
+    my $parents = $type->{parents} or return 'Stands anywhere.';
+    my @places = map { $_ eq '/' ? 'the top level' : type_link($rules, $_) } sort keys %$parents;
+    return 'Stands in: ' . list(@places) . '.';
+}
+
+sub form ($type) {
+    my $line = $type->{kind} eq 'OBJECT' ? "$type->{type}: Name" : "$type->{type}:";
+    return "    $line\n      ...\n    END\n";
+}
+
+sub facts ($rules, $type) {
+    my @facts = (place($rules, $type));
+    push @facts, "One parent may hold at most $type->{maximum} of them." if defined $type->{maximum};
+    push @facts, 'Any parameter may be added, whatever its name.' if $type->{free};
+    push @facts, 'For experts: it is shown only when expert items are.' if $type->{expert};
+    push @facts, 'Must hold: ' . type_links($rules, @{ $type->{required_objects} }) . '.'
+        if @{ $type->{required_objects} };
+    push @facts, 'May hold: ' . type_links($rules, @{ $type->{optional_objects} }) . '.'
+        if @{ $type->{optional_objects} };
+    return map { "- $_\n" } @facts;
+}
+
+sub case_facts ($rules, $case) {
+    my @facts;
+    push @facts, 'must be given: ' . list(map { plain($_) } @{ $case->{required} }) if @{ $case->{required} };
+    push @facts, 'may be given: ' . list(map { plain($_) } @{ $case->{optional} }) if @{ $case->{optional} };
+    push @facts, 'must hold: ' . type_links($rules, @{ $case->{required_objects} })
+        if @{ $case->{required_objects} };
+    push @facts, 'may hold: ' . type_links($rules, @{ $case->{optional_objects} })
+        if @{ $case->{optional_objects} };
+    return '' if !@facts;
+    return sprintf "- **%s** is %s: %s.\n", plain($case->{parameter}),
+        join(' or ', map { code($_) } @{ $case->{values} }), join '; ', @facts;
+}
+
+# --- Parameters ------------------------------------------------------------------
+
+sub range ($parameter) {
+    my ($lower, $upper) = @$parameter{qw(lower upper)};
+    my ($above, $below) = $parameter->{exclusive} ? ('above', 'below') : ('at least', 'at most');
+    return join ' and ', (defined $lower ? "$above " . code($lower) : ()),
+        (defined $upper ? "$below " . code($upper) : ());
+}
+
+sub entries ($parameter) {
+    my ($least, $most) = @$parameter{qw(minimum maximum)};
+    return "exactly $least" if defined $least && defined $most && $least == $most;
+    return join ', ', (defined $least ? "at least $least" : ()), (defined $most ? "at most $most" : ());
+}
+
+my %TYPE_NAME = (String => 'text', Integer => 'whole number', Real => 'number', Logical => 'yes or no');
+
+sub type_name ($parameter) {
+    my $name = $TYPE_NAME{ $parameter->{type} };
+    return $parameter->{list} ? "list, each $name" : $name;
+}
+
+# Each fact is a pair of what it is about and what holds.
+sub parameter_facts ($rules, $parameter) {
+    my @facts = ([ 'Type', type_name($parameter) ]);
+    push @facts, [ 'Unit', $parameter->{units} eq '1' ? 'none' : code($parameter->{units}) ]
+        if defined $parameter->{units};
+    push @facts, [ 'Range', range($parameter) ] if range($parameter) ne '';
+    push @facts, [ 'Entries', entries($parameter) ] if entries($parameter) ne '';
+    push @facts, [ 'Values', list(map { code($_) } @{ $parameter->{values} }) ] if $parameter->{values};
+    push @facts, [ 'Names an object of type', type_links($rules, @{ $parameter->{objects} }) ]
+        if $parameter->{objects};
+    push @facts, [ 'Proposed', code($parameter->{default}) ] if defined $parameter->{default};
+    push @facts, [ 'Editor', 'cannot be changed there' ] if !$parameter->{editable};
+    push @facts, [ 'Safe mode', 'may be changed while the solver runs' ] if $parameter->{running};
+    push @facts, [ 'Expert', 'shown only when expert items are' ] if $parameter->{expert};
+    return map { "- $_->[0]: $_->[1]\n" } @facts;
+}
+
+# Its rule where the cases that name it hold.
+sub parameter_of ($type, $name) {
+    my @cases = $type->cases_with([qw(required optional)], $name);
+    return $type->parameter($type->plain_variant, $name) if !@cases;
+    my %first = ($cases[0]{parameter} => $cases[0]{values}[0]);
+    return $type->parameter($type->variant(sub ($switch) { $first{$switch} }), $name);
+}
+
+sub parameter_names ($type) {
+    my %seen;
+    return grep { !$seen{$_}++ } map { @{ $_->{required} }, @{ $_->{optional} } } $type, @{ $type->{cases} };
+}
+
+sub parameter_text ($rules, $type, $name) {
+    my $parameter = parameter_of($type, $name);
+    my $always    = grep { $_ eq $name } @{ $type->{required} };
+    my $text      = '### ' . plain($name) . "\n\n";
+    $text .= plain($parameter->{description}) . "\n\n" if defined $parameter->{description};
+    $text .= "- Must always be given\n" if $always;
+    return $text . join('', parameter_facts($rules, $parameter)) . "\n";
+}
+
+sub type_page ($rules, $type) {
+    my $also = defined $type->{help} ? "; also: $type->{help}" : '';
+    my $text = "<!-- chapter: Objects$also -->\n# " . plain($type->{type}) . "\n\n";
+    $text .= plain($type->{description}) . "\n\n" if defined $type->{description};
+    $text .= form($type) . "\n" . join('', facts($rules, $type)) . "\n";
+    my $cases = join '', map { case_facts($rules, $_) } @{ $type->{cases} };
+    $text .= "## What depends on values\n\n$cases\n" if $cases ne '';
+    my @names = parameter_names($type);
+    $text .= "## Parameters\n\n" . join '', map { parameter_text($rules, $type, $_) } @names if @names;
+    $text .= 'More on this: [' . plain($type->{help}) . '](topic-' . slug($type->{help}) . ".md)\n"
+        if defined $type->{help};
+    return $text;
+}
+
+# --- Lists -------------------------------------------------------------------------
+
+sub type_line ($rules, $type) {
+    my $what = defined $type->{description} ? ': ' . plain($type->{description}) : '';
+    return '- [' . plain($type->{type}) . '](' . page_name($rules, $type) . ".md)$what\n";
+}
+
+sub topic_page ($rules, $topic, @types) {
+    return "<!-- chapter: Subjects -->\n# " . plain($topic) . "\n\n"
+        . "What the command file says about this stands in:\n\n"
+        . join '', map { type_line($rules, $_) } @types;
+}
+
+sub types_page ($rules, @types) {
+    return "<!-- chapter: Guide; order: 80; also: Objects, Object types -->\n# All objects\n\n"
+        . "Every type of object that the rule libraries know.\n\n"
+        . join '', map { type_line($rules, $_) } @types;
+}
+
+sub parameters_page ($rules, @types) {
+    my %types_of;
+    for my $type (@types) {
+        push @{ $types_of{$_} }, $type for parameter_names($type);
+    }
+    return "<!-- chapter: Guide; order: 90; also: Parameters -->\n# All parameters\n\n"
+        . "Every parameter that the rule libraries know, and where it may stand.\n\n"
+        . join '', map { my $name = $_;
+            '- **' . plain($name) . '**: '
+                . list(map { '[' . plain($_->{type}) . '](' . page_name($rules, $_) . '.md#'
+                        . slug($name) . ')' } @{ $types_of{$name} })
+                . "\n" } sort { lc $a cmp lc $b || $a cmp $b } keys %types_of;
+}
+
+# --- The run -----------------------------------------------------------------------
+
+my ($folder, @files) = @ARGV;
+die "usage: rulePages.pl FOLDER LIBRARY...\n" if !@files;
+my $rules = VEL::Rules->new([ rule_lines(@files) ]);
+die map { "$_\n" } $rules->faults if $rules->faults;
+
+mkdir $folder if !-d $folder;
+unlink bsd_glob("$folder/{type,topic}-*.md");
+
+my @types = sort { $a->{type} cmp $b->{type} || $a->{kind} cmp $b->{kind} } $rules->types;
+my %of_topic;
+for my $type (@types) {
+    write_page($folder, page_name($rules, $type), type_page($rules, $type));
+    push @{ $of_topic{ $type->{help} } }, $type if defined $type->{help};
+}
+write_page($folder, 'topic-' . slug($_), topic_page($rules, $_, @{ $of_topic{$_} })) for sort keys %of_topic;
+write_page($folder, 'all-objects', types_page($rules, @types));
+write_page($folder, 'all-parameters', parameters_page($rules, @types));

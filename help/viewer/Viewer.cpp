@@ -1,0 +1,66 @@
+#include "help/viewer/Viewer.h"
+
+#include <QApplication>
+#include <QTimer>
+
+#include <chrono>
+#include <cstdio>
+
+namespace velHelp {
+
+namespace {
+
+constexpr std::chrono::seconds clientLimit(60);
+
+/// For whoever looks into the talk between client and viewer. The standard
+/// output belongs to the client.
+void trace(const QString &line)
+{
+    static const bool isOn = qEnvironmentVariableIsSet("KOA_DEBUG_HELP");
+    if (isOn)
+        std::fprintf(stderr, "velhelp: %s\n", qPrintable(line));
+}
+
+} // namespace
+
+Viewer::Viewer(const QString &folder, const QString &language)
+    : folder_(folder), language_(language)
+{
+    connect(&listener_, &Listener::requested, this, &Viewer::handle);
+    connect(&listener_, &Listener::deserted, this, &Viewer::endIfUnused);
+    QTimer::singleShot(clientLimit, this, &Viewer::endIfUnused);
+}
+
+Viewer::~Viewer() = default;
+
+void Viewer::handle(const Request &request)
+{
+    if (request.kind == Request::Quit)
+        QCoreApplication::quit();
+    else
+        show(request.topic, request.section);
+}
+
+void Viewer::show(const QString &topic, const QString &section)
+{
+    if (window_ == nullptr) {
+        topics_ = std::make_unique<Topics>(folder_, language_);
+        window_ = std::make_unique<Window>(*topics_);
+        connect(window_.get(), &Window::closed, this, [this] {
+            trace(QStringLiteral("closed"));
+            if (!listener_.hasClients())
+                QCoreApplication::quit();
+        });
+    }
+    window_->showTopic(topic, section);
+    window_->comeForward();
+    trace(QLatin1String("showing ") + window_->windowTitle());
+}
+
+void Viewer::endIfUnused()
+{
+    if (!listener_.hasClients() && !isOpen())
+        QCoreApplication::quit();
+}
+
+} // namespace velHelp

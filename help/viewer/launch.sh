@@ -1,0 +1,10 @@
+#!/bin/sh
+# Starts the help viewer under the name by which the editor looks for it, from
+# the build tree or from an installation.
+set -eu
+here=$(dirname -- "$0")
+for viewer in "$here/../../bin/velhelp" "$here/../../../../libexec/veleditor/velhelp"; do
+    [ ! -x "$viewer" ] || exec "$viewer" "$@"
+done
+printf 'The help viewer velhelp is missing.\n' >&2
+exit 1
