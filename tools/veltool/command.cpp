@@ -5,7 +5,8 @@ namespace veltool {
 namespace {
 
 constexpr const Command *commands[] = {
-    &formatCommand, &treeCommand, &getCommand, &findTextCommand, &setCommand, &perlCommand,
+    &formatCommand, &treeCommand, &getCommand, &findTextCommand,
+    &setCommand,    &perlCommand, &dsCommand,
 };
 
 } // namespace

@@ -63,5 +63,6 @@ extern const Command getCommand;
 extern const Command findTextCommand;
 extern const Command setCommand;
 extern const Command perlCommand;
+extern const Command dsCommand;
 
 } // namespace veltool

@@ -175,34 +175,6 @@ void checkCount(const Command &command, std::size_t count)
                   " words; usage: veltool " + command.name + " [OPTIONS] " + command.words);
 }
 
-int runCommand(const Command &command, const Words &words)
-{
-    CLI::App app(std::string(command.purpose) + ".\n\n" + wrapWords(command.details));
-    app.set_help_flag("-h,--help", "Show this text");
-    app.set_version_flag("--version", "veltool " VEL_VERSION, "Show the version");
-    app.formatter(std::make_shared<CommandFormatter>(std::string("veltool ") + command.name +
-                                                     " [OPTIONS] " + command.words));
-    const std::unique_ptr<Task> task = command.make();
-    task->addOptions(app);
-
-    SplitWords split = splitWords(app, words, command.passesOn);
-    // CLI11 takes its words from the back of the list.
-    std::reverse(split.options.begin(), split.options.end());
-    try {
-        app.parse(split.options);
-    } catch (const CLI::CallForHelp &) {
-        out() << app.help();
-        return statusGood;
-    } catch (const CLI::CallForVersion &version) {
-        out() << version.what() << '\n';
-        return statusGood;
-    } catch (const CLI::Error &error) {
-        throw Failure(error.what());
-    }
-    checkCount(command, split.plain.size());
-    return task->run(split.plain);
-}
-
 int dispatch(const Words &words)
 {
     if (words.empty())
@@ -243,6 +215,34 @@ int guarded(Work work)
 SplitWords splitWords(const CLI::App &app, const Words &words, bool passesOn)
 {
     return Splitter(app, words).run(passesOn);
+}
+
+int runCommand(const Command &command, const Words &words)
+{
+    CLI::App app(std::string(command.purpose) + ".\n\n" + wrapWords(command.details));
+    app.set_help_flag("-h,--help", "Show this text");
+    app.set_version_flag("--version", "veltool " VEL_VERSION, "Show the version");
+    app.formatter(std::make_shared<CommandFormatter>(std::string("veltool ") + command.name +
+                                                     " [OPTIONS] " + command.words));
+    const std::unique_ptr<Task> task = command.make();
+    task->addOptions(app);
+
+    SplitWords split = splitWords(app, words, command.passesOn);
+    // CLI11 takes its words from the back of the list.
+    std::reverse(split.options.begin(), split.options.end());
+    try {
+        app.parse(split.options);
+    } catch (const CLI::CallForHelp &) {
+        out() << app.help();
+        return statusGood;
+    } catch (const CLI::CallForVersion &version) {
+        out() << version.what() << '\n';
+        return statusGood;
+    } catch (const CLI::Error &error) {
+        throw Failure(error.what());
+    }
+    checkCount(command, split.plain.size());
+    return task->run(split.plain);
 }
 
 int runCommandLine(const Words &words)

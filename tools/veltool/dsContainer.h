@@ -1,0 +1,81 @@
+// An open def or res file, for commands.
+//
+// What the library says goes to standard error line by line, as it says it; a
+// code that is not 0 then ends the command with a ContainerFailure.
+#pragma once
+
+#include "io/Src/Main/io_session.h"
+#include "tools/veltool/failure.h"
+
+#include <string>
+
+namespace veltool {
+
+/// Ends a command with the library's code as its exit status.
+class ContainerFailure : public Failure
+{
+public:
+    /// `what` may be empty: the text of the code stands alone.
+    ContainerFailure(const std::string &what, int code);
+};
+
+/// A file to be read: itself, or for "-" standard input, copied into a
+/// temporary file that is gone with the object. Throws a Failure.
+class ReadableFile
+{
+public:
+    explicit ReadableFile(const std::string &file);
+    ~ReadableFile();
+    ReadableFile(const ReadableFile &) = delete;
+    ReadableFile &operator=(const ReadableFile &) = delete;
+
+    [[nodiscard]] const std::string &path() const { return path_; }
+
+private:
+    std::string path_;
+    std::string folder_; ///< of the copy; empty without one
+};
+
+/// The library's error routine: a line of standard error for each message.
+int reportMessage(const char *text, std::int32_t length);
+
+/// A dataset's name as the words of a command line give it.
+struct DatasetName
+{
+    /// Throws a Failure where WHEN is no 32-bit number.
+    DatasetName(std::string whatWord, std::string whereWord, const std::string &whenWord);
+
+    /// Points into this object.
+    [[nodiscard]] IO_header header();
+
+    std::string what;
+    std::string where;
+    std::int32_t when;
+    std::int32_t count = 0;
+    std::string type;
+    std::int32_t blockfactor = 1;
+};
+
+/// The files of one command. Each function throws a ContainerFailure when the
+/// library fails.
+class Container
+{
+public:
+    Container() : session_(io_real_env()) {}
+
+    /// IO_OPEN_PRIMARY and its like.
+    void open(io_request number, const std::string &file);
+    void close(io_request number = IO_CLOSE_PRIMARY);
+    void request(io_request number, IO_header header, IO_data &data);
+
+    [[nodiscard]] open_file &primary() { return *session_.primary(); }
+
+    /// Throws unless the code is 0; names the primary file.
+    void check(int code) const;
+
+private:
+    std::string name_; ///< of the file opened last
+    io_session session_;
+};
+
+} // namespace veltool

@@ -1,0 +1,74 @@
+// veltool ds read: the elements of a dataset as text.
+#include "tools/veltool/dsCommands.h"
+#include "tools/veltool/dsContainer.h"
+#include "tools/veltool/dsValues.h"
+
+#include "io/Src/Main/get_ds_location.h"
+
+#include <CLI/App.hpp>
+
+namespace veltool {
+
+namespace {
+
+class ReadTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override
+    {
+        app.add_option("--as", as_, "Convert to this type")->type_name("TYPE");
+    }
+
+    int run(const Words &words) override
+    {
+        const DatasetName name(words[1], words[2], words[3]);
+        const ReadableFile file(words[0]);
+        Container container;
+        container.open(IO_OPEN_PRIMARY, file.path());
+        open_file &opened = container.primary();
+        located_datasets found;
+        container.check(find_datasets(*opened.report, opened.index, name.what.c_str(),
+                                      name.where.c_str(), name.when, found));
+        print(container, found.front().position);
+        container.close();
+        return statusGood;
+    }
+
+private:
+    void print(Container &container, std::int64_t position) const
+    {
+        open_file &file = container.primary();
+        // The first reading asks for the sizes, the second fills the arrays.
+        located_start start;
+        IO_data sizes;
+        int code = read_located_dataset_as(file, position, as_, sizes, start);
+        if (code != IO_NO_ROOM)
+            container.check(code);
+        data_type type;
+        container.check(parseStructure(*file.report, as_.empty() ? start.header.type : as_, type));
+        element_storage storage;
+        if (!storage.allocate(total_counts(type, start.header.count), type.string_slot()))
+            container.check(IO_NO_MEMORY);
+        if (code == IO_NO_ROOM)
+            container.check(read_located_dataset_as(file, position, as_, storage.data(), start));
+        printValues(type, start.header.count, storage.data());
+    }
+
+    std::string as_;
+};
+
+} // namespace
+
+const Command dsReadCommand = {
+    .name = "ds read",
+    .words = "FILE WHAT WHERE WHEN",
+    .fewest = 4,
+    .most = 4,
+    .passesOn = false,
+    .purpose = "Print the data of a dataset",
+    .details = "One element a line; characters all on one line; a record of a structure is a line "
+               "with tabs between its values. Of several matches the first that ds locate shows.",
+    .make = makeTask<ReadTask>,
+};
+
+} // namespace veltool

@@ -1,0 +1,206 @@
+// veltool ds: containers written, listed, read, copied and deleted from the shell.
+#include "tools/veltool/tests/toolRun.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+namespace veltool::test {
+namespace {
+
+class Ds : public ::testing::Test
+{
+protected:
+    [[nodiscard]] static ToolRun ds(std::vector<std::string> words, const std::string &input = {})
+    {
+        words.insert(words.begin(), "ds");
+        return runTool(words, input);
+    }
+
+    /// Writes a dataset at WHERE "P", WHEN 1 and gives it as it is read back.
+    [[nodiscard]] std::string writtenAndRead(const std::string &type, const std::string &input,
+                                             const std::string &format)
+    {
+        const std::string file = folder_.path("round-" + std::to_string(++files_));
+        const ToolRun written = ds({"write", file, "W", "P", "1", type, "--format", format}, input);
+        EXPECT_EQ(written.err, "");
+        EXPECT_EQ(written.status, 0);
+        const ToolRun read = ds({"read", file, "W", "P", "1"});
+        EXPECT_EQ(read.err, "");
+        EXPECT_EQ(read.status, 0);
+        return read.out;
+    }
+
+    /// Three datasets: A at 1 and 2, B at 1.
+    [[nodiscard]] std::string sample()
+    {
+        const std::string file = folder_.path("sample.res");
+        EXPECT_EQ(ds({"write", file, "A", "P", "1", "INTR", "--format", "u"}, "1\n-2\n").status, 0);
+        EXPECT_EQ(ds({"write", file, "A", "P", "2", "INTR", "--format", "F"}, "7\n").status, 0);
+        EXPECT_EQ(ds({"write", file, "B", "Q", "1", "REAL", "--format", "u5"}, "0.1\n").status, 0);
+        return file;
+    }
+
+    TemporaryFolder folder_;
+    int files_ = 0;
+};
+
+TEST_F(Ds, GivesBackWhatWasWritten)
+{
+    for (const std::string format : {"u", "u5", "l3", "L", "F"}) {
+        SCOPED_TRACE(format);
+        EXPECT_EQ(writtenAndRead("INTR", "1\n-2147483648\n2147483647\n", format),
+                  "1\n-2147483648\n2147483647\n");
+        EXPECT_EQ(writtenAndRead("LOGL", "1\n0\nT\n", format), "1\n0\n1\n");
+        EXPECT_EQ(writtenAndRead("STRI", "one  \n\n two", format), "one\n\n two\n");
+        EXPECT_EQ(writtenAndRead("STRI:3", "abc\n", format), "abc\n");
+        EXPECT_EQ(writtenAndRead("CHAR", "a b c\n", format), "a b c\n");
+        EXPECT_EQ(writtenAndRead("STRC{INTR:2 STRI:1:8 CHAR:3}", "1\t2\tname\txyz\n3\t4\t\tuvw\n",
+                                 format),
+                  "1\t2\tname\txyz\n3\t4\t\tuvw\n");
+        EXPECT_EQ(writtenAndRead("INTR", "", format), "");
+    }
+}
+
+TEST_F(Ds, KeepsEveryBitOfBinaryNumbers)
+{
+    for (const std::string format : {"u", "u9", "L"}) {
+        SCOPED_TRACE(format);
+        EXPECT_EQ(writtenAndRead("REAL", "0.1\n1e-45\n-3.40282347e+38\n", format),
+                  "0.100000001\n1.40129846e-45\n-3.40282347e+38\n");
+        EXPECT_EQ(
+            writtenAndRead("DBLE", "0.1\n5e-324\n-1.7976931348623157e308\nnan\n-inf\n", format),
+            "0.10000000000000001\n4.9406564584124654e-324\n-1.7976931348623157e+308\nnan\n"
+            "-inf\n");
+    }
+    EXPECT_EQ(writtenAndRead("DBLE", "0.5\n", "F"), "0.5\n");
+}
+
+TEST_F(Ds, ConvertsOnReading)
+{
+    const std::string file = sample();
+    EXPECT_EQ(ds({"read", file, "B", "Q", "1", "--as", "DBLE"}).out, "0.10000000149011612\n");
+    EXPECT_EQ(ds({"read", file, "A", "P", "1", "--as", "LOGL"}).out, "1\n1\n");
+    const ToolRun refused = ds({"read", file, "A", "P", "1", "--as", "STRI"});
+    EXPECT_EQ(refused.status, 27);
+    EXPECT_EQ(refused.out, "");
+}
+
+TEST_F(Ds, ReadsTheLargestWhenOfSeveral)
+{
+    EXPECT_EQ(ds({"read", sample(), "A", "P", "-1"}).out, "7\n");
+}
+
+TEST_F(Ds, ListsInTheOrderOfTheFile)
+{
+    const std::string file = sample();
+    const ToolRun run = ds({"list", file, "--json"});
+    ASSERT_EQ(run.status, 0);
+    const auto json = nlohmann::json::parse(run.out);
+    ASSERT_EQ(json.size(), 3U);
+    std::string expected;
+    for (const auto &entry : json) {
+        for (const char *key : {"status", "what", "where"})
+            expected += entry[key].get<std::string>() + '\t';
+        expected += std::to_string(entry["when"].get<int>()) + '\t';
+        for (const char *key : {"format", "type"})
+            expected += entry[key].get<std::string>() + '\t';
+        expected += std::to_string(entry["count"].get<int>()) + '\t' +
+                    std::to_string(entry["length"].get<long>()) + '\t' +
+                    std::to_string(entry["position"].get<long>()) + '\n';
+    }
+    EXPECT_EQ(ds({"list", file}).out, expected);
+    EXPECT_EQ(expected.rfind("Y\tA\tP\t1\tu\tINTR\t2\t", 0), 0U) << expected;
+    EXPECT_NE(expected.find("\nY\tA\tP\t2\tF\tINTR\t1\t"), std::string::npos) << expected;
+    EXPECT_NE(expected.find("\nY\tB\tQ\t1\tu5\tREAL\t1\t"), std::string::npos) << expected;
+}
+
+TEST_F(Ds, ListsWithoutDeletedOnesUnlessAsked)
+{
+    const std::string file = sample();
+    EXPECT_EQ(ds({"delete", file, "A", "P", "1"}).status, 0);
+    EXPECT_EQ(ds({"list", file}).out.rfind("Y\tA\tP\t2\t", 0), 0U);
+    EXPECT_EQ(ds({"list", "--all", file}).out.rfind("N\tA\tP\t1\tu\tINTR\t2\t", 0), 0U);
+    EXPECT_EQ(ds({"read", file, "A", "P", "1"}).status, 17);
+}
+
+TEST_F(Ds, LocatesInTheLibrarysOrder)
+{
+    const std::string file = sample();
+    const ToolRun run = ds({"locate", file, "*", "P", "-1"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out.rfind("A\tP\t2\t", 0), 0U) << run.out;
+    EXPECT_NE(run.out.find("\nA\tP\t1\t"), std::string::npos) << run.out;
+    EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 2);
+    EXPECT_EQ(runTool({"ds", "locate", "-", "B", "Q", "1"}, folder_.read("sample.res")).out,
+              ds({"locate", file, "B", "Q", "1"}).out);
+}
+
+TEST_F(Ds, KeepsAttributesAndBlockFactor)
+{
+    const std::string file = folder_.path("a");
+    EXPECT_EQ(ds({"write", file, "A", "P", "1", "INTR", "--format", "F", "--blockfactor", "7",
+                  "--attribute", "first one", "--attribute", "second"},
+                 "1\n")
+                  .status,
+              0);
+    const std::string bytes = folder_.read("a");
+    const std::size_t first = bytes.find("first one");
+    EXPECT_NE(first, std::string::npos);
+    EXPECT_NE(bytes.find("second", first), std::string::npos);
+    EXPECT_NE(bytes.find('7'), std::string::npos);
+}
+
+TEST_F(Ds, CopiesAllOrWhatMatches)
+{
+    const std::string file = sample();
+    const std::string all = folder_.path("all");
+    const std::string some = folder_.path("some");
+    EXPECT_EQ(ds({"copy", file, all}).status, 0);
+    EXPECT_EQ(ds({"list", all}).out, ds({"list", file}).out);
+    EXPECT_EQ(ds({"copy", file, some, "A", "P", "2"}).status, 0);
+    EXPECT_EQ(ds({"copy", file, some, "?", "Q", "-1"}).status, 0);
+    EXPECT_EQ(ds({"read", some, "A", "P", "2"}).out, "7\n");
+    EXPECT_EQ(ds({"read", some, "B", "Q", "1"}).out, "0.100000001\n");
+    EXPECT_EQ(ds({"read", some, "A", "P", "1"}).status, 17);
+}
+
+TEST_F(Ds, EndsWithTheLibrarysCode)
+{
+    const std::string file = sample();
+    const std::string before = folder_.read("sample.res");
+    const ToolRun missing = ds({"locate", file, "Z", "P", "1"});
+    EXPECT_EQ(missing.status, 17);
+    EXPECT_EQ(missing.err,
+              "veltool: " + file + ": Could not find requested dataset.  File could be invalid.\n");
+    EXPECT_EQ(ds({"delete", folder_.path("none"), "A", "P", "1"}).status,
+              ds({"list", folder_.path("none")}).status);
+    EXPECT_NE(ds({"list", folder_.path("none")}).status, 0);
+    EXPECT_FALSE(folder_.has("none"));
+    EXPECT_EQ(ds({"write", file, "A", "P", "3", "WORD"}, "1\n").status, 12);
+    EXPECT_EQ(ds({"write", file, "A", "P", "3", "INTR"}, "1\nx\n").status, 10);
+    EXPECT_EQ(ds({"write", file, "A", "P", "3", "INTR"}, "1\nx\n").err,
+              "veltool: line 2: no INTR: \"x\": Error reading from disk.\n");
+    EXPECT_EQ(ds({"write", file, "A", "P", "3", "STRI:2"}, "abc\n").status, 14);
+    EXPECT_EQ(ds({"write", file, "A", "P", "3", "STRC{INTR:2}"}, "1\n").status, 18);
+    EXPECT_EQ(ds({"write", file, "A", "P", "3", "STRC{INTR:2}"}, "1\t2\t3\n").status, 10);
+    EXPECT_EQ(ds({"write", file, std::string(76, 'A'), "P", "3", "INTR"}, "1\n").status, 14);
+    EXPECT_EQ(ds({"list", folder_.write("text", "FLOW:\nEND\n")}).status, 20);
+    EXPECT_EQ(folder_.read("sample.res"), before);
+}
+
+TEST_F(Ds, CallsMisuseTwo)
+{
+    const std::string file = sample();
+    EXPECT_EQ(ds({}).status, 2);
+    EXPECT_EQ(ds({"lst", file}).status, 2);
+    EXPECT_EQ(ds({"list"}).status, 2);
+    EXPECT_EQ(ds({"list", "--fast", file}).status, 2);
+    EXPECT_EQ(ds({"locate", file, "A", "P", "first"}).status, 2);
+    EXPECT_EQ(ds({"copy", file, folder_.path("x"), "A"}).status, 2);
+    EXPECT_EQ(ds({"list", "--help"}).status, 0);
+    EXPECT_FALSE(folder_.has("x"));
+}
+
+} // namespace
+} // namespace veltool::test
