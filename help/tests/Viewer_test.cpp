@@ -2,6 +2,7 @@
 #include "help/JavaHelpServer.h"
 
 #include "common/error.h"
+#include "help/ProcessControl.h"
 #include "help/Socket.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include <thread>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 namespace velEditor {
 
@@ -53,6 +55,8 @@ protected:
     ~ViewerTest() override
     {
         client_->disconnect();
+        if (fs::exists(folder_ / "log"))
+            finalLog();
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
     }
@@ -82,7 +86,7 @@ protected:
     }
 
     /// The notes of a viewer that has ended.
-    [[nodiscard]] std::string finalLog() const
+    std::string finalLog() const
     {
         const auto end = std::chrono::steady_clock::now() + patience;
         while (!fs::exists(folder_ / "finished") && std::chrono::steady_clock::now() < end)
@@ -121,6 +125,22 @@ std::string noise(std::mt19937 &random)
     for (char &byte : bytes)
         byte = static_cast<char>(byte != '\0' ? byte : random());
     return bytes;
+}
+
+/// One connection full of noise; how many bytes were taken.
+std::size_t attack(int port, std::mt19937 &random)
+{
+    std::size_t sent = 0;
+    try {
+        Socket attacker(Socket::localHostName(), static_cast<unsigned short>(port), 1);
+        for (auto i = random() % 50; i > 0; --i) {
+            const std::string bytes = noise(random);
+            send(attacker, bytes);
+            sent += bytes.size();
+        }
+    } catch (const error &) {
+    }
+    return sent;
 }
 
 } // namespace
@@ -163,16 +183,29 @@ TEST_F(ViewerTest, saysThatATopicIsUnknown)
     EXPECT_EQ("", warnings);
 }
 
-TEST_F(ViewerTest, endsWhenTheClientGoesBeforeAnythingIsShown)
+TEST_F(ViewerTest, keepsToTheEditorWhenOthersComeAndGo)
 {
     client().start();
-    EXPECT_TRUE(client().isConnected());
-    // A second connection that comes and goes changes nothing for the first.
     Socket(Socket::localHostName(), static_cast<unsigned short>(client().port()), 5).closeAll();
     client().showHelp("Master Contents", "", 2);
     EXPECT_EQ(std::string("started\n") + contents, logUpTo("Contents"));
-    client().disconnect();
-    EXPECT_EQ(std::string("started\n") + contents + "ended 0\n", finalLog());
+    EXPECT_EQ("", warnings);
+}
+
+TEST_F(ViewerTest, endsWhenItsOnlyClientGoesBeforeAnythingIsShown)
+{
+    int fd = -1;
+    const int viewer = ProcessControl::startProcess(
+        {std::string(std::getenv("ZOT_HELP_DIR")) + "/../../HelpViewer/OMBRAHelpViewer.exe"}, &fd,
+        1, true);
+    ASSERT_NE(0, viewer);
+    const int port = std::atoi(ProcessControl::readOnce(fd, 20, patience).c_str());
+    ASSERT_GT(port, 0);
+    Socket(Socket::localHostName(), static_cast<unsigned short>(port), 5).closeAll();
+    int status = -1;
+    EXPECT_EQ(viewer, ::waitpid(viewer, &status, 0));
+    EXPECT_EQ(0, status);
+    ProcessControl::closePipe(fd);
 }
 
 TEST_F(ViewerTest, listensAtLoopbackToo)
@@ -188,17 +221,12 @@ TEST_F(ViewerTest, survivesRandomBytes)
     client().showHelp("Master Contents", "", 2);
     EXPECT_EQ(std::string("started\n") + contents, logUpTo("Contents"));
 
+    // The viewer may refuse one of many connections; it must not fail.
     std::mt19937 random(1);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(fuzzSeconds());
     std::size_t sent = 0;
-    while (std::chrono::steady_clock::now() < end) {
-        Socket attacker(Socket::localHostName(), static_cast<unsigned short>(client().port()), 1);
-        for (auto i = random() % 50; i > 0; --i) {
-            const std::string bytes = noise(random);
-            send(attacker, bytes);
-            sent += bytes.size();
-        }
-    }
+    while (std::chrono::steady_clock::now() < end)
+        sent += attack(client().port(), random);
     EXPECT_GT(sent, 100'000U);
 
     client().showHelp("Tutorials", "", 2);

@@ -36,7 +36,7 @@ Viewer::~Viewer() = default;
 void Viewer::handle(const Request &request)
 {
     if (request.kind == Request::Quit)
-        QCoreApplication::quit();
+        QCoreApplication::exit(0);
     else
         show(request.topic, request.section);
 }
@@ -49,7 +49,7 @@ void Viewer::show(const QString &topic, const QString &section)
         connect(window_.get(), &Window::closed, this, [this] {
             trace(QStringLiteral("closed"));
             if (!listener_.hasClients())
-                QCoreApplication::quit();
+                QCoreApplication::exit(0);
         });
     }
     window_->showTopic(topic, section);
@@ -60,7 +60,7 @@ void Viewer::show(const QString &topic, const QString &section)
 void Viewer::endIfUnused()
 {
     if (!listener_.hasClients() && !isOpen())
-        QCoreApplication::quit();
+        QCoreApplication::exit(0);
 }
 
 } // namespace velHelp
