@@ -11,5 +11,7 @@ extern const Command dsReadCommand;
 extern const Command dsWriteCommand;
 extern const Command dsDeleteCommand;
 extern const Command dsCopyCommand;
+extern const Command dsVerifyCommand;
+extern const Command dsRebuildCommand;
 
 } // namespace veltool

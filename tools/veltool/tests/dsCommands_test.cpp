@@ -3,6 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace veltool::test {
@@ -187,6 +189,64 @@ TEST_F(Ds, EndsWithTheLibrarysCode)
     EXPECT_EQ(ds({"write", file, std::string(76, 'A'), "P", "3", "INTR"}, "1\n").status, 14);
     EXPECT_EQ(ds({"list", folder_.write("text", "FLOW:\nEND\n")}).status, 20);
     EXPECT_EQ(folder_.read("sample.res"), before);
+}
+
+TEST_F(Ds, VerifiesASoundFile)
+{
+    const std::string file = sample();
+    const std::string before = folder_.read("sample.res");
+    const ToolRun run = ds({"verify", file});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(nlohmann::json::parse(ds({"verify", "--json", file}).out).size(), 0U);
+    EXPECT_EQ(folder_.read("sample.res"), before);
+}
+
+TEST_F(Ds, NamesAFaultWithItsByte)
+{
+    std::string bytes = folder_.read(std::filesystem::path(sample()).filename());
+    bytes.resize(bytes.size() - 1);
+    const std::string file = folder_.write("short.res", bytes);
+    const ToolRun run = ds({"verify", file});
+    // The recorded size stands behind "*INFO" and its line feed.
+    const std::string sizes = "6\t20\tthe recorded file size is " +
+                              std::to_string(bytes.size() + 1) + ", the file has " +
+                              std::to_string(bytes.size()) + " bytes\n";
+    EXPECT_EQ(run.out.rfind(sizes, 0), 0U) << run.out;
+    EXPECT_EQ(run.status, 20);
+    const auto json = nlohmann::json::parse(ds({"verify", "--json", file}).out);
+    EXPECT_EQ(json[0]["position"], 6);
+    EXPECT_EQ(json[0]["code"], 20);
+    EXPECT_EQ(folder_.read("short.res"), bytes);
+}
+
+TEST_F(Ds, RebuildsTheIndexAndSaysWhatIsLost)
+{
+    const std::string file = sample();
+    EXPECT_EQ(ds({"rebuild", file}).out, "datasets\t3\n");
+    EXPECT_EQ(ds({"verify", file}).out, "");
+
+    // Cut inside the last dataset, as a full disk leaves it.
+    const auto list = nlohmann::json::parse(ds({"list", "--json", file}).out);
+    const std::size_t last = list[2]["position"];
+    folder_.write("sample.res", folder_.read("sample.res").substr(0, last + 40));
+    EXPECT_NE(ds({"verify", file}).status, 0);
+    const ToolRun run = ds({"rebuild", file});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out.rfind("datasets\t2\n", 0), 0U) << run.out;
+    EXPECT_NE(run.out.find("\ndropped\t40\n"), std::string::npos) << run.out;
+    EXPECT_EQ(ds({"verify", file}).out, "");
+    EXPECT_EQ(ds({"read", file, "A", "P", "1"}).out, "1\n-2\n");
+    EXPECT_EQ(ds({"read", file, "B", "Q", "1"}).status, 17);
+}
+
+TEST_F(Ds, RefusesToRebuildWhatIsNoContainer)
+{
+    const std::string file = folder_.write("text", "FLOW:\nEND\n");
+    EXPECT_EQ(ds({"rebuild", file}).status, 20);
+    EXPECT_EQ(folder_.read("text"), "FLOW:\nEND\n");
+    EXPECT_NE(ds({"rebuild", folder_.path("none")}).status, 0);
+    EXPECT_FALSE(folder_.has("none"));
 }
 
 TEST_F(Ds, CallsMisuseTwo)
