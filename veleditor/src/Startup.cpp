@@ -94,12 +94,17 @@ void saveInEmergency(Editor *editor, const std::string &fileName)
     editor->save(fileName);
 }
 
+QtMessageHandler usualMessages = nullptr;
+
 // A toolkit that finds no display tells why and aborts; the telling is enough.
-void endInsteadOfAborting(QtMsgType type, const QMessageLogContext &, const QString &text)
+void endInsteadOfAborting(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
+    if (type != QtFatalMsg) {
+        usualMessages(type, context, text);
+        return;
+    }
     std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
-    if (type == QtFatalMsg)
-        std::_Exit(1);
+    std::_Exit(1);
 }
 
 bool isSafeMode(int argc, char **argv)
@@ -119,9 +124,9 @@ int runEditor(int argc, char **argv)
     // to edit is the last that the toolkit leaves. They differ when options
     // precede the file name.
     const std::string emergencyName = std::string(argc > 1 ? argv[1] : "") + ".emergency";
-    const QtMessageHandler usual = qInstallMessageHandler(endInsteadOfAborting);
+    usualMessages = qInstallMessageHandler(endInsteadOfAborting);
     Application application(argc, argv);
-    qInstallMessageHandler(usual);
+    qInstallMessageHandler(usualMessages);
     if (argc < 2) {
         std::printf("%s: must specify a vel file\n", argc > 0 ? argv[0] : "veleditor");
         return 0;

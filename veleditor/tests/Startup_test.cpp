@@ -3,6 +3,7 @@
 // application exists.
 #include "veleditor/tests/EditorTest.h"
 
+#include "common/error.h"
 #include "veleditor/src/Application.h"
 #include "veleditor/src/EditParamDialog.h"
 #include "veleditor/src/MessageDialog.h"
@@ -56,6 +57,24 @@ void prepareUse()
     timer->start(1);
 }
 
+// Throws while the first message box waits, then answers what comes after it.
+void failInABox()
+{
+    auto *timer = new QTimer(qApp);
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, failed = false]() mutable {
+        QWidget *window = QApplication::activeModalWidget();
+        if (qobject_cast<QMessageBox *>(window) != nullptr && !failed) {
+            failed = true;
+            throw error("early");
+        }
+        if (auto *dialog = qobject_cast<ErrorDialog *>(window)) {
+            timer->stop();
+            pressButton(*dialog, "Yes");
+        }
+    });
+    timer->start(1);
+}
+
 /// What the program left behind.
 struct Run
 {
@@ -93,6 +112,7 @@ private slots:
     void savesInEmergency();
     void savesInEmergencyToTheSecondWord();
     void savesInEmergencyFromWithinADialog();
+    void savesInEmergencyBeforeTheLoop();
     void savesNothingWhenTheFirstBuildFails();
     void reportsAnythingElse();
 };
@@ -377,6 +397,20 @@ void StartupTest::savesInEmergencyFromWithinADialog()
     QVERIFY2(result.output.startsWith("Error encountered:\n"), qPrintable(result.output));
     QVERIFY(QFile::exists(file + ".emergency"));
     QVERIFY(contentOf(file + ".emergency").contains("  DOMAIN: Other\n"));
+}
+
+// The error comes while a box of the start waits; the question of the emergency
+// save must still be asked.
+void StartupTest::savesInEmergencyBeforeTheLoop()
+{
+    const QString file = newFile("old.vel", "LANGUAGE:\nVersion = 2.0\nEND\n"
+                                            "FLOW: A\nMode = Steady\nDOMAIN: D\nEND\nEND\n");
+    setBoxAnswers({}); // the real ones
+    qAddPreRoutine(failInABox);
+    const Run result = run({file});
+    QCOMPARE(result.output, QString("Error encountered:\nearly\nAttempting to save VEL to " + file +
+                                    ".emergency\n"));
+    QVERIFY(contentOf(file + ".emergency").contains("Run Mode = Steady"));
 }
 
 void StartupTest::savesNothingWhenTheFirstBuildFails()
