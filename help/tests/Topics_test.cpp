@@ -195,12 +195,12 @@ TEST_F(ShippedTopics, coverTheWholeRuleLibrary)
 
 TEST_F(ShippedTopics, linkToPagesAndHeadingsThatExist)
 {
-    static const QRegularExpression link("\\]\\(([^)#]*)(?:#([^)]*))?\\)");
+    static const QRegularExpression link("\\]\\((?:help:)?([^)#]*?)(?:\\.md)?(?:#([^)]*))?\\)");
     static const QRegularExpression heading("^#+ +(.*)$", QRegularExpression::MultilineOption);
     for (const Topic &page : topics.all()) {
         for (auto links = link.globalMatch(page.text); links.hasNext();) {
             const auto match = links.next();
-            const Topic *target = topics.find(match.captured(1).chopped(3));
+            const Topic *target = topics.find(match.captured(1));
             ASSERT_NE(nullptr, target) << (page.name + ": " + match.captured(0)).toStdString();
             bool isThere = match.captured(2).isEmpty();
             for (auto headings = heading.globalMatch(target->text); !isThere && headings.hasNext();)

@@ -164,6 +164,8 @@ void HelpWindowTest::followsLinks()
     for (const char *link : {"http://example.com/", "file:///etc/passwd", "//host/x"})
         emit window_->page().anchorClicked(QUrl(link));
     QCOMPARE(window_->windowTitle(), QString("Contents - Help"));
+    emit window_->page().anchorClicked(QUrl("help:walls"));
+    QCOMPARE(window_->windowTitle(), QString("Walls - Help"));
     emit window_->page().anchorClicked(QUrl("../../../etc/passwd"));
     QCOMPARE(window_->windowTitle(), QString("No such page - Help"));
 }

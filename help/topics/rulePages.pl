@@ -48,11 +48,18 @@ sub write_page ($folder, $name, $text) {
 
 # --- Types ---------------------------------------------------------------------
 
-# A type has two pages where it is both an object and a block.
+# A type that stands both with and without a name has two pages.
+sub is_second ($rules, $type) {
+    return $type->{kind} eq 'SINGLETON' && $rules->type('OBJECT', $type->{type});
+}
+
 sub page_name ($rules, $type) {
     my $name = 'type-' . slug($type->{type});
-    my $both = $rules->type('OBJECT', $type->{type}) && $type->{kind} eq 'SINGLETON';
-    return $both ? "$name-block" : $name;
+    return is_second($rules, $type) ? "$name-without-name" : $name;
+}
+
+sub title ($rules, $type) {
+    return plain($type->{type}) . (is_second($rules, $type) ? ' (without a name)' : '');
 }
 
 sub type_link ($rules, $word) {
@@ -161,7 +168,7 @@ sub parameter_text ($rules, $type, $name) {
 
 sub type_page ($rules, $type) {
     my $also = defined $type->{help} ? "; also: $type->{help}" : '';
-    my $text = "<!-- chapter: Objects$also -->\n# " . plain($type->{type}) . "\n\n";
+    my $text = "<!-- chapter: Objects$also -->\n# " . title($rules, $type) . "\n\n";
     $text .= plain($type->{description}) . "\n\n" if defined $type->{description};
     $text .= form($type) . "\n" . join('', facts($rules, $type)) . "\n";
     my $cases = join '', map { case_facts($rules, $_) } @{ $type->{cases} };
@@ -177,7 +184,7 @@ sub type_page ($rules, $type) {
 
 sub type_line ($rules, $type) {
     my $what = defined $type->{description} ? ': ' . plain($type->{description}) : '';
-    return '- [' . plain($type->{type}) . '](' . page_name($rules, $type) . ".md)$what\n";
+    return '- [' . title($rules, $type) . '](' . page_name($rules, $type) . ".md)$what\n";
 }
 
 sub topic_page ($rules, $topic, @types) {

@@ -253,13 +253,15 @@ void Window::openHit(const QListWidgetItem *item)
         showTopic(item->data(nameRole).toString(), QString());
 }
 
-// Pages link to each other by file name, "expert-parameters.md#adding"; a link
+// Pages link to each other by file name, "expert-parameters.md#adding", or by
+// any name behind "help:", where the file is made only when building. A link
 // within the page has no name.
 void Window::openLink(const QUrl &link)
 {
-    QString name = link.path();
-    if (!link.scheme().isEmpty() || !link.host().isEmpty())
+    if (!link.host().isEmpty() ||
+        (!link.scheme().isEmpty() && link.scheme() != QLatin1String("help")))
         return;
+    QString name = link.path();
     if (name.endsWith(QLatin1String(".md")))
         name.chop(3);
     showTopic(name.isEmpty() ? places_[here_].name : name, link.fragment(QUrl::FullyDecoded));
