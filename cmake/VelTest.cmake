@@ -29,12 +29,18 @@ function(vel_add_test name)
     vel_test_environment(${name})
 endfunction()
 
+# Where programs keep what lives as long as a session; must be its user's alone.
+set(VEL_TEST_RUNTIME ${CMAKE_BINARY_DIR}/tests/runtime)
+file(MAKE_DIRECTORY ${VEL_TEST_RUNTIME})
+file(CHMOD ${VEL_TEST_RUNTIME} DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+
 # The environment in which the tests of the build tree run, also those that are
 # not GoogleTest programs.
 function(vel_test_environment name)
     set(environment
         "LC_ALL=C.UTF-8"
         "QT_QPA_PLATFORM=offscreen"
+        "XDG_RUNTIME_DIR=${VEL_TEST_RUNTIME}"
         "ZOT5_VEL_PARSER=${CMAKE_BINARY_DIR}/perl"
         "ZOT5_VEL_LIBSDIR=${CMAKE_BINARY_DIR}/libraries"
         "ZOT5_VEL_LIBS=rules.vel"

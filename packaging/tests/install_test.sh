@@ -24,6 +24,12 @@ for path in share/veleditor/perl/API.pm share/veleditor/perl/VEL/embeddedParserI
     share/applications/veleditor.desktop; do
     expect "$path is there" yes "$([ -f "$prefix/$path" ] && echo yes)"
 done
+if [ -x "$VEL_BUILD_DIR/bin/velhelp" ]; then
+    expect "the help viewer stands where the editor looks for it" yes \
+        "$([ -x "$prefix/share/veleditor/help/../../HelpViewer/OMBRAHelpViewer.exe" ] && echo yes)"
+    expect "the help viewer can be run" yes \
+        "$([ -x "$prefix/libexec/veleditor/velhelp" ] && echo yes)"
+fi
 expect "nothing that only building needs" "" \
     "$(find "$prefix" -name '*.a' -o -name '*.cmake' -o -name '*.h' -o -name '*_test*')"
 
@@ -49,5 +55,9 @@ expect "the module loads from there with the system's perl" "ok" \
         -e 'print VEL::Parser::Lite::NEW() ? "ok" : "no database"')"
 expect "the editor starts and keeps to its command line" \
     "$prefix/libexec/veleditor/veleditor: must specify a vel file" "$("$prefix/bin/veledit")"
+viewer=$prefix/share/veleditor/help/../../HelpViewer/OMBRAHelpViewer.exe
+expect "the help viewer is where the editor looks for it" "Usage:" \
+    "$("$viewer" --help | cut -d ' ' -f 1 | head -n 1)"
+expect "with its pages" yes "$([ -f "$prefix/share/veleditor/help/en-us/tutorials.md" ] && echo yes)"
 
 finish
