@@ -5,8 +5,8 @@ namespace veltool {
 namespace {
 
 constexpr const Command *commands[] = {
-    &formatCommand, &treeCommand, &getCommand, &findTextCommand,
-    &setCommand,    &perlCommand, &dsCommand,
+    &formatCommand,  &treeCommand,  &getCommand,  &findTextCommand, &setCommand,
+    &extractCommand, &embedCommand, &perlCommand, &dsCommand,
 };
 
 } // namespace

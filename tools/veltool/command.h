@@ -62,6 +62,8 @@ extern const Command treeCommand;
 extern const Command getCommand;
 extern const Command findTextCommand;
 extern const Command setCommand;
+extern const Command extractCommand;
+extern const Command embedCommand;
 extern const Command perlCommand;
 extern const Command dsCommand;
 

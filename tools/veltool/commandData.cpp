@@ -1,6 +1,6 @@
 #include "tools/veltool/commandData.h"
 
-#include "tools/veltool/failure.h"
+#include "tools/veltool/dsCommandData.h"
 
 #include <filesystem>
 #include <fstream>
@@ -25,21 +25,26 @@ std::size_t faultyLine(const SourceText &text)
     return 0;
 }
 
-[[noreturn]] void refuseContainer(const std::string &file)
-{
-    throw Failure(file + ": is a def or res file; this version cannot read command data out of it");
-}
-
-/// False for anything that cannot be read twice.
-bool isPlainTextFile(const std::string &file)
+bool isRegularFile(const std::string &file)
 {
     std::error_code error;
-    if (file == standardInput || !std::filesystem::is_regular_file(file, error))
-        return false;
-    std::ifstream in(file, std::ios::binary);
-    std::string start(containerStart.size(), '\0');
-    in.read(start.data(), static_cast<std::streamsize>(start.size()));
-    return kindOf(start) == FileKind::Text;
+    return file != standardInput && std::filesystem::is_regular_file(file, error);
+}
+
+/// One message says it all here: that of the code.
+int dropMessage(const char *, std::int32_t)
+{
+    return 0;
+}
+
+/// The command data of the container at `path`; `file` is named in messages.
+SourceText readContainer(const std::string &path, const std::string &file)
+{
+    try {
+        return SourceText(readCommandData(path, dropMessage));
+    } catch (const ContainerFailure &failure) {
+        throw Failure(file + ": no command data can be read: " + io_code_text(failure.status()));
+    }
 }
 
 } // namespace
@@ -48,6 +53,22 @@ FileKind kindOf(std::string_view firstBytes)
 {
     return firstBytes.substr(0, containerStart.size()) == containerStart ? FileKind::Container
                                                                          : FileKind::Text;
+}
+
+FileKind kindOfFile(const std::string &file)
+{
+    if (!isRegularFile(file))
+        return FileKind::Text;
+    std::ifstream in(file, std::ios::binary);
+    std::string start(containerStart.size(), '\0');
+    in.read(start.data(), static_cast<std::streamsize>(start.size()));
+    return kindOf(start);
+}
+
+Refusal containerRefusal(const std::string &file)
+{
+    return Refusal(file + ": is a def or res file; take its command data out with veltool extract, "
+                          "edit that, and put it back with veltool embed");
 }
 
 velHandlePtr newHandle(Libraries libraries)
@@ -64,7 +85,7 @@ velHandlePtr loadFile(const std::string &file, Libraries libraries)
 {
     // The database reads a plain file by itself, without a copy of ours. The
     // slower way serves pipes, and finds the line at fault.
-    if (isPlainTextFile(file)) {
+    if (isRegularFile(file) && kindOfFile(file) == FileKind::Text) {
         velHandlePtr handle = newHandle(libraries);
         if (!loadVELFile(handle.get(), file.c_str(), "vel"))
             return handle;
@@ -76,9 +97,12 @@ velHandlePtr loadFile(const std::string &file, Libraries libraries)
 
 SourceText readText(const std::string &file)
 {
+    // Of a container, which may be large, only the command data is read.
+    if (kindOfFile(file) == FileKind::Container)
+        return readContainer(file, file);
     std::string bytes = readBytes(file);
     if (kindOf(bytes) == FileKind::Container)
-        refuseContainer(file);
+        return readContainer(TemporaryCopy(bytes).path(), file);
     return SourceText(std::move(bytes));
 }
 

@@ -1,6 +1,7 @@
 // Command data in a database of its own, without Perl.
 #pragma once
 
+#include "tools/veltool/failure.h"
 #include "tools/veltool/sourceText.h"
 #include "velapilt/src/velapilt.h"
 
@@ -12,6 +13,12 @@ namespace veltool {
 enum class FileKind { Text, Container };
 
 [[nodiscard]] FileKind kindOf(std::string_view firstBytes);
+
+/// Of a regular file; Text for everything else.
+[[nodiscard]] FileKind kindOfFile(const std::string &file);
+
+/// What a command says that would have to change a def or res file.
+[[nodiscard]] Refusal containerRefusal(const std::string &file);
 
 /// Whether the rule libraries are read before a file.
 enum class Libraries { Skip, Read };

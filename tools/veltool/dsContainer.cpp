@@ -29,29 +29,36 @@ ContainerFailure::ContainerFailure(const std::string &what, int code)
 {
 }
 
-ReadableFile::ReadableFile(const std::string &file) : path_(file)
+TemporaryCopy::TemporaryCopy(std::string_view bytes)
+    : folder_((std::filesystem::temp_directory_path() / "veltool-XXXXXX").string())
 {
-    if (file != standardInput)
-        return;
-    const std::string bytes = readBytes(file);
-    folder_ = (std::filesystem::temp_directory_path() / "veltool-XXXXXX").string();
     if (!mkdtemp(folder_.data()))
         throw systemFailure(folder_, errno);
-    path_ = folder_ + "/input";
     try {
-        writeFile(path_, bytes);
+        writeFile(path(), bytes);
     } catch (...) {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
+        remove();
         throw;
     }
 }
 
-ReadableFile::~ReadableFile()
+TemporaryCopy::~TemporaryCopy()
+{
+    remove();
+}
+
+void TemporaryCopy::remove() const
 {
     std::error_code ignored;
-    if (!folder_.empty())
-        std::filesystem::remove_all(folder_, ignored);
+    std::filesystem::remove_all(folder_, ignored);
+}
+
+ReadableFile::ReadableFile(const std::string &file) : path_(file)
+{
+    if (file == standardInput) {
+        copy_.emplace(readBytes(file));
+        path_ = copy_->path();
+    }
 }
 
 int reportMessage(const char *text, std::int32_t length)
@@ -93,7 +100,7 @@ void Container::close(io_request number)
 
 void Container::request(io_request number, IO_header header, IO_data &data)
 {
-    check(session_.request(number, reportMessage, &header, &data));
+    check(session_.request(number, routine_, &header, &data));
 }
 
 void Container::check(int code) const

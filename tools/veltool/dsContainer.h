@@ -7,7 +7,9 @@
 #include "io/Src/Main/io_session.h"
 #include "tools/veltool/failure.h"
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace veltool {
 
@@ -19,21 +21,35 @@ public:
     ContainerFailure(const std::string &what, int code);
 };
 
-/// A file to be read: itself, or for "-" standard input, copied into a
-/// temporary file that is gone with the object. Throws a Failure.
+/// Bytes in a temporary file that is gone with the object. Throws a Failure.
+class TemporaryCopy
+{
+public:
+    explicit TemporaryCopy(std::string_view bytes);
+    ~TemporaryCopy();
+    TemporaryCopy(const TemporaryCopy &) = delete;
+    TemporaryCopy &operator=(const TemporaryCopy &) = delete;
+
+    [[nodiscard]] std::string path() const { return folder_ + "/input"; }
+
+private:
+    void remove() const;
+
+    std::string folder_;
+};
+
+/// A file to be read: itself, or for "-" a copy of standard input. Throws a
+/// Failure.
 class ReadableFile
 {
 public:
     explicit ReadableFile(const std::string &file);
-    ~ReadableFile();
-    ReadableFile(const ReadableFile &) = delete;
-    ReadableFile &operator=(const ReadableFile &) = delete;
 
     [[nodiscard]] const std::string &path() const { return path_; }
 
 private:
+    std::optional<TemporaryCopy> copy_;
     std::string path_;
-    std::string folder_; ///< of the copy; empty without one
 };
 
 /// The library's error routine: a line of standard error for each message.
@@ -61,7 +77,11 @@ struct DatasetName
 class Container
 {
 public:
-    Container() : session_(io_real_env()) {}
+    /// The library's messages go to `routine`.
+    explicit Container(io_error_routine routine = reportMessage)
+        : routine_(routine), session_(io_real_env())
+    {
+    }
 
     /// IO_OPEN_PRIMARY and its like.
     void open(io_request number, const std::string &file);
@@ -75,6 +95,7 @@ public:
 
 private:
     std::string name_; ///< of the file opened last
+    io_error_routine routine_;
     io_session session_;
 };
 

@@ -75,6 +75,8 @@ private:
 
     int formatInPlace(const std::string &file) const
     {
+        if (kindOfFile(file) == FileKind::Container)
+            throw containerRefusal(file);
         EditedFile edited(file);
         const SourceText text = readText(file);
         const std::string result = formattedText(text, file);

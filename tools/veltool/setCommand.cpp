@@ -94,8 +94,7 @@ private:
     {
         std::string bytes = readBytes(file_);
         if (kindOf(bytes) == FileKind::Container)
-            throw Refusal(file_ + ": is a def or res file; take its command data out with veltool "
-                                  "extract, edit that, and put it back with veltool embed");
+            throw containerRefusal(file_);
         return SourceText(std::move(bytes));
     }
 

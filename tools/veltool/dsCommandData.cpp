@@ -1,0 +1,127 @@
+#include "tools/veltool/dsCommandData.h"
+
+#include "tools/veltool/dsValues.h"
+
+#include "io/Src/Main/get_ds_location.h"
+
+#include <limits>
+
+namespace veltool {
+
+namespace {
+
+constexpr const char *commandWhat = "G/COMMANDS";
+constexpr const char *commandWhere = "EVERY";
+
+/// As many matches as are told apart.
+constexpr std::size_t candidates = 20;
+
+/// No match is no failure.
+located_datasets findAt(Container &container, std::int32_t when)
+{
+    open_file &file = container.primary();
+    located_datasets found;
+    const int code =
+        find_datasets(*file.report, file.index, commandWhat, commandWhere, when, found);
+    if (code != IO_NOT_FOUND)
+        container.check(code);
+    return found;
+}
+
+located_datasets findAll(Container &container)
+{
+    located_datasets found = findAt(container, -1);
+    return found.size() > candidates ? findAt(container, 0) : found;
+}
+
+std::string joinLines(const IO_data &data, std::int32_t count)
+{
+    std::string lines;
+    for (std::int32_t i = 0; i < count; ++i) {
+        lines += data.strings + static_cast<std::size_t>(i) * IO_STRING_SLOT;
+        lines += '\n';
+    }
+    return lines;
+}
+
+std::string readLines(Container &container, std::int64_t position)
+{
+    open_file &file = container.primary();
+    located_start start;
+    IO_data data;
+    const int code = read_located_dataset_as(file, position, "STRI", data, start);
+    if (code == IO_OK)
+        return {};
+    if (code != IO_NO_ROOM)
+        container.check(code);
+    std::vector<char> strings(static_cast<std::size_t>(data.strings_size) * IO_STRING_SLOT);
+    data.strings = strings.data();
+    container.check(read_located_dataset_as(file, position, "STRI", data, start));
+    return joinLines(data, start.header.count);
+}
+
+void writeAt(Container &container, std::int32_t when, std::int32_t count, IO_data &data)
+{
+    DatasetName name(commandWhat, commandWhere, std::to_string(when));
+    name.type = "STRI";
+    name.count = count;
+    container.request(IO_WRITE_PRIMARY_DS, name.header(), data);
+}
+
+void deleteAt(Container &container, std::int32_t when)
+{
+    DatasetName name(commandWhat, commandWhere, std::to_string(when));
+    IO_data data;
+    container.request(IO_DELETE_PRIMARY_DS, name.header(), data);
+}
+
+} // namespace
+
+std::optional<std::int32_t> findCommandData(Container &container)
+{
+    const located_datasets found = findAll(container);
+    if (found.empty())
+        return std::nullopt;
+    return found.front().when;
+}
+
+std::string readCommandData(const std::string &file, io_error_routine routine)
+{
+    Container container(routine);
+    container.open(IO_OPEN_PRIMARY, file);
+    const located_datasets found = findAll(container);
+    if (found.empty())
+        throw ContainerFailure(file + ": does not contain Command File data", IO_NOT_FOUND);
+    std::string lines = readLines(container, found.front().position);
+    container.close();
+    return lines;
+}
+
+void writeCommandData(const std::string &file, std::string_view lines)
+{
+    data_type type;
+    type.entries = {{IO_STRI, 1, static_cast<std::int32_t>(commandLineLength)}};
+    const std::int32_t count = countElements(type, lines);
+    element_storage storage;
+    if (!storage.allocate(total_counts(type, count), type.string_slot()))
+        throw ContainerFailure(file, IO_NO_MEMORY);
+    parseValues(type, lines, storage.data());
+
+    Container container;
+    container.open(IO_OPEN_PRIMARY_WRITE, file);
+    const std::optional<std::int32_t> former = findCommandData(container);
+    const std::int32_t when = former.value_or(0);
+    // The new data first stands behind the former, where it already counts:
+    // whatever ends the program, one of them is whole.
+    const bool staged = former && when < std::numeric_limits<std::int32_t>::max();
+    if (staged)
+        writeAt(container, when + 1, count, storage.data());
+    if (former)
+        deleteAt(container, when);
+    writeAt(container, when, count, storage.data());
+    if (staged)
+        deleteAt(container, when + 1);
+    container.close();
+}
+
+} // namespace veltool

@@ -1,0 +1,130 @@
+// Command data in def and res files: extract, embed, and the commands that
+// read it in place.
+#include "tools/veltool/tests/toolRun.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace veltool::test {
+namespace {
+
+const std::string text = "DOMAIN: Pipe\n"
+                         "  Kind = Fluid # remark\n"
+                         "  Location = Inlet, \\\n"
+                         "    Outlet\n"
+                         "END\n";
+
+class ContainerData : public ::testing::Test
+{
+protected:
+    ContainerData()
+    {
+        vel_ = folder_.write("a.vel", text);
+        file_ = folder_.path("a.def");
+        EXPECT_EQ(write("FIELD", "ZONE 1", "0", "INTR", "1\n2\n"), 0);
+    }
+
+    [[nodiscard]] int write(const std::string &what, const std::string &where,
+                            const std::string &when, const std::string &type,
+                            const std::string &input) const
+    {
+        return runTool({"ds", "write", file_, what, where, when, type}, input).status;
+    }
+
+    [[nodiscard]] std::string extracted() const { return runTool({"extract", file_}).out; }
+
+    TemporaryFolder folder_;
+    std::string vel_;
+    std::string file_;
+};
+
+TEST_F(ContainerData, ComesOutAsItWentIn)
+{
+    const ToolRun run = runTool({"embed", vel_, file_});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(extracted(), text);
+    EXPECT_EQ(runTool({"extract", file_, "-o", folder_.path("out.vel")}).status, 0);
+    EXPECT_EQ(folder_.read("out.vel"), text);
+    EXPECT_EQ(runTool({"ds", "read", file_, "FIELD", "ZONE 1", "0"}).out, "1\n2\n");
+    EXPECT_EQ(runTool({"ds", "verify", file_}).out, "");
+}
+
+TEST_F(ContainerData, TakesThePlaceOfTheFormerOnes)
+{
+    ASSERT_EQ(write("G/COMMANDS", "EVERY", "3", "STRI", "A = 1\n"), 0);
+    ASSERT_EQ(write("G/COMMANDS", "EVERY", "7", "STRI", "A = 2\n"), 0);
+    EXPECT_EQ(extracted(), "A = 2\n");
+    EXPECT_EQ(runTool({"embed", vel_, file_}).status, 0);
+    EXPECT_EQ(extracted(), text);
+    const std::string located = runTool({"ds", "locate", file_, "G/COMMANDS", "EVERY", "-1"}).out;
+    EXPECT_EQ(located.rfind("G/COMMANDS\tEVERY\t7\t", 0), 0U) << located;
+    EXPECT_NE(located.find("\nG/COMMANDS\tEVERY\t3\t"), std::string::npos) << located;
+    EXPECT_EQ(std::count(located.begin(), located.end(), '\n'), 2) << located;
+}
+
+TEST_F(ContainerData, OfMoreThanTwentyTheOneAtZeroCounts)
+{
+    for (int when = 0; when < 21; ++when) {
+        ASSERT_EQ(write("G/COMMANDS", "EVERY", std::to_string(when), "STRI",
+                        "A = " + std::to_string(when) + "\n"),
+                  0);
+    }
+    EXPECT_EQ(extracted(), "A = 0\n");
+}
+
+TEST_F(ContainerData, IsReadInPlace)
+{
+    ASSERT_EQ(runTool({"embed", vel_, file_}).status, 0);
+    for (const char *command : {"tree", "format"})
+        EXPECT_EQ(runTool({command, file_}).out, runTool({command, vel_}).out);
+    EXPECT_EQ(runTool({"get", file_, "/DOMAIN:Pipe/Location"}).out, "Inlet, Outlet\n");
+    EXPECT_EQ(runTool({"find", file_, "fluid"}).out, file_ + ":2: /DOMAIN:Pipe/Kind = Fluid\n");
+    const std::string bytes = folder_.read("a.def");
+    EXPECT_EQ(runTool({"get", "-", "/DOMAIN:Pipe/Kind"}, bytes).out, "Fluid\n");
+    EXPECT_EQ(runTool({"extract", "-"}, bytes).out, text);
+}
+
+TEST_F(ContainerData, IsNotFormattedOrSetInPlace)
+{
+    ASSERT_EQ(runTool({"embed", vel_, file_}).status, 0);
+    const std::string before = folder_.read("a.def");
+    EXPECT_EQ(runTool({"format", "-i", file_}).status, 1);
+    EXPECT_EQ(runTool({"format", "-o", file_, file_}).status, 1);
+    EXPECT_EQ(runTool({"set", file_, "/DOMAIN:Pipe/Kind", "Solid"}).status, 1);
+    EXPECT_EQ(runTool({"extract", file_, "-o", file_}).status, 2);
+    EXPECT_EQ(folder_.read("a.def"), before);
+    EXPECT_FALSE(folder_.has("a.def.bak"));
+}
+
+TEST_F(ContainerData, LongLinesAreStoredFormatted)
+{
+    const std::string longLine =
+        "A = " + std::string(40, 'x') + ", " + std::string(40, 'y') + " # remark\n";
+    const std::string file = folder_.write("long.vel", longLine);
+    EXPECT_EQ(runTool({"embed", file, file_}).status, 0);
+    EXPECT_EQ(extracted(), runTool({"format", file}).out);
+
+    const std::string unbroken = std::string(100, 'x');
+    EXPECT_EQ(runTool({"embed", folder_.write("x.vel", "A = " + unbroken + "\n"), file_}).status,
+              0);
+    EXPECT_EQ(runTool({"get", file_, "/A"}).out, unbroken + "\n");
+}
+
+TEST_F(ContainerData, EndsWithTheLibrarysCode)
+{
+    EXPECT_EQ(runTool({"extract", file_}).status, 17);
+    EXPECT_EQ(runTool({"tree", file_}).status, 2);
+    EXPECT_EQ(runTool({"extract", vel_}).status, 20);
+    EXPECT_EQ(runTool({"embed", vel_, vel_}).status, 20);
+    EXPECT_EQ(folder_.read("a.vel"), text);
+    const ToolRun missing = runTool({"embed", vel_, folder_.path("none")});
+    EXPECT_EQ(missing.status, runTool({"ds", "list", folder_.path("none")}).status);
+    EXPECT_FALSE(folder_.has("none"));
+    const std::string before = folder_.read("a.def");
+    EXPECT_EQ(runTool({"embed", folder_.write("bad", "no sense\n"), file_}).status, 2);
+    EXPECT_EQ(folder_.read("a.def"), before);
+}
+
+} // namespace
+} // namespace veltool::test
