@@ -162,6 +162,22 @@ void Editor::showHelp(const char *topic)
     helpServer_->showHelp(topic, "", JavaHelpServer::RegularHelp);
 }
 
+/// The topic of an object's row is its type, as its label has it before the
+/// colon; a parameter is a section of its object's topic.
+void Editor::helpOnRow()
+{
+    const VELTreeItem *row = tree_->selectedItem();
+    const bool isParameter = row != nullptr && row->hasValue();
+    const auto *object = isParameter ? VELTreeItem::from(row->parent()) : row;
+    if (object == nullptr || object->path() == "/") {
+        helpOnEditor();
+        return;
+    }
+    const QString type = object->label().section(QLatin1String(" :"), 0, 0);
+    helpServer_->showHelp(toBytes(type), isParameter ? toBytes(row->label()) : std::string(),
+                          JavaHelpServer::RegularHelp);
+}
+
 void Editor::helpOnEditor()
 {
     showHelp("Def File Editor");

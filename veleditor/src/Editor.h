@@ -60,6 +60,7 @@ private:
     void setIconAndLabel();
     void makeHelpServer();
     void showHelp(const char *topic);
+    void helpOnRow();
     void showWelcome();
     void loadCommandData(bool safeMode);
     void switchChecksOn();
@@ -67,6 +68,7 @@ private:
     void addFileMenu(QMenuBar &bar);
     void addEditMenu(QMenuBar &bar);
     void addHelpMenu(QMenuBar &bar);
+    void addHelpKey();
 
     [[nodiscard]] bool confirmErrors();
     [[nodiscard]] bool mayClose();

@@ -38,6 +38,7 @@ void Editor::addMenus()
     addEditMenu(*menuBar_);
     menuBar_->addSeparator();
     addHelpMenu(*menuBar_);
+    addHelpKey();
 }
 
 void Editor::addFileMenu(QMenuBar &bar)
@@ -82,6 +83,16 @@ void Editor::addHelpMenu(QMenuBar &bar)
     addHelpEntry(tr("&Search"), "HelpSearch", &Editor::helpSearch);
     menu->addSeparator();
     addHelpEntry(tr("&Help On Help"), "HelpOnHelp", &Editor::helpOnHelp);
+}
+
+// A key without a menu entry, as everybody tries it first.
+void Editor::addHelpKey()
+{
+    auto *action = new QAction(tr("Help on Row"), this);
+    action->setObjectName(QStringLiteral("HelpOnRow"));
+    action->setShortcut(QKeySequence(Qt::Key_F1));
+    connect(action, &QAction::triggered, this, &Editor::helpOnRow);
+    addAction(action);
 }
 
 } // namespace velEditor

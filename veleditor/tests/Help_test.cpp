@@ -29,6 +29,7 @@ private slots:
     void asksForTheTopicsOfTheMenu();
     void asksForTheIndex();
     void declaresItsSlotsInOrder();
+    void asksForTheSelectedRow();
     void quitsTheViewerWithTheWindow();
     void quitsTheViewerWithoutSaving();
     void quitsTheViewerAfterSaving();
@@ -117,6 +118,23 @@ void EditorHelpTest::declaresItsSlotsInOrder()
     QCOMPARE(slotNames, QStringList({"doSave()", "validateData()", "helpOnEditor()",
                                      "helpOnExpertParams()", "helpMaster()", "helpIndex()",
                                      "helpTutorial()", "helpSearch()", "helpOnHelp()"}));
+}
+
+void EditorHelpTest::asksForTheSelectedRow()
+{
+    openWithViewer();
+    press("F1");
+    select("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in");
+    press("F1");
+    select("/FLOW:Analysis/EXPERT PARAMETERS");
+    press("F1");
+    select("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Mass Flow Rate");
+    press("F1");
+    QCOMPARE(notesUpTo("got ZOT:BOUNDARY#Mass Flow Rate"), QString(started) +
+                                                               "got ZOT:Def File Editor\n"
+                                                               "got ZOT:BOUNDARY\n"
+                                                               "got ZOT:EXPERT PARAMETERS\n"
+                                                               "got ZOT:BOUNDARY#Mass Flow Rate\n");
 }
 
 void EditorHelpTest::quitsTheViewerWithTheWindow()
