@@ -3,6 +3,7 @@
 #include "tools/veltool/tests/toolRun.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace veltool::test {
@@ -109,6 +110,25 @@ TEST_F(ContainerData, LongLinesAreStoredFormatted)
     EXPECT_EQ(runTool({"embed", folder_.write("x.vel", "A = " + unbroken + "\n"), file_}).status,
               0);
     EXPECT_EQ(runTool({"get", file_, "/A"}).out, unbroken + "\n");
+}
+
+TEST_F(ContainerData, ExamplesAreWhatTheirScriptMakes)
+{
+    const std::string examples = std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/";
+    const ToolRun made = runShell("perl '" + examples + "make-containers.pl' \"$VELTOOL\" '" +
+                                  folder_.path() + "' 2>&1");
+    ASSERT_EQ(made.status, 0) << made.out;
+    const std::string formatted = runTool({"format", examples + "duct.vel"}).out;
+    for (const std::string name : {"duct.def", "duct.res"}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(runTool({"ds", "verify", examples + name}).status, 0);
+        EXPECT_EQ(runTool({"format", examples + name}).out, formatted);
+        EXPECT_EQ(runTool({"extract", examples + name}).out,
+                  runTool({"extract", folder_.path(name)}).out);
+    }
+    const std::string result = examples + "duct.res";
+    EXPECT_EQ(runTool({"ds", "read", result, "PRESSURE", "ZONE 1", "-1"}).out,
+              runTool({"ds", "read", folder_.path("duct.res"), "PRESSURE", "ZONE 1", "30"}).out);
 }
 
 TEST_F(ContainerData, EndsWithTheLibrarysCode)
