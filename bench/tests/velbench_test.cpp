@@ -57,6 +57,23 @@ TEST_F(VelbenchTest, ParsesAndFormats)
     EXPECT_EQ(format["params"], 3);
 }
 
+TEST_F(VelbenchTest, WritesAndReadsContainers)
+{
+    const std::string data = folder_.write("doubles", std::string(8000, 'x'));
+    for (const std::string name : {"ds.write.raw", "ds.read.raw", "ds.write.z5", "ds.read.z5"}) {
+        const auto result = measure(name + ' ' + folder_.path() + ' ' + data);
+        EXPECT_EQ(result["name"], name);
+        EXPECT_EQ(result["bytes"], 8000);
+        EXPECT_EQ(result["params"], 1000);
+    }
+    for (const std::string name : {"ds.append", "ds.open", "ds.locate"}) {
+        const auto result = measure(name + ' ' + folder_.path());
+        EXPECT_EQ(result["name"], name);
+        EXPECT_EQ(result["params"], 20000);
+    }
+    EXPECT_FALSE(folder_.has("velbench.res"));
+}
+
 TEST_F(VelbenchTest, LooksUp)
 {
     const std::string paths = folder_.write("paths", "/A:a/x\n/A:a/y\n/z\n/z\n");

@@ -25,6 +25,14 @@ Result velParse(const Arguments &arguments);
 Result velFormat(const Arguments &arguments);
 Result velLookup(const Arguments &arguments);
 
+Result dsWriteRaw(const Arguments &arguments);
+Result dsReadRaw(const Arguments &arguments);
+Result dsWriteZ5(const Arguments &arguments);
+Result dsReadZ5(const Arguments &arguments);
+Result dsAppend(const Arguments &arguments);
+Result dsOpen(const Arguments &arguments);
+Result dsLocate(const Arguments &arguments);
+
 Result perlCall(const Arguments &arguments);
 Result perlMethod(const Arguments &arguments);
 
