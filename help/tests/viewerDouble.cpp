@@ -2,7 +2,7 @@
 // to the file HELP_DOUBLE_LOG, one line each: the start with all arguments, each
 // command received, the end. HELP_DOUBLE says how it behaves:
 //   (unset)     as a viewer should
-//   say TEXT    prints TEXT instead of a port, then sleeps
+//   say TEXT    prints TEXT instead of a port, and stays
 //   leave       ends after one command
 #include "common/error.h"
 #include "help/Socket.h"
@@ -30,6 +30,14 @@ void say(const std::string &text)
 {
     std::fputs(text.c_str(), stdout);
     std::fflush(stdout);
+}
+
+/// Stays for a minute, or as long as the test that has started it.
+void lingerWithParent()
+{
+    const pid_t parent = ::getppid();
+    for (int i = 0; i < 600 && ::getppid() == parent; ++i)
+        ::usleep(100'000);
 }
 
 /// The next line without its end; empty at the end of the connection.
@@ -72,7 +80,9 @@ int main(int count, char **words)
     const std::string conduct = variable != nullptr ? variable : "";
     if (conduct.substr(0, 4) == "say ") {
         say(conduct.substr(4));
-        return conduct.size() > 4 ? static_cast<int>(::sleep(60)) : 0;
+        if (conduct.size() > 4)
+            lingerWithParent();
+        return 0;
     }
     try {
         serve(conduct == "leave");

@@ -31,7 +31,11 @@ Viewer::Viewer(const QString &folder, const QString &language)
     QTimer::singleShot(clientLimit, this, &Viewer::endIfUnused);
 }
 
-Viewer::~Viewer() = default;
+// Connections that are cut with the listener are of no interest any more.
+Viewer::~Viewer()
+{
+    listener_.disconnect(this);
+}
 
 void Viewer::handle(const Request &request)
 {
