@@ -108,6 +108,7 @@ std::vector<std::string> withDescriptor(std::vector<std::string> arguments, int 
 int spawn(std::vector<std::string> arguments, const FileActions &actions)
 {
     std::vector<char *> words;
+    words.reserve(arguments.size() + 1);
     for (std::string &argument : arguments)
         words.push_back(argument.data());
     words.push_back(nullptr);
