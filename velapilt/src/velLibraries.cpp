@@ -6,21 +6,27 @@
 
 namespace {
 
+constexpr const char *noMemory = "readNamedLibraries: unable to allocate the fullPath string\n";
+
 bool isSeparator(char c)
 {
     return c == '/' || c == '\\';
 }
 
-bool isDirectory(const char *path)
+bool isDirectory(std::string name)
 {
-    std::string name(path == nullptr ? "" : path);
-    if (!name.empty() && isSeparator(name.back())) {
-        name.pop_back();
+    if (name.size() > 1 && isSeparator(name.back())) {
+        name.pop_back(); // the root directory is all separator
     }
     std::error_code error;
-    // The root directory is all separator.
-    return std::filesystem::is_directory(
-        name.empty() && path != nullptr && *path != '\0' ? path : name, error);
+    return std::filesystem::is_directory(name, error);
+}
+
+/// ZOT5_VEL_LIBSDIR where that names a directory, else `otherwise`.
+std::string libraryDirectory(const char *otherwise)
+{
+    const char *given = std::getenv("ZOT5_VEL_LIBSDIR");
+    return given != nullptr && isDirectory(given) ? given : otherwise;
 }
 
 /// Whether an item of the list is used as it stands: ".…", "/…", "C:/…".
@@ -51,26 +57,24 @@ const char *readLibrary(velHandle *handle, const std::string &path)
 } // namespace
 
 const char *readLibraries(velHandle *handle)
-{
+try {
     const char *list = std::getenv("ZOT5_VEL_LIBS");
     if (list == nullptr) {
         return "Error: No library files specified by $ZOT5_VEL_LIBS. No libraries were read.\n";
     }
-    const char *directory = std::getenv("ZOT5_VEL_LIBSDIR");
-    return readNamedLibraries(handle, list, isDirectory(directory) ? directory : "./");
+    return readNamedLibraries(handle, list, libraryDirectory("./").c_str());
+} catch (const std::bad_alloc &) {
+    return noMemory;
 }
 
 const char *readNamedLibraries(velHandle *handle, const char *list, const char *directory)
 try {
-    const char *folder = directory;
-    if (folder == nullptr || *folder == '\0') {
-        const char *given = std::getenv("ZOT5_VEL_LIBSDIR");
-        folder = isDirectory(given) ? given : "";
-    }
+    const std::string folder =
+        directory == nullptr || *directory == '\0' ? libraryDirectory("") : directory;
     if (!isDirectory(folder)) {
         return "readNamedLibraries: unable to find a valid lib directory\n";
     }
-    const std::string prefix = std::string(folder) + '/';
+    const std::string prefix = folder + '/';
     const std::string copy(list == nullptr ? "" : list);
     std::string_view rest(copy);
     while (!rest.empty()) {
@@ -89,5 +93,5 @@ try {
     }
     return nullptr;
 } catch (const std::bad_alloc &) {
-    return "readNamedLibraries: unable to allocate the fullPath string\n";
+    return noMemory;
 }

@@ -189,6 +189,7 @@ void velPathTable::remove(velNode *node)
 {
     flush();
     forget(node);
+    longNode_ = nullptr;
     velNode **place = &buckets_[hashOf(function_, node)];
     while (*place != node) {
         place = &(*place)->bucketNext;
@@ -317,14 +318,14 @@ velNode *velPathTable::find(std::string_view path)
         return root_;
     }
     if (path.size() > longestRemembered) {
-        return walkDown(path);
+        return findLong(path);
     }
     const std::uint64_t hash = velPathMemo::hash(path);
     const auto isIt = [this, path](const velNode *node) { return hasPath(node, path); };
     if (velNode *known = memo_.find(hash, isIt); known != nullptr) {
         return known;
     }
-    velNode *node = walkDown(path);
+    velNode *node = walkDown(root_, path);
     if (node != nullptr) {
         memo_.remember(hash, node, entries());
         if (!node->parent->isRoot()) {
@@ -334,9 +335,9 @@ velNode *velPathTable::find(std::string_view path)
     return node;
 }
 
-velNode *velPathTable::walkDown(std::string_view path)
+velNode *velPathTable::walkDown(velNode *from, std::string_view path)
 {
-    velNode *node = root_;
+    velNode *node = from;
     while (node != nullptr && !path.empty()) {
         path.remove_prefix(1); // the '/' in front of the component
         const std::size_t end = std::min(path.find('/'), path.size());
@@ -344,6 +345,51 @@ velNode *velPathTable::walkDown(std::string_view path)
         path.remove_prefix(end);
     }
     return node;
+}
+
+velNode *velPathTable::findLong(std::string_view path)
+{
+    velNode *above = nearestAbove(path);
+    velNode *node = walkDown(above, path.substr(above->isRoot() ? 0 : above->pathLength));
+    if (node != nullptr) {
+        rememberLong(node->isParam() ? node->parent : node, path);
+    }
+    return node;
+}
+
+/// The last long path's block, or the lowest above it, through which `path` leads.
+velNode *velPathTable::nearestAbove(std::string_view path) const
+{
+    if (longNode_ == nullptr) {
+        return root_;
+    }
+    std::size_t common = longPath_.size();
+    if (!path.starts_with(longPath_)) {
+        const auto end =
+            std::mismatch(path.begin(), path.end(), longPath_.begin(), longPath_.end());
+        common = static_cast<std::size_t>(end.first - path.begin());
+    }
+    const auto leadsThrough = [path, common](const velNode *node) {
+        const std::size_t length = node->pathLength;
+        return length <= common && (length == path.size() || path[length] == '/');
+    };
+    velNode *node = longNode_;
+    while (!node->isRoot() && !leadsThrough(node)) {
+        node = node->parent;
+    }
+    return node;
+}
+
+void velPathTable::rememberLong(velNode *node, std::string_view path)
+try {
+    if (node == longNode_) {
+        return;
+    }
+    longNode_ = nullptr;
+    longPath_ = path.substr(0, node->isRoot() ? 0 : node->pathLength);
+    longNode_ = node;
+} catch (const std::bad_alloc &) {
+    return; // the next long path is walked from the root
 }
 
 velNode *velPathTable::findByText(std::string_view path)

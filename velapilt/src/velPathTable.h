@@ -11,7 +11,9 @@
 // - Below a parent with few children a child is found by walking them, which
 //   lie side by side in memory.
 // - What was found by its path text is remembered under a quick hash of it, so
-//   that asking again need not walk down from the root (velPathMemo.h).
+//   that asking again need not walk down from the root (velPathMemo.h). Paths
+//   too long for that are walked from where the last such path led: whoever
+//   asks about a deep block asks about its parameters and neighbours next.
 //
 // A node that was unlinked while it had children leaves its descendants in the
 // table ("detached"). From then on paths are compared as texts throughout, for
@@ -95,7 +97,10 @@ private:
 
     [[nodiscard]] velComponent componentOf(std::string_view text) const;
     [[nodiscard]] velNode *findByText(std::string_view path);
-    [[nodiscard]] velNode *walkDown(std::string_view path);
+    [[nodiscard]] velNode *walkDown(velNode *from, std::string_view path);
+    [[nodiscard]] velNode *findLong(std::string_view path);
+    [[nodiscard]] velNode *nearestAbove(std::string_view path) const;
+    void rememberLong(velNode *node, std::string_view path);
 
     const velWords &words_;
     velHashFunction function_;
@@ -105,5 +110,7 @@ private:
     std::size_t pendingCount_ = 0;
     std::vector<velNode *> detached_;
     velPathMemo memo_;
-    velNode *root_ = nullptr; // not owned
+    velNode *root_ = nullptr;     // not owned
+    velNode *longNode_ = nullptr; // the block that a long path led to last; not owned
+    std::string longPath_;        // its path
 };

@@ -40,6 +40,33 @@ const char *valueOf(velHandle *handle, const char *path, const char *unknown,
     return nullptr;
 }
 
+/// The elements as logicals, or, where any is none, the whole message of that
+/// in `failures`. Throws bad_alloc.
+const char *readLogicals(std::string_view text, std::vector<std::int32_t> *values,
+                         std::string *failures)
+{
+    velStringList elements;
+    if (const char *error = splitStringString(text, &elements)) {
+        return error;
+    }
+    std::vector<std::int32_t> result;
+    for (const char *element : elements) {
+        std::int32_t value = 1; // of an element that fails
+        std::string failure;
+        if (const char *error = isLogicalValue(element, &value, &failure)) {
+            if (failures->empty()) {
+                *failures = "splitLogicalString: not all entries were logicals:\n";
+            }
+            *failures += error;
+        }
+        result.push_back(value);
+    }
+    if (failures->empty()) {
+        *values = std::move(result);
+    }
+    return nullptr;
+}
+
 constexpr const char *listUnknown = "getStringList: unable to find value";
 
 } // namespace
@@ -85,26 +112,15 @@ try {
 const char *splitLogicalString(std::string_view text, std::vector<std::int32_t> *values,
                                std::string *message)
 try {
-    velStringList elements;
-    if (const char *error = splitStringString(text, &elements)) {
+    std::string failures;
+    if (const char *error = readLogicals(text, values, &failures)) {
         return error;
     }
-    std::vector<std::int32_t> result;
-    std::string failures;
-    for (const char *element : elements) {
-        std::int32_t value = 1; // of an element that fails
-        std::string failure;
-        if (const char *error = isLogicalValue(element, &value, &failure)) {
-            failures += error;
-        }
-        result.push_back(value);
+    if (failures.empty()) {
+        return nullptr;
     }
-    if (!failures.empty()) {
-        *message = "splitLogicalString: not all entries were logicals:\n" + failures;
-        return message->c_str();
-    }
-    *values = std::move(result);
-    return nullptr;
+    *message = std::move(failures);
+    return message->c_str();
 } catch (const std::bad_alloc &) {
     return "splitLogicalString: unable to allocate error message.\n";
 }
@@ -183,7 +199,7 @@ try {
     }
     std::string message;
     const char *error = isLogicalValue(std::string(text).c_str(), value, &message);
-    return error == nullptr || message.empty() ? error : velRecordError(handle, message);
+    return message.empty() ? error : velRecordError(handle, message);
 } catch (const std::bad_alloc &) {
     return "getLogicalValue: unable to find value";
 }
@@ -222,9 +238,11 @@ try {
     if (const char *error = valueOf(handle, path, listUnknown, &text)) {
         return error;
     }
-    std::string message;
-    const char *error = splitLogicalString(text, list, &message);
-    return error == nullptr || message.empty() ? error : velRecordError(handle, message);
+    std::string failures;
+    if (const char *error = readLogicals(text, list, &failures)) {
+        return error;
+    }
+    return failures.empty() ? nullptr : velRecordError(handle, failures);
 } catch (const std::bad_alloc &) {
     return listUnknown;
 }

@@ -84,6 +84,55 @@ TEST(VelDepth, TenThousandBlocksAskedAndDeleted)
     EXPECT_EQ(stored(handle), "");
 }
 
+// Long paths are walked from where the last one led.
+TEST(VelDepth, LongPathsAreAnsweredInAnyOrder)
+{
+    constexpr int depth = 4000;
+    std::string text;
+    for (int i = 0; i < depth; ++i) {
+        text += "x = " + std::to_string(i) + "\nB: b\nEND\nB: bb\n";
+    }
+    text += "y = 1\n";
+    for (int i = 0; i < depth; ++i) {
+        text += "END\n";
+    }
+    const velHandlePtr handle = parsed("A:\n" + text + "END\n");
+    const auto at = [](int level, const char *rest) {
+        std::string path = "/A";
+        for (int i = 0; i < level; ++i) {
+            path += "/B:bb";
+        }
+        return path + rest;
+    };
+    const auto have = [&](int level, const char *rest) {
+        return havePath(handle.get(), at(level, rest).c_str());
+    };
+    for (const int level : {1000, 1001, 3999, 900, 2000, 1999, 3998, 1500, 3000}) {
+        EXPECT_EQ(valueAt(handle, at(level, "/x").c_str()), std::to_string(level));
+        EXPECT_EQ(have(level, "/B:b"), 1) << level;
+        EXPECT_EQ(have(level, "/B:b/x"), 0) << "a shorter name";
+        EXPECT_EQ(have(level, "/B:bbb"), 0) << "a longer name";
+        EXPECT_EQ(have(level, "/B"), 0) << level;
+        EXPECT_EQ(have(level, "/x"), 1) << level;
+        EXPECT_EQ(have(level, "/x/x"), 0) << "below a parameter";
+        EXPECT_EQ(have(level, "/y"), 0) << level;
+        EXPECT_EQ(have(level, ""), 1) << level;
+        EXPECT_EQ(have(level, "x"), 0) << level;
+    }
+    EXPECT_EQ(have(depth, "/y"), 1);
+    EXPECT_EQ(have(depth, "/x"), 0);
+
+    EXPECT_EQ(have(3500, "/B:b"), 1);
+    EXPECT_EQ(said(deleteObjH(handle.get(), at(3500, "/B:b").c_str())), "");
+    EXPECT_EQ(have(3500, "/B:b"), 0) << "deleted where the last question led";
+    EXPECT_EQ(have(3500, "/x"), 1);
+    EXPECT_EQ(said(deleteObjH(handle.get(), at(3000, "").c_str())), "");
+    EXPECT_EQ(have(3500, "/x"), 0) << "with all that was around it";
+    EXPECT_EQ(have(2999, "/x"), 1);
+    EXPECT_EQ(parse(handle, "A:\nB: bb\nz = 1\nEND\nEND\n"), "");
+    EXPECT_EQ(have(1, "/z"), 1);
+}
+
 TEST(VelDepth, AReplaceBlockSweepsTenThousandBlocks)
 {
     const velHandlePtr handle = parsed(nested(10000));
