@@ -1,33 +1,12 @@
 #include "veleditor/src/ValueText.h"
 
-#include <QCoreApplication>
+#include "velparser/api/velValueText.h"
 
-#include <algorithm>
+#include <QCoreApplication>
 
 namespace velEditor {
 
 namespace {
-
-bool isControl(char c)
-{
-    return static_cast<unsigned char>(c) < 32 && c != '\t';
-}
-
-/// A '#' begins a remark unless a back-slash stands directly before it.
-bool holdsRemark(std::string_view value)
-{
-    for (std::size_t i = value.find('#'); i != std::string_view::npos; i = value.find('#', i + 1)) {
-        if (i == 0 || value[i - 1] != '\\')
-            return true;
-    }
-    return false;
-}
-
-bool endsInBackslash(std::string_view value)
-{
-    const std::size_t last = value.find_last_not_of(" \t");
-    return last != std::string_view::npos && value[last] == '\\';
-}
 
 QString sentence(const char *text)
 {
@@ -38,15 +17,20 @@ QString sentence(const char *text)
 
 QString whyFileCannotHold(std::string_view value)
 {
-    if (std::any_of(value.begin(), value.end(), isControl))
+    switch (velparser::checkValueText(value).fault) {
+    case velparser::ValueFault::ControlCharacter:
         return sentence("A value cannot hold control characters.\n"
                         "Please correct the value before continuing.");
-    if (holdsRemark(value))
+    case velparser::ValueFault::Remark:
         return sentence("A value cannot hold the character \"#\": it begins a remark in a "
-                        "command file.\nPlease correct the value before continuing.");
-    if (endsInBackslash(value))
+                        "command file.\nWrite \"\\#\" where you mean the character itself.");
+    case velparser::ValueFault::FinalBackslash:
         return sentence("A value cannot end in a back-slash: it continues a line in a command "
                         "file.\nPlease correct the value before continuing.");
+    case velparser::ValueFault::WhiteSpace: // several blanks mean what one does
+    case velparser::ValueFault::None:
+        break;
+    }
     return QString();
 }
 

@@ -266,8 +266,8 @@ void VELTreeAddTest::refusesBadEntries_data()
         << "a"
         << "1 # one"
         << "Add Parameter\nA value cannot hold the character \"#\": it begins "
-           "a remark in a command file.\nPlease correct the value before "
-           "continuing.\n";
+           "a remark in a command file.\nWrite \"\\#\" where you mean the character "
+           "itself.\n";
 }
 
 void VELTreeAddTest::refusesBadEntries()

@@ -205,11 +205,12 @@ void VELTreeEditTest::refusesWhatAFileCannotHold()
         pressButton(dialog, "Ok");
     });
     doubleClick(title);
-    QCOMPARE(boxes, QStringList(
-                        {"Edit Parameter\nA value cannot hold the character \"#\": it begins a "
-                         "remark in a command file.\nPlease correct the value before continuing.\n",
-                         "Edit Parameter\nA value cannot end in a back-slash: it continues a line "
-                         "in a command file.\nPlease correct the value before continuing.\n"}));
+    QCOMPARE(boxes,
+             QStringList(
+                 {"Edit Parameter\nA value cannot hold the character \"#\": it begins a "
+                  "remark in a command file.\nWrite \"\\#\" where you mean the character itself.\n",
+                  "Edit Parameter\nA value cannot end in a back-slash: it continues a line "
+                  "in a command file.\nPlease correct the value before continuing.\n"}));
     QCOMPARE(stored(title), QString("5 \\# kept"));
 }
 

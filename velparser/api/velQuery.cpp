@@ -27,7 +27,7 @@ const char *runWithHandlers(Operation operation)
     return keepMessage(defaultInstance(), plainValue(aTHX_ died));
 }
 
-/// What the two queries for allowed texts say when memory runs out.
+/// What the queries for lists of texts say when memory runs out.
 struct ListMessages
 {
     const char *noText;
@@ -45,6 +45,12 @@ constexpr ListMessages nameMessages = {
     "Invalid text array in getAllowedParams\n",
     "getAllowedParams: cannot malloc text",
     "getAllowedParams: cannot malloc (*text)[i]",
+};
+
+constexpr ListMessages explanationMessages = {
+    "Invalid text array in explainItem\n",
+    "explainItem: cannot malloc text",
+    "explainItem: cannot malloc (*text)[i]",
 };
 
 const char *copyTexts(pTHX_ AV *array, const ListMessages &messages, velStringList *list)
@@ -73,6 +79,23 @@ const char *checkListQuery(const velStringList *list, const ListMessages &messag
     if (!defaultInstance()->api)
         return "Invalid (uninitialized) instance handle";
     return list ? nullptr : messages.noText;
+}
+
+/// A method that fills an array with texts about one path.
+const char *listTexts(const char *method, const char *path, const ListMessages &messages,
+                      velStringList *list)
+{
+    if (const char *error = checkListQuery(list, messages))
+        return error;
+    pTHX = velInterpreter();
+    const PerlLocale locale;
+    AV *array = newAV();
+    if (const char *error = getAnyValue(defaultInstance(), method, path, array))
+        return error;
+    const char *error =
+        guarded(messages.cannotAllocate, [&] { return copyTexts(aTHX_ array, messages, list); });
+    SvREFCNT_dec_NN(MUTABLE_SV(array));
+    return error;
 }
 
 } // namespace
@@ -174,17 +197,12 @@ int isItemExpert(const char *path)
 
 const char *getAllowedParamStrings(const char *path, velStringList *values)
 {
-    if (const char *error = checkListQuery(values, valueMessages))
-        return error;
-    pTHX = velInterpreter();
-    const PerlLocale locale;
-    AV *array = newAV();
-    if (const char *error = getAnyValue(defaultInstance(), "getAllowedParamStrings", path, array))
-        return error;
-    const char *error = guarded(valueMessages.cannotAllocate,
-                                [&] { return copyTexts(aTHX_ array, valueMessages, values); });
-    SvREFCNT_dec_NN(MUTABLE_SV(array));
-    return error;
+    return listTexts("getAllowedParamStrings", path, valueMessages, values);
+}
+
+const char *explainItem(const char *path, velStringList *fields)
+{
+    return listTexts("explainItem", path, explanationMessages, fields);
 }
 
 const char *getAllowedParams(const char *path, velStringList *names, int flag)

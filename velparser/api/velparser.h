@@ -107,6 +107,10 @@ namespace velparser {
 /// The values allowed for a parameter; none where any is.
 [[nodiscard]] const char *getAllowedParamStrings(const char *path, velStringList *values);
 
+/// What the rules say of an object or parameter, there or not: one field an
+/// entry, "Description = text", as a rule would write it; none without a rule.
+[[nodiscard]] const char *explainItem(const char *path, velStringList *fields);
+
 /// The names allowed below an object: with flag 1 those that it does not have
 /// yet, with 0 all. The single entry "-1" means any name.
 [[nodiscard]] const char *getAllowedParams(const char *path, velStringList *names, int flag);

@@ -35,6 +35,12 @@ sub getAllowedParamStrings {
     tie $list->[0], 'Tied', $path if $path =~ /^.tied/;
     return;
 }
+sub explainItem {
+    my ($self, $path, $list) = @_;
+    return "no rules for $path" if $path eq '/none';
+    @$list = ("Description = $path", 'Type = Real');
+    return '';
+}
 sub getAllowedParams {
     my ($self, $path, $list, $flag) = @_;
     @asked = @_[1 .. $#_];
@@ -192,6 +198,17 @@ TEST_F(VelQueryReady, AllowedTexts)
     EXPECT_STREQ(velparser::getAllowedParamStrings("/A", nullptr),
                  "Invalid text array in getAllowedParamStrings\n");
     EXPECT_STREQ(velparser::getAllowedParamStrings(nullptr, &list), "Invalid path in getAnyValue");
+}
+
+TEST_F(VelQueryReady, Explanations)
+{
+    velStringList fields;
+    EXPECT_STREQ(velparser::explainItem("/A", &fields), nullptr);
+    EXPECT_EQ(listed(fields), "Description = /A|Type = Real|");
+    EXPECT_STREQ(velparser::explainItem("/none", &fields), "no rules for /none");
+    EXPECT_EQ(fields.size(), 2u);
+    EXPECT_STREQ(velparser::explainItem("/A", nullptr), "Invalid text array in explainItem\n");
+    EXPECT_STREQ(velparser::explainItem(nullptr, &fields), "Invalid path in getAnyValue");
 }
 
 TEST_F(VelQueryReady, AllowedTextsThatRunCode)
