@@ -4,9 +4,9 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Rules::Review;
 use VEL::Rules::Source;
 use VEL::Rules::Type;
-use VEL::Value qw(split_list);
 
 =head1 NAME
 
@@ -62,7 +62,7 @@ sub new ($class, $lines) {
     $self->{empty} = !%{ $self->{raw}{OBJECT} } && !%{ $self->{raw}{SINGLETON} };
     $self->_add_built_in if !$self->{empty};
     $self->_resolve_all;
-    $self->_check_values($_) for @{ $source->top->{blocks} };
+    $source->fault(@$_) for VEL::Rules::Review->new($self, $source)->faults;
     return $self;
 }
 
@@ -190,23 +190,6 @@ sub _inherit ($self, $rule, $passed) {
         return $rule;
     }
     return _combine($self->_inherit($base, $passed), $rule);
-}
-
-# Whether the bounds and defaults that a block states are values that it allows.
-# $around are the field sets that hold around it.
-sub _check_values ($self, $block, @around) {
-    my $name = $block->{name};
-    if ($block->{kind} eq 'PARAMETER') {
-        my $fields = $block->{fields};
-        return if !grep { exists $fields->{$_} } 'Default', 'Lower Bound', 'Upper Bound';
-        my @outer = map { $_->{$name} } @around;
-        my $parameter = VEL::Rules::Parameter->new($name, $self->{general}{$name}, @outer, $fields);
-        $self->{source}->fault("$block->{path}/$_->[0]", $_->[1]) for $parameter->faults;
-        return;
-    }
-    my %own = map { $_->{name} => $_->{fields} } grep { $_->{kind} eq 'PARAMETER' } @{ $block->{blocks} };
-    $self->_check_values($_, @around, \%own) for @{ $block->{blocks} };
-    return;
 }
 
 sub _combine ($base, $rule) {

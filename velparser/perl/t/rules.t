@@ -279,4 +279,105 @@ EXPECTED
     is $type->{parents}, undef, 'a field without anything right is as if it were not there';
 };
 
+subtest 'what is sound by itself must make sense in its place' => sub {
+    is faults(<<'END'), <<'EXPECTED', 'all that does not';
+      PARAMETER: Depth
+        Units = m
+        Lower Bound = 2 [m]
+        Upper Bound = 20 [cm]
+      END
+      OBJECT: FAN
+        Required Parameters = Kind, Guarded, Speed, Step
+        Optional Parameters = Sizes, Names
+        CASE: Axial
+          If Parameter = Kind
+          Is One Of = Axail, Radial, Both
+          Optional Parameters = Hub
+          PARAMETER: Hub
+            Type = Real
+            Units = m
+            Default = 1 [s]
+          END
+          PARAMETER: Hob
+          END
+        END
+        CASE: Guard
+          If Parameter = Guarded
+          Is One Of = Sometimes, on
+        END
+        CASE: Odd
+          If Parameter = Kin
+          Is One Of = Axial
+        END
+        PARAMETER: Kind
+          Allowed Values = Axial, Radial
+          Default = Paddle
+        END
+        PARAMETER: Guarded
+          Type = Logical
+        END
+        PARAMETER: Speed
+          Units = m s^-1
+        END
+        PARAMETER: Sped
+          Type = Real
+        END
+        PARAMETER: Step
+          Type = Integer
+          Lower Bound = 3
+          Upper Bound = 3
+          Bounds Exclusive = Yes
+        END
+        PARAMETER: Sizes
+          Type = Real List
+          Minimum Entries = 3
+          Maximum Entries = 2
+        END
+      END
+END
+/RULES/PARAMETER:Depth/Upper Bound: 20 [cm] leaves nothing above the lower bound 2 [m] [bad-rule]
+/RULES/OBJECT:FAN/CASE:Axial/PARAMETER:Hub/Default: 1 [s] is in a unit of another quantity; give it in [m] or a unit of the same quantity [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Kind/Default: "Paddle" is not allowed here; allowed are Axial, Radial [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Units: means something for numbers only; this is a String [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Step/Upper Bound: 3 leaves nothing above the lower bound 3 [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Sizes/Maximum Entries: 2 is less than the 3 that must be there [bad-rule]
+/RULES/OBJECT:FAN/CASE:Axial/Is One Of: "Axail" is no value of "Kind"; did you mean Axial? [bad-rule]
+/RULES/OBJECT:FAN/CASE:Axial/Is One Of: "Both" is no value of "Kind" [bad-rule]
+/RULES/OBJECT:FAN/CASE:Axial/PARAMETER:Hob: no list of FAN names "Hob"; did you mean Hub? [bad-rule]
+/RULES/OBJECT:FAN/CASE:Guard/Is One Of: "Sometimes" is no value of "Guarded", which is Yes or No [bad-rule]
+/RULES/OBJECT:FAN/CASE:Odd/If Parameter: no list of FAN names "Kin"; did you mean Kind? [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Sped: no list of FAN names "Sped"; did you mean Speed? [bad-rule]
+EXPECTED
+    is faults(<<'END'), '', 'and nothing that does';
+      PARAMETER: Depth
+        Units = m
+      END
+      OBJECT: BASE
+        PARAMETER: Depth
+          Type = Real
+          Default = 1 [cm]
+        END
+        PARAMETER: Kind
+          Allowed Values = A, B
+        END
+      END
+      OBJECT: HEIR
+        Inherits = OBJECT : BASE
+        Required Parameters = Depth, Kind
+        CASE: A
+          If Parameter = Kind
+          Is One Of = A
+          PARAMETER: Depth
+            Lower Bound = 0 [m]
+          END
+        END
+      END
+      OBJECT: ANYTHING
+        Free Parameters = Yes
+        PARAMETER: Remark
+        END
+      END
+END
+};
+
 done_testing;

@@ -80,7 +80,7 @@ sub _yes ($text, $silent) { return defined $text ? logical($text) // $silent : $
 =item C<faults>
 
 What is wrong with the rules themselves: a list of C<[field, sentence]> about
-bounds and default that do not go with the rest.
+bounds, counts and default that do not go with the rest.
 
 =cut
 
@@ -93,7 +93,18 @@ sub faults ($self) {
         next if !defined $unit || VEL::Units::is_convertible($unit, $self->{units} // '1');
         push @faults, [ ucfirst "$bound Bound", "$text is not in a unit of the quantity" ];
     }
+    push @faults, [ 'Upper Bound', "$self->{upper} leaves nothing above the lower bound $self->{lower}" ]
+        if !@faults && $self->_is_empty_range;
+    push @faults, [ 'Maximum Entries', "$self->{maximum} is less than the $self->{minimum} that must be there" ]
+        if defined $self->{minimum} && defined $self->{maximum} && $self->{minimum} > $self->{maximum};
     return (@faults, map { [ 'Default', $_->[1] ] } $self->_default_problems);
+}
+
+sub _is_empty_range ($self) {
+    return 0 if !defined $self->{lower} || !defined $self->{upper};
+    my ($lower, $upper) = map { _in_units(quantity($self->{$_}), $self->{units} // '1') // return 0 } qw(lower upper);
+    my $order = _compare($lower, $upper);
+    return $order > 0 || ($order == 0 && $self->{exclusive}) ? 1 : 0;
 }
 
 # Names of objects and expressions are the data's, which is not there yet.
@@ -237,6 +248,7 @@ sub _bound_problems ($self, $text, $number, $unit) {
 
 # Equal within what the conversion of a unit may cost.
 sub _compare ($value, $bound) {
+    return $value <=> $bound if abs($value) == 9**9**9;
     my $size = abs($value) > abs($bound) ? abs($value) : abs($bound);
     return abs($value - $bound) <= 1e-12 * $size ? 0 : $value <=> $bound;
 }

@@ -113,7 +113,7 @@ The outermost block; the faults, one line each with path and identifier.
 =cut
 
 sub top    ($self) { return $self->{top} }
-sub faults ($self) { return @{ $self->{faults} } }
+sub faults ($self) { return map { "$_->[0]: $_->[1] [bad-rule]" } @{ $self->{faults} } }
 
 =item C<fault($path, $sentence)>
 
@@ -122,8 +122,18 @@ Notes a fault found by a later stage.
 =cut
 
 sub fault ($self, $path, $sentence) {
-    push @{ $self->{faults} }, "$path: $sentence [bad-rule]";
+    push @{ $self->{faults} }, [ $path, $sentence ];
     return;
+}
+
+=item C<is_sound($path)>
+
+Whether no fault has been found at the path or below it.
+
+=cut
+
+sub is_sound ($self, $path) {
+    return !grep { $_->[0] eq $path || index($_->[0], "$path/") == 0 } @{ $self->{faults} };
 }
 
 =item C<field_names>

@@ -183,6 +183,16 @@ sub _merge ($self, $name, @cases) {
         map { @{ $_->{own}{$name} // [] } } $self, @cases);
 }
 
+=item C<listed_parameters>
+
+The names in its lists and those of its cases, some of them repeated.
+
+=cut
+
+sub listed_parameters ($self) {
+    return map { @{ $_->{required} }, @{ $_->{optional} } } $self, @{ $self->{cases} };
+}
+
 =item C<cases_with($list, $name)>
 
 The cases, holding or not, whose list (C<required>, C<optional>,
