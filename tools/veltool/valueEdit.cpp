@@ -1,6 +1,7 @@
 #include "tools/veltool/valueEdit.h"
 
 #include "tools/veltool/failure.h"
+#include "velparser/api/velValueText.h"
 
 #include <algorithm>
 
@@ -213,24 +214,28 @@ std::string splice(const SourceText &source, std::size_t begin, std::size_t end,
 
 void requireStorable(std::string_view value)
 {
+    const velparser::ValueCheck check = velparser::checkValueText(value);
     const auto refuse = [&](const std::string &why) {
         throw Refusal("value \"" + std::string(value) + "\" cannot stand in a file: " + why);
     };
-    char previous = ' ';
-    for (const char c : value) {
-        const auto code = static_cast<unsigned char>(c);
-        if (code < ' ')
-            refuse("control character number " + std::to_string(code) + " is not allowed");
-        if (c == '#' && previous != '\\')
-            refuse("'#' begins a remark; write \\#");
-        if (c == ' ' && previous == ' ')
-            refuse("blanks at the beginning, and several in a row, are not kept");
-        previous = c;
-    }
-    if (value.ends_with('\\'))
+    switch (check.fault) {
+    case velparser::ValueFault::ControlCharacter:
+        refuse("control character number " +
+               std::to_string(static_cast<unsigned char>(value[check.position])) +
+               " is not allowed");
+        break;
+    case velparser::ValueFault::Remark:
+        refuse("'#' begins a remark; write \\#");
+        break;
+    case velparser::ValueFault::FinalBackslash:
         refuse("a final back-slash continues the line");
-    if (value.ends_with(' '))
-        refuse("blanks at the end are not kept");
+        break;
+    case velparser::ValueFault::WhiteSpace:
+        refuse("tabs, blanks at either end, and several in a row, are not kept");
+        break;
+    case velparser::ValueFault::None:
+        break;
+    }
 }
 
 std::string replaceValue(const SourceText &source, LineRange lines, std::string_view value)
