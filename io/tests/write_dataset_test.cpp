@@ -226,4 +226,46 @@ TEST_F(WriteDataset, AFailedWriteSaysSo)
     EXPECT_EQ(env_["g"].substr(36), "*CRASH");
 }
 
+TEST_F(WriteDataset, WhatEndsAPartialDatasetMayFailToo)
+{
+    auto said_when = [this](bool writes_only) {
+        io_failing_env failing(env_);
+        io_client client(failing);
+        EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+        failing.writes_only(writes_only);
+        failing.fail(1, EIO, true);
+        EXPECT_EQ(client.write_integers("A", "B", 1, {1}), IO_WRITE_ERROR);
+        std::string said = take_messages();
+        env_.files.erase("g");
+        env_.files.erase("g.lck");
+        return said;
+    };
+    EXPECT_NE(said_when(true).find("write_dataset abort: can't write file end tag\n"),
+              std::string::npos);
+    EXPECT_NE(said_when(false).find("write_dataset abort: fseek failed\n"), std::string::npos);
+}
+
+TEST_F(WriteDataset, TheTraceSaysHowAFailedIndexEnded)
+{
+    env_.variables["ZOT_IO_TRACE"] = "1";
+    auto traced_when = [this](bool writes_only, bool for_good) {
+        io_failing_env failing(env_);
+        io_client client(failing);
+        EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+        EXPECT_EQ(client.write_integers("A", "B", 1, {1}), IO_OK);
+        env_.trace.clear();
+        failing.writes_only(writes_only);
+        failing.fail(1, EIO, for_good);
+        EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_WRITE_ERROR);
+        env_.files.erase("g.lck");
+        return env_.trace;
+    };
+    auto says = [](const std::string &trace, const char *end) {
+        return trace.find(std::string("TRACE> closefile index fail: ") + end) != std::string::npos;
+    };
+    EXPECT_TRUE(says(traced_when(true, false), "wrote crash tag OK\n"));
+    EXPECT_TRUE(says(traced_when(true, true), "can't write file end tag\n"));
+    EXPECT_TRUE(says(traced_when(false, true), "can't go to index location\n"));
+}
+
 } // namespace

@@ -64,9 +64,14 @@ int delete_ds(open_file &file, const char *what, const char *where, std::int32_t
     if (int code = find_datasets(report, file.index, what, where, when, found)) {
         return report.error(code, "delete_ds: locate_dataset failed\n");
     }
+    int code = delete_located(file, found);
+    return code == IO_OK ? IO_OK : report.error(code, "delete_ds: delete_bywhat failed\n");
+}
+
+int delete_located(open_file &file, const located_datasets &found)
+{
     if (int code = begin_change(file)) {
         return code;
     }
-    int code = delete_bywhat(file, found);
-    return code == IO_OK ? IO_OK : report.error(code, "delete_ds: delete_bywhat failed\n");
+    return delete_bywhat(file, found);
 }

@@ -7,3 +7,7 @@
 /// allowed. 17 if none does. The file has been made writable by
 /// setfilebusyflag().
 int delete_ds(open_file &file, const char *what, const char *where, std::int32_t when);
+
+/// Deletes exactly those that a search has found in this file since its last
+/// change.
+int delete_located(open_file &file, const located_datasets &found);

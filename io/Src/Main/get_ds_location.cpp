@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -177,10 +178,28 @@ int full_scan(const io_reporter &report, index_table &index, const char *what, c
     return IO_OK;
 }
 
+int malloc_failed(const io_reporter &report, const char *function)
+{
+    return report.zotsystemErr(IO_NO_ROOM, "%s: (malloc failed) syserr:", function);
+}
+
+/// get_ds_location() for the one of the pattern searches that is named.
+int locate_for(const char *function, const io_reporter &report, index_table &index,
+               location_mode mode, const char *what, const char *where, std::int32_t when,
+               located_datasets &found)
+{
+    try {
+        return get_ds_location(report, index, mode, what, where, when, found);
+    } catch (const std::bad_alloc &) {
+        return malloc_failed(report, function);
+    }
+}
+
 int locate_all_what(const io_reporter &report, index_table &index, const char *what,
                     const char *where, std::int32_t when, located_datasets &found)
 {
-    if (int code = get_ds_location(report, index, IO_SORT_WHAT, what, nullptr, -1, found)) {
+    if (int code =
+            locate_for("locate_all_what", report, index, IO_SORT_WHAT, what, nullptr, -1, found)) {
         return report.error(code, "locate_all_what: get_ds_location failed\n");
     }
     std::erase_if(found, [&](const located_dataset &record) {
@@ -192,7 +211,8 @@ int locate_all_what(const io_reporter &report, index_table &index, const char *w
 int locate_all_where(const io_reporter &report, index_table &index, const char *what,
                      const char *where, std::int32_t when, located_datasets &found)
 {
-    if (int code = get_ds_location(report, index, IO_SORT_WHERE, what, where, when, found)) {
+    if (int code = locate_for("locate_all_where", report, index, IO_SORT_WHERE, what, where, when,
+                              found)) {
         return report.error(code, "locate_all_where: get_ds_location failed\n");
     }
     std::erase_if(found, [&](const located_dataset &record) {
@@ -236,6 +256,47 @@ void sort_by_when(const io_reporter &report, located_datasets &found)
             return a.when != b.when ? a.when > b.when : std::strcmp(tail(a), tail(b)) < 0;
         });
     report.trace("sorted %d datasets by WHEN", count);
+}
+
+int find_live(const io_reporter &report, index_table &index, const char *what, const char *where,
+              std::int32_t when, located_datasets &found)
+{
+    if (!index.sorted()) {
+        report.trace("sorting whatlist in locate_dataset");
+        index.sort_by_what();
+    }
+    report.trace("start to locate %s:%s:%d", what, where, when);
+    bool what_pattern = glob_has_pattern(what);
+    bool where_pattern = glob_has_pattern(where);
+    int code = IO_OK;
+    if (what_pattern && where_pattern) {
+        code = get_ds_location(report, index, IO_FULL_SCAN, what, where, when, found);
+    } else if (what_pattern) {
+        code = locate_all_where(report, index, what, where, when, found);
+    } else if (where_pattern) {
+        code = locate_all_what(report, index, what, where, when, found);
+    } else {
+        code = get_ds_location(report, index, IO_SORT_WHAT, what, where, when, found);
+    }
+    if (code != IO_OK) {
+        return report.error(code, "locate_dataset: main dataset location failed\n");
+    }
+    if (found.size() < 2) {
+        return IO_OK;
+    }
+    auto matched = static_cast<std::int32_t>(found.size());
+    std::int32_t deleted = update_subindex(index, found);
+    report.trace("matched %d datasets in locate_dataset, %d were deleted", matched, deleted);
+    std::erase_if(found, [](const located_dataset &record) { return record.slot < 0; });
+    auto live = static_cast<std::int32_t>(found.size());
+    if (live != matched - deleted) {
+        return report.error(IO_UNKNOWN_ERROR, "Internal Error: located %d datasets, expected %d\n",
+                            live, matched - deleted);
+    }
+    if (when < 0) {
+        sort_by_when(report, found);
+    }
+    return IO_OK;
 }
 
 } // namespace
@@ -314,40 +375,13 @@ int get_ds_location(const io_reporter &report, index_table &index, location_mode
 int find_datasets(const io_reporter &report, index_table &index, const char *what,
                   const char *where, std::int32_t when, located_datasets &found)
 {
-    if (!index.sorted()) {
-        report.trace("sorting whatlist in locate_dataset");
-        index.sort_by_what();
-    }
-    report.trace("start to locate %s:%s:%d", what, where, when);
-    bool what_pattern = glob_has_pattern(what);
-    bool where_pattern = glob_has_pattern(where);
     int code = IO_OK;
-    if (what_pattern && where_pattern) {
-        code = get_ds_location(report, index, IO_FULL_SCAN, what, where, when, found);
-    } else if (what_pattern) {
-        code = locate_all_where(report, index, what, where, when, found);
-    } else if (where_pattern) {
-        code = locate_all_what(report, index, what, where, when, found);
-    } else {
-        code = get_ds_location(report, index, IO_SORT_WHAT, what, where, when, found);
+    try {
+        code = find_live(report, index, what, where, when, found);
+    } catch (const std::bad_alloc &) {
+        code = malloc_failed(report, "locate_dataset");
     }
-    if (code != IO_OK) {
-        return report.error(code, "locate_dataset: main dataset location failed\n");
-    }
-    if (found.empty()) {
-        return IO_NOT_FOUND;
-    }
-    if (found.size() < 2) {
-        return IO_OK;
-    }
-    auto matched = static_cast<int>(found.size());
-    std::int32_t deleted = update_subindex(index, found);
-    report.trace("matched %d datasets in locate_dataset, %d were deleted", matched, deleted);
-    std::erase_if(found, [](const located_dataset &record) { return record.slot < 0; });
-    if (when < 0) {
-        sort_by_when(report, found);
-    }
-    return found.empty() ? IO_NOT_FOUND : IO_OK;
+    return code == IO_OK && found.empty() ? IO_NOT_FOUND : code;
 }
 
 int locate_dataset(const io_reporter &report, index_table &index, const char *what,

@@ -42,7 +42,8 @@ int get_ds_location(const io_reporter &report, index_table &index, location_mode
 
 /// The search that all requests use: patterns allowed in WHAT and WHERE;
 /// several matches of a negative WHEN are ordered by WHEN, largest first.
-/// 17 where nothing matches, without a message.
+/// 17 where nothing matches, without a message; 14 with one if there is no
+/// memory.
 int find_datasets(const io_reporter &report, index_table &index, const char *what,
                   const char *where, std::int32_t when, located_datasets &found);
 

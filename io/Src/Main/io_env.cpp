@@ -14,10 +14,30 @@ namespace {
 class posix_file : public io_file
 {
 public:
-    explicit posix_file(int descriptor) : descriptor_(descriptor) {}
+    posix_file() = default;
     posix_file(const posix_file &) = delete;
     posix_file &operator=(const posix_file &) = delete;
     ~posix_file() override { release(); }
+
+    bool open(const char *name, int flags)
+    {
+        descriptor_ = ::open(name, flags, 0666);
+        return descriptor_ >= 0;
+    }
+
+    /// False with errno for what is no regular file.
+    bool is_regular() const
+    {
+        struct stat status = {};
+        if (::fstat(descriptor_, &status) != 0) {
+            return false;
+        }
+        if (!S_ISREG(status.st_mode)) {
+            errno = S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
+            return false;
+        }
+        return true;
+    }
 
     std::int64_t read_at(std::int64_t position, void *to, std::size_t bytes) override
     {
@@ -84,7 +104,7 @@ private:
         return descriptor < 0 || ::close(descriptor) == 0;
     }
 
-    int descriptor_;
+    int descriptor_ = -1;
 };
 
 int open_flags(io_open how)
@@ -107,19 +127,11 @@ class posix_env : public io_env
 public:
     std::unique_ptr<io_file> open(const char *name, io_open how) override
     {
+        // The object first: without memory for it no file must have been made.
+        auto file = std::make_unique<posix_file>();
         // Not blocking: the open of a pipe without a writer would never return.
         int flags = open_flags(how) | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-        int descriptor = ::open(name, flags, 0666);
-        if (descriptor < 0) {
-            return nullptr;
-        }
-        auto file = std::make_unique<posix_file>(descriptor);
-        struct stat status = {};
-        if (::fstat(descriptor, &status) != 0) {
-            return nullptr;
-        }
-        if (!S_ISREG(status.st_mode)) {
-            errno = S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
+        if (!file->open(name, flags) || !file->is_regular()) {
             return nullptr;
         }
         return file;

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <string>
 
 namespace {
@@ -28,31 +29,44 @@ void end_line(std::string &text)
     }
 }
 
+/// Stands for a message that there was no memory to write.
+constexpr std::string_view no_room_for_message = "out of memory\n";
+
 } // namespace
 
 int io_reporter::error(int code, const char *format, ...) const
 {
     va_list arguments;
     va_start(arguments, format);
-    std::string text = format_message(format, arguments);
+    format_and_deliver(nullptr, format, arguments);
     va_end(arguments);
-    end_line(text);
-    deliver(text.c_str(), text.size());
     return code;
 }
 
 int io_reporter::zotsystemErr(int code, const char *format, ...) const
 {
-    int number = errno;
+    const char *reason = errno != 0 ? std::strerror(errno) : "unknown error";
     va_list arguments;
     va_start(arguments, format);
-    std::string text = format_message(format, arguments);
+    format_and_deliver(reason, format, arguments);
     va_end(arguments);
-    text += ": ";
-    text += number != 0 ? std::strerror(number) : "unknown error";
-    end_line(text);
-    deliver(text.c_str(), text.size());
     return code;
+}
+
+void io_reporter::format_and_deliver(const char *reason, const char *format,
+                                     va_list arguments) const
+{
+    try {
+        std::string text = format_message(format, arguments);
+        if (reason != nullptr) {
+            text.append(": ").append(reason);
+        }
+        end_line(text);
+        deliver(text);
+    } catch (const std::bad_alloc &) {
+        // What says that memory is out must not itself fail for want of it.
+        deliver(no_room_for_message);
+    }
 }
 
 int io_reporter::no_memory(const char *function, std::int64_t bytes, int code) const
@@ -60,21 +74,22 @@ int io_reporter::no_memory(const char *function, std::int64_t bytes, int code) c
     return error(code, "%s: malloc of %lld bytes failed", function, static_cast<long long>(bytes));
 }
 
-void io_reporter::deliver(const char *text, std::size_t length) const
+void io_reporter::deliver(std::string_view text) const
 {
     if (sink_) {
-        sink_(std::string_view(text, length));
+        sink_(text);
         return;
     }
     if (routine_ != nullptr) {
-        routine_(text, static_cast<std::int32_t>(length));
+        routine_(text.data(), static_cast<std::int32_t>(text.size()));
     } else {
-        env_->put_error(std::string("IO: ") + text);
+        env_->put_error("IO: ");
+        env_->put_error(text);
     }
     if (env_->variable("ZOT_IO_DEBUG_ERRORS") != nullptr) {
         env_->break_into_debugger();
     }
-    trace("%s", text);
+    trace("%s", text.data());
 }
 
 bool io_reporter::tracing() const
@@ -92,8 +107,16 @@ void io_reporter::trace(const char *format, ...) const
     }
     va_list arguments;
     va_start(arguments, format);
-    std::string text = format_message(format, arguments);
+    try {
+        put_trace(format_message(format, arguments));
+    } catch (const std::bad_alloc &) {
+        // A line less; what is traced goes on.
+    }
     va_end(arguments);
+}
+
+void io_reporter::put_trace(std::string text) const
+{
     end_line(text);
     // A message of two lines must not smuggle in one without the prefix.
     std::string lines;

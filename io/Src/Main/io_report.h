@@ -8,8 +8,10 @@
 #include "io/Src/Main/io_codes.h"
 #include "io/Src/Main/io_env.h"
 
+#include <cstdarg>
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <string_view>
 
 #if defined(__GNUC__)
@@ -47,7 +49,9 @@ public:
     bool tracing() const;
 
 private:
-    void deliver(const char *text, std::size_t length) const;
+    void format_and_deliver(const char *reason, const char *format, va_list arguments) const;
+    void deliver(std::string_view text) const; ///< NUL-terminated
+    void put_trace(std::string text) const;
 
     io_env *env_;
     io_error_routine routine_ = nullptr;

@@ -4,10 +4,12 @@
 #include "io/Src/Main/zot_numbers.h"
 
 #include <cerrno>
+#include <cstring>
 
 namespace {
 
 constexpr std::size_t lock_text_max = 64;
+constexpr const char *lock_suffix = ".lck";
 
 /// Level of the lock file; nothing if there is no lock file. 21 if it cannot
 /// be read.
@@ -138,7 +140,12 @@ int lock_to_read(open_file &file, std::optional<std::int32_t> level)
 
 std::string lock_file_name(const open_file &file)
 {
-    return file.name + ".lck";
+    return file.name + lock_suffix;
+}
+
+std::size_t lock_file_name_bytes(const open_file &file)
+{
+    return file.name.size() + std::strlen(lock_suffix) + 1;
 }
 
 int iif_set_lock(open_file &file, lock_request request)

@@ -19,3 +19,6 @@ int release_lock(open_file &file);
 int write_busy_level(open_file &file);
 
 std::string lock_file_name(const open_file &file);
+
+/// What that name takes, its NUL included.
+std::size_t lock_file_name_bytes(const open_file &file);

@@ -6,6 +6,7 @@
 #include "io/Src/Main/lock_file.h"
 
 #include <cerrno>
+#include <new>
 
 namespace {
 
@@ -41,13 +42,26 @@ std::unique_ptr<io_file> open_stream(open_file &file, char access, bool may_crea
     return stream;
 }
 
+/// The code of `work`, or 28 with a message that names the function whose
+/// memory gave out.
+template <typename Work>
+int guarded(const open_file &file, const char *function, Work work)
+{
+    try {
+        return work();
+    } catch (const std::bad_alloc &) {
+        auto bytes = static_cast<std::int64_t>(lock_file_name_bytes(file));
+        return file.report->no_memory(function, bytes);
+    }
+}
+
 /// Undoes an opening; returns `code`.
 int abandon(open_file &file, int code)
 {
     if (file.io.stream) {
         static_cast<void>(file.io.stream.close());
     }
-    static_cast<void>(release_lock(file));
+    static_cast<void>(guarded(file, "iif_set_lock", [&] { return release_lock(file); }));
     file.mode = open_mode::none;
     file.changed = false;
     file.stored_index = false;
@@ -179,6 +193,21 @@ int write_size(open_file &file)
     return code == IO_OK ? IO_OK : report.error(code, "iif_flush: can't write filesize");
 }
 
+void trace_crash_tag(const open_file &file, crash_tag result)
+{
+    switch (result) {
+    case crash_tag::written:
+        file.report->trace("closefile index fail: wrote crash tag OK");
+        break;
+    case crash_tag::not_reached:
+        file.report->trace("closefile index fail: can't go to index location");
+        break;
+    case crash_tag::not_written:
+        file.report->trace("closefile index fail: can't write file end tag");
+        break;
+    }
+}
+
 int write_index_and_size(open_file &file)
 {
     file.report->trace("iif_flush: writing final index");
@@ -193,6 +222,73 @@ int write_index_and_size(open_file &file)
         return file.report->error(code, "iif_flush: write_index failed");
     }
     return write_size(file);
+}
+
+/// Locks, opens, reads what is needed; what it leaves behind on failure is for
+/// abandon().
+int iif_open_file(open_file &file, char access, open_options options)
+{
+    const io_reporter &report = *file.report;
+    bool writes = access == 'w' || access == 'a';
+    lock_request lock = writes ? IO_LOCK_WRITE : IO_LOCK_READ;
+    if (int code = guarded(file, "iif_set_lock", [&] { return iif_set_lock(file, lock); })) {
+        return code;
+    }
+    std::unique_ptr<io_file> stream =
+        open_stream(file, access, options.may_create && access != 'r');
+    if (!stream) {
+        return report.zotsystemErr(IO_CANNOT_SEEK, "iif_open: can't open file %s",
+                                   file.name.c_str());
+    }
+    report.trace("iif_open: Opened file %s", file.name.c_str());
+    file.io.stream = io_stream(std::move(stream));
+    file.changed = writes;
+    return read_container(file, options);
+}
+
+/// setfilebusyflag() once the file is open for writing.
+int mark_busy(open_file &file)
+{
+    if (file.lock_level > 1) {
+        return file.report->error(
+            IO_LOCKED,
+            "setfilebusyflag: more than one user is reading %s or the wrong lock file %s exists\n",
+            file.name.c_str(), lock_file_name(file).c_str());
+    }
+    if (file.lock_level >= 0) {
+        if (int code = write_busy_level(file)) {
+            return code;
+        }
+    }
+    file.changed = true;
+    return IO_OK;
+}
+
+// 1. Until the file is open for writing: close, wait, open again, ten times.
+// 2. Refuse where others read it.
+// 3. Write −1 into the lock file, once.
+int become_busy(open_file &file, bool may_create)
+{
+    const io_reporter &report = *file.report;
+    std::string name = file.name;
+    for (int attempt = 0; file.mode != open_mode::write; attempt++) {
+        if (attempt == busy_attempts) {
+            return report.error(IO_PERMISSION,
+                                "setfilebusyflag: Unable to open file %s for write access after %d "
+                                "attempts. Possible"
+                                " cause: Concurrent access by another program.\n",
+                                name.c_str(), busy_attempts);
+        }
+        static_cast<void>(iif_close(file));
+        file.env->sleep(busy_wait_ms);
+        open_options options;
+        options.may_create = may_create;
+        int code = iif_open(file, name.c_str(), "d", options);
+        if (code != IO_OK && code != IO_LOCKED) {
+            return code;
+        }
+    }
+    return mark_busy(file);
 }
 
 } // namespace
@@ -219,20 +315,7 @@ int iif_open(open_file &file, const char *name, const char *access, open_options
     file = open_file(env, report);
     file.name = std::move(copy);
     file.io.report = &report;
-    bool writes = kind == 'w' || kind == 'a';
-    if (int code = iif_set_lock(file, writes ? IO_LOCK_WRITE : IO_LOCK_READ)) {
-        return code;
-    }
-    std::unique_ptr<io_file> stream = open_stream(file, kind, options.may_create && kind != 'r');
-    if (!stream) {
-        int code =
-            report.zotsystemErr(IO_CANNOT_SEEK, "iif_open: can't open file %s", file.name.c_str());
-        return abandon(file, code);
-    }
-    report.trace("iif_open: Opened file %s", file.name.c_str());
-    file.io.stream = io_stream(std::move(stream));
-    file.changed = writes;
-    int code = read_container(file, options);
+    int code = guarded(file, "iif_open_file", [&] { return iif_open_file(file, kind, options); });
     return code == IO_OK ? IO_OK : abandon(file, code);
 }
 
@@ -266,9 +349,7 @@ int iif_flush(open_file &file)
         return IO_OK;
     }
     if (int code = write_index_and_size(file)) {
-        bool tagged = put_crash_tag(file, file.index_position, IO_FORMATTED);
-        file.report->trace(tagged ? "closefile index fail: wrote crash tag OK"
-                                  : "closefile index fail: can't write file end tag");
+        trace_crash_tag(file, put_crash_tag(file, file.index_position, IO_FORMATTED));
         return code;
     }
     file.changed = false;
@@ -283,11 +364,11 @@ int iif_close(open_file &file)
     }
     const io_reporter &report = *file.report;
     report.trace("iif_close: Closing file %s", file.name.c_str());
-    int code = iif_flush(file);
+    int code = guarded(file, "iif_flush", [&] { return iif_flush(file); });
     if (!file.io.stream.close() && code == IO_OK) {
         code = report.zotsystemErr(IO_CANNOT_CLOSE, "iif_close: error closing file");
     }
-    int unlocked = release_lock(file);
+    int unlocked = guarded(file, "iif_set_lock", [&] { return release_lock(file); });
     file.mode = open_mode::none;
     file.changed = false;
     file.stored_index = false;
@@ -295,43 +376,9 @@ int iif_close(open_file &file)
     return code != IO_OK ? code : unlocked;
 }
 
-// 1. Until the file is open for writing: close, wait, open again, ten times.
-// 2. Refuse where others read it.
-// 3. Write −1 into the lock file, once.
 int setfilebusyflag(open_file &file, bool may_create)
 {
-    const io_reporter &report = *file.report;
-    std::string name = file.name;
-    for (int attempt = 0; file.mode != open_mode::write; attempt++) {
-        if (attempt == busy_attempts) {
-            return report.error(IO_PERMISSION,
-                                "setfilebusyflag: Unable to open file %s for write access after %d "
-                                "attempts. Possible"
-                                " cause: Concurrent access by another program.\n",
-                                name.c_str(), busy_attempts);
-        }
-        static_cast<void>(iif_close(file));
-        file.env->sleep(busy_wait_ms);
-        open_options options;
-        options.may_create = may_create;
-        int code = iif_open(file, name.c_str(), "d", options);
-        if (code != IO_OK && code != IO_LOCKED) {
-            return code;
-        }
-    }
-    if (file.lock_level > 1) {
-        return report.error(
-            IO_LOCKED,
-            "setfilebusyflag: more than one user is reading %s or the wrong lock file %s exists\n",
-            name.c_str(), lock_file_name(file).c_str());
-    }
-    if (file.lock_level >= 0) {
-        if (int code = write_busy_level(file)) {
-            return code;
-        }
-    }
-    file.changed = true;
-    return IO_OK;
+    return guarded(file, "setfilebusyflag", [&] { return become_busy(file, may_create); });
 }
 
 int begin_change(open_file &file)
@@ -340,7 +387,7 @@ int begin_change(open_file &file)
     if (!file.stored_index) {
         return IO_OK;
     }
-    if (!put_crash_tag(file, file.index_position, {'u', ' '})) {
+    if (put_crash_tag(file, file.index_position, {'u', ' '}) != crash_tag::written) {
         return file.report->zotsystemErr(io_write_code(),
                                          "begin_change: can't write file end tag\n");
     }
@@ -348,10 +395,13 @@ int begin_change(open_file &file)
     return IO_OK;
 }
 
-bool put_crash_tag(open_file &file, std::int64_t position, format_code format)
+crash_tag put_crash_tag(open_file &file, std::int64_t position, format_code format)
 {
     io_stream &stream = file.io.stream;
     stream.discard();
-    return stream.truncate(position) && stream.seek(position) &&
-           write_tag(file.io, format, IO_TAG_CRASH) == IO_OK && stream.flush();
+    if (!stream.truncate(position) || !stream.seek(position)) {
+        return crash_tag::not_reached;
+    }
+    bool written = write_tag(file.io, format, IO_TAG_CRASH) == IO_OK && stream.flush();
+    return written ? crash_tag::written : crash_tag::not_written;
 }

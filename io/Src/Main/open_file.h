@@ -70,10 +70,15 @@ int setfilebusyflag(open_file &file, bool may_create = true);
 /// index stands and cuts the file behind it.
 int begin_change(open_file &file);
 
+enum class crash_tag {
+    written,
+    not_reached, ///< the file could not be cut; errno says why
+    not_written, ///< the file ends at the position, without the tag; errno says why
+};
+
 /// Cuts the file at `position` and puts "*CRASH" there. Cut first: whatever then
-/// becomes of the tag, the file ends where a dataset ended. False, with errno,
-/// if not all of it succeeded.
-bool put_crash_tag(open_file &file, std::int64_t position, format_code format);
+/// becomes of the tag, the file ends where a dataset ended.
+crash_tag put_crash_tag(open_file &file, std::int64_t position, format_code format);
 
 /// Where the first dataset stands.
 std::int64_t first_dataset_position(const open_file &file);

@@ -159,8 +159,15 @@ int abort_dataset(open_file &file, const pending_dataset &pending, int code)
     const io_reporter &report = *file.report;
     report.trace("write_dataset aborting");
     // What the partial dataset takes may be all the room there was for the index.
-    if (!put_crash_tag(file, pending.position, pending.format)) {
+    switch (put_crash_tag(file, pending.position, pending.format)) {
+    case crash_tag::written:
+        break;
+    case crash_tag::not_reached:
+        report.error(code, "write_dataset abort: fseek failed");
+        break;
+    case crash_tag::not_written:
         report.error(code, "write_dataset abort: can't write file end tag\n");
+        break;
     }
     if (!file.io.stream.seek(pending.position)) {
         report.error(code, "write_dataset abort: second fseek failed");

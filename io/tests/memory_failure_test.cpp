@@ -1,0 +1,313 @@
+// Every allocation fails once, or from some moment on: the answer is a code
+// with the message laid down for it, nothing that was in the file is lost, and
+// no lock is left behind.
+//
+// This program has an operator new of its own.
+#include "io/tests/io_client.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <new>
+
+namespace {
+
+long allocations_left = -1; ///< until the one that fails; −1: none does
+bool failing_for_good = false;
+
+bool allocation_fails()
+{
+    if (allocations_left < 0) {
+        return false;
+    }
+    if (allocations_left > 0) {
+        allocations_left--;
+        return false;
+    }
+    allocations_left = failing_for_good ? 0 : -1;
+    errno = ENOMEM;
+    return true;
+}
+
+void *allocate(std::size_t bytes)
+{
+    return allocation_fails() ? nullptr : std::malloc(bytes > 0 ? bytes : 1);
+}
+
+void *allocate_or_throw(std::size_t bytes)
+{
+    void *memory = allocate(bytes);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+} // namespace
+
+void *operator new(std::size_t bytes)
+{
+    return allocate_or_throw(bytes);
+}
+
+void *operator new[](std::size_t bytes)
+{
+    return allocate_or_throw(bytes);
+}
+
+void *operator new(std::size_t bytes, const std::nothrow_t &) noexcept
+{
+    return allocate(bytes);
+}
+
+void *operator new[](std::size_t bytes, const std::nothrow_t &) noexcept
+{
+    return allocate(bytes);
+}
+
+void operator delete(void *memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void *memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void *memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void *memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void *memory, const std::nothrow_t &) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void *memory, const std::nothrow_t &) noexcept
+{
+    std::free(memory);
+}
+
+namespace {
+
+constexpr int most = 5000; ///< allocations that no operation here needs
+
+/// Messages without any memory, since it may be out.
+char heard[4096];
+std::size_t heard_bytes = 0;
+
+int hear(const char *text, std::int32_t length)
+{
+    auto bytes = std::min(static_cast<std::size_t>(length), sizeof heard - 1 - heard_bytes);
+    std::memcpy(heard + heard_bytes, text, bytes);
+    heard_bytes += bytes;
+    heard[heard_bytes] = '\0';
+    return 0;
+}
+
+class MemoryFailure : public ::testing::TestWithParam<bool>
+{
+protected:
+    MemoryFailure()
+    {
+        std::string form = ::testing::TempDir() + "memory_XXXXXX";
+        EXPECT_NE(mkdtemp(form.data()), nullptr);
+        folder_ = form;
+        name_ = form + "/f";
+        io_client client(io_real_env());
+        EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, name_.c_str()), IO_OK);
+        EXPECT_EQ(client.write_integers("A", "P", 1, {1, 2, 3}), IO_OK);
+        EXPECT_EQ(client.write_integers("A", "P", 2, {4}), IO_OK);
+        EXPECT_EQ(client.write_doubles("B", "Q", 2, std::vector<double>(300, 1.5)), IO_OK);
+        EXPECT_EQ(client.write_strings("C", "P", 3, {"x"}, "F"), IO_OK);
+        EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    }
+
+    ~MemoryFailure() override { std::filesystem::remove_all(folder_); }
+
+    int request(io_session &session, std::uint32_t number)
+    {
+        IO_header header = storage_.header();
+        IO_data data;
+        data.filename = name_.c_str();
+        data.strings = strings_;
+        data.strings_size = 16;
+        data.integers = integers_;
+        data.integers_size = 8;
+        data.doubles = doubles_;
+        data.doubles_size = 300;
+        data.offsets = offsets_;
+        data.offsets_size = 16;
+        return session.request(number, hear, &header, &data);
+    }
+
+    void set_name(const char *what, const char *where, std::int32_t when, const char *type = "")
+    {
+        std::strcpy(storage_.what, what);
+        std::strcpy(storage_.where, where);
+        std::strcpy(storage_.type, type);
+        storage_.when = when;
+        storage_.count = 4;
+    }
+
+    int open_and_locate(io_session &session, const char *what, const char *where)
+    {
+        if (int code = request(session, IO_OPEN_PRIMARY)) {
+            return code;
+        }
+        set_name(what, where, -1);
+        return request(session, IO_LOCATE_PRIMARY);
+    }
+
+    int write(io_session &session, const char *type, const char *format, std::int32_t count)
+    {
+        if (int code = request(session, IO_OPEN_PRIMARY_WRITE)) {
+            return code;
+        }
+        set_name("N", "P", 1, type);
+        std::strcpy(storage_.format, format);
+        storage_.count = count;
+        if (int code = request(session, IO_WRITE_PRIMARY_DS)) {
+            return code;
+        }
+        return request(session, IO_CLOSE_PRIMARY);
+    }
+
+    int read(io_session &session)
+    {
+        if (int code = open_and_locate(session, "B", "Q")) {
+            return code;
+        }
+        std::strcpy(storage_.type, "REAL");
+        int code = request(session, IO_READ_LOCATED_DS); // there is no array of reals
+        return code == IO_NO_ROOM ? request(session, IO_CLOSE_PRIMARY) : code;
+    }
+
+    int remove(io_session &session)
+    {
+        if (int code = request(session, IO_OPEN_PRIMARY_WRITE)) {
+            return code;
+        }
+        set_name("C", "P", -1);
+        if (int code = request(session, IO_DELETE_PRIMARY_DS)) {
+            return code;
+        }
+        return request(session, IO_CLOSE_PRIMARY);
+    }
+
+    /// Runs `work` with each of its allocations failing in turn; what was heard.
+    template <typename Work>
+    std::string fail_each(Work work)
+    {
+        std::string all;
+        int failures = 0;
+        for (int allocation = 0; allocation < most; allocation++) {
+            heard_bytes = 0;
+            bool reached = false;
+            int code = IO_OK;
+            {
+                io_session session(io_real_env());
+                failing_for_good = GetParam();
+                allocations_left = allocation;
+                code = work(session);
+                reached = allocations_left < 0 || (failing_for_good && allocations_left == 0);
+                allocations_left = -1;
+            }
+            if (!reached) {
+                EXPECT_EQ(code, IO_OK);
+                EXPECT_GT(failures, 0);
+                return all;
+            }
+            EXPECT_TRUE(code >= 0 && code < IO_CODE_COUNT) << code;
+            failures += code != IO_OK ? 1 : 0;
+            all.append(heard, heard_bytes);
+            expect_whole(allocation);
+        }
+        ADD_FAILURE() << "more than " << most << " allocations";
+        return all;
+    }
+
+    void expect_whole(int allocation)
+    {
+        // Without memory for its name a lock file cannot be removed: that is said.
+        if (std::filesystem::remove(name_ + ".lck")) {
+            std::string_view said(heard, heard_bytes);
+            EXPECT_TRUE(GetParam() || said.find("iif_set_lock: malloc of ") != said.npos)
+                << allocation;
+        }
+        io_client client(io_real_env());
+        ASSERT_EQ(client.request(IO_OPEN_PRIMARY, name_.c_str()), IO_OK) << take_messages();
+        EXPECT_EQ(client.read("A", "P", 1), "1 2 3") << allocation;
+        EXPECT_EQ(client.read("B", "Q", 2).substr(0, 7), "1.5 1.5") << allocation;
+        take_messages();
+    }
+
+    std::filesystem::path folder_;
+    std::string name_;
+    io_header_storage storage_;
+    char strings_[16 * IO_STRING_SLOT] = {};
+    std::int32_t integers_[8] = {};
+    double doubles_[300] = {};
+    std::int64_t offsets_[16] = {};
+};
+
+bool contains(const std::string &text, const char *part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+TEST_P(MemoryFailure, Locating)
+{
+    std::string said =
+        fail_each([this](io_session &session) { return open_and_locate(session, "A", "P"); });
+    if (!GetParam()) {
+        EXPECT_TRUE(contains(said, "locate_dataset: (malloc failed) syserr:")) << said;
+        EXPECT_TRUE(contains(said, "iif_set_lock: malloc of ")) << said;
+        EXPECT_TRUE(contains(said, "iif_open_file: malloc of ")) << said;
+        EXPECT_TRUE(
+            contains(said, "locate_dataset: (malloc failed) syserr:: Cannot allocate memory"))
+            << said;
+    }
+    said = fail_each([this](io_session &session) { return open_and_locate(session, "A*", "P"); });
+    EXPECT_TRUE(GetParam() || contains(said, "locate_all_where: (malloc failed) syserr:")) << said;
+    said = fail_each([this](io_session &session) { return open_and_locate(session, "A", "P*"); });
+    EXPECT_TRUE(GetParam() || contains(said, "locate_all_what: (malloc failed) syserr:")) << said;
+    fail_each([this](io_session &session) { return open_and_locate(session, "A*", "P*"); });
+}
+
+TEST_P(MemoryFailure, Reading)
+{
+    fail_each([this](io_session &session) { return read(session); });
+}
+
+TEST_P(MemoryFailure, Writing)
+{
+    fail_each([this](io_session &session) { return write(session, "INTR", "u", 4); });
+    fail_each([this](io_session &session) { return write(session, "DBLE", "u5", 300); });
+    fail_each([this](io_session &session) { return write(session, "STRI", "F", 2); });
+}
+
+TEST_P(MemoryFailure, Deleting)
+{
+    // A deletion whose code is a failure may have been done all the same.
+    fail_each([this](io_session &session) {
+        int code = remove(session);
+        return code == IO_NOT_FOUND ? IO_OK : code;
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Once, MemoryFailure, ::testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(ForGood, MemoryFailure, ::testing::Values(true));
+
+} // namespace
