@@ -95,14 +95,16 @@ sub faults ($self) {
     }
     push @faults, [ 'Upper Bound', "$self->{upper} leaves nothing above the lower bound $self->{lower}" ]
         if !@faults && $self->_is_empty_range;
-    push @faults, [ 'Maximum Entries', "$self->{maximum} is less than the $self->{minimum} that must be there" ]
+    push @faults,
+        [ 'Maximum Entries', "$self->{maximum} is less than the $self->{minimum} that must be there" ]
         if defined $self->{minimum} && defined $self->{maximum} && $self->{minimum} > $self->{maximum};
     return (@faults, map { [ 'Default', $_->[1] ] } $self->_default_problems);
 }
 
 sub _is_empty_range ($self) {
     return 0 if !defined $self->{lower} || !defined $self->{upper};
-    my ($lower, $upper) = map { _in_units(quantity($self->{$_}), $self->{units} // '1') // return 0 } qw(lower upper);
+    my $units = $self->{units} // '1';
+    my ($lower, $upper) = map { _in_units(quantity($_), $units) // return 0 } @$self{qw(lower upper)};
     my $order = _compare($lower, $upper);
     return $order > 0 || ($order == 0 && $self->{exclusive}) ? 1 : 0;
 }
