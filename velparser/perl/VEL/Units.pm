@@ -33,7 +33,7 @@ standard error while they load that mean nothing to a user.
 =cut
 
 # How names here are called over there: alone, and within a product.
-my %ALONE = (C => 'degC', F => 'degF', '%' => 'percent', rev => 'turn', deg => 'degree');
+my %ALONE = (C => 'degC', F => 'degF', '%' => 'percent', rev => 'turn', deg => 'degree', cP => 'centipoise');
 my %WITHIN = (C => 'K', F => 'degR', degC => 'K', degF => 'degR', rev => 'turn', deg => 'degree');
 
 # Units that hold an angle.

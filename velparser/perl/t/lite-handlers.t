@@ -124,7 +124,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     my $answer;
     $data->addChangeHandler(sub { $answer = $data->DESTROY() });
     is $data->setStringValue('/FLOW/A', 'x'), undef, 'a handler that destroys the object';
-    is $answer, 'DESTROY: a handler of this object is running', '... is told that it cannot';
+    is $answer, 'DESTROY: the object is in use', '... is told that it cannot';
     is $data->havePath('/FLOW/A'), 1, '... and the object stays';
 }
 

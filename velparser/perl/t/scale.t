@@ -1,0 +1,101 @@
+# What loading and validating cost does not grow with the size of the file or
+# its depth. Times are those of the processor, so that other work does not count.
+use strict;
+use warnings;
+use feature 'signatures';
+use Test::More;
+use FindBin;
+use Time::HiRes qw(clock);
+use lib "$FindBin::Bin/lib";
+
+use VEL::Validate;
+use VELTest;
+
+my $make_large = source_folder() . '/examples/make-large.pl';
+
+sub seconds ($work) {
+    my $before = clock();
+    $work->();
+    return clock() - $before;
+}
+
+# A validator with all checks on, for an API that has loaded so many lines.
+sub loaded ($lines) {
+    my $api = with_libraries();
+    chomp(my @lines = qx{$^X $make_large $lines});
+    my $error = $api->parseVELData(\@lines, 0);
+    die $error if $error;
+    my $validator = VEL::Validate->new($api->{database});
+    $validator->$_(1) for 'setUnitsChecking', 'setBoundsChecking';
+    return ($api, $validator);
+}
+
+my %cost;    # of one line, in microseconds
+subtest 'set-ups of all sizes' => sub {
+    for my $lines (2_000, 20_000, 200_000) {
+        my ($api, $validator) = loaded($lines);
+        my @paths = all_paths($api->{database});
+        my $found = 0;
+        my $validate = seconds(sub { $found += defined $validator->validateObject($_) for @paths });
+        is $found, 0, "$lines lines are valid";
+        $cost{$lines} = 1e6 * $validate / $lines;
+        note sprintf '%7d lines: %.1f us a line', $lines, $cost{$lines};
+    }
+    # Caches of the processor and the system's noise are allowed for.
+    cmp_ok $cost{20_000},  '<', 3 * $cost{2_000}, 'a line of 20,000 costs what one of 2,000 does';
+    cmp_ok $cost{200_000}, '<', 3 * $cost{2_000}, 'and so does one of 200,000';
+};
+
+subtest 'rules are compiled once a load of libraries' => sub {
+    my ($api, $validator) = loaded(2_000);
+    my $model    = $api->{model};
+    my $compiled = $model->compiled;
+    $validator->validateObject($_) for all_paths($api->{database});
+    $api->{database}->setStringValue('/FLOW/DOMAIN:Room 1/Kind', 'Solid');
+    $validator->validateObject('/FLOW/DOMAIN:Room 1');
+    $api->getAllowedParams('/FLOW/DOMAIN:Room 1', \my @names, 1);
+    is $model->compiled, $compiled, 'not for a question, nor for an edit';
+    $api->readLibraries;
+    is $model->compiled, $compiled + 1, 'but for libraries that are read again';
+};
+
+my $count = 10_000;
+
+# The seconds it takes to look at the blocks of this text; $path_of gives the
+# path of each by its number.
+sub boxes ($name, $text, $path_of) {
+    my $database = database(<<'TEXT');
+RULES:
+  OBJECT: BOX
+    Optional Parameters = Size
+    PARAMETER: Size
+      Type = Real
+    END
+  END
+END
+TEXT
+    is $database->loadVELData($text), undef, "$name: loaded";
+    my $validator = VEL::Validate->new($database);
+    my ($found, $path) = (0);
+    my $taken = seconds(sub {
+        $found += defined $validator->validateObject($path = $path_of->($_)) for 1 .. $count;
+    });
+    is $found, 0, "$name: valid";
+    is $database->isValid($path) & 1, 1, "$name: to the last";
+    note sprintf '%s: %.2f s', $name, $taken;
+    return $taken;
+}
+
+# Each question names its object by a path that is longer with every level, at
+# last by 80,000 characters.
+subtest 'ten thousand blocks in each other' => sub {
+    my @blocks = map { [ "BOX: b$_", 'Size = 1' ] } 1 .. $count;
+    my @flat   = map { (@$_, 'END') } @blocks;
+    my @nested = ((map { @$_ } @blocks), ('END') x $count);
+    my $above  = '';
+    my $flat = boxes('side by side',  \@flat,   sub ($number) { return "/BOX:b$number" });
+    my $deep = boxes('in each other', \@nested, sub ($number) { return $above .= "/BOX:b$number" });
+    cmp_ok $deep, '<', 40 * $flat, 'cost little more than ten thousand side by side';
+};
+
+done_testing;
