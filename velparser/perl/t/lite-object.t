@@ -42,6 +42,14 @@ is $derived->createParam('/A', 1), undef, 'an object of a derived class';
 is $derived->have('/A'), 1, '... works';
 undef $derived;
 bless VEL::Parser::Lite::NEW(), 'NotDestroyed';
+{
+    package Texted;
+    our @ISA = 'VEL::Parser::Lite';
+    use overload '""' => sub { die "not to be read\n" }, 'bool' => sub { 1 }, '==' => sub { 1 };
+}
+my $texted = bless VEL::Parser::Lite::NEW(), 'Texted';
+is $texted->createParam('/A', 1), undef, 'an object with operators of its own';
+is $texted->DESTROY, undef, '... works, and ends when it is told to';
 
 for my $forged (bless(\(my $address = 12345), 'Derived'), bless({}, 'Derived'), bless([], 'Derived'),
     bless(sub { 1 }, 'Derived'))
