@@ -1,13 +1,19 @@
 # A display of our own, for programs that have none: sourced by shell scripts.
 #
 #   display_start 1000x760      a virtual screen of that size, with a window manager
-#   display_open PROGRAM ARG..  starts the program and waits until its window stands
+#   display_open PROGRAM ARG..  starts the program and waits until a window stands
+#   display_await TITLE         waits until the window of that title has the keys
+#   display_press KEY..         presses keys, one after the other (ctrl+s)
+#   display_write TEXT          types a text
 #   display_picture FILE.png    the whole screen, once nothing moves on it any more
 #   display_close               ends the program
 #   display_stop                ends all of it; also done when the script ends
 #
-# The program's process is $display_program, its output $display_dir/program.log.
-# A failure prints a message and ends the script with status 1.
+# The program's process is $display_program, its output $display_dir/program.log,
+# and $display_dir is a folder for whatever the script needs. Nothing here waits
+# for a fixed time: display_until looks ten times a second, and a failure prints
+# a message and ends the script with status 1. Everything runs without /proc, a
+# message bus and the name of the computer.
 
 display_server='' display_manager='' display_program='' display_dir=''
 
@@ -15,6 +21,17 @@ display_fail() {
     printf 'display: %s\n' "$*" >&2
     [ ! -s "$display_dir/program.log" ] || tail -n 20 -- "$display_dir/program.log" >&2
     exit 1
+}
+
+# display_until SECONDS WHAT COMMAND...: waits until the command succeeds.
+display_until() {
+    display_tries=$(($1 * 10)) display_what=$2
+    shift 2
+    until "$@" >/dev/null 2>&1; do
+        display_tries=$((display_tries - 1))
+        [ "$display_tries" -gt 0 ] || display_fail "waited in vain until $display_what"
+        sleep 0.1
+    done
 }
 
 display_end() {
@@ -37,48 +54,63 @@ display_stop() {
     display_dir=''
 }
 
+display_is_numbered() {
+    kill -0 "$display_server" 2>/dev/null || display_fail "Xvfb does not start"
+    [ -s "$display_dir/number" ]
+}
+
+display_is_managed() {
+    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'
+}
+
 display_start() {
     display_dir=$(mktemp -d)
     trap display_stop EXIT
     trap 'exit 130' INT
     trap 'exit 143' TERM
-    # The server chooses a free number and writes it when it is ready.
-    Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp \
+    # The server chooses a free number and writes it when it is ready. Its keys do
+    # not repeat, however long a busy machine takes to let them go.
+    Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp -r \
         3>"$display_dir/number" >"$display_dir/server.log" 2>&1 &
     display_server=$!
-    display_tries=0
-    until [ -s "$display_dir/number" ]; do
-        kill -0 "$display_server" 2>/dev/null || display_fail "Xvfb does not start"
-        display_tries=$((display_tries + 1))
-        [ "$display_tries" -le 300 ] || display_fail "Xvfb does not answer"
-        sleep 0.1
-    done
+    display_until 30 "Xvfb answers" display_is_numbered
     DISPLAY=:$(cat "$display_dir/number")
     QT_QPA_PLATFORM=xcb
-    export DISPLAY QT_QPA_PLATFORM
+    XDG_RUNTIME_DIR=$display_dir # the toolkit complains without one
+    export DISPLAY QT_QPA_PLATFORM XDG_RUNTIME_DIR
     if command -v openbox >/dev/null 2>&1; then
         openbox --sm-disable >"$display_dir/manager.log" 2>&1 &
         display_manager=$!
         # Windows that come before the manager would stay without frame and focus.
-        display_tries=0
-        until xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; do
-            display_tries=$((display_tries + 1))
-            [ "$display_tries" -le 100 ] || break
-            sleep 0.1
-        done
+        display_until 30 "the window manager is there" display_is_managed
     fi
+}
+
+display_has_window() {
+    kill -0 "$display_program" 2>/dev/null || display_fail "it ended without showing a window"
+    xdotool search --onlyvisible --pid "$display_program"
 }
 
 display_open() {
     "$@" >"$display_dir/program.log" 2>&1 &
     display_program=$!
-    display_tries=0
-    until xdotool search --onlyvisible --pid "$display_program" >/dev/null 2>&1; do
-        kill -0 "$display_program" 2>/dev/null || display_fail "$1 ended without showing a window"
-        display_tries=$((display_tries + 1))
-        [ "$display_tries" -le 600 ] || display_fail "$1 shows no window"
-        sleep 0.1
-    done
+    display_until 60 "$1 shows a window" display_has_window
+}
+
+display_has_focus() {
+    [ "$(xdotool getwindowfocus getwindowname 2>/dev/null)" = "$1" ]
+}
+
+display_await() {
+    display_until 30 "\"$1\" has the keys" display_has_focus "$1"
+}
+
+display_press() {
+    xdotool key --delay 20 "$@"
+}
+
+display_write() {
+    xdotool type --delay 20 -- "$1"
 }
 
 # display_grab FILE.png [WINDOW]: what is there at this moment.
@@ -98,7 +130,7 @@ display_settle() {
     display_grab "$display_dir/before.png" "${1:-root}"
     while [ "$display_tries" -lt 60 ]; do
         display_tries=$((display_tries + 1)) display_ticks_before=$display_ticks
-        sleep 0.5
+        sleep 0.2
         display_ticks=$(display_time_used)
         display_grab "$display_dir/after.png" "${1:-root}"
         if [ "$display_ticks" = "$display_ticks_before" ] && compare -metric AE \

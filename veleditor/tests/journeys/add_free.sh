@@ -1,0 +1,27 @@
+#!/bin/sh
+# A parameter of any name is added where the rules allow any. A name that cannot
+# be is refused, and underscores become blanks.
+. "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
+
+use duct.vel
+open_editor "$file"
+select_row 'EXPERT PARAMETERS:'
+press ctrl+a
+await 'Add Parameter'
+write 'sweep_count!'
+press Tab
+write 4
+press alt+o
+await 'Invalid Parameter Name'
+press Return
+await 'Add Parameter'
+press shift+Tab End BackSpace
+press alt+o
+await 'Underscores replaced'
+press Return
+await "$file - Modified"
+press ctrl+s
+await "$file"
+is_saved '/solver build/a\    sweep count = 4'
+press ctrl+q
+ends_well

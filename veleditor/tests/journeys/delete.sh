@@ -1,0 +1,30 @@
+#!/bin/sh
+# A parameter is deleted after a question, not otherwise.
+. "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
+
+use duct.vel
+open_editor "$file"
+select_row 'Title = First run'
+press ctrl+d
+await 'Deleting Parameter'
+press alt+c
+await "$file"
+
+# Escape is no answer.
+press ctrl+d
+await 'Deleting Parameter'
+press Escape alt+d
+await "$file - Modified"
+press ctrl+s
+await "$file"
+is_saved '/Title = First run/d'
+
+# What cannot be changed cannot be deleted either.
+select_row 'Version = 2.1'
+press ctrl+d
+await 'Deleting Parameter'
+press Return
+await "$file"
+press ctrl+q
+ends_well
+is_untouched

@@ -1,0 +1,29 @@
+#!/bin/sh
+# The editor's own work fails while it builds its rows anew, as it does when an
+# expert section is added where there is no flow object: the program ends, says
+# why, and leaves the data in an emergency file.
+. "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
+
+use - <<'FILE'
+LANGUAGE:
+  Version = 2.1
+END
+SEALED: Box
+END
+FILE
+break_rebuilds /SEALED:Box
+open_editor "$file"
+press ctrl+p
+ends_in_emergency
+same "$former" "$file.emergency.bak"
+[ ! -e "$file" ] || fail "the loaded file was not moved"
+cat >"$display_dir/expected.vel" <<'FILE'
+LANGUAGE:
+  Version = 2.1
+END
+FLOW: Analysis
+  EXPERT PARAMETERS:
+  END
+END
+FILE
+same "$display_dir/expected.vel" "$file.emergency"

@@ -1,0 +1,46 @@
+#!/bin/sh
+# The same while a dialog is open: it goes away, and the question that a save with
+# errors asks is asked and heeded.
+. "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
+
+use - <<'FILE'
+LANGUAGE:
+  Colour = green
+END
+SEALED: Box
+END
+FILE
+break_rebuilds /SEALED:Box
+
+# to_failure: through the first errors, whose list stays open, to the failure.
+to_failure() {
+    open_editor 'Command File Validation Errors'
+    press Return
+    await 'Command File Errors'
+    xdotool search --onlyvisible --name "^$file$" windowactivate
+    await "$file"
+    press ctrl+p
+    await 'Command File Errors'
+}
+
+to_failure
+press alt+n
+ends_in_emergency
+is_untouched
+[ ! -e "$file.emergency" ] || fail "the answer No was not heeded"
+
+to_failure
+press alt+y
+ends_in_emergency
+same "$former" "$file.emergency.bak"
+grep -qx '  Colour = green' "$file.emergency" || fail "the data is not in the emergency file"
+
+# The list of an upgrade is open when the rows of the upgraded data are built.
+use old.vel
+ZOT5_VEL_PARSER=$VEL_BUILD_DIR/perl
+rm -r "$display_dir/perl"
+break_rebuilds /FLOW:Analysis
+open_editor 'Command File Updated.'
+press alt+y
+ends_in_emergency
+same "$former" "$file.emergency.bak"

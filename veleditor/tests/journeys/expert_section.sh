@@ -1,0 +1,39 @@
+#!/bin/sh
+# The expert section is added once, behind everything else in the flow object; the
+# second time the user is told that it is there.
+. "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
+
+use - <<'FILE'
+FLOW: Analysis
+  Title = Plain
+  DOMAIN: Duct
+    Kind = Fluid
+  END
+END
+FILE
+open_editor "$file"
+press ctrl+p
+await "$file - Modified"
+press ctrl+p
+await 'Add Expert Parameter Section'
+press Return
+await "$file - Modified"
+
+# Its row is there, below the domain's, and takes parameters.
+press Home asterisk End ctrl+a
+await 'Add Parameter'
+write 'sweep count'
+press Tab
+write 4
+press alt+o
+await "$file - Modified"
+press ctrl+s
+await "$file"
+is_saved '/Title/a\  EXPERT PARAMETERS:\n    sweep count = 4\n  END'
+
+press ctrl+p
+await 'Add Expert Parameter Section'
+press Return
+await "$file"
+press ctrl+q
+ends_well

@@ -1,0 +1,167 @@
+# What the journeys share: each is one way of a user through the real program in
+# a real window, by keys and mouse, on a display of its own. A journey reads this
+# file first; CTest gives it VEL_SOURCE_DIR, VEL_BUILD_DIR and the environment of
+# the editor. It may run beside others, as root or not, and without /proc, a
+# message bus or a name for the computer.
+#
+#   use FILE            $file is a copy of a file of the tests' data, in $folder
+#   use -               the same with the text on standard input
+#   open_editor TITLE [WORD..]   starts the program with the words (else $file) and
+#                       waits for the window of that title
+#   press KEY..         keys, as "ctrl+s"
+#   write TEXT          types a text
+#   await TITLE         waits until the window of that title has the keys
+#   select_row LINE     selects the row that shows this line of $file
+#   double_click_row    what the mouse does with the selected row
+#   enter_value TEXT    answers the open dialog with this text and Ok
+#   is_saved [SED]      $file is now the former one with this edit, which its .bak is
+#   is_untouched        $file is the former one, and has no new .bak
+#   same EXPECTED FILE  compares two files, and shows where they differ
+#   writes_messages TITLE TEXT   the open dialog, of that title, writes exactly this
+#                       text to a file
+#   ends_well           waits for the program to end with status 0 and no words
+#   ends_saying TEXT    the same with this on its standard error
+#   break_rebuilds PATH gives the program a Perl side on which the first tree is built
+#                       and the next one cannot be; PATH is an object of $file
+#   ends_in_emergency   waits for the program to end for that reason
+#
+# The title is what tells where a user stands: it names the dialog or box that
+# has the keys, and whether there are unsaved changes. Every wait has an end, and
+# a journey that waits in vain fails and says for what.
+set -eu
+# shellcheck source=tools/display.sh
+. "$VEL_SOURCE_DIR/tools/display.sh"
+
+display_start 1000x760
+folder=$display_dir/case
+file=$folder/case.vel
+former=$display_dir/former.vel
+mkdir "$folder"
+
+fail() {
+    printf 'windows: %s\n' "$(xdotool search --onlyvisible --name . getwindowname %@ | tr '\n' ';')" >&2
+    display_fail "$@"
+}
+
+press() { display_press "$@"; }
+write() { display_write "$@"; }
+await() { display_await "$@"; }
+
+use() {
+    if [ "$1" = - ]; then
+        cat >"$file"
+    else
+        cp -- "$VEL_SOURCE_DIR/veleditor/tests/data/$1" "$file"
+    fi
+    cp -- "$file" "$former"
+}
+
+open_editor() {
+    title=$1
+    shift
+    [ $# -gt 0 ] || set -- "$file"
+    display_open "$VEL_SOURCE_DIR/veledit" "$@"
+    await "$title"
+}
+
+# The tree shows a row for each line of a formatted file but the ENDs, in the
+# same order, below its root; Trace Level is left out as an expert item.
+row_number() {
+    sed -e 's/^ *//' -e '/^END$/d' -e '/^Trace Level/d' "$file" |
+        grep -Fnx -m 1 -- "$1" | cut -d : -f 1
+}
+
+select_row() {
+    row=$(row_number "$1")
+    [ -n "$row" ] || fail "no line of the file is: $1"
+    press Home asterisk
+    press --repeat "$row" Down
+}
+
+# The selection is the only thing of this blue: prints where it is on the screen.
+selection_place() {
+    display_grab "$display_dir/look.png"
+    convert "$display_dir/look.png" -fill black +opaque '#0000ff' -trim \
+        -format '%w %h %X %Y\n' info: |
+        awk '$1 > 10 && $2 > 5 { print $3 + 5, $4 + int($2 / 2); found = 1 } END { exit !found }'
+}
+
+double_click_row() {
+    display_until 10 "a row is selected" selection_place
+    # shellcheck disable=SC2046 # two numbers
+    xdotool mousemove $(selection_place) click --repeat 2 --delay 50 1
+}
+
+enter_value() {
+    press ctrl+a
+    write "$1"
+    press alt+o
+}
+
+same() {
+    diff -u -- "$1" "$2" >&2 || fail "$2 is not what was expected"
+}
+
+is_saved() {
+    same "$former" "$file.bak"
+    sed "${1:-}" "$former" >"$display_dir/expected.vel"
+    same "$display_dir/expected.vel" "$file"
+    cp -- "$file" "$former"
+    rm -- "$file.bak"
+}
+
+is_untouched() {
+    same "$former" "$file"
+    [ ! -e "$file.bak" ] || fail "there is a .bak file"
+}
+
+writes_messages() {
+    printf '%s' "$2" >"$display_dir/expected.txt"
+    press alt+w
+    await 'Select File'
+    write "$folder/messages.txt"
+    press Return
+    await "$1"
+    display_until 10 "the messages are written" test -s "$folder/messages.txt"
+    same "$display_dir/expected.txt" "$folder/messages.txt"
+}
+
+has_ended() { ! kill -0 "$display_program" 2>/dev/null; }
+
+ends_saying() {
+    display_until 15 "the program has ended" has_ended
+    wait "$display_program" || fail "it ended with status $?"
+    display_program=''
+    printf '%s' "$1" >"$display_dir/words"
+    same "$display_dir/words" "$display_dir/program.log"
+}
+
+ends_well() { ends_saying ''; }
+
+# Asked for the second time about the object, this Perl side deletes it.
+break_rebuilds() {
+    mkdir "$display_dir/perl"
+    ln -s "$ZOT5_VEL_PARSER"/* "$display_dir/perl"
+    rm "$display_dir/perl/API.pm"
+    cat >"$display_dir/perl/API.pm" <<END
+BEGIN { require "$ZOT5_VEL_PARSER/API.pm"; }
+package API;
+no warnings;
+my \$asked = 0;
+sub isItemExpert {
+    my (\$self, \$path) = @_;
+    \$self->{database}->deleteObj(\$path) if \$path eq '$1' && \$asked++;
+    return 0;
+}
+1;
+END
+    ZOT5_VEL_PARSER=$display_dir/perl
+    export ZOT5_VEL_PARSER
+}
+
+ends_in_emergency() {
+    ends_saying "Error encountered:
+getChildList : getChildList: unable to find the requested path
+Attempting to save VEL to $file.emergency
+"
+}

@@ -1,0 +1,30 @@
+#!/bin/sh
+# A value that the rules refuse is explained and taken back, in the row and in the
+# data, while the mark of a change stays.
+. "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
+
+use duct.vel
+open_editor "$file"
+select_row 'Reference Pressure = 1'
+press ctrl+e
+await 'Edit Parameter'
+enter_value 'much'
+await 'Command File Errors'
+press alt+o
+await "$file - Modified"
+press ctrl+s
+await "$file"
+is_saved
+
+# What is typed behind the row's value shows that it is the former one.
+press ctrl+e
+await 'Edit Parameter'
+press End
+write 5
+press alt+o
+await "$file - Modified"
+press ctrl+s
+await "$file"
+is_saved 's/Reference Pressure = 1$/Reference Pressure = 15/'
+press ctrl+q
+ends_well

@@ -1,0 +1,32 @@
+#!/bin/sh
+# An old file is brought up to date when it is opened. The user looks at what
+# changed or does not; the change is saved only on request.
+. "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
+
+use old.vel
+
+# Yes: the messages are shown, and can be written to a file.
+open_editor 'Command File Updated.'
+press alt+y
+await 'VEL Upgrade Messages'
+writes_messages 'VEL Upgrade Messages' 'The following changes were made:
+
+/FLOW:Analysis/Mode: renamed to "Run Mode"
+/LANGUAGE/Version: changed from 2.0 to 2.1'
+press alt+o
+await "$file - Modified"
+press ctrl+q
+await 'Unsaved Changes'
+press alt+q
+ends_well
+is_untouched
+
+# No, which is what Return says.
+open_editor 'Command File Updated.'
+press Return
+await "$file - Modified"
+press ctrl+s
+await "$file"
+is_saved 's/Mode = Steady/Run Mode = Steady/; s/2.0/2.1/'
+press ctrl+q
+ends_well
