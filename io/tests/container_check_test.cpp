@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 class ContainerCheck : public ::testing::Test
@@ -112,6 +114,26 @@ TEST_F(ContainerCheck, FaultsHaveTheirPlaces)
                                    "C");
     env_["f"][name + 2] = 'D';
     EXPECT_EQ(faults(), at(third_, "D:P:3: the index has another name or length than the dataset"));
+}
+
+TEST_F(ContainerCheck, FaultsBehindTheFirst)
+{
+    std::string sound = env_["f"];
+    // The length of the first dataset, the data of the second, and a line of the
+    // index.
+    env_["f"][39] = static_cast<char>(env_["f"][39] ^ 0x01);
+    std::size_t stream = sound.find("*DATA", static_cast<std::size_t>(second_) + 20) + 15;
+    env_["f"][stream] = static_cast<char>(env_["f"][stream] ^ 0x40);
+    std::size_t line = sound.rfind("Y\x1b"
+                                   "C");
+    env_["f"][line] = 'N';
+    std::string text = faults();
+    EXPECT_EQ(text.find("36 recreate_indextable: Bad file: final dataset length field "), 0U)
+        << text;
+    EXPECT_NE(text.find(at(second_, "B:P:2: io_gunzip: Data error")), std::string::npos) << text;
+    EXPECT_NE(text.find(at(third_, "C:P:3: is live, in the index it is not")), std::string::npos)
+        << text;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3) << text;
 }
 
 TEST_F(ContainerCheck, RebuildingAFileThatWasCut)

@@ -3,6 +3,7 @@
 // no lock is left behind.
 //
 // This program has an operator new of its own.
+#include "io/Src/Main/container_check.h"
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
@@ -18,6 +19,7 @@ namespace {
 
 long allocations_left = -1; ///< until the one that fails; −1: none does
 bool failing_for_good = false;
+std::size_t largest_allocation = 0;
 
 bool allocation_fails()
 {
@@ -35,6 +37,7 @@ bool allocation_fails()
 
 void *allocate(std::size_t bytes)
 {
+    largest_allocation = std::max(largest_allocation, bytes);
     return allocation_fails() ? nullptr : std::malloc(bytes > 0 ? bytes : 1);
 }
 
@@ -305,6 +308,24 @@ TEST_P(MemoryFailure, Deleting)
         int code = remove(session);
         return code == IO_NOT_FOUND ? IO_OK : code;
     });
+}
+
+TEST(Memory, OfVerifyingDoesNotGrowWithTheData)
+{
+    io_memory_env env;
+    io_client client(env);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    ASSERT_EQ(client.write_doubles("Z", "P", 1, std::vector<double>(2000000), "u9"), IO_OK);
+    ASSERT_EQ(client.write_doubles("R", "P", 1, std::vector<double>(200000, 3), "l"), IO_OK);
+    ASSERT_EQ(client.write_strings("S", "P", 1, std::vector<std::string>(20000, "x"), "u"), IO_OK);
+    ASSERT_EQ(client.write_strings("T", "P", 1, std::vector<std::string>(20000, "x"), "F"), IO_OK);
+    ASSERT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    io_reporter report(env);
+    std::vector<container_fault> faults;
+    largest_allocation = 0;
+    EXPECT_EQ(verify_container(env, report, "f", faults), IO_OK);
+    EXPECT_TRUE(faults.empty());
+    EXPECT_LT(largest_allocation, std::size_t{3} << 20); // the table of the index is the largest
 }
 
 INSTANTIATE_TEST_SUITE_P(Once, MemoryFailure, ::testing::Values(false));

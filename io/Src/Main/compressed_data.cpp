@@ -61,7 +61,7 @@ private:
 
     void advance(std::int64_t bytes)
     {
-        data_ += bytes;
+        data_ += data_ != nullptr ? bytes : 0;
         left_ -= bytes;
     }
 
@@ -70,12 +70,37 @@ private:
     {
         std::int64_t bytes = rest_of_area() == left_ ? left_ : std::min(left_, block_);
         auto wanted = static_cast<std::size_t>(bytes);
-        std::size_t got = bytes <= rest_of_area() ? io_.stream.read(data_, wanted) : 0;
+        std::size_t got = bytes <= rest_of_area() ? take(wanted) : 0;
         if (got != wanted) {
             return zotshortRead(io_, "read_compressed_dataarray", got, wanted);
         }
         advance(bytes);
         return IO_OK;
+    }
+
+    std::size_t take(std::size_t bytes)
+    {
+        if (data_ != nullptr) {
+            return io_.stream.read(data_, bytes);
+        }
+        std::size_t taken = 0;
+        while (taken < bytes && has_part()) {
+            auto wanted = std::min(bytes - taken, static_cast<std::size_t>(part_bytes));
+            std::size_t got = io_.stream.read(part_.get(), wanted);
+            taken += got;
+            if (got != wanted) {
+                break;
+            }
+        }
+        return taken;
+    }
+
+    bool has_part()
+    {
+        if (!part_) {
+            part_ = allocate(part_bytes);
+        }
+        return part_ != nullptr;
     }
 
     int compressed(std::int64_t length)
@@ -99,10 +124,7 @@ private:
     int inflate_part(std::int64_t length)
     {
         const io_reporter &report = *io_.report;
-        if (!part_) {
-            part_ = allocate(part_bytes);
-        }
-        if (!part_) {
+        if (!has_part()) {
             return report.error(IO_NO_MEMORY, "read_compressed_dataarray: malloc failed\n");
         }
         std::int64_t behind = io_.stream.tell() + length;
@@ -212,7 +234,7 @@ int read_compressed_dataarray(zot_io &io, format_code format, element_type type,
     if (int code = reader.read()) {
         return code;
     }
-    if (format.swapped()) {
+    if (format.swapped() && data != nullptr) {
         swap_bytes(data, static_cast<std::size_t>(count), element_word_bytes(type));
     }
     return IO_OK;

@@ -17,6 +17,7 @@ int write_compressed_dataarray(zot_io &io, format_code format, element_type type
                                std::int32_t count);
 
 /// Reads an array of which compression_wanted() is true: one stream, or blocks
-/// of `blockfactor` elements. The data area ends at `data_end` in the file.
+/// of `blockfactor` elements. The data area ends at `data_end` in the file. With
+/// null for `data` it is only looked whether it can be read.
 int read_compressed_dataarray(zot_io &io, format_code format, element_type type, void *data,
                               std::int32_t count, std::int32_t blockfactor, std::int64_t data_end);

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
+#include <unordered_set>
 
 namespace {
 
@@ -50,6 +52,14 @@ std::string name_of(const dataset_header &header)
 {
     return header.what + ":" + header.where + ":" + std::to_string(header.when);
 }
+
+/// What the index is compared with.
+struct seen_dataset
+{
+    bool live = true;
+    std::int64_t length = 0;
+    std::string name; ///< empty where the header could not be read
+};
 
 /// Verifies one file; every check adds its faults.
 class verifier
@@ -104,31 +114,40 @@ private:
     void check_datasets()
     {
         dataset_scan scan(file_, size_);
-        while (scan.next()) {
-            const scanned_dataset &item = scan.item();
-            if (item.kind == scan_kind::dataset) {
-                check_data(item);
+        do {
+            while (scan.next()) {
+                check_item(scan.item());
             }
-            if (item.kind == scan_kind::index && item.end != size_) {
-                add(item.position, IO_BAD_FILE, "an index stands in front of the end of the file");
+            if (scan.end() != scan_end::end_of_file) {
+                has_index_ = false;
+                damaged_.insert(scan.position());
+                add(scan.position(), scan.code() != IO_OK ? scan.code() : IO_BAD_FILE,
+                    joined(messages_.take()));
             }
-            has_index_ = item.kind == scan_kind::index;
-            index_position_ = item.position;
-            if (item.kind != scan_kind::index) {
-                found_[item.position] = item;
-            }
-            messages_.take();
-            if (progress_) {
-                progress_(item.end, size_);
-            }
-        }
-        std::string text = joined(messages_.take());
-        bool has_crashed = scan.end() == scan_end::crash || scan.end() == scan_end::interrupted;
-        if (scan.end() != scan_end::end_of_file) {
-            has_index_ = false;
-            add(scan.position(), scan.code() != IO_OK ? scan.code() : IO_BAD_FILE, text);
-        } else if (!has_index_ && !has_crashed) {
+        } while (scan.end() != scan_end::end_of_file && scan.resume());
+        if (scan.end() == scan_end::end_of_file && !has_index_) {
             add(scan.position(), IO_BAD_FILE, "there is no index");
+        }
+    }
+
+    void check_item(const scanned_dataset &item)
+    {
+        bool is_index = item.kind == scan_kind::index;
+        if (item.kind == scan_kind::dataset) {
+            check_data(item);
+        }
+        if (is_index && item.end != size_) {
+            add(item.position, IO_BAD_FILE, "an index stands in front of the end of the file");
+        }
+        has_index_ = is_index;
+        index_position_ = item.position;
+        if (!is_index) {
+            found_[item.position] = {item.kind == scan_kind::dataset, item.length,
+                                     item.has_header ? name_of(item.header) : std::string()};
+        }
+        messages_.take();
+        if (progress_) {
+            progress_(item.end, size_);
         }
     }
 
@@ -159,11 +178,10 @@ private:
 
     int read_all(const located_start &start, const data_shape &shape)
     {
-        element_storage storage;
-        if (!storage.allocate(total_counts(shape.type, shape.count), shape.type.string_slot())) {
-            return file_.report->error(IO_NO_MEMORY, "verify_container: malloc failed\n");
+        if (int code = skim_data(file_.io, shape)) {
+            return code;
         }
-        return read_data_as(file_, start, "", storage.data());
+        return read_end_tag(file_, start.format);
     }
 
     void check_index()
@@ -175,18 +193,18 @@ private:
             add(index_position_, code, joined(messages_.take()));
             return;
         }
-        std::map<std::int64_t, bool> listed;
+        std::unordered_set<std::int64_t> listed;
         for (std::int32_t slot = 0; slot < file_.index.count(); slot++) {
             located_dataset record = {};
             if (parseindex(*file_.report, file_.index.line(slot), record) != IO_OK) {
                 continue;
             }
             check_line(slot, record);
-            listed[record.position] = true;
+            listed.insert(record.position);
         }
         for (const auto &[position, item] : found_) {
-            if (item.kind == scan_kind::dataset && listed.count(position) == 0) {
-                add(position, IO_BAD_FILE, name_of(item.header) + ": is not in the index");
+            if (item.live && listed.count(position) == 0) {
+                add(position, IO_BAD_FILE, item.name + ": is not in the index");
             }
         }
     }
@@ -196,20 +214,21 @@ private:
         auto found = found_.find(record.position);
         std::string name =
             std::string(record.what) + ":" + record.where + ":" + std::to_string(record.when);
+        if (damaged_.count(record.position) > 0) {
+            return; // named already
+        }
         if (found == found_.end()) {
             add(index_position_, IO_BAD_FILE,
                 name + ": the index points at byte " + std::to_string(record.position) +
                     ", where no dataset begins");
             return;
         }
-        const scanned_dataset &item = found->second;
-        bool live = item.kind == scan_kind::dataset;
-        if (live != (file_.index.status(slot) == 'Y')) {
+        const seen_dataset &item = found->second;
+        if (item.live != (file_.index.status(slot) == 'Y')) {
             add(record.position, IO_BAD_FILE,
-                name + ": is " + (live ? "live" : "deleted") + ", in the index it is not");
+                name + ": is " + (item.live ? "live" : "deleted") + ", in the index it is not");
         }
-        bool same =
-            record.length == item.length && (!item.has_header || name == name_of(item.header));
+        bool same = record.length == item.length && (item.name.empty() || name == item.name);
         if (!same) {
             add(record.position, IO_BAD_FILE,
                 name + ": the index has another name or length than the dataset");
@@ -223,7 +242,8 @@ private:
     std::int64_t size_ = 0;
     std::int64_t index_position_ = 0;
     bool has_index_ = false;
-    std::map<std::int64_t, scanned_dataset> found_; ///< by position
+    std::map<std::int64_t, seen_dataset> found_; ///< by position
+    std::set<std::int64_t> damaged_;             ///< where the scan stopped
 };
 
 int list_live(open_file &file, std::vector<container_entry> &entries)

@@ -165,6 +165,36 @@ bool within(std::int64_t count, std::int64_t bytes, std::int64_t limit)
     return bytes <= 0 || count <= limit / bytes;
 }
 
+/// Numbers and characters as text stand in lines that need not be as long as
+/// those of this library.
+bool comes_in_elements(const data_shape &shape)
+{
+    return !shape.format.formatted() || shape.type.structure || shape.type.single() == IO_STRI;
+}
+
+int skim_elements(zot_io &io, const data_shape &shape)
+{
+    constexpr std::int64_t part_bytes = 256 * 1024;
+    std::int64_t each = std::max<std::int64_t>(shape.type.bytes(), 1);
+    std::int64_t at_once = comes_in_elements(shape) ? std::max<std::int64_t>(part_bytes / each, 1)
+                                                    : std::int64_t{shape.count};
+    data_shape part = shape;
+    part.count = static_cast<std::int32_t>(std::min<std::int64_t>(at_once, shape.count));
+    element_storage storage;
+    if (!storage.allocate(total_counts(part.type, part.count), part.type.string_slot())) {
+        return io.report->error(IO_NO_MEMORY, "skim_data: malloc failed\n");
+    }
+    for (std::int32_t left = shape.count;; left -= part.count) {
+        part.count = std::min(part.count, left);
+        if (int code = read_any(io, part, storage.data())) {
+            return code;
+        }
+        if (left == part.count) {
+            return IO_OK;
+        }
+    }
+}
+
 } // namespace
 
 int write_data(zot_io &io, const data_shape &shape, const IO_data &data)
@@ -225,6 +255,20 @@ int check_data_claim(zot_io &io, const data_shape &shape)
     bool possible =
         within(shape.count, least, left) && within(shape.count, shape.type.bytes(), ratio_limit);
     return possible ? IO_OK : too_short(io, left);
+}
+
+int skim_data(zot_io &io, const data_shape &shape)
+{
+    bool compressed = false;
+    if (int code =
+            compression_wanted(*io.report, shape.format, shape.type, shape.count, compressed)) {
+        return code;
+    }
+    if (!compressed) {
+        return skim_elements(io, shape);
+    }
+    return read_compressed_dataarray(io, shape.format, shape.type.single(), nullptr, shape.count,
+                                     shape.blockfactor, shape.end);
 }
 
 int read_data(zot_io &io, const data_shape &shape, IO_data &data)

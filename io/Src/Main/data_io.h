@@ -22,6 +22,9 @@ int write_data(zot_io &io, const data_shape &shape, const IO_data &data);
 /// taken or any size given out.
 int check_data_claim(zot_io &io, const data_shape &shape);
 
+/// Reads the data and forgets it, in memory that does not grow with it.
+int skim_data(zot_io &io, const data_shape &shape);
+
 /// Reads into arrays that hold enough. After a failure they hold nothing but
 /// zero bytes.
 int read_data(zot_io &io, const data_shape &shape, IO_data &data);

@@ -72,6 +72,66 @@ bool dataset_scan::next()
     return true;
 }
 
+bool dataset_scan::resume()
+{
+    std::int64_t next = find_beginning(position_ + 1);
+    if (next < 0) {
+        return false;
+    }
+    position_ = next;
+    end_ = scan_end::running;
+    code_ = IO_OK;
+    return true;
+}
+
+/// Looks for the words that stand behind a length; -1 if there are none.
+std::int64_t dataset_scan::find_beginning(std::int64_t from)
+{
+    // Small: what is looked through may be full of words that lead nowhere.
+    constexpr std::size_t block_bytes = 4096;
+    constexpr std::size_t overlap = IO_TAG_DATASET.size() - 1;
+    std::string block(block_bytes, '\0');
+    for (std::int64_t at = from; at < size_; at += block_bytes - overlap) {
+        std::size_t got = io_.stream.seek(at) ? io_.stream.read(block.data(), block_bytes) : 0;
+        std::string_view text(block.data(), got);
+        for (std::size_t star = text.find('*'); star != text.npos;
+             star = text.find('*', star + 1)) {
+            std::string_view word = text.substr(star);
+            if (!word.starts_with(IO_TAG_DATASET) && !word.starts_with(IO_TAG_INDEX)) {
+                continue;
+            }
+            std::int64_t place = at + static_cast<std::int64_t>(star);
+            for (format_code format :
+                 {format_code{'u', ' '}, format_code{'l', ' '}, IO_FORMATTED}) {
+                std::int64_t begin = place - zotoffsetBytes(io_, format) -
+                                     static_cast<std::int64_t>(IO_FORMAT_BYTES);
+                if (begin >= from && begins_at(begin, place)) {
+                    return begin;
+                }
+            }
+        }
+    }
+    return -1;
+}
+
+/// Whether the format code at `position` belongs to the word at `word`.
+bool dataset_scan::begins_at(std::int64_t position, std::int64_t word)
+{
+    std::array<char, IO_FORMAT_BYTES> bytes = {};
+    if (!io_.stream.seek(position) || io_.stream.read(bytes.data(), bytes.size()) != bytes.size() ||
+        !iofmt_is_letter(bytes[0]) || bytes[2] != '\n') {
+        return false;
+    }
+    format_code format = {bytes[0], bytes[1]};
+    std::vector<format_code> readings =
+        format.deleted() ? iofmt_restore(format) : std::vector<format_code>{format};
+    return std::any_of(readings.begin(), readings.end(), [&](format_code reading) {
+        return position + static_cast<std::int64_t>(IO_FORMAT_BYTES) +
+                   zotoffsetBytes(io_, reading) ==
+               word;
+    });
+}
+
 bool dataset_scan::damaged()
 {
     std::array<char, 16> bytes = {};

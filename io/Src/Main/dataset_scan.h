@@ -46,6 +46,10 @@ public:
     const scanned_dataset &item() const { return item_; }
     scan_end end() const { return end_; }
 
+    /// Goes on behind an end at damage or a cut, from the next place where a
+    /// dataset or an index seems to begin; false if there is none.
+    bool resume();
+
     /// Where the scan ended.
     std::int64_t position() const { return position_; }
 
@@ -55,6 +59,8 @@ public:
 
 private:
     bool stop(scan_end end, int code = IO_OK);
+    bool begins_at(std::int64_t position, std::int64_t word);
+    std::int64_t find_beginning(std::int64_t from);
     bool read_format();
     bool read_length();
     bool length_of_zero();

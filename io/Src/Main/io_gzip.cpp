@@ -1,9 +1,12 @@
 #include "io/Src/Main/io_gzip.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <new>
 #include <zlib.h>
 
 namespace {
@@ -12,10 +15,17 @@ constexpr int default_level = 5;
 constexpr std::int64_t zlib_most = std::numeric_limits<uInt>::max();
 
 /// zlib counts in 32 bits; a larger array is given to it part by part.
-uInt next_part(std::int64_t left)
+uInt next_part(std::int64_t left, std::int64_t most = zlib_most)
 {
-    return static_cast<uInt>(std::min(left, zlib_most));
+    return static_cast<uInt>(std::min(left, most));
 }
+
+/// Where bytes go that nobody wants.
+struct dump
+{
+    static constexpr std::int64_t bytes = 64 * 1024;
+    std::array<Bytef, bytes> memory;
+};
 
 Bytef *bytes_of(const void *memory)
 {
@@ -46,8 +56,10 @@ int deflate_all(z_stream &stream, std::int64_t in_left, std::int64_t out_left)
     return result;
 }
 
-/// Inflates until the stream ends, the source does, or the room does.
-int inflate_all(z_stream &stream, const io_inflate_source &source, std::int64_t out_left)
+/// Inflates until the stream ends, the source does, or the room does. With a
+/// dump all of it goes there.
+int inflate_all(z_stream &stream, const io_inflate_source &source, std::int64_t out_left,
+                dump *forgotten)
 {
     int result = Z_OK;
     while (result == Z_OK) {
@@ -57,7 +69,10 @@ int inflate_all(z_stream &stream, const io_inflate_source &source, std::int64_t 
             stream.next_in = bytes_of(bytes);
         }
         if (stream.avail_out == 0) {
-            stream.avail_out = next_part(out_left);
+            if (forgotten != nullptr) {
+                stream.next_out = forgotten->memory.data();
+            }
+            stream.avail_out = next_part(out_left, forgotten != nullptr ? dump::bytes : zlib_most);
             out_left -= stream.avail_out;
         }
         // With nothing left to give or to fill it has to end now, or it is an error.
@@ -158,8 +173,10 @@ int io_inflate(const io_reporter &report, const io_inflate_source &source, void 
     if (int result = inflateInit(&stream)) {
         return report.error(IO_COMPRESSION, "io_gunzip: inflateInit failed: %d", result);
     }
+    std::unique_ptr<dump> forgotten(out == nullptr ? new (std::nothrow) dump : nullptr);
     stream.next_out = bytes_of(out);
-    int result = inflate_all(stream, source, out_bytes);
+    bool possible = out != nullptr || forgotten != nullptr;
+    int result = possible ? inflate_all(stream, source, out_bytes, forgotten.get()) : Z_MEM_ERROR;
     produced = static_cast<std::int64_t>(stream.total_out);
     int ended = inflateEnd(&stream);
     if (result != Z_STREAM_END) {
