@@ -89,6 +89,12 @@ constexpr auto entries = [] {
     return all;
 }();
 
+/// The object, whose overloaded operators no method uses, is not among them.
+bool argumentsRunCode(pTHX_ SV *const *begin, SV *const *end)
+{
+    return std::any_of(begin, end, [&](SV *argument) { return runsCode(aTHX_ argument); });
+}
+
 /// No exception may pass Perl's own functions.
 SV *runBody(pTHX_ const LiteMethod &method, LiteCall &call)
 {
@@ -113,7 +119,9 @@ XSPROTO(callMethod)
         if (!record && !(entry.method->body == liteDestroy && isEmptied(aTHX_ ST(0))))
             croak("self is not of type VEL::Parser::Lite");
     }
-    LiteCall call(*entry.method, ax, record);
+    LiteCall call(*entry.method, ax, items, record);
+    if (argumentsRunCode(aTHX_ & ST(entry.object), &ST(items)))
+        call.guardArguments(aTHX);
     SV *result = runBody(aTHX_ * entry.method, call);
     if (!result)
         XSRETURN_EMPTY;

@@ -7,21 +7,36 @@ namespace velparser {
 namespace {
 
 /// A record that only wraps a database does not know the handlers of the
-/// object that owns it.
+/// object that owns it, nor the other way round.
 bool mayHaveHandlers(pTHX_ const LiteRecord *record)
 {
-    return !record->owns || record->actionHandler || AvFILLp(record->changeHandlers) >= 0;
+    return !record->owns || record->actionHandler || AvFILLp(record->changeHandlers) >= 0 ||
+           liteContext(aTHX).wrappers;
 }
 
-/// An element that makes its text anew each time would let an earlier one go:
-/// then the text is copied.
-const char *elementText(pTHX_ SV *element)
+/// Whether reading the elements runs code, which may change the array.
+bool elementsRunCode(pTHX_ AV *array)
 {
-    if (SvPOK(element) && !SvGMAGICAL(element))
+    if (SvRMAGICAL(array))
+        return true;
+    const std::span<SV *> elements(AvARRAY(array), static_cast<std::size_t>(AvFILLp(array) + 1));
+    return std::ranges::any_of(elements,
+                               [&](SV *element) { return element && runsCode(aTHX_ element); });
+}
+
+const char *copiedText(pTHX_ const char *text)
+{
+    return SvPVX_const(sv_2mortal(newSVpv(text, 0)));
+}
+
+/// A number's text would change the caller's element; it is made of a copy.
+const char *elementText(pTHX_ SV *element, bool copy)
+{
+    if (SvPOK(element) && !copy)
         return byteText(aTHX_ element);
     SV *plain = sv_2mortal(newSV(0));
     sv_setsv_nomg(plain, element);
-    return SvPVX_const(sv_2mortal(newSVpv(byteText(aTHX_ plain), 0)));
+    return copiedText(aTHX_ byteText(aTHX_ plain));
 }
 
 bool isPlainScalar(SV *value)
@@ -31,13 +46,32 @@ bool isPlainScalar(SV *value)
 
 } // namespace
 
+void LiteCall::guard(pTHX)
+{
+    if (copyTexts_)
+        return;
+    copyTexts_ = true;
+    if (!record_)
+        return;
+    sv_2mortal(SvREFCNT_inc_simple_NN(SvRV(argument(aTHX_ 0))));
+    // Perl restores it when the method is left, by an exception too.
+    SAVEI16(record_->guards);
+    ++record_->guards;
+}
+
+void LiteCall::guardArguments(pTHX)
+{
+    for (int i = 0; i < count_; ++i)
+        sv_2mortal(SvREFCNT_inc_simple_NN(argument(aTHX_ i)));
+    guard(aTHX);
+}
+
 void LiteCall::keepAlive(pTHX)
 {
     dropHandlerError(aTHX);
     mayRunHandlers_ = true;
-    copyTexts_ = mayHaveHandlers(aTHX_ record_);
-    if (copyTexts_)
-        sv_2mortal(SvREFCNT_inc_simple_NN(SvRV(argument(aTHX_ 0))));
+    if (mayHaveHandlers(aTHX_ record_))
+        guard(aTHX);
 }
 
 std::int32_t LiteCall::integer(pTHX_ int i) const
@@ -60,7 +94,7 @@ AV *LiteCall::array(pTHX_ int i, const char *name) const
     SvGETMAGIC(value);
     if (!SvROK(value) || SvTYPE(SvRV(value)) != SVt_PVAV)
         croak("%s is not an array reference", name);
-    return MUTABLE_AV(SvRV(value));
+    return MUTABLE_AV(sv_2mortal(SvREFCNT_inc_simple_NN(SvRV(value))));
 }
 
 AV *LiteCall::optionalArray(pTHX_ int i, const char *name) const
@@ -139,17 +173,19 @@ AV *newArray(pTHX_ const std::vector<std::int32_t> &numbers)
 
 std::span<const char *> elementTexts(pTHX_ AV *array, UndefinedElement undefined)
 {
+    const bool copies = elementsRunCode(aTHX_ array);
     const auto count = static_cast<std::size_t>(av_count(array));
     SV *buffer = sv_2mortal(newSV((count + 1) * sizeof(char *)));
     auto **texts = reinterpret_cast<const char **>(SvPVX(buffer));
     for (std::size_t i = 0; i < count; ++i) {
-        SV **element = av_fetch(array, static_cast<SSize_t>(i), 0);
-        if (element)
-            SvGETMAGIC(*element);
-        const bool defined = element && SvOK(*element);
-        if (!defined && undefined == UndefinedElement::Croaks)
+        SV **place = av_fetch(array, static_cast<SSize_t>(i), 0);
+        SV *element = place ? *place : &PL_sv_undef;
+        if (copies)
+            sv_2mortal(SvREFCNT_inc_simple_NN(element));
+        SvGETMAGIC(element);
+        if (!SvOK(element) && undefined == UndefinedElement::Croaks)
             croak("Undefined element in array or fetch error");
-        texts[i] = defined ? elementText(aTHX_ * element) : "";
+        texts[i] = SvOK(element) ? elementText(aTHX_ element, copies) : "";
     }
     texts[count] = nullptr;
     return {texts, count};

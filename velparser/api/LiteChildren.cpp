@@ -111,11 +111,12 @@ SV *liteGetChildList(pTHX_ LiteCall &call)
     AV *groups = nullptr;
     const char *error = childEntries(aTHX_ call.handle(), path, childTarget ? &children : nullptr,
                                      groupTarget ? &groups : nullptr);
+    SV *message = call.message(aTHX_ error);
     if (childTarget)
         replaceElements(aTHX_ childTarget, children);
     if (groupTarget)
         replaceElements(aTHX_ groupTarget, groups);
-    return call.message(aTHX_ error);
+    return message;
 }
 
 } // namespace velparser

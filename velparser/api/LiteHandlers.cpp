@@ -11,6 +11,10 @@ namespace {
 
 constexpr char handlerDied[] = "a handler died";
 
+/// Handlers whose changes call handlers, and so on. Each takes some of the C++
+/// stack, so that there must be an end.
+constexpr int deepestHandler = 200;
+
 /// A scope in which handlers of a record run.
 class HandlerScope
 {
@@ -25,6 +29,7 @@ public:
         --record_->running;
         --context_.running;
     }
+    [[nodiscard]] bool isTooDeep() const { return context_.running > deepestHandler; }
     HandlerScope(const HandlerScope &) = delete;
     HandlerScope &operator=(const HandlerScope &) = delete;
 
@@ -53,6 +58,13 @@ bool checkResult(pTHX_ velHandle *handle, const PerlResult &result, const char *
         context.handlerError = result.error ? newSVsv(result.error) : newErrorText(aTHX_ complaint);
     velInterrupt(handle, handlerDied);
     return false;
+}
+
+int refuseDepth(pTHX_ velHandle *handle)
+{
+    const PerlFrame frame(aTHX);
+    checkResult(aTHX_ handle, PerlResult{}, "Handlers call each other without end");
+    return 0;
 }
 
 SV *mortalText(pTHX_ const char *text)
@@ -91,6 +103,8 @@ int callChangeHandlers(const char *path, std::int32_t code, const char *newValue
     if (count == 0)
         return 0;
     const HandlerScope running(aTHX_ record);
+    if (running.isTooDeep())
+        return refuseDepth(aTHX_ record->handle);
     int called = 0;
     while (called < count && called <= AvFILLp(list)) {
         SV *handler = AvARRAY(list)[called++];
@@ -130,6 +144,8 @@ int runAction(pTHX_ LiteRecord *record, velHandle *handle, const char *action,
               const char *const *arguments)
 {
     const HandlerScope running(aTHX_ record);
+    if (running.isTooDeep())
+        return refuseDepth(aTHX_ handle);
     PerlFrame frame(aTHX);
     save_scalar(PL_errgv);
     SV *handler = sv_2mortal(SvREFCNT_inc_simple_NN(record->actionHandler));
@@ -243,6 +259,8 @@ SV *liteRegisterActionHandler(pTHX_ LiteCall &call)
 SV *liteInvokeAction(pTHX_ LiteCall &call)
 {
     call.keepAlive(aTHX);
+    // Reading the elements may run code.
+    call.guard(aTHX);
     const char *action = call.text(aTHX_ 1);
     AV *array = call.optionalArray(aTHX_ 2, "args");
     const char **arguments =

@@ -6,13 +6,13 @@ namespace {
 
 constexpr char packageName[] = "VEL::Parser::Lite";
 
-/// Frees the record, and with it the database that it owns. While one of its
-/// handlers runs the database is in use further up the C++ stack; then nothing
-/// is freed, now or later: a leak is better than a crash.
-const char *freeRecord(pTHX_ LiteRecord *record)
+/// Frees a record, and with it the database that it owns. While it is in use
+/// further up the C++ stack nothing is freed, now or later: a leak is better
+/// than a crash.
+void freeRecord(pTHX_ LiteRecord *record)
 {
-    if (record->running > 0)
-        return "DESTROY: a handler of this object is running";
+    if (isInUse(record))
+        return;
     if (record->owns)
         velDestroyHandle(record->handle);
     else
@@ -20,16 +20,14 @@ const char *freeRecord(pTHX_ LiteRecord *record)
     SvREFCNT_dec(MUTABLE_SV(record->changeHandlers));
     SvREFCNT_dec(record->actionHandler);
     Safefree(record);
-    return nullptr;
 }
 
 /// Called when the scalar behind an object goes: covers a derived class whose
 /// own DESTROY does not call ours.
 int freeWithScalar(pTHX_ SV *, MAGIC *magic)
 {
-    if (magic->mg_ptr)
-        freeRecord(aTHX_ reinterpret_cast<LiteRecord *>(magic->mg_ptr));
-    magic->mg_ptr = nullptr;
+    if (char *record = std::exchange(magic->mg_ptr, nullptr))
+        freeRecord(aTHX_ reinterpret_cast<LiteRecord *>(record));
     return 0;
 }
 
@@ -86,6 +84,27 @@ LiteRecord *findLiteRecord(pTHX_ SV *object)
     return magic ? reinterpret_cast<LiteRecord *>(magic->mg_ptr) : nullptr;
 }
 
+const char *emptyObject(pTHX_ SV *object)
+{
+    MAGIC *magic = findObjectMagic(aTHX_ object);
+    if (!magic || !magic->mg_ptr)
+        return nullptr;
+    auto *record = reinterpret_cast<LiteRecord *>(magic->mg_ptr);
+    if (isInUse(record))
+        return "DESTROY: the object is in use";
+    // First of all: what goes with the record may run code that has the object.
+    magic->mg_ptr = nullptr;
+    sv_setiv(SvRV(object), 0);
+    freeRecord(aTHX_ record);
+    return nullptr;
+}
+
+void holdForGood(pTHX_ SV *object)
+{
+    ++findLiteRecord(aTHX_ object)->guards;
+    SvREFCNT_inc_simple_void_NN(SvRV(object));
+}
+
 bool isEmptied(pTHX_ SV *object)
 {
     const MAGIC *magic = findObjectMagic(aTHX_ object);
@@ -106,14 +125,7 @@ SV *liteNew(pTHX_ LiteCall &)
 /// Called explicitly and again when the object goes, it works once.
 SV *liteDestroy(pTHX_ LiteCall &call)
 {
-    if (!call.record())
-        return call.message(aTHX_ nullptr);
-    SV *scalar = SvRV(call.argument(aTHX_ 0));
-    if (const char *error = freeRecord(aTHX_ call.record()))
-        return call.message(aTHX_ error);
-    findMagic(scalar)->mg_ptr = nullptr;
-    sv_setiv(scalar, 0);
-    return call.message(aTHX_ nullptr);
+    return call.message(aTHX_ emptyObject(aTHX_ call.argument(aTHX_ 0)));
 }
 
 } // namespace velparser

@@ -19,6 +19,8 @@ const char *parseCopy(velHandle *handle, std::span<const char *const> texts, std
 SV *parseLines(pTHX_ LiteCall &call, std::uint32_t flags)
 {
     call.keepAlive(aTHX);
+    // Reading the elements may run code.
+    call.guard(aTHX);
     AV *array = call.array(aTHX_ 1, "data");
     const std::span<const char *> texts = elementTexts(aTHX_ array, UndefinedElement::Croaks);
     return call.message(aTHX_ parseCopy(call.handle(), texts, flags));

@@ -23,11 +23,18 @@ struct LiteRecord
 {
     velHandle *handle;    ///< owned if `owns`; null is never met
     std::int32_t owns;    ///< 1: made by NEW, 0: wraps a database of the program's
-    std::int32_t running; ///< handlers of this record that run at this moment
+    std::int16_t running; ///< handlers of this record that run at this moment
+    std::int16_t guards;  ///< see LiteCall::guard and holdForGood
     AV *changeHandlers;   ///< owned; code references; null unless `owns`
     SV *actionHandler;    ///< owned; code reference or null
 };
 static_assert(sizeof(LiteRecord) == 4 * sizeof(void *));
+
+/// While it is, it must not be freed.
+[[nodiscard]] inline bool isInUse(const LiteRecord *record)
+{
+    return record->running > 0 || record->guards > 0;
+}
 
 /// What the module keeps for each interpreter.
 struct LiteContext
@@ -86,6 +93,15 @@ extern MGVTBL liteRecordMagic;
     return findLiteRecord(aTHX_ object);
 }
 
+/// Frees the record behind an object, which is no object of the package from
+/// then on. A message where the record is in use, and stays; null for an object
+/// that is empty already.
+[[nodiscard]] const char *emptyObject(pTHX_ SV *object);
+
+/// Keeps an object, and with it its database, as long as the interpreter,
+/// whatever Perl code does with its own references.
+void holdForGood(pTHX_ SV *object);
+
 /// Whether DESTROY has emptied the object before.
 [[nodiscard]] bool isEmptied(pTHX_ SV *object);
 
@@ -96,8 +112,8 @@ extern MGVTBL liteRecordMagic;
 class LiteCall
 {
 public:
-    LiteCall(const LiteMethod &method, I32 firstArgument, LiteRecord *record)
-        : method_(method), first_(firstArgument), record_(record)
+    LiteCall(const LiteMethod &method, I32 firstArgument, I32 count, LiteRecord *record)
+        : method_(method), first_(firstArgument), count_(count), record_(record)
     {
     }
 
@@ -105,9 +121,13 @@ public:
     [[nodiscard]] velHandle *handle() const { return record_->handle; }
     [[nodiscard]] SV *argument(pTHX_ int i) const { return PL_stack_base[first_ + i]; }
 
-    /// To be called first by a method that may run handlers: whatever they do,
-    /// the object and the texts taken after this stay alive until the method's
-    /// end. What handlers died with in an operation that the program began by
+    /// Keeps the object, its record, and the texts taken after this alive until
+    /// the method's end, whatever Perl code runs meanwhile.
+    void guard(pTHX);
+    /// guard, for the arguments themselves too.
+    void guardArguments(pTHX);
+    /// To be called first by a method that may run handlers: a guard where there
+    /// are any. What handlers died with in an operation that the program began by
     /// itself, and never asked for, is dropped.
     void keepAlive(pTHX);
 
@@ -119,7 +139,8 @@ public:
     /// Clamped to 32 bits.
     [[nodiscard]] std::int32_t integer(pTHX_ int i) const;
     [[nodiscard]] bool truth(pTHX_ int i) const;
-    /// The array behind a reference; croaks "NAME is not an array reference".
+    /// The array behind a reference, kept alive until the method's end; croaks
+    /// "NAME is not an array reference".
     [[nodiscard]] AV *array(pTHX_ int i, const char *name) const;
     /// As array, but null for undef.
     [[nodiscard]] AV *optionalArray(pTHX_ int i, const char *name) const;
@@ -144,6 +165,7 @@ private:
 
     const LiteMethod &method_;
     I32 first_;
+    I32 count_;
     LiteRecord *record_;
     bool mayRunHandlers_ = false;
     bool copyTexts_ = false;
@@ -169,8 +191,11 @@ template <class List, class Query>
         error = query(&list);
         values = newArray(aTHX_ list);
     }
+    // The array's old elements may run code when they go, and the error text of
+    // the database with it.
+    SV *message = call.message(aTHX_ error);
     replaceElements(aTHX_ target, values);
-    return call.message(aTHX_ error);
+    return message;
 }
 
 /// What an element that is undefined or missing means to elementTexts.

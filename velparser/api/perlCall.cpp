@@ -107,13 +107,6 @@ PerlResult callXsub(pTHX_ XSUBADDR_t xsub, SV *argument, I32 context)
     return callPerl(aTHX_{nullptr, MUTABLE_SV(code)}, std::array{argument}, context);
 }
 
-/// An object that overloads operators, or a scalar with magic.
-bool runsCode(pTHX_ SV *value)
-{
-    // NOLINTNEXTLINE(misc-redundant-expression): within Perl's macro
-    return SvGMAGICAL(value) || (SvROK(value) && SvAMAGIC(value));
-}
-
 /// No Perl code is running below the call at hand, so nothing is left for an
 /// `exit` to unwind.
 bool isFirstCall(pTHX)

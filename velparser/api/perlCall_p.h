@@ -85,6 +85,14 @@ void allowPerlExit(bool allow);
 /// Room for the arguments of a call, freed with the frame.
 [[nodiscard]] std::span<SV *> mortalValues(pTHX_ std::size_t count);
 
+/// Whether reading the value runs Perl code: an object that overloads operators,
+/// or a scalar with magic.
+[[nodiscard]] inline bool runsCode(pTHX_ SV *value)
+{
+    // NOLINTNEXTLINE(misc-redundant-expression): within Perl's macro
+    return SvGMAGICAL(value) || (SvROK(value) && SvAMAGIC(value));
+}
+
 /// The value itself, or, for one that makes its text by running code (an
 /// object, a tied scalar), that text as a mortal scalar: reading the result
 /// never runs code outside of a trap.

@@ -136,8 +136,10 @@ velHandle *findLiteHandle(velInstance *instance)
     pTHX = velInterpreter();
     SV *entry = databaseEntry(aTHX_ instance->api);
     const LiteRecord *record = entry ? findLiteRecord(aTHX_ entry) : nullptr;
-    if (record)
-        instance->database = record->handle;
+    if (!record)
+        return nullptr;
+    holdForGood(aTHX_ entry);
+    instance->database = record->handle;
     return instance->database;
 }
 

@@ -1,5 +1,6 @@
 #include "velparser/api/velValidate_p.h"
 
+#include "velparser/api/Lite_p.h"
 #include "velparser/api/velInstance_p.h"
 #include "velparser/api/velparser.h"
 #include "velparser/api/xsinit_p.h"
@@ -18,6 +19,7 @@ constexpr const char *noHandle = "validateVELObjectH: error finding Lite API han
 struct ValidationData
 {
     SV *validator = nullptr; ///< owned
+    SV *database = nullptr;  ///< owned; what the validator knows the handle by
 };
 
 void releaseValidationData(void *data)
@@ -25,6 +27,10 @@ void releaseValidationData(void *data)
     pTHX = velInterpreter();
     auto *validation = static_cast<ValidationData *>(data);
     SvREFCNT_dec(validation->validator);
+    // Perl code that has kept the object finds it empty, not the handle gone.
+    if (validation->database)
+        static_cast<void>(emptyObject(aTHX_ validation->database));
+    SvREFCNT_dec(validation->database);
     delete validation;
 }
 
@@ -41,10 +47,10 @@ const char *createValidator(velHandle *handle, ValidationData *validation)
     const PerlFrame frame(aTHX);
     if (SV *error = requirePackage(aTHX_ "VEL::Validate"))
         return recordText(aTHX_ handle, "validateVELDataLTH: Internal error: ", error);
-    SV *database = newLiteObject(handle);
-    if (!database)
+    validation->database = newLiteObject(handle);
+    if (!validation->database)
         return "validateVELDataLTH: memory error";
-    const std::array arguments{sv_2mortal(newSVpvs("VEL::Validate")), sv_2mortal(database)};
+    const std::array arguments{sv_2mortal(newSVpvs("VEL::Validate")), validation->database};
     const PerlResult result = callPerl(aTHX_{"new", nullptr}, arguments, G_SCALAR);
     if (result.count != 1)
         return "validateVELDataLTH: Unexpected return value from call_argv";

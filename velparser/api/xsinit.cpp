@@ -95,7 +95,9 @@ char **perlWords(const std::string &directory)
 {
     static std::array<std::string, 4> texts;
     static std::array<char *, 5> words;
-    texts = {"", "-w", "-I" + directory, directory + "/VEL/embeddedParserInit.pl"};
+    // A bare -I would take the script for its folder.
+    texts = {"", "-w", "-I" + (directory.empty() ? "/" : directory),
+             directory + "/VEL/embeddedParserInit.pl"};
     std::ranges::transform(texts, words.begin(), [](std::string &text) { return text.data(); });
     words.back() = nullptr;
     return words.data();

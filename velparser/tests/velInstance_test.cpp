@@ -23,6 +23,7 @@ sub giveNothing { return }
 sub giveUndef { return undef }
 sub giveList { return (7, 8, 9) }
 sub giveNumber { return 0 + $_[1] }
+sub isYes { return $_[1] eq 'yes' }
 sub join { my $self = shift; return ref($self) . ':' . CORE::join('|', @_) }
 sub dies { die $_[1] }
 sub diesWithObject { die Text->new($_[1]) }
@@ -217,6 +218,8 @@ TEST_F(VelInstance, IntegersOnly)
     EXPECT_EQ(callInt("give", {"1"}), -1);
     EXPECT_EQ(message(), "1");
     EXPECT_EQ(callInt("giveNumber", {"0.5"}), -1);
+    EXPECT_EQ(callInt("isYes", {"yes"}), 1);
+    EXPECT_EQ(callInt("isYes", {"no"}), 0);
     EXPECT_EQ(callInt("giveUndef", {}), -1);
     EXPECT_EQ(callInt("giveNothing", {}), -1);
 }
@@ -282,10 +285,21 @@ TEST_F(VelInstance, TheDatabaseIsFoundOnceAndKept)
     ASSERT_NE(first, nullptr);
     pTHX = velparser::velInterpreter();
     HV *object = MUTABLE_HV(SvRV(instance_.api));
-    SV *former = newSVsv(*hv_fetchs(object, "database", 0));
     hv_stores(object, "database", newSVpvs("replaced"));
     EXPECT_EQ(velparser::findLiteHandle(&instance_), first);
-    hv_stores(object, "database", former);
+    // Nobody but the instance has it now.
+    EXPECT_STREQ(velCreateParam(first, "/A", "1"), nullptr);
+    EXPECT_EQ(havePath(first, "/A"), 1);
+}
+
+TEST_F(VelInstance, TheDatabaseCannotBeTakenAway)
+{
+    ASSERT_EQ(initWith("bless { database => $API::taken = VEL::Parser::Lite::NEW() }"), "(null)");
+    velHandle *handle = velparser::findLiteHandle(&instance_);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(perl("$API::taken->DESTROY"), "DESTROY: the object is in use");
+    EXPECT_EQ(perl("undef $API::taken; 'dropped'"), "dropped");
+    EXPECT_STREQ(velCreateParam(handle, "/A", "1"), nullptr);
 }
 
 TEST_F(VelInstance, ObjectsWithoutADatabase)
@@ -351,6 +365,23 @@ TEST_F(VelInstance, ActionsOfAWrappingObjectEndWithIt)
     EXPECT_EQ(perl("undef $API::wrapped; 1"), "1");
     EXPECT_STREQ(parseVELLineH(handle.get(), ">save", 0),
                  "action invocation returned with error status");
+}
+
+TEST_F(VelInstance, AnActionOfAWrappingObjectChangesWhatItsOwnerWasGiven)
+{
+    velHandle *handle = velparser::findLiteHandle(ready());
+    pTHX = velparser::velInterpreter();
+    SV *wrapper = velparser::newLiteObject(handle);
+    sv_setsv(get_sv("API::wrapped", GV_ADD), wrapper);
+    SvREFCNT_dec_NN(wrapper);
+    sv_setsv(get_sv("API::owner", GV_ADD),
+             *hv_fetchs(MUTABLE_HV(SvRV(instance_.api)), "database", 0));
+    EXPECT_EQ(perl("my $line = CORE::join '', '>save ', ('x') x 200;"
+                   "$API::wrapped->registerActionHandler("
+                   "    sub { $line = 'y' x 5000; undef $API::owner; $API::seen = $_[1]; 1 });"
+                   "$API::owner->loadVELLine($line, 0) // length $API::seen"),
+              "200");
+    EXPECT_EQ(perl("undef $API::wrapped; 1"), "1");
 }
 
 TEST_F(VelInstance, NoObjectWithoutThePackage)

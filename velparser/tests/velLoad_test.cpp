@@ -13,20 +13,25 @@ namespace {
 const char fakeApi[] = R"perl(
 package API;
 use strict;
+use Scalar::Util ();
 use VEL::Parser::Lite;
-our ($fail, @parsed, $argument, $refused) = ('');
+our ($fail, @parsed, $argument, $refused, @arrays) = ('');
+sub watch { push @arrays, $_[0]; Scalar::Util::weaken($arrays[-1]) }
 sub new {
     die "$refused\n" if $refused;
     return bless { database => VEL::Parser::Lite::NEW() }, shift;
 }
 sub readTextFile {
     my ($self, $file, $lines) = @_;
+    watch($lines);
     return "cannot read $file" if $fail eq 'read';
+    die "cannot even try\n" if $fail eq 'try';
     @$lines = ("from $file", 'second');
     return '';
 }
 sub parseVELData {
     my ($self, $lines, $flag) = @_;
+    watch($lines);
     ($argument, @parsed) = ($flag, @$lines);
     return $fail eq 'parse' ? 'cannot parse' : undef;
 }
@@ -103,6 +108,34 @@ TEST(VelLoad, TextFileThatCannotBeReadOrParsed)
     failIn("parse");
     EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), "cannot parse");
     failIn("");
+}
+
+TEST(VelLoad, ArraysGoWhenTheyHaveServed)
+{
+    const std::array lines{"A = 1"};
+    ASSERT_EQ(perl("@API::arrays = (); 1"), "1");
+    EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), nullptr);
+    EXPECT_STREQ(velparser::loadVELData(lines.data(), 1), nullptr);
+    failIn("parse");
+    EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), "cannot parse");
+    EXPECT_STREQ(velparser::loadVELData(lines.data(), 1), "cannot parse");
+    failIn("read");
+    EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), "cannot read x");
+    failIn("try");
+    EXPECT_STREQ(velparser::loadVELFromFile("x", "vel"), "cannot even try\n");
+    failIn("");
+    EXPECT_EQ(perl("@API::arrays . ' made, ' . grep({ defined } @API::arrays) . ' left'"),
+              "8 made, 0 left");
+}
+
+TEST(VelLoad, ALineThatIsMissingIsUndefined)
+{
+    const std::array<const char *, 2> lines{"A = 1", nullptr};
+    EXPECT_STREQ(velparser::loadVELData(lines.data(), 2), nullptr);
+    EXPECT_EQ(perl("@API::parsed . (defined $API::parsed[1] ? ' defined' : ' undefined')"),
+              "2 undefined");
+    EXPECT_STREQ(velparser::loadVELData(lines.data(), -1), nullptr);
+    EXPECT_EQ(parsed(), "");
 }
 
 TEST(VelLoad, LinesOfTheCallersAsTheyAre)

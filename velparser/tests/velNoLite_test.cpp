@@ -23,6 +23,14 @@ TEST(VelNoLite, AnObjectOfAnotherClassIsNoDatabase)
                  "setStringValue: error finding Lite API handle");
 }
 
+TEST(VelNoLite, OnlyTheWaysToLoadAreRegistered)
+{
+    EXPECT_EQ(perl("no strict 'refs'; join ' ', grep { defined &{\"VEL::Parser::Lite::$_\"} } "
+                   "sort keys %VEL::Parser::Lite::"),
+              "bootstrap");
+    EXPECT_EQ(perl("defined &DynaLoader::boot_DynaLoader"), "1");
+}
+
 TEST(VelNoLite, NorIsOneThatTakesTheName)
 {
     EXPECT_EQ(perl("$API::database = bless \\(my $x = 1), 'VEL::Parser::Lite'; 1"), "1");

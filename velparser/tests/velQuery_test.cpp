@@ -14,8 +14,10 @@ namespace {
 const char fakeApi[] = R"perl(
 package API;
 use strict;
+use Scalar::Util ();
 use VEL::Parser::Lite;
-our ($refused, $object, @asked) = ('not yet');
+our ($refused, $object, @asked, @arrays) = ('not yet');
+sub watch { push @arrays, $_[0]; Scalar::Util::weaken($arrays[-1]) }
 sub new {
     die "$refused\n" if $refused;
     return $object = bless { database => VEL::Parser::Lite::NEW() }, shift;
@@ -30,6 +32,7 @@ sub isParamEditable { return $_[1] eq '/text' ? '1' : $_[1] eq '/dies' ? die : $
 sub isItemExpert { return length $_[1] }
 sub getAllowedParamStrings {
     my ($self, $path, $list) = @_;
+    watch($list);
     return "no values for $path" if $path eq '/none';
     @$list = $path eq '/empty' ? () : ('Yes', 2, undef, "\x{20ac}");
     tie $list->[0], 'Tied', $path if $path =~ /^.tied/;
@@ -43,7 +46,8 @@ sub explainItem {
 }
 sub getAllowedParams {
     my ($self, $path, $list, $flag) = @_;
-    @asked = @_[1 .. $#_];
+    watch($list);
+    @asked = map { ref ? 'array' : $_ } @_[1 .. $#_];
     return 'no names' if $path eq '/none';
     @$list = $path eq '/empty' ? () : ('A', "flag $flag");
     return '';
@@ -158,6 +162,44 @@ TEST_F(VelQueryReady, CurrentPath)
     EXPECT_EQ(value, "2");
     EXPECT_STREQ(velparser::popPathH(), nullptr);
     EXPECT_STREQ(velparser::pushPathH("/NOWHERE"), "pushPath: path is not found");
+}
+
+TEST_F(VelQueryReady, WithoutAPath)
+{
+    std::optional<std::string> value;
+    velStringList list;
+    EXPECT_STREQ(velparser::getStringValue(nullptr, &value),
+                 "getStringValue: value \"\" does not exist");
+    EXPECT_STREQ(velparser::setStringValue(nullptr, "1"),
+                 "setStringValue: error deriving full pathname");
+    EXPECT_STREQ(velparser::setStringValue("/FLOW/A", nullptr), nullptr);
+    EXPECT_STREQ(velparser::deleteParam(nullptr), "deleteParamH: unable to find parameter");
+    EXPECT_STREQ(velparser::deleteObj(nullptr), "deleteObjH: unable to find parameter");
+    EXPECT_STREQ(velparser::pushPathH(nullptr), "pushPath: path provided is non-existent");
+    EXPECT_STREQ(velparser::getChildList(nullptr, nullptr, nullptr),
+                 "getChildList: unable to find the requested path");
+    EXPECT_STREQ(velparser::getFormattedVEL(nullptr, 79, &list),
+                 "getChildObjectList: path \"\" does not exist");
+    EXPECT_EQ(velparser::isVELLibrary(nullptr), -1);
+    // The methods are called, and warn of what they were not given.
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(velparser::isParamEditable(nullptr), 0);
+    EXPECT_STREQ(velparser::getAllowedParams(nullptr, &list, 0), nullptr);
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(perl("defined $API::asked[0] ? 'a path' : 'undefined'"), "undefined");
+}
+
+TEST_F(VelQueryReady, ArraysGoWhenTheyHaveServed)
+{
+    velStringList list;
+    ASSERT_EQ(perl("@API::arrays = (); 1"), "1");
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/A", &list), nullptr);
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/none", &list), "no values for /none");
+    EXPECT_STREQ(velparser::getAllowedParamStrings("/tied/dies", &list), "no value\n");
+    EXPECT_STREQ(velparser::getAllowedParams("/A", &list, 0), nullptr);
+    EXPECT_STREQ(velparser::getAllowedParams("/none", &list, 0), "no names");
+    EXPECT_EQ(perl("@API::arrays . ' made, ' . grep({ defined } @API::arrays) . ' left'"),
+              "5 made, 0 left");
 }
 
 TEST_F(VelQueryReady, ValidationLevel)

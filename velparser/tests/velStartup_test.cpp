@@ -76,6 +76,15 @@ TEST(VelStartup, FolderIsMissing)
     setenv("ZOT5_VEL_PARSER", parser.folder().c_str(), 1);
 }
 
+TEST(VelStartup, FolderIsEmpty)
+{
+    setenv("ZOT5_VEL_PARSER", "", 1);
+    std::string said;
+    EXPECT_STREQ(startQuietly(&said), "Error: Cannot parse perl code\n");
+    EXPECT_NE(said.find("\"/VEL/embeddedParserInit.pl\""), std::string::npos) << said;
+    setenv("ZOT5_VEL_PARSER", parser.folder().c_str(), 1);
+}
+
 TEST(VelStartup, FolderNameOfAnyLength)
 {
     const std::string longName(300, 'x');

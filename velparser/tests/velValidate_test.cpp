@@ -288,6 +288,30 @@ TEST_F(VelValidate, MadeOncePerDatabaseAndFreedWithIt)
     EXPECT_EQ(perl("\"$VEL::Validate::made $VEL::Validate::destroyed\""), "1 1");
 }
 
+TEST_F(VelValidate, WhoKeepsTheDatabaseIsLeftWithNothing)
+{
+    velHandlePtr data = load({"A:", "END"});
+    setUp("our $kept; our $last = ''; $new = sub { $kept = $_[1]; bless { database => $_[1] }, "
+          "$_[0] }");
+    EXPECT_EQ(validated(data.get()), "(null)");
+    EXPECT_EQ(perl("$VEL::Validate::kept->havePath('/A')"), "1");
+    data.reset();
+    EXPECT_EQ(perl("eval { $VEL::Validate::kept->havePath('/A') }; substr $@, 0, 41"),
+              "self is not of type VEL::Parser::Lite at ");
+    EXPECT_EQ(perl("undef $VEL::Validate::kept; 'gone'"), "gone");
+}
+
+TEST_F(VelValidate, AValidatorMayUseTheDatabaseAsItGoes)
+{
+    velHandlePtr data = load({"A:", "END"});
+    setUp("our $last; $new = sub { bless { database => $_[1] }, 'Leaving' };"
+          "@Leaving::ISA = 'VEL::Validate';"
+          "*Leaving::DESTROY = sub { $last = $_[0]{database}->havePath('/A') }");
+    EXPECT_EQ(validated(data.get()), "(null)");
+    data.reset();
+    EXPECT_EQ(perl("$VEL::Validate::last"), "1");
+}
+
 TEST_F(VelValidate, NewFails)
 {
     const velHandlePtr data = load({"A:", "END"});

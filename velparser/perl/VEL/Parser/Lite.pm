@@ -77,7 +77,8 @@ A new object with an empty database. It takes no argument, not even a class.
 =item C<< $data->DESTROY() >>
 
 Frees the database, unless the object only wraps one that belongs to the
-program. Perl calls it when the last reference goes. Returns a message.
+program. Perl calls it when the last reference goes. Returns a message: an
+object that one of its own methods or handlers is using stays as it is.
 
 =back
 
@@ -298,7 +299,9 @@ The normal form of a path: no stray blanks, no doubled slashes. A function.
 
 A handler that dies stops the operation that called it, which then dies with the
 same error; what has been changed until then stays changed. C<last> and C<next>
-do not lead out of a handler. A handler may use the database, also to change it.
+do not lead out of a handler. A handler may use the database, also to change it;
+changes of changes end at a depth of 200 with C<Handlers call each other without
+end>.
 
 =over
 
