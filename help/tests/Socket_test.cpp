@@ -142,9 +142,9 @@ TEST(Socket, triesOnceAtLeast)
     for (const int attempts : {1, 0, -3}) {
         const auto begin = std::chrono::steady_clock::now();
         EXPECT_EQ("Socket::connectHostPort - connect call failed. Could not connect to host: "
-                  "localhost   error code: " +
+                  "127.0.0.1   error code: " +
                       std::to_string(ECONNREFUSED),
-                  raisedBy([&] { const Socket socket("localhost", port, attempts); }));
+                  raisedBy([&] { const Socket socket("127.0.0.1", port, attempts); }));
         EXPECT_LT(std::chrono::steady_clock::now() - begin, 900ms);
     }
 }
@@ -152,7 +152,7 @@ TEST(Socket, triesOnceAtLeast)
 TEST(Socket, triesAgainAfterASecond)
 {
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_NE("nothing raised", raisedBy([&] { const Socket socket("localhost", freePort(), 3); }));
+    EXPECT_NE("nothing raised", raisedBy([&] { const Socket socket("127.0.0.1", freePort(), 3); }));
     EXPECT_GE(std::chrono::steady_clock::now() - begin, 2000ms);
 }
 
