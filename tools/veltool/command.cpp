@@ -5,8 +5,9 @@ namespace veltool {
 namespace {
 
 constexpr const Command *commands[] = {
-    &formatCommand,  &treeCommand,  &getCommand,  &findTextCommand, &setCommand,
-    &extractCommand, &embedCommand, &perlCommand, &dsCommand,
+    &formatCommand, &treeCommand,  &getCommand,      &findTextCommand, &setCommand,
+    &diffCommand,   &mergeCommand, &gitSetupCommand, &gitDiffCommand,  &extractCommand,
+    &embedCommand,  &perlCommand,  &dsCommand,
 };
 
 } // namespace

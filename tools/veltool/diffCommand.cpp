@@ -1,0 +1,81 @@
+// veltool diff: what two files do not have in common.
+#include "tools/veltool/command.h"
+#include "tools/veltool/commandData.h"
+#include "tools/veltool/json.h"
+#include "tools/veltool/loadFiles.h"
+#include "tools/veltool/output.h"
+#include "tools/veltool/treeDiff.h"
+
+#include <CLI/App.hpp>
+
+namespace veltool {
+
+namespace {
+
+const char *wordOf(DifferenceKind kind)
+{
+    switch (kind) {
+    case DifferenceKind::Added:
+        return "added";
+    case DifferenceKind::Removed:
+        return "removed";
+    default:
+        return "changed";
+    }
+}
+
+void printJson(const Difference &difference)
+{
+    out() << '{' << jsonMember("path", difference.path) << ','
+          << jsonMember("kind", wordOf(difference.kind)) << ','
+          << jsonMember("old", difference.oldValue) << ',' << jsonMember("new", difference.newValue)
+          << '}';
+}
+
+class DiffTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override { app.add_flag("--json", json_, "Print a JSON array"); }
+
+    int run(const Words &words) override
+    {
+        const std::vector<velHandlePtr> trees = loadFiles(words);
+        velHandle *const before = trees[0].get();
+        velHandle *const after = trees[1].get();
+        bool isSame = true;
+        JsonArray array;
+        compareTrees(before, velFindNode(before, "/"), after, velFindNode(after, "/"), "/",
+                     [&](const Difference &difference) {
+                         isSame = false;
+                         if (!json_) {
+                             out() << lineOf(difference) << '\n';
+                             return;
+                         }
+                         out() << array.next();
+                         printJson(difference);
+                     });
+        if (json_)
+            out() << array.end();
+        return isSame ? statusGood : statusFindings;
+    }
+
+private:
+    bool json_ = false;
+};
+
+} // namespace
+
+const Command diffCommand = {
+    .name = "diff",
+    .words = "A B",
+    .fewest = 2,
+    .most = 2,
+    .passesOn = false,
+    .purpose = "Show what differs between two files",
+    .details = "Compares by path; order, wrapping and remarks do not count. A line for each "
+               "object or parameter: + only in B, - only in A, ~ with another value. Status 1 if "
+               "anything differs.",
+    .make = makeTask<DiffTask>,
+};
+
+} // namespace veltool

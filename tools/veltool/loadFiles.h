@@ -1,0 +1,20 @@
+// Reading several files that a command needs together.
+#pragma once
+
+#include "tools/veltool/command.h"
+#include "velapilt/src/velapilt.h"
+
+#include <string>
+#include <vector>
+
+namespace veltool {
+
+/// Loads every file into a handle of its own, in the order given. Standard
+/// input may be one of them. Every file that cannot be read or parsed gives
+/// its message; the last of these is thrown as a Failure.
+[[nodiscard]] std::vector<velHandlePtr> loadFiles(const Words &files);
+
+/// Throws a Failure when "-" is named more than once.
+void requireOneStandardInput(const Words &files);
+
+} // namespace veltool

@@ -1,0 +1,308 @@
+// merge: what becomes of the text of OURS, and what is in conflict.
+#include "tools/veltool/tests/toolRun.h"
+
+#include <gtest/gtest.h>
+
+namespace veltool::test {
+namespace {
+
+const std::string base = "# Cooling water\n"
+                         "DOMAIN: Pipe\n"
+                         "  Kind = Fluid\n"
+                         "  Location = Inlet Side, \\\n"
+                         "    Outlet Side\n"
+                         "  BOUNDARY: in\n"
+                         "    Flow = 0.5   # as measured\n"
+                         "  END\n"
+                         "  BOUNDARY: out\n"
+                         "    Kind = Outlet\n"
+                         "  END\n"
+                         "END\n";
+
+/// The text with one part of it replaced.
+std::string with(std::string text, const std::string &part, const std::string &other)
+{
+    const std::size_t at = text.find(part);
+    if (at == std::string::npos)
+        ADD_FAILURE() << part << " is not in the text";
+    else
+        text.replace(at, part.size(), other);
+    return text;
+}
+
+const std::string outlet = "  BOUNDARY: out\n"
+                           "    Kind = Outlet\n"
+                           "  END\n";
+
+class MergeTest : public ::testing::Test
+{
+protected:
+    ToolRun merge(const std::string &ours, const std::string &theirs,
+                  const std::string &from = base)
+    {
+        return runTool({"merge", folder_.write("base", from), folder_.write("ours", ours),
+                        folder_.write("theirs", theirs)});
+    }
+
+    std::string said(const std::string &message) const
+    {
+        return "veltool: " + folder_.path("ours") + ": " + message + '\n';
+    }
+
+    TemporaryFolder folder_;
+};
+
+void expectClean(const ToolRun &run, const std::string &result)
+{
+    EXPECT_EQ(run.out, result);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+}
+
+TEST_F(MergeTest, TakesWhatTheirsChangedAndKeepsTheTextOfOurs)
+{
+    const std::string ours = with(with(base, "Cooling", "Hot"), "Kind = Fluid", "Kind  =  Solid");
+    expectClean(merge(ours, with(base, "0.5", "0.7")), with(ours, "0.5", "0.7"));
+    expectClean(merge(ours, with(base, "0.5   # as measured", "0.7 # corrected")),
+                with(ours, "0.5   # as measured", "0.7 # corrected"));
+}
+
+TEST_F(MergeTest, ARemarkOfOursStaysOnAChangedLine)
+{
+    const std::string ours = with(base, "# as measured", "# by us");
+    const ToolRun run = merge(ours, with(base, "0.5   # as measured", "0.7 # corrected"));
+    EXPECT_EQ(run.out, with(ours, "0.5", "0.7"));
+    EXPECT_EQ(run.err, said("remarks of theirs that are not in the result: 1"));
+    EXPECT_EQ(run.status, 0);
+}
+
+TEST_F(MergeTest, WrapsAsOursDoes)
+{
+    const std::string ours = with(base, "Inlet Side, \\\n    Outlet", "Inlet Side, \\\n  Outlet");
+    expectClean(merge(ours, with(base, "Outlet Side", "Outlet Side, Lid")),
+                with(ours, "Outlet Side", "Outlet Side, Lid"));
+}
+
+TEST_F(MergeTest, AddsWhereTheirsHasItWithItsRemarks)
+{
+    const std::string ours = with(base, "Fluid", "Solid");
+    const std::string added = "  # A new one\n"
+                              "  BOUNDARY: mid\n"
+                              "    Kind = Wall # why\n"
+                              "  END\n";
+    expectClean(merge(ours, with(base, outlet, added + outlet)),
+                with(ours, outlet, added + outlet));
+    expectClean(merge(ours, with(base, "  Kind = Fluid\n", "  First = 1\n  Kind = Fluid\n")),
+                with(ours, "  Kind = Solid\n", "  First = 1\n  Kind = Solid\n"));
+    expectClean(merge(ours, base + "LAST:\nEND\n"), ours + "LAST:\nEND\n");
+}
+
+TEST_F(MergeTest, ARemarkThatOursHasDoesNotComeTwice)
+{
+    const std::string ours = with(base, "Fluid", "Solid");
+    expectClean(merge(ours, with(base, "DOMAIN", "TITLE:\nEND\nDOMAIN")), ours + "TITLE:\nEND\n");
+}
+
+TEST_F(MergeTest, TakesOutWhatTheirsDeletedInEveryPlace)
+{
+    const std::string twice = "A: x\n  p = 1\n  q = 1\nEND\nA: x\n  p = 2 # again\nEND\nb = 1\n";
+    expectClean(merge(with(twice, "b = 1", "b = 2"),
+                      with(with(twice, "  p = 1\n", ""), "  p = 2 # again\n", ""), twice),
+                "A: x\n  q = 1\nEND\nA: x\nEND\nb = 2\n");
+    expectClean(merge(with(twice, "b = 1", "b = 2"), "b = 1\n", twice), "b = 2\n");
+}
+
+TEST_F(MergeTest, KeepsWhatOursDeletedOrAdded)
+{
+    const std::string ours = with(with(base, outlet, ""), "Fluid\n", "Fluid\n  New = 1\n");
+    expectClean(merge(ours, with(base, "0.5", "0.7")), with(ours, "0.5", "0.7"));
+}
+
+TEST_F(MergeTest, TheSameOnBothSidesIsNoConflict)
+{
+    const std::string ours =
+        with(with(base, "0.5", "0.7"), outlet, "  WALL: w\n    x = 1\n  END\n");
+    const std::string theirs =
+        with(with(base, "= 0.5 ", "=0.7 "), outlet, "  WALL: w\n    y = 2\n    x = 1\n  END\n");
+    expectClean(merge(ours, theirs), with(ours, "    x = 1\n", "    y = 2\n    x = 1\n"));
+}
+
+TEST_F(MergeTest, OneSideUnchangedGivesTheOtherByteForByte)
+{
+    const std::string changed = with(with(base, "Cooling", "Hot"), outlet, "");
+    expectClean(merge(changed, base), changed);
+    expectClean(merge(base, changed), changed);
+    expectClean(merge(changed, changed), changed);
+}
+
+TEST_F(MergeTest, TwoValuesAreAConflict)
+{
+    const std::string ours = with(base, "0.5   # as measured", "0.6 # ours");
+    const ToolRun run = merge(ours, with(with(base, "0.5", "0.7"), "Kind = Fluid", "Kind = Solid"));
+    EXPECT_EQ(run.out, with(with(ours, "Kind = Fluid", "Kind = Solid"), "    Flow = 0.6 # ours\n",
+                            "<<<<<<< ours\n"
+                            "    Flow = 0.6 # ours\n"
+                            "=======\n"
+                            "    Flow = 0.7   # as measured\n"
+                            ">>>>>>> theirs\n"));
+    EXPECT_EQ(run.err, said("/DOMAIN:Pipe/BOUNDARY:in/Flow: changed on both sides"));
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST_F(MergeTest, AddedDifferentlyIsAConflict)
+{
+    const ToolRun run = merge("a = 1\nx = 1\n", "x = 2\na = 1\n", "a = 1\n");
+    EXPECT_EQ(run.out, "a = 1\n<<<<<<< ours\nx = 1\n=======\nx = 2\n>>>>>>> theirs\n");
+    EXPECT_EQ(run.err, said("/x: added on both sides, not the same"));
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST_F(MergeTest, DeletedHereAndChangedThereIsAConflict)
+{
+    const std::string changed = with(base, "Kind = Outlet", "Kind = Inlet");
+    const std::string deleted = with(base, outlet, "");
+    const std::string block = with(outlet, "Outlet", "Inlet");
+    const ToolRun theirsDeleted = merge(changed, deleted);
+    EXPECT_EQ(theirsDeleted.out,
+              with(changed, block, "<<<<<<< ours\n" + block + "=======\n>>>>>>> theirs\n"));
+    EXPECT_EQ(theirsDeleted.err,
+              said("/DOMAIN:Pipe/BOUNDARY:out: changed in ours, deleted in theirs"));
+    EXPECT_EQ(theirsDeleted.status, 1);
+    const ToolRun oursDeleted = merge(deleted, changed);
+    EXPECT_EQ(oursDeleted.out,
+              with(changed, block, "<<<<<<< ours\n=======\n" + block + ">>>>>>> theirs\n"));
+    EXPECT_EQ(oursDeleted.err,
+              said("/DOMAIN:Pipe/BOUNDARY:out: deleted in ours, changed in theirs"));
+    EXPECT_EQ(oursDeleted.status, 1);
+}
+
+TEST_F(MergeTest, WhatBothDeletedInPartOrAltogetherIsGone)
+{
+    const std::string part = with(base, "    Kind = Outlet\n", "");
+    const std::string all = with(base, outlet, "");
+    expectClean(merge(with(part, "0.5", "0.7"), all), with(all, "0.5", "0.7"));
+    expectClean(merge(all, part), all);
+}
+
+TEST_F(MergeTest, AParameterHereAndASingletonThereIsAConflict)
+{
+    const ToolRun run = merge("a = 1\nX = 1\n", "a = 1\nX:\n  y = 1\nEND\n", "a = 1\n");
+    EXPECT_EQ(run.out, "a = 1\n<<<<<<< ours\nX = 1\n=======\nX:\n  y = 1\nEND\n>>>>>>> theirs\n");
+    EXPECT_EQ(run.status, 1);
+    expectClean(merge("a = 2\nX = 1\n", "a = 1\nX:\n  y = 1\nEND\n", "a = 1\nX = 1\n"),
+                "a = 2\nX:\n  y = 1\nEND\n");
+}
+
+TEST_F(MergeTest, NoReaderTakesAConflict)
+{
+    const std::string file = folder_.write("conflict", merge("x = 1\n", "x = 2\n", "x = 0\n").out);
+    const ToolRun run = runTool({"get", file, "/x"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err,
+              "veltool: " + file + ":1: parseVELLineH: syntax error near \"<<<<<<< ours\"\n");
+}
+
+TEST_F(MergeTest, WhatCannotBeEditedSafelyIsOneConflict)
+{
+    // What stands behind the last line would continue it.
+    const std::string ours = "z = 2\nw = 1 \\\n";
+    const std::string theirs = "y = 1\nz = 1\n";
+    const ToolRun run = merge(ours, theirs, "z = 1\n");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "<<<<<<< ours\n" + ours + "=======\n" + theirs + ">>>>>>> theirs\n");
+    EXPECT_EQ(run.err, said("cannot be merged statement by statement; all of it is in conflict"));
+}
+
+TEST_F(MergeTest, KeepsLineEndsAndAMissingLastOne)
+{
+    expectClean(merge("a = 1\r\nb = 2", "a = 1\nb = 1\nc = 1\n", "a = 1\r\nb = 1\r\n"),
+                "a = 1\r\nb = 2\r\nc = 1\r\n");
+    expectClean(merge("a = 1\nb = 2", "a = 3\nb = 1\n", "a = 1\nb = 1\n"), "a = 3\nb = 2");
+}
+
+TEST_F(MergeTest, AnEmptyBaseAddsBoth)
+{
+    expectClean(merge("A:\n  x = 1\nEND\n", "A:\n  y = 1\nEND\nB:\nEND\n", ""),
+                "A:\n  y = 1\n  x = 1\nEND\nB:\nEND\n");
+}
+
+TEST_F(MergeTest, WritesOursInPlaceOrElsewhere)
+{
+    const std::string b = folder_.write("b", "x = 1\ny = 1\n");
+    const std::string o = folder_.write("o", "x = 2\ny = 1\n");
+    const std::string t = folder_.write("t", "x = 1\ny = 2\n");
+    const ToolRun run = runTool({"merge", "-o", o, b, o, t});
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(folder_.read("o"), "x = 2\ny = 2\n");
+    EXPECT_EQ(folder_.names(), (std::vector<std::string>{"b", "o", "t"}));
+
+    const ToolRun conflict = runTool({"merge", "--output=" + o, "--name", "case.vel",
+                                      "--marker-size", "9", b, o, folder_.write("t", "x = 3\n")});
+    EXPECT_EQ(conflict.status, 1);
+    EXPECT_EQ(conflict.err, "veltool: case.vel: /x: changed on both sides\n"
+                            "veltool: case.vel: /y: changed in ours, deleted in theirs\n");
+    EXPECT_EQ(folder_.read("o").substr(0, 36), "<<<<<<<<< ours\nx = 2\n=========\nx = 3");
+}
+
+TEST_F(MergeTest, ReadsStandardInputOnce)
+{
+    const std::string b = folder_.write("b", "x = 1\n");
+    EXPECT_EQ(runTool({"merge", b, b, "-"}, "x = 2\n").out, "x = 2\n");
+    EXPECT_EQ(runTool({"merge", b, "-", "-"}, "x = 2\n").status, 2);
+}
+
+TEST_F(MergeTest, MergesTheDataOfContainersIntoText)
+{
+    const std::string def = folder_.path("a.def");
+    folder_.write("a", "x = 1\ny = 1\n");
+    ASSERT_EQ(runShell("cd " + folder_.path() +
+                       " && echo 3 | $VELTOOL ds write a.def Zones EVERY 0 INTR && "
+                       "$VELTOOL embed a a.def")
+                  .status,
+              0);
+    const std::string bytes = folder_.read("a.def");
+    const std::string b = folder_.write("b", "x = 1\ny = 2\n");
+    const std::string t = folder_.write("t", "x = 3\ny = 2\n");
+    expectClean(runTool({"merge", b, def, t}), "x = 3\ny = 1\n");
+    const ToolRun run = runTool({"merge", "-o", def, b, def, t});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.err.find("veltool embed"), std::string::npos) << run.err;
+    EXPECT_EQ(folder_.read("a.def"), bytes);
+}
+
+TEST_F(MergeTest, AFileThatCannotBeReadIsAFailureAndNothingIsWritten)
+{
+    const std::string good = folder_.write("good", "x = 1\n");
+    const std::string bad[] = {folder_.write("cut", "FLOW:\n  x = 1\n"), folder_.path("missing"),
+                               folder_.path(), folder_.write("cut.res", "*INFO\n"),
+                               folder_.write("binary", std::string("\x7F"
+                                                                   "ELF\x02\0\n=",
+                                                                   8))};
+    for (const std::string &file : bad) {
+        for (int place = 0; place < 3; ++place) {
+            std::vector<std::string> words = {"merge", "-o", folder_.path("out"), good, good, good};
+            words[static_cast<std::size_t>(3 + place)] = file;
+            const ToolRun run = runTool(words);
+            EXPECT_EQ(run.status, 2) << file << place;
+            EXPECT_EQ(run.err.rfind("veltool: ", 0), 0U) << run.err;
+            EXPECT_FALSE(folder_.has("out"));
+        }
+    }
+}
+
+TEST_F(MergeTest, AShortWriteAndMisuseAreFailures)
+{
+    const std::string b = folder_.write("b", "x = 1\n");
+    const std::string all = b + ' ' + b + ' ' + b;
+    EXPECT_EQ(runShell("$VELTOOL merge " + all + " > /dev/full").status, 2);
+    EXPECT_EQ(runShell("$VELTOOL merge -o /dev/full " + all).status, 2);
+    EXPECT_EQ(runShell("$VELTOOL merge -o " + folder_.path("no/where ") + all).status, 2);
+    for (const char *words : {"", "a b", "a b c d", "--marker-size 0 a b c",
+                              "--marker-size x a b c", "--output", "--no a b c"})
+        EXPECT_EQ(
+            runShell("cd " + folder_.path() + "; touch a b c; $VELTOOL merge " + words).status, 2)
+            << words;
+}
+
+} // namespace
+} // namespace veltool::test
