@@ -179,17 +179,19 @@ sub _resolve_all ($self) {
 
 # The rule with what it inherits. $passed are the paths on the way here.
 sub _inherit ($self, $rule, $passed) {
+    no warnings 'recursion';    # as deep as rules inherit each other
+    return $rule->{resolved} if $rule->{resolved};
     my $from = $rule->{fields}{'Inherits'} // return $rule;
     my ($kind, $type) = $from =~ /^(\w+)\s*:\s*(.*?)\s*$/;
     my $base = $self->{raw}{$kind}{$type};
     my $at   = "$rule->{path}/Inherits";
-    $passed = { %$passed, $rule->{path} => 1 };
+    local $passed->{ $rule->{path} } = 1;
     if (!$base || $passed->{ $base->{path} }) {
         delete $rule->{fields}{'Inherits'};
         $self->{source}->fault($at, $base ? "inherits itself through $from" : "there is no rule $from");
         return $rule;
     }
-    return _combine($self->_inherit($base, $passed), $rule);
+    return $rule->{resolved} = _combine($self->_inherit($base, $passed), $rule);
 }
 
 sub _combine ($base, $rule) {

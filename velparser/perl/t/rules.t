@@ -188,6 +188,15 @@ END
     is_deeply $last->variant(sub ($name) { return 'Small' })->{required}, [ 'Kind', 'Colour' ], 'a case inherited';
 };
 
+subtest 'a long line of heirs' => sub {
+    my @said;
+    local $SIG{__WARN__} = sub { push @said, @_ };
+    my $rules = rules(join "\n", "OBJECT: T0\nExpert = Yes\nEND",
+        map { ("OBJECT: T$_", 'Inherits = OBJECT:T' . ($_ - 1), 'END') } 1 .. 1000);
+    is $rules->type('OBJECT', 'T1000')->{expert}, 1, 'passes everything on';
+    is join('', $rules->faults, @said), '', 'without a word';
+};
+
 subtest 'types that the program itself knows' => sub {
     my $rules = rules("OBJECT: ANY\nEND");
     is_deeply [ map { $_->{type} } $rules->types ], [qw(ANY EXPRESSIONS LANGUAGE LIBRARY)], 'are added';

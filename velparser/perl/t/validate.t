@@ -161,6 +161,11 @@ subtest 'values' => sub {
         'Speed = -1 [m s^-1]' => 'Speed: -1 [m s^-1] is below the lower bound 0 [m s^-1] [below-bound]',
         'Speed = 361 [km h^-1]' => 'Speed: 361 [km h^-1] is above the upper bound 100 [m s^-1] [above-bound]',
         'Speed = 360 [km h^-1]' => '',
+        'Speed = 3 m s^-1'  => 'Speed: "3 m s^-1" is not a number; the unit stands in brackets: 3 [m s^-1] [wrong-type]',
+        'Speed = 3 apples'  => 'Speed: "3 apples" is not a number such as 1 [m s^-1] [wrong-type]',
+        'Speed = 3,5 [m s^-1]' => 'Speed: "3,5 [m s^-1]" is not a number; the decimal sign is a point [wrong-type]',
+        'Speed = 1e999 [m s^-1]'  => 'Speed: 1e999 [m s^-1] is above the upper bound 100 [m s^-1] [above-bound]',
+        'Speed = -1e999 [m s^-1]' => 'Speed: -1e999 [m s^-1] is below the lower bound 0 [m s^-1] [below-bound]',
         'Speed = fast'      => 'Speed: "fast" is not a number such as 1 [m s^-1] [wrong-type]',
         'Speed = Inlet Speed' => '',
         'Speed = 2 * (Inlet Speed + 1 [m s^-1])' => '',
@@ -286,7 +291,7 @@ subtest 'without rules nothing is known to be wrong' => sub {
 };
 
 subtest 'deep nesting' => sub {
-    my $depth = 2000;
+    my $depth = 10_000;
     my @data = ((map { "PROBE: p$_" } 1 .. $depth), ('END') x $depth);
     my $database = database($rules, join "\n", @data);
     my $path = '';

@@ -7,7 +7,7 @@ use feature 'signatures';
 use VEL::Expression;
 use VEL::Suggest qw(nearest);
 use VEL::Units;
-use VEL::Value qw(split_list logical is_integer quantity);
+use VEL::Value qw(split_list logical is_integer quantity $NUMBER);
 
 =head1 NAME
 
@@ -202,15 +202,27 @@ sub _text_problems ($self, $text, $asker) {
         push @{ $asker->{used} }, $text if $asker->{used};
         return;
     }
-    if (!VEL::Expression::looks_like_one($text)) {
-        my $hint = $text =~ /^[0-9]+,[0-9]+$/ ? '; the decimal sign is a point'
-            : $self->{units} && $self->{units} ne '1' ? " such as 1 [$self->{units}]" : '';
-        return [ 'wrong-type', qq("$text" is not $wanted$hint) ];
-    }
+    return [ 'wrong-type', qq("$text" is not $wanted) . $self->_number_hint($text) ]
+        if !VEL::Expression::looks_like_one($text) || _lacks_brackets($text);
     return [ 'bad-expression', qq("$text" is an expression; a plain number must be given here) ]
         if !$self->{expressions};
     my $fault = VEL::Expression::fault($text, $known, $asker->{used});
     return defined $fault ? [ 'bad-expression', qq("$text" $fault) ] : ();
+}
+
+# What the writer of something that is no number may have meant.
+sub _number_hint ($self, $text) {
+    return '; the decimal sign is a point' if $text =~ /^[+-]?[0-9]+,[0-9]+\s*(?:\[|\z)/;
+    my $units = $self->{units} // '1';
+    return '' if $units eq '1';
+    my ($number, $unit) = _lacks_brackets($text);
+    return defined $unit ? "; the unit stands in brackets: $number [$unit]" : " such as 1 [$units]";
+}
+
+# Number and unit of a text such as "3 m s^-1".
+sub _lacks_brackets ($text) {
+    my ($number, $unit) = $text =~ /^($NUMBER)\s*([^\s\[\]].*)\z/ or return;
+    return VEL::Units::exists_unit($unit) ? ($number, $unit) : ();
 }
 
 sub _unit_problems ($self, $text, $number, $unit) {
