@@ -3,6 +3,7 @@
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/ValueText.h"
+#include "veleditor/src/Widgets.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -39,28 +40,14 @@ QString firstWrongCharacter(const std::string &name)
     return wrong.left(wrong[0].isHighSurrogate() ? 2 : 1);
 }
 
-void addLabel(QVBoxLayout &layout, const QString &text, QWidget *parent)
-{
-    auto *label = new QLabel(text, parent);
-    label->setTextFormat(Qt::PlainText);
-    layout.addWidget(label);
-}
-
-QPushButton *namedButton(const QString &text, const char *name, QWidget *parent)
-{
-    auto *button = new QPushButton(text, parent);
-    button->setObjectName(QString::fromLatin1(name));
-    return button;
-}
-
 } // namespace
 
 AddParamDialog::AddParamDialog(QWidget *parent, const QString &caption,
                                const std::string &objectPath)
     : QDialog(parent)
 {
-    setObjectName(QStringLiteral("AddParam"));
-    setWindowTitle(caption);
+    setUpDialog(*this, QStringLiteral("AddParam"), caption);
+    makeSmallDialog(*this);
     auto *layout = new QVBoxLayout(this);
 
     velStringList names;
@@ -81,25 +68,25 @@ AddParamDialog::AddParamDialog(QWidget *parent, const QString &caption,
 
 void AddParamDialog::addRefusal(QVBoxLayout &layout, const QString &path)
 {
-    addLabel(layout,
-             tr("No new parameters can be added to the\n") + path +
-                 tr("\nsection of the ZOT Command File.\n\n") +
-                 tr("To add a parameter to a different section, please highlight\n") +
-                 tr("the appropriate section before attempting to add the parameter.\n"),
-             this);
-    QPushButton *ok = namedButton(tr("&Ok"), "Ok", this);
+    layout.addWidget(
+        makeLabel(tr("No new parameters can be added to the\n") + path +
+                      tr("\nsection of the ZOT Command File.\n\n") +
+                      tr("To add a parameter to a different section, please highlight\n") +
+                      tr("the appropriate section before attempting to add the parameter.\n"),
+                  this));
+    QPushButton *ok = makeButton(tr("&Ok"), "Ok", this);
     connect(ok, &QPushButton::clicked, this, &QDialog::reject);
     layout.addWidget(ok);
 }
 
 void AddParamDialog::addFreeName(QVBoxLayout &layout, const QString &path)
 {
-    addLabel(layout, tr("Adding new parameter to: ") + path, this);
-    addLabel(layout, tr("Enter the name and value of the new parameter to add inside ") + path,
-             this);
+    layout.addWidget(makeLabel(tr("Adding new parameter to: ") + path, this));
+    layout.addWidget(
+        makeLabel(tr("Enter the name and value of the new parameter to add inside ") + path, this));
     auto *row = new QHBoxLayout;
     row->setSpacing(5);
-    row->addWidget(new QLabel(tr("Name:"), this));
+    row->addWidget(makeLabel(tr("Name:"), this));
     nameEntry_ = new QLineEdit(this);
     nameEntry_->setObjectName(QStringLiteral("Name"));
     nameEntry_->setAccessibleName(tr("Name of the new parameter"));
@@ -111,8 +98,8 @@ void AddParamDialog::addFreeName(QVBoxLayout &layout, const QString &path)
 void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
                                  const velStringList &names)
 {
-    addLabel(layout, tr("Adding new parameter to: ") + path, this);
-    addLabel(layout, tr("Select the new parameter to add, and enter a value"), this);
+    layout.addWidget(makeLabel(tr("Adding new parameter to: ") + path, this));
+    layout.addWidget(makeLabel(tr("Select the new parameter to add, and enter a value"), this));
     auto *list = new QComboBox(this);
     list->setObjectName(QStringLiteral("editable combo"));
     list->setAccessibleName(tr("Name of the new parameter"));
@@ -128,20 +115,16 @@ void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
 
 void AddParamDialog::addValueAndButtons(QVBoxLayout &layout)
 {
-    addLabel(layout, tr("Value:"), this);
-    valueEntry_ = new QTextEdit(this);
-    valueEntry_->setObjectName(QStringLiteral("Value"));
-    valueEntry_->setAccessibleName(tr("Value of the new parameter"));
-    valueEntry_->setAcceptRichText(false);
-    valueEntry_->setTabChangesFocus(true);
+    layout.addWidget(makeLabel(tr("Value:"), this));
+    valueEntry_ = makeTextField("Value", tr("Value of the new parameter"), this);
     layout.addWidget(valueEntry_);
 
     auto *row = new QHBoxLayout;
     row->setSpacing(5);
-    QPushButton *ok = namedButton(tr("&Ok"), "Ok", this);
+    QPushButton *ok = makeButton(tr("&Ok"), "Ok", this);
     connect(ok, &QPushButton::clicked, this, &AddParamDialog::checkOK);
     row->addWidget(ok);
-    QPushButton *cancel = namedButton(tr("&Cancel"), "Cancel", this);
+    QPushButton *cancel = makeButton(tr("&Cancel"), "Cancel", this);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     row->addWidget(cancel);
     layout.addLayout(row);
@@ -190,7 +173,7 @@ bool AddParamDialog::checkNameStart()
 
 bool AddParamDialog::checkValueGiven()
 {
-    if (!value().empty())
+    if (!isBlank(value()))
         return true;
     warn(this, tr("Missing Parameter Value"),
          tr("You must enter a parameter value before continuing."));

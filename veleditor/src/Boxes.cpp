@@ -7,6 +7,7 @@
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QPushButton>
 #include <QSpacerItem>
 
@@ -26,7 +27,11 @@ public:
     {
         setObjectName(QStringLiteral("MessageBox"));
         setAccessibleName(box.title);
+        setAttribute(Qt::WA_WindowPropagation); // the font of the window below
         setTextFormat(Qt::PlainText);
+        setInformativeText(box.remark);
+        for (QLabel *label : findChildren<QLabel *>())
+            label->setTextFormat(Qt::PlainText);
     }
 
     /// To be called once the buttons are in: a short text must not cut the
@@ -103,12 +108,14 @@ int showOk(QWidget *parent, const MessageBox &box)
     return show(window, {window.addButton(QMessageBox::Ok)});
 }
 
-void tell(QWidget *parent, QMessageBox::Icon icon, const QString &title, const QString &text)
+void tell(QWidget *parent, QMessageBox::Icon icon, const QString &title, const QString &text,
+          const QString &remark = QString())
 {
     MessageBox box;
     box.icon = icon;
     box.title = title;
     box.text = text;
+    box.remark = remark;
     box.canEscape = true;
     static_cast<void>(ask(parent, box));
 }
@@ -125,9 +132,10 @@ void warn(QWidget *parent, const QString &title, const QString &text)
     tell(parent, QMessageBox::Warning, title, text);
 }
 
-void reportFailure(QWidget *parent, const QString &title, const QString &text)
+void reportFailure(QWidget *parent, const QString &title, const QString &text,
+                   const QString &remark)
 {
-    tell(parent, QMessageBox::Critical, title, text);
+    tell(parent, QMessageBox::Critical, title, text, remark);
 }
 
 int ask(QWidget *parent, const MessageBox &box)

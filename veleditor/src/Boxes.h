@@ -23,6 +23,8 @@ struct MessageBox
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QString title;
     QString text;
+    /// Below the text, where there is more to say; empty for nothing.
+    QString remark;
     /// In the order shown; none stands for one standard Ok button.
     QStringList buttons;
     /// The button that Return presses.
@@ -35,7 +37,8 @@ struct MessageBox
 
 void inform(QWidget *parent, const QString &title, const QString &text);
 void warn(QWidget *parent, const QString &title, const QString &text);
-void reportFailure(QWidget *parent, const QString &title, const QString &text);
+void reportFailure(QWidget *parent, const QString &title, const QString &text,
+                   const QString &remark = QString());
 
 // --- Questions ----------------------------------------------------------------
 

@@ -39,6 +39,18 @@ private:
     std::filesystem::perms permissions_ = std::filesystem::perms::unknown;
 };
 
+/// Moves the loaded file aside and gives the name under which it now stands:
+/// none when it has stayed where it was. An earlier save that fell short may
+/// have moved it already.
+std::string moveAside(const std::string &loaded, const std::string &backup)
+{
+    std::error_code unknown;
+    if (std::rename(loaded.c_str(), backup.c_str()) == 0)
+        return backup;
+    const bool isGone = !std::filesystem::exists(loaded, unknown);
+    return isGone && std::filesystem::exists(backup, unknown) ? backup : std::string();
+}
+
 } // namespace
 
 // 1. The loaded file becomes the backup.
@@ -49,7 +61,7 @@ private:
 SaveResult writeCommandFile(const std::string &loaded, const std::string &target)
 {
     const Permissions permissions(loaded);
-    static_cast<void>(std::rename(loaded.c_str(), (target + ".bak").c_str()));
+    const std::string backup = moveAside(loaded, target + ".bak");
 
     std::error_code unknown;
     const bool isNew = !std::filesystem::exists(target, unknown) && !unknown;
@@ -57,7 +69,7 @@ SaveResult writeCommandFile(const std::string &loaded, const std::string &target
     velStringList lines;
     const char *failure = velparser::getFormattedVEL("/", lineWidth, &lines);
     if (!file.isOpen())
-        return {SaveOutcome::NotOpened, file.error()};
+        return {SaveOutcome::NotOpened, file.error(), backup};
     permissions.giveTo(target);
 
     if (failure == nullptr) {
@@ -68,10 +80,10 @@ SaveResult writeCommandFile(const std::string &loaded, const std::string &target
     }
     const bool complete = file.close() && failure == nullptr;
     if (complete)
-        return {SaveOutcome::Written, std::string()};
+        return {SaveOutcome::Written, std::string(), backup};
     if (isNew)
         static_cast<void>(std::remove(target.c_str()));
-    return {SaveOutcome::Failed, failure != nullptr ? failure : file.error()};
+    return {SaveOutcome::Failed, failure != nullptr ? failure : file.error(), backup};
 }
 
 } // namespace velEditor

@@ -19,6 +19,10 @@ struct SaveResult
 {
     SaveOutcome outcome;
     std::string reason; ///< of a failure, for the user; in bytes
+
+    /// The file that holds the data as it was loaded, where that is no longer
+    /// in its own place; else empty.
+    std::string backup;
 };
 
 /// Moves the file `loaded` to `target`.bak, in place of an older one, and

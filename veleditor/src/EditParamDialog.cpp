@@ -4,6 +4,7 @@
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTreeItem.h"
 #include "veleditor/src/ValueText.h"
+#include "veleditor/src/Widgets.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -14,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include <optional>
+#include <utility>
 
 namespace velEditor {
 
@@ -27,8 +29,8 @@ constexpr int fewestPixels = 320;
 EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const VELTreeItem &item)
     : QDialog(parent)
 {
-    setObjectName(QStringLiteral("EditParam"));
-    setWindowTitle(caption);
+    setUpDialog(*this, QStringLiteral("EditParam"), caption);
+    makeSmallDialog(*this);
     auto *layout = new QVBoxLayout(this);
 
     const std::string path = item.path();
@@ -50,35 +52,26 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
 // chosen again once another is.
 void EditParamDialog::addList(QVBoxLayout &layout, const QString &name)
 {
-    auto *label = new QLabel(tr("Select a new value for: ") + name, this);
-    label->setTextFormat(Qt::PlainText);
-    layout.addWidget(label);
-
+    layout.addWidget(makeLabel(tr("Select a new value for: ") + name, this));
     list_ = new QComboBox(this);
     list_->setObjectName(QStringLiteral("Values"));
     list_->setAccessibleName(name);
     list_->setPlaceholderText(fromBytes(value_));
-    list_->setCurrentIndex(-1);
+    int current = -1;
     for (const char *allowed : allowed_) {
-        list_->addItem(fromBytes(allowed));
         if (allowed == value_)
-            list_->setCurrentIndex(list_->count() - 1);
+            current = list_->count();
+        list_->addItem(fromBytes(allowed));
     }
+    list_->setCurrentIndex(current);
     connect(list_, &QComboBox::textActivated, this, &EditParamDialog::doComboBox);
     layout.addWidget(list_);
 }
 
 void EditParamDialog::addTextField(QVBoxLayout &layout, const QString &name, const QString &text)
 {
-    auto *label = new QLabel(tr("Enter a new value for: ") + name, this);
-    label->setTextFormat(Qt::PlainText);
-    layout.addWidget(label);
-
-    textField_ = new QTextEdit(this);
-    textField_->setObjectName(QStringLiteral("Value"));
-    textField_->setAccessibleName(name);
-    textField_->setAcceptRichText(false);
-    textField_->setTabChangesFocus(true);
+    layout.addWidget(makeLabel(tr("Enter a new value for: ") + name, this));
+    textField_ = makeTextField("Value", name, this);
     textField_->setPlainText(text);
     textField_->document()->setModified(false);
     textField_->selectAll();
@@ -88,11 +81,9 @@ void EditParamDialog::addTextField(QVBoxLayout &layout, const QString &name, con
 void EditParamDialog::addButtons(QVBoxLayout &layout)
 {
     auto *row = new QHBoxLayout;
-    auto *ok = new QPushButton(tr("&Ok"), this);
-    ok->setObjectName(QStringLiteral("Ok"));
+    QPushButton *ok = makeButton(tr("&Ok"), "Ok", this);
     connect(ok, &QPushButton::clicked, this, &EditParamDialog::doOk);
-    auto *cancel = new QPushButton(tr("&Cancel"), this);
-    cancel->setObjectName(QStringLiteral("Cancel"));
+    QPushButton *cancel = makeButton(tr("&Cancel"), "Cancel", this);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     row->addWidget(ok);
     row->addWidget(cancel);
@@ -102,14 +93,19 @@ void EditParamDialog::addButtons(QVBoxLayout &layout)
 void EditParamDialog::doOk()
 {
     // An untouched field leaves the value as it is, byte for byte.
-    if (textField_ != nullptr && textField_->document()->isModified()) {
-        const std::string typed = toBytesInPlaceOf(singleLine(*textField_->document()), value_);
-        if (const QString reason = whyFileCannotHold(typed); !reason.isEmpty()) {
-            warn(this, windowTitle(), reason);
-            return;
-        }
-        value_ = typed;
+    const bool isTyped = textField_ != nullptr && textField_->document()->isModified();
+    std::string chosen =
+        isTyped ? toBytesInPlaceOf(singleLine(*textField_->document()), value_) : value_;
+    if (isBlank(chosen)) {
+        warn(this, tr("Missing Parameter Value"),
+             tr("You must enter a parameter value before continuing."));
+        return;
     }
+    if (const QString reason = whyFileCannotHold(chosen); isTyped && !reason.isEmpty()) {
+        warn(this, windowTitle(), reason);
+        return;
+    }
+    value_ = std::move(chosen);
     accept();
 }
 

@@ -138,11 +138,7 @@ void Editor::doSave()
 
 void Editor::validateData()
 {
-    const char *errors = nullptr;
-    {
-        const WaitCursor wait;
-        errors = velparser::validateVELDataH();
-    }
+    const char *errors = callWaiting(velparser::validateVELDataH);
     if (errors != nullptr) {
         auto *dialog = new ErrorDialog(this, QStringLiteral("Errors"), errors, false);
         dialog->show();
@@ -216,11 +212,7 @@ void Editor::helpOnHelp()
 /// Validates; true when the data is to be written.
 bool Editor::confirmErrors()
 {
-    const char *errors = nullptr;
-    {
-        const WaitCursor wait;
-        errors = velparser::validateVELDataH();
-    }
+    const char *errors = callWaiting(velparser::validateVELDataH);
     if (errors == nullptr)
         return true;
     ErrorDialog dialog(this, QStringLiteral("Errors"), errors, true);
@@ -238,16 +230,21 @@ bool Editor::save(std::string target)
         return true;
     }
 
+    const QString remark = result.backup.empty() ? QString()
+                                                 : tr("The file as it was before is kept in\n  ") +
+                                                       fromBytes(result.backup);
     const QString text = tr("Unable to save your modifications to\n  ") + fromBytes(target);
     if (result.outcome == SaveOutcome::NotOpened) {
         reportFailure(this, tr("Error Saving File"),
                       text + tr("\nThis may be due to the OMBRA ZOT-Solver run having "
-                                "completed."));
+                                "completed."),
+                      remark);
         return true;
     }
     reportFailure(this, tr("Error Saving File"),
                   text + u'\n' + fromBytes(result.reason) +
-                      tr("\nYour modifications are still in the editor."));
+                      tr("\nYour modifications are still in the editor."),
+                  remark);
     return false;
 }
 

@@ -3,7 +3,9 @@
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/TreeSearch.h"
 #include "veleditor/src/VELTree.h"
+#include "veleditor/src/Widgets.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -15,8 +17,7 @@ namespace {
 
 QPushButton *plainButton(const QString &text, const char *name, QWidget *parent)
 {
-    auto *button = new QPushButton(text, parent);
-    button->setObjectName(QString::fromLatin1(name));
+    QPushButton *button = makeButton(text, name, parent);
     button->setAutoDefault(false); // Return belongs to the entry
     return button;
 }
@@ -25,23 +26,27 @@ QPushButton *plainButton(const QString &text, const char *name, QWidget *parent)
 
 FindDialog::FindDialog(VELTree *tree) : QDialog(tree), tree_(tree), entry_(new QLineEdit(this))
 {
-    setObjectName(QStringLiteral("Find"));
-    setWindowTitle(tr("Find"));
+    setUpDialog(*this, QStringLiteral("Find"), tr("Find"));
+    makeSmallDialog(*this);
     setModal(true);
 
     auto *layout = new QVBoxLayout(this);
     layout->setSpacing(10);
-    layout->addWidget(new QLabel(tr("Enter the string to find:"), this));
+    layout->setContentsMargins(10, 6, 10, 6); // all of it fits the size below
+    layout->addWidget(makeLabel(tr("Enter the string to find:"), this));
     entry_->setObjectName(QStringLiteral("Text"));
     entry_->setAccessibleName(tr("Text to find"));
     connect(entry_, &QLineEdit::returnPressed, this, &FindDialog::find);
     layout->addWidget(entry_);
     QPushButton *findButton = plainButton(tr("&Find"), "FindButton", this);
     connect(findButton, &QPushButton::clicked, this, &FindDialog::find);
-    layout->addWidget(findButton);
     QPushButton *close = plainButton(tr("&Close"), "Close", this);
     connect(close, &QPushButton::clicked, this, &QWidget::hide);
-    layout->addWidget(close);
+    auto *row = new QHBoxLayout;
+    row->addStretch();
+    row->addWidget(findButton);
+    row->addWidget(close);
+    layout->addLayout(row);
     resize(300, 125);
 }
 

@@ -3,6 +3,7 @@
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/TextFile.h"
+#include "veleditor/src/Widgets.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -14,20 +15,12 @@ namespace velEditor {
 
 namespace {
 
-QLabel *plainLabel(const QString &text, const char *name, QWidget *parent)
+QLabel *wrappedLabel(const QString &text, const char *name, QWidget *parent)
 {
-    auto *label = new QLabel(text, parent);
+    QLabel *label = makeLabel(text, parent);
     label->setObjectName(QString::fromLatin1(name));
-    label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     return label;
-}
-
-QPushButton *namedButton(const QString &text, const char *name, QWidget *parent)
-{
-    auto *button = new QPushButton(text, parent);
-    button->setObjectName(QString::fromLatin1(name));
-    return button;
 }
 
 } // namespace
@@ -36,24 +29,21 @@ MessageDialog::MessageDialog(QWidget *parent, const QString &name, const QString
                              const QString &heading, const QString &fileButtonText,
                              const QString &defaultFileName, std::string_view messages,
                              bool questionMode, const QString &question)
-    : QDialog(parent), defaultFileName_(defaultFileName), messageArea_(new QTextEdit(this))
+    : QDialog(parent), defaultFileName_(defaultFileName),
+      messageArea_(makeTextField("Messages", title, this))
 {
-    setObjectName(name);
-    setWindowTitle(title);
+    setUpDialog(*this, name, title);
     setModal(questionMode);
     setAttribute(Qt::WA_DeleteOnClose, !questionMode);
 
-    messageArea_->setObjectName(QStringLiteral("Messages"));
-    messageArea_->setAccessibleName(title);
     messageArea_->setReadOnly(true);
-    messageArea_->setTabChangesFocus(true);
     messageArea_->setPlainText(fromBytes(messages));
 
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(plainLabel(heading, "Heading", this));
+    layout->addWidget(wrappedLabel(heading, "Heading", this));
     layout->addWidget(messageArea_);
     if (questionMode)
-        layout->addWidget(plainLabel(question, "Question", this));
+        layout->addWidget(wrappedLabel(question, "Question", this));
     addButtons(*layout, fileButtonText, questionMode);
     resize(600, 300);
 }
@@ -64,16 +54,16 @@ void MessageDialog::addButtons(QVBoxLayout &layout, const QString &fileButtonTex
     auto *row = new QHBoxLayout;
     layout.addLayout(row);
     auto *accepting =
-        namedButton(questionMode ? tr("&Yes") : tr("&Ok"), questionMode ? "Yes" : "Ok", this);
+        makeButton(questionMode ? tr("&Yes") : tr("&Ok"), questionMode ? "Yes" : "Ok", this);
     connect(accepting, &QPushButton::clicked, this, &QDialog::accept);
     row->addWidget(accepting);
     if (questionMode) {
-        QPushButton *no = namedButton(tr("&No"), "No", this);
+        QPushButton *no = makeButton(tr("&No"), "No", this);
         connect(no, &QPushButton::clicked, this, &QDialog::reject);
         row->addWidget(no);
     }
     row->addStretch();
-    QPushButton *file = namedButton(fileButtonText, "WriteToFile", this);
+    QPushButton *file = makeButton(fileButtonText, "WriteToFile", this);
     connect(file, &QPushButton::clicked, this, &MessageDialog::writeMessagesToFile);
     row->addWidget(file);
 }

@@ -33,11 +33,7 @@ void showBeside(const Editor &editor, QDialog &dialog)
 /// show what that changed.
 void upgrade(Application &application, Editor &editor)
 {
-    const char *changes = nullptr;
-    {
-        const WaitCursor wait;
-        changes = velparser::updateSolverVEL();
-    }
+    const char *changes = callWaiting(velparser::updateSolverVEL);
     if (changes == nullptr)
         return;
     const std::string messages = std::string("The following changes were made:\n\n") + changes;
@@ -55,11 +51,7 @@ void upgrade(Application &application, Editor &editor)
 
 void validateFirst(Application &application, Editor &editor)
 {
-    const char *findings = nullptr;
-    {
-        const WaitCursor wait;
-        findings = velparser::validateVELDataH();
-    }
+    const char *findings = callWaiting(velparser::validateVELDataH);
     if (findings == nullptr)
         return;
     const std::string messages = findings;

@@ -9,6 +9,7 @@
 #include <QStyle>
 #include <QStyleFactory>
 
+#include <utility>
 #include <vector>
 
 namespace velEditor {
@@ -34,6 +35,7 @@ VELTree::VELTree(QWidget *parent, const QString &name) : QTreeWidget(parent)
     setRootIsDecorated(false);
     setEditTriggers(NoEditTriggers);
     setUniformRowHeights(true);
+    setFrameShape(NoFrame); // the columns take the whole width
     header()->setSectionResizeMode(QHeaderView::Interactive);
     header()->setStretchLastSection(false);
     setColumnWidth(VELTreeItem::Value, valueColumnPixels);
@@ -104,10 +106,21 @@ void VELTree::setSorting(int column)
     setSorting(column, true);
 }
 
+// The toolkit takes a double click of any button for a wish to edit. The second
+// release of the right button belongs to the first click: were it another one,
+// the two would undo each other.
+void VELTree::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        QTreeWidget::mouseDoubleClickEvent(event);
+    else if (event->button() == Qt::RightButton)
+        isRightDoubleClick_ = true;
+}
+
 void VELTree::mouseReleaseEvent(QMouseEvent *event)
 {
     QTreeWidget::mouseReleaseEvent(event);
-    if (event->button() != Qt::RightButton)
+    if (event->button() != Qt::RightButton || std::exchange(isRightDoubleClick_, false))
         return;
     const QPoint point = event->position().toPoint();
     emit rightButtonClicked(itemAt(point), event->globalPosition().toPoint(), columnAt(point.x()));

@@ -95,16 +95,19 @@ signals:
     void rightButtonClicked(QTreeWidgetItem *item, QPoint globalPoint, int column);
 
 protected:
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
     void setOpen(QTreeWidgetItem *item, bool open);
     void storeValue(VELTreeItem &item, const std::string &newValue);
+    void refuseEdit(const QString &name);
     void showErrors(const char *messages);
     void showNewParameter(VELTreeItem &target, const std::string &name);
     void forget(const VELTreeItem &item);
 
     bool modified_ = false;
+    bool isRightDoubleClick_ = false; ///< from its second press to its release
     VELTreeItem *flowItem_ = nullptr;
     VELTreeItem *lastFlowChild_ = nullptr;
     VELTreeItem *expertItem_ = nullptr;

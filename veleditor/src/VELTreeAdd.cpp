@@ -50,6 +50,24 @@ std::vector<std::string> parameterFragment(VELTreeItem &target, const std::strin
     return lines;
 }
 
+std::string childPath(const VELTreeItem &object, const std::string &name)
+{
+    return (object.parent() != nullptr ? object.path() : std::string()) + '/' + name;
+}
+
+std::optional<std::string> storedValue(const std::string &path)
+{
+    std::optional<std::string> value;
+    static_cast<void>(velparser::getStringValue(path.c_str(), &value));
+    return value;
+}
+
+/// A parameter that is there, shown or not, and that the user may not change.
+bool isFixed(const std::string &path)
+{
+    return storedValue(path) && velparser::isParamEditable(path.c_str()) == 0;
+}
+
 /// The child row of a parameter; null where there is none.
 VELTreeItem *parameterRow(const VELTreeItem &object, const QString &name)
 {
@@ -105,6 +123,11 @@ void VELTree::addParameter()
     AddParamDialog dialog(this, tr("Add Parameter"), target->path());
     if (run(dialog) != QDialog::Accepted)
         return;
+    const std::string name = toBytes(fromBytes(dialog.paramName()).simplified());
+    if (isFixed(childPath(*target, name))) {
+        refuseEdit(fromBytes(name));
+        return;
+    }
     const char *failure = loadLines(parameterFragment(*target, dialog.paramName(), dialog.value()));
     setModified();
     if (failure != nullptr) {
@@ -114,25 +137,22 @@ void VELTree::addParameter()
                  tr("\nParameter was not created."));
         return;
     }
-    showNewParameter(*target, toBytes(fromBytes(dialog.paramName()).simplified()));
+    showNewParameter(*target, name);
     if (const char *errors = velparser::validateVELObjectH(target->path().c_str()))
         showErrors(errors);
     viewport()->update();
 }
 
-// A parameter that the object already had got its new value instead.
+// A parameter that the object already had got its new value instead: its row
+// goes to the place of a new one.
 void VELTree::showNewParameter(VELTreeItem &target, const std::string &name)
 {
-    const std::string path = (target.parent() != nullptr ? target.path() : "") + '/' + name;
-    std::optional<std::string> value;
-    static_cast<void>(velparser::getStringValue(path.c_str(), &value));
-    const QString text = fromBytes(value.value_or(""));
-
-    VELTreeItem *row = parameterRow(target, fromBytes(name));
-    if (row != nullptr)
-        row->setValue(text);
-    else
-        row = new VELTreeItem(&target, nullptr, fromBytes(name), text, name);
+    if (VELTreeItem *former = parameterRow(target, fromBytes(name))) {
+        forget(*former);
+        delete former;
+    }
+    const QString value = fromBytes(storedValue(childPath(target, name)).value_or(""));
+    auto *row = new VELTreeItem(&target, nullptr, fromBytes(name), value, name);
     lastAddedItem_ = row;
     target.setExpanded(true);
     scrollToItem(row);

@@ -32,14 +32,19 @@ void VELTree::editParam(VELTreeItem *item)
         return;
     if (!item->isEditable()) {
         if (item->hasValue())
-            warn(this, tr("Cannot edit ") + item->label(),
-                 tr("Only orange expert parameters and parameters\n"
-                    "whose values are shown in green can be edited."));
+            refuseEdit(item->label());
         return;
     }
     EditParamDialog dialog(this, tr("Edit Parameter"), *item);
     if (run(dialog) == QDialog::Accepted)
         storeValue(*item, dialog.value());
+}
+
+void VELTree::refuseEdit(const QString &name)
+{
+    warn(this, tr("Cannot edit ") + name,
+         tr("Only orange expert parameters and parameters\n"
+            "whose values are shown in green can be edited."));
 }
 
 void VELTree::storeValue(VELTreeItem &item, const std::string &newValue)

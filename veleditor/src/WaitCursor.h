@@ -17,4 +17,11 @@ public:
     WaitCursor &operator=(const WaitCursor &) = delete;
 };
 
+/// Calls a long operation of the bridge and gives its message.
+inline const char *callWaiting(const char *(*operation)())
+{
+    const WaitCursor wait;
+    return operation();
+}
+
 } // namespace velEditor

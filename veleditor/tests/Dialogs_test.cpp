@@ -24,6 +24,8 @@ private slots:
     void asksAboutErrors();
     void showsUpgradeMessages();
     void writesMessagesToAFile();
+    void proposesANameWhereNoneIsGiven();
+    void writesToAFileWithAnyName();
     void writesNothingWhenCancelled();
     void saysWhenMessagesCannotBeWritten();
     void showsBoxesAsTheyAre();
@@ -102,10 +104,13 @@ void DialogsTest::showsUpgradeMessages()
     QCOMPARE(labels(dialog),
              QStringList("The following messages were generated when upgrading the VEL:"));
     QCOMPARE(buttons(dialog), QStringList({"&Ok", "&Write VEL Upgrade Messages to File"}));
-    setFileNameAnswers([](const QString &, const QString &proposal) {
-        return proposal == "upgrademessages.txt" ? QString() : QString("wrong proposal");
+    QStringList proposals;
+    setFileNameAnswers([&](const QString &, const QString &proposal) {
+        proposals.append(proposal);
+        return QString();
     });
     pressButton(dialog, "WriteToFile");
+    QCOMPARE(proposals, QStringList("upgrademessages.txt"));
 }
 
 void DialogsTest::writesMessagesToAFile()
@@ -123,6 +128,29 @@ void DialogsTest::writesMessagesToAFile()
     QCOMPARE(contentOf(file), QByteArray("first\nsec\xC2\xA0ond \xC3\xA4"));
     QVERIFY(dialog.isVisible());
     dialog.setAttribute(Qt::WA_DeleteOnClose, false);
+}
+
+void DialogsTest::proposesANameWhereNoneIsGiven()
+{
+    MessageDialog dialog(nullptr, "Plain", "Title", "Heading", "&Write", QString(), "x", true, "?");
+    dialog.show();
+    QString proposed;
+    setFileNameAnswers([&](const QString &, const QString &proposal) {
+        proposed = proposal;
+        return QString();
+    });
+    pressButton(dialog, "WriteToFile");
+    QCOMPARE(proposed, QString("errormessages.txt"));
+}
+
+void DialogsTest::writesToAFileWithAnyName()
+{
+    ErrorDialog dialog(nullptr, "Errors", "x", true);
+    dialog.show();
+    const QString file = folder() + QString::fromUtf8("/Käse 'n\" Brot.txt");
+    setFileNameAnswers([&](const QString &, const QString &) { return file; });
+    pressButton(dialog, "WriteToFile");
+    QCOMPARE(contentOf(file), QByteArray("x"));
 }
 
 void DialogsTest::writesNothingWhenCancelled()
@@ -143,8 +171,9 @@ void DialogsTest::saysWhenMessagesCannotBeWritten()
     setFileNameAnswers([&](const QString &, const QString &) { return file; });
     answer();
     pressButton(dialog, "WriteToFile");
-    QCOMPARE(boxes, QStringList("Error Writing File\nUnable to write the messages to\n  " + file +
-                                "\nNo such file or directory\n"));
+    QCOMPARE(boxes,
+             QStringList("Critical: Error Writing File\nUnable to write the messages to\n  " +
+                         file + "\nNo such file or directory\n[Ok], Escape"));
     QVERIFY(dialog.isVisible());
 }
 

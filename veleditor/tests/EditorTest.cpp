@@ -2,6 +2,7 @@
 
 #include "veleditor/src/Application.h"
 #include "veleditor/src/Text.h"
+#include "velparser/api/velparser.h"
 
 #include <QAbstractButton>
 #include <QDialog>
@@ -19,6 +20,39 @@ namespace {
 
 constexpr int watchMilliseconds = 4000;
 
+QString iconText(QMessageBox::Icon icon)
+{
+    switch (icon) {
+    case QMessageBox::Information:
+        return QStringLiteral("Information");
+    case QMessageBox::Warning:
+        return QStringLiteral("Warning");
+    case QMessageBox::Critical:
+        return QStringLiteral("Critical");
+    case QMessageBox::Question:
+        return QStringLiteral("Question");
+    case QMessageBox::NoIcon:
+        break;
+    }
+    return QStringLiteral("No icon");
+}
+
+QString buttonText(const MessageBox &box)
+{
+    QStringList texts = box.buttons.isEmpty() ? QStringList{QStringLiteral("Ok")} : box.buttons;
+    texts[box.defaultButton] = u'[' + texts[box.defaultButton] + u']';
+    return texts.join(QLatin1String(" | ")) +
+           (box.canEscape ? QStringLiteral(", Escape") : QString());
+}
+
+QString boxText(const MessageBox &box)
+{
+    QString text = iconText(box.icon) + QLatin1String(": ") + box.title + u'\n' + box.text + u'\n';
+    if (!box.remark.isEmpty())
+        text += QLatin1String("Remark: ") + box.remark + u'\n';
+    return text + buttonText(box);
+}
+
 QString dialogText(const QDialog &dialog)
 {
     QString text = dialog.windowTitle();
@@ -35,7 +69,7 @@ void EditorTest::init()
     connect(&watch_, &QTimer::timeout, this, &EditorTest::rejectWaitingDialog);
     watch_.start(watchMilliseconds);
     setBoxAnswers([this](const MessageBox &box) {
-        boxes.append(box.title + u'\n' + box.text + u'\n' + box.buttons.join(QLatin1String(" | ")));
+        boxes.append(boxText(box));
         if (!answers_.isEmpty())
             return answers_.takeFirst();
         QTest::qFail(qPrintable(QLatin1String("unexpected box: ") + boxes.last()), __FILE__,
@@ -81,6 +115,13 @@ QString EditorTest::newFile(const QString &name, const QByteArray &content)
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write %s", qPrintable(path));
     return path;
+}
+
+void EditorTest::runPerl(const QByteArray &code)
+{
+    const QString script = newFile("code.pl", code);
+    int status = 0;
+    QCOMPARE(velparser::runPerlScript(script.toStdString(), {}, &status), nullptr);
 }
 
 QByteArray EditorTest::contentOf(const QString &file)

@@ -58,7 +58,10 @@ protected:
     /// The button that the next unanswered box will have pressed.
     void answer(int button = 0) { answers_.append(button); }
 
-    /// The boxes so far: title, text and buttons, each on a line of its own.
+    /// The boxes so far: "Warning: title", the text, "Remark: ..." where there is
+    /// one, and on the last line the buttons, as "[&Yes] | &No, Escape": in square
+    /// brackets what Return presses, "Escape" where that key closes the box. The
+    /// standard button reads "Ok".
     QStringList boxes;
 
     /// Uses the next modal dialog of a class, when it is up.
@@ -90,6 +93,9 @@ protected:
         }
         return nullptr;
     }
+
+    /// Runs Perl code in the interpreter of the program.
+    void runPerl(const QByteArray &code);
 
     static QByteArray contentOf(const QString &file);
     [[nodiscard]] QString folder() const { return folder_.path(); }

@@ -37,14 +37,18 @@ private:
 
 private slots:
     void showsTheFileInItsTitle();
+    void takesAnyFileName();
+    void givesDialogsItsFont();
     void hasItsFont();
     void hasIcons();
     void doesWithoutItsEnvironment();
+    void doesWithoutItsBuildLabel();
     void welcomesTheUser();
     void goesOnWithoutLibraries();
     void throwsWhenTheFileCannotBeLoaded_data();
     void throwsWhenTheFileCannotBeLoaded();
     void goesOnWithoutUnitsAndBounds();
+    void checksUnitsAndBounds();
     void offersEverythingInItsMenus();
     void fitsTheTreeIntoTheWindow();
     void savesAndKeepsTheFormerFile();
@@ -55,6 +59,7 @@ private slots:
     void savesToAnotherName();
     void asksBeforeSavingErrors();
     void saysWhenItCannotOpenTheTarget();
+    void saysWhenTheTargetIsAFolder();
     void saysWhenItCannotWriteAll();
     void keepsTheBackupThroughFailedSaves();
     void saysThatAllIsValid();
@@ -64,6 +69,7 @@ private slots:
     void staysWhenTheUserContinues();
     void quitsWithoutSaving();
     void savesAndQuits();
+    void quitsWhenTheTargetCannotBeOpened();
     void staysWhenTheUserDeclinesToSaveErrors();
     void staysWhenSavingFellShort();
     void allowsLittleInSafeMode();
@@ -131,11 +137,8 @@ QString menuText(const QMenu &menu)
 
 void EditorWindowTest::replaceRoutine(const QByteArray &name, const QByteArray &body)
 {
-    const QString script = newFile("replace.pl", "require VEL::Validate; require API;\n"
-                                                 "no warnings;\n*" +
-                                                     name + " = sub {" + body + "};\n1;\n");
-    int status = 0;
-    QCOMPARE(velparser::runPerlScript(script.toStdString(), {}, &status), nullptr);
+    runPerl("require VEL::Validate; require API; no warnings;\n*" + name + " = sub {" + body +
+            "};\n1;\n");
 }
 
 void EditorWindowTest::changeSomething()
@@ -164,6 +167,32 @@ void EditorWindowTest::showsTheFileInItsTitle()
     QCOMPARE(open(file).windowTitle(), file);
 }
 
+void EditorWindowTest::takesAnyFileName()
+{
+    const QString file = newFile(QString::fromUtf8("Käse \"1\" & <b>.vel"),
+                                 "FLOW: Analysis\n  Title = First run\nEND\n");
+    QCOMPARE(open(file).windowTitle(), file);
+    changeSomething();
+    QVERIFY(editor().save(file.toStdString()));
+    QCOMPARE(contentOf(file), QByteArray("FLOW: Analysis\n  Title = Second run\nEND\n"));
+    QVERIFY(QFile::exists(file + ".bak"));
+}
+
+void EditorWindowTest::givesDialogsItsFont()
+{
+    open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
+    press("Ctrl+V");
+    press("Ctrl+F");
+    for (const QDialog *dialog : editor().findChildren<QDialog *>())
+        QCOMPARE(dialog->font(), editor().font());
+    setBoxAnswers({});
+    onDialog<QMessageBox>([&](QMessageBox &box) {
+        QCOMPARE(box.font(), editor().font());
+        box.reject();
+    });
+    warn(&tree(), "Title", "Text");
+}
+
 void EditorWindowTest::hasItsFont()
 {
     open(copyOf("duct.vel"));
@@ -185,6 +214,18 @@ void EditorWindowTest::doesWithoutItsEnvironment()
     qunsetenv("ZOT5ROOT");
     open(copyOf("duct.vel"));
     QVERIFY(editor().windowIcon().isNull());
+}
+
+// One of the two is not enough.
+void EditorWindowTest::doesWithoutItsBuildLabel()
+{
+    qunsetenv("ZOTBUILDID");
+    open(copyOf("duct.vel"));
+    QVERIFY(editor().windowIcon().isNull());
+    for (const QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == "Welcome")
+            QCOMPARE(window->windowTitle(), QString("VEL Editor"));
+    }
 }
 
 void EditorWindowTest::welcomesTheUser()
@@ -211,10 +252,11 @@ void EditorWindowTest::goesOnWithoutLibraries()
     answer();
     open(copyOf("duct.vel"));
     QCOMPARE(boxes.size(), 1);
-    QVERIFY2(boxes.first().startsWith("Command File Library Errors\nThe following errors were "
-                                      "encountered reading \nCommand File Library files:\n\n"
-                                      "Error reading library file "),
-             qPrintable(boxes.first()));
+    QVERIFY2(
+        boxes.first().startsWith("Warning: Command File Library Errors\nThe following errors were "
+                                 "encountered reading \nCommand File Library files:\n\n"
+                                 "Error reading library file "),
+        qPrintable(boxes.first()));
     QVERIFY(treeText(tree()).contains("Title = First run"));
 }
 
@@ -252,12 +294,31 @@ void EditorWindowTest::goesOnWithoutUnitsAndBounds()
     answer();
     answer();
     open(copyOf("duct.vel"));
-    QCOMPARE(boxes, QStringList({"Units Checking Disabled\nErrors were encountered initialising "
-                                 "units checking. \nThe program will continue but units checking "
-                                 "will \nbe disabled.\n\nno units here\n",
-                                 "Bounds Checking Disabled\nErrors were encountered initialising "
-                                 "bounds checking. \nThe program will continue but bounds checking "
-                                 "will \nbe disabled.\n\nno bounds here\n"}));
+    QCOMPARE(boxes,
+             QStringList({"Warning: Units Checking Disabled\nErrors were encountered initialising "
+                          "units checking. \nThe program will continue but units checking "
+                          "will \nbe disabled.\n\nno units here\n[Ok], Escape",
+                          "Warning: Bounds Checking Disabled\nErrors were encountered initialising "
+                          "bounds checking. \nThe program will continue but bounds checking "
+                          "will \nbe disabled.\n\nno bounds here\n[Ok], Escape"}));
+}
+
+void EditorWindowTest::checksUnitsAndBounds()
+{
+    newFile("own.vel",
+            "RULES:\nOBJECT: FLOW\nParents = /\nOptional Parameters = Speed, Length\nEND\n"
+            "PARAMETER: Speed\nType = Real\nUnits = m s^-1\n"
+            "Lower Bound = 0 [m s^-1]\nEND\n"
+            "PARAMETER: Length\nType = Real\nUnits = m\nEND\nEND\n");
+    qputenv("ZOT5_VEL_LIBSDIR", folder().toUtf8());
+    qputenv("ZOT5_VEL_LIBS", "own.vel");
+    open(newFile("slow.vel", "FLOW: A\nSpeed = -1 [m s^-1]\nLength = 3 [kg]\nEND\n"));
+    press("Ctrl+V");
+    auto *errors = visible<ErrorDialog>();
+    QVERIFY(errors != nullptr);
+    const QString text = errors->findChild<QTextEdit *>()->toPlainText();
+    QVERIFY2(text.contains("[below-bound]"), qPrintable(text));
+    QVERIFY2(text.contains("[wrong-unit]"), qPrintable(text));
 }
 
 void EditorWindowTest::offersEverythingInItsMenus()
@@ -424,10 +485,31 @@ void EditorWindowTest::saysWhenItCannotOpenTheTarget()
     answer();
     QVERIFY(editor().save(target.toStdString())); // kept: it counts as saved
     QCOMPARE(boxes,
-             QStringList("Error Saving File\nUnable to save your modifications to\n  " + target +
+             QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
+                         target +
                          "\nThis may be due to the OMBRA ZOT-Solver run having "
-                         "completed.\n"));
+                         "completed.\n[Ok], Escape"));
     QCOMPARE(editor().windowTitle(), file() + " - Modified");
+}
+
+// The former file has been moved by then, and the user is told where to.
+void EditorWindowTest::saysWhenTheTargetIsAFolder()
+{
+    open(copyOf("duct.vel"));
+    const QByteArray before = contentOf(file());
+    changeSomething();
+    const QString target = folder() + "/taken";
+    QVERIFY(QDir().mkpath(target));
+    answer();
+    QVERIFY(editor().save(target.toStdString()));
+    QCOMPARE(boxes,
+             QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
+                         target +
+                         "\nThis may be due to the OMBRA ZOT-Solver run having completed.\n"
+                         "Remark: The file as it was before is kept in\n  " +
+                         target + ".bak\n[Ok], Escape"));
+    QCOMPARE(contentOf(target + ".bak"), before);
+    QVERIFY(tree().isModified());
 }
 
 void EditorWindowTest::saysWhenItCannotWriteAll()
@@ -441,9 +523,11 @@ void EditorWindowTest::saysWhenItCannotWriteAll()
         QVERIFY(!editor().save(file().toStdString()));
     }
     QCOMPARE(boxes,
-             QStringList("Error Saving File\nUnable to save your modifications to\n  " + file() +
-                         "\nFile too large\nYour modifications are still in the "
-                         "editor.\n"));
+             QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
+                         file() +
+                         "\nFile too large\nYour modifications are still in the editor.\n"
+                         "Remark: The file as it was before is kept in\n  " +
+                         file() + ".bak\n[Ok], Escape"));
     QCOMPARE(contentOf(file() + ".bak"), before);
     QVERIFY(tree().isModified());
 }
@@ -471,8 +555,8 @@ void EditorWindowTest::saysThatAllIsValid()
     open(copyOf("duct.vel"));
     answer();
     press("Ctrl+V");
-    QCOMPARE(boxes, QStringList("Validation Successful\nNo Errors were found during "
-                                "validation\n\n&Ok"));
+    QCOMPARE(boxes, QStringList("Information: Validation Successful\nNo Errors were found during "
+                                "validation\n\n[&Ok], Escape"));
 }
 
 void EditorWindowTest::showsWhatIsNotValid()
@@ -511,9 +595,10 @@ void EditorWindowTest::staysWhenTheUserContinues()
         answer(button);
         QVERIFY(!closes());
     }
-    QCOMPARE(boxes.first(), QString("Unsaved Changes\nYou have made changes that have not been "
-                                    "saved.\nWould you like to:\n&Save and Quit | &Quit Without "
-                                    "Saving | &Continue Working"));
+    QCOMPARE(boxes.first(),
+             QString("Warning: Unsaved Changes\nYou have made changes that have not been "
+                     "saved.\nWould you like to:\n[&Save and Quit] | &Quit Without "
+                     "Saving | &Continue Working"));
     QVERIFY(tree().isModified());
 }
 
@@ -536,6 +621,20 @@ void EditorWindowTest::savesAndQuits()
     answer(0);
     QVERIFY(closes());
     QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
+}
+
+// Kept: a target that cannot be opened counts as saved, after its box.
+void EditorWindowTest::quitsWhenTheTargetCannotBeOpened()
+{
+    QVERIFY(QDir().mkpath(folder() + "/run"));
+    open(newFile("run/duct.vel", "FLOW: Analysis\nTitle = First run\nEND\n"));
+    QVERIFY(QDir(folder() + "/run").removeRecursively());
+    changeSomething();
+    answer(0);
+    answer();
+    QVERIFY(closes());
+    QCOMPARE(boxes.size(), 2);
+    QVERIFY2(boxes.last().startsWith("Critical: Error Saving File\n"), qPrintable(boxes.last()));
 }
 
 void EditorWindowTest::staysWhenTheUserDeclinesToSaveErrors()

@@ -24,6 +24,8 @@ private:
 private slots:
     void isModalWithoutALoop();
     void findsWhatIsInClosedBranches();
+    void findsAtThePressOfItsButton();
+    void scrollsToTheMatch();
     void findsTheNextMatchAndWrapsAround();
     void looksAtLabelsAndValues();
     void startsBehindTheSelection();
@@ -50,8 +52,8 @@ QString FindDialogTest::found()
 
 QString FindDialogTest::notFound(const QString &text)
 {
-    return "Not Found\nThe string \"" + text +
-           "\" was not found.\nThe next search will start at the top of the tree.\n\n";
+    return "Information: Not Found\nThe string \"" + text +
+           "\" was not found.\nThe next search will start at the top of the tree.\n\n[Ok], Escape";
 }
 
 void FindDialogTest::search(const QString &text)
@@ -72,7 +74,7 @@ void FindDialogTest::isModalWithoutALoop()
     QCOMPARE(dialog().findChild<QPushButton *>("FindButton")->text(), QString("&Find"));
     QCOMPARE(dialog().findChild<QPushButton *>("Close")->text(), QString("&Close"));
     QCOMPARE(dialog().layout()->spacing(), 10);
-    QCOMPARE(dialog().width(), 300);
+    QCOMPARE(dialog().size(), QSize(300, 125));
     pressButton(dialog(), "Close");
     QCOMPARE(visible<FindDialog>(), nullptr);
 }
@@ -86,6 +88,33 @@ void FindDialogTest::findsWhatIsInClosedBranches()
     QVERIFY(row("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in").isExpanded());
     QVERIFY(row("/FLOW:Analysis").isExpanded());
     QVERIFY(!row("/LANGUAGE").isExpanded());
+}
+
+void FindDialogTest::findsAtThePressOfItsButton()
+{
+    open(copyOf("duct.vel"));
+    tree().doFind();
+    dialog().findChild<QLineEdit *>()->setText("outlet");
+    pressButton(dialog(), "FindButton");
+    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:out/Kind"));
+    QVERIFY(visible<FindDialog>() != nullptr);
+}
+
+void FindDialogTest::scrollsToTheMatch()
+{
+    QByteArray text = "FLOW: A\n";
+    for (int i = 0; i < 500; ++i)
+        text += "p" + QByteArray::number(i) + " = x\n";
+    open(newFile("many.vel", text + "END\n"));
+    tree().doFind();
+    for (const char *name : {"p490", "p3"}) {
+        search(name);
+        const QRect place = tree().visualItemRect(tree().selectedItem());
+        QVERIFY(!place.isEmpty());
+        QVERIFY(tree().viewport()->rect().contains(place.center()));
+        answer(); // the next match is behind the last
+        search("no such row");
+    }
 }
 
 void FindDialogTest::findsTheNextMatchAndWrapsAround()

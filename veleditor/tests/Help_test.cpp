@@ -185,7 +185,8 @@ void EditorHelpTest::saysThatThereIsNoViewer()
     QFile::remove(folder() + "/HelpViewer/OMBRAHelpViewer.exe");
     answer();
     choose("HelpContents");
-    QCOMPARE(boxes, QStringList({"Warning\nDeskhall help server was not successfully started.\n"}));
+    QCOMPARE(boxes, QStringList({"Warning: Warning\nDeskhall help server was not successfully "
+                                 "started.\n[Ok], Escape"}));
 }
 
 VEL_EDITOR_TEST(EditorHelpTest)

@@ -293,10 +293,12 @@ void StartupTest::showsWhatWasUpgraded()
         }
         editor.close();
     });
-    QCOMPARE(boxes.first(),
-             QString("Command File Updated.\nThe Command File has been updated to be consistent "
-                     "with\nthis version of OMBRA ZOT.\n\nDo you want to see the changes "
-                     "made?\nYes | No"));
+    QCOMPARE(
+        boxes.first(),
+        QString(
+            "Question: Command File Updated.\nThe Command File has been updated to be consistent "
+            "with\nthis version of OMBRA ZOT.\n\nDo you want to see the changes "
+            "made?\nYes | [No], Escape"));
     QCOMPARE(name, QString("Command File Updates"));
     QVERIFY2(messages.startsWith("The following changes were made:\n\n"), qPrintable(messages));
     QVERIFY2(messages.contains("Run Mode"), qPrintable(messages));
@@ -338,9 +340,10 @@ void StartupTest::showsFirstFindings()
         editor.close();
     });
     QCOMPARE(boxes,
-             QStringList("Command File Validation Errors\nErrors were encountered during initial "
-                         "Command File validation.\nPlease examine the Command File Errors panel "
-                         "to see the errors.\nContinue"));
+             QStringList(
+                 "Warning: Command File Validation Errors\nErrors were encountered during initial "
+                 "Command File validation.\nPlease examine the Command File Errors panel "
+                 "to see the errors.\n[Continue]"));
     QVERIFY2(messages.contains("required parameter \"Kind\" is missing"), qPrintable(messages));
     QCOMPARE(place, QPoint(50, 50));
     QVERIFY(!modal);

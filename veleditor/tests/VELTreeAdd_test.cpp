@@ -4,6 +4,7 @@
 #include "veleditor/src/AddParamDialog.h"
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/tests/TreeText.h"
+#include "velparser/api/velparser.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -18,6 +19,8 @@ class VELTreeAddTest : public EditorTest
 
 private:
     static QStringList labels(const AddParamDialog &dialog);
+    /// Replaces the question for the names that may be added.
+    void replaceAllowedParams(const QByteArray &body);
     static void enter(AddParamDialog &dialog, const QString &name, const QString &value);
     /// Adds under the expert section with these entries and gives the boxes.
     void addExpert(const QString &name, const QString &value, bool accepted);
@@ -25,10 +28,16 @@ private:
 private slots:
     void addsByFreeName();
     void addsFromAList();
+    void offersNamesInTheOrderOfTheRules();
     void addsToTheObjectThatHoldsTheParameter();
+    void addsToTheRoot();
+    void scrollsToTheNewRow();
+    void saysWhenTheRulesFail();
     void saysWhereNothingCanBeAdded();
     void addsNothingWhenCancelled();
     void changesAParameterThatIsThereAlready();
+    void leavesAParameterThatCannotBeChanged();
+    void leavesAHiddenParameterThatCannotBeChanged();
     void reportsWhatTheDatabaseRefuses();
     void showsWhatIsWrongWithTheObject();
     void asksForASelection();
@@ -38,6 +47,7 @@ private slots:
     void addsAnExpertSection();
     void addsAnExpertSectionToAFlowObjectWithoutName();
     void addsAnExpertSectionOnce();
+    void knowsAnEmptyExpertSection();
     void makesAFlowObjectForTheExpertSection();
 };
 
@@ -53,6 +63,12 @@ QStringList VELTreeAddTest::labels(const AddParamDialog &dialog)
     for (const QLabel *label : dialog.findChildren<QLabel *>())
         texts.append(label->text());
     return texts;
+}
+
+void VELTreeAddTest::replaceAllowedParams(const QByteArray &body)
+{
+    runPerl("require API; no warnings 'redefine'; *API::getAllowedParams = sub {" + body +
+            "};\n1;");
 }
 
 void VELTreeAddTest::enter(AddParamDialog &dialog, const QString &name, const QString &value)
@@ -113,6 +129,75 @@ void VELTreeAddTest::addsFromAList()
     QCOMPARE(row("/FLOW:Analysis/DOMAIN:Duct/Remark").value(), QString("checked"));
 }
 
+void VELTreeAddTest::offersNamesInTheOrderOfTheRules()
+{
+    open(newFile("few.vel", "FLOW: A\nDOMAIN: D\nKind = Fluid\nTrace Level = 1\nEND\nEND\n"));
+    select("/FLOW:A/DOMAIN:D");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        auto *list = dialog.findChild<QComboBox *>("editable combo");
+        QStringList names;
+        for (int i = 0; i < list->count(); ++i)
+            names.append(list->itemText(i));
+        QCOMPARE(names, QStringList({"Location", "Reference Pressure", "Remark"}));
+        QCOMPARE(dialog.paramName(), std::string("Location"));
+        QTest::keyClick(list, Qt::Key_Down);
+        QTest::keyClick(list, Qt::Key_Down);
+        QCOMPARE(dialog.paramName(), std::string("Remark"));
+        dialog.findChild<QTextEdit *>("Value")->setPlainText("third");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/FLOW:A/DOMAIN:D/Remark").value(), QString("third"));
+}
+
+void VELTreeAddTest::addsToTheRoot()
+{
+    replaceAllowedParams("@{$_[2]} = ('-1'); return ''");
+    open(copyOf("duct.vel"));
+    select("/");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        QCOMPARE(labels(dialog).first(), QString("Adding new parameter to: /"));
+        enter(dialog, "Author", "me");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QVERIFY2(treeText(tree()).startsWith("Root\n  Author = me *\n  LANGUAGE :\n"),
+             qPrintable(treeText(tree())));
+    QCOMPARE(QString::fromStdString(tree().lastAddedItem()->path()), QString("/Author"));
+}
+
+void VELTreeAddTest::scrollsToTheNewRow()
+{
+    QByteArray text = "FLOW: A\n";
+    for (int i = 0; i < 300; ++i)
+        text += "p" + QByteArray::number(i) + " = x\n";
+    open(newFile("many.vel", text + "END\n"));
+    tree().showMatch(row("/FLOW:A/p299"));
+    replaceAllowedParams("@{$_[2]} = ('-1'); return ''");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "new", "1");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    const QRect place = tree().visualItemRect(tree().lastAddedItem());
+    QVERIFY(tree().viewport()->rect().contains(place.center()));
+}
+
+void VELTreeAddTest::saysWhenTheRulesFail()
+{
+    replaceAllowedParams("return 'no rules today'");
+    open(copyOf("duct.vel"));
+    select(expert);
+    answer();
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        QCOMPARE(labels(dialog).size(), 1);
+        QVERIFY(labels(dialog).first().startsWith("No new parameters can be added to the\n"));
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(boxes, QStringList("Warning: Error\nno rules today\n[Ok], Escape"));
+}
+
 void VELTreeAddTest::addsToTheObjectThatHoldsTheParameter()
 {
     open(copyOf("duct.vel"));
@@ -166,6 +251,57 @@ void VELTreeAddTest::changesAParameterThatIsThereAlready()
     QVERIFY(treeText(tree()).contains("    EXPERT PARAMETERS : !\n"
                                       "      max loops = 9 * !\n"
                                       "      solver build = 17 !\n"));
+
+    // It has the place of a new one.
+    select("/FLOW:Analysis/DOMAIN:Duct");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "Location", "B3");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QVERIFY(treeText(tree()).contains("    DOMAIN : Duct\n"
+                                      "      Location = B3 *\n"
+                                      "      Kind = Fluid *\n"
+                                      "      Reference Pressure = 1 *\n"));
+}
+
+void VELTreeAddTest::leavesAParameterThatCannotBeChanged()
+{
+    open(copyOf("duct.vel"));
+    const QString before = treeText(tree());
+    select(expert);
+    answer();
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "solver build", "99");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(boxes, QStringList("Warning: Cannot edit solver build\nOnly orange expert parameters "
+                                "and parameters\nwhose values are shown in green can be "
+                                "edited.\n[Ok], Escape"));
+    QCOMPARE(treeText(tree()), before);
+    std::optional<std::string> value;
+    QCOMPARE(velparser::getStringValue("/FLOW:Analysis/EXPERT PARAMETERS/solver build", &value),
+             nullptr);
+    QCOMPARE(value.value_or(""), std::string("17"));
+    QVERIFY(!tree().isModified());
+}
+
+// In safe mode, where no row is shown for it.
+void VELTreeAddTest::leavesAHiddenParameterThatCannotBeChanged()
+{
+    open(copyOf("duct.vel"), true);
+    select("/FLOW:Analysis/DOMAIN:Duct");
+    answer();
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "Trace Level", "7");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QVERIFY(boxes.value(0).startsWith("Warning: Cannot edit Trace Level\n"));
+    std::optional<std::string> value;
+    QCOMPARE(velparser::getStringValue("/FLOW:Analysis/DOMAIN:Duct/Trace Level", &value), nullptr);
+    QCOMPARE(value.value_or(""), std::string("2"));
 }
 
 // The object's name has a character that no line of a command file can hold.
@@ -180,9 +316,9 @@ void VELTreeAddTest::reportsWhatTheDatabaseRefuses()
         pressButton(dialog, "Ok");
     });
     tree().addParameter();
-    QCOMPARE(boxes, QStringList("Add Parameter\nError encountered while processing new "
+    QCOMPARE(boxes, QStringList("Warning: Add Parameter\nError encountered while processing new "
                                 "parameter.\nError message was:\nparseVELLineH: syntax error near "
-                                "\"NO OBJECT\"\nParameter was not created.\n"));
+                                "\"NO OBJECT\"\nParameter was not created.\n[Ok], Escape"));
     QVERIFY(!treeText(tree()).contains("a = 1"));
     QVERIFY(tree().isModified());
 }
@@ -209,8 +345,10 @@ void VELTreeAddTest::asksForASelection()
     tree().clearSelection();
     answer();
     tree().addParameter();
-    QCOMPARE(boxes, QStringList("Add Parameter\nError:  You must select the object you wish to add "
-                                "parameters to.\nPlease select an object and try again.\n"));
+    QCOMPARE(
+        boxes,
+        QStringList("Warning: Add Parameter\nError:  You must select the object you wish to add "
+                    "parameters to.\nPlease select an object and try again.\n[Ok], Escape"));
 }
 
 void VELTreeAddTest::addExpert(const QString &name, const QString &value, bool accepted)
@@ -229,33 +367,42 @@ void VELTreeAddTest::addExpert(const QString &name, const QString &value, bool a
 
 void VELTreeAddTest::refusesBadEntries_data()
 {
-    const QString start = "Invalid Parameter Name\nParameter names must begin with a letter or a "
-                          "number.\nPlease correct your parameter name before continuing.\n";
+    const QString start =
+        "Warning: Invalid Parameter Name\nParameter names must begin with a letter or a "
+        "number.\nPlease correct your parameter name before continuing.\n[Ok], Escape";
     const auto character = [](const QString &c) {
-        return QString("Invalid Parameter Name\nError: \"" + c +
+        return QString("Warning: Invalid Parameter Name\nError: \"" + c +
                        "\" is not a valid character in a parameter name.\nPlease correct your "
-                       "parameter name before continuing.\n");
+                       "parameter name before continuing.\n[Ok], Escape");
     };
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("value");
     QTest::addColumn<QString>("box");
-    QTest::newRow("no name") << ""
-                             << "1"
-                             << "Missing Parameter Name\nYou must enter a name for your parameter "
-                                "before continuing.\n";
+    QTest::newRow("no name")
+        << ""
+        << "1"
+        << "Warning: Missing Parameter Name\nYou must enter a name for your parameter "
+           "before continuing.\n[Ok], Escape";
     QTest::newRow("underscore first") << "_a"
                                       << "1" << start;
     QTest::newRow("blank first") << " a"
                                  << "1" << start;
     QTest::newRow("letter beyond ASCII first") << QString(u'\u00e4') << "1" << start;
-    QTest::newRow("no value") << "a"
-                              << ""
-                              << "Missing Parameter Value\nYou must enter a parameter value before "
-                                 "continuing.\n";
+    QTest::newRow("no value")
+        << "a"
+        << ""
+        << "Warning: Missing Parameter Value\nYou must enter a parameter value before "
+           "continuing.\n[Ok], Escape";
+    QTest::newRow("nothing but blanks")
+        << "a"
+        << "  \n "
+        << "Warning: Missing Parameter Value\nYou must enter a parameter value before "
+           "continuing.\n[Ok], Escape";
     QTest::newRow("no value comes before a bad character")
         << "a-b"
         << ""
-        << "Missing Parameter Value\nYou must enter a parameter value before continuing.\n";
+        << "Warning: Missing Parameter Value\nYou must enter a parameter value before "
+           "continuing.\n[Ok], Escape";
     QTest::newRow("minus") << "a-b"
                            << "1" << character("-");
     QTest::newRow("the first of two") << "a/b-c"
@@ -265,9 +412,9 @@ void VELTreeAddTest::refusesBadEntries_data()
     QTest::newRow("a remark")
         << "a"
         << "1 # one"
-        << "Add Parameter\nA value cannot hold the character \"#\": it begins "
+        << "Warning: Add Parameter\nA value cannot hold the character \"#\": it begins "
            "a remark in a command file.\nWrite \"\\#\" where you mean the character "
-           "itself.\n";
+           "itself.\n[Ok], Escape";
 }
 
 void VELTreeAddTest::refusesBadEntries()
@@ -287,9 +434,10 @@ void VELTreeAddTest::makesUnderscoresBlanks()
     open(copyOf("duct.vel"));
     addExpert("two_words", "1", true);
     QCOMPARE(boxes,
-             QStringList("Underscores replaced\nUnderscores (`_') are not valid characters in "
-                         "a parameter name.\nUnderscores have been replaced with spaces in "
-                         "your parameter name.\n"));
+             QStringList(
+                 "Information: Underscores replaced\nUnderscores (`_') are not valid characters in "
+                 "a parameter name.\nUnderscores have been replaced with spaces in "
+                 "your parameter name.\n[Ok], Escape"));
     QCOMPARE(row("/FLOW:Analysis/EXPERT PARAMETERS/two words").value(), QString("1"));
 }
 
@@ -328,15 +476,36 @@ void VELTreeAddTest::addsAnExpertSectionToAFlowObjectWithoutName()
              QByteArray("FLOW:\n  Title = x\n  EXPERT PARAMETERS:\n  END\nEND\n"));
 }
 
+void VELTreeAddTest::knowsAnEmptyExpertSection()
+{
+    open(newFile("empty.vel", "FLOW: A\nEXPERT PARAMETERS:\nEND\nEND\n"));
+    QCOMPARE(tree().expertItem(), &row("/FLOW:A/EXPERT PARAMETERS"));
+    answer();
+    tree().addExpertParamObj();
+    QCOMPARE(boxes.size(), 1);
+    select("/FLOW:A/EXPERT PARAMETERS");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "a", "1");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(treeText(tree()), QString("Root\n"
+                                       "  FLOW : A\n"
+                                       "    EXPERT PARAMETERS : !\n"
+                                       "      a = 1 * !\n"));
+}
+
 void VELTreeAddTest::addsAnExpertSectionOnce()
 {
     open(copyOf("duct.vel"));
     answer();
     tree().addExpertParamObj();
-    QCOMPARE(boxes,
-             QStringList("Add Expert Parameter Section\nAn expert parameter section already "
-                         "exists.\nMultiple expert parameter sections cannot be created. \nUse "
-                         "\"Edit->Add Expert Parameter\" to add a parameter to this section.\n"));
+    QCOMPARE(
+        boxes,
+        QStringList(
+            "Information: Add Expert Parameter Section\nAn expert parameter section already "
+            "exists.\nMultiple expert parameter sections cannot be created. \nUse "
+            "\"Edit->Add Expert Parameter\" to add a parameter to this section.\n[Ok], Escape"));
     QVERIFY(row("/FLOW:Analysis").isExpanded());
     QVERIFY(!tree().isModified());
 }

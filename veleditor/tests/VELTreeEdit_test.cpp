@@ -34,6 +34,10 @@ private slots:
     void refusesWhatAFileCannotHold();
     void leavesAnUntouchedValueAsItIs();
     void staysInTheEncodingOfTheFile();
+    void refusesBlankValues();
+    void choosesNothingForAnEmptyValue();
+    void saysWhenAValueCannotBeStored();
+    void editsOnlyAtTheLeftButton();
     void editsNoObject();
     void refusesParametersThatAreNotEditable();
     void asksForASelection();
@@ -205,12 +209,14 @@ void VELTreeEditTest::refusesWhatAFileCannotHold()
         pressButton(dialog, "Ok");
     });
     doubleClick(title);
-    QCOMPARE(boxes,
-             QStringList(
-                 {"Edit Parameter\nA value cannot hold the character \"#\": it begins a "
-                  "remark in a command file.\nWrite \"\\#\" where you mean the character itself.\n",
-                  "Edit Parameter\nA value cannot end in a back-slash: it continues a line "
-                  "in a command file.\nPlease correct the value before continuing.\n"}));
+    QCOMPARE(
+        boxes,
+        QStringList(
+            {"Warning: Edit Parameter\nA value cannot hold the character \"#\": it begins a "
+             "remark in a command file.\nWrite \"\\#\" where you mean the character itself.\n[Ok], "
+             "Escape",
+             "Warning: Edit Parameter\nA value cannot end in a back-slash: it continues a line "
+             "in a command file.\nPlease correct the value before continuing.\n[Ok], Escape"}));
     QCOMPARE(stored(title), QString("5 \\# kept"));
 }
 
@@ -247,6 +253,80 @@ void VELTreeEditTest::staysInTheEncodingOfTheFile()
              QByteArray("FLOW: A\n  Title = K\xE4se\xF6\n  Run Mode = plain\xC3\xB6\nEND\n"));
 }
 
+// A file would give back a parameter without value, which nobody could edit.
+void VELTreeEditTest::refusesBlankValues()
+{
+    open(copyOf("duct.vel"));
+    answer();
+    answer();
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        auto *field = dialog.findChild<QTextEdit *>("Value");
+        field->selectAll();
+        QTest::keyClick(field, Qt::Key_Delete);
+        pressButton(dialog, "Ok");
+        QVERIFY(dialog.isVisible());
+        QTest::keyClicks(field, "  ");
+        QTest::keyClick(field, Qt::Key_Return);
+        pressButton(dialog, "Ok");
+        QVERIFY(dialog.isVisible());
+        pressButton(dialog, "Cancel");
+    });
+    doubleClick(title);
+    const QString missing = "Warning: Missing Parameter Value\nYou must enter a parameter value "
+                            "before continuing.\n[Ok], Escape";
+    QCOMPARE(boxes, QStringList({missing, missing}));
+    QCOMPARE(stored(title), QString("First run"));
+    QVERIFY(!tree().isModified());
+}
+
+void VELTreeEditTest::choosesNothingForAnEmptyValue()
+{
+    open(copyOf("duct.vel"));
+    QCOMPARE(velparser::setStringValue(boundaryKind, ""), nullptr);
+    answer();
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        QCOMPARE(dialog.findChild<QComboBox *>("Values")->currentIndex(), -1);
+        pressButton(dialog, "Ok"); // refused: still nothing
+        QVERIFY(dialog.isVisible());
+        choose(dialog, "Wall");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(boundaryKind);
+    QCOMPARE(boxes.size(), 1);
+    QCOMPARE(stored(boundaryKind), QString("Wall"));
+}
+
+// The rules may have taken the parameter away.
+void VELTreeEditTest::saysWhenAValueCannotBeStored()
+{
+    open(copyOf("duct.vel"));
+    QCOMPARE(velparser::deleteParam(title), nullptr);
+    answer();
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "x");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(title);
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY2(boxes.first().startsWith("Warning: Edit Parameter\nsetStringValue"),
+             qPrintable(boxes.first()));
+    QCOMPARE(row(title).value(), QString("First run"));
+}
+
+void VELTreeEditTest::editsOnlyAtTheLeftButton()
+{
+    open(copyOf("duct.vel"));
+    tree().showMatch(row(title));
+    const QPoint place = tree().visualItemRect(&row(title)).center();
+    for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton}) {
+        QTest::mouseClick(tree().viewport(), button, Qt::NoModifier, place);
+        QTest::mouseDClick(tree().viewport(), button, Qt::NoModifier, place);
+        QTest::mouseRelease(tree().viewport(), button, Qt::NoModifier, place);
+    }
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    QVERIFY(!tree().isModified());
+}
+
 void VELTreeEditTest::editsNoObject()
 {
     open(copyOf("duct.vel"));
@@ -261,9 +341,10 @@ void VELTreeEditTest::refusesParametersThatAreNotEditable()
     open(copyOf("duct.vel"));
     answer();
     doubleClick("/LANGUAGE/Version");
-    QCOMPARE(boxes,
-             QStringList("Cannot edit Version\nOnly orange expert parameters and parameters\n"
-                         "whose values are shown in green can be edited.\n"));
+    QCOMPARE(
+        boxes,
+        QStringList("Warning: Cannot edit Version\nOnly orange expert parameters and parameters\n"
+                    "whose values are shown in green can be edited.\n[Ok], Escape"));
 }
 
 void VELTreeEditTest::asksForASelection()
@@ -272,8 +353,9 @@ void VELTreeEditTest::asksForASelection()
     tree().clearSelection();
     answer();
     press("Ctrl+E");
-    QCOMPARE(boxes, QStringList("Edit Parameter\nPlease select the parameter you wish to edit and "
-                                "try again.\n\n"));
+    QCOMPARE(boxes, QStringList(
+                        "Warning: Edit Parameter\nPlease select the parameter you wish to edit and "
+                        "try again.\n\n[Ok], Escape"));
 }
 
 void VELTreeEditTest::deletesAParameter()
@@ -282,10 +364,11 @@ void VELTreeEditTest::deletesAParameter()
     select("/FLOW:Analysis/DOMAIN:Duct/Location");
     answer(0);
     press("Ctrl+D");
-    QCOMPARE(boxes, QStringList("Deleting Parameter\nYou are about to delete the parameter\n"
-                                "Location = B1, B2\nThis cannot be undone.\n"
-                                "Do you really want to do this?\n"
-                                "&Delete The Parameter | &Cancel"));
+    QCOMPARE(boxes,
+             QStringList("Information: Deleting Parameter\nYou are about to delete the parameter\n"
+                         "Location = B1, B2\nThis cannot be undone.\n"
+                         "Do you really want to do this?\n"
+                         "[&Delete The Parameter] | &Cancel"));
     QVERIFY(!treeText(tree()).contains("Location"));
     QCOMPARE(stored("/FLOW:Analysis/DOMAIN:Duct/Location"), QString());
     QVERIFY(tree().isModified());
@@ -306,8 +389,9 @@ void VELTreeEditTest::keepsAParameterWhenTheUserCancels()
 void VELTreeEditTest::refusesToDeleteWhatIsNotEditable()
 {
     open(copyOf("duct.vel"));
-    const QString refusal = "Deleting Parameter\nOnly orange expert parameters and parameters\n"
-                            "whose values are shown in green can be deleted.\n\n";
+    const QString refusal =
+        "Warning: Deleting Parameter\nOnly orange expert parameters and parameters\n"
+        "whose values are shown in green can be deleted.\n\n[Ok], Escape";
     answer();
     tree().clearSelection();
     tree().deleteParam();

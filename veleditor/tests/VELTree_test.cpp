@@ -16,9 +16,8 @@ class VELTreeTest : public EditorTest
     Q_OBJECT
 
 private:
-    /// Whether a pixel of the cell passes the test.
-    template <typename Test>
-    bool cellHas(const char *path, int column, Test test);
+    /// Whether the cell has a pixel of exactly this colour.
+    bool cellHas(const char *path, int column, const QColor &colour);
     bool isGreen(const char *path, int column);
     bool isOrange(const char *path, int column);
 
@@ -42,6 +41,8 @@ private slots:
     void marksUnsavedChangesOnce();
     void showsDeeplyNestedObjects();
     void showsVeryLongValues();
+    void showsAnEmptyValue();
+    void takesAFailedQuestionForYes();
     void throwsWhenTheDatabaseFails();
 };
 
@@ -91,7 +92,10 @@ void VELTreeTest::showsParametersOfTheRoot()
 {
     open(newFile("root.vel", "Author = me\nFLOW:\nTitle = x\nEND\n"));
     QCOMPARE(row("/Author").value(), QString("me"));
-    QCOMPARE(treeText(tree()).left(30), QString("Root\n  Author = me *\n  FLOW :\n").left(30));
+    QCOMPARE(treeText(tree()), QString("Root\n"
+                                       "  Author = me *\n"
+                                       "  FLOW :\n"
+                                       "    Title = x *\n"));
 }
 
 void VELTreeTest::knowsTheFlowObject()
@@ -144,9 +148,11 @@ void VELTreeTest::showsBytesAsUtf8ElseAsLatin1()
     QCOMPARE(row("/FLOW:A/Run Mode").value(), QString::fromUtf8("K\u00e4se"));
 }
 
-template <typename Test>
-bool VELTreeTest::cellHas(const char *path, int column, Test test)
+bool VELTreeTest::cellHas(const char *path, int column, const QColor &colour)
 {
+    QFont sharp = tree().font();
+    sharp.setStyleStrategy(QFont::NoAntialias);
+    tree().setFont(sharp);
     VELTreeItem &item = row(path);
     tree().showMatch(item);
     tree().clearSelection();
@@ -158,7 +164,7 @@ bool VELTreeTest::cellHas(const char *path, int column, Test test)
     const QImage picture = tree().viewport()->grab(cell).toImage();
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
-            if (test(picture.pixelColor(x, y)))
+            if (picture.pixelColor(x, y) == colour)
                 return true;
         }
     }
@@ -167,16 +173,12 @@ bool VELTreeTest::cellHas(const char *path, int column, Test test)
 
 bool VELTreeTest::isGreen(const char *path, int column)
 {
-    return cellHas(path, column, [](const QColor &c) {
-        return c.green() - c.red() > 100 && c.green() - c.blue() > 100;
-    });
+    return cellHas(path, column, QColor(0, 200, 0));
 }
 
 bool VELTreeTest::isOrange(const char *path, int column)
 {
-    return cellHas(path, column, [](const QColor &c) {
-        return c.red() - c.blue() > 150 && c.red() - c.green() > 60;
-    });
+    return cellHas(path, column, QColor(255, 140, 0));
 }
 
 void VELTreeTest::paintsWhatCanBeChanged()
@@ -270,6 +272,15 @@ void VELTreeTest::opensAndClosesBranchesWithTheRightButton()
     QVERIFY(!row("/FLOW:Analysis/DOMAIN:Duct").isExpanded());
     QVERIFY(!row("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in").isExpanded());
 
+    // A double click is one click.
+    clickFlow();
+    const QPoint place = tree().visualItemRect(&flow).center();
+    QTest::mouseDClick(tree().viewport(), Qt::RightButton, Qt::NoModifier, place);
+    QTest::mouseRelease(tree().viewport(), Qt::RightButton, Qt::NoModifier, place);
+    QVERIFY(flow.isExpanded());
+    clickFlow();
+    QVERIFY(!flow.isExpanded());
+
     // Over no row nothing happens.
     QTest::mouseClick(tree().viewport(), Qt::RightButton, Qt::NoModifier,
                       tree().viewport()->rect().bottomRight() - QPoint(5, 5));
@@ -320,19 +331,38 @@ void VELTreeTest::showsVeryLongValues()
     QCOMPARE(row("/FLOW:A/Title").value().size(), value.size());
 }
 
+void VELTreeTest::showsAnEmptyValue()
+{
+    open(newFile("bare.vel", "FLOW: A\nTitle =\nRun Mode = x\nEND\n"));
+    QCOMPARE(treeText(tree()), QString("Root\n"
+                                       "  FLOW : A\n"
+                                       "    Title =  *\n"
+                                       "    Run Mode = x *\n"));
+}
+
+void VELTreeTest::takesAFailedQuestionForYes()
+{
+    runPerl("require API; no warnings 'redefine'; *API::isParamEditable = sub { die };\n"
+            "*API::isItemExpert = sub { die if $_[1] =~ /Title/; return 0 };\n1;");
+    open(copyOf("duct.vel"));
+    QVERIFY(row("/LANGUAGE/Version").isEditable());
+    QVERIFY(!treeText(tree()).contains("Title"));
+    qputenv("ZOT5_VEL_EXPERT", "");
+    tree().buildTree();
+    QVERIFY(treeText(tree()).contains("Title = First run *\n"));
+}
+
 void VELTreeTest::throwsWhenTheDatabaseFails()
 {
     open(copyOf("duct.vel"));
     // While the tree asks about an item, the rules delete it.
-    const QString script = newFile("fail.pl", "no warnings 'redefine';\n"
-                                              "*API::isItemExpert = sub {\n"
-                                              "    my ($self, $path) = @_;\n"
-                                              "    $self->{database}->deleteObj($path)\n"
-                                              "        if $path =~ /DOMAIN:Duct$/;\n"
-                                              "    return 0;\n"
-                                              "};\n1;\n");
-    int status = 0;
-    QCOMPARE(velparser::runPerlScript(script.toStdString(), {}, &status), nullptr);
+    runPerl("no warnings 'redefine';\n"
+            "*API::isItemExpert = sub {\n"
+            "    my ($self, $path) = @_;\n"
+            "    $self->{database}->deleteObj($path)\n"
+            "        if $path =~ /DOMAIN:Duct$/;\n"
+            "    return 0;\n"
+            "};\n1;\n");
     std::string message;
     try {
         tree().buildTree();

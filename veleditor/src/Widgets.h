@@ -1,0 +1,37 @@
+// The labels, buttons and fields that the dialogs are made of, each with the
+// settings that all of them share: texts are shown as they stand, never as
+// markup; a test and a screen reader find every control by its name; a tab
+// leaves a field.
+//
+// What is made belongs to the given parent.
+#pragma once
+
+#include <QString>
+
+class QDialog;
+class QLabel;
+class QPushButton;
+class QTextEdit;
+class QWidget;
+
+namespace velEditor {
+
+[[nodiscard]] QLabel *makeLabel(const QString &text, QWidget *parent);
+
+/// `name` is the object's.
+[[nodiscard]] QPushButton *makeButton(const QString &text, const char *name, QWidget *parent);
+
+/// A field of several lines; `accessibleName` says what belongs into it.
+[[nodiscard]] QTextEdit *makeTextField(const char *name, const QString &accessibleName,
+                                       QWidget *parent);
+
+/// Gives a dialog its name and title, and the font of the window it belongs to,
+/// which windows do not inherit by themselves.
+void setUpDialog(QDialog &dialog, const QString &name, const QString &title);
+
+/// Leaves only the close button in the title bar: there is nothing to see in a
+/// small dialog that fills the screen, or in one that is an icon while it blocks
+/// the other windows.
+void makeSmallDialog(QDialog &dialog);
+
+} // namespace velEditor
