@@ -8,9 +8,6 @@ use FindBin;
 use lib "$FindBin::Bin/lib";
 
 use VEL::Model;
-use VEL::Units;
-use VEL::Upgrade;
-use VEL::Validate;
 use VELTest;
 
 use RuleSample;
@@ -20,8 +17,7 @@ my $database = $api->{database};
 my $model    = VEL::Model->of($database);
 my $sample   = RuleSample->new($api);
 
-my $validator = VEL::Validate->new($database);
-$validator->$_(1) for 'setUnitsChecking', 'setBoundsChecking';
+my $validator = validator($database);
 
 # Every field of every rule, by its path: how often it has decided something.
 my %met;

@@ -25,9 +25,7 @@ sub loaded ($lines) {
     chomp(my @lines = qx{$^X $make_large $lines});
     my $error = $api->parseVELData(\@lines, 0);
     die $error if $error;
-    my $validator = VEL::Validate->new($api->{database});
-    $validator->$_(1) for 'setUnitsChecking', 'setBoundsChecking';
-    return ($api, $validator);
+    return ($api, validator($api->{database}));
 }
 
 my %cost;    # of one line, in microseconds

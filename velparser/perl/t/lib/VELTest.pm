@@ -11,7 +11,8 @@ use API;
 use VEL::Parser::Lite;
 use VEL::Validate;
 
-our @EXPORT = qw(source_folder database api with_libraries findings all_paths formatted lines);
+our @EXPORT = qw(source_folder database api with_libraries validator findings findings_left all_paths
+    formatted lines);
 
 =head1 NAME
 
@@ -58,16 +59,27 @@ sub all_paths ($database) {
     return @paths;
 }
 
+# A validator with all checks on.
+sub validator ($database) {
+    my $validator = VEL::Validate->new($database);
+    for my $error ($validator->setUnitsChecking(1), $validator->setBoundsChecking(1)) {
+        die $error if $error;
+    }
+    return $validator;
+}
+
 # The findings of all objects, a line each; units and bounds are checked when
 # the last argument is given.
 sub findings ($database, $all_checks = 0) {
-    my $validator = VEL::Validate->new($database);
-    if ($all_checks) {
-        for my $error ($validator->setUnitsChecking(1), $validator->setBoundsChecking(1)) {
-            die $error if $error;
-        }
-    }
+    my $validator = $all_checks ? validator($database) : VEL::Validate->new($database);
     return join '', map { "$_\n" } grep { defined } map { $validator->validateObject($_) } all_paths($database);
+}
+
+# What the program sees when it validates again: only objects that are not
+# marked valid are looked at.
+sub findings_left ($validator, $database) {
+    return join '', map { "$_\n" } grep { defined } map { $validator->validateObject($_) }
+        grep { !($database->isValid($_) & 1) } all_paths($database);
 }
 
 # The user data as it would be saved.
