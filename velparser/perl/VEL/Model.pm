@@ -351,6 +351,7 @@ sub _explain_parameter ($parameter) {
         [ 'Units', $parameter->{units} ],
         [ 'Lower Bound', $parameter->{lower} ],
         [ 'Upper Bound', $parameter->{upper} ],
+        [ 'Bounds Exclusive', $parameter->{exclusive} ? 'Yes' : undef ],
         [ 'Allowed Values', join ', ', @{ $parameter->{values} // [] } ],
         [ 'Allowed Objects', join ', ', @{ $parameter->{objects} // [] } ],
         [ 'Minimum Entries', $parameter->{minimum} ],

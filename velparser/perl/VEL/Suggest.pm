@@ -5,7 +5,7 @@ use warnings;
 use feature 'signatures';
 
 use Exporter 'import';
-use List::Util qw(max min);
+use List::Util qw(min);
 
 our @EXPORT_OK = qw(nearest);
 
@@ -21,14 +21,14 @@ VEL::Suggest - "did you mean": the known word that a mistyped one stands for
 
 The known word nearest to C<$word>, or C<undef> when none is near enough: one
 slip (a letter too many, missing, wrong, or two swapped) for every three
-letters, at least one. Letter case counts for less than a slip, so a word that
+letters of it. Letter case counts for less than a slip, so a word that
 differs in case alone is always found. Of equals the first is taken.
 
 =cut
 
 sub nearest ($word, @known) {
     my $folded = lc $word;
-    my $limit  = max(1, int(length($word) / 3));
+    my $limit  = int(length($word) / 3);
     my @near   = grep { abs(length($_) - length $word) <= $limit } @known;
     for my $candidate (@near) {
         return $candidate if lc $candidate eq $folded;

@@ -82,6 +82,14 @@ Type = Real
 Units = kg s^-1
 Lower Bound = 0 [kg s^-1]
 TEXT
+    is $explain->('/FLOW/DOMAIN:d/STARTING VALUES/Temperature'), <<'TEXT', 'a bound that is not itself allowed';
+Description = An absolute temperature.
+Type = Real
+Units = K
+Lower Bound = 0 [K]
+Bounds Exclusive = Yes
+Default = 293.15 [K]
+TEXT
     is $explain->('/FLOW/DOMAIN:d/Substance'), <<'TEXT', 'values and objects';
 Description = A substance or mixture of the library, or one that the solver knows by itself.
 Type = String

@@ -160,7 +160,7 @@ my %decide = (
     'Upper Bound' => sub ($path, $parameter) {
         return decide_bound($path, $parameter, $parameter->{upper}, 1, 'above-bound');
     },
-    'Bounds Exclusive' => sub ($path, $parameter) { return $parameter->{exclusive} ? () : 'says nothing' },
+    'Bounds Exclusive' => sub ($path, $parameter) { return decide_shown($path, 'Bounds Exclusive', 'Yes') },
     'Minimum Entries'  => sub ($path, $parameter) {
         return decide_count($path, $parameter, $parameter->{minimum}, -1, 'too-few-entries');
     },

@@ -15,6 +15,8 @@ is near('WALL'),      'Wall',     'letter case alone';
 is near('wal'),       'Wall',     'letter case and a slip';
 is near('Window'),    'none',     'too far from all';
 is near(''),          'none',     'nothing';
+is nearest('x', 'X', 'y'), 'X',   'one letter in another case';
+is nearest('x', 'y'),      undef, 'one letter is like every other';
 is nearest('ab', 'ba', 'ab'), 'ab', 'the nearest, not the first';
 is nearest('x'), undef, 'nothing known';
 

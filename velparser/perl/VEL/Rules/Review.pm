@@ -66,7 +66,7 @@ sub _fault ($self, $path, $sentence) {
 
 # For each rule, by kind and type, the types that inherit it, directly or not.
 sub _heirs ($self, $blocks) {
-    my %block = map { ("$_->{kind}:" . ($_->{name}) => $_) } @$blocks;
+    my %block = map { +"$_->{kind}:$_->{name}" => $_ } @$blocks;
     my %heirs;
     for my $block (@$blocks) {
         my ($at, %passed) = ($block);
