@@ -72,14 +72,18 @@ sub run ($self) {
 
 =cut
 
-# What a renamed object takes along is found under its new path.
+# What a renamed object takes along is found under its new path; it comes
+# directly behind it.
 sub _run_step ($self, $step) {
     my $run   = $STEP{ $step->{'Action'} };
     my @paths = $self->_objects($step->{'Object Type'});
     while (defined(my $path = shift @paths)) {
         next if !$self->{database}->havePath($path);
         my $moved = $self->$run($path, $step) // next;
-        s{^\Q$path\E(?=/)}{$moved} for @paths;
+        for my $inside (@paths) {
+            last if index($inside, "$path/") != 0;
+            substr $inside, 0, length $path, $moved;
+        }
     }
     return;
 }

@@ -57,6 +57,29 @@ subtest 'rules are compiled once a load of libraries' => sub {
     is $model->compiled, $compiled + 1, 'but for libraries that are read again';
 };
 
+# An old set-up of so many fluids with three patches each.
+sub old_lines ($fluids) {
+    my @patches = map { ("PATCH: p$_", 'Patch Type = Inflow', 'Flow By = Mass', 'END') } 1 .. 3;
+    return ('LANGUAGE:', 'Version = 1.0', 'END', 'FLOW:',
+        (map { ("FLUID: f$_", 'Material = Water', @patches, 'END') } 1 .. $fluids), 'END');
+}
+
+subtest 'upgrades' => sub {
+    my %each;    # cost of one change, in microseconds
+    for my $fluids (200, 3_000) {
+        my $api   = with_libraries();
+        my $error = $api->parseVELData([ old_lines($fluids) ], 0);
+        die $error if $error;
+        my $changes = '';
+        my $taken   = seconds(sub { $changes = $api->updateSolverVEL });
+        my $number  = split /\n/, $changes;
+        cmp_ok $number, '>', 15 * $fluids, "$number changes";
+        $each{$fluids} = 1e6 * $taken / $number;
+        note sprintf '%6d changes: %.1f us each', $number, $each{$fluids};
+    }
+    cmp_ok $each{3_000}, '<', 3 * $each{200}, 'one of many costs what one of few does';
+};
+
 my $count = 10_000;
 
 # The seconds it takes to look at the blocks of this text; $path_of gives the
