@@ -178,7 +178,14 @@ QString askSaveFileName(QWidget *parent, const QString &title, const QString &pr
 
 int run(QDialog &dialog)
 {
-    return Application::hasFailed() ? QDialog::Rejected : dialog.exec();
+    if (Application::hasFailed())
+        return QDialog::Rejected;
+    const int result = dialog.exec();
+    // A window manager that sees a box and then its dialog close may still be
+    // giving the keys to the dialog, and would leave them nowhere.
+    if (QWidget *parent = dialog.parentWidget())
+        parent->activateWindow();
+    return result;
 }
 
 void setBoxAnswers(std::function<int(const MessageBox &)> answers)
