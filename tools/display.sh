@@ -17,8 +17,12 @@
 
 display_server='' display_manager='' display_program='' display_dir=''
 
+display_titles() {
+    xdotool search --onlyvisible --name . getwindowname %@ 2>/dev/null | tr '\n' ';'
+}
+
 display_fail() {
-    printf 'display: %s\n' "$*" >&2
+    printf 'display: %s; visible: %s\n' "$*" "$(display_titles)" >&2
     [ ! -s "$display_dir/program.log" ] || tail -n 20 -- "$display_dir/program.log" >&2
     exit 1
 }
@@ -27,7 +31,7 @@ display_fail() {
 display_until() {
     display_tries=$(($1 * 10)) display_what=$2
     shift 2
-    until "$@" >/dev/null 2>&1; do
+    until "$@" >/dev/null; do
         display_tries=$((display_tries - 1))
         [ "$display_tries" -gt 0 ] || display_fail "waited in vain until $display_what"
         sleep 0.1
@@ -60,6 +64,7 @@ display_is_numbered() {
 }
 
 display_is_managed() {
+    kill -0 "$display_manager" 2>/dev/null || display_fail "openbox has ended"
     xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'
 }
 
@@ -68,9 +73,10 @@ display_start() {
     trap display_stop EXIT
     trap 'exit 130' INT
     trap 'exit 143' TERM
-    # The server chooses a free number and writes it when it is ready. Its keys do
-    # not repeat, however long a busy machine takes to let them go.
-    Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp -r \
+    # The server chooses a free number and writes it when it is ready. It does not
+    # begin anew when a first, short-lived client goes, which would cut off the
+    # others; and its keys do not repeat, however late a busy machine lets them go.
+    Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp -noreset -r \
         3>"$display_dir/number" >"$display_dir/server.log" 2>&1 &
     display_server=$!
     display_until 30 "Xvfb answers" display_is_numbered
@@ -88,7 +94,7 @@ display_start() {
 
 display_has_window() {
     kill -0 "$display_program" 2>/dev/null || display_fail "it ended without showing a window"
-    xdotool search --onlyvisible --pid "$display_program"
+    xdotool search --onlyvisible --pid "$display_program" 2>/dev/null
 }
 
 display_open() {

@@ -12,7 +12,10 @@ END
 FILE
 break_rebuilds /SEALED:Box
 
-# to_failure: through the first errors, whose list stays open, to the failure.
+lists_of_errors() { xdotool search --onlyvisible --name '^Command File Errors$' | wc -l; }
+
+# to_failure: through the first errors, whose list stays open, to the failure. The
+# list is another one then: the question.
 to_failure() {
     open_editor 'Command File Validation Errors'
     press Return
@@ -21,6 +24,7 @@ to_failure() {
     await "$file"
     press ctrl+p
     await 'Command File Errors'
+    [ "$(lists_of_errors)" -eq 1 ] || fail "the dialog is still open"
 }
 
 to_failure

@@ -38,11 +38,7 @@ file=$folder/case.vel
 former=$display_dir/former.vel
 mkdir "$folder"
 
-fail() {
-    printf 'windows: %s\n' "$(xdotool search --onlyvisible --name . getwindowname %@ | tr '\n' ';')" >&2
-    display_fail "$@"
-}
-
+fail() { display_fail "$@"; }
 press() { display_press "$@"; }
 write() { display_write "$@"; }
 await() { display_await "$@"; }
@@ -82,7 +78,7 @@ select_row() {
 selection_place() {
     display_grab "$display_dir/look.png"
     convert "$display_dir/look.png" -fill black +opaque '#0000ff' -trim \
-        -format '%w %h %X %Y\n' info: |
+        -format '%w %h %X %Y\n' info: 2>/dev/null |
         awk '$1 > 10 && $2 > 5 { print $3 + 5, $4 + int($2 / 2); found = 1 } END { exit !found }'
 }
 

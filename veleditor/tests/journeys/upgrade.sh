@@ -21,12 +21,21 @@ press alt+q
 ends_well
 is_untouched
 
-# No, which is what Return says.
+# No, which is what Return says. The rows are those of the new data.
 open_editor 'Command File Updated.'
 press Return
 await "$file - Modified"
+press ctrl+f
+await Find
+write 'Run Mode'
+press Return Escape
+await "$file - Modified"
+press ctrl+e
+await 'Edit Parameter'
+enter_value 'Transient'
+await "$file - Modified"
 press ctrl+s
 await "$file"
-is_saved 's/Mode = Steady/Run Mode = Steady/; s/2.0/2.1/'
+is_saved 's/Mode = Steady/Run Mode = Transient/; s/2.0/2.1/'
 press ctrl+q
 ends_well
