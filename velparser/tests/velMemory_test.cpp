@@ -2,24 +2,32 @@
 // no exception leaves a public function.
 #include "velparser/tests/fakeParser.h"
 
-#include "velparser/api/velparser.h"
-
 #include <gtest/gtest.h>
+
+#include "velparser/api/velInstance_p.h"
+#include "velparser/api/velparser.h"
 
 #include <cstdlib>
 #include <functional>
 #include <new>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace {
 
 /// Allocations that still succeed; below zero: all.
 long allowed = -1;
 
+/// Whether one did not since this was last set.
+bool ranOut = false;
+
 void *allocate(std::size_t size)
 {
-    if (allowed == 0)
+    if (allowed == 0) {
+        ranOut = true;
         return nullptr;
+    }
     if (allowed > 0)
         --allowed;
     return std::malloc(size ? size : 1);
@@ -27,24 +35,25 @@ void *allocate(std::size_t size)
 
 } // namespace
 
-void *operator new(std::size_t size)
+// Inlined into a caller, one of them alone looks like a mismatch to the compiler.
+[[gnu::noinline]] void *operator new(std::size_t size)
 {
     if (void *memory = allocate(size))
         return memory;
     throw std::bad_alloc();
 }
 
-void *operator new(std::size_t size, const std::nothrow_t &) noexcept
+[[gnu::noinline]] void *operator new(std::size_t size, const std::nothrow_t &) noexcept
 {
     return allocate(size);
 }
 
-void operator delete(void *memory) noexcept
+[[gnu::noinline]] void operator delete(void *memory) noexcept
 {
     std::free(memory);
 }
 
-void operator delete(void *memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void *memory, std::size_t) noexcept
 {
     std::free(memory);
 }
@@ -62,8 +71,8 @@ sub readLibraries {
     return $_[0]{database}->loadVELData([ "FLOW: $name", "Parameter $name = $name", 'END' ]);
 }
 sub parseVELData { return $_[0]{database}->loadVELData($_[1]) }
-sub getAllowedParamStrings { @{$_[2]} = ('a value that is long enough for the heap') x 5; return }
-sub getAllowedParams { @{$_[2]} = ('a name that is long enough for the heap') x 5; return }
+sub getAllowedParamStrings { @{$_[2]} = ('a value that is long enough for the heap') x 8; return }
+sub getAllowedParams { @{$_[2]} = ('a name that is long enough for the heap') x 8; return }
 sub isParamEditable { VEL::Parser::Lite::cleanPath("/A / " . $_[1]); return 1 }
 1;
 )perl";
@@ -87,13 +96,72 @@ const std::string parameter = object + "/Parameter " + name;
 int failures(const std::function<void()> &call)
 {
     for (int count = 0;; ++count) {
+        ranOut = false;
         allowed = count;
         call();
-        const bool ranOut = allowed == 0;
         allowed = -1;
         if (!ranOut)
             return count;
     }
+}
+
+/// What the call says while it runs out, each text once.
+std::set<std::string> complaints(const std::function<const char *()> &call)
+{
+    std::set<std::string> said;
+    const char *message = nullptr;
+    for (int count = 0;; ++count) {
+        ranOut = false;
+        allowed = count;
+        message = call();
+        allowed = -1;
+        if (!ranOut)
+            return said;
+        said.insert(message ? message : "(null)");
+    }
+}
+
+/// The call without any memory.
+template <class Call>
+auto withNothing(Call call)
+{
+    allowed = 0;
+    auto result = call();
+    allowed = -1;
+    return result;
+}
+
+// The first test of all: from the second on there is an instance.
+TEST(VelMemoryFirst, AnInterpreterWithoutAnInstance)
+{
+    const char *error = nullptr;
+    int count = 0;
+    do {
+        allowed = count++;
+        error = velparser::startVELParser();
+        allowed = -1;
+    } while (error);
+    ASSERT_EQ(velparser::defaultInstance(), nullptr);
+
+    velStringList list;
+    const char *const line = "A = 1";
+    for (const std::function<const char *()> &call : std::vector<std::function<const char *()>>{
+             [] { return velparser::updateSolverVEL(); },
+             [] { return velparser::readVELLibraries(); },
+             [] { return velparser::loadVELFromFile("x", "vel"); },
+             [&] { return velparser::loadVELData(&line, 1); },
+             [&] { return velparser::getAllowedParamStrings("/A", &list); },
+             [&] { return velparser::getAllowedParams("/A", &list, 0); },
+         })
+        EXPECT_STREQ(withNothing(call), "Invalid (NULL) instance handle");
+    EXPECT_STREQ(withNothing([] { return velparser::setStringValue("/A", "1"); }),
+                 "setStringValue: error finding Lite API handle");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(withNothing([] { return velparser::isItemExpert("/A"); }), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "VEL API error: Invalid (NULL) instance handle\n");
+    EXPECT_STREQ(velparser::startVELParser(), nullptr);
+    EXPECT_NE(velparser::defaultInstance(), nullptr);
 }
 
 class VelMemory : public testing::Test
@@ -113,9 +181,14 @@ TEST_F(VelMemory, QuestionsAndChanges)
     for (int i = 0; i < 100; ++i)
         failures([] { (void)velparser::popPathH(); });
     failures([] { (void)velparser::isVELLibrary(object.c_str()); });
-    EXPECT_GT(failures([&] { (void)velparser::getAllowedParamStrings("/A", &list); }), 0);
-    EXPECT_GT(failures([&] { (void)velparser::getAllowedParams("/A", &list, 0); }), 0);
-    EXPECT_EQ(list.size(), 5u);
+    EXPECT_EQ(complaints([&] { return velparser::getAllowedParamStrings("/A", &list); }),
+              (std::set<std::string>{"getAllowedParamStrings: cannot malloc text",
+                                     "getAllowedParamStrings: cannot malloc (*text)[i]"}));
+    EXPECT_EQ(list.size(), 8u);
+    EXPECT_EQ(complaints([&] { return velparser::getAllowedParams("/A", &list, 0); }),
+              (std::set<std::string>{"getAllowedParams: cannot malloc text",
+                                     "getAllowedParams: cannot malloc (*text)[i]"}));
+    EXPECT_EQ(list.size(), 8u);
     std::vector<velChildInfo> children;
     std::vector<velGroupInfo> groups;
     failures([&] { (void)velparser::getChildList(object.c_str(), &children, &groups); });
@@ -140,7 +213,10 @@ TEST_F(VelMemory, Loading)
 
 TEST_F(VelMemory, Validation)
 {
-    EXPECT_GT(failures([] { (void)velparser::validateVELDataH(); }), 0);
+    const std::set<std::string> said = complaints(velparser::validateVELDataH);
+    EXPECT_EQ(said.count("initValidationData: memory error"), 1u);
+    EXPECT_EQ(said.count("velValidationDriver: memory error"), 1u);
+    EXPECT_EQ(said.count("(null)"), 0u);
     EXPECT_GT(failures([] { (void)velparser::validateVELObjectH(object.c_str()); }), 0);
     EXPECT_GT(failures([] { (void)velparser::validateParameter(parameter.c_str()); }), 0);
     EXPECT_STREQ(velparser::validateParameter(parameter.c_str()),
