@@ -121,6 +121,47 @@ for my $name (sort keys %usage) {
     }
 }
 
+# Whatever stands where a text or a number is due is taken as one.
+{
+    my %odd = (
+        undef         => undef,
+        'a wide text' => "/\x{20ac}",
+        'a NUL'       => "/FLOW\0/A",
+        'a long text' => '/x' x 50_000,
+        'an array'    => [],
+        'a glob'      => \*STDOUT,
+        'a pattern'   => qr/x/,
+        'a huge one'  => 1e300,
+        'no number'   => 'nan',
+    );
+    my $is_output = qr/^(?:self|array|data|value|childInfo|groupInfo|args)$/;
+    my @told;
+    local $SIG{__WARN__} = sub { push @told, $_[0] if $_[0] !~ /isn't numeric in subroutine entry/ };
+    for my $name (sort grep { !/^(?:NEW|DESTROY)$/ } keys %usage) {
+        my @words = $usage{$name} =~ /\w+/g;
+        my $gives_value = $name =~ /^get(?:String|Integer|Logical)Value$/;
+        my @positions = grep { $words[$_] !~ $is_output || ($words[$_] eq 'value' && !$gives_value) } 0 .. $#words;
+        for my $position (@positions) {
+            for my $kind (sort keys %odd) {
+                my $object = VEL::Parser::Lite::NEW();
+                $object->loadVELData([ 'FLOW:', 'A = 1', 'END' ]);
+                my @arguments = map {
+                          $_ eq 'self' ? $object
+                        : $_ eq 'value' && $gives_value ? \my $value
+                        : /^(?:array|data|childInfo|groupInfo|args)$/ ? []
+                        : '/FLOW/A'
+                } @words;
+                $arguments[$position] = $odd{$kind};
+                is died(sub { VEL::Parser::Lite->can($name)->(@arguments) }), 'lived',
+                    "$name with $kind for $words[$position]";
+                is $object->havePath('/FLOW/A'), 1, '... and the object is whole'
+                    if $name !~ /^(?:change|push)Path|^delete/;
+            }
+        }
+    }
+    is "@told", '', 'without warnings';
+}
+
 my $pod = slurp($INC{'VEL/Parser/Lite.pm'});
 my %documented;
 while ($pod =~ /^=item C<< (\$data->|VEL::Parser::Lite::)(\w+)\((.*)\) >>$/mg) {
