@@ -21,7 +21,10 @@ done
 for path in share/veleditor/perl/API.pm share/veleditor/perl/VEL/embeddedParserInit.pl \
     share/veleditor/perl/auto/VEL/Parser/Lite/Lite.so share/veleditor/libraries/rules.vel \
     share/veleditor/etc/icons/ZOT.png share/veleditor/etc/version \
-    share/applications/veleditor.desktop; do
+    share/applications/veleditor.desktop share/man/man1/veleditor.1 share/man/man1/veledit.1 \
+    share/man/man1/veltool.1 share/man/man5/vel.5 share/bash-completion/completions/veltool \
+    share/bash-completion/completions/veledit share/zsh/site-functions/_veltool \
+    share/zsh/site-functions/_veledit; do
     expect "$path is there" yes "$([ -f "$prefix/$path" ] && echo yes)"
 done
 if [ -x "$VEL_BUILD_DIR/bin/velhelp" ]; then

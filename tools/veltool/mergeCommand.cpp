@@ -53,7 +53,7 @@ public:
             ->type_name("NAME");
         app.add_option("--marker-size", markerSize_, "Length of conflict markers (7)")
             ->type_name("N")
-            ->check(CLI::Range(1, longestMarker));
+            ->check(CLI::Range(1, longestMarker).description(""));
     }
 
     int run(const Words &words) override

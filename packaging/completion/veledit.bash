@@ -1,0 +1,2 @@
+# Completion of veledit for bash.
+complete -f -W -safe veledit
