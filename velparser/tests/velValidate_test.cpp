@@ -301,6 +301,37 @@ TEST_F(VelValidate, WhoKeepsTheDatabaseIsLeftWithNothing)
     EXPECT_EQ(perl("undef $VEL::Validate::kept; 'gone'"), "gone");
 }
 
+TEST_F(VelValidate, AValidatorThatEndsItsObject)
+{
+    velHandlePtr data = load({"A:", "END"});
+    setUp("$during = sub { my ($d, $path) = @_; $d->DESTROY if $path eq '/A' }");
+    constexpr char refused[] = "validateVELDataLTH: Internal error calling validateObject: "
+                               "self is not of type VEL::Parser::Lite at ";
+    EXPECT_EQ(validated(data.get()).substr(0, sizeof refused - 1), refused);
+    EXPECT_EQ(havePath(data.get(), "/A"), 1);
+    setUp("$during = undef");
+    EXPECT_EQ(validated(data.get()).substr(0, sizeof refused - 1), refused);
+    data.reset();
+}
+
+TEST_F(VelValidate, AValidatorThatIsNoObject)
+{
+    const velHandlePtr data = load({"A:", "END"});
+    setUp("$new = sub { 'NoSuchPackage' }");
+    const std::string said = validated(data.get());
+    EXPECT_EQ(said.substr(0, 59), "validateVELDataLTH: Internal error calling validateObject: ");
+    EXPECT_NE(said.find("\"NoSuchPackage\""), std::string::npos) << said;
+}
+
+TEST_F(VelValidate, AResultOfZeroIsAFinding)
+{
+    const velHandlePtr data = load({"A:", "END"});
+    setUp("%finding = ('/A' => 0)");
+    EXPECT_STREQ(velparser::callValidationMethod(data.get(), "validateParam", {"/A"}), "0");
+    setUp("%finding = ('/A' => '')");
+    EXPECT_STREQ(velparser::callValidationMethod(data.get(), "validateParam", {"/A"}), nullptr);
+}
+
 TEST_F(VelValidate, AValidatorMayUseTheDatabaseAsItGoes)
 {
     velHandlePtr data = load({"A:", "END"});
