@@ -189,7 +189,10 @@ void velPathTable::remove(velNode *node)
 {
     flush();
     forget(node);
-    longNode_ = nullptr;
+    if (node == longNode_) {
+        longNode_ = node->parent->isRoot() ? nullptr : node->parent;
+        longPath_.resize(longNode_ == nullptr ? 0 : longNode_->pathLength);
+    }
     velNode **place = &buckets_[hashOf(function_, node)];
     while (*place != node) {
         place = &(*place)->bucketNext;
@@ -203,6 +206,7 @@ void velPathTable::detach(velNode *node)
 {
     detached_.push_back(node);
     memo_.clear();
+    longNode_ = nullptr; // it may be below
 }
 
 /// The tree is walked without recursion, parents first, so that each child
