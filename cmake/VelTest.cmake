@@ -43,7 +43,7 @@ function(vel_test_environment name)
         "XDG_RUNTIME_DIR=${VEL_TEST_RUNTIME}"
         "ZOT5_VEL_PARSER=${CMAKE_BINARY_DIR}/perl"
         "ZOT5_VEL_LIBSDIR=${CMAKE_BINARY_DIR}/libraries"
-        "ZOT5_VEL_LIBS=rules.vel"
+        "ZOT5_VEL_LIBS=rules.vel\\;upgrades.vel"
         "ZOT5ROOT=${CMAKE_BINARY_DIR}"
         "ZOTBUILDID=test"
         "ZOT_HELP_DIR=${CMAKE_BINARY_DIR}/help"
