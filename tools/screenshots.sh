@@ -1,73 +1,268 @@
 #!/bin/sh
 # Makes the pictures of the documents anew: the real editor, with a real set-up
-# open, on a virtual display. Called by ./dev screenshots from the root of the
-# tree, with build/ built.
+# open, on a virtual display; then the same pictures as they look on a screen of
+# twice the density and in dark colours, to be looked at for what is cut off or
+# cannot be read. Called by ./dev screenshots from the root of the tree, with
+# build/ built; VEL_BUILD_DIR names another build.
+#
+#   tools/screenshots.sh [VARIANT...]     plain double dark dark-double; all of them
+#
+# The plain ones go to docs/images, the others to screenshots/ of the build.
 set -eu
 # shellcheck source=tools/display.sh
 . ./tools/display.sh
 
-images=${1:-docs/images}
-mkdir -p "$images"
-display_start 1100x800
-work=$display_dir
+root=$(pwd -P)
+VEL_BUILD_DIR=${VEL_BUILD_DIR:-$root/build}
+LC_ALL=C.UTF-8
+export VEL_BUILD_DIR LC_ALL
 
-# Keys go to the window that has the focus.
-press() {
-    xdotool key --delay 60 "$@"
-}
+# --- Taking pictures -----------------------------------------------------------
 
-write() {
-    xdotool type --delay 30 "$1"
-}
-
-# picture NAME: the active window with its frame, cut out of the whole screen.
-picture() {
-    display_picture "$work/screen.png"
-    window=$(xdotool getactivewindow) || display_fail "no window has the focus for $1"
-    # The frame adds so much: left, right, top, bottom.
-    area=$({
-        xwininfo -id "$window"
-        xprop -id "$window" _NET_FRAME_EXTENTS | tr , ' '
+# The area of a window with its frame, as WIDTHxHEIGHT+X+Y.
+window_area() {
+    {
+        xwininfo -id "$1"
+        xprop -id "$1" _NET_FRAME_EXTENTS | tr , ' '
     } | awk '
         /Absolute upper-left X:/ { x = $NF }
         /Absolute upper-left Y:/ { y = $NF }
         /Width:/ { width = $NF }
         /Height:/ { height = $NF }
         /_NET_FRAME_EXTENTS.*=/ { left = $(NF - 3); right = $(NF - 2); top = $(NF - 1); bottom = $NF }
-        END { print width + left + right "x" height + top + bottom "+" x - left "+" y - top }')
-    convert "$work/screen.png" -crop "$area" +repage -strip \
-        -define png:exclude-chunks=date,time "$images/$1.png"
+        END { print width + left + right "x" height + top + bottom "+" x - left "+" y - top }'
+}
+
+# picture NAME [PART]: the window that has the keys, cut out of the whole screen,
+# with what covers it; or a part of it, from its upper left, as 50%x50%. Few
+# colours are enough, and keep the files small.
+picture() {
+    display_picture "$display_dir/screen.png"
+    window=$(xdotool getactivewindow) || display_fail "no window has the keys for $1"
+    convert "$display_dir/screen.png" -crop "$(window_area "$window")" +repage \
+        -crop "${2:-100%x100%}+0+0" +repage -strip +dither -colors 255 \
+        -define png:exclude-chunks=date,time "PNG8:$images/$1.png"
     printf '%s\n' "$images/$1.png"
 }
 
-# open_example FILE: in a folder of its own, so that its name is short in the
-# title, and nothing changes the example.
+# --- Using the editor -------------------------------------------------------------
+
+# open_example FILE TITLE: in a folder of its own, so that its name is short in
+# the title, and nothing changes the example. TITLE is the first window to wait for.
 open_example() {
-    cp -- "examples/$1" "$work/$1"
-    launcher=$(pwd -P)/veledit
-    cd -- "$work"
-    display_open "$launcher" "$1"
-    cd -- "$OLDPWD"
+    mkdir -p "$display_dir/case"
+    cp -- "$root/examples/$1" "$display_dir/case/$1"
+    cd -- "$display_dir/case"
+    display_open "$root/veledit" "$1"
+    cd -- "$root"
+    display_await "$2"
     display_settle
 }
 
-# All of the last object, FLOW, and in it one of the boundaries, with rows
-# before and behind it on the screen.
-open_example duct.vel
-press Home End asterisk ctrl+f
-write 'BOUNDARY : Room A'
-picture find
-press Return Escape
-press --repeat 13 Down
-press --repeat 12 Up
-picture editor
-press ctrl+e
-picture edit-parameter
-display_close
+# find TEXT TITLE: selects the first row that holds the text. TITLE is the main
+# window's, which then has the keys again.
+find() {
+    display_press Home ctrl+f
+    display_await Find
+    display_press ctrl+a
+    display_write "$1"
+    display_press Return Escape
+    display_await "$2"
+}
 
-open_example mistakes.vel
-picture findings-question
-press Return
-picture findings
+# opened NAME KEYS TITLE: presses the keys, waits for that window, takes its picture.
+opened() {
+    display_press "$2"
+    display_await "$3"
+    picture "$1"
+}
 
-display_stop
+# closed TITLE: Escape closes the window; the one of that title has the keys again.
+closed() {
+    display_press Escape
+    display_await "$1"
+}
+
+# menu LETTER NAME: an open menu, with what is around it.
+menu() {
+    display_press "alt+$1"
+    picture "menu-$2" 46%x32%
+    display_press Escape Escape
+}
+
+# --- What is taken ------------------------------------------------------------------
+
+# What a sound set-up shows, without changing it.
+sound_file() {
+    open_example duct.vel duct.vel
+
+    menu f file
+    menu e edit
+    menu h help
+
+    # All of the flow object, and one of its boundaries amid the screen.
+    display_press Home End asterisk ctrl+f
+    display_await Find
+    display_write 'BOUNDARY : Room A'
+    picture find
+    display_press Return Escape
+    display_await duct.vel
+    display_press --repeat 13 Down
+    display_press --repeat 12 Up
+    picture editor
+
+    opened edit-parameter ctrl+e 'Edit Parameter'
+    closed duct.vel
+    opened add-listed ctrl+a 'Add Parameter'
+    closed duct.vel
+    opened delete ctrl+d 'Deleting Parameter'
+    display_press alt+c
+    display_await duct.vel
+    opened validated ctrl+v 'Validation Successful'
+    closed duct.vel
+
+    find 'EXPRESSIONS :' duct.vel
+    display_press ctrl+a
+    display_await 'Add Parameter'
+    display_write 'Night Share'
+    display_press Tab
+    display_write '0.3 * Air Change'
+    picture add-free
+    closed duct.vel
+    find 'Remark' duct.vel
+    opened edit-text ctrl+e 'Edit Parameter'
+    closed duct.vel
+    display_press Home
+    opened add-none ctrl+a 'Add Parameter'
+    closed duct.vel
+    display_press ctrl+f
+    display_await Find
+    display_press ctrl+a
+    display_write 'no such words'
+    display_press Return
+    display_await 'Not Found'
+    picture not-found
+    closed Find
+    closed duct.vel
+    display_close
+}
+
+expert_section() {
+    open_example heat-exchanger.vel heat-exchanger.vel
+    changed='heat-exchanger.vel - Modified'
+    display_press ctrl+p
+    display_await "$changed"
+    find 'EXPERT PARAMETERS' "$changed"
+    display_press ctrl+a
+    display_await 'Add Parameter'
+    display_press ctrl+a
+    display_write 'Random Seed'
+    display_press Tab
+    display_write 17
+    display_press alt+o
+    display_await "$changed"
+    picture expert-section
+    opened expert-twice ctrl+p 'Add Expert Parameter Section'
+    closed "$changed"
+    opened close-question ctrl+q 'Unsaved Changes'
+    display_close
+}
+
+findings() {
+    open_example mistakes.vel 'Command File Validation Errors'
+    picture findings-question
+    display_press Return
+    display_await 'Command File Errors'
+    picture findings
+    closed mistakes.vel
+    opened save-errors ctrl+s 'Command File Errors'
+    display_close
+}
+
+old_file() {
+    open_example old-version.vel 'Command File Updated.'
+    picture upgrade-question
+    display_press alt+y
+    display_await 'VEL Upgrade Messages'
+    picture upgrade
+    display_close
+}
+
+help_viewer() {
+    open_example duct.vel duct.vel
+    find 'BOUNDARY : Room A' duct.vel
+    display_press F1
+    display_await 'BOUNDARY - Help'
+    picture help
+    display_close
+}
+
+# --- The variants -----------------------------------------------------------------
+
+# Dark colours come from the desktop's settings, in the one form that the toolkit
+# reads without a plug-in.
+dark_desktop() {
+    XDG_CONFIG_HOME=$display_dir/config
+    QT_QPA_PLATFORMTHEME=kde KDE_SESSION_VERSION=5
+    export XDG_CONFIG_HOME QT_QPA_PLATFORMTHEME KDE_SESSION_VERSION
+    mkdir -p "$XDG_CONFIG_HOME"
+    cat >"$XDG_CONFIG_HOME/kdeglobals" <<'END'
+[KDE]
+widgetStyle=Fusion
+
+[Colors:Window]
+BackgroundNormal=42,46,50
+ForegroundNormal=252,252,252
+
+[Colors:View]
+BackgroundNormal=27,30,32
+BackgroundAlternate=35,38,41
+ForegroundNormal=252,252,252
+ForegroundLink=29,153,243
+ForegroundVisited=155,89,182
+
+[Colors:Button]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+
+[Colors:Selection]
+BackgroundNormal=61,174,233
+ForegroundNormal=252,252,252
+
+[Colors:Tooltip]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+END
+}
+
+# variant NAME, in a process of its own: settings and display end with it.
+variant() (
+    images=$VEL_BUILD_DIR/screenshots/$1
+    screen=1100x800
+    case $1 in
+    plain) images=docs/images ;;
+    esac
+    case $1 in
+    *double)
+        screen=2200x1600
+        QT_SCALE_FACTOR=2
+        export QT_SCALE_FACTOR
+        ;;
+    esac
+    mkdir -p "$images"
+    display_start "$screen"
+    case $1 in
+    dark*) dark_desktop ;;
+    esac
+    sound_file
+    expert_section
+    findings
+    old_file
+    help_viewer
+    display_stop
+)
+
+[ $# -gt 0 ] || set -- plain double dark dark-double
+for name; do
+    variant "$name"
+done
