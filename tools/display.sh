@@ -82,8 +82,9 @@ display_start() {
     display_until 30 "Xvfb answers" display_is_numbered
     DISPLAY=:$(cat "$display_dir/number")
     QT_QPA_PLATFORM=xcb
-    XDG_RUNTIME_DIR=$display_dir # the toolkit complains without one
-    export DISPLAY QT_QPA_PLATFORM XDG_RUNTIME_DIR
+    XDG_RUNTIME_DIR=$display_dir       # the toolkit complains without one
+    DBUS_SESSION_BUS_ADDRESS=disabled: # a desktop's message bus is none of ours
+    export DISPLAY QT_QPA_PLATFORM XDG_RUNTIME_DIR DBUS_SESSION_BUS_ADDRESS
     if command -v openbox >/dev/null 2>&1; then
         openbox --sm-disable >"$display_dir/manager.log" 2>&1 &
         display_manager=$!
