@@ -49,7 +49,8 @@ public:
     bool tracing() const;
 
 private:
-    void format_and_deliver(const char *reason, const char *format, va_list arguments) const;
+    void format_and_deliver(const char *reason, const char *format, va_list arguments) const
+        IO_PRINTF(3, 0);
     void deliver(std::string_view text) const; ///< NUL-terminated
     void put_trace(std::string text) const;
 

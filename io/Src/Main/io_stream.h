@@ -57,6 +57,8 @@ private:
     bool fill();
     std::size_t take(char *to, std::size_t bytes);
     std::size_t read_straight(char *to, std::size_t bytes);
+    bool gather(const void *from, std::size_t bytes);
+    bool write_straight(const void *from, std::size_t bytes);
     std::size_t buffered() const;
     const char *next() const { return buffer_.get() + (position_ - start_); }
     void forget();
