@@ -77,10 +77,10 @@ private:
         loadVel();
         const std::int64_t kept = residentBytes() - before;
         const double each = static_cast<double>(kept) / static_cast<double>(parameters_);
-        std::printf("%-22s %10.1f bytes a parameter", "memory", each);
         if (parameters_ >= largeTree)
-            std::printf("   aim 200%s", each > 200 ? "   MISSED" : "");
-        std::printf("\n");
+            reportValues("memory of a parameter", each, "limit", 200, "B", 1);
+        else
+            reportAlone("memory of a parameter", each, "B");
     }
 
     void load()

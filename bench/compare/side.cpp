@@ -9,30 +9,63 @@ namespace velBench {
 
 namespace {
 
-constexpr int rounds = 7;
+constexpr int usualRounds = 7;
+constexpr double milliseconds = 1e3;
+
+void printAim(double ratio, double aim)
+{
+    if (aim > 0)
+        std::printf("  %5.2f  %s\n", aim, ratio <= aim ? "met" : "MISSED");
+    else
+        std::printf("\n");
+    // Whoever waits for a long comparison sees each line as it comes.
+    std::fflush(stdout);
+}
 
 } // namespace
 
 void compare(const std::vector<Side *> &sides)
 {
+    compare(sides, usualRounds, now);
+}
+
+void compare(const std::vector<Side *> &sides, int rounds, Clock clock)
+{
     for (int round = 0; round < rounds; ++round) {
         for (Side *side : sides) {
             side->reset();
-            const double start = now();
+            const double start = clock();
             side->work();
-            side->best = std::min(side->best, now() - start);
+            side->best = std::min(side->best, clock() - start);
         }
     }
 }
 
-void report(const char *what, const Side &ours, const char *other, const Side &theirs, double aim)
+void report(const std::string &what, const Side &ours, const std::string &other, const Side &theirs,
+            double aim)
 {
-    const double ratio = ours.best / theirs.best;
-    std::printf("%-22s %10.6f s   %-22s %10.6f s   ratio %5.2f", what, ours.best, other,
-                theirs.best, ratio);
-    if (aim > 0)
-        std::printf("   aim %.2f%s", aim, ratio > aim ? "   MISSED" : "");
-    std::printf("\n");
+    reportValues(what, ours.best * milliseconds, other, theirs.best * milliseconds, "ms", aim);
+}
+
+void reportValues(const std::string &what, double ours, const std::string &other, double theirs,
+                  const char *unit, double aim)
+{
+    const double ratio = ours / theirs;
+    std::printf("%-34s %12.3f %-3s %-26s %12.3f %-3s %7.3f", what.c_str(), ours, unit,
+                other.c_str(), theirs, unit, ratio);
+    printAim(ratio, aim);
+}
+
+void reportAlone(const std::string &what, double value, const char *unit)
+{
+    std::printf("%-34s %12.3f %-3s\n", what.c_str(), value, unit);
+    std::fflush(stdout);
+}
+
+void reportHeading()
+{
+    std::printf("%-34s %16s %-26s %16s %7s  %5s\n", "what", "ours", "beside", "theirs", "ratio",
+                "aim");
 }
 
 } // namespace velBench

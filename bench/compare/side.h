@@ -1,8 +1,9 @@
-// Two sides of a comparison, taken in turn.
+// Two sides of a comparison, taken in turn, and the table of results.
 #pragma once
 
 #include <functional>
 #include <limits>
+#include <string>
 #include <vector>
 
 namespace velBench {
@@ -15,11 +16,27 @@ struct Side
     double best = std::numeric_limits<double>::max();
 };
 
+/// Seconds of some clock.
+using Clock = double (*)();
+
 /// Runs all sides in turn, several times, so that a busy moment of the machine
 /// hits them alike, and keeps the best of each.
 void compare(const std::vector<Side *> &sides);
+void compare(const std::vector<Side *> &sides, int rounds, Clock clock);
 
-/// Prints both times, their ratio, and whether it is within the aim (0: none).
-void report(const char *what, const Side &ours, const char *other, const Side &theirs, double aim);
+/// A line of the table: the two times, their ratio, the ratio that is aimed at
+/// (0: none) and whether it was met.
+void report(const std::string &what, const Side &ours, const std::string &other, const Side &theirs,
+            double aim);
+
+/// The same for what is no time; the ratio is ours to theirs.
+void reportValues(const std::string &what, double ours, const std::string &other, double theirs,
+                  const char *unit, double aim);
+
+/// A value without anything beside it.
+void reportAlone(const std::string &what, double value, const char *unit);
+
+/// The line above the table.
+void reportHeading();
 
 } // namespace velBench

@@ -1,7 +1,8 @@
-// velcompare tree DIR PARAMETERS and velcompare perl: our code beside that of
-// others in one process. Each side is taken in turn, several times; printed are
-// the best of each, their ratio and the ratio aimed at.
+// velcompare: our code beside that of others in one process. Each side is taken in
+// turn, several times; a line of the table gives the best of each, their ratio,
+// the ratio aimed at and whether it was met.
 #include "bench/compare/comparisons.h"
+#include "bench/compare/side.h"
 #include "bench/velbench/measure.h"
 #include "tools/veltool/programPlace.h"
 
@@ -14,7 +15,12 @@ namespace {
 
 int usage()
 {
-    std::fputs("usage: velcompare tree DIR PARAMETERS\n       velcompare perl\n", stderr);
+    std::fputs("usage: velcompare heading\n"
+               "       velcompare tree DIR PARAMETERS\n"
+               "       velcompare perl\n"
+               "       velcompare containers DIR\n"
+               "       velcompare growth DIR\n",
+               stderr);
     return 2;
 }
 
@@ -24,8 +30,14 @@ int main(int count, char **words)
 {
     const std::vector<std::string> arguments(words + 1, words + count);
     try {
-        if (arguments.size() == 3 && arguments[0] == "tree")
+        if (arguments.size() == 1 && arguments[0] == "heading")
+            velBench::reportHeading();
+        else if (arguments.size() == 3 && arguments[0] == "tree")
             velBench::compareTrees(arguments[1], std::stoull(arguments[2]));
+        else if (arguments.size() == 2 && arguments[0] == "containers")
+            velBench::compareContainers(arguments[1]);
+        else if (arguments.size() == 2 && arguments[0] == "growth")
+            velBench::compareGrowth(arguments[1]);
         else if (arguments.size() == 1 && arguments[0] == "perl") {
             veltool::completeEnvironment();
             velBench::comparePerl();
