@@ -91,6 +91,24 @@ TEST_F(VelbenchTest, CallsPerl)
     EXPECT_EQ(measure("perl.method")["params"], 200000);
 }
 
+TEST_F(VelbenchTest, Validates)
+{
+    const std::string example =
+        std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/minimal.vel";
+    for (const std::string name : {"rules.cold", "rules.validate"}) {
+        const auto result = measure(name + ' ' + example);
+        EXPECT_EQ(result["name"], name);
+        EXPECT_GT(result["bytes"], 100);
+        EXPECT_GT(result["params"], 2);
+    }
+    EXPECT_GT(measure("rules.cold " + example)["rss"], 1000000);
+    EXPECT_EQ(measure("rules.edit " + example + " /FLOW/DOMAIN:Tank/Kind")["params"], 1);
+    EXPECT_EQ(runBench("rules.edit " + example + " /FLOW/None").status, 2);
+    const ToolRun missing = runBench("rules.cold " + folder_.path("missing"));
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_EQ(missing.out, "");
+}
+
 TEST_F(VelbenchTest, OpensTheEditor)
 {
     const std::string example =

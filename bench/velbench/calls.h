@@ -36,6 +36,10 @@ Result dsLocate(const Arguments &arguments);
 Result perlCall(const Arguments &arguments);
 Result perlMethod(const Arguments &arguments);
 
+Result rulesCold(const Arguments &arguments);
+Result rulesValidate(const Arguments &arguments);
+Result rulesEdit(const Arguments &arguments);
+
 Result editorOpen(const Arguments &arguments);
 
 /// Parameters of a VEL file, counted natively.

@@ -27,6 +27,11 @@ constexpr Call calls[] = {
     {"perl.call", "", 0, 0, "200,000 calls of an empty method through the bridge",
      velBench::perlCall},
     {"perl.method", "", 0, 0, "200,000 calls of cleanPath from Perl", velBench::perlMethod},
+    {"rules.cold", "FILE", 1, 1, "interpreter start to findings, in a fresh process",
+     velBench::rulesCold},
+    {"rules.validate", "FILE", 1, 1, "validate all that is loaded", velBench::rulesValidate},
+    {"rules.edit", "FILE PATH", 2, 2, "give a parameter a value and validate again",
+     velBench::rulesEdit},
     {"editor.open", "FILE", 1, 1, "process start to tree shown, offscreen", velBench::editorOpen},
 };
 
