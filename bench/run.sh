@@ -2,44 +2,89 @@
 # Builds and runs every measurement. Usage: bench/run.sh [BUILD-DIR]
 #
 # BUILD-DIR (default: build-bench beside the sources) is configured for release
-# with VEL_BENCH; the generated trees stand in its folder bench-data.
+# with VEL_BENCH; generated data stands in its folder bench-data. Every
+# measurement is a line of bench-data/velbench.json; standard output has one
+# table: what is compared with something else, or has a limit, with the ratio,
+# the ratio aimed at and whether it was met, and the plain times.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$root/build-bench}
-jobs=$(nproc)
-
-cmake -G Ninja -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVEL_TESTS=OFF -DVEL_BENCH=ON
-ninja -C "$build" -j "$jobs" velbench velgenerate velcompare perl_packages rule_libraries
-
 data=$build/bench-data
+results=$data/velbench.json
+table=$data/table.txt
+
+say() { printf 'bench: %s\n' "$*" >&2; }
+
+quietly() {
+    log=$1
+    shift
+    "$@" >"$log" 2>&1 || {
+        tail -n 40 "$log" >&2
+        say "failed: $*"
+        exit 1
+    }
+}
+
+# table COMMAND...: the lines that it prints are lines of the table. Not piped,
+# so that its failure is ours.
+table() {
+    say "${1##*/} ${2:-} ${3:-}"
+    "$@" >"$data/part.txt"
+    cat "$data/part.txt"
+    cat "$data/part.txt" >>"$table"
+}
+
+# measure NAME ARGUMENTS...: a measurement by velbench, with its time in the table.
+measure() {
+    say "$*"
+    "$build/bin/velbench" "$@" >"$data/result.json"
+    cat "$data/result.json" >>"$results"
+    milliseconds=$(sed -n 's/.*"seconds":\([0-9.]*\).*/\1/p' "$data/result.json" |
+        awk '{ printf "%.3f", $1 * 1000 }')
+    subject=${2:-}
+    printf '%-34s %12s ms\n' "$1 ${subject##*/}" "$milliseconds" >"$data/part.txt"
+    cat "$data/part.txt"
+    cat "$data/part.txt" >>"$table"
+}
+
 mkdir -p "$data"
+: >"$results"
+: >"$table"
+say "building in $build"
+quietly "$data/configure.log" cmake -G Ninja -S "$root" -B "$build" \
+    -DCMAKE_BUILD_TYPE=Release -DVEL_TESTS=OFF -DVEL_BENCH=ON
+quietly "$data/build.log" ninja -C "$build" -j "$(nproc)" \
+    velbench velgenerate velcompare perl_packages rule_libraries
+
+table "$build/bin/velcompare" heading
+
 for size in 50000 1000000; do
-    "$build/bin/velgenerate" "$size" "$data"
     tree=$data/tree-$size
-    echo "# $size parameters"
-    "$build/bin/velbench" vel.parse "$tree.vel"
-    "$build/bin/velbench" vel.format "$tree.vel"
-    "$build/bin/velbench" vel.lookup "$tree.vel" "$tree.paths"
-    "$build/bin/velcompare" tree "$data" "$size"
+    quietly "$data/generate.log" "$build/bin/velgenerate" "$size" "$data"
+    measure vel.parse "$tree.vel"
+    measure vel.format "$tree.vel"
+    measure vel.lookup "$tree.vel" "$tree.paths"
+    table "$build/bin/velcompare" tree "$data" "$size"
 done
 
-echo "# Perl"
-"$build/bin/velbench" perl.call
-"$build/bin/velbench" perl.method
-"$build/bin/velcompare" perl
-
-echo "# The rules: 2,000, 20,000 and 200,000 lines"
-for lines in 2000 20000 200000; do
-    rooms=$data/rooms-$lines.vel
-    perl "$root/examples/make-large.pl" "$lines" >"$rooms"
-    "$build/bin/velbench" rules.cold "$rooms"
-    "$build/bin/velbench" rules.validate "$rooms"
-    "$build/bin/velbench" rules.edit "$rooms" \
-        '/FLOW/DOMAIN:Room 7/BOUNDARY:Supply 7/THROUGHFLOW/Mass Flow Rate'
+for call in write.raw read.raw write.z5 read.z5 append open locate; do
+    measure "ds.$call" "$data"
 done
+table "$build/bin/velcompare" containers "$data"
+table "$build/bin/velcompare" growth "$data"
 
-echo "# The editor"
+measure perl.call
+measure perl.method
+table "$build/bin/velcompare" perl
+
+
+# What the editor can do grows; all of it is measured.
+calls=$("$build/bin/velbench" --help | sed -n 's/^ *\(editor\.[a-z]*\) .*/\1/p')
 for file in "$root"/examples/*.vel; do
-    echo "# $(basename "$file")"
-    "$build/bin/velbench" editor.open "$file"
+    for call in $calls; do
+        measure "$call" "$file"
+    done
 done
+
+awk '/ met$/ { met++ } / MISSED$/ { missed++ }
+    END { printf "\n%d aims met, %d missed\n", met, missed }' "$table"
