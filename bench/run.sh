@@ -77,10 +77,17 @@ measure perl.call
 measure perl.method
 table "$build/bin/velcompare" perl
 
+for lines in 2000 20000 200000; do
+    rooms=$data/rooms-$lines.vel
+    perl "$root/examples/make-large.pl" "$lines" >"$rooms"
+    measure rules.cold "$rooms"
+    measure rules.validate "$rooms"
+    measure rules.edit "$rooms" '/FLOW/DOMAIN:Room 7/BOUNDARY:Supply 7/THROUGHFLOW/Mass Flow Rate'
+done
 
 # What the editor can do grows; all of it is measured.
 calls=$("$build/bin/velbench" --help | sed -n 's/^ *\(editor\.[a-z]*\) .*/\1/p')
-for file in "$root"/examples/*.vel; do
+for file in "$root"/examples/*.vel "$data/rooms-20000.vel"; do
     for call in $calls; do
         measure "$call" "$file"
     done
