@@ -290,6 +290,20 @@ TEST_F(MergeTest, AFileThatCannotBeReadIsAFailureAndNothingIsWritten)
     }
 }
 
+TEST_F(MergeTest, SurvivesEveryTruncationAndDamage)
+{
+    const std::string theirs = with(base, "0.5", "0.7");
+    for (std::size_t length = 0; length < base.size(); length += 3) {
+        std::string damaged = base.substr(0, length);
+        EXPECT_LE(merge(damaged, theirs).status, 2) << length;
+        damaged = base;
+        damaged[length] = static_cast<char>(damaged[length] ^ 0x44);
+        const ToolRun run = merge(theirs, damaged);
+        EXPECT_LE(run.status, 2) << length;
+        EXPECT_EQ(run.out.empty(), run.status == 2) << length << run.err;
+    }
+}
+
 TEST_F(MergeTest, AShortWriteAndMisuseAreFailures)
 {
     const std::string b = folder_.write("b", "x = 1\n");

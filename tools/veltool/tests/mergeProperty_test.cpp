@@ -1,5 +1,6 @@
 // merge on random versions of random files, held against a plain model: the
 // values by path.
+#include "tools/veltool/tests/randomText.h"
 #include "tools/veltool/tests/toolRun.h"
 
 #include <gtest/gtest.h>
@@ -301,6 +302,66 @@ TEST_P(MergeProperty, HoldsOnRandomEdits)
         EXPECT_EQ(merge(base, ours, ours).out, ours);
     }
     EXPECT_GT(clean + conflicting, 4);
+}
+
+/// The text with some lines left out, doubled or exchanged.
+std::string shuffled(const std::string &text, RandomCase *random)
+{
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line + '\n');
+    for (std::size_t i = random->below(4); i > 0 && !lines.empty(); --i) {
+        const auto at = lines.begin() + static_cast<std::ptrdiff_t>(random->below(lines.size()));
+        const std::string line = *at;
+        if (random->oneIn(2))
+            lines.erase(at);
+        else if (line.find('=') != std::string::npos)
+            *at = line.substr(0, line.find('=')) + "= v" + std::to_string(random->below(9)) + '\n';
+        else
+            lines.insert(at, line);
+    }
+    std::string result;
+    for (const std::string &line : lines)
+        result += line;
+    return result;
+}
+
+bool isReadable(const TemporaryFolder &folder, const std::string &text)
+{
+    return runTool({"tree", folder.write("tried", text)}).status == 0;
+}
+
+// Every style of the language: &replace, blocks opened again, lines joined in
+// the middle of words. What cannot be edited safely may be one conflict.
+TEST_P(MergeProperty, HoldsInEveryStyle)
+{
+    RandomText texts(GetParam());
+    RandomCase random(GetParam());
+    int clean = 0;
+    for (int round = 0; round < 25; ++round) {
+        const std::string base = texts.next();
+        const std::string ours = shuffled(base, &random);
+        const std::string theirs = shuffled(base, &random);
+        if (!isReadable(folder_, base) || !isReadable(folder_, ours) ||
+            !isReadable(folder_, theirs))
+            continue;
+        SCOPED_TRACE("base\n" + base + "\nours\n" + ours + "\ntheirs\n" + theirs);
+        const std::optional<Paths> wanted =
+            merged(readPaths(folder_, base), readPaths(folder_, ours), readPaths(folder_, theirs));
+        const ToolRun run = merge(base, ours, theirs);
+        if (wanted && run.status == 0) {
+            ++clean;
+            EXPECT_EQ(readPaths(folder_, run.out), *wanted) << run.out;
+        } else {
+            EXPECT_EQ(run.status, 1) << run.err;
+        }
+        if (wanted && run.status == 1) {
+            EXPECT_NE(run.err.find("cannot be merged statement by statement"), std::string::npos)
+                << run.out << run.err;
+        }
+    }
+    EXPECT_GT(clean, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, MergeProperty, ::testing::Range(1U, 9U));
