@@ -31,13 +31,18 @@ struct Setting
     std::string value;
 };
 
+std::string replaced(const std::string &text, char part, const char *other)
+{
+    std::string result;
+    for (const char c : text)
+        result += c == part ? std::string(other) : std::string(1, c);
+    return result;
+}
+
 /// As one word of the shell to which git hands its drivers.
 std::string quoted(const std::string &text)
 {
-    std::string word = "'";
-    for (const char c : text)
-        word += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return word + '\'';
+    return '\'' + replaced(text, '\'', "'\\''") + '\'';
 }
 
 std::string ownProgram()
@@ -61,9 +66,11 @@ std::vector<Setting> settings()
         // What cannot be read as command data is merged by lines, and stays a
         // conflict whatever comes of it.
         {"merge.vel.driver",
-         veltool + " merge --marker-size=%L --name=%P --output=%A -- %O %A %B || { s=$?; "
-                   "[ $s -eq 1 ] || git merge-file -q --marker-size=%L -L ours -L base -L theirs "
-                   "%A %O %B; exit $s; }"},
+         // A percent sign begins what git fills in.
+         replaced(veltool, '%', "%%") +
+             " merge --marker-size=%L --name=%P --output=%A -- %O %A %B || { s=$?; "
+             "[ $s -eq 1 ] || git merge-file -q --marker-size=%L -L ours -L base -L theirs "
+             "%A %O %B; exit $s; }"},
         // A base made of several commits must not get conflict markers.
         {"merge.vel.recursive", "binary"},
     };

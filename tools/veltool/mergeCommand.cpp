@@ -75,15 +75,18 @@ public:
 private:
     int merge(const MergeTexts &texts, const MergeTrees &trees)
     {
-        if (texts.ours.bytes() == texts.base.bytes()) {
-            write(texts.theirs.bytes());
+        const std::string &base = texts.base.bytes();
+        const std::string &ours = texts.ours.bytes();
+        const std::string &theirs = texts.theirs.bytes();
+        if (ours == base || theirs == base || ours == theirs) {
+            write(ours == base ? theirs : ours);
             return statusGood;
         }
         const std::vector<MergeStep> steps = planMerge(trees);
         const MergedText merged(texts, trees, steps);
         const std::vector<Conflict> conflicts = conflictsOf(steps);
         const SourceText result(merged.render(Resolution::Marked, markerSize_));
-        if (!steps.empty() && !isAsWanted(merged, trees, steps)) {
+        if (!isAsWanted(merged, trees, steps)) {
             write(wholeConflict(texts.ours, texts.theirs, markerSize_));
             report(name_ + ": cannot be merged statement by statement; all of it is in conflict");
             return statusFindings;
@@ -117,17 +120,26 @@ private:
     static bool isAsWanted(const MergedText &merged, const MergeTrees &trees,
                            const std::vector<MergeStep> &steps)
     {
-        bool isWanted = true;
-        const auto take = [&](StepKind kind) {
-            for (const MergeStep &step : steps) {
-                if (step.kind == kind)
-                    takeTheirs(trees, step.path);
-            }
-        };
-        take(StepKind::Take);
-        isWanted = holds(SourceText(merged.render(Resolution::Ours)), trees.ours);
-        take(StepKind::Conflict);
-        return isWanted && holds(SourceText(merged.render(Resolution::Theirs)), trees.ours);
+        if (steps.empty())
+            return true;
+        take(steps, StepKind::Take, trees);
+        if (!holds(SourceText(merged.render(Resolution::Ours)), trees.ours))
+            return false;
+        return !take(steps, StepKind::Conflict, trees) ||
+               holds(SourceText(merged.render(Resolution::Theirs)), trees.ours);
+    }
+
+    /// Gives whether there is any step of this kind.
+    static bool take(const std::vector<MergeStep> &steps, StepKind kind, const MergeTrees &trees)
+    {
+        bool isAny = false;
+        for (const MergeStep &step : steps) {
+            if (step.kind != kind)
+                continue;
+            takeTheirs(trees, step.path);
+            isAny = true;
+        }
+        return isAny;
     }
 
     void write(const std::string &bytes) const

@@ -1,5 +1,9 @@
 #include "tools/veltool/statementPlaces.h"
 
+#include "tools/veltool/treeWalk.h"
+
+#include <unordered_set>
+
 namespace veltool {
 
 namespace {
@@ -15,12 +19,14 @@ public:
         Place place; ///< its end is not known yet
     };
 
+    /// `handle` is null for what is of no interest.
     void open(velHandle *handle, const Statement &statement)
     {
         const std::size_t length = path_.size();
         path_.append(1, '/').append(statement.component);
+        const velNode *node = handle ? velFindNode(handle, path_.c_str()) : nullptr;
         const std::size_t body = statement.lines.first + statement.lines.count;
-        blocks_.push_back({length, velFindNode(handle, path_.c_str()), {statement.lines, body}});
+        blocks_.push_back({length, node, {statement.lines, body}});
     }
 
     [[nodiscard]] bool isEmpty() const { return blocks_.empty(); }
@@ -43,9 +49,10 @@ private:
 StatementPlaces::StatementPlaces(const SourceText &source, velHandle *handle,
                                  const std::vector<const velNode *> &wanted)
 {
+    std::unordered_set<std::string> components; ///< few, against all that a file states
     for (const velNode *node : wanted) {
-        if (node)
-            places_.try_emplace(node);
+        if (node && places_.try_emplace(node).second)
+            components.insert(component(velDescribe(handle, node)));
     }
     if (places_.empty())
         return;
@@ -62,9 +69,9 @@ StatementPlaces::StatementPlaces(const SourceText &source, velHandle *handle,
         readStatement(source, line, Positions::Skip, &statement);
         const std::size_t end = line + statement.lines.count;
         if (statement.kind == StatementKind::Header) {
-            open.open(handle, statement);
+            open.open(components.contains(statement.component) ? handle : nullptr, statement);
         } else if (statement.kind == StatementKind::Parameter) {
-            open.open(handle, statement);
+            open.open(components.contains(statement.component) ? handle : nullptr, statement);
             close(end);
         } else if (statement.kind == StatementKind::End && !open.isEmpty()) {
             close(end);

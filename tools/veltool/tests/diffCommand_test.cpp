@@ -187,6 +187,24 @@ TEST_F(DiffTest, TellsOfEveryFileThatCannotBeRead)
     EXPECT_EQ(runTool({"diff", good, folder_.write("cut.def", "*INFO\n")}).status, 2);
 }
 
+TEST_F(DiffTest, SurvivesTruncationAndDamage)
+{
+    const std::string text = folder_.write("a.vel", before);
+    const std::string container = folder_.path("a.def");
+    ASSERT_EQ(runShell("echo 3 | $VELTOOL ds write " + container + " Zones EVERY 0 INTR").status,
+              0);
+    ASSERT_EQ(runTool({"embed", text, container}).status, 0);
+    for (const std::string &whole : {before, folder_.read("a.def")}) {
+        for (std::size_t i = 0; i < whole.size(); i += whole.size() / 25 + 1) {
+            std::string damaged = whole.substr(0, i);
+            EXPECT_LE(runTool({"diff", text, folder_.write("b", damaged)}).status, 2) << i;
+            damaged = whole;
+            damaged[i] = static_cast<char>(damaged[i] ^ 0x44);
+            EXPECT_LE(runTool({"diff", text, folder_.write("b", damaged)}).status, 2) << i;
+        }
+    }
+}
+
 TEST_F(DiffTest, Misuse)
 {
     const std::string file = folder_.write("a.vel", "x = 1\n");

@@ -230,15 +230,19 @@ TEST_F(GitTest, WhatCannotBeReadIsMergedByLinesAndStaysAConflict)
     EXPECT_EQ(git("git status --porcelain").out, "UU pipe.vel\n");
 }
 
-TEST_F(GitTest, AFolderWithBlanksAndQuotesIsNoHarm)
+TEST_F(GitTest, NamesOfAnyKindAreNoHarm)
 {
-    EXPECT_EQ(shell("git init -q \"it's a case\" && cd \"it's a case\" && $VELTOOL git-setup && "
+    EXPECT_EQ(shell("mkdir -p \"100%A it's/bin\" && cp \"$VELTOOL\" \"100%A it's/bin\" && "
+                    "git init -q \"it's a case\" && cd \"it's a case\" && "
+                    "\"../100%A it's/bin/veltool\" git-setup && "
                     "echo 'a = 1' > \"it's.vel\" && git add -A && git commit -q -m base && "
                     "git checkout -q -b other && echo 'a = 2' > \"it's.vel\" && "
                     "git commit -q -a -m theirs && git checkout -q main && "
                     "echo 'a = 3' > \"it's.vel\" && git commit -q -a -m ours")
                   .status,
               0);
+    EXPECT_EQ(shell("cd \"it's a case\" && git diff other").out,
+              "diff --veltool a/it's.vel b/it's.vel\n~ /a = 2 -> 3\n");
     const ToolRun run = shell("cd \"it's a case\" && git merge -q --no-edit other");
     EXPECT_EQ(run.status, 1);
     EXPECT_NE((run.out + run.err).find("veltool: it's.vel: /a: changed on both sides\n"),

@@ -258,7 +258,7 @@ TEST_P(MergeProperty, HoldsOnRandomEdits)
 {
     int clean = 0;
     int conflicting = 0;
-    for (std::uint32_t round = 0; round < 12; ++round) {
+    for (std::uint32_t round = 0; round < 6; ++round) {
         RandomCase random(GetParam() * 1000 + round);
         const Model baseModel = random.model();
         Model oursModel = baseModel;
@@ -301,7 +301,7 @@ TEST_P(MergeProperty, HoldsOnRandomEdits)
         EXPECT_EQ(merge(base, base, theirs).out, theirs);
         EXPECT_EQ(merge(base, ours, ours).out, ours);
     }
-    EXPECT_GT(clean + conflicting, 4);
+    EXPECT_GT(clean + conflicting, 2);
 }
 
 /// The text with some lines left out, doubled or exchanged.
@@ -339,7 +339,7 @@ TEST_P(MergeProperty, HoldsInEveryStyle)
     RandomText texts(GetParam());
     RandomCase random(GetParam());
     int clean = 0;
-    for (int round = 0; round < 25; ++round) {
+    for (int round = 0; round < 12; ++round) {
         const std::string base = texts.next();
         const std::string ours = shuffled(base, &random);
         const std::string theirs = shuffled(base, &random);
@@ -364,7 +364,7 @@ TEST_P(MergeProperty, HoldsInEveryStyle)
     EXPECT_GT(clean, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, MergeProperty, ::testing::Range(1U, 9U));
+INSTANTIATE_TEST_SUITE_P(Seeds, MergeProperty, ::testing::Range(1U, 6U));
 
 } // namespace
 } // namespace veltool::test
