@@ -273,14 +273,15 @@ const char *LineParser::parseEnd()
     }
     velNode *object = velCurrentNode(handle_);
     if (object != nullptr && (word() & velFlagReplace) != 0) {
+        const std::int32_t closing = handle_->depth;
+        const bool isNested =
+            (handle_->flagStack[static_cast<std::size_t>(closing) - 1] & velFlagReplace) != 0;
         const char *error = sweep(object);
-        const bool isNested = (handle_->flagStack[static_cast<std::size_t>(handle_->depth) - 1] &
-                               velFlagReplace) != 0;
         if (!isNested) {
             object->flags &= ~velFlagReplace;
         }
-        if (error != nullptr) {
-            return error;
+        if (error != nullptr || handle_->depth < closing) {
+            return error; // or a handler has closed the block already
         }
     }
     --handle_->depth;

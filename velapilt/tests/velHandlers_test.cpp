@@ -481,4 +481,23 @@ TEST(VelHandlers, ABlockClosedWhileItOpens)
     EXPECT_EQ(stored(handle), "A:\nEND\nx = 1\n");
 }
 
+// A handler that closes the block whose END sweeps it once left the depth
+// below zero.
+TEST(VelHandlers, ABlockClosedWhileItEnds)
+{
+    const velHandlePtr handle(velCreateHandle());
+    EXPECT_EQ(parse(handle, "A:\nB:\nx = 1\nEND\nEND\n"), "");
+    const OnChange close(handle, [&](const std::string &path, std::int32_t) {
+        if (path == "/A/B/x") {
+            setVELStateH(handle.get(), 0);
+        }
+    });
+    EXPECT_EQ(parse(handle, "A:\n&replace B:\nEND\ny = 1\n"), "");
+    std::int32_t depth = -1;
+    EXPECT_EQ(said(getVELStateH(handle.get(), &depth)), "");
+    EXPECT_EQ(depth, 0);
+    EXPECT_STREQ(getCurrentPath(handle.get()), "/");
+    EXPECT_EQ(stored(handle), "A:\n  B:\n  END\nEND\ny = 1\n");
+}
+
 } // namespace
