@@ -4,6 +4,7 @@
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/CommandFile.h"
 #include "veleditor/src/MessageDialog.h"
+#include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
 #include "veleditor/src/WaitCursor.h"
@@ -158,8 +159,9 @@ void Editor::showHelp(const char *topic)
     helpServer_->showHelp(topic, "", JavaHelpServer::RegularHelp);
 }
 
-/// The topic of an object's row is its type, as its label has it before the
-/// colon; a parameter is a section of its object's topic.
+/// The topic that the row's rule names. Where it names none, that of an object
+/// is its type, as its label has it before the colon, and a parameter is a
+/// section of its object's topic.
 void Editor::helpOnRow()
 {
     const VELTreeItem *row = tree_->selectedItem();
@@ -167,6 +169,11 @@ void Editor::helpOnRow()
     const auto *object = isParameter ? VELTreeItem::from(row->parent()) : row;
     if (object == nullptr || object->path() == "/") {
         helpOnEditor();
+        return;
+    }
+    const QString topic = rowHelpTopic(*row);
+    if (!topic.isEmpty()) {
+        helpServer_->showHelp(toBytes(topic), "", JavaHelpServer::RegularHelp);
         return;
     }
     const QString type = object->label().section(QLatin1String(" :"), 0, 0);

@@ -68,7 +68,7 @@ private:
     void addFileMenu(QMenuBar &bar);
     void addEditMenu(QMenuBar &bar);
     void addHelpMenu(QMenuBar &bar);
-    void addHelpKey();
+    void addRowMenu();
 
     [[nodiscard]] bool confirmErrors();
     [[nodiscard]] bool mayClose();

@@ -15,6 +15,7 @@ QMenu *addMenu(QMenuBar &bar, const QString &title, const char *name)
 {
     QMenu *menu = bar.addMenu(title);
     menu->setObjectName(QString::fromLatin1(name));
+    menu->setAccessibleName(menu->title().remove(u'&'));
     return menu;
 }
 
@@ -34,11 +35,12 @@ void Editor::addMenus()
 {
     menuBar_ = new QMenuBar(this);
     menuBar_->setObjectName(QStringLiteral("MenuBar"));
+    menuBar_->setAccessibleName(tr("Menu bar"));
     addFileMenu(*menuBar_);
     addEditMenu(*menuBar_);
     menuBar_->addSeparator();
     addHelpMenu(*menuBar_);
-    addHelpKey();
+    addRowMenu();
 }
 
 void Editor::addFileMenu(QMenuBar &bar)
@@ -85,14 +87,52 @@ void Editor::addHelpMenu(QMenuBar &bar)
     addHelpEntry(tr("&Help On Help"), "HelpOnHelp", &Editor::helpOnHelp);
 }
 
-// A key without a menu entry, as everybody tries it first.
-void Editor::addHelpKey()
+// The menu that the Menu key and Shift+F10 open at the selected row. Its keys
+// work without it too; the menu bar is laid down and has no place for them.
+void Editor::addRowMenu()
 {
-    auto *action = new QAction(tr("Help on Row"), this);
-    action->setObjectName(QStringLiteral("HelpOnRow"));
-    action->setShortcut(QKeySequence(Qt::Key_F1));
-    connect(action, &QAction::triggered, this, &Editor::helpOnRow);
-    addAction(action);
+    auto *menu = new QMenu(tr("Row"), tree_);
+    menu->setObjectName(QStringLiteral("RowMenu"));
+    menu->setAccessibleName(tr("Selected row"));
+    for (QAction *entry : findChild<QMenu *>(QStringLiteral("EditMenu"))->actions())
+        menu->addAction(entry);
+    menu->addSeparator();
+
+    const auto addRowEntry = [&](const QString &text, const char *name, const QString &shortcut,
+                                 auto *receiver, auto slot) {
+        QAction *entry = addEntry(*menu, text, name, shortcut);
+        connect(entry, &QAction::triggered, receiver, slot);
+        addAction(entry); // for its key
+        return entry;
+    };
+    QAction *copyPath =
+        addRowEntry(tr("&Copy Path"), "CopyPath", tr("Ctrl+Shift+C"), tree_, &VELTree::copyPath);
+    QAction *copyValue =
+        addRowEntry(tr("Copy &Value"), "CopyValue", tr("Ctrl+C"), tree_, &VELTree::copyValue);
+    menu->addSeparator();
+    addRowEntry(tr("E&xpand All"), "ExpandAll", tr("Ctrl++"), tree_, &VELTree::openAll);
+    addRowEntry(tr("C&ollapse All"), "CollapseAll", tr("Ctrl+-"), tree_, &VELTree::closeAll);
+    menu->addSeparator();
+    QAction *explain =
+        addRowEntry(tr("&What's This?"), "WhatsThis", tr("Shift+F1"), tree_, &VELTree::explainRow);
+    addRowEntry(tr("&Help on Row"), "HelpOnRow", tr("F1"), this, &Editor::helpOnRow);
+
+    const auto enable = [this, copyPath, copyValue, explain] {
+        const VELTreeItem *row = tree_->selectedItem();
+        copyPath->setEnabled(row != nullptr);
+        copyValue->setEnabled(row != nullptr && row->hasValue());
+        explain->setEnabled(row != nullptr);
+    };
+    enable();
+    connect(tree_, &VELTree::itemSelectionChanged, this, enable);
+
+    const auto open = [menu](QPoint place) { menu->popup(place); };
+    connect(tree_, &VELTree::menuRequested, this, open);
+    auto *key = new QAction(tr("Menu of Row"), this);
+    key->setObjectName(QStringLiteral("OpenRowMenu"));
+    key->setShortcut(QKeySequence(Qt::SHIFT | Qt::Key_F10));
+    connect(key, &QAction::triggered, this, [this, open] { open(tree_->placeBesideRow()); });
+    addAction(key);
 }
 
 } // namespace velEditor

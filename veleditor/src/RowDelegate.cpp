@@ -41,6 +41,7 @@ void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInde
 {
     QStyledItemDelegate::initStyleOption(option, index);
     option->palette.setColor(QPalette::Highlight, highlightColour);
+    option->palette.setColor(QPalette::HighlightedText, Qt::white); // in any palette
 
     const auto *tree = qobject_cast<const VELTree *>(option->widget);
     if (tree == nullptr)

@@ -106,6 +106,12 @@ void VELTree::setSorting(int column)
     setSorting(column, true);
 }
 
+void VELTree::contextMenuEvent(QContextMenuEvent *event)
+{
+    if (event->reason() == QContextMenuEvent::Keyboard)
+        emit menuRequested(placeBesideRow());
+}
+
 // The toolkit takes a double click of any button for a wish to edit. The second
 // release of the right button belongs to the first click: were it another one,
 // the two would undo each other.

@@ -53,6 +53,25 @@ public:
     /// Opens a row and all above it, brings it into view and selects it.
     void showMatch(VELTreeItem &match);
 
+    // --- Whole tree and single rows, by key ----------------------------------
+
+    /// Opens every row, or closes all but the topmost; the selected row, or the
+    /// one above it that is still shown, stays in view and selected.
+    void openAll();
+    void closeAll();
+
+    /// Puts the database path, or the value, of the selected row on the
+    /// clipboard; nothing where there is none.
+    void copyPath() const;
+    void copyValue() const;
+
+    /// Shows what the rules say of the selected row, beside it.
+    void explainRow();
+
+    /// Where a menu or an explanation of the selected row belongs: below it, in
+    /// global coordinates; the top of the tree where no row is selected.
+    [[nodiscard]] QPoint placeBesideRow() const;
+
 public slots:
     /// Throws `error` when the database cannot be walked; see TreeBuilder.
     void buildTree();
@@ -91,10 +110,14 @@ public slots:
     void openOrClose(QTreeWidgetItem *item, QPoint point, int column);
 
 signals:
+    /// A menu was asked for by key; the right button has other work.
+    void menuRequested(QPoint globalPoint);
+
     /// The right button was released over a row, or over none.
     void rightButtonClicked(QTreeWidgetItem *item, QPoint globalPoint, int column);
 
 protected:
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 

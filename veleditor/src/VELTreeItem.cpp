@@ -1,9 +1,9 @@
 #include "veleditor/src/VELTreeItem.h"
 
+#include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Text.h"
 
 #include <QCoreApplication>
-#include <QTextDocument>
 
 #include <utility>
 #include <vector>
@@ -25,11 +25,12 @@ int positionBehind(const QTreeWidgetItem &parent, const QTreeWidgetItem *after)
 
 } // namespace
 
-VELTreeItem::VELTreeItem(VELTreeItem *parent, const QTreeWidgetItem *after, QString label,
+VELTreeItem::VELTreeItem(VELTreeItem *parent, const QTreeWidgetItem *after, const QString &label,
                          std::optional<QString> value, std::string component)
-    : QTreeWidgetItem(ItemType), component_(std::move(component)), label_(std::move(label)),
-      hasValue_(value.has_value()), inExpertSection_(parent != nullptr && parent->inExpertSection_)
+    : QTreeWidgetItem(ItemType), component_(std::move(component)), hasValue_(value.has_value()),
+      inExpertSection_(parent != nullptr && parent->inExpertSection_)
 {
+    setLabel(label);
     if (value)
         value_ = std::move(*value);
     if (parent != nullptr)
@@ -57,9 +58,37 @@ std::string VELTreeItem::path() const
     return path;
 }
 
+std::string VELTreeItem::formedLabel(LabelForm form) const
+{
+    const std::size_t colon = component_.find(':');
+    if (form == LabelForm::Singleton)
+        return component_ + " :";
+    if (form == LabelForm::Parameter || colon == std::string::npos)
+        return component_;
+    return component_.substr(0, colon) + " : " + component_.substr(colon + 1);
+}
+
+void VELTreeItem::setLabel(const QString &label)
+{
+    ownLabel_ = QString();
+    for (const LabelForm form : {LabelForm::Parameter, LabelForm::Object, LabelForm::Singleton}) {
+        labelForm_ = form;
+        if (fromBytes(formedLabel(form)) == label)
+            return;
+    }
+    labelForm_ = LabelForm::Own;
+    ownLabel_ = label;
+}
+
+QString VELTreeItem::label() const
+{
+    return labelForm_ == LabelForm::Own ? ownLabel_ : fromBytes(formedLabel(labelForm_));
+}
+
 std::string VELTreeItem::labelBytes() const
 {
-    return toBytesInPlaceOf(label_, component_);
+    return labelForm_ == LabelForm::Own ? toBytesInPlaceOf(ownLabel_, component_)
+                                        : formedLabel(labelForm_);
 }
 
 void VELTreeItem::setValue(const QString &value)
@@ -80,27 +109,17 @@ QString VELTreeItem::state() const
                : QCoreApplication::translate("velEditor::VELTreeItem", "can be changed");
 }
 
-// The whole text, which the column may have cut, and the state. The tool tip
-// would take text that looks like markup for that.
-QString VELTreeItem::fullText(int column) const
-{
-    constexpr qsizetype mostCharacters = 2000;
-    QString text = (column == Name ? label_ : value_).left(mostCharacters);
-    const QString said = state();
-    if (!said.isEmpty())
-        text += (text.isEmpty() ? QString() : QStringLiteral("\n")) + u'(' + said + u')';
-    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
-}
-
 QVariant VELTreeItem::data(int column, int role) const
 {
     if (role == Qt::DisplayRole || role == Qt::EditRole) {
         if (column == Name)
-            return label_;
+            return label();
         return hasValue_ ? QVariant(value_) : QVariant();
     }
     if (role == Qt::ToolTipRole)
-        return fullText(column);
+        return rowToolTip(*this, column);
+    if (role == Qt::WhatsThisRole)
+        return rowWhatsThis(*this);
     if (role == Qt::AccessibleDescriptionRole)
         return state();
     return QTreeWidgetItem::data(column, role);
@@ -111,7 +130,7 @@ void VELTreeItem::setData(int column, int role, const QVariant &value)
     if (role != Qt::DisplayRole && role != Qt::EditRole) {
         QTreeWidgetItem::setData(column, role, value);
     } else if (column == Name) {
-        label_ = value.toString();
+        setLabel(value.toString());
         emitDataChanged();
     } else {
         setValue(value.toString());

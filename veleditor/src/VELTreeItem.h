@@ -1,9 +1,10 @@
 // One row of the command tree: an object, a singleton or a parameter.
 //
 // A row knows the last component of its database path, what it shows and
-// whether it may be changed. It keeps these in members of its own instead of
-// the base class's table of roles, and works its full path out from its
-// ancestors, since there may be hundreds of thousands of rows.
+// whether it may be changed. There may be hundreds of thousands of rows: it
+// keeps these in members of its own instead of the base class's table of roles,
+// and works its full path out from its ancestors and its label from the
+// component, from which nearly every label follows.
 //
 // Rows belong to their parent row, the topmost one to the tree.
 #pragma once
@@ -28,7 +29,7 @@ public:
     /// `after` (null: before all others). A row without a value has none, which
     /// is not the same as an empty one. `component` is what the database path
     /// has behind the parent's.
-    VELTreeItem(VELTreeItem *parent, const QTreeWidgetItem *after, QString label,
+    VELTreeItem(VELTreeItem *parent, const QTreeWidgetItem *after, const QString &label,
                 std::optional<QString> value, std::string component);
 
     /// The row as one of this class; null for null and for rows of any other.
@@ -36,7 +37,7 @@ public:
 
     /// "/" for a topmost row.
     [[nodiscard]] std::string path() const;
-    [[nodiscard]] const QString &label() const { return label_; }
+    [[nodiscard]] QString label() const;
 
     /// The label in the bytes of the command file.
     [[nodiscard]] std::string labelBytes() const;
@@ -55,18 +56,31 @@ public:
     [[nodiscard]] bool isInExpertSection() const { return inExpertSection_; }
     void setInExpertSection(bool inside) { inExpertSection_ = inside; }
 
+    /// Besides the texts shown: what the rules say, as tool tip and "What's
+    /// this?", and the state as description for a screen reader.
     [[nodiscard]] QVariant data(int column, int role) const override;
     void setData(int column, int role, const QVariant &value) override;
 
-private:
     /// Whether and how the parameter can be changed: what its colour says, for
-    /// those who do not see it.
+    /// those who do not see it. Empty for an object.
     [[nodiscard]] QString state() const;
-    [[nodiscard]] QString fullText(int column) const;
+
+private:
+    /// How the label follows from the component.
+    enum class LabelForm : unsigned char {
+        Parameter, ///< the component itself
+        Object,    ///< "TYPE : Name" for "TYPE:Name"
+        Singleton, ///< "TYPE :" for "TYPE"
+        Own,       ///< not at all: it is kept in `ownLabel_`
+    };
+
+    [[nodiscard]] std::string formedLabel(LabelForm form) const;
+    void setLabel(const QString &label);
 
     std::string component_;
-    QString label_;
+    QString ownLabel_; ///< null for all forms but `Own`
     QString value_;
+    LabelForm labelForm_ = LabelForm::Own;
     bool editable_ = false;
     bool hasValue_ = false;
     bool inExpertSection_ = false;

@@ -1,0 +1,102 @@
+#include "veleditor/src/RowHelp.h"
+
+#include "veleditor/src/Text.h"
+#include "veleditor/src/VELTreeItem.h"
+#include "velparser/api/velparser.h"
+
+#include <QStringList>
+#include <QTextDocument>
+
+#include <vector>
+
+namespace velEditor {
+
+namespace {
+
+/// As much of a text as anybody reads in a tool tip.
+constexpr qsizetype mostCharacters = 2000;
+
+const QLatin1String descriptionField("Description");
+const QLatin1String topicField("Help Topic");
+
+struct Field
+{
+    QString name;
+    QString text;
+};
+
+/// Nothing where there is no rule, or where the rules fail.
+std::vector<Field> ruleFields(const VELTreeItem &row)
+{
+    velStringList lines;
+    std::vector<Field> fields;
+    if (velparser::explainItem(row.path().c_str(), &lines) != nullptr)
+        return fields;
+    for (const char *line : lines) {
+        const QString text = fromBytes(line);
+        const QLatin1String separator(" = ");
+        const qsizetype end = text.indexOf(separator);
+        if (end >= 0)
+            fields.push_back({text.left(end), text.mid(end + separator.size())});
+    }
+    return fields;
+}
+
+bool isForToolTip(const QString &field)
+{
+    static const QStringList shown{QStringLiteral("Type"), QStringLiteral("Units"),
+                                   QStringLiteral("Lower Bound"), QStringLiteral("Upper Bound")};
+    return shown.contains(field);
+}
+
+QString wrapped(const QStringList &lines)
+{
+    return Qt::convertFromPlainText(lines.join(u'\n'), Qt::WhiteSpaceNormal);
+}
+
+/// The first lines of every text about a row.
+QStringList heading(const VELTreeItem &row, const QString &text)
+{
+    QStringList lines{text.left(mostCharacters)};
+    if (const QString state = row.state(); !state.isEmpty())
+        lines.append(u'(' + state + u')');
+    return lines;
+}
+
+} // namespace
+
+QString rowToolTip(const VELTreeItem &row, int column)
+{
+    QStringList lines =
+        heading(row, column == VELTreeItem::Name || !row.hasValue() ? row.label() : row.value());
+    for (const Field &field : ruleFields(row)) {
+        if (field.name == descriptionField)
+            lines.append(field.text);
+        else if (isForToolTip(field.name))
+            lines.append(field.name + QLatin1String(": ") + field.text);
+    }
+    return wrapped(lines);
+}
+
+QString rowWhatsThis(const VELTreeItem &row)
+{
+    QStringList lines = heading(row, row.label());
+    for (const Field &field : ruleFields(row)) {
+        if (field.name == descriptionField)
+            lines.append(field.text);
+        else if (field.name != topicField)
+            lines.append(field.name + QLatin1String(": ") + field.text);
+    }
+    return wrapped(lines);
+}
+
+QString rowHelpTopic(const VELTreeItem &row)
+{
+    for (const Field &field : ruleFields(row)) {
+        if (field.name == topicField)
+            return field.text;
+    }
+    return QString();
+}
+
+} // namespace velEditor
