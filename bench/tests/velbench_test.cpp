@@ -121,6 +121,21 @@ TEST_F(VelbenchTest, OpensTheEditor)
     EXPECT_EQ(missing.out, "");
 }
 
+TEST_F(VelbenchTest, WorksInTheEditor)
+{
+    const std::string example =
+        std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/minimal.vel";
+    for (const std::string name : {"editor.edit", "editor.next", "editor.scroll"}) {
+        const auto result = measure(name + ' ' + example);
+        EXPECT_EQ(result["name"], name);
+        EXPECT_EQ(result["params"], 1);
+    }
+    const auto rows = measure("editor.memory " + example);
+    EXPECT_EQ(rows["params"], measure("editor.find " + example)["params"]);
+    EXPECT_GT(rows["rss"], 0);
+    EXPECT_EQ(runBench("editor.edit " + folder_.path("missing")).status, 2);
+}
+
 TEST_F(VelbenchTest, SaysWhatItCannotMeasure)
 {
     for (const char *words : {"", "no.call", "vel.parse", "vel.parse a b", "vel.parse /no/such",

@@ -41,6 +41,11 @@ Result rulesValidate(const Arguments &arguments);
 Result rulesEdit(const Arguments &arguments);
 
 Result editorOpen(const Arguments &arguments);
+Result editorEdit(const Arguments &arguments);
+Result editorFind(const Arguments &arguments);
+Result editorFindNext(const Arguments &arguments);
+Result editorScroll(const Arguments &arguments);
+Result editorMemory(const Arguments &arguments);
 
 /// Parameters of a VEL file, counted natively.
 [[nodiscard]] std::uint64_t countParameters(const std::string &file);

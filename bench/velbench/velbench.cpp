@@ -33,6 +33,14 @@ constexpr Call calls[] = {
     {"rules.edit", "FILE PATH", 2, 2, "give a parameter a value and validate again",
      velBench::rulesEdit},
     {"editor.open", "FILE", 1, 1, "process start to tree shown, offscreen", velBench::editorOpen},
+    {"editor.edit", "FILE", 1, 1, "change a value, from the dialog to the painted row",
+     velBench::editorEdit},
+    {"editor.find", "FILE", 1, 1, "search all rows for a text that none has", velBench::editorFind},
+    {"editor.next", "FILE", 1, 1, "one step of the search, to a row in closed branches",
+     velBench::editorFindNext},
+    {"editor.scroll", "FILE", 1, 1, "one page, with all branches open", velBench::editorScroll},
+    {"editor.memory", "FILE", 1, 1, "rows of the tree with all branches open, and their bytes",
+     velBench::editorMemory},
 };
 
 int usage(std::FILE *to, int status)
