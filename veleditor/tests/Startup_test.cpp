@@ -12,12 +12,14 @@
 
 #include <QDir>
 #include <QFile>
+#include <QMenu>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QTextEdit>
 #include <QThread>
 
+#include <csignal>
 #include <cstdio>
 #include <functional>
 
@@ -26,6 +28,10 @@
 using namespace velEditor;
 
 namespace {
+
+// How often a signal came with the wait cursor and without it.
+volatile std::sig_atomic_t waiting = 0;
+volatile std::sig_atomic_t notWaiting = 0;
 
 /// What happens once the main window is in its event loop.
 std::function<void(Editor &)> inTheLoop;
@@ -103,13 +109,21 @@ private slots:
     void ignoresTheOptionsOfTheToolkit();
     void takesSafeModeFromAnywhere();
     void reportsAFileThatCannotBeLoaded();
+    void opensAFileNamedLikeAnOption();
+    void asksForAFileWhenThereAreOnlyOptionsOfTheToolkit();
+    void endsWithTheStatusOfItsLoop();
+    void waitsWithTheWaitCursor();
     void saysWhatItsEnvironmentLacks();
+    void saysThatTheBuildLabelIsMissing();
     void placesTheWindow();
     void asksNothingWhenNothingWasUpgraded();
     void showsWhatWasUpgraded();
     void marksAnUpgradeThatTheUserDoesNotLookAt();
     void showsFirstFindings();
+    void showsChangesBeforeFindings();
     void savesInEmergency();
+    void namesTheCopyByTheWordAsGiven();
+    void closesAnOpenMenuWhenItFails();
     void savesInEmergencyToTheSecondWord();
     void savesInEmergencyFromWithinADialog();
     void savesInEmergencyBeforeTheLoop();
@@ -245,6 +259,64 @@ void StartupTest::reportsAFileThatCannotBeLoaded()
     QVERIFY(!QFile::exists("-safe.emergency"));
 }
 
+// The last word is the file, whatever it looks like, and still counts as an option.
+void StartupTest::opensAFileNamedLikeAnOption()
+{
+    newFile("-safe", "FLOW: A\nEND\n");
+    QVERIFY(QDir::setCurrent(folder()));
+    QString title;
+    run({"-safe"}, [&](Editor &editor) {
+        title = editor.windowTitle();
+        editor.close();
+    });
+    QCOMPARE(title, QString("-safe - Safe Mode"));
+}
+
+void StartupTest::asksForAFileWhenThereAreOnlyOptionsOfTheToolkit()
+{
+    const Run result = run({"-style", "fusion"});
+    QCOMPARE(result.output, QString("veleditor: must specify a vel file\n"));
+    QCOMPARE(result.status, 0);
+}
+
+void StartupTest::endsWithTheStatusOfItsLoop()
+{
+    const Run result = run({copyOf("duct.vel")}, [](Editor &) { QCoreApplication::exit(3); });
+    QCOMPARE(result.status, 3);
+}
+
+// The rules send a signal while they upgrade and validate; the cursor is looked
+// at when it arrives.
+void StartupTest::waitsWithTheWaitCursor()
+{
+    addToPerlSide("require VEL::Upgrade; require VEL::Validate;\n"
+                  "my ($upgrade, $validate) = (\\&VEL::Upgrade::run, "
+                  "\\&VEL::Validate::validateObject);\n"
+                  "*VEL::Upgrade::run = sub { kill USR1 => $$; goto &$upgrade };\n"
+                  "*VEL::Validate::validateObject = sub { kill USR1 => $$; goto &$validate };");
+    std::signal(SIGUSR1, [](int) {
+        const QCursor *cursor = QApplication::overrideCursor();
+        const bool waits = cursor != nullptr && cursor->shape() == Qt::WaitCursor;
+        volatile std::sig_atomic_t &count = waits ? waiting : notWaiting;
+        count = count + 1;
+    });
+    bool isOver = false;
+    run({copyOf("duct.vel")}, [&](Editor &editor) {
+        isOver = QApplication::overrideCursor() == nullptr;
+        editor.close();
+    });
+    QVERIFY(waiting >= 2);
+    QCOMPARE(static_cast<int>(notWaiting), 0);
+    QVERIFY(isOver);
+}
+
+void StartupTest::saysThatTheBuildLabelIsMissing()
+{
+    qunsetenv("ZOTBUILDID");
+    const Run result = run({copyOf("duct.vel")});
+    QCOMPARE(result.output, QString("ZOTBUILDID not set; some features will not be available\n"));
+}
+
 void StartupTest::saysWhatItsEnvironmentLacks()
 {
     qunsetenv("ZOT5ROOT");
@@ -364,6 +436,54 @@ void StartupTest::savesInEmergency()
     QVERIFY(contentOf(file + ".emergency").startsWith("LANGUAGE:\n  Version = 2.1\nEND\nFLOW:"));
     QCOMPARE(contentOf(file + ".emergency.bak"), before);
     QVERIFY(!QFile::exists(file)); // kept: the loaded file is the one that is moved
+}
+
+void StartupTest::showsChangesBeforeFindings()
+{
+    answer(0); // the changes are looked at
+    answer();  // the findings
+    answer(1); // quit without saving
+    QStringList shown;
+    run({newFile("old.vel", "LANGUAGE:\nVersion = 2.0\nEND\n"
+                            "FLOW: A\nMode = Steady\nDOMAIN: D\nEND\nEND\n")},
+        [&](Editor &editor) {
+            for (const auto *dialog : editor.findChildren<MessageDialog *>())
+                shown.append(dialog->windowTitle());
+            editor.close();
+        });
+    QCOMPARE(boxes.size(), 3);
+    QVERIFY(boxes[0].startsWith("Question: Command File Updated.\n"));
+    QVERIFY(boxes[1].startsWith("Warning: Command File Validation Errors\n"));
+    QVERIFY(boxes[2].startsWith("Warning: Unsaved Changes\n"));
+    QCOMPARE(shown, QStringList({"VEL Upgrade Messages", "Command File Errors"}));
+}
+
+// Kept: the second word as it was given, even if the toolkit has taken it.
+void StartupTest::namesTheCopyByTheWordAsGiven()
+{
+    const QString file = copyOf("duct.vel");
+    breakRebuilds();
+    QVERIFY(QDir::setCurrent(folder()));
+    const Run result =
+        run({"-style", "fusion", file}, [](Editor &editor) { editor.tree().buildTree(); });
+    QVERIFY2(result.output.endsWith("Attempting to save VEL to -style.emergency\n"),
+             qPrintable(result.output));
+    QVERIFY(QFile::exists("-style.emergency"));
+}
+
+void StartupTest::closesAnOpenMenuWhenItFails()
+{
+    const QString file = copyOf("duct.vel");
+    bool wasOpen = false;
+    const Run result = run({file}, [&](Editor &editor) {
+        editor.findChild<QMenu *>("FileMenu")->popup(editor.pos());
+        wasOpen = QApplication::activePopupWidget() != nullptr;
+        throw error("meanwhile");
+    });
+    QVERIFY(wasOpen);
+    QCOMPARE(result.output,
+             "Error encountered:\nmeanwhile\nAttempting to save VEL to " + file + ".emergency\n");
+    QVERIFY(QFile::exists(file + ".emergency"));
 }
 
 void StartupTest::savesInEmergencyToTheSecondWord()
