@@ -2,6 +2,7 @@
 // made anew.
 #include "tools/veltool/dsCommands.h"
 #include "tools/veltool/dsContainer.h"
+#include "tools/veltool/dsProgress.h"
 #include "tools/veltool/json.h"
 #include "tools/veltool/output.h"
 
@@ -9,43 +10,9 @@
 
 #include <CLI/App.hpp>
 
-#include <chrono>
-#include <cstdio>
-#include <unistd.h>
-
 namespace veltool {
 
 namespace {
-
-/// A line on a terminal's standard error, from the second second on.
-class ProgressLine
-{
-public:
-    ~ProgressLine()
-    {
-        if (shown_)
-            std::fputs("\r\x1b[K", stderr);
-    }
-
-    void update(std::int64_t done, std::int64_t total)
-    {
-        const auto now = Clock::now();
-        if (!terminal_ || total <= 0 || now < next_)
-            return;
-        next_ = now + std::chrono::milliseconds(200);
-        shown_ = true;
-        std::fprintf(
-            stderr, "\r%d%%",
-            static_cast<int>(100.0 * static_cast<double>(done) / static_cast<double>(total)));
-    }
-
-private:
-    using Clock = std::chrono::steady_clock;
-
-    bool terminal_ = isatty(STDERR_FILENO) == 1;
-    bool shown_ = false;
-    Clock::time_point next_ = Clock::now() + std::chrono::seconds(1);
-};
 
 io_reporter toStandardError()
 {
@@ -72,10 +39,8 @@ public:
 private:
     static int verify(const std::string &file, std::vector<container_fault> &faults)
     {
-        ProgressLine line;
-        return verify_container(
-            io_real_env(), toStandardError(), file.c_str(), faults,
-            [&](std::int64_t done, std::int64_t total) { line.update(done, total); });
+        ProgressEnv env;
+        return verify_container(env, toStandardError(), file.c_str(), faults);
     }
 
     void print(const std::vector<container_fault> &faults) const
@@ -100,12 +65,32 @@ private:
 class RebuildTask : public Task
 {
 public:
+    void addOptions(CLI::App &app) override
+    {
+        app.add_flag("--json", json_, "Print a JSON object");
+    }
+
     int run(const Words &words) override
     {
         rebuild_result result;
-        if (const int code =
-                rebuild_container(io_real_env(), toStandardError(), words[0].c_str(), result))
+        if (const int code = rebuild(words[0], result))
             throw ContainerFailure(words[0], code);
+        if (json_)
+            printJson(result);
+        else
+            printLines(result);
+        return statusGood;
+    }
+
+private:
+    static int rebuild(const std::string &file, rebuild_result &result)
+    {
+        ProgressEnv env;
+        return rebuild_container(env, toStandardError(), file.c_str(), result);
+    }
+
+    static void printLines(const rebuild_result &result)
+    {
         out() << "datasets\t" << std::to_string(result.datasets) << '\n';
         for (const located_dataset &lost : result.lost) {
             out() << "lost\t" << lost.what << '\t' << lost.where << '\t'
@@ -116,8 +101,26 @@ public:
             out() << "remark\t" << remark << '\n';
         if (result.dropped_bytes > 0)
             out() << "dropped\t" << std::to_string(result.dropped_bytes) << '\n';
-        return statusGood;
     }
+
+    static void printJson(const rebuild_result &result)
+    {
+        out() << "{\"datasets\":" << std::to_string(result.datasets) << ",\"lost\":";
+        JsonArray losses;
+        for (const located_dataset &lost : result.lost) {
+            out() << losses.next() << '{' << jsonMember("what", lost.what) << ','
+                  << jsonMember("where", lost.where) << ",\"when\":" << std::to_string(lost.when)
+                  << ",\"length\":" << std::to_string(lost.length)
+                  << ",\"position\":" << std::to_string(lost.position) << '}';
+        }
+        out() << losses.end() << ",\"remarks\":";
+        JsonArray remarks;
+        for (const std::string &remark : result.remarks)
+            out() << remarks.next() << jsonString(remark);
+        out() << remarks.end() << ",\"dropped\":" << std::to_string(result.dropped_bytes) << "}\n";
+    }
+
+    bool json_ = false;
 };
 
 } // namespace

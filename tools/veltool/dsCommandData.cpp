@@ -2,9 +2,10 @@
 
 #include "tools/veltool/dsValues.h"
 
+#include "io/Src/Main/delete_ds.h"
 #include "io/Src/Main/get_ds_location.h"
 
-#include <limits>
+#include <algorithm>
 
 namespace veltool {
 
@@ -68,11 +69,16 @@ void writeAt(Container &container, std::int32_t when, std::int32_t count, IO_dat
     container.request(IO_WRITE_PRIMARY_DS, name.header(), data);
 }
 
-void deleteAt(Container &container, std::int32_t when)
+/// Deletes all command data at a WHEN but that which was written last.
+void deleteFormer(Container &container, std::int32_t when)
 {
-    DatasetName name(commandWhat, commandWhere, std::to_string(when));
-    IO_data data;
-    container.request(IO_DELETE_PRIMARY_DS, name.header(), data);
+    located_datasets found = findAt(container, when);
+    const auto newest = std::max_element(
+        found.begin(), found.end(),
+        [](const located_dataset &a, const located_dataset &b) { return a.position < b.position; });
+    found.erase(newest);
+    if (!found.empty())
+        container.check(delete_located(container.primary(), found));
 }
 
 } // namespace
@@ -111,16 +117,10 @@ void writeCommandData(const std::string &file, std::string_view lines)
     container.open(IO_OPEN_PRIMARY_WRITE, file);
     const std::optional<std::int32_t> former = findCommandData(container);
     const std::int32_t when = former.value_or(0);
-    // The new data first stands behind the former, where it already counts:
-    // whatever ends the program, one of them is whole.
-    const bool staged = former && when < std::numeric_limits<std::int32_t>::max();
-    if (staged)
-        writeAt(container, when + 1, count, storage.data());
-    if (former)
-        deleteAt(container, when);
+    // For a while both stand there under one name: whatever ends the program,
+    // one of them is whole.
     writeAt(container, when, count, storage.data());
-    if (staged)
-        deleteAt(container, when + 1);
+    deleteFormer(container, when);
     container.close();
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "io/Src/Main/io_session.h"
+#include "tools/veltool/dsProgress.h"
 #include "tools/veltool/failure.h"
 
 #include <optional>
@@ -78,8 +79,7 @@ class Container
 {
 public:
     /// The library's messages go to `routine`.
-    explicit Container(io_error_routine routine = reportMessage)
-        : routine_(routine), session_(io_real_env())
+    explicit Container(io_error_routine routine = reportMessage) : routine_(routine), session_(env_)
     {
     }
 
@@ -96,6 +96,7 @@ public:
 private:
     std::string name_; ///< of the file opened last
     io_error_routine routine_;
+    ProgressEnv env_;
     io_session session_;
 };
 

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 
@@ -33,9 +32,11 @@ private:
 
 void appendReal(std::string &line, double value, int digits)
 {
+    // As "%.*g" prints it, whatever the locale.
     char text[40];
-    const int length = std::snprintf(text, sizeof text, "%.*g", digits, value);
-    line.append(text, static_cast<std::size_t>(length));
+    const auto end =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::general, digits);
+    line.append(text, end.ptr);
 }
 
 std::string_view withoutTrailingBlanks(std::string_view text)

@@ -3,8 +3,11 @@
 #include "tools/veltool/tests/toolRun.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <random>
 
 namespace veltool::test {
 namespace {
@@ -72,6 +75,92 @@ TEST_F(ContainerData, OfMoreThanTwentyTheOneAtZeroCounts)
                   0);
     }
     EXPECT_EQ(extracted(), "A = 0\n");
+    EXPECT_EQ(runTool({"embed", vel_, file_}).status, 0);
+    EXPECT_EQ(extracted(), text);
+    // Nothing but the one at zero was touched.
+    EXPECT_EQ(runTool({"ds", "read", file_, "G/COMMANDS", "EVERY", "1"}).out, "A = 1\n");
+    const std::string located = runTool({"ds", "locate", file_, "G/COMMANDS", "EVERY", "-1"}).out;
+    EXPECT_EQ(std::count(located.begin(), located.end(), '\n'), 21) << located;
+}
+
+/// Runs a line in the shell and kills it after a random part of a time.
+ToolRun runKilled(std::mt19937 &random, double seconds, const std::string &line)
+{
+    const double part = std::uniform_real_distribution<double>(0, 1.2)(random);
+    return runShell("timeout -s KILL " + std::to_string(0.001 + part * seconds) + ' ' + line);
+}
+
+double secondsOf(const std::string &line)
+{
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(runShell(line).status, 0) << line;
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST_F(ContainerData, AKilledEmbedLeavesTheFormerOrTheNew)
+{
+    std::string texts[2];
+    std::string lines[2];
+    for (int i = 0; i < 2; ++i) {
+        for (int line = 0; line < 3000; ++line)
+            texts[i]
+                .append(1, 'P')
+                .append(std::to_string(line))
+                .append(i == 0 ? " = 0\n" : " = 1\n");
+        const std::string file = folder_.write(i == 0 ? "zeros" : "ones", texts[i]);
+        lines[i]
+            .append("\"$VELTOOL\" embed '")
+            .append(file)
+            .append("' '")
+            .append(file_)
+            .append("' 2>&1");
+    }
+    const double seconds = secondsOf(lines[0]);
+    std::mt19937 random(3);
+    int killed = 0;
+    for (int round = 1; round <= 40; ++round) {
+        const std::string before = extracted();
+        const ToolRun run = runKilled(random, seconds, lines[round % 2]);
+        killed += run.status == 0 ? 0 : 1;
+        std::filesystem::remove(file_ + ".lck");
+        const std::string after = extracted();
+        const bool whole = after == texts[round % 2] || (run.status != 0 && after == before);
+        ASSERT_TRUE(whole) << round << ": " << run.status << run.out;
+        ASSERT_EQ(runTool({"ds", "read", file_, "FIELD", "ZONE 1", "0"}).out, "1\n2\n");
+    }
+    EXPECT_GT(killed, 10);
+    EXPECT_EQ(runShell(lines[1]).status, 0);
+    EXPECT_EQ(runTool({"ds", "verify", file_}).out, "");
+    const std::string located = runTool({"ds", "locate", file_, "G/COMMANDS", "EVERY", "-1"}).out;
+    EXPECT_EQ(std::count(located.begin(), located.end(), '\n'), 1) << located;
+}
+
+TEST_F(ContainerData, AKilledWriteLeavesWhatWasThere)
+{
+    std::string values;
+    for (int i = 0; i < 30000; ++i)
+        values += std::to_string(i) + '\n';
+    const std::string input = folder_.write("values", values);
+    const auto line = [&](int when) {
+        return "\"$VELTOOL\" ds write '" + file_ + "' N P " + std::to_string(when) + " INTR <'" +
+               input + "' 2>&1";
+    };
+    const double seconds = secondsOf(line(0));
+    std::mt19937 random(5);
+    int killed = 0;
+    for (int when = 1; when <= 30; ++when) {
+        const ToolRun run = runKilled(random, seconds, line(when));
+        killed += run.status == 0 ? 0 : 1;
+        std::filesystem::remove(file_ + ".lck");
+        const ToolRun read = runTool({"ds", "read", file_, "N", "P", std::to_string(when)});
+        // The data is there as a whole or not at all.
+        ASSERT_TRUE(read.status == 0 ? read.out == values : read.status == 17) << read.err;
+        ASSERT_TRUE(read.status == 0 || run.status != 0);
+        ASSERT_EQ(runTool({"ds", "read", file_, "N", "P", "0"}).out, values);
+    }
+    EXPECT_GT(killed, 8);
+    EXPECT_EQ(runTool({"ds", "rebuild", file_}).status, 0);
+    EXPECT_EQ(runTool({"ds", "verify", file_}).out, "");
 }
 
 TEST_F(ContainerData, IsReadInPlace)

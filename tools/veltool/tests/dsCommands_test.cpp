@@ -1,9 +1,11 @@
 // veltool ds: containers written, listed, read, copied and deleted from the shell.
+#include "io/bench/container_workloads.h"
 #include "tools/veltool/tests/toolRun.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -235,9 +237,73 @@ TEST_F(Ds, RebuildsTheIndexAndSaysWhatIsLost)
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out.rfind("datasets\t2\n", 0), 0U) << run.out;
     EXPECT_NE(run.out.find("\ndropped\t40\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\nremark\trecreate_indextable: "), std::string::npos) << run.out;
     EXPECT_EQ(ds({"verify", file}).out, "");
     EXPECT_EQ(ds({"read", file, "A", "P", "1"}).out, "1\n-2\n");
     EXPECT_EQ(ds({"read", file, "B", "Q", "1"}).status, 17);
+}
+
+TEST_F(Ds, TellsARebuildInJson)
+{
+    const std::string file = sample();
+    auto json = nlohmann::json::parse(ds({"rebuild", "--json", file}).out);
+    EXPECT_EQ(json["datasets"], 3);
+    EXPECT_TRUE(json["lost"].empty());
+    EXPECT_TRUE(json["remarks"].empty());
+    EXPECT_EQ(json["dropped"], 0);
+
+    // The index knows a dataset that was marked as deleted behind its back.
+    const auto list = nlohmann::json::parse(ds({"list", "--json", file}).out);
+    const std::size_t second = list[1]["position"];
+    std::string bytes = folder_.read("sample.res");
+    folder_.write("sample.res", bytes.replace(second, 2, "DF"));
+    json = nlohmann::json::parse(ds({"rebuild", "--json", file}).out);
+    EXPECT_EQ(json["datasets"], 2);
+    ASSERT_EQ(json["lost"].size(), 1U);
+    for (const char *key : {"what", "where", "when", "length", "position"})
+        EXPECT_EQ(json["lost"][0][key], list[1][key]) << key;
+}
+
+TEST_F(Ds, NamesFaultsBehindTheFirst)
+{
+    const std::string file = sample();
+    const auto list = nlohmann::json::parse(ds({"list", "--json", file}).out);
+    std::string bytes = folder_.read("sample.res");
+    for (const std::size_t dataset : {0, 2}) {
+        const std::size_t position = list[dataset]["position"];
+        bytes[bytes.find("NUMBER", position)] = 'M';
+    }
+    folder_.write("sample.res", bytes);
+    const auto faults = nlohmann::json::parse(ds({"verify", "--json", file}).out);
+    ASSERT_EQ(faults.size(), 2U) << faults;
+    EXPECT_EQ(faults[0]["position"], list[0]["position"]);
+    EXPECT_EQ(faults[1]["position"], list[2]["position"]);
+    EXPECT_EQ(ds({"verify", file}).status, faults[0]["code"]);
+}
+
+TEST_F(Ds, ShowsHowFarItIsOnATerminalOnly)
+{
+    // As many datasets as take well over a second here, whatever this machine is.
+    const std::string file = folder_.path("many.res");
+    for (int count = 100000;; count *= 2) {
+        ASSERT_LT(count, 10000000);
+        ASSERT_EQ(container_workloads::append_small(file, count), 0);
+        const auto start = std::chrono::steady_clock::now();
+        const ToolRun plain = ds({"verify", file});
+        ASSERT_EQ(plain.out + plain.err, "");
+        if (std::chrono::steady_clock::now() - start > std::chrono::milliseconds(2500))
+            break;
+    }
+    const ToolRun run =
+        runShell("script -qec '\"$VELTOOL\" ds verify \"" + file + "\"' /dev/null </dev/null");
+    EXPECT_EQ(run.status, 0) << run.out;
+    // A number and "%", again and again on one line, which is empty in the end.
+    const std::size_t shown = run.out.find('%');
+    ASSERT_NE(shown, std::string::npos) << run.out;
+    EXPECT_EQ(run.out[0], '\r');
+    EXPECT_EQ(run.out.find('\n'), std::string::npos) << run.out;
+    const std::string cleared = "\r\x1b[K";
+    EXPECT_EQ(run.out.substr(run.out.size() - cleared.size()), cleared);
 }
 
 TEST_F(Ds, RefusesToRebuildWhatIsNoContainer)
