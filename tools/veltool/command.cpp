@@ -5,9 +5,10 @@ namespace veltool {
 namespace {
 
 constexpr const Command *commands[] = {
-    &formatCommand, &treeCommand,  &getCommand,      &findTextCommand, &setCommand,
-    &diffCommand,   &mergeCommand, &gitSetupCommand, &gitDiffCommand,  &extractCommand,
-    &embedCommand,  &perlCommand,  &dsCommand,
+    &checkCommand,   &formatCommand,   &treeCommand,    &getCommand,     &findTextCommand,
+    &setCommand,     &addCommand,      &deleteCommand,  &upgradeCommand, &diffCommand,
+    &mergeCommand,   &gitSetupCommand, &gitDiffCommand, &explainCommand, &rulesCommand,
+    &extractCommand, &embedCommand,    &perlCommand,    &dsCommand,
 };
 
 } // namespace

@@ -57,15 +57,21 @@ std::unique_ptr<Task> makeTask()
 }
 
 // One file each.
+extern const Command checkCommand;
 extern const Command formatCommand;
 extern const Command treeCommand;
 extern const Command getCommand;
 extern const Command findTextCommand;
 extern const Command setCommand;
+extern const Command addCommand;
+extern const Command deleteCommand;
+extern const Command upgradeCommand;
 extern const Command diffCommand;
 extern const Command mergeCommand;
 extern const Command gitSetupCommand;
 extern const Command gitDiffCommand;
+extern const Command explainCommand;
+extern const Command rulesCommand;
 extern const Command extractCommand;
 extern const Command embedCommand;
 extern const Command perlCommand;

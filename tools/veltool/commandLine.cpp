@@ -29,6 +29,7 @@ private:
 };
 
 constexpr std::size_t helpWidth = 79;
+constexpr std::size_t purposeColumn = 26; ///< in the list of the commands
 
 /// The text broken into lines behind its blanks.
 std::string wrapWords(const std::string &text)
@@ -158,7 +159,10 @@ std::string generalHelp()
                        "       veltool --version\n\nCommands:\n";
     for (const Command *command : allCommands()) {
         std::string line = "  " + std::string(command->name) + ' ' + command->words;
-        line.resize(std::max<std::size_t>(line.size() + 2, 26), ' ');
+        if (line.size() + 2 > purposeColumn)
+            line += '\n' + std::string(purposeColumn, ' ');
+        else
+            line.resize(purposeColumn, ' ');
         text += line + command->purpose + '\n';
     }
     text += "\nExit status: 0 good; 1 findings, differences or no hit; 2 misuse or a failed "

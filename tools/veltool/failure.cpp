@@ -5,11 +5,17 @@
 
 namespace veltool {
 
-void report(const std::string &message)
+std::string messageLine(const std::string &message)
 {
     std::string line = "veltool: " + message;
     if (line.back() != '\n')
         line += '\n';
+    return line;
+}
+
+void report(const std::string &message)
+{
+    const std::string line = messageLine(message);
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

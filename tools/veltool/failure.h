@@ -36,7 +36,10 @@ public:
     explicit Refusal(std::string message) : Failure(std::move(message), statusFindings) {}
 };
 
-/// Writes `veltool: message` to standard error.
+/// The message as it is shown: `veltool: message`, ended by a line feed.
+[[nodiscard]] std::string messageLine(const std::string &message);
+
+/// Writes that to standard error.
 void report(const std::string &message);
 
 /// Throws a Failure with the message of a database or bridge call, with

@@ -1,11 +1,11 @@
 // veltool find: where a text occurs.
-#include "tools/veltool/caseFold.h"
 #include "tools/veltool/command.h"
 #include "tools/veltool/commandData.h"
 #include "tools/veltool/fileLoop.h"
 #include "tools/veltool/json.h"
 #include "tools/veltool/output.h"
-#include "tools/veltool/statementIndex.h"
+#include "tools/veltool/statementTree.h"
+#include "tools/veltool/textPattern.h"
 #include "tools/veltool/treeWalk.h"
 
 #include <CLI/App.hpp>
@@ -15,6 +15,44 @@
 namespace veltool {
 
 namespace {
+
+/// What is looked for: a text anywhere, and where it reads NAME=VALUE also the
+/// parameters of that name with that value.
+class Search
+{
+public:
+    explicit Search(const std::string &text) : text_(text)
+    {
+        const std::size_t equals = text.find('=');
+        if (equals == std::string::npos)
+            return;
+        name_.emplace(trimmed(std::string_view(text).substr(0, equals)));
+        value_.emplace(trimmed(std::string_view(text).substr(equals + 1)));
+    }
+
+    [[nodiscard]] bool isHit(const TreeWalk &walk) const
+    {
+        const velNodeInfo &info = walk.info();
+        // The path ends in the name.
+        if (text_.isIn(walk.path()) || (info.value && text_.isIn(info.value)))
+            return true;
+        return name_ && info.value && name_->fits(info.name) && value_->fits(info.value);
+    }
+
+private:
+    static std::string_view trimmed(std::string_view text)
+    {
+        while (!text.empty() && isBlank(text.front()))
+            text.remove_prefix(1);
+        while (!text.empty() && isBlank(text.back()))
+            text.remove_suffix(1);
+        return text;
+    }
+
+    TextPattern text_;
+    std::optional<TextPattern> name_;
+    std::optional<TextPattern> value_;
+};
 
 class FindTask : public Task
 {
@@ -26,7 +64,7 @@ public:
 
     int run(const Words &words) override
     {
-        wanted_ = foldCase(words.back());
+        wanted_.emplace(words.back());
         const std::span<const std::string> files(words.data(), words.size() - 1);
         int status = forEachFile(files, [this](const std::string &file) { return search(file); });
         if (json_)
@@ -40,30 +78,16 @@ private:
         const SourceText text = readText(file);
         const velHandlePtr handle = newHandle();
         parseText(handle.get(), text, file);
-        std::optional<StatementIndex> index; // made for the first hit
+        std::optional<StatementTree> lines; // made for the first hit
         TreeWalk walk(handle.get(), velFindNode(handle.get(), "/"), "/");
         for (walk.step(); walk.node(); walk.step()) {
-            if (!isHit(walk))
+            if (!wanted_->isHit(walk))
                 continue;
-            if (!index)
-                index.emplace(text, handle.get());
-            print(file, index->lineOf(walk.node()), walk);
+            if (!lines)
+                lines.emplace(text);
+            print(file, lines->lineOf(walk.path()), walk);
         }
         return statusGood;
-    }
-
-    [[nodiscard]] bool isHit(const TreeWalk &walk) const
-    {
-        // The path ends in the name.
-        if (holds(walk.path()))
-            return true;
-        const char *value = walk.info().value;
-        return value && holds(value);
-    }
-
-    [[nodiscard]] bool holds(std::string_view text) const
-    {
-        return foldCase(text).find(wanted_) != std::string::npos;
     }
 
     void print(const std::string &file, std::size_t line, const TreeWalk &walk)
@@ -84,7 +108,7 @@ private:
 
     bool json_ = false;
     bool found_ = false;
-    std::string wanted_;
+    std::optional<Search> wanted_;
     JsonArray array_;
 };
 
@@ -98,7 +122,9 @@ const Command findTextCommand = {
     .passesOn = false,
     .purpose = "Show where a text occurs",
     .details = "Objects and parameters whose name, path or value holds TEXT; capital and small "
-               "letters are the same. Status 1 without a hit.",
+               "letters are the same, * stands for any characters and ? for any one. NAME=VALUE "
+               "finds the parameters of that name with that value too, each as a whole or with "
+               "wildcards. Prints FILE:LINE: PATH = VALUE; status 1 without a hit.",
     .make = makeTask<FindTask>,
 };
 

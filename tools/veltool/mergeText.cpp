@@ -159,7 +159,8 @@ private:
             return linesOf(texts_.theirs, later.back().lines, lineEnd_);
         const char *value = velDescribe(trees_.theirs, step.theirs).value;
         const SourceText statement(bytesOf(texts_.ours, place.lines));
-        return replaceValue(statement, {0, statement.lineCount()}, value ? value : "");
+        return spliced(statement,
+                       valueSplice(statement, {0, statement.lineCount()}, value ? value : ""));
     }
 
     /// What stands in THEIRS, as its author wrote it where that is in one place.

@@ -1,5 +1,6 @@
 #include "tools/veltool/ruleCheck.h"
 
+#include "tools/veltool/commandData.h"
 #include "tools/veltool/failure.h"
 #include "velapilt/src/velapilt.h"
 #include "velparser/api/velparser.h"
@@ -12,76 +13,177 @@ namespace veltool {
 
 namespace {
 
-/// Takes the user's data out of the instance; library data stays.
-void dropUserData()
+constexpr const char *faultIdentifier = "bad-rule";
+
+void requirePerlSide()
+{
+    if (!std::getenv("ZOT5_VEL_PARSER"))
+        throw Failure("the Perl side was not found; set ZOT5_VEL_PARSER to its folder");
+}
+
+/// The faults of the rules that the reading of libraries tells; what else it
+/// tells is a failure.
+std::vector<Finding> readLibrariesOnce()
+{
+    std::vector<Finding> faults = parseFindings(velparser::readVELLibraries());
+    for (const Finding &fault : faults) {
+        if (fault.id != faultIdentifier)
+            throw Failure((fault.path.empty() ? "" : fault.path + ": ") + fault.message);
+    }
+    if (!velparser::findLiteHandle())
+        throw Failure("the Perl side has no command database");
+    return faults;
+}
+
+void loadLibrary(const velStringList &lines)
+{
+    require(loadLibraryData(velparser::findLiteHandle(), lines.data(),
+                            static_cast<std::int32_t>(lines.size())));
+}
+
+std::vector<velChildInfo> topLevel()
 {
     std::vector<velChildInfo> children;
     require(velparser::getChildList("/", &children, nullptr));
-    velHandle *handle = velparser::findLiteHandle();
-    for (const velChildInfo &child : children) {
-        const bool named = std::string_view(child.className) == "Object";
-        const std::string path = '/' + (named ? child.type + ':' + child.name : child.name);
-        if (std::string_view(child.className) == "Param")
-            require(deleteParamH(handle, path.c_str()));
-        else if (isLibrary(handle, path.c_str()) != 1)
-            require(deleteObjH(handle, path.c_str()));
+    return children;
+}
+
+bool isParameter(const velChildInfo &child)
+{
+    return std::string_view(child.className) == "Param";
+}
+
+std::string pathOf(const velChildInfo &child)
+{
+    const bool isNamed = std::string_view(child.className) == "Object";
+    return '/' + (isNamed ? child.type + ':' + child.name : child.name);
+}
+
+/// The changes that an upgrade tells, each of them beginning with a path.
+std::vector<std::string> upgradeLoadedData(const std::string &file)
+{
+    const char *told = velparser::updateSolverVEL();
+    std::vector<std::string> changes;
+    std::istringstream stream(told ? told : "");
+    for (std::string line; std::getline(stream, line);) {
+        if (!line.starts_with('/'))
+            throw Failure(file + ": " + line);
+        changes.push_back(line);
     }
+    return changes;
 }
 
 } // namespace
 
-Finding parseFinding(const std::string &line)
-{
-    Finding finding{.path = {}, .message = line, .id = {}};
-    const std::size_t colon = line.find(": ");
-    if (line.starts_with('/') && colon != std::string::npos) {
-        finding.path = line.substr(0, colon);
-        finding.message = line.substr(colon + 2);
-    }
-    const std::size_t bracket = line.rfind('[');
-    if (line.ends_with(']') && bracket != std::string::npos)
-        finding.id = line.substr(bracket + 1, line.size() - bracket - 2);
-    return finding;
-}
-
 RuleCheck::RuleCheck()
 {
-    if (!std::getenv("ZOT5_VEL_PARSER"))
-        throw Failure("the Perl side was not found; set ZOT5_VEL_PARSER to its folder");
-    require(velparser::readVELLibraries());
-    if (!velparser::findLiteHandle())
-        throw Failure("the Perl side has no command database");
+    requirePerlSide();
+    faults_ = readLibrariesOnce();
     require(velparser::setUnitsChecking(1));
     require(velparser::setBoundsChecking(1));
+    keepLibraries();
 }
 
-std::vector<Finding> RuleCheck::findings(const SourceText &text)
+void RuleCheck::keepLibraries()
+{
+    for (const velChildInfo &child : topLevel()) {
+        if (isParameter(child))
+            continue;
+        LibraryObject &object = libraries_.emplace_back();
+        object.path = pathOf(child);
+        require(
+            getObjectVELH(velparser::findLiteHandle(), object.path.c_str(), &object.lines, true));
+    }
+    const TreeData all(velparser::findLiteHandle());
+    for (const TreeData::Item &item : all.items())
+        libraryPaths_.insert(item.path);
+}
+
+/// A text that states an object of the libraries again makes it the user's,
+/// and what the libraries say in it cannot be told from what the text says:
+/// such an object is made anew.
+void RuleCheck::dropUserData() const
+{
+    velHandle *handle = velparser::findLiteHandle();
+    setVELStateH(handle, 0);
+    for (const velChildInfo &child : topLevel()) {
+        const std::string path = pathOf(child);
+        if (isParameter(child)) {
+            require(velparser::deleteParam(path.c_str()));
+            continue;
+        }
+        if (isLibrary(handle, path.c_str()) == 1)
+            continue;
+        require(velparser::deleteObj(path.c_str()));
+        const auto object =
+            std::find_if(libraries_.begin(), libraries_.end(),
+                         [&](const LibraryObject &each) { return each.path == path; });
+        if (object != libraries_.end())
+            loadLibrary(object->lines);
+    }
+}
+
+void RuleCheck::load(const SourceText &text, const std::string &file) const
 {
     dropUserData();
     const velStringList lines = text.parsedLines().takeStrings();
-    require(velparser::loadVELData(lines.data(), static_cast<std::int32_t>(lines.size())));
-    // What was changed is no matter here: the findings are those of the result.
-    (void)velparser::updateSolverVEL();
-
-    std::vector<Finding> findings;
-    const char *said = velparser::validateVELDataH();
-    std::istringstream stream(said ? said : "");
-    for (std::string line; std::getline(stream, line);)
-        findings.push_back(parseFinding(line));
-    return findings;
+    require(velparser::loadVELData(lines.data(), static_cast<std::int32_t>(lines.size())), file);
 }
 
-std::vector<Finding> newFindings(std::vector<Finding> before, const std::vector<Finding> &after)
+int RuleCheck::reportRuleFaults() const
 {
-    std::vector<Finding> fresh;
-    for (const Finding &finding : after) {
-        const auto known = std::find(before.begin(), before.end(), finding);
-        if (known == before.end())
-            fresh.push_back(finding);
-        else
-            before.erase(known);
+    for (const Finding &fault : faults_)
+        report(fault.path + ": " + fault.message + " [" + fault.id + ']');
+    return faults_.empty() ? statusGood : statusFindings;
+}
+
+std::vector<Finding> RuleCheck::findings(const SourceText &text, const std::string &file)
+{
+    load(text, file);
+    // What was changed is no matter here: the findings are those of the result.
+    (void)upgradeLoadedData(file);
+    return parseFindings(velparser::validateVELDataH());
+}
+
+Upgrade RuleCheck::upgrade(const SourceText &text, const std::string &file)
+{
+    load(text, file);
+    Upgrade upgrade{.changes = upgradeLoadedData(file), .result = {}};
+    const velHandlePtr own = newHandle();
+    parseText(own.get(), text, file);
+    const TreeData upgraded(velparser::findLiteHandle());
+    for (const TreeData::Item &item : upgraded.items()) {
+        if (!libraryPaths_.contains(item.path) || velFindNode(own.get(), item.path.c_str()))
+            upgrade.result.add(item);
     }
-    return fresh;
+    return upgrade;
+}
+
+std::vector<RuleField> RuleCheck::explain(const SourceText &text, const std::string &file,
+                                          const std::string &path)
+{
+    load(text, file);
+    velStringList lines;
+    require(velparser::explainItem(path.c_str(), &lines), file);
+    std::vector<RuleField> fields;
+    for (const std::string_view line : lines) {
+        const std::size_t equals = std::min(line.find(" = "), line.size());
+        fields.push_back({std::string(line.substr(0, equals)),
+                          std::string(line.substr(std::min(equals + 3, line.size())))});
+    }
+    return fields;
+}
+
+std::vector<Finding> findRuleFaults(const std::vector<SourceText> &libraries)
+{
+    requirePerlSide();
+    // The reading of libraries also tells the faults of what is there already.
+    setenv("ZOT5_VEL_LIBS", "", 1);
+    setenv("ZOT5_VEL_LIBSDIR", ".", 1);
+    (void)readLibrariesOnce();
+    for (const SourceText &library : libraries)
+        loadLibrary(library.parsedLines().takeStrings());
+    return readLibrariesOnce();
 }
 
 } // namespace veltool

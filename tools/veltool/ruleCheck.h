@@ -1,28 +1,33 @@
-// Findings of the rules, through the bridge.
+// What the rules say of command data, through the bridge.
 //
 // The bridge has one instance with one database. The interpreter and the rule
 // libraries are loaded once; the command data of each text replaces that of
 // the one before.
 #pragma once
 
+#include "tools/veltool/finding.h"
 #include "tools/veltool/sourceText.h"
+#include "tools/veltool/treeData.h"
 
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace veltool {
 
-/// One line that the validator says.
-struct Finding
+/// What an upgrade does to the data of a text.
+struct Upgrade
 {
-    std::string path;    ///< empty where the line names none
-    std::string message; ///< "sentence [identifier]"
-    std::string id;      ///< empty where there is none
-
-    bool operator==(const Finding &) const = default;
+    std::vector<std::string> changes; ///< as the rules tell them, none when up to date
+    TreeData result;                  ///< without what only the libraries state
 };
 
-[[nodiscard]] Finding parseFinding(const std::string &line);
+/// One field of a rule and its text.
+struct RuleField
+{
+    std::string name;
+    std::string text;
+};
 
 class RuleCheck
 {
@@ -30,14 +35,44 @@ public:
     /// Throws a Failure when the interpreter or the libraries cannot be loaded.
     RuleCheck();
 
-    /// Loads the text, brings it up to the current version in memory, and
-    /// validates it, units and bounds included. Throws a Failure.
-    [[nodiscard]] std::vector<Finding> findings(const SourceText &text);
+    /// Says on standard error what is wrong with the rules themselves. Gives
+    /// the status for that.
+    [[nodiscard]] int reportRuleFaults() const;
+
+    // Each of these takes a text that parses; `file` is named in messages.
+    // Throws a Failure.
+
+    /// Brings the data up to the current version in memory and validates it,
+    /// units and bounds included.
+    [[nodiscard]] std::vector<Finding> findings(const SourceText &text, const std::string &file);
+
+    /// Brings the data up to the current version.
+    [[nodiscard]] Upgrade upgrade(const SourceText &text, const std::string &file);
+
+    /// What the rules say of an object or parameter of the text, there or not;
+    /// no fields where there is no rule.
+    [[nodiscard]] std::vector<RuleField> explain(const SourceText &text, const std::string &file,
+                                                 const std::string &path);
+
+private:
+    /// What the libraries have put at the top level.
+    struct LibraryObject
+    {
+        std::string path;
+        velStringList lines;
+    };
+
+    void keepLibraries();
+    void dropUserData() const;
+    void load(const SourceText &text, const std::string &file) const;
+
+    std::vector<Finding> faults_;
+    std::vector<LibraryObject> libraries_;
+    std::unordered_set<std::string> libraryPaths_; ///< of all that the libraries state
 };
 
-/// Those of `after` that are not among `before`; one that is there twice and
-/// was there once is new once.
-[[nodiscard]] std::vector<Finding> newFindings(std::vector<Finding> before,
-                                               const std::vector<Finding> &after);
+/// Reads these libraries and no others, and gives what is wrong with the rules
+/// in them. To be called once, instead of making a RuleCheck.
+[[nodiscard]] std::vector<Finding> findRuleFaults(const std::vector<SourceText> &libraries);
 
 } // namespace veltool

@@ -6,8 +6,6 @@ namespace veltool {
 
 namespace {
 
-constexpr std::string_view replaceWord = "&replace";
-
 std::string_view trim(std::string_view text)
 {
     while (!text.empty() && isBlank(text.front()))

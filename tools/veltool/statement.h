@@ -23,6 +23,9 @@
 
 namespace veltool {
 
+/// What makes a statement sweep away what it does not restate.
+inline constexpr std::string_view replaceWord = "&replace";
+
 enum class StatementKind {
     Nothing, ///< blank, or a remark only
     Header,

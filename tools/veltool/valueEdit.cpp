@@ -44,12 +44,6 @@ std::size_t lineOf(const SourceText &source, LineRange lines, std::size_t positi
     return line;
 }
 
-std::string_view leadingBlanks(std::string_view line)
-{
-    const auto end = std::find_if_not(line.begin(), line.end(), isBlank);
-    return line.substr(0, static_cast<std::size_t>(end - line.begin()));
-}
-
 std::size_t trimmedLength(std::string_view line)
 {
     std::size_t length = line.size();
@@ -201,16 +195,13 @@ private:
     Style style_;
 };
 
-std::string splice(const SourceText &source, std::size_t begin, std::size_t end,
-                   std::string_view text)
-{
-    std::string bytes = source.bytes().substr(0, begin);
-    bytes += text;
-    bytes += source.bytes().substr(end);
-    return bytes;
-}
-
 } // namespace
+
+std::string_view leadingBlanks(std::string_view line)
+{
+    const auto end = std::find_if_not(line.begin(), line.end(), isBlank);
+    return line.substr(0, static_cast<std::size_t>(end - line.begin()));
+}
 
 void requireStorable(std::string_view value)
 {
@@ -238,21 +229,44 @@ void requireStorable(std::string_view value)
     }
 }
 
-std::string replaceValue(const SourceText &source, LineRange lines, std::string_view value)
+Splice valueSplice(const SourceText &source, LineRange lines, std::string_view value)
 {
     Statement statement;
     readStatement(source, lines.first, Positions::Keep, &statement);
     const ValueRange old = findValue(statement);
     if (old.begin == old.end) {
         const std::size_t behindEquals = statement.positions[statement.text.find('=')] + 1;
-        return splice(source, behindEquals, behindEquals, ' ' + std::string(value));
+        return {behindEquals, behindEquals, ' ' + std::string(value)};
     }
-    std::size_t begin = statement.positions[old.begin];
     const std::size_t end = statement.positions[old.end - 1] + 1;
-    if (lines.count == 1 || value.empty())
-        return splice(source, begin, end, value);
-    const std::string text = Wrapper(source, statement, old).wrap(value, &begin);
-    return splice(source, begin, end, text);
+    Splice splice{statement.positions[old.begin], end, std::string(value)};
+    if (lines.count > 1 && !value.empty())
+        splice.text = Wrapper(source, statement, old).wrap(value, &splice.begin);
+    return splice;
+}
+
+Splice componentSplice(const SourceText &source, LineRange lines, std::string_view component)
+{
+    Statement statement;
+    readStatement(source, lines.first, Positions::Keep, &statement);
+    const std::string_view text = statement.text;
+    const bool isParameter = statement.kind == StatementKind::Parameter;
+    std::size_t begin = text.starts_with(replaceWord) ? replaceWord.size() : 0;
+    std::size_t end = text.find(isParameter ? '=' : ':');
+    while (begin < end && isBlank(text[begin]))
+        ++begin;
+    while (end > begin && isBlank(text[end - 1]))
+        --end;
+    return {statement.positions[begin], statement.positions[end - 1] + 1,
+            std::string(component.substr(0, component.find(':')))};
+}
+
+std::string spliced(const SourceText &source, const Splice &splice)
+{
+    std::string bytes = source.bytes().substr(0, splice.begin);
+    bytes += splice.text;
+    bytes += source.bytes().substr(splice.end);
+    return bytes;
 }
 
 } // namespace veltool

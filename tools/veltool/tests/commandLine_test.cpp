@@ -112,7 +112,7 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow)
         {"--no-such-option"},
         {"get"},
         {"get", "one"},
-        {"get", "one", "two", "three"},
+        {"tree", "one", "two", "three"},
         {"get", "--no-such-option", "one", "two"},
         {"format", "--width"},
         {""},

@@ -1,5 +1,7 @@
-// set and perl: what needs the Perl side.
-#include "tools/veltool/tests/toolRun.h"
+// set, add, delete and perl: what needs the Perl side.
+#include "tools/veltool/tests/ownRules.h"
+
+#include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,26 +10,12 @@
 namespace veltool::test {
 namespace {
 
+using Words = std::vector<std::string>;
+
 /// A folder with a rule library of its own, which the runs use.
 class SetTest : public ::testing::Test
 {
 protected:
-    SetTest()
-    {
-        rules_.write("rules.vel", "RULES:\n"
-                                  "  OBJECT: DOMAIN\n"
-                                  "    Parents = /\n"
-                                  "    Required Parameters = Kind\n"
-                                  "    Optional Parameters = Number, Location, Note\n"
-                                  "    PARAMETER: Kind\n"
-                                  "      Allowed Values = Fluid, Solid\n"
-                                  "    END\n"
-                                  "  END\n"
-                                  "END\n");
-        setenv("ZOT5_VEL_LIBSDIR", rules_.path().c_str(), 1);
-        setenv("ZOT5_VEL_LIBS", "rules.vel", 1);
-    }
-
     std::string writeSample() { return folder_.write("a.vel", sample_); }
 
     ToolRun set(const std::string &path, const std::string &value)
@@ -44,7 +32,16 @@ protected:
                                 "     B2\r\n"
                                 "  Number = 2   # in truth\r\n"
                                 "END";
-    TemporaryFolder rules_;
+    OwnRules rules_{"RULES:\n"
+                    "  OBJECT: DOMAIN\n"
+                    "    Parents = /\n"
+                    "    Required Parameters = Kind\n"
+                    "    Optional Parameters = Number, Location, Note\n"
+                    "    PARAMETER: Kind\n"
+                    "      Allowed Values = Fluid, Solid\n"
+                    "    END\n"
+                    "  END\n"
+                    "END\n"};
     TemporaryFolder folder_;
 };
 
@@ -182,6 +179,114 @@ TEST_F(SetTest, FindsTheRulesThatShipWithIt)
     const std::string build = std::getenv("VEL_BUILD_DIR");
     EXPECT_EQ(run.out.rfind(build + "/perl," + build + "/libraries,rules.vel", 0), 0U)
         << run.out << run.err;
+}
+
+TEST_F(SetTest, GivesNewFindingsAsJson)
+{
+    const std::string file = writeSample();
+    const ToolRun run = runTool({"set", "--json", file, "/DOMAIN:d/Kind", "Gas"});
+    EXPECT_EQ(run.status, 1);
+    const auto array = nlohmann::json::parse(run.out);
+    ASSERT_EQ(array.size(), 1U);
+    EXPECT_EQ(array[0]["file"], file);
+    EXPECT_EQ(array[0]["line"], 5);
+    EXPECT_EQ(array[0]["path"], "/DOMAIN:d/Kind");
+    EXPECT_EQ(array[0]["id"], "not-allowed");
+    EXPECT_EQ(runTool({"set", "--json", file, "/DOMAIN:d/Number", "2"}).out, "[]\n");
+    EXPECT_EQ(runTool({"set", "--json", file, "/DOMAIN:d/Number", "3"}).out, "[]\n");
+}
+
+TEST_F(SetTest, AddWritesOneLineBehindTheLastParameter)
+{
+    const std::string file = writeSample();
+    const ToolRun run = runTool({"add", file, "DOMAIN:d / Note", "-1 = \xFF"});
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(run.status, 0);
+    std::string expected = sample_;
+    expected.insert(expected.find("END"), "  Note = -1 = \xFF\r\n");
+    EXPECT_EQ(folder_.read("a.vel"), expected);
+    EXPECT_EQ(folder_.read("a.vel.bak"), sample_);
+}
+
+TEST_F(SetTest, AddIsRefused)
+{
+    const std::string file = writeSample();
+    const std::string start = "veltool: " + file + ": ";
+    const auto refusal = [&](const std::string &path, const std::string &value) {
+        const ToolRun run = runTool({"add", file, path, value});
+        EXPECT_EQ(run.status, 1) << path;
+        return run.out + run.err;
+    };
+    EXPECT_EQ(refusal("/DOMAIN:d/Kind", "Solid"),
+              start + "/DOMAIN:d/Kind exists already; veltool set gives it another value\n");
+    EXPECT_EQ(refusal("/DOMAIN:d", "1"),
+              start + "/DOMAIN:d exists already; veltool set gives it another value\n");
+    EXPECT_EQ(refusal("/DOMAIN:e/Kind", "Solid"),
+              start + "velCreateParam: parent object does not exist\n");
+    EXPECT_EQ(refusal("/DOMAIN:d/1 No Name", "1").rfind(start, 0), 0U);
+    EXPECT_EQ(refusal("/DOMAIN:d/Note", "a # b"),
+              "veltool: value \"a # b\" cannot stand in a file: '#' begins a remark; write \\#\n");
+    EXPECT_EQ(refusal("/DOMAIN:d/Nte", "1"),
+              file + ":9: /DOMAIN:d/Nte: DOMAIN has no parameter \"Nte\"; did you mean Note? "
+                     "[unknown-parameter]\n");
+    EXPECT_EQ(folder_.read("a.vel"), sample_);
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
+
+    EXPECT_EQ(runTool({"add", "--force", file, "/DOMAIN:d/Nte", "1"}).status, 0);
+    EXPECT_EQ(runTool({"get", file, "/DOMAIN:d/Nte"}).out, "1\n");
+}
+
+TEST_F(SetTest, DeleteTakesAllStatementsOut)
+{
+    const std::string file = writeSample();
+    EXPECT_EQ(runTool({"delete", file, "/DOMAIN:d/Number"}).status, 0);
+    EXPECT_EQ(folder_.read("a.vel"), "# My case\r\n\r\nDOMAIN: d\r\n  Kind = Fluid\r\n"
+                                     "  Location = B1, \\\r\n     B2\r\nEND");
+    EXPECT_EQ(folder_.read("a.vel.bak"), sample_);
+}
+
+TEST_F(SetTest, DeleteTakesAllBlocksOfAnObject)
+{
+    const std::string block = "DOMAIN: e # first\n  Kind = Fluid\n  # note\nEND\n";
+    const std::string rest = "# before\nDOMAIN: d\n  Kind = Fluid\nEND\n# behind\n";
+    const std::string file =
+        folder_.write("a.vel", block + rest + "&replace DOMAIN: e\n  Kind = Solid\nEND # of e");
+    EXPECT_EQ(runTool({"delete", file, "/DOMAIN:e"}).status, 0);
+    EXPECT_EQ(folder_.read("a.vel"), rest);
+}
+
+TEST_F(SetTest, DeleteIsRefused)
+{
+    const std::string file = writeSample();
+    const ToolRun required = runTool({"delete", file, "/DOMAIN:d/Kind"});
+    EXPECT_EQ(required.status, 1);
+    EXPECT_EQ(required.out,
+              file + ":3: /DOMAIN:d: required parameter \"Kind\" is missing [missing-parameter]\n");
+    const ToolRun missing = runTool({"delete", file, "/DOMAIN:d/Note"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err.rfind("veltool: " + file + ": ", 0), 0U) << missing.err;
+    EXPECT_EQ(runTool({"delete", file, "/"}).status, 1);
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
+    EXPECT_EQ(runTool({"delete", "--force", file, "/DOMAIN:d/Kind"}).status, 0);
+    EXPECT_EQ(runTool({"find", file, "Kind=*"}).status, 1);
+}
+
+TEST_F(SetTest, AddAndDeleteUndoEachOther)
+{
+    const std::string file = writeSample();
+    ASSERT_EQ(runTool({"add", file, "/DOMAIN:d/Note", "x"}).status, 0);
+    ASSERT_EQ(runTool({"delete", file, "/DOMAIN:d/Note"}).status, 0);
+    EXPECT_EQ(folder_.read("a.vel"), sample_);
+}
+
+TEST_F(SetTest, EditsPointToExtractForAContainer)
+{
+    const std::string file = folder_.write("a.res", "*INFO\n                   0\n*ENDINFO\n");
+    for (const Words &words : {Words{"add", file, "/x", "1"}, Words{"delete", file, "/x"}}) {
+        const ToolRun run = runTool(words);
+        EXPECT_EQ(run.status, 1);
+        EXPECT_NE(run.err.find("veltool extract"), std::string::npos) << run.err;
+    }
 }
 
 TEST(Perl, RunsAScriptWithItsOwnOptions)

@@ -47,8 +47,11 @@ std::string replay(const std::string &console, const std::string &folder)
     for (std::string line; std::getline(lines, line);) {
         if (line.rfind("$ ", 0) != 0)
             continue;
-        const ToolRun run = runShell(
-            "cd " + folder + "; veltool() { \"$VELTOOL\" \"$@\"; }; exec 2>&1; " + line.substr(2));
+        // As for a user who has set nothing: with the rules that ship.
+        const ToolRun run = runShell("cd " + folder +
+                                     "; unset ZOT5_VEL_LIBSDIR ZOT5_VEL_LIBS; veltool() { "
+                                     "\"$VELTOOL\" \"$@\"; }; exec 2>&1; " +
+                                     line.substr(2));
         seen += line + '\n' + run.out + run.err;
     }
     return seen;

@@ -1,7 +1,7 @@
 #include "tools/veltool/statement.h"
 
 #include "tools/veltool/commandData.h"
-#include "tools/veltool/statementIndex.h"
+#include "tools/veltool/statementTree.h"
 #include "tools/veltool/tests/randomText.h"
 #include "tools/veltool/treeWalk.h"
 
@@ -91,7 +91,7 @@ std::string valueOf(const SourceText &source, LineRange lines)
     return value;
 }
 
-TEST(StatementIndex, AgreesWithTheDatabaseOnRandomTexts)
+TEST(StatementTree, AgreesWithTheDatabaseOnRandomTexts)
 {
     test::RandomText random(7);
     int parsed = 0;
@@ -103,16 +103,16 @@ TEST(StatementIndex, AgreesWithTheDatabaseOnRandomTexts)
         if (parseVELData(handle.get(), &lines, 0))
             continue;
         ++parsed;
-        const StatementIndex index(source, handle.get());
+        const StatementTree tree(source);
         TreeWalk walk(handle.get(), velFindNode(handle.get(), "/"), "/");
         for (walk.step(); walk.node(); walk.step()) {
-            const LineRange *range = index.find(walk.node());
-            ASSERT_NE(range, nullptr) << walk.path() << " in\n" << source.bytes();
+            const StatementTree::Stated *stated = tree.lastOf(walk.path());
+            ASSERT_NE(stated, nullptr) << walk.path() << " in\n" << source.bytes();
             if (walk.info().kind != velParam)
                 continue;
             ++parameters;
-            ASSERT_EQ(valueOf(source, *range), walk.info().value) << walk.path() << " in\n"
-                                                                  << source.bytes();
+            ASSERT_EQ(valueOf(source, stated->lines), walk.info().value) << walk.path() << " in\n"
+                                                                         << source.bytes();
         }
     }
     EXPECT_GT(parsed, 1000);

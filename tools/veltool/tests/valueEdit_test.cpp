@@ -2,7 +2,7 @@
 
 #include "tools/veltool/commandData.h"
 #include "tools/veltool/failure.h"
-#include "tools/veltool/statementIndex.h"
+#include "tools/veltool/statementTree.h"
 #include "tools/veltool/tests/randomText.h"
 #include "tools/veltool/treeWalk.h"
 
@@ -17,7 +17,7 @@ std::string edit(const std::string &text, const std::string &value)
     const SourceText source(text);
     Statement statement;
     readStatement(source, 0, Positions::Skip, &statement);
-    return replaceValue(source, statement.lines, value);
+    return spliced(source, valueSplice(source, statement.lines, value));
 }
 
 TEST(ReplaceValue, LeavesEverythingElseOfTheLine)
@@ -152,13 +152,13 @@ TEST(ReplaceValue, EditsRandomTextsAsTheDatabaseDoes)
             const std::string path = randomParameter(handle.get(), random);
             if (path.empty())
                 break;
-            const StatementIndex index(source, handle.get());
-            const LineRange *lines = index.find(velFindNode(handle.get(), path.c_str()));
-            ASSERT_NE(lines, nullptr);
+            const StatementTree tree(source);
+            const StatementTree::Stated *stated = tree.lastOf(path);
+            ASSERT_NE(stated, nullptr);
             const std::string value = random.value();
             ASSERT_EQ(refusal(value), "");
-            const SourceText edited(replaceValue(source, *lines, value));
-            expectSameSurroundings(source, edited, *lines);
+            const SourceText edited(spliced(source, valueSplice(source, stated->lines, value)));
+            expectSameSurroundings(source, edited, stated->lines);
             ASSERT_EQ(setStringValue(handle.get(), path.c_str(), value.c_str()), nullptr);
             const velHandlePtr reread = newHandle();
             ASSERT_TRUE(parse(reread.get(), edited)) << edited.bytes();

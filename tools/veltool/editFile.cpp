@@ -1,0 +1,76 @@
+#include "tools/veltool/editFile.h"
+
+#include "tools/veltool/commandData.h"
+#include "tools/veltool/json.h"
+#include "tools/veltool/output.h"
+#include "tools/veltool/replaceFile.h"
+#include "tools/veltool/ruleCheck.h"
+
+#include <CLI/App.hpp>
+
+namespace veltool {
+
+void EditTask::addOptions(CLI::App &app)
+{
+    app.add_flag("--force", force_, "Write in spite of new findings");
+    app.add_flag("--json", json_, "Print new findings as an array of objects");
+}
+
+int EditTask::editFile(const std::string &file, const FileChange &change) const
+{
+    const EditedFile edited(file);
+    const SourceText text = readTextToEdit(file);
+    const velHandlePtr handle = newHandle();
+    parseText(handle.get(), text, file);
+    if (!change.changeTree(handle.get())) {
+        out() << (json_ ? JsonArray().end() : "");
+        return statusGood;
+    }
+    TextEdit edit(text);
+    change.changeText(&edit);
+
+    const SourceText changed(edit.bytes());
+    const velHandlePtr reread = newHandle();
+    parseText(reread.get(), changed, file);
+    if (!isSameData(handle.get(), reread.get()))
+        throw Failure(file + ": the edited text would not read back as wanted; "
+                             "nothing was written");
+    if (printNewFindings(file, text, changed) && !force_)
+        return statusFindings;
+    edited.replace(changed.bytes());
+    return statusGood;
+}
+
+bool EditTask::printNewFindings(const std::string &file, const SourceText &before,
+                                const SourceText &after) const
+{
+    RuleCheck rules;
+    (void)rules.reportRuleFaults();
+    std::vector<Finding> fresh = rules.findings(after, file);
+    if (!fresh.empty())
+        fresh = newFindings(rules.findings(before, file), fresh);
+    const StatementTree lines(after);
+    JsonArray array;
+    for (const Finding &finding : fresh) {
+        if (finding.path.empty())
+            throw Failure(file + ": " + finding.message);
+        const std::size_t line = lines.lineOf(finding.path);
+        if (json_)
+            out() << array.next() << findingJson(file, line, finding);
+        else
+            out() << findingLine(file, line, finding);
+    }
+    if (json_)
+        out() << array.end();
+    return !fresh.empty();
+}
+
+SourceText readTextToEdit(const std::string &file)
+{
+    std::string bytes = readBytes(file);
+    if (kindOf(bytes) == FileKind::Container)
+        throw containerRefusal(file);
+    return SourceText(std::move(bytes));
+}
+
+} // namespace veltool

@@ -1,0 +1,211 @@
+// upgrade: the changes listed, and made in the text as its author wrote it.
+#include "tools/veltool/tests/ownRules.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+
+namespace veltool::test {
+namespace {
+
+const char *const stepRules = "RULES:\n"
+                              "  Language Version = 2\n"
+                              "  OBJECT: PUMP\n"
+                              "    Free Parameters = Yes\n"
+                              "  END\n"
+                              "  UPGRADE: Version 2\n"
+                              "    STEP: S1\n"
+                              "      Action = Rename Parameter\n"
+                              "      Object Type = PUMP\n"
+                              "      Parameter = Lift\n"
+                              "      New Name = Head\n"
+                              "    END\n"
+                              "    STEP: S2\n"
+                              "      Action = Change Value\n"
+                              "      Object Type = PUMP\n"
+                              "      Parameter = Kind\n"
+                              "      Old Value = Turbo\n"
+                              "      New Value = Centrifugal\n"
+                              "    END\n"
+                              "    STEP: S3\n"
+                              "      Action = Move Parameter\n"
+                              "      Object Type = PUMP\n"
+                              "      Parameter = Power\n"
+                              "      To Object = MOTOR\n"
+                              "      New Name = Rating\n"
+                              "    END\n"
+                              "    STEP: S4\n"
+                              "      Action = Rename Object Type\n"
+                              "      Object Type = PIPE\n"
+                              "      New Name = LINE\n"
+                              "    END\n"
+                              "    STEP: S5\n"
+                              "      Action = Remove Object\n"
+                              "      Object Type = PICTURE\n"
+                              "    END\n"
+                              "    STEP: S6\n"
+                              "      Action = Remove Parameter\n"
+                              "      Object Type = LINE\n"
+                              "      Parameter = Colour\n"
+                              "    END\n"
+                              "    STEP: S7\n"
+                              "      Action = Add Parameter\n"
+                              "      Object Type = LINE\n"
+                              "      Parameter = Wall\n"
+                              "      New Value = Smooth\n"
+                              "    END\n"
+                              "  END\n"
+                              "END\n";
+
+const char *const oldText = "# station\r\n"
+                            "LANGUAGE:\r\n"
+                            "  Version = 1 # of last year\r\n"
+                            "END\r\n"
+                            "\r\n"
+                            "PUMP: north\r\n"
+                            "    Kind   = Turbo # as built\r\n"
+                            "    # lift\r\n"
+                            "    Lift = 12, \\\r\n"
+                            "      13 # measured\r\n"
+                            "    Power = 3 [kW] # plate\r\n"
+                            "    Note = kept # too\r\n"
+                            "END\r\n"
+                            "PIPE : long # pipe\r\n"
+                            "  Colour = red\r\n"
+                            "  Length = 3 # m\r\n"
+                            "END\r\n"
+                            "PICTURE: p\r\n"
+                            "  # gone with it\r\n"
+                            "END\r\n"
+                            "# the end";
+
+const char *const newText = "# station\r\n"
+                            "LANGUAGE:\r\n"
+                            "  Version = 2 # of last year\r\n"
+                            "END\r\n"
+                            "\r\n"
+                            "PUMP: north\r\n"
+                            "    Kind   = Centrifugal # as built\r\n"
+                            "    # lift\r\n"
+                            "    Head = 12, \\\r\n"
+                            "      13 # measured\r\n"
+                            "    Note = kept # too\r\n"
+                            "    MOTOR:\r\n"
+                            "      Rating = 3 [kW] # plate\r\n"
+                            "    END\r\n"
+                            "END\r\n"
+                            "LINE : long # pipe\r\n"
+                            "  Length = 3 # m\r\n"
+                            "  Wall = Smooth\r\n"
+                            "END\r\n"
+                            "# the end";
+
+std::string changes(const std::string &file)
+{
+    return file + ":9: /PUMP:north/Lift: renamed to \"Head\"\n" + file +
+           ":7: /PUMP:north/Kind: changed from \"Turbo\" to \"Centrifugal\"\n" + file +
+           ":11: /PUMP:north/Power: moved to /PUMP:north/MOTOR/Rating\n" + file +
+           ":14: /PIPE:long: renamed to LINE:long\n" + file +
+           ":18: /PICTURE:p: removed with everything in it\n" + file +
+           ":15: /LINE:long/Colour: removed; it was \"red\"\n" + file +
+           ":14: /LINE:long/Wall: added with the value \"Smooth\"\n" + file +
+           ":3: /LANGUAGE/Version: changed from 1 to 2\n";
+}
+
+class UpgradeTest : public ::testing::Test
+{
+protected:
+    OwnRules rules_{stepRules};
+    TemporaryFolder folder_;
+};
+
+TEST_F(UpgradeTest, ChangesOnlyTheLinesThatItMust)
+{
+    const std::string file = folder_.write("old.vel", oldText);
+    ASSERT_EQ(chmod(file.c_str(), 0640), 0);
+    const ToolRun run = runTool({"upgrade", file});
+    EXPECT_EQ(run.out, changes(file));
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(folder_.read("old.vel"), newText);
+    EXPECT_EQ(folder_.read("old.vel.bak"), oldText);
+    struct stat status;
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640U);
+
+    const ToolRun again = runTool({"upgrade", file});
+    EXPECT_EQ(again.out + again.err, "");
+    EXPECT_EQ(again.status, 0);
+    EXPECT_EQ(folder_.read("old.vel.bak"), oldText) << "not touched again";
+}
+
+TEST_F(UpgradeTest, DryRunWritesNothing)
+{
+    const std::string file = folder_.write("old.vel", oldText);
+    const ToolRun run = runTool({"upgrade", "--dry-run", file});
+    EXPECT_EQ(run.out, changes(file));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"old.vel"});
+    EXPECT_EQ(folder_.read("old.vel"), oldText);
+    EXPECT_EQ(runTool({"upgrade", "--dry-run", "-"}, oldText).out, changes("-"));
+    EXPECT_EQ(runTool({"upgrade", "--dry-run", folder_.write("new.vel", "x = 1\n")}).status, 0);
+}
+
+TEST_F(UpgradeTest, GivesJsonOverManyFiles)
+{
+    const std::string file = folder_.write("old.vel", oldText);
+    const std::string current = folder_.write("new.vel", "PUMP: a\nEND\n");
+    const ToolRun run = runTool({"upgrade", "--json", folder_.path("missing.vel"), current, file});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "veltool: " + folder_.path("missing.vel") + ": No such file or directory\n");
+    const auto array = nlohmann::json::parse(run.out);
+    ASSERT_EQ(array.size(), 8U);
+    const nlohmann::json expected = {{"file", file},
+                                     {"line", 9},
+                                     {"path", "/PUMP:north/Lift"},
+                                     {"message", "renamed to \"Head\""}};
+    EXPECT_EQ(array[0], expected);
+    EXPECT_FALSE(folder_.has("new.vel.bak"));
+    EXPECT_TRUE(folder_.has("old.vel.bak"));
+}
+
+TEST_F(UpgradeTest, RefusesWhatItCannotEdit)
+{
+    const std::string container = folder_.write("a.res", "*INFO\n                   0\n*ENDINFO\n");
+    const ToolRun run = runTool({"upgrade", container});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.err.find("veltool extract"), std::string::npos) << run.err;
+    const ToolRun standard = runTool({"upgrade", "-"}, oldText);
+    EXPECT_EQ(standard.status, 2);
+    EXPECT_EQ(standard.out, "");
+    EXPECT_EQ(standard.err, "veltool: standard input cannot be edited in place\n");
+}
+
+TEST(Upgrade, BringsTheShippedExampleUpToDate)
+{
+    const TemporaryFolder folder;
+    std::ifstream in(std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/old-version.vel");
+    std::ostringstream text;
+    text << in.rdbuf();
+    const std::string file = folder.write("old.vel", text.str());
+    const std::string libraries = "ZOT5_VEL_LIBS='rules.vel;upgrades.vel' ";
+    EXPECT_EQ(runShell(libraries + "$VELTOOL upgrade " + file).status, 0);
+    EXPECT_EQ(runShell(libraries + "$VELTOOL upgrade --dry-run " + file).status, 0);
+    const ToolRun check = runShell(libraries + "$VELTOOL check " + file);
+    EXPECT_EQ(check.out + check.err, "");
+    // Every remark outside what was removed is still there.
+    std::istringstream lines(text.str());
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find('#') != std::string::npos) {
+            EXPECT_NE(folder.read("old.vel").find(line.substr(line.find('#'))), std::string::npos)
+                << line;
+        }
+    }
+}
+
+} // namespace
+} // namespace veltool::test
