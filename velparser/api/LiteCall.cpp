@@ -68,10 +68,10 @@ void LiteCall::guardArguments(pTHX)
 
 void LiteCall::keepAlive(pTHX)
 {
-    dropHandlerError(aTHX);
     mayRunHandlers_ = true;
-    if (mayHaveHandlers(aTHX_ record_))
+    if (mayHaveHandlers(aTHX_ record_) || liteContext(aTHX).handlerError)
         guard(aTHX);
+    dropHandlerError(aTHX);
 }
 
 std::int32_t LiteCall::integer(pTHX_ int i) const

@@ -248,9 +248,9 @@ SV *liteClearChangeHandlers(pTHX_ LiteCall &call)
 SV *liteRegisterActionHandler(pTHX_ LiteCall &call)
 {
     LiteRecord *record = call.record();
-    SV *former = record->actionHandler;
-    record->actionHandler = newSVsv(call.argument(aTHX_ 1));
-    SvREFCNT_dec(former);
+    SV *handler = newSVsv(call.argument(aTHX_ 1));
+    // Mortal: what the former handler holds may end the object as it goes.
+    sv_2mortal(std::exchange(record->actionHandler, handler));
     return call.message(aTHX_ record->owns
                             ? addActionHandler(record->handle, callOwnersAction, record)
                             : registerWrapper(aTHX_ record));

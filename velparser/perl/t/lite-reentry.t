@@ -226,6 +226,27 @@ like shift @warnings, qr/^\s*\(in cleanup\) not heard/, 'an element that dies as
     is $said, 'self is not of type VEL::Parser::Lite', '... find it gone';
 }
 
+# A handler that is replaced: what it held may end the object.
+{
+    my $data = loaded();
+    my @said;
+    $data->registerActionHandler(do {
+        my $leaving = Leaving->new(sub { push @said, $data->DESTROY });
+        sub { return $leaving }
+    });
+    is $data->registerActionHandler(sub { 1 }), undef, 'a handler that ends the object as it goes';
+    is scalar(@said), 1, '... once';
+    is died(sub { $data->havePath('/') }), 'self is not of type VEL::Parser::Lite',
+        '... when the new one is in place';
+
+    $data = loaded();
+    $data->registerActionHandler(sub { push @said, 'kept'; return 1 });
+    tie my $dying, 'Fetch', sub { die "no handler\n" };
+    is died(sub { $data->registerActionHandler($dying) }), "no handler\n", 'one that cannot be read';
+    is $data->invokeAction('x', undef), undef, '... replaces nothing';
+    is $said[-1], 'kept', '... and the former is called';
+}
+
 # Handlers without end.
 {
     no warnings 'recursion';
