@@ -70,6 +70,10 @@ find() {
     display_await "$2"
 }
 
+has_two_windows() {
+    [ "$(xdotool search --onlyvisible --pid "$display_program" | wc -l)" -eq 2 ]
+}
+
 # opened NAME KEYS TITLE: presses the keys, waits for that window, takes its picture.
 opened() {
     display_press "$2"
@@ -110,6 +114,17 @@ sound_file() {
     display_press --repeat 13 Down
     display_press --repeat 12 Up
     picture editor
+    display_press Menu
+    picture row-menu
+    display_press Escape
+    xdotool mousemove --window "$(xdotool getactivewindow)" $((450 * scale)) $((300 * scale))
+    display_until 10 "a tool tip is shown" has_two_windows
+    picture tool-tip
+    xdotool mousemove 0 0
+    display_press shift+F1
+    display_until 10 "an explanation is shown" has_two_windows
+    picture whats-this
+    display_press Escape
 
     opened edit-parameter ctrl+e 'Edit Parameter'
     closed duct.vel
@@ -191,7 +206,7 @@ old_file() {
 help_viewer() {
     open_example duct.vel duct.vel
     find 'BOUNDARY : Room A' duct.vel
-    display_press F1
+    display_press Down F1
     display_await 'BOUNDARY - Help'
     picture help
     display_close
@@ -238,13 +253,13 @@ END
 # variant NAME, in a process of its own: settings and display end with it.
 variant() (
     images=$VEL_BUILD_DIR/screenshots/$1
-    screen=1100x800
+    screen=1100x800 scale=1
     case $1 in
     plain) images=docs/images ;;
     esac
     case $1 in
     *double)
-        screen=2200x1600
+        screen=2200x1600 scale=2
         QT_SCALE_FACTOR=2
         export QT_SCALE_FACTOR
         ;;
