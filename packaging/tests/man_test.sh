@@ -26,6 +26,7 @@ commands() {
             esac
         done
 }
+expect "there are commands to look for" "ds list" "$(commands | grep -x 'ds list')"
 expect "commands" "$(commands)" "$(sections)"
 
 # options_in_page COMMAND: the terms of the list in its section.
