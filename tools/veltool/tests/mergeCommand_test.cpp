@@ -279,9 +279,9 @@ TEST_F(MergeTest, AFileThatCannotBeReadIsAFailureAndNothingIsWritten)
                                                                    "ELF\x02\0\n=",
                                                                    8))};
     for (const std::string &file : bad) {
-        for (int place = 0; place < 3; ++place) {
+        for (std::size_t place = 0; place < 3; ++place) {
             std::vector<std::string> words = {"merge", "-o", folder_.path("out"), good, good, good};
-            words[static_cast<std::size_t>(3 + place)] = file;
+            words[3 + place] = file;
             const ToolRun run = runTool(words);
             EXPECT_EQ(run.status, 2) << file << place;
             EXPECT_EQ(run.err.rfind("veltool: ", 0), 0U) << run.err;

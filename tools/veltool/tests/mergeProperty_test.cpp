@@ -11,6 +11,7 @@
 #include <optional>
 #include <random>
 #include <sstream>
+#include <string_view>
 
 namespace veltool::test {
 namespace {
@@ -25,16 +26,25 @@ struct Model
 /// What stands at each path; an object has no value.
 using Paths = std::map<std::string, std::optional<std::string>>;
 
+/// Texts put together.
+std::string joined(std::initializer_list<std::string_view> parts)
+{
+    std::string all;
+    for (const std::string_view part : parts)
+        all += part;
+    return all;
+}
+
 void flatten(const Model &model, const std::string &path, Paths *paths)
 {
     for (const auto &[name, value] : model.params)
-        (*paths)[path + '/' + name] = value;
+        (*paths)[joined({path, "/", name})] = value;
     for (const auto &[header, object] : model.objects) {
         std::string component = header;
         component.erase(std::remove(component.begin(), component.end(), ' '), component.end());
         if (component.ends_with(':'))
             component.pop_back();
-        const std::string below = path + '/' + component;
+        const std::string below = joined({path, "/", component});
         (*paths)[below] = std::nullopt;
         flatten(object, below, paths);
     }
@@ -93,17 +103,17 @@ public:
         for (const auto &[name, value] : model.params)
             parts.push_back(assignment(indent, name, value));
         for (const auto &[header, object] : model.objects) {
-            std::string block = indent + header + '\n' + text(object, depth + 1) + indent + "END\n";
+            std::string block =
+                joined({indent, header, "\n", text(object, depth + 1), indent, "END\n"});
             // Blocks that are opened twice, the second time for nothing new.
             if (oneIn(6))
-                block += indent + header + " # once more\n" + indent + "END\n";
+                block += joined({indent, header, " # once more\n", indent, "END\n"});
             parts.push_back(std::move(block));
         }
         std::shuffle(parts.begin(), parts.end(), random_);
         std::string all;
         for (const std::string &part : parts)
-            all += (oneIn(5) ? indent + "# remark " + std::to_string(below(100)) + '\n' : "") +
-                   (oneIn(8) ? "\n" : "") + part;
+            all += joined({oneIn(5) ? indent + "# remark 1\n" : "", oneIn(8) ? "\n" : "", part});
         return all;
     }
 
@@ -272,7 +282,7 @@ TEST_P(MergeProperty, HoldsOnRandomEdits)
         const std::string base = random.text(baseModel);
         const std::string ours = random.text(oursModel);
         const std::string theirs = random.text(theirsModel);
-        SCOPED_TRACE("base\n" + base + "ours\n" + ours + "theirs\n" + theirs);
+        SCOPED_TRACE(joined({"base\n", base, "ours\n", ours, "theirs\n", theirs}));
 
         const Paths b = pathsOf(baseModel);
         const Paths o = pathsOf(oursModel);
@@ -346,7 +356,7 @@ TEST_P(MergeProperty, HoldsInEveryStyle)
         if (!isReadable(folder_, base) || !isReadable(folder_, ours) ||
             !isReadable(folder_, theirs))
             continue;
-        SCOPED_TRACE("base\n" + base + "\nours\n" + ours + "\ntheirs\n" + theirs);
+        SCOPED_TRACE(joined({"base\n", base, "\nours\n", ours, "\ntheirs\n", theirs}));
         const std::optional<Paths> wanted =
             merged(readPaths(folder_, base), readPaths(folder_, ours), readPaths(folder_, theirs));
         const ToolRun run = merge(base, ours, theirs);
