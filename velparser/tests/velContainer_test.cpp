@@ -7,6 +7,7 @@
 #include "velparser/api/velparser.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -150,6 +151,25 @@ TEST_F(VelContainer, AFormattedFile)
     write("G/COMMANDS", 0, {"A = 1", "B = 2"}, "STRI", "F ");
     EXPECT_EQ(load(), "(null)|");
     EXPECT_EQ(lines(), "A = 1\n|B = 2\n");
+}
+
+TEST_F(VelContainer, TheExamples)
+{
+    const std::filesystem::path examples =
+        std::filesystem::path(std::getenv("VEL_SOURCE_DIR")) / "examples";
+    for (const char *type : {"def", "res"}) {
+        SCOPED_TRACE(type);
+        std::filesystem::remove(file_);
+        std::filesystem::copy_file(examples / (std::string("duct.") + type), file_);
+        perl("@API::lines = ()");
+        EXPECT_EQ(load(type), "(null)|");
+        EXPECT_EQ(perl("scalar(grep { $_ eq qq{  Title = Supply air duct, laboratory wing\n} } "
+                       "@API::lines)"),
+                  "1");
+        std::optional<std::string> value;
+        EXPECT_STREQ(velparser::getStringValue("/CASE NOTES/Title", &value), nullptr);
+        EXPECT_EQ(value, "Supply air duct, laboratory wing");
+    }
 }
 
 TEST_F(VelContainer, NoLinesAreParsedToo)
