@@ -79,7 +79,7 @@ protected:
     std::string initWith(const std::string &code)
     {
         EXPECT_EQ(perl("$API::kept = $API::new; $API::new = sub {" + code + "}; 1"), "1");
-        const std::string result = shown(velparser::initVELInstance(&instance_));
+        std::string result = shown(velparser::initVELInstance(&instance_));
         EXPECT_EQ(perl("$API::new = $API::kept; 1"), "1");
         return result;
     }
