@@ -107,6 +107,7 @@ void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
     list->setInsertPolicy(QComboBox::NoInsert);
     for (const char *name : names)
         list->addItem(fromBytes(name));
+    list->lineEdit()->selectAll(); // typing begins another name
     paramName_ = names[0];
     connect(list, &QComboBox::textActivated, this, &AddParamDialog::saveParamName);
     connect(list, &QComboBox::editTextChanged, this, &AddParamDialog::saveParamName);

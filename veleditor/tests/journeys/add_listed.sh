@@ -25,8 +25,17 @@ await 'Add Parameter'
 write 'seen'
 press alt+o
 await "$file - Modified"
+
+# What is typed takes the place of the first name, and is completed.
+press ctrl+a
+await 'Add Parameter'
+write 'Tra'
+press Tab
+write 2
+press alt+o
+await "$file - Modified"
 press ctrl+s
 await "$file"
-is_saved '/Location/a\    Remark = seen'
+is_saved '/Location/a\    Remark = seen\n    Trace Level = 2'
 press ctrl+q
 ends_well
