@@ -78,9 +78,9 @@ private:
         const std::int64_t kept = residentBytes() - before;
         const double each = static_cast<double>(kept) / static_cast<double>(parameters_);
         if (parameters_ >= largeTree)
-            reportValues("memory of a parameter", each, "limit", 200, "B", 1);
+            reportValues(named("memory of a parameter"), each, "limit", 200, "B", 1);
         else
-            reportAlone("memory of a parameter", each, "B");
+            reportAlone(named("memory of a parameter"), each, "B");
     }
 
     void load()
@@ -90,8 +90,8 @@ private:
         Side json{[&] { json_ = std::make_unique<rapidjson::Document>(); }, [&] { loadJson(); }};
         compare({&vel, &xml, &json});
         json_.reset();
-        report("load", vel, "pugixml load_file", xml, parameters_ >= largeTree ? 2.0 : 1.5);
-        report("load", vel, "RapidJSON Parse", json, 0);
+        report(named("load"), vel, "pugixml load_file", xml, parameters_ >= largeTree ? 2.0 : 1.5);
+        report(named("load"), vel, "RapidJSON Parse", json, 0);
     }
 
     void save()
@@ -111,7 +111,7 @@ private:
                  [&] { require(velWrapText(handle_.get(), "/", formatWidth, &lines)); }};
         Side xml{[&] { text = std::string(); }, [&] { xml_->save(writer, "  "); }};
         compare({&vel, &xml});
-        report("formatted save", vel, "pugixml save", xml, 1.5);
+        report(named("formatted save"), vel, "pugixml save", xml, 1.5);
     }
 
     void lookup()
@@ -141,7 +141,12 @@ private:
         compare({&vel, &standard});
         if (ourBytes != theirBytes)
             throw Failure("the look-ups found different values");
-        report("1,000,000 look-ups", vel, "std::unordered_map", standard, 1.2);
+        report(named("1,000,000 look-ups"), vel, "std::unordered_map", standard, 1.2);
+    }
+
+    [[nodiscard]] std::string named(const char *what) const
+    {
+        return std::string(what) + ", " + std::to_string(parameters_);
     }
 
     std::string stem_;
