@@ -28,7 +28,7 @@ std::vector<Finding> readLibrariesOnce()
     std::vector<Finding> faults = parseFindings(velparser::readVELLibraries());
     for (const Finding &fault : faults) {
         if (fault.id != faultIdentifier)
-            throw Failure((fault.path.empty() ? "" : fault.path + ": ") + fault.message);
+            require(fault.message.c_str(), fault.path);
     }
     if (!velparser::findLiteHandle())
         throw Failure("the Perl side has no command database");
