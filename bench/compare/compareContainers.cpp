@@ -202,6 +202,7 @@ void compareLocate(Scratch &scratch)
     small_datasets datasets(file);
     check(datasets.code());
     std::vector<std::string> names;
+    names.reserve(smallDatasets);
     for (int i = 0; i < smallDatasets; ++i)
         names.push_back(small_name(i));
     SqliteStore store(scratch.path("sqlite"), std::move(names));

@@ -24,8 +24,8 @@ std::int64_t io_gzip(const io_reporter &report, char letter, int level, const vo
 using io_inflate_source = std::function<std::size_t(const void *&bytes)>;
 
 /// Inflates one stream into `out`; null forgets the bytes. `produced` is the
-/// number of bytes that it held; whether that is what was expected is for io_gunzip_exactly() to say. 23
-/// with a message for a stream that is wrong, ends early, or holds more.
+/// number of bytes that it held; whether that is what was expected is for io_gunzip_exactly() to
+/// say. 23 with a message for a stream that is wrong, ends early, or holds more.
 int io_inflate(const io_reporter &report, const io_inflate_source &source, void *out,
                std::int64_t out_bytes, std::int64_t &produced);
 
