@@ -17,7 +17,7 @@ function(vel_check_headers folder target)
     endforeach()
     string(MAKE_C_IDENTIFIER "headers_${folder}" name)
     add_library(${name} OBJECT ${sources})
-    target_compile_options(${name} PRIVATE $<TARGET_PROPERTY:${target},COMPILE_OPTIONS> -w)
+    target_compile_options(${name} PRIVATE $<TARGET_PROPERTY:${target},COMPILE_OPTIONS> -w -O0 -g0)
     target_include_directories(${name} PRIVATE
         $<TARGET_PROPERTY:${target},INCLUDE_DIRECTORIES>)
     target_compile_definitions(${name} PRIVATE
