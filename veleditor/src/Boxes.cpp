@@ -1,6 +1,7 @@
 #include "veleditor/src/Boxes.h"
 
 #include "veleditor/src/Application.h"
+#include "veleditor/src/Widgets.h"
 
 #include <QAbstractButton>
 #include <QCloseEvent>
@@ -9,6 +10,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QSpacerItem>
 
 #include <utility>
@@ -16,6 +18,15 @@
 namespace velEditor {
 
 namespace {
+
+/// The width of the longest line that still fits a box on this screen, in
+/// pixels. The toolkit makes no box wider than its own limit, which is 1000 at
+/// most and less on a middling screen; a label that insisted would be cut off.
+int widestLine(const QWidget &box)
+{
+    const int screen = box.screen()->availableGeometry().width();
+    return qMin(screen <= 1024 ? screen - 120 : screen - 600, 880);
+}
 
 // A toolkit box takes Escape and its frame's close for its only button, or for
 // one with a fitting role. Here they count only where the box says so.
@@ -27,22 +38,23 @@ public:
     {
         setObjectName(QStringLiteral("MessageBox"));
         setAccessibleName(box.title);
+        makeSmallDialog(*this);
         setAttribute(Qt::WA_WindowPropagation); // the font of the window below
         setTextFormat(Qt::PlainText);
         setInformativeText(box.remark);
-        for (QLabel *label : findChildren<QLabel *>())
+        for (QLabel *label : findChildren<QLabel *>()) {
             label->setTextFormat(Qt::PlainText);
+            keepLinesWhole(*label);
+        }
     }
 
     /// To be called once the buttons are in: a short text must not cut the
-    /// title off.
-    void makeRoomForTitle()
+    /// title off. Icons would make some of the buttons look unlike the others.
+    void finish()
     {
-        auto *grid = qobject_cast<QGridLayout *>(layout());
-        if (grid == nullptr)
-            return;
-        const int width = fontMetrics().horizontalAdvance(windowTitle()) + titleBarExtras;
-        grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
+        for (QAbstractButton *button : buttons())
+            button->setIcon(QIcon());
+        makeRoomForTitle();
     }
 
 protected:
@@ -66,6 +78,25 @@ private:
     /// Icon, buttons and gaps of a title bar, in pixels.
     static constexpr int titleBarExtras = 140;
 
+    // The texts have their line ends where they are meant to be; the toolkit
+    // would wrap them at 500 pixels.
+    void keepLinesWhole(QLabel &label)
+    {
+        label.ensurePolished();
+        label.setWordWrap(false);
+        if (!label.text().isEmpty())
+            label.setMinimumWidth(qMin(label.sizeHint().width(), widestLine(*this)));
+    }
+
+    void makeRoomForTitle()
+    {
+        auto *grid = qobject_cast<QGridLayout *>(layout());
+        if (grid == nullptr)
+            return;
+        const int width = fontMetrics().horizontalAdvance(windowTitle()) + titleBarExtras;
+        grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
+    }
+
     bool canEscape_;
 };
 
@@ -83,29 +114,23 @@ std::function<QString(const QString &, const QString &)> &fileNameAnswers()
 
 int show(PlainBox &window, const QList<QAbstractButton *> &buttons)
 {
-    window.makeRoomForTitle();
+    window.finish();
     window.exec();
     return static_cast<int>(buttons.indexOf(window.clickedButton()));
 }
 
 // One role for all buttons keeps them in the order in which they are added.
-int showGivenButtons(QWidget *parent, const MessageBox &box)
+int showButtons(QWidget *parent, const MessageBox &box, const QStringList &texts)
 {
     PlainBox window(box, parent);
     QList<QAbstractButton *> buttons;
-    for (const QString &text : box.buttons) {
+    for (const QString &text : texts) {
         QPushButton *button = window.addButton(text, QMessageBox::ActionRole);
         if (buttons.size() == box.defaultButton)
             window.setDefaultButton(button);
         buttons.append(button);
     }
     return show(window, buttons);
-}
-
-int showOk(QWidget *parent, const MessageBox &box)
-{
-    PlainBox window(box, parent);
-    return show(window, {window.addButton(QMessageBox::Ok)});
 }
 
 void tell(QWidget *parent, QMessageBox::Icon icon, const QString &title, const QString &text,
@@ -144,7 +169,8 @@ int ask(QWidget *parent, const MessageBox &box)
         return -1;
     if (boxAnswers())
         return boxAnswers()(box);
-    return box.buttons.isEmpty() ? showOk(parent, box) : showGivenButtons(parent, box);
+    const QStringList ok{QCoreApplication::translate("velEditor::Boxes", "&Ok")};
+    return showButtons(parent, box, box.buttons.isEmpty() ? ok : box.buttons);
 }
 
 bool askYesNo(QWidget *parent, const QString &title, const QString &text)

@@ -25,7 +25,7 @@ struct MessageBox
     QString text;
     /// Below the text, where there is more to say; empty for nothing.
     QString remark;
-    /// In the order shown; none stands for one standard Ok button.
+    /// In the order shown; none stands for one button "&Ok".
     QStringList buttons;
     /// The button that Return presses.
     int defaultButton = 0;

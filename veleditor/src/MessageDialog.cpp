@@ -8,6 +8,9 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QTextBlockFormat>
+#include <QTextCursor>
+#include <QTextDocument>
 #include <QTextEdit>
 #include <QVBoxLayout>
 
@@ -15,12 +18,26 @@ namespace velEditor {
 
 namespace {
 
+constexpr int indentPixels = 24;
+
 QLabel *wrappedLabel(const QString &text, const char *name, QWidget *parent)
 {
     QLabel *label = makeLabel(text, parent);
     label->setObjectName(QString::fromLatin1(name));
     label->setWordWrap(true);
     return label;
+}
+
+/// Sets the lines of a text off from each other where they are wrapped: each
+/// goes on further in than it begins.
+void indentWrappedLines(QTextDocument &document)
+{
+    QTextBlockFormat hanging;
+    hanging.setLeftMargin(indentPixels);
+    hanging.setTextIndent(-indentPixels);
+    QTextCursor all(&document);
+    all.select(QTextCursor::Document);
+    all.mergeBlockFormat(hanging);
 }
 
 } // namespace
@@ -38,6 +55,7 @@ MessageDialog::MessageDialog(QWidget *parent, const QString &name, const QString
 
     messageArea_->setReadOnly(true);
     messageArea_->setPlainText(fromBytes(messages));
+    indentWrappedLines(*messageArea_->document());
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(wrappedLabel(heading, "Heading", this));

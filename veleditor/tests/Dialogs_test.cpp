@@ -5,10 +5,32 @@
 
 #include <QFile>
 #include <QLabel>
+#include <QProxyStyle>
 #include <QPushButton>
+#include <QScreen>
+#include <QTextBlock>
+#include <QTextDocument>
 #include <QTextEdit>
+#include <QTextLayout>
 
 using namespace velEditor;
+
+namespace {
+
+/// As on a desktop that has an icon for some of the buttons.
+class IconStyle : public QProxyStyle
+{
+public:
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *data) const override
+    {
+        return hint == SH_DialogButtonBox_ButtonsHaveIcons
+                   ? 1
+                   : QProxyStyle::styleHint(hint, option, widget, data);
+    }
+};
+
+} // namespace
 
 class DialogsTest : public EditorTest
 {
@@ -22,6 +44,7 @@ private:
 private slots:
     void showsErrors();
     void asksAboutErrors();
+    void setsMessagesOffFromEachOther();
     void showsUpgradeMessages();
     void writesMessagesToAFile();
     void proposesANameWhereNoneIsGiven();
@@ -31,6 +54,9 @@ private slots:
     void showsBoxesAsTheyAre();
     void keepsButtonsInTheirOrder();
     void pressesTheDefaultButtonOnReturn();
+    void hasPlainButtons();
+    void keepsLinesWhole();
+    void wrapsWhatNoScreenHolds();
     void staysOnEscapeAndFrame();
     void closesAnOkBoxOnEscape();
     void keepsABoxWithOneGivenButtonOpen();
@@ -93,6 +119,21 @@ void DialogsTest::asksAboutErrors()
     dialog.show();
     pressButton(dialog, "No");
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
+}
+
+// A message that is wrapped goes on further in than the next one begins.
+void DialogsTest::setsMessagesOffFromEachOther()
+{
+    const QString message = QString("word ").repeated(60).trimmed();
+    ErrorDialog dialog(nullptr, "Errors", (message + u'\n' + message).toStdString(), true);
+    dialog.show();
+    const QTextDocument &document = *dialog.findChild<QTextEdit *>()->document();
+    QCOMPARE(document.blockCount(), 2);
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        const QTextLayout *layout = block.layout();
+        QVERIFY(layout->lineCount() > 1);
+        QVERIFY(layout->lineAt(1).x() >= layout->lineAt(0).x() + 16);
+    }
 }
 
 void DialogsTest::showsUpgradeMessages()
@@ -221,6 +262,57 @@ void DialogsTest::pressesTheDefaultButtonOnReturn()
     MessageBox box = question();
     box.defaultButton = 1;
     QCOMPARE(ask(nullptr, box), 1);
+}
+
+// With icons on some of them the buttons would look like those of two programs.
+void DialogsTest::hasPlainButtons()
+{
+    setBoxAnswers({});
+    QApplication::setStyle(new IconStyle);
+    const auto look = [](QMessageBox &box, const QStringList &texts) {
+        QCOMPARE(buttons(box), texts);
+        for (const QAbstractButton *button : box.buttons())
+            QVERIFY(button->icon().isNull());
+        box.reject();
+    };
+    onDialog<QMessageBox>([&](QMessageBox &box) { look(box, {"&Ok"}); });
+    inform(nullptr, "Title", "Text");
+    onDialog<QMessageBox>([&](QMessageBox &box) { look(box, {"&Yes", "&No"}); });
+    QVERIFY(!askYesNo(nullptr, "Title", "Text"));
+}
+
+// The lines end where the text ends them.
+void DialogsTest::keepsLinesWhole()
+{
+    const QString line = "Use \"Edit->Add Expert Parameter\" to add a parameter to this section.";
+    QFont large = QApplication::font();
+    large.setPointSize(12);
+    QApplication::setFont(large);
+    onDialog<QMessageBox>([&](QMessageBox &box) {
+        const auto *label = box.findChild<QLabel *>("qt_msgbox_label");
+        const QFontMetrics metrics = label->fontMetrics();
+        QVERIFY(metrics.horizontalAdvance(line) > 500);
+        QVERIFY(label->width() >= metrics.horizontalAdvance(line));
+        QCOMPARE(label->heightForWidth(label->width()), label->heightForWidth(2 * label->width()));
+        box.reject();
+    });
+    MessageBox box = question();
+    box.text = "First\n" + line + "\nLast";
+    QCOMPARE(ask(nullptr, box), -1);
+}
+
+void DialogsTest::wrapsWhatNoScreenHolds()
+{
+    onDialog<QMessageBox>([&](QMessageBox &box) {
+        QVERIFY(box.width() <= box.screen()->availableGeometry().width());
+        const auto *label = box.findChild<QLabel *>("qt_msgbox_label");
+        QVERIFY(box.rect().contains(QRect(label->mapTo(&box, QPoint()), label->size())));
+        QVERIFY(label->height() >= label->heightForWidth(label->width()));
+        box.reject();
+    });
+    MessageBox box = question();
+    box.text = QString("word ").repeated(200);
+    QCOMPARE(ask(nullptr, box), -1);
 }
 
 void DialogsTest::staysOnEscapeAndFrame()

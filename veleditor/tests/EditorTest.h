@@ -60,8 +60,8 @@ protected:
 
     /// The boxes so far: "Warning: title", the text, "Remark: ..." where there is
     /// one, and on the last line the buttons, as "[&Yes] | &No, Escape": in square
-    /// brackets what Return presses, "Escape" where that key closes the box. The
-    /// standard button reads "Ok".
+    /// brackets what Return presses, "Escape" where that key closes the box. A
+    /// box that is given no buttons reads "Ok".
     QStringList boxes;
 
     /// Uses the next modal dialog of a class, when it is up.
