@@ -16,6 +16,7 @@ QMenu *addMenu(QMenuBar &bar, const QString &title, const char *name)
     QMenu *menu = bar.addMenu(title);
     menu->setObjectName(QString::fromLatin1(name));
     menu->setAccessibleName(menu->title().remove(u'&'));
+    menu->setFont(bar.font()); // a window has the desktop's by itself
     return menu;
 }
 
@@ -94,6 +95,7 @@ void Editor::addRowMenu()
     auto *menu = new QMenu(tr("Row"), tree_);
     menu->setObjectName(QStringLiteral("RowMenu"));
     menu->setAccessibleName(tr("Selected row"));
+    menu->setFont(font());
     for (QAction *entry : findChild<QMenu *>(QStringLiteral("EditMenu"))->actions())
         menu->addAction(entry);
     menu->addSeparator();

@@ -39,6 +39,7 @@ private slots:
     void showsTheFileInItsTitle();
     void takesAnyFileName();
     void givesDialogsItsFont();
+    void givesMenusItsFont();
     void hasItsFont();
     void hasIcons();
     void doesWithoutItsEnvironment();
@@ -191,6 +192,21 @@ void EditorWindowTest::givesDialogsItsFont()
         box.reject();
     });
     warn(&tree(), "Title", "Text");
+}
+
+void EditorWindowTest::givesMenusItsFont()
+{
+    QApplication::setFont(QFont("Courier", 8), "QMenu");
+    open(copyOf("duct.vel"));
+    const QList<QMenu *> menus = editor().findChildren<QMenu *>();
+    int found = 0;
+    for (const QMenu *menu : menus) {
+        if (menu->objectName().isEmpty())
+            continue;
+        ++found;
+        QCOMPARE(menu->font(), editor().font());
+    }
+    QCOMPARE(found, 4); // three of the bar, one of the row
 }
 
 void EditorWindowTest::hasItsFont()
