@@ -174,7 +174,7 @@ bool AddParamDialog::checkNameStart()
 
 bool AddParamDialog::checkValueGiven()
 {
-    if (!isBlank(value()))
+    if (!value().empty())
         return true;
     warn(this, tr("Missing Parameter Value"),
          tr("You must enter a parameter value before continuing."));

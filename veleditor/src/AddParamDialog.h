@@ -32,7 +32,7 @@ public:
 
 public slots:
     /// Accepts when name and value are such as a command file can hold; else
-    /// says why not and stays open. A blank value is none. Underscores in the name become blanks.
+    /// says why not and stays open. Underscores in the name become blanks.
     void checkOK();
     void saveParamName(const QString &name);
 

@@ -96,11 +96,6 @@ void EditParamDialog::doOk()
     const bool isTyped = textField_ != nullptr && textField_->document()->isModified();
     std::string chosen =
         isTyped ? toBytesInPlaceOf(singleLine(*textField_->document()), value_) : value_;
-    if (isBlank(chosen)) {
-        warn(this, tr("Missing Parameter Value"),
-             tr("You must enter a parameter value before continuing."));
-        return;
-    }
     if (const QString reason = whyFileCannotHold(chosen); isTyped && !reason.isEmpty()) {
         warn(this, windowTitle(), reason);
         return;

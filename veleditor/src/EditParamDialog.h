@@ -30,8 +30,7 @@ public:
 
 public slots:
     /// Takes over the text of the field, where there is one, and accepts. A text
-    /// that a command file cannot hold is refused with a box, and so is an empty
-    /// one: a parameter without a value could not be edited any more.
+    /// that a command file cannot hold is refused with a box.
     void doOk();
 
     /// An entry of the list was chosen.

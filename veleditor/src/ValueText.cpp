@@ -34,9 +34,4 @@ QString whyFileCannotHold(std::string_view value)
     return QString();
 }
 
-bool isBlank(std::string_view value)
-{
-    return value.find_first_not_of(" \t\n\v\f\r") == std::string_view::npos;
-}
-
 } // namespace velEditor

@@ -12,7 +12,4 @@ namespace velEditor {
 /// empty when it can.
 [[nodiscard]] QString whyFileCannotHold(std::string_view value);
 
-/// Nothing but white space: a file would give back no value at all.
-[[nodiscard]] bool isBlank(std::string_view value);
-
 } // namespace velEditor

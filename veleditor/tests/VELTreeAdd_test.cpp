@@ -393,11 +393,6 @@ void VELTreeAddTest::refusesBadEntries_data()
         << ""
         << "Warning: Missing Parameter Value\nYou must enter a parameter value before "
            "continuing.\n[Ok], Escape";
-    QTest::newRow("nothing but blanks")
-        << "a"
-        << "  \n "
-        << "Warning: Missing Parameter Value\nYou must enter a parameter value before "
-           "continuing.\n[Ok], Escape";
     QTest::newRow("no value comes before a bad character")
         << "a-b"
         << ""
