@@ -2,6 +2,9 @@
 #include "veleditor/tests/EditorTest.h"
 
 #include "common/error.h"
+#include "veleditor/src/AddParamDialog.h"
+#include "veleditor/src/EditParamDialog.h"
+#include "veleditor/src/FindDialog.h"
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/tests/TreeText.h"
 #include "velparser/api/velparser.h"
@@ -11,6 +14,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMetaMethod>
 #include <QProcess>
 #include <QTextEdit>
 
@@ -36,6 +40,7 @@ private:
     bool closes();
 
 private slots:
+    void declaresItsSlotsInOrder();
     void showsTheFileInItsTitle();
     void takesAnyFileName();
     void givesDialogsItsFont();
@@ -160,6 +165,32 @@ bool EditorWindowTest::closes()
 {
     editor().close();
     return !editor().isVisible();
+}
+
+// Callers by name and number rely on them.
+void EditorWindowTest::declaresItsSlotsInOrder()
+{
+    const auto slotsOf = [](const QMetaObject &meta) {
+        QStringList names;
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+            if (meta.method(i).methodType() == QMetaMethod::Slot)
+                names.append(meta.method(i).methodSignature());
+        }
+        return names.join(u' ');
+    };
+    QCOMPARE(slotsOf(Editor::staticMetaObject),
+             QString("doSave() validateData() helpOnEditor() helpOnExpertParams() helpMaster() "
+                     "helpIndex() helpTutorial() helpSearch() helpOnHelp()"));
+    QCOMPARE(slotsOf(VELTree::staticMetaObject),
+             QString("buildTree() editParam(velEditor::VELTreeItem*) "
+                     "editQListItem(QTreeWidgetItem*) addExpertParamObj() addParameter() "
+                     "editCurrParameter() deleteParam() setSorting(int,bool) setSorting(int) "
+                     "doFind() doFindNext() openOrClose(QTreeWidgetItem*,QPoint,int)"));
+    QCOMPARE(slotsOf(AddParamDialog::staticMetaObject),
+             QString("checkOK() saveParamName(QString)"));
+    QCOMPARE(slotsOf(EditParamDialog::staticMetaObject), QString("doOk() doComboBox(QString)"));
+    QCOMPARE(slotsOf(FindDialog::staticMetaObject), QString("find()"));
+    QCOMPARE(slotsOf(MessageDialog::staticMetaObject), QString("writeMessagesToFile()"));
 }
 
 void EditorWindowTest::showsTheFileInItsTitle()

@@ -141,6 +141,7 @@ void FindDialogTest::looksAtLabelsAndValues()
     tree().doFind();
     search("DOMAIN : D");
     QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct"));
+    QVERIFY(row("/FLOW:Analysis/DOMAIN:Duct").isExpanded());
     search("b1, B2");
     QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/Location"));
 }

@@ -7,7 +7,6 @@
 #include <QAction>
 #include <QDir>
 #include <QFile>
-#include <QMetaMethod>
 
 using namespace velEditor;
 
@@ -28,7 +27,6 @@ private:
 private slots:
     void asksForTheTopicsOfTheMenu();
     void asksForTheIndex();
-    void declaresItsSlotsInOrder();
     void asksForTheSelectedRow();
     void quitsTheViewerWithTheWindow();
     void quitsTheViewerWithoutSaving();
@@ -107,17 +105,6 @@ void EditorHelpTest::asksForTheIndex()
     openWithViewer();
     editor().helpIndex();
     QCOMPARE(notesUpTo("got ZOT:Master Index"), QString(started) + "got ZOT:Master Index\n");
-}
-
-void EditorHelpTest::declaresItsSlotsInOrder()
-{
-    const QMetaObject &meta = Editor::staticMetaObject;
-    QStringList slotNames;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-        slotNames.append(meta.method(i).methodSignature());
-    QCOMPARE(slotNames, QStringList({"doSave()", "validateData()", "helpOnEditor()",
-                                     "helpOnExpertParams()", "helpMaster()", "helpIndex()",
-                                     "helpTutorial()", "helpSearch()", "helpOnHelp()"}));
 }
 
 void EditorHelpTest::asksForTheSelectedRow()

@@ -400,11 +400,13 @@ void StartupTest::marksAnUpgradeThatTheUserDoesNotLookAt()
 void StartupTest::showsFirstFindings()
 {
     answer();
+    QString name;
     QString messages;
     QPoint place;
     bool modal = true;
     run({newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n")}, [&](Editor &editor) {
         if (auto *dialog = visible<ErrorDialog>()) {
+            name = dialog->objectName();
             messages = dialog->findChild<QTextEdit *>()->toPlainText();
             place = dialog->pos() - editor.pos();
             modal = dialog->isModal();
@@ -416,6 +418,7 @@ void StartupTest::showsFirstFindings()
                  "Warning: Command File Validation Errors\nErrors were encountered during initial "
                  "Command File validation.\nPlease examine the Command File Errors panel "
                  "to see the errors.\n[Continue]"));
+    QCOMPARE(name, QString("Errors"));
     QVERIFY2(messages.contains("required parameter \"Kind\" is missing"), qPrintable(messages));
     QCOMPARE(place, QPoint(50, 50));
     QVERIFY(!modal);
