@@ -119,16 +119,7 @@ void AddParamDialog::addValueAndButtons(QVBoxLayout &layout)
     layout.addWidget(makeLabel(tr("Value:"), this));
     valueEntry_ = makeTextField("Value", tr("Value of the new parameter"), this);
     layout.addWidget(valueEntry_);
-
-    auto *row = new QHBoxLayout;
-    row->setSpacing(5);
-    QPushButton *ok = makeButton(tr("&Ok"), "Ok", this);
-    connect(ok, &QPushButton::clicked, this, &AddParamDialog::checkOK);
-    row->addWidget(ok);
-    QPushButton *cancel = makeButton(tr("&Cancel"), "Cancel", this);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    row->addWidget(cancel);
-    layout.addLayout(row);
+    connect(addOkAndCancel(layout, *this), &QPushButton::clicked, this, &AddParamDialog::checkOK);
 }
 
 void AddParamDialog::saveParamName(const QString &name)

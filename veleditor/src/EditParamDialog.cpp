@@ -1,20 +1,19 @@
 #include "veleditor/src/EditParamDialog.h"
 
 #include "veleditor/src/Boxes.h"
+#include "veleditor/src/StoredValue.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTreeItem.h"
 #include "veleditor/src/ValueText.h"
 #include "veleditor/src/Widgets.h"
 
 #include <QComboBox>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QTextDocument>
 #include <QTextEdit>
 #include <QVBoxLayout>
 
-#include <optional>
 #include <utility>
 
 namespace velEditor {
@@ -34,9 +33,7 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
     auto *layout = new QVBoxLayout(this);
 
     const std::string path = item.path();
-    std::optional<std::string> current;
-    static_cast<void>(velparser::getStringValue(path.c_str(), &current));
-    value_ = current.value_or("");
+    value_ = storedValue(path).value_or("");
 
     if (const char *error = velparser::getAllowedParamStrings(path.c_str(), &allowed_))
         warn(parent, tr("Error"), fromBytes(error));
@@ -44,7 +41,7 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
         addTextField(*layout, item.label(), item.value());
     else
         addList(*layout, item.label());
-    addButtons(*layout);
+    connect(addOkAndCancel(*layout, *this), &QPushButton::clicked, this, &EditParamDialog::doOk);
     setMinimumWidth(fewestPixels);
 }
 
@@ -76,18 +73,6 @@ void EditParamDialog::addTextField(QVBoxLayout &layout, const QString &name, con
     textField_->document()->setModified(false);
     textField_->selectAll();
     layout.addWidget(textField_);
-}
-
-void EditParamDialog::addButtons(QVBoxLayout &layout)
-{
-    auto *row = new QHBoxLayout;
-    QPushButton *ok = makeButton(tr("&Ok"), "Ok", this);
-    connect(ok, &QPushButton::clicked, this, &EditParamDialog::doOk);
-    QPushButton *cancel = makeButton(tr("&Cancel"), "Cancel", this);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    row->addWidget(ok);
-    row->addWidget(cancel);
-    layout.addLayout(row);
 }
 
 void EditParamDialog::doOk()

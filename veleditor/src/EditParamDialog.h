@@ -39,7 +39,6 @@ public slots:
 private:
     void addList(QVBoxLayout &layout, const QString &name);
     void addTextField(QVBoxLayout &layout, const QString &name, const QString &text);
-    void addButtons(QVBoxLayout &layout);
 
     std::string value_;
     velStringList allowed_;

@@ -1,6 +1,7 @@
 // The operations of the tree that add to the command data.
 #include "veleditor/src/AddParamDialog.h"
 #include "veleditor/src/Boxes.h"
+#include "veleditor/src/StoredValue.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
 #include "velparser/api/velparser.h"
@@ -53,13 +54,6 @@ std::vector<std::string> parameterFragment(VELTreeItem &target, const std::strin
 std::string childPath(const VELTreeItem &object, const std::string &name)
 {
     return (object.parent() != nullptr ? object.path() : std::string()) + '/' + name;
-}
-
-std::optional<std::string> storedValue(const std::string &path)
-{
-    std::optional<std::string> value;
-    static_cast<void>(velparser::getStringValue(path.c_str(), &value));
-    return value;
 }
 
 /// A parameter that is there, shown or not, and that the user may not change.

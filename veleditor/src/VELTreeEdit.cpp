@@ -3,11 +3,10 @@
 #include "veleditor/src/EditParamDialog.h"
 #include "veleditor/src/FindDialog.h"
 #include "veleditor/src/MessageDialog.h"
+#include "veleditor/src/StoredValue.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
 #include "velparser/api/velparser.h"
-
-#include <optional>
 
 namespace velEditor {
 
@@ -50,8 +49,7 @@ void VELTree::refuseEdit(const QString &name)
 void VELTree::storeValue(VELTreeItem &item, const std::string &newValue)
 {
     const std::string path = item.path();
-    std::optional<std::string> oldValue;
-    static_cast<void>(velparser::getStringValue(path.c_str(), &oldValue));
+    const std::string oldValue = storedValue(path).value_or("");
     const QString oldText = item.value();
 
     item.setValue(fromBytes(newValue));
@@ -65,7 +63,7 @@ void VELTree::storeValue(VELTreeItem &item, const std::string &newValue)
     if (const char *errors = velparser::validateParameter(path.c_str())) {
         showErrors(errors);
         item.setValue(oldText);
-        static_cast<void>(velparser::setStringValue(path.c_str(), oldValue.value_or("").c_str()));
+        static_cast<void>(velparser::setStringValue(path.c_str(), oldValue.c_str()));
     }
 }
 

@@ -1,11 +1,20 @@
 #include "veleditor/src/Widgets.h"
 
+#include <QCoreApplication>
 #include <QDialog>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QTextEdit>
+#include <QVBoxLayout>
 
 namespace velEditor {
+
+namespace {
+
+constexpr int buttonSpacing = 5;
+
+} // namespace
 
 QLabel *makeLabel(const QString &text, QWidget *parent)
 {
@@ -19,6 +28,22 @@ QPushButton *makeButton(const QString &text, const char *name, QWidget *parent)
     auto *button = new QPushButton(text, parent);
     button->setObjectName(QString::fromLatin1(name));
     return button;
+}
+
+QPushButton *addOkAndCancel(QVBoxLayout &layout, QDialog &dialog)
+{
+    const auto text = [](const char *english) {
+        return QCoreApplication::translate("velEditor::Widgets", english);
+    };
+    auto *row = new QHBoxLayout;
+    row->setSpacing(buttonSpacing);
+    layout.addLayout(row);
+    QPushButton *ok = makeButton(text("&Ok"), "Ok", &dialog);
+    row->addWidget(ok);
+    QPushButton *cancel = makeButton(text("&Cancel"), "Cancel", &dialog);
+    QObject::connect(cancel, &QPushButton::clicked, &dialog, &QDialog::reject);
+    row->addWidget(cancel);
+    return ok;
 }
 
 QTextEdit *makeTextField(const char *name, const QString &accessibleName, QWidget *parent)

@@ -12,6 +12,7 @@ class QDialog;
 class QLabel;
 class QPushButton;
 class QTextEdit;
+class QVBoxLayout;
 class QWidget;
 
 namespace velEditor {
@@ -20,6 +21,10 @@ namespace velEditor {
 
 /// `name` is the object's.
 [[nodiscard]] QPushButton *makeButton(const QString &text, const char *name, QWidget *parent);
+
+/// Adds a row with "&Ok", which is given back to be connected, and "&Cancel",
+/// which rejects the dialog.
+[[nodiscard]] QPushButton *addOkAndCancel(QVBoxLayout &layout, QDialog &dialog);
 
 /// A field of several lines; `accessibleName` says what belongs into it.
 [[nodiscard]] QTextEdit *makeTextField(const char *name, const QString &accessibleName,

@@ -7,8 +7,10 @@
 #include "velparser/api/velparser.h"
 
 #include <QComboBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTextEdit>
 
 using namespace velEditor;
@@ -19,6 +21,8 @@ class VELTreeAddTest : public EditorTest
 
 private:
     static QStringList labels(const AddParamDialog &dialog);
+    /// Of the rows.
+    static QList<int> spacings(const AddParamDialog &dialog);
     /// Replaces the question for the names that may be added.
     void replaceAllowedParams(const QByteArray &body);
     static void enter(AddParamDialog &dialog, const QString &name, const QString &value);
@@ -65,6 +69,14 @@ QStringList VELTreeAddTest::labels(const AddParamDialog &dialog)
     return texts;
 }
 
+QList<int> VELTreeAddTest::spacings(const AddParamDialog &dialog)
+{
+    QList<int> pixels;
+    for (const QHBoxLayout *row : dialog.layout()->findChildren<QHBoxLayout *>())
+        pixels.append(row->spacing());
+    return pixels;
+}
+
 void VELTreeAddTest::replaceAllowedParams(const QByteArray &body)
 {
     runPerl("require API; no warnings 'redefine'; *API::getAllowedParams = sub {" + body +
@@ -91,6 +103,10 @@ void VELTreeAddTest::addsByFreeName()
                               "Enter the name and value of the new parameter to add inside "
                               "/FLOW:Analysis/EXPERT PARAMETERS",
                               "Name:", "Value:"}));
+        QCOMPARE(spacings(dialog), QList<int>({5, 5}));
+        QCOMPARE(dialog.findChild<QPushButton *>("Ok")->text(), QString("&Ok"));
+        QCOMPARE(dialog.findChild<QPushButton *>("Cancel")->text(), QString("&Cancel"));
+        QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString());
         enter(dialog, "relaxation", "0.75");
         pressButton(dialog, "Ok");
     });
@@ -220,7 +236,11 @@ void VELTreeAddTest::saysWhereNothingCanBeAdded()
                              "Command File.\n\nTo add a parameter to a different section, please "
                              "highlight\nthe appropriate section before attempting to add the "
                              "parameter.\n"));
+        auto *ok = dialog.findChild<QPushButton *>();
+        QCOMPARE(dialog.findChildren<QPushButton *>(), QList<QPushButton *>({ok}));
+        QCOMPARE(ok->text(), QString("&Ok"));
         pressButton(dialog, "Ok");
+        QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
     });
     tree().addParameter();
     QVERIFY(!tree().isModified());

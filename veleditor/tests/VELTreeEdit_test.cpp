@@ -8,6 +8,7 @@
 
 #include <QComboBox>
 #include <QLabel>
+#include <QPushButton>
 #include <QTextEdit>
 
 using namespace velEditor;
@@ -88,6 +89,8 @@ void VELTreeEditTest::editsByFreeText()
         QCOMPARE(dialog.windowTitle(), QString("Edit Parameter"));
         QCOMPARE(dialog.findChild<QLabel *>()->text(), QString("Enter a new value for: Title"));
         QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString("First run"));
+        QCOMPARE(dialog.findChild<QPushButton *>("Ok")->text(), QString("&Ok"));
+        QCOMPARE(dialog.findChild<QPushButton *>("Cancel")->text(), QString("&Cancel"));
         type(dialog, "Second run");
         pressButton(dialog, "Ok");
     });
