@@ -187,6 +187,7 @@ void JavaHelpServer::showHelp(const std::string &topic, const std::string &secti
     command += "\n";
     trace("Help server command: " + command + " Length=" + std::to_string(command.size()));
     try {
+        const HelpWaitCursor wait;
         send(command);
     } catch (const error &problem) {
         drop();
@@ -206,6 +207,7 @@ void JavaHelpServer::disconnect()
         return;
     trace("Disconnecting from DH helpServer");
     try {
+        const HelpWaitCursor wait;
         JavaHelpServer::send("QUIT\n");
     } catch (const error &problem) {
         trace(problem.message());

@@ -5,7 +5,7 @@
 // noticed by the next request, which reports it and fails; the one after that
 // starts a new viewer. Nothing here raises except `send`: failures are shown in
 // a warning box. GUI thread only; a request blocks, under the wait cursor,
-// while the viewer starts.
+// while the viewer starts and until it has taken what is sent.
 #pragma once
 
 #include <functional>

@@ -231,6 +231,16 @@ TEST_F(JavaHelpServerTest, saysThatThereIsNoViewer)
     EXPECT_FALSE(client->isConnected());
 }
 
+TEST_F(JavaHelpServerTest, warnsOnTheErrorStreamWithoutAScreen)
+{
+    fs::remove(viewer());
+    JavaHelpServer client("DEFEditor");
+    testing::internal::CaptureStderr();
+    client.showHelp("One", "", 2);
+    EXPECT_TRUE(testing::internal::GetCapturedStderr().ends_with(
+        "\nWarning: Deskhall help server was not successfully started.\n"));
+}
+
 TEST_F(JavaHelpServerTest, wantsAPortFromTheViewer)
 {
     const struct
