@@ -11,6 +11,7 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -257,6 +258,33 @@ TEST(Socket, saysThatNothingCouldBeAccepted)
     send(*pair.client, "readable");
     EXPECT_EQ("Socket::waitForConnection - accept call failed with error: error in value",
               raisedBy([&] { static_cast<void>(pair.server->waitForConnection(patience)); }));
+}
+
+TEST(Socket, saysThatItCouldNotWait)
+{
+    Socket socket;
+    socket.openListenPort(0);
+    rlimit before{};
+    ASSERT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &before));
+    rlimit none = before;
+    none.rlim_cur = 0; // a wait for more descriptors than the limit is refused
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    const std::string text =
+        raisedBy([&] { static_cast<void>(socket.waitForConnection(patience)); });
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ("Socket::waitForConnection - select call failed with error: error in value", text);
+}
+
+TEST(Socket, saysThatThereIsNoDescriptorLeft)
+{
+    rlimit before{};
+    ASSERT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &before));
+    rlimit none = before;
+    none.rlim_cur = 3;
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    const std::string text = raisedBy([] { const Socket socket("127.0.0.1", 1, 1); });
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ("Socket error: error code " + std::to_string(EMFILE), text);
 }
 
 TEST(Socket, saysThatAPortIsTaken)
