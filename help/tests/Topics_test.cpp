@@ -111,6 +111,21 @@ TEST_F(TopicsTest, areSearched)
     EXPECT_EQ(0, all.search("  ").size());
 }
 
+TEST_F(TopicsTest, areRankedByTheirTitles)
+{
+    page("en-us/list.md", "# All\n\n" + QByteArray("- heat\n").repeated(500));
+    page("en-us/heat.md", "# Heat\n\nIt flows, as *heat* does.\n");
+    page("en-us/flux.md", "# Heat flux\n");
+    const Topics all = topics();
+    const QList<Hit> hits = all.search("heat");
+    ASSERT_EQ(3, hits.size());
+    EXPECT_EQ("Heat", titleOf(hits[0].topic));
+    EXPECT_EQ("It flows, as heat does.", hits[0].excerpt.toStdString());
+    EXPECT_EQ("Heat flux", titleOf(hits[1].topic));
+    EXPECT_EQ("", hits[1].excerpt.toStdString());
+    EXPECT_EQ("All", titleOf(hits[2].topic));
+}
+
 TEST_F(TopicsTest, areShownInTheLanguageAskedFor)
 {
     page("en-us/start.md", "# Start\n");

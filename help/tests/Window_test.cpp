@@ -4,16 +4,20 @@
 #include "help/viewer/Browser.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPrinter>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
 #include <QTreeWidget>
+#include <QWheelEvent>
 
 using namespace velHelp;
 
@@ -48,13 +52,19 @@ private slots:
     void showsUnknownNamesAsTheyStand();
     void goesBackAndForward();
     void forgetsWhatWasForward();
+    void countsAPageAskedForTwiceOnce();
     void followsLinks();
     void loadsNothing();
     void listsTheContents();
     void opensFromTheContents();
     void searches();
+    void countsWhatItFinds();
+    void goesToWhatWasSearched();
     void opensTheSearchWithItsTopic();
     void zooms();
+    void zoomsByTheWheel();
+    void prints();
+    void printsNothingUnlessTold();
     void tellsThatItWasClosed();
 };
 
@@ -154,6 +164,25 @@ void HelpWindowTest::forgetsWhatWasForward()
     QCOMPARE(window_->windowTitle(), QString("Walls - Help"));
 }
 
+void HelpWindowTest::countsAPageAskedForTwiceOnce()
+{
+    window_->showTopic("", "");
+    auto &contents = child<QTreeWidget>("Contents");
+    contents.expandAll();
+    const QRect place = contents.visualItemRect(contents.topLevelItem(1)->child(0));
+    QTest::mouseClick(contents.viewport(), Qt::LeftButton, {}, place.center());
+    QTest::mouseDClick(contents.viewport(), Qt::LeftButton, {}, place.center());
+    window_->showTopic("WALLS", "");
+    QCOMPARE(window_->windowTitle(), QString("Walls - Help"));
+    trigger("Back");
+    QCOMPARE(window_->windowTitle(), QString("Contents - Help"));
+    window_->showTopic("nowhere", "");
+    window_->showTopic("nowhere", "");
+    trigger("Back");
+    QCOMPARE(window_->windowTitle(), QString("Contents - Help"));
+    QVERIFY(!isEnabled("Back"));
+}
+
 void HelpWindowTest::followsLinks()
 {
     window_->showTopic("walls", "");
@@ -213,6 +242,37 @@ void HelpWindowTest::searches()
     QCOMPARE(hits.count(), 0);
 }
 
+void HelpWindowTest::countsWhatItFinds()
+{
+    auto &field = child<QLineEdit>("SearchField");
+    const auto &count = child<QLabel>("HitCount");
+    field.setText("welcome");
+    QCOMPARE(count.text(), QString("1 page found"));
+    QCOMPARE(child<QListWidget>("Hits").item(0)->text(), QString("Contents\nWelcome."));
+    field.setText("o");
+    QCOMPARE(count.text(), QString("3 pages found"));
+    field.setText("nothing like this");
+    QCOMPARE(count.text(), QString("0 pages found"));
+    field.setText("search"); // nowhere but in the title
+    QCOMPARE(child<QListWidget>("Hits").item(0)->text(), QString("Search"));
+    field.setText(" ");
+    QCOMPARE(count.text(), QString());
+}
+
+void HelpWindowTest::goesToWhatWasSearched()
+{
+    auto &field = child<QLineEdit>("SearchField");
+    for (const char *words : {"far BELOW", "below far"}) {
+        field.setText(words);
+        QTest::keyClick(&field, Qt::Key_Return);
+        QCOMPARE(window_->windowTitle(), QString("Walls - Help"));
+        QVERIFY(window_->page().textCursor().hasSelection());
+        QCOMPARE(window_->page().textCursor().block().text(), QString("Far below"));
+        QVERIFY(window_->page().verticalScrollBar()->value() > 1000);
+        window_->showTopic("", "");
+    }
+}
+
 void HelpWindowTest::opensTheSearchWithItsTopic()
 {
     QVERIFY(!child<QLineEdit>("SearchField").isVisible());
@@ -235,6 +295,64 @@ void HelpWindowTest::zooms()
     QVERIFY(window_->page().font().pointSize() >= 1);
     trigger("ZoomReset");
     QCOMPARE(window_->page().font().pointSize(), normal);
+}
+
+void HelpWindowTest::zoomsByTheWheel()
+{
+    window_->showTopic("walls", "");
+    Browser &page = window_->page();
+    const int normal = page.font().pointSize();
+    const auto turn = [&page](int angle, Qt::KeyboardModifiers keys) {
+        const QPointF middle(page.viewport()->rect().center());
+        QWheelEvent event(middle, page.viewport()->mapToGlobal(middle), {}, {0, angle},
+                          Qt::NoButton, keys, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(page.viewport(), &event);
+    };
+    turn(240, Qt::ControlModifier);
+    QCOMPARE(page.font().pointSize(), normal + 2);
+    turn(-60, Qt::ControlModifier);
+    turn(-60, Qt::ControlModifier);
+    QCOMPARE(page.font().pointSize(), normal + 1);
+    trigger("ZoomReset");
+    QCOMPARE(page.font().pointSize(), normal);
+    turn(-120, Qt::NoModifier);
+    QCOMPARE(page.font().pointSize(), normal);
+    QVERIFY(page.verticalScrollBar()->value() > 0);
+}
+
+void HelpWindowTest::prints()
+{
+    const auto pagesOf = [this](const char *topic) {
+        window_->showTopic(topic, "");
+        QFile file(folder_->filePath("printed.pdf"));
+        QString document;
+        window_->setPrinterChoice([&](QPrinter &printer) {
+            document = printer.docName();
+            printer.setOutputFormat(QPrinter::PdfFormat);
+            printer.setOutputFileName(file.fileName());
+            return true;
+        });
+        trigger("Print");
+        const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        return document + ": " + (content.startsWith("%PDF-") ? "" : "no ") +
+               QString::number(content.count("/Type /Page\n"));
+    };
+    QCOMPARE(pagesOf("master-contents"), QString("Contents - Help: 1"));
+    const QString walls = pagesOf("walls");
+    QVERIFY2(walls > "Walls - Help: 2" && walls <= "Walls - Help: 9", qPrintable(walls));
+}
+
+void HelpWindowTest::printsNothingUnlessTold()
+{
+    window_->showTopic("walls", "");
+    const QString file = folder_->filePath("printed.pdf");
+    window_->setPrinterChoice([&](QPrinter &printer) {
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(file);
+        return false;
+    });
+    trigger("Print");
+    QVERIFY(!QFile::exists(file));
 }
 
 void HelpWindowTest::tellsThatItWasClosed()

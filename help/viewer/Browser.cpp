@@ -8,6 +8,7 @@
 #include <QTextDocument>
 #include <QTextFrame>
 #include <QTextTable>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -66,6 +67,16 @@ bool Browser::showSection(const QString &section)
     return false;
 }
 
+void Browser::showText(const QString &text)
+{
+    const QString phrase = text.simplified();
+    for (const QString &wanted : QStringList(phrase) + phrase.split(u' ')) {
+        moveCursor(QTextCursor::Start);
+        if (find(wanted))
+            return;
+    }
+}
+
 void Browser::zoomBy(int steps)
 {
     const int wanted = std::clamp(zoom_ + steps, leastZoom, mostZoom);
@@ -76,6 +87,19 @@ void Browser::zoomBy(int steps)
 void Browser::resetZoom()
 {
     zoomBy(-zoom_);
+}
+
+// The base class would zoom past the limits, and unknown to `resetZoom`.
+void Browser::wheelEvent(QWheelEvent *event)
+{
+    if (!event->modifiers().testFlag(Qt::ControlModifier)) {
+        QTextBrowser::wheelEvent(event);
+        return;
+    }
+    turned_ += event->angleDelta().y();
+    zoomBy(turned_ / QWheelEvent::DefaultDeltasPerStep);
+    turned_ %= QWheelEvent::DefaultDeltasPerStep;
+    event->accept();
 }
 
 QVariant Browser::loadResource(int, const QUrl &)

@@ -22,13 +22,21 @@ public:
     void zoomBy(int steps);
     void resetZoom();
 
+    /// Goes to the first place of a text, else of its first word that is there,
+    /// and marks it; upper and lower case are the same.
+    void showText(const QString &text);
+
     /// Pages are text: whatever they or their links name is not loaded.
     QVariant loadResource(int type, const QUrl &name) override;
+
+protected:
+    void wheelEvent(QWheelEvent *event) override;
 
 private:
     void frameTables();
 
     int zoom_ = 0;
+    int turned_ = 0; ///< of a zooming wheel, as its events count; less than a step
 };
 
 } // namespace velHelp

@@ -14,7 +14,8 @@ namespace velHelp {
 namespace {
 
 constexpr qint64 largestPage = 4 << 20;
-constexpr int titleWeight = 20;
+/// More often than this no page repeats a word: those that are about it come first.
+constexpr int titleWeight = 10'000;
 constexpr int excerptLength = 120;
 
 const QString fallbackLanguage = QStringLiteral("en-us");
@@ -95,9 +96,11 @@ int distance(const QString &wanted, const QString &name)
     return editDistance(wanted, name);
 }
 
+// The title stands above the excerpt already.
 QString excerpt(const QString &text, const QString &word)
 {
-    const qsizetype at = text.indexOf(word, 0, Qt::CaseInsensitive);
+    const qsizetype body = text.startsWith(u'#') ? text.indexOf(u'\n') : 0;
+    const qsizetype at = body < 0 ? -1 : text.indexOf(word, body, Qt::CaseInsensitive);
     if (at < 0)
         return {};
     const qsizetype begin = text.lastIndexOf(u'\n', at) + 1;

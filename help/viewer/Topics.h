@@ -32,7 +32,7 @@ struct Topic
 struct Hit
 {
     const Topic *topic = nullptr; ///< not owned
-    QString excerpt;              ///< the first line with a word that was looked for
+    QString excerpt; ///< the first line below the title with a word looked for; may be empty
     int score = 0;
 };
 

@@ -30,6 +30,12 @@ constexpr int nearestCount = 6;
 /// An unknown name is repeated to the user as far as this.
 constexpr int longestName = 100;
 
+bool askForPrinter(QPrinter &printer, QWidget *parent)
+{
+    QPrintDialog dialog(&printer, parent);
+    return dialog.exec() == QDialog::Accepted;
+}
+
 template <typename Widget>
 Widget *named(Widget *widget, const char *objectName, const QString &accessibleName)
 {
@@ -40,7 +46,9 @@ Widget *named(Widget *widget, const char *objectName, const QString &accessibleN
 
 } // namespace
 
-Window::Window(const Topics &topics) : topics_(topics)
+Window::Window(const Topics &topics)
+    : topics_(topics),
+      choosePrinter_([this](QPrinter &printer) { return askForPrinter(printer, this); })
 {
     setObjectName(QStringLiteral("HelpWindow"));
     setWindowTitle(tr("Help"));
@@ -97,6 +105,8 @@ QWidget *Window::makeSearch()
     hitCount_->setTextFormat(Qt::PlainText);
     hits_ = named(new QListWidget(panel), "Hits", tr("Pages found"));
     hits_->setWordWrap(true);
+    hits_->setAlternatingRowColors(true);
+    hits_->setSpacing(3);
 
     auto *layout = new QVBoxLayout(panel);
     layout->addWidget(searchField_);
@@ -142,14 +152,27 @@ void Window::makeToolBar()
 
 void Window::showTopic(const QString &name, const QString &section)
 {
-    if (here_ >= 0)
-        places_[here_].scrolled = page_->verticalScrollBar()->value();
-    places_.resize(here_ + 1);
-    places_.append({name.isEmpty() ? contentsTopic : name, section});
-    ++here_;
-    display(places_[here_]);
+    const Place place{name.isEmpty() ? contentsTopic : name, section};
+    if (!isHere(place)) {
+        if (here_ >= 0)
+            places_[here_].scrolled = page_->verticalScrollBar()->value();
+        places_.resize(here_ + 1);
+        places_.append(place);
+        ++here_;
+    }
+    display(place);
     if (normalized(name) == normalized(searchTopic))
         beginSearch();
+}
+
+// A double-click asks for a page more than once, which is one step to go back.
+bool Window::isHere(const Place &place) const
+{
+    if (here_ < 0 || places_[here_].section != place.section)
+        return false;
+    const Topic *topic = topics_.find(place.name);
+    return topic != nullptr ? topic == topics_.find(places_[here_].name)
+                            : place.name == places_[here_].name;
 }
 
 void Window::display(const Place &place)
@@ -222,8 +245,7 @@ void Window::print()
 {
     QPrinter printer;
     printer.setDocName(windowTitle());
-    QPrintDialog dialog(&printer, this);
-    if (dialog.exec() == QDialog::Accepted)
+    if (choosePrinter_(printer))
         page_->print(&printer);
 }
 
@@ -239,18 +261,21 @@ void Window::search(const QString &text)
     hits_->clear();
     const QList<Hit> found = topics_.search(text);
     for (const Hit &hit : found) {
-        auto *item = new QListWidgetItem(hit.topic->title + u'\n' + hit.excerpt, hits_);
+        const QString line = hit.excerpt.isEmpty() ? QString() : u'\n' + hit.excerpt;
+        auto *item = new QListWidgetItem(hit.topic->title + line, hits_);
         item->setData(nameRole, hit.topic->name);
     }
-    hitCount_->setText(text.trimmed().isEmpty()
-                           ? QString()
-                           : tr("%n page(s) found", nullptr, static_cast<int>(found.size())));
+    const QString count =
+        found.size() == 1 ? tr("1 page found") : tr("%1 pages found").arg(found.size());
+    hitCount_->setText(text.trimmed().isEmpty() ? QString() : count);
 }
 
 void Window::openHit(const QListWidgetItem *item)
 {
-    if (item != nullptr)
-        showTopic(item->data(nameRole).toString(), QString());
+    if (item == nullptr)
+        return;
+    showTopic(item->data(nameRole).toString(), QString());
+    page_->showText(searchField_->text());
 }
 
 // Pages link to each other by file name, "expert-parameters.md#adding", or by

@@ -9,11 +9,15 @@
 #include <QList>
 #include <QMainWindow>
 
+#include <functional>
+#include <utility>
+
 class QAction;
 class QLabel;
 class QLineEdit;
 class QListWidget;
 class QListWidgetItem;
+class QPrinter;
 class QTabWidget;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -28,6 +32,9 @@ class Window : public QMainWindow
     Q_OBJECT
 
 public:
+    /// Sets a printer up as the user wishes; false when nothing is to be printed.
+    using PrinterChoice = std::function<bool(QPrinter &)>;
+
     explicit Window(const Topics &topics);
     ~Window() override;
 
@@ -40,6 +47,9 @@ public:
     void comeForward();
 
     [[nodiscard]] Browser &page() { return *page_; }
+
+    /// Has printers set up by a function instead of a dialog.
+    void setPrinterChoice(PrinterChoice choice) { choosePrinter_ = std::move(choice); }
 
 signals:
     /// The user has closed the window.
@@ -63,6 +73,7 @@ private:
     QAction *addTool(const QString &text, const char *name, const char *icon, const char *keys,
                      void (Window::*slot)());
 
+    [[nodiscard]] bool isHere(const Place &place) const;
     void display(const Place &place);
     void selectInContents(const Topic *topic);
     [[nodiscard]] QString unknownPage(const QString &name) const;
@@ -85,6 +96,7 @@ private:
     const Topics &topics_;
     QList<Place> places_;
     qsizetype here_ = -1; ///< index into `places_`
+    PrinterChoice choosePrinter_;
 
     Browser *page_ = nullptr;
     QTabWidget *side_ = nullptr;
