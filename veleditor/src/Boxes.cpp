@@ -20,12 +20,14 @@ namespace velEditor {
 namespace {
 
 /// The width of the longest line that still fits a box on this screen, in
-/// pixels. The toolkit makes no box wider than its own limit, which is 1000 at
-/// most and less on a middling screen; a label that insisted would be cut off.
+/// pixels. The toolkit makes no box wider than this limit of its own; a label
+/// that insisted would be cut off.
 int widestLine(const QWidget &box)
 {
+    constexpr int besideText = 100; // icon, margins and gaps
     const int screen = box.screen()->availableGeometry().width();
-    return qMin(screen <= 1024 ? screen - 120 : screen - 600, 880);
+    const int limit = screen <= 1024 ? screen : qMin(screen - 480, 1000);
+    return limit - besideText;
 }
 
 // A toolkit box takes Escape and its frame's close for its only button, or for
