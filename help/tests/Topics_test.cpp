@@ -188,6 +188,9 @@ TEST_F(ShippedTopics, describeObjectsOfTheRules)
     EXPECT_TRUE(boundary->text.contains("### Location"));
     ASSERT_NE(nullptr, topics.find("Boundaries"));
     EXPECT_EQ("topic-boundaries", topics.find("Boundaries")->name.toStdString());
+    // A topic of one type is the page of that type.
+    ASSERT_NE(nullptr, topics.find("Heat conduction"));
+    EXPECT_EQ("type-conductivity", topics.find("Heat conduction")->name.toStdString());
 }
 
 // A page for every rule, as a plain look at the library counts them.

@@ -1,6 +1,7 @@
 #!/usr/bin/perl
 # Writes the help pages that come from the rule libraries: one for each type of
-# object, one for each help topic that the rules name, and two lists.
+# object, one for each help topic that several of them name, and two lists. A
+# topic that a single type names leads to the page of that type.
 #
 #     perl -I velparser/perl rulePages.pl FOLDER LIBRARY...
 #
@@ -166,7 +167,7 @@ sub parameter_text ($rules, $type, $name) {
     return $text . join('', parameter_facts($rules, $parameter)) . "\n";
 }
 
-sub type_page ($rules, $type) {
+sub type_page ($rules, $type, $topic_is_shared) {
     my $also = defined $type->{help} ? "; also: $type->{help}" : '';
     my $text = "<!-- chapter: Objects$also -->\n# " . title($rules, $type) . "\n\n";
     $text .= plain($type->{description}) . "\n\n" if defined $type->{description};
@@ -176,7 +177,7 @@ sub type_page ($rules, $type) {
     my @names = parameter_names($type);
     $text .= "## Parameters\n\n" . join '', map { parameter_text($rules, $type, $_) } @names if @names;
     $text .= 'More on this: [' . plain($type->{help}) . '](topic-' . slug($type->{help}) . ".md)\n"
-        if defined $type->{help};
+        if $topic_is_shared;
     return $text;
 }
 
@@ -225,10 +226,13 @@ unlink bsd_glob("$folder/{type,topic}-*.md");
 
 my @types = sort { $a->{type} cmp $b->{type} || $a->{kind} cmp $b->{kind} } $rules->types;
 my %of_topic;
-for my $type (@types) {
-    write_page($folder, page_name($rules, $type), type_page($rules, $type));
-    push @{ $of_topic{ $type->{help} } }, $type if defined $type->{help};
+for my $type (grep { defined $_->{help} } @types) {
+    push @{ $of_topic{ $type->{help} } }, $type;
 }
-write_page($folder, 'topic-' . slug($_), topic_page($rules, $_, @{ $of_topic{$_} })) for sort keys %of_topic;
+my %is_shared = map { $_ => 1 } grep { @{ $of_topic{$_} } > 1 } keys %of_topic;
+for my $type (@types) {
+    write_page($folder, page_name($rules, $type), type_page($rules, $type, $is_shared{ $type->{help} // '' }));
+}
+write_page($folder, 'topic-' . slug($_), topic_page($rules, $_, @{ $of_topic{$_} })) for sort keys %is_shared;
 write_page($folder, 'all-objects', types_page($rules, @types));
 write_page($folder, 'all-parameters', parameters_page($rules, @types));
