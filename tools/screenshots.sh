@@ -90,7 +90,7 @@ closed() {
 # menu LETTER NAME: an open menu, with what is around it.
 menu() {
     display_press "alt+$1"
-    picture "menu-$2" 46%x32%
+    picture "menu-$2" 56%x44%
     display_press Escape Escape
 }
 
@@ -104,15 +104,15 @@ sound_file() {
     menu e edit
     menu h help
 
-    # All of the flow object, and one of its boundaries amid the screen.
+    # All of the flow object, and one of its boundaries, with room for the menu below.
     display_press Home End asterisk ctrl+f
     display_await Find
     display_write 'BOUNDARY : Room A'
     picture find
     display_press Return Escape
     display_await duct.vel
-    display_press --repeat 13 Down
-    display_press --repeat 12 Up
+    display_press --repeat 19 Down
+    display_press --repeat 18 Up
     picture editor
     display_press Menu
     picture row-menu
