@@ -167,6 +167,12 @@ void EditorTest::doubleClick(const char *path)
     QTest::mouseDClick(tree().viewport(), Qt::LeftButton, Qt::NoModifier, place);
 }
 
+void EditorTest::changeSomething()
+{
+    QCOMPARE(velparser::setStringValue("/FLOW:Analysis/Title", "Second run"), nullptr);
+    tree().setModified();
+}
+
 void EditorTest::press(const char *keys)
 {
     QTest::keySequence(editor_.get(), QKeySequence(QString::fromLatin1(keys)));

@@ -50,6 +50,9 @@ protected:
     void select(const char *path);
     void doubleClick(const char *path);
 
+    /// Makes the title of duct.vel "Second run", which is not saved then.
+    void changeSomething();
+
     // --- Keys, boxes and dialogs -----------------------------------------------
 
     /// Presses keys in the main window, as "Ctrl+S".

@@ -1,4 +1,4 @@
-// The main window: loading, saving, validating, closing.
+// The main window: loading, menus, validating, and how it looks.
 #include "veleditor/tests/EditorTest.h"
 
 #include "common/error.h"
@@ -7,22 +7,13 @@
 #include "veleditor/src/FindDialog.h"
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/tests/TreeText.h"
-#include "velparser/api/velparser.h"
 
-#include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMetaMethod>
-#include <QProcess>
 #include <QTextEdit>
-
-#include <clocale>
-#include <csignal>
-#include <string_view>
-
-#include <sys/resource.h>
 
 using namespace velEditor;
 
@@ -33,11 +24,6 @@ class EditorWindowTest : public EditorTest
 private:
     /// Replaces a Perl routine by one with this body.
     void replaceRoutine(const QByteArray &name, const QByteArray &body);
-    void changeSomething();
-    /// Makes a locale with a decimal comma the process's own.
-    bool takeCommaLocale();
-    /// Closes the window and tells whether it has gone.
-    bool closes();
 
 private slots:
     void declaresItsSlotsInOrder();
@@ -57,75 +43,12 @@ private slots:
     void checksUnitsAndBounds();
     void offersEverythingInItsMenus();
     void fitsTheTreeIntoTheWindow();
-    void savesAndKeepsTheFormerFile();
-    void savesLinesOf79Columns();
-    void savesEveryByteAsItWas();
-    void savesTheSameUnderACommaLocale();
-    void keepsThePermissionsOfTheFile();
-    void savesToAnotherName();
-    void asksBeforeSavingErrors();
-    void saysWhenItCannotOpenTheTarget();
-    void saysWhenTheTargetIsAFolder();
-    void saysWhenItCannotWriteAll();
-    void keepsTheBackupThroughFailedSaves();
     void saysThatAllIsValid();
     void showsWhatIsNotValid();
-    void closesAtOnceWithoutChanges();
-    void closesByKey();
-    void staysWhenTheUserContinues();
-    void quitsWithoutSaving();
-    void savesAndQuits();
-    void quitsWhenTheTargetCannotBeOpened();
-    void staysWhenTheUserDeclinesToSaveErrors();
-    void staysWhenSavingFellShort();
     void allowsLittleInSafeMode();
 };
 
 namespace {
-
-const char title[] = "/FLOW:Analysis/Title";
-const char ductFormatted[] = "LANGUAGE:\n"
-                             "  Version = 2.1\n"
-                             "END\n"
-                             "FLOW: Analysis\n"
-                             "  Title = Second run\n"
-                             "  Run Mode = Steady\n"
-                             "  EXPERT PARAMETERS:\n"
-                             "    max loops = 3\n"
-                             "    solver build = 17\n"
-                             "  END\n"
-                             "  DOMAIN: Duct\n"
-                             "    Kind = Fluid\n"
-                             "    Location = B1, B2\n"
-                             "    Reference Pressure = 1\n"
-                             "    Trace Level = 2\n"
-                             "    BOUNDARY: in\n"
-                             "      Kind = Inlet\n"
-                             "      Mass Flow Rate = 0.5\n"
-                             "    END\n"
-                             "    BOUNDARY: out\n"
-                             "      Kind = Outlet\n"
-                             "    END\n"
-                             "  END\n"
-                             "END\n";
-
-// Files of this process cannot grow beyond a size, as on a full disk.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        rlimit limit = before_;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-private:
-    rlimit before_{};
-};
 
 QString menuText(const QMenu &menu)
 {
@@ -145,26 +68,6 @@ void EditorWindowTest::replaceRoutine(const QByteArray &name, const QByteArray &
 {
     runPerl("require VEL::Validate; require API; no warnings;\n*" + name + " = sub {" + body +
             "};\n1;\n");
-}
-
-void EditorWindowTest::changeSomething()
-{
-    QCOMPARE(velparser::setStringValue(title, "Second run"), nullptr);
-    tree().setModified();
-}
-
-bool EditorWindowTest::takeCommaLocale()
-{
-    QProcess::execute("localedef", {"-i", "de_DE", "-f", "UTF-8", folder() + "/de_DE.UTF-8"});
-    qputenv("LOCPATH", folder().toUtf8());
-    return std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr &&
-           std::string_view(std::localeconv()->decimal_point) == ",";
-}
-
-bool EditorWindowTest::closes()
-{
-    editor().close();
-    return !editor().isVisible();
 }
 
 // Callers by name and number rely on them.
@@ -424,179 +327,6 @@ void EditorWindowTest::fitsTheTreeIntoTheWindow()
     QCOMPARE(tree().columnWidth(0), 300 - 100 - 15);
 }
 
-void EditorWindowTest::savesAndKeepsTheFormerFile()
-{
-    open(copyOf("duct.vel"));
-    const QByteArray before = contentOf(file());
-    changeSomething();
-    QCOMPARE(editor().windowTitle(), file() + " - Modified");
-    press("Ctrl+S");
-    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
-    QCOMPARE(contentOf(file() + ".bak"), before);
-    QCOMPARE(editor().windowTitle(), file());
-    QVERIFY(!tree().isModified());
-
-    // The next one puts the last state in the place of the older backup.
-    editor().doSave();
-    QCOMPARE(contentOf(file() + ".bak"), QByteArray(ductFormatted));
-}
-
-void EditorWindowTest::savesLinesOf79Columns()
-{
-    const QByteArray words = QByteArray("words ").repeated(60).trimmed();
-    open(newFile("long.vel", "FLOW: A\nTitle = " + words + "\nEND\n"));
-    QVERIFY(editor().save(file().toStdString()));
-    const QByteArrayList lines = contentOf(file()).split('\n');
-    QVERIFY(lines.size() > 5);
-    for (const QByteArray &line : lines)
-        QVERIFY(line.size() <= 79);
-    QVERIFY(lines[1].endsWith('\\'));
-    QVERIFY(lines[2].startsWith("    words"));
-}
-
-void EditorWindowTest::savesEveryByteAsItWas()
-{
-    const QByteArray content = "FLOW: A\n  Title = \xC3\xA4 \xE4 \x80\xFF\tx\n"
-                               "  Run Mode = \xF0\x9F\x8C\x80\nEND\n";
-    open(newFile("bytes.vel", content));
-    QVERIFY(editor().save(file().toStdString()));
-    QByteArray expected = content;
-    QCOMPARE(contentOf(file()), expected.replace('\t', ' ')); // white space runs become a blank
-}
-
-void EditorWindowTest::savesTheSameUnderACommaLocale()
-{
-    if (!takeCommaLocale())
-        QSKIP("this system can make no locale with a decimal comma");
-    open(copyOf("duct.vel"));
-    changeSomething();
-    QVERIFY(editor().save(file().toStdString()));
-    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
-}
-
-void EditorWindowTest::keepsThePermissionsOfTheFile()
-{
-    open(copyOf("duct.vel"));
-    const auto owner = QFile::ReadOwner | QFile::WriteOwner;
-    QVERIFY(QFile::setPermissions(file(), owner));
-    QVERIFY(editor().save(file().toStdString()));
-    QCOMPARE(QFile::permissions(file()) & (owner | QFile::ReadGroup | QFile::ReadOther), owner);
-}
-
-void EditorWindowTest::savesToAnotherName()
-{
-    open(copyOf("duct.vel"));
-    const QByteArray before = contentOf(file());
-    changeSomething();
-    const QString target = folder() + "/copy.vel";
-    QVERIFY(editor().save(target.toStdString()));
-    QCOMPARE(contentOf(target), QByteArray(ductFormatted));
-    // Kept: it is the loaded file that becomes the backup.
-    QVERIFY(!QFile::exists(file()));
-    QCOMPARE(contentOf(target + ".bak"), before);
-}
-
-void EditorWindowTest::asksBeforeSavingErrors()
-{
-    open(copyOf("duct.vel"));
-    const QByteArray before = contentOf(file());
-    QCOMPARE(velparser::setStringValue("/FLOW:Analysis/DOMAIN:Duct/Kind", "Plasma"), nullptr);
-    tree().setModified();
-
-    onDialog<ErrorDialog>([&](ErrorDialog &dialog) {
-        QVERIFY(dialog.isModal());
-        QVERIFY(dialog.findChild<QTextEdit *>()->toPlainText().contains("[not-allowed]"));
-        pressButton(dialog, "No");
-    });
-    QVERIFY(!editor().save(file().toStdString()));
-    QCOMPARE(contentOf(file()), before);
-    QVERIFY(!QFile::exists(file() + ".bak"));
-    QVERIFY(tree().isModified());
-
-    onDialog<ErrorDialog>([](ErrorDialog &dialog) { dialog.close(); });
-    QVERIFY(!editor().save(file().toStdString()));
-    QVERIFY(!QFile::exists(file() + ".bak"));
-
-    onDialog<ErrorDialog>([](ErrorDialog &dialog) { pressButton(dialog, "Yes"); });
-    QVERIFY(editor().save(file().toStdString()));
-    QVERIFY(contentOf(file()).contains("Kind = Plasma"));
-    QCOMPARE(contentOf(file() + ".bak"), before);
-    QVERIFY(!tree().isModified());
-}
-
-void EditorWindowTest::saysWhenItCannotOpenTheTarget()
-{
-    open(copyOf("duct.vel"));
-    changeSomething();
-    const QString target = folder() + "/absent/duct.vel";
-    answer();
-    QVERIFY(editor().save(target.toStdString())); // kept: it counts as saved
-    QCOMPARE(boxes,
-             QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
-                         target +
-                         "\nThis may be due to the OMBRA ZOT-Solver run having "
-                         "completed.\n[Ok], Escape"));
-    QCOMPARE(editor().windowTitle(), file() + " - Modified");
-}
-
-// The former file has been moved by then, and the user is told where to.
-void EditorWindowTest::saysWhenTheTargetIsAFolder()
-{
-    open(copyOf("duct.vel"));
-    const QByteArray before = contentOf(file());
-    changeSomething();
-    const QString target = folder() + "/taken";
-    QVERIFY(QDir().mkpath(target));
-    answer();
-    QVERIFY(editor().save(target.toStdString()));
-    QCOMPARE(boxes,
-             QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
-                         target +
-                         "\nThis may be due to the OMBRA ZOT-Solver run having completed.\n"
-                         "Remark: The file as it was before is kept in\n  " +
-                         target + ".bak\n[Ok], Escape"));
-    QCOMPARE(contentOf(target + ".bak"), before);
-    QVERIFY(tree().isModified());
-}
-
-void EditorWindowTest::saysWhenItCannotWriteAll()
-{
-    open(copyOf("duct.vel"));
-    const QByteArray before = contentOf(file());
-    changeSomething();
-    answer();
-    {
-        const FileSizeLimit limit(100);
-        QVERIFY(!editor().save(file().toStdString()));
-    }
-    QCOMPARE(boxes,
-             QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
-                         file() +
-                         "\nFile too large\nYour modifications are still in the editor.\n"
-                         "Remark: The file as it was before is kept in\n  " +
-                         file() + ".bak\n[Ok], Escape"));
-    QCOMPARE(contentOf(file() + ".bak"), before);
-    QVERIFY(tree().isModified());
-}
-
-void EditorWindowTest::keepsTheBackupThroughFailedSaves()
-{
-    open(copyOf("duct.vel"));
-    const QByteArray before = contentOf(file());
-    changeSomething();
-    {
-        const FileSizeLimit limit(100);
-        for (int i = 0; i < 2; ++i) {
-            answer();
-            QVERIFY(!editor().save(file().toStdString()));
-        }
-    }
-    QCOMPARE(contentOf(file() + ".bak"), before);
-    QVERIFY(editor().save(file().toStdString()));
-    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
-    QCOMPARE(contentOf(file() + ".bak"), before);
-}
-
 void EditorWindowTest::saysThatAllIsValid()
 {
     open(copyOf("duct.vel"));
@@ -620,97 +350,12 @@ void EditorWindowTest::showsWhatIsNotValid()
     QCOMPARE(visible<ErrorDialog>(), nullptr);
 }
 
-void EditorWindowTest::closesAtOnceWithoutChanges()
-{
-    open(copyOf("duct.vel"));
-    QVERIFY(closes());
-    QVERIFY(boxes.isEmpty());
-}
-
-void EditorWindowTest::closesByKey()
-{
-    open(copyOf("duct.vel"));
-    press("Ctrl+Q");
-    QVERIFY(!editor().isVisible());
-}
-
-void EditorWindowTest::staysWhenTheUserContinues()
-{
-    open(copyOf("duct.vel"));
-    changeSomething();
-    for (const int button : {2, -1}) {
-        answer(button);
-        QVERIFY(!closes());
-    }
-    QCOMPARE(boxes.first(),
-             QString("Warning: Unsaved Changes\nYou have made changes that have not been "
-                     "saved.\nWould you like to:\n[&Save and Quit] | &Quit Without "
-                     "Saving | &Continue Working"));
-    QVERIFY(tree().isModified());
-}
-
-void EditorWindowTest::quitsWithoutSaving()
-{
-    open(copyOf("duct.vel"));
-    const QByteArray before = contentOf(file());
-    changeSomething();
-    answer(1);
-    QVERIFY(closes());
-    QCOMPARE(boxes.size(), 1);
-    QCOMPARE(contentOf(file()), before);
-    QVERIFY(!QFile::exists(file() + ".bak"));
-}
-
-void EditorWindowTest::savesAndQuits()
-{
-    open(copyOf("duct.vel"));
-    changeSomething();
-    answer(0);
-    QVERIFY(closes());
-    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
-}
-
-// Kept: a target that cannot be opened counts as saved, after its box.
-void EditorWindowTest::quitsWhenTheTargetCannotBeOpened()
-{
-    QVERIFY(QDir().mkpath(folder() + "/run"));
-    open(newFile("run/duct.vel", "FLOW: Analysis\nTitle = First run\nEND\n"));
-    QVERIFY(QDir(folder() + "/run").removeRecursively());
-    changeSomething();
-    answer(0);
-    answer();
-    QVERIFY(closes());
-    QCOMPARE(boxes.size(), 2);
-    QVERIFY2(boxes.last().startsWith("Critical: Error Saving File\n"), qPrintable(boxes.last()));
-}
-
-void EditorWindowTest::staysWhenTheUserDeclinesToSaveErrors()
-{
-    open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
-    tree().setModified();
-    answer(0);
-    onDialog<ErrorDialog>([](ErrorDialog &dialog) { pressButton(dialog, "No"); });
-    QVERIFY(!closes());
-    QVERIFY(!QFile::exists(file() + ".bak"));
-}
-
-void EditorWindowTest::staysWhenSavingFellShort()
-{
-    open(copyOf("duct.vel"));
-    changeSomething();
-    answer(0);
-    answer();
-    const FileSizeLimit limit(100);
-    QVERIFY(!closes());
-    QVERIFY(tree().isModified());
-}
-
 void EditorWindowTest::allowsLittleInSafeMode()
 {
     open(copyOf("duct.vel"), true);
     QCOMPARE(editor().windowTitle(), file() + " - Safe Mode");
     QVERIFY(row("/FLOW:Analysis/Run Mode").isEditable());
-    QVERIFY(!row(title).isEditable());
+    QVERIFY(!row("/FLOW:Analysis/Title").isEditable());
     QCOMPARE(treeText(tree()).count(" *"), 1);
     changeSomething();
     QCOMPARE(editor().windowTitle(), file() + " - Safe Mode - Modified");

@@ -2,8 +2,6 @@
 // notes what it receives stands in for the viewer.
 #include "veleditor/tests/EditorTest.h"
 
-#include "velparser/api/velparser.h"
-
 #include <QAction>
 #include <QDir>
 #include <QFile>
@@ -18,7 +16,6 @@ private:
     /// Opens the window with a viewer to ask.
     void openWithViewer();
     void choose(const char *entry);
-    void changeSomething();
     /// What the viewer has noted, once it ends with `last`.
     QString notesUpTo(const QString &last);
     /// Asks for help, closes the window with this answer, and compares.
@@ -61,12 +58,6 @@ void EditorHelpTest::choose(const char *entry)
     QVERIFY(action != nullptr);
     QVERIFY(action->isEnabled());
     action->trigger();
-}
-
-void EditorHelpTest::changeSomething()
-{
-    QCOMPARE(velparser::setStringValue("/FLOW:Analysis/Title", "Second run"), nullptr);
-    tree().setModified();
 }
 
 QString EditorHelpTest::notesUpTo(const QString &last)
