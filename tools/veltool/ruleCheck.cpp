@@ -105,6 +105,9 @@ void RuleCheck::keepLibraries()
 void RuleCheck::dropUserData() const
 {
     velHandle *handle = velparser::findLiteHandle();
+    // A text that ends in a continued line leaves that to the next; an empty
+    // one ends it, whatever comes of it.
+    (void)parseVELLineH(handle, "", 0);
     setVELStateH(handle, 0);
     for (const velChildInfo &child : topLevel()) {
         const std::string path = pathOf(child);

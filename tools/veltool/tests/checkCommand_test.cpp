@@ -173,6 +173,18 @@ TEST_F(CheckTest, OneFileDoesNotColourTheNext)
     EXPECT_NE(run.out.find("required parameter \"Head\" is missing"), std::string::npos);
 }
 
+TEST_F(CheckTest, WhatOneFileLeavesUnfinishedIsNotOfTheNext)
+{
+    const std::string one = folder_.write("bad.vel", bad);
+    for (const std::string rest :
+         {"x = 1 \\", "PUMP: c \\\n", "&replace PUMP: a\\", "END\\", "# \\"}) {
+        const std::string cut = folder_.write("cut.vel", good + rest);
+        const ToolRun run = runTool({"check", cut, one});
+        EXPECT_EQ(run.out, badFindings(one)) << rest;
+        EXPECT_EQ(run.err, "") << rest;
+    }
+}
+
 TEST_F(CheckTest, ReportsWrongRulesOnceAndUsesTheSoundOnes)
 {
     const OwnRules wrong(std::string(pumpRules).insert(7, "  OBJECT: X\n    Bogus = 1\n  END\n"));
