@@ -41,7 +41,7 @@ int dropMessage(const char *, std::int32_t)
 SourceText readContainer(const std::string &path, const std::string &file)
 {
     try {
-        return SourceText(readCommandData(path, dropMessage));
+        return SourceText(readCommandData(ReadableFile(path), dropMessage));
     } catch (const ContainerFailure &failure) {
         throw Failure(file + ": no command data can be read: " + io_code_text(failure.status()));
     }

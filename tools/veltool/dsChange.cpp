@@ -1,6 +1,7 @@
 // veltool ds delete and ds copy.
 #include "tools/veltool/dsCommands.h"
 #include "tools/veltool/dsContainer.h"
+#include "tools/veltool/heldSignals.h"
 
 namespace veltool {
 
@@ -11,6 +12,7 @@ class DeleteTask : public Task
 public:
     int run(const Words &words) override
     {
+        requireFile(words[0]);
         DatasetName name(words[1], words[2], words[3]);
         // Opening to write makes a missing file; opening to read does not, but
         // would have to wait before it may write.
@@ -19,6 +21,7 @@ public:
             existing.open(IO_OPEN_PRIMARY, words[0]);
             existing.close();
         }
+        const HeldSignals held;
         Container container;
         container.open(IO_OPEN_PRIMARY_WRITE, words[0]);
         IO_data data;
@@ -38,9 +41,10 @@ public:
                           "WHEN]");
         const bool all = words.size() == 2;
         DatasetName name(all ? "*" : words[2], all ? "*" : words[3], all ? "-1" : words[4]);
+        requireFile(words[1]);
         const ReadableFile from(words[0]);
         Container container;
-        container.open(IO_OPEN_PRIMARY, from.path());
+        container.open(from);
         container.open(IO_OPEN_SECONDARY, words[1]);
         std::int64_t byName[] = {0, 0};
         IO_data data;

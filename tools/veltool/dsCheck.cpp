@@ -10,6 +10,8 @@
 
 #include <CLI/App.hpp>
 
+#include <utility>
+
 namespace veltool {
 
 namespace {
@@ -72,6 +74,7 @@ public:
 
     int run(const Words &words) override
     {
+        requireFile(words[0]);
         rebuild_result result;
         if (const int code = rebuild(words[0], result))
             throw ContainerFailure(words[0], code);
@@ -105,19 +108,19 @@ private:
 
     static void printJson(const rebuild_result &result)
     {
-        out() << "{\"datasets\":" << std::to_string(result.datasets) << ",\"lost\":";
-        JsonArray losses;
+        out() << "{\"datasets\":" << std::to_string(result.datasets) << ",\"lost\":[";
+        std::string_view before;
         for (const located_dataset &lost : result.lost) {
-            out() << losses.next() << '{' << jsonMember("what", lost.what) << ','
+            out() << std::exchange(before, ",") << '{' << jsonMember("what", lost.what) << ','
                   << jsonMember("where", lost.where) << ",\"when\":" << std::to_string(lost.when)
                   << ",\"length\":" << std::to_string(lost.length)
                   << ",\"position\":" << std::to_string(lost.position) << '}';
         }
-        out() << losses.end() << ",\"remarks\":";
-        JsonArray remarks;
+        out() << "],\"remarks\":[";
+        before = {};
         for (const std::string &remark : result.remarks)
-            out() << remarks.next() << jsonString(remark);
-        out() << remarks.end() << ",\"dropped\":" << std::to_string(result.dropped_bytes) << "}\n";
+            out() << std::exchange(before, ",") << jsonString(remark);
+        out() << "],\"dropped\":" << std::to_string(result.dropped_bytes) << "}\n";
     }
 
     bool json_ = false;

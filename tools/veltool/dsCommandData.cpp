@@ -1,6 +1,7 @@
 #include "tools/veltool/dsCommandData.h"
 
 #include "tools/veltool/dsValues.h"
+#include "tools/veltool/heldSignals.h"
 
 #include "io/Src/Main/delete_ds.h"
 #include "io/Src/Main/get_ds_location.h"
@@ -91,13 +92,13 @@ std::optional<std::int32_t> findCommandData(Container &container)
     return found.front().when;
 }
 
-std::string readCommandData(const std::string &file, io_error_routine routine)
+std::string readCommandData(const ReadableFile &file, io_error_routine routine)
 {
     Container container(routine);
-    container.open(IO_OPEN_PRIMARY, file);
+    container.open(file);
     const located_datasets found = findAll(container);
     if (found.empty())
-        throw ContainerFailure(file + ": does not contain Command File data", IO_NOT_FOUND);
+        throw ContainerFailure(file.name() + ": does not contain Command File data", IO_NOT_FOUND);
     std::string lines = readLines(container, found.front().position);
     container.close();
     return lines;
@@ -113,6 +114,7 @@ void writeCommandData(const std::string &file, std::string_view lines)
         throw ContainerFailure(file, IO_NO_MEMORY);
     parseValues(type, lines, storage.data());
 
+    const HeldSignals held;
     Container container;
     container.open(IO_OPEN_PRIMARY_WRITE, file);
     const std::optional<std::int32_t> former = findCommandData(container);

@@ -19,7 +19,7 @@ inline constexpr std::size_t commandLineLength = IO_STRING_LENGTH;
 
 /// The lines of a file's command data, each with a line feed. Throws a
 /// ContainerFailure; the library's messages go to `routine`.
-[[nodiscard]] std::string readCommandData(const std::string &file,
+[[nodiscard]] std::string readCommandData(const ReadableFile &file,
                                           io_error_routine routine = reportMessage);
 
 /// Puts lines of at most commandLineLength characters in the place of a file's

@@ -53,12 +53,18 @@ void TemporaryCopy::remove() const
     std::filesystem::remove_all(folder_, ignored);
 }
 
-ReadableFile::ReadableFile(const std::string &file) : path_(file)
+ReadableFile::ReadableFile(const std::string &file) : name_(file), path_(file)
 {
     if (file == standardInput) {
         copy_.emplace(readBytes(file));
         path_ = copy_->path();
     }
+}
+
+void requireFile(const std::string &file)
+{
+    if (file == standardInput)
+        throw Failure("standard input is only read, not changed; a file of that name is ./-");
 }
 
 int reportMessage(const char *text, std::int32_t length)
@@ -90,6 +96,12 @@ void Container::open(io_request number, const std::string &file)
     IO_data data;
     data.filename = file.c_str();
     request(number, {}, data);
+}
+
+void Container::open(const ReadableFile &file)
+{
+    open(IO_OPEN_PRIMARY, file.path());
+    name_ = file.name();
 }
 
 void Container::close(io_request number)

@@ -46,12 +46,19 @@ class ReadableFile
 public:
     explicit ReadableFile(const std::string &file);
 
+    /// Where it can be opened.
     [[nodiscard]] const std::string &path() const { return path_; }
+    /// As given, for messages.
+    [[nodiscard]] const std::string &name() const { return name_; }
 
 private:
+    std::string name_;
     std::optional<TemporaryCopy> copy_;
     std::string path_;
 };
+
+/// Throws a Failure for "-": a container that is to be changed is a file.
+void requireFile(const std::string &file);
 
 /// The library's error routine: a line of standard error for each message.
 int reportMessage(const char *text, std::int32_t length);
@@ -85,6 +92,8 @@ public:
 
     /// IO_OPEN_PRIMARY and its like.
     void open(io_request number, const std::string &file);
+    /// To read it.
+    void open(const ReadableFile &file);
     void close(io_request number = IO_CLOSE_PRIMARY);
     void request(io_request number, IO_header header, IO_data &data);
 

@@ -66,7 +66,7 @@ public:
     {
         const ReadableFile file(words[0]);
         Container container;
-        container.open(IO_OPEN_PRIMARY, file.path());
+        container.open(file);
         std::vector<container_entry> entries;
         const int code = list_container(container.primary(), all_, entries);
         // What stands in front of damage is shown as well.
@@ -104,7 +104,7 @@ public:
         const DatasetName name(words[1], words[2], words[3]);
         const ReadableFile file(words[0]);
         Container container;
-        container.open(IO_OPEN_PRIMARY, file.path());
+        container.open(file);
         open_file &opened = container.primary();
         located_datasets found;
         container.check(find_datasets(*opened.report, opened.index, name.what.c_str(),

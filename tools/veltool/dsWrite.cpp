@@ -2,6 +2,7 @@
 #include "tools/veltool/dsCommands.h"
 #include "tools/veltool/dsContainer.h"
 #include "tools/veltool/dsValues.h"
+#include "tools/veltool/heldSignals.h"
 #include "tools/veltool/sourceText.h"
 
 #include <CLI/App.hpp>
@@ -44,6 +45,7 @@ public:
     {
         if (format_.size() > 2)
             throw Failure("--format takes one or two characters");
+        requireFile(words[0]);
         DatasetName name(words[1], words[2], words[3]);
         name.type = words[4];
         name.blockfactor = blockfactor_;
@@ -59,6 +61,7 @@ public:
         header.attributes = slots.data();
         header.attributes_size = attributeCount;
         header.format = format_.data();
+        const HeldSignals held;
         Container container;
         container.open(IO_OPEN_PRIMARY_WRITE, words[0]);
         container.request(IO_WRITE_PRIMARY_DS, header, storage.data());

@@ -66,6 +66,7 @@ class EmbedTask : public Task
 public:
     int run(const Words &words) override
     {
+        requireFile(words[1]);
         const std::string lines = embeddable(words[0]);
         // Opening to write would make a missing file.
         {

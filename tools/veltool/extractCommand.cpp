@@ -23,7 +23,7 @@ public:
     int run(const Words &words) override
     {
         const ReadableFile file(words[0]);
-        const std::string lines = readCommandData(file.path());
+        const std::string lines = readCommandData(file);
         if (output_.empty() || output_ == "-")
             out() << lines;
         else

@@ -1,6 +1,7 @@
 #include "tools/veltool/replaceFile.h"
 
 #include "tools/veltool/failure.h"
+#include "tools/veltool/heldSignals.h"
 #include "tools/veltool/sourceText.h"
 #include "tools/veltool/writeAll.h"
 
@@ -40,13 +41,13 @@ void flushFolder(const std::string &folder)
 class TemporaryFile
 {
 public:
-    /// In the folder of `file`, which messages name.
-    explicit TemporaryFile(const std::string &file)
-        : file_(file), name_(folderOf(file) + "/.veltool-XXXXXX")
+    /// In the folder of `file`, so that it can take its name; messages call it `shown`.
+    TemporaryFile(const std::string &file, std::string shown)
+        : shown_(std::move(shown)), name_(folderOf(file) + "/.veltool-XXXXXX")
     {
         descriptor_ = mkostemp(name_.data(), O_CLOEXEC);
         if (descriptor_ < 0)
-            throw systemFailure(file_, errno);
+            throw systemFailure(shown_, errno);
     }
 
     ~TemporaryFile()
@@ -74,23 +75,23 @@ public:
     void fill(std::string_view bytes, mode_t mode)
     {
         if (const int error = writeAll(descriptor_, bytes))
-            throw systemFailure(file_, error);
+            throw systemFailure(shown_, error);
         if (fchmod(descriptor_, mode & permissionBits) != 0 || fsync(descriptor_) != 0)
-            throw systemFailure(file_, errno);
+            throw systemFailure(shown_, errno);
         const int descriptor = std::exchange(descriptor_, -1);
         if (close(descriptor) != 0)
-            throw systemFailure(file_, errno);
+            throw systemFailure(shown_, errno);
     }
 
     void rename(const std::string &to) const
     {
         if (std::rename(name_.c_str(), to.c_str()) != 0)
-            throw systemFailure(to, errno);
+            throw systemFailure(shown_, errno);
         flushFolder(folderOf(to));
     }
 
 private:
-    std::string file_;
+    std::string shown_;
     std::string name_;
     int descriptor_ = -1;
 };
@@ -139,7 +140,8 @@ EditedFile::EditedFile(const std::string &file) : name_(file)
 
 void EditedFile::replace(std::string_view bytes) const
 {
-    TemporaryFile temporary(target_);
+    const HeldSignals held;
+    TemporaryFile temporary(target_, name_);
     temporary.copyOwner(before_);
     temporary.fill(bytes, before_.st_mode);
     struct stat now;
@@ -153,7 +155,7 @@ void EditedFile::replace(std::string_view bytes) const
 
 void EditedFile::keepBackup() const
 {
-    TemporaryFile temporary(backupName());
+    TemporaryFile temporary(backupName(), backupName());
     // A second name for the same file costs nothing. Where there are no such
     // names, and for files of others, it is a copy.
     unlink(temporary.name().c_str());
@@ -161,7 +163,7 @@ void EditedFile::keepBackup() const
         temporary.rename(backupName());
         return;
     }
-    TemporaryFile copy(backupName());
+    TemporaryFile copy(backupName(), backupName());
     copy.copyOwner(before_);
     copy.fill(readBytes(target_), before_.st_mode);
     copy.rename(backupName());
@@ -179,7 +181,8 @@ void writeFile(const std::string &file, std::string_view bytes)
         throw systemFailure(file, errno);
     std::error_code error;
     const std::string target = exists ? std::filesystem::canonical(file, error).string() : file;
-    TemporaryFile temporary(target);
+    const HeldSignals held;
+    TemporaryFile temporary(target, file);
     temporary.fill(bytes, exists ? before.st_mode : maskedNewFileMode());
     temporary.rename(target);
 }

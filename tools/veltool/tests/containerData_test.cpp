@@ -220,6 +220,34 @@ TEST_F(ContainerData, ExamplesAreWhatTheirScriptMakes)
               runTool({"ds", "read", folder_.path("duct.res"), "PRESSURE", "ZONE 1", "30"}).out);
 }
 
+TEST_F(ContainerData, StandardInputIsReadOnly)
+{
+    for (const std::vector<std::string> &words : std::vector<std::vector<std::string>>{
+             {"embed", vel_, "-"},
+             {"ds", "write", "-", "W", "P", "1", "INTR"},
+             {"ds", "delete", "-", "W", "P", "1"},
+             {"ds", "copy", file_, "-"},
+             {"ds", "rebuild", "-"},
+         }) {
+        const ToolRun run = runTool(words);
+        EXPECT_EQ(run.status, 2) << words[1];
+        EXPECT_EQ(run.err.rfind("veltool: standard input is only read", 0), 0U) << run.err;
+        EXPECT_FALSE(std::filesystem::exists("-"));
+    }
+}
+
+TEST_F(ContainerData, MessagesCallStandardInputByTheNameGiven)
+{
+    const ToolRun made =
+        runTool({"ds", "write", folder_.path("b.def"), "W", "P", "1", "INTR"}, "1\n");
+    ASSERT_EQ(made.status, 0) << made.err;
+    const std::string bytes = folder_.read("b.def");
+    EXPECT_EQ(runTool({"extract", "-"}, bytes).err.rfind("veltool: -: ", 0), 0U);
+    EXPECT_EQ(runTool({"ds", "read", "-", "X", "P", "1"}, bytes).err.rfind("veltool: -: ", 0), 0U);
+    EXPECT_EQ(runTool({"ds", "locate", "-", "X", "P", "1"}, bytes).err.rfind("veltool: -: ", 0),
+              0U);
+}
+
 TEST_F(ContainerData, EndsWithTheLibrarysCode)
 {
     EXPECT_EQ(runTool({"extract", file_}).status, 17);
