@@ -6,6 +6,12 @@ namespace veltool {
 
 namespace {
 
+/// What helps with a path that is taken already.
+const char *hint(velHandle *handle, const std::string &path)
+{
+    return isObject(handle, path.c_str()) ? "" : "; veltool set gives it another value";
+}
+
 class AddTask : public EditTask
 {
 public:
@@ -17,8 +23,7 @@ public:
         const auto changeTree = [&](velHandle *handle) {
             path = velFullPath(handle, words[1].c_str());
             if (havePath(handle, path.c_str()))
-                throw Refusal(file + ": " + path +
-                              " exists already; veltool set gives it another value");
+                throw Refusal(file + ": " + path + " exists already" + hint(handle, path));
             if (const char *message = velCreateParam(handle, path.c_str(), value.c_str()))
                 throw Refusal(file + ": " + message);
             requireStorable(value);

@@ -171,12 +171,19 @@ std::string generalHelp()
     return text;
 }
 
+std::string usageOf(const Command &command)
+{
+    const std::string words = command.words;
+    return std::string("veltool ") + command.name + " [OPTIONS]" + (words.empty() ? "" : " ") +
+           words;
+}
+
 void checkCount(const Command &command, std::size_t count)
 {
     if (count >= command.fewest && count <= command.most)
         return;
     throw Failure(std::string(count < command.fewest ? "too few" : "too many") +
-                  " words; usage: veltool " + command.name + " [OPTIONS] " + command.words);
+                  " words; usage: " + usageOf(command));
 }
 
 int dispatch(const Words &words)
@@ -226,8 +233,7 @@ int runCommand(const Command &command, const Words &words)
     CLI::App app(std::string(command.purpose) + ".\n\n" + wrapWords(command.details));
     app.set_help_flag("-h,--help", "Show this text");
     app.set_version_flag("--version", "veltool " VEL_VERSION, "Show the version");
-    app.formatter(std::make_shared<CommandFormatter>(std::string("veltool ") + command.name +
-                                                     " [OPTIONS] " + command.words));
+    app.formatter(std::make_shared<CommandFormatter>(usageOf(command)));
     const std::unique_ptr<Task> task = command.make();
     task->addOptions(app);
 

@@ -86,9 +86,10 @@ TEST(CommandLine, HelpsEverywhere)
             const ToolRun help = runTool({command->name, option});
             EXPECT_EQ(help.status, 0) << command->name;
             EXPECT_EQ(help.err, "");
-            const std::string usage =
-                std::string("Usage: veltool ") + command->name + " [OPTIONS] ";
-            EXPECT_NE(help.out.find(usage + command->words), std::string::npos) << help.out;
+            std::string usage = std::string("Usage: veltool ") + command->name + " [OPTIONS]";
+            if (*command->words)
+                usage.append(1, ' ').append(command->words);
+            EXPECT_NE(help.out.find(usage + '\n'), std::string::npos) << help.out;
             std::istringstream lines(help.out);
             for (std::string line; std::getline(lines, line);)
                 EXPECT_LE(line.size(), 95U) << line;
