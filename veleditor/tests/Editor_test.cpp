@@ -36,6 +36,7 @@ private slots:
     void doesWithoutItsEnvironment();
     void doesWithoutItsBuildLabel();
     void welcomesTheUser();
+    void welcomesUntilAllIsLoaded();
     void goesOnWithoutLibraries();
     void throwsWhenTheFileCannotBeLoaded_data();
     void throwsWhenTheFileCannotBeLoaded();
@@ -60,6 +61,15 @@ QString menuText(const QMenu &menu)
         text += u'\n';
     }
     return text;
+}
+
+const QLabel *welcomeLabel()
+{
+    for (const QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == "Welcome")
+            return qobject_cast<const QLabel *>(window);
+    }
+    qFatal("there is no welcome");
 }
 
 } // namespace
@@ -172,21 +182,14 @@ void EditorWindowTest::doesWithoutItsBuildLabel()
     qunsetenv("ZOTBUILDID");
     open(copyOf("duct.vel"));
     QVERIFY(editor().windowIcon().isNull());
-    for (const QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->objectName() == "Welcome")
-            QCOMPARE(window->windowTitle(), QString("VEL Editor"));
-    }
+    QCOMPARE(welcomeLabel()->windowTitle(), QString("VEL Editor"));
 }
 
 void EditorWindowTest::welcomesTheUser()
 {
     qputenv("ZOTBUILDID", "7.1");
     open(copyOf("duct.vel"));
-    const QLabel *welcome = nullptr;
-    for (const QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->objectName() == "Welcome")
-            welcome = qobject_cast<const QLabel *>(window);
-    }
+    const QLabel *welcome = welcomeLabel();
     QVERIFY(welcome != nullptr);
     QVERIFY(!welcome->isVisible());
     QCOMPARE(welcome->text(),
@@ -194,6 +197,21 @@ void EditorWindowTest::welcomesTheUser()
     QCOMPARE(welcome->windowTitle(), QString("ZOT-7.1"));
     QCOMPARE(welcome->margin(), 10);
     QCOMPARE(welcome->pos(), QPoint(300, 300));
+    QVERIFY(welcome->windowFlags().testFlag(Qt::MSWindowsFixedSizeDialogHint));
+    QCOMPARE(welcome->windowIcon().availableSizes(), editor().windowIcon().availableSizes());
+}
+
+void EditorWindowTest::welcomesUntilAllIsLoaded()
+{
+    qputenv("ZOT5_VEL_LIBS", "absent.vel");
+    bool isShown = false;
+    setBoxAnswers([&](const MessageBox &) {
+        isShown = welcomeLabel()->isVisible();
+        return 0;
+    });
+    open(copyOf("duct.vel"));
+    QVERIFY(isShown);
+    QVERIFY(!welcomeLabel()->isVisible());
 }
 
 void EditorWindowTest::goesOnWithoutLibraries()
