@@ -2,6 +2,7 @@
 #include "help/viewer/Window.h"
 
 #include "help/viewer/Browser.h"
+#include "help/viewer/Viewer.h"
 
 #include <QAction>
 #include <QApplication>
@@ -18,6 +19,8 @@
 #include <QTextBlock>
 #include <QTreeWidget>
 #include <QWheelEvent>
+
+#include <algorithm>
 
 using namespace velHelp;
 
@@ -48,6 +51,7 @@ private slots:
     void showsATopic();
     void showsTheContentsFirst();
     void goesToASection();
+    void goesToASectionOfItsFirstPage();
     void saysThatAPageIsUnknown();
     void showsUnknownNamesAsTheyStand();
     void goesBackAndForward();
@@ -86,7 +90,7 @@ void HelpWindowTest::init()
                       "[down](#far-below) [out](http://example.com/) [file](file:///etc/passwd) "
                       "[none](nowhere.md)\n\n";
     for (int i = 0; i < 200; ++i)
-        text += "A paragraph of text.\n\n";
+        text += i == 30 ? "## Midway\n\n" : "A paragraph of text, longer than a narrow page.\n\n";
     page("walls.md", text + "## Far below\n\nThe <b>end</b>. ![x](/etc/passwd)\n");
     topics_ = std::make_unique<Topics>(folder_->path(), "en-us");
     window_ = std::make_unique<Window>(*topics_);
@@ -119,6 +123,25 @@ void HelpWindowTest::goesToASection()
     QCOMPARE(window_->page().textCursor().block().text(), QString("Far below"));
     window_->showTopic("walls", "no such section");
     QCOMPARE(window_->page().verticalScrollBar()->value(), 0);
+}
+
+// The first window of a viewer has no size yet when it is made.
+void HelpWindowTest::goesToASectionOfItsFirstPage()
+{
+    window_.reset();
+    Viewer viewer(folder_->path(), "en-us");
+    viewer.show("walls", "midway");
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto found = std::find_if(windows.begin(), windows.end(), [](const QWidget *widget) {
+        return widget->objectName() == "HelpWindow";
+    });
+    QVERIFY(found != windows.end());
+    const QScrollBar *bar = (*found)->findChild<Browser *>()->verticalScrollBar();
+    const int place = bar->value();
+    QVERIFY(place > 300);
+    viewer.show("", "");
+    viewer.show("walls", "midway");
+    QCOMPARE(place, bar->value());
 }
 
 void HelpWindowTest::saysThatAPageIsUnknown()
@@ -232,7 +255,8 @@ void HelpWindowTest::searches()
     auto &hits = child<QListWidget>("Hits");
     QTest::keyClicks(&field, "paragraph text");
     QCOMPARE(hits.count(), 1);
-    QCOMPARE(hits.item(0)->text(), QString("Walls\nA paragraph of text."));
+    QCOMPARE(hits.item(0)->text(),
+             QString("Walls\nA paragraph of text, longer than a narrow page."));
     QTest::keyClick(&field, Qt::Key_Return);
     QCOMPARE(window_->windowTitle(), QString("Walls - Help"));
     field.setText("nothing like this");

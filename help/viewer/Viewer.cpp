@@ -56,8 +56,8 @@ void Viewer::show(const QString &topic, const QString &section)
                 QCoreApplication::exit(0);
         });
     }
+    window_->comeForward(); // a section has its place only when the page has its width
     window_->showTopic(topic, section);
-    window_->comeForward();
     trace(QLatin1String("showing ") + window_->windowTitle());
 }
 
