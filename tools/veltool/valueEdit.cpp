@@ -195,6 +195,16 @@ private:
     Style style_;
 };
 
+/// A value where there is none: one blank behind the '=', which may be there
+/// already, and one before a remark.
+Splice firstValue(const SourceText &source, std::size_t behindEquals, std::string_view value)
+{
+    const std::string_view rest = std::string_view(source.bytes()).substr(behindEquals);
+    const bool hasBlank = rest.starts_with(' ') && !rest.starts_with(" #");
+    const std::size_t place = behindEquals + (hasBlank ? 1 : 0);
+    return {place, place, (hasBlank ? "" : " ") + std::string(value)};
+}
+
 } // namespace
 
 std::string_view leadingBlanks(std::string_view line)
@@ -236,7 +246,7 @@ Splice valueSplice(const SourceText &source, LineRange lines, std::string_view v
     const ValueRange old = findValue(statement);
     if (old.begin == old.end) {
         const std::size_t behindEquals = statement.positions[statement.text.find('=')] + 1;
-        return {behindEquals, behindEquals, ' ' + std::string(value)};
+        return firstValue(source, behindEquals, value);
     }
     const std::size_t end = statement.positions[old.end - 1] + 1;
     Splice splice{statement.positions[old.begin], end, std::string(value)};

@@ -32,8 +32,18 @@ TEST(ReplaceValue, LeavesEverythingElseOfTheLine)
 TEST(ReplaceValue, PutsAValueWhereNoneWas)
 {
     EXPECT_EQ(edit("Name =\n", "new"), "Name = new\n");
-    EXPECT_EQ(edit("Name =   # why\n", "new"), "Name = new   # why\n");
-    EXPECT_EQ(edit("Name = old # why\n", ""), "Name =  # why\n");
+    EXPECT_EQ(edit("Name=# why\n", "new"), "Name= new# why\n");
+    EXPECT_EQ(edit("Name = # why\n", "new"), "Name = new # why\n");
+    EXPECT_EQ(edit("Name = \\\n# why\n", "new"), "Name = new\\\n# why\n");
+}
+
+TEST(ReplaceValue, TakesAValueAwayAndPutsItBack)
+{
+    for (const std::string text : {"Name = old # why\n", "Name = old\r\n", "Name = old"}) {
+        const std::string without = edit(text, "");
+        EXPECT_EQ(without.find("old"), std::string::npos);
+        EXPECT_EQ(edit(without, "old"), text);
+    }
 }
 
 TEST(ReplaceValue, KeepsALongLineOneLine)
