@@ -38,9 +38,14 @@ struct Style
 
 std::size_t lineOf(const SourceText &source, LineRange lines, std::size_t position)
 {
-    std::size_t line = lines.first + lines.count - 1;
-    while (source.lineStart(line) > position)
-        --line;
+    std::size_t line = lines.first;
+    for (std::size_t end = lines.first + lines.count; end - line > 1;) {
+        const std::size_t middle = line + (end - line) / 2;
+        if (source.lineStart(middle) > position)
+            end = middle;
+        else
+            line = middle;
+    }
     return line;
 }
 

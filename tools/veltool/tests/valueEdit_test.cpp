@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 namespace veltool {
 namespace {
 
@@ -62,6 +64,17 @@ TEST(ReplaceValue, WrapsAWrappedValueAgain)
               "    Surface 5 # here\r\n");
     EXPECT_EQ(edit("Location = Surface 1, Surface 2, \\\n    Surface 3\n", "one"),
               "Location = one\n");
+}
+
+TEST(ReplaceValue, TakesNoLongerForALineWhereThereAreMany)
+{
+    // Each line was once looked for among all of them: ten seconds.
+    std::string text = "L = one";
+    for (int i = 0; i < 100000; ++i)
+        text += ", \\\n  one";
+    const std::clock_t start = std::clock();
+    EXPECT_EQ(edit(text + '\n', "two"), "L = two\n");
+    EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 2);
 }
 
 TEST(ReplaceValue, KeepsTheLinesOfPiecesThatStay)
