@@ -31,6 +31,7 @@ std::string flowObjectLine(const VELTreeItem *flowItem)
 const char *loadLines(const std::vector<std::string> &lines)
 {
     std::vector<const char *> texts;
+    texts.reserve(lines.size());
     for (const std::string &line : lines)
         texts.push_back(line.c_str());
     return velparser::loadVELData(texts.data(), static_cast<std::int32_t>(texts.size()));
