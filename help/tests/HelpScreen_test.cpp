@@ -82,7 +82,9 @@ void HelpScreenTest::init()
 void HelpScreenTest::warnsInABox()
 {
     QStringList seen;
-    QTimer::singleShot(0, this, [&seen] {
+    QTimer user;
+    user.setSingleShot(true);
+    connect(&user, &QTimer::timeout, this, [&seen] {
         auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
         if (box == nullptr)
             return;
@@ -91,6 +93,7 @@ void HelpScreenTest::warnsInABox()
         QCOMPARE(box->textFormat(), Qt::PlainText);
         box->accept();
     });
+    user.start(0);
     showHelpWarning("Warning", "It says '<b>no</b>'");
     QCOMPARE(seen, QStringList({"Warning", "It says '<b>no</b>'", "alone"}));
 }

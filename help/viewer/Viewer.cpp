@@ -28,7 +28,10 @@ Viewer::Viewer(const QString &folder, const QString &language)
 {
     connect(&listener_, &Listener::requested, this, &Viewer::handle);
     connect(&listener_, &Listener::deserted, this, &Viewer::endIfUnused);
-    QTimer::singleShot(clientLimit, this, &Viewer::endIfUnused);
+    auto *timer = new QTimer(this);
+    timer->setSingleShot(true);
+    connect(timer, &QTimer::timeout, this, &Viewer::endIfUnused);
+    timer->start(clientLimit);
 }
 
 // Connections that are cut with the listener are of no interest any more.
