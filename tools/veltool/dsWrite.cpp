@@ -100,7 +100,8 @@ const Command dsWriteCommand = {
     .passesOn = false,
     .purpose = "Add a dataset, its data from standard input",
     .details = "The data has the form in which ds read prints it. FILE is made if it does not "
-               "exist. TYPE is INTR, REAL, DBLE, LOGL, CHAR, STRI[:N] or STRC{...}.",
+               "exist. TYPE is INTR, REAL, DBLE, LOGL, CHAR, STRI[:N] or the counts of a "
+               "structure's items, such as STRC{INTR:1 DBLE:3 STRI:1:8}.",
     .make = makeTask<WriteTask>,
 };
 

@@ -39,7 +39,8 @@ private:
         std::optional<std::string> value;
         require(getStringValue(handle.get(), path, &value), file);
         if (isObject(handle.get(), path))
-            throw Failure(file + ": " + path_ + " is an object; veltool tree shows it");
+            throw Failure(file + ": " + velFullPath(handle.get(), path) +
+                          " is an object; veltool tree shows it");
         if (json_)
             out() << array_.next() << '{' << jsonMember("file", file) << ','
                   << jsonMember("path", velFullPath(handle.get(), path)) << ','

@@ -164,6 +164,7 @@ TEST_F(Ds, CopiesAllOrWhatMatches)
     EXPECT_EQ(ds({"list", all}).out, ds({"list", file}).out);
     EXPECT_EQ(ds({"copy", file, some, "A", "P", "2"}).status, 0);
     EXPECT_EQ(ds({"copy", file, some, "?", "Q", "-1"}).status, 0);
+    EXPECT_EQ(ds({"copy", file, some, "?", "Z", "-1"}).status, 17);
     EXPECT_EQ(ds({"read", some, "A", "P", "2"}).out, "7\n");
     EXPECT_EQ(ds({"read", some, "B", "Q", "1"}).out, "0.100000001\n");
     EXPECT_EQ(ds({"read", some, "A", "P", "1"}).status, 17);
