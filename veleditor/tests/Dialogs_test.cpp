@@ -156,7 +156,7 @@ void DialogsTest::showsUpgradeMessages()
 
 void DialogsTest::writesMessagesToAFile()
 {
-    const QString file = newFile("messages.txt", "something much longer that was there before");
+    QString file = newFile("messages.txt", "something much longer that was there before");
     ErrorDialog dialog(nullptr, "Errors", "first\nsec\xC2\xA0ond \xC3\xA4", false);
     dialog.show();
     QStringList asked;
@@ -188,7 +188,7 @@ void DialogsTest::writesToAFileWithAnyName()
 {
     ErrorDialog dialog(nullptr, "Errors", "x", true);
     dialog.show();
-    const QString file = folder() + QString::fromUtf8("/Käse 'n\" Brot.txt");
+    QString file = folder() + QString::fromUtf8("/Käse 'n\" Brot.txt");
     setFileNameAnswers([&](const QString &, const QString &) { return file; });
     pressButton(dialog, "WriteToFile");
     QCOMPARE(contentOf(file), QByteArray("x"));
@@ -208,7 +208,7 @@ void DialogsTest::saysWhenMessagesCannotBeWritten()
 {
     ErrorDialog dialog(nullptr, "Errors", "x", true);
     dialog.show();
-    const QString file = folder() + "/absent/messages.txt";
+    QString file = folder() + "/absent/messages.txt";
     setFileNameAnswers([&](const QString &, const QString &) { return file; });
     answer();
     pressButton(dialog, "WriteToFile");
@@ -268,7 +268,8 @@ void DialogsTest::pressesTheDefaultButtonOnReturn()
 void DialogsTest::hasPlainButtons()
 {
     setBoxAnswers({});
-    QApplication::setStyle(new IconStyle);
+    static auto *const style = new IconStyle; // the application's, once it is set
+    QApplication::setStyle(style);
     const auto look = [](QMessageBox &box, const QStringList &texts) {
         QCOMPARE(buttons(box), texts);
         for (const QAbstractButton *button : box.buttons())

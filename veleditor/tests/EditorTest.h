@@ -97,6 +97,16 @@ protected:
         return nullptr;
     }
 
+    /// The same where there must be one; else the test ends.
+    template <typename Window>
+    static Window &shown()
+    {
+        auto *window = visible<Window>();
+        if (window == nullptr)
+            qFatal("there is no %s", Window::staticMetaObject.className());
+        return *window;
+    }
+
     /// Runs Perl code in the interpreter of the program.
     void runPerl(const QByteArray &code);
 

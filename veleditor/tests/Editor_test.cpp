@@ -63,11 +63,12 @@ QString menuText(const QMenu &menu)
     return text;
 }
 
-const QLabel *welcomeLabel()
+const QLabel &welcomeLabel()
 {
     for (const QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->objectName() == "Welcome")
-            return qobject_cast<const QLabel *>(window);
+        const auto *label = qobject_cast<const QLabel *>(window);
+        if (label != nullptr && label->objectName() == "Welcome")
+            return *label;
     }
     qFatal("there is no welcome");
 }
@@ -182,23 +183,22 @@ void EditorWindowTest::doesWithoutItsBuildLabel()
     qunsetenv("ZOTBUILDID");
     open(copyOf("duct.vel"));
     QVERIFY(editor().windowIcon().isNull());
-    QCOMPARE(welcomeLabel()->windowTitle(), QString("VEL Editor"));
+    QCOMPARE(welcomeLabel().windowTitle(), QString("VEL Editor"));
 }
 
 void EditorWindowTest::welcomesTheUser()
 {
     qputenv("ZOTBUILDID", "7.1");
     open(copyOf("duct.vel"));
-    const QLabel *welcome = welcomeLabel();
-    QVERIFY(welcome != nullptr);
-    QVERIFY(!welcome->isVisible());
-    QCOMPARE(welcome->text(),
+    const QLabel &welcome = welcomeLabel();
+    QVERIFY(!welcome.isVisible());
+    QCOMPARE(welcome.text(),
              QString("Welcome to the Command File Editor.\n\nInitialising database.\n"));
-    QCOMPARE(welcome->windowTitle(), QString("ZOT-7.1"));
-    QCOMPARE(welcome->margin(), 10);
-    QCOMPARE(welcome->pos(), QPoint(300, 300));
-    QVERIFY(welcome->windowFlags().testFlag(Qt::MSWindowsFixedSizeDialogHint));
-    QCOMPARE(welcome->windowIcon().availableSizes(), editor().windowIcon().availableSizes());
+    QCOMPARE(welcome.windowTitle(), QString("ZOT-7.1"));
+    QCOMPARE(welcome.margin(), 10);
+    QCOMPARE(welcome.pos(), QPoint(300, 300));
+    QVERIFY(welcome.windowFlags().testFlag(Qt::MSWindowsFixedSizeDialogHint));
+    QCOMPARE(welcome.windowIcon().availableSizes(), editor().windowIcon().availableSizes());
 }
 
 void EditorWindowTest::welcomesUntilAllIsLoaded()
@@ -206,12 +206,12 @@ void EditorWindowTest::welcomesUntilAllIsLoaded()
     qputenv("ZOT5_VEL_LIBS", "absent.vel");
     bool isShown = false;
     setBoxAnswers([&](const MessageBox &) {
-        isShown = welcomeLabel()->isVisible();
+        isShown = welcomeLabel().isVisible();
         return 0;
     });
     open(copyOf("duct.vel"));
     QVERIFY(isShown);
-    QVERIFY(!welcomeLabel()->isVisible());
+    QVERIFY(!welcomeLabel().isVisible());
 }
 
 void EditorWindowTest::goesOnWithoutLibraries()
@@ -282,9 +282,8 @@ void EditorWindowTest::checksUnitsAndBounds()
     qputenv("ZOT5_VEL_LIBS", "own.vel");
     open(newFile("slow.vel", "FLOW: A\nSpeed = -1 [m s^-1]\nLength = 3 [kg]\nEND\n"));
     press("Ctrl+V");
-    auto *errors = visible<ErrorDialog>();
-    QVERIFY(errors != nullptr);
-    const QString text = errors->findChild<QTextEdit *>()->toPlainText();
+    auto &errors = shown<ErrorDialog>();
+    const QString text = errors.findChild<QTextEdit *>()->toPlainText();
     QVERIFY2(text.contains("[below-bound]"), qPrintable(text));
     QVERIFY2(text.contains("[wrong-unit]"), qPrintable(text));
 }
@@ -358,13 +357,12 @@ void EditorWindowTest::showsWhatIsNotValid()
 {
     open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
     press("Ctrl+V");
-    auto *errors = visible<ErrorDialog>();
-    QVERIFY(errors != nullptr);
-    QVERIFY(!errors->isModal());
-    QCOMPARE(errors->objectName(), QString("Errors"));
-    QVERIFY(errors->findChild<QTextEdit *>()->toPlainText().startsWith(
+    auto &errors = shown<ErrorDialog>();
+    QVERIFY(!errors.isModal());
+    QCOMPARE(errors.objectName(), QString("Errors"));
+    QVERIFY(errors.findChild<QTextEdit *>()->toPlainText().startsWith(
         "/FLOW:A/DOMAIN:D: required parameter \"Kind\" is missing"));
-    pressButton(*errors, "Ok");
+    pressButton(errors, "Ok");
     QCOMPARE(visible<ErrorDialog>(), nullptr);
 }
 

@@ -38,10 +38,7 @@ private slots:
 
 FindDialog &FindDialogTest::dialog()
 {
-    auto *dialog = visible<FindDialog>();
-    if (dialog == nullptr)
-        qFatal("the dialog is not there");
-    return *dialog;
+    return shown<FindDialog>();
 }
 
 QString FindDialogTest::found()

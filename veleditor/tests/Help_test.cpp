@@ -55,7 +55,8 @@ void EditorHelpTest::openWithViewer()
 void EditorHelpTest::choose(const char *entry)
 {
     auto *action = editor().findChild<QAction *>(entry);
-    QVERIFY(action != nullptr);
+    if (action == nullptr)
+        qFatal("there is no entry %s", entry);
     QVERIFY(action->isEnabled());
     action->trigger();
 }

@@ -158,7 +158,8 @@ void LookTest::namesEveryControl()
             QAccessibleInterface *face = QAccessible::queryAccessibleInterface(widget);
             const QString where = window.windowTitle() + ": " + widget->metaObject()->className() +
                                   ' ' + widget->objectName();
-            QVERIFY2(face != nullptr, qPrintable(where));
+            if (face == nullptr)
+                qFatal("no accessible face: %s", qPrintable(where));
             QVERIFY2(!face->text(QAccessible::Name).isEmpty(), qPrintable(where));
             const bool isOfABox = qobject_cast<QMessageBox *>(&window) != nullptr;
             QVERIFY2(isOfABox || !widget->objectName().isEmpty(), qPrintable(where));

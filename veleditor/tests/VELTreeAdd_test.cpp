@@ -352,10 +352,9 @@ void VELTreeAddTest::showsWhatIsWrongWithTheObject()
         pressButton(dialog, "Ok");
     });
     tree().addParameter();
-    auto *errors = visible<ErrorDialog>();
-    QVERIFY(errors != nullptr);
-    QVERIFY(!errors->isModal());
-    QVERIFY(errors->findChild<QTextEdit *>()->toPlainText().contains("[unknown-parameter]"));
+    auto &errors = shown<ErrorDialog>();
+    QVERIFY(!errors.isModal());
+    QVERIFY(errors.findChild<QTextEdit *>()->toPlainText().contains("[unknown-parameter]"));
     QCOMPARE(row("/FLOW:Analysis/DOMAIN:Duct/Colour").value(), QString("red"));
 }
 

@@ -66,7 +66,8 @@ QString VELTreeEditTest::stored(const char *path)
 void VELTreeEditTest::type(EditParamDialog &dialog, const QString &text)
 {
     auto *field = dialog.findChild<QTextEdit *>("Value");
-    QVERIFY(field != nullptr);
+    if (field == nullptr)
+        qFatal("there is no text field");
     field->selectAll();
     QTest::keyClicks(field, text);
 }
@@ -74,7 +75,8 @@ void VELTreeEditTest::type(EditParamDialog &dialog, const QString &text)
 void VELTreeEditTest::choose(EditParamDialog &dialog, const QString &entry)
 {
     auto *list = dialog.findChild<QComboBox *>("Values");
-    QVERIFY(list != nullptr);
+    if (list == nullptr)
+        qFatal("there is no list");
     const int index = list->findText(entry);
     QVERIFY(index >= 0);
     list->setFocus();
@@ -155,11 +157,10 @@ void VELTreeEditTest::putsARefusedValueBack()
     });
     doubleClick(pressure);
 
-    auto *errors = visible<ErrorDialog>();
-    QVERIFY(errors != nullptr);
-    QVERIFY(!errors->isModal());
-    QCOMPARE(errors->objectName(), QString("Errors"));
-    QVERIFY(errors->findChild<QTextEdit *>("Messages")->toPlainText().contains("[wrong-type]"));
+    auto &errors = shown<ErrorDialog>();
+    QVERIFY(!errors.isModal());
+    QCOMPARE(errors.objectName(), QString("Errors"));
+    QVERIFY(errors.findChild<QTextEdit *>("Messages")->toPlainText().contains("[wrong-type]"));
     QCOMPARE(row(pressure).value(), QString("1"));
     QCOMPARE(stored(pressure), QString("1"));
     QVERIFY(tree().isModified());
