@@ -67,7 +67,7 @@ std::vector<std::string> upgradeLoadedData(const std::string &file)
     std::istringstream stream(told ? told : "");
     for (std::string line; std::getline(stream, line);) {
         if (!line.starts_with('/'))
-            throw Failure(file + ": " + line);
+            throw Failure(line.insert(0, file + ": "));
         changes.push_back(line);
     }
     return changes;

@@ -203,7 +203,10 @@ TEST_F(ContainerData, LongLinesAreStoredFormatted)
 
 TEST_F(ContainerData, ExamplesAreWhatTheirScriptMakes)
 {
-    const std::string examples = std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/";
+    const char *source = std::getenv("VEL_SOURCE_DIR");
+    if (!source)
+        FAIL() << "VEL_SOURCE_DIR is not set";
+    const std::string examples = std::string(source) + "/examples/";
     const ToolRun made = runShell("perl '" + examples + "make-containers.pl' \"$VELTOOL\" '" +
                                   folder_.path() + "' 2>&1");
     ASSERT_EQ(made.status, 0) << made.out;
