@@ -513,7 +513,7 @@ void StartupTest::savesInEmergencyFromWithinADialog()
     const Run result = run({file}, [&](Editor &editor) {
         VELTreeItem *flow = VELTreeItem::from(editor.tree().topLevelItem(0)->child(0));
         onDialog<EditParamDialog>([&](EditParamDialog &) {
-            QTimer::singleShot(0, &editor, [&] { editor.tree().buildTree(); });
+            QMetaObject::invokeMethod(&editor.tree(), "buildTree", Qt::QueuedConnection);
             onDialog<ErrorDialog>([](ErrorDialog &dialog) { pressButton(dialog, "Yes"); });
         });
         editor.tree().editParam(VELTreeItem::from(flow->child(0)));
