@@ -54,7 +54,7 @@ expect "veltool takes the Perl packages that it was installed with" \
     "$prefix/share/veleditor/perl/VEL/Parser/Lite.pm" \
     "$("$prefix/bin/veltool" perl "$scratch/where.pl")"
 expect "the module loads from there with the system's perl" "ok" \
-    "$(PERL5LIB=$prefix/share/veleditor/perl perl -MVEL::Parser::Lite \
+    "$(PERL5LIB=$prefix/share/veleditor/perl ${VEL_PERL:-perl} -MVEL::Parser::Lite \
         -e 'print VEL::Parser::Lite::NEW() ? "ok" : "no database"')"
 expect "the editor starts and keeps to its command line" \
     "$prefix/libexec/veleditor/veleditor: must specify a vel file" "$("$prefix/bin/veledit")"

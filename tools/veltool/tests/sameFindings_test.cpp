@@ -77,8 +77,8 @@ std::vector<std::string> fromPerl()
                                 "    walk(\"$path/$_\") for @objects;\n"
                                 "}\n"
                                 "walk('');\n");
-    const ToolRun run =
-        runShell("PERL5LIB=\"$VEL_BUILD_DIR/perl\" perl '" + script + "' '" + mistakes() + "'");
+    const ToolRun run = runShell("PERL5LIB=\"$VEL_BUILD_DIR/perl\" $VEL_PERL '" + script + "' '" +
+                                 mistakes() + "'");
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.status, 0);
     return linesOf(run.out);
