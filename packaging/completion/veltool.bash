@@ -56,6 +56,13 @@ _veltool_paths() {
         }'
 }
 
+# Takes each line of $1 as a proposal. (A process substitution would want /dev/fd,
+# which a bare root lacks.)
+_veltool_propose() {
+    COMPREPLY=()
+    [[ -z $1 ]] || mapfile -t COMPREPLY <<<"$1"
+}
+
 _veltool_complete_path() {
     local typed=$1 file current found kept quote=''
     file=$(_veltool_plain "$2")
@@ -64,10 +71,11 @@ _veltool_complete_path() {
     # Bash replaces only what stands behind the last place where it breaks.
     kept=${typed%"${COMP_WORDS[COMP_CWORD]}"}
     while IFS= read -r found; do
+        [[ -n $found ]] || continue
         [[ $found == */ ]] && compopt -o nospace 2>/dev/null
         [[ -n $quote ]] || found=$(printf '%q' "$found")
         COMPREPLY+=("${found#"$kept"}")
-    done < <(_veltool_paths "$file" "$current")
+    done <<<"$(_veltool_paths "$file" "$current")"
 }
 
 _veltool() {
@@ -90,18 +98,18 @@ _veltool() {
     done
     previous=${words[${#words[@]} - 2]}
     if [[ $current == -* && $current != *=* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "$flags" -- "$current")
+        _veltool_propose "$(compgen -W "$flags" -- "$current")"
     elif [[ " $valued " == *" $previous "* ]]; then
-        mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        _veltool_propose "$(compgen -f -- "$current")"
     elif [[ -n $follow ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "$(cut -d : -f 1 <<<"$follow")" -- "$current")
+        _veltool_propose "$(compgen -W "$(cut -d : -f 1 <<<"$follow")" -- "$current")"
     else
         if [[ $place == $((${#plain[@]} + 1)) || $place == *+ && ${#plain[@]} -gt 0 ]]; then
             _veltool_complete_path "$current" "${plain[0]}"
             [[ ${#COMPREPLY[@]} -eq 0 ]] || return 0
         fi
         compopt -o filenames 2>/dev/null
-        mapfile -t COMPREPLY < <(compgen -f -- "$(_veltool_plain "$current")")
+        _veltool_propose "$(compgen -f -- "$(_veltool_plain "$current")")"
     fi
 }
 

@@ -118,4 +118,16 @@ ToolRun runShell(const std::string &line)
     return runProgram({"/bin/bash", "-c", line}, {});
 }
 
+bool hasTerminals()
+{
+    const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
+    if (master < 0) {
+        return false;
+    }
+    const char *name = ::unlockpt(master) == 0 ? ::ptsname(master) : nullptr;
+    const bool stands = name != nullptr && ::access(name, R_OK | W_OK) == 0;
+    ::close(master);
+    return stands;
+}
+
 } // namespace veltool::test

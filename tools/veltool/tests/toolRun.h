@@ -42,4 +42,7 @@ private:
 /// Runs a line in the shell, with $VELTOOL naming the program.
 [[nodiscard]] ToolRun runShell(const std::string &line);
 
+/// Whether this machine gives pseudo-terminals; a bare root may have none.
+[[nodiscard]] bool hasTerminals();
+
 } // namespace veltool::test
