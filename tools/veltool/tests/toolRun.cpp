@@ -44,6 +44,7 @@ ToolRun runProgram(std::vector<std::string> words, const std::string &input)
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, folder.path("err").c_str(),
                                      O_WRONLY | O_CREAT, 0600);
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string &word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
