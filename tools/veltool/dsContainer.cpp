@@ -115,6 +115,15 @@ void Container::request(io_request number, IO_header header, IO_data &data)
     check(session_.request(number, routine_, &header, &data));
 }
 
+located_datasets Container::locate(const DatasetName &name)
+{
+    open_file &file = primary();
+    located_datasets found;
+    check(find_datasets(*file.report, file.index, name.what.c_str(), name.where.c_str(), name.when,
+                        found));
+    return found;
+}
+
 void Container::check(int code) const
 {
     if (code != IO_OK)

@@ -4,6 +4,7 @@
 // code that is not 0 then ends the command with a ContainerFailure.
 #pragma once
 
+#include "io/Src/Main/get_ds_location.h"
 #include "io/Src/Main/io_session.h"
 #include "tools/veltool/dsProgress.h"
 #include "tools/veltool/failure.h"
@@ -98,6 +99,10 @@ public:
     void request(io_request number, IO_header header, IO_data &data);
 
     [[nodiscard]] open_file &primary() { return *session_.primary(); }
+
+    /// The datasets of the primary file that match, in the library's order; at
+    /// least one.
+    [[nodiscard]] located_datasets locate(const DatasetName &name);
 
     /// Throws unless the code is 0; names the primary file.
     void check(int code) const;

@@ -5,7 +5,6 @@
 #include "tools/veltool/output.h"
 
 #include "io/Src/Main/container_check.h"
-#include "io/Src/Main/get_ds_location.h"
 
 #include <CLI/App.hpp>
 
@@ -105,11 +104,7 @@ public:
         const ReadableFile file(words[0]);
         Container container;
         container.open(file);
-        open_file &opened = container.primary();
-        located_datasets found;
-        container.check(find_datasets(*opened.report, opened.index, name.what.c_str(),
-                                      name.where.c_str(), name.when, found));
-        for (const located_dataset &dataset : found) {
+        for (const located_dataset &dataset : container.locate(name)) {
             out() << dataset.what << '\t' << dataset.where << '\t' << std::to_string(dataset.when)
                   << '\t' << std::to_string(dataset.length) << '\t'
                   << std::to_string(dataset.position) << '\n';

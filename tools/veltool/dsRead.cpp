@@ -3,8 +3,6 @@
 #include "tools/veltool/dsContainer.h"
 #include "tools/veltool/dsValues.h"
 
-#include "io/Src/Main/get_ds_location.h"
-
 #include <CLI/App.hpp>
 
 namespace veltool {
@@ -25,11 +23,7 @@ public:
         const ReadableFile file(words[0]);
         Container container;
         container.open(file);
-        open_file &opened = container.primary();
-        located_datasets found;
-        container.check(find_datasets(*opened.report, opened.index, name.what.c_str(),
-                                      name.where.c_str(), name.when, found));
-        print(container, found.front().position);
+        print(container, container.locate(name).front().position);
         container.close();
         return statusGood;
     }
