@@ -51,6 +51,16 @@ std::vector<std::int32_t> noise(std::size_t count)
     return values;
 }
 
+/// Compresses, but not to much less.
+std::vector<std::int32_t> smooth_noise(std::size_t count)
+{
+    std::vector<std::int32_t> values = noise(count);
+    for (std::int32_t &value : values) {
+        value &= 0xfffff;
+    }
+    return values;
+}
+
 std::string text_of(const std::vector<std::int32_t> &values)
 {
     std::string text;
@@ -205,21 +215,80 @@ TEST_F(CompressedData, TheWrapperWorksInWords)
 {
     io_reporter report(env_);
     std::vector<char> in(4000, 'a');
-    std::vector<char> out(4000);
-    std::int64_t words = io_gzip(report, 'i', 9, in.data(), 1000, out.data());
+    std::string out;
+    std::vector<char> memory(4000);
+    const io_deflate_buffer buffer = {memory.data(), 4000};
+    auto take = [&](const void *bytes, std::size_t count, bool last) {
+        EXPECT_TRUE(last);
+        out.assign(static_cast<const char *>(bytes), count);
+        return true;
+    };
+    std::int64_t words = io_gzip(report, 'i', 9, in.data(), 1000, buffer, take);
     EXPECT_GT(words, 0);
     EXPECT_LT(words, 30);
+    EXPECT_EQ(out.size(), static_cast<std::size_t>(words) * 4);
     std::vector<char> back(4000);
     EXPECT_EQ(io_gunzip(report, out.data(), words * 4, back.data(), 4000), IO_OK);
     EXPECT_EQ(back, in);
-    EXPECT_EQ(io_gzip(report, 'x', 5, in.data(), 1000, out.data()), 0);
-    EXPECT_EQ(io_gzip(report, 'i', 0, in.data(), 1000, out.data()),
-              io_gzip(report, 'i', 5, in.data(), 1000, out.data()));
+    EXPECT_EQ(io_gzip(report, 'x', 5, in.data(), 1000, buffer, take), io_gzip_nothing);
+    EXPECT_EQ(io_gzip(report, 'i', 0, in.data(), 1000, buffer, take),
+              io_gzip(report, 'i', 5, in.data(), 1000, buffer, take));
     std::vector<std::int32_t> random = noise(1000);
-    EXPECT_EQ(io_gzip(report, 'i', 5, random.data(), 1000, out.data()), -1);
+    EXPECT_EQ(io_gzip(report, 'i', 5, random.data(), 1000, buffer, take), io_gzip_larger);
+    auto refuse = [](const void *, std::size_t, bool) { return false; };
+    EXPECT_EQ(io_gzip(report, 'i', 5, in.data(), 1000, buffer, refuse), io_gzip_refused);
     EXPECT_EQ(io_gzip_word_bytes('r'), 4U);
     EXPECT_EQ(io_gzip_word_bytes('d'), 8U);
     EXPECT_EQ(io_gzip_word_bytes('c'), 1U);
+}
+
+/// A buffer of any size gives the same stream.
+TEST_F(CompressedData, TheStreamDoesNotDependOnItsParts)
+{
+    io_reporter report(env_);
+    std::vector<std::int32_t> values = smooth_noise(50000);
+    const std::string whole = zipped(raw(values));
+    for (std::int64_t bytes : {4, 8, 12, 1000, 65536, 200000}) {
+        std::vector<char> memory(static_cast<std::size_t>(bytes));
+        std::string out;
+        bool ended = false;
+        auto take = [&](const void *part, std::size_t count, bool last) {
+            EXPECT_FALSE(ended);
+            EXPECT_TRUE(last || count == memory.size());
+            ended = last;
+            out.append(static_cast<const char *>(part), count);
+            return true;
+        };
+        EXPECT_EQ(io_gzip(report, 'i', 5, values.data(), 50000, {memory.data(), bytes}, take),
+                  static_cast<std::int64_t>(whole.size()) / 4);
+        EXPECT_TRUE(ended);
+        EXPECT_EQ(out, whole) << bytes;
+    }
+}
+
+/// Long enough for many parts: the length in front is put there at the end.
+TEST_F(CompressedData, LongStreamsHaveTheirLengthInFront)
+{
+    std::vector<std::int32_t> values = smooth_noise(1000000);
+    const std::string stream = zipped(raw(values));
+    ASSERT_GT(stream.size(), 1000000U);
+    ASSERT_EQ(client_.write_integers("A", "B", 1, values), IO_OK);
+    ASSERT_EQ(client_.write_integers("C", "D", 1, {1, 2, 3}), IO_OK);
+    EXPECT_TRUE(area() == number_bytes(static_cast<std::int32_t>(stream.size())) + stream);
+    EXPECT_TRUE(client_.read("A", "B", 1) == text_of(values));
+    EXPECT_EQ(client_.read("C", "D", 1), text_of({1, 2, 3}));
+}
+
+/// Given up on after several parts.
+TEST_F(CompressedData, MuchThatDoesNotCompressIsStored)
+{
+    std::vector<std::int32_t> values = noise(500000);
+    ASSERT_EQ(client_.write_integers("A", "B", 1, values), IO_OK);
+    ASSERT_EQ(client_.write_integers("C", "D", 1, {1, 2, 3}), IO_OK);
+    EXPECT_TRUE(area() == number_bytes(-1) + raw(values));
+    EXPECT_TRUE(client_.read("A", "B", 1) == text_of(values));
+    EXPECT_EQ(client_.read("C", "D", 1), text_of({1, 2, 3}));
+    EXPECT_EQ(take_messages(), "");
 }
 
 } // namespace

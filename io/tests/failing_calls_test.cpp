@@ -97,6 +97,66 @@ TEST_P(FailingCalls, NoneLosesAnything)
     }
 }
 
+/// 20 bits of noise in 32: compresses, to more than is written at once.
+std::vector<std::int32_t> long_array()
+{
+    std::vector<std::int32_t> values(150000);
+    std::uint32_t state = 1;
+    for (std::int32_t &value : values) {
+        state = state * 1664525U + 1013904223U;
+        value = static_cast<std::int32_t>(state >> 12);
+    }
+    return values;
+}
+
+TEST_P(FailingCalls, ALongStreamIsThereAsAWholeOrNotAtAll)
+{
+    const std::vector<std::int32_t> values = long_array();
+    auto write_long = [&](io_client &client) {
+        int code = client.request(IO_OPEN_PRIMARY_WRITE, "f");
+        code = code == IO_OK ? client.write_integers("L", "P", 1, values) : code;
+        int closed = client.request(IO_CLOSE_PRIMARY);
+        return code == IO_OK ? closed : code;
+    };
+    std::string text;
+    int calls = 0;
+    {
+        io_memory_env memory;
+        io_failing_env env(memory);
+        env.fail(0, 0, false);
+        io_client client(env);
+        ASSERT_EQ(write_long(client), IO_OK);
+        calls = env.calls();
+        ASSERT_GT(memory["f"].size(), 300000U);
+        ASSERT_LT(memory["f"].size(), 500000U);
+        client.request(IO_OPEN_PRIMARY, "f");
+        text = client.read("L", "P", 1);
+        ASSERT_GT(text.size(), values.size());
+    }
+    int failed = 0;
+    for (int call = 1; call <= calls; call++) {
+        io_memory_env memory;
+        make_files(memory);
+        io_failing_env env(memory);
+        int code = IO_OK;
+        {
+            io_client client(env);
+            env.fail(call, call % 2 == 0 ? ENOSPC : EIO, GetParam());
+            code = write_long(client);
+        }
+        expect_code(code, call);
+        failed += code == IO_OK ? 0 : 1;
+        memory.files.erase("f.lck");
+        take_messages();
+        io_client client(memory);
+        ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK) << call << take_messages();
+        EXPECT_EQ(client.read("A", "P", 1), "1 2 3") << call;
+        const std::string back = client.read("L", "P", 1);
+        EXPECT_TRUE(back == text || (code != IO_OK && back.rfind("code ", 0) == 0)) << call;
+    }
+    EXPECT_GT(failed, 5);
+}
+
 INSTANTIATE_TEST_SUITE_P(Once, FailingCalls, ::testing::Values(false));
 INSTANTIATE_TEST_SUITE_P(ForGood, FailingCalls, ::testing::Values(true));
 

@@ -21,11 +21,102 @@ byte_buffer allocate(std::int64_t bytes)
     return byte_buffer(new (std::nothrow) char[static_cast<std::size_t>(bytes)]);
 }
 
-int write_stored_mark(zot_io &io, format_code format)
+/// Writes the length and the stream, part by part. A stream of one part has its
+/// length in front at once; for a longer one it is put there at the end.
+class array_writer
 {
-    int code = zotwriteOffset(io, format, IO_STORED);
-    return code == IO_OK ? IO_COMPRESSION : code;
-}
+public:
+    array_writer(zot_io &io, format_code format, element_type type)
+        : io_(io), format_(format), type_(type),
+          word_(static_cast<std::int64_t>(element_word_bytes(type))), length_at_(io.stream.tell())
+    {
+    }
+
+    int write(const void *data, std::int32_t count)
+    {
+        const io_reporter &report = *io_.report;
+        std::int64_t buffer_bytes = std::min(count * word_, part_bytes);
+        byte_buffer buffer = allocate(buffer_bytes);
+        if (!buffer) {
+            return report.no_memory("write_compressed_dataarray", buffer_bytes);
+        }
+        auto take = [this](const void *bytes, std::size_t part, bool last) {
+            code_ = put(bytes, part, last);
+            return code_ == IO_OK;
+        };
+        std::int64_t words = io_gzip(report, io_gzip_letter(type_), format_.level(), data, count,
+                                     {buffer.get(), buffer_bytes}, take);
+        if (words == io_gzip_refused) {
+            return code_;
+        }
+        if (words > count) {
+            report.error(
+                IO_COMPRESSION,
+                "write_compressed_dataarray: additional data from compression: got %d, expected"
+                " max %d",
+                static_cast<int>(words), count);
+        }
+        std::int64_t bytes = words * word_;
+        bool good =
+            words > 0 && words <= count && bytes <= std::numeric_limits<std::int32_t>::max();
+        return good ? complete(bytes) : put_stored_mark();
+    }
+
+private:
+    bool begun() const { return io_.stream.tell() != length_at_; }
+
+    int put(const void *bytes, std::size_t count, bool last)
+    {
+        if (!begun()) {
+            if (int code = put_length(last ? static_cast<std::int64_t>(count) : 0)) {
+                return code;
+            }
+            length_known_ = last;
+        }
+        return io_.stream.write(bytes, count) ? IO_OK : failed();
+    }
+
+    int put_length(std::int64_t bytes) { return zotwriteOffset(io_, format_, bytes); }
+
+    int complete(std::int64_t bytes)
+    {
+        if (length_known_) {
+            return IO_OK;
+        }
+        std::int64_t behind = io_.stream.tell();
+        if (!io_.stream.seek(length_at_)) {
+            return failed();
+        }
+        if (int code = put_length(bytes)) {
+            return code;
+        }
+        return io_.stream.seek(behind) ? IO_OK : failed();
+    }
+
+    /// What stands there of the stream is no longer than the data that follows.
+    int put_stored_mark()
+    {
+        if (begun() && !io_.stream.seek(length_at_)) {
+            return failed();
+        }
+        int code = put_length(IO_STORED);
+        return code == IO_OK ? IO_COMPRESSION : code;
+    }
+
+    int failed() const
+    {
+        return io_.report->zotsystemErr(io_write_code(),
+                                        "write_compressed_dataarray: (fwrite failed) syserr:");
+    }
+
+    zot_io &io_;
+    format_code format_;
+    element_type type_;
+    std::int64_t word_;
+    std::int64_t length_at_; ///< position of the length
+    bool length_known_ = false;
+    int code_ = IO_OK; ///< of the part that could not be written
+};
 
 class array_reader
 {
@@ -194,32 +285,7 @@ int write_compressed_dataarray(zot_io &io, format_code format, element_type type
                             "write_compressed_dataarray: bad compressed format %c%c\n",
                             format.letter, format.second);
     }
-    auto word = static_cast<std::int64_t>(element_word_bytes(type));
-    byte_buffer out = allocate(count * word);
-    if (!out) {
-        return report.no_memory("write_compressed_dataarray", count * word);
-    }
-    std::int64_t words =
-        io_gzip(report, io_gzip_letter(type), format.level(), data, count, out.get());
-    if (words > count) {
-        report.error(
-            IO_COMPRESSION,
-            "write_compressed_dataarray: additional data from compression: got %d, expected"
-            " max %d",
-            static_cast<int>(words), count);
-    }
-    std::int64_t bytes = words * word;
-    if (words <= 0 || words > count || bytes > std::numeric_limits<std::int32_t>::max()) {
-        return write_stored_mark(io, format);
-    }
-    if (int code = zotwriteOffset(io, format, bytes)) {
-        return code;
-    }
-    if (!io.stream.write(out.get(), static_cast<std::size_t>(bytes))) {
-        return report.zotsystemErr(io_write_code(),
-                                   "write_compressed_dataarray: (fwrite failed) syserr:");
-    }
-    return IO_OK;
+    return array_writer(io, format, type).write(data, count);
 }
 
 int read_compressed_dataarray(zot_io &io, format_code format, element_type type, void *data,

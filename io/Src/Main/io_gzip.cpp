@@ -33,27 +33,35 @@ Bytef *bytes_of(const void *memory)
     return static_cast<Bytef *>(const_cast<void *>(memory));
 }
 
-/// Deflates all the input; what the last call of zlib returned.
-int deflate_all(z_stream &stream, std::int64_t in_left, std::int64_t out_left)
+/// One deflate() after the other until the stream ends, the room of `in_left`
+/// bytes does, or the sink refuses. All but the last part goes to the sink; the
+/// last stands in the buffer.
+int deflate_all(z_stream &stream, std::int64_t in_left, io_deflate_buffer buffer,
+                const io_deflate_sink &take, bool &refused)
 {
-    int result = Z_OK;
-    while (result == Z_OK) {
+    std::int64_t room = in_left;
+    while (true) {
         if (stream.avail_in == 0) {
             stream.avail_in = next_part(in_left);
             in_left -= stream.avail_in;
         }
         if (stream.avail_out == 0) {
-            stream.avail_out = next_part(out_left);
-            out_left -= stream.avail_out;
+            if (stream.total_out > 0) {
+                refused = !take(buffer.memory, static_cast<std::size_t>(buffer.bytes), false);
+            }
+            stream.next_out = bytes_of(buffer.memory);
+            stream.avail_out = next_part(room, buffer.bytes);
+            room -= stream.avail_out;
         }
-        result = deflate(&stream, in_left > 0 ? Z_NO_FLUSH : Z_FINISH);
-        bool more =
-            (stream.avail_in == 0 && in_left > 0) || (stream.avail_out == 0 && out_left > 0);
-        if (!more) {
-            break;
+        if (refused) {
+            return Z_BUF_ERROR;
+        }
+        int result = deflate(&stream, in_left > 0 ? Z_NO_FLUSH : Z_FINISH);
+        bool more = (stream.avail_in == 0 && in_left > 0) || (stream.avail_out == 0 && room > 0);
+        if (result != Z_OK || !more) {
+            return result;
         }
     }
-    return result;
 }
 
 /// Inflates until the stream ends, the source does, or the room does. With a
@@ -129,30 +137,34 @@ std::size_t io_gzip_word_bytes(char letter)
 }
 
 std::int64_t io_gzip(const io_reporter &report, char letter, int level, const void *in,
-                     std::int64_t count, void *out)
+                     std::int64_t count, io_deflate_buffer buffer, const io_deflate_sink &take)
 {
     auto word = static_cast<std::int64_t>(io_gzip_word_bytes(letter));
     if (word == 0) {
-        return 0;
+        return io_gzip_nothing;
     }
     z_stream stream = {};
     int started = deflateInit(&stream, level >= 1 && level <= 9 ? level : default_level);
     if (started != Z_OK) {
         std::fprintf(stderr, "%s error: %d\n", "deflateInit", started);
-        return 0;
+        return io_gzip_nothing;
     }
     std::int64_t in_bytes = count * word;
     stream.next_in = bytes_of(in);
-    stream.next_out = bytes_of(out);
-    int result = deflate_all(stream, in_bytes, in_bytes);
+    bool refused = false;
+    int result = deflate_all(stream, in_bytes, buffer, take, refused);
     auto total = static_cast<std::int64_t>(stream.total_out);
+    Bytef *end = stream.next_out;
     deflateEnd(&stream);
+    if (refused) {
+        return io_gzip_refused;
+    }
     if (result != Z_STREAM_END) {
-        return -1;
+        return io_gzip_larger;
     }
     std::int64_t words = (total + word - 1) / word;
     if (words > count) {
-        return -2;
+        return io_gzip_rounded;
     }
     if (words * word < total) {
         report.trace("gzip: hack triggered: incrementing cmpwords (was %d): old condition was"
@@ -161,9 +173,10 @@ std::int64_t io_gzip(const io_reporter &report, char letter, int level, const vo
                      static_cast<int>(count), static_cast<int>(words), static_cast<int>(word));
         words++;
     }
-    std::memset(static_cast<char *>(out) + total, 0,
-                static_cast<std::size_t>(words * word - total));
-    return words;
+    auto padding = static_cast<std::size_t>(words * word - total);
+    std::memset(end, 0, padding);
+    auto last = static_cast<std::size_t>(end - bytes_of(buffer.memory)) + padding;
+    return take(buffer.memory, last, true) ? words : std::int64_t{io_gzip_refused};
 }
 
 int io_inflate(const io_reporter &report, const io_inflate_source &source, void *out,

@@ -12,12 +12,33 @@ char io_gzip_letter(element_type type);
 /// Bytes of a word: 4 for i and r, 8 for d, 1 for c, 0 for any other letter.
 std::size_t io_gzip_word_bytes(char letter);
 
-/// Compresses `count` words into `out`, which has room for as many, filled with
-/// zero bytes to whole words. A level outside 1 to 9 is taken as 5. The number
-/// of words written; 0 for a letter that is none or a zlib that does not start,
-/// −1 if the result is larger than the input, −2 if it is only as rounded.
+/// Takes the next bytes of a compressed array; false if it cannot. `last` says
+/// that no more follow.
+using io_deflate_sink = std::function<bool(const void *bytes, std::size_t count, bool last)>;
+
+/// Where a compressed array stands on its way: `bytes` of the caller's memory, a
+/// multiple of the word.
+struct io_deflate_buffer
+{
+    void *memory;
+    std::int64_t bytes;
+};
+
+/// What io_gzip() returns besides the number of words.
+enum io_gzip_result : std::int64_t {
+    io_gzip_nothing = 0,  ///< a letter that is none, or a zlib that does not start
+    io_gzip_larger = -1,  ///< the result would be larger than the input
+    io_gzip_rounded = -2, ///< it is only as rounded up to words
+    io_gzip_refused = -3, ///< the sink did not take it
+};
+
+/// Compresses `count` words into one stream, filled with zero bytes to whole
+/// words, and gives it to `take` each time that the buffer is full: the bytes are
+/// still in the processor's cache when they are written. A level outside 1 to 9
+/// is taken as 5. The number of words, or an io_gzip_result; the sink may have
+/// taken a part even so.
 std::int64_t io_gzip(const io_reporter &report, char letter, int level, const void *in,
-                     std::int64_t count, void *out);
+                     std::int64_t count, io_deflate_buffer buffer, const io_deflate_sink &take);
 
 /// Gives the next bytes of a stream: sets where they are and returns how many,
 /// 0 if there are no more.
