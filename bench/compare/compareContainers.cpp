@@ -10,6 +10,7 @@
 #include <ctime>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 #include <zlib.h>
 
 namespace velBench {
@@ -21,8 +22,8 @@ using namespace container_workloads;
 constexpr std::size_t largeBytes = std::size_t{64} << 20U;
 constexpr int smallDatasets = 20000;
 constexpr std::size_t lookups = 1000000;
-constexpr int rawRounds = 11;
-constexpr int zlibRounds = 5;
+constexpr int rawRounds = 41;
+constexpr int zlibRounds = 9;
 constexpr int openRounds = 20;
 constexpr int locateRounds = 5;
 
@@ -68,10 +69,22 @@ void writePlain(const std::string &file, const void *bytes, std::size_t count)
     ensure(std::fclose(stream.release()) == 0, "fclose");
 }
 
-void readPlain(const std::string &file, void *bytes, std::size_t count)
+void readPlain(const std::string &file, void *bytes, std::size_t count, std::size_t from = 0)
 {
     Stream stream = openStream(file, "rb");
+    ensure(std::fseek(stream.get(), static_cast<long>(from), SEEK_SET) == 0, "fseek");
     ensure(std::fread(bytes, 1, count, stream.get()) == count, "fread");
+}
+
+/// Where the data of a container's first dataset begins.
+std::size_t dataStart(const std::string &file)
+{
+    constexpr std::string_view tag("\5\0\0\0*DATA", 9);
+    std::string head(4096, '\0');
+    readPlain(file, head.data(), head.size());
+    const std::size_t found = head.find(tag);
+    ensure(found != std::string::npos, "*DATA");
+    return found + tag.size();
 }
 
 /// Files of one run, gone with the object.
@@ -108,7 +121,10 @@ void compareRaw(Scratch &scratch, const std::vector<double> &values)
 
     std::vector<double> back(values.size());
     Side read{[] {}, [&] { check(read_doubles(ours, back)); }};
-    Side plainRead{[] {}, [&] { readPlain(theirs, back.data(), bytes); }};
+    // The same bytes of the same file into the same memory: how a file lies in the
+    // page cache, and how it lies to the memory, makes a difference of up to a third.
+    const std::size_t from = dataStart(ours);
+    Side plainRead{[] {}, [&] { readPlain(ours, back.data(), bytes, from); }};
     compare({&plainRead, &read}, rawRounds, processorTime);
     ensure(back == values, "what was read is not what was written");
     report("ds read 64 MiB of doubles", read, "fread", plainRead, nineTenths);
