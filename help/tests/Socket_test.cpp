@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
@@ -139,16 +141,26 @@ TEST(Socket, givesUpOnAPeerThatTakesNothing)
               raisedBy([&] { send(*pair.client, text); }));
 }
 
-TEST(Socket, triesOnceAtLeast)
+/// How long so many attempts take on a port where nobody listens.
+std::chrono::steady_clock::duration timeOfAttempts(int attempts)
 {
     const unsigned short port = freePort();
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ("Socket::connectHostPort - connect call failed. Could not connect to host: "
+              "127.0.0.1   error code: " +
+                  std::to_string(ECONNREFUSED),
+              raisedBy([&] { const Socket socket("127.0.0.1", port, attempts); }));
+    return std::chrono::steady_clock::now() - begin;
+}
+
+TEST(Socket, triesOnceAtLeast)
+{
     for (const int attempts : {1, 0, -3}) {
-        const auto begin = std::chrono::steady_clock::now();
-        EXPECT_EQ("Socket::connectHostPort - connect call failed. Could not connect to host: "
-                  "127.0.0.1   error code: " +
-                      std::to_string(ECONNREFUSED),
-                  raisedBy([&] { const Socket socket("127.0.0.1", port, attempts); }));
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, 900ms);
+        // A wait would make each try longer than a second; a busy machine one or the other.
+        auto shortest = timeOfAttempts(attempts);
+        for (int more = 0; more < 5 && shortest >= 900ms; ++more)
+            shortest = std::min(shortest, timeOfAttempts(attempts));
+        EXPECT_LT(shortest, 900ms);
     }
 }
 
