@@ -27,8 +27,10 @@ bool isLeftOut(const velNode *node, std::uint32_t include, std::uint32_t exclude
 class LineWriter
 {
 public:
-    LineWriter(const velHandle *handle, velArray *lines, std::int32_t width)
-        : words_(handle->words), lines_(lines), width_(width)
+    /// `margin` stands in front of every line, before its own indentation.
+    LineWriter(const velHandle *handle, velArray *lines, std::int32_t width,
+               std::string_view margin = {})
+        : words_(handle->words), lines_(lines), width_(width), margin_(margin)
     {
     }
 
@@ -51,12 +53,17 @@ private:
     const char *write(std::size_t indent, std::string_view first, std::string_view middle,
                       std::string_view last)
     {
-        const std::size_t length = indent + first.size() + middle.size() + last.size();
+        const std::size_t length =
+            margin_.size() + indent + first.size() + middle.size() + last.size();
         const bool fits = width_ == 0 || (width_ > 2 && length <= static_cast<std::size_t>(width_));
         if (!fits) {
             scratch_.resize(length);
         }
         char *next = fits ? lines_->addUninitialised(length) : scratch_.data();
+        if (!margin_.empty()) {
+            std::memcpy(next, margin_.data(), margin_.size());
+            next += margin_.size();
+        }
         std::memset(next, ' ', indent);
         next += indent;
         for (const std::string_view part : {first, middle, last}) {
@@ -71,6 +78,7 @@ private:
     const velWords &words_;
     velArray *lines_;
     std::int32_t width_;
+    std::string_view margin_;
     std::string scratch_;
 };
 
@@ -90,7 +98,8 @@ public:
             path += ':';
             path += type;
             path += "/Output Ordering Priority";
-            if (const velNode *rule = handle_->table.find(path)) {
+            // Resolved, for the rule of a type OBJECT is the singleton /RULES/OBJECT.
+            if (const velNode *rule = velResolve(handle_, path.c_str())) {
                 const bool hasValue = rule->isParam() && rule->value.text != nullptr;
                 return hasValue ? velRoundValue(velReadNumber(rule->value.text)) : 0;
             }
@@ -240,9 +249,10 @@ private:
 
 // --- Stored form --------------------------------------------------------------------
 
-const char *writeStored(LineWriter &writer, const velNode *top, std::size_t indent,
-                        std::uint32_t include, std::uint32_t exclude)
+const char *writeStored(LineWriter &writer, const velNode *top, std::uint32_t include,
+                        std::uint32_t exclude)
 {
+    std::size_t indent = 0;
     const velNode *node = top->firstChild();
     const velNode *parent = top;
     for (;;) {
@@ -285,8 +295,8 @@ try {
     if (node == nullptr) {
         return "getPartialVELH: object does not exist";
     }
-    LineWriter writer(handle, lines, 0);
-    return writeStored(writer, node, std::strlen(indent), include, exclude);
+    LineWriter writer(handle, lines, 0, indent);
+    return writeStored(writer, node, include, exclude);
 } catch (const std::bad_alloc &) {
     return "getPartialVELH: memory error";
 }
@@ -309,7 +319,7 @@ try {
     const char *error = node->isRoot() ? nullptr : writer.header(0, node);
     if (error == nullptr) {
         // The first level stands flush with the header: kept.
-        error = writeStored(writer, node, 0, 0, includeLibrary ? 0 : velFlagLibrary);
+        error = writeStored(writer, node, 0, includeLibrary ? 0 : velFlagLibrary);
     }
     if (error == nullptr && !node->isRoot()) {
         error = writer.end(0);

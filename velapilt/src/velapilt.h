@@ -210,8 +210,9 @@ struct velDigest
 /// handle without a tree gives success and an unfilled list.
 [[nodiscard]] const char *getObjectVELH(velHandle *handle, const char *path, velStringList *lines,
                                         bool includeLibrary);
-/// Appends the lines of a node's children. An object is left out when it
-/// shares no flag with a non-zero `include` or one with `exclude`.
+/// Appends the lines of a node's children, `indent` in front of each. An object
+/// is left out when it shares no flag with a non-zero `include` or one with
+/// `exclude`.
 [[nodiscard]] const char *getPartialVELH(velHandle *handle, const char *path, const char *indent,
                                          velArray *lines, std::uint32_t include,
                                          std::uint32_t exclude);

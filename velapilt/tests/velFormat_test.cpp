@@ -65,6 +65,11 @@ TEST(VelFormat, WithAnIndent)
                                                          "      Option = x\n"
                                                          "    END\n"
                                                          "    Location = B1\n");
+    // It is a text of the caller's, not a number of blanks.
+    EXPECT_EQ(partial(handle, "/FLOW/DOMAIN:d", "\t> "), "\t> BOUNDARY: in\n"
+                                                         "\t>   Option = x\n"
+                                                         "\t> END\n"
+                                                         "\t> Location = B1\n");
     EXPECT_EQ(partial(handle, "/FLOW/Time", ""), ""); // no children
     EXPECT_EQ(partial(handle, "/NONE", ""), "getPartialVELH: object does not exist");
 }
@@ -190,6 +195,19 @@ TEST(VelFormat, PrioritiesFromTheRules)
                              "WORDS:\nEND\n"    // and 0 where it is no number
                              "Z:\nEND\n"        //
                              "LATE: a\nEND\n"); // −5
+}
+
+// The path of their rule holds TYPE:TYPE, which is that of a singleton.
+TEST(VelFormat, PrioritiesOfTypesThatAreCalledAsTheRulesAre)
+{
+    const velHandlePtr handle =
+        withRules("RULES:\n"
+                  "OBJECT: OBJECT\nOutput Ordering Priority = 3\nEND\n"
+                  "SINGLETON: SINGLETON\nOutput Ordering Priority = 2\nEND\n"
+                  "PARAMETER: PARAMETER\nOutput Ordering Priority = 1\nEND\n"
+                  "END\n",
+                  "A:\nEND\nPARAMETER:\nEND\nSINGLETON: s\nEND\nOBJECT: o\nEND\n");
+    EXPECT_EQ(saved(handle), "OBJECT: o\nEND\nSINGLETON: s\nEND\nPARAMETER:\nEND\nA:\nEND\n");
 }
 
 TEST(VelFormat, OrderingEntries)
