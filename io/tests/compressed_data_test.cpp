@@ -266,6 +266,44 @@ TEST_F(CompressedData, TheStreamDoesNotDependOnItsParts)
     }
 }
 
+/// As large as what it was made of: kept, and to be recognised as ended without a
+/// byte of room to spare.
+TEST_F(CompressedData, AStreamAsLargeAsItsDataIsKept)
+{
+    io_reporter report(env_);
+    std::uint32_t state = 1;
+    int tried = 0;
+    for (std::uint32_t letters = 2; tried < 20 && letters < 2000; letters++) {
+        std::string in(40, '\0');
+        for (char &byte : in) {
+            state = state * 1664525U + 1013904223U;
+            byte = static_cast<char>('a' + (state >> 16) % (2 + letters % 14));
+        }
+        std::string whole(200, '\0');
+        uLongf length = whole.size();
+        ASSERT_EQ(compress2(reinterpret_cast<Bytef *>(whole.data()), &length,
+                            reinterpret_cast<const Bytef *>(in.data()), in.size(), 5),
+                  Z_OK);
+        whole.resize(length);
+        if (whole.size() != in.size()) {
+            continue;
+        }
+        tried++;
+        for (std::int64_t bytes = 1; bytes <= 41; bytes++) {
+            std::string memory(static_cast<std::size_t>(bytes), '\0');
+            std::string out;
+            auto take = [&](const void *part, std::size_t count, bool) {
+                out.append(static_cast<const char *>(part), count);
+                return true;
+            };
+            EXPECT_EQ(io_gzip(report, 'c', 5, in.data(), 40, {memory.data(), bytes}, take), 40)
+                << bytes;
+            EXPECT_EQ(out, whole) << bytes;
+        }
+    }
+    EXPECT_EQ(tried, 20);
+}
+
 /// Long enough for many parts: the length in front is put there at the end.
 TEST_F(CompressedData, LongStreamsHaveTheirLengthInFront)
 {

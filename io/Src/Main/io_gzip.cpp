@@ -33,6 +33,19 @@ Bytef *bytes_of(const void *memory)
     return static_cast<Bytef *>(const_cast<void *>(memory));
 }
 
+/// Z_STREAM_END if the stream ends with the last byte of its room. zlib may have
+/// written that byte and not have said so: it does where there is room for one more.
+int end_of_room(z_stream &stream)
+{
+    Bytef *end = stream.next_out;
+    Bytef beyond = 0;
+    stream.next_out = &beyond;
+    stream.avail_out = 1;
+    int result = deflate(&stream, Z_FINISH);
+    stream.next_out = end;
+    return result == Z_STREAM_END && stream.avail_out == 1 ? Z_STREAM_END : Z_BUF_ERROR;
+}
+
 /// One deflate() after the other until the stream ends, the room of `in_left`
 /// bytes does, or the sink refuses. All but the last part goes to the sink; the
 /// last stands in the buffer.
@@ -40,28 +53,29 @@ int deflate_all(z_stream &stream, std::int64_t in_left, io_deflate_buffer buffer
                 const io_deflate_sink &take, bool &refused)
 {
     std::int64_t room = in_left;
-    while (true) {
+    int result = Z_OK;
+    while (result == Z_OK) {
         if (stream.avail_in == 0) {
             stream.avail_in = next_part(in_left);
             in_left -= stream.avail_in;
+        }
+        if (stream.avail_out == 0 && room == 0) {
+            return in_left > 0 ? Z_BUF_ERROR : end_of_room(stream);
         }
         if (stream.avail_out == 0) {
             if (stream.total_out > 0) {
                 refused = !take(buffer.memory, static_cast<std::size_t>(buffer.bytes), false);
             }
+            if (refused) {
+                return Z_BUF_ERROR;
+            }
             stream.next_out = bytes_of(buffer.memory);
             stream.avail_out = next_part(room, buffer.bytes);
             room -= stream.avail_out;
         }
-        if (refused) {
-            return Z_BUF_ERROR;
-        }
-        int result = deflate(&stream, in_left > 0 ? Z_NO_FLUSH : Z_FINISH);
-        bool more = (stream.avail_in == 0 && in_left > 0) || (stream.avail_out == 0 && room > 0);
-        if (result != Z_OK || !more) {
-            return result;
-        }
+        result = deflate(&stream, in_left > 0 ? Z_NO_FLUSH : Z_FINISH);
     }
+    return result;
 }
 
 /// Inflates until the stream ends, the source does, or the room does. With a
