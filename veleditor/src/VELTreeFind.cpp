@@ -10,12 +10,10 @@ VELTreeItem *VELTree::firstItem() const
     return VELTreeItem::from(topLevelItem(0));
 }
 
-// A row with nothing in it counts as closed: were it open, the key Left would
-// first close it, to be seen by nobody, before it goes to the object around it.
 void VELTree::showMatch(VELTreeItem &match)
 {
     for (QTreeWidgetItem *row = &match; row != nullptr; row = row->parent())
-        row->setExpanded(row->childCount() > 0);
+        row->setExpanded(true);
     scrollToItem(&match);
     setCurrentItem(&match);
 }

@@ -30,6 +30,17 @@ void VELTree::closeAll()
         setCurrentItem(row);
 }
 
+// What opens everything, or a match of the search, counts rows with nothing in
+// them as open too. The key Left would first close such a row, to be seen by
+// nobody, before it goes to the object around it.
+QModelIndex VELTree::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+{
+    QTreeWidgetItem *row = currentItem();
+    if (row != nullptr && row->childCount() == 0)
+        row->setExpanded(false);
+    return QTreeWidget::moveCursor(action, modifiers);
+}
+
 void VELTree::copyPath() const
 {
     if (const VELTreeItem *row = selectedItem())

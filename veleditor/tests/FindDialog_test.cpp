@@ -26,7 +26,6 @@ private slots:
     void findsWhatIsInClosedBranches();
     void findsAtThePressOfItsButton();
     void scrollsToTheMatch();
-    void leavesTheMatchByKey();
     void findsTheNextMatchAndWrapsAround();
     void looksAtLabelsAndValues();
     void startsBehindTheSelection();
@@ -113,17 +112,6 @@ void FindDialogTest::scrollsToTheMatch()
         answer(); // the next match is behind the last
         search("no such row");
     }
-}
-
-// A found parameter took one press of Left for itself, as if it could be closed.
-void FindDialogTest::leavesTheMatchByKey()
-{
-    open(copyOf("duct.vel"));
-    tree().doFind();
-    search("mass flow");
-    pressButton(dialog(), "Close");
-    QTest::keyClick(&tree(), Qt::Key_Left);
-    QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in"));
 }
 
 void FindDialogTest::findsTheNextMatchAndWrapsAround()

@@ -36,6 +36,7 @@ private slots:
     void choosesFromItsMenuByKey();
     void copiesPathAndValue();
     void expandsAndCollapsesAll();
+    void leavesAParameterAtOnePressOfLeft();
 };
 
 namespace {
@@ -283,6 +284,25 @@ void RowHelpTest::expandsAndCollapsesAll()
                              "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in"})
         QVERIFY2(!row(path).isExpanded(), path);
     QCOMPARE(tree().selectedItem(), &row("/FLOW:Analysis"));
+}
+
+// A row that was opened with all others, or found, took the first press for itself.
+void RowHelpTest::leavesAParameterAtOnePressOfLeft()
+{
+    open(copyOf("duct.vel"));
+    const char kind[] = "/FLOW:Analysis/DOMAIN:Duct/Kind";
+    const auto leave = [&] {
+        QTest::keyClick(&tree(), Qt::Key_Left);
+        QCOMPARE(tree().selectedItem(), &row("/FLOW:Analysis/DOMAIN:Duct"));
+    };
+    tree().showMatch(row(kind));
+    leave();
+    press("Ctrl++");
+    select(kind);
+    leave();
+    QTest::keyClick(&tree(), Qt::Key_Asterisk);
+    select(kind);
+    leave();
 }
 
 VEL_EDITOR_TEST(RowHelpTest)
