@@ -122,6 +122,81 @@ TEST_F(LockFile, OddLockFiles)
     }
 }
 
+TEST_F(LockFile, ALockFileJustMadeGetsItsLevel)
+{
+    io_client client(env_);
+    env_["f.lck"] = "";
+    env_.while_sleeping = [](io_memory_env &env) {
+        if (env.slept_ms == 50) {
+            env["f.lck"] = "         1\n";
+        }
+    };
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(lock(), "         2\n");
+    EXPECT_EQ(env_.slept_ms, 50);
+}
+
+/// Somebody makes a lock file between our look at it and our making it, or removes
+/// it between our look and our removing it.
+class crowded_env : public io_memory_env
+{
+public:
+    std::unique_ptr<io_file> open(const char *name, io_open how) override
+    {
+        if (how == io_open::create_new && !others.empty()) {
+            files[name] = std::make_shared<std::string>(others);
+            others.clear();
+        }
+        return io_memory_env::open(name, how);
+    }
+
+    bool remove(const char *name) override
+    {
+        if (removed_first) {
+            files.erase(name);
+        }
+        return io_memory_env::remove(name);
+    }
+
+    std::string others; ///< what stands in it; empty: nobody makes one
+    bool removed_first = false;
+};
+
+TEST(LockFileOfTwo, TheOneThatComesSecondObeysIt)
+{
+    crowded_env env;
+    env["f"] = "*INFO\n                   0\n*ENDINFO\n";
+    io_client client(env);
+    env.others = "         1\n";
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(env["f.lck"], "         2\n");
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(env["f.lck"], "         1\n");
+    env.remove("f.lck");
+    env.others = "        -1\n";
+    take_messages();
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_LOCKED);
+    EXPECT_NE(take_messages().find("file f is currently locked for writing"), std::string::npos);
+    EXPECT_EQ(env["f.lck"], "        -1\n");
+    env.remove("f.lck");
+    env.others = "         1\n";
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_LOCKED);
+    EXPECT_EQ(env["f.lck"], "         1\n");
+}
+
+TEST(LockFileOfTwo, WhoeverRemovesItItIsGone)
+{
+    crowded_env env;
+    env["f"] = "*INFO\n                   0\n*ENDINFO\n";
+    io_client client(env);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    env.removed_first = true;
+    take_messages();
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(take_messages(), "");
+    EXPECT_FALSE(env.exists("f.lck"));
+}
+
 TEST_F(LockFile, AReaderThatMayNotMakeTheLockFileGoesOn)
 {
     env_.variables["ZOT_IO_TRACE"] = "1";

@@ -10,6 +10,24 @@ namespace {
 
 constexpr std::size_t lock_text_max = 64;
 constexpr const char *lock_suffix = ".lck";
+constexpr int fresh_attempts = 20;
+constexpr int fresh_wait_ms = 10;
+
+/// A lock file that another process has just made is empty until it writes its
+/// level: that is waited for. Bytes read, −1 on failure; `there` is false if there
+/// is no lock file.
+std::int64_t read_lock_text(io_env &env, const char *name, char (&text)[lock_text_max], bool &there)
+{
+    for (int attempt = 0;; attempt++) {
+        std::unique_ptr<io_file> lock = env.open(name, io_open::read);
+        there = lock || (errno != ENOENT && errno != ENOTDIR);
+        std::int64_t got = lock ? lock->read_at(0, text, sizeof text) : -1;
+        if (got != 0 || attempt == fresh_attempts) {
+            return got;
+        }
+        env.sleep(fresh_wait_ms);
+    }
+}
 
 /// Level of the lock file; nothing if there is no lock file. 21 if it cannot
 /// be read.
@@ -17,12 +35,12 @@ int read_level(open_file &file, std::optional<std::int32_t> &level)
 {
     std::string name = lock_file_name(file);
     level.reset();
-    std::unique_ptr<io_file> lock = file.env->open(name.c_str(), io_open::read);
-    if (!lock && (errno == ENOENT || errno == ENOTDIR)) {
+    char text[lock_text_max];
+    bool there = false;
+    std::int64_t got = read_lock_text(*file.env, name.c_str(), text, there);
+    if (!there) {
         return IO_OK;
     }
-    char text[lock_text_max];
-    std::int64_t got = lock ? lock->read_at(0, text, sizeof text) : -1;
     std::int32_t number = 0;
     if (got < 0 || !zotparseIntr(zottrimEnd({text, static_cast<std::size_t>(got)}), number)) {
         return file.report->error(IO_LOCKED, "iif_set_lock: error reading lock file %s",
@@ -117,6 +135,15 @@ int lock_to_read(open_file &file, std::optional<std::int32_t> level)
     std::int32_t next = level.value_or(0) + 1;
     io_open how = level ? io_open::update : io_open::create_new;
     std::unique_ptr<io_file> lock = file.env->open(name.c_str(), how);
+    if (!lock && !level && errno == EEXIST) {
+        // Another process was faster: what it holds counts.
+        if (int code = read_level(file, level)) {
+            return code;
+        }
+        if (level) {
+            return lock_to_read(file, level);
+        }
+    }
     if (!lock) {
         // Readers of a folder that they may not write to are let in.
         file.report->trace("warning: unable to lock file %s for reading, continuing anyway",
@@ -177,15 +204,18 @@ int release_lock(open_file &file)
     if (int code = read_level(file, level)) {
         return code;
     }
-    if (!level) {
-        file.report->trace("iif_set_lock: not unlocking already-unlocked file");
-        return IO_OK;
-    }
-    if (*level > 1) {
+    if (level && *level > 1) {
         return store_level(file, *level - 1, true);
     }
     std::string name = lock_file_name(file);
-    return file.env->remove(name.c_str()) ? IO_OK : open_failed(file, name, "removing");
+    if (level && file.env->remove(name.c_str())) {
+        return IO_OK;
+    }
+    if (level && errno != ENOENT) {
+        return open_failed(file, name, "removing");
+    }
+    file.report->trace("iif_set_lock: not unlocking already-unlocked file");
+    return IO_OK;
 }
 
 int write_busy_level(open_file &file)
