@@ -1,5 +1,6 @@
 #include "veleditor/src/RowDelegate.h"
 
+#include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
 #include "veleditor/src/VELTreeItem.h"
 
@@ -14,8 +15,6 @@ namespace {
 constexpr QColor expertColour(255, 140, 0);
 constexpr QColor valueColour(0, 200, 0);
 constexpr QColor highlightColour(0, 0, 255);
-
-constexpr qsizetype mostCharacters = 2000;
 
 /// The colour of a row's text; none for the normal one.
 std::optional<QColor> textColour(const VELTreeItem &item, int column)
@@ -33,8 +32,7 @@ std::optional<QColor> textColour(const VELTreeItem &item, int column)
 
 QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
 {
-    const QString text = value.toString();
-    return QStyledItemDelegate::displayText(text.left(mostCharacters), locale);
+    return QStyledItemDelegate::displayText(shortened(value.toString()), locale);
 }
 
 void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const

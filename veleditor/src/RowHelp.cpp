@@ -13,9 +13,6 @@ namespace velEditor {
 
 namespace {
 
-/// As much of a text as anybody reads in a tool tip.
-constexpr qsizetype mostCharacters = 2000;
-
 const QLatin1String descriptionField("Description");
 const QLatin1String topicField("Help Topic");
 
@@ -57,7 +54,7 @@ QString wrapped(const QStringList &lines)
 /// The first lines of every text about a row.
 QStringList heading(const VELTreeItem &row, const QString &text)
 {
-    QStringList lines{text.left(mostCharacters)};
+    QStringList lines{shortened(text)};
     if (const QString state = row.state(); !state.isEmpty())
         lines.append(u'(' + state + u')');
     return lines;

@@ -10,6 +10,10 @@ namespace velEditor {
 
 namespace {
 
+/// A dozen lines or so: at twice the size they still leave a box its buttons on
+/// a small screen.
+constexpr qsizetype mostCharacters = 1000;
+
 bool isAscii(std::string_view bytes)
 {
     return std::none_of(bytes.begin(), bytes.end(),
@@ -83,6 +87,14 @@ QString plainText(const QTextDocument &document)
 QString singleLine(const QTextDocument &document)
 {
     return withLineBreaks(document, u' ');
+}
+
+QString shortened(const QString &text)
+{
+    if (text.size() <= mostCharacters)
+        return text;
+    const bool cutsCharacter = text[mostCharacters - 1].isHighSurrogate();
+    return text.left(mostCharacters - (cutsCharacter ? 1 : 0)) + QChar(u'\u2026');
 }
 
 } // namespace velEditor

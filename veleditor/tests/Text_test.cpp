@@ -18,6 +18,7 @@ private slots:
     void writesInTheEncodingOfTheOldText_data();
     void writesInTheEncodingOfTheOldText();
     void givesDocumentsAsLines();
+    void shortensLongTexts();
     void knowsWhatAFileCannotHold_data();
     void knowsWhatAFileCannotHold();
     void matches_data();
@@ -74,6 +75,20 @@ void TextTest::givesDocumentsAsLines()
     document.setPlainText(QString::fromUtf16(u"one\ntwo\u2028three\u00A0four"));
     QCOMPARE(plainText(document), QString::fromUtf16(u"one\ntwo\nthree\u00A0four"));
     QCOMPARE(singleLine(document), QString::fromUtf16(u"one two three\u00A0four"));
+}
+
+void TextTest::shortensLongTexts()
+{
+    const QString ellipsis(QChar(u'\u2026'));
+    const QString longest = QString("x").repeated(1000);
+    QCOMPARE(shortened("x"), QString("x"));
+    QCOMPARE(shortened(longest), longest);
+    QCOMPARE(shortened(longest + u'x'), longest + ellipsis);
+
+    // Half of a character is none.
+    const QString delta = QString::fromUcs4(U"\U0001D6E5");
+    QCOMPARE(shortened(longest.chopped(1) + delta), longest.chopped(1) + ellipsis);
+    QCOMPARE(shortened(longest.chopped(2) + delta + u'x'), longest.chopped(2) + delta + ellipsis);
 }
 
 void TextTest::knowsWhatAFileCannotHold_data()

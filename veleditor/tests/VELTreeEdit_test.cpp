@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QTextEdit>
 
 using namespace velEditor;
@@ -43,6 +44,7 @@ private slots:
     void refusesParametersThatAreNotEditable();
     void asksForASelection();
     void deletesAParameter();
+    void showsItsButtonsBelowALongValue();
     void keepsAParameterWhenTheUserCancels();
     void refusesToDeleteWhatIsNotEditable();
 };
@@ -370,6 +372,25 @@ void VELTreeEditTest::deletesAParameter()
     QVERIFY(!treeText(tree()).contains("Location"));
     QCOMPARE(stored("/FLOW:Analysis/DOMAIN:Duct/Location"), QString());
     QVERIFY(tree().isModified());
+}
+
+// The box of a table with many thousands of numbers went beyond the screen, and
+// nothing but its buttons closes it.
+void VELTreeEditTest::showsItsButtonsBelowALongValue()
+{
+    const QByteArray numbers = QByteArray("12.5, ").repeated(4000);
+    open(newFile("table.vel", "FLOW: A\nTitle = " + numbers + "\nEND\n"));
+    select("/FLOW:A/Title");
+    setBoxAnswers({}); // the real ones
+    onDialog<QMessageBox>([](QMessageBox &box) {
+        QVERIFY(box.text().startsWith("You are about to delete the parameter\nTitle = 12.5, "));
+        QVERIFY(box.text().endsWith(QString(QChar(u'\u2026')) + "\nThis cannot be undone.\n"
+                                                                "Do you really want to do this?"));
+        QVERIFY(box.height() <= box.screen()->availableGeometry().height());
+        QTest::mouseClick(box.buttons().first(), Qt::LeftButton);
+    });
+    tree().deleteParam();
+    QCOMPARE(stored("/FLOW:A/Title"), QString());
 }
 
 void VELTreeEditTest::keepsAParameterWhenTheUserCancels()
