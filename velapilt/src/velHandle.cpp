@@ -78,16 +78,15 @@ unsigned velTraceName(const velHandle *handle)
 }
 
 velHandle *velCreateHandle()
-{
-    auto *handle = new (std::nothrow) velHandle;
-    if (handle == nullptr) {
-        return nullptr;
-    }
+try {
+    auto *handle = new velHandle; // its tables allocate too
     if (velDebugging()) {
         std::printf("%x: *** created ***\n", velTraceName(handle));
         velAddTraceHandler(handle);
     }
     return handle;
+} catch (const std::bad_alloc &) {
+    return nullptr;
 }
 
 int velDestroyHandle(velHandle *handle)

@@ -81,6 +81,15 @@ const char *checkedWord(velHandle *handle, std::string_view text, Check check, s
     return nullptr;
 }
 
+/// Ten more words; false without memory.
+bool growFlagStack(velHandle *handle)
+try {
+    handle->flagStack.resize(handle->flagStack.size() + 10);
+    return true;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
 class LineParser
 {
 public:
@@ -98,6 +107,7 @@ private:
     const char *parseEnd();
     const char *parseParam(std::string_view text, std::size_t equals);
     const char *parseHeader(std::string_view text, std::size_t colon);
+    const char *openBlock(const velStatement &statement);
     const char *sweep(velNode *object);
     std::uint32_t &word() { return handle_->flagStack[static_cast<std::size_t>(handle_->depth)]; }
 
@@ -188,8 +198,8 @@ const char *LineParser::parseStatement(std::string_view text, std::size_t equals
 
 const char *LineParser::parseRest(std::string_view text, std::size_t equals)
 {
-    if (handle_->flagStack.empty()) {
-        handle_->flagStack.resize(10);
+    if (handle_->flagStack.empty() && !growFlagStack(handle_)) {
+        return "parseVELLineH: Memory error initialising flag stack";
     }
     if (handle_->depth == 0) {
         handle_->flagStack[0] = flags_;
@@ -250,15 +260,26 @@ const char *LineParser::parseHeader(std::string_view text, std::size_t colon)
         }
     }
     statement.flags = word() | (isReplace_ ? velFlagReplace : 0);
-    if (static_cast<std::size_t>(handle_->depth) + 1 == handle_->flagStack.size()) {
-        handle_->flagStack.resize(handle_->flagStack.size() + 10);
+    const bool isFull = static_cast<std::size_t>(handle_->depth) + 1 == handle_->flagStack.size();
+    if (isFull && !growFlagStack(handle_)) {
+        return "parseVELLineH: memory error extending flag stack";
     }
-    // The block is opened first, so that a handler sees it open.
+    return openBlock(statement);
+}
+
+/// The block is open before its object is made, so that a handler sees it open.
+const char *LineParser::openBlock(const velStatement &statement)
+{
     const std::int32_t opened = ++handle_->depth;
     word() = statement.flags;
-    if (velUpdateObject(handle_, statement) == nullptr) {
-        --handle_->depth;
-        return "parseVELLineH: velUpdateObject failed";
+    try {
+        if (velUpdateObject(handle_, statement) == nullptr) {
+            --handle_->depth;
+            return "parseVELLineH: velUpdateObject failed";
+        }
+    } catch (const std::bad_alloc &) { // its path was not pushed
+        handle_->depth = std::min(handle_->depth, opened - 1);
+        throw;
     }
     if (handle_->depth < opened) {
         velPop(handle_); // a handler has closed the block already

@@ -16,6 +16,24 @@ std::vector<velPathEntry> &stackOf(velHandle *handle)
     return handle->stack;
 }
 
+/// Whether there is a stack now; false without memory.
+bool hasStack(velHandle *handle)
+try {
+    stackOf(handle);
+    return true;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
+/// As velResolve; false without memory.
+bool resolve(velHandle *handle, const char *path, velNode **node)
+try {
+    *node = velResolve(handle, path);
+    return true;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
 void point(velPathEntry &entry, velNode *node)
 {
     node->onStack = 1;
@@ -114,10 +132,16 @@ try {
 
 const char *pushPath(velHandle *handle, const char *path)
 try {
+    if (!hasStack(handle)) {
+        return "pushPath: unable to initialize dirstack";
+    }
     if (path == nullptr) {
         return "pushPath: path provided is non-existent";
     }
-    velNode *node = velResolve(handle, path);
+    velNode *node = nullptr;
+    if (!resolve(handle, path, &node)) {
+        return "pushPath: unable to create a full path";
+    }
     if (node == nullptr) {
         return "pushPath: path is not found";
     }
@@ -129,36 +153,43 @@ try {
 
 const char *velPushPath(velHandle *handle, const char *fullPath)
 try {
+    if (!hasStack(handle)) {
+        return "velPushPath: unable to initialize dirstack";
+    }
     velPathEntry entry;
     point(handle, entry, fullPath);
-    stackOf(handle).push_back(std::move(entry));
+    handle->stack.push_back(std::move(entry));
     return nullptr;
 } catch (const std::bad_alloc &) {
     return "pushPath unable to allocate new path";
 }
 
 const char *popPath(velHandle *handle)
-try {
-    stackOf(handle);
+{
+    if (!hasStack(handle)) {
+        return "popPath unable to initialize dirstack";
+    }
     velPop(handle);
     return nullptr;
-} catch (const std::bad_alloc &) {
-    return "popPath unable to initialize dirstack";
 }
 
 const char *changePath(velHandle *handle, const char *path)
-try {
+{
+    if (!hasStack(handle)) {
+        return "changePath: unable to initialize dirstack";
+    }
     if (path == nullptr) {
         return "changePath: path provided is non-existent";
     }
-    velNode *node = velResolve(handle, path);
+    velNode *node = nullptr;
+    if (!resolve(handle, path, &node)) {
+        return "changePath: unable to create a full path";
+    }
     if (node == nullptr) {
         return "changePath: path is not found";
     }
-    point(stackOf(handle).back(), node);
+    point(handle->stack.back(), node);
     return nullptr;
-} catch (const std::bad_alloc &) {
-    return "changePath: unable to create a full path";
 }
 
 const char *velChangePath(velHandle *handle, const char *fullPath)

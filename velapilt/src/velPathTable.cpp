@@ -245,6 +245,13 @@ try {
     velHashFunction function(velChooseBucketCount(requestedSize));
     function.prepare(function_.prepared());
     std::vector<velNode *> buckets(static_cast<std::size_t>(function.buckets()));
+    std::vector<std::uint32_t> detachedHashes;
+    detachedHashes.reserve(detached_.size());
+    for (const velNode *top : detached_) {
+        std::string path;
+        appendPath(top, path);
+        detachedHashes.push_back(function.hash(path));
+    }
 
     // Nothing below can fail.
     const std::int64_t before = entries_;
@@ -256,11 +263,9 @@ try {
         ++entries_;
         rehashBelow(root_, buckets, function);
     }
-    for (velNode *top : detached_) {
-        std::string path;
-        appendPath(top, path);
-        top->pathHash = function.hash(path);
-        rehashBelow(top, buckets, function);
+    for (std::size_t i = 0; i < detached_.size(); ++i) {
+        detached_[i]->pathHash = detachedHashes[i];
+        rehashBelow(detached_[i], buckets, function);
     }
     assert(entries_ == before);
     static_cast<void>(before);

@@ -158,13 +158,29 @@ std::set<std::string> messagesOf(const Operation &operation)
 
 using Messages = std::set<std::string>;
 
+/// Runs `work` with the n-th allocation refused, all after it granted.
+template <typename Work>
+auto without(long n, Work work)
+{
+    refusesAllAfter = false;
+    allocationsLeft = n;
+    auto result = work();
+    allocationsLeft = unlimited;
+    return result;
+}
+
+// The handle itself is the first of several allocations.
 TEST(VelNoMemory, NoHandle)
 {
-    refusesAllAfter = true;
-    allocationsLeft = 0;
-    velHandle *handle = velCreateHandle();
-    allocationsLeft = unlimited;
-    EXPECT_EQ(handle, nullptr);
+    int refused = 0;
+    for (; refused < 100; ++refused) {
+        const velHandlePtr handle(without(refused, velCreateHandle));
+        if (handle != nullptr) {
+            break;
+        }
+    }
+    EXPECT_GT(refused, 1);
+    EXPECT_LT(refused, 100);
 }
 
 TEST(VelNoMemory, Creating)
@@ -201,6 +217,127 @@ TEST(VelNoMemory, Parsing)
     }
     EXPECT_EQ(messagesOf([&](velHandle *handle) { return parseVELData(handle, &lines, 0); }),
               (Messages{"", "parseVELLineH: Memory allocation error"}));
+}
+
+/// "depth path".
+std::string state(const velHandlePtr &handle)
+{
+    std::int32_t depth = -1;
+    EXPECT_EQ(said(getVELStateH(handle.get(), &depth)), "");
+    return std::to_string(depth) + " " + getCurrentPath(handle.get());
+}
+
+/// The messages of a header behind `open` blocks that are fed line by line;
+/// whatever fails, depth and current path agree.
+Messages messagesOfAHeader(int open)
+{
+    Messages messages;
+    for (long n = 0; n < 100; ++n) {
+        const velHandlePtr handle(velCreateHandle());
+        std::string path;
+        for (int i = 0; i < open; ++i) {
+            EXPECT_EQ(said(parseVELLineH(handle.get(), "T: n", 0)), "");
+            path += "/T:n";
+        }
+        const std::string message = said(without(
+            n, [&] { return parseVELLineH(handle.get(), "A LONG TYPE: of a long name", 0); }));
+        messages.insert(message);
+        const std::string opened = path + "/A LONG TYPE:of a long name";
+        EXPECT_EQ(state(handle), message.empty() ? std::to_string(open + 1) + " " + opened
+                                 : path.empty()  ? "0 /"
+                                                 : std::to_string(open) + " " + path);
+        expectInStep(handle);
+    }
+    return messages;
+}
+
+// A header that failed once left its block open without a path.
+TEST(VelNoMemory, OpeningABlock)
+{
+    constexpr const char *elsewhere = "parseVELLineH: Memory allocation error";
+    EXPECT_EQ(messagesOfAHeader(0),
+              (Messages{"", elsewhere, "parseVELLineH: Memory error initialising flag stack"}));
+    EXPECT_EQ(messagesOfAHeader(3), (Messages{"", elsewhere}));
+    EXPECT_EQ(messagesOfAHeader(9),
+              (Messages{"", elsewhere, "parseVELLineH: memory error extending flag stack"}));
+}
+
+TEST(VelNoMemory, TheFirstUseOfThePathStack)
+{
+    const auto firstUse = [](const auto &operation) {
+        const velHandlePtr handle(velCreateHandle());
+        const std::string message = said(without(0, [&] { return operation(handle.get()); }));
+        EXPECT_STREQ(getCurrentPath(handle.get()), "/");
+        return message;
+    };
+    EXPECT_EQ(firstUse([](velHandle *handle) { return pushPath(handle, "/"); }),
+              "pushPath: unable to initialize dirstack");
+    EXPECT_EQ(firstUse([](velHandle *handle) { return velPushPath(handle, "/"); }),
+              "velPushPath: unable to initialize dirstack");
+    EXPECT_EQ(firstUse([](velHandle *handle) { return popPath(handle); }),
+              "popPath unable to initialize dirstack");
+    EXPECT_EQ(firstUse([](velHandle *handle) { return changePath(handle, "/"); }),
+              "changePath: unable to initialize dirstack");
+    EXPECT_EQ(firstUse([](velHandle *handle) { return velChangePath(handle, "/"); }),
+              "velChangePath: unable to initialize dirstack");
+    EXPECT_EQ(firstUse([](velHandle *handle) { return getCurrentPath(handle); }), "");
+}
+
+/// Pushes more paths than there is room for, and pops them again.
+const char *pushMany(velHandle *handle, const char *(*push)(velHandle *, const char *))
+{
+    const char *message = nullptr;
+    int pushed = 0;
+    for (; pushed < 6 && message == nullptr; ++pushed) {
+        message = push(handle, "/FLOW/DOMAIN:d/BOUNDARY:in/../BOUNDARY:in");
+    }
+    for (; pushed > 0; --pushed) {
+        EXPECT_EQ(said(popPath(handle)), "");
+    }
+    return message;
+}
+
+TEST(VelNoMemory, PushingAndChangingPaths)
+{
+    EXPECT_EQ(messagesOf([](velHandle *handle) { return pushMany(handle, pushPath); }),
+              (Messages{"", "pushPath: unable to create a full path",
+                        "pushPath unable to allocate new path"}));
+    EXPECT_EQ(messagesOf([](velHandle *handle) { return pushMany(handle, velPushPath); }),
+              (Messages{"", "pushPath unable to allocate new path"}));
+    EXPECT_EQ(messagesOf([](velHandle *handle) {
+                  const char *message = changePath(handle, "/FLOW/DOMAIN:d/BOUNDARY:in/../..");
+                  EXPECT_EQ(said(changePath(handle, "/")), "");
+                  return message;
+              }),
+              (Messages{"", "changePath: unable to create a full path"}));
+}
+
+// The descendants of a node that was removed before them stay in the table; a
+// growth that failed over them once lost everything.
+TEST(VelNoMemory, GrowingWithDetachedNodes)
+{
+    constexpr std::string_view top = "/A LONG TYPE OF AN OBJECT:with a long name";
+    const auto name = [](int i) { return "p" + std::to_string(i); };
+    for (long n = 0; n < 40; ++n) {
+        const velHandlePtr handle = parsed("A LONG TYPE OF AN OBJECT: with a long name\nEND\n");
+        for (int i = 0; i < 60; ++i) {
+            const std::string below = std::string(top) + "/" + name(i);
+            EXPECT_EQ(said(velCreateParam(handle.get(), below.c_str(), "1")), "");
+        }
+        EXPECT_NE(said(deleteParamH(handle.get(), std::string(top).c_str())), "");
+        for (int i = 0; i < 200; ++i) {
+            const std::string path = "/" + name(i);
+            const auto create = [&] { return velCreateParam(handle.get(), path.c_str(), "1"); };
+            if (said(without(n, create)) != "") {
+                EXPECT_EQ(said(create()), "");
+            }
+        }
+        for (int i = 0; i < 200; ++i) {
+            ASSERT_EQ(havePath(handle.get(), ("/" + name(i)).c_str()), 1) << n;
+            const std::string below = std::string(top) + "/" + name(i);
+            ASSERT_EQ(havePath(handle.get(), below.c_str()), i < 60 ? 1 : 0) << n;
+        }
+    }
 }
 
 TEST(VelNoMemory, ParsingAFile)
