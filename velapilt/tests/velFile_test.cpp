@@ -5,8 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -115,6 +120,46 @@ TEST_F(VelFile, APipe)
     EXPECT_EQ(load(pipe), "");
     writer.join();
     EXPECT_EQ(stored(handle_), content);
+}
+
+// A signal ends the reading of a pipe in the midst of it.
+TEST_F(VelFile, AReadErrorBehindTheFirstBytes)
+{
+    const std::string pipe = folder_.path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    struct sigaction before = {};
+    ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
+
+    const pthread_t reader = ::pthread_self();
+    std::atomic<bool> isThrough = false;
+    std::thread writer([&] {
+        const int file = ::open(pipe.c_str(), O_WRONLY | O_CLOEXEC);
+        EXPECT_EQ(::write(file, "x = 1\n", 6), 6);
+        int unread = 1;
+        while (unread > 0 && ::ioctl(file, FIONREAD, &unread) == 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        while (!isThrough) { // it waits for more by now, or will
+            ::pthread_kill(reader, SIGUSR1);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        ::close(file);
+    });
+    EXPECT_EQ(load(pipe), "loadFileData: " + pipe + ": fgets failed");
+    isThrough = true;
+    writer.join();
+    ::sigaction(SIGUSR1, &before, nullptr);
+    EXPECT_EQ(havePath(handle_.get(), "/"), 0); // nothing was parsed
+}
+
+TEST_F(VelFile, LinesIntoAnArrayOfAnotherKind)
+{
+    const std::string file = folder_.write("case.vel", "x = 1\n");
+    velArray numbers(velArrayKind::Integers);
+    EXPECT_EQ(said(loadFileData(handle_.get(), file.c_str(), &numbers)),
+              "loadFileData: malloc failed");
 }
 
 TEST_F(VelFile, AFileWithoutASize)

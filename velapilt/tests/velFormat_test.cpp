@@ -175,15 +175,18 @@ constexpr const char *priorities = "RULES:\n"
                                    "OBJECT: SILENT\nEND\n"
                                    "SINGLETON: SILENT\nOutput Ordering Priority = 6\nEND\n"
                                    "OBJECT: WORDS\nOutput Ordering Priority = none\nEND\n"
+                                   "SINGLETON: LAST\nOutput Ordering Priority = -5.5\nEND\n"
+                                   "PARAMETER: LAST\nOutput Ordering Priority = 50\nEND\n"
                                    "OBJECT: ODD\nOutput Ordering Priority:\nEND\nEND\n"
                                    "SINGLETON: ODD\nOutput Ordering Priority = 8\nEND\n"
                                    "END\n";
 
 TEST(VelFormat, PrioritiesFromTheRules)
 {
-    const velHandlePtr handle = withRules(
-        priorities, "WORDS:\nEND\nLATE: a\nEND\nA:\nEND\nSILENT:\nEND\nBOTH: z\nEND\n"
-                    "BOTH: a\nEND\nODD:\nEND\nTHIRD:\nEND\nSECOND: x\nEND\nFIRST:\nEND\nZ:\nEND\n");
+    const velHandlePtr handle =
+        withRules(priorities, "WORDS:\nEND\nLATE: a\nEND\nA:\nEND\nSILENT:\nEND\nBOTH: z\nEND\n"
+                              "BOTH: a\nEND\nLAST: a\nEND\nODD:\nEND\nTHIRD:\nEND\nSECOND: "
+                              "x\nEND\nFIRST:\nEND\nZ:\nEND\n");
     EXPECT_EQ(saved(handle), "FIRST:\nEND\n"    // 99.5 rounds to 100
                              "SECOND: x\nEND\n" // 99, by the rule of singletons
                              "THIRD:\nEND\n"    // 10, by that of parameters
@@ -194,7 +197,8 @@ TEST(VelFormat, PrioritiesFromTheRules)
                              "ODD:\nEND\n"      // an object in the place of the parameter
                              "WORDS:\nEND\n"    // and 0 where it is no number
                              "Z:\nEND\n"        //
-                             "LATE: a\nEND\n"); // −5
+                             "LATE: a\nEND\n"   // −5
+                             "LAST: a\nEND\n"); // −6, by the rule of singletons
 }
 
 // The path of their rule holds TYPE:TYPE, which is that of a singleton.
@@ -232,6 +236,15 @@ TEST(VelFormat, LibraryDataIsNotSaved)
     EXPECT_EQ(said(velCreateObject(handle.get(), "/RULES/USER:u", false)), "");
     EXPECT_EQ(saved(handle), "FLOW:\n  y = 2\nEND\n");
     EXPECT_EQ(saved(handle, "/RULES"), "x = 1\nUSER: u\nEND\n"); // asked for by itself
+
+    // Only that bit counts: what is valid or marked is saved as ever.
+    for (const char *path : {"/FLOW", "/FLOW/y"}) {
+        EXPECT_EQ(said(setValid(handle.get(), path, 1)), "");
+        EXPECT_EQ(said(setValid(handle.get(), path, 2)), "");
+    }
+    EXPECT_NE(parse(handle, "&replace FLOW:\nbad\n"), "");
+    EXPECT_EQ(said(setValid(handle.get(), "/FLOW", 1)), "");
+    EXPECT_EQ(saved(handle), "FLOW:\n  y = 2\nEND\n");
 
     const velHandlePtr libraries = withRules("RULES:\nEND\n", "");
     velStringList lines;

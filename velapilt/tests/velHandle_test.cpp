@@ -146,6 +146,24 @@ TEST(VelHandle, ALongMessageKeepsItsTail)
     EXPECT_EQ(first, std::string(marker) + whole.substr(marker.size()));
 }
 
+TEST(VelHandle, TheLastMessageIsOverwrittenWithTheHandle)
+{
+    struct Kept
+    {
+        const char *message;
+        std::string text;
+    } kept;
+    velHandle *handle = velCreateHandle();
+    kept.message = parseVELLineH(handle, "no statement", 0);
+    const std::size_t length = std::string_view(kept.message).size();
+    velSetUserData(handle, &kept, [](void *data) {
+        auto *last = static_cast<Kept *>(data);
+        last->text = last->message;
+    });
+    velDestroyHandle(handle);
+    EXPECT_EQ(kept.text, marker.substr(0, length));
+}
+
 TEST(VelHandle, LiteralMessagesLeaveTheErrorTextAlone)
 {
     const velHandlePtr handle(velCreateHandle());

@@ -131,6 +131,35 @@ TEST(VelHandlers, TheMarksGoBeforeTheReport)
     EXPECT_EQ(seen, "0 0 2");
 }
 
+// A new node has its flags when it is reported, but is not yet current.
+TEST(VelHandlers, WhatIsNewWhenItIsReported)
+{
+    const velHandlePtr handle(velCreateHandle());
+    std::string seen;
+    const OnChange look(handle, [&](const std::string &path, std::int32_t) {
+        seen += path + ": library " + std::to_string(isLibrary(handle.get(), path.c_str())) +
+                ", at " + getCurrentPath(handle.get()) + "\n";
+    });
+    EXPECT_EQ(parse(handle, "A:\nB: b\nx = 1\nEND\nEND\n", velFlagLibrary), "");
+    EXPECT_EQ(seen, "/A: library 1, at /\n"
+                    "/A/B:b: library 1, at /A\n"
+                    "/A/B:b/x: library 1, at /A/B:b\n");
+}
+
+// A line does not touch the marks of a parameter before it has reported it.
+TEST(VelHandlers, ALineReportsBeforeItInvalidates)
+{
+    const velHandlePtr handle = parsed("x = 1\n");
+    EXPECT_EQ(said(setValid(handle.get(), "/x", 1)), "");
+    std::int32_t seen = -1;
+    const OnChange look(handle, [&](const std::string &path, std::int32_t) {
+        seen = isValid(handle.get(), path.c_str());
+    });
+    EXPECT_EQ(parse(handle, "x = 2\n"), "");
+    EXPECT_EQ(seen, 1);
+    EXPECT_EQ(isValid(handle.get(), "/x"), 0);
+}
+
 TEST(VelHandlers, AHandlerMayRegisterOthers)
 {
     const velHandlePtr handle(velCreateHandle());
@@ -412,6 +441,15 @@ TEST(VelHandlers, RegisteringAgainReplacesTheActionHandler)
     EXPECT_EQ(parse(handle, ">save x\n"), "");
     EXPECT_EQ(first.take(), "");
     EXPECT_EQ(second.take(), "save(x);\n");
+
+    int calls = 0;
+    const auto count = [](velHandle *, const char *, const char *const *, void *userData) {
+        return ++*static_cast<int *>(userData);
+    };
+    EXPECT_EQ(said(addActionHandler(handle.get(), count, &calls)), "");
+    EXPECT_EQ(parse(handle, ">save\n"), "");
+    EXPECT_EQ(second.take(), "");
+    EXPECT_EQ(calls, 1);
 }
 
 TEST(VelHandlers, InvokingAnAction)

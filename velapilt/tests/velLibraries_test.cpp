@@ -144,6 +144,10 @@ TEST_F(VelLibraries, TheDirectory)
         EXPECT_EQ(readList("a.vel", "/no such folder"), noDirectory); // a given one is taken
         EXPECT_EQ(readList("a.vel", (folder + "/sub").c_str()), "sub\n");
     }
+    // One separator at its end, of either kind, is no part of the name.
+    EXPECT_EQ(readList("", (folder + "/").c_str()), "none");
+    EXPECT_EQ(readList("", (folder + "\\").c_str()), "none");
+    EXPECT_EQ(readList("", (folder + "\\\\").c_str()), noDirectory);
     const Environment wrong("ZOT5_VEL_LIBSDIR", file);
     EXPECT_EQ(readList("a.vel", ""), noDirectory);
 }

@@ -171,6 +171,14 @@ TEST(VelParser, ContinuedLines)
     EXPECT_EQ(read("a = b \\\n\nc = d\n"), "a = b\nc = d\n"); // an empty line ends it
 }
 
+// The joined text is looked at again: each line takes one '\\' off its end.
+TEST(VelParser, SeveralBackSlashesAtTheEnd)
+{
+    EXPECT_EQ(read("a = b\\\\\n\nc\nd = 1\n"), "a = bc\nd = 1\n");
+    EXPECT_EQ(read("a = b\\\\\\\n\n\nc\nd = 1\n"), "a = bc\nd = 1\n");
+    EXPECT_EQ(read("a = b\\\\\n\\\nc\n"), "a = b\\c\n");
+}
+
 TEST(VelParser, CommentsAndContinuedLines)
 {
     EXPECT_EQ(read("# remark \\\na = 1\nb = 2\n"), "b = 2\n"); // a comment continues too
@@ -262,6 +270,19 @@ TEST(VelParser, AnErrorClosesTheBlocksOpenedSinceEntry)
     EXPECT_EQ(line(handle, "END"), "");
     // What came before the error stays.
     EXPECT_EQ(stored(handle), "A:\n  B:\n    C:\n      x = 1\n    END\n  END\nEND\n");
+}
+
+TEST(VelParser, ARefusedHeaderOpensNothing)
+{
+    const velHandlePtr handle = parsed("A:\nx = 1\nEND\n");
+    EXPECT_EQ(line(handle, "A:"), "");
+    EXPECT_EQ(line(handle, "x:"), "parseVELLineH: velUpdateObject failed"); // a parameter's
+    EXPECT_EQ(state(handle), "1 /A");
+    EXPECT_EQ(line(handle, "1B:"),
+              "invalid object type \"1B\": leading character must be alphabetic or '_'");
+    EXPECT_EQ(state(handle), "1 /A");
+    EXPECT_EQ(line(handle, "END"), "");
+    EXPECT_EQ(state(handle), "0 /");
 }
 
 TEST(VelParser, AFileMayBeFedLineByLine)

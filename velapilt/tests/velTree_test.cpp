@@ -352,7 +352,22 @@ TEST(VelTree, ValidityAfterALine)
         EXPECT_EQ(said(pushPath(handle.get(), "/A/B:b")), "");
         EXPECT_EQ(parse(handle, "x = 1\n", c.word), "");
         EXPECT_EQ(validity(handle), c.expected) << c.word;
+        const velHandlePtr changed = allValid(); // a new value makes no difference
+        EXPECT_EQ(said(pushPath(changed.get(), "/A/B:b")), "");
+        EXPECT_EQ(parse(changed, "x = 2\n", c.word), "");
+        EXPECT_EQ(validity(changed), c.expected) << c.word;
     }
+}
+
+// The replace mark that a node has from its parent is not the line's.
+TEST(VelTree, ValidityAfterALineBelowAMarkedNode)
+{
+    const velHandlePtr handle = parsed("A:\nEND\n");
+    EXPECT_NE(parse(handle, "&replace A:\nbad\n"), ""); // leaves its mark
+    EXPECT_EQ(said(pushPath(handle.get(), "/A")), "");
+    EXPECT_EQ(parse(handle, "x = 1\n", velFlagValid), "");
+    EXPECT_EQ(flagsOf(handle), "/ Object 0\n/A Singleton 0x200\n/A/x Param 0x300\n");
+    EXPECT_EQ(isValid(handle.get(), "/A/x"), 1);
 }
 
 TEST(VelTree, ANewNodeInvalidatesAsALineDoes)
@@ -472,6 +487,16 @@ TEST(VelTree, RemovingANonEmptyNode)
     EXPECT_EQ(stored(handle), "C:\nEND\nA:\n  n = 1\nEND\n");
     EXPECT_EQ(deleteObject(handle, "/A"), "");
     EXPECT_EQ(valueAt(handle, "/A/x"), "9");
+}
+
+TEST(VelTree, WhatIsLeftOfANonEmptyNodeKeepsItsFlags)
+{
+    const velHandlePtr handle(velCreateHandle());
+    EXPECT_EQ(parse(handle, "A:\nx = 1\nB:\nEND\nEND\n", velFlagLibrary), "");
+    EXPECT_NE(deleteParam(handle, "/A"), "");
+    EXPECT_EQ(isLibrary(handle.get(), "/A/x"), 1); // its parent's bit
+    EXPECT_EQ(isLibrary(handle.get(), "/A/B"), 1);
+    EXPECT_EQ(isLibrary(handle.get(), "/A"), -1);
 }
 
 } // namespace

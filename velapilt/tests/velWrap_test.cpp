@@ -67,6 +67,14 @@ TEST(VelWrap, AHardCutDoesNotFallInFrontOfABlank)
                                        "bbbb\n");
 }
 
+// Even at the very start of a piece white space is a place to cut behind.
+TEST(VelWrap, ABlankBeforeAWordThatIsTooLong)
+{
+    EXPECT_EQ(wrapped(" xxxxxxxxxxxxxxx", 8), " \\\n"
+                                              "xxxxxxx\\\n"
+                                              "xxxxxxxx\n");
+}
+
 TEST(VelWrap, NarrowestWidth)
 {
     EXPECT_EQ(wrapped("abcdefg", 3), "ab\\\n"

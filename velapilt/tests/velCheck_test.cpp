@@ -1,0 +1,41 @@
+// What words and values may be made of, below lines and paths, which give some
+// characters a meaning of their own.
+#include "velapilt/src/velHandle_p.h"
+
+#include "velapilt/tests/velTestData.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class VelCheck : public testing::Test
+{
+protected:
+    velHandlePtr handle_{velCreateHandle()};
+};
+
+TEST_F(VelCheck, EmptyWords)
+{
+    EXPECT_EQ(said(velCheckType(handle_.get(), "")), "invalid object type: must be non-empty.");
+    EXPECT_EQ(said(velCheckParamName(handle_.get(), "")),
+              "invalid parameter name: must be non-empty.");
+    // The rule common to all catches it.
+    EXPECT_EQ(said(velCheckObjectName(handle_.get(), "")),
+              "invalid object name \"\": leading character must be alphabetic or '_'");
+}
+
+TEST_F(VelCheck, ATabMayFollowButNotLead)
+{
+    EXPECT_EQ(said(velCheckType(handle_.get(), "A\tb")), "");
+    EXPECT_EQ(said(velCheckObjectName(handle_.get(), "\tb")),
+              "invalid object name \"\tb\": leading character must be alphabetic or '_'");
+}
+
+TEST_F(VelCheck, ANulIsNoCharacterOfAWord)
+{
+    const std::string_view word("a\0b", 3);
+    EXPECT_STREQ(velCheckParamName(handle_.get(), word),
+                 "invalid parameter name \"a\": contains invalid character '");
+}
+
+} // namespace
