@@ -38,13 +38,32 @@ std::string newNameIn(std::string_view change)
     return std::string(change);
 }
 
+/// `path`, or a path below it, after `from` has become `to`.
+std::string pathAfter(const std::string &path, const std::string &from, const std::string &to)
+{
+    const bool concerned =
+        path.starts_with(from) && (path.size() == from.size() || path[from.size()] == '/');
+    return concerned ? to + path.substr(from.size()) : path;
+}
+
+/// Where parameters that moved stand in the end, and where in the text with the
+/// new names: one may move twice, and it or what is above it be renamed behind.
 Moves movesIn(const std::vector<std::string> &changes)
 {
     Moves moves;
     for (const std::string &change : changes) {
         const Finding parts = parseFinding(change);
-        if (parts.message.starts_with(moved))
-            moves[parts.message.substr(moved.size())] = parts.path;
+        const std::string name = newNameIn(parts.message);
+        if (parts.message.starts_with(moved)) {
+            const auto earlier = moves.extract(parts.path);
+            moves[parts.message.substr(moved.size())] = earlier ? earlier.mapped() : parts.path;
+        } else if (!name.empty()) {
+            const std::string to = parts.path.substr(0, parts.path.rfind('/') + 1) + name;
+            Moves after;
+            for (const auto &[now, before] : moves)
+                after[pathAfter(now, parts.path, to)] = pathAfter(before, parts.path, to);
+            moves = std::move(after);
+        }
     }
     return moves;
 }
@@ -108,8 +127,7 @@ private:
                jsonMember("path", change.path) + ',' + jsonMember("message", change.message) + '}';
     }
 
-    /// Of the text with the new names. Where a thing moved twice, or was renamed
-    /// behind its move, its remark stays behind: such a path is not found.
+    /// Of the text with the new names.
     static std::string editedBytes(const SourceText &text, const Upgrade &upgrade,
                                    const std::string &file)
     {

@@ -155,6 +155,51 @@ TEST_F(UpgradeTest, DryRunWritesNothing)
     EXPECT_EQ(runTool({"upgrade", "--dry-run", folder_.write("new.vel", "x = 1\n")}).status, 0);
 }
 
+std::string step(const std::string &name, const std::string &fields)
+{
+    return "    STEP: " + name + "\n" + fields + "    END\n";
+}
+
+std::string moveStep(const std::string &type, const std::string &name, const std::string &to,
+                     const std::string &newName)
+{
+    return step(type + ' ' + name, "Action = Move Parameter\nObject Type = " + type +
+                                       "\nParameter = " + name + "\nTo Object = " + to +
+                                       "\nNew Name = " + newName + '\n');
+}
+
+TEST(UpgradeRemarks, FollowWhatMovesAndIsRenamedBehind)
+{
+    const std::string rules =
+        "RULES:\n  Language Version = 2\n  OBJECT: PUMP\n    Free Parameters = Yes\n  END\n"
+        "  UPGRADE: Version 2\n" +
+        moveStep("PUMP", "Power", "MOTOR", "Rating") +
+        step("S2", "Action = Rename Parameter\nObject Type = MOTOR\nParameter = Rating\n"
+                   "New Name = Rated Power\n") +
+        step("S3", "Action = Rename Object Type\nObject Type = MOTOR\nNew Name = DRIVE\n") +
+        moveStep("PUMP", "Speed", "DRIVE", "Turns") + moveStep("DRIVE", "Turns", "GEAR", "Rate") +
+        step("S6", "Action = Rename Object Type\nObject Type = PUMP\nNew Name = BLOWER\n") +
+        "  END\nEND\n";
+    const OwnRules own(rules);
+    const TemporaryFolder folder;
+    const std::string file = folder.write("old.vel", "PUMP: a # one\n"
+                                                     "  Power = 3 [kW] # plate\n"
+                                                     "  Speed = 50 [s^-1] # by ear\n"
+                                                     "END\n");
+    const ToolRun run = runTool({"upgrade", file});
+    EXPECT_EQ(run.status, 0) << run.out << run.err;
+    const std::string after = folder.read("old.vel");
+    EXPECT_EQ(after.substr(0, after.find("LANGUAGE")), "BLOWER: a # one\n"
+                                                       "  DRIVE:\n"
+                                                       "    Rated Power = 3 [kW] # plate\n"
+                                                       "    GEAR:\n"
+                                                       "      Rate = 50 [s^-1] # by ear\n"
+                                                       "    END\n"
+                                                       "  END\n"
+                                                       "END\n")
+        << run.out;
+}
+
 TEST_F(UpgradeTest, GivesJsonOverManyFiles)
 {
     const std::string file = folder_.write("old.vel", oldText);
