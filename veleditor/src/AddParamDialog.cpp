@@ -91,6 +91,7 @@ void AddParamDialog::addFreeName(QVBoxLayout &layout, const QString &path)
     nameEntry_->setObjectName(QStringLiteral("Name"));
     nameEntry_->setAccessibleName(tr("Name of the new parameter"));
     connect(nameEntry_, &QLineEdit::textChanged, this, &AddParamDialog::saveParamName);
+    nameField_ = nameEntry_;
     row->addWidget(nameEntry_);
     layout.addLayout(row);
 }
@@ -112,6 +113,7 @@ void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
     connect(list, &QComboBox::textActivated, this, &AddParamDialog::saveParamName);
     connect(list, &QComboBox::editTextChanged, this, &AddParamDialog::saveParamName);
     layout.addWidget(list);
+    nameField_ = list;
 }
 
 void AddParamDialog::addValueAndButtons(QVBoxLayout &layout)
@@ -150,14 +152,14 @@ void AddParamDialog::checkOK()
 bool AddParamDialog::checkNameStart()
 {
     if (paramName_.empty()) {
-        warn(this, tr("Missing Parameter Name"),
-             tr("You must enter a name for your parameter before continuing."));
+        refuse(*nameField_, tr("Missing Parameter Name"),
+               tr("You must enter a name for your parameter before continuing."));
         return false;
     }
     if (!isLetterOrDigit(paramName_.front())) {
-        warn(this, tr("Invalid Parameter Name"),
-             tr("Parameter names must begin with a letter or a number.\nPlease correct your "
-                "parameter name before continuing."));
+        refuse(*nameField_, tr("Invalid Parameter Name"),
+               tr("Parameter names must begin with a letter or a number.\nPlease correct your "
+                  "parameter name before continuing."));
         return false;
     }
     return true;
@@ -167,8 +169,8 @@ bool AddParamDialog::checkValueGiven()
 {
     if (!value().empty())
         return true;
-    warn(this, tr("Missing Parameter Value"),
-         tr("You must enter a parameter value before continuing."));
+    refuse(*valueEntry_, tr("Missing Parameter Value"),
+           tr("You must enter a parameter value before continuing."));
     return false;
 }
 
@@ -177,10 +179,10 @@ bool AddParamDialog::checkNameCharacters()
     const QString wrong = firstWrongCharacter(paramName_);
     if (wrong.isEmpty())
         return true;
-    warn(this, tr("Invalid Parameter Name"),
-         tr("Error: \"") + wrong +
-             tr("\" is not a valid character in a parameter name.\nPlease correct your "
-                "parameter name before continuing."));
+    refuse(*nameField_, tr("Invalid Parameter Name"),
+           tr("Error: \"") + wrong +
+               tr("\" is not a valid character in a parameter name.\nPlease correct your "
+                  "parameter name before continuing."));
     return false;
 }
 
@@ -189,8 +191,14 @@ bool AddParamDialog::checkValueFits()
     const QString reason = whyFileCannotHold(value());
     if (reason.isEmpty())
         return true;
-    warn(this, windowTitle(), reason);
+    refuse(*valueEntry_, windowTitle(), reason);
     return false;
+}
+
+void AddParamDialog::refuse(QWidget &field, const QString &title, const QString &reason)
+{
+    warn(this, title, reason);
+    field.setFocus();
 }
 
 } // namespace velEditor

@@ -32,7 +32,8 @@ public:
 
 public slots:
     /// Accepts when name and value are such as a command file can hold; else
-    /// says why not and stays open. Underscores in the name become blanks.
+    /// says why not, goes to the field that is wrong and stays open. Underscores
+    /// in the name become blanks.
     void checkOK();
     void saveParamName(const QString &name);
 
@@ -46,9 +47,11 @@ private:
     [[nodiscard]] bool checkValueGiven();
     [[nodiscard]] bool checkNameCharacters();
     [[nodiscard]] bool checkValueFits();
+    void refuse(QWidget &field, const QString &title, const QString &reason);
 
     std::string paramName_;
     QLineEdit *nameEntry_ = nullptr;  ///< where any name is allowed, else null
+    QWidget *nameField_ = nullptr;    ///< that entry or the list of names
     QTextEdit *valueEntry_ = nullptr; ///< null where nothing can be added
 };
 

@@ -83,6 +83,7 @@ void EditParamDialog::doOk()
         isTyped ? toBytesInPlaceOf(singleLine(*textField_->document()), value_) : value_;
     if (const QString reason = whyFileCannotHold(chosen); isTyped && !reason.isEmpty()) {
         warn(this, windowTitle(), reason);
+        textField_->setFocus();
         return;
     }
     value_ = std::move(chosen);

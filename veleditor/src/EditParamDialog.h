@@ -30,7 +30,7 @@ public:
 
 public slots:
     /// Takes over the text of the field, where there is one, and accepts. A text
-    /// that a command file cannot hold is refused with a box.
+    /// that a command file cannot hold is refused with a box, and may be mended.
     void doOk();
 
     /// An entry of the list was chosen.

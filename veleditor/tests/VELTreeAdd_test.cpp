@@ -47,6 +47,7 @@ private slots:
     void asksForASelection();
     void refusesBadEntries_data();
     void refusesBadEntries();
+    void returnsToTheFieldThatIsWrong();
     void makesUnderscoresBlanks();
     void addsAnExpertSection();
     void addsAnExpertSectionToAFlowObjectWithoutName();
@@ -441,6 +442,32 @@ void VELTreeAddTest::refusesBadEntries()
     addExpert(name, value, false);
     QCOMPARE(boxes, QStringList(box));
     QVERIFY(!tree().isModified());
+}
+
+// The keys stayed at the button, where what was typed next went nowhere.
+void VELTreeAddTest::returnsToTheFieldThatIsWrong()
+{
+    open(copyOf("duct.vel"));
+    const struct
+    {
+        const char *path, *name, *value, *field;
+    } cases[] = {{expert, "", "1", "Name"},
+                 {expert, "_a", "1", "Name"},
+                 {expert, "a-b", "1", "Name"},
+                 {expert, "a", "", "Value"},
+                 {expert, "a", "1 # b", "Value"},
+                 {"/FLOW:Analysis/DOMAIN:Duct", "a-b", "1", "editable combo"}};
+    for (const auto &wrong : cases) {
+        select(wrong.path);
+        answer();
+        onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+            enter(dialog, wrong.name, wrong.value);
+            pressButton(dialog, "Ok");
+            QCOMPARE(dialog.focusWidget()->objectName(), QString(wrong.field));
+            dialog.reject();
+        });
+        tree().addParameter();
+    }
 }
 
 void VELTreeAddTest::makesUnderscoresBlanks()

@@ -208,6 +208,7 @@ void VELTreeEditTest::refusesWhatAFileCannotHold()
         type(dialog, "5 # remark");
         pressButton(dialog, "Ok");
         QVERIFY(dialog.isVisible());
+        QCOMPARE(dialog.focusWidget()->objectName(), QString("Value")); // to be mended there
         type(dialog, "5 \\");
         pressButton(dialog, "Ok");
         QVERIFY(dialog.isVisible());
