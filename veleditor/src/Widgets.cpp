@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QTextEdit>
 #include <QVBoxLayout>
 
@@ -20,6 +21,12 @@ QLabel *makeLabel(const QString &text, QWidget *parent)
 {
     auto *label = new QLabel(text, parent);
     label->setTextFormat(Qt::PlainText);
+    label->ensurePolished();
+    const int widest = parent->screen()->availableGeometry().width() * 3 / 4;
+    if (label->sizeHint().width() > widest) {
+        label->setWordWrap(true);
+        label->setMinimumWidth(widest);
+    }
     return label;
 }
 

@@ -17,6 +17,8 @@ class QWidget;
 
 namespace velEditor {
 
+/// The path of an object may be longer than the screen is wide: such a text is
+/// wrapped.
 [[nodiscard]] QLabel *makeLabel(const QString &text, QWidget *parent);
 
 /// `name` is the object's.

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QTextEdit>
 
 using namespace velEditor;
@@ -38,6 +39,7 @@ private slots:
     void scrollsToTheNewRow();
     void saysWhenTheRulesFail();
     void saysWhereNothingCanBeAdded();
+    void fitsTheScreenWithALongPath();
     void addsNothingWhenCancelled();
     void changesAParameterThatIsThereAlready();
     void leavesAParameterThatCannotBeChanged();
@@ -245,6 +247,23 @@ void VELTreeAddTest::saysWhereNothingCanBeAdded()
     });
     tree().addParameter();
     QVERIFY(!tree().isModified());
+}
+
+// The dialog was as wide as the path is long, its Cancel beyond the screen.
+void VELTreeAddTest::fitsTheScreenWithALongPath()
+{
+    const QByteArray name = "Return Air" + QByteArray(" of the Meeting Room").repeated(8);
+    open(newFile("deep.vel", "FLOW: A\nDOMAIN: " + name + "\nKind = Fluid\nBOUNDARY: " + name +
+                                 "\nKind = Wall\nEND\nEND\nEND\n"));
+    select("/FLOW:A/DOMAIN:" + name);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        QVERIFY(dialog.width() <= dialog.screen()->availableGeometry().width());
+        const auto *label = dialog.findChild<QLabel *>();
+        QCOMPARE(label->text(), "Adding new parameter to: /FLOW:A/DOMAIN:" + QString(name));
+        QVERIFY(label->height() >= label->heightForWidth(label->width()));
+        dialog.reject();
+    });
+    tree().addParameter();
 }
 
 void VELTreeAddTest::addsNothingWhenCancelled()
