@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QSpacerItem>
 
 #include <utility>
@@ -28,6 +29,12 @@ int widestLine(const QWidget &box)
     const int screen = box.screen()->availableGeometry().width();
     const int limit = screen <= 1024 ? screen : qMin(screen - 480, 1000);
     return limit - besideText;
+}
+
+/// The height that the text of a box may have on this screen, in pixels.
+int highestText(const QWidget &box)
+{
+    return box.screen()->availableGeometry().height() / 2;
 }
 
 // A toolkit box takes Escape and its frame's close for its only button, or for
@@ -48,6 +55,7 @@ public:
             label->setTextFormat(Qt::PlainText);
             keepLinesWhole(*label);
         }
+        keepButtonsOnScreen();
     }
 
     /// To be called once the buttons are in: a short text must not cut the
@@ -88,6 +96,30 @@ private:
         label.setWordWrap(false);
         if (!label.text().isEmpty())
             label.setMinimumWidth(qMin(label.sizeHint().width(), widestLine(*this)));
+    }
+
+    // A text may hold a value of any length, or as many lines as a rule library
+    // has faults: what the screen has no room for is scrolled.
+    void keepButtonsOnScreen()
+    {
+        auto *grid = qobject_cast<QGridLayout *>(layout());
+        auto *label = findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
+        if (grid == nullptr || label == nullptr)
+            return;
+        const QRect room(0, 0, widestLine(*this), QWIDGETSIZE_MAX);
+        const QRect text = label->fontMetrics().boundingRect(
+            room, Qt::TextWordWrap | Qt::TextExpandTabs, label->text());
+        if (text.height() <= highestText(*this))
+            return;
+        auto *area = new QScrollArea(this);
+        area->setObjectName(QStringLiteral("ScrolledText"));
+        area->setAccessibleName(windowTitle());
+        area->setFrameShape(QFrame::NoFrame);
+        area->setWidgetResizable(true);
+        area->setMinimumSize(room.width(), highestText(*this));
+        delete grid->replaceWidget(label, area);
+        label->setMinimumWidth(0);
+        area->setWidget(label);
     }
 
     void makeRoomForTitle()

@@ -10,8 +10,7 @@ namespace velEditor {
 
 namespace {
 
-/// A dozen lines or so: at twice the size they still leave a box its buttons on
-/// a small screen.
+/// More than a row has room for, and a dozen lines or so of a tool tip.
 constexpr qsizetype mostCharacters = 1000;
 
 bool isAscii(std::string_view bytes)

@@ -33,7 +33,7 @@ namespace velEditor {
 /// The same on one line, as a value of a parameter: every line break is a blank.
 [[nodiscard]] QString singleLine(const QTextDocument &document);
 
-/// As much of a text as a box or a tool tip has room for: what is cut off is
+/// As much of a text as a row or a tool tip has room for: what is cut off is
 /// replaced by an ellipsis.
 [[nodiscard]] QString shortened(const QString &text);
 

@@ -80,8 +80,7 @@ void VELTree::deleteParam()
     box.icon = QMessageBox::Information;
     box.title = tr("Deleting Parameter");
     box.text = tr("You are about to delete the parameter\n") + item->label() + tr(" = ") +
-               shortened(item->value()) +
-               tr("\nThis cannot be undone.\nDo you really want to do this?");
+               item->value() + tr("\nThis cannot be undone.\nDo you really want to do this?");
     box.buttons = QStringList{tr("&Delete The Parameter"), tr("&Cancel")};
     if (ask(this, box) != 0)
         return;

@@ -8,6 +8,8 @@
 #include <QProxyStyle>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextEdit>
@@ -57,6 +59,7 @@ private slots:
     void hasPlainButtons();
     void keepsLinesWhole();
     void wrapsWhatNoScreenHolds();
+    void scrollsWhatNoScreenHolds();
     void staysOnEscapeAndFrame();
     void closesAnOkBoxOnEscape();
     void keepsABoxWithOneGivenButtonOpen();
@@ -314,6 +317,31 @@ void DialogsTest::wrapsWhatNoScreenHolds()
     MessageBox box = question();
     box.text = QString("word ").repeated(200);
     QCOMPARE(ask(nullptr, box), -1);
+}
+
+// The faults of a rule library filled the screen, and the buttons stood below it.
+void DialogsTest::scrollsWhatNoScreenHolds()
+{
+    MessageBox box = question();
+    const QString lines = QString("a fault of a rule\n").repeated(200);
+    const QString wrapped = QString("word ").repeated(20000);
+    const QString wide = QString("x").repeated(20000);
+    for (const QString &text : {lines, wrapped, wide + u'\n' + lines}) {
+        onDialog<QMessageBox>([&](QMessageBox &window) {
+            const QRect screen = window.screen()->availableGeometry();
+            QVERIFY(window.width() <= screen.width());
+            QVERIFY(window.height() <= screen.height());
+            QCOMPARE(window.text(), text);
+            const auto *area = window.findChild<QScrollArea *>();
+            const QWidget *label = area->widget();
+            QVERIFY(label->height() >= label->heightForWidth(label->width()));
+            QVERIFY(area->verticalScrollBar()->maximum() > 0);
+            QCOMPARE(window.focusWidget(), window.buttons().first());
+            QTest::mouseClick(window.buttons().first(), Qt::LeftButton);
+        });
+        box.text = text;
+        QCOMPARE(ask(nullptr, box), 0);
+    }
 }
 
 void DialogsTest::staysOnEscapeAndFrame()
