@@ -242,6 +242,68 @@ TEST_F(CompressedData, TheWrapperWorksInWords)
     EXPECT_EQ(io_gzip_word_bytes('c'), 1U);
 }
 
+TEST_F(CompressedData, WhatTheWrapperSays)
+{
+    io_reporter report(env_);
+    report.set_routine(collect_message);
+    EXPECT_EQ(io_gunzip_exactly(report, 12, 12), IO_OK);
+    EXPECT_EQ(io_gunzip_exactly(report, 13, 12), IO_COMPRESSION);
+    EXPECT_EQ(take_messages(),
+              "io_gunzip: decompressed too much data: got 13 bytes, expected 12\n");
+    // The header of a stream that wants a dictionary: zlib answers 2.
+    const unsigned char wants_dictionary[] = {0x78, 0xbb, 0, 0, 0, 1};
+    char out[8];
+    EXPECT_EQ(io_gunzip(report, wants_dictionary, sizeof wants_dictionary, out, 8), IO_COMPRESSION);
+    EXPECT_EQ(take_messages(), "io_gunzip: error 2 decompressing data\n");
+}
+
+TEST_F(CompressedData, WhatTheArrayFunctionsRefuse)
+{
+    io_reporter report(env_);
+    report.set_routine(collect_message);
+    env_["g"] = "abc";
+    zot_io io;
+    io.stream = io_stream(env_.open("g", io_open::update));
+    io.report = &report;
+    std::vector<std::int32_t> values(100);
+    EXPECT_EQ(write_compressed_dataarray(io, {'u', ' '}, IO_INTR, values.data(), 100),
+              IO_BAD_FORMAT);
+    EXPECT_EQ(take_messages(), "write_compressed_dataarray: bad compressed format u \n");
+    EXPECT_EQ(read_compressed_dataarray(io, {'F', '5'}, IO_INTR, values.data(), 100, 1, 3),
+              IO_BAD_FORMAT);
+    EXPECT_EQ(take_messages(), "read_compressed_dataarray: bad compressed format F5\n");
+    EXPECT_EQ(read_compressed_dataarray(io, {'l', '5'}, IO_INTR, values.data(), 100, 1, 3),
+              IO_READ_ERROR);
+    EXPECT_EQ(take_messages(),
+              "zotreadOffset: fread failed: read 3 bytes, expected 8\n"
+              "read_compressed_dataarray: can not read the compressed data length\n");
+}
+
+TEST_F(CompressedData, LevelZeroIsRefusedOnReadingToo)
+{
+    ASSERT_EQ(client_.write_integers("A", "B", 1, std::vector<std::int32_t>(100)), IO_OK);
+    env_["f"].replace(env_["f"].find("u5\n"), 2, "u0");
+    take_messages();
+    EXPECT_EQ(client_.read("A", "B", 1), "code 23");
+    EXPECT_EQ(take_messages(), "read_unfmt_structure: the compress level in the data is wrong\n"
+                               "iocnt: read data failed\n");
+}
+
+/// The length in front takes eight bytes, and the stream whole words: ones of a
+/// byte, four or eight.
+TEST_F(CompressedData, WideLengthsAndWords)
+{
+    std::vector<double> values(100, 1.5);
+    values[7] = 0.1;
+    ASSERT_EQ(client_.write_doubles("A", "B", 1, values, "l5"), IO_OK);
+    std::string bytes(values.size() * sizeof(double), '\0');
+    std::memcpy(bytes.data(), values.data(), bytes.size());
+    std::string stream = zipped(bytes);
+    stream.resize((stream.size() + 7) / 8 * 8, '\0');
+    EXPECT_EQ(area(), number_bytes(static_cast<std::int32_t>(stream.size())) +
+                          std::string(4, '\0') + stream);
+}
+
 /// A buffer of any size gives the same stream.
 TEST_F(CompressedData, TheStreamDoesNotDependOnItsParts)
 {

@@ -109,4 +109,21 @@ TEST_F(ConvertData, RecordsItemByItem)
     EXPECT_EQ(take_messages(), "convert_data: not enough dble input data\n");
 }
 
+TEST_F(ConvertData, TooLittleOfEachKind)
+{
+    io_reporter report(env_);
+    report.set_routine(collect_message);
+    const char *const kinds[] = {"string", "char", "intr", "real", "dble", "logl"};
+    for (int type = 0; type < IO_ELEMENT_TYPES; type++) {
+        data_type both;
+        ASSERT_EQ(parseStructure(report, element_type_name(static_cast<element_type>(type)), both),
+                  IO_OK);
+        IO_data none;
+        IO_data out;
+        EXPECT_EQ(convert_data(report, both, none, both, out, 1), IO_NO_ROOM);
+        EXPECT_EQ(take_messages(),
+                  std::string("convert_data: not enough ") + kinds[type] + " input data\n");
+    }
+}
+
 } // namespace

@@ -243,6 +243,42 @@ TEST_F(Location, TheTraceSaysWhatIsDone)
                           "TRACE> matched 2 datasets in locate_dataset, 0 were deleted\n"
                           "TRACE> about to sort 2 datasets by WHEN\n"
                           "TRACE> sorted 2 datasets by WHEN\n");
+    char strings[2 * IO_STRING_SLOT];
+    std::int32_t when = 0;
+    std::int64_t offsets[2] = {};
+    data.strings = strings;
+    data.integers = &when;
+    data.offsets = offsets;
+    data.strings_size = data.offsets_size = 2;
+    data.integers_size = 1;
+    env_.trace.clear();
+    EXPECT_EQ(locate_dataset(report_, table_, "A", "B", 2, scratch, data), IO_OK);
+    EXPECT_EQ(env_.trace, "TRACE> start to locate A:B:2\nTRACE> Returning 1 matches\n");
+}
+
+TEST_F(Location, ALineThatIsNoneFailsEverySearchThatMeetsIt)
+{
+    ASSERT_EQ(table_.insert_index(report_, "Y\x1b"
+                                           "A\x1b"
+                                           "B\x1b"
+                                           "5"),
+              IO_OK);
+    const std::string missing = "parseindex: bad index: missing dslength for dataset A:B:5\n";
+    const std::string of_all = "locate_dataset: main dataset location failed\n";
+    EXPECT_EQ(find("A", "B", -1), "code 12");
+    EXPECT_EQ(take_messages(), missing + "get_ds_location: parseindex failed\n" + of_all);
+    EXPECT_EQ(find("*", "B", -1), "code 12");
+    EXPECT_EQ(take_messages(), missing +
+                                   "get_ds_location: parsewhere failed\n"
+                                   "locate_all_where: get_ds_location failed\n" +
+                                   of_all);
+    EXPECT_EQ(find("A", "*", -1), "code 12");
+    EXPECT_EQ(take_messages(), missing +
+                                   "get_ds_location: parseindex failed\n"
+                                   "locate_all_what: get_ds_location failed\n" +
+                                   of_all);
+    EXPECT_EQ(find("*", "*", -1), "code 12");
+    EXPECT_EQ(take_messages(), missing + "get_ds_location: parseindex failed\n" + of_all);
 }
 
 TEST_F(Location, ParseindexSkipsEmptyFieldsAndNamesMissingOnes)

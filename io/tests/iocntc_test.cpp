@@ -370,14 +370,127 @@ TEST_F(Iocntc, EveryTraceLineHasItsPrefix)
     EXPECT_EQ(lines, 9U);
 }
 
+TEST_F(Iocntc, TheVariableOfTheTraceIsReadOnce)
+{
+    io_reporter silent(env_);
+    silent.trace("one");
+    env_.variables["ZOT_IO_TRACE"] = "";
+    silent.trace("two");
+    EXPECT_EQ(env_.trace, "");
+    io_reporter speaking(env_);
+    speaking.trace("three");
+    env_.variables.erase("ZOT_IO_TRACE");
+    speaking.trace("four\nfive\n");
+    EXPECT_EQ(env_.trace, "TRACE> three\nTRACE> four\nTRACE> five\n");
+}
+
+/// A file that others read cannot be made busy; the message names the request.
+TEST_F(Iocntc, RequestsThatWriteAreNamedWhereTheFileIsNotFree)
+{
+    io_client other(env_);
+    ASSERT_EQ(other.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    io_header_storage storage;
+    std::strcpy(storage.what, "I");
+    std::strcpy(storage.where, "P");
+    std::strcpy(storage.type, "DBLE");
+    storage.when = 1;
+    storage.count = 100;
+    IO_header header = storage.header();
+    std::vector<double> values(100);
+    std::int64_t offsets[2] = {};
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.doubles = values.data();
+    data.doubles_size = 100;
+    auto named = [&](std::uint32_t number) {
+        IO_data file;
+        file.filename = "f";
+        EXPECT_EQ(ask(IO_OPEN_PRIMARY, nullptr, &file), IO_OK);
+        EXPECT_EQ(ask(number, &header, &data), IO_LOCKED) << number;
+        std::string said = take_messages();
+        const std::string before = "iocnt: setfilebusyflag failed when req =";
+        std::size_t at = said.find(before);
+        return at == std::string::npos ? said : said.substr(at + before.size());
+    };
+    EXPECT_EQ(named(IO_WRITE_PRIMARY_DS), "IO_WRITE_PRIMARY_DS\n");
+    EXPECT_EQ(named(IO_DELETE_PRIMARY_DS), "IO_DELETE_PRIMARY_DS\n");
+    EXPECT_EQ(named(IO_WRITE_HEADER), "IO_WRITE_HEADER\n");
+    EXPECT_EQ(named(IO_WRITE_COMPRESSED), "IO_WRITE_COMPRESSED\niocnt: write compressed data"
+                                          " failed\n");
+}
+
+TEST_F(Iocntc, DataTooLargeForNarrowLengthsGetsWideOnes)
+{
+    IO_data data;
+    std::int64_t offsets[2] = {};
+    data.filename = "g";
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
+    io_header_storage storage;
+    std::strcpy(storage.what, "A");
+    std::strcpy(storage.where, "B");
+    IO_header header = storage.header();
+    auto format_of = [&](const char *type, std::int32_t count, const char *format) {
+        std::strcpy(storage.type, type);
+        std::strcpy(storage.format, format);
+        storage.count = count;
+        EXPECT_EQ(ask(IO_WRITE_HEADER, &header, &data), IO_OK);
+        return env_["g"].substr(static_cast<std::size_t>(offsets[0]), 2);
+    };
+    EXPECT_EQ(format_of("DBLE", 201326592, ""), "u5"); // 0x60000000 bytes
+    EXPECT_EQ(format_of("DBLE", 201326593, ""), "l5");
+    EXPECT_EQ(format_of("CHAR", 0x60000001, "u"), "l ");
+    EXPECT_EQ(format_of("STRI", 20132659, "U"), "u ");
+    EXPECT_EQ(format_of("STRI", 20132660, "U"), "l ");
+    EXPECT_EQ(format_of("STRC{INTR:1 DBLE:1}", 134217728, "u7"), "u7");
+    EXPECT_EQ(format_of("STRC{INTR:1 DBLE:1}", 134217729, "u7"), "l7");
+    EXPECT_EQ(format_of("DBLE", 2147483647, "F"), "F ");
+}
+
 TEST(IoCodes, TextsStandAtTheirCodes)
 {
-    EXPECT_STREQ(io_code_text(0), "Successful.");
-    EXPECT_STREQ(io_code_text(17), "Could not find requested dataset.  File could be invalid.");
-    EXPECT_STREQ(io_code_text(21),
-                 "File is locked.  Remove the lock (lck) file if this shouldn't be the case.");
-    EXPECT_STREQ(io_code_text(22), "Unknown IO request made");
-    EXPECT_STREQ(io_code_text(31), "Byte swapping is not enabled.");
+    const char *const texts[] = {
+        "Successful.",
+        "Could not open file.",
+        "There is no open file for this operation.",
+        "File not found.",
+        "Disk is full.",
+        "Unexpected end-of-file.",
+        "Permission denied.",
+        "Could not close file.",
+        "Could not seek to desired location.",
+        "Could not determine location in file.",
+        "Error reading from disk.",
+        "Error writing to disk.",
+        "Error parsing IO structures.",
+        "Could not find requested dataset.  File could be invalid/corrupted.",
+        "Not enough allocated memory for requested IO operation.",
+        "IO dataset has incorrect format.",
+        "More than one dataset matching description found.",
+        "Could not find requested dataset.  File could be invalid.",
+        "IO error read string information.  File could be invalid.",
+        "Invalid error reporting routine passed to IO module.",
+        "Invalid def/res file.  File could be corrupted.",
+        "File is locked.  Remove the lock (lck) file if this shouldn't be the case.",
+        "Unknown IO request made",
+        "Data compression failed.",
+        "File does not exist.",
+        "The attribute does not exist.",
+        "An unknown error has occurred.",
+        "Dataset could not be converted.",
+        "Unable to allocate enough memory for the requested operation.",
+        "Error writing compressed data.",
+        "Data is not compressed.",
+        "Byte swapping is not enabled.",
+    };
+    int code = 0;
+    for (const char *text : texts) {
+        EXPECT_STREQ(io_code_text(code), text) << code;
+        code++;
+    }
+    EXPECT_EQ(code, 32);
     EXPECT_STREQ(io_code_text(32), io_code_text(26));
     EXPECT_STREQ(io_code_text(-1), io_code_text(26));
 }

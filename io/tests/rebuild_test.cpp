@@ -1,8 +1,11 @@
 #include "io/Src/Main/index_file.h"
 
+#include "io/testing/io_failing_env.h"
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 namespace {
 
@@ -92,30 +95,61 @@ TEST_F(Rebuild, AnIndexThatCannotBeTrusted)
     {
         const char *from;
         const char *to;
+        const char *said;
     };
     // The size stays right; each of these has to be noticed.
-    for (change one : {change{"*ENDINDEX", "*ENDINDEY"},
-                       change{"Y\x1b"
-                              "A",
-                              "Q\x1b"
-                              "A"},
-                       change{"\x1b"
-                              "P\x1b"
-                              "1",
-                              "\x1bP\x1bx"},
-                       change{"\nY\x1b"
-                              "A\x1b",
-                              "\nY\x1b\x1b\x1b"},
-                       change{"                   3\nY", "                   4\nY"},
-                       change{"                   3\nY", "                   2\nY"},
-                       change{"                   3\nY", "                  -3\nY"}}) {
+    for (change one :
+         {change{"*ENDINDEX", "*ENDINDEY", "missing end tag"},
+          change{"Y\x1b"
+                 "A",
+                 "Q\x1b"
+                 "A",
+                 "bad line 1/3"},
+          change{"\x1b"
+                 "P\x1b"
+                 "1",
+                 "\x1bP\x1bx", "bad line 1/3"},
+          change{"\nY\x1b"
+                 "A\x1b",
+                 "\nY\x1b\x1b\x1b", "bad line 1/3"},
+          change{"                   3\nY", "                   4\nY", "line 4/4 missing"},
+          change{"                   3\nY", "                   2\nY", "too many lines"},
+          change{"                   3\nY", "                  -3\nY", "missing count"},
+          change{"\n*ENDINDEX", "0*ENDINDEX", "error finding EOL"}}) {
         std::string changed = whole_;
         std::size_t at = changed.rfind(one.from);
         ASSERT_NE(at, std::string::npos) << one.from;
         changed.replace(at, std::string(one.to).size(), one.to);
         EXPECT_EQ(names(changed), all) << one.to;
-        EXPECT_NE(take_messages().find(unreadable), std::string::npos) << one.to;
+        EXPECT_EQ(take_messages(),
+                  std::string("create_indextable: index is wrong: ") + one.said + "\n" + unreadable)
+            << one.to;
     }
+}
+
+/// So long that it is read on its own, not with what stands around it.
+TEST_F(Rebuild, AnIndexThatCannotBeRead)
+{
+    auto number = [](std::size_t value) {
+        std::string digits = std::to_string(value);
+        return std::string(20 - digits.size(), ' ') + digits + "\n";
+    };
+    const std::string inner = "*INDEX\n" + number(1) + std::string(200000, 'x') + "\n*ENDINDEX\n";
+    const std::string index = "F \n" + number(inner.size()) + inner + number(inner.size());
+    const std::string start = "*INFO\n" + number(36 + index.size() + 21) + "*ENDINFO\n";
+    env_["f"] = start + index + number(start.size());
+    std::string said;
+    for (int call = 1; call < 20; call++) {
+        io_failing_env failing(env_);
+        io_client client(failing);
+        failing.fail(call, EIO, false);
+        client.request(IO_OPEN_PRIMARY, "f");
+        env_.files.erase("f.lck");
+        said += take_messages();
+    }
+    EXPECT_NE(said.find("create_indextable: (can't read the whole index) syserr:: Input/output"
+                        " error\n"),
+              std::string::npos);
 }
 
 TEST_F(Rebuild, AnIndexWithoutItsWordIsDamage)
