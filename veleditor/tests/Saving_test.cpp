@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTextEdit>
 
@@ -33,6 +34,9 @@ private slots:
     void savesEveryByteAsItWas();
     void savesTheSameUnderACommaLocale();
     void keepsThePermissionsOfTheFile();
+    void replacesAFileMarkedReadOnly();
+    void leavesAloneWhatALinkLeadsTo();
+    void savesWithoutABackupWhereNoneCanBeMade();
     void savesToAnotherName();
     void asksBeforeSavingErrors();
     void saysWhenItCannotOpenTheTarget();
@@ -167,6 +171,44 @@ void SavingTest::keepsThePermissionsOfTheFile()
     QVERIFY(QFile::setPermissions(file(), owner));
     QVERIFY(editor().save(file().toStdString()));
     QCOMPARE(QFile::permissions(file()) & (owner | QFile::ReadGroup | QFile::ReadOther), owner);
+}
+
+// Kept: the folder decides whether a file in it can be moved. The mark stays.
+void SavingTest::replacesAFileMarkedReadOnly()
+{
+    open(copyOf("duct.vel"));
+    QVERIFY(QFile::setPermissions(file(), QFile::ReadOwner));
+    changeSomething();
+    QVERIFY(editor().save(file().toStdString()));
+    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
+    const auto owner = QFile::ReadOwner | QFile::WriteOwner;
+    QCOMPARE(QFile::permissions(file()) & owner, QFile::Permissions(QFile::ReadOwner));
+}
+
+// Kept: it is the link that is moved.
+void SavingTest::leavesAloneWhatALinkLeadsTo()
+{
+    const QString original = copyOf("duct.vel");
+    const QByteArray before = contentOf(original);
+    const QString link = folder() + "/link.vel";
+    QVERIFY(QFile::link(original, link));
+    open(link);
+    changeSomething();
+    QVERIFY(editor().save(link.toStdString()));
+    QCOMPARE(contentOf(link), QByteArray(ductFormatted));
+    QCOMPARE(contentOf(original), before);
+    QCOMPARE(QFile::symLinkTarget(link + ".bak"), original);
+}
+
+// Kept: whether the file could be moved is not looked at.
+void SavingTest::savesWithoutABackupWhereNoneCanBeMade()
+{
+    open(copyOf("duct.vel"));
+    QVERIFY(QDir().mkpath(file() + ".bak"));
+    changeSomething();
+    QVERIFY(editor().save(file().toStdString()));
+    QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
+    QVERIFY(QFileInfo(file() + ".bak").isDir());
 }
 
 void SavingTest::savesToAnotherName()
