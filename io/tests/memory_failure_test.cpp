@@ -128,12 +128,14 @@ protected:
         EXPECT_NE(mkdtemp(form.data()), nullptr);
         folder_ = form;
         name_ = form + "/f";
+        target_ = form + "/target";
         io_client client(io_real_env());
         EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, name_.c_str()), IO_OK);
         EXPECT_EQ(client.write_integers("A", "P", 1, {1, 2, 3}), IO_OK);
         EXPECT_EQ(client.write_integers("A", "P", 2, {4}), IO_OK);
         EXPECT_EQ(client.write_doubles("B", "Q", 2, std::vector<double>(300, 1.5)), IO_OK);
         EXPECT_EQ(client.write_strings("C", "P", 3, {"x"}, "F"), IO_OK);
+        EXPECT_EQ(client.write_doubles("D", "Q", 2, std::vector<double>(200, 2.5), "u"), IO_OK);
         EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
     }
 
@@ -143,11 +145,13 @@ protected:
     {
         IO_header header = storage_.header();
         IO_data data;
-        data.filename = name_.c_str();
+        data.filename = number == IO_OPEN_SECONDARY ? target_.c_str() : name_.c_str();
         data.strings = strings_;
         data.strings_size = 16;
         data.integers = integers_;
         data.integers_size = 8;
+        data.reals = reals_;
+        data.reals_size = 300;
         data.doubles = doubles_;
         data.doubles_size = 300;
         data.offsets = offsets_;
@@ -187,14 +191,31 @@ protected:
         return request(session, IO_CLOSE_PRIMARY);
     }
 
-    int read(io_session &session)
+    int read(io_session &session, const char *type)
     {
         if (int code = open_and_locate(session, "B", "Q")) {
             return code;
         }
-        std::strcpy(storage_.type, "REAL");
-        int code = request(session, IO_READ_LOCATED_DS); // there is no array of reals
-        return code == IO_NO_ROOM ? request(session, IO_CLOSE_PRIMARY) : code;
+        std::strcpy(storage_.type, type);
+        if (int code = request(session, IO_READ_LOCATED_DS)) {
+            return code;
+        }
+        return request(session, IO_CLOSE_PRIMARY);
+    }
+
+    int copy(io_session &session, std::uint32_t number)
+    {
+        if (int code = open_and_locate(session, "D", "Q")) {
+            return code;
+        }
+        if (int code = request(session, IO_OPEN_SECONDARY)) {
+            return code;
+        }
+        set_name("D", "Q", 2);
+        if (int code = request(session, number)) {
+            return code;
+        }
+        return request(session, IO_CLOSE_SECONDARY);
     }
 
     int remove(io_session &session)
@@ -249,6 +270,8 @@ protected:
             EXPECT_TRUE(GetParam() || said.find("iif_set_lock: malloc of ") != said.npos)
                 << allocation;
         }
+        std::filesystem::remove(target_);
+        std::filesystem::remove(target_ + ".lck");
         io_client client(io_real_env());
         ASSERT_EQ(client.request(IO_OPEN_PRIMARY, name_.c_str()), IO_OK) << take_messages();
         EXPECT_EQ(client.read("A", "P", 1), "1 2 3") << allocation;
@@ -258,9 +281,11 @@ protected:
 
     std::filesystem::path folder_;
     std::string name_;
+    std::string target_; ///< of copies
     io_header_storage storage_;
     char strings_[16 * IO_STRING_SLOT] = {};
     std::int32_t integers_[8] = {};
+    float reals_[300] = {};
     double doubles_[300] = {};
     std::int64_t offsets_[16] = {};
 };
@@ -290,7 +315,12 @@ TEST_P(MemoryFailure, Locating)
 
 TEST_P(MemoryFailure, Reading)
 {
-    fail_each([this](io_session &session) { return read(session); });
+    std::string said = fail_each([this](io_session &session) { return read(session, "REAL"); });
+    EXPECT_TRUE(GetParam() || contains(said, "read_located_dataset_as: malloc failed\n")) << said;
+    said = fail_each([this](io_session &session) { return read(session, ""); });
+    EXPECT_TRUE(GetParam() || contains(said, "read_compressed_dataarray: malloc failed\n")) << said;
+    EXPECT_EQ(reals_[299], 1.5F);
+    EXPECT_EQ(doubles_[299], 1.5);
 }
 
 TEST_P(MemoryFailure, Writing)
@@ -298,6 +328,26 @@ TEST_P(MemoryFailure, Writing)
     fail_each([this](io_session &session) { return write(session, "INTR", "u", 4); });
     fail_each([this](io_session &session) { return write(session, "DBLE", "u5", 300); });
     fail_each([this](io_session &session) { return write(session, "STRI", "F", 2); });
+}
+
+TEST_P(MemoryFailure, Copying)
+{
+    struct request_name
+    {
+        std::uint32_t number;
+        const char *busy;
+    };
+    for (request_name one : {request_name{IO_COPY_DATASET, "IO_COPY_DATASET"},
+                             request_name{IO_COPY_ALLVALID_DS, "IO_COPY_ALLVALID_DS"},
+                             request_name{IO_COPY_WHEN0_DS, "IO_COPY_WHEN0_DS"},
+                             request_name{IO_COPY_DS_COMPRESS_WHEN, "IO_COPY_DS_COMPRESS_WHEN"}}) {
+        std::string said =
+            fail_each([this, &one](io_session &session) { return copy(session, one.number); });
+        std::string busy =
+            std::string("iocnt: setfilebusyflag failed when req =") + one.busy + "\n";
+        EXPECT_TRUE(GetParam() || contains(said, busy.c_str())) << said;
+        EXPECT_TRUE(GetParam() || contains(said, "setfilebusyflag: malloc of ")) << said;
+    }
 }
 
 TEST_P(MemoryFailure, Deleting)
