@@ -14,6 +14,9 @@
 #include <cstring>
 #include <filesystem>
 #include <new>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -375,6 +378,37 @@ TEST(Memory, OfVerifyingDoesNotGrowWithTheData)
     EXPECT_EQ(verify_container(env, report, "f", faults), IO_OK);
     EXPECT_TRUE(faults.empty());
     EXPECT_LT(largest_allocation, std::size_t{3} << 20); // the table of the index is the largest
+}
+
+/// The index is no operator new's: a process of its own runs into its limit.
+TEST(Memory, OfTheIndexGivesOut)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer's memory knows no limit";
+#endif
+    pid_t child = fork();
+    if (child == 0) {
+        io_memory_env env;
+        io_reporter report(env);
+        report.set_routine(hear);
+        index_table table;
+        heard_bytes = 0;
+        const rlimit none = {1, 1};
+        setrlimit(RLIMIT_AS, &none);
+        std::int32_t inserted = 0;
+        int code = IO_OK;
+        while (code == IO_OK && inserted < 1000000) { // what has been freed is still there
+            code = table.insert_index(report, "Y");
+            inserted += code == IO_OK ? 1 : 0;
+        }
+        bool good = code == IO_NO_ROOM && table.count() == inserted &&
+                    std::strcmp(heard, "insert_index: (malloc failed) syserr:: Cannot allocate"
+                                       " memory\n") == 0;
+        _exit(good ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Once, MemoryFailure, ::testing::Values(false));

@@ -245,6 +245,82 @@ TEST_F(WriteDataset, WhatEndsAPartialDatasetMayFailToo)
     EXPECT_NE(said_when(false).find("write_dataset abort: fseek failed\n"), std::string::npos);
 }
 
+/// The stream gathers 256 KiB: what is written when they are full is what fails. So
+/// headers and data of all lengths near that are tried.
+TEST_F(WriteDataset, EachPartMayBeTheOneThatFails)
+{
+    std::vector<char> attributes(3200 * IO_STRING_SLOT, 'x');
+    for (std::size_t end = IO_STRING_SLOT; end <= attributes.size(); end += IO_STRING_SLOT) {
+        attributes[end - 1] = '\0';
+    }
+    std::vector<std::int32_t> values(65530);
+    auto said_writing = [&](std::int32_t attribute_count, std::int32_t count) {
+        io_memory_env memory;
+        io_failing_env failing(memory);
+        io_client client(failing);
+        EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+        io_header_storage names;
+        std::strcpy(names.what, "A");
+        std::strcpy(names.where, "B");
+        std::strcpy(names.type, "INTR");
+        std::strcpy(names.format, "u");
+        names.count = count;
+        IO_header header = names.header();
+        header.attribute_count = &attribute_count;
+        header.attributes = attributes.data();
+        IO_data data;
+        data.integers = values.data();
+        data.integers_size = count;
+        failing.writes_only(true);
+        failing.fail(2, EIO, false);
+        EXPECT_EQ(client.request(IO_WRITE_PRIMARY_DS, header, data), IO_WRITE_ERROR);
+        EXPECT_EQ(memory["g"].substr(36), "*CRASH");
+        return take_messages();
+    };
+    std::string said;
+    for (std::int32_t count = 65500; count <= 65520; count++) {
+        said += said_writing(0, count);
+    }
+    EXPECT_NE(said.find("write_dataset: can't write dataset end tag\n"), std::string::npos);
+    said.clear();
+    for (std::size_t length = 1; length < 80; length++) {
+        attributes[3119 * IO_STRING_SLOT + length] = '\0';
+        said += said_writing(3120, 0);
+        attributes[3119 * IO_STRING_SLOT + length] = 'x';
+    }
+    EXPECT_NE(said.find("write_dataset: can't write dataset header\n"), std::string::npos);
+    EXPECT_NE(said.find("write_dataset: can't write datatag\n"), std::string::npos);
+}
+
+TEST_F(WriteDataset, TheBlockFactorOfAFormattedDatasetIsTheClients)
+{
+    io_header_storage header;
+    std::strcpy(header.what, "A");
+    std::strcpy(header.where, "B");
+    std::strcpy(header.type, "INTR");
+    auto written = [&](const char *format, std::int32_t blockfactor) {
+        std::strcpy(header.format, format);
+        header.blockfactor = blockfactor;
+        header.count = 0;
+        header.when++;
+        IO_data data;
+        EXPECT_EQ(client_.request(IO_WRITE_PRIMARY_DS, header.header(), data), IO_OK);
+        std::int64_t offsets[2] = {client_.position("A", "B", header.when), 0};
+        data.offsets = offsets;
+        data.offsets_size = 2;
+        io_header_storage read;
+        EXPECT_EQ(client_.request(IO_READ_HEADER, read.header(), data), IO_OK);
+        return read.blockfactor;
+    };
+    EXPECT_EQ(written("F", 0), 1);
+    EXPECT_EQ(written("F", 1), 1);
+    EXPECT_EQ(written("F", 500), 500);
+    EXPECT_EQ(written("u5", -3), 100000);
+    EXPECT_EQ(written("l1", 1), 100000);
+    EXPECT_EQ(written("u5", 2), 2);
+    EXPECT_EQ(written("u", 500), 1); // not recorded
+}
+
 TEST_F(WriteDataset, TheTraceSaysHowAFailedIndexEnded)
 {
     env_.variables["ZOT_IO_TRACE"] = "1";
