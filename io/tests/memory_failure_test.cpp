@@ -4,6 +4,7 @@
 //
 // This program has an operator new of its own.
 #include "io/Src/Main/container_check.h"
+#include "io/Src/Main/io_gzip.h"
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
@@ -406,6 +407,60 @@ TEST(Memory, OfTheIndexGivesOut)
                                        " memory\n") == 0;
         _exit(good ? 0 : 1);
     }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+TEST(Memory, OfBytesThatNobodyWantsGivesOut)
+{
+    io_memory_env env;
+    io_reporter report(env);
+    report.set_routine(hear);
+    heard_bytes = 0;
+    std::int64_t produced = 0;
+    io_inflate_source nothing = [](const void *&) { return std::size_t{0}; };
+    allocations_left = 0;
+    EXPECT_EQ(io_inflate(report, nothing, nullptr, 8, produced), IO_COMPRESSION);
+    EXPECT_STREQ(heard, "io_gunzip: Out of memory error\n");
+}
+
+/// zlib's memory is no operator new's either.
+TEST(Memory, OfTheCompressorGivesOut)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer's memory knows no limit";
+#endif
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    pid_t child = fork();
+    if (child == 0) {
+        dup2(ends[1], STDERR_FILENO);
+        io_memory_env env;
+        io_reporter report(env);
+        report.set_routine(hear);
+        heard_bytes = 0;
+        std::int32_t numbers[100] = {};
+        io_deflate_sink take = [](const void *, std::size_t, bool) { return true; };
+        void *for_messages = std::malloc(4000);
+        const rlimit none = {1, 1};
+        setrlimit(RLIMIT_AS, &none);
+        void *volatile taken = nullptr; // so that no compiler leaves it out
+        do {
+            taken = std::malloc(1000);
+        } while (taken != nullptr);
+        std::free(for_messages);
+        bool stored =
+            io_gzip(report, 'i', 5, numbers, 100, {numbers, 400}, take) == io_gzip_nothing;
+        bool refused = io_gunzip(report, numbers, 400, numbers, 400) == IO_COMPRESSION;
+        bool said = std::strcmp(heard, "io_gunzip: inflateInit failed: -4\n") == 0;
+        _exit(stored && refused && said ? 0 : 1);
+    }
+    close(ends[1]);
+    char said[64] = {};
+    EXPECT_GT(read(ends[0], said, sizeof said - 1), 0);
+    EXPECT_STREQ(said, "deflateInit error: -4\n");
+    close(ends[0]);
     int status = -1;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
