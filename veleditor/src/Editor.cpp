@@ -51,6 +51,13 @@ QIcon iconBelow(const char *root)
     return icon;
 }
 
+/// Qt takes "[*]" in a title for the place of a mark of its own, unless it stands twice.
+QString asTitle(const std::string &fileName)
+{
+    const QString mark = QStringLiteral("[*]");
+    return fromBytes(fileName).replace(mark, mark + mark);
+}
+
 } // namespace
 
 Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool safeMode)
@@ -60,7 +67,7 @@ Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool saf
     setIconAndLabel();
     makeHelpServer();
     setFont(QFont(QStringLiteral("Helvetica"), 12));
-    setWindowTitle(fromBytes(fileName_) + (safeMode ? tr(" - Safe Mode") : QString()));
+    setWindowTitle(asTitle(fileName_) + (safeMode ? tr(" - Safe Mode") : QString()));
     showWelcome();
     loadCommandData(safeMode);
     tree_ = new VELTree(this, QStringLiteral("Tree"));

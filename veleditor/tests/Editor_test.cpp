@@ -14,6 +14,7 @@
 #include <QMenuBar>
 #include <QMetaMethod>
 #include <QTextEdit>
+#include <QWindow>
 
 using namespace velEditor;
 
@@ -28,6 +29,7 @@ private:
 private slots:
     void declaresItsSlotsInOrder();
     void showsTheFileInItsTitle();
+    void showsSignsOfQtInItsTitle();
     void takesAnyFileName();
     void givesDialogsItsFont();
     void givesMenusItsFont();
@@ -111,6 +113,14 @@ void EditorWindowTest::showsTheFileInItsTitle()
 {
     const QString file = copyOf("duct.vel");
     QCOMPARE(open(file).windowTitle(), file);
+}
+
+void EditorWindowTest::showsSignsOfQtInItsTitle()
+{
+    const QString file = newFile("case[*].vel", "FLOW: Analysis\n  Title = First run\nEND\n");
+    QCOMPARE(open(file).windowHandle()->title().section(u'/', -1), QString("case[*].vel"));
+    changeSomething();
+    QCOMPARE(editor().windowHandle()->title().section(u'/', -1), QString("case[*].vel - Modified"));
 }
 
 void EditorWindowTest::takesAnyFileName()
