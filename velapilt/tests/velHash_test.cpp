@@ -230,6 +230,16 @@ TEST(VelHashTable, Presize)
     EXPECT_EQ(table.buckets(), 2017);
 }
 
+TEST(VelHashTable, PresizeCountsWhatIsThere)
+{
+    velHashTable table(1);
+    EXPECT_EQ(table.insert("a", &table), 1);
+    table.presize(124);
+    EXPECT_EQ(table.buckets(), 41);
+    table.presize(125);
+    EXPECT_EQ(table.buckets(), 127);
+}
+
 TEST(VelHashTable, AnExistingKeyTakesTheNewValue)
 {
     velHashTable table(1);

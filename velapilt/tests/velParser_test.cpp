@@ -123,6 +123,8 @@ TEST(VelParser, WhatIsNoStatement)
     EXPECT_EQ(read("100 %s %n\n"), "parseVELLineH: syntax error near \"100 %s %n\"");
     EXPECT_EQ(read("!a = b\n"),
               "parseVELData: unable to handle power syntax with this version of the parser");
+    EXPECT_EQ(read("!\n"),
+              "parseVELData: unable to handle power syntax with this version of the parser");
     EXPECT_EQ(read(" ! A:\n"),
               "parseVELData: unable to handle power syntax with this version of the parser");
 }
@@ -338,6 +340,8 @@ TEST(VelParser, UserAndLibraryLists)
     EXPECT_EQ(flagsOf(handle), "/ Object 0\n/A Singleton 0\n/A/x Param 0\n");
     EXPECT_EQ(said(loadVELData(handle.get(), lines, 1)), "1 missing END statement(s) in input");
     EXPECT_EQ(said(loadVELData(handle.get(), lines, 0)), "");
+    const char *const withNull[] = {"A:", nullptr, "END"};
+    EXPECT_EQ(said(loadVELData(handle.get(), withNull, 3)), ""); // an empty line
     EXPECT_EQ(said(loadVELData(handle.get(), nullptr, 0)), "loadVELData: Invalid arguments");
     EXPECT_EQ(said(loadLibraryData(handle.get(), nullptr, 0)),
               "loadLibraryData: Invalid arguments");
@@ -559,6 +563,20 @@ TEST(VelParser, AReplaceBlockEndedByAnErrorIsNotSwept)
     EXPECT_EQ(stored(handle), "A:\n  x = 2\n  y = 2\nEND\n");
     EXPECT_EQ(parse(handle, "&replace A:\ny = 2\nEND\n"), "");
     EXPECT_EQ(stored(handle), "A:\n  y = 2\nEND\n");
+}
+
+// A mark that is left over replaces nothing: the word of the block decides.
+TEST(VelParser, AnOldMarkSweepsNothing)
+{
+    const velHandlePtr handle = parsed("A:\nB:\nx = 1\nEND\nEND\n");
+    EXPECT_NE(parse(handle, "&replace A:\nbad\n"), "");
+    EXPECT_EQ(said(pushPath(handle.get(), "/A")), "");
+    EXPECT_EQ(parse(handle, "B:\ny = 2\nEND\n"), "");
+    EXPECT_EQ(flagsOf(handle), "/ Object 0\n"
+                               "/A Singleton 0x200\n"
+                               "/A/B Singleton 0x200\n" // from its parent
+                               "/A/B/x Param 0\n"
+                               "/A/B/y Param 0x200\n");
 }
 
 TEST(VelParser, ReplacingLibraryData)

@@ -80,6 +80,24 @@ TEST(VelPathTable, AParsePresizesForHalfTheLines)
     EXPECT_EQ(handle->table.entries(), 1);
 }
 
+TEST(VelPathTable, SoDoesALoadAndTheRootCounts)
+{
+    const TemporaryFolder folder;
+    const auto bucketsFor = [&](const std::string &content) {
+        const std::string file = folder.write("case.vel", content);
+        const velHandlePtr handle(velCreateHandle());
+        EXPECT_EQ(said(loadVELFile(handle.get(), file.c_str(), "vel")), "");
+        return handle->table.buckets();
+    };
+    std::string lines;
+    for (int i = 0; i < 249; ++i) {
+        lines += "#\n";
+    }
+    EXPECT_EQ(bucketsFor(lines), 41);        // the root and 124 expected
+    EXPECT_EQ(bucketsFor(lines + "#"), 127); // 126 / 3 is above 41
+    EXPECT_EQ(bucketsFor(lines + "#\n"), 127);
+}
+
 TEST(VelPathTable, EverythingIsFoundAfterEachGrowth)
 {
     const velHandlePtr handle(velCreateHandle());

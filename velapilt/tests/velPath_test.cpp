@@ -109,9 +109,10 @@ TEST(VelPath, NormalFormByItsRules)
     for (unsigned seed = 0; seed < 30; ++seed) {
         Random random(seed);
         for (int i = 0; i < 3000; ++i) {
-            const std::string path = random.text(random.below(14), "AB/: \t");
-            ASSERT_EQ(velCleanPath(path.c_str()), plainNormalForm(path))
-                << testing::PrintToString(path);
+            const std::string path = random.text(random.below(14), "AB/: \t\n");
+            const std::string plain = plainNormalForm(path);
+            ASSERT_EQ(velCleanPath(path.c_str()), plain) << testing::PrintToString(path);
+            ASSERT_EQ(velIsCleanPath(path.c_str()), path == plain) << testing::PrintToString(path);
         }
     }
 }
