@@ -1,8 +1,8 @@
 #include "velapilt/src/velHash.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cstdio>
+#include <cstdlib>
 #include <iterator>
 #include <new>
 #include <utility>
@@ -31,6 +31,14 @@ std::int32_t velChooseBucketCount(std::int64_t requested)
                    stderr);
     }
     return largest;
+}
+
+void velAssertAllMoved(std::int64_t entries, std::int64_t moved)
+{
+    if (entries != moved) {
+        std::fputs("velHash: assertion failed: table->numEntries == newTable.numEntries\n", stderr);
+        std::abort();
+    }
 }
 
 // --- velHashFunction ----------------------------------------------------------
@@ -181,7 +189,7 @@ try {
             ++grown.entries_;
         }
     }
-    assert(entries_ == grown.entries_);
+    velAssertAllMoved(entries_, grown.entries_);
     *this = std::move(grown);
 } catch (const std::bad_alloc &) {
     return; // the old table stays in use

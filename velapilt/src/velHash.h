@@ -27,6 +27,11 @@ extern const std::int32_t velPrimeScale[];
     return entries / 3 > buckets;
 }
 
+/// Ends the process unless a resize has moved every entry: the one assertion of
+/// the database, which holds in every build. A table that has lost entries would
+/// make a second node wherever the first is not found.
+void velAssertAllMoved(std::int64_t entries, std::int64_t moved);
+
 /// The hash of texts for one bucket count.
 ///
 /// A text is taken byte by byte: h = |(a·h + c) mod N| in wrapping signed

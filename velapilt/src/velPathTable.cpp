@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cassert>
 #include <cstring>
 #include <new>
 
@@ -267,8 +266,7 @@ try {
         detached_[i]->pathHash = detachedHashes[i];
         rehashBelow(detached_[i], buckets, function);
     }
-    assert(entries_ == before);
-    static_cast<void>(before);
+    velAssertAllMoved(before, entries_);
     function_ = std::move(function);
     buckets_.swap(buckets);
 } catch (const std::bad_alloc &) {

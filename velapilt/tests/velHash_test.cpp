@@ -240,6 +240,13 @@ TEST(VelHashTable, PresizeCountsWhatIsThere)
     EXPECT_EQ(table.buckets(), 127);
 }
 
+TEST(VelHashTable, AResizeThatLosesEntriesEndsTheProcess)
+{
+    velAssertAllMoved(3, 3);
+    EXPECT_DEATH(velAssertAllMoved(3, 2), "table->numEntries == newTable.numEntries");
+    EXPECT_DEATH(velAssertAllMoved(2, 3), "table->numEntries == newTable.numEntries");
+}
+
 TEST(VelHashTable, AnExistingKeyTakesTheNewValue)
 {
     velHashTable table(1);
