@@ -242,6 +242,32 @@ TEST_F(CompressedData, TheWrapperWorksInWords)
     EXPECT_EQ(io_gzip_word_bytes('c'), 1U);
 }
 
+TEST_F(CompressedData, EveryLevelIsTaken)
+{
+    io_reporter report(env_);
+    std::vector<std::int32_t> values = smooth_noise(5000);
+    std::string bytes = raw(values);
+    std::vector<char> memory(bytes.size());
+    for (int level = 0; level <= 10; level++) {
+        std::string whole(compressBound(bytes.size()), '\0');
+        uLongf length = whole.size();
+        ASSERT_EQ(compress2(reinterpret_cast<Bytef *>(whole.data()), &length,
+                            reinterpret_cast<const Bytef *>(bytes.data()), bytes.size(),
+                            level >= 1 && level <= 9 ? level : 5),
+                  Z_OK);
+        whole.resize(length);
+        std::string out;
+        auto take = [&](const void *part, std::size_t count, bool) {
+            out.append(static_cast<const char *>(part), count);
+            return true;
+        };
+        EXPECT_GT(io_gzip(report, 'c', level, bytes.data(), static_cast<std::int64_t>(bytes.size()),
+                          {memory.data(), static_cast<std::int64_t>(memory.size())}, take),
+                  0);
+        EXPECT_TRUE(out == whole) << level;
+    }
+}
+
 TEST_F(CompressedData, WhatTheWrapperSays)
 {
     io_reporter report(env_);

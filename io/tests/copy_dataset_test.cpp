@@ -69,6 +69,14 @@ TEST_F(CopyDataset, AllLiveOnesInIndexOrder)
     EXPECT_EQ(copied(), "A P 0 F  1\nB P 1 l  2.5 2.5\nC Q 0 u  \"text\"\nB P 7 u5 9\n");
 }
 
+TEST_F(CopyDataset, APatternOrEveryWhenIsStrongerThanAPosition)
+{
+    std::int64_t position = client_.position("C", "Q", 0);
+    ASSERT_EQ(copy(IO_COPY_DATASET, "B", "P", -1, position), IO_OK);
+    ASSERT_EQ(copy(IO_COPY_DATASET, "A*", "P", 0, position), IO_OK);
+    EXPECT_EQ(copied(), "B P 7 u5 9\nB P 1 l  2.5 2.5\nA P 0 F  1\n");
+}
+
 TEST_F(CopyDataset, ThoseAtWhenZero)
 {
     ASSERT_EQ(copy(IO_COPY_WHEN0_DS), IO_OK);

@@ -234,6 +234,43 @@ TEST(DataIoForeign, DataThatEndsEarlierThanItsLengthSays)
     EXPECT_EQ(value, 0); // a read that fails gives no data at all
 }
 
+/// Damage behind a good index, so that no rebuild meets it first.
+TEST(DataIoForeign, DatasetsThatAreNotAsTheIndexSays)
+{
+    io_memory_env env;
+    io_client client(env);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    ASSERT_EQ(client.write_integers("A", "B", 1, {1, 2, 3}, "u"), IO_OK);
+    ASSERT_EQ(client.write_integers("T", "B", 1, {1, 2, 3}, "F"), IO_OK);
+    ASSERT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    const std::string whole = env["f"];
+    constexpr std::size_t binary = 36;
+    std::size_t text = whole.find("F \n");
+    auto said = [&](const char *what, std::size_t at, const std::string &bytes) {
+        env["f"] = whole;
+        env["f"].replace(at, bytes.size(), bytes);
+        EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+        take_messages();
+        std::string code = client.read(what, "B", 1) + ", ";
+        return code + take_messages();
+    };
+    auto starts = [](const std::string &text_said, const std::string &start) {
+        return text_said.compare(0, start.size(), start) == 0 ? "" : text_said;
+    };
+    const std::string bad_length = "code 20, read_located_dataset_start: bad dataset length ";
+    EXPECT_EQ(starts(said("A", binary + 2, " "), "code 10, read_located_dataset_start: the data set"
+                                                 " location is incorrect (invalid format char 'u'"),
+              "");
+    EXPECT_EQ(starts(said("A", binary + 3, std::string("\0\0\0\1", 4)), bad_length + "16777216\n"),
+              "");
+    EXPECT_EQ(starts(said("A", binary + 3, std::string("\0\0\0\0", 4)), bad_length + "0\n"), "");
+    EXPECT_EQ(starts(said("A", binary + 3, "\xff\xff\xff\xff"), bad_length + "-1\n"), "");
+    EXPECT_EQ(starts(said("A", binary + 3, std::string("\x32\0\0\0", 4)), bad_length + "50\n"), "");
+    EXPECT_EQ(starts(said("T", whole.find("NUMATTRB\x1b", text) + 9, "100001"),
+                     "code 15, read_header: bad numattrb record 100001 in f\n"),
+              "");
+}
+
 TEST(DataIoForeign, APlaceWithoutADataset)
 {
     io_memory_env env;

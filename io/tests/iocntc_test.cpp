@@ -1,9 +1,11 @@
 #include "io/Src/Main/iocntc.h"
 
+#include "io/testing/io_failing_env.h"
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstring>
 
 namespace {
@@ -325,6 +327,92 @@ TEST_F(Iocntc, ADatasetInThreeRequests)
     EXPECT_EQ(take_messages(), "");
     EXPECT_EQ(client_.locate("*", "*", -1), "A B 4\n");
     EXPECT_EQ(client_.read("A", "B", 4), "7 8 9");
+}
+
+TEST_F(Iocntc, AnythingElseWrittenDropsTheDatasetBegun)
+{
+    IO_data data;
+    data.filename = "g";
+    ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
+    io_header_storage storage;
+    std::strcpy(storage.what, "A");
+    std::strcpy(storage.where, "B");
+    std::strcpy(storage.type, "INTR");
+    storage.count = 3;
+    storage.when = 4;
+    IO_header header = storage.header();
+    std::int64_t offsets[2] = {};
+    std::int32_t values[3] = {7, 8, 9};
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.integers = values;
+    data.integers_size = 3;
+    ASSERT_EQ(ask(IO_WRITE_HEADER, &header, &data), IO_OK);
+    ASSERT_EQ(ask(IO_WRITE_DATA, nullptr, &data), IO_OK);
+    storage.when = 5;
+    ASSERT_EQ(ask(IO_WRITE_PRIMARY_DS, &header, &data), IO_OK);
+    EXPECT_EQ(ask(IO_END_DATASET, nullptr, &data), IO_BAD_FORMAT);
+    EXPECT_EQ(take_messages(), "iocnt: no dataset data has been written\n");
+    ASSERT_EQ(ask(IO_CLOSE_PRIMARY, nullptr, &data), IO_OK);
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "g"), IO_OK);
+    EXPECT_EQ(client_.locate("*", "*", -1), "A B 5\n");
+    EXPECT_EQ(client_.position("A", "B", 5), 36);
+    EXPECT_EQ(client_.read("A", "B", 5), "7 8 9");
+}
+
+/// What is kept of one file must not be given for another.
+TEST_F(Iocntc, AnotherFileStartsWithNothingRead)
+{
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+    ASSERT_EQ(client_.write_integers("I", "P", 1, {11, 12, 13}, "u"), IO_OK);
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "h"), IO_OK);
+    ASSERT_EQ(client_.write_integers("I", "P", 1, {21, 22, 23}, "u"), IO_OK);
+    ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+    io_header_storage storage;
+    IO_header header = storage.header();
+    std::int64_t offsets[2] = {36, 0};
+    std::int32_t values[3] = {};
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.integers = values;
+    auto first_block = [&](const char *file) {
+        data.filename = file;
+        EXPECT_EQ(ask(IO_OPEN_PRIMARY, nullptr, &data), IO_OK);
+        EXPECT_EQ(ask(IO_READ_DATA, nullptr, &data), IO_BAD_FORMAT);
+        data.integers_size = 3;
+        storage.count = 0;
+        storage.blockfactor = 3;
+        EXPECT_EQ(ask(IO_READ_BLOCK, &header, &data), IO_OK);
+        EXPECT_EQ(ask(IO_READ_HEADER, &header, &data), IO_OK);
+        return values[0];
+    };
+    EXPECT_EQ(first_block("g"), 11);
+    EXPECT_EQ(first_block("h"), 21);
+}
+
+TEST_F(Iocntc, AFailedWriteOfCompressedDataHasItsOwnCode)
+{
+    io_failing_env failing(env_);
+    io_client client(failing);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+    io_header_storage storage;
+    std::strcpy(storage.what, "A");
+    std::strcpy(storage.where, "B");
+    std::strcpy(storage.type, "DBLE");
+    storage.count = 200;
+    std::vector<double> values(200, 1.5);
+    std::int64_t offsets[2] = {};
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.doubles = values.data();
+    data.doubles_size = 200;
+    failing.writes_only(true);
+    failing.fail(2, EIO, false);
+    EXPECT_EQ(client.request(IO_WRITE_COMPRESSED, storage.header(), data), IO_COMPRESSED_WRITE);
+    failing.fail(2, ENOSPC, false);
+    EXPECT_EQ(client.request(IO_WRITE_COMPRESSED, storage.header(), data), IO_DISK_FULL);
 }
 
 TEST_F(Iocntc, SecondaryFiles)

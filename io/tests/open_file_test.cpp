@@ -180,6 +180,19 @@ TEST_F(OpenFile, AShorterIndexLeavesNothingBehindIt)
     EXPECT_EQ(env_["f"], whole);
 }
 
+TEST_F(OpenFile, OpenedForWritingItsIndexIsWrittenAnew)
+{
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+    std::string whole = env_["f"];
+    env_.variables["ZOT_IO_TRACE"] = "1";
+    io_client other(env_);
+    ASSERT_EQ(other.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    ASSERT_EQ(other.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_NE(env_.trace.find("iif_flush: writing final index\n"), std::string::npos);
+    EXPECT_EQ(env_["f"], whole);
+}
+
 TEST_F(OpenFile, TheTraceNamesWhatHappens)
 {
     env_["f"] = "*INFO\n                   0\n*ENDINFO\n";

@@ -230,6 +230,24 @@ TEST_F(Rebuild, WhatIsWrongInItselfIsDamage)
               std::string::npos);
 }
 
+TEST_F(Rebuild, NamesThatNoLookupCouldAskFor)
+{
+    std::string record = "WHAT\x1b"
+                         "C";
+    for (char name : {' ', '\x01', '\x7f', '\0'}) {
+        std::string changed = crashed_;
+        changed[changed.find(record) + record.size() - 1] = name;
+        EXPECT_EQ(names(changed), "code 20");
+        EXPECT_EQ(take_messages().find("read_header: bad what record "), 0U);
+    }
+    record = "WHERE\x1b"
+             "P";
+    std::string changed = crashed_;
+    changed[changed.rfind(record) + record.size() - 1] = '\x1b';
+    EXPECT_EQ(names(changed), "code 20");
+    EXPECT_EQ(take_messages().find("read_header: bad where record "), 0U);
+}
+
 TEST_F(Rebuild, DeletedDatasetsAreSteppedOver)
 {
     std::string changed = crashed_;
