@@ -22,7 +22,7 @@ using namespace container_workloads;
 constexpr std::size_t largeBytes = std::size_t{64} << 20U;
 constexpr int smallDatasets = 20000;
 constexpr std::size_t lookups = 1000000;
-constexpr int rawRounds = 41;
+constexpr int rawRounds = 11;
 constexpr int zlibRounds = 9;
 constexpr int openRounds = 20;
 constexpr int locateRounds = 5;

@@ -10,6 +10,7 @@ namespace velBench {
 namespace {
 
 constexpr int usualRounds = 7;
+constexpr double leastSeconds = 3;
 constexpr double milliseconds = 1e3;
 
 void printAim(double ratio, double aim)
@@ -31,12 +32,13 @@ void compare(const std::vector<Side *> &sides)
 
 void compare(const std::vector<Side *> &sides, int rounds, Clock clock)
 {
-    for (int round = 0; round < rounds; ++round) {
+    const double start = now();
+    for (int round = 0; round < rounds || now() - start < leastSeconds; ++round) {
         for (Side *side : sides) {
             side->reset();
-            const double start = clock();
+            const double before = clock();
             side->work();
-            side->best = std::min(side->best, clock() - start);
+            side->best = std::min(side->best, clock() - before);
         }
     }
 }

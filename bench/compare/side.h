@@ -20,7 +20,8 @@ struct Side
 using Clock = double (*)();
 
 /// Runs all sides in turn, several times, so that a busy moment of the machine
-/// hits them alike, and keeps the best of each.
+/// hits them alike, and keeps the best of each. What is short is run more often:
+/// for some seconds.
 void compare(const std::vector<Side *> &sides);
 void compare(const std::vector<Side *> &sides, int rounds, Clock clock);
 
