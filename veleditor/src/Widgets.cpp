@@ -25,7 +25,7 @@ QLabel *makeLabel(const QString &text, QWidget *parent)
     const int widest = parent->screen()->availableGeometry().width() * 3 / 4;
     if (label->sizeHint().width() > widest) {
         label->setWordWrap(true);
-        label->setMinimumWidth(widest);
+        label->setMinimumSize(widest, label->heightForWidth(widest));
     }
     return label;
 }

@@ -15,7 +15,7 @@ press alt+o
 await 'Invalid Parameter Name'
 press Return
 await 'Add Parameter'
-press shift+Tab End BackSpace
+press End BackSpace
 press alt+o
 await 'Underscores replaced'
 press Return
