@@ -3,6 +3,7 @@
 //
 // The program's allocations go through the functions below, which refuse one,
 // or all from one on (the linker turns malloc and aligned_alloc over to them).
+#include "velapilt/src/velSplit.h"
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -408,6 +409,47 @@ TEST(VelNoMemory, Writing)
     EXPECT_EQ(
         messagesOf([&](velHandle *handle) { return velOrderObjectsForOutput(handle, &entries); }),
         (Messages{"", "velOrderObjectsForOutput: memory error"}));
+}
+
+TEST(VelNoMemory, Splitting)
+{
+    velStringList list;
+    std::vector<std::int32_t> logicals;
+    std::int32_t logical = 0;
+    std::string text;
+    EXPECT_EQ(messagesOf([&](velHandle *) { return splitStringString("a long one, b", &list); }),
+              (Messages{"", "splitString: failure to store string.\n",
+                        "splitStringString: unable to create string array"}));
+    EXPECT_EQ(messagesOf([&](velHandle *) {
+                  return isLogicalValue("a text that is none", &logical, &text);
+              }),
+              (Messages{"isLogicalValue: value is not a logical: a text that is none\n",
+                        "isLogicalValue: unable to allocate error string\n"}));
+    const Messages messages = messagesOf(
+        [&](velHandle *) { return splitLogicalString("none, of them", &logicals, &text); });
+    EXPECT_EQ(messages.count("splitLogicalString: unable to allocate error message.\n"), 1U);
+}
+
+TEST(VelNoMemory, ActingOnALine)
+{
+    const auto done = [](velHandle *, const char *, const char *const *, void *) { return 1; };
+    EXPECT_EQ(messagesOf([&](velHandle *handle) {
+                  EXPECT_EQ(said(addActionHandler(handle, done, nullptr)), "");
+                  return velRunActionLine(handle, ">save a rather long argument");
+              }),
+              (Messages{"", "velRunActionLine: Memory allocation error"}));
+}
+
+TEST(VelNoMemory, ReadingLibraries)
+{
+    const TemporaryFolder folder;
+    folder.write("a library.vel", "RULES:\nx = 1\nEND\n");
+    const std::string path = folder.path();
+    const Messages messages = messagesOf([&](velHandle *handle) {
+        return readNamedLibraries(handle, "a library.vel", path.c_str());
+    });
+    EXPECT_EQ(messages.count(""), 1U);
+    EXPECT_EQ(messages.count("readNamedLibraries: unable to allocate the fullPath string\n"), 1U);
 }
 
 TEST(VelNoMemory, RegisteringHandlers)
