@@ -26,6 +26,8 @@ TEST_F(ConvertData, NumbersIntoEachOther)
     ASSERT_EQ(client_.write_doubles("D", "B", 1, {1.9, -1.9, 0, 2147483647.5}), IO_OK);
     EXPECT_EQ(client_.read("D", "B", 1, "INTR"), "1 -1 0 2147483647");
     EXPECT_EQ(client_.read("D", "B", 1, "REAL"), "1.89999998 -1.89999998 0 2.14748365e+09");
+    ASSERT_EQ(client_.write_doubles("E", "B", 1, {-2147483648.9}), IO_OK);
+    EXPECT_EQ(client_.read("E", "B", 1, "INTR"), "-2147483648");
     ASSERT_EQ(client_.write_integers("I", "B", 1, {5, 0, -3}), IO_OK);
     EXPECT_EQ(client_.read("I", "B", 1, "DBLE"), "5 0 -3");
     EXPECT_EQ(client_.read("I", "B", 1, "LOGL"), "1 0 1");

@@ -154,6 +154,30 @@ TEST_P(DataIo, RecordsOfEveryType)
 
 INSTANTIATE_TEST_SUITE_P(Formats, DataIo, ::testing::Values("F", "u", "u5", "l", "l9"));
 
+TEST(DataIoBytes, BinaryStringsAreFilledWithBlanks)
+{
+    io_memory_env env;
+    io_client client(env);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    auto data_of = [&](const char *type) {
+        io_header_storage header;
+        std::strcpy(header.what, "A");
+        std::strcpy(header.where, "B");
+        std::strcpy(header.type, type);
+        std::strcpy(header.format, "u");
+        header.count = 2;
+        char strings[12] = "ab";
+        IO_data data;
+        data.strings = strings;
+        data.strings_size = 2;
+        EXPECT_EQ(client.request(IO_WRITE_PRIMARY_DS, header.header(), data), IO_OK);
+        std::size_t start = env["f"].rfind("*DATA") + 5;
+        return env["f"].substr(start, env["f"].rfind("*ENDDATASET") - start);
+    };
+    EXPECT_EQ(data_of("STRI:5"), "ab        ");
+    EXPECT_EQ(data_of("STRC{STRI:5}"), "ab        ");
+}
+
 /// Big-endian data is never written anew, so it is made here byte by byte.
 std::string big_endian_dataset(char letter, const std::string &type, const std::string &count,
                                const std::string &data)
@@ -195,6 +219,35 @@ TEST(DataIoForeign, BigEndianFilesAreRead)
         ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
         EXPECT_EQ(client.read("A", "B", 1), "1.5");
     }
+}
+
+TEST(DataIoForeign, StringsThatEndWithNul)
+{
+    io_memory_env env;
+    io_client client(env);
+    env["f"] = big_endian_dataset('U', "STRI:5", "2", std::string("ab \0xcd\0\0\0", 10));
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(client.read("A", "B", 1), "\"ab\" \"cd\"");
+}
+
+TEST(DataIoForeign, CharactersOfAShortLine)
+{
+    io_memory_env env;
+    io_client client(env);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    io_header_storage header;
+    std::strcpy(header.what, "A");
+    std::strcpy(header.where, "B");
+    std::strcpy(header.type, "CHAR");
+    std::strcpy(header.format, "F");
+    header.count = 4;
+    char chars[] = {'a', 'b', ' ', ' '};
+    IO_data data;
+    data.chars = chars;
+    data.chars_size = 4;
+    header.when = 1;
+    ASSERT_EQ(client.request(IO_WRITE_PRIMARY_DS, header.header(), data), IO_OK);
+    EXPECT_EQ(client.read("A", "B", 1), "a b    ");
 }
 
 TEST(DataIoForeign, CountsThatTheFileCannotHold)

@@ -360,6 +360,28 @@ TEST_F(Iocntc, AnythingElseWrittenDropsTheDatasetBegun)
     EXPECT_EQ(client_.read("A", "B", 5), "7 8 9");
 }
 
+TEST_F(Iocntc, ADatasetOfNothingNeedsNoData)
+{
+    IO_data data;
+    data.filename = "g";
+    ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
+    io_header_storage storage;
+    std::strcpy(storage.what, "A");
+    std::strcpy(storage.where, "B");
+    std::strcpy(storage.type, "INTR");
+    storage.when = 4;
+    IO_header header = storage.header();
+    std::int64_t offsets[2] = {};
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    ASSERT_EQ(ask(IO_WRITE_HEADER, &header, &data), IO_OK);
+    ASSERT_EQ(ask(IO_END_DATASET, nullptr, &data), IO_OK);
+    ASSERT_EQ(ask(IO_CLOSE_PRIMARY, nullptr, &data), IO_OK);
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "g"), IO_OK);
+    EXPECT_EQ(client_.locate("*", "*", -1), "A B 4\n");
+    EXPECT_EQ(client_.read("A", "B", 4), "");
+}
+
 /// What is kept of one file must not be given for another.
 TEST_F(Iocntc, AnotherFileStartsWithNothingRead)
 {
@@ -412,6 +434,8 @@ TEST_F(Iocntc, AFailedWriteOfCompressedDataHasItsOwnCode)
     failing.fail(2, EIO, false);
     EXPECT_EQ(client.request(IO_WRITE_COMPRESSED, storage.header(), data), IO_COMPRESSED_WRITE);
     failing.fail(2, ENOSPC, false);
+    EXPECT_EQ(client.request(IO_WRITE_COMPRESSED, storage.header(), data), IO_DISK_FULL);
+    failing.fail(2, EDQUOT, false);
     EXPECT_EQ(client.request(IO_WRITE_COMPRESSED, storage.header(), data), IO_DISK_FULL);
 }
 

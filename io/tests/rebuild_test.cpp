@@ -262,6 +262,18 @@ TEST_F(Rebuild, DeletedDatasetsAreSteppedOver)
               std::string::npos);
 }
 
+TEST_F(Rebuild, ADeletedDatasetAtTheEndKeepsItsPlace)
+{
+    std::string changed = crashed_;
+    put(changed, third_, "xl");
+    env_["f"] = changed;
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    ASSERT_EQ(client_.write_integers("D", "P", 4, {9}), IO_OK);
+    EXPECT_EQ(client_.position("D", "P", 4), static_cast<std::int64_t>(crashed_.size()) - 6);
+    ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(env_["f"].substr(36, crashed_.size() - 42), changed.substr(36, crashed_.size() - 42));
+}
+
 TEST_F(Rebuild, LengthsOfADeletedDatasetThatDiffer)
 {
     std::string changed = crashed_;

@@ -99,6 +99,18 @@ TEST_F(ZotNumbers, RealsAsText)
     EXPECT_EQ(read, values);
 }
 
+TEST_F(ZotNumbers, SignsOfOtherWriters)
+{
+    EXPECT_EQ(integers("        +7\n", 1), "7 ");
+    EXPECT_EQ(integers("       +-7\n", 1), "code 10");
+    float value = 0;
+    open("  +1.50000000000E+00\n");
+    ASSERT_EQ(zotreadReal(io_, IO_FORMATTED, &value, 1), IO_OK);
+    EXPECT_EQ(value, 1.5F);
+    open(" +-1.50000000000E+00\n");
+    EXPECT_EQ(zotreadReal(io_, IO_FORMATTED, &value, 1), IO_READ_ERROR);
+}
+
 TEST_F(ZotNumbers, DoublesAsTextLosePrecision)
 {
     std::vector<double> values = {1.0 / 3, -1e100, std::numeric_limits<double>::infinity(),
