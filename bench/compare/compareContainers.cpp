@@ -7,7 +7,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <string_view>
@@ -42,15 +41,6 @@ void ensure(bool good, const char *what)
 {
     if (!good)
         throw Failure(what);
-}
-
-/// What this process used, in its own code and in the system's for it: files stay
-/// in the page cache, so neither the disk nor other programs count.
-double processorTime()
-{
-    timespec time = {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
@@ -116,7 +106,7 @@ void compareRaw(Scratch &scratch, const std::vector<double> &values)
                [&] { check(write_doubles(ours, "u", values)); }};
     Side plainWrite{[&] { std::filesystem::remove(theirs); },
                     [&] { writePlain(theirs, values.data(), bytes); }};
-    compare({&plainWrite, &write}, rawRounds, processorTime);
+    compare({&plainWrite, &write}, rawRounds);
     report("ds write 64 MiB of doubles", write, "fwrite", plainWrite, nineTenths);
 
     std::vector<double> back(values.size());
@@ -125,7 +115,7 @@ void compareRaw(Scratch &scratch, const std::vector<double> &values)
     // page cache, and how it lies to the memory, makes a difference of up to a third.
     const std::size_t from = dataStart(ours);
     Side plainRead{[] {}, [&] { readPlain(ours, back.data(), bytes, from); }};
-    compare({&plainRead, &read}, rawRounds, processorTime);
+    compare({&plainRead, &read}, rawRounds);
     ensure(back == values, "what was read is not what was written");
     report("ds read 64 MiB of doubles", read, "fread", plainRead, nineTenths);
 }
@@ -145,7 +135,7 @@ void compareZlib(Scratch &scratch, const std::string &type, const std::vector<Va
                        const auto *in = reinterpret_cast<const Bytef *>(values.data());
                        ensure(compress2(zipped.data(), &length, in, bytes, 5) == Z_OK, "compress2");
                    }};
-    compare({&deflating, &writing}, zlibRounds, processorTime);
+    compare({&deflating, &writing}, zlibRounds);
     report("ds write 64 MiB of " + type + ", level 5", writing, "zlib alone", deflating, 1.05);
 
     std::vector<Value> back(values.size());
@@ -156,7 +146,7 @@ void compareZlib(Scratch &scratch, const std::string &type, const std::vector<Va
                        auto *out = reinterpret_cast<Bytef *>(back.data());
                        ensure(uncompress(out, &size, zipped.data(), length) == Z_OK, "uncompress");
                    }};
-    compare({&inflating, &reading}, zlibRounds, processorTime);
+    compare({&inflating, &reading}, zlibRounds);
     ensure(back == values, "what was read is not what was written");
     report("ds read 64 MiB of " + type + ", level 5", reading, "zlib alone", inflating, 1.05);
 }
@@ -203,12 +193,12 @@ void compareSmall(Scratch &scratch)
     Side append{[&] { std::filesystem::remove(file); },
                 [&] { check(append_small(file, smallDatasets)); }};
     Side plain{[&] { std::filesystem::remove(bare); }, [&] { appendBare(bare, dataset); }};
-    compare({&plain, &append}, rawRounds, processorTime);
+    compare({&plain, &append}, rawRounds);
     report("ds append 20,000 datasets", append, "the same writes, bare", plain, 1.5);
 
     Side open{[] {}, [&] { check(open_and_close(file)); }};
-    compare({&open}, openRounds, processorTime);
-    reportValues("ds open 20,000 datasets", open.best * 1e3, "limit", openLimitMs, "ms", 1);
+    compare({&open}, openRounds);
+    reportValues("ds open 20,000 datasets", open.typical * 1e3, "limit", openLimitMs, "ms", 1);
 }
 
 void compareLocate(Scratch &scratch)
@@ -225,9 +215,9 @@ void compareLocate(Scratch &scratch)
     const std::vector<std::uint32_t> order = fixedOrder(smallDatasets, lookups);
     Side locate{[] {}, [&] { check(datasets.locate(order)); }};
     Side lookUp{[] {}, [&] { store.lookUp(order); }};
-    compare({&lookUp, &locate}, locateRounds, processorTime);
+    compare({&lookUp, &locate}, locateRounds);
     report("ds locate, 1,000,000 of 20,000", locate, "SQLite, a blob by its key", lookUp, 1);
-    reportValues("ds locate, one", locate.best * 1e9 / lookups, "limit (2,000,000/s)",
+    reportValues("ds locate, one", locate.typical * 1e9 / lookups, "limit (2,000,000/s)",
                  locateNanoseconds, "ns", 1);
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 
 namespace velBench {
 
@@ -23,30 +24,49 @@ void printAim(double ratio, double aim)
     std::fflush(stdout);
 }
 
+/// What this process used, in seconds.
+double processorTime()
+{
+    timespec time = {};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+double medianOf(std::vector<double> &times)
+{
+    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+    std::nth_element(times.begin(), middle, times.end());
+    return *middle;
+}
+
 } // namespace
 
 void compare(const std::vector<Side *> &sides)
 {
-    compare(sides, usualRounds, now);
+    compare(sides, usualRounds);
 }
 
-void compare(const std::vector<Side *> &sides, int rounds, Clock clock)
+void compare(const std::vector<Side *> &sides, int rounds)
 {
+    std::vector<std::vector<double>> times(sides.size());
     const double start = now();
     for (int round = 0; round < rounds || now() - start < leastSeconds; ++round) {
-        for (Side *side : sides) {
-            side->reset();
-            const double before = clock();
-            side->work();
-            side->best = std::min(side->best, clock() - before);
+        for (std::size_t i = 0; i < sides.size(); ++i) {
+            sides[i]->reset();
+            const double before = processorTime();
+            sides[i]->work();
+            times[i].push_back(processorTime() - before);
         }
     }
+    for (std::size_t i = 0; i < sides.size(); ++i)
+        sides[i]->typical = medianOf(times[i]);
 }
 
 void report(const std::string &what, const Side &ours, const std::string &other, const Side &theirs,
             double aim)
 {
-    reportValues(what, ours.best * milliseconds, other, theirs.best * milliseconds, "ms", aim);
+    reportValues(what, ours.typical * milliseconds, other, theirs.typical * milliseconds, "ms",
+                 aim);
 }
 
 void reportValues(const std::string &what, double ours, const std::string &other, double theirs,

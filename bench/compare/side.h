@@ -2,7 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -13,17 +12,16 @@ struct Side
 {
     std::function<void()> reset;
     std::function<void()> work;
-    double best = std::numeric_limits<double>::max();
+    double typical = 0; ///< the median, in seconds
 };
 
-/// Seconds of some clock.
-using Clock = double (*)();
-
 /// Runs all sides in turn, several times, so that a busy moment of the machine
-/// hits them alike, and keeps the best of each. What is short is run more often:
-/// for some seconds.
+/// hits them alike, and keeps the median of each: a virtual machine's clock errs
+/// to both sides. What counts is the processor's time, in our code and in the
+/// system's for it: files stay in the page cache, so neither the disk nor other
+/// programs count. What is short is run more often: for some seconds.
 void compare(const std::vector<Side *> &sides);
-void compare(const std::vector<Side *> &sides, int rounds, Clock clock);
+void compare(const std::vector<Side *> &sides, int rounds);
 
 /// A line of the table: the two times, their ratio, the ratio that is aimed at
 /// (0: none) and whether it was met.

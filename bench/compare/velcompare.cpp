@@ -1,5 +1,5 @@
 // velcompare: our code beside that of others in one process. Each side is taken in
-// turn, several times; a line of the table gives the best of each, their ratio,
+// turn, several times; a line of the table gives the median of each, their ratio,
 // the ratio aimed at and whether it was met.
 #include "bench/compare/comparisons.h"
 #include "bench/compare/side.h"
