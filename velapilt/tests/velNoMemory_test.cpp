@@ -267,7 +267,7 @@ TEST(VelNoMemory, TheFirstUseOfThePathStack)
 {
     const auto firstUse = [](const auto &operation) {
         const velHandlePtr handle(velCreateHandle());
-        const std::string message = said(without(0, [&] { return operation(handle.get()); }));
+        std::string message = said(without(0, [&] { return operation(handle.get()); }));
         EXPECT_STREQ(getCurrentPath(handle.get()), "/");
         return message;
     };

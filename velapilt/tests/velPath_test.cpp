@@ -37,6 +37,7 @@ std::string plainNormalForm(std::string path)
         return path;
     }
     path += '/';
+    // NOLINTBEGIN(bugprone-branch-clone): a rule each, in their order
     for (std::size_t i = 0; i < path.size();) {
         const char next = i + 1 < path.size() ? path[i + 1] : '\0';
         if (path[i] == '\t') {
@@ -53,6 +54,7 @@ std::string plainNormalForm(std::string path)
             ++i;
         }
     }
+    // NOLINTEND(bugprone-branch-clone)
     std::string result;
     for (std::size_t start = 0; start < path.size();) {
         const std::size_t slash = path.find('/', start);
