@@ -20,16 +20,29 @@ ToolRun runBench(const std::string &words)
     return runShell("\"$VEL_BUILD_DIR/bin/velbench\" " + words);
 }
 
+std::string minimalExample()
+{
+    const char *source = std::getenv("VEL_SOURCE_DIR");
+    EXPECT_NE(source, nullptr);
+    return std::string(source ? source : "") + "/examples/minimal.vel";
+}
+
+/// What a call prints.
 nlohmann::json measure(const std::string &words)
 {
     const ToolRun run = runBench(words);
     EXPECT_EQ(run.status, 0) << run.err;
-    const auto result = nlohmann::json::parse(run.out, nullptr, false);
+    auto result = nlohmann::json::parse(run.out, nullptr, false);
     EXPECT_TRUE(result.is_object()) << run.out;
     EXPECT_EQ(result.size(), 5U);
     EXPECT_GT(result.value("seconds", 0.0), 0.0);
     EXPECT_TRUE(result["rss"].is_number_integer());
     return result;
+}
+
+nlohmann::json measure(const std::string &name, const std::string &words)
+{
+    return measure(name + ' ' + words);
 }
 
 class VelbenchTest : public ::testing::Test
@@ -61,13 +74,13 @@ TEST_F(VelbenchTest, WritesAndReadsContainers)
 {
     const std::string data = folder_.write("doubles", std::string(8000, 'x'));
     for (const std::string name : {"ds.write.raw", "ds.read.raw", "ds.write.z5", "ds.read.z5"}) {
-        const auto result = measure(name + ' ' + folder_.path() + ' ' + data);
+        const auto result = measure(name, folder_.path() + ' ' + data);
         EXPECT_EQ(result["name"], name);
         EXPECT_EQ(result["bytes"], 8000);
         EXPECT_EQ(result["params"], 1000);
     }
     for (const std::string name : {"ds.append", "ds.open", "ds.locate"}) {
-        const auto result = measure(name + ' ' + folder_.path());
+        const auto result = measure(name, folder_.path());
         EXPECT_EQ(result["name"], name);
         EXPECT_EQ(result["params"], 20000);
     }
@@ -93,10 +106,9 @@ TEST_F(VelbenchTest, CallsPerl)
 
 TEST_F(VelbenchTest, Validates)
 {
-    const std::string example =
-        std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/minimal.vel";
+    const std::string example = minimalExample();
     for (const std::string name : {"rules.cold", "rules.validate"}) {
-        const auto result = measure(name + ' ' + example);
+        const auto result = measure(name, example);
         EXPECT_EQ(result["name"], name);
         EXPECT_GT(result["bytes"], 100);
         EXPECT_GT(result["params"], 2);
@@ -111,8 +123,7 @@ TEST_F(VelbenchTest, Validates)
 
 TEST_F(VelbenchTest, OpensTheEditor)
 {
-    const std::string example =
-        std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/minimal.vel";
+    const std::string example = minimalExample();
     const auto result = measure("editor.open " + example);
     EXPECT_EQ(result["name"], "editor.open");
     EXPECT_GT(result["rss"], 1000000);
@@ -123,10 +134,9 @@ TEST_F(VelbenchTest, OpensTheEditor)
 
 TEST_F(VelbenchTest, WorksInTheEditor)
 {
-    const std::string example =
-        std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/minimal.vel";
+    const std::string example = minimalExample();
     for (const std::string name : {"editor.edit", "editor.next", "editor.scroll"}) {
-        const auto result = measure(name + ' ' + example);
+        const auto result = measure(name, example);
         EXPECT_EQ(result["name"], name);
         EXPECT_EQ(result["params"], 1);
     }

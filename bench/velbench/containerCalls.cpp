@@ -84,7 +84,7 @@ Result readDoubles(const char *name, const char *format, const Arguments &argume
     const BenchFile file(arguments[0]);
     check(container_workloads::write_doubles(file.path(), format, written));
     std::vector<double> values(written.size());
-    const Result result = measure(
+    Result result = measure(
         resultOf(name, values), [] {},
         [&] { check(container_workloads::read_doubles(file.path(), values)); });
     if (std::memcmp(values.data(), written.data(), values.size() * sizeof(double)) != 0)

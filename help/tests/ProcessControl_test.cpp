@@ -44,7 +44,7 @@ std::string outputOf(const std::vector<std::string> &words, bool noInherit = fal
     const int process = ProcessControl::startProcess(child(words), &fd, 1, noInherit);
     if (process == 0)
         return "not started";
-    const std::string output = readAll(fd);
+    std::string output = readAll(fd);
     ProcessControl::closePipe(fd);
     ::waitpid(process, nullptr, 0);
     return output;
