@@ -194,10 +194,11 @@ TEST_F(ViewerTest, keepsToTheEditorWhenOthersComeAndGo)
 
 TEST_F(ViewerTest, endsWhenItsOnlyClientGoesBeforeAnythingIsShown)
 {
+    const char *help = std::getenv("ZOT_HELP_DIR");
+    ASSERT_NE(nullptr, help);
     int fd = -1;
     const int viewer = ProcessControl::startProcess(
-        {std::string(std::getenv("ZOT_HELP_DIR")) + "/../../HelpViewer/OMBRAHelpViewer.exe"}, &fd,
-        1, true);
+        {std::string(help) + "/../../HelpViewer/OMBRAHelpViewer.exe"}, &fd, 1, true);
     ASSERT_NE(0, viewer);
     const int port = std::atoi(ProcessControl::readOnce(fd, 20, patience).c_str());
     ASSERT_GT(port, 0);
