@@ -20,7 +20,8 @@ unit is written is laid down here, more strictly than that library would:
 
 so C<kg m^-3>, C<W m^-2 K^-1>, C<m/s>, and not C<kg/m3>, C<m s-1>, C<2 m>. A
 name takes one prefix at most, a symbol before a symbol (C<km>) or a word before
-a word (C<kilometer>).
+a word (C<kilometer>). Words are written small, but where the table of units has
+a capital.
 
 C<C> and C<F> mean degrees Celsius and Fahrenheit: alone a temperature, in a
 product a difference of temperatures. Angles count as a quantity of their own:
@@ -34,14 +35,14 @@ standard error while they load that mean nothing to a user.
 
 # How names here are called over there: alone, and within a product.
 my %ALONE = (C => 'degC', F => 'degF', '%' => 'percent', rev => 'turn', deg => 'degree', cP => 'centipoise');
-my %WITHIN = (C => 'K', F => 'degR', degC => 'K', degF => 'degR', rev => 'turn', deg => 'degree');
-
-# Units that hold an angle.
-my %ANGLE = map { $_ => 1 }
-    qw(rad radian radians deg degree degrees rev turn turns revolution revolutions rpm);
+my %WITHIN = (C => 'K', F => 'degR', degC => 'K', degF => 'degR', rev => 'turn', deg => 'degree', cP => 'centipoise');
 
 # Names that take prefixes as symbols do.
 my %TAKES_SYMBOL = map { $_ => 1 } qw(bar cal);
+
+# What the table writes with capitals in its words.
+my $CAPITALS = qr/^(?:UK|US|IT|EC|Canadian|Gregorian|Julian)(?=_)|^(?:Btus?|Celsius|Fahrenheit)\z
+    |(?<=_)(?:Btus?|TNT)\z|Hg\z|(?<=deg|ree)s?_?(?:[CEFKNRTW]|Celsius)\z/x;
 
 my $SYMBOL_PREFIX = qr/da|[YZEPTGMkhdcmunpfazy]/;
 my $WORD_PREFIX   = qr/yotta|zetta|exa|peta|tera|giga|mega|kilo|hecto|deka|deci|centi|milli
@@ -60,7 +61,11 @@ my @FUNCTIONS = (
     [ ut_are_convertible           => [ 'opaque', 'opaque' ],           'int' ],
     [ ut_get_converter             => [ 'opaque', 'opaque' ],           'opaque' ],
     [ cv_convert_double            => [ 'opaque', 'double' ],           'double' ],
+    [ ut_format => [ 'opaque', 'opaque', 'size_t', 'uint' ],            'int' ],
 );
+
+# Asks ut_format to write a unit in base units.
+my $IN_BASE_UNITS = 8;
 
 # The name by which it is nearly always there.
 my $LIBRARY = 'libudunits2.so.0';
@@ -93,6 +98,7 @@ sub load () {
 
 sub _load () {
     require FFI::Platypus;
+    require FFI::Platypus::Buffer;
     my $ffi = FFI::Platypus->new(api => 1);
     $ffi->lib(_library());
     $ffi->attach($_->[0] => $_->[1] => $_->[2]) for @FUNCTIONS;
@@ -148,23 +154,25 @@ sub _parse ($text) {
 # The unit system would take any number of prefixes, and any letter case.
 sub _is_name ($name) {
     return 1 if ut_get_unit_by_symbol($system, $name);
-    return 1 if $name =~ /[a-z]/ && ut_get_unit_by_name($system, $name);
+    return 1 if _is_word($name);
     return 1 if $name =~ /^$SYMBOL_PREFIX(.+)$/
         && $1 ne 'kg' && ($TAKES_SYMBOL{$1} || ut_get_unit_by_symbol($system, $1));
-    return 1 if $name =~ /^$WORD_PREFIX(.+)$/ && $1 ne 'kilogram' && ut_get_unit_by_name($system, $1);
+    return 1 if $name =~ /^$WORD_PREFIX(.+)$/ && $1 ne 'kilogram' && _is_word($1);
     return 0;
+}
+
+sub _is_word ($name) {
+    return $name =~ s/$CAPITALS//gr !~ /[A-Z]/ && ut_get_unit_by_name($system, $name) ? 1 : 0;
 }
 
 # What udunits leaves out of account: the power of angles, and whether the unit
 # is a plain number.
-sub _family ($text) {
+sub _family ($text, $unit) {
     return 'number' if $text eq '1' || $text eq '%';
-    my $angle = 0;
-    for my $part (split m{(?=/)| }, $text) {
-        my ($over, $name, $power) = $part =~ m{^(/?)([A-Za-z_]+)(?:\^([+-]?[0-9]))?} or next;
-        $angle += ($over ? -1 : 1) * ($power // 1) if $ANGLE{$name};
-    }
-    return $angle;
+    my $written = "\0" x 512;
+    my ($room, $size) = FFI::Platypus::Buffer::scalar_to_buffer($written);
+    my $length = ut_format($unit, $room, $size, $IN_BASE_UNITS);
+    return substr($written, 0, $length) =~ /\brad(-?[0-9]+)?\b/ ? $1 // 1 : 0;
 }
 
 =item C<is_convertible($from, $to)>
@@ -184,7 +192,7 @@ sub _converter ($from, $to) {
 # a quantity: zero then has no counterpart.
 sub _make_converter ($from, $to) {
     my ($one, $other) = (_unit($from), _unit($to));
-    return undef if !$one || !$other || _family($from) ne _family($to);
+    return undef if !$one || !$other || _family($from, $one) ne _family($to, $other);
     return undef if !ut_are_convertible($one, $other);
     my $converter = ut_get_converter($one, $other) // return undef;
     return abs(cv_convert_double($converter, 0)) < 9e99 ? $converter : undef;

@@ -8,20 +8,23 @@ use VEL::Units;
 is VEL::Units::load(), '', 'the unit system is there';
 
 for my $unit ('kg s^-1', 'm/s', 'W m^-2 K^-1', 'C', 'F', 'J kg^-1 C^-1', '1', '%', 'mbar', 'kPa', 'mmHg',
-    'rev min^-1', 'rpm', 'deg', 'um', 'kilometer', 'h', 'day', 'g cm^-3', 'kJ', 'inch', 'ft', 'psi') {
+    'rev min^-1', 'rpm', 'deg', 'um', 'kilometer', 'h', 'day', 'g cm^-3', 'kJ', 'inch', 'ft', 'psi', 'cP m^-1',
+    'Celsius', 'degree_Celsius', 'degreesC', 'Btu', 'IT_Btu', 'US_liquid_pint', 'millimeter_Hg', 'ton_TNT') {
     ok VEL::Units::exists_unit($unit), "$unit is a unit";
 }
-for my $text ('', 'kg/m3', 'm s-1', '2 m', 'm@5', 'm.s', 'kkg', 'mmm', 'METER', 'Kg', 'm^0', 'm^10', 'm//s',
+for my $text ('', 'kg/m3', 'm s-1', '2 m', 'm@5', 'm.s', 'kkg', 'mmm', 'METER', 'Meter', 'meTeR', 'kiloMeter', 'DegC', 'HP', 'Kg', 'm^0', 'm^10', 'm//s',
     'm/s/s', ' m', 'm  s', 'furlog', 'lg(re m)', 'm since 2000') {
     ok !VEL::Units::exists_unit($text), qq("$text" is none);
 }
 
 for my $pair (['m', 'ft'], ['kg s^-1', 'g h^-1'], ['C', 'K'], ['F', 'C'], ['Pa', 'bar'], ['N m', 'J'], ['%', '1'],
-    ['rev min^-1', 'rad s^-1'], ['deg', 'rad'], ['W', 'kJ h^-1'], ['m', 'm']) {
+    ['rev min^-1', 'rad s^-1'], ['deg', 'rad'], ['mrad', 'deg'], ['arcmin', 'degrees'], ['rps', 'rev min^-1'], ['sr', 'rad^2'], ['W', 'kJ h^-1'],
+    ['m', 'm']) {
     ok VEL::Units::is_convertible(@$pair), "$pair->[0] goes with $pair->[1]";
     ok VEL::Units::is_convertible(reverse @$pair), "$pair->[1] goes with $pair->[0]";
 }
-for my $pair (['m', 's'], ['s', 'Hz'], ['Hz', 'rad s^-1'], ['rad', '1'], ['%', 'deg'], ['nonsense', 'nonsense'],
+for my $pair (['m', 's'], ['s', 'Hz'], ['Hz', 'rad s^-1'], ['rad', '1'], ['%', 'deg'], ['rps', 'Hz'], ['mrad', 'ppm'],
+    ['N m rad^-1', 'J'], ['nonsense', 'nonsense'],
     ['K', 'J']) {
     ok !VEL::Units::is_convertible(@$pair), "$pair->[0] does not go with $pair->[1]";
 }
@@ -38,6 +41,8 @@ converts(212, 'F',             'C',             100);
 converts(1,   'J kg^-1 F^-1',  'J kg^-1 K^-1',  1.8);
 converts(50,  '%',             '1',             0.5);
 converts(60,  'rev min^-1',    'rad s^-1',      2 * atan2(0, -1));
+converts(2,   'rps',           'rev min^-1',    120);
+converts(30,  'arcmin',        'deg',           0.5);
 converts(1,   'ft',            'm',             0.3048);
 converts(1.5, 'bar',           'Pa',            150000);
 is VEL::Units::convert(1, 'm', 's'), undef, 'what cannot be converted';
