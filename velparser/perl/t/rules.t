@@ -297,7 +297,7 @@ subtest 'what is sound by itself must make sense in its place' => sub {
       END
       OBJECT: FAN
         Required Parameters = Kind, Guarded, Speed, Step
-        Optional Parameters = Sizes, Names
+        Optional Parameters = Sizes, Names, Gap
         CASE: Axial
           If Parameter = Kind
           Is One Of = Axail, Radial, Both
@@ -331,6 +331,12 @@ subtest 'what is sound by itself must make sense in its place' => sub {
         PARAMETER: Sped
           Type = Real
         END
+        PARAMETER: Gap
+          Type = Real
+          Units = mm
+          Lower Bound = 0
+          Upper Bound = 1 [kg]
+        END
         PARAMETER: Step
           Type = Integer
           Lower Bound = 3
@@ -348,6 +354,8 @@ END
 /RULES/OBJECT:FAN/CASE:Axial/PARAMETER:Hub/Default: 1 [s] is in a unit of another quantity; give it in [m] or a unit of the same quantity [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Kind/Default: "Paddle" is not allowed here; allowed are Axial, Radial [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Speed/Units: means something for numbers only; this is a String [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Gap/Lower Bound: 0 has no unit; write it as 0 [mm] [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Gap/Upper Bound: 1 [kg] is not in a unit of the quantity [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Step/Upper Bound: 3 leaves nothing above the lower bound 3 [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Sizes/Maximum Entries: 2 is less than the 3 that must be there [bad-rule]
 /RULES/OBJECT:FAN/CASE:Axial/Is One Of: "Axail" is no value of "Kind"; did you mean Axial? [bad-rule]

@@ -17,7 +17,7 @@ RULES:
   OBJECT: DOMAIN
     Parents = FLOW
     Required Parameters = Kind
-    Optional Parameters = Count, Speed, Ratio, Plain, Active, Sizes, Names, Bounded
+    Optional Parameters = Count, Speed, Ratio, Plain, Active, Sizes, Names, Bounded, Warm, Cool
     Optional Objects = BOUNDARY
     Required Objects = START
     PARAMETER: Kind
@@ -46,6 +46,18 @@ RULES:
       Units = m
       Lower Bound = 0 [m]
       Upper Bound = 1 [ft]
+      Bounds Exclusive = Yes
+    END
+    PARAMETER: Warm
+      Type = Real
+      Units = C
+      Lower Bound = 32 [F]
+      Upper Bound = 293.15 [K]
+    END
+    PARAMETER: Cool
+      Type = Real
+      Units = C
+      Upper Bound = 0 [C]
       Bounds Exclusive = Yes
     END
     PARAMETER: Active
@@ -174,6 +186,16 @@ subtest 'values' => sub {
         'Bounded = 0 [m]'   => 'Bounded: 0 [m] must be greater than the lower bound 0 [m] [below-bound]',
         'Bounded = 304.8 [mm]' => 'Bounded: 304.8 [mm] must be less than the upper bound 1 [ft] [above-bound]',
         'Bounded = 304.7 [mm]' => '',
+        # 32 [F], reckoned in degrees Celsius, is some 1e-14 off 0.
+        'Warm = 0 [C]'      => '',
+        'Warm = 273.15 [K]' => '',
+        'Warm = 32 [F]'     => '',
+        'Warm = -1e-9 [C]'  => 'Warm: -1e-9 [C] is below the lower bound 32 [F] [below-bound]',
+        'Warm = 68 [F]'     => '',
+        'Warm = 20.1 [C]'   => 'Warm: 20.1 [C] is above the upper bound 293.15 [K] [above-bound]',
+        'Cool = 31.9 [F]'   => '',
+        'Cool = 32 [F]'     => 'Cool: 32 [F] must be less than the upper bound 0 [C] [above-bound]',
+        'Cool = 273.15 [K]' => 'Cool: 273.15 [K] must be less than the upper bound 0 [C] [above-bound]',
         'Sizes = 1'         => 'Sizes: 1 entry is given, at least 2 must be [too-few-entries]',
         'Sizes = 1, 2, 3, 4' => 'Sizes: 4 entries are given, at most 3 may be [too-many-entries]',
         'Sizes = 1, b, 2.5' => qq(Sizes: "b" is not a whole number such as 10 [wrong-type]\nSizes: "2.5" is not a whole number such as 10 [wrong-type]),

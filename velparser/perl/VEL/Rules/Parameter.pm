@@ -4,6 +4,8 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use List::Util qw(max);
+
 use VEL::Expression;
 use VEL::Suggest qw(nearest);
 use VEL::Units;
@@ -90,8 +92,10 @@ sub faults ($self) {
     for my $bound (qw(lower upper)) {
         my $text = $self->{$bound} // next;
         my (undef, $unit) = quantity($text);
-        next if !defined $unit || VEL::Units::is_convertible($unit, $self->{units} // '1');
-        push @faults, [ ucfirst "$bound Bound", "$text is not in a unit of the quantity" ];
+        my $units = $self->{units} // '1';
+        next if defined $unit ? VEL::Units::is_convertible($unit, $units) : $units eq '1';
+        push @faults, [ ucfirst "$bound Bound",
+            defined $unit ? "$text is not in a unit of the quantity" : "$text has no unit; write it as $text [$units]" ];
     }
     push @faults, [ 'Upper Bound', "$self->{upper} leaves nothing above the lower bound $self->{lower}" ]
         if !@faults && $self->_is_empty_range;
@@ -104,7 +108,7 @@ sub faults ($self) {
 sub _is_empty_range ($self) {
     return 0 if !defined $self->{lower} || !defined $self->{upper};
     my $units = $self->{units} // '1';
-    my ($lower, $upper) = map { _in_units(quantity($_), $units) // return 0 } @$self{qw(lower upper)};
+    my ($lower, $upper) = map { _measure(quantity($_), $units) // return 0 } @$self{qw(lower upper)};
     my $order = _compare($lower, $upper);
     return $order > 0 || ($order == 0 && $self->{exclusive}) ? 1 : 0;
 }
@@ -246,11 +250,11 @@ sub _bound_problems ($self, $text, $number, $unit) {
     return if !defined $self->{lower} && !defined $self->{upper};
     return if ref $unit;
     my $units = $self->{units} // '1';
-    my $value = _in_units($number, $unit, $units) // return;
+    my $value = _measure($number, $unit, $units) // return;
     for my $side ([ lower => 'below', 'greater', -1 ], [ upper => 'above', 'less', 1 ]) {
         my ($name, $where, $than, $sign) = @$side;
         next if !defined $self->{$name};
-        my $bound = $self->{"${name}_value"} //= _in_units(quantity($self->{$name}), $units) // next;
+        my $bound = $self->{"${name}_value"} //= _measure(quantity($self->{$name}), $units) // next;
         my $side_of_bound = _compare($value, $bound);
         return [ "$where-bound", "$text is $where the $name bound $self->{$name}" ]
             if $side_of_bound == $sign;
@@ -261,15 +265,19 @@ sub _bound_problems ($self, $text, $number, $unit) {
 }
 
 # Equal within what the conversion of a unit may cost.
-sub _compare ($value, $bound) {
+sub _compare ($one, $other) {
+    my ($value, $bound) = ($one->[0], $other->[0]);
     return $value <=> $bound if abs($value) == 9**9**9;
-    my $size = abs($value) > abs($bound) ? abs($value) : abs($bound);
+    my $size = max(abs $value, abs $bound, $one->[1], $other->[1]);
     return abs($value - $bound) <= 1e-12 * $size ? 0 : $value <=> $bound;
 }
 
-sub _in_units ($number, $unit, $units) {
-    return 0 + $number if !defined $unit || $unit eq $units;
-    return VEL::Units::convert($number, $unit, $units);
+# The number in those units, and by how much its own unit counts from another
+# zero: 32 [F] comes out near 0 [C] as the difference of larger numbers.
+sub _measure ($number, $unit, $units) {
+    return [ 0 + $number, 0 ] if !defined $unit || $unit eq $units;
+    my $value = VEL::Units::convert($number, $unit, $units) // return undef;
+    return [ $value, abs VEL::Units::convert(0, $unit, $units) ];
 }
 
 =back
