@@ -59,7 +59,7 @@ sub run ($self) {
     my $newest = $rules->version;
     for my $upgrade ($self->_later_than($stated)) {
         my ($version) = $upgrade->{name} =~ /([0-9.]+)$/;
-        $newest = $version if !defined $newest;
+        $newest = $version if !defined $rules->version;
         for my $step (@{ $upgrade->{blocks} }) {
             $self->_run_step($step->{fields});
         }
@@ -97,8 +97,7 @@ sub _later_than ($self, $stated) {
 
 sub _set_version ($self, $stated, $newest) {
     return if defined $stated ? VEL::Version::compare($stated, $newest) >= 0 : !@{ $self->{changes} };
-    $self->_must($self->{database}->createObject('/LANGUAGE', 0))
-        if !$self->{database}->havePath('/LANGUAGE');
+    return if !$self->_have_object('/LANGUAGE') || $self->{database}->isObject('/LANGUAGE/Version');
     $self->_must($self->{database}->createParam('/LANGUAGE/Version', $newest));
     $self->_note('/LANGUAGE/Version', defined $stated ? "changed from $stated to $newest" : "set to $newest");
     return;
@@ -127,6 +126,13 @@ sub _note ($self, $path, $change) {
 sub _must ($self, $error) {
     die join("\n", @{ $self->{changes} }, "updateSolverVEL: $error"), "\n" if $error;
     return;
+}
+
+# Makes the object where there is nothing; false where a parameter has its name.
+sub _have_object ($self, $path) {
+    return $self->{database}->isObject($path) if $self->{database}->havePath($path);
+    $self->_must($self->{database}->createObject($path, 0));
+    return 1;
 }
 
 sub _has_parameter ($self, $path) {
@@ -185,8 +191,7 @@ sub _move_parameter ($self, $path, $step) {
     my $old    = "$path/$step->{'Parameter'}";
     my $target = "$path/$step->{'To Object'}";
     my $new    = "$target/" . ($step->{'New Name'} // $step->{'Parameter'});
-    return if !$self->_has_parameter($old) || $self->{database}->havePath($new);
-    $self->_must($self->{database}->createObject($target, 0)) if !$self->{database}->havePath($target);
+    return if !$self->_has_parameter($old) || $self->{database}->havePath($new) || !$self->_have_object($target);
     $self->_must($self->{database}->createParam($new, $self->_value($old)));
     $self->_must($self->{database}->deleteParam($old));
     $self->_note($old, "moved to $new");

@@ -182,6 +182,10 @@ PUMP: b
     Speed = 2
   END
 END
+PUMP: c
+  Speed = 3
+  DRIVE = direct
+END
 DATA
 /PUMP:a/Speed: moved to /PUMP:a/DRIVE/Speed
 /PUMP:a/Motor: moved to /PUMP:a/DRIVE/Kind
@@ -202,7 +206,45 @@ PUMP: b
     Speed = 2
   END
 END
+PUMP: c
+  Speed = 3
+  DRIVE = direct
+END
 TEXT
+
+subtest 'an object in the way of a parameter, a parameter in the way of an object' => sub {
+    my %step = (
+        'Rename Parameter'   => "Parameter = Head\nNew Name = Rise",
+        'Add Parameter'      => "Parameter = Rise\nNew Value = 1",
+        'Move Parameter'     => "Parameter = Head\nTo Object = Drive",
+        'Rename Object Type' => 'New Name = Drive',
+    );
+    my $data = "HOUSE: h\nDrive = 1\nPUMP:\nDrive = 2\nHead = 3\nRise:\nEND\nEND\nEND";
+    for my $action (sort keys %step) {
+        my $api = api(steps("Action = $action\nObject Type = PUMP\n$step{$action}"), $data);
+        my $before = formatted($api->{database});
+        is $api->updateSolverVEL, '', "$action: left out";
+        is formatted($api->{database}), $before, 'nothing is overwritten';
+    }
+};
+
+subtest 'where the version cannot be stated' => sub {
+    my $steps = steps("Action = Add Parameter\nObject Type = PUMP\nParameter = Head\nNew Value = 1");
+    for my $data ('LANGUAGE = 1.0', "LANGUAGE:\nVersion:\nEND\nEND") {
+        is api($steps, "$data\nPUMP: a\nEND")->updateSolverVEL, '/PUMP:a/Head: added with the value "1"',
+            'the rest is done';
+    }
+};
+
+subtest 'a failure of the database' => sub {
+    my $api = api(steps("Action = Add Parameter\nObject Type = PUMP\nParameter = Head\nNew Value = 1",
+        "Action = Remove Object\nObject Type = FAN"), "PUMP: a\nEND\nFAN: b\nEND");
+    no warnings 'redefine';
+    local *VEL::Parser::Lite::deleteObj = sub { return 'no such thing' };
+    is eval { $api->updateSolverVEL; 1 }, undef, 'is an exception';
+    is $@, qq(/PUMP:a/Head: added with the value "1"\nupdateSolverVEL: no such thing\n),
+        'which tells the changes made before';
+};
 
 subtest 'versions' => sub {
     my $rules = <<'TEXT';
@@ -238,6 +280,13 @@ TEXT
         is api($rules, "LANGUAGE:\nVersion = $version\nEND\nPUMP: a\nKind = A\nEND")->updateSolverVEL,
             $expected{$version}, "from version $version";
     }
+    my $unversioned = api($rules =~ s/Language Version.*//r, "PUMP: a\nKind = A\nEND");
+    is $unversioned->updateSolverVEL, <<'TEXT' =~ s/\n\z//r, 'rules that state no version are of their last upgrade';
+/PUMP:a/Kind: changed from "A" to "B"
+/PUMP:a/Kind: changed from "B" to "C"
+/LANGUAGE/Version: set to 2.10
+TEXT
+    is $unversioned->updateSolverVEL, '', 'with nothing left to do';
     is api($rules, "PUMP: a\nKind = X\nEND")->updateSolverVEL, '', 'no version, no step that touches it';
     is api('', "PUMP: a\nEND")->updateSolverVEL, '', 'no rules';
     is api($rules, "FLOW:\nEND")->updateSolverVEL, '', 'no object of the type';
