@@ -209,6 +209,8 @@ subtest 'faults are named with their path, and the rest works' => sub {
       Language Version = new
       OBJECT: FAN
         Requird Parameters = Kind
+        Required Parameters = Kind,, 2nd Kind, Speed, Power
+        Optional Parameters = -speed
         Parents = /, HOUSE
         Maximum Count = few
         Free Parameters = perhaps
@@ -226,6 +228,10 @@ subtest 'faults are named with their path, and the rest works' => sub {
         END
         CASE: Loose
           Is One Of = Yes
+        END
+        CASE: Empty
+          If Parameter = Kind
+          Is One Of =
         END
         STEP: here
         END
@@ -264,32 +270,50 @@ END
 /RULES/OBJECT:FAN/Free Parameters: "perhaps" is neither Yes nor No [bad-rule]
 /RULES/OBJECT:FAN/Maximum Count: "few" is not a count [bad-rule]
 /RULES/OBJECT:FAN/Optional Objects: "BLAD": no rule describes this type [bad-rule]
+/RULES/OBJECT:FAN/Optional Parameters: "-speed" is no name [bad-rule]
 /RULES/OBJECT:FAN/Parents: "HOUSE": no rule describes this type [bad-rule]
 /RULES/OBJECT:FAN/Requird Parameters: "Requird Parameters" is no field of this rule; did you mean Required Parameters? [bad-rule]
+/RULES/OBJECT:FAN/Required Parameters: "", "2nd Kind" are no names [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Speed/Lower Bound: "low" is not a number with a unit [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Speed/Type: "Number" is no type; the types are String, String List, Integer, Integer List, Real, Real List, Logical, Logical List [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Speed/Units: "m per s" is no unit [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Speed/Upper Bound: "furlog" is no unit [bad-rule]
 /RULES/OBJECT:FAN/CASE:Loose: states no "If Parameter" [bad-rule]
+/RULES/OBJECT:FAN/CASE:Empty/Is One Of: names no value [bad-rule]
 /RULES/OBJECT:FAN/STEP:here: STEP is no rule that may stand here [bad-rule]
 /RULES/OBJECT:THREE/Inherits: "TWO" names no rule; write it as OBJECT:TYPE [bad-rule]
 /RULES/UPGRADE:next: must be named "Version" and a number, such as Version 5.7 [bad-rule]
 /RULES/UPGRADE:Version 2.0/STEP:nothing: states no "Action" [bad-rule]
 /RULES/UPGRADE:Version 2.0/STEP:short: states no "Parameter" and no "New Name" [bad-rule]
 /RULES/UPGRADE:Version 2.0/STEP:odd/New Name: "-fan" is no name [bad-rule]
-/RULES/UPGRADE:Version 2.0/STEP:odd: states no "New Name" [bad-rule]
 /RULES/SOMETHING:else: SOMETHING is no rule that may stand here [bad-rule]
 /RULES/OBJECT:BLADE/Inherits: there is no rule OBJECT:WING [bad-rule]
 /RULES/OBJECT:TWO/Inherits: inherits itself through OBJECT:ONE [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Power/Default: 5 [m] is in a unit of another quantity; give it in [W] or a unit of the same quantity [bad-rule]
 EXPECTED
-    my $type = rules("OBJECT: FAN\nParents = HOUSE\nRequired Parameters = Kind\nOdd = 1\nEND")->type('OBJECT', 'FAN');
+    my $type = rules("OBJECT: FAN\nParents = HOUSE\nRequired Parameters = ,Kind\nOdd = 1\nEND")->type('OBJECT', 'FAN');
     is_deeply $type->{required}, ['Kind'], 'what is right in a rule holds';
     is $type->{parents}, undef, 'a field without anything right is as if it were not there';
 };
 
+subtest 'blocks without a name' => sub {
+    my @said;
+    local $SIG{__WARN__} = sub { push @said, @_ };
+    is faults("OBJECT:\nCASE:\nEND\nEND\nPARAMETER:\nEND\nOBJECT: FAN\nPARAMETER:\nEND\nEND"), <<'TEXT', 'are reported';
+/RULES/OBJECT: OBJECT needs a name behind the colon [bad-rule]
+/RULES/PARAMETER: PARAMETER needs a name behind the colon [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER: PARAMETER needs a name behind the colon [bad-rule]
+TEXT
+    is "@said", '', 'and nothing else is said';
+};
+
 subtest 'what is sound by itself must make sense in its place' => sub {
     is faults(<<'END'), <<'EXPECTED', 'all that does not';
+      Language Version = 2.9
+      UPGRADE: Version 2.10
+      END
+      UPGRADE: Version 2.9.0
+      END
       PARAMETER: Depth
         Units = m
         Lower Bound = 2 [m]
@@ -350,6 +374,7 @@ subtest 'what is sound by itself must make sense in its place' => sub {
         END
       END
 END
+/RULES/UPGRADE:Version 2.10: is later than Language Version 2.9 [bad-rule]
 /RULES/PARAMETER:Depth/Upper Bound: 20 [cm] leaves nothing above the lower bound 2 [m] [bad-rule]
 /RULES/OBJECT:FAN/CASE:Axial/PARAMETER:Hub/Default: 1 [s] is in a unit of another quantity; give it in [m] or a unit of the same quantity [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Kind/Default: "Paddle" is not allowed here; allowed are Axial, Radial [bad-rule]

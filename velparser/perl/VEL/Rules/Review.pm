@@ -6,6 +6,7 @@ use feature 'signatures';
 
 use VEL::Suggest qw(nearest);
 use VEL::Value qw(split_list logical);
+use VEL::Version;
 
 =head1 NAME
 
@@ -15,7 +16,8 @@ VEL::Rules::Review - whether rules that are sound one by one make sense together
 
 L<VEL::Rules::Source> looks at each field by itself. What this finds takes the
 whole: a default that its own rule refuses, bounds that leave nothing, a case
-that can never hold, a rule for a parameter that no list names. Such a rule
+that can never hold, a rule for a parameter that no list names, an upgrade to a
+version later than that of the rules. Such a rule
 harms nothing and stays in force; most often a name in it is misspelt. What is
 already known to be at fault is passed over, lest one slip be told twice.
 
@@ -46,7 +48,10 @@ sub faults ($self) {
         if ($block->{kind} eq 'PARAMETER') {
             $self->_review_values($block, $self->{rules}->general($block->{name}));
         }
-        elsif ($block->{kind} ne 'UPGRADE') {
+        elsif ($block->{kind} eq 'UPGRADE') {
+            $self->_review_upgrade($block);
+        }
+        else {
             my $type = $self->{rules}->type($block->{kind}, $block->{name});
             $self->_review_type($block, $type);
             $self->_review_names($block, $type, @{ $heirs->{"$block->{kind}:$block->{name}"} // [] });
@@ -61,6 +66,14 @@ sub faults ($self) {
 
 sub _fault ($self, $path, $sentence) {
     push @{ $self->{faults} }, [ $path, $sentence ];
+    return;
+}
+
+# Data would be brought to a version that it does not state afterwards.
+sub _review_upgrade ($self, $block) {
+    my $version = $self->{rules}->version // return;
+    $self->_fault($block->{path}, "is later than Language Version $version")
+        if VEL::Version::compare($block->{name}, $version) > 0;
     return;
 }
 

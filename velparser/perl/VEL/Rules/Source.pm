@@ -36,12 +36,12 @@ my %FIELDS = (
         'Description' => 'text', 'Help Topic' => 'text', 'Inherits' => 'rule',
         'Parents' => 'places', 'Free Parameters' => 'logical', 'Maximum Count' => 'count',
         'Expert' => 'logical', 'Output Ordering Priority' => 'integer',
-        'Required Parameters' => 'text', 'Optional Parameters' => 'text',
+        'Required Parameters' => 'names', 'Optional Parameters' => 'names',
         'Required Objects' => 'types', 'Optional Objects' => 'types',
     },
     CASE => {
-        'Description' => 'text', 'If Parameter' => 'text', 'Is One Of' => 'text',
-        'Required Parameters' => 'text', 'Optional Parameters' => 'text',
+        'Description' => 'text', 'If Parameter' => 'name', 'Is One Of' => 'values',
+        'Required Parameters' => 'names', 'Optional Parameters' => 'names',
         'Required Objects' => 'types', 'Optional Objects' => 'types',
     },
     PARAMETER => {
@@ -100,7 +100,8 @@ sub new ($class, $lines) {
     my $self = bless { faults => [] }, $class;
     $self->{top} = _read($lines);
     $self->{types} = {
-        map { $_->{name} => 1 } grep { $_->{kind} =~ /^(?:OBJECT|SINGLETON)$/ } @{ $self->{top}{blocks} }
+        map { $_->{name} => 1 } grep { defined $_->{name} && $_->{kind} =~ /^(?:OBJECT|SINGLETON)$/ }
+            @{ $self->{top}{blocks} }
     };
     $self->_check($self->{top});
     return $self;
@@ -211,7 +212,7 @@ sub _check_fields ($self, $block) {
         next if !defined $fault;
         $self->fault("$block->{path}/$field", $fault);
         delete $block->{fields}{$field}
-            if $form !~ /^(?:types|places)$/ || $block->{fields}{$field} eq '';
+            if $form !~ /^(?:types|places|names)$/ || $block->{fields}{$field} eq '';
     }
     return;
 }
@@ -223,7 +224,8 @@ sub _is_whole ($self, $block) {
         : $block->{kind} eq 'STEP' ? ('Action', @{ $ACTIONS{ $fields->{Action} // '' } // [] })
         : ();
     my @missing = grep { !defined $fields->{$_} } @needed;
-    $self->fault($block->{path}, 'states no "' . join('" and no "', @missing) . '"') if @missing;
+    my @untold  = grep { $self->is_sound("$block->{path}/$_") } @missing;
+    $self->fault($block->{path}, 'states no "' . join('" and no "', @untold) . '"') if @untold;
     if ($block->{kind} eq 'UPGRADE' && $block->{name} !~ /^Version\s+[0-9]+(?:\.[0-9]+)*$/) {
         $self->fault($block->{path}, 'must be named "Version" and a number, such as Version 5.7');
         return 0;
@@ -232,14 +234,22 @@ sub _is_whole ($self, $block) {
 }
 
 # Each of these takes a reference to the text of a field and gives a sentence
-# about it, or undef. Lists of types lose what is wrong in them.
+# about it, or undef. Lists of types and names lose what is wrong in them.
 
 sub _field_text ($self, $text) { return undef }
 
 # What the command database takes as a type or name.
-sub _field_name ($self, $text) {
-    return $$text =~ /^[A-Za-z_%][A-Za-z0-9 .\[\]_{|}]*\z/ ? undef : qq("$$text" is no name);
+my $NAME = qr/^[A-Za-z_%][A-Za-z0-9 .\[\]_{|}]*\z/;
+
+sub _field_name ($self, $text) { return $$text =~ $NAME ? undef : qq("$$text" is no name) }
+
+sub _field_names ($self, $text) {
+    my @wrong = grep { $_ !~ $NAME } split_list($$text);
+    $$text = join ', ', grep { $_ =~ $NAME } split_list($$text);
+    return @wrong ? join(', ', map { qq("$_") } @wrong) . (@wrong > 1 ? ' are no names' : ' is no name') : undef;
 }
+
+sub _field_values ($self, $text) { return $$text =~ /\S/ ? undef : 'names no value' }
 
 sub _field_logical ($self, $text) {
     return defined logical($$text) ? undef : qq("$$text" is neither Yes nor No);
