@@ -56,6 +56,7 @@ sub of ($class, $database) {
         rules     => undef,
         compiled  => 0,
         names     => {},
+        first     => {},
         expressions => undef,
         text      => '',
         listeners => [],
@@ -97,7 +98,7 @@ sub _changed ($self, $path, $code, $new, $old) {
         $self->{rules} = undef;
         return;
     }
-    $self->{names} = {} if $code;
+    @$self{qw(names first)} = ({}, {}) if $code;
     $self->{expressions} = undef if $path =~ m{^/LIBRARY/EXPRESSIONS(?:/|\z)};
     return if !$code && defined $new;
     $_->($path, $code, $new, $old) for grep { defined } @{ $self->{listeners} };
@@ -130,7 +131,7 @@ Drops everything known of the database.
 
 sub refresh ($self) {
     return if $self->{listens};
-    @$self{qw(names expressions)} = ({}, undef);
+    @$self{qw(names first expressions)} = ({}, {}, undef);
     $self->{rules} = undef if join("\n", $self->_lines) ne $self->{text};
     return;
 }
@@ -156,6 +157,7 @@ sub _compile ($self) {
     my @lines = $self->_lines;
     $self->{text} = join "\n", @lines if !$self->{listens};
     $self->{compiled}++;
+    $self->{first} = {};
     return $self->{rules} = VEL::Rules->new(\@lines);
 }
 
@@ -374,6 +376,34 @@ sub object_names ($self, $types) {
         my @names = grep { !$seen{$_}++ } map { @{ $self->_names_of($_)->{list} } } @$types;
         +{ list => \@names, set => \%seen, hints => VEL::Suggest->new(\@names) };
     };
+}
+
+=item C<is_beyond_count($path, $type)>
+
+Whether as many objects of that type as its rule allows stand before the one at
+a full path.
+
+=cut
+
+sub is_beyond_count ($self, $path, $type) {
+    my ($parent, $own) = split_path($path);
+    my $first = $self->{first}{$type}{$parent} // $self->_first_of($parent, $type);
+    return !$first->{$own};
+}
+
+# Kept where there are many, so that all of them together are counted once.
+sub _first_of ($self, $parent, $type) {
+    my $left = $type->{maximum};
+    $self->{database}->getChildObjectList($parent, \my @objects);
+    my %first;
+    for my $object (@objects) {
+        last if $left <= 0;
+        next if $object !~ /^\Q$type->{type}\E(?::|\z)/;
+        $first{$object} = 1;
+        $left--;
+    }
+    $self->{first}{$type}{$parent} = \%first if @objects > 100;
+    return \%first;
 }
 
 =item C<expression_names>

@@ -208,7 +208,7 @@ sub _place_findings ($self, $path, $parent, $type) {
         return $self->_not_now($path, $parent, $outer, $word)
             if $outer && !$self->{model}->variant_at($parent, $outer)->{objects}{$word};
     }
-    return defined $type->{maximum} ? $self->_count_findings($path, $parent, $type) : ();
+    return defined $type->{maximum} ? $self->_count_findings($path, $type) : ();
 }
 
 sub _place_name ($place) { return $place eq '/' ? 'at the top level' : "in $place" }
@@ -224,16 +224,8 @@ sub _needs (@cases) {
     return '; it needs ' . join ' or ', map { "$_->{parameter} = " . join ', ', @{ $_->{values} } } @cases;
 }
 
-sub _count_findings ($self, $path, $parent, $type) {
-    my @objects;
-    $self->{database}->getChildObjectList($parent, \@objects);
-    my ($parent_path, $own) = VEL::Model::split_path($path);
-    my $before = 0;
-    for my $object (@objects) {
-        last if $object eq $own;
-        $before++ if $object =~ /^\Q$type->{type}\E(?::|\z)/;
-    }
-    return if $before < $type->{maximum};
+sub _count_findings ($self, $path, $type) {
+    return if !$self->{model}->is_beyond_count($path, $type);
     return _finding($path, $type->{maximum} == 0 ? "no $type->{type} may stand here"
         : "only $type->{maximum} $type->{type} may stand here; this one is beyond", 'too-many');
 }

@@ -119,4 +119,19 @@ subtest 'ten thousand blocks in each other' => sub {
     cmp_ok $deep, '<', 40 * $flat, 'cost little more than ten thousand side by side';
 };
 
+subtest 'many that are counted' => sub {
+    my $database = database("RULES:\nOBJECT: BOX\nMaximum Count = 9999\nEND\nEND");
+    my %each;    # cost of one block, in microseconds
+    for my $boxes (500, $count) {
+        is $database->loadVELData([ map { ("BOX: b$_", 'END') } 1 .. $boxes ]), undef, "$boxes: loaded";
+        my $validator = VEL::Validate->new($database);
+        my $found     = 0;
+        my $taken     = seconds(sub { $found += defined $validator->validateObject("/BOX:b$_") for 1 .. $boxes });
+        is $found, $boxes > 9999 ? 1 : 0, "$boxes: only the last is too many";
+        $each{$boxes} = 1e6 * $taken / $boxes;
+        note sprintf '%6d: %.1f us each', $boxes, $each{$boxes};
+    }
+    cmp_ok $each{$count}, '<', 4 * $each{500}, 'one of many costs what one of few does';
+};
+
 done_testing;

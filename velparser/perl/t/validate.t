@@ -298,6 +298,25 @@ subtest 'the validator and what it is asked for' => sub {
     is $validator->validateObject(' /FLOW//DOMAIN: d '), undef, 'a path in another form';
 };
 
+subtest 'counts follow the data and the rules' => sub {
+    for my $boxes (3, 200) {
+        my $database  = database("RULES:\nOBJECT: BOX\nMaximum Count = 2\nEND\nEND",
+            join "\n", map { ("BOX: b$_", 'END') } 1 .. $boxes);
+        my $validator = VEL::Validate->new($database);
+        my $said      = sub ($box) { return $validator->validateObject("/BOX:$box") // 'right' };
+        is $said->('b2'), 'right', "of $boxes the second";
+        is $said->('b3'), '/BOX:b3: only 2 BOX may stand here; this one is beyond [too-many]', 'the third';
+        $database->deleteObj('/BOX:b1');
+        is $said->('b3'), 'right', 'the third, when the first has gone';
+        $database->createObject('/BOX:new', 0);
+        like $said->('new'), qr/too-many/, 'a new one';
+        $database->setStringValue('/RULES/OBJECT:BOX/Maximum Count', '1');
+        like $said->('b3'), qr/only 1 BOX/, 'another rule';
+        $database->setStringValue('/RULES/OBJECT:BOX/Maximum Count', '0');
+        is $said->('b2'), '/BOX:b2: no BOX may stand here [too-many]', 'or none at all';
+    }
+};
+
 subtest 'language version' => sub {
     my %finding = ('5.6' => 0, '5.7' => 0, '5.7.0' => 0, '5.10' => 1, '6' => 1);
     for my $version (sort keys %finding) {
