@@ -9,22 +9,26 @@ namespace veltool {
 
 namespace {
 
-/// The part of a statement's text that is its value.
-struct ValueRange
+/// A part of a statement's text.
+struct TextRange
 {
     std::size_t begin = 0;
     std::size_t end = 0;
 };
 
-ValueRange findValue(const Statement &statement)
+/// Without the blanks at its ends.
+TextRange trimmed(std::string_view text, TextRange range)
 {
-    const std::string &text = statement.text;
-    ValueRange range{text.find('=') + 1, statement.remark};
     while (range.end > range.begin && isBlank(text[range.end - 1]))
         --range.end;
     while (range.begin < range.end && isBlank(text[range.begin]))
         ++range.begin;
     return range;
+}
+
+TextRange findValue(const Statement &statement)
+{
+    return trimmed(statement.text, {statement.text.find('=') + 1, statement.remark});
 }
 
 /// How the lines of a continued statement look.
@@ -72,7 +76,7 @@ private:
 class Wrapper
 {
 public:
-    Wrapper(const SourceText &source, const Statement &statement, ValueRange old)
+    Wrapper(const SourceText &source, const Statement &statement, TextRange old)
         : source_(source), statement_(statement)
     {
         for (std::size_t begin = old.begin; begin < old.end;) {
@@ -121,7 +125,7 @@ private:
             .substr(pieces_[i].begin, pieces_[i].end - pieces_[i].begin);
     }
 
-    void findStyle(ValueRange old)
+    void findStyle(TextRange old)
     {
         const LineRange lines = statement_.lines;
         const std::size_t last = statement_.positions[old.end - 1];
@@ -196,7 +200,7 @@ private:
 
     const SourceText &source_;
     const Statement &statement_;
-    std::vector<ValueRange> pieces_; ///< of the old value, one for each line
+    std::vector<TextRange> pieces_; ///< of the old value, one for each line
     Style style_;
 };
 
@@ -248,7 +252,7 @@ Splice valueSplice(const SourceText &source, LineRange lines, std::string_view v
 {
     Statement statement;
     readStatement(source, lines.first, Positions::Keep, &statement);
-    const ValueRange old = findValue(statement);
+    const TextRange old = findValue(statement);
     if (old.begin == old.end) {
         const std::size_t behindEquals = statement.positions[statement.text.find('=')] + 1;
         return firstValue(source, behindEquals, value);
@@ -266,14 +270,20 @@ Splice componentSplice(const SourceText &source, LineRange lines, std::string_vi
     readStatement(source, lines.first, Positions::Keep, &statement);
     const std::string_view text = statement.text;
     const bool isParameter = statement.kind == StatementKind::Parameter;
-    std::size_t begin = text.starts_with(replaceWord) ? replaceWord.size() : 0;
-    std::size_t end = text.find(isParameter ? '=' : ':');
-    while (begin < end && isBlank(text[begin]))
-        ++begin;
-    while (end > begin && isBlank(text[end - 1]))
-        --end;
-    return {statement.positions[begin], statement.positions[end - 1] + 1,
-            std::string(component.substr(0, component.find(':')))};
+    const std::size_t begin = text.starts_with(replaceWord) ? replaceWord.size() : 0;
+    const std::size_t sign = text.find(isParameter ? '=' : ':');
+    const TextRange first = trimmed(text, {begin, sign});
+    const std::size_t colon = component.find(':');
+    std::string renamed(component.substr(0, colon));
+    std::size_t end = first.end;
+    // A singleton may be written "TYPE: TYPE" too, and would be no singleton
+    // any more if only its first word were renamed.
+    const TextRange name = trimmed(text, {sign + 1, statement.remark});
+    if (!isParameter && colon == std::string_view::npos && name.begin < name.end) {
+        renamed.append(text, first.end, name.begin - first.end).append(component);
+        end = name.end;
+    }
+    return {statement.positions[first.begin], statement.positions[end - 1] + 1, renamed};
 }
 
 std::string spliced(const SourceText &source, const Splice &splice)

@@ -107,6 +107,15 @@ TEST(TextEdit, RenamesWhereItStands)
                        "  One = 3\n  Last = 4\n  OLD:\n  END\nEND\n");
 }
 
+TEST(TextEdit, RenamesBothWordsOfASingletonThatIsWrittenWithTwo)
+{
+    const std::string renamed =
+        edit("OLD : OLD # OLD\n  x = 1\nEND\n&replace OLD: \\\n  OLD\nEND\nOLD: # why\nEND\n",
+             [](TextEdit &edit) { edit.rename("/OLD", "NEW"); });
+    EXPECT_EQ(renamed, "NEW : NEW # OLD\n  x = 1\nEND\n&replace NEW: NEW\nEND\n"
+                       "NEW: # why\nEND\n");
+}
+
 TEST(TextEdit, AddsObjectsWithWhatIsInThem)
 {
     const std::string added = edit("A:\n  x = 1\n  B: b\n  END\nEND\n", [](TextEdit &edit) {

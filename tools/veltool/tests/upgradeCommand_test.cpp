@@ -143,6 +143,27 @@ TEST_F(UpgradeTest, ChangesOnlyTheLinesThatItMust)
     EXPECT_EQ(folder_.read("old.vel.bak"), oldText) << "not touched again";
 }
 
+// Renamed in its first word only it was another object: the block was written
+// anew at the end, without its remarks.
+TEST_F(UpgradeTest, KeepsTheBlockOfASingletonThatIsWrittenWithTwoWords)
+{
+    const std::string file = folder_.write("old.vel", "PIPE : PIPE # pipe\n"
+                                                      "  # the long one\n"
+                                                      "  Length = 3 # m\n"
+                                                      "END\n"
+                                                      "x = 1\n");
+    EXPECT_EQ(runTool({"upgrade", file}).status, 0);
+    EXPECT_EQ(folder_.read("old.vel"), "LINE : LINE # pipe\n"
+                                       "  # the long one\n"
+                                       "  Length = 3 # m\n"
+                                       "  Wall = Smooth\n"
+                                       "END\n"
+                                       "x = 1\n"
+                                       "LANGUAGE:\n"
+                                       "  Version = 2\n"
+                                       "END\n");
+}
+
 TEST_F(UpgradeTest, DryRunWritesNothing)
 {
     const std::string file = folder_.write("old.vel", oldText);
