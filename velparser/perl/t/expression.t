@@ -14,6 +14,10 @@ is fault('max(Speed, 0.5 [m s^-1]) ^ 2'),   'none', 'a function';
 is fault('sqrt (Speed)'),                   'none', 'a blank before the parenthesis';
 is fault('T[1] + Rate 2'),                  'none', 'brackets and digits in names';
 is fault('if(Speed > 1, 2, 3)'),            'none', 'comparison';
+is fault('2   *   (  Speed  )'),            'none', 'any number of blanks';
+is fault("abs  \t(Speed)"),                 'none', 'also before a parenthesis';
+is fault('1  [m  s^-1] + Speed'),           'none', 'and before a unit';
+is fault('T[1]/Speed [s] + 1'),             'none', 'a unit behind a name';
 is fault('-Speed/2e3'),                     'none', 'sign and exponent';
 
 is fault('2 * (Speed + 1'),   'lacks a ")"',            'a parenthesis that stays open';
@@ -23,13 +27,20 @@ is fault('Sped * 2'), 'uses "Sped", which /LIBRARY/EXPRESSIONS does not define; 
 is fault('sqr(Speed)'), 'uses the unknown function "sqr"; did you mean sqrt?', 'an unknown function';
 is fault('Speed $ 2'),  'holds "$", which no expression may hold', 'a character that means nothing';
 
-ok VEL::Expression::looks_like_one('a * b'),     'an operator makes an expression';
+ok VEL::Expression::looks_like_one("a $_ b"), "$_ makes an expression"
+    for qw(+ - * / ^ < > = & | !), '(', ')', '[] -';
 ok !VEL::Expression::looks_like_one('a b'),      'blanks do not';
 ok !VEL::Expression::looks_like_one('x [s^-1]'), 'nor what is in brackets';
 
 my @used;
 VEL::Expression::fault('Speed + Inlet Area', \%known, \@used);
 is_deeply \@used, [ 'Speed', 'Inlet Area' ], 'the names that are used';
+VEL::Expression::fault('Rate 2 [s] * 3', \%known, \my @with_unit);
+is_deeply \@with_unit, ['Rate 2'], 'without a unit behind them';
+
+my %alike = map { $_ => 1 } map { "Speed $_" } 'a' .. 'j';
+is VEL::Expression::fault('Speed z', \%alike),
+    'uses "Speed z", which /LIBRARY/EXPRESSIONS does not define; did you mean Speed a?', 'of several hints the first';
 
 for my $function (@VEL::Expression::FUNCTIONS) {
     is fault("$function(1)"), 'none', "$function is known";

@@ -3,6 +3,7 @@ use warnings;
 use feature 'signatures';
 use Test::More;
 use FindBin;
+use Scalar::Util qw(weaken);
 use lib "$FindBin::Bin/lib";
 
 use VELTest;
@@ -276,8 +277,13 @@ TEXT
     is $marks->("$d/BOUNDARY:b"), 0, 'a parameter that is deleted takes the mark of its object';
     like $look->("$d/BOUNDARY:b"), qr/missing-parameter/, 'which may lack it';
 
+    $database->createObject('/FLOW/PROBE:p', 0);
+    is $marks->('/FLOW', $d), '1 1', 'an object that comes harms no mark';
+    $database->deleteObj('/FLOW/PROBE:p');
+    $look->($d);
     $database->deleteObj('/PROBE:p');
-    is $marks->($d), 0, 'an object that is deleted takes the mark of those that name it';
+    is $marks->("$d/BOUNDARY:b/PROFILE"), 1, 'an object that is deleted leaves the marks of others';
+    is $marks->($d), 0, 'and takes the mark of those that name it';
     like $look->($d), qr/no-such-object/, 'which now name nothing';
 
     $database->loadLibraryData(lines("RULES:\nOBJECT: DOMAIN\nRequired Parameters = Kind, Count\nEND\nEND"));
@@ -296,6 +302,10 @@ subtest 'the validator and what it is asked for' => sub {
     is $validator->validateParam('/FLOW/DOMAIN:d'), '/FLOW/DOMAIN:d: there is no such parameter [no-such-object]',
         'an object in place of a parameter';
     is $validator->validateObject(' /FLOW//DOMAIN: d '), undef, 'a path in another form';
+    is $validator->validateObject(' /FLOW//DOMAIN: x '), '/FLOW/DOMAIN:x: there is no such object [no-such-object]',
+        'which a finding gives in the usual one';
+    is $validator->validateParam(' /FLOW//DOMAIN: d/Nix'),
+        '/FLOW/DOMAIN:d/Nix: there is no such parameter [no-such-object]', 'for a parameter too';
 };
 
 subtest 'counts follow the data and the rules' => sub {
@@ -329,6 +339,24 @@ subtest 'language version' => sub {
 
 subtest 'without rules nothing is known to be wrong' => sub {
     is findings(database('', "ANY: thing\nOdd = 1\nEND\nLoose = 1")), '', 'whatever the data';
+};
+
+subtest 'a mark set by another goes with a finding' => sub {
+    my $database = database($rules, "FLOW:\nDOMAIN: d\nEND\nEND");
+    my $validator = VEL::Validate->new($database);
+    $database->setValid('/FLOW/DOMAIN:d', 1);
+    like $validator->validateObject('/FLOW/DOMAIN:d'), qr/missing-parameter/, 'a finding';
+    is $database->isValid('/FLOW/DOMAIN:d'), 0, 'no mark';
+};
+
+subtest 'a validator is not kept alive' => sub {
+    my $database  = database($rules, "FLOW:\nDOMAIN: d\nKind = Fluid\nNames = x\nEND\nEND");
+    my $validator = validator($database);
+    $validator->validateObject($_) for all_paths($database);
+    weaken(my $seen = $validator);
+    undef $validator;
+    is $seen, undef, 'by what it has asked or listens to';
+    is $database->deleteObj('/FLOW'), undef, 'nor missed when something goes';
 };
 
 subtest 'deep nesting' => sub {

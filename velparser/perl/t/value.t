@@ -11,12 +11,15 @@ is entries('Cartesian, (1, 2), 3'), 'Cartesian|(1, 2)|3',       'no cut inside p
 is entries('f(a,b), g(h(1,2),3)'),  'f(a,b)|g(h(1,2),3)',       'nor deeper inside';
 is entries('a,'),                   'a|',                       'a last comma makes an empty entry';
 is entries('a), b'),                'a), b',                    'a depth below zero does not cut';
+is entries("  a \t,\t  b  "),         'a|b',                      'of all white space';
 is entries('  '),                   '',                         'white space has no entries';
 is scalar(my @none = split_list(undef)), 0,                     'nor has nothing';
 
 for my $text (qw(Yes yes Y TRUE t on 1 0.5 27)) { is logical($text), 1, "$text is yes" }
 for my $text (qw(No n FALSE f Off 0 0.4))       { is logical($text), 0, "$text is no" }
-for my $text ('', ' ', 'maybe', 'yes please', '-1', '1x') {
+is logical("  on\t "), 1, 'white space around a logical';
+is logical(undef),   undef, 'nothing is no logical';
+for my $text ('', ' ', 'maybe', 'say yes', 'yes please', '-1', '1x') {
     is logical($text), undef, qq("$text" is no logical);
 }
 
@@ -38,6 +41,9 @@ is shown('-2e3'),           '-2e3 bare',        'a bare number';
 is shown('5 [m'),           '5 open m',         'a bracket that does not close';
 is shown('5 [m] x'),        'none',             'something behind';
 is shown('5 m'),            'none',             'a unit without brackets';
+is shown('m 5 [m]'),        'none',             'something in front';
+is shown('5 x [m]'),        'none',             'or between';
+is shown('5 [a] [m]'),      'none',             'two brackets';
 is shown('fast'),           'none',             'a text';
 is shown('1.5.2'),          'none',             'two points';
 
