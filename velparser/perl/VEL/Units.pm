@@ -48,6 +48,9 @@ my $SYMBOL_PREFIX = qr/da|[YZEPTGMkhdcmunpfazy]/;
 my $WORD_PREFIX   = qr/yotta|zetta|exa|peta|tera|giga|mega|kilo|hecto|deka|deci|centi|milli
     |micro|nano|pico|femto|atto|zepto|yocto/x;
 
+# No unit of any quantity is longer.
+my $LONGEST = 200;
+
 my $FACTOR = qr/[A-Za-z_]+(?:\^[+-]?[1-9])?/;
 my $UNIT   = qr{1|%|$FACTOR(?: $FACTOR)*(?:/$FACTOR)?};
 
@@ -142,7 +145,7 @@ sub _unit ($text) {
 }
 
 sub _parse ($text) {
-    return undef if load() || $text !~ /^$UNIT\z/;
+    return undef if load() || length $text > $LONGEST || $text !~ /^$UNIT\z/;
     return ut_parse($system, $ALONE{$text}, 0) if $ALONE{$text};
     my $within = $text =~ /[ ^\/]/;
     my @names  = $text =~ /[A-Za-z_]+/g;

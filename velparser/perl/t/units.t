@@ -17,6 +17,14 @@ for my $text ('', 'kg/m3', 'm s-1', '2 m', 'm@5', 'm.s', 'kkg', 'mmm', 'METER', 
     ok !VEL::Units::exists_unit($text), qq("$text" is none);
 }
 
+subtest 'a text that is far too long' => sub {
+    my @said;
+    local $SIG{__WARN__} = sub { push @said, @_ };
+    ok VEL::Units::exists_unit('m' . ' m^-1 m' x 20), 'many factors make a unit';
+    ok !VEL::Units::exists_unit('m' . ' m' x 70_000), 'too many none';
+    is "@said", '', 'without a word';
+};
+
 for my $pair (['m', 'ft'], ['kg s^-1', 'g h^-1'], ['C', 'K'], ['F', 'C'], ['Pa', 'bar'], ['N m', 'J'], ['%', '1'],
     ['rev min^-1', 'rad s^-1'], ['deg', 'rad'], ['mrad', 'deg'], ['arcmin', 'degrees'], ['rps', 'rev min^-1'], ['sr', 'rad^2'], ['W', 'kJ h^-1'],
     ['m', 'm']) {

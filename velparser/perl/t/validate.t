@@ -96,6 +96,12 @@ RULES:
   END
   OBJECT: PROBE
   END
+  OBJECT: BOUNDARA
+    Parents = FLOW
+  END
+  OBJECT: STRAY
+    Parents = DOMAIN
+  END
 END
 TEXT
 
@@ -141,6 +147,13 @@ TEXT
 TEXT
     is in_domain("BOUNDARY: w\nKind = Wall\nPROFILE:\nEND\nEND"), <<'TEXT', 'a place that a case would allow';
 BOUNDARY:w/PROFILE: PROFILE is not allowed in this BOUNDARY; it needs Kind = Inlet, Outlet [not-allowed]
+TEXT
+    is in_domain("STRAY: s\nEND"), <<'TEXT', 'a place that no list of the parent names';
+STRAY:s: STRAY is not allowed in this DOMAIN [not-allowed]
+TEXT
+    is in_domain("BOUNDARX: w\nEND", "BOUNDARX: w\nEND"), <<'TEXT', 'of equal hints the one that may stand there';
+BOUNDARX:w: no rule describes an object of type "BOUNDARX"; did you mean BOUNDARY? [unknown-object]
+/BOUNDARX:w: no rule describes an object of type "BOUNDARX"; did you mean BOUNDARA? [unknown-object]
 TEXT
     is in_domain("PROBE: p\nEND"), '', 'a type without parents may stand anywhere';
     is in_domain(join "\n", map { "BOUNDARY: w$_\nKind = Wall\nEND" } 1 .. 4), <<'TEXT', 'too many';
