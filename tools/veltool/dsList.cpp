@@ -52,6 +52,20 @@ void printJson(const container_entry &entry)
           << jsonNumber("position", true, entry.position) << '}';
 }
 
+void printLine(const located_dataset &dataset)
+{
+    out() << dataset.what << '\t' << dataset.where << '\t' << std::to_string(dataset.when) << '\t'
+          << std::to_string(dataset.length) << '\t' << std::to_string(dataset.position) << '\n';
+}
+
+void printJson(const located_dataset &dataset)
+{
+    out() << '{' << jsonMember("what", dataset.what) << ',' << jsonMember("where", dataset.where)
+          << ',' << jsonNumber("when", true, dataset.when) << ','
+          << jsonNumber("length", true, dataset.length) << ','
+          << jsonNumber("position", true, dataset.position) << '}';
+}
+
 class ListTask : public Task
 {
 public:
@@ -98,20 +112,36 @@ private:
 class LocateTask : public Task
 {
 public:
+    void addOptions(CLI::App &app) override { app.add_flag("--json", json_, "Print a JSON array"); }
+
     int run(const Words &words) override
     {
         const DatasetName name(words[1], words[2], words[3]);
         const ReadableFile file(words[0]);
         Container container;
         container.open(file);
-        for (const located_dataset &dataset : container.locate(name)) {
-            out() << dataset.what << '\t' << dataset.where << '\t' << std::to_string(dataset.when)
-                  << '\t' << std::to_string(dataset.length) << '\t'
-                  << std::to_string(dataset.position) << '\n';
-        }
+        print(container.locate(name));
         container.close();
         return statusGood;
     }
+
+private:
+    void print(const std::vector<located_dataset> &datasets) const
+    {
+        JsonArray array;
+        for (const located_dataset &dataset : datasets) {
+            if (json_) {
+                out() << array.next();
+                printJson(dataset);
+            } else {
+                printLine(dataset);
+            }
+        }
+        if (json_)
+            out() << array.end();
+    }
+
+    bool json_ = false;
 };
 
 } // namespace

@@ -139,6 +139,24 @@ TEST_F(Ds, LocatesInTheLibrarysOrder)
               ds({"locate", file, "B", "Q", "1"}).out);
 }
 
+TEST_F(Ds, LocatesInJson)
+{
+    const std::string file = sample();
+    const auto found = nlohmann::json::parse(ds({"locate", "--json", file, "A", "P", "-1"}).out);
+    ASSERT_EQ(found.size(), 2U);
+    std::string lines;
+    for (const auto &dataset : found) {
+        EXPECT_EQ(dataset.size(), 5U) << dataset;
+        lines += dataset["what"].get<std::string>() + '\t' + dataset["where"].get<std::string>() +
+                 '\t' + dataset["when"].dump() + '\t' + dataset["length"].dump() + '\t' +
+                 dataset["position"].dump() + '\n';
+    }
+    EXPECT_EQ(lines, ds({"locate", file, "A", "P", "-1"}).out);
+    const ToolRun none = ds({"locate", "--json", file, "Z", "P", "1"});
+    EXPECT_EQ(none.status, 17);
+    EXPECT_EQ(none.out, "");
+}
+
 TEST_F(Ds, KeepsAttributesAndBlockFactor)
 {
     const std::string file = folder_.path("a");
@@ -151,7 +169,10 @@ TEST_F(Ds, KeepsAttributesAndBlockFactor)
     const std::size_t first = bytes.find("first one");
     EXPECT_NE(first, std::string::npos);
     EXPECT_NE(bytes.find("second", first), std::string::npos);
-    EXPECT_NE(bytes.find('7'), std::string::npos);
+    EXPECT_NE(bytes.find("\nBLOCKFACTOR\x1b"
+                         "7 "),
+              std::string::npos)
+        << bytes;
 }
 
 TEST_F(Ds, CopiesAllOrWhatMatches)
