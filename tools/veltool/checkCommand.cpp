@@ -5,6 +5,7 @@
 #include "tools/veltool/command.h"
 #include "tools/veltool/commandData.h"
 #include "tools/veltool/json.h"
+#include "tools/veltool/loadFiles.h"
 #include "tools/veltool/output.h"
 #include "tools/veltool/progressLine.h"
 #include "tools/veltool/ruleCheck.h"
@@ -34,6 +35,7 @@ public:
 
     int run(const Words &files) override
     {
+        requireOneStandardInput(files);
         const std::size_t jobs = jobs_.empty() ? 1 : parseJobs(jobs_);
         rules_.emplace();
         const int ruleStatus = rules_->reportRuleFaults();

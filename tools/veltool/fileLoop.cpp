@@ -1,5 +1,7 @@
 #include "tools/veltool/fileLoop.h"
 
+#include "tools/veltool/loadFiles.h"
+
 #include <algorithm>
 
 namespace veltool {
@@ -7,6 +9,7 @@ namespace veltool {
 int forEachFile(std::span<const std::string> files,
                 const std::function<int(const std::string &file)> &work)
 {
+    requireOneStandardInput(files);
     int status = statusGood;
     for (const std::string &file : files) {
         try {

@@ -8,7 +8,9 @@
 namespace veltool {
 
 /// Runs `work` for each file in turn. One that fails gives its message and
-/// status 2, and the next is done. Gives the highest status.
+/// status 2, and the next is done. Gives the highest status. Throws a Failure,
+/// before anything is done, when "-" is named more than once: the second would
+/// be taken for an empty file.
 [[nodiscard]] int forEachFile(std::span<const std::string> files,
                               const std::function<int(const std::string &file)> &work);
 

@@ -22,7 +22,7 @@ bool isPlainText(const std::string &file)
 
 } // namespace
 
-void requireOneStandardInput(const Words &files)
+void requireOneStandardInput(std::span<const std::string> files)
 {
     if (std::count(files.begin(), files.end(), standardInput) > 1)
         throw Failure("only one of the files can be standard input");

@@ -4,6 +4,7 @@
 #include "tools/veltool/command.h"
 #include "velapilt/src/velapilt.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,6 @@ namespace veltool {
 [[nodiscard]] std::vector<velHandlePtr> loadFiles(const Words &files);
 
 /// Throws a Failure when "-" is named more than once.
-void requireOneStandardInput(const Words &files);
+void requireOneStandardInput(std::span<const std::string> files);
 
 } // namespace veltool

@@ -181,5 +181,21 @@ TEST(BadInput, DeepNestingEndsWell)
     EXPECT_EQ(runTool({"upgrade", "--dry-run", file}).status, 0);
 }
 
+// The second would be taken for an empty file, which is a good one.
+TEST(BadInput, StandardInputStandsForOneFileOnly)
+{
+    const std::vector<Words> refused = {
+        {"check", "-", "-"},         {"check", "--jobs", "2", "-", "-"},
+        {"format", "-c", "-", "-"},  {"get", "--json", "-", "-", "/x"},
+        {"find", "-", "-", "x"},     {"upgrade", "--dry-run", "-", "-"},
+        {"rules", "check", "-", "-"}};
+    for (const Words &run : refused) {
+        const ToolRun result = runTool(run, "x = 1\n");
+        EXPECT_EQ(result.status, 2) << run[0];
+        EXPECT_EQ(result.out, "") << run[0];
+        EXPECT_EQ(result.err, "veltool: only one of the files can be standard input\n") << run[0];
+    }
+}
+
 } // namespace
 } // namespace veltool::test
