@@ -362,6 +362,28 @@ subtest 'a mark set by another goes with a finding' => sub {
     is $database->isValid('/FLOW/DOMAIN:d'), 0, 'no mark';
 };
 
+subtest 'new rules count at once' => sub {
+    my $told = '/X:x/PROBE:p/Odd: PROBE has no parameter "Odd" [unknown-parameter]';
+    my $look = sub ($text) {
+        my $database  = database($rules, "X: x\nPROBE: p\nOdd = 1\nEND\nEND");
+        my $validator = VEL::Validate->new($database);
+        is $validator->validateObject('/X:x/PROBE:p'), undef, "$text: below an unknown type nothing is said";
+        $database->loadLibraryData(lines("RULES:\nOBJECT: X\nEND\nEND"));
+        is $validator->validateObject('/X:x/PROBE:p'), $told, "$text: the type is known";
+        $database->deleteObj('/X:x/PROBE:p');
+        $database->createObject('/X:x/DOMAIN:d', 0);
+        $database->createParam('/X:x/DOMAIN:d/Names', 'q');
+        like $validator->validateParam('/X:x/DOMAIN:d/Names'), qr/there is no PROBE or START named "q"/,
+            "$text: names of objects";
+        $database->createObject('/X:x/PROBE:q', 0);
+        is $validator->validateParam('/X:x/DOMAIN:d/Names'), undef, "$text: and new ones";
+    };
+    $look->('heard');
+    no warnings 'redefine';
+    local *VEL::Parser::Lite::addChangeHandler = sub { die "not for this one\n" };
+    $look->('not heard');
+};
+
 subtest 'a validator is not kept alive' => sub {
     my $database  = database($rules, "FLOW:\nDOMAIN: d\nKind = Fluid\nNames = x\nEND\nEND");
     my $validator = validator($database);
