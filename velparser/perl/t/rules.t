@@ -296,6 +296,20 @@ EXPECTED
     is $type->{parents}, undef, 'a field without anything right is as if it were not there';
 };
 
+subtest 'texts at the edge of what a field may be' => sub {
+    is faults("Language Version = $_"), '', "version $_" for qw(5 10 0.9 10.20.30);
+    is faults("Language Version = $_"), qq(/RULES/Language Version: "$_" is not a version such as 5.7 [bad-rule]\n),
+        "version $_" for qw(v5 5. .5);
+    is faults("OBJECT: A\nRequired Parameters =\nMaximum Count = 0\nEND"), '', 'an empty list, a count of none';
+    is faults("PARAMETER: P\nType = Real\nUnits = [m]\nEND"),
+        qq(/RULES/PARAMETER:P/Units: "[m]" is written without brackets here [bad-rule]\n), 'a unit in brackets';
+    is faults("UPGRADE: $_\nEND"), qq(/RULES/UPGRADE:$_: must be named "Version" and a number, such as Version 5.7 [bad-rule]\n),
+        "UPGRADE: $_" for 'Version x', 'to Version 2';
+    is scalar(my @none = rules("UPGRADE: next\nEND")->upgrades), 0, 'an upgrade to no version does not run';
+    my ($problem) = rules("PARAMETER: P\nAllowed Values =\nEND")->general('P')->problems('x', {});
+    is $problem->[1], '"x" is not allowed here; nothing is', 'a list of no values';
+};
+
 subtest 'blocks without a name' => sub {
     my @said;
     local $SIG{__WARN__} = sub { push @said, @_ };

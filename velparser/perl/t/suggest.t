@@ -13,6 +13,7 @@ is near('Outlett'),   'Outlet',   'a letter too many';
 is near('Opemimg'),   'Opening',  'two letters wrong in a longer word';
 is near('WALL'),      'Wall',     'letter case alone';
 is near('wal'),       'Wall',     'letter case and a slip';
+is near('Inxyt'),     'none',     'two letters wrong in a short one';
 is near('Window'),    'none',     'too far from all';
 is near(''),          'none',     'nothing';
 is nearest('x', 'X', 'y'), 'X',   'one letter in another case';
@@ -26,7 +27,7 @@ subtest 'among thousands' => sub {
     my %expected = (
         'ROOM 4711'  => 'Room 4711', 'Romo 4711' => 'Room 4711', 'Rom 4711' => 'Room 4711',
         'Rooom 4711' => 'Room 4711', 'Roam 4711' => 'Room 4711', 'Rm 4711'  => 'none',
-        'Cellar'     => 'none',      ''          => 'none',
+        'Rom 1' => 'Room 1', 'ROOM 1' => 'Room 1', 'Cellar' => 'none',      ''          => 'none',
     );
     is $hints->find($_) // 'none', $expected{$_}, qq("$_") for sort keys %expected;
     is(VEL::Suggest->new([qw(Inlet Outlet)])->find('Outet'), 'Outlet', 'among few as ever');

@@ -354,6 +354,18 @@ subtest 'without rules nothing is known to be wrong' => sub {
     is findings(database('', "ANY: thing\nOdd = 1\nEND\nLoose = 1")), '', 'whatever the data';
 };
 
+subtest 'a mark rests on the expressions that a value names' => sub {
+    for my $value ('Inlet Speed', '2 * Inlet Speed') {
+        my $database = database($rules, "LIBRARY:\nEXPRESSIONS:\nInlet Speed = 1 [m s^-1]\nEND\nEND\n"
+            . "FLOW:\nDOMAIN: d\nKind = Fluid\nSpeed = $value\nSTART:\nEND\nEND\nEND");
+        my $validator = validator($database);
+        is $validator->validateObject('/FLOW/DOMAIN:d'), undef, "$value: is known";
+        $database->deleteParam('/LIBRARY/EXPRESSIONS/Inlet Speed');
+        is $database->isValid('/FLOW/DOMAIN:d'), 0, 'the mark goes with the expression';
+        like $validator->validateObject('/FLOW/DOMAIN:d'), qr/Speed: "\Q$value\E" /, 'and a finding comes';
+    }
+};
+
 subtest 'a mark set by another goes with a finding' => sub {
     my $database = database($rules, "FLOW:\nDOMAIN: d\nEND\nEND");
     my $validator = VEL::Validate->new($database);
