@@ -35,7 +35,8 @@ standard error while they load that mean nothing to a user.
 
 # How names here are called over there: alone, and within a product.
 my %ALONE = (C => 'degC', F => 'degF', '%' => 'percent', rev => 'turn', deg => 'degree', cP => 'centipoise');
-my %WITHIN = (C => 'K', F => 'degR', degC => 'K', degF => 'degR', rev => 'turn', deg => 'degree', cP => 'centipoise');
+my %WITHIN = (C => 'K', F => 'degR', degC => 'K', degF => 'degR', rev => 'turn', deg => 'degree',
+    cP => 'centipoise');
 
 # Names that take prefixes as symbols do.
 my %TAKES_SYMBOL = map { $_ => 1 } qw(bar cal);

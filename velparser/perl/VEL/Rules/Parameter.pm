@@ -94,8 +94,8 @@ sub faults ($self) {
         my (undef, $unit) = quantity($text);
         my $units = $self->{units} // '1';
         next if defined $unit ? VEL::Units::is_convertible($unit, $units) : $units eq '1';
-        push @faults, [ ucfirst "$bound Bound",
-            defined $unit ? "$text is not in a unit of the quantity" : "$text has no unit; write it as $text [$units]" ];
+        push @faults, [ ucfirst "$bound Bound", defined $unit ? "$text is not in a unit of the quantity"
+            : "$text has no unit; write it as $text [$units]" ];
     }
     push @faults, [ 'Upper Bound', "$self->{upper} leaves nothing above the lower bound $self->{lower}" ]
         if !@faults && $self->_is_empty_range;
