@@ -6,7 +6,6 @@
 #include "io/testing/io_memory_env.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 namespace {
@@ -35,7 +34,7 @@ void check_code(int code)
 void read(io_session &session, std::int64_t position, const char *type)
 {
     io_header_storage storage;
-    std::strcpy(storage.type, type);
+    io_set_text(storage.type, type);
     IO_header header = storage.header();
     std::int64_t offsets[2] = {position, 0};
     IO_data data;

@@ -3,7 +3,6 @@
 #include "io/Src/Main/io_session.h"
 
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -20,11 +19,11 @@ int put(io_session &session, const char *type, std::int32_t when, std::int32_t c
         const char *format, IO_data &data)
 {
     io_header_storage storage;
-    std::strcpy(storage.what, "I");
-    std::strcpy(storage.where, "P");
-    std::strcpy(storage.type, type);
-    std::strcpy(storage.format, format);
-    std::strcpy(storage.attributes[0], "an attribute");
+    io_set_text(storage.what, "I");
+    io_set_text(storage.where, "P");
+    io_set_text(storage.type, type);
+    io_set_text(storage.format, format);
+    io_set_text(storage.attributes[0], "an attribute");
     storage.attribute_count = when % 2;
     storage.when = when;
     storage.count = count;

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 
 namespace container_workloads {
@@ -39,9 +38,9 @@ int close(io_session &session)
 void set_name(io_header_storage &header, const std::string &what, const char *type,
               std::size_t count)
 {
-    std::snprintf(header.what, sizeof header.what, "%s", what.c_str());
-    std::snprintf(header.where, sizeof header.where, "%s", place);
-    std::snprintf(header.type, sizeof header.type, "%s", type);
+    io_set_text(header.what, what);
+    io_set_text(header.where, place);
+    io_set_text(header.type, type);
     header.when = 0;
     header.count = static_cast<std::int32_t>(count);
 }
@@ -57,7 +56,7 @@ int write_one(const std::string &file, const char *type, std::size_t count, cons
     }
     io_header_storage storage;
     set_name(storage, "FIELD", type, count);
-    std::snprintf(storage.format, sizeof storage.format, "%s", format);
+    io_set_text(storage.format, format);
     IO_header header = storage.header();
     if (int code = request(session, IO_WRITE_PRIMARY_DS, &header, data)) {
         return code;
@@ -186,10 +185,10 @@ int append_small(const std::string &file, int count)
     }
     io_header_storage storage;
     set_name(storage, "", "INTR", small_values);
-    std::snprintf(storage.format, sizeof storage.format, "u");
+    io_set_text(storage.format, "u");
     IO_header header = storage.header();
     for (int number = 0; number < count; number++) {
-        std::snprintf(storage.what, sizeof storage.what, "%s", small_name(number).c_str());
+        io_set_text(storage.what, small_name(number));
         std::int32_t values[small_values] = {number, 1, 2, 3};
         IO_data data;
         data.integers = values;
@@ -246,7 +245,7 @@ std::int64_t small_datasets::scan(const char *pattern)
 {
     io_header_storage storage;
     set_name(storage, pattern, "INTR", 0);
-    std::snprintf(storage.where, sizeof storage.where, "*");
+    io_set_text(storage.where, "*");
     IO_header header = storage.header();
     location where;
     IO_data data = where.data();

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 namespace {
 
 class CopyDataset : public ::testing::Test
@@ -28,8 +26,8 @@ protected:
              std::int32_t when = 0, std::int64_t position = 0)
     {
         io_header_storage header;
-        std::strcpy(header.what, what);
-        std::strcpy(header.where, where);
+        io_set_text(header.what, what);
+        io_set_text(header.where, where);
         header.when = when;
         std::int64_t offsets[2] = {position, 0};
         IO_data data;

@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 namespace {
 
 class Damage : public ::testing::TestWithParam<const char *>
@@ -31,11 +29,11 @@ protected:
     void write_records(io_client &client)
     {
         io_header_storage header;
-        std::strcpy(header.what, "R");
-        std::strcpy(header.where, "P");
-        std::strcpy(header.type, "STRC{INTR:1 STRI:1:4 LOGL:1 CHAR:2}");
-        std::strcpy(header.format, GetParam());
-        std::strcpy(header.attributes[0], "an attribute");
+        io_set_text(header.what, "R");
+        io_set_text(header.where, "P");
+        io_set_text(header.type, "STRC{INTR:1 STRI:1:4 LOGL:1 CHAR:2}");
+        io_set_text(header.format, GetParam());
+        io_set_text(header.attributes[0], "an attribute");
         header.attribute_count = 1;
         header.count = 2;
         header.when = 4;

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <limits>
 
 namespace {
@@ -22,10 +21,10 @@ protected:
     std::string write(const char *type, std::int32_t count, IO_data data)
     {
         io_header_storage header;
-        std::strcpy(header.what, "A");
-        std::strcpy(header.where, "B");
-        std::strcpy(header.type, type);
-        std::strcpy(header.format, GetParam());
+        io_set_text(header.what, "A");
+        io_set_text(header.where, "B");
+        io_set_text(header.type, type);
+        io_set_text(header.format, GetParam());
         header.count = count;
         header.when = when_++;
         if (int code = client_.request(IO_WRITE_PRIMARY_DS, header.header(), data)) {
@@ -93,8 +92,8 @@ TEST_P(DataIo, Characters)
 TEST_P(DataIo, StringsLoseTrailingBlanksOnly)
 {
     std::vector<char> slots(3 * 11);
-    std::strcpy(slots.data(), " a b   ");
-    std::strcpy(slots.data() + 22, "0123456789");
+    std::string_view(" a b   ").copy(slots.data(), 10);
+    std::string_view("0123456789").copy(slots.data() + 22, 10);
     IO_data data;
     data.strings = slots.data();
     data.strings_size = 3;
@@ -126,10 +125,9 @@ TEST_P(DataIo, ManyNumbers)
 TEST_P(DataIo, RecordsOfEveryType)
 {
     std::vector<char> strings(4 * 7);
-    std::strcpy(strings.data(), "one");
-    std::strcpy(strings.data() + 7, "twotwo");
-    std::strcpy(strings.data() + 14, "");
-    std::strcpy(strings.data() + 21, "six");
+    std::string_view("one").copy(strings.data(), 6);
+    std::string_view("twotwo").copy(strings.data() + 7, 6);
+    std::string_view("six").copy(strings.data() + 21, 6);
     std::string chars = "abcd";
     std::vector<std::int32_t> integers = {1, -2, 3, 4};
     std::vector<float> reals = {1.5F, 2.5F};
@@ -161,10 +159,10 @@ TEST(DataIoBytes, BinaryStringsAreFilledWithBlanks)
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
     auto data_of = [&](const char *type) {
         io_header_storage header;
-        std::strcpy(header.what, "A");
-        std::strcpy(header.where, "B");
-        std::strcpy(header.type, type);
-        std::strcpy(header.format, "u");
+        io_set_text(header.what, "A");
+        io_set_text(header.where, "B");
+        io_set_text(header.type, type);
+        io_set_text(header.format, "u");
         header.count = 2;
         char strings[12] = "ab";
         IO_data data;
@@ -236,10 +234,10 @@ TEST(DataIoForeign, CharactersOfAShortLine)
     io_client client(env);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
     io_header_storage header;
-    std::strcpy(header.what, "A");
-    std::strcpy(header.where, "B");
-    std::strcpy(header.type, "CHAR");
-    std::strcpy(header.format, "F");
+    io_set_text(header.what, "A");
+    io_set_text(header.where, "B");
+    io_set_text(header.type, "CHAR");
+    io_set_text(header.format, "F");
     header.count = 4;
     char chars[] = {'a', 'b', ' ', ' '};
     IO_data data;

@@ -1,7 +1,6 @@
 #include "io/tests/io_client.h"
 
 #include <cstdio>
-#include <cstring>
 
 namespace {
 
@@ -15,16 +14,16 @@ std::string code_text(int code)
 void set_name(io_header_storage &header, const char *what, const char *where, std::int32_t when)
 {
     header = io_header_storage();
-    std::snprintf(header.what, sizeof header.what, "%s", what);
-    std::snprintf(header.where, sizeof header.where, "%s", where);
+    io_set_text(header.what, what);
+    io_set_text(header.where, where);
     header.when = when;
 }
 
 void set_data(io_header_storage &header, const char *type, std::size_t count, const char *format)
 {
-    std::snprintf(header.type, sizeof header.type, "%s", type);
+    io_set_text(header.type, type);
     header.count = static_cast<std::int32_t>(count);
-    std::snprintf(header.format, sizeof header.format, "%s", format == nullptr ? "" : format);
+    io_set_text(header.format, format == nullptr ? "" : format);
 }
 
 template <typename Value>

@@ -123,8 +123,8 @@ TEST_F(Iocntc, NoOpenFile)
     data.strings = strings;
     data.strings_size = 2;
     io_header_storage storage;
-    std::strcpy(storage.what, "A");
-    std::strcpy(storage.where, "B");
+    io_set_text(storage.what, "A");
+    io_set_text(storage.where, "B");
     IO_header header = storage.header();
     for (std::uint32_t number :
          {1U, 5U, 7U, 9U, 10U, 11U, 12U, 13U, 14U, 15U, 16U, 17U, 18U, 19U, 20U, 43U, 44U}) {
@@ -149,9 +149,9 @@ TEST_F(Iocntc, TheWayTheCommandDataIsRead)
     data.filename_length = 1;
     ASSERT_EQ(ask(IO_OPEN_PRIMARY, nullptr, &data), IO_OK);
     io_header_storage storage;
-    std::strcpy(storage.what, "G/COMMANDS");
-    std::strcpy(storage.where, "EVERY");
-    std::strcpy(storage.type, "STRI");
+    io_set_text(storage.what, "G/COMMANDS");
+    io_set_text(storage.where, "EVERY");
+    io_set_text(storage.type, "STRI");
     IO_header header = storage.header();
     std::vector<char> names(40 * IO_STRING_SLOT);
     std::int64_t offsets[40] = {};
@@ -275,9 +275,9 @@ TEST_F(Iocntc, WritingCompressedDataAsSuch)
     data.filename = "g";
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
     io_header_storage storage;
-    std::strcpy(storage.what, "A");
-    std::strcpy(storage.where, "B");
-    std::strcpy(storage.type, "DBLE");
+    io_set_text(storage.what, "A");
+    io_set_text(storage.where, "B");
+    io_set_text(storage.type, "DBLE");
     storage.count = 200;
     IO_header header = storage.header();
     std::vector<double> values(200, 1.5);
@@ -289,7 +289,7 @@ TEST_F(Iocntc, WritingCompressedDataAsSuch)
     ASSERT_EQ(ask(IO_WRITE_COMPRESSED, &header, &data), IO_OK);
     EXPECT_EQ(offsets[0], 36);
     EXPECT_EQ(env_["g"].substr(36, 3), "u5\n");
-    std::strcpy(storage.format, "u");
+    io_set_text(storage.format, "u");
     EXPECT_EQ(ask(IO_WRITE_COMPRESSED, &header, &data), IO_NOT_COMPRESSED);
     EXPECT_EQ(ask(IO_READ_COMPRESSED, &header, &data), IO_OK);
 }
@@ -300,9 +300,9 @@ TEST_F(Iocntc, ADatasetInThreeRequests)
     data.filename = "g";
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
     io_header_storage storage;
-    std::strcpy(storage.what, "A");
-    std::strcpy(storage.where, "B");
-    std::strcpy(storage.type, "INTR");
+    io_set_text(storage.what, "A");
+    io_set_text(storage.where, "B");
+    io_set_text(storage.type, "INTR");
     storage.count = 3;
     storage.when = 4;
     IO_header header = storage.header();
@@ -335,9 +335,9 @@ TEST_F(Iocntc, AnythingElseWrittenDropsTheDatasetBegun)
     data.filename = "g";
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
     io_header_storage storage;
-    std::strcpy(storage.what, "A");
-    std::strcpy(storage.where, "B");
-    std::strcpy(storage.type, "INTR");
+    io_set_text(storage.what, "A");
+    io_set_text(storage.where, "B");
+    io_set_text(storage.type, "INTR");
     storage.count = 3;
     storage.when = 4;
     IO_header header = storage.header();
@@ -366,9 +366,9 @@ TEST_F(Iocntc, ADatasetOfNothingNeedsNoData)
     data.filename = "g";
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
     io_header_storage storage;
-    std::strcpy(storage.what, "A");
-    std::strcpy(storage.where, "B");
-    std::strcpy(storage.type, "INTR");
+    io_set_text(storage.what, "A");
+    io_set_text(storage.where, "B");
+    io_set_text(storage.type, "INTR");
     storage.when = 4;
     IO_header header = storage.header();
     std::int64_t offsets[2] = {};
@@ -419,9 +419,9 @@ TEST_F(Iocntc, AFailedWriteOfCompressedDataHasItsOwnCode)
     io_client client(failing);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
     io_header_storage storage;
-    std::strcpy(storage.what, "A");
-    std::strcpy(storage.where, "B");
-    std::strcpy(storage.type, "DBLE");
+    io_set_text(storage.what, "A");
+    io_set_text(storage.where, "B");
+    io_set_text(storage.type, "DBLE");
     storage.count = 200;
     std::vector<double> values(200, 1.5);
     std::int64_t offsets[2] = {};
@@ -502,9 +502,9 @@ TEST_F(Iocntc, RequestsThatWriteAreNamedWhereTheFileIsNotFree)
     io_client other(env_);
     ASSERT_EQ(other.request(IO_OPEN_PRIMARY, "f"), IO_OK);
     io_header_storage storage;
-    std::strcpy(storage.what, "I");
-    std::strcpy(storage.where, "P");
-    std::strcpy(storage.type, "DBLE");
+    io_set_text(storage.what, "I");
+    io_set_text(storage.where, "P");
+    io_set_text(storage.type, "DBLE");
     storage.when = 1;
     storage.count = 100;
     IO_header header = storage.header();
@@ -541,12 +541,12 @@ TEST_F(Iocntc, DataTooLargeForNarrowLengthsGetsWideOnes)
     data.offsets_size = 2;
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
     io_header_storage storage;
-    std::strcpy(storage.what, "A");
-    std::strcpy(storage.where, "B");
+    io_set_text(storage.what, "A");
+    io_set_text(storage.where, "B");
     IO_header header = storage.header();
     auto format_of = [&](const char *type, std::int32_t count, const char *format) {
-        std::strcpy(storage.type, type);
-        std::strcpy(storage.format, format);
+        io_set_text(storage.type, type);
+        io_set_text(storage.format, format);
         storage.count = count;
         EXPECT_EQ(ask(IO_WRITE_HEADER, &header, &data), IO_OK);
         return env_["g"].substr(static_cast<std::size_t>(offsets[0]), 2);

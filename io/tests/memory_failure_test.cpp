@@ -165,9 +165,9 @@ protected:
 
     void set_name(const char *what, const char *where, std::int32_t when, const char *type = "")
     {
-        std::strcpy(storage_.what, what);
-        std::strcpy(storage_.where, where);
-        std::strcpy(storage_.type, type);
+        io_set_text(storage_.what, what);
+        io_set_text(storage_.where, where);
+        io_set_text(storage_.type, type);
         storage_.when = when;
         storage_.count = 4;
     }
@@ -187,7 +187,7 @@ protected:
             return code;
         }
         set_name("N", "P", 1, type);
-        std::strcpy(storage_.format, format);
+        io_set_text(storage_.format, format);
         storage_.count = count;
         if (int code = request(session, IO_WRITE_PRIMARY_DS)) {
             return code;
@@ -200,7 +200,7 @@ protected:
         if (int code = open_and_locate(session, "B", "Q")) {
             return code;
         }
-        std::strcpy(storage_.type, type);
+        io_set_text(storage_.type, type);
         if (int code = request(session, IO_READ_LOCATED_DS)) {
             return code;
         }

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstring>
 
 namespace {
 
@@ -52,10 +51,10 @@ int large_request(io_client &client, std::uint32_t number, std::vector<double> &
 {
     std::int64_t offsets[2] = {client.position("Z", "P", 2), 0};
     io_header_storage header;
-    std::strcpy(header.what, "N");
-    std::strcpy(header.where, "P");
-    std::strcpy(header.type, "DBLE");
-    std::strcpy(header.format, format);
+    io_set_text(header.what, "N");
+    io_set_text(header.where, "P");
+    io_set_text(header.type, "DBLE");
+    io_set_text(header.format, format);
     header.when = 9;
     header.count = static_cast<std::int32_t>(values.size());
     IO_data data;
@@ -75,9 +74,9 @@ int write_long_header(io_client &client)
         attributes[static_cast<std::size_t>(i * IO_STRING_SLOT - 1)] = '\0';
     }
     io_header_storage names;
-    std::strcpy(names.what, "H");
-    std::strcpy(names.where, "P");
-    std::strcpy(names.type, "INTR");
+    io_set_text(names.what, "H");
+    io_set_text(names.where, "P");
+    io_set_text(names.type, "INTR");
     IO_header header = names.header();
     std::int32_t slots = count;
     header.attribute_count = &slots;

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 namespace {
 
 class PlainText : public ::testing::Test
@@ -25,7 +23,7 @@ protected:
     {
         std::vector<char> slots(lines.size() * IO_STRING_SLOT);
         for (std::size_t i = 0; i < lines.size(); i++) {
-            std::strcpy(slots.data() + i * IO_STRING_SLOT, lines[i].c_str());
+            lines[i].copy(slots.data() + i * IO_STRING_SLOT, IO_STRING_LENGTH);
         }
         IO_data data;
         data.strings = slots.data();

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstring>
 
 namespace {
 
@@ -133,11 +132,11 @@ TEST_F(WriteDataset, TheFormatOfTheEnvironmentWins)
 TEST_F(WriteDataset, AttributesComeBack)
 {
     io_header_storage header;
-    std::strcpy(header.what, "A");
-    std::strcpy(header.where, "B");
-    std::strcpy(header.type, "LOGL");
-    std::strcpy(header.attributes[0], "unit=K  ");
-    std::strcpy(header.attributes[1], "");
+    io_set_text(header.what, "A");
+    io_set_text(header.where, "B");
+    io_set_text(header.type, "LOGL");
+    io_set_text(header.attributes[0], "unit=K  ");
+    io_set_text(header.attributes[1], "");
     header.attribute_count = 2;
     header.when = 3;
     IO_data data;
@@ -260,10 +259,10 @@ TEST_F(WriteDataset, EachPartMayBeTheOneThatFails)
         io_client client(failing);
         EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
         io_header_storage names;
-        std::strcpy(names.what, "A");
-        std::strcpy(names.where, "B");
-        std::strcpy(names.type, "INTR");
-        std::strcpy(names.format, "u");
+        io_set_text(names.what, "A");
+        io_set_text(names.where, "B");
+        io_set_text(names.type, "INTR");
+        io_set_text(names.format, "u");
         names.count = count;
         IO_header header = names.header();
         header.attribute_count = &attribute_count;
@@ -295,11 +294,11 @@ TEST_F(WriteDataset, EachPartMayBeTheOneThatFails)
 TEST_F(WriteDataset, TheBlockFactorOfAFormattedDatasetIsTheClients)
 {
     io_header_storage header;
-    std::strcpy(header.what, "A");
-    std::strcpy(header.where, "B");
-    std::strcpy(header.type, "INTR");
+    io_set_text(header.what, "A");
+    io_set_text(header.where, "B");
+    io_set_text(header.type, "INTR");
     auto written = [&](const char *format, std::int32_t blockfactor) {
-        std::strcpy(header.format, format);
+        io_set_text(header.format, format);
         header.blockfactor = blockfactor;
         header.count = 0;
         header.when++;

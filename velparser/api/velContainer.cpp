@@ -27,8 +27,8 @@ class CommandDataset
 public:
     CommandDataset()
     {
-        std::strcpy(names_.what, "G/COMMANDS");
-        std::strcpy(names_.where, "EVERY");
+        io_set_text(names_.what, "G/COMMANDS");
+        io_set_text(names_.where, "EVERY");
         names_.when = -1;
     }
 
@@ -73,7 +73,7 @@ private:
         data.offsets = offsets_.data();
         data.offsets_size = 2;
         // Longer strings are cut to those of 80 characters.
-        std::strcpy(names_.type, "STRI");
+        io_set_text(names_.type, "STRI");
         return request(IO_READ_LOCATED_DS, data);
     }
 

@@ -64,10 +64,10 @@ protected:
     {
         constexpr std::size_t slot = IO_STRING_SLOT;
         io_header_storage names;
-        std::strcpy(names.what, what);
-        std::strcpy(names.where, "EVERY");
-        std::strcpy(names.type, type);
-        std::strcpy(names.format, format);
+        io_set_text(names.what, what);
+        io_set_text(names.where, "EVERY");
+        io_set_text(names.type, type);
+        io_set_text(names.format, format);
         names.when = when;
         names.count = static_cast<std::int32_t>(lines.size());
         std::vector<char> records(lines.size() * slot + 1);

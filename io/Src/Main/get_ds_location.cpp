@@ -24,13 +24,6 @@ std::string_view next_field(const char *&line)
     return {start, static_cast<std::size_t>(line - start)};
 }
 
-void copy_text(char (&to)[IO_STRING_SLOT], std::string_view text)
-{
-    std::size_t length = std::min(text.size(), IO_STRING_LENGTH);
-    std::memcpy(to, text.data(), length);
-    to[length] = '\0';
-}
-
 /// As atoi() reads: what is no number is 0.
 template <typename Integer>
 Integer leading_number(std::string_view text)
@@ -326,14 +319,14 @@ int parseindex(const io_reporter &report, const char *line, located_dataset &rec
     if (field.empty()) {
         return report.error(IO_PARSE_ERROR, "parseindex: bad index: missing what\n");
     }
-    copy_text(record.what, field);
+    io_set_text(record.what, field);
     field = next_field(line);
     if (field.empty()) {
         return report.error(IO_PARSE_ERROR,
                             "parseindex: bad index: missing where in dataset %s:?:?\n",
                             record.what);
     }
-    copy_text(record.where, field);
+    io_set_text(record.where, field);
     field = next_field(line);
     if (field.empty()) {
         return report.error(IO_PARSE_ERROR,

@@ -7,7 +7,9 @@
 
 #include "io/Src/Main/container_format.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 /// Bytes of a string of 80 characters in a client's array, NUL included.
 inline constexpr std::int64_t IO_STRING_SLOT = static_cast<std::int64_t>(IO_STRING_LENGTH) + 1;
@@ -63,7 +65,15 @@ struct IO_data
     std::int64_t logicals_size = 0;
 };
 
-/// Room for everything that an IO_header points to.
+/// Puts a text into a field of fixed size, cut to what it holds.
+template <std::size_t size>
+void io_set_text(char (&field)[size], std::string_view text)
+{
+    field[text.copy(field, size - 1)] = '\0';
+}
+
+/// Room for everything that an IO_header points to. Its texts are set with
+/// io_set_text().
 struct io_header_storage
 {
     static constexpr std::int32_t attributes_max = 16;
