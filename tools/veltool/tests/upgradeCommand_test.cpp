@@ -152,7 +152,12 @@ TEST_F(UpgradeTest, KeepsTheBlockOfASingletonThatIsWrittenWithTwoWords)
                                                       "  Length = 3 # m\n"
                                                       "END\n"
                                                       "x = 1\n");
-    EXPECT_EQ(runTool({"upgrade", file}).status, 0);
+    const ToolRun run = runTool({"upgrade", file});
+    EXPECT_EQ(run.status, 0);
+    // No line for what no object of the file stands above.
+    EXPECT_EQ(run.out, file + ":1: /PIPE: renamed to LINE\n" + file +
+                           ":1: /LINE/Wall: added with the value \"Smooth\"\n" + file +
+                           ":0: /LANGUAGE/Version: set to 2\n");
     EXPECT_EQ(folder_.read("old.vel"), "LINE : LINE # pipe\n"
                                        "  # the long one\n"
                                        "  Length = 3 # m\n"
