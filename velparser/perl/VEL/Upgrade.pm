@@ -208,6 +208,7 @@ sub _remove_object ($self, $path, $step) {
 sub _rename_type ($self, $path, $step) {
     my ($parent, $component) = VEL::Model::split_path($path);
     my (undef, $name) = split /:/, $component, 2;
+    return if defined $name && $name eq $step->{'New Name'};    # TYPE:TYPE would be a singleton
     my $renamed = defined $name ? "$step->{'New Name'}:$name" : $step->{'New Name'};
     my $new     = ($parent eq '/' ? '' : $parent) . "/$renamed";
     return if $self->{database}->havePath($new);
