@@ -231,7 +231,8 @@ subtest 'an object in the way of a parameter, a parameter in the way of an objec
 subtest 'a name that is the new type' => sub {
     my $api = api(steps("Action = Rename Object Type\nObject Type = PIPE\nNew Name = LINE"),
         "PIPE: LINE\nLength = 1\nEND\nPIPE: b\nEND");
-    is $api->updateSolverVEL, '/PIPE:b: renamed to LINE:b', 'is left out, for it would be lost';
+    is $api->updateSolverVEL, "/PIPE:b: renamed to LINE:b\n/LANGUAGE/Version: set to 2.0",
+        'is left out, for it would be lost';
     $api->{database}->getStringValue('/PIPE:LINE/Length', \my $value);
     is $value, '1', 'and stands as it was';
 };
