@@ -233,7 +233,7 @@ bool Editor::confirmErrors()
     return run(dialog) == QDialog::Accepted;
 }
 
-bool Editor::save(std::string target)
+bool Editor::save(const std::string &target)
 {
     if (!confirmErrors())
         return false;

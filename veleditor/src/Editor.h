@@ -39,7 +39,7 @@ public:
     /// when not everything could be written; the user has then been told. True
     /// also when `target` could not be opened, after a box that says so: what
     /// was loaded stands in the .bak file.
-    bool save(std::string target);
+    bool save(const std::string &target);
 
 public slots:
     void doSave();
