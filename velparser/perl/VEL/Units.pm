@@ -70,6 +70,7 @@ my @FUNCTIONS = (
 
 # Asks ut_format to write a unit in base units.
 my $IN_BASE_UNITS = 8;
+my $LONGEST_IN_BASE_UNITS = 512;
 
 # The name by which it is nearly always there.
 my $LIBRARY = 'libudunits2.so.0';
@@ -173,10 +174,12 @@ sub _is_word ($name) {
 # is a plain number.
 sub _family ($text, $unit) {
     return 'number' if $text eq '1' || $text eq '%';
-    my $written = "\0" x 512;
-    my ($room, $size) = FFI::Platypus::Buffer::scalar_to_buffer($written);
-    my $length = ut_format($unit, $room, $size, $IN_BASE_UNITS);
-    return substr($written, 0, $length) =~ /\brad(-?[0-9]+)?\b/ ? $1 // 1 : 0;
+    my $room = '';
+    FFI::Platypus::Buffer::grow($room, $LONGEST_IN_BASE_UNITS);
+    my ($address) = FFI::Platypus::Buffer::scalar_to_buffer($room);
+    my $length  = ut_format($unit, $address, $LONGEST_IN_BASE_UNITS, $IN_BASE_UNITS);
+    my $written = $length > 0 ? FFI::Platypus::Buffer::buffer_to_scalar($address, $length) : '';
+    return $written =~ /\brad(-?[0-9]+)?\b/ ? $1 // 1 : 0;
 }
 
 =item C<is_convertible($from, $to)>
