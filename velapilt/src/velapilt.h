@@ -7,8 +7,9 @@
 //
 // Results. A function that can fail returns a message; null means success.
 // Messages are constants or live in the handle until its next error; they are
-// never freed by the caller. Out-arguments are written on success only. No
-// function throws. All texts are bytes ended by NUL.
+// never freed by the caller. Out-arguments are written on success only. Those
+// that return a std::string throw bad_alloc; no other function throws. All texts
+// are bytes ended by NUL.
 //
 // Paths. "/" is the root; "/FLOW/DOMAIN:Duct/Option" is the parameter Option
 // of the object Duct of type DOMAIN below the singleton FLOW. A path that does
