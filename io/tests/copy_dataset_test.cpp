@@ -25,9 +25,7 @@ protected:
     int copy(std::uint32_t number, const char *what = "A", const char *where = "P",
              std::int32_t when = 0, std::int64_t position = 0)
     {
-        io_header_storage header;
-        io_set_text(header.what, what);
-        io_set_text(header.where, where);
+        io_header_storage header = named_header(what, where);
         header.when = when;
         std::int64_t offsets[2] = {position, 0};
         IO_data data;

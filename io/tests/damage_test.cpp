@@ -28,10 +28,7 @@ protected:
 
     void write_records(io_client &client)
     {
-        io_header_storage header;
-        io_set_text(header.what, "R");
-        io_set_text(header.where, "P");
-        io_set_text(header.type, "STRC{INTR:1 STRI:1:4 LOGL:1 CHAR:2}");
+        io_header_storage header = named_header("R", "P", "STRC{INTR:1 STRI:1:4 LOGL:1 CHAR:2}");
         io_set_text(header.format, GetParam());
         io_set_text(header.attributes[0], "an attribute");
         header.attribute_count = 1;

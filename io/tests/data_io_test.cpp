@@ -20,10 +20,7 @@ protected:
 
     std::string write(const char *type, std::int32_t count, IO_data data)
     {
-        io_header_storage header;
-        io_set_text(header.what, "A");
-        io_set_text(header.where, "B");
-        io_set_text(header.type, type);
+        io_header_storage header = named_header("A", "B", type);
         io_set_text(header.format, GetParam());
         header.count = count;
         header.when = when_++;
@@ -158,10 +155,7 @@ TEST(DataIoBytes, BinaryStringsAreFilledWithBlanks)
     io_client client(env);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
     auto data_of = [&](const char *type) {
-        io_header_storage header;
-        io_set_text(header.what, "A");
-        io_set_text(header.where, "B");
-        io_set_text(header.type, type);
+        io_header_storage header = named_header("A", "B", type);
         io_set_text(header.format, "u");
         header.count = 2;
         char strings[12] = "ab";
@@ -233,10 +227,7 @@ TEST(DataIoForeign, CharactersOfAShortLine)
     io_memory_env env;
     io_client client(env);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
-    io_header_storage header;
-    io_set_text(header.what, "A");
-    io_set_text(header.where, "B");
-    io_set_text(header.type, "CHAR");
+    io_header_storage header = named_header("A", "B", "CHAR");
     io_set_text(header.format, "F");
     header.count = 4;
     char chars[] = {'a', 'b', ' ', ' '};

@@ -13,9 +13,7 @@ std::string code_text(int code)
 
 void set_name(io_header_storage &header, const char *what, const char *where, std::int32_t when)
 {
-    header = io_header_storage();
-    io_set_text(header.what, what);
-    io_set_text(header.where, where);
+    header = named_header(what, where);
     header.when = when;
 }
 
@@ -64,6 +62,15 @@ std::size_t slot_of(const std::string &type_text)
 }
 
 } // namespace
+
+io_header_storage named_header(std::string_view what, std::string_view where, std::string_view type)
+{
+    io_header_storage header;
+    io_set_text(header.what, what);
+    io_set_text(header.where, where);
+    io_set_text(header.type, type);
+    return header;
+}
 
 std::string take_messages()
 {

@@ -5,11 +5,16 @@
 #include "io/testing/io_memory_env.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// Everything that the error routine of any io_client received.
 std::string take_messages();
 int collect_message(const char *text, std::int32_t length);
+
+/// A header with these texts; WHEN is −1, every one.
+io_header_storage named_header(std::string_view what, std::string_view where,
+                               std::string_view type = "");
 
 class io_client
 {

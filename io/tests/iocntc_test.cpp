@@ -122,9 +122,7 @@ TEST_F(Iocntc, NoOpenFile)
     data.integers_size = 1;
     data.strings = strings;
     data.strings_size = 2;
-    io_header_storage storage;
-    io_set_text(storage.what, "A");
-    io_set_text(storage.where, "B");
+    io_header_storage storage = named_header("A", "B");
     IO_header header = storage.header();
     for (std::uint32_t number :
          {1U, 5U, 7U, 9U, 10U, 11U, 12U, 13U, 14U, 15U, 16U, 17U, 18U, 19U, 20U, 43U, 44U}) {
@@ -148,10 +146,7 @@ TEST_F(Iocntc, TheWayTheCommandDataIsRead)
     data.filename = name;
     data.filename_length = 1;
     ASSERT_EQ(ask(IO_OPEN_PRIMARY, nullptr, &data), IO_OK);
-    io_header_storage storage;
-    io_set_text(storage.what, "G/COMMANDS");
-    io_set_text(storage.where, "EVERY");
-    io_set_text(storage.type, "STRI");
+    io_header_storage storage = named_header("G/COMMANDS", "EVERY", "STRI");
     IO_header header = storage.header();
     std::vector<char> names(40 * IO_STRING_SLOT);
     std::int64_t offsets[40] = {};
@@ -274,10 +269,7 @@ TEST_F(Iocntc, WritingCompressedDataAsSuch)
     IO_data data;
     data.filename = "g";
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
-    io_header_storage storage;
-    io_set_text(storage.what, "A");
-    io_set_text(storage.where, "B");
-    io_set_text(storage.type, "DBLE");
+    io_header_storage storage = named_header("A", "B", "DBLE");
     storage.count = 200;
     IO_header header = storage.header();
     std::vector<double> values(200, 1.5);
@@ -299,10 +291,7 @@ TEST_F(Iocntc, ADatasetInThreeRequests)
     IO_data data;
     data.filename = "g";
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
-    io_header_storage storage;
-    io_set_text(storage.what, "A");
-    io_set_text(storage.where, "B");
-    io_set_text(storage.type, "INTR");
+    io_header_storage storage = named_header("A", "B", "INTR");
     storage.count = 3;
     storage.when = 4;
     IO_header header = storage.header();
@@ -334,10 +323,7 @@ TEST_F(Iocntc, AnythingElseWrittenDropsTheDatasetBegun)
     IO_data data;
     data.filename = "g";
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
-    io_header_storage storage;
-    io_set_text(storage.what, "A");
-    io_set_text(storage.where, "B");
-    io_set_text(storage.type, "INTR");
+    io_header_storage storage = named_header("A", "B", "INTR");
     storage.count = 3;
     storage.when = 4;
     IO_header header = storage.header();
@@ -365,10 +351,7 @@ TEST_F(Iocntc, ADatasetOfNothingNeedsNoData)
     IO_data data;
     data.filename = "g";
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
-    io_header_storage storage;
-    io_set_text(storage.what, "A");
-    io_set_text(storage.where, "B");
-    io_set_text(storage.type, "INTR");
+    io_header_storage storage = named_header("A", "B", "INTR");
     storage.when = 4;
     IO_header header = storage.header();
     std::int64_t offsets[2] = {};
@@ -418,10 +401,7 @@ TEST_F(Iocntc, AFailedWriteOfCompressedDataHasItsOwnCode)
     io_failing_env failing(env_);
     io_client client(failing);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
-    io_header_storage storage;
-    io_set_text(storage.what, "A");
-    io_set_text(storage.where, "B");
-    io_set_text(storage.type, "DBLE");
+    io_header_storage storage = named_header("A", "B", "DBLE");
     storage.count = 200;
     std::vector<double> values(200, 1.5);
     std::int64_t offsets[2] = {};
@@ -501,10 +481,7 @@ TEST_F(Iocntc, RequestsThatWriteAreNamedWhereTheFileIsNotFree)
 {
     io_client other(env_);
     ASSERT_EQ(other.request(IO_OPEN_PRIMARY, "f"), IO_OK);
-    io_header_storage storage;
-    io_set_text(storage.what, "I");
-    io_set_text(storage.where, "P");
-    io_set_text(storage.type, "DBLE");
+    io_header_storage storage = named_header("I", "P", "DBLE");
     storage.when = 1;
     storage.count = 100;
     IO_header header = storage.header();
@@ -540,9 +517,7 @@ TEST_F(Iocntc, DataTooLargeForNarrowLengthsGetsWideOnes)
     data.offsets = offsets;
     data.offsets_size = 2;
     ASSERT_EQ(ask(IO_OPEN_PRIMARY_WRITE, nullptr, &data), IO_OK);
-    io_header_storage storage;
-    io_set_text(storage.what, "A");
-    io_set_text(storage.where, "B");
+    io_header_storage storage = named_header("A", "B");
     IO_header header = storage.header();
     auto format_of = [&](const char *type, std::int32_t count, const char *format) {
         io_set_text(storage.type, type);

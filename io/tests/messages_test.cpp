@@ -50,10 +50,7 @@ int large_request(io_client &client, std::uint32_t number, std::vector<double> &
                   const char *format)
 {
     std::int64_t offsets[2] = {client.position("Z", "P", 2), 0};
-    io_header_storage header;
-    io_set_text(header.what, "N");
-    io_set_text(header.where, "P");
-    io_set_text(header.type, "DBLE");
+    io_header_storage header = named_header("N", "P", "DBLE");
     io_set_text(header.format, format);
     header.when = 9;
     header.count = static_cast<std::int32_t>(values.size());
@@ -73,10 +70,7 @@ int write_long_header(io_client &client)
     for (std::int32_t i = 1; i <= count; i++) {
         attributes[static_cast<std::size_t>(i * IO_STRING_SLOT - 1)] = '\0';
     }
-    io_header_storage names;
-    io_set_text(names.what, "H");
-    io_set_text(names.where, "P");
-    io_set_text(names.type, "INTR");
+    io_header_storage names = named_header("H", "P", "INTR");
     IO_header header = names.header();
     std::int32_t slots = count;
     header.attribute_count = &slots;

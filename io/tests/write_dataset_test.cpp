@@ -131,10 +131,7 @@ TEST_F(WriteDataset, TheFormatOfTheEnvironmentWins)
 
 TEST_F(WriteDataset, AttributesComeBack)
 {
-    io_header_storage header;
-    io_set_text(header.what, "A");
-    io_set_text(header.where, "B");
-    io_set_text(header.type, "LOGL");
+    io_header_storage header = named_header("A", "B", "LOGL");
     io_set_text(header.attributes[0], "unit=K  ");
     io_set_text(header.attributes[1], "");
     header.attribute_count = 2;
@@ -258,10 +255,7 @@ TEST_F(WriteDataset, EachPartMayBeTheOneThatFails)
         io_failing_env failing(memory);
         io_client client(failing);
         EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
-        io_header_storage names;
-        io_set_text(names.what, "A");
-        io_set_text(names.where, "B");
-        io_set_text(names.type, "INTR");
+        io_header_storage names = named_header("A", "B", "INTR");
         io_set_text(names.format, "u");
         names.count = count;
         IO_header header = names.header();
@@ -293,10 +287,7 @@ TEST_F(WriteDataset, EachPartMayBeTheOneThatFails)
 
 TEST_F(WriteDataset, TheBlockFactorOfAFormattedDatasetIsTheClients)
 {
-    io_header_storage header;
-    io_set_text(header.what, "A");
-    io_set_text(header.where, "B");
-    io_set_text(header.type, "INTR");
+    io_header_storage header = named_header("A", "B", "INTR");
     auto written = [&](const char *format, std::int32_t blockfactor) {
         io_set_text(header.format, format);
         header.blockfactor = blockfactor;

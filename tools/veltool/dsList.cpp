@@ -66,6 +66,23 @@ void printJson(const located_dataset &dataset)
           << jsonNumber("position", true, dataset.position) << '}';
 }
 
+/// One line for each, or one array of objects.
+template <typename Entry>
+void print(const std::vector<Entry> &entries, bool json)
+{
+    JsonArray array;
+    for (const Entry &entry : entries) {
+        if (json) {
+            out() << array.next();
+            printJson(entry);
+        } else {
+            printLine(entry);
+        }
+    }
+    if (json)
+        out() << array.end();
+}
+
 class ListTask : public Task
 {
 public:
@@ -83,28 +100,13 @@ public:
         std::vector<container_entry> entries;
         const int code = list_container(container.primary(), all_, entries);
         // What stands in front of damage is shown as well.
-        print(entries);
+        print(entries, json_);
         container.check(code);
         container.close();
         return statusGood;
     }
 
 private:
-    void print(const std::vector<container_entry> &entries) const
-    {
-        JsonArray array;
-        for (const container_entry &entry : entries) {
-            if (json_) {
-                out() << array.next();
-                printJson(entry);
-            } else {
-                printLine(entry);
-            }
-        }
-        if (json_)
-            out() << array.end();
-    }
-
     bool all_ = false;
     bool json_ = false;
 };
@@ -120,27 +122,12 @@ public:
         const ReadableFile file(words[0]);
         Container container;
         container.open(file);
-        print(container.locate(name));
+        print(container.locate(name), json_);
         container.close();
         return statusGood;
     }
 
 private:
-    void print(const std::vector<located_dataset> &datasets) const
-    {
-        JsonArray array;
-        for (const located_dataset &dataset : datasets) {
-            if (json_) {
-                out() << array.next();
-                printJson(dataset);
-            } else {
-                printLine(dataset);
-            }
-        }
-        if (json_)
-            out() << array.end();
-    }
-
     bool json_ = false;
 };
 
