@@ -1,5 +1,7 @@
 #include "help/ProcessControl.h"
 
+#include "common/writeSignals.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -78,13 +80,13 @@ public:
     SpawnAttributes()
     {
         sigset_t none;
-        sigset_t broken;
+        sigset_t defaults;
         sigemptyset(&none);
-        sigemptyset(&broken);
-        sigaddset(&broken, SIGPIPE);
+        sigemptyset(&defaults);
+        addWriteSignals(defaults);
         ::posix_spawnattr_init(&attributes_);
         ::posix_spawnattr_setsigmask(&attributes_, &none);
-        ::posix_spawnattr_setsigdefault(&attributes_, &broken);
+        ::posix_spawnattr_setsigdefault(&attributes_, &defaults);
         ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     }
     ~SpawnAttributes() { ::posix_spawnattr_destroy(&attributes_); }

@@ -42,8 +42,9 @@ public:
     virtual void connectHostPort(const std::string &host, unsigned short port, int attempts);
 
     /// Sends all `length` bytes. Raises "Socket::socketSend - send  call failed
-    /// with error: …", also when the peer has closed the connection or does not
-    /// take it all within five seconds.
+    /// with error: …", also if the peer has closed the connection or does not
+    /// take it all within five seconds. A peer that has shut down only its
+    /// sending half still receives.
     virtual void socketSend(const char *text, std::size_t length);
 
     /// What one receive of at most `size` bytes gives, empty when the peer has

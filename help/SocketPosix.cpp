@@ -13,9 +13,11 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -31,6 +33,8 @@ constexpr std::chrono::milliseconds connectLimit(1000);
 /// How long the sending of one text may take.
 constexpr std::chrono::milliseconds sendLimit(5000);
 constexpr std::chrono::milliseconds sendPause(100);
+/// How often the confirmation of what was sent is looked for.
+constexpr std::chrono::milliseconds confirmPause(2);
 
 [[noreturn]] void raise(const std::string &text, int code)
 {
@@ -112,12 +116,41 @@ int tryConnect(int handle, const sockaddr_in &address)
     return code;
 }
 
-/// Whether the peer has closed the connection. A first send would still succeed
-/// then, and the loss go unnoticed.
-bool peerHasClosed(int handle)
+/// Which of `events`, and of those that are reported in any case, have come.
+short eventsOf(int handle, short events)
 {
-    pollfd entry{handle, POLLRDHUP, 0};
-    return ::poll(&entry, 1, 0) > 0 && (entry.revents & (POLLRDHUP | POLLHUP | POLLERR)) != 0;
+    pollfd entry{handle, events, 0};
+    return ::poll(&entry, 1, 0) > 0 ? entry.revents : short{0};
+}
+
+/// Whether the connection has been reset, or closed in both directions.
+bool isLost(int handle)
+{
+    return (eventsOf(handle, 0) & (POLLHUP | POLLERR)) != 0;
+}
+
+/// Whether the peer sends no more. It may still receive: it has then closed only
+/// its sending half. Nothing tells this from a closed connection until something
+/// is sent.
+bool peerSendsNoMore(int handle)
+{
+    return (eventsOf(handle, POLLRDHUP) & POLLRDHUP) != 0;
+}
+
+/// Whether the peer has received all that was sent. One that has closed the
+/// connection resets it instead.
+bool arrives(int handle)
+{
+    const auto end = std::chrono::steady_clock::now() + sendLimit;
+    for (;;) {
+        int unconfirmed = 0;
+        const bool isConfirmed = ::ioctl(handle, SIOCOUTQ, &unconfirmed) != 0 || unconfirmed == 0;
+        if (isLost(handle))
+            return false;
+        if (isConfirmed || std::chrono::steady_clock::now() >= end)
+            return true;
+        std::this_thread::sleep_for(confirmPause);
+    }
 }
 
 } // namespace
@@ -183,7 +216,7 @@ void Socket::socketSend(const char *text, std::size_t length)
     const std::string failed = "Socket::socketSend - send  call failed with error: ";
     if (handle_ == noSocket)
         raise(failed, ENOTCONN);
-    if (peerHasClosed(handle_))
+    if (isLost(handle_))
         raise(failed, ECONNRESET);
     const auto end = std::chrono::steady_clock::now() + sendLimit;
     for (std::size_t sent = 0; sent < length;) {
@@ -196,6 +229,8 @@ void Socket::socketSend(const char *text, std::size_t length)
         else if (errno != EINTR)
             raise(failed, errno);
     }
+    if (peerSendsNoMore(handle_) && !arrives(handle_))
+        raise(failed, ECONNRESET);
 }
 
 std::string Socket::socketRecv(std::size_t size)

@@ -1,6 +1,7 @@
 // velbench CALL ARGUMENTS: measures the code that the programs run and prints
 // one JSON object a line. Exit status 0, or 2 when a measurement was not made.
 #include "bench/velbench/calls.h"
+#include "common/writeSignals.h"
 #include "tools/veltool/programPlace.h"
 
 #include <cstdio>
@@ -67,6 +68,7 @@ int run(const Call &call, const velBench::Arguments &arguments)
 
 int main(int count, char **words)
 {
+    velEditor::ignoreWriteSignals();
     if (count < 2)
         return usage(stderr, 2);
     veltool::completeEnvironment();

@@ -318,6 +318,49 @@ TEST_F(JavaHelpServerTest, reportsALostViewerOnceAndStartsAnew)
     EXPECT_EQ(1U, warnings.size());
 }
 
+// A viewer that shuts down its sending half is not lost: it still takes requests.
+TEST_F(JavaHelpServerTest, keepsAViewerThatSendsNoMore)
+{
+    set("HELP_DOUBLE", "half");
+    const auto client = newClient();
+    client->showHelp("One", "", 2);
+    client->showHelp("Two", "", 2);
+    client->showHelp("Three", "", 2);
+    client->disconnect();
+    EXPECT_EQ(std::string(started) + "got ZOT:One\ngot ZOT:Two\ngot ZOT:Three\ngot QUIT\nended\n",
+              logUpTo("ended"));
+    EXPECT_EQ(Lines(), warnings);
+}
+
+// The port is waited for at most 20 seconds; then no port was parsed.
+TEST_F(JavaHelpServerTest, stopsReadingThePortAfterTwentySeconds)
+{
+    set("HELP_DOUBLE", "silent");
+    const auto client = newClient();
+    const auto begin = std::chrono::steady_clock::now();
+    client->showHelp("One", "", 2);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 20s);
+    EXPECT_EQ(Lines({"Warning: Deskhall help server was not successfully started.  Returned: ''"}),
+              warnings);
+    EXPECT_FALSE(client->isConnected());
+}
+
+// Whoever closes the editor is not told that the viewer has gone.
+TEST_F(JavaHelpServerTest, closesInSilenceWithoutAViewer)
+{
+    set("HELP_DOUBLE", "leave");
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    {
+        const auto client = newClient();
+        client->showHelp("One", "", 2);
+        logUpTo("ended");
+    }
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
+    EXPECT_EQ(Lines(), warnings);
+}
+
 TEST_F(JavaHelpServerTest, leavesALostViewerInPeace)
 {
     set("HELP_DOUBLE", "leave");

@@ -1,5 +1,7 @@
 #include "help/ProcessControl.h"
 
+#include "common/writeSignals.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -131,11 +133,27 @@ TEST(ProcessControl, leavesTheParentsStreamsAlone)
     EXPECT_EQ("still here", testing::internal::GetCapturedStdout());
 }
 
+// Our programs ignore the signals of failed writes; what they start does not.
 TEST(ProcessControl, startsChildrenWithOrdinarySignals)
 {
-    const auto before = std::signal(SIGPIPE, SIG_IGN);
-    EXPECT_EQ("default\n", outputOf({"signals"}));
-    std::signal(SIGPIPE, before);
+    ignoreWriteSignals();
+    EXPECT_EQ("default\ndefault\n", outputOf({"signals"}));
+    restoreWriteSignals();
+}
+
+TEST(ProcessControl, givesForkedChildrenOrdinarySignals)
+{
+    ignoreWriteSignals();
+    const pid_t process = ::fork();
+    if (process == 0) {
+        ::raise(SIGXFSZ);
+        ::_exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(process, ::waitpid(process, &status, 0));
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ);
+    EXPECT_EQ(0, ::raise(SIGXFSZ)); // ignored here
+    restoreWriteSignals();
 }
 
 TEST(ProcessControl, wantsArguments)

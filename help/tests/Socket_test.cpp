@@ -204,6 +204,30 @@ TEST(Socket, noticesAPeerThatHasGone)
               raisedBy([&] { send(*pair.client, "x"); }));
 }
 
+TEST(Socket, noticesAPeerThatHasGoneWithNothingUnread)
+{
+    const Pair pair;
+    pair.server->closeAll();
+    EXPECT_EQ("Socket::socketSend - send  call failed with error: connection reset",
+              raisedBy([&] { send(*pair.client, "x"); }));
+    EXPECT_EQ("Socket::socketSend - send  call failed with error: connection reset",
+              raisedBy([&] { send(*pair.client, "y"); }));
+}
+
+// A peer that shuts down only its sending half is still there to receive.
+TEST(Socket, sendsToAPeerThatSendsNoMore)
+{
+    const Pair pair;
+    ASSERT_EQ(0, ::shutdown(pair.server->handle(), SHUT_WR));
+    for (const char *text : {"one", "two", "six"}) {
+        send(*pair.client, text);
+        EXPECT_EQ(text, receive(*pair.server, 3));
+    }
+    pair.server->closeAll();
+    EXPECT_EQ("Socket::socketSend - send  call failed with error: connection reset",
+              raisedBy([&] { send(*pair.client, "x"); }));
+}
+
 TEST(Socket, endsReceivingWhenThePeerCloses)
 {
     const Pair pair;

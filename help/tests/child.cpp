@@ -3,7 +3,8 @@
 //   echo             copies standard input to standard output
 //   write FD TEXT    writes TEXT to descriptor FD
 //   inherits FD      prints whether the descriptor is open
-//   signals          prints how it takes a broken pipe: "default" or "other"
+//   signals          prints whether a broken pipe and a file too large end it:
+//                    "default" or "other" for each
 //   sleep            does nothing for a minute
 #include <csignal>
 #include <cstdio>
@@ -37,9 +38,11 @@ int writeTo(int fd, const char *text)
 
 int printSignals()
 {
-    struct sigaction action = {};
-    sigaction(SIGPIPE, nullptr, &action);
-    std::puts(action.sa_handler == SIG_DFL ? "default" : "other");
+    for (const int signal : {SIGPIPE, SIGXFSZ}) {
+        struct sigaction action = {};
+        sigaction(signal, nullptr, &action);
+        std::puts(action.sa_handler == SIG_DFL ? "default" : "other");
+    }
     return 0;
 }
 

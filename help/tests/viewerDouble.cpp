@@ -4,6 +4,8 @@
 //   (unset)     as a viewer should
 //   say TEXT    prints TEXT instead of a port, and stays
 //   leave       ends after one command
+//   half        shuts down its sending half once it is connected
+//   silent      prints nothing, and stays
 #include "common/error.h"
 #include "help/Socket.h"
 
@@ -12,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
@@ -52,17 +55,19 @@ std::string receiveLine(velEditor::Socket &connection)
     }
 }
 
-void serve(bool leaves)
+void serve(const std::string &conduct)
 {
     velEditor::Socket listener;
     listener.openListenPort(0);
     say(std::to_string(listener.port()) + "\n");
     const auto connection = listener.waitForConnection(std::chrono::seconds(60));
+    if (conduct == "half")
+        ::shutdown(connection->handle(), SHUT_WR);
     for (;;) {
         const std::string line = receiveLine(*connection);
         if (!line.empty())
             note("got " + line);
-        if (line.empty() || line == "QUIT" || leaves)
+        if (line.empty() || line == "QUIT" || conduct == "leave")
             return;
     }
 }
@@ -84,8 +89,12 @@ int main(int count, char **words)
             lingerWithParent();
         return 0;
     }
+    if (conduct == "silent") {
+        lingerWithParent();
+        return 0;
+    }
     try {
-        serve(conduct == "leave");
+        serve(conduct);
     } catch (const velEditor::error &failure) {
         note(failure.message());
     }

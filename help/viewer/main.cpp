@@ -1,5 +1,6 @@
 // velhelp: shows the topics of the help, as an editor asks for them over a
 // socket. The first line on standard output is the port at which it listens.
+#include "common/writeSignals.h"
 #include "help/viewer/Viewer.h"
 
 #include <QApplication>
@@ -35,6 +36,7 @@ void announce(quint16 port)
 
 int main(int argc, char **argv)
 {
+    velEditor::ignoreWriteSignals();
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("velhelp"));
     QApplication::setQuitOnLastWindowClosed(false);

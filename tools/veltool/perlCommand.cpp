@@ -1,9 +1,8 @@
 // veltool perl: a script in the embedded interpreter.
+#include "common/writeSignals.h"
 #include "tools/veltool/command.h"
 #include "tools/veltool/output.h"
 #include "velparser/api/velparser.h"
-
-#include <csignal>
 
 namespace veltool {
 
@@ -15,8 +14,7 @@ public:
     int run(const Words &words) override
     {
         // A script may rely on what it would find under any other perl.
-        std::signal(SIGPIPE, SIG_DFL);
-        std::signal(SIGXFSZ, SIG_DFL);
+        velEditor::restoreWriteSignals();
         int status = statusGood;
         const Words arguments(words.begin() + 1, words.end());
         require(velparser::runPerlScript(words[0], arguments, &status));

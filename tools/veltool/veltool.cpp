@@ -1,9 +1,9 @@
 // veltool: command files for the shell, scripts, clusters and continuous
 // integration. No display is needed.
+#include "common/writeSignals.h"
 #include "tools/veltool/commandLine.h"
 #include "tools/veltool/programPlace.h"
 
-#include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -26,8 +26,7 @@ int main(int count, char **words)
     occupyStandardStreams();
     // A reader that goes away and a file too large are short writes, with
     // their message and status.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    velEditor::ignoreWriteSignals();
     veltool::completeEnvironment();
     const veltool::Words arguments(words + (count > 0 ? 1 : 0), words + count);
     return veltool::runCommandLine(arguments);

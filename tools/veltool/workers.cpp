@@ -1,5 +1,6 @@
 #include "tools/veltool/workers.h"
 
+#include "common/writeSignals.h"
 #include "tools/veltool/writeAll.h"
 
 #include <algorithm>
@@ -106,6 +107,7 @@ private:
             return;
         const pid_t process = fork();
         if (process == 0) {
+            velEditor::ignoreWriteSignals(); // a worker is this program, not another one
             close(ends[0]);
             for (const Worker &other : workers_)
                 close(other.pipe);
