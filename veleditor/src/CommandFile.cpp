@@ -1,12 +1,20 @@
 #include "veleditor/src/CommandFile.h"
 
+#include "veleditor/src/SpareFile.h"
 #include "veleditor/src/TextFile.h"
 #include "velparser/api/velparser.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <optional>
 #include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace velEditor {
 
@@ -39,51 +47,214 @@ private:
     std::filesystem::perms permissions_ = std::filesystem::perms::unknown;
 };
 
-/// Moves the loaded file aside and gives the name under which it now stands:
-/// none when it has stayed where it was. An earlier save that fell short may
-/// have moved it already.
+bool isSameFile(const std::string &one, const std::string &other)
+{
+    std::error_code unknown;
+    return std::filesystem::equivalent(one, other, unknown) && !unknown;
+}
+
+bool isLink(const std::string &file)
+{
+    std::error_code unknown;
+    return std::filesystem::is_symlink(file, unknown);
+}
+
+/// Whether a file may be moved: devices, pipes and the links in /dev that stand
+/// for open files belong to the system. One that has gone is for the move to
+/// find out.
+bool isMovable(const std::string &file)
+{
+    struct stat status = {};
+    if (::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+        return false;
+    return !isLink(file) || !isSameFile(std::filesystem::path(file).parent_path().string(), "/dev");
+}
+
+/// Moves the loaded file aside and gives the name that it has then: none if it
+/// is still where it was. An earlier save that fell short may have moved it.
 std::string moveAside(const std::string &loaded, const std::string &backup)
 {
     std::error_code unknown;
-    if (std::rename(loaded.c_str(), backup.c_str()) == 0)
+    if (!isMovable(loaded))
+        return {};
+    const bool isBackup = isSameFile(loaded, backup);
+    if (isBackup && isLink(loaded))
+        return {}; // the link would take the place of the data that it leads to
+    // A move between two names of one file does nothing.
+    const bool isSecondName = isBackup && !isLink(backup);
+    if (isSecondName ? ::unlink(loaded.c_str()) == 0
+                     : std::rename(loaded.c_str(), backup.c_str()) == 0)
         return backup;
     const bool isGone = !std::filesystem::exists(loaded, unknown);
     return isGone && std::filesystem::exists(backup, unknown) ? backup : std::string();
 }
 
-} // namespace
-
-// 1. The loaded file becomes the backup.
-// 2. The target is opened, which empties it where it is another file.
-// 3. The data is formatted and written.
-// 4. A target that was made here and is not complete is removed: the next save
-//    would otherwise put it in the backup's place.
-SaveResult writeCommandFile(const std::string &loaded, const std::string &target)
+void writeLines(TextFile &file, const velStringList &lines)
 {
-    const Permissions permissions(loaded);
-    const std::string backup = moveAside(loaded, target + ".bak");
+    for (const char *line : lines) {
+        file.write(line);
+        file.write("\n");
+    }
+}
 
-    std::error_code unknown;
-    const bool isNew = !std::filesystem::exists(target, unknown) && !unknown;
+std::string textOf(const velStringList &lines)
+{
+    std::string text;
+    for (const char *line : lines)
+        text.append(line).append("\n");
+    return text;
+}
+
+/// A target that is there, and stays as it is until a spare copy is complete.
+class Overwriting
+{
+public:
+    /// Opens it, without waiting for whoever might read from a pipe.
+    Overwriting(const std::string &target, const Permissions &permissions)
+        : target_(target), permissions_(permissions),
+          descriptor_(::open(target.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)),
+          failure_(descriptor_ < 0 ? std::strerror(errno) : "")
+    {
+        struct stat status = {};
+        isRegular_ = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+    }
+    ~Overwriting()
+    {
+        if (descriptor_ >= 0)
+            ::close(descriptor_);
+    }
+    Overwriting(const Overwriting &) = delete;
+    Overwriting &operator=(const Overwriting &) = delete;
+
+    [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
+    [[nodiscard]] const std::string &failure() const { return failure_; }
+
+    /// Replaces what the target holds. Afterwards the former data has the name
+    /// `backup`, if that is not empty and can be had.
+    SaveResult replace(const std::string &text, const std::string &backup)
+    {
+        std::string former;
+        std::optional<SpareFile> copy;
+        if (isRegular_ && readBytes(target_, former))
+            copy.emplace(target_, former);
+        if (copy && copy->isComplete())
+            return replaceCopied(text, former, *copy, backup);
+        return replaceUncopied(text, copy ? copy->error() : std::string());
+    }
+
+private:
+    SaveResult replaceCopied(const std::string &text, const std::string &former, SpareFile &copy,
+                             const std::string &backup)
+    {
+        permissions_.giveTo(target_);
+        if (write(text)) {
+            if (!backup.empty() && copy.becomes(backup))
+                return {SaveOutcome::Written, {}, backup, {}};
+            return {SaveOutcome::Written, {}, {}, {}};
+        }
+        const std::string reason = failure_;
+        std::string found;
+        if (write(former) && readBytes(target_, found) && found == former)
+            return {SaveOutcome::Unchanged, reason, {}, {}};
+        return {SaveOutcome::Failed, reason, copy.keep(), {}};
+    }
+
+    SaveResult replaceUncopied(const std::string &text, const std::string &whyNoCopy)
+    {
+        SpareFile spare(target_, text);
+        if (!spare.isComplete())
+            return {SaveOutcome::Unchanged, whyNoCopy.empty() ? spare.error() : whyNoCopy, {}, {}};
+        if (write(text))
+            return {SaveOutcome::Written, {}, {}, {}};
+        return {SaveOutcome::Failed, failure_, {}, spare.keep()};
+    }
+
+    bool write(const std::string &text)
+    {
+        ::fcntl(descriptor_, F_SETFL, ::fcntl(descriptor_, F_GETFL) & ~O_NONBLOCK);
+        const bool isEmpty = !isRegular_ || (::ftruncate(descriptor_, 0) == 0 &&
+                                             ::lseek(descriptor_, 0, SEEK_SET) == 0);
+        const int own = isEmpty ? ::fcntl(descriptor_, F_DUPFD_CLOEXEC, 0) : -1;
+        if (own < 0) {
+            failure_ = std::strerror(errno);
+            return false;
+        }
+        TextFile file(own);
+        file.write(text);
+        const bool isComplete = file.close();
+        failure_ = file.error();
+        return isComplete;
+    }
+
+    std::string target_;
+    const Permissions &permissions_; ///< what a regular file is given
+    int descriptor_;                 ///< owned; −1 if the target cannot be opened
+    std::string failure_;
+    bool isRegular_ = false;
+};
+
+/// The name that the former data of a target is to have: none where another
+/// file has the loaded data, or where the target leads to that name.
+std::string nameForFormer(const std::string &loaded, const std::string &target, bool isMoved)
+{
+    std::string name = target + ".bak";
+    const bool leadsThere = isLink(target) && isSameFile(target, name);
+    const bool isWanted = isSameFile(target, isMoved ? name : loaded);
+    return isWanted && !leadsThere ? name : std::string();
+}
+
+SaveResult overwrite(const std::string &loaded, const std::string &target,
+                     const Permissions &permissions, const std::string &backup)
+{
+    Overwriting overwriting(target, permissions);
+    if (!overwriting.isOpen())
+        return {SaveOutcome::NotOpened, overwriting.failure(), backup, {}};
+    velStringList lines;
+    if (const char *failure = velparser::getFormattedVEL("/", lineWidth, &lines))
+        return {SaveOutcome::Unchanged, failure, backup, {}};
+    SaveResult result =
+        overwriting.replace(textOf(lines), nameForFormer(loaded, target, !backup.empty()));
+    if (result.backup.empty())
+        result.backup = backup;
+    return result;
+}
+
+/// Writes to a target that is not there yet.
+SaveResult create(const std::string &target, const Permissions &permissions,
+                  const std::string &backup)
+{
     TextFile file(target);
     velStringList lines;
     const char *failure = velparser::getFormattedVEL("/", lineWidth, &lines);
     if (!file.isOpen())
-        return {SaveOutcome::NotOpened, file.error(), backup};
+        return {SaveOutcome::NotOpened, file.error(), backup, {}};
     permissions.giveTo(target);
+    if (failure == nullptr)
+        writeLines(file, lines);
+    if (file.close() && failure == nullptr)
+        return {SaveOutcome::Written, {}, backup, {}};
+    static_cast<void>(std::remove(target.c_str()));
+    return {SaveOutcome::Failed, failure != nullptr ? failure : file.error(), backup, {}};
+}
 
-    if (failure == nullptr) {
-        for (const char *line : lines) {
-            file.write(line);
-            file.write("\n");
-        }
-    }
-    const bool complete = file.close() && failure == nullptr;
-    if (complete)
-        return {SaveOutcome::Written, std::string(), backup};
-    if (isNew)
-        static_cast<void>(std::remove(target.c_str()));
-    return {SaveOutcome::Failed, failure != nullptr ? failure : file.error(), backup};
+} // namespace
+
+// 1. The loaded file becomes the backup.
+// 2. A target that is there anyway is overwritten once there is a spare copy.
+// 3. Any other target is created. One that is not complete is removed: the next
+//    save would otherwise put it in the backup's place.
+SaveResult writeCommandFile(const std::string &loaded, const std::string &target)
+{
+    const Permissions permissions(loaded);
+    const std::string backup = moveAside(loaded, target + ".bak");
+    std::error_code unknown;
+    const bool isThere = std::filesystem::exists(target, unknown) || unknown;
+    SaveResult result = isThere ? overwrite(loaded, target, permissions, backup)
+                                : create(target, permissions, backup);
+    synchroniseFolderOf(target);
+    if (std::filesystem::path(loaded).parent_path() != std::filesystem::path(target).parent_path())
+        synchroniseFolderOf(loaded);
+    return result;
 }
 
 } // namespace velEditor

@@ -233,6 +233,20 @@ bool Editor::confirmErrors()
     return run(dialog) == QDialog::Accepted;
 }
 
+/// What a box about a failed save says besides the failure: which file now has
+/// the former data, and which the new.
+QString Editor::whatWasKept(const SaveResult &result)
+{
+    QStringList kept;
+    if (!result.backup.empty())
+        kept += tr("The file as it was before is kept in\n  ") + fromBytes(result.backup);
+    else if (result.outcome == SaveOutcome::Unchanged)
+        kept += tr("The file itself is as it was before.");
+    if (!result.newData.empty())
+        kept += tr("Your modifications are kept in\n  ") + fromBytes(result.newData);
+    return kept.join(u'\n');
+}
+
 bool Editor::save(const std::string &target)
 {
     if (!confirmErrors())
@@ -244,21 +258,19 @@ bool Editor::save(const std::string &target)
         return true;
     }
 
-    const QString remark = result.backup.empty() ? QString()
-                                                 : tr("The file as it was before is kept in\n  ") +
-                                                       fromBytes(result.backup);
+    const QString kept = whatWasKept(result);
     const QString text = tr("Unable to save your modifications to\n  ") + fromBytes(target);
     if (result.outcome == SaveOutcome::NotOpened) {
         reportFailure(this, tr("Error Saving File"),
                       text + tr("\nThis may be due to the OMBRA ZOT-Solver run having "
                                 "completed."),
-                      remark);
+                      kept);
         return true;
     }
     reportFailure(this, tr("Error Saving File"),
                   text + u'\n' + fromBytes(result.reason) +
                       tr("\nYour modifications are still in the editor."),
-                  remark);
+                  kept);
     return false;
 }
 

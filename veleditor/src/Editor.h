@@ -19,6 +19,7 @@ class QMenuBar;
 namespace velEditor {
 
 class VELTree;
+struct SaveResult;
 
 class Editor : public QWidget
 {
@@ -35,10 +36,9 @@ public:
     [[nodiscard]] VELTree &tree() { return *tree_; }
 
     /// Validates, moves the loaded file to `target`.bak and writes the command
-    /// data to `target`. False when the user declines to save with errors, or
-    /// when not everything could be written; the user has then been told. True
-    /// also when `target` could not be opened, after a box that says so: what
-    /// was loaded stands in the .bak file.
+    /// data to `target`; see CommandFile.h. False when the user declines to save
+    /// with errors, or when not everything could be written, after a box that
+    /// says so. True also when `target` could not be opened, after its box.
     bool save(const std::string &target);
 
 public slots:
@@ -70,6 +70,7 @@ private:
     void addHelpMenu(QMenuBar &bar);
     void addRowMenu();
 
+    static QString whatWasKept(const SaveResult &result);
     [[nodiscard]] bool confirmErrors();
     [[nodiscard]] bool mayClose();
 

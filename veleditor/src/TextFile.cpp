@@ -25,6 +25,12 @@ TextFile::TextFile(const std::string &name) : file_(std::fopen(name.c_str(), "w"
         keepError();
 }
 
+TextFile::TextFile(int descriptor) : file_(::fdopen(descriptor, "w"))
+{
+    if (!file_)
+        keepError();
+}
+
 void TextFile::write(std::string_view text)
 {
     if (!error_.empty())

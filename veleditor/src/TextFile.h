@@ -15,6 +15,9 @@ public:
     /// Opens `name` for writing and truncates what was there.
     explicit TextFile(const std::string &name);
 
+    /// Takes over an open descriptor, which is written to from where it is.
+    explicit TextFile(int descriptor);
+
     /// Closes the file; failures are then lost.
     ~TextFile() = default;
 

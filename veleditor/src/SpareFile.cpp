@@ -1,0 +1,147 @@
+#include "veleditor/src/SpareFile.h"
+
+#include "veleditor/src/TextFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace velEditor {
+
+namespace {
+
+constexpr mode_t permissionBits = 07777;
+
+/// As much of a file's name as leaves room for what is appended.
+constexpr std::size_t longestName = 200;
+
+std::string folderOf(const std::string &file)
+{
+    const std::string folder = std::filesystem::path(file).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
+
+/// Where the user's own files of this kind are, made if need be; empty if the
+/// environment names no place or it cannot be made.
+std::string userFolder()
+{
+    std::filesystem::path state;
+    if (const char *given = std::getenv("XDG_STATE_HOME"); given != nullptr && *given == '/')
+        state = given;
+    else if (const char *home = std::getenv("HOME"); home != nullptr && *home == '/')
+        state = std::filesystem::path(home) / ".local/state";
+    else
+        return {};
+    const std::filesystem::path folder = state / "veleditor" / "saved";
+    std::error_code failure;
+    if (std::filesystem::create_directories(folder, failure))
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, failure);
+    return std::filesystem::is_directory(folder, failure) ? folder.string() : std::string();
+}
+
+// As far as the user may; without the right the file is the user's own.
+void copyOwnerAndMode(const std::string &from, int descriptor)
+{
+    struct stat status = {};
+    if (::stat(from.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    static_cast<void>(!::fchown(descriptor, status.st_uid, status.st_gid));
+    static_cast<void>(::fchmod(descriptor, status.st_mode & permissionBits));
+}
+
+bool holds(const std::string &file, std::string_view bytes)
+{
+    std::string found;
+    return readBytes(file, found) && found == bytes;
+}
+
+} // namespace
+
+SpareFile::SpareFile(const std::string &file, std::string_view bytes)
+{
+    if (write(folderOf(file), file, bytes))
+        return;
+    const std::string other = userFolder();
+    if (!other.empty())
+        static_cast<void>(write(other, file, bytes));
+}
+
+SpareFile::~SpareFile()
+{
+    if (!name_.empty())
+        static_cast<void>(std::remove(name_.c_str()));
+}
+
+/// Writes to a new file in a folder. The first error is the one that is kept.
+bool SpareFile::write(const std::string &folder, const std::string &file, std::string_view bytes)
+{
+    const std::string shortName =
+        std::filesystem::path(file).filename().string().substr(0, longestName);
+    std::string name = folder + '/' + shortName + ".kept-XXXXXX";
+    const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+    std::string failure;
+    if (descriptor >= 0) {
+        copyOwnerAndMode(file, descriptor);
+        TextFile spare(descriptor);
+        spare.write(bytes);
+        if (spare.close() && holds(name, bytes)) {
+            synchroniseFolderOf(name);
+            name_ = name;
+            return true;
+        }
+        failure = spare.error().empty() ? std::strerror(EIO) : spare.error();
+        static_cast<void>(std::remove(name.c_str()));
+    } else {
+        failure = std::strerror(errno);
+    }
+    if (error_.empty())
+        error_ = failure;
+    return false;
+}
+
+std::string SpareFile::keep()
+{
+    return std::exchange(name_, {});
+}
+
+bool SpareFile::becomes(const std::string &name)
+{
+    if (std::rename(name_.c_str(), name.c_str()) != 0)
+        return false;
+    name_.clear();
+    synchroniseFolderOf(name);
+    return true;
+}
+
+void synchroniseFolderOf(const std::string &file)
+{
+    const int descriptor = ::open(folderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    static_cast<void>(::fsync(descriptor));
+    ::close(descriptor);
+}
+
+bool readBytes(const std::string &file, std::string &bytes)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> source(std::fopen(file.c_str(), "re"),
+                                                                  std::fclose);
+    if (!source)
+        return false;
+    bytes.clear();
+    char block[1U << 16U];
+    while (const std::size_t count = std::fread(block, 1, sizeof block, source.get()))
+        bytes.append(block, count);
+    return std::ferror(source.get()) == 0;
+}
+
+} // namespace velEditor
