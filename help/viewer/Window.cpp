@@ -9,6 +9,7 @@
 #include <QListWidget>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QScreen>
 #include <QScrollBar>
 #include <QSplitter>
 #include <QStyle>
@@ -66,7 +67,8 @@ Window::Window(const Topics &topics)
     splitter->setSizes({260, 640});
     setCentralWidget(splitter);
     makeToolBar();
-    resize(940, 680);
+    const QSize frame(12, 40); // about what a window manager adds
+    resize(QSize(940, 680).boundedTo(screen()->availableGeometry().size() - frame));
 }
 
 Window::~Window() = default;

@@ -1,2 +1,2 @@
 # Completion of veledit for bash.
-complete -f -W -safe veledit
+complete -f -W '-safe --help --version' veledit

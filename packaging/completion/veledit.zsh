@@ -1,2 +1,2 @@
 #compdef veledit
-_arguments '-safe[only what may be changed while the solver runs]' '*:command file:_files'
+_arguments '-safe[only what may be changed while the solver runs]' '(- *)--help[print a summary]' '(- *)--version[print the version]' '*:command file:_files'

@@ -59,10 +59,24 @@ int Application::run()
 {
     rethrow();
     running_ = true;
+    hasRun_ = true;
     const int result = exec();
     running_ = false;
     rethrow();
     return result;
+}
+
+// The toolkit closes the windows in the order in which it happens to keep them.
+void Application::closeAllWindows()
+{
+    const QWidgetList windows = topLevelWidgets();
+    for (QWidget *window : windows) {
+        const bool isOwn = window->parentWidget() == nullptr &&
+                           window->windowType() == Qt::Window && window->isVisible();
+        if (isOwn && !window->close())
+            return;
+    }
+    QApplication::closeAllWindows();
 }
 
 void Application::rethrow()

@@ -28,9 +28,17 @@ public:
     /// kept meanwhile.
     int run();
 
+    /// Closes the windows that belong to no other, and then the rest. As soon
+    /// as one declines, those that are left stay: dialogs do not close before
+    /// the user has agreed to close the window that they belong to.
+    static void closeAllWindows();
+
     /// Throws the kept error, if there is one, and forgets it. To be called
     /// after a dialog was run outside `run`.
     void rethrow();
+
+    /// Whether `run` has begun.
+    [[nodiscard]] bool hasRun() const { return hasRun_; }
 
     /// An error is kept: nothing must be asked of the user any more.
     [[nodiscard]] bool failed() const { return error_ != nullptr; }
@@ -43,6 +51,7 @@ private:
 
     std::exception_ptr error_;
     bool running_ = false;
+    bool hasRun_ = false;
 };
 
 } // namespace velEditor

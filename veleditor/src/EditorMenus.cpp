@@ -1,4 +1,5 @@
 // The menus of the main window.
+#include "veleditor/src/Application.h"
 #include "veleditor/src/Editor.h"
 #include "veleditor/src/VELTree.h"
 
@@ -52,7 +53,7 @@ void Editor::addFileMenu(QMenuBar &bar)
     connect(addEntry(*menu, tr("&Validate"), "Validate", tr("Ctrl+V")), &QAction::triggered, this,
             &Editor::validateData);
     connect(addEntry(*menu, tr("&Exit"), "Exit", tr("Ctrl+Q")), &QAction::triggered, qApp,
-            &QApplication::closeAllWindows);
+            &Application::closeAllWindows);
 }
 
 void Editor::addEditMenu(QMenuBar &bar)

@@ -1,6 +1,7 @@
 #include "veleditor/src/MessageDialog.h"
 
 #include "veleditor/src/Boxes.h"
+#include "veleditor/src/ScreenPlace.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/TextFile.h"
 #include "veleditor/src/Widgets.h"
@@ -63,7 +64,7 @@ MessageDialog::MessageDialog(QWidget *parent, const QString &name, const QString
     if (questionMode)
         layout->addWidget(wrappedLabel(question, "Question", this));
     addButtons(*layout, fileButtonText, questionMode);
-    resize(600, 300);
+    resize(sizeOnScreen(*this, QSize(600, 300)));
 }
 
 void MessageDialog::addButtons(QVBoxLayout &layout, const QString &fileButtonText,

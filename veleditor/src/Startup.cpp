@@ -1,10 +1,14 @@
 #include "veleditor/src/Startup.h"
 
 #include "common/error.h"
+#include "common/version.h"
+#include "common/writeSignals.h"
 #include "veleditor/src/Application.h"
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/Editor.h"
 #include "veleditor/src/MessageDialog.h"
+#include "veleditor/src/ScreenPlace.h"
+#include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
 #include "veleditor/src/WaitCursor.h"
 #include "velparser/api/velparser.h"
@@ -17,9 +21,35 @@
 #include <string>
 #include <string_view>
 
+#include <unistd.h>
+
 namespace velEditor {
 
 namespace {
+
+/// What `--help` prints.
+constexpr char helpText[] =
+    "usage: veledit [-safe] FILE\n"
+    "\n"
+    "Shows a VEL command file as a tree in a window and changes it under the rules\n"
+    "of rule libraries. FILE is the last word. Options of the toolkit, such as\n"
+    "-style, may precede it.\n"
+    "\n"
+    "  -safe      edit only what may change while the solver runs on the file\n"
+    "  --help     print this text, if it is the only word\n"
+    "  --version  print the version, if it is the only word\n"
+    "\n"
+    "A file with such a name is opened as ./--help.\n";
+
+/// What a command line of one word asks for besides a window; null for a file.
+const char *answerTo(std::string_view word)
+{
+    if (word == "--help")
+        return helpText;
+    if (word == "--version")
+        return "veledit " VEL_VERSION "\n";
+    return nullptr;
+}
 
 /// Shown beside the main window's corner, not over it.
 void showBeside(const Editor &editor, QDialog &dialog)
@@ -71,19 +101,35 @@ int runSession(Application &application, std::unique_ptr<Editor> &editor,
 {
     editor = std::make_unique<Editor>(nullptr, nullptr, fileName, safeMode);
     application.rethrow();
-    editor->setGeometry(100, 100, 800, 600);
-    editor->show();
+    showOnScreen(*editor, QRect(100, 100, 800, 600));
     upgrade(application, *editor);
     validateFirst(application, *editor);
     return application.run();
 }
 
-void saveInEmergency(Editor *editor, const std::string &fileName)
+/// Whether somebody can see a box: not on the platforms without a screen.
+bool hasScreen()
 {
-    if (editor == nullptr)
+    const QString platform = QGuiApplication::platformName();
+    return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+}
+
+/// A program that was started from a desktop has no console. A failure of its
+/// start, which is there already, is then shown in a box as well.
+void showWithoutConsole(const Application &application, const std::string &text)
+{
+    if (application.hasRun() || ::isatty(STDERR_FILENO) != 0 || !hasScreen())
         return;
-    std::fprintf(stderr, "Attempting to save VEL to %s\n", fileName.c_str());
-    editor->save(fileName);
+    reportFailure(nullptr, Editor::tr("Command File Editor"), fromBytes(text));
+}
+
+/// Gives what it has printed.
+std::string saveInEmergency(Editor &editor, const std::string &fileName)
+{
+    const std::string announcement = "Attempting to save VEL to " + fileName;
+    std::fprintf(stderr, "%s\n", announcement.c_str());
+    editor.save(fileName);
+    return announcement;
 }
 
 QtMessageHandler usualMessages = nullptr;
@@ -116,6 +162,9 @@ int runEditor(int argc, char **argv)
     // to edit is the last that the toolkit leaves. They differ when options
     // precede the file name.
     const std::string emergencyName = std::string(argc > 1 ? argv[1] : "") + ".emergency";
+    ignoreWriteSignals();
+    if (const char *answer = argc == 2 ? answerTo(argv[1]) : nullptr)
+        return std::fputs(answer, stdout) >= 0 && std::fflush(stdout) == 0 ? 0 : 1;
     usualMessages = qInstallMessageHandler(endInsteadOfAborting);
     Application application(argc, argv);
     qInstallMessageHandler(usualMessages);
@@ -125,16 +174,22 @@ int runEditor(int argc, char **argv)
     }
 
     std::unique_ptr<Editor> editor;
+    std::string report;
+    bool savesData = false;
     try {
         return runSession(application, editor, argv[argc - 1], isSafeMode(argc, argv));
     } catch (const fileError &failure) {
-        std::fprintf(stderr, "File error encountered:\n%s\n", failure.message().c_str());
+        report = "File error encountered:\n" + failure.message();
     } catch (const error &failure) {
-        std::fprintf(stderr, "Error encountered:\n%s\n", failure.message().c_str());
-        saveInEmergency(editor.get(), emergencyName);
+        report = "Error encountered:\n" + failure.message();
+        savesData = true;
     } catch (...) {
-        std::fprintf(stderr, "Unexpected error encountered.\n");
+        report = "Unexpected error encountered.";
     }
+    std::fprintf(stderr, "%s\n", report.c_str());
+    if (savesData && editor != nullptr)
+        report += '\n' + saveInEmergency(*editor, emergencyName);
+    showWithoutConsole(application, report);
     return 0;
 }
 

@@ -4,6 +4,7 @@
 #include "veleditor/src/MessageDialog.h"
 #include "velparser/api/velparser.h"
 
+#include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -46,6 +47,7 @@ private slots:
     void closesAtOnceWithoutChanges();
     void closesByKey();
     void staysWhenTheUserContinues();
+    void keepsTheErrorsUntilTheUserHasAnswered();
     void quitsWithoutSaving();
     void savesAndQuits();
     void quitsWhenTheTargetCannotBeOpened();
@@ -200,7 +202,7 @@ void SavingTest::leavesAloneWhatALinkLeadsTo()
     QCOMPARE(QFile::symLinkTarget(link + ".bak"), original);
 }
 
-// Kept: whether the file could be moved is not looked at.
+// Kept: the save goes on where the file could not be moved.
 void SavingTest::savesWithoutABackupWhereNoneCanBeMade()
 {
     open(copyOf("duct.vel"));
@@ -352,6 +354,32 @@ void SavingTest::staysWhenTheUserContinues()
                      "saved.\nWould you like to:\n[&Save and Quit] | &Quit Without "
                      "Saving | &Continue Working"));
     QVERIFY(tree().isModified());
+}
+
+// Exit closes all windows, in whatever order the toolkit keeps them.
+void SavingTest::keepsTheErrorsUntilTheUserHasAnswered()
+{
+    open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
+    for (int i = 0; i < 12; ++i)
+        editor().validateData();
+    tree().setModified();
+    const auto visibleLists = [this] {
+        qsizetype count = 0;
+        for (const auto *list : editor().findChildren<ErrorDialog *>())
+            count += list->isVisible() ? 1 : 0;
+        return count;
+    };
+    QCOMPARE(visibleLists(), 12);
+    for (int i = 0; i < 3; ++i) {
+        answer(2);
+        editor().findChild<QAction *>("Exit")->trigger();
+        QVERIFY(editor().isVisible());
+        QCOMPARE(visibleLists(), 12);
+    }
+    answer(1);
+    editor().findChild<QAction *>("Exit")->trigger();
+    QVERIFY(!editor().isVisible());
+    QCOMPARE(visibleLists(), 0);
 }
 
 void SavingTest::quitsWithoutSaving()

@@ -4,6 +4,7 @@
 #include "veleditor/tests/EditorTest.h"
 
 #include "common/error.h"
+#include "common/version.h"
 #include "veleditor/src/Application.h"
 #include "veleditor/src/EditParamDialog.h"
 #include "veleditor/src/MessageDialog.h"
@@ -95,7 +96,11 @@ class StartupTest : public EditorTest
     Q_OBJECT
 
 private:
-    /// Runs the program with these words behind its name.
+    /// Gives the program that is run next a screen of this size.
+    void setScreen(int width, int height);
+    /// Runs the real program, which has no display, with these words.
+    static Run runWithoutDisplay(const QStringList &words);
+    /// Runs the program with these words after its name.
     Run run(const QStringList &words, std::function<void(Editor &)> use = {});
     /// A Perl side of its own: the real one with these lines added to API.pm.
     void addToPerlSide(const QByteArray &lines);
@@ -105,6 +110,8 @@ private:
 private slots:
     void asksForAFile();
     void endsWithoutADisplay();
+    void answersHelpAndVersionWithoutADisplay();
+    void ignoresTheSignalsOfFailedWrites();
     void opensTheLastWord();
     void ignoresTheOptionsOfTheToolkit();
     void takesSafeModeFromAnywhere();
@@ -116,6 +123,7 @@ private slots:
     void saysWhatItsEnvironmentLacks();
     void saysThatTheBuildLabelIsMissing();
     void placesTheWindow();
+    void keepsTheWindowOnASmallScreen();
     void asksNothingWhenNothingWasUpgraded();
     void showsWhatWasUpgraded();
     void marksAnUpgradeThatTheUserDoesNotLookAt();
@@ -200,18 +208,52 @@ void StartupTest::asksForAFile()
     QCOMPARE(result.status, 0);
 }
 
-void StartupTest::endsWithoutADisplay()
+Run StartupTest::runWithoutDisplay(const QStringList &words)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("QT_QPA_PLATFORM", "xcb");
     environment.remove("DISPLAY");
     QProcess program;
     program.setProcessEnvironment(environment);
-    program.start(qEnvironmentVariable("VEL_BUILD_DIR") + "/bin/veleditor", {copyOf("duct.vel")});
-    QVERIFY(program.waitForFinished());
-    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.exitCode(), 1);
-    QVERIFY(program.readAllStandardError().contains("could not connect to display"));
+    program.start(qEnvironmentVariable("VEL_SOURCE_DIR") + "/veledit", words);
+    Run result;
+    if (program.waitForFinished() && program.exitStatus() == QProcess::NormalExit)
+        result.status = program.exitCode();
+    result.output = QString::fromUtf8(program.readAllStandardOutput());
+    result.output += QString::fromUtf8(program.readAllStandardError());
+    return result;
+}
+
+void StartupTest::endsWithoutADisplay()
+{
+    const Run result = runWithoutDisplay({copyOf("duct.vel")});
+    QCOMPARE(result.status, 1);
+    QVERIFY(result.output.contains("could not connect to display"));
+}
+
+void StartupTest::answersHelpAndVersionWithoutADisplay()
+{
+    const Run help = runWithoutDisplay({"--help"});
+    QCOMPARE(help.status, 0);
+    QVERIFY2(help.output.startsWith("usage: veledit [-safe] FILE\n"), qPrintable(help.output));
+    for (const char *option : {"-safe", "--help", "--version"})
+        QVERIFY2(help.output.contains(QLatin1String("\n  ") + option), option);
+
+    const Run version = runWithoutDisplay({"--version"});
+    QCOMPARE(version.status, 0);
+    QCOMPARE(version.output, QString("veledit " VEL_VERSION "\n"));
+
+    // Any other place is one for a file name.
+    QCOMPARE(runWithoutDisplay({"-safe", "--help"}).status, 1);
+}
+
+void StartupTest::ignoresTheSignalsOfFailedWrites()
+{
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+        std::signal(signal, SIG_DFL);
+    run({copyOf("duct.vel")});
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+        QVERIFY(std::signal(signal, SIG_IGN) == SIG_IGN);
 }
 
 void StartupTest::opensTheLastWord()
@@ -326,8 +368,36 @@ void StartupTest::saysWhatItsEnvironmentLacks()
                                     "ZOTBUILDID not set; some features will not be available\n"));
 }
 
+void StartupTest::setScreen(int width, int height)
+{
+    const QString configuration =
+        newFile("screen.json", QString(R"({"screens": [{"name": "one", "x": 0, "y": 0, "width": %1,
+            "height": %2, "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})")
+                                   .arg(width)
+                                   .arg(height)
+                                   .toUtf8());
+    qputenv("QT_QPA_PLATFORM", QFile::encodeName("offscreen:configfile=" + configuration));
+}
+
+// The window and what a window manager puts around it lie within the screen.
+void StartupTest::keepsTheWindowOnASmallScreen()
+{
+    setScreen(683, 384);
+    QRect geometry;
+    run({copyOf("duct.vel")}, [&](Editor &editor) {
+        geometry = editor.geometry();
+        editor.close();
+    });
+    const QRect screen(0, 0, 683, 384);
+    QVERIFY2(screen.contains(geometry), qPrintable(QDebug::toString(geometry)));
+    QVERIFY(geometry.top() >= 20); // room for a title bar
+    QVERIFY(geometry.width() > 640);
+    QVERIFY(geometry.height() > 310);
+}
+
 void StartupTest::placesTheWindow()
 {
+    setScreen(1024, 768);
     QRect geometry;
     run({copyOf("duct.vel")}, [&](Editor &editor) {
         geometry = editor.geometry();

@@ -46,5 +46,7 @@ rm -r "$display_dir/perl"
 break_rebuilds /FLOW:Analysis
 open_editor 'Command File Updated.'
 press alt+y
+await 'Command File Editor' # the start has failed
+press Return
 ends_in_emergency
 same "$former" "$file.emergency.bak"

@@ -1,0 +1,46 @@
+#include "help/viewer/Places.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QStringList>
+
+namespace velHelp {
+
+namespace {
+
+/// The first of these folders in which there is `content`; empty for none.
+QString folderWith(const QString &content, const QStringList &folders)
+{
+    for (const QString &folder : folders) {
+        if (!folder.isEmpty() && QFileInfo::exists(folder + content))
+            return folder;
+    }
+    return {};
+}
+
+} // namespace
+
+QString helpFolder()
+{
+    const QString here = QCoreApplication::applicationDirPath();
+    return folderWith(QStringLiteral("/en-us"),
+                      {qEnvironmentVariable("KOA_TEST_HELP_DIR"),
+                       qEnvironmentVariable("ZOT_HELP_DIR"), here + QLatin1String("/../help"),
+                       here + QLatin1String("/../../share/veleditor/help")});
+}
+
+QIcon programIcon()
+{
+    const QString here = QCoreApplication::applicationDirPath();
+    const QString root = folderWith(QStringLiteral("/etc/icons/ZOT.png"),
+                                    {qEnvironmentVariable("ZOT5ROOT"), here + QLatin1String("/.."),
+                                     here + QLatin1String("/../../share/veleditor")});
+    QIcon icon;
+    if (root.isEmpty())
+        return icon;
+    for (const char *file : {"ZOT.png", "ZOT32x32.png", "ZOT48x48.png"})
+        icon.addFile(root + QLatin1String("/etc/icons/") + QLatin1String(file));
+    return icon;
+}
+
+} // namespace velHelp

@@ -1,0 +1,16 @@
+// Where the viewer finds what belongs to it: in the folders that the environment
+// names, as the editor does, else in its own build tree or installation.
+#pragma once
+
+#include <QIcon>
+#include <QString>
+
+namespace velHelp {
+
+/// The folder with the pages; empty if there is none.
+[[nodiscard]] QString helpFolder();
+
+/// The icon of the program in all its sizes; null if there is none.
+[[nodiscard]] QIcon programIcon();
+
+} // namespace velHelp

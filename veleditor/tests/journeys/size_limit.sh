@@ -1,0 +1,30 @@
+#!/bin/sh
+# A file may not grow beyond a limit of the system: the save is refused with the
+# reason, the former file is whole, and the changes are still there.
+. "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
+
+words=$(printf 'word %.0s' $(seq 3000))
+use - <<FILE
+LANGUAGE:
+  Version = 2.1
+END
+FLOW: Analysis
+  Run Mode = Steady
+  Title = $words
+END
+FILE
+# shellcheck disable=SC2016 # the inner shell's words
+display_open sh -c 'ulimit -f 8; exec "$@"' sh "$VEL_SOURCE_DIR/veledit" "$file"
+await "$file"
+press ctrl+p
+await "$file - Modified"
+press ctrl+s
+await 'Error Saving File'
+press Return
+await "$file - Modified"
+same "$former" "$file.bak"
+[ ! -e "$file" ] || fail "a part of the data has the name of the file"
+press ctrl+q
+await 'Unsaved Changes'
+press alt+q
+ends_well
