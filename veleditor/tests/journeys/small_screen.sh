@@ -22,8 +22,9 @@ edges() {
 display_settle
 # shellcheck disable=SC2046 # four numbers
 set -- $(edges)
-[ "$1" -ge 0 ] && [ "$2" -ge 0 ] && [ "$3" -le 1000 ] && [ "$4" -le 760 ] ||
+if [ "$1" -lt 0 ] || [ "$2" -lt 0 ] || [ "$3" -gt 1000 ] || [ "$4" -gt 760 ]; then
     fail "the window is at $*"
+fi
 [ $(($3 - $1)) -ge 900 ] || fail "the window is smaller than it could be: $*"
 press ctrl+q
 ends_well

@@ -14,6 +14,7 @@ ends_saying "$words
 # A failure while the first rows are built, with nothing to save.
 use duct.vel
 break_rebuilds /FLOW:Analysis/DOMAIN:Duct
+# shellcheck disable=SC2016 # a variable of Perl
 sed -i 's/ && \$asked++//' "$display_dir/perl/API.pm"
 open_editor 'Command File Editor'
 press Escape

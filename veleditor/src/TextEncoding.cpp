@@ -1,0 +1,169 @@
+#include "veleditor/src/TextEncoding.h"
+
+#include "veleditor/src/Text.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace velEditor {
+
+namespace {
+
+constexpr char32_t lastLatin1 = 0xFF;
+constexpr std::size_t blockSize = 1U << 16U;
+/// A UTF-8 character has at most this many bytes.
+constexpr std::size_t longestCharacter = 4;
+
+/// The place of the first byte from `i` on that is not ASCII.
+std::size_t skipAscii(std::string_view bytes, std::size_t i)
+{
+    constexpr std::uint64_t highBits = 0x8080808080808080U;
+    std::uint64_t word = 0;
+    for (; i + sizeof word <= bytes.size(); i += sizeof word) {
+        std::memcpy(&word, bytes.data() + i, sizeof word);
+        if ((word & highBits) != 0)
+            break;
+    }
+    while (i < bytes.size() && static_cast<unsigned char>(bytes[i]) < 0x80)
+        ++i;
+    return i;
+}
+
+/// What may follow the first byte of a character: how many bytes, and the range
+/// of the first of them. All others are 0x80 to 0xBF.
+struct Sequence
+{
+    std::size_t following;
+    unsigned char low;
+    unsigned char high;
+};
+
+/// None follow a byte that begins no character.
+Sequence sequenceAfter(unsigned char first)
+{
+    if (first >= 0xC2 && first <= 0xDF)
+        return {1, 0x80, 0xBF};
+    if (first >= 0xE0 && first <= 0xEF) {
+        const unsigned char low = first == 0xE0 ? 0xA0 : 0x80;
+        const unsigned char high = first == 0xED ? 0x9F : 0xBF;
+        return {2, low, high};
+    }
+    if (first >= 0xF0 && first <= 0xF4) {
+        const unsigned char low = first == 0xF0 ? 0x90 : 0x80;
+        const unsigned char high = first == 0xF4 ? 0x8F : 0xBF;
+        return {3, low, high};
+    }
+    return {0, 0, 0};
+}
+
+enum class Check { Valid, Invalid, CutOff };
+
+/// Checks the character at `i`, which is not ASCII, and moves `i` to the next.
+Check checkCharacter(std::string_view bytes, std::size_t &i)
+{
+    const Sequence sequence = sequenceAfter(static_cast<unsigned char>(bytes[i]));
+    if (sequence.following == 0)
+        return Check::Invalid;
+    for (std::size_t k = 1; k <= sequence.following; ++k) {
+        if (i + k == bytes.size())
+            return Check::CutOff;
+        const auto byte = static_cast<unsigned char>(bytes[i + k]);
+        const bool fits =
+            k == 1 ? byte >= sequence.low && byte <= sequence.high : byte >= 0x80 && byte <= 0xBF;
+        if (!fits)
+            return Check::Invalid;
+    }
+    i += sequence.following + 1;
+    return Check::Valid;
+}
+
+/// Checks as far as whole characters go; `i` is then where the last one ends.
+Check checkBytes(std::string_view bytes, std::size_t &i)
+{
+    for (i = skipAscii(bytes, 0); i < bytes.size(); i = skipAscii(bytes, i)) {
+        const Check check = checkCharacter(bytes, i);
+        if (check != Check::Valid)
+            return check;
+    }
+    return Check::Valid;
+}
+
+QString sentence(const char *text)
+{
+    return QCoreApplication::translate("velEditor::TextEncoding", text);
+}
+
+QString lackingCharacter(const QString &text)
+{
+    const auto characters = text.toUcs4();
+    const auto lacking = std::find_if(characters.begin(), characters.end(),
+                                      [](char32_t c) { return c > lastLatin1; });
+    const char32_t character = lacking != characters.end() ? *lacking : U'?';
+    return QString::fromUcs4(&character, 1);
+}
+
+QString whyNotLatin1(const QString &text)
+{
+    return sentence("The encoding of this command file is Latin-1, which has no character \"") +
+           lackingCharacter(text) + sentence("\".\nPlease correct the value before continuing.");
+}
+
+} // namespace
+
+bool isUtf8(std::string_view bytes)
+{
+    std::size_t end = 0;
+    return checkBytes(bytes, end) == Check::Valid;
+}
+
+TextEncoding encodingOfFile(const std::string &file)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> source(std::fopen(file.c_str(), "re"),
+                                                                  std::fclose);
+    if (!source)
+        return TextEncoding::Utf8;
+    std::vector<char> block(blockSize + longestCharacter);
+    std::size_t held = 0; // of a character that the end of a block has cut
+    while (const std::size_t count = std::fread(block.data() + held, 1, blockSize, source.get())) {
+        const std::string_view bytes(block.data(), held + count);
+        std::size_t end = 0;
+        if (checkBytes(bytes, end) == Check::Invalid)
+            return TextEncoding::Latin1;
+        held = bytes.size() - end;
+        std::memmove(block.data(), block.data() + end, held);
+    }
+    return held == 0 ? TextEncoding::Utf8 : TextEncoding::Latin1;
+}
+
+TextEncoding encodingInPlaceOf(std::string_view former, TextEncoding file)
+{
+    if (skipAscii(former, 0) == former.size())
+        return file;
+    return isUtf8(former) ? TextEncoding::Utf8 : TextEncoding::Latin1;
+}
+
+EncodedText encode(const QString &text, TextEncoding encoding)
+{
+    if (encoding == TextEncoding::Utf8)
+        return {toBytes(text), {}};
+    const bool fits =
+        std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= lastLatin1; });
+    if (!fits)
+        return {{}, whyNotLatin1(text)};
+    std::string bytes = text.toLatin1().toStdString();
+    if (fromBytes(bytes) != text)
+        return {{},
+                sentence("The encoding of this command file is Latin-1. This value would be "
+                         "read as\n\"") +
+                    fromBytes(bytes) +
+                    sentence("\".\nPlease correct the value before continuing.")};
+    return {std::move(bytes), {}};
+}
+
+} // namespace velEditor

@@ -1,0 +1,158 @@
+// The encoding of a file, and what is refused because of it.
+#include "veleditor/src/Text.h"
+#include "veleditor/src/TextEncoding.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace velEditor;
+
+Q_DECLARE_METATYPE(velEditor::TextEncoding)
+
+class TextEncodingTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void agreesWithWhatIsShown();
+    void knowsTheEncodingOfAFile_data();
+    void knowsTheEncodingOfAFile();
+    void readsCharactersAcrossBlocks();
+    void keepsTheEncodingOfTheFormerValue();
+    void encodesInTheEncodingOfTheFile_data();
+    void encodesInTheEncodingOfTheFile();
+    void refusesWhatTheEncodingLacks_data();
+    void refusesWhatTheEncodingLacks();
+};
+
+namespace {
+
+QString write(const QTemporaryDir &folder, const QByteArray &bytes)
+{
+    QFile file(folder.filePath("file"));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write");
+    return file.fileName();
+}
+
+} // namespace
+
+// Every text of two bytes, and of three and four around each border: it is UTF-8
+// exactly if the tree shows it as that, and so if it is the same bytes again.
+void TextEncodingTest::agreesWithWhatIsShown()
+{
+    const QByteArray borders("\x00\x41\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xEC"
+                             "\xED\xEE\xEF\xF0\xF1\xF3\xF4\xF5\xFF",
+                             25);
+    const auto check = [](const std::string &bytes) {
+        const QByteArray raw = QByteArray::fromStdString(bytes);
+        const bool isShown = fromBytes(bytes).toUtf8() == raw;
+        QVERIFY2(isUtf8(bytes) == isShown, raw.toHex().constData());
+    };
+    for (int a = 0; a < 256; ++a)
+        for (int b = 0; b < 256; ++b)
+            check({static_cast<char>(a), static_cast<char>(b)});
+    for (const char a : borders)
+        for (const char b : borders)
+            for (const char c : borders) {
+                check({a, b, c});
+                for (const char d : borders)
+                    check({a, b, c, d});
+            }
+}
+
+void TextEncodingTest::knowsTheEncodingOfAFile_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<TextEncoding>("encoding");
+    QTest::newRow("empty") << QByteArray() << TextEncoding::Utf8;
+    QTest::newRow("ASCII") << QByteArray("FLOW:\nEND\n") << TextEncoding::Utf8;
+    QTest::newRow("UTF-8") << QByteArray("# \xC3\xA4\n") << TextEncoding::Utf8;
+    QTest::newRow("Latin-1") << QByteArray("# \xE4\n") << TextEncoding::Latin1;
+    QTest::newRow("both") << QByteArray("\xC3\xA4 \xE4\n") << TextEncoding::Latin1;
+    QTest::newRow("cut off") << QByteArray("\xE2\x82") << TextEncoding::Latin1;
+}
+
+void TextEncodingTest::knowsTheEncodingOfAFile()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(TextEncoding, encoding);
+    const QTemporaryDir folder;
+    QVERIFY(encodingOfFile(write(folder, bytes).toStdString()) == encoding);
+    QVERIFY(encodingOfFile("/absent/file") == TextEncoding::Utf8);
+}
+
+// A character may be cut by the end of any block that is read.
+void TextEncodingTest::readsCharactersAcrossBlocks()
+{
+    const QTemporaryDir folder;
+    for (const int place : {65531, 65532, 65533, 65534, 65535, 65536}) {
+        const QByteArray before(place, 'x');
+        const QByteArray character("\xF0\x9F\x8C\x80");
+        const QByteArray after(70000, 'y');
+        QVERIFY(encodingOfFile(write(folder, before + character + after).toStdString()) ==
+                TextEncoding::Utf8);
+        QVERIFY(
+            encodingOfFile(write(folder, before + character.chopped(1) + after).toStdString()) ==
+            TextEncoding::Latin1);
+    }
+}
+
+// A file may hold values in both encodings: each keeps its own.
+void TextEncodingTest::keepsTheEncodingOfTheFormerValue()
+{
+    for (const TextEncoding file : {TextEncoding::Utf8, TextEncoding::Latin1}) {
+        QVERIFY(encodingInPlaceOf("", file) == file);
+        QVERIFY(encodingInPlaceOf("abc", file) == file);
+        QVERIFY(encodingInPlaceOf("\xC3\xA4", file) == TextEncoding::Utf8);
+        QVERIFY(encodingInPlaceOf("\xE4", file) == TextEncoding::Latin1);
+    }
+}
+
+void TextEncodingTest::encodesInTheEncodingOfTheFile_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<TextEncoding>("encoding");
+    QTest::addColumn<QByteArray>("bytes");
+    const QString umlaut = QString::fromUtf8("ä");
+    QTest::newRow("ASCII") << QString("a") << TextEncoding::Latin1 << QByteArray("a");
+    QTest::newRow("Latin-1") << umlaut << TextEncoding::Latin1 << QByteArray("\xE4");
+    QTest::newRow("UTF-8") << umlaut << TextEncoding::Utf8 << QByteArray("\xC3\xA4");
+    QTest::newRow("beyond Latin-1")
+        << QString::fromUtf8("€") << TextEncoding::Utf8 << QByteArray("\xE2\x82\xAC");
+}
+
+void TextEncodingTest::encodesInTheEncodingOfTheFile()
+{
+    QFETCH(QString, text);
+    QFETCH(TextEncoding, encoding);
+    QFETCH(QByteArray, bytes);
+    const EncodedText encoded = encode(text, encoding);
+    QCOMPARE(encoded.refusal, QString());
+    QCOMPARE(QByteArray::fromStdString(encoded.bytes), bytes);
+}
+
+void TextEncodingTest::refusesWhatTheEncodingLacks_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("reason");
+    const QString lacks = "The encoding of this command file is Latin-1, which has no character \"";
+    QTest::newRow("one") << QString::fromUtf8("5 €") << lacks + QString::fromUtf8("€\".\n");
+    QTest::newRow("two places") << QString::fromUcs4(U"x\U0001D6E5")
+                                << lacks + QString::fromUcs4(U"\U0001D6E5\".\n");
+    QTest::newRow("read as UTF-8")
+        << QString::fromUtf8("Ã¤") << QString::fromUtf8("would be read as\n\"ä\".\n");
+}
+
+void TextEncodingTest::refusesWhatTheEncodingLacks()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, reason);
+    const EncodedText encoded = encode(text, TextEncoding::Latin1);
+    QVERIFY2(encoded.refusal.contains(reason), qPrintable(encoded.refusal));
+    QCOMPARE(encode(text, TextEncoding::Utf8).refusal, QString());
+}
+
+QTEST_APPLESS_MAIN(TextEncodingTest)
+#include "TextEncoding_test.moc"
