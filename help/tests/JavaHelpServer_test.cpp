@@ -241,6 +241,7 @@ TEST_F(JavaHelpServerTest, warnsOnTheErrorStreamWithoutAScreen)
         "\nWarning: Deskhall help server was not successfully started.\n"));
 }
 
+// A number outside 1 to 65535 is no port: it counts as if none had been parsed.
 TEST_F(JavaHelpServerTest, wantsAPortFromTheViewer)
 {
     const struct

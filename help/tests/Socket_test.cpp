@@ -204,6 +204,7 @@ TEST(Socket, noticesAPeerThatHasGone)
               raisedBy([&] { send(*pair.client, "x"); }));
 }
 
+// What the system calls a broken pipe (EPIPE) is a lost connection, too.
 TEST(Socket, noticesAPeerThatHasGoneWithNothingUnread)
 {
     const Pair pair;
@@ -357,7 +358,7 @@ TEST(SocketErrors, haveTextsByBothNumbers)
         {10045, EOPNOTSUPP, "operation is not supported"},
         {10050, ENETDOWN, "network failure"},
         {10054, ECONNRESET, "connection reset"},
-        {10054, EPIPE, "connection reset"},
+        {10054, EPIPE, "connection reset"}, // a broken pipe is a lost connection
         {10057, ENOTCONN, "socket not connected"},
         {10093, 10093, "not initialized"},
     };
