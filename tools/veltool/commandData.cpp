@@ -81,16 +81,22 @@ velHandlePtr newHandle(Libraries libraries)
     return handle;
 }
 
-velHandlePtr loadFile(const std::string &file, Libraries libraries)
+velHandlePtr loadFile(const std::string &file, Libraries libraries, const BeforeData &beforeData)
 {
+    const auto start = [&] {
+        velHandlePtr handle = newHandle(libraries);
+        if (beforeData)
+            beforeData(handle.get());
+        return handle;
+    };
     // The database reads a plain file by itself, without a copy of ours. The
     // slower way serves pipes, and finds the line at fault.
     if (isRegularFile(file) && kindOfFile(file) == FileKind::Text) {
-        velHandlePtr handle = newHandle(libraries);
+        velHandlePtr handle = start();
         if (!loadVELFile(handle.get(), file.c_str(), "vel"))
             return handle;
     }
-    velHandlePtr handle = newHandle(libraries);
+    velHandlePtr handle = start();
     parseText(handle.get(), readText(file), file);
     return handle;
 }

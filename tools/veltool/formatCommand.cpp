@@ -1,8 +1,10 @@
 // veltool format: the text that the editor would save. The rule libraries are
-// read for the order of the objects, natively.
+// read for the order of the objects, natively. What only a library states is not
+// written, even inside a block that the file states too.
 #include "tools/veltool/command.h"
 #include "tools/veltool/commandData.h"
 #include "tools/veltool/fileLoop.h"
+#include "tools/veltool/libraryPart.h"
 #include "tools/veltool/output.h"
 #include "tools/veltool/replaceFile.h"
 #include "tools/veltool/statement.h"
@@ -11,6 +13,7 @@
 
 #include <charconv>
 #include <filesystem>
+#include <optional>
 
 namespace veltool {
 
@@ -63,7 +66,7 @@ private:
             return formatInPlace(file);
         if (check_)
             return checkFormat(file);
-        const std::string text = formatted(loadFile(file, Libraries::Read).get());
+        const std::string text = formattedFile(file);
         if (output_.empty() || output_ == standardInput)
             out() << text;
         else if (isSameFile(file, output_))
@@ -105,10 +108,29 @@ private:
         return statusFindings;
     }
 
+    /// A file is read natively; a stream, which can be read once, as a text.
+    std::string formattedFile(const std::string &file) const
+    {
+        if (file == standardInput)
+            return formattedText(readText(file), file);
+        std::optional<LibraryPart> libraries;
+        const velHandlePtr handle =
+            loadFile(file, Libraries::Read, [&](velHandle *empty) { libraries.emplace(empty); });
+        if (libraries->isRestatedIn(handle.get()))
+            libraries->dropFrom(handle.get(), loadFile(file).get());
+        return formatted(handle.get());
+    }
+
     std::string formattedText(const SourceText &text, const std::string &file) const
     {
         const velHandlePtr handle = newHandle(Libraries::Read);
+        const LibraryPart libraries(handle.get());
         parseText(handle.get(), text, file);
+        if (libraries.isRestatedIn(handle.get())) {
+            const velHandlePtr own = newHandle();
+            parseText(own.get(), text, file);
+            libraries.dropFrom(handle.get(), own.get());
+        }
         return formatted(handle.get());
     }
 

@@ -129,6 +129,35 @@ XSPROTO(callMethod)
     XSRETURN(1);
 }
 
+void fillContext(pTHX_ LiteContext *context)
+{
+    *context = LiteContext{};
+    context->package = gv_stashpvs("VEL::Parser::Lite", GV_ADD);
+    SvREFCNT_inc_simple_void_NN(context->package);
+}
+
+void startContext(pTHX)
+{
+    fillContext(aTHX_ static_cast<LiteContext *>(
+        Perl_my_cxt_init(aTHX_ & liteContextIndex, sizeof(LiteContext))));
+}
+
+/// Perl calls it in each new thread, which starts with the context of the thread
+/// that made it. It gets one of its own here.
+XSPROTO(cloneContext)
+{
+    dXSARGS;
+    PERL_UNUSED_VAR(cv);
+    PERL_UNUSED_VAR(sp);
+    PERL_UNUSED_VAR(items);
+    // Freed with the interpreter, like the one that Perl_my_cxt_init allocates.
+    SV *room = newSV(sizeof(LiteContext));
+    auto *context = reinterpret_cast<LiteContext *>(SvPVX(room));
+    PL_my_cxt_list[liteContextIndex] = context;
+    fillContext(aTHX_ context);
+    XSRETURN_EMPTY;
+}
+
 void registerMethods(pTHX)
 {
     for (const Entry &entry : entries) {
@@ -136,15 +165,7 @@ void registerMethods(pTHX)
         CV *method = newXS(name, callMethod, __FILE__);
         CvXSUBANY(method).any_ptr = const_cast<Entry *>(&entry);
     }
-}
-
-void startContext(pTHX)
-{
-    auto *context =
-        static_cast<LiteContext *>(Perl_my_cxt_init(aTHX_ & liteContextIndex, sizeof(LiteContext)));
-    *context = LiteContext{};
-    context->package = gv_stashpvs("VEL::Parser::Lite", GV_ADD);
-    SvREFCNT_inc_simple_void_NN(context->package);
+    newXS("VEL::Parser::Lite::CLONE", cloneContext, __FILE__);
 }
 
 } // namespace

@@ -141,8 +141,12 @@ void replaceElements(pTHX_ AV *target, AV *values)
     if (count == 0)
         return;
     if (SvRMAGICAL(target)) {
-        for (SSize_t i = 0; i < count; ++i)
-            av_push(target, newSVsv(AvARRAY(values)[i]));
+        const bool tied = SvTIED_mg(MUTABLE_SV(target), PERL_MAGIC_tied);
+        for (SSize_t i = 0; i < count; ++i) {
+            SV *element = newSVsv(AvARRAY(values)[i]);
+            // A tied array takes a copy; any other keeps the element itself.
+            av_push(target, tied ? sv_2mortal(element) : element);
+        }
         return;
     }
     av_extend(target, count - 1);

@@ -105,12 +105,15 @@ int callChangeHandlers(const char *path, std::int32_t code, const char *newValue
     const HandlerScope running(aTHX_ record);
     if (running.isTooDeep())
         return refuseDepth(aTHX_ record->handle);
+    // A handler may put another list in its place.
+    SvREFCNT_inc_simple_void_NN(list);
     int called = 0;
-    while (called < count && called <= AvFILLp(list)) {
+    while (called < count && list == record->changeHandlers) {
         SV *handler = AvARRAY(list)[called++];
         if (!callChangeHandler(aTHX_ record, handler, path, code, newValue, oldValue))
             break;
     }
+    SvREFCNT_dec_NN(list);
     return called;
 }
 
@@ -240,8 +243,9 @@ SV *liteAddChangeHandler(pTHX_ LiteCall &call)
 
 SV *liteClearChangeHandlers(pTHX_ LiteCall &call)
 {
-    if (AV *list = call.record()->changeHandlers)
-        av_clear(list);
+    // What a handler holds may add handlers as it goes: to the new list.
+    if (AV *&list = call.record()->changeHandlers)
+        sv_2mortal(MUTABLE_SV(std::exchange(list, newAV())));
     return nullptr;
 }
 

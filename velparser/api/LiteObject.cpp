@@ -31,6 +31,15 @@ int freeWithScalar(pTHX_ SV *, MAGIC *magic)
     return 0;
 }
 
+/// An object that a new thread gets as a copy is empty there: the record stays
+/// with the thread that made it.
+int emptyCopy(pTHX_ MAGIC *magic, CLONE_PARAMS *)
+{
+    PERL_UNUSED_CONTEXT;
+    magic->mg_ptr = nullptr;
+    return 0;
+}
+
 /// Whether the package has been loaded into this interpreter.
 bool hasContext(pTHX)
 {
@@ -61,8 +70,8 @@ MAGIC *findObjectMagic(pTHX_ SV *object)
 
 } // namespace
 
-MGVTBL liteRecordMagic = {nullptr,        nullptr, nullptr, nullptr,
-                          freeWithScalar, nullptr, nullptr, nullptr};
+MGVTBL liteRecordMagic = {nullptr,        nullptr, nullptr,   nullptr,
+                          freeWithScalar, nullptr, emptyCopy, nullptr};
 
 SV *newLiteReference(pTHX_ velHandle *handle, bool owns)
 {
@@ -73,8 +82,9 @@ SV *newLiteReference(pTHX_ velHandle *handle, bool owns)
     if (owns)
         record->changeHandlers = newAV();
     SV *object = sv_setref_pv(newSV(0), packageName, record);
-    sv_magicext(SvRV(object), nullptr, PERL_MAGIC_ext, &liteRecordMagic,
-                reinterpret_cast<const char *>(record), 0);
+    MAGIC *magic = sv_magicext(SvRV(object), nullptr, PERL_MAGIC_ext, &liteRecordMagic,
+                               reinterpret_cast<const char *>(record), 0);
+    magic->mg_flags |= MGf_DUP;
     return object;
 }
 

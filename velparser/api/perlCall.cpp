@@ -1,10 +1,15 @@
 #include "velparser/api/perlCall_p.h"
 
+#include <unistd.h>
+
 namespace velparser {
 
 namespace {
 
 bool exitAllowed = true;
+
+/// The process that took charge of `exit`; 0 for none.
+pid_t exitOwner = 0;
 
 I32 callTarget(pTHX_ PerlTarget target, I32 flags)
 {
@@ -107,6 +112,19 @@ PerlResult callXsub(pTHX_ XSUBADDR_t xsub, SV *argument, I32 context)
     return callPerl(aTHX_{nullptr, MUTABLE_SV(code)}, std::array{argument}, context);
 }
 
+bool isForkedChild()
+{
+    return exitOwner != 0 && exitOwner != getpid();
+}
+
+/// The program that the child is a copy of goes on in the parent only. What the
+/// program itself had still to write is the parent's too.
+[[noreturn]] void endChild(pTHX)
+{
+    PerlIO_flush(nullptr);
+    _exit(STATUS_EXIT);
+}
+
 /// No Perl code is running below the call at hand, so nothing is left for an
 /// `exit` to unwind.
 bool isFirstCall(pTHX)
@@ -128,6 +146,8 @@ PerlResult callPerl(pTHX_ PerlTarget target, std::span<SV *const> arguments, I32
     PL_tmps_floor = floor;
     if (exitAllowed || !isFirstCall(aTHX))
         return result;
+    if (isForkedChild())
+        endChild(aTHX);
     SV *error = sv_2mortal(newSVpvf("exit(%d) called", static_cast<int>(STATUS_EXIT)));
     PL_statusvalue = status;
     return {context == G_SCALAR ? 1 : 0, &PL_sv_undef, error, false};
@@ -141,11 +161,13 @@ PerlResult evalPerlText(pTHX_ SV *text, I32 context)
 void allowPerlExit(bool allow)
 {
     exitAllowed = allow;
+    if (exitOwner == 0)
+        exitOwner = getpid();
 }
 
 bool isPerlExitAllowed()
 {
-    return exitAllowed;
+    return exitAllowed || isForkedChild();
 }
 
 void resumeExit(pTHX)

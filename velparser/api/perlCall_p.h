@@ -67,15 +67,17 @@ struct PerlResult
 /// - Where Perl code is running below this call, `exited` is set: nothing may
 ///   be asked of Perl any more but resumeExit, which unwinds further.
 /// - At the first call it is `exited` too while exit is allowed; else it has
-///   become the error "exit(N) called" (see allowPerlExit).
+///   become the error "exit(N) called" (see allowPerlExit). In a child that Perl
+///   code has forked, the process ends there, with that status.
 [[nodiscard]] PerlResult callPerl(pTHX_ PerlTarget target, std::span<SV *const> arguments,
                                   I32 context);
 
 /// Evaluates Perl text as callPerl calls code.
 [[nodiscard]] PerlResult evalPerlText(pTHX_ SV *text, I32 context);
 
-/// Whether `exit` may end the program: true at first, as in an ordinary perl.
-/// The embedded interpreter allows it to scripts only.
+/// Whether `exit` may end the process: true at first, as in an ordinary perl.
+/// The embedded interpreter allows it to scripts, and to children that were
+/// forked after the first call of allowPerlExit.
 void allowPerlExit(bool allow);
 [[nodiscard]] bool isPerlExitAllowed();
 

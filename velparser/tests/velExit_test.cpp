@@ -141,4 +141,35 @@ TEST_F(VelExit, AgainAndAgain)
     }
 }
 
+/// Perl code that runs `child` in a forked process, and gives how that ended.
+std::string inChild(const std::string &child)
+{
+    return "my $pid = fork // die 'no fork';"
+           "if (!$pid) { " +
+           child +
+           "; require POSIX; POSIX::_exit(99) }"
+           "waitpid $pid, 0; my $status = $? >> 8; $? = 0; $status";
+}
+
+TEST_F(VelExit, InAForkedChildEndsTheChild)
+{
+    EXPECT_EQ(perl(inChild("exit 7")), "7");
+    EXPECT_EQ(perl(inChild("CORE::exit(8)")), "8");
+    EXPECT_EQ(perl(inChild("eval { exit 9 }")), "9") << "no eval catches it";
+    EXPECT_EQ(perl(inChild("$API::object->{database}->addChangeHandler(sub { exit 10 });"
+                           "$API::object->{database}->createParam('/C', 1)")),
+              "10")
+        << "in a handler below a method";
+    EXPECT_EQ(perl("CORE::exit(7)"), "died: exit(7) called") << "but not the program";
+}
+
+TEST_F(VelExit, InAForkedChildWritesWhatThePerlCodePrinted)
+{
+    EXPECT_EQ(perl("pipe my $in, my $out or die;"
+                   "my $pid = fork // die;"
+                   "if (!$pid) { close $in; print {$out} 'from the child'; exit 0 }"
+                   "close $out; my $text = join '', <$in>; waitpid $pid, 0; $? = 0; $text"),
+              "from the child");
+}
+
 } // namespace

@@ -19,6 +19,7 @@ our $new = sub { return bless { database => VEL::Parser::Lite::NEW() }, shift };
 our @calls;
 sub new { push @calls, "new(@_)"; return $new->(@_) }
 sub give { return $_[1] }
+sub giveBytes { return pack 'H*', $_[1] }
 sub giveNothing { return }
 sub giveUndef { return undef }
 sub giveList { return (7, 8, 9) }
@@ -191,6 +192,13 @@ TEST_F(VelInstance, TextsAreBytes)
     EXPECT_EQ(perl("\"\\x{e4}\""), "\xe4");
     EXPECT_EQ(perl("my $t = \"\\x{e4}\"; utf8::upgrade($t); $t"), "\xe4");
     EXPECT_EQ(perl("\"\\x{e4}\\x{20ac}\""), "\xc3\xa4\xe2\x82\xac");
+}
+
+TEST_F(VelInstance, TextsEndAtTheirFirstNul)
+{
+    EXPECT_EQ(call("giveBytes", {"410042"}), "A");
+    EXPECT_EQ(call("giveBytes", {"0041"}), "(null)") << "a result that begins with one is empty";
+    EXPECT_EQ(call("giveBytes", {"00"}), "(null)");
 }
 
 TEST_F(VelInstance, TheMessageLivesUntilTheNextCall)

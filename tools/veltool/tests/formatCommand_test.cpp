@@ -43,6 +43,39 @@ TEST(Format, OrdersObjectsByTheRules)
     EXPECT_EQ(runShell(setting + "x $VELTOOL format " + file).status, 2);
 }
 
+TEST(Format, WritesNothingThatOnlyALibraryStates)
+{
+    const TemporaryFolder folder;
+    folder.write("own.vel", "RULES:\n"
+                            "  OBJECT: Z\n"
+                            "    Output Ordering Priority = 1\n"
+                            "    PARAMETER: Kind\n"
+                            "      Type = Integer\n"
+                            "    END\n"
+                            "  END\n"
+                            "END\n"
+                            "STOCK:\n"
+                            "  Water = 1\n"
+                            "  Air = 2\n"
+                            "END\n");
+    const std::string text = "RULES:\n"
+                             "  OBJECT: Z\n"
+                             "    Parents = /\n"
+                             "    PARAMETER: Kind\n"
+                             "    END\n"
+                             "  END\n"
+                             "END\n"
+                             "STOCK:\n"
+                             "  Air = 2\n"
+                             "  Oil = 3\n"
+                             "END\n";
+    const std::string file = folder.write("a.vel", text);
+    const std::string setting = "ZOT5_VEL_LIBS=own.vel ZOT5_VEL_LIBSDIR=" + folder.path();
+    EXPECT_EQ(runShell(setting + " $VELTOOL format " + file).out, text);
+    EXPECT_EQ(runShell(setting + " $VELTOOL format - < " + file).out, text);
+    EXPECT_EQ(runShell(setting + " $VELTOOL format --check " + file).status, 0);
+}
+
 TEST(Format, WrapsToTheWidth)
 {
     const TemporaryFolder folder;

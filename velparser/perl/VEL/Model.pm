@@ -8,6 +8,7 @@ use Scalar::Util qw(weaken);
 
 use VEL::Parser::Lite;
 use VEL::Rules;
+use VEL::Rules::Library;
 use VEL::Suggest;
 
 =head1 NAME
@@ -22,10 +23,14 @@ VEL::Model - the data of one command database seen through its rules
 =head1 DESCRIPTION
 
 There is one model for each database, shared by all that ask for it. It listens
-to the changes of the database, and so compiles the rules again only when
-something below F</RULES> has changed, and lists the objects of a type again
-only when objects have come or gone. A database that belongs to the program
-alone cannot be listened to; there the rules are read again at every C<refresh>.
+to the changes of the database, and so compiles the rules again only when a
+library has changed something below F</RULES>, and lists the objects of a type
+again only when objects have come or gone. It goes on listening after
+C<clearChangeHandlers>. A database that belongs to the program alone cannot be
+listened to; there the rules are read again at every C<refresh>.
+
+Rules count only as library data (see L<VEL::Rules::Library>): what command data
+states below F</RULES> changes none.
 
 All paths may be relative to the current path.
 
@@ -33,6 +38,9 @@ All paths may be relative to the current path.
 
 # Every model there is, not owned.
 my @models;
+
+# A new thread begins without: databases stay in the thread that made them.
+sub CLONE { @models = (); return }
 
 =head1 METHODS
 
@@ -53,6 +61,7 @@ sub of ($class, $database) {
     }
     my $self = bless {
         database  => $database,
+        library   => VEL::Rules::Library->from_tree($database),
         rules     => undef,
         compiled  => 0,
         names     => {},
@@ -68,8 +77,9 @@ sub of ($class, $database) {
 }
 
 # Two objects are one database when a level stored through the one is read
-# through the other.
+# through the other. The database of a model may have been destroyed.
 sub _is_same ($one, $other) {
+    return 0 if !defined eval { $one->getValidationLevel };
     return 1 if $one == $other;
     my $kept  = $other->getValidationLevel;
     my $token = $one->getValidationLevel == 0x5EED ? 0x5EEE : 0x5EED;
@@ -80,36 +90,102 @@ sub _is_same ($one, $other) {
 }
 
 # The handler is called for every parameter of a file that is loaded, so the
-# common case leaves at once.
+# common case leaves at once. It goes when the handlers of the database are
+# cleared, and what it holds then listens again.
 sub _listen ($self) {
     my $model = $self;
     weaken($model);
+    my $again = bless { code => sub { $model->_listen if $model } }, 'VEL::Model::Again';
     my $handler = sub {
         return if !$_[1] && defined $_[2] && $_[0] !~ m{^/(?:RULES|LIBRARY/EXPRESSIONS)/};
-        $model->_changed(@_) if $model;
+        $model->_changed(@_) if $again && $model;
         return;
     };
+    local $@;
     $self->{listens} = eval { $self->{database}->addChangeHandler($handler); 1 };
+    delete $again->{code} if !$self->{listens};
     return;
 }
 
 sub _changed ($self, $path, $code, $new, $old) {
     if ($path =~ m{^/RULES(?:/|\z)}) {
-        $self->{rules} = undef;
-        return;
+        return if !$self->_is_data_change($path, $code, $new);
     }
     @$self{qw(names first)} = ({}, {}) if $code;
-    $self->{expressions} = undef if $path =~ m{^/LIBRARY/EXPRESSIONS(?:/|\z)};
-    return if !$code && defined $new;
+    $self->{expressions} = undef if $path =~ m{^/LIBRARY/EXPRESSIONS/};
+    return if !$code && defined $new && $path !~ m{^/RULES/};
     $_->($path, $code, $new, $old) for grep { defined } @{ $self->{listeners} };
     return;
 }
 
+# Whether a change below /RULES is the data's. One of a library is entered.
+sub _is_data_change ($self, $path, $code, $new) {
+    my $database = $self->{database};
+    my $library  = $self->{library};
+    my $is_new   = 0;
+    if ($code == 2 || ($code == 0 && !defined $new)) {
+        return 1 if !$self->_is_inside_library($path);
+        $is_new = $library->remove($path);
+    }
+    else {
+        return 1 if $database->isLibrary($path) != 1;
+        $is_new = $code ? $library->add_block($path) : $library->set_field($path, $new);
+    }
+    $self->_drop_rules if $is_new;
+    return 0;
+}
+
+# Whether libraries alone have stated what is around a node that is gone. That of
+# /RULES itself says nothing: what was in it has gone before.
+sub _is_inside_library ($self, $path) {
+    return 0 if $path eq '/RULES';
+    for (my ($at) = split_path($path); $at ne '/'; ($at) = split_path($at)) {
+        return 0 if $self->{database}->isLibrary($at) != 1;
+    }
+    return 1;
+}
+
+# Marks rest on the rules under which they were set.
+sub _drop_rules ($self) {
+    return if !$self->{rules};
+    $self->{rules} = undef;
+    $self->clear_marks;
+    return;
+}
+
+=item C<clear_marks>
+
+Takes the mark off every object.
+
+=cut
+
+# Without recursion: blocks may be nested thousands deep.
+sub clear_marks ($self) {
+    my $database = $self->{database};
+    my @open = ('');
+    while (defined(my $path = pop @open)) {
+        $database->setValidEx($path || '/', 0, 1);
+        my @objects;
+        $database->getChildObjectList($path || '/', \@objects);
+        push @open, map { "$path/$_" } grep { "$path/$_" ne '/RULES' } @objects;
+    }
+    return;
+}
+
+=item C<has_rules_in_data>
+
+Whether command data states F</RULES>.
+
+=cut
+
+sub has_rules_in_data ($self) { return $self->{database}->isLibrary('/RULES') == 0 }
+
 =item C<on_change($listener)>
 
 Calls C<$listener> with path, code, new and old value for every object that
-comes or goes and every parameter that goes (code 0, no new value). The caller
-keeps the listener: the model does not own it.
+comes or goes, every parameter that goes (code 0, no new value), and every change
+that is the data's below F</RULES>. The caller keeps the listener: the model does
+not own it.
 
 =cut
 
@@ -125,19 +201,26 @@ To be called before a round of questions: makes up for what could not be heard.
 
 =item C<forget>
 
-Drops everything known of the database.
+To be called after the libraries have been read: drops everything known of the
+database, and takes all marks away.
 
 =cut
 
 sub refresh ($self) {
     return if $self->{listens};
     @$self{qw(names first expressions)} = ({}, {}, undef);
-    $self->{rules} = undef if join("\n", $self->_lines) ne $self->{text};
+    my $text = $self->_text;
+    return if $text eq $self->{text};
+    $self->{text}    = $text;
+    $self->{library} = VEL::Rules::Library->from_tree($self->{database});
+    $self->_drop_rules;
     return;
 }
 
 sub forget ($self) {
     @$self{qw(rules names expressions)} = (undef, {}, undef);
+    $self->refresh;
+    $self->clear_marks;
     return;
 }
 
@@ -154,17 +237,16 @@ sub rules ($self) { return $self->{rules} // $self->_compile }
 sub compiled ($self) { $self->rules; return $self->{compiled} }
 
 sub _compile ($self) {
-    my @lines = $self->_lines;
-    $self->{text} = join "\n", @lines if !$self->{listens};
+    $self->{text} = $self->_text if !$self->{listens};
     $self->{compiled}++;
     $self->{first} = {};
-    return $self->{rules} = VEL::Rules->new(\@lines);
+    return $self->{rules} = VEL::Rules->new([ $self->{library}->lines ]);
 }
 
-sub _lines ($self) {
+sub _text ($self) {
     my @lines;
     $self->{database}->getObjectVEL('/RULES', \@lines, 1) if $self->{database}->havePath('/RULES');
-    return @lines;
+    return join "\n", @lines;
 }
 
 =item C<full_path($path)>
@@ -435,5 +517,13 @@ sub _names_of ($self, $type) {
 =back
 
 =cut
+
+# Runs its code when it goes, unless it was cancelled or the program ends.
+package VEL::Model::Again;
+
+sub DESTROY ($self) {
+    $self->{code}->() if $self->{code} && ${^GLOBAL_PHASE} ne 'DESTRUCT';
+    return;
+}
 
 1;

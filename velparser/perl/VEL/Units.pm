@@ -65,6 +65,8 @@ my @FUNCTIONS = (
     [ ut_are_convertible           => [ 'opaque', 'opaque' ],           'int' ],
     [ ut_get_converter             => [ 'opaque', 'opaque' ],           'opaque' ],
     [ cv_convert_double            => [ 'opaque', 'double' ],           'double' ],
+    [ ut_free  => ['opaque'], 'void' ],
+    [ cv_free  => ['opaque'], 'void' ],
     [ ut_format => [ 'opaque', 'opaque', 'size_t', 'uint' ],            'int' ],
 );
 
@@ -77,6 +79,10 @@ my $LIBRARY = 'libudunits2.so.0';
 
 my ($system, $failure);
 my (%units, %converters);
+
+# How many units, and how many converters, are kept at a time.
+my $MOST = 1000;
+my $converter_count = 0;
 
 =head1 FUNCTIONS
 
@@ -138,16 +144,38 @@ Whether the text is a unit, and written as one.
 
 =cut
 
-sub exists_unit ($text) { return _unit($text) ? 1 : 0 }
+sub exists_unit ($text) {
+    _make_room();
+    return _unit($text) ? 1 : 0;
+}
 
-# The unit system's unit, 0 where there is none. Units live as long as the
-# process: there are few.
+=item C<remembered>
+
+The number of units and converters that are kept for the next question; it is
+bounded, whatever texts are asked about.
+
+=cut
+
+sub remembered () { return keys(%units) + $converter_count }
+
+# Called where no unit is in use.
+sub _make_room () {
+    return if keys %units < $MOST && $converter_count < $MOST;
+    cv_free($_) for grep { $_ } map { values %$_ } values %converters;
+    ut_free($_) for grep { $_ } values %units;
+    (%units, %converters) = ();
+    $converter_count = 0;
+    return;
+}
+
+# The unit system's unit, 0 where there is none.
 sub _unit ($text) {
+    return 0 if length $text > $LONGEST;
     return $units{$text} //= _parse($text) // 0;
 }
 
 sub _parse ($text) {
-    return undef if load() || length $text > $LONGEST || $text !~ /^$UNIT\z/;
+    return undef if load() || $text !~ /^$UNIT\z/;
     return ut_parse($system, $ALONE{$text}, 0) if $ALONE{$text};
     my $within = $text =~ /[ ^\/]/;
     my @names  = $text =~ /[A-Za-z_]+/g;
@@ -158,22 +186,29 @@ sub _parse ($text) {
 
 # The unit system would take any number of prefixes, and any letter case.
 sub _is_name ($name) {
-    return 1 if ut_get_unit_by_symbol($system, $name);
+    return 1 if _has_symbol($name);
     return 1 if _is_word($name);
     return 1 if $name =~ /^$SYMBOL_PREFIX(.+)$/
-        && $1 ne 'kg' && ($TAKES_SYMBOL{$1} || ut_get_unit_by_symbol($system, $1));
+        && $1 ne 'kg' && ($TAKES_SYMBOL{$1} || _has_symbol($1));
     return 1 if $name =~ /^$WORD_PREFIX(.+)$/ && $1 ne 'kilogram' && _is_word($1);
     return 0;
 }
 
+sub _has_symbol ($name) { return _is_found(scalar ut_get_unit_by_symbol($system, $name)) }
+
 sub _is_word ($name) {
-    return $name =~ s/$CAPITALS//gr !~ /[A-Z]/ && ut_get_unit_by_name($system, $name) ? 1 : 0;
+    return $name =~ s/$CAPITALS//gr !~ /[A-Z]/ && _is_found(scalar ut_get_unit_by_name($system, $name)) ? 1 : 0;
 }
 
-# What udunits leaves out of account: the power of angles, and whether the unit
-# is a plain number.
-sub _family ($text, $unit) {
-    return 'number' if $text eq '1' || $text eq '%';
+# The unit system gives a copy of the unit, which is ours.
+sub _is_found ($unit) {
+    return 0 if !$unit;
+    ut_free($unit);
+    return 1;
+}
+
+# What udunits leaves out of account: the power of angles.
+sub _angle ($unit) {
     my $room = '';
     FFI::Platypus::Buffer::grow($room, $LONGEST_IN_BASE_UNITS);
     my ($address) = FFI::Platypus::Buffer::scalar_to_buffer($room);
@@ -190,19 +225,33 @@ Whether quantities in the one unit can be had in the other.
 
 sub is_convertible ($from, $to) { return _converter($from, $to) ? 1 : 0 }
 
-# 0 where there is none. Kept for good, as the units are.
+=item C<is_dimensionless($text)>
+
+Whether the unit is a plain number, such as C<1>, C<%> or C<kg kg^-1>.
+
+=cut
+
+sub is_dimensionless ($text) { return is_convertible($text, '1') }
+
+# 0 where there is none.
 sub _converter ($from, $to) {
-    return $converters{$from}{$to} //= _make_converter($from, $to) // 0;
+    my $known = exists $converters{$from} ? $converters{$from}{$to} : undef;
+    return $known if defined $known;
+    _make_room();
+    return 0 if !_unit($from) || !_unit($to);
+    $converter_count++;
+    return $converters{$from}{$to} = _make_converter($from, $to) // 0;
 }
 
 # The unit system also converts a time to a frequency, which is no conversion of
 # a quantity: zero then has no counterpart.
 sub _make_converter ($from, $to) {
     my ($one, $other) = (_unit($from), _unit($to));
-    return undef if !$one || !$other || _family($from, $one) ne _family($to, $other);
-    return undef if !ut_are_convertible($one, $other);
+    return undef if _angle($one) ne _angle($other) || !ut_are_convertible($one, $other);
     my $converter = ut_get_converter($one, $other) // return undef;
-    return abs(cv_convert_double($converter, 0)) < 9e99 ? $converter : undef;
+    return $converter if abs(cv_convert_double($converter, 0)) < 9e99;
+    cv_free($converter);
+    return undef;
 }
 
 =item C<convert($number, $from, $to)>

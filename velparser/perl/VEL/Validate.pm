@@ -136,8 +136,11 @@ sub _finding ($path, $sentence, $identifier) { return "$path: $sentence [$identi
 
 sub _object_findings ($self, $path, $names) {
     my $model = $self->{model};
+    return $self->_rules_findings if $path eq '/RULES';
+    return if $path =~ m{^/RULES/};
+    return ((map { $self->_parameter_findings('/', $_, '') } @$names), $self->_rules_findings)
+        if $path eq '/';
     return if $model->rules->is_empty;
-    return map { $self->_parameter_findings('/', $_, '') } @$names if $path eq '/';
     my ($parent, $component) = VEL::Model::split_path($path);
     return if !$self->_is_known_chain($parent);
     my $type = $model->type_of($path);
@@ -154,6 +157,12 @@ sub _object_findings ($self, $path, $names) {
     push @findings, $self->_version_findings($path) if $path eq '/LANGUAGE';
     $self->_recheck_children($path, $variant) if @{ $type->{cases} };
     return @findings;
+}
+
+# Told with the top level, as the walk of the program passes /RULES over.
+sub _rules_findings ($self) {
+    return if !$self->{model}->has_rules_in_data;
+    return _finding('/RULES', 'these rules have no effect; only a rule library can state rules', 'rules-in-data');
 }
 
 sub _no_object ($self, $path) {
@@ -332,10 +341,15 @@ sub _recheck_children ($self, $path, $variant) {
     return;
 }
 
-# An object or a parameter has gone (or an object has come, which harms no mark).
+# An object or a parameter has gone (or an object has come, which harms no mark),
+# or command data states rules, which is a finding.
 sub _gone ($self, $path, $code, $new, $old) {
-    return if $code == 1 || !$self->{marked};
     my $database = $self->{database};
+    if ($path =~ m{^/RULES(?:/|\z)}) {
+        $database->setValid('/', 0);
+        return;
+    }
+    return if $code == 1 || !$self->{marked};
     my ($parent, $component) = VEL::Model::split_path($path);
     my $name  = $component =~ s/^[^:]*://r;
     my $users = delete $self->{rests_on}{$name} // {};
@@ -354,18 +368,9 @@ sub _notice_new_rules ($self) {
     return;
 }
 
-# Takes the mark off every object. Without recursion: blocks may be nested
-# thousands deep.
 sub _forget_marks ($self) {
     return if !$self->{marked};
-    my $database = $self->{database};
-    my @open = ('');
-    while (defined(my $path = pop @open)) {
-        $database->setValidEx($path || '/', 0, 1);
-        my @objects;
-        $database->getChildObjectList($path || '/', \@objects);
-        push @open, map { "$path/$_" } grep { "$path/$_" ne '/RULES' } @objects;
-    }
+    $self->{model}->clear_marks;
     $self->{marked}   = 0;
     $self->{rests_on} = {};
     return;

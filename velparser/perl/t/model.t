@@ -188,4 +188,38 @@ subtest 'nothing is kept alive' => sub {
     sub DESTROY { ${ $_[0][0] }++; return }
 }
 
+subtest 'clearing the handlers of the database does not blind the model' => sub {
+    my $api      = api($rules, $data);
+    my $database = $api->{database};
+    my $model    = VEL::Model->of($database);
+    my @heard;
+    my $values = sub { $api->getAllowedParamStrings('/FLOW/DOMAIN:Left/Neighbour', \my @values); return "@values" };
+    is $values->(), 'None Left Right SECRETS', 'the objects there are';
+    for my $round (1, 2) {
+        $database->addChangeHandler(sub { push @heard, @_; return });
+        $database->clearChangeHandlers;
+        $database->createObject("/FLOW/DOMAIN:New $round", 0);
+        like $values->(), qr/ New $round/, "round $round: an object that comes is seen";
+        is scalar @heard, 0, '... and the handler that was cleared is not called';
+    }
+    my $compiled = $model->compiled;
+    $database->loadLibraryData([ 'RULES:', 'OBJECT: DOMAIN', 'Expert = Yes', 'END', 'END' ]);
+    is $api->isItemExpert('/FLOW/DOMAIN:Left'), 1, 'new rules are seen';
+    is $model->compiled, $compiled + 1, '... when they change, and not at each question';
+    $database->addChangeHandler(sub { $database->clearChangeHandlers if $_[1] == 1; return });
+    $database->createObject('/FLOW/DOMAIN:Cleared', 0);
+    $database->createObject('/FLOW/DOMAIN:Last', 0);
+    like $values->(), qr/ Cleared Last\b/, 'also when a handler clears them';
+};
+
+subtest 'a database that was destroyed stands in nobody\'s way' => sub {
+    my $gone = api($rules, $data);
+    is $gone->{database}->DESTROY, undef, 'destroyed while its API is alive';
+    my $new = eval { API->new } // die $@;
+    isnt $new->{model}, $gone->{model}, 'a new API has a model of its own';
+    ok !$new->parseVELData([ 'A: a', 'END' ], 0),
+        'and a database that works';
+    is(API->new($new->{database})->{model}, $new->{model}, 'shared by all that ask for it');
+};
+
 done_testing;

@@ -64,6 +64,11 @@ name of that argument), no reference to a scalar where one is due
 Texts are bytes and end at the first NUL. A text of Perl's with characters of 256
 and above is taken as its UTF-8 form; C<undef> is the empty text.
 
+=head2 Threads
+
+Several threads may use the module, each with its own objects. A new thread does
+not get the objects of the one that made it: it has C<undef> in their place.
+
 =head1 METHODS
 
 =head2 Making and ending

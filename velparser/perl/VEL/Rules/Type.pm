@@ -28,7 +28,6 @@ The elements may be read directly:
 What holds for one object of the type depends on its cases. All objects for
 which the same cases hold share one I<variant>, a hash:
 
-    type              the VEL::Rules::Type
     order             names of its parameters: required, optional, by case
     allowed           hash of these
     required          names of those that must be there
@@ -151,7 +150,6 @@ sub _variant ($self, $signature) {
     my @order = grep { !$allowed{$_}++ } map { @{ $_->{required} }, @{ $_->{optional} } } @parts;
     $objects{$_} = 1 for map { @{ $_->{required_objects} }, @{ $_->{optional_objects} } } @parts;
     return {
-        type             => $self,
         order            => \@order,
         allowed          => \%allowed,
         required         => _once(map { @{ $_->{required} } } @parts),

@@ -1,0 +1,142 @@
+package VEL::Rules::Library;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+=head1 NAME
+
+VEL::Rules::Library - what the rule libraries state, kept apart from the data
+
+=head1 DESCRIPTION
+
+Command data may state F</RULES> too. That changes values in the tree of the
+database, but no rule: rules count only as library data. So the rules are
+compiled from this copy, into which L<VEL::Model> enters what libraries change.
+
+A block is a hash of C<fields> (name => text), C<blocks> (component => block) and
+C<number>, by which the blocks of one parent are ordered.
+
+=head1 METHODS
+
+=over
+
+=item C<< VEL::Rules::Library->new >>
+
+One that states nothing.
+
+=item C<< VEL::Rules::Library->from_tree($database) >>
+
+What is library data below F</RULES> at this moment. What data has changed there
+before cannot be known, so a block that data has stated again is left out.
+
+=cut
+
+sub new ($class) { return bless { top => _block(0), count => 0, last => '', at => undef }, $class }
+
+sub from_tree ($class, $database) {
+    my $self = $class->new;
+    my @open = $database->havePath('/RULES') ? '/RULES' : ();
+    while (defined(my $path = shift @open)) {
+        if ($database->isLibrary($path) == 1) {
+            $self->add_block($path);
+            $database->getChildParamList($path, \my @names);
+            for my $name (@names) {
+                $database->getStringValue("$path/$name", \my $value);
+                $self->set_field("$path/$name", $value);
+            }
+        }
+        $database->getChildObjectList($path, \my @blocks);
+        unshift @open, map { "$path/$_" } @blocks;
+    }
+    return $self;
+}
+
+sub _block ($number) { return { fields => {}, blocks => {}, number => $number } }
+
+=item C<add_block($path)>
+
+A library states a block. True if it is new.
+
+=item C<set_field($path, $value)>
+
+A library states a field. True if that changes it.
+
+=item C<remove($path)>
+
+A block or field is gone. True if there was one.
+
+=cut
+
+sub add_block ($self, $path) {
+    my $before = $self->{count};
+    $self->_find($path, 1);
+    return $self->{count} != $before;
+}
+
+sub set_field ($self, $path, $value) {
+    my ($owner, $name) = _split($path);
+    my $fields = $self->_find($owner, 1)->{fields};
+    return 0 if exists $fields->{$name} && $fields->{$name} eq ($value // '');
+    $fields->{$name} = $value // '';
+    return 1;
+}
+
+sub remove ($self, $path) {
+    my ($owner, $name) = _split($path);
+    my $block = $self->_find($owner, 0) // return 0;
+    $self->{last} = '';
+    return defined delete $block->{fields}{$name} || defined delete $block->{blocks}{$name};
+}
+
+sub _split ($path) {
+    my $slash = rindex $path, '/';
+    return (substr($path, 0, $slash), substr $path, $slash + 1);
+}
+
+# The block at a path, made where it is missing if C<$make>. The last one is
+# kept: the fields of a block come one after the other.
+sub _find ($self, $path, $make) {
+    return $self->{at} if $path eq $self->{last};
+    my $at = $self->{top};
+    my (undef, undef, @components) = split m{/}, $path;
+    for my $component (@components) {
+        return undef if !$make && !$at->{blocks}{$component};
+        $at = $at->{blocks}{$component} //= _block(++$self->{count});
+    }
+    @$self{qw(last at)} = ($path, $at);
+    return $at;
+}
+
+=item C<lines>
+
+All of it as the database would write it: a statement a line.
+
+=back
+
+=cut
+
+sub lines ($self) {
+    my @lines = ('RULES:');
+    my @open  = ([ $self->{top}, undef ]);
+    while (my $next = pop @open) {
+        my ($block, $component) = @$next;
+        if (!$block) {
+            push @lines, 'END';
+            next;
+        }
+        push @lines, _header($component) if defined $component;
+        my ($fields, $blocks) = @$block{qw(fields blocks)};
+        push @lines, map { "$_ = $fields->{$_}" } sort keys %$fields;
+        push @open, [undef], map { [ $blocks->{$_}, $_ ] }
+            sort { $blocks->{$b}{number} <=> $blocks->{$a}{number} } keys %$blocks;
+    }
+    return @lines;
+}
+
+sub _header ($component) {
+    my ($kind, $name) = split /:/, $component, 2;
+    return defined $name ? "$kind: $name" : "$kind:";
+}
+
+1;

@@ -1,0 +1,74 @@
+# Several threads use the module, each with its own handles.
+use strict;
+use warnings;
+
+use Config;
+use Test::More;
+
+BEGIN {
+    plan skip_all => 'this perl has no threads' if !$Config{useithreads};
+    require threads;
+}
+
+use VEL::Parser::Lite;
+
+{
+    package Cloned;
+    our @ISA = 'VEL::Parser::Lite';
+    sub CLONE_SKIP { return 0 }
+}
+
+# A handle of its own whose handler dies: the error comes back to the thread in
+# which it happened, and to no other.
+sub work {
+    my ($number) = @_;
+    my $data = VEL::Parser::Lite::NEW();
+    $data->addChangeHandler(sub { die "handler $number\n" if $_[0] eq '/BAD'; return });
+    my @wrong;
+    for my $round (1 .. 200) {
+        my $died = eval { $data->createParam('/BAD', "$number $round"); 1 } ? 'lived' : $@;
+        push @wrong, $died if $died ne "handler $number\n";
+        my $error = $data->createParam('/GOOD', "$number $round");
+        $data->getStringValue('/GOOD', \my $value);
+        push @wrong, $error // $value if $error || $value ne "$number $round";
+    }
+    return join '|', @wrong;
+}
+
+my $data = VEL::Parser::Lite::NEW();
+$data->createParam('/A', 'of the main thread');
+my $derived = bless VEL::Parser::Lite::NEW(), 'Cloned';
+
+# What a thread gives that runs this code.
+sub in_thread { my ($code) = @_; return scalar threads->create({ context => 'scalar' }, $code)->join }
+
+is in_thread(sub { return ref $data }), 'SCALAR', 'a thread gets no object of another';
+is in_thread(sub { return eval { $derived->havePath('/'); 1 } ? 'lived' : $@ =~ s/ at .*//sr }),
+    'self is not of type VEL::Parser::Lite', 'nor its database, whatever its class says';
+
+my @threads = map { my $number = $_; threads->create({ context => 'scalar' }, sub { return work($number) }) } 1 .. 4;
+is work(0), '', 'the main thread, meanwhile';
+is $_->join, '', 'thread ' . $_->tid for @threads;
+
+# A thread that ends in the middle of a handler's error leaves it to no one.
+in_thread(sub {
+    my $own = VEL::Parser::Lite::NEW();
+    $own->addChangeHandler(sub { die "left behind\n" });
+    eval { $own->createParam('/A', 1) };
+    return;
+});
+$data->addChangeHandler(sub { return });
+is eval { $data->createParam('/A', 'again'); 1 }, 1, 'the error of another thread is not raised here';
+$data->getStringValue('/A', \my $value);
+is $value, 'again', 'the database of the main thread is as it was';
+
+my $below = in_thread(sub {
+    my $outer = VEL::Parser::Lite::NEW();
+    $outer->createParam('/A', 'outer');
+    my $inner = in_thread(sub { return work(9) });
+    $outer->getStringValue('/A', \my $kept);
+    return "$inner$kept";
+});
+is $below, 'outer', 'a thread of a thread';
+
+done_testing;

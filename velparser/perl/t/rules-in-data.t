@@ -1,0 +1,119 @@
+# Rules count only as library data: what command data states below /RULES changes
+# no rule and gives one finding.
+use strict;
+use warnings;
+use feature 'signatures';
+
+use FindBin;
+use Test::More;
+use lib "$FindBin::Bin/lib";
+
+use VEL::Model;
+use VELTest;
+
+my $rules = <<'TEXT';
+RULES:
+  Language Version = 2.0
+  OBJECT: PUMP
+    Required Parameters = Kind
+    PARAMETER: Kind
+      Allowed Values = A, B
+    END
+  END
+  OBJECT: TANK
+    Optional Parameters = Volume
+  END
+END
+TEXT
+
+my $finding = "/RULES: these rules have no effect; only a rule library can state rules [rules-in-data]\n";
+my $pump    = "PUMP: p\nKind = C\nEND\n";
+my $wrong   = "/PUMP:p/Kind: \"C\" is not allowed here; allowed are A, B [not-allowed]\n";
+
+# A database whose model has listened from the start, as that of the program has.
+sub loaded (@texts) {
+    my $api = API->new;
+    for my $text ($rules, @texts) {
+        my $error = $api->parseVELData(lines($text), $text eq $rules ? 1 : 0);
+        die $error if $error;
+    }
+    return $api;
+}
+
+is findings(loaded($pump)->{database}), $wrong, 'what the rules of the library find';
+
+my %stated = (
+    'another value'       => "RULES:\nOBJECT: PUMP\nPARAMETER: Kind\nAllowed Values = A, B, C\nEND\nEND\nEND",
+    'a field more'        => "RULES:\nOBJECT: PUMP\nFree Parameters = Yes\nRequired Parameters = Size\nEND\nEND",
+    'a rule more'         => "RULES:\nOBJECT: VALVE\nEND\nPARAMETER: Kind\nType = Integer\nEND\nEND",
+    'another version'     => "RULES:\nLanguage Version = 1.0\nEND\nLANGUAGE:\nVersion = 2.0\nEND",
+    'the header alone'    => "RULES:\nEND",
+    'a block replaced'    => "&replace RULES:\nOBJECT: TANK\nEND\nEND",
+    'a rule replaced'     => "RULES:\n&replace OBJECT: PUMP\nEND\nEND",
+);
+for my $what (sort keys %stated) {
+    my $api      = loaded("$stated{$what}\n$pump");
+    my $database = $api->{database};
+    is findings($database), "$finding$wrong", "$what changes no rule";
+    my $model = VEL::Model->of($database);
+    is $model->rules->type('OBJECT', 'VALVE'), undef, '... nor adds one';
+    is $model->rules->version, '2.0', '... nor makes it another version';
+}
+
+subtest 'the block itself' => sub {
+    my $api       = loaded($stated{'another value'}, $pump);
+    my $database  = $api->{database};
+    my $validator = VEL::Validate->new($database);
+    is $validator->validateObject('/RULES') . "\n", $finding, 'is asked for by its path';
+    is $validator->validateObject('/RULES/OBJECT:PUMP'), undef, 'nothing is said of what is in it';
+    is $database->isValid('/') & 1, 0, 'the top level is not marked';
+    $database->getFormattedVEL('/RULES/OBJECT:PUMP/PARAMETER:Kind', 79, \my @lines);
+    like "@lines", qr/Allowed Values = A, B, C/, 'is data like any other';
+    is $database->deleteObj('/RULES'), undef, 'can be deleted';
+    is findings($database), $wrong, 'which leaves the rules of the library in force';
+};
+
+subtest 'a block that comes later' => sub {
+    my $api       = loaded("PUMP: p\nKind = A\nEND");
+    my $database  = $api->{database};
+    my $validator = VEL::Validate->new($database);
+    is findings_left($validator, $database), '', 'all is right';
+    is $database->loadVELData(lines($stated{'a rule more'})), undef, 'the data states rules';
+    is findings_left($validator, $database), $finding, 'the top level is looked at again';
+};
+
+subtest 'what a library states counts, whatever the data has stated' => sub {
+    my $api = API->new;
+    is $api->{database}->loadVELData(lines("$stated{'a field more'}\n$pump")), undef, 'first the data';
+    is findings($api->{database}), $finding, 'without rules nothing else is known to be wrong';
+    is $api->{database}->loadLibraryData(lines($rules)), undef, 'then the library';
+    is findings($api->{database}), $wrong, 'its rules hold, and the block is its own now';
+    is $api->{database}->setStringValue('/RULES/OBJECT:PUMP/PARAMETER:Kind/Allowed Values', 'C'), undef,
+        'a value of a library may be changed by a program';
+    is findings($api->{database}), '', 'which changes the rule';
+};
+
+subtest 'a model that comes after the data' => sub {
+    my $database = database($rules, "RULES:\nOBJECT: VALVE\nEND\nEND\n$pump");
+    is findings($database), "$finding$wrong", 'reads what libraries alone have stated';
+    is(VEL::Model->of($database)->rules->type('OBJECT', 'VALVE'), undef, 'and no more');
+};
+
+subtest 'reading new rules clears all marks' => sub {
+    my $api       = api($rules, "PUMP: p\nKind = A\nTANK: t\nVolume = 1\nEND\nEND");
+    my $database  = $api->{database};
+    my $validator = VEL::Validate->new($database);
+    my $marks     = sub { return join '', map { $database->isValid($_) & 1 } '/', '/PUMP:p', '/PUMP:p/TANK:t' };
+    my $validate  = sub { $validator->validateObject($_) for all_paths($database); return $marks->() };
+    is $validate->(), '111', 'all is marked';
+    $database->loadLibraryData(lines("RULES:\nOBJECT: TANK\nMaximum Count = 5\nEND\nEND"));
+    is $marks->(), '000', 'a library that is loaded takes the marks, before the validator is asked anything';
+    is $validate->(), '111', 'all is marked again';
+    $database->loadVELData(lines("RULES:\nOBJECT: TANK\nMaximum Count = 1\nEND\nEND"));
+    is $marks->(), '011', 'data does not, but for the finding at the top level';
+    delete local @ENV{qw(ZOT5_VEL_LIBS ZOT5_VEL_LIBSDIR)};
+    $api->readLibraries;
+    is $marks->(), '000', 'reading the libraries does, even if nothing has changed';
+};
+
+done_testing;
