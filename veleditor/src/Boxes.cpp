@@ -2,6 +2,7 @@
 
 #include "veleditor/src/Application.h"
 #include "veleditor/src/Widgets.h"
+#include "veleditor/src/WrappingLabel.h"
 
 #include <QAbstractButton>
 #include <QCloseEvent>
@@ -12,6 +13,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSpacerItem>
 
 #include <utility>
@@ -98,28 +100,43 @@ private:
             label.setMinimumWidth(qMin(label.sizeHint().width(), widestLine(*this)));
     }
 
-    // A text may hold a value of any length, or as many lines as a rule library
-    // has faults: what the screen has no room for is scrolled.
+    // A text may hold a value of any length, with no blanks in it, or as many lines
+    // as a rule library has faults: a word that is wider than the box is broken,
+    // and what the screen has no room for is scrolled.
     void keepButtonsOnScreen()
     {
-        auto *grid = qobject_cast<QGridLayout *>(layout());
-        auto *label = findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
-        if (grid == nullptr || label == nullptr)
-            return;
+        for (const char *name : {"qt_msgbox_label", "qt_msgbox_informativelabel"}) {
+            if (auto *label = findChild<QLabel *>(QString::fromLatin1(name)))
+                wrapWhereNeeded(*label);
+        }
+    }
+
+    void wrapWhereNeeded(QLabel &label)
+    {
         const QRect room(0, 0, widestLine(*this), QWIDGETSIZE_MAX);
-        const QRect text = label->fontMetrics().boundingRect(
-            room, Qt::TextWordWrap | Qt::TextExpandTabs, label->text());
-        if (text.height() <= highestText(*this))
+        const QRect text = label.fontMetrics().boundingRect(
+            room, Qt::TextWordWrap | Qt::TextExpandTabs, label.text());
+        if (text.height() <= highestText(*this) && text.width() <= room.width())
             return;
+        auto *wrapped = new WrappingLabel(label.text(), room.width(), this);
+        wrapped->setObjectName(QStringLiteral("WrappedText"));
+        const bool fits = wrapped->minimumHeight() <= highestText(*this);
+        delete layout()->replaceWidget(&label, fits ? wrapped : scrolled(wrapped));
+        label.hide(); // the box still has its text
+    }
+
+    QWidget *scrolled(WrappingLabel *text)
+    {
         auto *area = new QScrollArea(this);
         area->setObjectName(QStringLiteral("ScrolledText"));
         area->setAccessibleName(windowTitle());
         area->setFrameShape(QFrame::NoFrame);
         area->setWidgetResizable(true);
-        area->setMinimumSize(room.width(), highestText(*this));
-        delete grid->replaceWidget(label, area);
-        label->setMinimumWidth(0);
-        area->setWidget(label);
+        const int barWidth = area->verticalScrollBar()->sizeHint().width();
+        area->setMinimumSize(text->minimumWidth(), highestText(*this));
+        text->setNarrowest(text->minimumWidth() - barWidth);
+        area->setWidget(text);
+        return area;
     }
 
     void makeRoomForTitle()

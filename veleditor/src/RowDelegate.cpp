@@ -5,6 +5,7 @@
 #include "veleditor/src/VELTreeItem.h"
 
 #include <QColor>
+#include <QScrollBar>
 
 #include <optional>
 
@@ -33,6 +34,16 @@ std::optional<QColor> textColour(const VELTreeItem &item, int column)
 QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
 {
     return QStyledItemDelegate::displayText(shortened(value.toString()), locale);
+}
+
+void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
+                        const QModelIndex &index) const
+{
+    QStyleOptionViewItem visible = option;
+    const auto *tree = qobject_cast<const VELTree *>(option.widget);
+    if (tree != nullptr && tree->horizontalScrollBar()->maximum() == 0)
+        visible.rect.setRight(qMin(option.rect.right(), tree->viewport()->rect().right()));
+    QStyledItemDelegate::paint(painter, visible, index);
 }
 
 void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const

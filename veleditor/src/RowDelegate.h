@@ -14,9 +14,14 @@ class RowDelegate : public QStyledItemDelegate
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    /// The beginning of a text, as much as any screen shows: a line of a command
-    /// file may hold millions of characters, and all given would be laid out.
+    /// The first 1,000 characters of a text: a line of a command file may hold
+    /// millions, and all that are given would be laid out.
     [[nodiscard]] QString displayText(const QVariant &value, const QLocale &locale) const override;
+
+    /// Where the vertical scroll bar covers the end of a column, a text ends
+    /// before it.
+    void paint(QPainter *painter, const QStyleOptionViewItem &option,
+               const QModelIndex &index) const override;
 
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;

@@ -7,6 +7,7 @@
 #include <QHeaderView>
 #include <QMouseEvent>
 #include <QStyle>
+#include <QScrollBar>
 #include <QStyleFactory>
 
 #include <utility>
@@ -110,6 +111,18 @@ void VELTree::contextMenuEvent(QContextMenuEvent *event)
 {
     if (event->reason() == QContextMenuEvent::Keyboard)
         emit menuRequested(placeBesideRow());
+// The columns take the whole width of the view, and the vertical scroll bar then
+// covers the end of the second one. What the bar covers is no reason for another
+// bar, nor for the view to move sideways.
+void VELTree::updateGeometries()
+{
+    const bool fits = header()->length() <= maximumViewportSize().width();
+    setHorizontalScrollBarPolicy(fits ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
+    QTreeWidget::updateGeometries();
+    if (fits)
+        horizontalScrollBar()->setRange(0, 0);
+}
+
 }
 
 // The toolkit takes a double click of any button for a wish to edit. The second

@@ -124,6 +124,7 @@ protected:
 
 private:
     void setOpen(QTreeWidgetItem *item, bool open);
+    void updateGeometries() override;
     void storeValue(VELTreeItem &item, const std::string &newValue);
     void refuseEdit(const QString &name);
     void showErrors(const char *messages);

@@ -1,5 +1,7 @@
 #include "veleditor/src/Widgets.h"
 
+#include "veleditor/src/WrappingLabel.h"
+
 #include <QCoreApplication>
 #include <QDialog>
 #include <QHBoxLayout>
@@ -11,6 +13,8 @@
 
 namespace velEditor {
 
+#include <memory>
+
 namespace {
 
 constexpr int buttonSpacing = 5;
@@ -19,15 +23,13 @@ constexpr int buttonSpacing = 5;
 
 QLabel *makeLabel(const QString &text, QWidget *parent)
 {
-    auto *label = new QLabel(text, parent);
+    auto label = std::make_unique<QLabel>(text, parent);
     label->setTextFormat(Qt::PlainText);
     label->ensurePolished();
     const int widest = parent->screen()->availableGeometry().width() * 3 / 4;
-    if (label->sizeHint().width() > widest) {
-        label->setWordWrap(true);
-        label->setMinimumSize(widest, label->heightForWidth(widest));
-    }
-    return label;
+    if (label->sizeHint().width() > widest)
+        return new WrappingLabel(text, widest, parent);
+    return label.release();
 }
 
 QPushButton *makeButton(const QString &text, const char *name, QWidget *parent)

@@ -18,7 +18,7 @@ class QWidget;
 namespace velEditor {
 
 /// The path of an object may be longer than the screen is wide: such a text is
-/// wrapped.
+/// wrapped, inside a word where it has no blanks.
 [[nodiscard]] QLabel *makeLabel(const QString &text, QWidget *parent);
 
 /// `name` is the object's.

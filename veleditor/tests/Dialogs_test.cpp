@@ -59,6 +59,7 @@ private slots:
     void hasPlainButtons();
     void keepsLinesWhole();
     void wrapsWhatNoScreenHolds();
+    void breaksWordsThatNoLineHolds();
     void scrollsWhatNoScreenHolds();
     void staysOnEscapeAndFrame();
     void closesAnOkBoxOnEscape();
@@ -317,6 +318,43 @@ void DialogsTest::wrapsWhatNoScreenHolds()
     MessageBox box = question();
     box.text = QString("word ").repeated(200);
     QCOMPARE(ask(nullptr, box), -1);
+}
+
+// A value without blanks was cut off at the edge of the box.
+void DialogsTest::breaksWordsThatNoLineHolds()
+{
+    const QString word = QString("0123456789").repeated(40);
+    for (const bool isRemark : {false, true}) {
+        onDialog<QMessageBox>([&](QMessageBox &box) {
+            QVERIFY(box.width() <= box.screen()->availableGeometry().width());
+            auto *label = box.findChild<QLabel *>("WrappedText");
+            QVERIFY(label->isVisible());
+            QCOMPARE(label->text(), isRemark ? "Kept in\n" + word : "x = " + word + "\nReally?");
+            QVERIFY(box.rect().contains(QRect(label->mapTo(&box, QPoint()), label->size())));
+            const int lines = label->height() / label->fontMetrics().height();
+            QVERIFY(lines * label->width() >= label->fontMetrics().horizontalAdvance(word));
+            // Every line but the last one of the word is full, to less than one digit.
+            const QImage picture = label->grab().toImage();
+            const int digit = label->fontMetrics().horizontalAdvance('0') + 1;
+            int columns = 0;
+            for (int x = 0; x < picture.width(); ++x) {
+                for (int y = 0; y < picture.height(); ++y) {
+                    if (picture.pixelColor(x, y) != picture.pixelColor(0, picture.height() - 1)) {
+                        columns = x;
+                        break;
+                    }
+                }
+            }
+            QVERIFY(columns >= picture.width() - 2 * digit);
+            box.reject();
+        });
+        MessageBox box = question();
+        if (isRemark)
+            box.remark = "Kept in\n" + word;
+        else
+            box.text = "x = " + word + "\nReally?";
+        QCOMPARE(ask(nullptr, box), -1);
+    }
 }
 
 // The faults of a rule library filled the screen, and the buttons stood below it.

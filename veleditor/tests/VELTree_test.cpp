@@ -7,7 +7,9 @@
 
 #include <QElapsedTimer>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QStyle>
+#include <QStyledItemDelegate>
 
 using namespace velEditor;
 
@@ -36,11 +38,15 @@ private slots:
     void saysWhatTheColoursMean();
     void selectsInBlue();
     void hasTwoColumns();
+    void needsNoHorizontalBarBesideTheVerticalOne();
+    void scrollsSidewaysWhereColumnsAreWider();
+    void endsTextsBeforeTheScrollBar();
     void keepsTheOrderOfTheFileUntilSorted();
     void opensAndClosesBranchesWithTheRightButton();
     void marksUnsavedChangesOnce();
     void showsDeeplyNestedObjects();
     void showsVeryLongValues();
+    void showsTheFirstThousandCharactersOfAValue();
     void showsAnEmptyValue();
     void takesAFailedQuestionForYes();
     void throwsWhenTheDatabaseFails();
@@ -236,6 +242,73 @@ void VELTreeTest::hasTwoColumns()
     QVERIFY(tree().style() != editor().style());
 }
 
+// The columns fill the view. When the vertical bar appeared, the horizontal one
+// came too, and the view moved sideways by the width of the bar.
+void VELTreeTest::needsNoHorizontalBarBesideTheVerticalOne()
+{
+    QByteArray text = "FLOW: A\n";
+    for (int i = 0; i < 100; ++i)
+        text += "DOMAIN: d" + QByteArray::number(i) + "\nKind = Fluid\nEND\n";
+    open(newFile("many.vel", text + "END\n"));
+    QCoreApplication::processEvents();
+    QVERIFY(!tree().verticalScrollBar()->isVisible());
+    const int nameWidth = tree().columnWidth(VELTreeItem::Name);
+
+    tree().openAll();
+    tree().showMatch(row("/FLOW:A/DOMAIN:d99/Kind"));
+    QCoreApplication::processEvents();
+    QVERIFY(tree().verticalScrollBar()->isVisible());
+    QVERIFY(!tree().horizontalScrollBar()->isVisible());
+    QCOMPARE(tree().header()->offset(), 0);
+    QCOMPARE(tree().columnWidth(VELTreeItem::Name), nameWidth); // as the window says
+    QCOMPARE(tree().columnWidth(VELTreeItem::Value), 400);
+
+    // Nor does a resized window or a value that is wider than its column.
+    editor().resize(700, 500);
+    tree().scrollTo(tree().model()->index(0, VELTreeItem::Value));
+    tree().scrollTo(tree().currentIndex().siblingAtColumn(VELTreeItem::Value));
+    QTest::keyClick(&tree(), Qt::Key_End);
+    QCoreApplication::processEvents();
+    QVERIFY(!tree().horizontalScrollBar()->isVisible());
+    QCOMPARE(tree().header()->offset(), 0);
+}
+
+void VELTreeTest::scrollsSidewaysWhereColumnsAreWider()
+{
+    open(copyOf("duct.vel"));
+    tree().setColumnWidth(VELTreeItem::Name, 700);
+    QTRY_VERIFY(tree().horizontalScrollBar()->isVisible());
+    tree().horizontalScrollBar()->setValue(tree().horizontalScrollBar()->maximum());
+    QCOMPARE(tree().header()->offset() + tree().viewport()->width(), tree().header()->length());
+    tree().setColumnWidth(VELTreeItem::Name, 100);
+    QTRY_VERIFY(!tree().horizontalScrollBar()->isVisible());
+    QCOMPARE(tree().header()->offset(), 0);
+}
+
+void VELTreeTest::endsTextsBeforeTheScrollBar()
+{
+    const auto valueEnds = [&] {
+        const QRect cell = tree().visualItemRect(&row("/FLOW:A/Title"));
+        const QImage picture = tree().viewport()->grab(cell).toImage();
+        const int right = picture.width() - 1;
+        for (int x = right; x > 0; --x) {
+            for (int y = 0; y < picture.height(); ++y) {
+                if (picture.pixelColor(x, y) != picture.pixelColor(right, 0))
+                    return right - x;
+            }
+        }
+        return right;
+    };
+    QByteArray text = "FLOW: A\nTitle = " + QByteArray("l").repeated(2000) + "\n";
+    for (int i = 0; i < 100; ++i)
+        text += "p" + QByteArray::number(i) + " = x\n";
+    open(newFile("long.vel", text + "END\n"));
+    tree().openAll();
+    QCoreApplication::processEvents();
+    QVERIFY(tree().verticalScrollBar()->isVisible());
+    QVERIFY(valueEnds() > 0); // an ellipsis, and the gap after it
+}
+
 void VELTreeTest::keepsTheOrderOfTheFileUntilSorted()
 {
     open(newFile("order.vel", "FLOW: A\nTitle = b\nRun Mode = a\nEND\n"));
@@ -325,6 +398,16 @@ void VELTreeTest::showsVeryLongValues()
     QVERIFY(isGreen("/FLOW:A/Title", VELTreeItem::Value));
     QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(row("/FLOW:A/Title").value().size(), value.size());
+}
+
+void VELTreeTest::showsTheFirstThousandCharactersOfAValue()
+{
+    const QString value = QString("0123456789").repeated(100);
+    open(newFile("long.vel", "FLOW: A\nTitle = " + value.toLatin1() + "xyz\nEND\n"));
+    const QModelIndex cell = tree().indexFromItem(&row("/FLOW:A/Title"), VELTreeItem::Value);
+    const auto *delegate = qobject_cast<QStyledItemDelegate *>(tree().itemDelegate());
+    QCOMPARE(delegate->displayText(cell.data(), QLocale::c()), value + QChar(0x2026));
+    QCOMPARE(row("/FLOW:A/Title").value(), value + "xyz"); // what is copied and edited
 }
 
 void VELTreeTest::showsAnEmptyValue()
