@@ -109,3 +109,4 @@ void VELTree::showErrors(const char *messages)
 }
 
 } // namespace velEditor
+    clearSelection(); // the view selects a neighbour, which nobody chose

@@ -54,6 +54,7 @@ namespace {
 const char title[] = "/FLOW:Analysis/Title";
 const char boundaryKind[] = "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind";
 const char pressure[] = "/FLOW:Analysis/DOMAIN:Duct/Reference Pressure";
+    void selectsNothingAfterADelete();
 
 } // namespace
 
@@ -425,3 +426,26 @@ void VELTreeEditTest::refusesToDeleteWhatIsNotEditable()
 
 VEL_EDITOR_TEST(VELTreeEditTest)
 #include "VELTreeEdit_test.moc"
+// The view selected the row beside it: the same keys, pressed again, deleted one
+// parameter after the other.
+void VELTreeEditTest::selectsNothingAfterADelete()
+{
+    open(copyOf("duct.vel"));
+    for (const char *path : {"/FLOW:Analysis/DOMAIN:Duct/Location",
+                             "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Mass Flow Rate"}) {
+        select(path);
+        answer(0);
+        press("Ctrl+D");
+        QVERIFY(tree().selectedItems().isEmpty());
+    }
+    boxes.clear();
+    answer();
+    press("Ctrl+D");
+    QVERIFY2(boxes.value(0).startsWith("Warning: Deleting Parameter\nOnly orange"),
+             qPrintable(boxes.value(0)));
+    // The keys go on from where they were.
+    QVERIFY(tree().currentItem() != nullptr);
+    QTest::keyClick(&tree(), Qt::Key_Down);
+    QCOMPARE(tree().selectedItems().size(), 1);
+}
+

@@ -15,6 +15,12 @@ press ctrl+d
 await 'Deleting Parameter'
 press Escape alt+d
 await "$file - Modified"
+
+# Nothing is selected then: the same keys again delete nothing.
+press ctrl+d
+await 'Deleting Parameter'
+press Return
+await "$file - Modified"
 press ctrl+s
 await "$file"
 is_saved '/Title = First run/d'
