@@ -33,7 +33,8 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
     auto *layout = new QVBoxLayout(this);
 
     const std::string path = item.path();
-    value_ = storedValue(path).value_or("");
+    former_ = storedValue(path).value_or("");
+    value_ = former_;
 
     if (const char *error = velparser::getAllowedParamStrings(path.c_str(), &allowed_))
         warn(parent, tr("Error"), fromBytes(error));
@@ -53,10 +54,10 @@ void EditParamDialog::addList(QVBoxLayout &layout, const QString &name)
     list_ = new QComboBox(this);
     list_->setObjectName(QStringLiteral("Values"));
     list_->setAccessibleName(name);
-    list_->setPlaceholderText(fromBytes(value_));
+    list_->setPlaceholderText(fromBytes(former_));
     int current = -1;
     for (const char *allowed : allowed_) {
-        if (allowed == value_)
+        if (allowed == former_)
             current = list_->count();
         list_->addItem(fromBytes(allowed));
     }
@@ -77,17 +78,26 @@ void EditParamDialog::addTextField(QVBoxLayout &layout, const QString &name, con
 
 void EditParamDialog::doOk()
 {
-    // An untouched field leaves the value as it is, byte for byte.
-    const bool isTyped = textField_ != nullptr && textField_->document()->isModified();
-    std::string chosen =
-        isTyped ? toBytesInPlaceOf(singleLine(*textField_->document()), value_) : value_;
-    if (const QString reason = whyFileCannotHold(chosen); isTyped && !reason.isEmpty()) {
+    if (textField_ == nullptr || takeText())
+        accept();
+}
+
+// An untouched field leaves the value as it is, byte for byte.
+bool EditParamDialog::takeText()
+{
+    const QTextDocument &text = *textField_->document();
+    if (!text.isModified()) {
+        value_ = former_;
+        return true;
+    }
+    std::string typed = toBytesInPlaceOf(typedValue(text), former_);
+    if (const QString reason = whyFileCannotHold(typed); !reason.isEmpty()) {
         warn(this, windowTitle(), reason);
         textField_->setFocus();
-        return;
+        return false;
     }
-    value_ = std::move(chosen);
-    accept();
+    value_ = std::move(typed);
+    return true;
 }
 
 void EditParamDialog::doComboBox(const QString &)

@@ -1,5 +1,7 @@
 // Asks for the new value of one parameter: by a list where the rules name the
 // allowed values, else by a text field.
+//
+// The dialog may run more than once: it then comes back as the user left it.
 #pragma once
 
 #include "velparser/api/velparser.h"
@@ -29,8 +31,9 @@ public:
     [[nodiscard]] const std::string &value() const { return value_; }
 
 public slots:
-    /// Takes over the text of the field, where there is one, and accepts. A text
-    /// that a command file cannot hold is refused with a box, and may be mended.
+    /// Takes the text of the field, where there is one, without white space at
+    /// its ends, and accepts. A text that a command file cannot hold is refused
+    /// with a box, and stays in the field.
     void doOk();
 
     /// An entry of the list was chosen.
@@ -40,6 +43,9 @@ private:
     void addList(QVBoxLayout &layout, const QString &name);
     void addTextField(QVBoxLayout &layout, const QString &name, const QString &text);
 
+    [[nodiscard]] bool takeText();
+
+    std::string former_; ///< the value of the parameter when the dialog was made
     std::string value_;
     velStringList allowed_;
     QComboBox *list_ = nullptr;      ///< null where any text is allowed

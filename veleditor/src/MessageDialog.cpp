@@ -76,6 +76,8 @@ void MessageDialog::addButtons(QVBoxLayout &layout, const QString &fileButtonTex
         makeButton(questionMode ? tr("&Yes") : tr("&Ok"), questionMode ? "Yes" : "Ok", this);
     connect(accepting, &QPushButton::clicked, this, &QDialog::accept);
     row->addWidget(accepting);
+    if (!questionMode)
+        pressOnCtrlReturn(*accepting, *this);
     if (questionMode) {
         QPushButton *no = makeButton(tr("&No"), "No", this);
         connect(no, &QPushButton::clicked, this, &QDialog::reject);

@@ -5,13 +5,14 @@
 #include <QTextDocument>
 
 #include <algorithm>
+#include <iterator>
 
 namespace velEditor {
 
 namespace {
 
 /// More than a row has room for, and a dozen lines or so of a tool tip.
-constexpr qsizetype mostCharacters = 1000;
+constexpr int mostCharacters = 1000;
 
 bool isAscii(std::string_view bytes)
 {
@@ -31,6 +32,17 @@ QString decodeUtf8(std::string_view bytes)
 bool fitsLatin1(const QString &text)
 {
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
+}
+
+/// Whether one character takes two places of a text.
+bool isPair(const QString &text, qsizetype i)
+{
+    return i + 1 < text.size() && text[i].isHighSurrogate() && text[i + 1].isLowSurrogate();
+}
+
+bool isWhiteSpace(QChar c)
+{
+    return c == u' ' || (c >= u'\t' && c <= u'\r');
 }
 
 // What a document puts between its paragraphs and at line breaks inside one.
@@ -83,17 +95,20 @@ QString plainText(const QTextDocument &document)
     return withLineBreaks(document, u'\n');
 }
 
-QString singleLine(const QTextDocument &document)
+QString typedValue(const QTextDocument &document)
 {
-    return withLineBreaks(document, u' ');
+    const QString line = withLineBreaks(document, u' ');
+    const auto first = std::find_if_not(line.begin(), line.end(), isWhiteSpace);
+    const auto end = std::find_if_not(line.rbegin(), std::reverse_iterator(first), isWhiteSpace);
+    return line.mid(first - line.begin(), end.base() - first);
 }
 
 QString shortened(const QString &text)
 {
-    if (text.size() <= mostCharacters)
-        return text;
-    const bool cutsCharacter = text[mostCharacters - 1].isHighSurrogate();
-    return text.left(mostCharacters - (cutsCharacter ? 1 : 0)) + QChar(u'\u2026');
+    qsizetype end = 0;
+    for (int i = 0; i < mostCharacters && end < text.size(); ++i)
+        end += isPair(text, end) ? 2 : 1;
+    return end == text.size() ? text : text.left(end) + QChar(u'\u2026');
 }
 
 } // namespace velEditor

@@ -30,11 +30,13 @@ namespace velEditor {
 /// document's own plain text it keeps no-break spaces.
 [[nodiscard]] QString plainText(const QTextDocument &document);
 
-/// The same on one line, as a value of a parameter: every line break is a blank.
-[[nodiscard]] QString singleLine(const QTextDocument &document);
+/// The same as the value of a parameter: every line break is a blank, and there
+/// is no white space at either end. White space is what the database takes for
+/// it; a no-break space is not.
+[[nodiscard]] QString typedValue(const QTextDocument &document);
 
-/// As much of a text as a row or a tool tip has room for: what is cut off is
-/// replaced by an ellipsis.
+/// The first 1,000 characters of a text, which is what a row or a tool tip
+/// shows; an ellipsis replaces the rest.
 [[nodiscard]] QString shortened(const QString &text);
 
 } // namespace velEditor

@@ -1,13 +1,14 @@
 #include "veleditor/src/VELTree.h"
 
+#include "veleditor/src/EditParamDialog.h"
 #include "veleditor/src/FindDialog.h"
 #include "veleditor/src/RowDelegate.h"
 #include "veleditor/src/TreeBuilder.h"
 
 #include <QHeaderView>
 #include <QMouseEvent>
-#include <QStyle>
 #include <QScrollBar>
+#include <QStyle>
 #include <QStyleFactory>
 
 #include <utility>
@@ -51,8 +52,11 @@ VELTree::VELTree(QWidget *parent, const QString &name) : QTreeWidget(parent)
     buildTree();
 }
 
+VELTree::~VELTree() = default;
+
 void VELTree::buildTree()
 {
+    refused_ = {};
     flowItem_ = nullptr;
     lastFlowChild_ = nullptr;
     expertItem_ = nullptr;
@@ -107,10 +111,6 @@ void VELTree::setSorting(int column)
     setSorting(column, true);
 }
 
-void VELTree::contextMenuEvent(QContextMenuEvent *event)
-{
-    if (event->reason() == QContextMenuEvent::Keyboard)
-        emit menuRequested(placeBesideRow());
 // The columns take the whole width of the view, and the vertical scroll bar then
 // covers the end of the second one. What the bar covers is no reason for another
 // bar, nor for the view to move sideways.
@@ -123,6 +123,10 @@ void VELTree::updateGeometries()
         horizontalScrollBar()->setRange(0, 0);
 }
 
+void VELTree::contextMenuEvent(QContextMenuEvent *event)
+{
+    if (event->reason() == QContextMenuEvent::Keyboard)
+        emit menuRequested(placeBesideRow());
 }
 
 // The toolkit takes a double click of any button for a wish to edit. The second

@@ -13,10 +13,13 @@
 #include <QPoint>
 #include <QTreeWidget>
 
+#include <memory>
 #include <string>
 
 namespace velEditor {
 
+class EditParamDialog;
+class ErrorDialog;
 class FindDialog;
 
 class VELTree : public QTreeWidget
@@ -26,6 +29,7 @@ class VELTree : public QTreeWidget
 public:
     /// Builds the tree at once; throws as `buildTree` does.
     VELTree(QWidget *parent, const QString &name);
+    ~VELTree() override;
 
     // --- Unsaved changes --------------------------------------------------
 
@@ -76,8 +80,10 @@ public slots:
     /// Throws `error` when the database cannot be walked; see TreeBuilder.
     void buildTree();
 
-    /// Asks for a new value and stores it. One that does not validate is put
-    /// back after its errors were shown; the mark of unsaved changes stays.
+    /// Asks for a new value and stores it. Where the value does not validate, its
+    /// errors are shown and the former value is put back; the mark of unsaved
+    /// changes stays. When the user closes the errors, the dialog comes back with
+    /// what was typed.
     void editParam(velEditor::VELTreeItem *item);
     void editQListItem(QTreeWidgetItem *item);
 
@@ -118,16 +124,35 @@ signals:
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void updateGeometries() override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
 private:
+    /// What an edit puts back: the text of the row and the bytes of the database.
+    struct FormerValue
+    {
+        QString shown;
+        std::string stored;
+    };
+
+    /// A value that did not validate, until the user has closed its errors.
+    struct RefusedValue
+    {
+        VELTreeItem *item = nullptr;
+        const ErrorDialog *errors = nullptr;     ///< only compared
+        std::unique_ptr<EditParamDialog> dialog; ///< as the user left it
+    };
+
     void setOpen(QTreeWidgetItem *item, bool open);
-    void updateGeometries() override;
-    void storeValue(VELTreeItem &item, const std::string &newValue);
+    void askForValue(VELTreeItem &item, std::unique_ptr<EditParamDialog> dialog);
+    void askAgain(const ErrorDialog *errors);
+    [[nodiscard]] bool storeValue(VELTreeItem &item, const std::string &value,
+                                  const FormerValue &former);
+    ErrorDialog *validateValue(VELTreeItem &item, const FormerValue &former);
     void refuseEdit(const QString &name);
-    void showErrors(const char *messages);
+    ErrorDialog *showErrors(const char *messages);
     void showNewParameter(VELTreeItem &target, const std::string &name);
     void forget(const VELTreeItem &item);
 
@@ -138,6 +163,7 @@ private:
     VELTreeItem *expertItem_ = nullptr;
     VELTreeItem *lastAddedItem_ = nullptr;
     FindDialog *findDialog_ = nullptr; ///< a child; null until the first search
+    RefusedValue refused_;             ///< all null where there is none
 };
 
 } // namespace velEditor

@@ -8,6 +8,10 @@
 #include "veleditor/src/VELTree.h"
 #include "velparser/api/velparser.h"
 
+#include <QApplication>
+
+#include <utility>
+
 namespace velEditor {
 
 void VELTree::editQListItem(QTreeWidgetItem *item)
@@ -34,9 +38,11 @@ void VELTree::editParam(VELTreeItem *item)
             refuseEdit(item->label());
         return;
     }
-    EditParamDialog dialog(this, tr("Edit Parameter"), *item);
-    if (run(dialog) == QDialog::Accepted)
-        storeValue(*item, dialog.value());
+    RefusedValue refused = std::exchange(refused_, {});
+    if (refused.item == item)
+        askForValue(*item, std::move(refused.dialog));
+    else
+        askForValue(*item, std::make_unique<EditParamDialog>(this, tr("Edit Parameter"), *item));
 }
 
 void VELTree::refuseEdit(const QString &name)
@@ -46,25 +52,57 @@ void VELTree::refuseEdit(const QString &name)
             "whose values are shown in green can be edited."));
 }
 
-void VELTree::storeValue(VELTreeItem &item, const std::string &newValue)
+// Where the database refuses a value, the dialog comes back at once. Where the
+// value does not validate, the dialog waits until the user has closed the errors,
+// which do not block the window.
+void VELTree::askForValue(VELTreeItem &item, std::unique_ptr<EditParamDialog> dialog)
 {
-    const std::string path = item.path();
-    const std::string oldValue = storedValue(path).value_or("");
-    const QString oldText = item.value();
-
-    item.setValue(fromBytes(newValue));
-    const char *refused = velparser::setStringValue(path.c_str(), newValue.c_str());
-    setModified();
-    if (refused != nullptr) {
-        item.setValue(oldText);
-        warn(this, tr("Edit Parameter"), fromBytes(refused));
+    while (run(*dialog) == QDialog::Accepted) {
+        const FormerValue former{item.value(), storedValue(item.path()).value_or("")};
+        if (!storeValue(item, dialog->value(), former))
+            continue;
+        if (ErrorDialog *errors = validateValue(item, former)) {
+            refused_ = {&item, errors, std::move(dialog)};
+            connect(
+                errors, &ErrorDialog::finished, this, [this, errors] { askAgain(errors); },
+                Qt::QueuedConnection);
+        }
         return;
     }
-    if (const char *errors = velparser::validateParameter(path.c_str())) {
-        showErrors(errors);
-        item.setValue(oldText);
-        static_cast<void>(velparser::setStringValue(path.c_str(), oldValue.c_str()));
-    }
+}
+
+void VELTree::askAgain(const ErrorDialog *errors)
+{
+    if (refused_.errors != errors)
+        return;
+    if (window()->isVisible() && QApplication::activeModalWidget() == nullptr)
+        editParam(refused_.item);
+    else
+        refused_ = {};
+}
+
+bool VELTree::storeValue(VELTreeItem &item, const std::string &value, const FormerValue &former)
+{
+    item.setValue(fromBytes(value));
+    const char *refused = velparser::setStringValue(item.path().c_str(), value.c_str());
+    setModified();
+    if (refused == nullptr)
+        return true;
+    item.setValue(former.shown);
+    warn(this, tr("Edit Parameter"), fromBytes(refused));
+    return false;
+}
+
+ErrorDialog *VELTree::validateValue(VELTreeItem &item, const FormerValue &former)
+{
+    const std::string path = item.path();
+    const char *messages = velparser::validateParameter(path.c_str());
+    if (messages == nullptr)
+        return nullptr;
+    ErrorDialog *errors = showErrors(messages);
+    item.setValue(former.shown);
+    static_cast<void>(velparser::setStringValue(path.c_str(), former.stored.c_str()));
+    return errors;
 }
 
 void VELTree::deleteParam()
@@ -87,6 +125,7 @@ void VELTree::deleteParam()
     static_cast<void>(velparser::deleteParam(item->path().c_str()));
     forget(*item);
     delete item;
+    clearSelection(); // the view selects a neighbour, which nobody chose
     setModified();
 }
 
@@ -100,13 +139,15 @@ void VELTree::forget(const VELTreeItem &item)
             item.parent()->child(item.parent()->indexOfChild(lastFlowChild_) - 1));
     if (findDialog_ != nullptr && findDialog_->nextItem() == &item)
         findDialog_->setNextItem(nullptr);
+    if (refused_.item == &item)
+        refused_ = {};
 }
 
-void VELTree::showErrors(const char *messages)
+ErrorDialog *VELTree::showErrors(const char *messages)
 {
     auto *dialog = new ErrorDialog(this, QStringLiteral("Errors"), messages, false);
     dialog->show();
+    return dialog;
 }
 
 } // namespace velEditor
-    clearSelection(); // the view selects a neighbour, which nobody chose

@@ -17,21 +17,29 @@ QString sentence(const char *text)
 
 QString whyFileCannotHold(std::string_view value)
 {
-    switch (velparser::checkValueText(value).fault) {
+    const velparser::ValueCheck check = velparser::checkValueText(value);
+    switch (check.fault) {
     case velparser::ValueFault::ControlCharacter:
         return sentence("A value cannot hold control characters.\n"
                         "Please correct the value before continuing.");
     case velparser::ValueFault::Remark:
-        return sentence("A value cannot hold the character \"#\": it begins a remark in a "
+        return sentence("A value cannot hold the character \"#\": it begins a comment in a "
                         "command file.\nWrite \"\\#\" where you mean the character itself.");
     case velparser::ValueFault::FinalBackslash:
-        return sentence("A value cannot end in a back-slash: it continues a line in a command "
-                        "file.\nPlease correct the value before continuing.");
+        if (check.position + 1 == value.size())
+            break; // the empty comment after it keeps it
+        return sentence("A value cannot end in a back-slash and blanks: the line would continue "
+                        "in a command file.\nPlease correct the value before continuing.");
     case velparser::ValueFault::WhiteSpace: // several blanks mean what one does
     case velparser::ValueFault::None:
         break;
     }
     return QString();
+}
+
+std::string parameterLine(const std::string &name, const std::string &value)
+{
+    return name + " = " + value + (value.ends_with('\\') ? " #" : "");
 }
 
 } // namespace velEditor

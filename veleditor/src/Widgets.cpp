@@ -5,15 +5,17 @@
 #include <QCoreApplication>
 #include <QDialog>
 #include <QHBoxLayout>
+#include <QKeySequence>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
+#include <QShortcut>
 #include <QTextEdit>
 #include <QVBoxLayout>
 
-namespace velEditor {
-
 #include <memory>
+
+namespace velEditor {
 
 namespace {
 
@@ -39,6 +41,15 @@ QPushButton *makeButton(const QString &text, const char *name, QWidget *parent)
     return button;
 }
 
+void pressOnCtrlReturn(QPushButton &button, QDialog &dialog)
+{
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto *shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), &dialog);
+        shortcut->setAutoRepeat(false);
+        QObject::connect(shortcut, &QShortcut::activated, &button, &QPushButton::click);
+    }
+}
+
 QPushButton *addOkAndCancel(QVBoxLayout &layout, QDialog &dialog)
 {
     const auto text = [](const char *english) {
@@ -49,6 +60,7 @@ QPushButton *addOkAndCancel(QVBoxLayout &layout, QDialog &dialog)
     layout.addLayout(row);
     QPushButton *ok = makeButton(text("&Ok"), "Ok", &dialog);
     row->addWidget(ok);
+    pressOnCtrlReturn(*ok, dialog);
     QPushButton *cancel = makeButton(text("&Cancel"), "Cancel", &dialog);
     QObject::connect(cancel, &QPushButton::clicked, &dialog, &QDialog::reject);
     row->addWidget(cancel);

@@ -24,8 +24,12 @@ namespace velEditor {
 /// `name` is the object's.
 [[nodiscard]] QPushButton *makeButton(const QString &text, const char *name, QWidget *parent);
 
-/// Adds a row with "&Ok", which is given back to be connected, and "&Cancel",
-/// which rejects the dialog.
+/// Ctrl+Return presses this button from anywhere in the dialog: in a text field,
+/// Return alone types a line break.
+void pressOnCtrlReturn(QPushButton &button, QDialog &dialog);
+
+/// Adds a row with "&Ok", which is given back to be connected and which
+/// Ctrl+Return presses, and "&Cancel", which rejects the dialog.
 [[nodiscard]] QPushButton *addOkAndCancel(QVBoxLayout &layout, QDialog &dialog);
 
 /// A field of several lines; `accessibleName` says what belongs into it.

@@ -18,6 +18,8 @@ private slots:
     void writesInTheEncodingOfTheOldText_data();
     void writesInTheEncodingOfTheOldText();
     void givesDocumentsAsLines();
+    void takesTypedValuesAsOneLine();
+    void writesParameterLines();
     void shortensLongTexts();
     void knowsWhatAFileCannotHold_data();
     void knowsWhatAFileCannotHold();
@@ -74,9 +76,27 @@ void TextTest::givesDocumentsAsLines()
     QTextDocument document;
     document.setPlainText(QString::fromUtf16(u"one\ntwo\u2028three\u00A0four"));
     QCOMPARE(plainText(document), QString::fromUtf16(u"one\ntwo\nthree\u00A0four"));
-    QCOMPARE(singleLine(document), QString::fromUtf16(u"one two three\u00A0four"));
 }
 
+// White space at both ends of a typed value is removed and line breaks become
+// blanks. A no-break space belongs to the value.
+void TextTest::takesTypedValuesAsOneLine()
+{
+    const auto value = [](const char16_t *typed) {
+        QTextDocument document;
+        document.setPlainText(QString::fromUtf16(typed));
+        return typedValue(document);
+    };
+    QCOMPARE(value(u"one\ntwo\u2028three\u00A0four"),
+             QString::fromUtf16(u"one two three\u00A0four"));
+    QCOMPARE(value(u" \t\v\f\n2.5 [m s^-1]\n \r\n"), QString("2.5 [m s^-1]"));
+    QCOMPARE(value(u"\u00A0a\u00A0"), QString::fromUtf16(u"\u00A0a\u00A0"));
+    QCOMPARE(value(u" \n "), QString());
+    QCOMPARE(value(u""), QString());
+    QCOMPARE(value(u"x"), QString("x"));
+}
+
+// A row shows the first 1,000 characters of a value.
 void TextTest::shortensLongTexts()
 {
     const QString ellipsis(QChar(u'\u2026'));
@@ -85,10 +105,14 @@ void TextTest::shortensLongTexts()
     QCOMPARE(shortened(longest), longest);
     QCOMPARE(shortened(longest + u'x'), longest + ellipsis);
 
-    // Half of a character is none.
+    // Characters are counted, however many places each takes.
     const QString delta = QString::fromUcs4(U"\U0001D6E5");
-    QCOMPARE(shortened(longest.chopped(1) + delta), longest.chopped(1) + ellipsis);
-    QCOMPARE(shortened(longest.chopped(2) + delta + u'x'), longest.chopped(2) + delta + ellipsis);
+    QCOMPARE(shortened(longest.chopped(1) + delta), longest.chopped(1) + delta);
+    QCOMPARE(shortened(longest.chopped(1) + delta + u'x'), longest.chopped(1) + delta + ellipsis);
+    QCOMPARE(shortened(delta.repeated(1000)), delta.repeated(1000));
+    QCOMPARE(shortened(delta.repeated(1001)), delta.repeated(1000) + ellipsis);
+    const QString half = delta.left(1);
+    QCOMPARE(shortened(half.repeated(1001)), half.repeated(1000) + ellipsis);
 }
 
 void TextTest::knowsWhatAFileCannotHold_data()
@@ -103,7 +127,9 @@ void TextTest::knowsWhatAFileCannotHold_data()
     QTest::newRow("remark") << QByteArray("a # b") << QString("#");
     QTest::newRow("remark first") << QByteArray("#") << QString("#");
     QTest::newRow("remark behind an escaped one") << QByteArray("\\##") << QString("#");
-    QTest::newRow("back-slash") << QByteArray("a\\") << QString("back-slash");
+    // A comment after it in the file keeps it, unless white space comes between.
+    QTest::newRow("back-slash") << QByteArray("a\\") << QString();
+    QTest::newRow("only a back-slash") << QByteArray("\\") << QString();
     QTest::newRow("back-slash and blanks") << QByteArray("a \\ \t") << QString("back-slash");
     QTest::newRow("escape character") << QByteArray("a\x1B") << QString("control");
     QTest::newRow("line break") << QByteArray("a\nb") << QString("control");
@@ -116,6 +142,13 @@ void TextTest::knowsWhatAFileCannotHold()
     const QString said = whyFileCannotHold(value.toStdString());
     QCOMPARE(said.isEmpty(), reason.isEmpty());
     QVERIFY2(said.contains(reason), qPrintable(said));
+}
+
+void TextTest::writesParameterLines()
+{
+    QCOMPARE(QString::fromStdString(parameterLine("a b", "1, 2")), QString("a b = 1, 2"));
+    QCOMPARE(QString::fromStdString(parameterLine("a", "1\\")), QString("a = 1\\ #"));
+    QCOMPARE(QString::fromStdString(parameterLine("a", "")), QString("a = "));
 }
 
 void TextTest::matches_data()

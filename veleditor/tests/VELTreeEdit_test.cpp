@@ -23,6 +23,8 @@ private:
     static QString stored(const char *path);
     /// Types a text over what the dialog's field holds.
     static void type(EditParamDialog &dialog, const QString &text);
+    /// Replaces the text of the field, also with what no key types.
+    static void paste(EditParamDialog &dialog, const QString &text);
     static void choose(EditParamDialog &dialog, const QString &entry);
 
 private slots:
@@ -31,9 +33,17 @@ private slots:
     void editsTheSelectedParameterFromTheMenu();
     void keepsTheValueWhenCancelled();
     void putsARefusedValueBack();
+    void comesBackWithARefusedText();
+    void comesBackAsOftenAsAValueIsRefused();
+    void comesBackWhenTheRowIsEditedBeforeTheErrorsAreClosed();
+    void doesNotComeBackForARowThatIsGone();
+    void doesNotComeBackForAWindowThatIsGone();
     void showsACurrentValueThatIsNotAllowed();
     void makesLineBreaksBlanks();
+    void removesWhiteSpaceAtTheEndsBeforeTheCheck();
+    void pressesOkOnCtrlReturn();
     void refusesWhatAFileCannotHold();
+    void takesAFinalBackslash();
     void leavesAnUntouchedValueAsItIs();
     void staysInTheEncodingOfTheFile();
     void takesAnEmptyValue();
@@ -44,6 +54,7 @@ private slots:
     void refusesParametersThatAreNotEditable();
     void asksForASelection();
     void deletesAParameter();
+    void selectsNothingAfterADelete();
     void showsItsButtonsBelowALongValue();
     void keepsAParameterWhenTheUserCancels();
     void refusesToDeleteWhatIsNotEditable();
@@ -54,7 +65,6 @@ namespace {
 const char title[] = "/FLOW:Analysis/Title";
 const char boundaryKind[] = "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind";
 const char pressure[] = "/FLOW:Analysis/DOMAIN:Duct/Reference Pressure";
-    void selectsNothingAfterADelete();
 
 } // namespace
 
@@ -73,6 +83,13 @@ void VELTreeEditTest::type(EditParamDialog &dialog, const QString &text)
         qFatal("there is no text field");
     field->selectAll();
     QTest::keyClicks(field, text);
+}
+
+void VELTreeEditTest::paste(EditParamDialog &dialog, const QString &text)
+{
+    auto *field = dialog.findChild<QTextEdit *>("Value");
+    field->selectAll();
+    field->insertPlainText(text);
 }
 
 void VELTreeEditTest::choose(EditParamDialog &dialog, const QString &entry)
@@ -169,6 +186,133 @@ void VELTreeEditTest::putsARefusedValueBack()
     QVERIFY(tree().isModified());
 }
 
+// The typed text was lost. A list of errors does not block the window, so the
+// dialog waits until the user has closed it.
+void VELTreeEditTest::comesBackWithARefusedText()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        paste(dialog, "3 times\n");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(pressure);
+    auto &errors = shown<ErrorDialog>();
+    QVERIFY(visible<EditParamDialog>() == nullptr);
+
+    bool cameBack = false;
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        cameBack = true;
+        QVERIFY(visible<ErrorDialog>() == nullptr);
+        QCOMPARE(stored(pressure), QString("1"));
+        QCOMPARE(row(pressure).value(), QString("1"));
+        QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString("3 times\n"));
+        type(dialog, "3");
+        pressButton(dialog, "Ok");
+    });
+    pressButton(errors, "Ok");
+    QTRY_VERIFY(cameBack);
+    QTRY_COMPARE(stored(pressure), QString("3"));
+    QVERIFY(visible<ErrorDialog>() == nullptr);
+}
+
+void VELTreeEditTest::comesBackAsOftenAsAValueIsRefused()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "x");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(pressure);
+    int times = 0;
+    for (const char *next : {"y", "z"}) {
+        onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+            ++times;
+            type(dialog, next);
+            pressButton(dialog, "Ok");
+        });
+        shown<ErrorDialog>().reject(); // Escape
+        QTRY_VERIFY(visible<ErrorDialog>() != nullptr);
+    }
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        ++times;
+        QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString("z"));
+        pressButton(dialog, "Cancel");
+    });
+    shown<ErrorDialog>().close(); // the frame
+    QTRY_COMPARE(times, 3);
+    QTRY_VERIFY(visible<EditParamDialog>() == nullptr);
+    QCOMPARE(stored(pressure), QString("1"));
+}
+
+void VELTreeEditTest::comesBackWhenTheRowIsEditedBeforeTheErrorsAreClosed()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "lots");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(pressure);
+    // Another row begins with its own value.
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString("First run"));
+        pressButton(dialog, "Cancel");
+    });
+    doubleClick(title);
+    shown<ErrorDialog>().accept();
+    QTest::qWait(0);
+    QVERIFY(visible<EditParamDialog>() == nullptr); // the user went on to something else
+
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "many");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(pressure);
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString("many"));
+        pressButton(dialog, "Cancel");
+    });
+    doubleClick(pressure);
+    shown<ErrorDialog>().accept();
+    QTest::qWait(0);
+    QVERIFY(visible<EditParamDialog>() == nullptr);
+}
+
+void VELTreeEditTest::doesNotComeBackForARowThatIsGone()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "lots");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(pressure);
+    answer(0);
+    tree().deleteParam();
+    shown<ErrorDialog>().accept();
+    QTest::qWait(0);
+    QVERIFY(visible<EditParamDialog>() == nullptr);
+
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        choose(dialog, "Wall");
+        pressButton(dialog, "Cancel");
+    });
+    doubleClick(boundaryKind);
+}
+
+void VELTreeEditTest::doesNotComeBackForAWindowThatIsGone()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "lots");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(pressure);
+    auto &errors = shown<ErrorDialog>();
+    editor().hide();
+    errors.close();
+    QTest::qWait(0);
+    QVERIFY(visible<EditParamDialog>() == nullptr);
+}
+
 void VELTreeEditTest::showsACurrentValueThatIsNotAllowed()
 {
     open(newFile("odd.vel", "FLOW: A\nDOMAIN: D\nKind = Plasma\nEND\nEND\n"));
@@ -200,32 +344,112 @@ void VELTreeEditTest::makesLineBreaksBlanks()
     QCOMPARE(row(title).value(), QString("two lines"));
 }
 
+// A correct number was refused as it had a line break after it.
+void VELTreeEditTest::removesWhiteSpaceAtTheEndsBeforeTheCheck()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        auto *field = dialog.findChild<QTextEdit *>("Value");
+        field->selectAll();
+        QTest::keyClicks(field, " 7 ");
+        QTest::keyClick(field, Qt::Key_Return);
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(pressure);
+    QVERIFY(visible<ErrorDialog>() == nullptr);
+    QCOMPARE(stored(pressure), QString("7"));
+    QCOMPARE(row(pressure).value(), QString("7"));
+}
+
+// Return alone types a line break into a field.
+void VELTreeEditTest::pressesOkOnCtrlReturn()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "typed");
+        QApplication::setActiveWindow(&dialog);
+        QTest::keyClick(dialog.findChild<QTextEdit *>("Value"), Qt::Key_Return,
+                        Qt::ControlModifier);
+    });
+    doubleClick(title);
+    QCOMPARE(stored(title), QString("typed"));
+
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "keypad");
+        QApplication::setActiveWindow(&dialog);
+        QTest::keyClick(dialog.findChild<QTextEdit *>("Value"), Qt::Key_Enter,
+                        Qt::ControlModifier | Qt::KeypadModifier);
+    });
+    doubleClick(title);
+    QCOMPARE(stored(title), QString("keypad"));
+
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        choose(dialog, "Wall");
+        QApplication::setActiveWindow(&dialog);
+        QTest::keyClick(dialog.findChild<QComboBox *>("Values"), Qt::Key_Return,
+                        Qt::ControlModifier);
+    });
+    doubleClick(boundaryKind);
+    QCOMPARE(stored(boundaryKind), QString("Wall"));
+
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "lots");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(pressure);
+    auto &errors = shown<ErrorDialog>();
+    bool cameBack = false;
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        cameBack = true;
+        pressButton(dialog, "Cancel");
+    });
+    QApplication::setActiveWindow(&errors);
+    QTest::keyClick(errors.findChild<QTextEdit *>(), Qt::Key_Return, Qt::ControlModifier);
+    QTRY_VERIFY(cameBack);
+    QVERIFY(visible<ErrorDialog>() == nullptr);
+}
+
+// One box says why, and the typed text stays in the field.
 void VELTreeEditTest::refusesWhatAFileCannotHold()
 {
     open(copyOf("duct.vel"));
     answer();
     answer();
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
-        type(dialog, "5 # remark");
+        const auto *field = dialog.findChild<QTextEdit *>("Value");
+        type(dialog, " 5 # remark ");
         pressButton(dialog, "Ok");
         QVERIFY(dialog.isVisible());
-        QCOMPARE(dialog.focusWidget()->objectName(), QString("Value")); // to be mended there
-        type(dialog, "5 \\");
+        QCOMPARE(dialog.focusWidget(), field);
+        QCOMPARE(field->toPlainText(), QString(" 5 # remark "));
+        paste(dialog, QString("5") + QChar(27) + "6");
         pressButton(dialog, "Ok");
         QVERIFY(dialog.isVisible());
+        QCOMPARE(field->toPlainText(), QString("5") + QChar(27) + "6");
         type(dialog, "5 \\# kept");
         pressButton(dialog, "Ok");
     });
     doubleClick(title);
-    QCOMPARE(
-        boxes,
-        QStringList(
-            {"Warning: Edit Parameter\nA value cannot hold the character \"#\": it begins a "
-             "remark in a command file.\nWrite \"\\#\" where you mean the character itself.\n[Ok], "
-             "Escape",
-             "Warning: Edit Parameter\nA value cannot end in a back-slash: it continues a line "
-             "in a command file.\nPlease correct the value before continuing.\n[Ok], Escape"}));
+    QCOMPARE(boxes,
+             QStringList(
+                 {"Warning: Edit Parameter\nA value cannot hold the character \"#\": it begins a "
+                  "comment in a command file.\nWrite \"\\#\" where you mean the character itself.\n"
+                  "[Ok], Escape",
+                  "Warning: Edit Parameter\nA value cannot hold control characters.\n"
+                  "Please correct the value before continuing.\n[Ok], Escape"}));
     QCOMPARE(stored(title), QString("5 \\# kept"));
+}
+
+// The writer of its line puts an empty comment after it, so that it comes back.
+void VELTreeEditTest::takesAFinalBackslash()
+{
+    open(copyOf("duct.vel"));
+    onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+        type(dialog, "C:\\results\\ ");
+        pressButton(dialog, "Ok");
+    });
+    doubleClick(title);
+    QCOMPARE(stored(title), QString("C:\\results\\"));
 }
 
 void VELTreeEditTest::leavesAnUntouchedValueAsItIs()
@@ -298,20 +522,28 @@ void VELTreeEditTest::choosesNothingForAnEmptyValue()
     QCOMPARE(stored(boundaryKind), QString("Wall"));
 }
 
-// The rules may have taken the parameter away.
+// The rules may have taken the parameter away. The dialog comes back at once.
 void VELTreeEditTest::saysWhenAValueCannotBeStored()
 {
     open(copyOf("duct.vel"));
     QCOMPARE(velparser::deleteParam(title), nullptr);
-    answer();
+    QList<QString> texts;
+    setBoxAnswers([&](const MessageBox &box) {
+        boxes.append(box.title + '\n' + box.text);
+        onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
+            texts.append(dialog.findChild<QTextEdit *>("Value")->toPlainText());
+            pressButton(dialog, "Cancel");
+        });
+        return 0;
+    });
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
         type(dialog, "x");
         pressButton(dialog, "Ok");
     });
     doubleClick(title);
     QCOMPARE(boxes.size(), 1);
-    QVERIFY2(boxes.first().startsWith("Warning: Edit Parameter\nsetStringValue"),
-             qPrintable(boxes.first()));
+    QVERIFY2(boxes.first().startsWith("Edit Parameter\nsetStringValue"), qPrintable(boxes.first()));
+    QCOMPARE(texts, QStringList("x"));
     QCOMPARE(row(title).value(), QString("First run"));
 }
 
@@ -376,6 +608,29 @@ void VELTreeEditTest::deletesAParameter()
     QVERIFY(tree().isModified());
 }
 
+// The view selected the row beside it: the same keys, pressed again, deleted one
+// parameter after the other.
+void VELTreeEditTest::selectsNothingAfterADelete()
+{
+    open(copyOf("duct.vel"));
+    for (const char *path : {"/FLOW:Analysis/DOMAIN:Duct/Location",
+                             "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Mass Flow Rate"}) {
+        select(path);
+        answer(0);
+        press("Ctrl+D");
+        QVERIFY(tree().selectedItems().isEmpty());
+    }
+    boxes.clear();
+    answer();
+    press("Ctrl+D");
+    QVERIFY2(boxes.value(0).startsWith("Warning: Deleting Parameter\nOnly orange"),
+             qPrintable(boxes.value(0)));
+    // The keys go on from where they were.
+    QVERIFY(tree().currentItem() != nullptr);
+    QTest::keyClick(&tree(), Qt::Key_Down);
+    QCOMPARE(tree().selectedItems().size(), 1);
+}
+
 // The box of a table with many thousands of numbers went beyond the screen, and
 // nothing but its buttons closes it.
 void VELTreeEditTest::showsItsButtonsBelowALongValue()
@@ -426,26 +681,3 @@ void VELTreeEditTest::refusesToDeleteWhatIsNotEditable()
 
 VEL_EDITOR_TEST(VELTreeEditTest)
 #include "VELTreeEdit_test.moc"
-// The view selected the row beside it: the same keys, pressed again, deleted one
-// parameter after the other.
-void VELTreeEditTest::selectsNothingAfterADelete()
-{
-    open(copyOf("duct.vel"));
-    for (const char *path : {"/FLOW:Analysis/DOMAIN:Duct/Location",
-                             "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Mass Flow Rate"}) {
-        select(path);
-        answer(0);
-        press("Ctrl+D");
-        QVERIFY(tree().selectedItems().isEmpty());
-    }
-    boxes.clear();
-    answer();
-    press("Ctrl+D");
-    QVERIFY2(boxes.value(0).startsWith("Warning: Deleting Parameter\nOnly orange"),
-             qPrintable(boxes.value(0)));
-    // The keys go on from where they were.
-    QVERIFY(tree().currentItem() != nullptr);
-    QTest::keyClick(&tree(), Qt::Key_Down);
-    QCOMPARE(tree().selectedItems().size(), 1);
-}
-

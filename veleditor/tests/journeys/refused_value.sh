@@ -1,6 +1,7 @@
 #!/bin/sh
 # A value that the rules refuse is explained and taken back, in the row and in the
-# data, while the mark of a change stays.
+# data, while the mark of a change stays. Then the dialog comes back with what was
+# typed.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel
@@ -8,15 +9,17 @@ open_editor "$file"
 select_row 'Reference Pressure = 1'
 press ctrl+e
 await 'Edit Parameter'
-enter_value 'much'
+enter_value '27x'
 await 'Command File Errors'
 press alt+o
+await 'Edit Parameter'
+press Escape
 await "$file - Modified"
 press ctrl+s
 await "$file"
 is_saved
 
-# What is typed behind the row's value shows that it is the former one.
+# What is typed after the row's value shows that it is the former one.
 press ctrl+e
 await 'Edit Parameter'
 press End
@@ -26,5 +29,19 @@ await "$file - Modified"
 press ctrl+s
 await "$file"
 is_saved 's/Reference Pressure = 1$/Reference Pressure = 15/'
+
+# The refused text can be corrected.
+press ctrl+e
+await 'Edit Parameter'
+enter_value '27x'
+await 'Command File Errors'
+press Return
+await 'Edit Parameter'
+press ctrl+End BackSpace
+press alt+o
+await "$file - Modified"
+press ctrl+s
+await "$file"
+is_saved 's/Reference Pressure = 15$/Reference Pressure = 27/'
 press ctrl+q
 ends_well
