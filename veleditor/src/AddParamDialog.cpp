@@ -1,7 +1,10 @@
 #include "veleditor/src/AddParamDialog.h"
 
 #include "veleditor/src/Boxes.h"
+#include "veleditor/src/RuleFields.h"
+#include "veleditor/src/StoredValue.h"
 #include "veleditor/src/Text.h"
+#include "veleditor/src/ValueEntry.h"
 #include "veleditor/src/ValueText.h"
 #include "veleditor/src/Widgets.h"
 
@@ -10,8 +13,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTextDocument>
-#include <QTextEdit>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -40,11 +41,35 @@ QString firstWrongCharacter(const std::string &name)
     return wrong.left(wrong[0].isHighSurrogate() ? 2 : 1);
 }
 
+/// The path of a parameter of the object.
+std::string parameterPath(const std::string &objectPath, const std::string &name)
+{
+    return (objectPath == "/" ? std::string() : objectPath) + '/' + name;
+}
+
+/// The first parameter that the rules require and the object does not have; empty
+/// where there is none.
+QString missingParameter(const std::string &objectPath)
+{
+    const QString required = ruleField(objectPath, QLatin1String("Required Parameters"));
+    for (const QString &name : required.split(QLatin1String(", "), Qt::SkipEmptyParts)) {
+        if (!storedValue(parameterPath(objectPath, toBytes(name))))
+            return name;
+    }
+    return QString();
+}
+
+std::string withoutUnderscores(std::string name)
+{
+    std::replace(name.begin(), name.end(), '_', ' ');
+    return name;
+}
+
 } // namespace
 
 AddParamDialog::AddParamDialog(QWidget *parent, const QString &caption,
                                const std::string &objectPath)
-    : QDialog(parent)
+    : QDialog(parent), objectPath_(objectPath)
 {
     setUpDialog(*this, QStringLiteral("AddParam"), caption);
     makeSmallDialog(*this);
@@ -91,6 +116,8 @@ void AddParamDialog::addFreeName(QVBoxLayout &layout, const QString &path)
     nameEntry_->setObjectName(QStringLiteral("Name"));
     nameEntry_->setAccessibleName(tr("Name of the new parameter"));
     connect(nameEntry_, &QLineEdit::textChanged, this, &AddParamDialog::saveParamName);
+    nameEntry_->setText(missingParameter(objectPath_));
+    nameEntry_->selectAll(); // typing replaces it
     nameField_ = nameEntry_;
     row->addWidget(nameEntry_);
     layout.addLayout(row);
@@ -106,6 +133,7 @@ void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
     list->setAccessibleName(tr("Name of the new parameter"));
     list->setEditable(true);
     list->setInsertPolicy(QComboBox::NoInsert);
+    list->setCompleter(nullptr); // it would replace what the user types
     for (const char *name : names)
         list->addItem(fromBytes(name));
     list->lineEdit()->selectAll(); // typing begins another name
@@ -119,19 +147,37 @@ void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
 void AddParamDialog::addValueAndButtons(QVBoxLayout &layout)
 {
     layout.addWidget(makeLabel(tr("Value:"), this));
-    valueEntry_ = makeTextField("Value", tr("Value of the new parameter"), this);
+    valueEntry_ = new ValueEntry(tr("Value of the new parameter"), this);
     layout.addWidget(valueEntry_);
+    offerValue();
     connect(addOkAndCancel(layout, *this), &QPushButton::clicked, this, &AddParamDialog::checkOK);
 }
 
 void AddParamDialog::saveParamName(const QString &name)
 {
     paramName_ = toBytes(name);
+    offerValue();
+}
+
+std::string AddParamDialog::storedName() const
+{
+    return toBytes(fromBytes(withoutUnderscores(paramName_)).simplified());
+}
+
+// A name that no parameter can have would be part of some other path.
+void AddParamDialog::offerValue()
+{
+    if (valueEntry_ == nullptr)
+        return;
+    const std::string name = storedName();
+    const bool isName =
+        !name.empty() && isLetterOrDigit(paramName_.front()) && firstWrongCharacter(name).isEmpty();
+    valueEntry_->offer(isName ? parameterPath(objectPath_, name) : std::string());
 }
 
 std::string AddParamDialog::value() const
 {
-    return valueEntry_ != nullptr ? toBytes(singleLine(*valueEntry_->document())) : std::string();
+    return valueEntry_ != nullptr ? valueEntry_->value() : std::string();
 }
 
 void AddParamDialog::checkOK()
@@ -141,7 +187,7 @@ void AddParamDialog::checkOK()
     if (!checkNameStart() || !checkValueGiven() || !checkNameCharacters() || !checkValueFits())
         return;
     if (paramName_.find('_') != std::string::npos) {
-        std::replace(paramName_.begin(), paramName_.end(), '_', ' ');
+        paramName_ = withoutUnderscores(paramName_);
         inform(this, tr("Underscores replaced"),
                tr("Underscores (`_') are not valid characters in a parameter name.\n"
                   "Underscores have been replaced with spaces in your parameter name."));

@@ -1,6 +1,9 @@
 // Asks for the name and value of a parameter to be added to an object: by a
 // list of the names that the rules allow there, by a free name where they allow
 // any, and not at all where they allow none.
+//
+// The value starts with the default of the named parameter, and is chosen from a
+// list where the rules name the allowed values.
 #pragma once
 
 #include "velparser/api/velparser.h"
@@ -11,10 +14,11 @@
 
 class QComboBox;
 class QLineEdit;
-class QTextEdit;
 class QVBoxLayout;
 
 namespace velEditor {
+
+class ValueEntry;
 
 class AddParamDialog : public QDialog
 {
@@ -26,9 +30,13 @@ public:
     AddParamDialog(QWidget *parent, const QString &caption, const std::string &objectPath);
 
     /// What was chosen, in bytes; complete once the dialog was accepted. The
-    /// value stands on one line.
+    /// value is on one line, without white space at its ends.
     [[nodiscard]] const std::string &paramName() const { return paramName_; }
     [[nodiscard]] std::string value() const;
+
+    /// The name as the database has it: a blank for an underscore and for any
+    /// number of blanks.
+    [[nodiscard]] std::string storedName() const;
 
 public slots:
     /// Accepts when name and value are such as a command file can hold; else
@@ -42,6 +50,7 @@ private:
     void addFreeName(QVBoxLayout &layout, const QString &path);
     void addNameList(QVBoxLayout &layout, const QString &path, const velStringList &names);
     void addValueAndButtons(QVBoxLayout &layout);
+    void offerValue();
 
     [[nodiscard]] bool checkNameStart();
     [[nodiscard]] bool checkValueGiven();
@@ -49,10 +58,11 @@ private:
     [[nodiscard]] bool checkValueFits();
     void refuse(QWidget &field, const QString &title, const QString &reason);
 
+    std::string objectPath_;
     std::string paramName_;
     QLineEdit *nameEntry_ = nullptr;  ///< where any name is allowed, else null
     QWidget *nameField_ = nullptr;    ///< that entry or the list of names
-    QTextEdit *valueEntry_ = nullptr; ///< null where nothing can be added
+    ValueEntry *valueEntry_ = nullptr; ///< null where nothing can be added
 };
 
 } // namespace velEditor

@@ -1,13 +1,11 @@
 #include "veleditor/src/RowHelp.h"
 
+#include "veleditor/src/RuleFields.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTreeItem.h"
-#include "velparser/api/velparser.h"
 
 #include <QStringList>
 #include <QTextDocument>
-
-#include <vector>
 
 namespace velEditor {
 
@@ -15,29 +13,6 @@ namespace {
 
 const QLatin1String descriptionField("Description");
 const QLatin1String topicField("Help Topic");
-
-struct Field
-{
-    QString name;
-    QString text;
-};
-
-/// Nothing where there is no rule, or where the rules fail.
-std::vector<Field> ruleFields(const VELTreeItem &row)
-{
-    velStringList lines;
-    std::vector<Field> fields;
-    if (velparser::explainItem(row.path().c_str(), &lines) != nullptr)
-        return fields;
-    for (const char *line : lines) {
-        const QString text = fromBytes(line);
-        const QLatin1String separator(" = ");
-        const qsizetype end = text.indexOf(separator);
-        if (end >= 0)
-            fields.push_back({text.left(end), text.mid(end + separator.size())});
-    }
-    return fields;
-}
 
 bool isForToolTip(const QString &field)
 {
@@ -66,7 +41,7 @@ QString rowToolTip(const VELTreeItem &row, int column)
 {
     QStringList lines =
         heading(row, column == VELTreeItem::Name || !row.hasValue() ? row.label() : row.value());
-    for (const Field &field : ruleFields(row)) {
+    for (const RuleField &field : ruleFields(row.path())) {
         if (field.name == descriptionField)
             lines.append(field.text);
         else if (isForToolTip(field.name))
@@ -78,7 +53,7 @@ QString rowToolTip(const VELTreeItem &row, int column)
 QString rowWhatsThis(const VELTreeItem &row)
 {
     QStringList lines = heading(row, row.label());
-    for (const Field &field : ruleFields(row)) {
+    for (const RuleField &field : ruleFields(row.path())) {
         if (field.name == descriptionField)
             lines.append(field.text);
         else if (field.name != topicField)
@@ -89,11 +64,7 @@ QString rowWhatsThis(const VELTreeItem &row)
 
 QString rowHelpTopic(const VELTreeItem &row)
 {
-    for (const Field &field : ruleFields(row)) {
-        if (field.name == topicField)
-            return field.text;
-    }
-    return QString();
+    return ruleField(row.path(), topicField);
 }
 
 } // namespace velEditor

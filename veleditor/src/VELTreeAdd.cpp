@@ -4,6 +4,7 @@
 #include "veleditor/src/StoredValue.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
+#include "veleditor/src/ValueText.h"
 #include "velparser/api/velparser.h"
 
 #include <cstdint>
@@ -47,7 +48,7 @@ std::vector<std::string> parameterFragment(VELTreeItem &target, const std::strin
          row = VELTreeItem::from(row->parent()))
         lines.insert(lines.begin(), row->labelBytes());
     const std::size_t opened = lines.size();
-    lines.push_back(name + " = " + value);
+    lines.push_back(parameterLine(name, value));
     lines.insert(lines.end(), opened, "END");
     return lines;
 }
@@ -55,12 +56,6 @@ std::vector<std::string> parameterFragment(VELTreeItem &target, const std::strin
 std::string childPath(const VELTreeItem &object, const std::string &name)
 {
     return (object.parent() != nullptr ? object.path() : std::string()) + '/' + name;
-}
-
-/// A parameter that is there, shown or not, and that the user may not change.
-bool isFixed(const std::string &path)
-{
-    return storedValue(path) && velparser::isParamEditable(path.c_str()) == 0;
 }
 
 /// The child row of a parameter; null where there is none.
@@ -118,8 +113,8 @@ void VELTree::addParameter()
     AddParamDialog dialog(this, tr("Add Parameter"), target->path());
     if (run(dialog) != QDialog::Accepted)
         return;
-    const std::string name = toBytes(fromBytes(dialog.paramName()).simplified());
-    if (isFixed(childPath(*target, name))) {
+    const std::string name = dialog.storedName();
+    if (velparser::isParamEditable(childPath(*target, name).c_str()) == 0) {
         refuseEdit(fromBytes(name));
         return;
     }
@@ -138,16 +133,19 @@ void VELTree::addParameter()
     viewport()->update();
 }
 
-// A parameter that the object already had got its new value instead: its row
-// goes to the place of a new one.
+// Where the object already had the parameter, the new row replaces its row.
 void VELTree::showNewParameter(VELTreeItem &target, const std::string &name)
 {
-    if (VELTreeItem *former = parameterRow(target, fromBytes(name))) {
+    VELTreeItem *former = parameterRow(target, fromBytes(name));
+    const bool wasSelected = former != nullptr && former->isSelected();
+    if (former != nullptr) {
         forget(*former);
         delete former;
     }
     const QString value = fromBytes(storedValue(childPath(target, name)).value_or(""));
     auto *row = new VELTreeItem(&target, nullptr, fromBytes(name), value, name);
+    if (wasSelected)
+        setCurrentItem(row);
     lastAddedItem_ = row;
     target.setExpanded(true);
     scrollToItem(row);

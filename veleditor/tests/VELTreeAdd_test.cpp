@@ -34,15 +34,28 @@ private slots:
     void addsByFreeName();
     void addsFromAList();
     void offersNamesInTheOrderOfTheRules();
+    void offersAMissingRequiredParameterFirst();
+    void startsWithTheDefault();
+    void offersAllowedValuesLogicalValuesAndObjectsAsAList();
+    void choosesNothingWithoutADefault();
+    void keepsATypedValueWhenTheNameChanges();
+    void offersTheValuesOfAFreeName();
+    void leavesTypedNamesAsTheyAre();
+    void removesWhiteSpaceAtTheEndsOfTheValue();
+    void takesAFinalBackslash();
+    void pressesOkOnCtrlReturn();
     void addsToTheObjectThatHoldsTheParameter();
     void addsToTheRoot();
     void scrollsToTheNewRow();
     void saysWhenTheRulesFail();
     void saysWhereNothingCanBeAdded();
+    void fitsTheScreenWithALongPath_data();
     void fitsTheScreenWithALongPath();
     void addsNothingWhenCancelled();
     void changesAParameterThatIsThereAlready();
+    void keepsTheSelectionOnAReplacedRow();
     void leavesAParameterThatCannotBeChanged();
+    void refusesANewNameThatTheRulesMakeReadOnly();
     void leavesAHiddenParameterThatCannotBeChanged();
     void reportsWhatTheDatabaseRefuses();
     void showsWhatIsWrongWithTheObject();
@@ -61,6 +74,33 @@ private slots:
 namespace {
 
 const char expert[] = "/FLOW:Analysis/EXPERT PARAMETERS";
+
+/// A pump, whose kind requires one parameter more.
+const char pumpText[] = "DOMAIN: north\nKind = Fluid\nEND\nDOMAIN: south\nKind = Fluid\nEND\n"
+                        "PUMP: p\nKind = Piston\nSpeed = 50\nEND\n";
+const char emptyPumpText[] = "PUMP: p\nEND\n";
+const char pump[] = "/PUMP:p";
+
+QStringList entries(const QComboBox &list)
+{
+    QStringList texts;
+    for (int i = 0; i < list.count(); ++i)
+        texts.append(list.itemText(i));
+    return texts;
+}
+
+/// What the dialog offers as the value: "[a | b] b" for a list with its choice,
+/// else the text of the field.
+QString offeredValue(const AddParamDialog &dialog)
+{
+    const auto *list = dialog.findChild<QComboBox *>("Values");
+    const auto *field = dialog.findChild<QTextEdit *>("Value");
+    if (list->isVisible() == field->isVisible())
+        qFatal("one of list and field is to be visible");
+    if (field->isVisible())
+        return field->toPlainText();
+    return '[' + entries(*list).join(" | ") + "] " + list->currentText();
+}
 
 } // namespace
 
@@ -154,10 +194,7 @@ void VELTreeAddTest::offersNamesInTheOrderOfTheRules()
     select("/FLOW:A/DOMAIN:D");
     onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
         auto *list = dialog.findChild<QComboBox *>("editable combo");
-        QStringList names;
-        for (int i = 0; i < list->count(); ++i)
-            names.append(list->itemText(i));
-        QCOMPARE(names, QStringList({"Location", "Reference Pressure", "Remark"}));
+        QCOMPARE(entries(*list), QStringList({"Location", "Reference Pressure", "Remark"}));
         QCOMPARE(dialog.paramName(), std::string("Location"));
         QTest::keyClick(list, Qt::Key_Down);
         QTest::keyClick(list, Qt::Key_Down);
@@ -167,6 +204,243 @@ void VELTreeAddTest::offersNamesInTheOrderOfTheRules()
     });
     tree().addParameter();
     QCOMPARE(row("/FLOW:A/DOMAIN:D/Remark").value(), QString("third"));
+}
+
+// Also where only the kind of the object requires it: it came after all the
+// optional ones.
+void VELTreeAddTest::offersAMissingRequiredParameterFirst()
+{
+    open(newFile("pump.vel", pumpText));
+    select(pump);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        QCOMPARE(entries(*dialog.findChild<QComboBox *>("editable combo")),
+                 QStringList({"Stroke", "Note", "Running", "Source", "Serial Number"}));
+        QCOMPARE(dialog.paramName(), std::string("Stroke"));
+        dialog.reject();
+    });
+    tree().addParameter();
+
+    // Where any name may be added, the entry starts with it.
+    open(
+        newFile("notes.vel", "NOTES: n\nAuthor = me\nEND\nNOTES: m\nAuthor = me\nDate = 1\nEND\n"));
+    select("/NOTES:n");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        auto *name = dialog.findChild<QLineEdit *>("Name");
+        QCOMPARE(name->text(), QString("Date"));
+        QCOMPARE(name->selectedText(), QString("Date")); // typing replaces it
+        dialog.findChild<QTextEdit *>("Value")->setPlainText("today");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/NOTES:n/Date").value(), QString("today"));
+    select("/NOTES:m");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        QCOMPARE(dialog.findChild<QLineEdit *>("Name")->text(), QString());
+        dialog.reject();
+    });
+    tree().addParameter();
+}
+
+void VELTreeAddTest::startsWithTheDefault()
+{
+    open(newFile("pump.vel", emptyPumpText));
+    select(pump);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        auto *names = dialog.findChild<QComboBox *>("editable combo");
+        QCOMPARE(names->currentText(), QString("Kind"));
+        QCOMPARE(offeredValue(dialog), QString("[Centrifugal | Piston] Piston"));
+        names->setFocus();
+        QTest::keyClick(names, Qt::Key_Down);
+        QCOMPARE(offeredValue(dialog), QString("50"));
+        QTest::keyClick(names, Qt::Key_Down);
+        QCOMPARE(offeredValue(dialog), QString("none yet"));
+        QTest::keyClick(names, Qt::Key_Up);
+        QCOMPARE(offeredValue(dialog), QString("50"));
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/PUMP:p/Speed").value(), QString("50"));
+
+    // Typing replaces a default.
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        auto *names = dialog.findChild<QComboBox *>("editable combo");
+        names->setFocus();
+        QTest::keyClick(names, Qt::Key_Down);
+        QTest::keyClicks(dialog.findChild<QTextEdit *>("Value"), "checked");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/PUMP:p/Note").value(), QString("checked"));
+}
+
+// The same lists as when such a value is edited.
+void VELTreeAddTest::offersAllowedValuesLogicalValuesAndObjectsAsAList()
+{
+    open(newFile("pump.vel", pumpText));
+    select(pump);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        const auto offered = [&](const char *name) {
+            dialog.findChild<QComboBox *>("editable combo")->setEditText(name);
+            return offeredValue(dialog);
+        };
+        QCOMPARE(offered("Kind"), QString("[Centrifugal | Piston] Piston"));
+        QCOMPARE(offered("Running"), QString("[Yes | No] "));
+        QCOMPARE(offered("Source"), QString("[north | south] "));
+        QCOMPARE(offered("Serial_Number"), QString());
+        QCOMPARE(offered("Sour"), QString());
+        QCOMPARE(offered(" Source"), QString()); // no such name can be added
+        QCOMPARE(offered("../PUMP:p/Source"), QString());
+        QCOMPARE(offered("Source"), QString("[north | south] "));
+        auto *list = dialog.findChild<QComboBox *>("Values");
+        QVERIFY(!list->isEditable());
+        list->setFocus();
+        QTest::keyClick(list, Qt::Key_End);
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/PUMP:p/Source").value(), QString("south"));
+}
+
+void VELTreeAddTest::choosesNothingWithoutADefault()
+{
+    open(newFile("pump.vel", pumpText));
+    select(pump);
+    answer();
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        dialog.findChild<QComboBox *>("editable combo")->setEditText("Running");
+        pressButton(dialog, "Ok");
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(dialog.focusWidget()->objectName(), QString("Values"));
+        dialog.reject();
+    });
+    tree().addParameter();
+    QCOMPARE(boxes, QStringList("Warning: Missing Parameter Value\nYou must enter a parameter "
+                                "value before continuing.\n[Ok], Escape"));
+}
+
+void VELTreeAddTest::keepsATypedValueWhenTheNameChanges()
+{
+    open(newFile("pump.vel", emptyPumpText));
+    select(pump);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        auto *names = dialog.findChild<QComboBox *>("editable combo");
+        names->setEditText("Note");
+        auto *field = dialog.findChild<QTextEdit *>("Value");
+        field->selectAll();
+        QTest::keyClicks(field, "70");
+        names->setEditText("Running"); // a list
+        QCOMPARE(offeredValue(dialog), QString("[Yes | No] "));
+        names->setEditText("Speed");
+        QCOMPARE(offeredValue(dialog), QString("70"));
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/PUMP:p/Speed").value(), QString("70"));
+}
+
+void VELTreeAddTest::offersTheValuesOfAFreeName()
+{
+    replaceAllowedParams("@{$_[2]} = ('-1'); return ''");
+    open(newFile("pump.vel", pumpText));
+    select(pump);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        auto *name = dialog.findChild<QLineEdit *>("Name");
+        QTest::keyClicks(name, "Note");
+        QCOMPARE(offeredValue(dialog), QString("none yet"));
+        name->selectAll();
+        QTest::keyClicks(name, "Running");
+        QCOMPARE(offeredValue(dialog), QString("[Yes | No] "));
+        auto *list = dialog.findChild<QComboBox *>("Values");
+        list->setFocus();
+        QTest::keyClick(list, Qt::Key_Down);
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/PUMP:p/Running").value(), QString("Yes"));
+}
+
+// The list of names turned "Spe" into "Speed" and "speed" into "Speed".
+void VELTreeAddTest::leavesTypedNamesAsTheyAre()
+{
+    open(newFile("pump.vel", emptyPumpText));
+    for (const char *name : {"Spe", "speed"}) {
+        select(pump);
+        onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+            auto *names = dialog.findChild<QComboBox *>("editable combo");
+            names->lineEdit()->selectAll();
+            QTest::keyClicks(names->lineEdit(), name);
+            QCOMPARE(names->currentText(), QString(name));
+            QTest::keyClick(names->lineEdit(), Qt::Key_Tab);
+            QCOMPARE(names->currentText(), QString(name));
+            QTest::keyClicks(dialog.findChild<QTextEdit *>("Value"), "1");
+            pressButton(dialog, "Ok");
+        });
+        tree().addParameter();
+        shown<ErrorDialog>().close(); // the rules do not know the name
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(QString::fromStdString(tree().lastAddedItem()->path()),
+                 QString("/PUMP:p/") + name);
+    }
+}
+
+void VELTreeAddTest::removesWhiteSpaceAtTheEndsOfTheValue()
+{
+    open(newFile("pump.vel", emptyPumpText));
+    select(pump);
+    answer();
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "Speed", " \n ");
+        pressButton(dialog, "Ok"); // no value at all
+        QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString(" \n "));
+        enter(dialog, "Speed", "\n 7 \n");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QVERIFY(boxes.value(0).startsWith("Warning: Missing Parameter Value\n"));
+    QCOMPARE(row("/PUMP:p/Speed").value(), QString("7"));
+}
+
+// It would continue the line that adds the parameter.
+void VELTreeAddTest::takesAFinalBackslash()
+{
+    open(copyOf("duct.vel"));
+    select(expert);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "folder", "C:\\results\\");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(row("/FLOW:Analysis/EXPERT PARAMETERS/folder").value(), QString("C:\\results\\"));
+}
+
+void VELTreeAddTest::pressesOkOnCtrlReturn()
+{
+    open(newFile("pump.vel", pumpText));
+    const struct
+    {
+        const char *name, *value, *field;
+    } cases[] = {{"Note", "a", "Value"}, {"Speed", "8", "editable combo"}};
+    for (const auto &entry : cases) {
+        select(pump);
+        onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+            enter(dialog, entry.name, entry.value);
+            QApplication::setActiveWindow(&dialog);
+            auto *field = dialog.findChild<QWidget *>(entry.field);
+            field->setFocus();
+            QTest::keyClick(field, Qt::Key_Return, Qt::ControlModifier);
+        });
+        tree().addParameter();
+        QCOMPARE(tree().lastAddedItem()->value(), QString(entry.value));
+    }
+    // The free name has the keys at first.
+    replaceAllowedParams("@{$_[2]} = ('-1'); return ''");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "Stroke", "2");
+        QApplication::setActiveWindow(&dialog);
+        QTest::keyClick(dialog.findChild<QLineEdit *>("Name"), Qt::Key_Return, Qt::ControlModifier);
+    });
+    tree().addParameter();
+    QCOMPARE(row("/PUMP:p/Stroke").value(), QString("2"));
 }
 
 void VELTreeAddTest::addsToTheRoot()
@@ -249,10 +523,18 @@ void VELTreeAddTest::saysWhereNothingCanBeAdded()
     QVERIFY(!tree().isModified());
 }
 
-// The dialog was as wide as the path is long, its Cancel beyond the screen.
+void VELTreeAddTest::fitsTheScreenWithALongPath_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("blanks") << "Return Air" + QByteArray(" of the Meeting Room").repeated(8);
+    QTest::newRow("no blanks") << "ReturnAir" + QByteArray("OfTheMeetingRoom").repeated(12);
+}
+
+// The dialog was as wide as the path is long, its Cancel beyond the screen; a path
+// without blanks was cut off.
 void VELTreeAddTest::fitsTheScreenWithALongPath()
 {
-    const QByteArray name = "Return Air" + QByteArray(" of the Meeting Room").repeated(8);
+    QFETCH(QByteArray, name);
     open(newFile("deep.vel", "FLOW: A\nDOMAIN: " + name + "\nKind = Fluid\nBOUNDARY: " + name +
                                  "\nKind = Wall\nEND\nEND\nEND\n"));
     select("/FLOW:A/DOMAIN:" + name);
@@ -261,6 +543,8 @@ void VELTreeAddTest::fitsTheScreenWithALongPath()
         const auto *label = dialog.findChild<QLabel *>();
         QCOMPARE(label->text(), "Adding new parameter to: /FLOW:A/DOMAIN:" + QString(name));
         QVERIFY(label->height() >= label->heightForWidth(label->width()));
+        const int lines = label->height() / label->fontMetrics().height();
+        QVERIFY(lines * label->width() >= label->fontMetrics().horizontalAdvance(label->text()));
         dialog.reject();
     });
     tree().addParameter();
@@ -279,6 +563,7 @@ void VELTreeAddTest::addsNothingWhenCancelled()
     QVERIFY(!tree().isModified());
 }
 
+// Adding a name that exists replaces its row.
 void VELTreeAddTest::changesAParameterThatIsThereAlready()
 {
     open(copyOf("duct.vel"));
@@ -303,6 +588,44 @@ void VELTreeAddTest::changesAParameterThatIsThereAlready()
                                       "      Location = B3 *\n"
                                       "      Kind = Fluid *\n"
                                       "      Reference Pressure = 1 *\n"));
+}
+
+// The view selected the row beside it.
+void VELTreeAddTest::keepsTheSelectionOnAReplacedRow()
+{
+    open(copyOf("duct.vel"));
+    select("/FLOW:Analysis/DOMAIN:Duct/Location");
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "Location", "B3");
+        pressButton(dialog, "Ok");
+    });
+    tree().addParameter();
+    QCOMPARE(tree().selectedItem(), &row("/FLOW:Analysis/DOMAIN:Duct/Location"));
+    QCOMPARE(tree().selectedItem()->value(), QString("B3"));
+}
+
+// Adding a name that the rules make read-only changes nothing, whether the object
+// has such a parameter or not.
+void VELTreeAddTest::refusesANewNameThatTheRulesMakeReadOnly()
+{
+    open(newFile("pump.vel", pumpText));
+    const QString before = treeText(tree());
+    select(pump);
+    answer();
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        enter(dialog, "Serial_Number", "12");
+        pressButton(dialog, "Ok");
+        answer();
+    });
+    tree().addParameter();
+    QCOMPARE(boxes.value(1),
+             QString("Warning: Cannot edit Serial Number\nOnly orange expert parameters and "
+                     "parameters\nwhose values are shown in green can be edited.\n[Ok], Escape"));
+    QCOMPARE(treeText(tree()), before);
+    std::optional<std::string> value;
+    static_cast<void>(velparser::getStringValue("/PUMP:p/Serial Number", &value));
+    QVERIFY(!value);
+    QVERIFY(!tree().isModified());
 }
 
 void VELTreeAddTest::leavesAParameterThatCannotBeChanged()
@@ -447,7 +770,7 @@ void VELTreeAddTest::refusesBadEntries_data()
         << "a"
         << "1 # one"
         << "Warning: Add Parameter\nA value cannot hold the character \"#\": it begins "
-           "a remark in a command file.\nWrite \"\\#\" where you mean the character "
+           "a comment in a command file.\nWrite \"\\#\" where you mean the character "
            "itself.\n[Ok], Escape";
 }
 

@@ -112,7 +112,7 @@ namespace velparser {
 [[nodiscard]] const char *explainItem(const char *path, velStringList *fields);
 
 /// The names allowed below an object: with flag 1 those that it does not have
-/// yet, with 0 all. The single entry "-1" means any name.
+/// yet, the required ones first, with 0 all. The single entry "-1" means any name.
 [[nodiscard]] const char *getAllowedParams(const char *path, velStringList *names, int flag);
 
 // --- Scripts --------------------------------------------------------------------

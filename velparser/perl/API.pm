@@ -114,9 +114,10 @@ sub getAllowedParamStrings ($self, $path, $values) {
 
 =item C<getAllowedParams($path, $names, $flag)>
 
-Fills the array with the names of the parameters that an object may have, in
-rule order: with flag 1 those that it does not have yet, with 0 all of them. The
-single entry C<-1> means any name.
+Fills the array with the names of the parameters that an object may have: with
+flag 0 all of them, in rule order; with flag 1 those that it does not have yet,
+first the required ones, then the others, each in rule order. The single entry
+C<-1> means any name.
 
 =cut
 

@@ -26,10 +26,10 @@ write 'seen'
 press alt+o
 await "$file - Modified"
 
-# What is typed takes the place of the first name, and is completed.
+# What is typed replaces the first name.
 press ctrl+a
 await 'Add Parameter'
-write 'Tra'
+write 'Trace Level'
 press Tab
 write 2
 press alt+o

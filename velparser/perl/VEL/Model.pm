@@ -359,9 +359,9 @@ sub is_editable ($self, $path) {
 
 =item C<allowed_parameters($path, $missing_only)>
 
-The names of the parameters that the object may have, in rule order; with a
-true second argument without those that it has. The single entry C<-1> where
-any name may be used.
+The names of the parameters that the object may have, in rule order. With a
+true second argument only those that it does not have, and of these the required
+ones first. The single entry C<-1> where any name may be used.
 
 =cut
 
@@ -372,7 +372,9 @@ sub allowed_parameters ($self, $path, $missing_only) {
     my $variant = $self->variant_at($path, $type);
     return @{ $variant->{order} } if !$missing_only;
     my $database = $self->{database};
-    return grep { !$database->havePath("$path/$_") } @{ $variant->{order} };
+    my @missing  = grep { !$database->havePath("$path/$_") } @{ $variant->{order} };
+    my %required = map { $_ => 1 } @{ $variant->{required} };
+    return ((grep { $required{$_} } @missing), grep { !$required{$_} } @missing);
 }
 
 =item C<allowed_values($path)>

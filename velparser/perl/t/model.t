@@ -82,8 +82,8 @@ sub asked {
 subtest 'allowed parameters' => sub {
     is asked('getAllowedParams', '/FLOW/DOMAIN:Left', 0),
         'Kind, Active, Neighbour, Neighbours, Secret, Remark, Fixed, Model, Speed', 'all, in rule order';
-    is asked('getAllowedParams', '/FLOW/DOMAIN:Left', 1), 'Active, Neighbour, Neighbours, Model, Speed',
-        'those that are not there';
+    is asked('getAllowedParams', '/FLOW/DOMAIN:Left', 1), 'Model, Active, Neighbour, Neighbours, Speed',
+        'those that are not there: first what is required and missing';
     is asked('getAllowedParams', '/FLOW/DOMAIN:Right', 1), 'Active, Neighbour, Neighbours, Remark, Fixed',
         'without those of a case that does not hold';
     is asked('getAllowedParams', '/FLOW/SECRETS', $_), '-1', "free parameters, flag $_" for 0, 1;
