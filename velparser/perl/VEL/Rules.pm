@@ -30,6 +30,8 @@ and its C<EXPRESSIONS>.
 
 =cut
 
+my $ORDER = 'Output Ordering Priority';
+
 my @BUILT_IN = (
     'RULES:',
     'SINGLETON: LANGUAGE', 'Parents = /', 'Optional Parameters = Version', 'END',
@@ -170,11 +172,17 @@ sub _resolve_all ($self) {
     for my $kind (qw(OBJECT SINGLETON)) {
         for my $type (sort keys %{ $self->{raw}{$kind} }) {
             my $rule = $self->_inherit($self->{raw}{$kind}{$type}, {});
+            $rule->{cases} = [ grep { $self->_is_whole_case($_) } @{ $rule->{cases} } ];
             $self->{types}{$kind}{$type}
                 = VEL::Rules::Type->new($kind, $type, $rule, $self->{general});
         }
     }
     return;
+}
+
+# Whether a case has a condition, its own or one that it inherits.
+sub _is_whole_case ($self, $case) {
+    return $case->{whole} //= $self->{source}->lacks($case, @VEL::Rules::Source::CONDITION) ? 0 : 1;
 }
 
 # The rule with what it inherits. $passed are the paths on the way here.
@@ -188,7 +196,9 @@ sub _inherit ($self, $rule, $passed) {
     local $passed->{ $rule->{path} } = 1;
     if (!$base || $passed->{ $base->{path} }) {
         delete $rule->{fields}{'Inherits'};
-        $self->{source}->fault($at, $base ? "inherits itself through $from" : "there is no rule $from");
+        my $near = $base ? undef : $self->{source}->near_type($type);
+        $self->{source}->fault($at, $base ? "inherits itself through $from"
+            : "there is no rule $from" . (defined $near ? "; did you mean $near?" : ''));
         return $rule;
     }
     return $rule->{resolved} = _combine($self->_inherit($base, $passed), $rule);
@@ -197,6 +207,8 @@ sub _inherit ($self, $rule, $passed) {
 sub _combine ($base, $rule) {
     my %fields = (%{ $base->{fields} }, %{ $rule->{fields} });
     delete $fields{'Inherits'};
+    # The database reads it from the rule of the type itself.
+    delete $fields{$ORDER} if !exists $rule->{fields}{$ORDER};
     return {
         path       => $rule->{path},
         label      => $rule->{label},
@@ -207,8 +219,9 @@ sub _combine ($base, $rule) {
 }
 
 sub _combine_parameters ($base, $own) {
+    return $base if !%$own;
     my %both = %$base;
-    $both{$_} = [ @{ $both{$_} // [] }, @{ $own->{$_} } ] for keys %$own;
+    $both{$_} = [ { map { %$_ } @{ $both{$_} // [] }, @{ $own->{$_} } } ] for keys %$own;
     return \%both;
 }
 

@@ -27,9 +27,12 @@ A finding is one line: path, colon, blank, a sentence, and an identifier in
 brackets. F<docs/findings.md> explains every identifier.
 
 An object without findings is marked valid, and so are its parameters; one with
-findings is not, so that they come again until they are mended. Where something
+findings is not, so that they come again until they are fixed. Where something
 goes on which a mark rests (a required parameter is deleted, an object that
 others name), the mark is taken away.
+
+One mistake gives one finding. Where the value of a parameter is wrong, or the
+parameter is missing, nothing is said of what a case waits for it to allow.
 
 =head1 METHODS
 
@@ -75,7 +78,7 @@ sub validateObject ($self, $path) {
     $path = $self->{model}->full_path($path);
     return $self->_no_object($path) if $path ne '/' && !$self->{database}->isObject($path);
     $self->{database}->getChildParamList($path, \my @names);
-    $self->{used} = [];
+    @$self{qw(used doubts)} = ([], {});
     my @findings = $self->_object_findings($path, \@names);
     if (@findings) {
         $self->{database}->setValid($path, 0) if $self->{database}->isValid($path) & 1;
@@ -98,7 +101,7 @@ sub validateParam ($self, $path) {
     my $error = $self->{database}->getStringValue($path, \$value);
     return "$path: there is no such parameter [no-such-object]" if $error || $self->{database}->isObject($path);
     my ($owner, $name) = VEL::Model::split_path($path);
-    $self->{used} = [];
+    @$self{qw(used doubts)} = ([], {});
     my @findings = $self->_parameter_findings($owner, $name, $value // '');
     return join "\n", @findings if @findings;
     $self->_mark_parameter($path);
@@ -224,7 +227,30 @@ sub _place_name ($place) { return $place eq '/' ? 'at the top level' : "in $plac
 
 sub _not_now ($self, $path, $parent, $outer, $word) {
     my @cases = $outer->cases_with([ 'required_objects', 'optional_objects' ], $word);
+    return if $self->_is_doubtful($parent, $outer, @cases);
     return _finding($path, "$word is not allowed in this $outer->{type}" . _needs(@cases), 'not-allowed');
+}
+
+# Whether one of these cases waits for a parameter whose own value is a finding, or
+# that is missing. That one mistake is the reason of all that depends on it.
+sub _is_doubtful ($self, $path, $type, @cases) {
+    my $doubts = $self->{doubts}{$path} //= {};
+    return scalar grep { $doubts->{$_} //= $self->_is_doubtful_switch($path, $type, $_) }
+        map { $_->{parameter} } @cases;
+}
+
+sub _is_doubtful_switch ($self, $path, $type, $name) {
+    my $variant = $self->{model}->variant_at($path, $type);
+    my $value;
+    $self->{database}->getStringValue("$path/$name", \$value);
+    if (defined $value) {
+        local $self->{used} = [];
+        return $type->parameter($variant, $name)->problems($value, $self->_asker) ? 1 : 0;
+    }
+    return 1 if grep { $_ eq $name } @{ $variant->{required} };
+    # It may itself wait for another one.
+    local $self->{doubts}{$path}{$name} = 0;
+    return $self->_is_doubtful($path, $type, $type->cases_with(['required'], $name));
 }
 
 # "; it needs Kind = Inlet, Outlet": under which cases something would be right.
@@ -235,8 +261,7 @@ sub _needs (@cases) {
 
 sub _count_findings ($self, $path, $type) {
     return if !$self->{model}->is_beyond_count($path, $type);
-    return _finding($path, $type->{maximum} == 0 ? "no $type->{type} may stand here"
-        : "only $type->{maximum} $type->{type} may stand here; this one is beyond", 'too-many');
+    return _finding($path, "only $type->{maximum} $type->{type} may stand here; this one is beyond", 'too-many');
 }
 
 sub _parameter_findings ($self, $owner, $name, $value) {
@@ -272,9 +297,11 @@ sub _asker ($self) {
 
 sub _unknown_parameter ($self, $path, $name, $type, $variant) {
     my @cases = $type->cases_with([ 'required', 'optional' ], $name);
+    return if $self->_is_doubtful($path, $type, @cases);
     return _finding("$path/$name", qq($type->{type} does not use "$name" here) . _needs(@cases),
         'unknown-parameter') if @cases;
-    my $near = nearest($name, @{ $variant->{order} });
+    my $hints = $variant->{hints} //= VEL::Suggest->new($variant->{order});
+    my $near  = $hints->find($name);
     return _finding("$path/$name", qq($type->{type} has no parameter "$name")
         . (defined $near ? "; did you mean $near?" : ''), 'unknown-parameter');
 }

@@ -61,7 +61,9 @@ sub _split_outside_parentheses ($text) {
 =item C<logical($text)>
 
 1 for yes, y, true, t, on and any number but zero, 0 for no, n, false, f, off
-and zero, letter case ignored; C<undef> for every other text.
+and zero, letter case ignored; C<undef> for every other text. As in the command
+database, the first word counts, and one that begins with a digit is the number
+that it begins with, rounded.
 
 =cut
 
@@ -72,9 +74,10 @@ my %LOGICAL = (
 
 sub logical ($text) {
     return undef if !defined $text;
-    my ($word) = $text =~ /^\s*(\S+)\s*$/ or return undef;
+    my ($word) = $text =~ /^\s*(\S+)/ or return undef;
     return $LOGICAL{ lc $word } if exists $LOGICAL{ lc $word };
-    return $word =~ /^[0-9]/ && is_number($word) ? (int($word + 0.5) ? 1 : 0) : undef;
+    my ($number) = $word =~ /^(?=[0-9])($NUMBER)/ or return undef;
+    return int($number + 0.5) ? 1 : 0;
 }
 
 =item C<is_number($text)>, C<is_integer($text)>

@@ -46,4 +46,10 @@ for my $function (@VEL::Expression::FUNCTIONS) {
     is fault("$function(1)"), 'none', "$function is known";
 }
 
+# A function's name is followed by a parenthesis, a parameter's is not.
+my %both = (step => 1, Speed => 1);
+is VEL::Expression::fault('2 * step + step(Speed)', \%both), undef, 'a parameter may have the name of a function';
+is VEL::Expression::fault('Speed (2)', \%both), 'uses the unknown function "Speed"', 'a parameter is no function';
+like VEL::Expression::fault('2 * sqrt', \%both), qr/^uses "sqrt", which .* does not define/, 'nor the reverse';
+
 done_testing;

@@ -46,7 +46,7 @@ subtest 'the defaults of a parameter rule' => sub {
     my $rules = rules("PARAMETER: Plain\nEND");
     my %said = map { $_ => 1 } qw(ruled);
     my %expected = (
-        name => 'Plain', ruled => 1, type => 'String', list => 0, values => undef, objects => undef,
+        name => 'Plain', ruled => 1, type => 'String', untyped => 0, unitless => 0, list => 0, values => undef, objects => undef,
         units => undef, lower => undef, upper => undef, exclusive => 0, minimum => undef, maximum => undef,
         default => undef, editable => 1, running => 0, expert => 0, expressions => 1,
         description => undef, help => undef, anything => 1,
@@ -269,7 +269,7 @@ END
 /RULES/Language Version: "new" is not a version such as 5.7 [bad-rule]
 /RULES/OBJECT:FAN/Free Parameters: "perhaps" is neither Yes nor No [bad-rule]
 /RULES/OBJECT:FAN/Maximum Count: "few" is not a count [bad-rule]
-/RULES/OBJECT:FAN/Optional Objects: "BLAD": no rule describes this type [bad-rule]
+/RULES/OBJECT:FAN/Optional Objects: "BLAD": no rule describes this type; did you mean BLADE? [bad-rule]
 /RULES/OBJECT:FAN/Optional Parameters: "-speed" is no name [bad-rule]
 /RULES/OBJECT:FAN/Parents: "HOUSE": no rule describes this type [bad-rule]
 /RULES/OBJECT:FAN/Requird Parameters: "Requird Parameters" is no field of this rule; did you mean Required Parameters? [bad-rule]
@@ -300,23 +300,29 @@ subtest 'texts at the edge of what a field may be' => sub {
     is faults("Language Version = $_"), '', "version $_" for qw(5 10 0.9 10.20.30);
     is faults("Language Version = $_"), qq(/RULES/Language Version: "$_" is not a version such as 5.7 [bad-rule]\n),
         "version $_" for qw(v5 5. .5);
-    is faults("OBJECT: A\nRequired Parameters =\nMaximum Count = 0\nEND"), '', 'an empty list, a count of none';
+    is faults("OBJECT: A\nMaximum Count = 0\nEND"), "/RULES/OBJECT:A/Maximum Count: 0 would allow none [bad-rule]\n", 'a count of none';
+    is faults("OBJECT: A\n$_ =\nEND"), "/RULES/OBJECT:A/$_: names nothing [bad-rule]\n", "an empty list: $_"
+        for 'Parents', map { ("Required $_", "Optional $_") } 'Parameters', 'Objects';
+    is faults("PARAMETER: P\nAllowed Objects =\nEND"), "/RULES/PARAMETER:P/Allowed Objects: names nothing [bad-rule]\n",
+        'an empty list of types';
+    is faults("PARAMETER: P\nAllowed Values =\nEND"), "/RULES/PARAMETER:P/Allowed Values: names no value [bad-rule]\n",
+        'an empty list of values';
     is faults("PARAMETER: P\nType = Real\nUnits = [m]\nEND"),
         qq(/RULES/PARAMETER:P/Units: "[m]" is written without brackets here [bad-rule]\n), 'a unit in brackets';
     is faults("UPGRADE: $_\nEND"), qq(/RULES/UPGRADE:$_: must be named "Version" and a number, such as Version 5.7 [bad-rule]\n),
         "UPGRADE: $_" for 'Version x', 'to Version 2';
     is scalar(my @none = rules("UPGRADE: next\nEND")->upgrades), 0, 'an upgrade to no version does not run';
-    my ($problem) = rules("PARAMETER: P\nAllowed Values =\nEND")->general('P')->problems('x', {});
-    is $problem->[1], '"x" is not allowed here; nothing is', 'a list of no values';
+    is scalar(my @problems = rules("PARAMETER: P\nAllowed Values =\nEND")->general('P')->problems('x', {})), 0,
+        'a list that is at fault is not used';
 };
 
 subtest 'blocks without a name' => sub {
     my @said;
     local $SIG{__WARN__} = sub { push @said, @_ };
     is faults("OBJECT:\nCASE:\nEND\nEND\nPARAMETER:\nEND\nOBJECT: FAN\nPARAMETER:\nEND\nEND"), <<'TEXT', 'are reported';
-/RULES/OBJECT: OBJECT needs a name behind the colon [bad-rule]
-/RULES/PARAMETER: PARAMETER needs a name behind the colon [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER: PARAMETER needs a name behind the colon [bad-rule]
+/RULES/OBJECT: OBJECT needs a name after the colon [bad-rule]
+/RULES/PARAMETER: PARAMETER needs a name after the colon [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER: PARAMETER needs a name after the colon [bad-rule]
 TEXT
     is "@said", '', 'and nothing else is said';
 };

@@ -2,6 +2,7 @@ use strict;
 use warnings;
 use Test::More;
 
+use VEL::Parser::Lite;
 use VEL::Value qw(split_list logical is_number is_integer quantity);
 
 sub entries { return join '|', split_list($_[0]) }
@@ -19,8 +20,18 @@ for my $text (qw(Yes yes Y TRUE t on 1 0.5 27)) { is logical($text), 1, "$text i
 for my $text (qw(No n FALSE f Off 0 0.4))       { is logical($text), 0, "$text is no" }
 is logical("  on\t "), 1, 'white space around a logical';
 is logical(undef),   undef, 'nothing is no logical';
-for my $text ('', ' ', 'maybe', 'say yes', 'yes please', '-1', '1x') {
+for my $text ('', ' ', 'maybe', 'say yes', '-1') {
     is logical($text), undef, qq("$text" is no logical);
+}
+
+# A value that the database reads as a logical is a logical, and says the same.
+my $database = VEL::Parser::Lite::NEW();
+$database->createParam('/P', 'x');
+for my $text ('yes,', qw(yes Y tRUE t on no N False f oFF maybe 1 0 2 -1 +1 0.4 0.5 .5 1x 0x10 1e3 1e-3 9e99 1.5.2 5e 00),
+    'yes please', 'no, yes', 'say yes', "\ton ", "on\x0b", "\xa0yes", '1 2', '0 1') {
+    $database->setStringValue('/P', $text);
+    my $error = $database->getLogicalValue('/P', \my $value);
+    is logical($text), $error ? undef : $value ? 1 : 0, qq("$text" as the database reads it);
 }
 
 for my $text (qw(1 -1 +1 1. .5 1e5 -2.5E-3)) { ok is_number($text), "$text is a number" }

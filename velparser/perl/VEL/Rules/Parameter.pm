@@ -4,10 +4,10 @@ use strict;
 use warnings;
 use feature 'signatures';
 
-use List::Util qw(max);
+use List::Util qw(max min);
 
 use VEL::Expression;
-use VEL::Suggest qw(nearest);
+use VEL::Suggest;
 use VEL::Units;
 use VEL::Value qw(split_list logical is_integer quantity $NUMBER);
 
@@ -23,10 +23,12 @@ The elements may be read directly:
     name         of the parameter
     ruled        1 when any rule speaks of it
     type         String, Integer, Real or Logical
+    untyped      1 when its type is at fault, and so not known
     list         1 when the value is a list of these
     values       allowed values in rule order, or undef
     objects      types of which the value names an object, or undef
     units, lower, upper, default    texts as written, or undef
+    unitless     1 when its unit is at fault: units and bounds are not checked
     exclusive    1 when the bounds themselves are not allowed
     minimum, maximum                entries of a list, or undef
     editable, running, expert, expressions    1 or 0
@@ -42,7 +44,8 @@ The elements may be read directly:
 =item C<< VEL::Rules::Parameter->new($name, @rules) >>
 
 Merges the fields of the rules, a later one overriding the earlier field by
-field. Undefined rules are passed over.
+field. Undefined rules are passed over. A bound, count or default that does not
+go with the rest is at fault (see C<faults>), and left out.
 
 =cut
 
@@ -54,6 +57,8 @@ sub new ($class, $name, @rules) {
         ruled       => (grep { defined } @rules) ? 1 : 0,
         type        => $type,
         list        => $list ? 1 : 0,
+        untyped     => exists $field{'Type'} && !defined $field{'Type'} ? 1 : 0,
+        unitless    => exists $field{'Units'} && !defined $field{'Units'} ? 1 : 0,
         values      => _list($field{'Allowed Values'}),
         objects     => _list($field{'Allowed Objects'}),
         units       => $field{'Units'},
@@ -72,7 +77,19 @@ sub new ($class, $name, @rules) {
     }, $class;
     $self->{allowed} = { map { $_ => 1 } @{ $self->{values} } } if $self->{values};
     $self->{anything} = $type eq 'String' && !$list && !$self->{values} && !$self->{objects} ? 1 : 0;
+    $self->_drop_faulty;
     return $self;
+}
+
+my %ELEMENT = ('Lower Bound' => 'lower', 'Upper Bound' => 'upper', 'Maximum Entries' => 'maximum', 'Default' => 'default');
+
+sub _drop_faulty ($self) {
+    return if !grep { defined $self->{$_} } values %ELEMENT;
+    my @faults = $self->_find_faults or return;
+    $self->{ $ELEMENT{ $_->[0] } } = undef for @faults;
+    delete @$self{qw(lower_value upper_value)};
+    $self->{faults} = \@faults;
+    return;
 }
 
 sub _list ($text) { return defined $text ? [ split_list($text) ] : undef }
@@ -86,14 +103,16 @@ bounds, counts and default that do not go with the rest.
 
 =cut
 
-sub faults ($self) {
+sub faults ($self) { return @{ $self->{faults} // [] } }
+
+sub _find_faults ($self) {
     return if VEL::Units::load();
     my @faults;
-    for my $bound (qw(lower upper)) {
+    for my $bound ($self->{unitless} ? () : qw(lower upper)) {
         my $text = $self->{$bound} // next;
         my (undef, $unit) = quantity($text);
         my $units = $self->{units} // '1';
-        next if defined $unit ? VEL::Units::is_convertible($unit, $units) : $units eq '1';
+        next if defined $unit ? VEL::Units::is_convertible($unit, $units) : $self->_may_be_bare;
         push @faults, [ ucfirst "$bound Bound", defined $unit ? "$text is not in a unit of the quantity"
             : "$text has no unit; write it as $text [$units]" ];
     }
@@ -102,11 +121,17 @@ sub faults ($self) {
     push @faults,
         [ 'Maximum Entries', "$self->{maximum} is less than the $self->{minimum} that must be there" ]
         if defined $self->{minimum} && defined $self->{maximum} && $self->{minimum} > $self->{maximum};
-    return (@faults, map { [ 'Default', $_->[1] ] } $self->_default_problems);
+    return (@faults, map { [ 'Default', $_->[1] ] } $self->_default_problems(!@faults));
+}
+
+# Whether a number needs no unit: there is none, or it is that of a plain number.
+sub _may_be_bare ($self) {
+    my $units = $self->{units} // '1';
+    return $self->{bare} //= $units eq '1' || VEL::Units::is_dimensionless($units) ? 1 : 0;
 }
 
 sub _is_empty_range ($self) {
-    return 0 if !defined $self->{lower} || !defined $self->{upper};
+    return 0 if !defined $self->{lower} || !defined $self->{upper} || $self->{unitless};
     my $units = $self->{units} // '1';
     my ($lower, $upper) = map { _measure(quantity($_), $units) // return 0 } @$self{qw(lower upper)};
     my $order = _compare($lower, $upper);
@@ -114,9 +139,9 @@ sub _is_empty_range ($self) {
 }
 
 # Names of objects and expressions are the data's, which is not there yet.
-sub _default_problems ($self) {
-    return if !defined $self->{default} || $self->{objects};
-    return $self->problems($self->{default}, { units => 1, bounds => 1, expressions => sub { {} } });
+sub _default_problems ($self, $bounds) {
+    return if !defined $self->{default} || $self->{objects} || $self->{untyped};
+    return $self->problems($self->{default}, { units => 1, bounds => $bounds, expressions => sub { {} } });
 }
 
 =item C<problems($text, $asker)>
@@ -153,17 +178,24 @@ sub _count_problems ($self, $count) {
 sub _entry_problems ($self, $text, $asker) {
     return if $self->{allowed} && $self->{allowed}{$text};
     return $self->_object_problems($text, $asker) if $self->{objects};
-    return [ 'not-allowed', qq("$text" is not allowed here) . _instead($text, @{ $self->{values} }) ]
+    return [ 'not-allowed', qq("$text" is not allowed here) . $self->_instead($text) ]
         if $self->{values};
     return if $self->{type} eq 'String';
     return $self->_logical_problems($text) if $self->{type} eq 'Logical';
     return $self->_number_problems($text, $asker);
 }
 
-sub _instead ($text, @known) {
-    my $nearest = nearest($text, @known);
-    return "; did you mean $nearest?" if defined $nearest;
-    return '; nothing is' if !@known;
+sub _instead ($self, $text) {
+    my $nearest = $self->_near_value($text);
+    return defined $nearest ? "; did you mean $nearest?" : _allowed(@{ $self->{values} });
+}
+
+sub _near_value ($self, $text) {
+    my $hints = $self->{hints} //= VEL::Suggest->new($self->{values});
+    return $hints->find($text);
+}
+
+sub _allowed (@known) {
     my @shown = @known > 12 ? (@known[ 0 .. 11 ], '...') : @known;
     return '; allowed ' . (@known > 1 ? 'are ' : 'is ') . join ', ', @shown;
 }
@@ -174,10 +206,13 @@ sub _object_problems ($self, $text, $asker) {
         push @{ $asker->{used} }, $text if $asker->{used};
         return;
     }
-    my $nearest = $names->{hints}->find($text);
+    my @known   = (@{ $self->{values} // [] }, @{ $names->{list} }[ 0 .. min($#{ $names->{list} }, 12) ]);
+    my $nearest = ($self->{values} ? $self->_near_value($text) : undef) // $names->{hints}->find($text);
     my $types   = join ' or ', @{ $self->{objects} };
     return [ 'no-such-object', qq(there is no $types named "$text")
-            . (defined $nearest ? "; did you mean $nearest?" : "; give the name of an existing one") ];
+            . (@known > 1 || (@known && !defined $nearest) ? _allowed(@known)
+                : @known ? '' : '; give the name of an existing one')
+            . (defined $nearest ? "; did you mean $nearest?" : '') ];
 }
 
 sub _logical_problems ($self, $text) {
@@ -217,8 +252,8 @@ sub _text_problems ($self, $text, $asker) {
 # What the writer of something that is no number may have meant.
 sub _number_hint ($self, $text) {
     return '; the decimal sign is a point' if $text =~ /^[+-]?[0-9]+,[0-9]+\s*(?:\[|\z)/;
-    my $units = $self->{units} // '1';
-    return '' if $units eq '1';
+    return '' if $self->_may_be_bare;
+    my $units = $self->{units};
     my ($number, $unit) = _lacks_brackets($text);
     return defined $unit ? "; the unit stands in brackets: $number [$unit]" : " such as 1 [$units]";
 }
@@ -231,13 +266,14 @@ sub _lacks_brackets ($text) {
 
 sub _unit_problems ($self, $text, $number, $unit) {
     my $units = $self->{units};
+    return if $self->{unitless};
     return [ 'wrong-unit', qq("$text" has a bracket that does not close) ] if ref $unit;
     if (!defined $units) {
         return if !defined $unit;
         return [ 'wrong-unit', qq("$text" carries a unit, but this is a plain number; write $number) ];
     }
     if (!defined $unit) {
-        return if $units eq '1';
+        return if $self->_may_be_bare;
         return [ 'missing-unit', "$number has no unit; write it as $number [$units]" ];
     }
     return if VEL::Units::is_convertible($unit, $units);
@@ -248,7 +284,7 @@ sub _unit_problems ($self, $text, $number, $unit) {
 
 sub _bound_problems ($self, $text, $number, $unit) {
     return if !defined $self->{lower} && !defined $self->{upper};
-    return if ref $unit;
+    return if ref $unit || $self->{unitless};
     my $units = $self->{units} // '1';
     my $value = _measure($number, $unit, $units) // return;
     for my $side ([ lower => 'below', 'greater', -1 ], [ upper => 'above', 'less', 1 ]) {

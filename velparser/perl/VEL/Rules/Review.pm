@@ -4,6 +4,8 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Rules::Heirs;
+use VEL::Rules::Places;
 use VEL::Suggest qw(nearest);
 use VEL::Value qw(split_list logical);
 use VEL::Version;
@@ -16,10 +18,10 @@ VEL::Rules::Review - whether rules that are sound one by one make sense together
 
 L<VEL::Rules::Source> looks at each field by itself. What this finds takes the
 whole: a default that its own rule refuses, bounds that leave nothing, a case
-that can never hold, a rule for a parameter that no list names, an upgrade to a
-version later than that of the rules. Such a rule
-harms nothing and stays in force; most often a name in it is misspelt. What is
-already known to be at fault is passed over, lest one slip be told twice.
+that can never hold, a rule for a parameter that no list names, a type that may
+stand nowhere, a name that is required and optional, an upgrade to a version later
+than that of the rules. Most often a name is misspelt. What is already known to be
+at fault is passed over, so that one slip is reported once.
 
 =head1 METHODS
 
@@ -32,7 +34,13 @@ For compiled L<VEL::Rules> and the L<VEL::Rules::Source> that they are made of.
 =cut
 
 sub new ($class, $rules, $source) {
-    return bless { rules => $rules, source => $source, faults => [] }, $class;
+    return bless {
+        rules  => $rules,
+        source => $source,
+        blocks => [ grep { $_->{kind} =~ /^(?:OBJECT|SINGLETON)$/ } @{ $source->top->{blocks} } ],
+        faults => [],
+        told   => {},    # of a parameter: field and sentence
+    }, $class;
 }
 
 =item C<faults>
@@ -42,20 +50,17 @@ A list of C<[path, sentence]>.
 =cut
 
 sub faults ($self) {
-    my $blocks = $self->{source}->top->{blocks};
-    my $heirs  = $self->_heirs($blocks);
-    for my $block (@$blocks) {
-        if ($block->{kind} eq 'PARAMETER') {
-            $self->_review_values($block, $self->{rules}->general($block->{name}));
-        }
-        elsif ($block->{kind} eq 'UPGRADE') {
-            $self->_review_upgrade($block);
-        }
-        else {
-            my $type = $self->{rules}->type($block->{kind}, $block->{name});
-            $self->_review_type($block, $type);
-            $self->_review_names($block, $type, @{ $heirs->{"$block->{kind}:$block->{name}"} // [] });
-        }
+    $self->{heirs} = VEL::Rules::Heirs->new($self->{blocks}, sub ($block) { $self->_is_open($block) });
+    $self->{places} = VEL::Rules::Places->new($self->{rules}, $self->{source}, $self->{heirs});
+    my @blocks = map { [ $_, $self->_parameters_of($_) ] } @{ $self->{source}->top->{blocks} };
+    for my $block (@blocks) {
+        my (undef, @ruled) = @$block;
+        $self->_note_own_faults(@$_) for @ruled;
+    }
+    for my $block (@blocks) {
+        my ($rule, @ruled) = @$block;
+        $self->_review_values(@$_) for @ruled;
+        $self->_review_block($rule);
     }
     return @{ $self->{faults} };
 }
@@ -69,6 +74,21 @@ sub _fault ($self, $path, $sentence) {
     return;
 }
 
+sub _review_block ($self, $block) {
+    return if $block->{kind} eq 'PARAMETER';
+    return $self->_review_upgrade($block) if $block->{kind} eq 'UPGRADE';
+    my $type = $self->{rules}->type($block->{kind}, $block->{name});
+    $self->_review_names($block, $type);
+    $self->_fault(@$_) for _twice($block), $self->_is_open($block) ? () : $self->{places}->faults($block, $type);
+    return;
+}
+
+# Of such a rule the lists are not known in full.
+sub _is_open ($self, $block) {
+    return 1 if !$self->{source}->is_sound($block->{path});
+    return $self->{rules}->type($block->{kind}, $block->{name})->{free};
+}
+
 # Data would be brought to a version that it does not state afterwards.
 sub _review_upgrade ($self, $block) {
     my $version = $self->{rules}->version // return;
@@ -77,89 +97,114 @@ sub _review_upgrade ($self, $block) {
     return;
 }
 
-# For each rule, by kind and type, the types that inherit it, directly or not.
-sub _heirs ($self, $blocks) {
-    my %block = map { +"$_->{kind}:$_->{name}" => $_ } @$blocks;
-    my %heirs;
-    for my $block (@$blocks) {
-        my ($at, %passed) = ($block);
-        while ($at && !$passed{$at}++) {
-            my $from = $at->{fields}{'Inherits'} // last;
-            my $base = $from =~ s/\s*:\s*/:/r;
-            push @{ $heirs{$base} }, $self->{rules}->type($block->{kind}, $block->{name});
-            $at = $block{$base};
+# A name that one rule, or one case, both requires and allows.
+sub _twice ($block) {
+    my @faults;
+    for my $part ($block, grep { $_->{kind} eq 'CASE' } @{ $block->{blocks} }) {
+        for my $what ('Parameters', 'Objects') {
+            my %required = map { $_ => 1 } split_list($part->{fields}{"Required $what"});
+            push @faults, map { [ "$part->{path}/Optional $what", qq("$_" is required already) ] }
+                grep { $required{$_} } split_list($part->{fields}{"Optional $what"});
         }
     }
-    return \%heirs;
+    return @faults;
 }
 
 # --- Values: the bounds and defaults of a parameter as it is in one place --------
 
-sub _review_type ($self, $block, $type) {
+# Each rule of a parameter in a block, the parameter as it is there, and the type in
+# which it is.
+sub _parameters_of ($self, $block) {
+    return if $block->{kind} eq 'UPGRADE';
+    return [ $block, $self->{rules}->general($block->{name}), undef ] if $block->{kind} eq 'PARAMETER';
+    my $type = $self->{rules}->type($block->{kind}, $block->{name});
+    my @found;
     for my $inner (@{ $block->{blocks} }) {
-        my ($case) = grep { $_->{label} eq $inner->{name} } @{ $type->{cases} };
+        my @cases = $inner->{kind} eq 'CASE' ? _case_of($type, $inner) : ();
         my @rules = $inner->{kind} eq 'CASE' ? @{ $inner->{blocks} } : $inner;
-        my %variant = (cases => $inner->{kind} eq 'CASE' ? [$case] : [], parameters => {});
-        for my $rule (@rules) {
-            my $parameter = $type->parameter(\%variant, $rule->{name});
-            $self->_review_values($rule, $parameter);
-            $self->_review_numbers($rule, $parameter);
-        }
+        my %variant = (cases => \@cases, parameters => {});
+        push @found, map { [ $_, $type->parameter(\%variant, $_->{name}), $type ] } @rules;
     }
-    return;
+    return @found;
 }
 
-# A fault that comes of fields elsewhere stands at the rule as a whole.
-sub _review_values ($self, $rule, $parameter) {
+sub _case_of ($type, $inner) { return grep { $_->{label} eq $inner->{name} } @{ $type->{cases} } }
+
+# A fault is reported where its field is stated, and else once at the rule that makes
+# it one.
+sub _review_values ($self, $rule, $parameter, $type) {
     return if !$self->{source}->is_sound($rule->{path});
     for my $fault ($parameter->faults) {
         my ($field, $sentence) = @$fault;
-        $self->_fault(exists $rule->{fields}{$field} ? "$rule->{path}/$field" : $rule->{path}, $sentence);
+        if (exists $rule->{fields}{$field}) {
+            $self->_fault("$rule->{path}/$field", $sentence);
+        }
+        elsif (!$self->{told}{ $rule->{name} }{"$field $sentence"}++) {
+            $self->_fault($rule->{path}, $sentence);
+        }
     }
+    $self->_review_fields($rule, $parameter) if $type;
+    return;
+}
+
+sub _note_own_faults ($self, $rule, $parameter, $type) {
+    return if !$self->{source}->is_sound($rule->{path});
+    $self->{told}{ $rule->{name} }{"$_->[0] $_->[1]"} = 1
+        for grep { exists $rule->{fields}{ $_->[0] } } $parameter->faults;
     return;
 }
 
 # A general rule may leave the type to others; what holds in an object may not.
-sub _review_numbers ($self, $rule, $parameter) {
-    return if $parameter->{type} =~ /^(?:Real|Integer)$/ || !$self->{source}->is_sound($rule->{path});
-    $self->_fault("$rule->{path}/$_", "means something for numbers only; this is a $parameter->{type}")
-        for grep { exists $rule->{fields}{$_} } 'Units', 'Lower Bound', 'Upper Bound';
+sub _review_fields ($self, $rule, $parameter) {
+    return if $parameter->{untyped};
+    my $is = $parameter->{type} . ($parameter->{list} ? ' List' : '');
+    my @wrong = $parameter->{type} =~ /^(?:Real|Integer)$/ ? ()
+        : map { [ $_, 'numbers' ] } 'Units', 'Lower Bound', 'Upper Bound';
+    push @wrong, map { [ $_, 'lists' ] } 'Minimum Entries', 'Maximum Entries' if !$parameter->{list};
+    for my $wrong (@wrong) {
+        my ($field, $what) = @$wrong;
+        $self->_fault("$rule->{path}/$field", "means something for $what only; this is a $is")
+            if exists $rule->{fields}{$field};
+    }
     return;
 }
 
 # --- Names: what a rule of objects says of its parameters ------------------------
 
 # A base may hold rules for what only its heirs list.
-sub _review_names ($self, $block, $type, @heirs) {
-    return if grep { $_->{free} || !$self->{source}->is_sound("/RULES/$_->{kind}:$_->{type}") } $type, @heirs;
-    my %listed = map { $_ => 1 } map { $_->listed_parameters } $type, @heirs;
+sub _review_names ($self, $block, $type) {
+    my $heirs = $self->{heirs};
+    return if $self->_is_open($block) || $heirs->has_open_heir($block);
+    my %listed = map { $_ => 1 } $type->listed_parameters;
+    my $lists  = { type => $type->{type}, has => sub ($name) { $listed{$name} || $heirs->lists($block, $name) } };
+    $lists->{all} = sub { [ sort keys %{ +{ %listed, map { $_ => 1 } $heirs->names($block) } } ] };
     for my $inner (@{ $block->{blocks} }) {
-        $self->_review_case($inner, $type, \%listed) if $inner->{kind} eq 'CASE';
-        $self->_review_listed($_, $type, \%listed)
-            for $inner->{kind} eq 'CASE' ? @{ $inner->{blocks} } : $inner;
+        $self->_review_case($inner, $type, $lists) if $inner->{kind} eq 'CASE';
+        for my $rule ($inner->{kind} eq 'CASE' ? @{ $inner->{blocks} } : $inner) {
+            $self->_fault($rule->{path}, _not_listed($rule->{name}, $lists)) if !$lists->{has}->($rule->{name});
+        }
     }
     return;
 }
 
-sub _review_listed ($self, $rule, $type, $listed) {
-    $self->_fault($rule->{path}, _not_listed($rule->{name}, $type, $listed)) if !$listed->{ $rule->{name} };
-    return;
+sub _not_listed ($name, $lists) {
+    my $hints = $lists->{hints} //= VEL::Suggest->new($lists->{all}->());
+    my $near  = $hints->find($name);
+    return qq(no list of $lists->{type} names "$name") . (defined $near ? "; did you mean $near?" : '');
 }
 
-sub _not_listed ($name, $type, $listed) {
-    my $near = nearest($name, sort keys %$listed);
-    return qq(no list of $type->{type} names "$name") . (defined $near ? "; did you mean $near?" : '');
-}
-
-sub _review_case ($self, $case, $type, $listed) {
-    my $switch = $case->{fields}{'If Parameter'};
-    return $self->_fault("$case->{path}/If Parameter", _not_listed($switch, $type, $listed))
-        if !$listed->{$switch};
+sub _review_case ($self, $inner, $type, $lists) {
+    my ($case)  = _case_of($type, $inner) or return;
+    my $switch  = $case->{parameter};
+    my $fields  = $inner->{fields};
+    return defined $fields->{'If Parameter'}
+        ? $self->_fault("$inner->{path}/If Parameter", _not_listed($switch, $lists)) : ()
+        if !$lists->{has}->($switch);
     return if $type->{cased}{$switch};    # another case may change what it may be
     my $parameter = $type->parameter($type->plain_variant, $switch);
-    for my $value (split_list($case->{fields}{'Is One Of'})) {
+    for my $value (split_list($fields->{'Is One Of'})) {
         my $fault = _value_fault($parameter, $value) // next;
-        $self->_fault("$case->{path}/Is One Of", qq("$value" is no value of "$switch"$fault));
+        $self->_fault("$inner->{path}/Is One Of", qq("$value" is no value of "$switch"$fault));
     }
     return;
 }

@@ -23,7 +23,8 @@ A block is a hash:
     blocks  the blocks inside, in order
 
 What a rule author got wrong is described in C<faults> and left out of the
-blocks, so that everything else works.
+blocks, so that everything else works. A faulty C<Type> or C<Units> stays as
+C<undef>: the type or unit that another rule states does not hold in its place.
 
 =cut
 
@@ -34,7 +35,7 @@ my %FIELDS = (
     RULES  => { 'Language Version' => 'version', 'Description' => 'text' },
     OBJECT => {
         'Description' => 'text', 'Help Topic' => 'text', 'Inherits' => 'rule',
-        'Parents' => 'places', 'Free Parameters' => 'logical', 'Maximum Count' => 'count',
+        'Parents' => 'places', 'Free Parameters' => 'logical', 'Maximum Count' => 'positive',
         'Expert' => 'logical', 'Output Ordering Priority' => 'integer',
         'Required Parameters' => 'names', 'Optional Parameters' => 'names',
         'Required Objects' => 'types', 'Optional Objects' => 'types',
@@ -46,7 +47,7 @@ my %FIELDS = (
     },
     PARAMETER => {
         'Description' => 'text', 'Help Topic' => 'text', 'Type' => 'type',
-        'Allowed Values' => 'text', 'Allowed Objects' => 'types', 'Units' => 'unit',
+        'Allowed Values' => 'values', 'Allowed Objects' => 'types', 'Units' => 'unit',
         'Lower Bound' => 'quantity', 'Upper Bound' => 'quantity',
         'Bounds Exclusive' => 'logical', 'Minimum Entries' => 'count',
         'Maximum Entries' => 'count', 'Default' => 'text', 'Editable' => 'logical',
@@ -97,12 +98,13 @@ one statement a line, none wrapped.
 =cut
 
 sub new ($class, $lines) {
-    my $self = bless { faults => [] }, $class;
+    my $self = bless { faults => [], unsound => {} }, $class;
     $self->{top} = _read($lines);
     $self->{types} = {
         map { $_->{name} => 1 } grep { defined $_->{name} && $_->{kind} =~ /^(?:OBJECT|SINGLETON)$/ }
             @{ $self->{top}{blocks} }
     };
+    $self->{hints} = VEL::Suggest->new([ sort keys %{ $self->{types} } ]);
     $self->_check($self->{top});
     return $self;
 }
@@ -124,6 +126,9 @@ Notes a fault found by a later stage.
 
 sub fault ($self, $path, $sentence) {
     push @{ $self->{faults} }, [ $path, $sentence ];
+    for (my $at = $path; $at ne '' && !$self->{unsound}{$at}++;) {
+        $at = substr $at, 0, rindex $at, '/';
+    }
     return;
 }
 
@@ -133,9 +138,7 @@ Whether no fault has been found at the path or below it.
 
 =cut
 
-sub is_sound ($self, $path) {
-    return !grep { $_->[0] eq $path || index($_->[0], "$path/") == 0 } @{ $self->{faults} };
-}
+sub is_sound ($self, $path) { return !$self->{unsound}{$path} }
 
 =item C<field_names>
 
@@ -147,10 +150,6 @@ sub field_names () {
     my %names = map { $_ => 1 } map { keys %$_ } values %FIELDS;
     return sort keys %names;
 }
-
-=back
-
-=cut
 
 sub _block ($kind, $name, $path) {
     return { kind => $kind, name => $name, path => $path, fields => {}, blocks => [] };
@@ -182,14 +181,15 @@ sub _check ($self, $block) {
     my @kept;
     for my $inner (@{ $block->{blocks} }) {
         if (!$BLOCKS{ $block->{kind} }{ $inner->{kind} }) {
-            $self->fault($inner->{path}, "$inner->{kind} is no rule that may stand here");
+            my $near = nearest($inner->{kind}, sort keys %{ $BLOCKS{ $block->{kind} } });
+            $self->fault($inner->{path}, "$inner->{kind} is no rule that may stand here" . _meant($near));
         }
         elsif (!defined $inner->{name}) {
-            $self->fault($inner->{path}, "$inner->{kind} needs a name behind the colon");
+            $self->fault($inner->{path}, "$inner->{kind} needs a name after the colon");
         }
         else {
             $self->_check($inner);
-            push @kept, $inner if $self->_is_whole($inner);
+            push @kept, $inner if $self->_is_whole($inner, $block);
         }
     }
     $block->{blocks} = \@kept;
@@ -202,8 +202,7 @@ sub _check_fields ($self, $block) {
         my $form = $known->{$field};
         if (!defined $form) {
             my $near = nearest($field, sort keys %$known);
-            $self->fault("$block->{path}/$field", qq("$field" is no field of this rule)
-                . (defined $near ? "; did you mean $near?" : ''));
+            $self->fault("$block->{path}/$field", qq("$field" is no field of this rule) . _meant($near));
             delete $block->{fields}{$field};
             next;
         }
@@ -211,26 +210,50 @@ sub _check_fields ($self, $block) {
         my $fault = $self->$check(\$block->{fields}{$field});
         next if !defined $fault;
         $self->fault("$block->{path}/$field", $fault);
-        delete $block->{fields}{$field}
-            if $form !~ /^(?:types|places|names)$/ || $block->{fields}{$field} eq '';
+        next if $form =~ /^(?:types|places|names)$/ && $block->{fields}{$field} =~ /\S/;
+        if ($form =~ /^(?:type|unit)$/) { $block->{fields}{$field} = undef }
+        else                            { delete $block->{fields}{$field} }
     }
     return;
 }
 
-# A block that lacks what it cannot work without is left out.
-sub _is_whole ($self, $block) {
-    my $fields = $block->{fields};
-    my @needed = $block->{kind} eq 'CASE' ? ('If Parameter', 'Is One Of')
-        : $block->{kind} eq 'STEP' ? ('Action', @{ $ACTIONS{ $fields->{Action} // '' } // [] })
-        : ();
-    my @missing = grep { !defined $fields->{$_} } @needed;
+sub _meant ($near) { return defined $near ? "; did you mean $near?" : '' }
+
+=item C<lacks($block, @fields)>
+
+Notes a fault if the block does not state all of these fields, and it is not known
+already why. True if one is not there.
+
+=cut
+
+sub lacks ($self, $block, @needed) {
+    my @missing = grep { !defined $block->{fields}{$_} } @needed;
     my @untold  = grep { $self->is_sound("$block->{path}/$_") } @missing;
     $self->fault($block->{path}, 'states no "' . join('" and no "', @untold) . '"') if @untold;
+    return scalar @missing;
+}
+
+=item C<@CONDITION>
+
+The fields that a case needs.
+
+=cut
+
+our @CONDITION = ('If Parameter', 'Is One Of');
+
+# A block that lacks what it cannot work without is left out. A case may inherit
+# its condition, so that of an heir is looked at later.
+sub _is_whole ($self, $block, $outer) {
+    my $fields = $block->{fields};
+    my @needed = $block->{kind} eq 'CASE' ? (defined $outer->{fields}{'Inherits'} ? () : @CONDITION)
+        : $block->{kind} eq 'STEP' ? ('Action', @{ $ACTIONS{ $fields->{Action} // '' } // [] })
+        : ();
+    my $lacks = $self->lacks($block, @needed);
     if ($block->{kind} eq 'UPGRADE' && $block->{name} !~ /^Version\s+[0-9]+(?:\.[0-9]+)*$/) {
         $self->fault($block->{path}, 'must be named "Version" and a number, such as Version 5.7');
         return 0;
     }
-    return !@missing;
+    return !$lacks;
 }
 
 # Each of these takes a reference to the text of a field and gives a sentence
@@ -244,6 +267,7 @@ my $NAME = qr/^[A-Za-z_%][A-Za-z0-9 .\[\]_{|}]*\z/;
 sub _field_name ($self, $text) { return $$text =~ $NAME ? undef : qq("$$text" is no name) }
 
 sub _field_names ($self, $text) {
+    return 'names nothing' if $$text !~ /\S/;
     my @wrong = grep { $_ !~ $NAME } split_list($$text);
     $$text = join ', ', grep { $_ =~ $NAME } split_list($$text);
     return @wrong ? join(', ', map { qq("$_") } @wrong) . (@wrong > 1 ? ' are no names' : ' is no name') : undef;
@@ -259,6 +283,10 @@ sub _field_integer ($self, $text) {
     return is_integer($$text) ? undef : qq("$$text" is not a whole number);
 }
 
+sub _field_positive ($self, $text) {
+    return $self->_field_count($text) // ($$text > 0 ? undef : "$$text would allow none");
+}
+
 sub _field_count ($self, $text) {
     return is_integer($$text) && $$text >= 0 ? undef : qq("$$text" is not a count);
 }
@@ -268,13 +296,16 @@ sub _field_version ($self, $text) {
 }
 
 sub _field_type ($self, $text) {
-    return $TYPE{$$text} ? undef
-        : qq("$$text" is no type; the types are ) . join(', ', @TYPES);
+    return $TYPE{$$text} ? undef : qq("$$text" is no type) . _one_of($$text, 'types', @TYPES);
 }
 
 sub _field_action ($self, $text) {
-    return $ACTIONS{$$text} ? undef
-        : qq("$$text" is no action; the actions are ) . join(', ', sort keys %ACTIONS);
+    return $ACTIONS{$$text} ? undef : qq("$$text" is no action) . _one_of($$text, 'actions', sort keys %ACTIONS);
+}
+
+sub _one_of ($text, $what, @known) {
+    my $near = nearest($text, @known);
+    return defined $near ? _meant($near) : "; the $what are " . join ', ', @known;
 }
 
 sub _field_rule ($self, $text) {
@@ -298,14 +329,28 @@ sub _field_types ($self, $text) { return $self->_known_types($text, {}) }
 sub _field_places ($self, $text) { return $self->_known_types($text, { '/' => 1 }) }
 
 sub _known_types ($self, $text, $also) {
+    return 'names nothing' if $$text !~ /\S/;
     my (@known, @unknown);
     for my $type (split_list($$text)) {
         push @{ $self->{types}{$type} || $also->{$type} || _is_built_in($type) ? \@known : \@unknown },
             $type;
     }
     $$text = join ', ', @known;
-    return @unknown ? join(', ', map { qq("$_") } @unknown) . ': no rule describes this type' : undef;
+    return undef if !@unknown;
+    my @near = grep { defined } map { $self->near_type($_) } @unknown;
+    return join(', ', map { qq("$_") } @unknown) . ': no rule describes this type'
+        . _meant(@near ? join ', ', @near : undef);
 }
+
+=item C<near_type($word)>
+
+The type that a mistyped one stands for, or C<undef>.
+
+=back
+
+=cut
+
+sub near_type ($self, $word) { return $self->{hints}->find($word) }
 
 sub _is_built_in ($type) { return $type =~ /^(?:LANGUAGE|LIBRARY|EXPRESSIONS)$/ }
 

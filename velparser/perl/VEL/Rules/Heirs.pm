@@ -1,0 +1,119 @@
+package VEL::Rules::Heirs;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use VEL::Value qw(split_list);
+
+=head1 NAME
+
+VEL::Rules::Heirs - what the heirs of a rule list, in long lines of heirs too
+
+=head1 DESCRIPTION
+
+The rules are numbered so that the heirs of each, direct or not, follow it: they
+have the numbers from its own up to an end. For each name the numbers of the rules
+that list it are kept in order, so that a question about all heirs of a rule is a
+search in that order, however many heirs there are.
+
+=head1 METHODS
+
+=over
+
+=item C<< VEL::Rules::Heirs->new($blocks, $is_open) >>
+
+For the blocks of the rules of objects (see L<VEL::Rules::Source>). C<$is_open>
+tells of a block whether what it lists is not known in full.
+
+=cut
+
+sub new ($class, $blocks, $is_open) {
+    my $self = bless { first => {}, end => {}, listing => {}, open => [], order => [] }, $class;
+    my %heirs;
+    for my $block (@$blocks) {
+        my $base = $block->{fields}{'Inherits'};
+        push @{ $heirs{ defined $base ? "/RULES/" . $base =~ s/\s*:\s*/:/r : '' } }, $block;
+    }
+    $self->_number(\%heirs, $is_open);
+    return $self;
+}
+
+# Without recursion: as deep as rules inherit each other. A block comes off the
+# stack twice, before its heirs and after them.
+sub _number ($self, $heirs, $is_open) {
+    my @stack = reverse @{ $heirs->{''} // [] };
+    while (my $next = pop @stack) {
+        if (!ref $next) {
+            $self->{end}{$next} = @{ $self->{order} };
+            next;
+        }
+        my $path   = $next->{path};
+        my $number = @{ $self->{order} };
+        $self->{first}{$path} = $number;
+        push @{ $self->{order} }, [ _stated_names($next) ];
+        push @{ $self->{listing}{$_} }, $number for @{ $self->{order}[-1] };
+        push @{ $self->{open} }, $number if $is_open->($next);
+        push @stack, $path, reverse @{ $heirs->{$path} // [] };
+    }
+    return;
+}
+
+# The parameters that the lists of a rule and its cases name.
+sub _stated_names ($block) {
+    my %names;
+    for my $part ($block, grep { $_->{kind} eq 'CASE' } @{ $block->{blocks} }) {
+        $names{$_} = 1
+            for map { split_list($part->{fields}{$_}) } 'Required Parameters', 'Optional Parameters';
+    }
+    return sort keys %names;
+}
+
+=item C<has_heirs($block)>, C<has_open_heir($block)>
+
+Whether any rule inherits this one; whether one of these is open.
+
+=item C<lists($block, $name)>
+
+Whether the rule or one of its heirs lists the parameter itself.
+
+=item C<names($block)>
+
+All names that these list, some of them repeated.
+
+=back
+
+=cut
+
+sub has_heirs ($self, $block) {
+    my ($first, $end) = $self->_range($block);
+    return $end - $first > 1;
+}
+
+sub has_open_heir ($self, $block) { return $self->_has_any($self->{open}, $block) }
+
+sub lists ($self, $block, $name) { return $self->_has_any($self->{listing}{$name} // [], $block) }
+
+sub names ($self, $block) {
+    my ($first, $end) = $self->_range($block);
+    return map { @$_ } @{ $self->{order} }[ $first .. $end - 1 ];
+}
+
+sub _range ($self, $block) {
+    my $first = $self->{first}{ $block->{path} } // return (0, 0);
+    return ($first, $self->{end}{ $block->{path} });
+}
+
+# Whether one of the numbers, which ascend, is that of the rule or an heir.
+sub _has_any ($self, $numbers, $block) {
+    my ($first, $end) = $self->_range($block);
+    my ($low, $high) = (0, scalar @$numbers);
+    while ($low < $high) {
+        my $middle = int(($low + $high) / 2);
+        if   ($numbers->[$middle] < $first) { $low  = $middle + 1 }
+        else                                { $high = $middle }
+    }
+    return $low < @$numbers && $numbers->[$low] < $end ? 1 : 0;
+}
+
+1;

@@ -1,0 +1,82 @@
+package VEL::Rules::Places;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use VEL::Value qw(split_list);
+
+=head1 NAME
+
+VEL::Rules::Places - whether each type may stand somewhere, and where it must
+
+=head1 DESCRIPTION
+
+A place must be allowed from both sides: a list of the parent names the type, and
+the C<Parents> of the type name the parent.
+
+=head1 METHODS
+
+=over
+
+=item C<< VEL::Rules::Places->new($rules, $source, $heirs) >>
+
+For compiled L<VEL::Rules>, their L<VEL::Rules::Source>, and the
+L<VEL::Rules::Heirs> of its blocks.
+
+=cut
+
+sub new ($class, $rules, $source, $heirs) {
+    my $self = bless { heirs => $heirs, listed => {}, parents => {}, anywhere => {}, faulty => {} }, $class;
+    for my $type ($rules->types) {
+        my $word = $type->{type};
+        # Of an object and a singleton of the same type each place counts.
+        $self->{parents}{$word}{$_} = 1 for keys %{ $type->{parents} // {} };
+        $self->{faulty}{$word}   = 1 if !$source->is_sound("/RULES/$type->{kind}:$word");
+        $self->{anywhere}{$word} = 1 if !$type->{parents};
+        for my $part ($type, @{ $type->{cases} }) {
+            $self->{listed}{$_}{$word} = 1 for map { @{ $part->{$_} } } qw(required_objects optional_objects);
+        }
+    }
+    return $self;
+}
+
+=item C<faults($block, $type)>
+
+What is wrong with the places of a type: a list of C<[path, sentence]>.
+
+=back
+
+=cut
+
+sub faults ($self, $block, $type) {
+    return ($self->_nowhere($block, $type), map { $self->_contradictions($block, $type, $_) } $type,
+        @{ $type->{cases} });
+}
+
+# A base that is there for its heirs alone need not be listed.
+sub _nowhere ($self, $block, $type) {
+    my $parents = $type->{parents} // return;
+    return if $parents->{'/'} || $self->{heirs}->has_heirs($block);
+    my $listed = $self->{listed}{ $type->{type} } // {};
+    return if grep { $listed->{$_} || $self->{faulty}{$_} } keys %$parents;
+    my $path = exists $block->{fields}{'Parents'} ? "$block->{path}/Parents" : $block->{path};
+    return [ $path, 'no list of ' . join(' or ', sort keys %$parents) . " names $type->{type}" ];
+}
+
+# What a rule or a case of it requires, and may not be there.
+sub _contradictions ($self, $block, $type, $part) {
+    my ($stated) = $part == $type ? $block : grep { $_->{kind} eq 'CASE' && $_->{name} eq $part->{label} } @{ $block->{blocks} };
+    $stated //= $block;
+    my $path = exists $stated->{fields}{'Required Objects'} ? "$stated->{path}/Required Objects" : $stated->{path};
+    my @faults;
+    for my $word (@{ $part->{required_objects} }) {
+        my $parents = $self->{parents}{$word} // {};
+        next if $parents->{ $type->{type} } || $self->{anywhere}{$word} || $self->{faulty}{$word};
+        push @faults, [ $path, "$word may not stand in $type->{type}; it belongs "
+            . join ' or ', map { $_ eq '/' ? 'at the top level' : "in $_" } sort keys %$parents ];
+    }
+    return @faults;
+}
+
+1;

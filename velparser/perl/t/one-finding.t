@@ -1,0 +1,121 @@
+# One mistake gives one finding.
+use strict;
+use warnings;
+use feature 'signatures';
+
+use FindBin;
+use Test::More;
+use lib "$FindBin::Bin/lib";
+
+use VELTest;
+
+my $rules = <<'TEXT';
+RULES:
+  OBJECT: EDGE
+    Required Parameters = Kind
+    Optional Parameters = Active
+    PARAMETER: Kind
+      Allowed Values = Inlet, Outlet, Wall
+    END
+    PARAMETER: Active
+      Type = Logical
+    END
+    CASE: Open
+      If Parameter = Kind
+      Is One Of = Inlet, Outlet
+      Required Parameters = Rate Kind
+      Optional Objects = PROFILE
+    END
+    CASE: Closed
+      If Parameter = Kind
+      Is One Of = Wall
+      Optional Parameters = Slip
+    END
+    CASE: Mass
+      If Parameter = Rate Kind
+      Is One Of = Mass
+      Required Parameters = Mass Rate
+    END
+    CASE: On
+      If Parameter = Active
+      Is One Of = Yes
+      Optional Parameters = Power
+    END
+  END
+  SINGLETON: PROFILE
+    Parents = EDGE
+  END
+END
+TEXT
+
+# What is found in an edge with these lines, its path left out.
+sub in_edge ($text) {
+    return findings(database($rules, "EDGE: e\n$text\nEND")) =~ s{^/EDGE:e(?:/|(?=:))}{}gmr;
+}
+
+my $dependent = "Rate Kind = Mass\nMass Rate = 1\nPROFILE:\nEND";
+is in_edge("Kind = Inlet\n$dependent"), '', 'all is right';
+is in_edge("Kind = Inlett\n$dependent"), <<'TEXT', 'a value that is wrong: not what depends on it';
+Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
+TEXT
+is in_edge($dependent), <<'TEXT', 'a parameter that is missing: the same';
+: required parameter "Kind" is missing [missing-parameter]
+TEXT
+is in_edge("Kind = Inlet\nMass Rate = 1"), <<'TEXT', 'one that a case requires';
+: required parameter "Rate Kind" is missing [missing-parameter]
+TEXT
+is in_edge("Kind = Inlett\nMass Rate = 1"), <<'TEXT', 'and one that depends on it in turn';
+Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
+TEXT
+is in_edge("Kind = Wall\nActive = perhaps\nPower = 1"), <<'TEXT', 'a logical that is none';
+Active: "perhaps" is neither Yes nor No [wrong-type]
+TEXT
+is in_edge("Kind = Wall\nPower = 1\nPROFILE:\nEND"), <<'TEXT', 'but a right value is no excuse, nor one that need not be there';
+Power: EDGE does not use "Power" here; it needs Active = Yes [unknown-parameter]
+PROFILE: PROFILE is not allowed in this EDGE; it needs Kind = Inlet, Outlet [not-allowed]
+TEXT
+is in_edge("Kind = Inlett\nSlipp = 1"), <<'TEXT', 'a name that no case knows is a mistake of its own';
+Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
+Slipp: EDGE has no parameter "Slipp" [unknown-parameter]
+TEXT
+
+subtest 'when the value is fixed the rest is looked at again' => sub {
+    my $database  = database($rules, "EDGE: e\nKind = Inlett\n$dependent\nEND");
+    my $validator = VEL::Validate->new($database);
+    is scalar(split /\n/, findings_left($validator, $database)), 1, 'one finding';
+    $database->setStringValue('/EDGE:e/Kind', 'Wall');
+    like findings_left($validator, $database), qr/"Rate Kind"/, 'the object is looked at';
+    is findings_left($validator, $database), <<'TEXT', 'all of what another value would need';
+/EDGE:e/Rate Kind: EDGE does not use "Rate Kind" here; it needs Kind = Inlet, Outlet [unknown-parameter]
+/EDGE:e/PROFILE: PROFILE is not allowed in this EDGE; it needs Kind = Inlet, Outlet [not-allowed]
+TEXT
+    like $validator->validateParam('/EDGE:e/Rate Kind'), qr/unknown-parameter/, 'of a single parameter too';
+    $database->setStringValue('/EDGE:e/Kind', 'Inlett');
+    is $validator->validateParam('/EDGE:e/Rate Kind'), undef, 'or nothing';
+};
+
+subtest 'a name of an object' => sub {
+    my $api = with_libraries();
+    $api->parseVELData([ 'FLOW:', 'DOMAIN: d', 'Kind = Fluid', 'Substance = water', 'END', 'END' ], 0);
+    is findings($api->{database}), '/FLOW/DOMAIN:d/Substance: there is no SUBSTANCE or MIXTURE named "water"; '
+        . "allowed are Water, Air, Steel, Copper, Aluminium; did you mean Water? [no-such-object]\n",
+        'the allowed names are listed and one is suggested';
+};
+
+subtest 'allowed values and allowed objects' => sub {
+    my $both = "RULES:\nOBJECT: PUMP\nFree Parameters = Yes\nPARAMETER: From\nAllowed Values = None, All\n"
+        . "Allowed Objects = TANK\nEND\nEND\nOBJECT: TANK\nEND\nEND";
+    my $said = sub ($from, $tanks) {
+        return findings(database($both, "PUMP: p\nFrom = $from\nEND\n$tanks")) =~ s{^/PUMP:p/From: | \[.*\n}{}gr;
+    };
+    is $said->('uper', "TANK: upper\nEND"),
+        'there is no TANK named "uper"; allowed are None, All, upper; did you mean upper?', 'the finding names both';
+    is $said->('none', "TANK: upper\nEND"),
+        'there is no TANK named "none"; allowed are None, All, upper; did you mean None?', 'and suggests either';
+    is $said->('elsewhere', ''), 'there is no TANK named "elsewhere"; allowed are None, All', 'without an object';
+    my $many = join "\n", map { "TANK: t$_\nEND" } 1 .. 500;
+    is $said->('elsewhere', $many), 'there is no TANK named "elsewhere"; allowed are None, All, '
+        . join(', ', map { "t$_" } 1 .. 10) . ', ...', 'no more than twelve are listed, the values first';
+};
+
+done_testing;

@@ -1,0 +1,241 @@
+# What is wrong with rules: each mistake is reported once, with what was meant, and
+# the field is then not used.
+use strict;
+use warnings;
+use feature 'signatures';
+
+use FindBin;
+use Test::More;
+use lib "$FindBin::Bin/lib";
+
+use VEL::Rules;
+use VELTest;
+
+sub rules ($text) {
+    my $database = database("RULES:\n$text\nEND");
+    $database->getObjectVEL('/RULES', \my @lines, 1);
+    return VEL::Rules->new(\@lines);
+}
+
+sub faults ($text) { return join '', map { "$_\n" =~ s{^/RULES/| \[bad-rule\]}{}gr } rules($text)->faults }
+
+subtest 'places' => sub {
+    my $flow = "SINGLETON: FLOW\nParents = /\nOptional Objects = WALL\nEND\nOBJECT: WALL\nParents = FLOW\nEND\n";
+    is faults($flow), '', 'listed and at home';
+    is faults("${flow}OBJECT: FAN\nParents = FLOW, WALL\nEND"), "OBJECT:FAN/Parents: no list of FLOW or WALL names FAN\n",
+        'a type that no list of its parents names';
+    is faults("${flow}OBJECT: FAN\nEND\nOBJECT: TOP\nParents = /, FLOW\nEND"), '', 'one that may stand anywhere';
+    is faults("${flow}OBJECT: BASE\nParents = FLOW\nEND\nOBJECT: FAN\nInherits = OBJECT:BASE\nParents = /\nEND"), '',
+        'a rule that is there for its heirs';
+    is faults("${flow}OBJECT: FAN\nParents = WALL\nEND\nOBJECT: HOUSE\nRequired Objects = FAN\nEND"), <<'TEXT', 'a type that requires what may not be in it';
+OBJECT:FAN/Parents: no list of WALL names FAN
+OBJECT:HOUSE/Required Objects: FAN may not stand in HOUSE; it belongs in WALL
+TEXT
+    is faults(<<'END'), <<'TEXT', 'a case that does';
+      OBJECT: HOUSE
+        Parents = /
+        Required Parameters = Kind
+        CASE: Warm
+          If Parameter = Kind
+          Is One Of = Warm
+          Required Objects = STOVE
+        END
+      END
+      OBJECT: STOVE
+        Parents = /
+      END
+END
+OBJECT:HOUSE/CASE:Warm/Required Objects: STOVE may not stand in HOUSE; it belongs at the top level
+TEXT
+};
+
+subtest 'a name that is required and optional' => sub {
+    is faults("OBJECT: FAN\nRequired Parameters = A, B\nOptional Parameters = B, C\nEND"),
+        "OBJECT:FAN/Optional Parameters: \"B\" is required already\n", 'a parameter';
+    is faults("OBJECT: HUB\nEND\nOBJECT: FAN\nRequired Objects = HUB\nOptional Objects = HUB\nEND"),
+        "OBJECT:FAN/Optional Objects: \"HUB\" is required already\n", 'a type';
+    is faults(<<'END'), "OBJECT:FAN/CASE:Big/Optional Parameters: \"D\" is required already\n", 'in a case; which may require what is optional else';
+      OBJECT: FAN
+        Required Parameters = Kind
+        Optional Parameters = C
+        CASE: Big
+          If Parameter = Kind
+          Is One Of = Big
+          Required Parameters = C, D
+          Optional Parameters = D
+        END
+      END
+END
+};
+
+subtest 'fields for lists only' => sub {
+    my $fan = sub ($fields) { return "OBJECT: FAN\nFree Parameters = Yes\nPARAMETER: P\n$fields\nEND\nEND" };
+    is faults($fan->("Type = Real\nMinimum Entries = 2\nMaximum Entries = 3")), <<'TEXT', 'on a single value';
+OBJECT:FAN/PARAMETER:P/Minimum Entries: means something for lists only; this is a Real
+OBJECT:FAN/PARAMETER:P/Maximum Entries: means something for lists only; this is a Real
+TEXT
+    is faults($fan->("Type = Real List\nMinimum Entries = 2")), '', 'on a list';
+    is faults($fan->("Type = real list\nMinimum Entries = 2\nUnits = m")),
+        "OBJECT:FAN/PARAMETER:P/Type: \"real list\" is no type; did you mean Real List?\n", 'where the type is at fault';
+    is faults("PARAMETER: P\nMinimum Entries = 2\nEND"), '', 'a general rule leaves the type to others';
+};
+
+subtest 'letters of the wrong case' => sub {
+    is faults(<<'END'), <<'TEXT', 'are what was meant';
+      OBJECT: HOP ADDITION
+        optional parameters = Weight
+      END
+      OBJECT: BREW
+        Required Objects = Hop Addition, Malt
+        Inherits = OBJECT:Hop Addition
+        parameter: Active
+        END
+        PARAMETER: Active
+          Type = logical
+        END
+      END
+      UPGRADE: Version 1.0
+        STEP: one
+          Action = rename parameter
+          Object Type = BREW
+        END
+      END
+END
+OBJECT:HOP ADDITION/optional parameters: "optional parameters" is no field of this rule; did you mean Optional Parameters?
+OBJECT:BREW/Required Objects: "Hop Addition", "Malt": no rule describes this type; did you mean HOP ADDITION?
+OBJECT:BREW/parameter:Active: parameter is no rule that may stand here; did you mean PARAMETER?
+OBJECT:BREW/PARAMETER:Active/Type: "logical" is no type; did you mean Logical?
+UPGRADE:Version 1.0/STEP:one/Action: "rename parameter" is no action; did you mean Rename Parameter?
+OBJECT:BREW/Inherits: there is no rule OBJECT:Hop Addition; did you mean HOP ADDITION?
+TEXT
+};
+
+subtest 'a faulty field is reported once and then not used' => sub {
+    my $text = <<'END';
+      PARAMETER: Speed
+        Type = Real
+        Units = metres per second
+        Lower Bound = 0 [m s^-1]
+      END
+      OBJECT: FAN
+        Required Parameters = Speed, Width, Mode
+        PARAMETER: Speed
+          Upper Bound = 9 [m s^-1]
+        END
+        PARAMETER: Width
+          Type = Real
+          Units = m
+          Lower Bound = 5 [m]
+          Upper Bound = 1 [m]
+        END
+        PARAMETER: Mode
+          Type = Nmber
+          Units = m
+        END
+      END
+      OBJECT: BIG FAN
+        Inherits = OBJECT:FAN
+        PARAMETER: Width
+          Description = the same
+        END
+      END
+END
+    is faults($text), <<'TEXT', 'once, whoever inherits it';
+PARAMETER:Speed/Units: "metres per second" is no unit
+OBJECT:FAN/PARAMETER:Mode/Type: "Nmber" is no type; the types are String, String List, Integer, Integer List, Real, Real List, Logical, Logical List
+OBJECT:FAN/PARAMETER:Width/Upper Bound: 1 [m] leaves nothing above the lower bound 5 [m]
+TEXT
+    my $data = sub ($speed) { return "BIG FAN: f\nSpeed = $speed\nWidth = 9 [m]\nMode = any\nEND" };
+    is findings(database("RULES:\n$text\nEND", $data->($_)), 1), '', "no unit and no bound is checked: $_"
+        for '1', '-1 [m s^-1]', '99 [m s^-1]', '3 [furlong]';
+    like findings(database("RULES:\n$text\nEND", $data->('fast')), 1), qr/"fast" is not a number/, 'the type is';
+};
+
+subtest "a case's condition is inherited like its lists" => sub {
+    my $text = <<'END';
+      OBJECT: FAN
+        Required Parameters = Kind
+        CASE: Big
+          If Parameter = Kind
+          Is One Of = Big
+          Required Parameters = Hub
+        END
+      END
+      OBJECT: HEIR
+        Inherits = OBJECT:FAN
+        CASE: Big
+          Required Parameters = Rim
+        END
+      END
+      OBJECT: OTHER
+        Inherits = OBJECT:HEIR
+        CASE: Big
+          Is One Of = Huge
+        END
+      END
+END
+    is faults($text), '', 'a case of an heir needs none of its own';
+    my $required = sub ($type, $kind) {
+        my $variant = rules($text)->type('OBJECT', $type)->variant(sub ($name) { return $kind });
+        return join ' ', @{ $variant->{required} };
+    };
+    is $required->('HEIR',  'Big'),  'Kind Rim', 'the condition is that of the base';
+    is $required->('HEIR',  'Huge'), 'Kind',     'and no other';
+    is $required->('OTHER', 'Huge'), 'Kind Rim', 'a part of it may be stated again';
+    is $required->('OTHER', 'Big'),  'Kind',     'which replaces that part';
+    is faults("OBJECT: FAN\nEND\nOBJECT: HEIR\nInherits = OBJECT:FAN\nCASE: Odd\nRequired Parameters = X\nEND\nEND"),
+        "OBJECT:HEIR/CASE:Odd: states no \"If Parameter\" and no \"Is One Of\"\n", 'one that inherits none is at fault';
+};
+
+subtest 'the order of output is not inherited' => sub {
+    my $database = database(<<'TEXT', "A: a\nEND\nHEIR: h\nEND\nZ: z\nEND\n");
+RULES:
+  OBJECT: Z
+    Output Ordering Priority = 5
+  END
+  OBJECT: HEIR
+    Inherits = OBJECT:Z
+  END
+END
+TEXT
+    is formatted($database), "Z: z\nEND\nA: a\nEND\nHEIR: h\nEND\n", 'an heir states its own or has none';
+};
+
+subtest 'dimensionless units' => sub {
+    my $text = <<'TEXT';
+RULES:
+  OBJECT: MIX
+    Free Parameters = Yes
+    PARAMETER: Share
+      Type = Real
+      Units = %
+      Lower Bound = 0
+      Upper Bound = 100 [%]
+    END
+    PARAMETER: Fraction
+      Type = Real
+      Units = kg kg^-1
+      Upper Bound = 1
+    END
+    PARAMETER: Ratio
+      Type = Real
+      Units = 1
+    END
+    PARAMETER: Angle
+      Type = Real
+      Units = degree
+    END
+  END
+END
+TEXT
+    is faults($text =~ s/^RULES:|END\n\z//gr), '', 'a bound may be bare too';
+    my $said = sub ($line) { return findings(database($text, "MIX: m\n$line\nEND"), 1) =~ s{^/MIX:m/}{}r };
+    is $said->($_), '', "$_ is right"
+        for map { ("$_ = 0.5", "$_ = 0.5 [%]", "$_ = 0.5 [1]", "$_ = 0.5 [kg kg^-1]", "$_ = 0.5 [m/m]") } qw(Share Fraction Ratio);
+    like $said->("$_ = 0.5 [rad]"), qr/another quantity/, "an angle is no $_" for qw(Share Fraction Ratio);
+    like $said->('Angle = 5'), qr/missing-unit/, 'nor is a number an angle';
+    like $said->('Share = 101'), qr/above-bound/, 'a bare number counts in the unit of the rule';
+    like $said->('Fraction = 101 [%]'), qr/above-bound/, 'one with a unit is converted';
+};
+
+done_testing;
