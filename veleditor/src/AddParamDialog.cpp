@@ -68,8 +68,8 @@ std::string withoutUnderscores(std::string name)
 } // namespace
 
 AddParamDialog::AddParamDialog(QWidget *parent, const QString &caption,
-                               const std::string &objectPath)
-    : QDialog(parent), objectPath_(objectPath)
+                               const std::string &objectPath, TextEncoding encoding)
+    : QDialog(parent), objectPath_(objectPath), encoding_(encoding)
 {
     setUpDialog(*this, QStringLiteral("AddParam"), caption);
     makeSmallDialog(*this);
@@ -147,7 +147,7 @@ void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
 void AddParamDialog::addValueAndButtons(QVBoxLayout &layout)
 {
     layout.addWidget(makeLabel(tr("Value:"), this));
-    valueEntry_ = new ValueEntry(tr("Value of the new parameter"), this);
+    valueEntry_ = new ValueEntry(tr("Value of the new parameter"), encoding_, this);
     layout.addWidget(valueEntry_);
     offerValue();
     connect(addOkAndCancel(layout, *this), &QPushButton::clicked, this, &AddParamDialog::checkOK);
@@ -177,7 +177,7 @@ void AddParamDialog::offerValue()
 
 std::string AddParamDialog::value() const
 {
-    return valueEntry_ != nullptr ? valueEntry_->value() : std::string();
+    return valueEntry_ != nullptr ? valueEntry_->value().bytes : std::string();
 }
 
 void AddParamDialog::checkOK()
@@ -213,7 +213,8 @@ bool AddParamDialog::checkNameStart()
 
 bool AddParamDialog::checkValueGiven()
 {
-    if (!value().empty())
+    const EncodedText given = valueEntry_->value();
+    if (!given.bytes.empty() || !given.refusal.isEmpty())
         return true;
     refuse(*valueEntry_, tr("Missing Parameter Value"),
            tr("You must enter a parameter value before continuing."));
@@ -234,7 +235,8 @@ bool AddParamDialog::checkNameCharacters()
 
 bool AddParamDialog::checkValueFits()
 {
-    const QString reason = whyFileCannotHold(value());
+    const EncodedText given = valueEntry_->value();
+    const QString reason = given.refusal.isEmpty() ? whyFileCannotHold(given.bytes) : given.refusal;
     if (reason.isEmpty())
         return true;
     refuse(*valueEntry_, windowTitle(), reason);

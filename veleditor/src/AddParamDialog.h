@@ -6,6 +6,7 @@
 // list where the rules name the allowed values.
 #pragma once
 
+#include "veleditor/src/TextEncoding.h"
 #include "velparser/api/velparser.h"
 
 #include <QDialog>
@@ -26,8 +27,10 @@ class AddParamDialog : public QDialog
 
 public:
     /// Asks the rules what may be added to the object at `objectPath`; a
-    /// failure is shown in a box and counts as nothing.
-    AddParamDialog(QWidget *parent, const QString &caption, const std::string &objectPath);
+    /// failure is shown in a box and counts as nothing. `encoding` is that of the
+    /// file.
+    AddParamDialog(QWidget *parent, const QString &caption, const std::string &objectPath,
+                   TextEncoding encoding);
 
     /// What was chosen, in bytes; complete once the dialog was accepted. The
     /// value is on one line, without white space at its ends.
@@ -39,7 +42,7 @@ public:
     [[nodiscard]] std::string storedName() const;
 
 public slots:
-    /// Accepts when name and value are such as a command file can hold; else
+    /// Accepts when name and value are such as this command file can hold; else
     /// says why not, goes to the field that is wrong and stays open. Underscores
     /// in the name become blanks.
     void checkOK();
@@ -59,9 +62,10 @@ private:
     void refuse(QWidget &field, const QString &title, const QString &reason);
 
     std::string objectPath_;
+    TextEncoding encoding_;
     std::string paramName_;
-    QLineEdit *nameEntry_ = nullptr;  ///< where any name is allowed, else null
-    QWidget *nameField_ = nullptr;    ///< that entry or the list of names
+    QLineEdit *nameEntry_ = nullptr;   ///< where any name is allowed, else null
+    QWidget *nameField_ = nullptr;     ///< that entry or the list of names
     ValueEntry *valueEntry_ = nullptr; ///< null where nothing can be added
 };
 

@@ -25,7 +25,8 @@ constexpr int fewestPixels = 320;
 
 } // namespace
 
-EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const VELTreeItem &item)
+EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const VELTreeItem &item,
+                                 TextEncoding fileEncoding)
     : QDialog(parent)
 {
     setUpDialog(*this, QStringLiteral("EditParam"), caption);
@@ -35,6 +36,7 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
     const std::string path = item.path();
     former_ = storedValue(path).value_or("");
     value_ = former_;
+    encoding_ = encodingInPlaceOf(former_, fileEncoding);
 
     if (const char *error = velparser::getAllowedParamStrings(path.c_str(), &allowed_))
         warn(parent, tr("Error"), fromBytes(error));
@@ -90,13 +92,14 @@ bool EditParamDialog::takeText()
         value_ = former_;
         return true;
     }
-    std::string typed = toBytesInPlaceOf(typedValue(text), former_);
-    if (const QString reason = whyFileCannotHold(typed); !reason.isEmpty()) {
+    EncodedText typed = encode(typedValue(text), encoding_);
+    const QString reason = typed.refusal.isEmpty() ? whyFileCannotHold(typed.bytes) : typed.refusal;
+    if (!reason.isEmpty()) {
         warn(this, windowTitle(), reason);
         textField_->setFocus();
         return false;
     }
-    value_ = std::move(typed);
+    value_ = std::move(typed.bytes);
     return true;
 }
 

@@ -4,6 +4,7 @@
 // The dialog may run more than once: it then comes back as the user left it.
 #pragma once
 
+#include "veleditor/src/TextEncoding.h"
 #include "velparser/api/velparser.h"
 
 #include <QDialog>
@@ -25,7 +26,10 @@ class EditParamDialog : public QDialog
 public:
     /// Asks the rules for the allowed values; a failure is shown in a box and
     /// leaves the text field.
-    EditParamDialog(QWidget *parent, const QString &caption, const VELTreeItem &item);
+    /// What is typed is stored in the encoding of the value, as far as it shows
+    /// one, else in that of the file.
+    EditParamDialog(QWidget *parent, const QString &caption, const VELTreeItem &item,
+                    TextEncoding fileEncoding);
 
     /// The value chosen so far, at first the current one; in bytes, on one line.
     [[nodiscard]] const std::string &value() const { return value_; }
@@ -45,6 +49,7 @@ private:
 
     [[nodiscard]] bool takeText();
 
+    TextEncoding encoding_;
     std::string former_; ///< the value of the parameter when the dialog was made
     std::string value_;
     velStringList allowed_;

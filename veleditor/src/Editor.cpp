@@ -71,6 +71,7 @@ Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool saf
     showWelcome();
     loadCommandData(safeMode);
     tree_ = new VELTree(this, QStringLiteral("Tree"));
+    tree_->setEncoding(encodingOfFile(fileName_));
     switchChecksOn();
     addMenus();
     setMinimumSize(300, 200);

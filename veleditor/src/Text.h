@@ -21,9 +21,8 @@ namespace velEditor {
 /// UTF-8.
 [[nodiscard]] std::string toBytes(const QString &text);
 
-/// The bytes of `text`, which takes the place of `old`: Latin-1 where the old
-/// bytes could only be that and the new text has no other characters, else
-/// UTF-8. A file thus stays in the encoding that it has.
+/// The bytes of a text that was made from `old`: Latin-1 where the old bytes
+/// could only be that and the text has no other characters, else UTF-8.
 [[nodiscard]] std::string toBytesInPlaceOf(const QString &text, std::string_view old);
 
 /// The text of a document with its lines ended by line feeds. Unlike the

@@ -8,6 +8,7 @@
 // parent widget.
 #pragma once
 
+#include "veleditor/src/TextEncoding.h"
 #include "veleditor/src/VELTreeItem.h"
 
 #include <QPoint>
@@ -30,6 +31,9 @@ public:
     /// Builds the tree at once; throws as `buildTree` does.
     VELTree(QWidget *parent, const QString &name);
     ~VELTree() override;
+
+    /// In which encoding typed values are stored: that of the file, UTF-8 at first.
+    void setEncoding(TextEncoding encoding) { encoding_ = encoding; }
 
     // --- Unsaved changes --------------------------------------------------
 
@@ -156,6 +160,7 @@ private:
     void showNewParameter(VELTreeItem &target, const std::string &name);
     void forget(const VELTreeItem &item);
 
+    TextEncoding encoding_ = TextEncoding::Utf8;
     bool modified_ = false;
     bool isRightDoubleClick_ = false; ///< from its second press to its release
     VELTreeItem *flowItem_ = nullptr;

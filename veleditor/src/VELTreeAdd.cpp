@@ -110,7 +110,7 @@ void VELTree::addParameter()
     if (target->hasValue())
         target = VELTreeItem::from(target->parent());
 
-    AddParamDialog dialog(this, tr("Add Parameter"), target->path());
+    AddParamDialog dialog(this, tr("Add Parameter"), target->path(), encoding_);
     if (run(dialog) != QDialog::Accepted)
         return;
     const std::string name = dialog.storedName();

@@ -10,8 +10,8 @@
 
 namespace velEditor {
 
-ValueEntry::ValueEntry(const QString &accessibleName, QWidget *parent)
-    : QWidget(parent), list_(new QComboBox(this)),
+ValueEntry::ValueEntry(const QString &accessibleName, TextEncoding encoding, QWidget *parent)
+    : QWidget(parent), encoding_(encoding), list_(new QComboBox(this)),
       field_(makeTextField("Value", accessibleName, this))
 {
     list_->setObjectName(QStringLiteral("Values"));
@@ -63,12 +63,12 @@ void ValueEntry::offerText(const QString &proposal)
     proposal_ = proposal;
 }
 
-std::string ValueEntry::value() const
+EncodedText ValueEntry::value() const
 {
     if (allowed_.empty())
-        return toBytes(typedValue(*field_->document()));
+        return encode(typedValue(*field_->document()), encoding_);
     const int chosen = list_->currentIndex();
-    return chosen >= 0 ? allowed_[static_cast<std::size_t>(chosen)] : std::string();
+    return {chosen >= 0 ? allowed_[static_cast<std::size_t>(chosen)] : std::string(), {}};
 }
 
 } // namespace velEditor

@@ -2,6 +2,7 @@
 // the allowed values, else a text field. Both start with the rule's default.
 #pragma once
 
+#include "veleditor/src/TextEncoding.h"
 #include "velparser/api/velparser.h"
 
 #include <QWidget>
@@ -18,8 +19,9 @@ class ValueEntry : public QWidget
     Q_OBJECT
 
 public:
-    /// An empty text field. `accessibleName` says what to enter.
-    ValueEntry(const QString &accessibleName, QWidget *parent);
+    /// An empty text field. `accessibleName` says what to enter; what is typed is
+    /// stored in `encoding`.
+    ValueEntry(const QString &accessibleName, TextEncoding encoding, QWidget *parent);
 
     /// Offers what the rules say of the parameter at this path; an empty path
     /// stands for a parameter without a rule. A text that the user has typed
@@ -28,12 +30,13 @@ public:
 
     /// In bytes, on one line, without white space at its ends; empty where
     /// nothing was chosen or typed.
-    [[nodiscard]] std::string value() const;
+    [[nodiscard]] EncodedText value() const;
 
 private:
     void offerList(const QString &proposal);
     void offerText(const QString &proposal);
 
+    TextEncoding encoding_;
     QComboBox *list_;
     QTextEdit *field_;
     std::string path_;      ///< of the parameter that is offered
