@@ -171,6 +171,51 @@ cmake --build build-sanitize --parallel 3 -- --quiet
 ctest --test-dir build-sanitize --parallel 3 --output-on-failure --no-tests=error" "$(calls)"
 expect "sanitize: status of ctest" 8 "$status"
 
+mkdir -p "$tree/build-coverage" "$tree/tools/coverage"
+: >"$tree/tools/coverage/packages.txt"
+cp -- "$VEL_SOURCE_DIR/tools/coverage/run.sh" "$tree/tools/coverage/run.sh"
+stand_in gcovr <<'END'
+echo "TOTAL 96%" >build-coverage/report/summary.txt
+END
+stand_in ctest </dev/null
+dev coverage -R 'a name'
+expect "coverage: options go to ctest" \
+    "ctest --test-dir build-coverage --parallel 3 --output-on-failure --no-tests=error -R a name" \
+    "$(grep '^ctest' "$record")"
+expect "coverage: the table is printed" "TOTAL 96%" "$(printf '%s\n' "$said" | grep TOTAL)"
+expect "coverage: status" 0 "$status"
+rm -rf -- "$tree/tools"
+
+# --- The nightly run ---
+
+expect ".ci/words runs every word" \
+    "$("$VEL_SOURCE_DIR/dev" | sed -n 's/^  \([a-z]\{1,\}\) .*/\1/p' | sort)" \
+    "$(sed -n '/^    cat <<END/,/^END/p' "$VEL_SOURCE_DIR/.ci/words" | sed '1d;$d; s/ .*//' | sort)"
+
+# In a clone whose ./dev fails for one word.
+nightly="$scratch/nightly"
+mkdir -p "$nightly/.ci"
+cp -- "$VEL_SOURCE_DIR/.ci/words" "$nightly/.ci/words"
+cat >"$nightly/dev" <<'END'
+#!/bin/sh
+echo "dev $*" >>"$record"
+[ "$1" != lint ] || { echo "a finding"; exit 1; }
+END
+chmod +x "$nightly/dev"
+git -C "$nightly" init --quiet
+git -C "$nightly" add .
+git -C "$nightly" -c user.name=a -c user.email=a@example.org commit --quiet -m "Start"
+: >"$record"
+said=$("$nightly/.ci/words" build lint clean) && status=0 || status=$?
+expect "nightly: status" 1 "$status"
+expect "nightly: what is said" "good    build 
+FAILED  lint HEAD
+a finding
+good    clean " "$said"
+expect "nightly: what is run" "dev build
+dev lint HEAD
+dev clean" "$(cat "$record")"
+
 # --- Running, installing, cleaning ---
 
 dev run "$scratch/no such.vel"
