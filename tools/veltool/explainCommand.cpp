@@ -65,10 +65,10 @@ const Command explainCommand = {
     .most = 2,
     .passesOn = false,
     .purpose = "Show what the rules say of an object or parameter",
-    .details = "Description, help topic, type, units, bounds, allowed values, default and so on, "
-               "each on a line as a rule writes it. What stands at PATH need not be there yet; "
-               "what is in FILE decides which cases of the rules hold. Status 1 where no rule "
-               "describes PATH.",
+    .details = "Every field on a line as a rule writes it, and in \"Presence\" whether the item "
+               "is required or optional, and why. There need not be anything at PATH yet; what "
+               "is in FILE decides which cases of the rules hold. Status 1 if no rule describes "
+               "PATH.",
     .make = makeTask<ExplainTask>,
 };
 

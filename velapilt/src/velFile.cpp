@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
 struct CloseFile
 {
     void operator()(std::FILE *file) const { std::fclose(file); }
@@ -59,6 +61,9 @@ const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes
     std::memset(data.get() + length, '\n', 1 + velScanSlack);
     bytes->data = std::move(data);
     bytes->size = length;
+    bytes->start = std::string_view(bytes->data.get(), length).starts_with(byteOrderMark)
+                       ? byteOrderMark.size()
+                       : 0;
     return nullptr;
 }
 

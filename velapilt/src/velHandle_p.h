@@ -200,8 +200,9 @@ struct velFileBytes
 {
     velPages data;
     std::size_t size = 0;
+    std::size_t start = 0; ///< of the text: after a byte order mark
 
-    [[nodiscard]] std::string_view view() const { return {data.get(), size}; }
+    [[nodiscard]] std::string_view view() const { return {data.get() + start, size - start}; }
 };
 
 /// Reads the whole of a file (velFile.cpp); messages of loadFileData. Throws

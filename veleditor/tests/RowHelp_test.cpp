@@ -96,7 +96,10 @@ void RowHelpTest::tellsTheRulesOfAParameter()
     QCOMPARE(plain(row(flowRate).toolTip(VELTreeItem::Value)),
              "2 [kg s^-1]\n(can be changed)\n" + facts);
     QCOMPARE(plain(row(flowRate).whatsThis(VELTreeItem::Value)),
-             "Flow Rate\n(can be changed)\n" + facts + "\nDefault: 1 [kg s^-1]");
+             "Flow Rate\n(can be changed)\n" + facts +
+                 "\nBounds Exclusive: No\nDefault: 1 [kg s^-1]\nEditable: Yes\n"
+                 "Editable While Running: No\nExpert: No\nExpressions: Yes\n"
+                 "Presence: optional, by \"Optional Parameters\" of OBJECT:PIPE");
 }
 
 void RowHelpTest::tellsTheRulesOfAnObject()
@@ -108,7 +111,9 @@ void RowHelpTest::tellsTheRulesOfAnObject()
              QString("PIPE : p\nSomething to flow through."));
     QCOMPARE(plain(row("/FLOW:A/PIPE:p").whatsThis(VELTreeItem::Name)),
              QString("PIPE : p\nSomething to flow through.\nParents: FLOW\n"
-                     "Optional Parameters: Flow Rate, Kind\nMaximum Count: 2"));
+                     "Optional Parameters: Flow Rate, Kind\nFree Parameters: No\nMaximum Count: 2\n"
+                     "Expert: No\nOutput Ordering Priority: 0\n"
+                     "Presence: optional, by \"Optional Objects\" of OBJECT:FLOW"));
 }
 
 // A screen reader is told the same as the tool tip says.

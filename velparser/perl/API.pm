@@ -49,7 +49,8 @@ sub new ($class, $database = VEL::Parser::Lite::NEW()) {
 
 =item C<readTextFile($file, $lines)>
 
-Fills the array with the lines of a text file, without line ends.
+Fills the array with the lines of a text file, without line ends and without a
+byte order mark before them.
 
 =cut
 
@@ -58,6 +59,7 @@ sub readTextFile ($self, $file, $lines) {
     open my $handle, '<:raw', $file or return "readTextFile: $file: open failed: $!";
     my $text = do { local $/ = undef; readline $handle };
     return "readTextFile: $file: read failed: $!" if !defined $text || !close $handle;
+    $text =~ s/\A\xEF\xBB\xBF//;
     @$lines = split /\n/, $text, -1;
     pop @$lines if @$lines && $lines->[-1] eq '';
     return '';

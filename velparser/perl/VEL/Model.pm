@@ -6,6 +6,7 @@ use feature 'signatures';
 
 use Scalar::Util qw(weaken);
 
+use VEL::Explanation;
 use VEL::Parser::Lite;
 use VEL::Rules;
 use VEL::Rules::Library;
@@ -394,57 +395,11 @@ sub allowed_values ($self, $path) {
 =item C<explanation($path)>
 
 What the rules say of the object or parameter at a path, there or not: a list of
-C<[field, text]> with the fields as a rule writes them, those that say nothing
-left out. Empty where there is no rule.
+C<[field, text]>, see L<VEL::Explanation>. Empty where there is no rule.
 
 =cut
 
-sub explanation ($self, $path) {
-    $path = $self->full_path($path);
-    my $type = $self->type_of($path);
-    my @fields = $type && !$self->_is_parameter($path)
-        ? _explain_type($type, $self->variant_at($path, $type))
-        : _explain_parameter($self->parameter_at($path));
-    return grep { defined $_->[1] && $_->[1] ne '' } @fields;
-}
-
-sub _is_parameter ($self, $path) {
-    my $database = $self->{database};
-    return $database->havePath($path) && !$database->isObject($path);
-}
-
-sub _explain_type ($type, $variant) {
-    my %required = map { $_ => 1 } @{ $variant->{required} };
-    my %needed   = map { $_ => 1 } @{ $variant->{required_objects} };
-    return (
-        [ 'Description', $type->{description} ],
-        [ 'Help Topic', $type->{help} ],
-        [ 'Parents', join ', ', sort keys %{ $type->{parents} // {} } ],
-        [ 'Required Parameters', join ', ', @{ $variant->{required} } ],
-        [ 'Optional Parameters', join ', ', grep { !$required{$_} } @{ $variant->{order} } ],
-        [ 'Required Objects', join ', ', @{ $variant->{required_objects} } ],
-        [ 'Optional Objects', join ', ', grep { !$needed{$_} } sort keys %{ $variant->{objects} } ],
-        [ 'Maximum Count', $type->{maximum} ],
-    );
-}
-
-sub _explain_parameter ($parameter) {
-    return if !$parameter->{ruled};
-    return (
-        [ 'Description', $parameter->{description} ],
-        [ 'Help Topic', $parameter->{help} ],
-        [ 'Type', $parameter->{type} . ($parameter->{list} ? ' List' : '') ],
-        [ 'Units', $parameter->{units} ],
-        [ 'Lower Bound', $parameter->{lower} ],
-        [ 'Upper Bound', $parameter->{upper} ],
-        [ 'Bounds Exclusive', $parameter->{exclusive} ? 'Yes' : undef ],
-        [ 'Allowed Values', join ', ', @{ $parameter->{values} // [] } ],
-        [ 'Allowed Objects', join ', ', @{ $parameter->{objects} // [] } ],
-        [ 'Minimum Entries', $parameter->{minimum} ],
-        [ 'Maximum Entries', $parameter->{maximum} ],
-        [ 'Default', $parameter->{default} ],
-    );
-}
+sub explanation ($self, $path) { return VEL::Explanation::explain($self, $self->full_path($path)) }
 
 =item C<object_names($types)>
 

@@ -118,6 +118,18 @@ sub types ($self) {
     return map { my $of = $self->{types}{$_}; map { $of->{$_} } sort keys %$of } qw(OBJECT SINGLETON);
 }
 
+=item C<stated_fields($type)>
+
+The fields that the rule of a L<VEL::Rules::Type> itself states, as a hash not to be
+changed.
+
+=cut
+
+sub stated_fields ($self, $type) {
+    my $rule = $self->{raw}{ $type->{kind} }{ $type->{type} };
+    return $rule ? $rule->{fields} : {};
+}
+
 =item C<general($name)>
 
 The L<VEL::Rules::Parameter> that holds for a name everywhere.

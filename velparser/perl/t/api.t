@@ -36,6 +36,8 @@ subtest 'readTextFile' => sub {
     is_deeply \@lines, [ 'a', 'b' ], 'the last line counts';
     is $read->(file('bytes', "\xC3\xBC\xFF\0x\r\n")), '', 'any bytes';
     is_deeply \@lines, ["\xC3\xBC\xFF\0x\r"], 'stay as they are';
+    is $read->(file('marked', "\xEF\xBB\xBFa\n\xEF\xBB\xBFb\n")), '', 'a byte order mark';
+    is_deeply \@lines, [ 'a', "\xEF\xBB\xBFb" ], 'is skipped at the start only';
     is $read->(file('empty', '')), '', 'an empty file';
     is_deeply \@lines, [], 'has no lines';
     is $read->(file(' -odd; name|', "x\n")), '', 'a name with odd characters';
@@ -81,6 +83,12 @@ Description = Mass that passes in unit time, of the whole surface.
 Type = Real
 Units = kg s^-1
 Lower Bound = 0 [kg s^-1]
+Bounds Exclusive = No
+Editable = Yes
+Editable While Running = Yes
+Expert = No
+Expressions = Yes
+Presence = not used here, only in CASE:Mass of SINGLETON:THROUGHFLOW (Given is Mass Flow Rate)
 TEXT
     is $explain->('/FLOW/DOMAIN:d/STARTING VALUES/Temperature'), <<'TEXT', 'a bound that is not itself allowed';
 Description = An absolute temperature.
@@ -89,6 +97,11 @@ Units = K
 Lower Bound = 0 [K]
 Bounds Exclusive = Yes
 Default = 293.15 [K]
+Editable = Yes
+Editable While Running = No
+Expert = No
+Expressions = Yes
+Presence = optional, by "Optional Parameters" of SINGLETON:STARTING VALUES
 TEXT
     is $explain->('/FLOW/DOMAIN:d/Substance'), <<'TEXT', 'values and objects';
 Description = A substance or mixture of the library, or one that the solver knows by itself.
@@ -96,6 +109,10 @@ Type = String
 Allowed Values = Water, Air, Steel, Copper, Aluminium
 Allowed Objects = SUBSTANCE, MIXTURE
 Default = Water
+Editable = Yes
+Editable While Running = No
+Expert = No
+Presence = required, by "Required Parameters" of OBJECT:DOMAIN
 TEXT
     is $explain->('/FLOW/TIMING'), <<'TEXT', 'an object, with what its case adds';
 Description = Whether and how the flow changes with time.
@@ -103,8 +120,12 @@ Help Topic = Time
 Parents = FLOW
 Required Parameters = Kind, Duration
 Optional Parameters = Remark, Start Time
+Free Parameters = No
 Required Objects = TIME STEP
 Maximum Count = 1
+Expert = No
+Output Ordering Priority = 90
+Presence = optional, by "Optional Objects" of SINGLETON:FLOW
 TEXT
     is $explain->('/NOWHERE/Thing'), '', 'nothing that a rule speaks of';
 };

@@ -49,7 +49,7 @@ subtest 'the defaults of a parameter rule' => sub {
         name => 'Plain', ruled => 1, type => 'String', untyped => 0, unitless => 0, list => 0, values => undef, objects => undef,
         units => undef, lower => undef, upper => undef, exclusive => 0, minimum => undef, maximum => undef,
         default => undef, editable => 1, running => 0, expert => 0, expressions => 1,
-        description => undef, help => undef, anything => 1,
+        description => undef, help => undef, priority => undef, anything => 1,
     );
     is_deeply { %{ $rules->general('Plain') } }, \%expected, 'of one that says nothing';
     is_deeply { %{ $rules->general('Other') } }, { %expected, name => 'Other', ruled => 0 },

@@ -32,7 +32,7 @@ The elements may be read directly:
     exclusive    1 when the bounds themselves are not allowed
     minimum, maximum                entries of a list, or undef
     editable, running, expert, expressions    1 or 0
-    description, help               texts, or undef
+    description, help, priority     texts, or undef
     anything     1 when no value can be wrong
 
 =cut
@@ -72,6 +72,7 @@ sub new ($class, $name, @rules) {
         running     => _yes($field{'Editable While Running'}, 0),
         expert      => _yes($field{'Expert'}, 0),
         expressions => _yes($field{'Expressions'}, 1),
+        priority    => $field{'Output Ordering Priority'},
         description => $field{'Description'},
         help        => $field{'Help Topic'},
     }, $class;

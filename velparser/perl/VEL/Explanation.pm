@@ -1,0 +1,149 @@
+package VEL::Explanation;
+
+use strict;
+use warnings;
+use feature 'signatures';
+
+use Exporter qw(import);
+
+our @EXPORT_OK = qw(explain);
+
+=head1 NAME
+
+VEL::Explanation - what the rules say of one object or parameter, in words
+
+=head1 DESCRIPTION
+
+Gives the fields as a rule writes them. A field that no rule states is given with
+its default where it has one, and left out otherwise. The field C<Presence>, which
+no rule can write, says whether the item is required or optional at its place, and
+which list of which rule or case says so.
+
+=head1 FUNCTIONS
+
+=over
+
+=item C<explain($model, $path)>
+
+A list of C<[field, text]> for the object or parameter at a full path, there or not.
+Empty where no rule speaks of it. C<$model> is the L<VEL::Model>.
+
+=cut
+
+sub explain ($model, $path) {
+    my ($above, $own) = VEL::Model::split_path($path);
+    my $owner    = $above eq '/' ? undef : $model->type_of($above);
+    my $variant  = $owner && $model->variant_at($above, $owner);
+    my $type     = _is_parameter($model, $path) ? undef : $model->type_of($path);
+    my $presence = $type ? _object_presence($type, $variant, $above) : _parameter_presence($own, $variant);
+    my @fields   = $type
+        ? _type_fields($model, $type, $model->variant_at($path, $type))
+        : _parameter_fields($model->parameter_at($path), $presence);
+    return if !@fields;
+    $presence = 'not used here: no list of ' . _rule_name($owner) . ' names it' if $presence eq '' && $owner;
+    return grep { defined $_->[1] && $_->[1] ne '' } @fields, [ 'Presence', $presence ];
+}
+
+sub _is_parameter ($model, $path) {
+    my $database = $model->database;
+    return $database->havePath($path) && !$database->isObject($path);
+}
+
+sub _yes ($flag) { return $flag ? 'Yes' : 'No' }
+
+sub _list ($entries) { return join ', ', @{ $entries // [] } }
+
+sub _type_fields ($model, $type, $variant) {
+    my %required = map { $_ => 1 } @{ $variant->{required} };
+    my %needed   = map { $_ => 1 } @{ $variant->{required_objects} };
+    my $stated   = $model->rules->stated_fields($type);
+    return (
+        [ 'Description', $type->{description} ],
+        [ 'Help Topic', $type->{help} ],
+        [ 'Inherits', $stated->{'Inherits'} ],
+        [ 'Parents', join ', ', sort keys %{ $type->{parents} // {} } ],
+        [ 'Required Parameters', _list($variant->{required}) ],
+        [ 'Optional Parameters', join ', ', grep { !$required{$_} } @{ $variant->{order} } ],
+        [ 'Free Parameters', _yes($type->{free}) ],
+        [ 'Required Objects', _list($variant->{required_objects}) ],
+        [ 'Optional Objects', join ', ', grep { !$needed{$_} } sort keys %{ $variant->{objects} } ],
+        [ 'Maximum Count', $type->{maximum} ],
+        [ 'Expert', _yes($type->{expert}) ],
+        [ 'Output Ordering Priority', $stated->{'Output Ordering Priority'} // 0 ],
+    );
+}
+
+sub _parameter_fields ($parameter, $presence) {
+    return if !$parameter->{ruled} && $presence eq '';
+    my $has_bounds = defined $parameter->{lower} || defined $parameter->{upper};
+    return (
+        [ 'Description', $parameter->{description} ],
+        [ 'Help Topic', $parameter->{help} ],
+        [ 'Type', $parameter->{type} . ($parameter->{list} ? ' List' : '') ],
+        [ 'Units', $parameter->{units} ],
+        [ 'Lower Bound', $parameter->{lower} ],
+        [ 'Upper Bound', $parameter->{upper} ],
+        [ 'Bounds Exclusive', $has_bounds ? _yes($parameter->{exclusive}) : undef ],
+        [ 'Allowed Values', _list($parameter->{values}) ],
+        [ 'Allowed Objects', _list($parameter->{objects}) ],
+        [ 'Minimum Entries', $parameter->{minimum} ],
+        [ 'Maximum Entries', $parameter->{maximum} ],
+        [ 'Default', $parameter->{default} ],
+        [ 'Editable', _yes($parameter->{editable}) ],
+        [ 'Editable While Running', _yes($parameter->{running}) ],
+        [ 'Expert', _yes($parameter->{expert}) ],
+        [ 'Expressions', $parameter->{type} eq 'Real' ? _yes($parameter->{expressions}) : undef ],
+        [ 'Output Ordering Priority', $parameter->{priority} ],
+    );
+}
+
+# Whether a parameter is required, and why; empty where no rule says anything.
+sub _parameter_presence ($name, $variant) {
+    return '' if !$variant;
+    my $type = $variant->{type};
+    return _presence($variant, $name, 'required', 'optional', 'Parameters')
+        // ($type->{free} ? qq(optional, by "Free Parameters" of ) . _rule_name($type) : undef)
+        // _inactive($type, $name, 'required', 'optional') // '';
+}
+
+sub _object_presence ($type, $variant, $above) {
+    my $found = $variant
+        && (_presence($variant, $type->{type}, 'required_objects', 'optional_objects', 'Objects')
+            // _inactive($variant->{type}, $type->{type}, 'required_objects', 'optional_objects'));
+    return $found if $found;
+    return 'optional: ' . _rule_name($type) . ' states no "Parents"' if !$type->{parents};
+    my $place = $above eq '/' ? '/' : $variant ? $variant->{type}{type} : '';
+    return ($type->{parents}{$place} ? 'optional' : 'not allowed here') . ', by "Parents" of ' . _rule_name($type);
+}
+
+# What the lists that apply say of a name; undef where none names it.
+sub _presence ($variant, $name, $required, $optional, $word) {
+    for my $list ([ $required, 'required', "Required $word" ], [ $optional, 'optional', "Optional $word" ]) {
+        my ($key, $state, $field) = @$list;
+        for my $source ($variant->{type}, @{ $variant->{cases} }) {
+            next if !grep { $_ eq $name } @{ $source->{$key} };
+            return qq($state, by "$field" of ) . _source_name($variant->{type}, $source);
+        }
+    }
+    return undef;
+}
+
+# A name that only cases that do not apply allow.
+sub _inactive ($type, $name, @lists) {
+    my @cases = $type->cases_with(\@lists, $name) or return undef;
+    return 'not used here, only in ' . join ' or ', map { _source_name($type, $_) } @cases;
+}
+
+sub _rule_name ($type) { return "$type->{kind}:$type->{type}" }
+
+sub _source_name ($type, $source) {
+    return _rule_name($type) if $source == $type;
+    return "CASE:$source->{label} of " . _rule_name($type)
+        . " ($source->{parameter} is " . join(' or ', @{ $source->{values} }) . ')';
+}
+
+=back
+
+=cut
+
+1;
