@@ -81,22 +81,16 @@ velHandlePtr newHandle(Libraries libraries)
     return handle;
 }
 
-velHandlePtr loadFile(const std::string &file, Libraries libraries, const BeforeData &beforeData)
+velHandlePtr loadFile(const std::string &file, Libraries libraries)
 {
-    const auto start = [&] {
-        velHandlePtr handle = newHandle(libraries);
-        if (beforeData)
-            beforeData(handle.get());
-        return handle;
-    };
     // The database reads a plain file by itself, without a copy of ours. The
     // slower way serves pipes, and finds the line at fault.
     if (isRegularFile(file) && kindOfFile(file) == FileKind::Text) {
-        velHandlePtr handle = start();
+        velHandlePtr handle = newHandle(libraries);
         if (!loadVELFile(handle.get(), file.c_str(), "vel"))
             return handle;
     }
-    velHandlePtr handle = start();
+    velHandlePtr handle = newHandle(libraries);
     parseText(handle.get(), readText(file), file);
     return handle;
 }

@@ -5,7 +5,6 @@
 #include "tools/veltool/sourceText.h"
 #include "velapilt/src/velapilt.h"
 
-#include <functional>
 #include <string>
 
 namespace veltool {
@@ -30,11 +29,8 @@ enum class Libraries { Skip, Read };
 
 /// Reads a file, or standard input for "-", into a new handle: a VEL text as
 /// it stands, a def or res file by its command data. Throws a Failure that
-/// names the file, and the line where one is at fault. `beforeData` gets the
-/// handle before the file is read; twice where that is read again in another way.
-using BeforeData = std::function<void(velHandle *)>;
-[[nodiscard]] velHandlePtr loadFile(const std::string &file, Libraries libraries = Libraries::Skip,
-                                    const BeforeData &beforeData = {});
+/// names the file, and the line where one is at fault.
+[[nodiscard]] velHandlePtr loadFile(const std::string &file, Libraries libraries = Libraries::Skip);
 
 /// The text of a VEL file, for commands that need its lines. A def or res file
 /// gives the lines of its command data. Throws a Failure.

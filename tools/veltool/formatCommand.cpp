@@ -1,19 +1,17 @@
-// veltool format: the text that the editor would save. The rule libraries are
-// read for the order of the objects, natively. What only a library states is not
-// written, even inside a block that the file states too.
+// veltool format: the text that the editor would save, of what the file states.
+// The rule libraries are read natively, into a handle of their own: they give the
+// order of the objects, and none of their data.
 #include "tools/veltool/command.h"
 #include "tools/veltool/commandData.h"
 #include "tools/veltool/fileLoop.h"
-#include "tools/veltool/libraryPart.h"
 #include "tools/veltool/output.h"
 #include "tools/veltool/replaceFile.h"
-#include "tools/veltool/statement.h"
+#include "tools/veltool/statements.h"
 
 #include <CLI/App.hpp>
 
 #include <charconv>
 #include <filesystem>
-#include <optional>
 
 namespace veltool {
 
@@ -66,7 +64,8 @@ private:
             return formatInPlace(file);
         if (check_)
             return checkFormat(file);
-        const std::string text = formattedFile(file);
+        const velHandlePtr handle = loadFile(file);
+        const std::string text = formatted(handle.get(), file);
         if (output_.empty() || output_ == standardInput)
             out() << text;
         else if (isSameFile(file, output_))
@@ -108,36 +107,20 @@ private:
         return statusFindings;
     }
 
-    /// A file is read natively; a stream, which can be read once, as a text.
-    std::string formattedFile(const std::string &file) const
-    {
-        if (file == standardInput)
-            return formattedText(readText(file), file);
-        std::optional<LibraryPart> libraries;
-        const velHandlePtr handle =
-            loadFile(file, Libraries::Read, [&](velHandle *empty) { libraries.emplace(empty); });
-        if (libraries->isRestatedIn(handle.get()))
-            libraries->dropFrom(handle.get(), loadFile(file).get());
-        return formatted(handle.get());
-    }
-
     std::string formattedText(const SourceText &text, const std::string &file) const
     {
-        const velHandlePtr handle = newHandle(Libraries::Read);
-        const LibraryPart libraries(handle.get());
+        const velHandlePtr handle = newHandle();
         parseText(handle.get(), text, file);
-        if (libraries.isRestatedIn(handle.get())) {
-            const velHandlePtr own = newHandle();
-            parseText(own.get(), text, file);
-            libraries.dropFrom(handle.get(), own.get());
-        }
-        return formatted(handle.get());
+        return formatted(handle.get(), file);
     }
 
-    std::string formatted(velHandle *handle) const
+    std::string formatted(velHandle *handle, const std::string &file) const
     {
+        requireShallow(handle, file);
+        if (!rules_)
+            rules_ = newHandle(Libraries::Read);
         velStringList lines;
-        require(getFormattedVEL(handle, "/", columns_, &lines));
+        require(velWrapTextByRules(handle, rules_.get(), "/", columns_, &lines), file);
         std::string text;
         for (const char *line : lines)
             text.append(line).append(1, '\n');
@@ -156,6 +139,7 @@ private:
     bool inPlace_ = false;
     bool check_ = false;
     std::string output_;
+    mutable velHandlePtr rules_; ///< read for the first file
 };
 
 } // namespace
@@ -168,7 +152,8 @@ const Command formatCommand = {
     .passesOn = false,
     .purpose = "Print the text that the editor would save",
     .details = "Parameters come first in each object, objects in the order that the editor gives "
-               "them; lines are wrapped, line ends are LF. Remarks are no data and are left out.",
+               "them; lines are wrapped, line ends are LF. Comments are not data and are left out, "
+               "and so is a byte order mark.",
     .make = makeTask<FormatTask>,
 };
 

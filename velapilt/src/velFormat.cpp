@@ -88,7 +88,8 @@ private:
 class Priorities
 {
 public:
-    explicit Priorities(velHandle *handle) : handle_(handle) {}
+    /// The rules that `rules` holds, for the types of `words`.
+    Priorities(velHandle *rules, const velWords &words) : rules_(rules), words_(words) {}
 
     std::int32_t ofType(std::string_view type) const
     {
@@ -99,7 +100,7 @@ public:
             path += type;
             path += "/Output Ordering Priority";
             // Resolved, for the rule of a type OBJECT is the singleton /RULES/OBJECT.
-            if (const velNode *rule = velResolve(handle_, path.c_str())) {
+            if (const velNode *rule = velResolve(rules_, path.c_str())) {
                 const bool hasValue = rule->isParam() && rule->value.text != nullptr;
                 return hasValue ? velRoundValue(velReadNumber(rule->value.text)) : 0;
             }
@@ -111,13 +112,14 @@ public:
     {
         const auto [entry, isNew] = known_.try_emplace(type, 0);
         if (isNew) {
-            entry->second = ofType(handle_->words.view(type));
+            entry->second = ofType(words_.view(type));
         }
         return entry->second;
     }
 
 private:
-    velHandle *handle_;
+    velHandle *rules_;
+    const velWords &words_;
     std::unordered_map<std::uint32_t, std::int32_t> known_;
 };
 
@@ -157,8 +159,8 @@ void sortForOutput(const velWords &words, std::vector<OrderedNode> &nodes)
 class SavedFormWriter
 {
 public:
-    SavedFormWriter(velHandle *handle, velArray *lines, std::int32_t width)
-        : words_(handle->words), priorities_(handle), writer_(handle, lines, width)
+    SavedFormWriter(velHandle *handle, velHandle *rules, velArray *lines, std::int32_t width)
+        : words_(handle->words), priorities_(rules, handle->words), writer_(handle, lines, width)
     {
     }
 
@@ -332,8 +334,8 @@ try {
     return "getPartialVELH: memory error";
 }
 
-const char *velWrapText(velHandle *handle, const char *path, std::int32_t width,
-                        velStringList *lines)
+const char *velWrapTextByRules(velHandle *handle, velHandle *rules, const char *path,
+                               std::int32_t width, velStringList *lines)
 try {
     const velNode *node = velResolve(handle, path);
     if (node == nullptr) {
@@ -341,13 +343,19 @@ try {
         return getChildParamList(handle, path, &none); // its message
     }
     velArray array(velArrayKind::Strings);
-    if (const char *error = SavedFormWriter(handle, &array, width).write(node)) {
+    if (const char *error = SavedFormWriter(handle, rules, &array, width).write(node)) {
         return error;
     }
     *lines = array.takeStrings();
     return nullptr;
 } catch (const std::bad_alloc &) {
     return "memory error";
+}
+
+const char *velWrapText(velHandle *handle, const char *path, std::int32_t width,
+                        velStringList *lines)
+{
+    return velWrapTextByRules(handle, handle, path, width, lines);
 }
 
 const char *getFormattedVEL(velHandle *handle, const char *path, std::int32_t width,
@@ -363,7 +371,7 @@ try {
         std::int32_t priority;
         std::string text;
     };
-    const Priorities priorities(handle);
+    const Priorities priorities(handle, handle->words);
     std::vector<Entry> ordered;
     ordered.reserve(entries->size());
     for (const std::string &text : *entries) {

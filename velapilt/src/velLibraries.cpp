@@ -42,6 +42,29 @@ bool standsAlone(std::string_view item)
     return isLetter && item.size() > 2 && item[1] == ':' && isSeparator(item[2]);
 }
 
+/// Calls `visit` with the path of each item of a list, until one gives a message.
+template <typename Visit>
+const char *eachLibrary(std::string_view list, const std::string &folder, Visit visit)
+{
+    const std::string prefix = folder + '/';
+    std::string_view rest = list;
+    while (!rest.empty()) {
+        if (rest[0] == ':' || rest[0] == ';') {
+            rest.remove_prefix(1);
+            if (rest.empty()) {
+                break; // nothing after the last ';' is no item
+            }
+        }
+        const std::string_view item = rest.substr(0, rest.find(';'));
+        const std::string path = (standsAlone(item) ? "" : prefix) + std::string(item);
+        if (const char *error = visit(path)) {
+            return error;
+        }
+        rest.remove_prefix(item.size());
+    }
+    return nullptr;
+}
+
 const char *readLibrary(velHandle *handle, const std::string &path)
 {
     velFileBytes bytes;
@@ -67,6 +90,22 @@ try {
     return noMemory;
 }
 
+std::vector<std::string> velLibraryFiles()
+{
+    std::vector<std::string> files;
+    const char *list = std::getenv("ZOT5_VEL_LIBS");
+    const std::string folder = libraryDirectory("./");
+    if (list == nullptr || !isDirectory(folder)) {
+        return files;
+    }
+    static_cast<void>(
+        eachLibrary(list, folder, [&files](const std::string &path) -> const char * {
+            files.push_back(path);
+            return nullptr;
+        }));
+    return files;
+}
+
 const char *readNamedLibraries(velHandle *handle, const char *list, const char *directory)
 try {
     const std::string folder =
@@ -74,24 +113,10 @@ try {
     if (!isDirectory(folder)) {
         return "readNamedLibraries: unable to find a valid lib directory\n";
     }
-    const std::string prefix = folder + '/';
     const std::string copy(list == nullptr ? "" : list);
-    std::string_view rest(copy);
-    while (!rest.empty()) {
-        if (rest[0] == ':' || rest[0] == ';') {
-            rest.remove_prefix(1);
-            if (rest.empty()) {
-                break; // nothing behind the last ';' is no item
-            }
-        }
-        const std::string_view item = rest.substr(0, rest.find(';'));
-        const std::string path = (standsAlone(item) ? "" : prefix) + std::string(item);
-        if (const char *error = readLibrary(handle, path)) {
-            return error;
-        }
-        rest.remove_prefix(item.size());
-    }
-    return nullptr;
+    return eachLibrary(copy, folder, [handle](const std::string &path) {
+        return readLibrary(handle, path);
+    });
 } catch (const std::bad_alloc &) {
     return noMemory;
 }

@@ -176,7 +176,8 @@ struct velDigest
     unsigned char bytes[16];
 };
 
-/// The lines of a file, without line ends, into a string array.
+/// The lines of a file, without line ends and without a byte order mark before
+/// them, into a string array.
 [[nodiscard]] const char *loadFileData(velHandle *handle, const char *path, velArray *lines);
 
 /// Reads and parses a file of type "vel" as user data. `expected` and `digest`
@@ -204,6 +205,9 @@ struct velDigest
 /// Reads the libraries of a list separated by ';'.
 [[nodiscard]] const char *readNamedLibraries(velHandle *handle, const char *list,
                                              const char *directory);
+/// The files that readLibraries reads, in its order; none where it refuses to
+/// read any. Throws bad_alloc.
+[[nodiscard]] std::vector<std::string> velLibraryFiles();
 
 // --- Writing (velFormat.cpp) --------------------------------------------------
 
@@ -221,6 +225,9 @@ struct velDigest
 /// each line wrapped to `width` columns (0: not at all).
 [[nodiscard]] const char *velWrapText(velHandle *handle, const char *path, std::int32_t width,
                                       velStringList *lines);
+/// velWrapText with the priorities that the rules in another handle give.
+[[nodiscard]] const char *velWrapTextByRules(velHandle *handle, velHandle *rules, const char *path,
+                                             std::int32_t width, velStringList *lines);
 /// velWrapText, as the editor's save calls it.
 [[nodiscard]] const char *getFormattedVEL(velHandle *handle, const char *path, std::int32_t width,
                                           velStringList *lines);

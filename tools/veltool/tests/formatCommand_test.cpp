@@ -76,6 +76,45 @@ TEST(Format, WritesNothingThatOnlyALibraryStates)
     EXPECT_EQ(runShell(setting + " $VELTOOL format --check " + file).status, 0);
 }
 
+// A block below /RULES in a file is data like any other, and changes no order.
+TEST(Format, TakesTheOrderFromTheLibrariesAlone)
+{
+    const TemporaryFolder folder;
+    folder.write("own.vel", "RULES:\n"
+                            "  OBJECT: Z\n"
+                            "    Output Ordering Priority = 1\n"
+                            "  END\n"
+                            "END\n"
+                            "LIBRARY:\n"
+                            "  EXPRESSIONS:\n"
+                            "    shipped = 1\n"
+                            "  END\n"
+                            "END\n");
+    const std::string file = folder.write("a.vel", "A: a\nEND\nZ: z\nEND\n"
+                                                   "LIBRARY:\n  EXPRESSIONS:\n    own = 2\n  END\n"
+                                                   "END\n"
+                                                   "RULES:\n  OBJECT: A\n"
+                                                   "    Output Ordering Priority = 5\n  END\nEND\n");
+    const std::string expected = "Z: z\nEND\nA: a\nEND\n"
+                                 "LIBRARY:\n  EXPRESSIONS:\n    own = 2\n  END\nEND\n"
+                                 "RULES:\n  OBJECT: A\n    Output Ordering Priority = 5\n  END\n"
+                                 "END\n";
+    const std::string setting = "ZOT5_VEL_LIBS=own.vel ZOT5_VEL_LIBSDIR=" + folder.path();
+    EXPECT_EQ(runShell(setting + " $VELTOOL format " + file).out, expected);
+    EXPECT_EQ(runShell(setting + " $VELTOOL format --in-place " + file).status, 0);
+    EXPECT_EQ(folder.read("a.vel"), expected);
+}
+
+TEST(Format, LeavesAByteOrderMarkOut)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a.vel", "\xEF\xBB\xBFx = 1\n");
+    EXPECT_EQ(runTool({"format", file}).out, "x = 1\n");
+    EXPECT_EQ(runTool({"format", "--check", file}).status, 1);
+    EXPECT_EQ(runTool({"get", file, "/x"}).out, "1\n");
+    EXPECT_EQ(runTool({"diff", file, folder.write("b.vel", "x = 1\n")}).status, 0);
+}
+
 TEST(Format, WrapsToTheWidth)
 {
     const TemporaryFolder folder;
