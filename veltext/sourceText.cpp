@@ -1,66 +1,16 @@
-#include "tools/veltool/sourceText.h"
+#include "veltext/sourceText.h"
 
-#include "tools/veltool/failure.h"
-
-#include <cerrno>
-#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <new>
-#include <unistd.h>
 
-namespace veltool {
+namespace veltext {
 
-namespace {
-
-constexpr std::size_t blockSize = 1U << 20U;
-
-/// A descriptor that closes itself, unless it is standard input.
-class Descriptor
+SourceText::SourceText(std::string bytes)
+    : bytes_(std::move(bytes)), firstLine_(byteOrderMarkLength(bytes_))
 {
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor()
-    {
-        if (number_ > STDIN_FILENO)
-            close(number_);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-
-    [[nodiscard]] int number() const { return number_; }
-
-private:
-    int number_;
-};
-
-} // namespace
-
-std::string readBytes(const std::string &file)
-{
-    const bool standard = file == standardInput;
-    const std::string name = standard ? "standard input" : file;
-    const Descriptor in(standard ? STDIN_FILENO : open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (in.number() < 0)
-        throw systemFailure(name, errno);
-
-    std::string bytes;
-    for (std::size_t end = 0;;) {
-        bytes.resize(end + blockSize);
-        const ssize_t count = read(in.number(), bytes.data() + end, blockSize);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            throw systemFailure(name, errno);
-        end += static_cast<std::size_t>(count);
-        if (count == 0) {
-            bytes.resize(end);
-            return bytes;
-        }
-    }
-}
-
-SourceText::SourceText(std::string bytes) : bytes_(std::move(bytes))
-{
-    for (std::size_t start = 0; start < bytes_.size();) {
+    for (std::size_t start = firstLine_; start < bytes_.size();) {
         starts_.push_back(start);
         const std::size_t feed = bytes_.find('\n', start);
         start = feed == std::string::npos ? bytes_.size() : feed + 1;
@@ -97,4 +47,22 @@ velArray SourceText::parsedLines() const
     return lines;
 }
 
-} // namespace veltool
+std::size_t byteOrderMarkLength(std::string_view bytes)
+{
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    return bytes.starts_with(mark) ? mark.size() : 0;
+}
+
+std::optional<SourceText> readSource(const std::string &file)
+{
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error))
+        return std::nullopt;
+    std::ifstream in(file, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(in), {}};
+    if (!in.is_open() || in.bad())
+        return std::nullopt;
+    return SourceText(std::move(bytes));
+}
+
+} // namespace veltext

@@ -1,24 +1,20 @@
 // The bytes of a command file and its lines.
 //
-// A line is what stands before a line feed, or behind the last one; carriage
+// A line is what comes before a line feed, or after the last one; carriage
 // returns belong to it. The parser sees a line up to its first NUL only, the
-// bytes keep all of it.
+// bytes keep all of it. A byte order mark before the first line belongs to the
+// bytes, but to no line.
 #pragma once
 
 #include "velapilt/src/velArray.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace veltool {
-
-/// The name under which standard input is read.
-inline constexpr const char *standardInput = "-";
-
-/// All bytes of a file, or of standard input for "-". Throws a Failure.
-[[nodiscard]] std::string readBytes(const std::string &file);
+namespace veltext {
 
 class SourceText
 {
@@ -26,6 +22,8 @@ public:
     explicit SourceText(std::string bytes);
 
     [[nodiscard]] const std::string &bytes() const { return bytes_; }
+    /// Whether the bytes begin with the UTF-8 form of U+FEFF.
+    [[nodiscard]] bool hasByteOrderMark() const { return firstLine_ > 0; }
     [[nodiscard]] std::size_t lineCount() const { return starts_.size(); }
 
     /// Position of a line's first byte; of the end of the text for lineCount().
@@ -40,7 +38,14 @@ public:
 
 private:
     std::string bytes_;
+    std::size_t firstLine_; ///< where the first line begins
     std::vector<std::size_t> starts_;
 };
 
-} // namespace veltool
+/// Length of the byte order mark at the start of the bytes, 0 without one.
+[[nodiscard]] std::size_t byteOrderMarkLength(std::string_view bytes);
+
+/// The text of a regular file; nothing if it is none or cannot be read.
+[[nodiscard]] std::optional<SourceText> readSource(const std::string &file);
+
+} // namespace veltext

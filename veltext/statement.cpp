@@ -1,8 +1,8 @@
-#include "tools/veltool/statement.h"
+#include "veltext/statement.h"
 
 #include <algorithm>
 
-namespace veltool {
+namespace veltext {
 
 namespace {
 
@@ -116,4 +116,4 @@ std::size_t countRemarks(const SourceText &source)
     return count;
 }
 
-} // namespace veltool
+} // namespace veltext

@@ -14,14 +14,14 @@
 // A test holds it against the database on random texts.
 #pragma once
 
-#include "tools/veltool/sourceText.h"
+#include "veltext/sourceText.h"
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace veltool {
+namespace veltext {
 
 /// What makes a statement sweep away what it does not restate.
 inline constexpr std::string_view replaceWord = "&replace";
@@ -70,4 +70,4 @@ void readStatement(const SourceText &source, std::size_t firstLine, Positions po
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-} // namespace veltool
+} // namespace veltext

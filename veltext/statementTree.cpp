@@ -1,6 +1,6 @@
-#include "tools/veltool/statementTree.h"
+#include "veltext/statementTree.h"
 
-namespace veltool {
+namespace veltext {
 
 /// Fills a tree from the statements of a text, one after the other.
 class StatementReader
@@ -146,4 +146,4 @@ StatementTree::Index StatementTree::findOrMake(Index parent, const std::string &
     return index;
 }
 
-} // namespace veltool
+} // namespace veltext

@@ -6,7 +6,7 @@
 // holds, or for the nearest one above.
 #pragma once
 
-#include "tools/veltool/statement.h"
+#include "veltext/statement.h"
 
 #include <cstdint>
 #include <deque>
@@ -15,7 +15,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace veltool {
+namespace veltext {
 
 class StatementTree
 {
@@ -100,4 +100,4 @@ private:
     std::size_t unfinishedLine_ = 0;
 };
 
-} // namespace veltool
+} // namespace veltext

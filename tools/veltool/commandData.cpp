@@ -1,29 +1,20 @@
 #include "tools/veltool/commandData.h"
 
 #include "tools/veltool/dsCommandData.h"
+#include "veltext/libraryFaults.h"
+#include "veltext/textFault.h"
 
 #include <filesystem>
 #include <fstream>
 #include <new>
+#include <optional>
+#include <vector>
 
 namespace veltool {
 
 namespace {
 
 constexpr std::string_view containerStart = "*INFO";
-
-/// The number of the first line that the parser refuses, 0 for none: what is
-/// wrong then is the text as a whole.
-std::size_t faultyLine(const SourceText &text)
-{
-    const velHandlePtr handle = newHandle();
-    for (std::size_t i = 0; i < text.lineCount(); ++i) {
-        const std::string line(text.parsedLine(i));
-        if (parseVELLineH(handle.get(), line.c_str(), 0))
-            return i + 1;
-    }
-    return 0;
-}
 
 bool isRegularFile(const std::string &file)
 {
@@ -67,8 +58,8 @@ FileKind kindOfFile(const std::string &file)
 
 Refusal containerRefusal(const std::string &file)
 {
-    return Refusal(file + ": is a def or res file; take its command data out with veltool extract, "
-                          "edit that, and put it back with veltool embed");
+    return Refusal(file + ": is a def or res file; nothing was written; take its command data out "
+                          "with veltool extract, edit that, and put it back with veltool embed");
 }
 
 velHandlePtr newHandle(Libraries libraries)
@@ -76,8 +67,10 @@ velHandlePtr newHandle(Libraries libraries)
     velHandlePtr handle(velCreateHandle());
     if (!handle)
         throw std::bad_alloc();
-    if (libraries == Libraries::Read)
-        require(readLibraries(handle.get()));
+    if (libraries == Libraries::Skip)
+        return handle;
+    if (const char *errors = readLibraries(handle.get()))
+        throw Failure(veltext::placedLibraryErrors(errors));
     return handle;
 }
 
@@ -106,15 +99,42 @@ SourceText readText(const std::string &file)
     return SourceText(std::move(bytes));
 }
 
+void throwParseFailure(const SourceText &text, const std::string &file, const std::string &message,
+                       Libraries libraries)
+{
+    const velHandlePtr handle = newHandle(libraries);
+    const std::optional<veltext::TextFault> fault = veltext::findFault(text, handle.get());
+    throw Failure(file, fault ? fault->line : 0, fault ? fault->message : message);
+}
+
 void parseText(velHandle *handle, const SourceText &text, const std::string &file)
 {
     const velArray lines = text.parsedLines();
     const char *error = parseVELData(handle, &lines, 0);
     if (!error)
         return;
-    const std::string message = error;
-    const std::size_t line = faultyLine(text);
-    throw Failure(file + (line ? ':' + std::to_string(line) : "") + ": " + message);
+    throwParseFailure(text, file, error);
+}
+
+void requireShallow(velHandle *handle, const std::string &file)
+{
+    const velNode *node = velFindNode(handle, "/");
+    std::vector<const velNode *> above; // the nodes on the way from the root
+    while (node) {
+        if (above.size() > mostLevels && velDescribe(handle, node).kind != velParam)
+            throw Failure(file, 0,
+                          "objects nest deeper than " + std::to_string(mostLevels) +
+                              " levels; this command does not take such files");
+        const velNode *next = velFirstChild(node);
+        if (next) {
+            above.push_back(node);
+        } else {
+            next = velNextSibling(node);
+            for (; !next && !above.empty(); above.pop_back())
+                next = velNextSibling(above.back());
+        }
+        node = next;
+    }
 }
 
 } // namespace veltool

@@ -39,4 +39,17 @@ enum class Libraries { Skip, Read };
 /// Parses a text; `file` is named in messages. Throws a Failure.
 void parseText(velHandle *handle, const SourceText &text, const std::string &file);
 
+/// Throws the Failure for a text that was refused with `message`: it names the
+/// line at fault. With Libraries::Read the libraries were read before the text.
+[[noreturn]] void throwParseFailure(const SourceText &text, const std::string &file,
+                                    const std::string &message,
+                                    Libraries libraries = Libraries::Skip);
+
+/// The most levels that objects may nest where a command writes an indent or a
+/// path for each: what it writes grows with the square of the levels.
+inline constexpr std::size_t mostLevels = 10'000;
+
+/// Throws a Failure if objects nest deeper than that.
+void requireShallow(velHandle *handle, const std::string &file);
+
 } // namespace veltool

@@ -1,6 +1,7 @@
 // How a command ends, and what it throws when it cannot go on.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -17,15 +18,26 @@ inline constexpr int statusFailed = 2;   ///< misuse, or an operation failed
 class Failure
 {
 public:
-    explicit Failure(std::string message) : message_(std::move(message)) {}
+    explicit Failure(std::string message) : message_(message), sentence_(std::move(message)) {}
+    /// Of a file; `line` is 0 if no line is at fault.
+    Failure(const std::string &file, std::size_t line, std::string sentence);
+
     [[nodiscard]] const std::string &message() const { return message_; }
+    /// The message without the file and the line that are at fault.
+    [[nodiscard]] const std::string &sentence() const { return sentence_; }
+    [[nodiscard]] std::size_t line() const { return line_; }
     [[nodiscard]] int status() const { return status_; }
 
 protected:
-    Failure(std::string message, int status) : message_(std::move(message)), status_(status) {}
+    Failure(std::string message, int status)
+        : message_(message), sentence_(std::move(message)), status_(status)
+    {
+    }
 
 private:
     std::string message_;
+    std::string sentence_;
+    std::size_t line_ = 0;
     int status_ = statusFailed;
 };
 
@@ -35,6 +47,11 @@ class Refusal : public Failure
 public:
     explicit Refusal(std::string message) : Failure(std::move(message), statusFindings) {}
 };
+
+/// A Refusal of an edit at a path: it names both, says that nothing was
+/// written, and ends with the advice, unless that is empty.
+[[nodiscard]] Refusal editRefusal(const std::string &file, const std::string &path,
+                                  const std::string &message, const std::string &advice = {});
 
 /// The message as it is shown: `veltool: message`, ended by a line feed.
 [[nodiscard]] std::string messageLine(const std::string &message);

@@ -4,7 +4,7 @@
 #include "tools/veltool/fileLoop.h"
 #include "tools/veltool/json.h"
 #include "tools/veltool/output.h"
-#include "tools/veltool/statementTree.h"
+#include "tools/veltool/statements.h"
 #include "tools/veltool/textPattern.h"
 #include "tools/veltool/treeWalk.h"
 

@@ -22,6 +22,17 @@ std::string bytesOf(const SourceText &source, LineRange lines)
     return source.bytes().substr(begin, source.lineStart(lines.first + lines.count) - begin);
 }
 
+std::string allLinesOf(const SourceText &source)
+{
+    return bytesOf(source, {0, source.lineCount()});
+}
+
+/// What comes before the first line.
+std::string byteOrderMarkOf(const SourceText &source)
+{
+    return source.bytes().substr(0, source.lineStart(0));
+}
+
 /// These lines, each with this line end.
 std::string linesOf(const SourceText &source, LineRange lines, const std::string &lineEnd)
 {
@@ -274,14 +285,14 @@ std::string MergedText::render(Resolution resolution, std::size_t markerSize) co
             text.add(edit.isConflict && resolution == Resolution::Ours ? edit.ours : edit.theirs);
     }
     text.add(bytesOf(ours_, {line, ours_.lineCount() - line}));
-    return text.take();
+    return byteOrderMarkOf(ours_) + text.take();
 }
 
 std::string wholeConflict(const SourceText &ours, const SourceText &theirs, std::size_t markerSize)
 {
     LineJoiner text(lineEndOf(ours));
-    text.addConflict(ours.bytes(), theirs.bytes(), markerSize);
-    return text.take();
+    text.addConflict(allLinesOf(ours), allLinesOf(theirs), markerSize);
+    return byteOrderMarkOf(ours) + text.take();
 }
 
 std::size_t countLostRemarks(const SourceText &base, const SourceText &theirs,

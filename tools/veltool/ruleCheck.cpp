@@ -4,6 +4,7 @@
 #include "tools/veltool/failure.h"
 #include "velapilt/src/velapilt.h"
 #include "velparser/api/velparser.h"
+#include "veltext/libraryFaults.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -25,10 +26,11 @@ void requirePerlSide()
 /// tells is a failure.
 std::vector<Finding> readLibrariesOnce()
 {
-    std::vector<Finding> faults = parseFindings(velparser::readVELLibraries());
+    const char *errors = velparser::readVELLibraries();
+    std::vector<Finding> faults = parseFindings(errors);
     for (const Finding &fault : faults) {
         if (fault.id != faultIdentifier)
-            require(fault.message.c_str(), fault.path);
+            throw Failure(veltext::placedLibraryErrors(errors));
     }
     if (!velparser::findLiteHandle())
         throw Failure("the Perl side has no command database");
@@ -130,22 +132,30 @@ void RuleCheck::load(const SourceText &text, const std::string &file) const
 {
     dropUserData();
     const velStringList lines = text.parsedLines().takeStrings();
-    require(velparser::loadVELData(lines.data(), static_cast<std::int32_t>(lines.size())), file);
+    const auto count = static_cast<std::int32_t>(lines.size());
+    if (const char *message = velparser::loadVELData(lines.data(), count))
+        throwParseFailure(text, file, message, Libraries::Read);
 }
 
 int RuleCheck::reportRuleFaults() const
 {
-    for (const Finding &fault : faults_)
-        report(fault.path + ": " + fault.message + " [" + fault.id + ']');
-    return faults_.empty() ? statusGood : statusFindings;
+    if (faults_.empty())
+        return statusGood;
+    const veltext::LibraryTexts libraries = veltext::readLibraryTexts();
+    for (const Finding &fault : faults_) {
+        const auto [file, line] = libraries.placeOf(fault.path);
+        report(file + ':' + std::to_string(line) + ": " + fault.path + ": " + fault.message +
+               " [" + fault.id + ']');
+    }
+    return statusFindings;
 }
 
-std::vector<Finding> RuleCheck::findings(const SourceText &text, const std::string &file)
+Findings RuleCheck::findings(const SourceText &text, const std::string &file)
 {
     load(text, file);
-    // What was changed is no matter here: the findings are those of the result.
-    (void)upgradeLoadedData(file);
-    return parseFindings(velparser::validateVELDataH());
+    std::vector<std::string> changes = upgradeLoadedData(file);
+    return {.findings = parseFindings(velparser::validateVELDataH()),
+            .changes = std::move(changes)};
 }
 
 Upgrade RuleCheck::upgrade(const SourceText &text, const std::string &file)

@@ -22,6 +22,13 @@ struct Upgrade
     TreeData result;                  ///< without what only the libraries state
 };
 
+/// What the rules find in the data of a text.
+struct Findings
+{
+    std::vector<Finding> findings;
+    std::vector<std::string> changes; ///< of the upgrade that came before the check
+};
+
 /// One field of a rule and its text.
 struct RuleField
 {
@@ -44,7 +51,7 @@ public:
 
     /// Brings the data up to the current version in memory and validates it,
     /// units and bounds included.
-    [[nodiscard]] std::vector<Finding> findings(const SourceText &text, const std::string &file);
+    [[nodiscard]] Findings findings(const SourceText &text, const std::string &file);
 
     /// Brings the data up to the current version.
     [[nodiscard]] Upgrade upgrade(const SourceText &text, const std::string &file);

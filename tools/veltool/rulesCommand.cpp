@@ -6,35 +6,20 @@
 #include "tools/veltool/json.h"
 #include "tools/veltool/output.h"
 #include "tools/veltool/ruleCheck.h"
-#include "tools/veltool/statementTree.h"
+#include "veltext/libraryFaults.h"
 
 #include <CLI/App.hpp>
-
-#include <cstdlib>
 
 namespace veltool {
 
 namespace {
 
-/// The files of the libraries that the environment names. Each name ends at a
-/// ';'; one ':' or ';' before it is passed over.
+/// The files of the libraries that the environment names.
 Words environmentLibraries()
 {
-    // Says what is wrong with the environment as every reader of libraries does.
+    // Reports what is wrong with the environment as every reader of libraries does.
     (void)newHandle(Libraries::Read);
-    const char *folder = std::getenv("ZOT5_VEL_LIBSDIR");
-    const char *names = std::getenv("ZOT5_VEL_LIBS");
-    Words files;
-    std::string_view rest = names ? names : "";
-    while (!rest.empty()) {
-        if (rest.front() == ':' || rest.front() == ';')
-            rest.remove_prefix(1);
-        const std::string_view name = rest.substr(0, rest.find(';'));
-        if (!name.empty())
-            files.push_back(std::string(folder ? folder : ".") + '/' + std::string(name));
-        rest.remove_prefix(name.size());
-    }
-    return files;
+    return velLibraryFiles();
 }
 
 class RulesCheckTask : public Task
@@ -51,7 +36,7 @@ public:
         int status = forEachFile(files, [this](const std::string &file) { return load(file); });
         JsonArray array;
         for (const Finding &fault : findRuleFaults(libraries_)) {
-            const auto &[file, line] = place(fault.path);
+            const auto [file, line] = places_.placeOf(fault.path);
             if (json_)
                 out() << array.next() << findingJson(file, line, fault);
             else
@@ -68,28 +53,14 @@ private:
     {
         SourceText text = readText(file);
         parseText(newHandle().get(), text, file);
-        trees_.emplace_back(text);
+        places_.add(file, text);
         libraries_.push_back(std::move(text));
-        names_.push_back(file);
         return statusGood;
     }
 
-    /// The library that states the path, or what is nearest above it, last.
-    [[nodiscard]] std::pair<std::string, std::size_t> place(const std::string &path) const
-    {
-        for (std::string at = path; !at.empty(); at.resize(at.rfind('/'))) {
-            for (std::size_t i = trees_.size(); i-- > 0;) {
-                if (const StatementTree::Stated *stated = trees_[i].lastOf(at))
-                    return {names_[i], stated->lines.first + 1};
-            }
-        }
-        return {names_.empty() ? std::string() : names_.back(), 0};
-    }
-
     bool json_ = false;
-    Words names_;
     std::vector<SourceText> libraries_;
-    std::vector<StatementTree> trees_;
+    veltext::LibraryTexts places_;
 };
 
 constexpr Command rulesCheckCommand = {

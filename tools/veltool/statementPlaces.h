@@ -4,7 +4,7 @@
 // blocks; who takes one out of a text must know them all.
 #pragma once
 
-#include "tools/veltool/statement.h"
+#include "tools/veltool/statements.h"
 #include "velapilt/src/velapilt.h"
 
 #include <unordered_map>

@@ -184,7 +184,8 @@ private:
     void append(const Splice &splice, std::string *result) const
     {
         const bool isInsertion = splice.begin == splice.end && splice.text.ends_with('\n');
-        if (!isInsertion || result->empty() || result->ends_with('\n')) {
+        const bool isFirst = splice.begin == source_.lineStart(0);
+        if (!isInsertion || isFirst || result->empty() || result->ends_with('\n')) {
             *result += splice.text;
             return;
         }

@@ -5,7 +5,7 @@
 // What is new follows the style of what stands beside it.
 #pragma once
 
-#include "tools/veltool/statementTree.h"
+#include "tools/veltool/statements.h"
 
 #include <map>
 #include <string>

@@ -9,6 +9,8 @@
 #include "veleditor/src/VELTree.h"
 #include "veleditor/src/WaitCursor.h"
 #include "velparser/api/velparser.h"
+#include "veltext/libraryFaults.h"
+#include "veltext/textFault.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -119,9 +121,9 @@ void Editor::loadCommandData(bool safeMode)
         warn(this, tr("Command File Library Errors"),
              tr("The following errors were encountered reading \nCommand File Library "
                 "files:\n\n") +
-                 fromBytes(errors));
+                 fromBytes(veltext::placedLibraryErrors(errors)));
     if (const char *failure = velparser::loadVELFromFile(fileName_.c_str(), "vel"))
-        throw fileError(failure);
+        throw fileError(veltext::explainRefusal(fileName_, failure));
     if (safeMode)
         static_cast<void>(velparser::setValidationLevelH(safeModeLevel));
 }

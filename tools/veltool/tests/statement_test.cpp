@@ -1,7 +1,6 @@
-#include "tools/veltool/statement.h"
+#include "tools/veltool/statements.h"
 
 #include "tools/veltool/commandData.h"
-#include "tools/veltool/statementTree.h"
 #include "tools/veltool/tests/randomText.h"
 #include "tools/veltool/treeWalk.h"
 

@@ -1,0 +1,95 @@
+#include "veltext/libraryFaults.h"
+
+#include "velapilt/src/velapilt.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace veltext {
+namespace {
+
+/// Libraries in a folder of the test's own, which the environment names.
+class LibraryFaultsTest : public ::testing::Test
+{
+protected:
+    LibraryFaultsTest()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "libraries-XXXXXX").string();
+        if (!mkdtemp(name.data()))
+            throw std::runtime_error("no temporary folder");
+        folder_ = name;
+        setenv("ZOT5_VEL_LIBSDIR", name.c_str(), 1);
+    }
+    ~LibraryFaultsTest() override { std::filesystem::remove_all(folder_); }
+
+    std::string write(const std::string &name, const std::string &text) const
+    {
+        std::ofstream(folder_ / name, std::ios::binary) << text;
+        return (folder_ / name).string();
+    }
+
+    /// What the reading of these libraries reports, with places.
+    static std::string errorsOf(const char *names)
+    {
+        setenv("ZOT5_VEL_LIBS", names, 1);
+        const velHandlePtr handle(velCreateHandle());
+        const char *errors = readLibraries(handle.get());
+        return errors ? placedLibraryErrors(errors) : "";
+    }
+
+    std::filesystem::path folder_;
+};
+
+TEST_F(LibraryFaultsTest, NamesTheLineOfASyntaxError)
+{
+    write("good.vel", "RULES:\nEND\n");
+    const std::string file = write("bad.vel", "RULES:\n  no statement\nEND\n");
+    EXPECT_EQ(errorsOf("good.vel;bad.vel"),
+              "Error reading library file " + file +
+                  ": parseVELLineH: syntax error near \"no statement\" (line 2)");
+}
+
+TEST_F(LibraryFaultsTest, NamesTheLineOfTheBlockThatIsStillOpen)
+{
+    const std::string file = write("open.vel", "RULES:\nEND\nRULES:\n");
+    EXPECT_EQ(errorsOf("open.vel"), "Error reading library file " + file +
+                                        ": 1 missing END statement(s) in input (line 3)");
+}
+
+TEST_F(LibraryFaultsTest, HintsAtTheSemicolonBetweenNames)
+{
+    write("a.vel", "");
+    write("b.vel", "");
+    const std::string errors = errorsOf("a.vel:b.vel");
+    EXPECT_TRUE(errors.ends_with(
+        "open failed; separate the names in ZOT5_VEL_LIBS by ';', not by ':'"))
+        << errors;
+    EXPECT_EQ(errorsOf("a.vel;b.vel"), "");
+}
+
+TEST_F(LibraryFaultsTest, PlacesTheFaultsOfRules)
+{
+    write("a.vel", "RULES:\n  OBJECT: A\n    Parents = B\n  END\nEND\n");
+    const std::string b = write("b.vel", "RULES:\n  OBJECT: B\n    Typo = 1\n  END\nEND\n");
+    setenv("ZOT5_VEL_LIBS", "a.vel;b.vel", 1);
+    EXPECT_EQ(placedLibraryErrors("/RULES/OBJECT:B/Typo: is no field [bad-rule]\n"
+                                  "/RULES/OBJECT:B/Missing: is missing [bad-rule]"),
+              b + ":3: /RULES/OBJECT:B/Typo: is no field [bad-rule]\n" + b +
+                  ":2: /RULES/OBJECT:B/Missing: is missing [bad-rule]");
+}
+
+TEST_F(LibraryFaultsTest, ListsTheFilesInTheOrderOfTheEnvironment)
+{
+    setenv("ZOT5_VEL_LIBS", ":a.vel;/b.vel;;./c.vel;", 1);
+    const std::string folder = folder_.string();
+    EXPECT_EQ(velLibraryFiles(),
+              (std::vector<std::string>{folder + "/a.vel", "/b.vel", folder + "/", "./c.vel"}));
+    unsetenv("ZOT5_VEL_LIBS");
+    EXPECT_EQ(velLibraryFiles(), std::vector<std::string>());
+}
+
+} // namespace
+} // namespace veltext
