@@ -8,6 +8,7 @@
 // 5. The result is written.
 #include "tools/veltool/command.h"
 #include "tools/veltool/commandData.h"
+#include "tools/veltool/fileLock.h"
 #include "tools/veltool/loadFiles.h"
 #include "tools/veltool/mergeText.h"
 #include "tools/veltool/output.h"
@@ -17,6 +18,7 @@
 #include <CLI/App.hpp>
 #include <CLI/Validators.hpp>
 
+#include <filesystem>
 #include <optional>
 
 namespace veltool {
@@ -33,6 +35,12 @@ std::string reason(const MergeStep &step)
     if (!step.ours)
         return "deleted in ours, changed in theirs";
     return step.base ? "changed on both sides" : "added on both sides, not the same";
+}
+
+bool isRegularFile(const std::string &file)
+{
+    std::error_code error;
+    return std::filesystem::is_regular_file(file, error);
 }
 
 /// Whether the text parses, and holds what the tree does.
@@ -62,6 +70,10 @@ public:
         name_ = name_.empty() ? words[1] : name_;
         if (!output_.empty() && kindOfFile(output_) == FileKind::Container)
             throw containerRefusal(output_);
+        // OUT may be one of the three: then nobody may change it until it is replaced.
+        std::optional<FileLock> lock;
+        if (isRegularFile(output_))
+            lock.emplace(output_);
         const SourceText base = readText(words[0]);
         const SourceText ours = readText(words[1]);
         const SourceText theirs = readText(words[2]);

@@ -122,35 +122,26 @@ void writeStraight(const std::string &file, std::string_view bytes)
 
 } // namespace
 
-EditedFile::EditedFile(const std::string &file) : name_(file)
+EditedFile::EditedFile(const std::string &file)
+    : name_(file == standardInput ? throw Failure("standard input cannot be edited in place")
+                                  : file),
+      lock_(file)
 {
-    if (file == standardInput)
-        throw Failure("standard input cannot be edited in place");
-    if (stat(file.c_str(), &before_) != 0)
-        throw systemFailure(file, errno);
-    if (!S_ISREG(before_.st_mode))
-        throw Failure(file + ": is no regular file");
-    if (access(file.c_str(), W_OK) != 0)
-        throw systemFailure(file, errno);
-    std::error_code error;
-    target_ = std::filesystem::canonical(file, error).string();
-    if (error)
-        throw systemFailure(file, error.value());
 }
 
 void EditedFile::replace(std::string_view bytes) const
 {
     const HeldSignals held;
-    TemporaryFile temporary(target_, name_);
-    temporary.copyOwner(before_);
-    temporary.fill(bytes, before_.st_mode);
+    TemporaryFile temporary(lock_.target(), name_);
+    temporary.copyOwner(lock_.status());
+    temporary.fill(bytes, lock_.status().st_mode);
     struct stat now;
-    if (stat(target_.c_str(), &now) != 0)
+    if (stat(lock_.target().c_str(), &now) != 0)
         throw systemFailure(name_, errno);
-    if (!isUnchanged(before_, now))
-        throw Failure(name_ + ": was changed by somebody else meanwhile; nothing was written");
+    if (!isUnchanged(lock_.status(), now))
+        throw Failure(name_ + ": was changed by another program meanwhile; nothing was written");
     keepBackup();
-    temporary.rename(target_);
+    temporary.rename(lock_.target());
 }
 
 void EditedFile::keepBackup() const
@@ -159,13 +150,13 @@ void EditedFile::keepBackup() const
     // A second name for the same file costs nothing. Where there are no such
     // names, and for files of others, it is a copy.
     unlink(temporary.name().c_str());
-    if (link(target_.c_str(), temporary.name().c_str()) == 0) {
+    if (link(lock_.target().c_str(), temporary.name().c_str()) == 0) {
         temporary.rename(backupName());
         return;
     }
     TemporaryFile copy(backupName(), backupName());
-    copy.copyOwner(before_);
-    copy.fill(readBytes(target_), before_.st_mode);
+    copy.copyOwner(lock_.status());
+    copy.fill(readBytes(lock_.target()), lock_.status().st_mode);
     copy.rename(backupName());
 }
 

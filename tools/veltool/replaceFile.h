@@ -1,14 +1,14 @@
 // Writing files so that nobody is ever left without a complete one.
 //
 // New bytes go to a temporary file in the same folder, are flushed to the disk
-// and take the file's name in one step. The former file stands as FILE.bak
+// and take the file's name in one step. The former file is kept as FILE.bak
 // before that step, so that at every moment FILE is whole, old or new.
 #pragma once
 
+#include "tools/veltool/fileLock.h"
+
 #include <string>
 #include <string_view>
-
-#include <sys/stat.h>
 
 namespace veltool {
 
@@ -16,8 +16,9 @@ namespace veltool {
 class EditedFile
 {
 public:
-    /// To be made before the file is read. Throws a Failure for what cannot be
-    /// changed: standard input, no regular file, no right to write.
+    /// Make it before the file is read: it waits for other programs that change
+    /// the file, and locks it. Throws a Failure for what cannot be changed:
+    /// standard input, not a regular file, no right to write.
     explicit EditedFile(const std::string &file);
 
     /// Gives the file these bytes; permissions and, where the user may, owner
@@ -31,9 +32,8 @@ public:
 private:
     void keepBackup() const;
 
-    std::string name_;   ///< as given
-    std::string target_; ///< where links lead
-    struct stat before_;
+    std::string name_; ///< as given
+    FileLock lock_;
 };
 
 /// Writes a file that need not exist: through a temporary one, or straight
