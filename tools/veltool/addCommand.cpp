@@ -1,15 +1,14 @@
 // veltool add: a new parameter in an object.
 #include "tools/veltool/editFile.h"
-#include "tools/veltool/valueEdit.h"
 
 namespace veltool {
 
 namespace {
 
-/// What helps with a path that is taken already.
-const char *hint(velHandle *handle, const std::string &path)
+/// What helps with a path that exists already.
+const char *advice(velHandle *handle, const std::string &path)
 {
-    return isObject(handle, path.c_str()) ? "" : "; veltool set gives it another value";
+    return isObject(handle, path.c_str()) ? "" : "veltool set gives it another value";
 }
 
 class AddTask : public EditTask
@@ -23,10 +22,11 @@ public:
         const auto changeTree = [&](velHandle *handle) {
             path = velFullPath(handle, words[1].c_str());
             if (havePath(handle, path.c_str()))
-                throw Refusal(file + ": " + path + " exists already" + hint(handle, path));
+                throw editRefusal(file, path, "exists already", advice(handle, path));
             if (const char *message = velCreateParam(handle, path.c_str(), value.c_str()))
-                throw Refusal(file + ": " + message);
-            requireStorable(value);
+                throw editRefusal(file, path, message,
+                                  "PATH is an existing object and a new name");
+            requireStorable(file, path, value);
             return true;
         };
         return editFile(file,
@@ -43,10 +43,10 @@ const Command addCommand = {
     .most = 3,
     .passesOn = false,
     .purpose = "Add a parameter to an object",
-    .details = "Writes a line behind the last parameter of the object's last block; no other line "
+    .details = "Writes a line after the last parameter of the object's last block; no other line "
                "changes, and the former file stays as FILE.bak. Refused with status 1, nothing "
-               "written, when the rules would find something new, for a parameter that is there "
-               "already, an object that is not, and a value that no file holds.",
+               "written, if the rules would find something new, if the parameter exists, if its "
+               "object does not, and if no file can hold VALUE.",
     .make = makeTask<AddTask>,
 };
 

@@ -9,7 +9,7 @@
 #include "tools/veltool/output.h"
 #include "tools/veltool/progressLine.h"
 #include "tools/veltool/ruleCheck.h"
-#include "tools/veltool/statementTree.h"
+#include "tools/veltool/upgradeChanges.h"
 #include "tools/veltool/workers.h"
 
 #include <CLI/App.hpp>
@@ -21,6 +21,8 @@
 namespace veltool {
 
 namespace {
+
+constexpr const char *errorIdentifier = "error";
 
 class CheckTask : public Task
 {
@@ -48,7 +50,7 @@ public:
             progress.update(++done, static_cast<std::int64_t>(files.size()), "files");
         };
         const int status = workOnFiles(
-            files, jobs, [this](const std::string &file) { return check(file); }, print);
+            files, jobs, [this](const std::string &file) { return checkOrFail(file); }, print);
         if (json_)
             out() << array_.end();
         return std::max(status, ruleStatus);
@@ -58,21 +60,66 @@ private:
     FileResult check(const std::string &file)
     {
         const SourceText text = readText(file);
-        parseText(newHandle().get(), text, file);
+        requireSound(text, file);
         FileResult result;
-        std::optional<StatementTree> lines; // made for the first finding
-        for (const Finding &finding : rules_->findings(text, file)) {
+        const Findings found = rules_->findings(text, file);
+        result.err = notes(text, file, found.changes);
+        std::optional<UpgradedLines> lines; // made for the first finding
+        for (const Finding &finding : found.findings) {
             if (!lines)
-                lines.emplace(text);
+                lines.emplace(text, found.changes);
             if (finding.path.empty()) {
-                result.err += messageLine(file + ": " + finding.message);
-                result.status = statusFailed;
+                addFailure(file, Failure(file, 0, finding.message), &result);
                 continue;
             }
             add(file, lines->lineOf(finding.path), finding, &result.out);
             result.status = std::max(result.status, statusFindings);
         }
         return result;
+    }
+
+    /// Throws a Failure for a text that does not parse or nests too deep.
+    static void requireSound(const SourceText &text, const std::string &file)
+    {
+        const velHandlePtr handle = newHandle();
+        parseText(handle.get(), text, file);
+        requireShallow(handle.get(), file);
+    }
+
+    /// What else is to be known of the file, a line each.
+    static std::string notes(const SourceText &text, const std::string &file,
+                             const std::vector<std::string> &changes)
+    {
+        std::string lines;
+        if (text.hasByteOrderMark())
+            lines += messageLine(file + ": begins with a byte order mark, which is skipped");
+        if (!changes.empty())
+            lines += messageLine(file + ": was upgraded in memory before the check (" +
+                                 std::to_string(changes.size()) +
+                                 (changes.size() == 1 ? " change" : " changes") +
+                                 "); veltool upgrade --dry-run lists what changes");
+        return lines;
+    }
+
+    /// A file that cannot be checked has an entry of its own in the JSON output.
+    void addFailure(const std::string &file, const Failure &failure, FileResult *result) const
+    {
+        result->err += messageLine(failure.message());
+        result->status = failure.status();
+        if (json_)
+            add(file, failure.line(),
+                {.path = {}, .message = failure.sentence(), .id = errorIdentifier}, &result->out);
+    }
+
+    FileResult checkOrFail(const std::string &file)
+    {
+        try {
+            return check(file);
+        } catch (const Failure &failure) {
+            FileResult result;
+            addFailure(file, failure, &result);
+            return result;
+        }
     }
 
     void add(const std::string &file, std::size_t line, const Finding &finding,
@@ -106,10 +153,10 @@ const Command checkCommand = {
     .fewest = 1,
     .most = anyNumber,
     .passesOn = false,
-    .purpose = "Hold command data against the rules",
+    .purpose = "Check command data against the rules",
     .details = "Loads each FILE, brings it up to the current version in memory, validates it with "
                "units and bounds, and prints a line for each finding: FILE:LINE: PATH: sentence "
-               "[identifier]. Status 1 when there is one. FILE itself is not changed.",
+               "[identifier]. Status 1 if there is one. FILE itself is not changed.",
     .make = makeTask<CheckTask>,
 };
 

@@ -15,12 +15,12 @@ public:
         const auto changeTree = [&](velHandle *handle) {
             path = velFullPath(handle, words[1].c_str());
             if (path == "/")
-                throw Refusal(file + ": / is all that the file holds; it is not deleted");
+                throw editRefusal(file, path, "this is all that the file holds");
             const char *message = isObject(handle, path.c_str())
                                       ? deleteObjH(handle, path.c_str())
                                       : deleteParamH(handle, path.c_str());
             if (message)
-                throw Refusal(file + ": " + message);
+                throw editRefusal(file, path, message, "veltool tree shows what is there");
             return true;
         };
         return editFile(file, {changeTree, [&](TextEdit *edit) { edit->remove(path); }});

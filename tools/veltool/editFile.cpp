@@ -5,6 +5,8 @@
 #include "tools/veltool/output.h"
 #include "tools/veltool/replaceFile.h"
 #include "tools/veltool/ruleCheck.h"
+#include "tools/veltool/upgradeChanges.h"
+#include "tools/veltool/valueEdit.h"
 
 #include <CLI/App.hpp>
 
@@ -12,7 +14,7 @@ namespace veltool {
 
 void EditTask::addOptions(CLI::App &app)
 {
-    app.add_flag("--force", force_, "Write in spite of new findings");
+    app.add_flag("--force", force_, "Write even if there are new findings");
     app.add_flag("--json", json_, "Print new findings as an array of objects");
 }
 
@@ -35,8 +37,10 @@ int EditTask::editFile(const std::string &file, const FileChange &change) const
     if (!isSameData(handle.get(), reread.get()))
         throw Failure(file + ": the edited text would not read back as wanted; "
                              "nothing was written");
-    if (printNewFindings(file, text, changed) && !force_)
+    if (printNewFindings(file, text, changed) && !force_) {
+        report(file + ": not written; use --force to write it anyway");
         return statusFindings;
+    }
     edited.replace(changed.bytes());
     return statusGood;
 }
@@ -46,14 +50,18 @@ bool EditTask::printNewFindings(const std::string &file, const SourceText &befor
 {
     RuleCheck rules;
     (void)rules.reportRuleFaults();
-    std::vector<Finding> fresh = rules.findings(after, file);
-    if (!fresh.empty())
-        fresh = newFindings(rules.findings(before, file), fresh);
-    const StatementTree lines(after);
+    const Findings now = rules.findings(after, file);
+    if (now.findings.empty()) {
+        out() << (json_ ? JsonArray().end() : "");
+        return false;
+    }
+    const std::vector<Finding> fresh =
+        newFindings(rules.findings(before, file).findings, now.findings);
+    const UpgradedLines lines(after, now.changes);
     JsonArray array;
     for (const Finding &finding : fresh) {
         if (finding.path.empty())
-            throw Failure(file + ": " + finding.message);
+            throw Failure(file, 0, finding.message + "; nothing was written");
         const std::size_t line = lines.lineOf(finding.path);
         if (json_)
             out() << array.next() << findingJson(file, line, finding);
@@ -63,6 +71,12 @@ bool EditTask::printNewFindings(const std::string &file, const SourceText &befor
     if (json_)
         out() << array.end();
     return !fresh.empty();
+}
+
+void requireStorable(const std::string &file, const std::string &path, const std::string &value)
+{
+    if (const std::string fault = storageFault(value); !fault.empty())
+        throw editRefusal(file, path, fault);
 }
 
 SourceText readTextToEdit(const std::string &file)

@@ -2,9 +2,11 @@
 //
 // 1. The database makes the change, or refuses it.
 // 2. The text is edited, nothing but what the change is about.
-// 3. The edited text, read anew, gives the tree that the database now holds.
+// 3. The edited text, read again, gives the tree that the database now holds.
 // 4. The rules find nothing in it that they did not find before.
 // 5. The file is replaced, the former one stays as FILE.bak.
+//
+// Other programs that edit the file wait from before 1 to after 5.
 #pragma once
 
 #include "tools/veltool/command.h"
@@ -32,7 +34,7 @@ public:
 
 protected:
     /// Gives the status. Findings that the change would bring are printed; it is
-    /// made nevertheless with --force.
+    /// then made with --force only.
     [[nodiscard]] int editFile(const std::string &file, const FileChange &change) const;
 
 private:
@@ -42,6 +44,9 @@ private:
     bool force_ = false;
     bool json_ = false;
 };
+
+/// Throws a Refusal if no line of a file can hold the value.
+void requireStorable(const std::string &file, const std::string &path, const std::string &value);
 
 /// The bytes of a file that is to be edited as a text. Throws a Refusal for a
 /// def or res file, which are edited by way of extract and embed.

@@ -1,10 +1,17 @@
 // veltool set: a new value for a parameter.
 #include "tools/veltool/editFile.h"
-#include "tools/veltool/valueEdit.h"
 
 namespace veltool {
 
 namespace {
+
+/// What helps with a path that cannot be set.
+std::string advice(velHandle *handle, const std::string &path)
+{
+    if (havePath(handle, path.c_str()))
+        return "name a parameter of the object";
+    return "veltool add adds a parameter; veltool tree shows what is there";
+}
 
 class SetTask : public EditTask
 {
@@ -20,8 +27,8 @@ public:
             if (former && value == former)
                 return false;
             if (const char *message = setStringValue(handle, path.c_str(), value.c_str()))
-                throw Refusal(file + ": " + message);
-            requireStorable(value);
+                throw editRefusal(file, path, message, advice(handle, path));
+            requireStorable(file, path, value);
             return true;
         };
         return editFile(file, {changeTree, [&](TextEdit *edit) { edit->setValue(path, value); }});
@@ -38,8 +45,9 @@ const Command setCommand = {
     .passesOn = false,
     .purpose = "Give a parameter a new value",
     .details = "Changes the lines of the parameter's last statement and no other; the former file "
-               "stays as FILE.bak. Refused with status 1, nothing written, when the rules would "
-               "find something new, for what is no parameter, and for a value that no file holds.",
+               "stays as FILE.bak. Refused with status 1, nothing written, if the rules would "
+               "find something new, if there is no parameter at PATH, and if no file can hold "
+               "VALUE. Waits while another veltool changes FILE.",
     .make = makeTask<SetTask>,
 };
 

@@ -24,6 +24,7 @@ public:
     {
         const velHandlePtr handle =
             loadFile(words[0], library_ ? Libraries::Read : Libraries::Skip);
+        requireShallow(handle.get(), words[0]);
         const std::string path =
             velFullPath(handle.get(), words.size() > 1 ? words[1].c_str() : "/");
         const velNode *start = velFindNode(handle.get(), path.c_str());

@@ -13,6 +13,7 @@
 #include "tools/veltool/output.h"
 #include "tools/veltool/replaceFile.h"
 #include "tools/veltool/ruleCheck.h"
+#include "tools/veltool/upgradeChanges.h"
 
 #include <CLI/App.hpp>
 
@@ -22,51 +23,6 @@
 namespace veltool {
 
 namespace {
-
-constexpr std::string_view renamed = "renamed to ";
-constexpr std::string_view moved = "moved to ";
-
-/// What a change names as the new name: `"Name"` of a parameter, TYPE or
-/// TYPE:Name of an object. Empty for other changes.
-std::string newNameIn(std::string_view change)
-{
-    if (!change.starts_with(renamed))
-        return {};
-    change.remove_prefix(renamed.size());
-    if (change.size() > 1 && change.starts_with('"') && change.ends_with('"'))
-        change = change.substr(1, change.size() - 2);
-    return std::string(change);
-}
-
-/// `path`, or a path below it, after `from` has become `to`.
-std::string pathAfter(const std::string &path, const std::string &from, const std::string &to)
-{
-    const bool concerned =
-        path.starts_with(from) && (path.size() == from.size() || path[from.size()] == '/');
-    return concerned ? to + path.substr(from.size()) : path;
-}
-
-/// Where parameters that moved stand in the end, and where in the text with the
-/// new names: one may move twice, and it or what is above it be renamed behind.
-Moves movesIn(const std::vector<std::string> &changes)
-{
-    Moves moves;
-    for (const std::string &change : changes) {
-        const Finding parts = parseFinding(change);
-        const std::string name = newNameIn(parts.message);
-        if (parts.message.starts_with(moved)) {
-            const auto earlier = moves.extract(parts.path);
-            moves[parts.message.substr(moved.size())] = earlier ? earlier.mapped() : parts.path;
-        } else if (!name.empty()) {
-            const std::string to = parts.path.substr(0, parts.path.rfind('/') + 1) + name;
-            Moves after;
-            for (const auto &[now, before] : moves)
-                after[pathAfter(now, parts.path, to)] = pathAfter(before, parts.path, to);
-            moves = std::move(after);
-        }
-    }
-    return moves;
-}
 
 class UpgradeTask : public Task
 {

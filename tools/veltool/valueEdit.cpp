@@ -222,30 +222,25 @@ std::string_view leadingBlanks(std::string_view line)
     return line.substr(0, static_cast<std::size_t>(end - line.begin()));
 }
 
-void requireStorable(std::string_view value)
+std::string storageFault(std::string_view value)
 {
     const velparser::ValueCheck check = velparser::checkValueText(value);
-    const auto refuse = [&](const std::string &why) {
-        throw Refusal("value \"" + std::string(value) + "\" cannot stand in a file: " + why);
-    };
+    const std::string start = "value \"" + std::string(value) + "\" cannot be stored in a file: ";
     switch (check.fault) {
     case velparser::ValueFault::ControlCharacter:
-        refuse("control character number " +
+        return start + "control character number " +
                std::to_string(static_cast<unsigned char>(value[check.position])) +
-               " is not allowed");
-        break;
+               " is not allowed";
     case velparser::ValueFault::Remark:
-        refuse("'#' begins a remark; write \\#");
-        break;
+        return start + "'#' begins a comment; write \\#";
     case velparser::ValueFault::FinalBackslash:
-        refuse("a final back-slash continues the line");
-        break;
+        return start + "a final backslash continues the line";
     case velparser::ValueFault::WhiteSpace:
-        refuse("tabs, blanks at either end, and several in a row, are not kept");
-        break;
+        return start + "tabs, blanks at either end, and several in a row, are not kept";
     case velparser::ValueFault::None:
         break;
     }
+    return {};
 }
 
 Splice valueSplice(const SourceText &source, LineRange lines, std::string_view value)

@@ -1,16 +1,16 @@
 // Putting a new value into the text of a statement.
 #pragma once
 
-#include "tools/veltool/statement.h"
+#include "tools/veltool/statements.h"
 
 #include <string>
 #include <string_view>
 
 namespace veltool {
 
-/// Throws a Failure that says why, when no line of a file can hold the value
-/// so that it reads back the same.
-void requireStorable(std::string_view value);
+/// Why no line of a file can hold the value so that it reads back the same;
+/// empty if one can.
+[[nodiscard]] std::string storageFault(std::string_view value);
 
 /// Bytes of a source, and what takes their place.
 struct Splice

@@ -111,9 +111,124 @@ TEST_F(CheckTest, UpgradesInMemoryFirst)
 {
     const std::string text = "PUMP: a\n  Kind = Screw\n  Lift = 3\nEND\n";
     const std::string file = folder_.write("old.vel", text);
-    EXPECT_EQ(runTool({"check", file}).out,
-              file + ":1: /PUMP:a/Head: 3 has no unit; write it as 3 [m] [missing-unit]\n");
+    const ToolRun run = runTool({"check", file});
+    EXPECT_EQ(run.out,
+              file + ":3: /PUMP:a/Head: 3 has no unit; write it as 3 [m] [missing-unit]\n");
+    EXPECT_EQ(run.err, "veltool: " + file +
+                           ": was upgraded in memory before the check (1 change); veltool upgrade "
+                           "--dry-run lists what changes\n");
     EXPECT_EQ(folder_.read("old.vel"), text);
+}
+
+TEST_F(CheckTest, GivesUnreadableFilesAnEntryInTheJson)
+{
+    const std::string broken = folder_.write("broken.vel", "PUMP: a\nno sense\n");
+    const std::string missing = folder_.path("missing.vel");
+    const std::string fine = folder_.write("bad.vel", bad);
+    for (const char *jobs : {"1", "3"}) {
+        const ToolRun run = runTool({"check", "--json", "--jobs", jobs, missing, fine, broken});
+        EXPECT_EQ(run.status, 2);
+        const auto array = nlohmann::json::parse(run.out);
+        ASSERT_EQ(array.size(), 6U);
+        const nlohmann::json unreadable = {{"file", missing},
+                                           {"line", 0},
+                                           {"path", ""},
+                                           {"message", "No such file or directory"},
+                                           {"id", "error"}};
+        EXPECT_EQ(array[0], unreadable);
+        const nlohmann::json syntax = {
+            {"file", broken},
+            {"line", 2},
+            {"path", ""},
+            {"message", "parseVELLineH: syntax error near \"no sense\""},
+            {"id", "error"}};
+        EXPECT_EQ(array[5], syntax);
+    }
+}
+
+TEST_F(CheckTest, NotesAByteOrderMarkAndSkipsIt)
+{
+    const std::string file = folder_.write("bad.vel", std::string("\xEF\xBB\xBF") + bad);
+    const ToolRun run = runTool({"check", file});
+    EXPECT_EQ(run.out, badFindings(file));
+    EXPECT_EQ(run.err,
+              "veltool: " + file + ": begins with a byte order mark, which is skipped\n");
+    EXPECT_EQ(runTool({"check", folder_.write("good.vel", std::string("\xEF\xBB\xBF") + good)})
+                  .status,
+              0);
+}
+
+TEST_F(CheckTest, NamesTheLineOfTheBlockThatIsOpen)
+{
+    const std::string file = folder_.write("open.vel", "PUMP: a\nEND\nPUMP: b\n  Kind = Screw\n");
+    EXPECT_EQ(runTool({"check", file}).err,
+              "veltool: " + file + ":3: 1 missing END statement(s) in input\n");
+}
+
+TEST_F(CheckTest, SaysInPlainWordsThatAMergeIsNotResolved)
+{
+    const std::string file =
+        folder_.write("conflict.vel", "PUMP: a\n<<<<<<< ours\n  Kind = Screw\n=======\n"
+                                      "  Kind = Piston\n>>>>>>> theirs\nEND\n");
+    EXPECT_EQ(runTool({"check", file}).err,
+              "veltool: " + file +
+                  ":2: a conflict marker of a merge; keep one of the two sides and delete the "
+                  "marker lines\n");
+}
+
+TEST_F(CheckTest, GivesFileAndLineOfMistakesInLibraries)
+{
+    const std::string fine = folder_.write("good.vel", good);
+    const OwnRules faulty("RULES:\n  OBJECT: PUMP\n    Typo = 1\n  END\nEND\n");
+    const ToolRun run = runTool({"check", fine});
+    EXPECT_EQ(run.err.rfind("veltool: " + faulty.path() + ":3: /RULES/OBJECT:PUMP/Typo: ", 0), 0U)
+        << run.err;
+    const OwnRules broken("RULES:\n  no statement\nEND\n");
+    const ToolRun refused = runTool({"check", fine});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_NE(refused.err.find("syntax error near \"no statement\" (line 2)\n"), std::string::npos)
+        << refused.err;
+}
+
+TEST_F(CheckTest, HintsAtTheSemicolonBetweenLibraries)
+{
+    setenv("ZOT5_VEL_LIBS", "rules.vel:rules.vel", 1); // OwnRules restores it
+    const ToolRun run = runTool({"check", folder_.write("good.vel", good)});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("; separate the names in ZOT5_VEL_LIBS by ';', not by ':'\n"),
+              std::string::npos)
+        << run.err;
+}
+
+std::string nested(std::size_t levels)
+{
+    std::string text;
+    for (std::size_t i = 0; i < levels; ++i)
+        text += "A: a\n";
+    for (std::size_t i = 0; i < levels; ++i)
+        text += "END\n";
+    return text;
+}
+
+// What these commands print grows with the square of the levels.
+TEST_F(CheckTest, ObjectsNestedTooDeepAreRefused)
+{
+    const std::string deep = folder_.write("deep.vel", nested(100'001));
+    const std::string least = folder_.write("least.vel", nested(10'001));
+    const std::string most = folder_.write("most.vel", nested(10'000));
+    for (const char *command : {"check", "format", "tree"}) {
+        for (const std::string &file : {deep, least}) {
+            const ToolRun run = runShell("ulimit -v 2000000; $VELTOOL " + std::string(command) +
+                                         ' ' + file);
+            EXPECT_EQ(run.status, 2) << command;
+            EXPECT_EQ(run.out, "");
+            EXPECT_EQ(run.err, "veltool: " + file +
+                                   ": objects nest deeper than 10000 levels; this command does "
+                                   "not take such files\n");
+        }
+    }
+    EXPECT_EQ(runTool({"format", "-o", "/dev/null", most}).status, 0);
+    EXPECT_EQ(runShell("$VELTOOL tree " + most + " >/dev/null").status, 0);
 }
 
 TEST_F(CheckTest, DoesTheOthersWhenOneFails)
@@ -318,7 +433,15 @@ TEST_F(CheckTest, ExplainShowsTheRule)
 {
     const std::string file = folder_.write("good.vel", good);
     const ToolRun parameter = runTool({"explain", file, "PUMP:a / Head"});
-    EXPECT_EQ(parameter.out, "Type = Real\nUnits = m\nUpper Bound = 100 [m]\n");
+    EXPECT_EQ(parameter.out, "Type = Real\n"
+                             "Units = m\n"
+                             "Upper Bound = 100 [m]\n"
+                             "Bounds Exclusive = No\n"
+                             "Editable = Yes\n"
+                             "Editable While Running = No\n"
+                             "Expert = No\n"
+                             "Expressions = Yes\n"
+                             "Presence = optional, by \"Optional Parameters\" of OBJECT:PUMP\n");
     EXPECT_EQ(parameter.status, 0);
     const ToolRun object = runTool({"explain", "-", "/PUMP:a"}, good);
     EXPECT_NE(object.out.find("Parents = /\nRequired Parameters = Kind\n"), std::string::npos)
@@ -327,6 +450,7 @@ TEST_F(CheckTest, ExplainShowsTheRule)
         nlohmann::json::parse(runTool({"explain", "--json", file, "/PUMP:a/Kind"}).out);
     EXPECT_EQ(json["path"], "/PUMP:a/Kind");
     EXPECT_EQ(json["fields"]["Allowed Values"], "Piston, Screw");
+    EXPECT_EQ(json["fields"]["Presence"], "required, by \"Required Parameters\" of OBJECT:PUMP");
 
     const ToolRun none = runTool({"explain", file, "/VALVE:v"});
     EXPECT_EQ(none.status, 1);

@@ -92,7 +92,8 @@ TEST_F(SetTest, IsRefusedWhenTheRulesFindSomethingNew)
     const std::string file = writeSample();
     const ToolRun run = set("/DOMAIN:d/Kind", "Gas");
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.err,
+              "veltool: " + file + ": not written; use --force to write it anyway\n");
     EXPECT_EQ(run.out.rfind(file + ":5: /DOMAIN:d/Kind: ", 0), 0U) << run.out;
     EXPECT_NE(run.out.find("[not-allowed]\n"), std::string::npos) << run.out;
     EXPECT_EQ(folder_.read("a.vel"), sample_);
@@ -118,11 +119,15 @@ TEST_F(SetTest, RefusesWhatTheDatabaseRefuses)
     const ToolRun missing = set("/DOMAIN:d/No", "1");
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(missing.err,
-              "veltool: " + file + ": setStringValue: requested object does not exist\n");
+              "veltool: " + file +
+                  ": /DOMAIN:d/No: setStringValue: requested object does not exist; nothing was "
+                  "written; veltool add adds a parameter; veltool tree shows what is there\n");
     const ToolRun object = set("/DOMAIN:d", "1");
     EXPECT_EQ(object.status, 1);
     EXPECT_EQ(object.err,
-              "veltool: " + file + ": setStringValue: requested object is not a parameter\n");
+              "veltool: " + file +
+                  ": /DOMAIN:d: setStringValue: requested object is not a parameter; nothing was "
+                  "written; name a parameter of the object\n");
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
 }
 
@@ -138,13 +143,42 @@ TEST_F(SetTest, RefusesWhatAFileCannotHold)
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
 }
 
+// A program can give a parameter the value "a#b", but a line would end at the '#'.
+TEST_F(SetTest, RefusesAValueWithAHashThatNoBackslashPrecedes)
+{
+    const std::string file = writeSample();
+    for (const Words &words : {Words{"set", file, "/DOMAIN:d/Number", "a#b"},
+                               Words{"add", file, "/DOMAIN:d/Note", "a#b"}}) {
+        const ToolRun run = runTool(words);
+        EXPECT_EQ(run.status, 1);
+        EXPECT_NE(run.err.find("value \"a#b\" cannot be stored in a file"), std::string::npos)
+            << run.err;
+    }
+    EXPECT_EQ(folder_.read("a.vel"), sample_);
+}
+
+TEST_F(SetTest, KeepsAByteOrderMark)
+{
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::string file = folder_.write("a.vel", mark + "DOMAIN: d\n  Kind = Fluid\nEND\n");
+    EXPECT_EQ(set("/DOMAIN:d/Kind", "Solid").status, 0);
+    EXPECT_EQ(folder_.read("a.vel"), mark + "DOMAIN: d\n  Kind = Solid\nEND\n");
+    EXPECT_EQ(runTool({"add", file, "/DOMAIN:d/Note", "x"}).status, 0);
+    EXPECT_EQ(runTool({"delete", file, "/DOMAIN:d"}).status, 0);
+    EXPECT_EQ(folder_.read("a.vel"), mark);
+    EXPECT_EQ(runTool({"add", "--force", file, "/top", "1"}).status, 0);
+    EXPECT_EQ(folder_.read("a.vel"), mark + "top = 1\n");
+}
+
 TEST_F(SetTest, PointsToExtractForAContainer)
 {
     const std::string file = folder_.write("a.res", "*INFO\n                   0\n*ENDINFO\n");
     const ToolRun run = runTool({"set", file, "/x", "1"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("veltool extract"), std::string::npos) << run.err;
-    EXPECT_NE(run.err.find("veltool embed"), std::string::npos) << run.err;
+    EXPECT_EQ(run.err, "veltool: " + file +
+                           ": is a def or res file; nothing was written; take its command data "
+                           "out with veltool extract, edit that, and put it back with veltool "
+                           "embed\n");
 }
 
 TEST_F(SetTest, FollowsALinkAndReplacesAnOldBackup)
@@ -227,16 +261,21 @@ TEST_F(SetTest, AddIsRefused)
         return run.out + run.err;
     };
     EXPECT_EQ(refusal("/DOMAIN:d/Kind", "Solid"),
-              start + "/DOMAIN:d/Kind exists already; veltool set gives it another value\n");
-    EXPECT_EQ(refusal("/DOMAIN:d", "1"), start + "/DOMAIN:d exists already\n");
+              start + "/DOMAIN:d/Kind: exists already; nothing was written; veltool set gives it "
+                      "another value\n");
+    EXPECT_EQ(refusal("/DOMAIN:d", "1"),
+              start + "/DOMAIN:d: exists already; nothing was written\n");
     EXPECT_EQ(refusal("/DOMAIN:e/Kind", "Solid"),
-              start + "velCreateParam: parent object does not exist\n");
+              start + "/DOMAIN:e/Kind: velCreateParam: parent object does not exist; nothing was "
+                      "written; PATH is an existing object and a new name\n");
     EXPECT_EQ(refusal("/DOMAIN:d/1 No Name", "1").rfind(start, 0), 0U);
     EXPECT_EQ(refusal("/DOMAIN:d/Note", "a # b"),
-              "veltool: value \"a # b\" cannot stand in a file: '#' begins a remark; write \\#\n");
+              start + "/DOMAIN:d/Note: value \"a # b\" cannot be stored in a file: '#' begins a "
+                      "comment; write \\#; nothing was written\n");
     EXPECT_EQ(refusal("/DOMAIN:d/Nte", "1"),
               file + ":9: /DOMAIN:d/Nte: DOMAIN has no parameter \"Nte\"; did you mean Note? "
-                     "[unknown-parameter]\n");
+                     "[unknown-parameter]\n" + start +
+                  "not written; use --force to write it anyway\n");
     EXPECT_EQ(folder_.read("a.vel"), sample_);
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
 
@@ -272,8 +311,12 @@ TEST_F(SetTest, DeleteIsRefused)
               file + ":3: /DOMAIN:d: required parameter \"Kind\" is missing [missing-parameter]\n");
     const ToolRun missing = runTool({"delete", file, "/DOMAIN:d/Note"});
     EXPECT_EQ(missing.status, 1);
-    EXPECT_EQ(missing.err.rfind("veltool: " + file + ": ", 0), 0U) << missing.err;
-    EXPECT_EQ(runTool({"delete", file, "/"}).status, 1);
+    EXPECT_EQ(missing.err.rfind("veltool: " + file + ": /DOMAIN:d/Note: ", 0), 0U) << missing.err;
+    EXPECT_NE(missing.err.find("; nothing was written; "), std::string::npos) << missing.err;
+    const ToolRun root = runTool({"delete", file, "/"});
+    EXPECT_EQ(root.status, 1);
+    EXPECT_EQ(root.err, "veltool: " + file +
+                            ": /: this is all that the file holds; nothing was written\n");
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
     EXPECT_EQ(runTool({"delete", "--force", file, "/DOMAIN:d/Kind"}).status, 0);
     EXPECT_EQ(runTool({"find", file, "Kind=*"}).status, 1);

@@ -2,7 +2,7 @@
 
 #include "tools/veltool/commandData.h"
 #include "tools/veltool/failure.h"
-#include "tools/veltool/statementTree.h"
+#include "tools/veltool/statements.h"
 #include "tools/veltool/tests/randomText.h"
 #include "tools/veltool/treeWalk.h"
 
@@ -99,28 +99,18 @@ TEST(ReplaceValue, ReplacesAValueOnAContinuationLine)
     EXPECT_EQ(edit("Na\\\nme = old # a \\\n b\n", "new"), "Na\\\nme = new # a \\\n b\n");
 }
 
-std::string refusal(std::string_view value)
-{
-    try {
-        requireStorable(value);
-        return "";
-    } catch (const Failure &failure) {
-        return failure.message();
-    }
-}
-
-TEST(RequireStorable, RefusesWhatWouldNotReadBack)
+TEST(StorageFault, IsThereForWhatWouldNotReadBack)
 {
     for (const char *value : {"", "a b", "a \\# b", "-5 [Pa]", "a = b : c", "\xC3\xA4\xFF", "\\ a"})
-        EXPECT_EQ(refusal(value), "");
-    EXPECT_EQ(refusal("a # b"),
-              "value \"a # b\" cannot stand in a file: '#' begins a remark; write \\#");
-    EXPECT_EQ(refusal("a\\"),
-              "value \"a\\\" cannot stand in a file: a final back-slash continues the line");
-    EXPECT_EQ(refusal("a\nb"), "value \"a\nb\" cannot stand in a file: control character number 10 "
+        EXPECT_EQ(storageFault(value), "");
+    EXPECT_EQ(storageFault("a # b"),
+              "value \"a # b\" cannot be stored in a file: '#' begins a comment; write \\#");
+    EXPECT_EQ(storageFault("a\\"),
+              "value \"a\\\" cannot be stored in a file: a final backslash continues the line");
+    EXPECT_EQ(storageFault("a\nb"), "value \"a\nb\" cannot be stored in a file: control character number 10 "
                                "is not allowed");
     for (const char *value : {"#", "a\tb", " a", "a ", "a  b", "a\r"})
-        EXPECT_NE(refusal(value), "") << value;
+        EXPECT_NE(storageFault(value), "") << value;
 }
 
 /// One parameter, chosen at random.
@@ -179,7 +169,7 @@ TEST(ReplaceValue, EditsRandomTextsAsTheDatabaseDoes)
             const StatementTree::Stated *stated = tree.lastOf(path);
             ASSERT_NE(stated, nullptr);
             const std::string value = random.value();
-            ASSERT_EQ(refusal(value), "");
+            ASSERT_EQ(storageFault(value), "");
             const SourceText edited(spliced(source, valueSplice(source, stated->lines, value)));
             expectSameSurroundings(source, edited, stated->lines);
             ASSERT_EQ(setStringValue(handle.get(), path.c_str(), value.c_str()), nullptr);
