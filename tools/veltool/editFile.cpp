@@ -38,6 +38,7 @@ int EditTask::editFile(const std::string &file, const FileChange &change) const
         throw Failure(file + ": the edited text would not read back as wanted; "
                              "nothing was written");
     if (printNewFindings(file, text, changed) && !force_) {
+        out().flush(); // the findings come first
         report(file + ": not written; use --force to write it anyway");
         return statusFindings;
     }

@@ -115,7 +115,7 @@ TEST_F(CheckTest, UpgradesInMemoryFirst)
     EXPECT_EQ(run.out,
               file + ":3: /PUMP:a/Head: 3 has no unit; write it as 3 [m] [missing-unit]\n");
     EXPECT_EQ(run.err, "veltool: " + file +
-                           ": was upgraded in memory before the check (1 change); veltool upgrade "
+                           ": was upgraded in memory before the check (2 changes); veltool upgrade "
                            "--dry-run lists what changes\n");
     EXPECT_EQ(folder_.read("old.vel"), text);
 }
@@ -307,8 +307,9 @@ TEST_F(CheckTest, ReportsWrongRulesOnceAndUsesTheSoundOnes)
     const std::string one = folder_.write("bad.vel", bad);
     const ToolRun run = runTool({"check", one, one});
     EXPECT_EQ(run.out, badFindings(one) + badFindings(one));
-    EXPECT_EQ(run.err, "veltool: /RULES/OBJECT:X/Bogus: \"Bogus\" is no field of this rule "
-                       "[bad-rule]\n");
+    EXPECT_EQ(run.err, "veltool: " + wrong.path() +
+                           ":3: /RULES/OBJECT:X/Bogus: \"Bogus\" is no field of this rule "
+                           "[bad-rule]\n");
     const ToolRun fine = runTool({"check", folder_.write("good.vel", good)});
     EXPECT_EQ(fine.status, 1) << "the rules have findings";
 }

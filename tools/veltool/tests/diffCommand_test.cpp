@@ -179,7 +179,7 @@ TEST_F(DiffTest, TellsOfEveryFileThatCannotBeRead)
     EXPECT_EQ(both.status, 2);
     EXPECT_EQ(both.out, "");
     EXPECT_EQ(both.err, "veltool: " + wrong +
-                            ": 1 missing END statement(s) in input\n"
+                            ":2: 1 missing END statement(s) in input\n"
                             "veltool: " +
                             missing + ": No such file or directory\n");
     EXPECT_EQ(runTool({"diff", good, folder_.path()}).status, 2);

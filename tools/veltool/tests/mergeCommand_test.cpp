@@ -198,8 +198,9 @@ TEST_F(MergeTest, NoReaderTakesAConflict)
     const std::string file = folder_.write("conflict", merge("x = 1\n", "x = 2\n", "x = 0\n").out);
     const ToolRun run = runTool({"get", file, "/x"});
     EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.err,
-              "veltool: " + file + ":1: parseVELLineH: syntax error near \"<<<<<<< ours\"\n");
+    EXPECT_EQ(run.err, "veltool: " + file +
+                           ":1: a conflict marker of a merge; keep one of the two sides and "
+                           "delete the marker lines\n");
 }
 
 TEST_F(MergeTest, WhatCannotBeEditedSafelyIsOneConflict)
