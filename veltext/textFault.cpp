@@ -121,7 +121,11 @@ std::string explainRefusal(const std::string &file, const std::string &message)
     if (!text || !handle)
         return message;
     const std::optional<TextFault> fault = findFault(*text, handle.get());
-    return fault ? placed(file, *fault) : message;
+    if (!fault)
+        return message;
+    if (fault->isExplained)
+        return message + '\n' + placed(file, *fault);
+    return fault->message + " (" + file + ':' + std::to_string(fault->line) + ')';
 }
 
 } // namespace veltext

@@ -29,9 +29,10 @@ struct TextFault
 /// "FILE:LINE: message", or "FILE: message" without a line.
 [[nodiscard]] std::string placed(const std::string &file, const TextFault &fault);
 
-/// What to report when the file was refused with `message`: that message with
-/// file and line if the text is at fault, else the message alone. The rule
-/// libraries that the environment names count as read before the file.
+/// What to report when the file was refused with `message`: that message, with
+/// file and line after it if the text is at fault, and with a plain sentence on
+/// another line where there is one. The rule libraries that the environment
+/// names count as read before the file.
 [[nodiscard]] std::string explainRefusal(const std::string &file, const std::string &message);
 
 } // namespace veltext

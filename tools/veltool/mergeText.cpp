@@ -72,7 +72,9 @@ std::string blockText(velHandle *tree, const velNode *node, const std::string &i
     for (TreeWalk walk(tree, node, "/"); walk.node(); walk.step()) {
         closeTo(walk.depth());
         const std::string inner = indent + std::string(2 * walk.depth(), ' ');
-        text.append(inner).append(statementOf(walk.info())).append(lineEnd);
+        const char *value = walk.info().value;
+        text.append(inner).append(statementOf(walk.info())).append(guardOf(value ? value : ""));
+        text.append(lineEnd);
         if (walk.info().kind != velParam)
             open.push_back(inner);
     }

@@ -132,7 +132,9 @@ private:
     void render(const TextEdit::Added &added, const std::string &indent, std::string *text) const
     {
         if (!added.isObject) {
-            line(indent + added.component + (added.value.empty() ? " =" : " = ") + added.value,
+            const std::string guard(added.remark.empty() ? guardOf(added.value) : "");
+            line(indent + added.component + (added.value.empty() ? " =" : " = ") + added.value +
+                     guard,
                  text);
             if (!added.remark.empty())
                 text->insert(text->size() - lineEnd_.size(), ' ' + added.remark);

@@ -222,6 +222,11 @@ std::string_view leadingBlanks(std::string_view line)
     return line.substr(0, static_cast<std::size_t>(end - line.begin()));
 }
 
+std::string_view guardOf(std::string_view value)
+{
+    return value.ends_with('\\') ? " #" : "";
+}
+
 std::string storageFault(std::string_view value)
 {
     const velparser::ValueCheck check = velparser::checkValueText(value);
@@ -248,14 +253,18 @@ Splice valueSplice(const SourceText &source, LineRange lines, std::string_view v
     Statement statement;
     readStatement(source, lines.first, Positions::Keep, &statement);
     const TextRange old = findValue(statement);
+    std::string_view guard = guardOf(value);
+    if (statement.remark < statement.text.size()) // that comment will do, after a blank
+        guard = guard.substr(0, old.end == statement.remark ? 1 : 0);
     if (old.begin == old.end) {
         const std::size_t behindEquals = statement.positions[statement.text.find('=')] + 1;
-        return firstValue(source, behindEquals, value);
+        return firstValue(source, behindEquals, std::string(value).append(guard));
     }
     const std::size_t end = statement.positions[old.end - 1] + 1;
     Splice splice{statement.positions[old.begin], end, std::string(value)};
     if (lines.count > 1 && !value.empty())
         splice.text = Wrapper(source, statement, old).wrap(value, &splice.begin);
+    splice.text += guard;
     return splice;
 }
 

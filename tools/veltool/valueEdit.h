@@ -12,6 +12,10 @@ namespace veltool {
 /// empty if one can.
 [[nodiscard]] std::string storageFault(std::string_view value);
 
+/// What a line needs after a value so that its final backslash does not continue
+/// the line: an empty comment. Empty for other values.
+[[nodiscard]] std::string_view guardOf(std::string_view value);
+
 /// Bytes of a source, and what takes their place.
 struct Splice
 {

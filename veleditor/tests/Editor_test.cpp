@@ -42,6 +42,10 @@ private slots:
     void goesOnWithoutLibraries();
     void throwsWhenTheFileCannotBeLoaded_data();
     void throwsWhenTheFileCannotBeLoaded();
+    void placesMistakesInLibraries();
+    void placesASyntaxErrorInALibrary();
+    void hintsAtTheSemicolonBetweenLibraries();
+    void skipsAByteOrderMark();
     void goesOnWithoutUnitsAndBounds();
     void checksUnitsAndBounds();
     void offersEverythingInItsMenus();
@@ -242,19 +246,26 @@ void EditorWindowTest::throwsWhenTheFileCannotBeLoaded_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("place");
     QTest::newRow("syntax") << QByteArray("FLOW: A\nnonsense\nEND\n")
-                            << "parseVELLineH: syntax error near \"nonsense\"";
-    QTest::newRow("open block") << QByteArray("FLOW: A\n") << "1 missing END statement(s) in input";
+                            << "parseVELLineH: syntax error near \"nonsense\"" << "bad.vel:2)";
+    QTest::newRow("open block") << QByteArray("# open\nFLOW: A\n")
+                                << "1 missing END statement(s) in input" << "bad.vel:2)";
+    QTest::newRow("conflict") << QByteArray("FLOW: A\nEND\n<<<<<<< ours\n")
+                              << "parseVELLineH: syntax error near \"<<<<<<< ours\"\n"
+                              << "bad.vel:3: a conflict marker of a merge; keep one of the two sides "
+                                 "and delete the marker lines";
     QTest::newRow("junk") << QByteArray("\x7f"
                                         "ELF\x02\x01\x01\0\0\xff\xfe",
                                         11)
-                          << "parseVELLineH: syntax error near ";
+                          << "parseVELLineH: syntax error near " << "bad.vel:1)";
 }
 
 void EditorWindowTest::throwsWhenTheFileCannotBeLoaded()
 {
     QFETCH(QByteArray, content);
     QFETCH(QString, message);
+    QFETCH(QString, place);
     const QString file = newFile("bad.vel", content);
     QString thrown;
     try {
@@ -263,6 +274,49 @@ void EditorWindowTest::throwsWhenTheFileCannotBeLoaded()
         thrown = QString::fromStdString(failure.message());
     }
     QVERIFY2(thrown.startsWith(message), qPrintable(thrown));
+    QVERIFY2(thrown.endsWith(place), qPrintable(thrown));
+}
+
+void EditorWindowTest::placesMistakesInLibraries()
+{
+    qputenv("ZOT5_VEL_LIBSDIR", folder().toUtf8());
+    qputenv("ZOT5_VEL_LIBS", "own.vel");
+    const QString library = newFile("own.vel", "RULES:\nOBJECT: FLOW\nTypo = 1\nEND\nEND\n");
+    answer();
+    open(newFile("flow.vel", "FLOW: A\nEND\n"));
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY2(boxes.first().contains(library + ":3: /RULES/OBJECT:FLOW/Typo: "),
+             qPrintable(boxes.first()));
+}
+
+void EditorWindowTest::placesASyntaxErrorInALibrary()
+{
+    qputenv("ZOT5_VEL_LIBSDIR", folder().toUtf8());
+    qputenv("ZOT5_VEL_LIBS", "own.vel");
+    const QString library = newFile("own.vel", "RULES:\nEND\nnonsense\n");
+    answer();
+    open(newFile("flow.vel", "FLOW: A\nEND\n"));
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY2(boxes.first().contains("Error reading library file " + library +
+                                    ": parseVELLineH: syntax error near \"nonsense\" (line 3)"),
+             qPrintable(boxes.first()));
+}
+
+void EditorWindowTest::hintsAtTheSemicolonBetweenLibraries()
+{
+    qputenv("ZOT5_VEL_LIBS", "rules.vel:rules.vel");
+    answer();
+    open(copyOf("duct.vel"));
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY2(boxes.first().contains("; separate the names in ZOT5_VEL_LIBS by ';', not by ':'"),
+             qPrintable(boxes.first()));
+}
+
+void EditorWindowTest::skipsAByteOrderMark()
+{
+    open(newFile("marked.vel", "\xEF\xBB\xBF" "FLOW: A\nEND\n"));
+    QVERIFY2(treeText(tree()).contains("FLOW"), qPrintable(treeText(tree())));
+    QVERIFY(!treeText(tree()).contains(QChar(0xFEFF)));
 }
 
 void EditorWindowTest::goesOnWithoutUnitsAndBounds()

@@ -2,7 +2,11 @@
 
 #include "velapilt/src/velapilt.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace veltext {
 namespace {
@@ -59,6 +63,28 @@ TEST(TextFault, IsAPlainSentenceForADefFile)
     EXPECT_EQ(faultOf("*INFO\n                   0\n*ENDINFO\n"),
               "case.vel: is a def or res file where a text is expected; take its command data out "
               "with veltool extract");
+}
+
+TEST(TextFault, ComesAfterTheMessageOfTheRefusal)
+{
+    std::string file = (std::filesystem::temp_directory_path() / "textFault-XXXXXX").string();
+    const int descriptor = mkstemp(file.data());
+    ASSERT_GE(descriptor, 0);
+    close(descriptor);
+    const auto refusal = [&](const std::string &text, const std::string &message) {
+        std::ofstream(file, std::ios::binary) << text;
+        return explainRefusal(file, message);
+    };
+    EXPECT_EQ(refusal("x = 1\nnonsense\n", "parseVELLineH: syntax error near \"nonsense\""),
+              "parseVELLineH: syntax error near \"nonsense\" (" + file + ":2)");
+    EXPECT_EQ(refusal("x = 1\nA:\n", "1 missing END statement(s) in input"),
+              "1 missing END statement(s) in input (" + file + ":2)");
+    EXPECT_EQ(refusal("*INFO\n", "parseVELLineH: syntax error near \"*INFO\""),
+              "parseVELLineH: syntax error near \"*INFO\"\n" + file +
+                  ": is a def or res file where a text is expected; take its command data out "
+                  "with veltool extract");
+    EXPECT_EQ(refusal("x = 1\n", "something else"), "something else");
+    std::filesystem::remove(file);
 }
 
 TEST(TextFault, LeavesTheMessageOfAFileThatCannotBeRead)

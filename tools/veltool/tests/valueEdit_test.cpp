@@ -99,6 +99,16 @@ TEST(ReplaceValue, ReplacesAValueOnAContinuationLine)
     EXPECT_EQ(edit("Na\\\nme = old # a \\\n b\n", "new"), "Na\\\nme = new # a \\\n b\n");
 }
 
+// Without a comment after it, a final backslash continues the line.
+TEST(ReplaceValue, GuardsAFinalBackslashWithAnEmptyComment)
+{
+    EXPECT_EQ(edit("x = 1\ny = 2\n", "a\\"), "x = a\\ #\ny = 2\n");
+    EXPECT_EQ(edit("x = 1 # why\n", "a\\"), "x = a\\ # why\n");
+    EXPECT_EQ(edit("x = 1# why\n", "a\\"), "x = a\\ # why\n");
+    EXPECT_EQ(edit("x =\n", "a\\"), "x = a\\ #\n");
+    EXPECT_EQ(edit("x = a, \\\n  b\n", "a, c\\"), "x = a, \\\n  c\\ #\n");
+}
+
 TEST(StorageFault, IsThereForWhatWouldNotReadBack)
 {
     for (const char *value : {"", "a b", "a \\# b", "-5 [Pa]", "a = b : c", "\xC3\xA4\xFF", "\\ a"})
