@@ -35,7 +35,7 @@ sub explain ($model, $path) {
     my $owner    = $above eq '/' ? undef : $model->type_of($above);
     my $variant  = $owner && $model->variant_at($above, $owner);
     my $type     = _is_parameter($model, $path) ? undef : $model->type_of($path);
-    my $presence = $type ? _object_presence($type, $variant, $above) : _parameter_presence($own, $variant);
+    my $presence = $type ? _object_presence($type, $owner, $variant, $above) : _parameter_presence($own, $owner, $variant);
     my @fields   = $type
         ? _type_fields($model, $type, $model->variant_at($path, $type))
         : _parameter_fields($model->parameter_at($path), $presence);
@@ -98,31 +98,31 @@ sub _parameter_fields ($parameter, $presence) {
 }
 
 # Whether a parameter is required, and why; empty where no rule says anything.
-sub _parameter_presence ($name, $variant) {
-    return '' if !$variant;
-    my $type = $variant->{type};
-    return _presence($variant, $name, 'required', 'optional', 'Parameters')
+sub _parameter_presence ($name, $type, $variant) {
+    return '' if !$type;
+    return _presence($type, $variant, $name, 'required', 'optional', 'Parameters')
         // ($type->{free} ? qq(optional, by "Free Parameters" of ) . _rule_name($type) : undef)
         // _inactive($type, $name, 'required', 'optional') // '';
 }
 
-sub _object_presence ($type, $variant, $above) {
-    my $found = $variant
-        && (_presence($variant, $type->{type}, 'required_objects', 'optional_objects', 'Objects')
-            // _inactive($variant->{type}, $type->{type}, 'required_objects', 'optional_objects'));
+sub _object_presence ($type, $owner, $variant, $above) {
+    my $found = $owner
+        && (_presence($owner, $variant, $type->{type}, 'required_objects', 'optional_objects', 'Objects')
+            // _inactive($owner, $type->{type}, 'required_objects', 'optional_objects'));
     return $found if $found;
     return 'optional: ' . _rule_name($type) . ' states no "Parents"' if !$type->{parents};
-    my $place = $above eq '/' ? '/' : $variant ? $variant->{type}{type} : '';
-    return ($type->{parents}{$place} ? 'optional' : 'not allowed here') . ', by "Parents" of ' . _rule_name($type);
+    my $is_parent = $type->{parents}{ $above eq '/' ? '/' : $owner ? $owner->{type} : '' };
+    return 'not allowed here: no list of ' . _rule_name($owner) . ' names it' if $is_parent && $owner;
+    return ($is_parent ? 'optional' : 'not allowed here') . ', by "Parents" of ' . _rule_name($type);
 }
 
 # What the lists that apply say of a name; undef where none names it.
-sub _presence ($variant, $name, $required, $optional, $word) {
+sub _presence ($type, $variant, $name, $required, $optional, $word) {
     for my $list ([ $required, 'required', "Required $word" ], [ $optional, 'optional', "Optional $word" ]) {
         my ($key, $state, $field) = @$list;
-        for my $source ($variant->{type}, @{ $variant->{cases} }) {
+        for my $source ($type, @{ $variant->{cases} }) {
             next if !grep { $_ eq $name } @{ $source->{$key} };
-            return qq($state, by "$field" of ) . _source_name($variant->{type}, $source);
+            return qq($state, by "$field" of ) . _source_name($type, $source);
         }
     }
     return undef;

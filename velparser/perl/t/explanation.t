@@ -55,6 +55,9 @@ RULES:
   OBJECT: INLET
     Parents = DOMAIN
   END
+  OBJECT: OUTLET
+    Parents = DOMAIN
+  END
 END
 TEXT
 my $data = <<'TEXT';
@@ -131,6 +134,9 @@ is presence('/FLOW/DOMAIN:f/INLET:i'),
 is presence('/FLOW'),  'optional, by "Parents" of SINGLETON:FLOW',         'at the top level';
 is presence('/LOOSE'), 'optional: SINGLETON:LOOSE states no "Parents"', 'anywhere';
 is presence('/INLET:i'), 'not allowed here, by "Parents" of OBJECT:INLET', 'in a wrong place';
+
+is presence('/FLOW/DOMAIN:f/OUTLET:o'), 'not allowed here: no list of OBJECT:DOMAIN names it',
+    'in a place where no list names it';
 
 is explained('/FLOW/DOMAIN:s/Unknown'), '', 'no rule speaks of it';
 is explained('/OTHER:o/Thing'),         '', 'nor of what is in an unknown object';
