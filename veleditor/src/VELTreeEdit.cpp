@@ -42,7 +42,8 @@ void VELTree::editParam(VELTreeItem *item)
     if (refused.item == item)
         askForValue(*item, std::move(refused.dialog));
     else
-        askForValue(*item, std::make_unique<EditParamDialog>(this, tr("Edit Parameter"), *item, encoding_));
+        askForValue(
+            *item, std::make_unique<EditParamDialog>(this, tr("Edit Parameter"), *item, encoding_));
 }
 
 void VELTree::refuseEdit(const QString &name)
