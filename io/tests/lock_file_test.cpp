@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <limits>
 
 namespace {
@@ -107,7 +109,7 @@ TEST_F(LockFile, OddLockFiles)
     EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
     EXPECT_EQ(lock(), "         1\n");
     EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
-    EXPECT_EQ(lock(), "none");
+    EXPECT_EQ(lock(), "         0\n");
     env_["f.lck"] = "1\n"; // shorter than ours: rewritten whole
     EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
     EXPECT_EQ(lock(), "         2\n");
@@ -120,6 +122,53 @@ TEST_F(LockFile, OddLockFiles)
                                    "iocnt: open the primary file failed\n");
         EXPECT_EQ(lock(), text);
     }
+}
+
+/// Somebody made it, and only he or ds unlock takes it away.
+TEST_F(LockFile, OfLevelZeroRefusesEveryWriterEvenOneThatHasReadFirst)
+{
+    env_["f.lck"] = "         0\n";
+    io_client client(env_);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(client.write_integers("C", "D", 1, {1}), IO_LOCKED);
+    EXPECT_NE(take_messages().find("setfilebusyflag: more than one user is reading f or the wrong"
+                                   " lock file f.lck exists\n"),
+              std::string::npos);
+    EXPECT_EQ(client.remove("A", "B", 1), IO_LOCKED);
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(lock(), "         0\n");
+    EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_LOCKED);
+    EXPECT_EQ(lock(), "         0\n");
+
+    io_reporter report(env_);
+    report.set_routine(collect_message);
+    open_file file(env_, report);
+    ASSERT_EQ(iif_open(file, "f", "r"), IO_OK);
+    EXPECT_EQ(iif_set_lock(file, IO_LOCK_WRITE), IO_LOCKED);
+    EXPECT_EQ(lock(), "         1\n");
+    EXPECT_EQ(iif_close(file), IO_OK);
+    EXPECT_EQ(lock(), "         0\n");
+}
+
+TEST_F(LockFile, UnlockingWhatIsNotLockedIsTracedOnly)
+{
+    env_.variables["ZOT_IO_TRACE"] = "1";
+    env_.no_new_files = true; // a reader that cannot make the lock file goes on
+    io_client client(env_);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    env_.trace.clear();
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    constexpr const char *line = "TRACE> iif_set_lock: not unlocking already-unlocked file\n";
+    EXPECT_NE(env_.trace.find(line), std::string::npos) << env_.trace;
+    EXPECT_EQ(take_messages(), "");
+
+    // Somebody else's lock is not ours to trace or to lower.
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    env_["f.lck"] = "         1\n";
+    env_.trace.clear();
+    EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(env_.trace.find(line), std::string::npos) << env_.trace;
+    EXPECT_EQ(lock(), "         1\n");
 }
 
 TEST_F(LockFile, ALockFileJustMadeGetsItsLevel)
@@ -211,6 +260,31 @@ TEST_F(LockFile, AReaderThatMayNotMakeTheLockFileGoesOn)
     EXPECT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_LOCKED);
     EXPECT_NE(take_messages().find("iif_set_lock: error opening lockfile f.lck for writing"),
               std::string::npos);
+}
+
+/// The name fits the file system, but not with ".lck" at its end.
+TEST(LockFileName, ThatIsTooLongDoesNotStopAReader)
+{
+    std::string form = ::testing::TempDir() + "lock_XXXXXX";
+    ASSERT_NE(mkdtemp(form.data()), nullptr);
+    std::string short_name = form + "/f";
+    std::string long_name = form + "/" + std::string(253, 'n');
+    {
+        io_client writer(io_real_env());
+        ASSERT_EQ(writer.request(IO_OPEN_PRIMARY_WRITE, short_name.c_str()), IO_OK);
+        ASSERT_EQ(writer.write_integers("A", "B", 1, {1, 2, 3}), IO_OK);
+        ASSERT_EQ(writer.request(IO_CLOSE_PRIMARY), IO_OK);
+    }
+    std::filesystem::rename(short_name, long_name);
+    take_messages();
+    io_client reader(io_real_env());
+    EXPECT_EQ(reader.request(IO_OPEN_PRIMARY, long_name.c_str()), IO_OK);
+    EXPECT_EQ(reader.read("A", "B", 1), "1 2 3");
+    EXPECT_EQ(reader.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(take_messages(), "");
+    EXPECT_EQ(reader.request(IO_OPEN_PRIMARY_WRITE, long_name.c_str()), IO_LOCKED);
+    EXPECT_NE(take_messages().find("for writing: File name too long\n"), std::string::npos);
+    std::filesystem::remove_all(form);
 }
 
 TEST_F(LockFile, ALockFileThatVanishedIsNoError)

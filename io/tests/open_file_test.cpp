@@ -94,6 +94,20 @@ TEST_F(OpenFile, OnlyTwoOffsetWidthsExist)
               "iif_open: fail to read the INFO tag\niocnt: open the primary file failed\n");
 }
 
+/// However long the line of the file size is, its true width is reported.
+TEST_F(OpenFile, ALongLineOfTheFileSizeHasAWidthToo)
+{
+    for (std::size_t width : {64U, 65U, 100U, 4096U, 10000U}) {
+        EXPECT_EQ(open_bytes("*INFO\n" + std::string(width, '0') + "\n*ENDINFO\n"), IO_READ_ERROR);
+        EXPECT_EQ(take_messages(), "iif_open: offset format " + std::to_string(width) +
+                                       " is not currently supported (or bad file header)\n"
+                                       "iocnt: open the primary file failed\n");
+        EXPECT_EQ(open_bytes("*INFO\n" + std::string(width, '0')), IO_READ_ERROR);
+        EXPECT_EQ(take_messages(),
+                  "iif_open: fail to read the filesize\niocnt: open the primary file failed\n");
+    }
+}
+
 TEST_F(OpenFile, OldWidthIsKeptWhenWriting)
 {
     env_["f"] = "*INFO\n         0\n*ENDINFO\n";

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -20,7 +21,8 @@ std::int64_t read_lock_text(io_env &env, const char *name, char (&text)[lock_tex
 {
     for (int attempt = 0;; attempt++) {
         std::unique_ptr<io_file> lock = env.open(name, io_open::read);
-        there = lock || (errno != ENOENT && errno != ENOTDIR);
+        // No lock file can have a name that is too long for one.
+        there = lock || (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
         std::int64_t got = lock ? lock->read_at(0, text, sizeof text) : -1;
         if (got != 0 || attempt == fresh_attempts) {
             return got;
@@ -97,7 +99,7 @@ int store_level(open_file &file, std::int32_t level, bool exists)
 int lock_to_write(open_file &file, std::optional<std::int32_t> level)
 {
     std::string lock = lock_file_name(file);
-    bool own = file.lock_taken && file.lock_level == 1 && level == 1;
+    bool own = file.lock_taken && file.lock_level == 1 && level == 1 && !file.lock_was_zero;
     if (level && !own) {
         if (*level < 0) {
             return file.report->error(
@@ -160,7 +162,22 @@ int lock_to_read(open_file &file, std::optional<std::int32_t> level)
     }
     file.lock_level = next;
     file.lock_taken = true;
+    file.lock_was_zero = level == 0;
     return IO_OK;
+}
+
+/// Of a file whose lock this process does not hold.
+void trace_if_unlocked(const open_file &file)
+{
+    const io_reporter &report = *file.report;
+    if (!report.tracing()) {
+        return;
+    }
+    std::string name = lock_file_name(file);
+    bool there = file.env->open(name.c_str(), io_open::read) != nullptr;
+    if (!there && (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG)) {
+        report.trace("iif_set_lock: not unlocking already-unlocked file");
+    }
 }
 
 } // namespace
@@ -196,15 +213,17 @@ int iif_set_lock(open_file &file, lock_request request)
 int release_lock(open_file &file)
 {
     if (!file.lock_taken) {
+        trace_if_unlocked(file);
         return IO_OK;
     }
+    bool foreign = std::exchange(file.lock_was_zero, false);
     file.lock_taken = false;
     file.lock_level = 0;
     std::optional<std::int32_t> level;
     if (int code = read_level(file, level)) {
         return code;
     }
-    if (level && *level > 1) {
+    if (level && (*level > 1 || (foreign && *level > 0))) {
         return store_level(file, *level - 1, true);
     }
     std::string name = lock_file_name(file);

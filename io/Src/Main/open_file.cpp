@@ -13,7 +13,7 @@ namespace {
 constexpr std::int64_t info_tag_bytes = static_cast<std::int64_t>(IO_TAG_INFO.size()) + 1;
 constexpr int busy_attempts = 10;
 constexpr int busy_wait_ms = 2000;
-constexpr std::size_t size_line_max = 64;
+constexpr std::size_t size_line_part = 4096; // a longer line is read in parts
 
 /// Opens the stream as the access code has it; null with errno.
 std::unique_ptr<io_file> open_stream(open_file &file, char access, bool may_create)
@@ -109,18 +109,22 @@ int read_recorded_size(open_file &file, std::int64_t &recorded)
         return report.error(IO_BAD_FILE, "iif_open: fail to read the INFO tag\n");
     }
     std::string line;
-    io_stream::line_end end = file.io.stream.read_line(size_line_max, line);
+    std::int64_t width = 0;
+    io_stream::line_end end = io_stream::at_limit;
+    while (end == io_stream::at_limit) {
+        end = file.io.stream.read_line(size_line_part, line);
+        width += static_cast<std::int64_t>(line.size());
+    }
     if (end == io_stream::at_end_of_file) {
         return report.error(IO_READ_ERROR, "iif_open: fail to read the filesize\n");
     }
-    auto width = static_cast<int>(line.size());
-    if (end != io_stream::at_lf || (width != IO_OFFSET_WIDTH && width != IO_OFFSET_WIDTH_OLD)) {
+    if (width != IO_OFFSET_WIDTH && width != IO_OFFSET_WIDTH_OLD) {
         return report.error(IO_READ_ERROR,
-                            "iif_open: offset format %d is not currently supported (or bad file"
+                            "iif_open: offset format %lld is not currently supported (or bad file"
                             " header)\n",
-                            width);
+                            static_cast<long long>(width));
     }
-    file.io.offset_width = width;
+    file.io.offset_width = static_cast<int>(width);
     if (!parse_decimal(line, recorded)) {
         return report.error(IO_READ_ERROR, "iif_open: fail to read the filesize\n");
     }
@@ -129,7 +133,7 @@ int read_recorded_size(open_file &file, std::int64_t &recorded)
         tag != IO_TAG_END_INFO) {
         return report.error(IO_BAD_FILE, "iif_open: fail to read the INFO tag\n");
     }
-    report.trace("iif_open: offset format is %d", width);
+    report.trace("iif_open: offset format is %d", file.io.offset_width);
     return IO_OK;
 }
 
@@ -249,7 +253,7 @@ int iif_open_file(open_file &file, char access, open_options options)
 /// setfilebusyflag() once the file is open for writing.
 int mark_busy(open_file &file)
 {
-    if (file.lock_level > 1) {
+    if (file.lock_level > 1 || (file.lock_level == 1 && file.lock_was_zero)) {
         return file.report->error(
             IO_LOCKED,
             "setfilebusyflag: more than one user is reading %s or the wrong lock file %s exists\n",

@@ -30,7 +30,11 @@ struct open_file
     /// −1 locked for writing, 0 nothing, n readers: as this process last saw it.
     std::int32_t lock_level = 0;
     bool lock_taken = false; ///< this process raised the lock file's level
-    bool changed = false;    ///< closing has to write index and size
+
+    /// The lock file was there with level 0 when this process came to read. It is
+    /// somebody else's lock: it refuses every writer, and it stays.
+    bool lock_was_zero = false;
+    bool changed = false; ///< closing has to write index and size
 
     /// A readable index stands in the file: to be made unreadable, so that
     /// nobody trusts it, before anything else is changed.
