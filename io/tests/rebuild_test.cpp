@@ -262,6 +262,52 @@ TEST_F(Rebuild, DeletedDatasetsAreSteppedOver)
               std::string::npos);
 }
 
+/// Wherever the file ends in it, it opens, and only that dataset is missing.
+TEST_F(Rebuild, ACutDatasetWithAnOldMarkIsNoneAndTheOthersStay)
+{
+    struct old_mark
+    {
+        const char *format;
+        const char *mark;
+    };
+    for (old_mark kind :
+         {old_mark{"u", "D "}, {"F", "D "}, {"l", "X "}, {"l", "x "}, {"F", "d?"}}) {
+        io_memory_env env;
+        io_client client(env);
+        ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+        ASSERT_EQ(client.write_integers("A", "P", 1, {1, 2, 3}, "u"), IO_OK);
+        ASSERT_EQ(client.write_integers("Z", "P", 9, {4, 5, 6}, kind.format), IO_OK);
+        auto last = static_cast<std::size_t>(client.position("Z", "P", 9));
+        std::string bytes = env["f"].substr(0, env["f"].rfind("*CRASH"));
+        ASSERT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
+        bytes.replace(last, 2, kind.mark);
+        for (std::size_t size = last; size <= bytes.size(); size++) {
+            env["f"] = bytes.substr(0, size);
+            take_messages();
+            ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK)
+                << kind.format << kind.mark << " of " << size - last << ": " << take_messages();
+            EXPECT_EQ(client.locate("*", "*", -1), "A P 1\n");
+        }
+    }
+}
+
+TEST_F(Rebuild, AnOldMarkWhoseLengthsDifferIsDamage)
+{
+    std::string changed = crashed_;
+    put(changed, 36, "D ");
+    std::string length = changed.substr(39, 4);
+    std::size_t second = changed.find("*ENDDATASET", 36) + 11;
+    ASSERT_EQ(changed.substr(second, 4), length);
+    changed[second] = '\x05';
+    changed[second + 1] = '\x01';
+    EXPECT_EQ(names(changed), "code 20");
+    EXPECT_NE(take_messages().find("final dataset length field 261 is bad, or differs from original"
+                                   " dataset length field " +
+                                   std::to_string(static_cast<unsigned char>(length[0])) +
+                                   " in deleted dataset with old-style format D \n"),
+              std::string::npos);
+}
+
 TEST_F(Rebuild, ADeletedDatasetAtTheEndKeepsItsPlace)
 {
     std::string changed = crashed_;

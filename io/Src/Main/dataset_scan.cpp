@@ -211,32 +211,81 @@ bool dataset_scan::read_length()
     return true;
 }
 
-/// Whether the length in `format` leads to the same length at its end.
-bool dataset_scan::agrees(format_code format)
+/// Whether the length in `format` leads to the same length at its end, which
+/// goes into `again`.
+bool dataset_scan::agrees(format_code format, std::int64_t &again)
 {
     quiet_scope quiet(file_);
     item_.format = format;
     item_.start = length_field_end();
-    std::int64_t again = 0;
+    item_.length = 0;
+    again = 0;
     return io_.stream.seek(item_.position + static_cast<std::int64_t>(IO_FORMAT_BYTES)) &&
            zotreadOffset(io_, format, item_.length) == IO_OK && item_.length > 0 &&
            item_.length <= size_ - item_.start && io_.stream.seek(item_.start + item_.length) &&
            zotreadOffset(io_, format, again) == IO_OK && again == item_.length;
 }
 
+/// Whether the words of a dataset follow the length in `format`, or would if the
+/// file did not end there. Their byte order tells the formats apart.
+dataset_scan::beginning dataset_scan::begins_as(format_code format)
+{
+    quiet_scope quiet(file_);
+    std::string expected;
+    if (format.formatted()) {
+        expected.append(IO_TAG_DATASET).append("\n").append(IO_TAG_HEADER).append("\n");
+    } else {
+        auto count = static_cast<std::uint32_t>(IO_TAG_HEADER.size());
+        char bytes[sizeof count];
+        std::memcpy(bytes, &count, sizeof count);
+        if (format.swapped()) {
+            std::reverse(std::begin(bytes), std::end(bytes));
+        }
+        expected.append(IO_TAG_DATASET).append(bytes, sizeof bytes).append(IO_TAG_HEADER);
+    }
+    item_.format = format;
+    std::string found(expected.size(), '\0');
+    std::int64_t start = length_field_end();
+    found.resize(io_.stream.seek(start) ? io_.stream.read(found.data(), found.size()) : 0);
+    if (expected.compare(0, found.size(), found) != 0) {
+        return beginning::other;
+    }
+    return found.size() == expected.size() ? beginning::header : beginning::cut;
+}
+
+// 1. Take the format whose two lengths agree.
+// 2. Else take the one whose words follow the length. The file ends inside the
+//    dataset, or its lengths are wrong.
+// 3. Else the file may end before those words.
 bool dataset_scan::choose_old_style(const std::vector<format_code> &candidates)
 {
+    std::int64_t again = 0;
     for (format_code candidate : candidates) {
-        if (agrees(candidate)) {
+        if (agrees(candidate, again)) {
             return true;
         }
+    }
+    auto begins = [this](beginning wanted) {
+        return [this, wanted](format_code candidate) { return begins_as(candidate) == wanted; };
+    };
+    auto actual = std::find_if(candidates.begin(), candidates.end(), begins(beginning::header));
+    bool known = actual != candidates.end();
+    static_cast<void>(agrees(known ? *actual : candidates.front(), again));
+    if (known && item_.length == 0) {
+        return true;
+    }
+    bool cut = known ? item_.length > size_ - item_.start - zotoffsetBytes(io_, item_.format)
+                     : std::any_of(candidates.begin(), candidates.end(), begins(beginning::cut));
+    if (cut) {
+        return cut_short();
     }
     const char letters[] = {mark_.letter, mark_.second, '\0'};
     file_.report->error(IO_BAD_FILE,
                         "recreate_indextable: Bad file: final dataset length field %lld is bad, or"
                         " differs from original dataset length field %lld in deleted dataset with"
                         " old-style format %s\n",
-                        0LL, printable(item_.length), printable_bytes(letters).c_str());
+                        printable(again), printable(item_.length),
+                        printable_bytes(letters).c_str());
     return stop(scan_end::damaged, IO_BAD_FILE);
 }
 

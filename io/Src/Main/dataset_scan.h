@@ -65,7 +65,9 @@ private:
     bool read_length();
     bool length_of_zero();
     bool choose_old_style(const std::vector<format_code> &candidates);
-    bool agrees(format_code format);
+    bool agrees(format_code format, std::int64_t &again);
+    enum class beginning { other, cut, header };
+    beginning begins_as(format_code format);
     bool read_word();
     bool read_dataset();
     bool skip_deleted();
