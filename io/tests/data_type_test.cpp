@@ -49,15 +49,18 @@ TEST(DataType, RefusedSingleTypes)
                                 " outside structure\n");
     EXPECT_EQ(parsed("FOO"), "12 parseStructure: unrecognised type code \"FOO\"\n");
     EXPECT_EQ(parsed(""), "12 parseStructure: unrecognised type code \"\"\n");
-    EXPECT_EQ(parsed("STRI:0"), "12 parseStructure: data type string is wrong\n");
-    EXPECT_EQ(parsed("STRI:-1"), "12 parseStructure: data type string is wrong\n");
-    EXPECT_EQ(parsed("STRI:99999999999"), "12 parseStructure: data type string is wrong\n");
+    for (const char *bad_length : {"STRI:", "STRI:0", "STRI:-1", "STRI:x", "STRI:99999999999"}) {
+        EXPECT_EQ(parsed(bad_length), std::string("12 parseStructure: unrecognised type code \"") +
+                                          bad_length + "\"\n");
+    }
 }
 
 TEST(DataType, Structures)
 {
     EXPECT_EQ(parsed("STRC{INTR:1 REAL:2}"), "STRC INTR*1/0 REAL*2/0");
     EXPECT_EQ(parsed("STRC{STRI:4:80 CHAR:3}"), "STRC STRI*320/320 CHAR*3/0");
+    // Several blanks separate entries as one does.
+    EXPECT_EQ(parsed("STRC{INTR:1  REAL:2    LOGL:1}"), "STRC INTR*1/0 REAL*2/0 LOGL*1/0");
 }
 
 TEST(DataType, RefusedStructures)
@@ -71,8 +74,10 @@ TEST(DataType, RefusedStructures)
                   std::string("12 parseStructure: unrecognised type name or missing count: \"") +
                       entry + "\"\n");
     }
-    EXPECT_EQ(parsed("STRC{INTR:1  REAL:1}"),
-              "12 parseStructure: unrecognised type name or missing count: \"\"\n");
+    for (const char *body : {" INTR:1", "INTR:1 ", "INTR:1  "}) {
+        EXPECT_EQ(parsed(std::string("STRC{") + body + "}"),
+                  "12 parseStructure: unrecognised type name or missing count: \"\"\n");
+    }
 }
 
 TEST(DataType, FortyOneEntriesPassAndFortyTwoDoNot)

@@ -36,7 +36,9 @@ TEST(Iofmt, NewDatasetsAreNative)
     EXPECT_EQ(chosen("lx"), "l ");
     EXPECT_EQ(chosen("F5"), "F ");
     EXPECT_EQ(chosen("d"), "D ");
-    EXPECT_EQ(chosen("x"), "X ");
+    EXPECT_EQ(chosen("x"), "x ");
+    EXPECT_EQ(chosen("X"), "x ");
+    EXPECT_EQ(chosen("D"), "D ");
     EXPECT_EQ(chosen("Z5"), "15 iofmt_make_native: unrecognised format Z5\n");
 }
 

@@ -47,13 +47,13 @@ struct data_type
     /// Bytes of one element (of a structure: one record) in a binary file.
     std::int64_t bytes() const;
 
-    /// The fewest bytes that one element may take in a formatted file.
+    /// The fewest bytes that one element takes in a formatted file.
     std::int64_t formatted_bytes() const;
 
     /// Values of each type in one element.
     element_counts counts() const;
 
-    /// Bytes of a string in a client's array: the longest one's, and its NUL.
+    /// Bytes of a slot that holds the longest string whole, its NUL included.
     std::size_t string_slot() const;
 
     bool operator==(const data_type &other) const;

@@ -65,7 +65,7 @@ int iofmt_make_native(const io_reporter &report, format_code &format)
         return IO_OK;
     case 'X':
     case 'x':
-        format.letter = 'X';
+        format.letter = 'x';
         return IO_OK;
     default:
         return report.error(IO_BAD_FORMAT, "iofmt_make_native: unrecognised format %c%c",

@@ -41,7 +41,7 @@ bool iofmt_is_letter(char letter);
 /// letter gets a blank, another first letter is F.
 format_code iofmt_parse(std::string_view text);
 
-/// Turns U into u, L into l, and the marks into D and X; 15 for another letter.
+/// Turns U into u, L into l, d into D and X into x; 15 for another letter.
 int iofmt_make_native(const io_reporter &report, format_code &format);
 
 /// What a new dataset is written in: that of `ZOT_FORMAT` if set, else the
