@@ -250,7 +250,7 @@ std::int64_t small_datasets::scan(const char *pattern)
     location where;
     IO_data data = where.data();
     int code = request(session_, IO_LOCATE_PRIMARY, &header, data);
-    return code == IO_OK || code == IO_NO_ROOM ? data.integers_size : 0;
+    return code == IO_OK || code == IO_NO_ROOM ? data.matches : 0;
 }
 
 } // namespace container_workloads

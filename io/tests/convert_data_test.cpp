@@ -45,6 +45,23 @@ TEST_F(ConvertData, NumbersThatFitNoInteger)
     EXPECT_EQ(client_.read("D", "B", 1, "INTR"), "code 27");
 }
 
+TEST_F(ConvertData, DoublesBeyondTheRangeOfReal)
+{
+    constexpr double largest = std::numeric_limits<float>::max();
+    for (double value : {1e39, -1e300, largest * 1.0000001}) {
+        ASSERT_EQ(client_.write_doubles("D", "B", 1, {1, value}), IO_OK);
+        take_messages();
+        EXPECT_EQ(client_.read("D", "B", 1, "REAL"), "code 27") << value;
+        EXPECT_EQ(take_messages(), "convert_data: a number is beyond the range of REAL\n"
+                                   "iocnt: read data failed\n");
+        ASSERT_EQ(client_.remove("D", "B", 1), IO_OK);
+    }
+    ASSERT_EQ(client_.write_doubles("D", "B", 1, {largest, -largest}), IO_OK);
+    EXPECT_EQ(client_.read("D", "B", 1, "REAL"), "3.40282347e+38 -3.40282347e+38");
+    ASSERT_EQ(client_.write_doubles("D", "B", 2, {1 / 0.0, -1 / 0.0, 1e-300}), IO_OK);
+    EXPECT_EQ(client_.read("D", "B", 2, "REAL"), "inf -inf 0");
+}
+
 TEST_F(ConvertData, StringsAreCutOrPadded)
 {
     ASSERT_EQ(client_.write_strings("S", "B", 1, {"abcdef", "x"}), IO_OK);

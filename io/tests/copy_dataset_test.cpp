@@ -103,6 +103,43 @@ TEST_F(CopyDataset, ByNameByPatternAndUnderANewName)
                         "NEW PLACE 12 F  1\n");
 }
 
+/// Whatever the format, the record of the block factor is copied as it is, or
+/// stays absent.
+TEST_F(CopyDataset, TheBlockFactorOnDiskIsKept)
+{
+    ASSERT_EQ(client_.write_integers("F", "R", 1, {1}, "F"), IO_OK);
+    ASSERT_EQ(client_.write_integers("G", "R", 1, {1}, "u5"), IO_OK);
+    ASSERT_EQ(client_.write_integers("H", "R", 1, {1}, "u"), IO_OK);
+    ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+    // Another writer put a block factor into an uncompressed binary dataset.
+    std::string record = "\x0d" + std::string(3, '\0') +
+                         "BLOCKFACTOR\x1b"
+                         "8";
+    std::string &bytes = env_["f"];
+    std::size_t start = bytes.find("WHAT\x1bH");
+    std::size_t tag = bytes.find("*DATA", start);
+    bytes.insert(tag - 4, record);
+    for (std::size_t at : {start - 27, bytes.find("*ENDDATASET", start) + 11}) {
+        bytes[at] = static_cast<char>(bytes[at] + static_cast<char>(record.size()));
+    }
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "f"), IO_OK) << take_messages();
+    ASSERT_EQ(client_.read("H", "R", 1), "1") << take_messages();
+    EXPECT_EQ(copy(IO_COPY_DATASET, "?", "R", -1), IO_OK) << take_messages();
+    ASSERT_EQ(client_.request(IO_CLOSE_SECONDARY), IO_OK);
+    auto factor = [this](const char *what) {
+        std::size_t at = env_["g"].find(std::string("WHAT\x1b") + what);
+        std::size_t end = env_["g"].find("*DATA", at);
+        std::size_t found = env_["g"].find("BLOCKFACTOR\x1b", at);
+        return found < end ? env_["g"].substr(found + 12, 6) : std::string("none");
+    };
+    EXPECT_EQ(factor("F"), "1     ");
+    EXPECT_EQ(factor("G"), "100000");
+    EXPECT_EQ(factor("H").substr(0, 1), "8");
+    io_client reader(env_);
+    ASSERT_EQ(reader.request(IO_OPEN_PRIMARY, "g"), IO_OK);
+    EXPECT_EQ(reader.read("H", "R", 1), "1");
+}
+
 TEST_F(CopyDataset, WhatIsNotThere)
 {
     EXPECT_EQ(copy(IO_COPY_DATASET, "X", "P", 0), IO_NOT_FOUND);

@@ -92,6 +92,7 @@ TEST_P(DataIo, StringsLoseTrailingBlanksOnly)
     std::string_view(" a b   ").copy(slots.data(), 10);
     std::string_view("0123456789").copy(slots.data() + 22, 10);
     IO_data data;
+    data.string_slot = 11;
     data.strings = slots.data();
     data.strings_size = 3;
     EXPECT_EQ(write("STRI:10", 3, data), "\" a b\" \"\" \"0123456789\"");
@@ -143,6 +144,7 @@ TEST_P(DataIo, RecordsOfEveryType)
     data.doubles_size = 2;
     data.logicals = logicals.data();
     data.logicals_size = 2;
+    data.string_slot = 7;
     EXPECT_EQ(write("STRC{STRI:3 INTR:2 STRI:2:3 CHAR:2 REAL:1 DBLE:1 LOGL:1}", 2, data),
               "\"one\" \"twotwo\" \"\" \"six\" a b c d 1 -2 3 4 1.5 2.5 -1 -2 1 0");
 }
@@ -162,6 +164,7 @@ TEST(DataIoBytes, BinaryStringsAreFilledWithBlanks)
         IO_data data;
         data.strings = strings;
         data.strings_size = 2;
+        data.string_slot = 6;
         EXPECT_EQ(client.request(IO_WRITE_PRIMARY_DS, header.header(), data), IO_OK);
         std::size_t start = env["f"].rfind("*DATA") + 5;
         return env["f"].substr(start, env["f"].rfind("*ENDDATASET") - start);
@@ -249,7 +252,7 @@ TEST(DataIoForeign, CountsThatTheFileCannotHold)
         take_messages();
         EXPECT_EQ(client.read("A", "B", 1), "code 10") << type;
         EXPECT_EQ(take_messages(),
-                  "read_data: the header claims more data than the 16 bytes that are"
+                  "read_data: the header claims more data than the 31 bytes that are"
                   " left\niocnt: read data failed\n");
     }
 }

@@ -1,8 +1,11 @@
 #include "io/Src/Main/delete_ds.h"
 
+#include "io/testing/io_failing_env.h"
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 namespace {
 
@@ -91,7 +94,23 @@ TEST_F(DeleteDs, AMarkThatTheIndexDoesNotKnowIsLeftAlone)
     EXPECT_EQ(take_messages(), "delete_process_sub: invalid format tag, should never arrive here\n"
                                "delete_bywhat: delete_process failed\n"
                                "delete_ds: delete_bywhat failed\niocnt: delete_ds failed\n");
-    EXPECT_EQ(client_.locate("A", "P", 2), "A P 2\n");
+    // Its slot in the index was marked first, so no lookup finds it any more.
+    EXPECT_EQ(client_.locate("A", "P", 2), "code 17");
+}
+
+TEST_F(DeleteDs, TheIndexIsMarkedBeforeTheFile)
+{
+    auto at = static_cast<std::size_t>(client_.position("A", "P", 1));
+    ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+    std::string code = env_["f"].substr(at, 3);
+    io_failing_env failing(env_);
+    io_client client(failing);
+    ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    failing.writes_only(true);
+    failing.fail(2, EIO, false); // the first write is that of "*CRASH"
+    EXPECT_EQ(client.remove("A", "P", 1), IO_WRITE_ERROR);
+    EXPECT_EQ(client.locate("A", "P", 1), "code 17");
+    EXPECT_EQ(env_["f"].substr(at + 1, 2), code.substr(1));
 }
 
 TEST_F(DeleteDs, AnAbsentFileIsNotMade)

@@ -93,6 +93,7 @@ io_arrays::io_arrays(IO_data &data, std::size_t string_slot)
       doubles_(static_cast<std::size_t>(data.doubles_size) + 1),
       logicals_(static_cast<std::size_t>(data.logicals_size) + 1)
 {
+    data.string_slot = static_cast<std::int64_t>(string_slot);
     data.strings = strings_.data();
     data.chars = chars_.data();
     data.integers = integers_.data();
@@ -180,7 +181,7 @@ std::string io_client::locate(const char *what, const char *where, std::int32_t 
         return code_text(code);
     }
     std::string text;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(data.integers_size); i++) {
+    for (std::size_t i = 0; i < static_cast<std::size_t>(data.matches); i++) {
         const char *slot = strings.data() + 2 * i * static_cast<std::size_t>(IO_STRING_SLOT);
         text += std::string(slot) + " " + (slot + IO_STRING_SLOT) + " " + std::to_string(whens[i]) +
                 "\n";

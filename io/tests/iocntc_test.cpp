@@ -158,7 +158,7 @@ TEST_F(Iocntc, TheWayTheCommandDataIsRead)
     data.offsets = offsets;
     data.offsets_size = 40;
     ASSERT_EQ(ask(IO_LOCATE_PRIMARY, &header, &data), IO_OK);
-    EXPECT_EQ(data.integers_size, 1);
+    EXPECT_EQ(data.matches, 1);
     data.strings = nullptr;
     data.strings_size = 0;
     ASSERT_EQ(ask(IO_READ_LOCATED_DS, &header, &data), IO_NO_ROOM);
@@ -396,7 +396,8 @@ TEST_F(Iocntc, AnotherFileStartsWithNothingRead)
     EXPECT_EQ(first_block("h"), 21);
 }
 
-TEST_F(Iocntc, AFailedWriteOfCompressedDataHasItsOwnCode)
+/// The code of the failed write stays, whatever fails after it and why.
+TEST_F(Iocntc, AFailedWriteOfCompressedDataIsAWriteError)
 {
     io_failing_env failing(env_);
     io_client client(failing);
@@ -411,12 +412,114 @@ TEST_F(Iocntc, AFailedWriteOfCompressedDataHasItsOwnCode)
     data.doubles = values.data();
     data.doubles_size = 200;
     failing.writes_only(true);
-    failing.fail(2, EIO, false);
-    EXPECT_EQ(client.request(IO_WRITE_COMPRESSED, storage.header(), data), IO_COMPRESSED_WRITE);
-    failing.fail(2, ENOSPC, false);
-    EXPECT_EQ(client.request(IO_WRITE_COMPRESSED, storage.header(), data), IO_DISK_FULL);
-    failing.fail(2, EDQUOT, false);
-    EXPECT_EQ(client.request(IO_WRITE_COMPRESSED, storage.header(), data), IO_DISK_FULL);
+    for (int number : {EIO, ENOSPC, EDQUOT}) {
+        for (bool for_good : {false, true}) {
+            for (std::uint32_t request : {IO_WRITE_COMPRESSED, IO_WRITE_PRIMARY_DS}) {
+                failing.fail(2, number, for_good);
+                take_messages();
+                EXPECT_EQ(client.request(request, storage.header(), data), IO_WRITE_ERROR);
+                EXPECT_EQ(take_messages().find("write_compressed_dataarray: (fwrite failed)"), 0U);
+            }
+        }
+    }
+}
+
+TEST_F(Iocntc, CompressedRequestsNameAFormatThatIsNone)
+{
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+    std::vector<double> values(200, 1.5);
+    auto asked = [&](const char *format, std::uint32_t request) {
+        io_header_storage storage = named_header("A", "B", "DBLE");
+        io_set_text(storage.format, format);
+        storage.count = 200;
+        storage.when = 1;
+        std::int64_t offsets[2] = {};
+        IO_data data;
+        data.offsets = offsets;
+        data.offsets_size = 2;
+        data.doubles = values.data();
+        data.doubles_size = 200;
+        if (request == IO_READ_COMPRESSED) {
+            EXPECT_EQ(client_.request(IO_WRITE_PRIMARY_DS, storage.header(), data), IO_OK);
+            offsets[0] = client_.position("A", "B", 1);
+        }
+        take_messages();
+        int code = client_.request(request, storage.header(), data);
+        static_cast<void>(client_.remove("A", "B", 1));
+        return code;
+    };
+    std::string read = "read_compressed_dataarray: bad compressed format ";
+    EXPECT_EQ(asked("u", IO_READ_COMPRESSED), IO_NOT_COMPRESSED);
+    EXPECT_EQ(take_messages().find(read + "u \niocnt: read compressed data failed\n"), 0U);
+    EXPECT_EQ(asked("F", IO_READ_COMPRESSED), IO_BAD_FORMAT);
+    EXPECT_EQ(take_messages().find(read + "F \nread_compressed_data: only supports binary data\n"),
+              0U);
+    EXPECT_EQ(asked("l", IO_WRITE_COMPRESSED), IO_NOT_COMPRESSED);
+    EXPECT_EQ(take_messages().find(read + "l \niocnt: write compressed data failed\n"), 0U);
+    EXPECT_EQ(asked("F", IO_WRITE_COMPRESSED), IO_NOT_COMPRESSED);
+    EXPECT_EQ(take_messages().find(read + "F \n"), 0U);
+    EXPECT_EQ(asked("u5", IO_WRITE_COMPRESSED), IO_OK);
+}
+
+/// White space at the end of WHAT and WHERE means nothing, whatever is asked.
+TEST_F(Iocntc, NamesAreTrimmedInEveryRequest)
+{
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+    ASSERT_EQ(client_.write_integers("A \t", "B  ", 1, {1}, "u"), IO_OK);
+    EXPECT_EQ(client_.locate("A  ", "B ", 1), "A B 1\n");
+    EXPECT_EQ(client_.locate("A* ", "B ", 1), "A B 1\n");
+    EXPECT_EQ(client_.locate("A\n", "?\t", -1), "A B 1\n");
+    ASSERT_EQ(client_.request(IO_OPEN_SECONDARY, "h"), IO_OK);
+    io_header_storage storage = named_header("A ", "B ");
+    std::int64_t offsets[2] = {};
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    EXPECT_EQ(client_.request(IO_COPY_DATASET, storage.header(), data), IO_OK);
+    EXPECT_EQ(client_.locate("A ", "B ", 1, IO_LOCATE_SECONDARY), "A B 1\n");
+    EXPECT_EQ(client_.remove("A  ", "B  ", 1), IO_OK);
+    EXPECT_EQ(client_.locate("A", "B", 1), "code 17");
+}
+
+/// A dataset without a block factor is read in blocks of 100000.
+TEST_F(Iocntc, BlocksOfADatasetThatStatesNone)
+{
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
+    std::vector<std::int32_t> values(100003);
+    for (std::size_t i = 0; i < values.size(); i++) {
+        values[i] = static_cast<std::int32_t>(i);
+    }
+    ASSERT_EQ(client_.write_integers("A", "B", 1, values, "u"), IO_OK);
+    std::int64_t offsets[2] = {client_.position("A", "B", 1), 0};
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.integers = values.data();
+    data.integers_size = 100000;
+    io_header_storage storage;
+    storage.count = 0;
+    EXPECT_EQ(client_.request(IO_READ_BLOCK, storage.header(), data), IO_OK);
+    EXPECT_EQ(storage.count, 100000);
+    EXPECT_EQ(storage.blockfactor, 100000);
+    storage.count = 1;
+    storage.blockfactor = 1;
+    EXPECT_EQ(client_.request(IO_READ_BLOCK, storage.header(), data), IO_OK);
+    EXPECT_EQ(storage.count, 3);
+    EXPECT_EQ(values[2], 100002);
+}
+
+/// The system's reason belongs to the line, before the line feed that ends it.
+TEST(Messages, TheReasonIsBeforeTheLineFeed)
+{
+    io_memory_env env;
+    io_reporter report(env);
+    report.set_routine(collect_message);
+    take_messages();
+    errno = EACCES;
+    EXPECT_EQ(report.zotsystemErr(7, "a message\n"), 7);
+    errno = EACCES;
+    report.zotsystemErr(7, "two\nlines");
+    EXPECT_EQ(take_messages(), "a message: Permission denied\ntwo\nlines: Permission denied\n");
 }
 
 TEST_F(Iocntc, SecondaryFiles)

@@ -315,12 +315,24 @@ TEST_P(MemoryFailure, Locating)
     said = fail_each([this](io_session &session) { return open_and_locate(session, "A", "P*"); });
     EXPECT_TRUE(GetParam() || contains(said, "locate_all_what: (malloc failed) syserr:")) << said;
     fail_each([this](io_session &session) { return open_and_locate(session, "A*", "P*"); });
+    EXPECT_TRUE(GetParam() || contains(said, "update_subindex: (malloc failed) syserr:")) << said;
 }
 
 TEST_P(MemoryFailure, Reading)
 {
     std::string said = fail_each([this](io_session &session) { return read(session, "REAL"); });
-    EXPECT_TRUE(GetParam() || contains(said, "read_located_dataset_as: malloc failed\n")) << said;
+    EXPECT_TRUE(GetParam() ||
+                contains(said, "read_located_dataset_as: malloc of 2400 bytes failed\n"))
+        << said;
+    said = fail_each([this](io_session &session) {
+        int code = open_and_locate(session, "D", "Q");
+        storage_.count = 0;
+        return code == IO_OK ? request(session, IO_READ_BLOCK) : code;
+    });
+    EXPECT_TRUE(GetParam() || contains(said, "read_located_dataset_as: malloc of 1600 bytes failed"
+                                             "\n"))
+        << said;
+    EXPECT_TRUE(GetParam() || contains(said, "iocntc: malloc of 0 bytes failed\n")) << said;
     said = fail_each([this](io_session &session) { return read(session, ""); });
     EXPECT_TRUE(GetParam() || contains(said, "read_compressed_dataarray: malloc failed\n")) << said;
     EXPECT_EQ(reals_[299], 1.5F);
@@ -351,6 +363,13 @@ TEST_P(MemoryFailure, Copying)
             std::string("iocnt: setfilebusyflag failed when req =") + one.busy + "\n";
         EXPECT_TRUE(GetParam() || contains(said, busy.c_str())) << said;
         EXPECT_TRUE(GetParam() || contains(said, "setfilebusyflag: malloc of ")) << said;
+        if (!GetParam() && one.number == IO_COPY_ALLVALID_DS) {
+            EXPECT_TRUE(contains(said, "update_index: (malloc failed) syserr:")) << said;
+            EXPECT_TRUE(contains(said, "copy_all_ds: update_index failed\n")) << said;
+        }
+        if (!GetParam() && one.number == IO_COPY_DS_COMPRESS_WHEN) {
+            EXPECT_TRUE(contains(said, "copy_dataset: malloc of 1600 bytes failed\n")) << said;
+        }
     }
 }
 

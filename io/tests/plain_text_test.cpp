@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 class PlainText : public ::testing::Test
@@ -71,6 +73,28 @@ TEST_F(PlainText, ReadingNumbers)
     data.integers_size = 1;
     EXPECT_EQ(ask(IO_READ_INTEGERS), IO_READ_ERROR);
     EXPECT_EQ(ask(IO_READ_REALS), IO_READ_ERROR);
+}
+
+/// The numbers read before the bad line are not left in the array.
+TEST_F(PlainText, AFailedReadGivesNoData)
+{
+    std::int32_t integers[3] = {7, 7, 7};
+    float reals[3] = {7, 7, 7};
+    IO_data data;
+    data.integers = integers;
+    data.integers_size = 3;
+    data.reals = reals;
+    data.reals_size = 3;
+    auto ask = [&](std::uint32_t number) {
+        EXPECT_EQ(open(nullptr), IO_OK);
+        return client_.session().request(number, collect_message, nullptr, &data);
+    };
+    env_["t"] = "         1        -2\n       bad\n";
+    EXPECT_EQ(ask(IO_READ_INTEGERS), IO_READ_ERROR);
+    EXPECT_EQ(std::count(integers, integers + 3, 0), 3);
+    env_["t"] = "   1.50000000000E+00\n   1.50000000000E+39\n"; // beyond the range of REAL
+    EXPECT_EQ(ask(IO_READ_REALS), IO_READ_ERROR);
+    EXPECT_EQ(std::count(reals, reals + 3, 0.0F), 3);
 }
 
 TEST_F(PlainText, OpeningFailures)

@@ -76,12 +76,16 @@ private:
         return io_.stream.write(bytes, count) ? IO_OK : failed();
     }
 
-    int put_length(std::int64_t bytes) { return zotwriteOffset(io_, format_, bytes); }
+    int put_length(std::int64_t bytes)
+    {
+        return zotwriteOffset(io_, format_, bytes) == IO_OK ? IO_OK : failed();
+    }
 
+    /// Nothing of the array is left to a later write, whose failure has another code.
     int complete(std::int64_t bytes)
     {
         if (length_known_) {
-            return IO_OK;
+            return io_.stream.flush() ? IO_OK : failed();
         }
         std::int64_t behind = io_.stream.tell();
         if (!io_.stream.seek(length_at_)) {
@@ -105,7 +109,7 @@ private:
 
     int failed() const
     {
-        return io_.report->zotsystemErr(io_write_code(),
+        return io_.report->zotsystemErr(IO_WRITE_ERROR,
                                         "write_compressed_dataarray: (fwrite failed) syserr:");
     }
 
@@ -262,6 +266,13 @@ private:
     byte_buffer part_; ///< compressed bytes on their way
 };
 
+int bad_compressed_format(const io_reporter &report, const char *function, int code,
+                          format_code format)
+{
+    return report.error(code, "%s: bad compressed format %c%c\n", function, format.letter,
+                        format.second);
+}
+
 } // namespace
 
 int compression_wanted(const io_reporter &report, format_code format, const data_type &type,
@@ -276,14 +287,26 @@ int compression_wanted(const io_reporter &report, format_code format, const data
     return IO_OK;
 }
 
+int check_compressed(const io_reporter &report, format_code format, const data_type &type,
+                     std::int32_t count)
+{
+    if (!format.compressed()) {
+        return bad_compressed_format(report, "read_compressed_dataarray", IO_NOT_COMPRESSED,
+                                     format);
+    }
+    bool compressed = false;
+    if (int code = compression_wanted(report, format, type, count, compressed)) {
+        return code;
+    }
+    return compressed ? IO_OK : IO_NOT_COMPRESSED;
+}
+
 int write_compressed_dataarray(zot_io &io, format_code format, element_type type, const void *data,
                                std::int32_t count)
 {
     const io_reporter &report = *io.report;
     if (!format.compressed()) {
-        return report.error(IO_BAD_FORMAT,
-                            "write_compressed_dataarray: bad compressed format %c%c\n",
-                            format.letter, format.second);
+        return bad_compressed_format(report, "write_compressed_dataarray", IO_BAD_FORMAT, format);
     }
     return array_writer(io, format, type).write(data, count);
 }
@@ -292,9 +315,8 @@ int read_compressed_dataarray(zot_io &io, format_code format, element_type type,
                               std::int32_t count, std::int32_t blockfactor, std::int64_t data_end)
 {
     if (!format.compressed()) {
-        return io.report->error(IO_BAD_FORMAT,
-                                "read_compressed_dataarray: bad compressed format %c%c\n",
-                                format.letter, format.second);
+        return bad_compressed_format(*io.report, "read_compressed_dataarray", IO_BAD_FORMAT,
+                                     format);
     }
     array_reader reader(io, format, type, data, count, blockfactor, data_end);
     if (int code = reader.read()) {

@@ -10,7 +10,14 @@
 int compression_wanted(const io_reporter &report, format_code format, const data_type &type,
                        std::int32_t count, bool &wanted);
 
-/// Compresses the array and writes its length and the stream. 23 if the data
+/// For requests that want compressed data only: 30 for an array that is not to be
+/// compressed, with a message if its format is not a compressed binary one; 23
+/// for the level 0.
+int check_compressed(const io_reporter &report, format_code format, const data_type &type,
+                     std::int32_t count);
+
+/// Compresses the array and writes its length and the stream. 11 if they cannot
+/// be written, whatever the reason. 23 if the data
 /// does not compress: then −1 was written as the length, and the data is to
 /// follow as it is.
 int write_compressed_dataarray(zot_io &io, format_code format, element_type type, const void *data,

@@ -52,6 +52,10 @@ inline constexpr std::int64_t IO_STORED = -1; ///< compressed length of data tha
 /// zlib cannot do better than about 1032 : 1; a header that claims more lies.
 inline constexpr std::int64_t IO_INFLATE_RATIO = 1100;
 
+/// Bytes that the data of a formatted dataset may always have in memory, however
+/// short its lines are.
+inline constexpr std::int64_t IO_ALWAYS_POSSIBLE = 64 * 1024 * 1024;
+
 /// No dataset is shorter: tags, records and their counts with nothing in them.
 inline constexpr std::int64_t IO_DATASET_BYTES_MIN = 100;
 

@@ -1,5 +1,7 @@
 #include "io/Src/Main/convert_data.h"
 
+#include "io/Src/Main/zot_numbers.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -21,6 +23,11 @@ template <typename From, typename To>
 bool convert_value(From from, To &to)
 {
     constexpr bool to_integer = std::is_same_v<To, std::int32_t>;
+    if constexpr (std::is_same_v<From, double> && std::is_same_v<To, float>) {
+        if (!zotfitsReal(from)) {
+            return false;
+        }
+    }
     if constexpr (to_integer && std::is_floating_point_v<From>) {
         auto wide = static_cast<double>(from);
         if (!(wide > -2147483649.0 && wide < 2147483648.0)) {
@@ -39,10 +46,8 @@ bool convert_value(From from, To &to)
 class converter
 {
 public:
-    converter(const io_reporter &report, const data_type &from, const IO_data &in,
-              const data_type &to, IO_data &out)
-        : report_(report), in_(in), out_(out), in_slot_(from.string_slot()),
-          out_slot_(to.string_slot())
+    converter(const io_reporter &report, const IO_data &in, IO_data &out)
+        : report_(report), in_(in), out_(out)
     {
     }
 
@@ -77,7 +82,8 @@ public:
         }
         return good ? IO_OK
                     : report_.error(IO_NO_CONVERSION,
-                                    "convert_data: a number does not fit a 32-bit integer");
+                                    "convert_data: a number is beyond the range of %s",
+                                    element_type_name(to.type));
     }
 
 private:
@@ -107,11 +113,7 @@ private:
         std::int64_t from = next(in_next_, IO_STRI, values);
         std::int64_t to = next(out_next_, IO_STRI, values);
         for (std::int64_t i = 0; i < values; i++) {
-            const char *text = in_.strings + static_cast<std::size_t>(from + i) * in_slot_;
-            char *target = out_.strings + static_cast<std::size_t>(to + i) * out_slot_;
-            std::size_t length = strnlen(text, most);
-            std::memcpy(target, text, length);
-            target[length] = '\0';
+            put_string(out_, to + i, get_string(in_, from + i, most));
         }
     }
 
@@ -146,8 +148,6 @@ private:
     const io_reporter &report_;
     const IO_data &in_;
     IO_data &out_;
-    std::size_t in_slot_;
-    std::size_t out_slot_;
     element_counts in_next_ = {};
     element_counts out_next_ = {};
 };
@@ -190,7 +190,7 @@ int convert_data(const io_reporter &report, const data_type &from, const IO_data
     // A single type is one item of `count` values rather than `count` items.
     std::int64_t records = from.structure ? count : 1;
     std::int64_t repeat = from.structure ? 1 : count;
-    converter work(report, from, in, to, out);
+    converter work(report, in, out);
     for (std::int64_t record = 0; record < records; record++) {
         for (std::size_t i = 0; i < from.entries.size(); i++) {
             const type_entry &entry = from.entries[i];

@@ -89,7 +89,7 @@ int copy_anew(open_file &from, const located_start &source, const data_shape &sh
     }
     element_storage storage;
     if (!storage.allocate(total_counts(shape.type, shape.count), shape.type.string_slot())) {
-        return to.report->error(IO_NO_MEMORY, "copy_dataset: malloc failed\n");
+        return to.report->no_memory("copy_dataset", storage.bytes());
     }
     located_start again;
     if (int code = read_located_dataset_as(from, source.position, "", storage.data(), again)) {
@@ -156,9 +156,6 @@ int copy_dataset(open_file &from, std::int64_t position, open_file &to, const da
     to.report->trace("Copying dataset %s:%s:%d to %s:%s:%d", source.header.what.c_str(),
                      source.header.where.c_str(), source.header.when, pending.header.what.c_str(),
                      pending.header.where.c_str(), pending.header.when);
-    if (!source.format.formatted() && !source.format.compressed()) {
-        pending.header.blockfactor = 0;
-    }
     if (int code = begin_dataset(to, pending)) {
         return code;
     }
@@ -170,9 +167,13 @@ int copy_dataset(open_file &from, std::int64_t position, open_file &to, const da
 
 int copy_all_ds(open_file &from, open_file &to)
 {
-    return copy_each(
-        from, [](const located_dataset &) { return true; },
-        [&](std::int64_t position) { return copy_dataset(from, position, to, nullptr); });
+    if (int code = copy_each(
+            from, [](const located_dataset &) { return true; },
+            [&](std::int64_t position) { return copy_dataset(from, position, to, nullptr); })) {
+        return code;
+    }
+    int code = update_index(*to.report, to.index);
+    return code == IO_OK ? IO_OK : to.report->error(code, "copy_all_ds: update_index failed\n");
 }
 
 int copy_when0_ds(open_file &from, open_file &to)

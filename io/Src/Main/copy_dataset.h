@@ -11,12 +11,12 @@ struct dataset_name
     std::int32_t when = 0;
 };
 
-/// Copies the dataset at `position`, under a new name unless `name` is null.
-/// Format code and data bytes are kept, the header is written anew. 15 for a
-/// position at which no live dataset stands.
+/// Copies the dataset at `position`, under a new name unless `name` is null. It
+/// keeps its format code, block factor and data bytes; the header is encoded
+/// again. 15 for a position without a live dataset.
 int copy_dataset(open_file &from, std::int64_t position, open_file &to, const dataset_name *name);
 
-/// Copies every live dataset, in index order.
+/// Copies every live dataset, in index order, then updates the target's index.
 int copy_all_ds(open_file &from, open_file &to);
 
 /// Copies every live dataset whose WHEN is 0, in index order.

@@ -27,8 +27,7 @@ int write_strings(zot_io &io, const data_shape &shape, const IO_data &data)
     auto length = static_cast<std::size_t>(shape.type.entries.front().length);
     std::string padded;
     for (std::int32_t i = 0; i < shape.count; i++) {
-        const char *slot = data.strings + static_cast<std::size_t>(i) * (length + 1);
-        std::string_view text(slot, strnlen(slot, length));
+        std::string_view text = get_string(data, i, length);
         if (!shape.format.formatted()) {
             padded.assign(text);
             padded.resize(length, ' ');
@@ -44,23 +43,19 @@ int write_strings(zot_io &io, const data_shape &shape, const IO_data &data)
 int read_strings(zot_io &io, const data_shape &shape, IO_data &data)
 {
     auto length = static_cast<std::size_t>(shape.type.entries.front().length);
+    std::size_t room = string_slot_bytes(data) - 1;
     std::string text;
     for (std::int32_t i = 0; i < shape.count; i++) {
-        char *slot = data.strings + static_cast<std::size_t>(i) * (length + 1);
-        if (shape.format.formatted()) {
-            if (int code = zotreadString(io, shape.format, length, text)) {
+        if (!shape.format.formatted()) {
+            if (int code = zotreadSlot(io, string_slot(data, i), room, length)) {
                 return code;
             }
-            std::memcpy(slot, text.data(), text.size());
-            slot[text.size()] = '\0';
             continue;
         }
-        std::size_t got = io.stream.read(slot, length);
-        if (got != length) {
-            return zotshortRead(io, "zotreadString", got, length);
+        if (int code = zotreadString(io, shape.format, length, text)) {
+            return code;
         }
-        std::string_view kept = zottrimEnd({slot, strnlen(slot, length)});
-        slot[kept.size()] = '\0';
+        put_string(data, i, text);
     }
     return IO_OK;
 }
@@ -165,8 +160,8 @@ bool within(std::int64_t count, std::int64_t bytes, std::int64_t limit)
     return bytes <= 0 || count <= limit / bytes;
 }
 
-/// Numbers and characters as text stand in lines that need not be as long as
-/// those of this library.
+/// Numbers and characters in text are in lines that need not be as long as those
+/// of this library.
 bool comes_in_elements(const data_shape &shape)
 {
     return !shape.format.formatted() || shape.type.structure || shape.type.single() == IO_STRI;
@@ -182,7 +177,7 @@ int skim_elements(zot_io &io, const data_shape &shape)
     part.count = static_cast<std::int32_t>(std::min<std::int64_t>(at_once, shape.count));
     element_storage storage;
     if (!storage.allocate(total_counts(part.type, part.count), part.type.string_slot())) {
-        return io.report->error(IO_NO_MEMORY, "skim_data: malloc failed\n");
+        return io.report->no_memory("skim_data", storage.bytes());
     }
     for (std::int32_t left = shape.count;; left -= part.count) {
         part.count = std::min(part.count, left);
@@ -228,32 +223,29 @@ int write_data(zot_io &io, const data_shape &shape, const IO_data &data)
 
 int check_data_claim(zot_io &io, const data_shape &shape)
 {
-    std::int64_t left = std::max<std::int64_t>(shape.end - io.stream.tell(), 0);
-    std::int64_t ratio_limit = IO_INFLATE_RATIO * left + IO_INFLATE_RATIO;
     bool compressed = false;
     if (int code =
             compression_wanted(*io.report, shape.format, shape.type, shape.count, compressed)) {
         return code;
     }
     if (compressed) {
-        bool possible = within(shape.count, shape.type.bytes(), ratio_limit);
+        std::int64_t bytes = std::max<std::int64_t>(shape.end - io.stream.tell(), 0);
+        bool possible =
+            within(shape.count, shape.type.bytes(), IO_INFLATE_RATIO * bytes + IO_INFLATE_RATIO);
         return possible ? IO_OK
                         : io.report->error(IO_COMPRESSION,
                                            "read_data: the header claims more data than %lld"
                                            " compressed bytes can hold",
-                                           static_cast<long long>(left));
+                                           static_cast<long long>(bytes));
     }
+    std::int64_t left = std::max<std::int64_t>(io.stream.size() - io.stream.tell(), 0);
     if (!shape.format.formatted()) {
         return within(shape.count, shape.type.bytes(), left) ? IO_OK : too_short(io, left);
     }
-    std::int64_t least = shape.type.formatted_bytes();
-    if (!shape.type.structure && shape.type.single() == IO_STRI) {
-        least += shape.type.entries.front().length; // lines are filled with blanks
-    }
-    // Strings in records stand without their blanks: those are bounded as
-    // compressed data is.
-    bool possible =
-        within(shape.count, least, left) && within(shape.count, shape.type.bytes(), ratio_limit);
+    // A line may be much shorter than what it holds is in memory.
+    std::int64_t memory = std::max(IO_INFLATE_RATIO * left, IO_ALWAYS_POSSIBLE);
+    bool possible = within(shape.count, shape.type.formatted_bytes(), left) &&
+                    within(shape.count, shape.type.bytes(), memory);
     return possible ? IO_OK : too_short(io, left);
 }
 
@@ -275,7 +267,7 @@ int read_data(zot_io &io, const data_shape &shape, IO_data &data)
 {
     int code = read_any(io, shape, data);
     if (code != IO_OK) {
-        blank_arrays(data, total_counts(shape.type, shape.count), shape.type.string_slot());
+        blank_arrays(data, total_counts(shape.type, shape.count));
     }
     return code;
 }

@@ -17,9 +17,9 @@ struct data_shape
 /// Writes the arrays. 14 with a message if they hold too little.
 int write_data(zot_io &io, const data_shape &shape, const IO_data &data);
 
-/// Whether the file can hold what the header claims, from the stream's
-/// position on: 10, or 23 for compressed data. To be asked before any memory is
-/// taken or any size given out.
+/// Whether the file can hold what the header claims, from the stream's position
+/// to the end of the file: 10, or 23 for compressed data. Call it before any
+/// memory is allocated and before any size is given to the client.
 int check_data_claim(zot_io &io, const data_shape &shape);
 
 /// Reads the data and forgets it, in memory that does not grow with it.

@@ -102,7 +102,7 @@ public:
         if (present) {
             return number(IO_KEY_BLOCKFACTOR, "blockfactor", 1, value);
         }
-        value = 1;
+        value = 0;
         if (format_.compressed()) {
             return io_.report->error(
                 IO_BAD_FORMAT, "read_header: blockfactor missing for compressed dataset in %s",

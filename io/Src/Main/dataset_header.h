@@ -14,7 +14,7 @@ struct dataset_header
     std::vector<std::string> attributes;
     std::string type;
     std::int32_t count = 0;
-    std::int32_t blockfactor = 1; ///< reading: 1 where there is none; writing: 0 for none
+    std::int32_t blockfactor = 1; ///< 0: there is no such record
 };
 
 /// Whether the texts fit their records and hold no control characters.

@@ -38,11 +38,9 @@ int delete_process(open_file &file, const located_dataset &record)
     if (int code = parseindex(*file.report, file.index.line(record.slot), line)) {
         return file.report->error(code, "delete_process: parseindex failed");
     }
-    if (int code = delete_process_sub(file, line.position)) {
-        return code;
-    }
+    // The slot first: a dataset whose mark could not be written is not found again.
     file.index.set_status(record.slot, 'N');
-    return IO_OK;
+    return delete_process_sub(file, line.position);
 }
 
 int delete_bywhat(open_file &file, const located_datasets &found)

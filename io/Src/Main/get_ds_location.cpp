@@ -1,6 +1,8 @@
 #include "io/Src/Main/get_ds_location.h"
 
+#include "io/Src/Main/element_arrays.h"
 #include "io/Src/Main/glob.h"
+#include "io/Src/Main/zot_primitives.h"
 
 #include <algorithm>
 #include <charconv>
@@ -171,6 +173,28 @@ int full_scan(const io_reporter &report, index_table &index, const char *what, c
     return IO_OK;
 }
 
+/// A name without white space at its end; a copy only where there is some.
+class trimmed_name
+{
+public:
+    explicit trimmed_name(const char *name) : name_(name)
+    {
+        std::string_view kept = zottrimEnd(name);
+        if (name[kept.size()] != '\0') {
+            copy_ = kept;
+            name_ = copy_.c_str();
+        }
+    }
+    trimmed_name(const trimmed_name &) = delete;
+    trimmed_name &operator=(const trimmed_name &) = delete;
+
+    const char *c_str() const { return name_; }
+
+private:
+    std::string copy_;
+    const char *name_;
+};
+
 int malloc_failed(const io_reporter &report, const char *function)
 {
     return report.zotsystemErr(IO_NO_ROOM, "%s: (malloc failed) syserr:", function);
@@ -221,17 +245,23 @@ int locate_all_where(const io_reporter &report, index_table &index, const char *
     return IO_OK;
 }
 
-/// Marks what the index says is deleted; the number of those.
-std::int32_t update_subindex(const index_table &index, located_datasets &found)
+/// Marks what the index says is deleted, and gives what is live in its order.
+int update_subindex(const io_reporter &report, const index_table &index, located_datasets &found,
+                    located_datasets &live)
 {
-    std::int32_t deleted = 0;
-    for (located_dataset &record : found) {
-        if (index.status(record.slot) != 'Y') {
-            record.slot = -1;
-            deleted++;
+    try {
+        live.reserve(found.size());
+        for (located_dataset &record : found) {
+            if (index.status(record.slot) == 'Y') {
+                live.push_back(record);
+            } else {
+                record.slot = -1;
+            }
         }
+        return IO_OK;
+    } catch (const std::bad_alloc &) {
+        return malloc_failed(report, "update_subindex");
     }
-    return deleted;
 }
 
 /// Largest WHEN first. That equal WHENs are ordered by WHAT from the third
@@ -277,15 +307,20 @@ int find_live(const io_reporter &report, index_table &index, const char *what, c
     if (found.size() < 2) {
         return IO_OK;
     }
-    auto matched = static_cast<std::int32_t>(found.size());
-    std::int32_t deleted = update_subindex(index, found);
-    report.trace("matched %d datasets in locate_dataset, %d were deleted", matched, deleted);
-    std::erase_if(found, [](const located_dataset &record) { return record.slot < 0; });
-    auto live = static_cast<std::int32_t>(found.size());
-    if (live != matched - deleted) {
-        return report.error(IO_UNKNOWN_ERROR, "Internal Error: located %d datasets, expected %d\n",
-                            live, matched - deleted);
+    located_datasets live;
+    if (int failed = update_subindex(report, index, found, live)) {
+        return failed;
     }
+    auto matched = static_cast<std::int32_t>(found.size());
+    auto deleted = static_cast<std::int32_t>(std::count_if(
+        found.begin(), found.end(), [](const located_dataset &record) { return record.slot < 0; }));
+    report.trace("matched %d datasets in locate_dataset, %d were deleted", matched, deleted);
+    auto copied = static_cast<std::int32_t>(live.size());
+    if (copied != matched - deleted) {
+        return report.error(IO_UNKNOWN_ERROR, "Internal Error: located %d datasets, expected %d\n",
+                            copied, matched - deleted);
+    }
+    found = std::move(live);
     if (when < 0) {
         sort_by_when(report, found);
     }
@@ -370,35 +405,47 @@ int find_datasets(const io_reporter &report, index_table &index, const char *wha
 {
     int code = IO_OK;
     try {
-        code = find_live(report, index, what, where, when, found);
+        code = find_live(report, index, trimmed_name(what).c_str(), trimmed_name(where).c_str(),
+                         when, found);
     } catch (const std::bad_alloc &) {
         code = malloc_failed(report, "locate_dataset");
     }
     return code == IO_OK && found.empty() ? IO_NOT_FOUND : code;
 }
 
+int update_index(const io_reporter &report, index_table &index)
+{
+    try {
+        static_cast<void>(index.where_order());
+        return IO_OK;
+    } catch (const std::bad_alloc &) {
+        return malloc_failed(report, "update_index");
+    }
+}
+
 int locate_dataset(const io_reporter &report, index_table &index, const char *what,
                    const char *where, std::int32_t when, located_datasets &scratch, IO_data &out)
 {
+    out.matches = 0;
     if (int code = find_datasets(report, index, what, where, when, scratch)) {
         return code;
     }
     auto count = static_cast<std::int64_t>(scratch.size());
+    out.matches = count;
     bool fits = out.strings_size >= 2 * count && out.integers_size >= count &&
                 out.offsets_size >= 2 * count;
-    out.strings_size = 2 * count;
-    out.integers_size = count;
-    out.offsets_size = 2 * count;
     if (!fits) {
+        out.strings_size = 2 * count;
+        out.integers_size = count;
+        out.offsets_size = 2 * count;
         return IO_NO_ROOM;
     }
-    char *text = out.strings;
+    std::int64_t text = 0;
     std::int32_t *when_out = out.integers;
     std::int64_t *offset = out.offsets;
     for (const located_dataset &record : scratch) {
-        std::memcpy(text, record.what, sizeof record.what);
-        std::memcpy(text + IO_STRING_SLOT, record.where, sizeof record.where);
-        text += 2 * IO_STRING_SLOT;
+        put_string(out, text++, record.what);
+        put_string(out, text++, record.where);
         *when_out++ = record.when;
         *offset++ = record.position;
         *offset++ = record.length;

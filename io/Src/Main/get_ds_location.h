@@ -42,13 +42,18 @@ int get_ds_location(const io_reporter &report, index_table &index, location_mode
 
 /// The search that all requests use: patterns allowed in WHAT and WHERE;
 /// several matches of a negative WHEN are ordered by WHEN, largest first.
-/// 17 where nothing matches, without a message; 14 with one if there is no
-/// memory.
+/// White space at the end of WHAT and WHERE does not count. 17 where nothing
+/// matches, without a message; 14 with one if there is no memory.
 int find_datasets(const io_reporter &report, index_table &index, const char *what,
                   const char *where, std::int32_t when, located_datasets &found);
 
 /// find_datasets() into the client's arrays: strings (WHAT, WHERE), integers
-/// (WHEN) and offsets (position, length). The three sizes are set to what is
-/// needed; 14 if one was smaller. `scratch` is memory to be used again.
+/// (WHEN) and offsets (position, length). Sets `matches`. 14 if one of the three
+/// is too small, and then all three sizes are set to what is needed. `scratch`
+/// is memory to be used again.
 int locate_dataset(const io_reporter &report, index_table &index, const char *what,
                    const char *where, std::int32_t when, located_datasets &scratch, IO_data &out);
+
+/// To be called after many insertions: makes the orders that lookups by WHERE
+/// need. 14 if there is no memory.
+int update_index(const io_reporter &report, index_table &index);

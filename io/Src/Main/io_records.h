@@ -35,9 +35,13 @@ struct IO_header
     char *format = nullptr;
 };
 
-/// Buffers and their capacities, counted in values. A read that finds one too
-/// small returns 14; then, and also after success, the size fields of all
-/// arrays that the type needs hold the numbers of values.
+/// Buffers and their capacities, counted in values. No request writes beyond
+/// what the fields state.
+///
+/// A read that finds an array missing or too small returns 14 and sets the size
+/// fields of those arrays to the numbers of values that it needs. A locate that
+/// finds one too small returns 14 and sets the sizes of all three that it fills.
+/// No other request changes a size.
 struct IO_data
 {
     const char *filename = nullptr;
@@ -49,10 +53,12 @@ struct IO_data
     std::int64_t *offsets = nullptr; ///< pairs of dataset position and length
     std::int64_t offsets_size = 0;
 
-    /// Slots of the longest string of the type and a NUL: 81 bytes for STRI,
-    /// for the results of locating and for lines of the plain text file.
+    /// Slots of string_slot bytes each, the NUL included. The client decides how
+    /// wide they are, whatever the type of the data: a longer string is cut to
+    /// fit. 0 or less stands for IO_STRING_SLOT.
     char *strings = nullptr;
     std::int64_t strings_size = 0;
+    std::int64_t string_slot = 0;
     char *chars = nullptr;
     std::int64_t chars_size = 0;
     std::int32_t *integers = nullptr;
@@ -63,6 +69,8 @@ struct IO_data
     std::int64_t doubles_size = 0;
     std::uint8_t *logicals = nullptr; ///< 0 or 1 each
     std::int64_t logicals_size = 0;
+
+    std::int64_t matches = 0; ///< set by a locate: the datasets that it found
 };
 
 /// Puts a text into a field of fixed size, cut to what it holds.

@@ -59,6 +59,7 @@ void io_reporter::format_and_deliver(const char *reason, const char *format,
     try {
         std::string text = format_message(format, arguments);
         if (reason != nullptr) {
+            text.resize(text.size() - (text.ends_with('\n') ? 1 : 0));
             text.append(": ").append(reason);
         }
         end_line(text);

@@ -38,10 +38,11 @@ public:
     /// Reports the message and returns `code`.
     int error(int code, const char *format, ...) const IO_PRINTF(3, 4);
 
-    /// The same with ": " and the text of errno added.
+    /// The same with ": " and the text of errno added, before a final LF.
     int zotsystemErr(int code, const char *format, ...) const IO_PRINTF(3, 4);
 
-    /// "%s: malloc of %I64d bytes failed"; returns 28 or what is given.
+    /// "%s: malloc of %I64d bytes failed"; returns 28 or what is given. The size
+    /// is 0 where it is not known.
     int no_memory(const char *function, std::int64_t bytes, int code = IO_NO_MEMORY) const;
 
     /// Prints "TRACE> …" if `ZOT_IO_TRACE` was set at the first call.

@@ -78,7 +78,7 @@ int io_session::request(std::uint32_t number, io_error_routine routine, IO_heade
     try {
         return dispatch(number, header != nullptr ? *header : none, *data);
     } catch (const std::bad_alloc &) {
-        return report_.error(IO_NO_MEMORY, "iocntc: malloc failed in request %u\n", number);
+        return report_.no_memory("iocntc", 0);
     }
 }
 
@@ -96,12 +96,13 @@ int io_session::check_arguments(std::uint32_t number, const IO_header *header,
             return report_.error(IO_NO_ROOM, "iocntc: header input is wrong\n");
         }
     }
-    if (needs_offsets(number) && (data->offsets == nullptr || data->offsets_size < 2)) {
+    // A locate says itself how much room it needs.
+    bool locates = number == IO_LOCATE_PRIMARY || number == IO_LOCATE_SECONDARY;
+    if (needs_offsets(number) &&
+        (data->offsets == nullptr || (!locates && data->offsets_size < 2))) {
         return report_.error(IO_NO_ROOM, "iocntc: offset array input is wrong\n");
     }
-    bool locates = number == IO_LOCATE_PRIMARY || number == IO_LOCATE_SECONDARY;
-    if (locates && (data->strings == nullptr || data->strings_size < 1 ||
-                    data->integers == nullptr || data->integers_size < 1)) {
+    if (locates && (data->strings == nullptr || data->integers == nullptr)) {
         return report_.error(IO_NO_ROOM, "iocntc: stringarray or intrarray is wrong\n");
     }
     return IO_OK;

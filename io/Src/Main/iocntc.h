@@ -49,8 +49,9 @@ enum io_request : std::uint32_t {
     IO_COPY_ALLVALID_DS = 17,
 
     /// One block of the dataset at offsets[0]: header count holds its number,
-    /// from 0, and gets its elements (0 behind the last); header block factor
-    /// holds the elements of a block (1 or less: the dataset's own) and gets them.
+    /// from 0, and gets its elements (0 after the last); header block factor
+    /// holds the elements of a block (1 or less: the dataset's own, 100000 if it
+    /// states none) and gets them.
     IO_READ_BLOCK = 18,
     IO_COPY_WHEN0_DS = 19,
     IO_COPY_DS_COMPRESS_WHEN = 20, ///< those with the header's WHEN

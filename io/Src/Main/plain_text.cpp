@@ -62,18 +62,28 @@ int iif_close_text(plain_text &file)
 
 int read_text_integers(plain_text &file, IO_data &data)
 {
-    if (!arrays_hold(data, {0, 0, data.integers_size, 0, 0, 0})) {
+    element_counts counts = {0, 0, data.integers_size, 0, 0, 0};
+    if (!arrays_hold(data, counts)) {
         return file.io.report->error(IO_NO_ROOM, "iocntc: stringarray or intrarray is wrong\n");
     }
-    return zotreadIntr(file.io, IO_FORMATTED, data.integers, data.integers_size);
+    int code = zotreadIntr(file.io, IO_FORMATTED, data.integers, data.integers_size);
+    if (code != IO_OK) {
+        blank_arrays(data, counts);
+    }
+    return code;
 }
 
 int read_text_reals(plain_text &file, IO_data &data)
 {
-    if (!arrays_hold(data, {0, 0, 0, data.reals_size, 0, 0})) {
+    element_counts counts = {0, 0, 0, data.reals_size, 0, 0};
+    if (!arrays_hold(data, counts)) {
         return file.io.report->error(IO_NO_ROOM, "iocntc: real array is wrong\n");
     }
-    return zotreadReal(file.io, IO_FORMATTED, data.reals, data.reals_size);
+    int code = zotreadReal(file.io, IO_FORMATTED, data.reals, data.reals_size);
+    if (code != IO_OK) {
+        blank_arrays(data, counts);
+    }
+    return code;
 }
 
 int write_text(plain_text &file, const IO_data &data)
@@ -83,8 +93,7 @@ int write_text(plain_text &file, const IO_data &data)
         return report.error(IO_NO_ROOM, "iocntc: stringarray or intrarray is wrong\n");
     }
     for (std::int64_t i = 0; i < data.strings_size; i++) {
-        const char *slot = data.strings + i * IO_STRING_SLOT;
-        std::string line(zottrimEnd({slot, strnlen(slot, IO_STRING_LENGTH)}));
+        std::string line(zottrimEnd(get_string(data, i, std::string_view::npos)));
         line += '\n';
         if (!file.io.stream.write(line.data(), line.size())) {
             return report.zotsystemErr(io_write_code(), "write_text: (fwrite failed) syserr:");

@@ -20,7 +20,7 @@ int iif_close_text(plain_text &file);
 
 /// Lines of numbers until the array is full: integers in columns of 10, reals
 /// in columns of 20 characters. 10 for a line that holds anything else, or more
-/// than the array has room for.
+/// than the array has room for; the array then holds zeros.
 int read_text_integers(plain_text &file, IO_data &data);
 int read_text_reals(plain_text &file, IO_data &data);
 

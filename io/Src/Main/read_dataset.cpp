@@ -46,7 +46,7 @@ int read_converted(open_file &file, const data_shape &shape, const data_type &wa
     element_storage stored;
     element_counts counts = total_counts(shape.type, shape.count);
     if (!stored.allocate(counts, shape.type.string_slot())) {
-        return file.report->error(IO_NO_MEMORY, "read_located_dataset_as: malloc failed\n");
+        return file.report->no_memory("read_located_dataset_as", stored.bytes());
     }
     if (int code = read_data(file.io, shape, stored.data())) {
         return code;
@@ -97,7 +97,7 @@ int describe_data(const open_file &file, const located_start &start, data_shape 
 {
     shape.format = start.format;
     shape.count = start.header.count;
-    shape.blockfactor = start.header.blockfactor;
+    shape.blockfactor = start.header.blockfactor > 0 ? start.header.blockfactor : IO_BLOCKFACTOR;
     shape.end = start.data_end;
     return parseStructure(*file.report, start.header.type, shape.type);
 }
@@ -118,45 +118,56 @@ int read_end_tag(open_file &file, format_code format)
 }
 
 // 1. Parse both types; see whether one can be had from the other.
-// 2. Hold what the header claims against the file.
-// 3. Say how much room is needed; end there if the client has less.
-// 4. Read, converting if needed, and check that the end tag follows.
-int read_data_as(open_file &file, const located_start &start, std::string_view asked, IO_data &data)
+// 2. Compare what the header claims with the file.
+int plan_reading(open_file &file, const located_start &start, std::string_view asked,
+                 reading_plan &plan)
 {
     const io_reporter &report = *file.report;
-    data_shape shape;
-    if (int code = describe_data(file, start, shape)) {
+    if (int code = describe_data(file, start, plan.stored)) {
         return code;
     }
-    data_type wanted = shape.type;
-    std::string asked_text(asked);
+    plan.wanted = plan.stored.type;
     if (!asked.empty()) {
-        if (int code = parseStructure(report, asked, wanted)) {
+        if (int code = parseStructure(report, asked, plan.wanted)) {
             return code;
         }
-        if (int code =
-                check_conversion(report, start.header.type, shape.type, asked_text, wanted)) {
+        if (int code = check_conversion(report, start.header.type, plan.stored.type,
+                                        std::string(asked), plan.wanted)) {
             return code;
         }
     }
-    if (int code = check_data_claim(file.io, shape)) {
-        return code;
-    }
-    element_counts counts = total_counts(wanted, shape.count);
-    bool fits = arrays_hold(data, counts);
-    set_array_sizes(data, counts);
-    if (!fits) {
+    return check_data_claim(file.io, plan.stored);
+}
+
+// 1. Say how much room is needed; end there if the client has less.
+// 2. Read, converting if needed, and check that the end tag follows.
+int read_planned(open_file &file, const located_start &start, const reading_plan &plan,
+                 IO_data &data)
+{
+    element_counts counts = plan.counts();
+    if (!arrays_hold(data, counts)) {
+        report_array_sizes(data, counts);
         return IO_NO_ROOM;
     }
-    int code = wanted == shape.type ? read_data(file.io, shape, data)
-                                    : read_converted(file, shape, wanted, data);
+    int code = plan.wanted == plan.stored.type
+                   ? read_data(file.io, plan.stored, data)
+                   : read_converted(file, plan.stored, plan.wanted, data);
     if (code == IO_OK) {
         code = read_end_tag(file, start.format);
     }
     if (code != IO_OK) {
-        blank_arrays(data, counts, wanted.string_slot());
+        blank_arrays(data, counts);
     }
     return code;
+}
+
+int read_data_as(open_file &file, const located_start &start, std::string_view asked, IO_data &data)
+{
+    reading_plan plan;
+    if (int code = plan_reading(file, start, asked, plan)) {
+        return code;
+    }
+    return read_planned(file, start, plan, data);
 }
 
 int read_located_dataset_as(open_file &file, std::int64_t position, std::string_view asked,

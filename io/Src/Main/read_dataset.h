@@ -20,18 +20,37 @@ struct located_start
 /// Reads from the format code up to and with the data tag.
 int read_located_dataset_start(open_file &file, std::int64_t position, located_start &start);
 
-/// Reads the data at the stream's position, which is start.data, into the
-/// client's arrays, as the type `asked` (empty: the stored one). Sets the sizes
-/// of all arrays that the type needs; 14 if one was too small, and then the
-/// stream is where it was. A failure leaves no data in the arrays.
+/// What a reading takes, known before memory is allocated for it.
+struct reading_plan
+{
+    data_shape stored;
+    data_type wanted; ///< of the values that the client gets
+
+    element_counts counts() const { return total_counts(wanted, stored.count); }
+};
+
+/// Plans to read the data at the stream's position, which is start.data, as the
+/// type `asked` (empty: the stored one). A code means that it cannot be read; 14
+/// then is that of a bad type, not a question for room.
+int plan_reading(open_file &file, const located_start &start, std::string_view asked,
+                 reading_plan &plan);
+
+/// Reads what was planned into the client's arrays. 14 without a message if one
+/// is missing or too small: its size is set, and the stream is where it was. A
+/// failure leaves no data in the arrays.
+int read_planned(open_file &file, const located_start &start, const reading_plan &plan,
+                 IO_data &data);
+
+/// Both.
 int read_data_as(open_file &file, const located_start &start, std::string_view asked,
                  IO_data &data);
 
-/// Both, for the dataset at `position`.
+/// The same for the dataset at `position`.
 int read_located_dataset_as(open_file &file, std::int64_t position, std::string_view asked,
                             IO_data &data, located_start &start);
 
-/// What the header says of the data; 12 or 14 for a type string that is none.
+/// What the header says about the data; 12 or 14 for a type string that is wrong.
+/// The block factor is 100000 where the dataset has none.
 int describe_data(const open_file &file, const located_start &start, data_shape &shape);
 
 /// The end tag, at the stream's position.

@@ -48,7 +48,13 @@ void copy_elements(const IO_data &from, const data_type &type, std::int64_t firs
     element_counts per_element = type.counts();
     for (std::size_t i = 0; i < per_element.size(); i++) {
         auto kind = static_cast<element_type>(i);
-        std::size_t bytes = kind == IO_STRI ? type.string_slot() : element_word_bytes(kind);
+        if (kind == IO_STRI) {
+            for (std::int64_t n = 0; n < count * per_element[i]; n++) {
+                put_string(to, n, get_string(from, first * per_element[i] + n, type.string_slot()));
+            }
+            continue;
+        }
+        std::size_t bytes = element_word_bytes(kind);
         auto start = static_cast<std::size_t>(first * per_element[i]) * bytes;
         auto length = static_cast<std::size_t>(count * per_element[i]) * bytes;
         if (length > 0) {
@@ -89,7 +95,7 @@ int io_session::read_dataset_header(IO_header &header, const IO_data &data)
     *header.when = found.when;
     *header.count = found.count;
     put_text(header.type, found.type);
-    *header.blockfactor = found.blockfactor;
+    *header.blockfactor = std::max(found.blockfactor, 1);
     put_format(start.format, header.format);
     int code = put_attributes(found.attributes, header);
     reading_.emplace(begun_reading{std::move(start)});
@@ -130,7 +136,7 @@ int io_session::load_blocks(std::int64_t position)
     const data_shape &shape = source->shape;
     if (!source->storage.allocate(total_counts(shape.type, shape.count),
                                   shape.type.string_slot())) {
-        return report_.error(IO_NO_MEMORY, "read_located_dataset_as: malloc failed\n");
+        return report_.no_memory("read_located_dataset_as", source->storage.bytes());
     }
     if (int code = read_data_as(primary_, source->start, "", source->storage.data())) {
         return code;
@@ -156,9 +162,8 @@ int io_session::read_block(IO_header &header, IO_data &data)
     std::int64_t first = std::max<std::int64_t>(*header.count, 0) * size;
     std::int64_t count = std::clamp<std::int64_t>(shape.count - first, 0, size);
     element_counts counts = total_counts(shape.type, static_cast<std::int32_t>(count));
-    bool fits = arrays_hold(data, counts);
-    set_array_sizes(data, counts);
-    if (!fits) {
+    if (!arrays_hold(data, counts)) {
+        report_array_sizes(data, counts);
         return IO_NO_ROOM;
     }
     copy_elements(blocks_->storage.data(), shape.type, first, count, data);
@@ -178,20 +183,18 @@ int io_session::read_compressed_data(IO_header &header, IO_data &data)
     if (code == IO_OK) {
         code = describe_data(primary_, start, shape);
     }
-    if (code == IO_OK && start.format.formatted()) {
-        code = report_.error(IO_BAD_FORMAT, "read_compressed_data: only supports binary data\n");
-    }
-    bool compressed = false;
     if (code == IO_OK) {
-        code = compression_wanted(report_, start.format, shape.type, shape.count, compressed);
+        code = check_compressed(report_, shape.format, shape.type, shape.count);
     }
-    if (code == IO_OK && !compressed) {
-        code = IO_NOT_COMPRESSED;
+    if (code != IO_OK && start.format.formatted()) {
+        code = report_.error(IO_BAD_FORMAT, "read_compressed_data: only supports binary data\n");
     }
     if (code != IO_OK) {
         return add_line(code, "iocnt: read compressed data failed\n");
     }
-    *header.count = shape.count;
     code = read_data_as(primary_, start, "", data);
+    if (code == IO_OK || code == IO_NO_ROOM) {
+        *header.count = shape.count;
+    }
     return code == IO_NO_ROOM ? code : add_line(code, "iocnt: read compressed data failed\n");
 }

@@ -19,7 +19,8 @@ dataset_header take_header(const IO_header &header)
     std::int32_t attributes = header.attribute_count != nullptr ? *header.attribute_count : 0;
     for (std::int32_t i = 0; i < attributes; i++) {
         const char *slot = header.attributes + i * IO_STRING_SLOT;
-        taken.attributes.emplace_back(zottrimEnd({slot, strnlen(slot, IO_STRING_LENGTH)}));
+        // A slot without a NUL holds a character too many.
+        taken.attributes.emplace_back(zottrimEnd({slot, strnlen(slot, IO_STRING_SLOT)}));
     }
     taken.type = zottrimEnd(header.type);
     taken.count = *header.count;
@@ -137,12 +138,8 @@ int io_session::write_compressed_data(const IO_header &header, IO_data &data)
     pending_dataset pending;
     data_shape shape;
     int code = prepare_dataset(primary_, asked_format(header), taken, pending, shape);
-    bool compressed = false;
     if (code == IO_OK) {
-        code = compression_wanted(report_, shape.format, shape.type, shape.count, compressed);
-    }
-    if (code == IO_OK && !compressed) {
-        code = IO_NOT_COMPRESSED;
+        code = check_compressed(report_, shape.format, shape.type, shape.count);
     }
     if (code == IO_OK) {
         code = make_busy(primary_, "primary", "IO_WRITE_COMPRESSED");
@@ -151,7 +148,6 @@ int io_session::write_compressed_data(const IO_header &header, IO_data &data)
         code = write_dataset(primary_, asked_format(header), taken, data, &pending);
     }
     if (code != IO_OK) {
-        code = code == IO_WRITE_ERROR ? IO_COMPRESSED_WRITE : code;
         return add_line(code, "iocnt: write compressed data failed\n");
     }
     data.offsets[0] = pending.position;

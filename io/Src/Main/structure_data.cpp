@@ -11,9 +11,8 @@ namespace {
 constexpr std::size_t real_text_max =
     40; // characters of a number in a line, with room for other writers
 
-std::string_view cut_string(const char *slot, std::size_t length)
+std::string_view cut_string(std::string_view text)
 {
-    std::string_view text(slot, strnlen(slot, length));
     constexpr char ends[] = {'\n', IO_ESC};
     return zottrimEnd(text.substr(0, text.find_first_of({ends, sizeof ends})));
 }
@@ -41,13 +40,12 @@ private:
 };
 
 void append_entry(std::string &line, const type_entry &entry, const IO_data &data,
-                  std::int64_t start, std::size_t slot)
+                  std::int64_t start)
 {
     for (std::int64_t i = start; i < start + entry.values(); i++) {
         switch (entry.type) {
         case IO_STRI:
-            line += cut_string(data.strings + static_cast<std::size_t>(i) * slot,
-                               static_cast<std::size_t>(entry.length));
+            line += cut_string(get_string(data, i, static_cast<std::size_t>(entry.length)));
             break;
         case IO_CHAR:
             line += plain_char(data.chars[i]);
@@ -72,12 +70,11 @@ void append_entry(std::string &line, const type_entry &entry, const IO_data &dat
 int write_formatted(zot_io &io, const data_shape &shape, const IO_data &data)
 {
     array_cursor cursor;
-    std::size_t slot = shape.type.string_slot();
     std::string line;
     for (std::int32_t record = 0; record < shape.count; record++) {
         line.clear();
         for (const type_entry &entry : shape.type.entries) {
-            append_entry(line, entry, data, cursor.take(entry), slot);
+            append_entry(line, entry, data, cursor.take(entry));
         }
         line += '\n';
         if (!io.stream.write(line.data(), line.size())) {
@@ -93,37 +90,31 @@ int bad_item(zot_io &io, std::string_view item)
                             std::string(item).c_str());
 }
 
-int store_string(zot_io &io, std::string_view item, char *slot, std::int32_t length)
+int store_string(zot_io &io, std::string_view item, std::int32_t length, IO_data &data,
+                 std::int64_t at)
 {
     item = zottrimEnd(item);
     if (item.size() > static_cast<std::size_t>(length)) {
         return io.report->error(IO_NO_ROOM, "zotreadString: read too many characters: %s\n",
                                 std::string(item).c_str());
     }
-    std::memcpy(slot, item.data(), item.size());
-    slot[item.size()] = '\0';
+    put_string(data, at, item);
     return IO_OK;
 }
 
 int store_item(zot_io &io, const type_entry &entry, std::string_view item, IO_data &data,
-               std::int64_t at, std::size_t slot)
+               std::int64_t at)
 {
-    double real = 0;
     switch (entry.type) {
     case IO_STRI:
-        return store_string(io, item, data.strings + static_cast<std::size_t>(at) * slot,
-                            entry.length);
+        return store_string(io, item, entry.length, data, at);
     case IO_CHAR:
         data.chars[at] = item.size() == 1 ? item[0] : ' ';
         return item.size() <= 1 ? IO_OK : bad_item(io, item);
     case IO_INTR:
         return zotparseIntr(item, data.integers[at]) ? IO_OK : bad_item(io, item);
     case IO_REAL:
-        if (!zotparseReal(item, real)) {
-            return bad_item(io, item);
-        }
-        data.reals[at] = static_cast<float>(real);
-        return IO_OK;
+        return zotparseReal(item, data.reals[at]) ? IO_OK : bad_item(io, item);
     case IO_DBLE:
         return zotparseReal(item, data.doubles[at]) ? IO_OK : bad_item(io, item);
     default:
@@ -132,7 +123,7 @@ int store_item(zot_io &io, const type_entry &entry, std::string_view item, IO_da
 }
 
 int store_entry(zot_io &io, const type_entry &entry, std::string_view &line, IO_data &data,
-                std::int64_t start, std::size_t slot)
+                std::int64_t start)
 {
     for (std::int64_t i = start; i < start + entry.values(); i++) {
         std::size_t end = line.find(IO_ESC);
@@ -140,7 +131,7 @@ int store_entry(zot_io &io, const type_entry &entry, std::string_view &line, IO_
             return io.report->error(IO_BAD_STRING,
                                     "read_data: no string terminator to seperate different data\n");
         }
-        if (int code = store_item(io, entry, line.substr(0, end), data, i, slot)) {
+        if (int code = store_item(io, entry, line.substr(0, end), data, i)) {
             return code;
         }
         line.remove_prefix(end + 1);
@@ -163,7 +154,6 @@ std::size_t line_limit(const data_type &type)
 int read_formatted(zot_io &io, const data_shape &shape, IO_data &data)
 {
     array_cursor cursor;
-    std::size_t slot = shape.type.string_slot();
     std::size_t limit = line_limit(shape.type);
     std::string text;
     for (std::int32_t record = 0; record < shape.count; record++) {
@@ -177,7 +167,7 @@ int read_formatted(zot_io &io, const data_shape &shape, IO_data &data)
         }
         std::string_view line = text;
         for (const type_entry &entry : shape.type.entries) {
-            if (int code = store_entry(io, entry, line, data, cursor.take(entry), slot)) {
+            if (int code = store_entry(io, entry, line, data, cursor.take(entry))) {
                 return code;
             }
         }
@@ -228,23 +218,12 @@ int read_numbers(zot_io &io, const data_shape &shape, const type_entry &entry, I
     }
 }
 
-int write_string(zot_io &io, const type_entry &entry, const char *slot)
+int write_string(zot_io &io, const type_entry &entry, const IO_data &data, std::int64_t at)
 {
     auto length = static_cast<std::size_t>(entry.length);
-    std::string text(slot, strnlen(slot, length));
+    std::string text(get_string(data, at, length));
     text.resize(length, ' ');
     return io.stream.write(text.data(), length) ? IO_OK : io_write_code();
-}
-
-int read_string(zot_io &io, const type_entry &entry, char *slot)
-{
-    auto length = static_cast<std::size_t>(entry.length);
-    std::size_t got = io.stream.read(slot, length);
-    if (got != length) {
-        return zotshortRead(io, "zotreadString", got, length);
-    }
-    slot[zottrimEnd({slot, strnlen(slot, length)}).size()] = '\0';
-    return IO_OK;
 }
 
 } // namespace
@@ -255,14 +234,11 @@ int write_structure(zot_io &io, const data_shape &shape, const IO_data &data)
         return write_formatted(io, shape, data);
     }
     array_cursor cursor;
-    std::size_t slot = shape.type.string_slot();
     for (std::int32_t record = 0; record < shape.count; record++) {
         for (const type_entry &entry : shape.type.entries) {
             std::int64_t start = cursor.take(entry);
-            int code =
-                entry.type == IO_STRI
-                    ? write_string(io, entry, data.strings + static_cast<std::size_t>(start) * slot)
-                    : write_numbers(io, shape, entry, data, start);
+            int code = entry.type == IO_STRI ? write_string(io, entry, data, start)
+                                             : write_numbers(io, shape, entry, data, start);
             if (code != IO_OK) {
                 return code;
             }
@@ -277,14 +253,13 @@ int read_structure(zot_io &io, const data_shape &shape, IO_data &data)
         return read_formatted(io, shape, data);
     }
     array_cursor cursor;
-    std::size_t slot = shape.type.string_slot();
+    std::size_t room = string_slot_bytes(data) - 1;
     for (std::int32_t record = 0; record < shape.count; record++) {
         for (const type_entry &entry : shape.type.entries) {
             std::int64_t start = cursor.take(entry);
-            int code =
-                entry.type == IO_STRI
-                    ? read_string(io, entry, data.strings + static_cast<std::size_t>(start) * slot)
-                    : read_numbers(io, shape, entry, data, start);
+            int code = entry.type == IO_STRI ? zotreadSlot(io, string_slot(data, start), room,
+                                                           static_cast<std::size_t>(entry.length))
+                                             : read_numbers(io, shape, entry, data, start);
             if (code != IO_OK) {
                 return code;
             }

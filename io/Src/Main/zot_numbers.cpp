@@ -190,15 +190,20 @@ int read_reals(zot_io &io, const char *function, Real *values, std::int64_t coun
             return false;
         }
         for (std::size_t i = 0; i < got; i++) {
-            double value = 0;
-            if (!zotparseReal(line.substr(i * width, width), value)) {
+            if (!zotparseReal(line.substr(i * width, width),
+                              values[first + static_cast<std::int64_t>(i)])) {
                 return false;
             }
-            values[first + static_cast<std::int64_t>(i)] = static_cast<Real>(value);
         }
         return true;
     };
     return read_fields(io, function, count, split);
+}
+
+/// Characters up to the next multiple of `width`.
+std::size_t padding(std::size_t length, std::size_t width)
+{
+    return (width - length % width) % width;
 }
 
 std::string_view trim(std::string_view field)
@@ -248,6 +253,25 @@ bool zotparseReal(std::string_view field, double &value)
         return false;
     }
     value = number;
+    return true;
+}
+
+bool zotfitsReal(double value)
+{
+    constexpr double beyond = 0x1.ffffffp127; // rounds to infinity
+    return !std::isfinite(value) || std::abs(value) < beyond;
+}
+
+bool zotparseReal(std::string_view field, float &value)
+{
+    double number = 0;
+    if (!zotparseReal(field, number)) {
+        return false;
+    }
+    if (!zotfitsReal(number)) {
+        return false;
+    }
+    value = static_cast<float>(number);
     return true;
 }
 
@@ -361,6 +385,12 @@ int zotreadLogl(zot_io &io, format_code format, std::uint8_t *values, std::int64
     return read_fields(
         io, "zotreadLogl", count,
         [values](std::string_view line, std::int64_t first, std::size_t room, std::size_t &got) {
-            return split_fields(line, values + first, room, got, zotparseLogl);
+            if (split_fields(line, values + first, room, got, zotparseLogl)) {
+                return true;
+            }
+            // A word at the left of the last field, whose blanks are not there.
+            std::string padded(line);
+            padded.append(padding(line.size(), IO_INTEGER_WIDTH), ' ');
+            return split_fields(std::string_view(padded), values + first, room, got, zotparseLogl);
         });
 }

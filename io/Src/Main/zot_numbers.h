@@ -23,6 +23,11 @@ void zotappendReal(std::string &line, double value);
 
 /// The number that a field holds, blanks around it allowed; false if it holds none.
 bool zotparseIntr(std::string_view field, std::int32_t &value);
+/// Whether a double is a REAL after rounding; infinities and NaN are.
+bool zotfitsReal(double value);
+
+/// A real number beyond the range of the type is none.
+bool zotparseReal(std::string_view field, float &value);
 bool zotparseReal(std::string_view field, double &value);
 bool zotparseLogl(std::string_view field, std::uint8_t &value);
 

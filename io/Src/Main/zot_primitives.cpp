@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -124,6 +125,19 @@ int zotreadString(zot_io &io, format_code format, std::size_t width, std::string
         return io.report->error(IO_NO_ROOM, "zotreadString: read too many characters: %s\n",
                                 text.c_str());
     }
+    return IO_OK;
+}
+
+int zotreadSlot(zot_io &io, char *slot, std::size_t room, std::size_t width)
+{
+    std::size_t kept = std::min(room, width);
+    std::size_t got = io.stream.read(slot, kept);
+    bool there =
+        got == kept && io.stream.seek(io.stream.tell() + static_cast<std::int64_t>(width - kept));
+    if (!there) {
+        return zotshortRead(io, "zotreadString", got, width);
+    }
+    slot[zottrimEnd({slot, strnlen(slot, kept)}).size()] = '\0';
     return IO_OK;
 }
 

@@ -28,6 +28,10 @@ struct zot_io
 /// text's bytes.
 int zotwriteString(zot_io &io, format_code format, std::string_view text, std::size_t width);
 
+/// A binary string of `width` bytes into a client's slot that holds `room`
+/// characters and a NUL: cut to that, and without trailing white space.
+int zotreadSlot(zot_io &io, char *slot, std::size_t room, std::size_t width);
+
 /// Without trailing white space if formatted, else exactly `width` bytes. 14 if
 /// the line is longer than `width`, 10 if the file ends.
 int zotreadString(zot_io &io, format_code format, std::size_t width, std::string &text);
