@@ -19,6 +19,7 @@ public:
         {
             Container existing;
             existing.open(IO_OPEN_PRIMARY, words[0]);
+            static_cast<void>(existing.locate(name));
             existing.close();
         }
         const HeldSignals held;
@@ -45,6 +46,8 @@ public:
         const ReadableFile from(words[0]);
         Container container;
         container.open(from);
+        if (!all)
+            static_cast<void>(container.locate(name));
         container.open(IO_OPEN_SECONDARY, words[1]);
         std::int64_t byName[] = {0, 0};
         IO_data data;

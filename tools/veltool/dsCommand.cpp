@@ -8,8 +8,8 @@ namespace veltool {
 namespace {
 
 constexpr const Command *subCommands[] = {
-    &dsListCommand,   &dsLocateCommand, &dsReadCommand,   &dsWriteCommand,
-    &dsDeleteCommand, &dsCopyCommand,   &dsVerifyCommand, &dsRebuildCommand,
+    &dsListCommand, &dsLocateCommand, &dsReadCommand,    &dsWriteCommand,  &dsDeleteCommand,
+    &dsCopyCommand, &dsVerifyCommand, &dsRebuildCommand, &dsUnlockCommand,
 };
 
 class DsTask : public Task
@@ -30,15 +30,14 @@ public:
 
 const Command dsCommand = {
     .name = "ds",
-    .words = "list|locate|read|write|delete|copy|verify|rebuild ...",
+    .words = "list|locate|read|write|delete|copy|verify|rebuild|unlock ...",
     .fewest = 1,
     .most = anyNumber,
     .passesOn = true,
     .purpose = "Look into def and res files and change them",
-    .details = "Each of list, locate, read, write, delete, copy, verify and rebuild shows its "
-               "words and options "
-               "with --help. The exit status is 0, 2 for misuse, or the code that the "
-               "library gives what fails (1 to 31).",
+    .details = "Each of list, locate, read, write, delete, copy, verify, rebuild and unlock shows "
+               "its words and options with --help. The exit status is 0, 2 for misuse, or the "
+               "code that the library gives what fails (1 to 31).",
     .make = makeTask<DsTask>,
 };
 

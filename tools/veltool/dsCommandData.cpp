@@ -30,10 +30,12 @@ located_datasets findAt(Container &container, std::int32_t when)
     return found;
 }
 
-located_datasets findAll(Container &container)
+/// Of more candidates than are told apart the one at WHEN 0 counts.
+located_datasets findAll(Container &container, bool &many)
 {
     located_datasets found = findAt(container, -1);
-    return found.size() > candidates ? findAt(container, 0) : found;
+    many = found.size() > candidates;
+    return many ? findAt(container, 0) : found;
 }
 
 std::string joinLines(const IO_data &data, std::int32_t count)
@@ -50,16 +52,14 @@ std::string readLines(Container &container, std::int64_t position)
 {
     open_file &file = container.primary();
     located_start start;
-    IO_data data;
-    const int code = read_located_dataset_as(file, position, "STRI", data, start);
-    if (code == IO_OK)
-        return {};
-    if (code != IO_NO_ROOM)
-        container.check(code);
-    std::vector<char> strings(static_cast<std::size_t>(data.strings_size) * IO_STRING_SLOT);
-    data.strings = strings.data();
-    container.check(read_located_dataset_as(file, position, "STRI", data, start));
-    return joinLines(data, start.header.count);
+    container.check(read_located_dataset_start(file, position, start));
+    reading_plan plan;
+    container.check(plan_reading(file, start, "STRI", plan));
+    element_storage storage;
+    if (!storage.allocate(plan.counts(), IO_STRING_SLOT))
+        container.check(file.report->no_memory("extract", storage.bytes()));
+    container.check(read_planned(file, start, plan, storage.data()));
+    return joinLines(storage.data(), plan.stored.count);
 }
 
 void writeAt(Container &container, std::int32_t when, std::int32_t count, IO_data &data)
@@ -86,7 +86,8 @@ void deleteFormer(Container &container, std::int32_t when)
 
 std::optional<std::int32_t> findCommandData(Container &container)
 {
-    const located_datasets found = findAll(container);
+    bool many = false;
+    const located_datasets found = findAll(container, many);
     if (found.empty())
         return std::nullopt;
     return found.front().when;
@@ -96,7 +97,14 @@ std::string readCommandData(const ReadableFile &file, io_error_routine routine)
 {
     Container container(routine);
     container.open(file);
-    const located_datasets found = findAll(container);
+    bool many = false;
+    const located_datasets found = findAll(container, many);
+    if (found.empty() && many)
+        throw ContainerFailure::sentence(
+            file.name() + ": Can not locate the Command File data from the input file. Code: " +
+                std::to_string(IO_NOT_FOUND) + " (of more than " + std::to_string(candidates) +
+                " datasets with Command File data none has WHEN 0)",
+            IO_NOT_FOUND);
     if (found.empty())
         throw ContainerFailure(file.name() + ": does not contain Command File data", IO_NOT_FOUND);
     std::string lines = readLines(container, found.front().position);

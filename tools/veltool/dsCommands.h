@@ -13,5 +13,6 @@ extern const Command dsDeleteCommand;
 extern const Command dsCopyCommand;
 extern const Command dsVerifyCommand;
 extern const Command dsRebuildCommand;
+extern const Command dsUnlockCommand;
 
 } // namespace veltool

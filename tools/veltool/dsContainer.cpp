@@ -22,6 +22,12 @@ std::int32_t parseWhen(const std::string &word)
     return when;
 }
 
+std::string describe(const DatasetName &name)
+{
+    return "WHAT \"" + name.what + "\", WHERE \"" + name.where + "\" and " +
+           (name.when < 0 ? "any WHEN" : "WHEN " + std::to_string(name.when));
+}
+
 } // namespace
 
 ContainerFailure::ContainerFailure(const std::string &what, int code)
@@ -93,6 +99,9 @@ IO_header DatasetName::header()
 void Container::open(io_request number, const std::string &file)
 {
     name_ = file;
+    std::error_code error;
+    if (number == IO_OPEN_PRIMARY && !std::filesystem::exists(file, error) && !error)
+        throw ContainerFailure::sentence(file + ": the file does not exist", IO_CANNOT_SEEK);
     IO_data data;
     data.filename = file.c_str();
     request(number, {}, data);
@@ -119,8 +128,11 @@ located_datasets Container::locate(const DatasetName &name)
 {
     open_file &file = primary();
     located_datasets found;
-    check(find_datasets(*file.report, file.index, name.what.c_str(), name.where.c_str(), name.when,
-                        found));
+    const int code = find_datasets(*file.report, file.index, name.what.c_str(), name.where.c_str(),
+                                   name.when, found);
+    if (code == IO_NOT_FOUND)
+        throw ContainerFailure::sentence(name_ + ": no dataset matches " + describe(name), code);
+    check(code);
     return found;
 }
 

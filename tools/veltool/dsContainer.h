@@ -19,8 +19,20 @@ namespace veltool {
 class ContainerFailure : public Failure
 {
 public:
-    /// `what` may be empty: the text of the code stands alone.
+    /// The text of the code follows `what`, which may be empty.
     ContainerFailure(const std::string &what, int code);
+
+    /// A sentence that needs no text of a code.
+    [[nodiscard]] static ContainerFailure sentence(const std::string &text, int code)
+    {
+        return {text, code, Whole()};
+    }
+
+private:
+    struct Whole
+    {
+    };
+    ContainerFailure(const std::string &text, int code, Whole) : Failure(text, code) {}
 };
 
 /// Bytes in a temporary file that is gone with the object. Throws a Failure.
@@ -91,7 +103,7 @@ public:
     {
     }
 
-    /// IO_OPEN_PRIMARY and its like.
+    /// IO_OPEN_PRIMARY and its like. Throws if a file to be read does not exist.
     void open(io_request number, const std::string &file);
     /// To read it.
     void open(const ReadableFile &file);
@@ -100,8 +112,8 @@ public:
 
     [[nodiscard]] open_file &primary() { return *session_.primary(); }
 
-    /// The datasets of the primary file that match, in the library's order; at
-    /// least one.
+    /// The datasets of the primary file that match, in the library's order. Throws
+    /// if there is none.
     [[nodiscard]] located_datasets locate(const DatasetName &name);
 
     /// Throws unless the code is 0; names the primary file.

@@ -32,20 +32,16 @@ private:
     void print(Container &container, std::int64_t position) const
     {
         open_file &file = container.primary();
-        // The first reading asks for the sizes, the second fills the arrays.
+        // Nothing is allocated before the header is known to be true.
         located_start start;
-        IO_data sizes;
-        int code = read_located_dataset_as(file, position, as_, sizes, start);
-        if (code != IO_NO_ROOM)
-            container.check(code);
-        data_type type;
-        container.check(parseStructure(*file.report, as_.empty() ? start.header.type : as_, type));
+        container.check(read_located_dataset_start(file, position, start));
+        reading_plan plan;
+        container.check(plan_reading(file, start, as_, plan));
         element_storage storage;
-        if (!storage.allocate(total_counts(type, start.header.count), type.string_slot()))
-            container.check(IO_NO_MEMORY);
-        if (code == IO_NO_ROOM)
-            container.check(read_located_dataset_as(file, position, as_, storage.data(), start));
-        printValues(type, start.header.count, storage.data());
+        if (!storage.allocate(plan.counts(), plan.wanted.string_slot()))
+            container.check(file.report->no_memory("ds read", storage.bytes()));
+        container.check(read_planned(file, start, plan, storage.data()));
+        printValues(plan.wanted, plan.stored.count, storage.data());
     }
 
     std::string as_;

@@ -13,18 +13,17 @@ namespace veltool {
 
 namespace {
 
-/// The attributes in the slots that the library takes. A longer text than a
-/// slot holds gives what the library says to any header that does not fit.
+/// The attributes in the slots that the library takes. A text that is too long
+/// fills its slot without a NUL, which the library refuses.
 std::vector<char> attributeSlots(const std::vector<std::string> &texts)
 {
     constexpr auto slot = static_cast<std::size_t>(IO_STRING_SLOT);
     std::vector<char> slots(texts.size() * slot + 1);
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        if (texts[i].size() >= slot)
-            throw ContainerFailure("attribute \"" + texts[i] + "\" is longer than " +
-                                       std::to_string(slot - 1) + " characters",
-                                   IO_NO_ROOM);
-        texts[i].copy(slots.data() + i * slot, texts[i].size());
+        const std::string_view text = zottrimEnd(texts[i]);
+        text.copy(slots.data() + i * slot, slot);
+        if (text.size() >= slot)
+            slots[(i + 1) * slot - 1] = text.back();
     }
     return slots;
 }

@@ -36,19 +36,12 @@ std::int64_t read_lock_text(io_env &env, const char *name, char (&text)[lock_tex
 int read_level(open_file &file, std::optional<std::int32_t> &level)
 {
     std::string name = lock_file_name(file);
-    level.reset();
-    char text[lock_text_max];
-    bool there = false;
-    std::int64_t got = read_lock_text(*file.env, name.c_str(), text, there);
-    if (!there) {
-        return IO_OK;
-    }
-    std::int32_t number = 0;
-    if (got < 0 || !zotparseIntr(zottrimEnd({text, static_cast<std::size_t>(got)}), number)) {
+    lock_state state = read_lock_file(*file.env, name.c_str());
+    level = state.level;
+    if (state.exists && !state.level) {
         return file.report->error(IO_LOCKED, "iif_set_lock: error reading lock file %s",
                                   name.c_str());
     }
-    level = number;
     return IO_OK;
 }
 
@@ -182,9 +175,27 @@ void trace_if_unlocked(const open_file &file)
 
 } // namespace
 
+lock_state read_lock_file(io_env &env, const char *name)
+{
+    char text[lock_text_max];
+    lock_state state;
+    std::int64_t got = read_lock_text(env, name, text, state.exists);
+    std::int32_t number = 0;
+    if (state.exists && got >= 0 &&
+        zotparseIntr(zottrimEnd({text, static_cast<std::size_t>(got)}), number)) {
+        state.level = number;
+    }
+    return state;
+}
+
+std::string lock_file_name(const std::string &container)
+{
+    return container + lock_suffix;
+}
+
 std::string lock_file_name(const open_file &file)
 {
-    return file.name + lock_suffix;
+    return lock_file_name(file.name);
 }
 
 std::size_t lock_file_name_bytes(const open_file &file)

@@ -5,6 +5,7 @@
 #include "io/Src/Main/open_file.h"
 
 #include <optional>
+#include <string>
 
 enum lock_request : int { IO_UNLOCK = -1, IO_LOCK_READ = 0, IO_LOCK_WRITE = 1 };
 
@@ -18,6 +19,17 @@ int release_lock(open_file &file);
 /// Writes −1 into the lock file of a file that this process holds.
 int write_busy_level(open_file &file);
 
+struct lock_state
+{
+    bool exists = false;
+    std::optional<std::int32_t> level; ///< nothing if the file cannot be read or has no number
+};
+
+/// What the lock file of that name says. One that is empty was just made by
+/// another process, and is read again for a fifth of a second.
+lock_state read_lock_file(io_env &env, const char *name);
+
+std::string lock_file_name(const std::string &container);
 std::string lock_file_name(const open_file &file);
 
 /// What that name takes, its NUL included.

@@ -84,6 +84,27 @@ TEST_F(ContainerData, OfMoreThanTwentyTheOneAtZeroCounts)
     EXPECT_EQ(std::count(located.begin(), located.end(), '\n'), 21) << located;
 }
 
+TEST_F(ContainerData, OfMoreThanTwentyNoneAtZeroCannotBeLocated)
+{
+    for (int when = 1; when < 22; ++when)
+        ASSERT_EQ(write("G/COMMANDS", "EVERY", std::to_string(when), "STRI", "A = 1\n"), 0);
+    const ToolRun run = runTool({"extract", file_});
+    EXPECT_EQ(run.status, 17);
+    EXPECT_EQ(run.err, "veltool: " + file_ +
+                           ": Can not locate the Command File data from the input file. Code: 17 "
+                           "(of more than 20 datasets with Command File data none has WHEN 0)\n");
+}
+
+TEST_F(ContainerData, OfAMissingFileIsOneSentence)
+{
+    const std::string none = folder_.path("none.def");
+    const ToolRun run = runTool({"embed", vel_, none});
+    EXPECT_EQ(run.status, 8);
+    EXPECT_EQ(run.err, "veltool: " + none + ": the file does not exist\n");
+    EXPECT_FALSE(folder_.has("none.def"));
+    EXPECT_EQ(runTool({"extract", none}).err, run.err);
+}
+
 /// Runs lines in the shell and kills them at random moments. How long a line
 /// takes is learned on the way: on a busy machine the first measure is worth little.
 class Killer

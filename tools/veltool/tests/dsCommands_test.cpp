@@ -197,7 +197,7 @@ TEST_F(Ds, EndsWithTheLibrarysCode)
     const ToolRun missing = ds({"locate", file, "Z", "P", "1"});
     EXPECT_EQ(missing.status, 17);
     EXPECT_EQ(missing.err,
-              "veltool: " + file + ": Could not find requested dataset.  File could be invalid.\n");
+              "veltool: " + file + ": no dataset matches WHAT \"Z\", WHERE \"P\" and WHEN 1\n");
     EXPECT_EQ(ds({"delete", folder_.path("none"), "A", "P", "1"}).status,
               ds({"list", folder_.path("none")}).status);
     EXPECT_NE(ds({"list", folder_.path("none")}).status, 0);
@@ -336,6 +336,153 @@ TEST_F(Ds, RefusesToRebuildWhatIsNoContainer)
     EXPECT_EQ(folder_.read("text"), "FLOW:\nEND\n");
     EXPECT_NE(ds({"rebuild", folder_.path("none")}).status, 0);
     EXPECT_FALSE(folder_.has("none"));
+}
+
+/// One sentence, in which the names stand as they were given.
+TEST_F(Ds, SaysInOneSentenceWhatDoesNotExist)
+{
+    const std::string file = sample();
+    const std::string absent = " no dataset matches WHAT \"A\", WHERE \"Z\" and any WHEN\n";
+    for (const char *command : {"read", "locate", "delete"}) {
+        const ToolRun run = ds({command, file, "A", "Z", "-1"});
+        EXPECT_EQ(run.status, 17);
+        EXPECT_EQ(run.err, "veltool: " + file + ":" + absent);
+        const std::string none = folder_.path("none");
+        const ToolRun missing = ds({command, none, "A", "Z", "-1"});
+        EXPECT_EQ(missing.status, 8);
+        EXPECT_EQ(missing.err, "veltool: " + none + ": the file does not exist\n");
+    }
+    const std::string target = folder_.path("target");
+    const ToolRun copied = ds({"copy", file, target, "A", "Z", "-1"});
+    EXPECT_EQ(copied.status, 17);
+    EXPECT_EQ(copied.err, "veltool: " + file + ":" + absent);
+    EXPECT_FALSE(folder_.has("target"));
+}
+
+/// The bytes of a dataset that the index finds, with another text in it.
+TEST_F(Ds, ReadGivesTheCodeOfABadHeader)
+{
+    const std::string file = folder_.path("bad.res");
+    EXPECT_EQ(ds({"write", file, "A", "P", "1", "INTR", "--format", "u"}, "1\n2\n").status, 0);
+    const std::string bytes = folder_.read("bad.res");
+
+    std::string length = bytes; // of the record of NUMBER
+    length[bytes.find("NUMBER") - 4] = '\x7f';
+    folder_.write("bad.res", length);
+    ToolRun run = ds({"read", file, "A", "P", "1"});
+    EXPECT_EQ(run.status, 14);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "veltool: zotreadHdrString: not enough buffer space for string: have 81, "
+                       "require > 127\nveltool: " +
+                           file + ": Not enough allocated memory for requested IO operation.\n");
+
+    // A NUMBER that the file cannot hold is refused before memory is asked for it.
+    const std::string large = folder_.path("large.res");
+    std::string values;
+    for (int i = 0; i < 12; ++i)
+        values += "1\n";
+    EXPECT_EQ(ds({"write", large, "A", "P", "1", "DBLE", "--format", "u"}, values).status, 0);
+    std::string number = folder_.read("large.res");
+    const std::size_t digits = number.find("NUMBER") + 7;
+    ASSERT_EQ(number.substr(digits, 2), "12");
+    number.replace(number.find("TYPE\x1b"
+                               "DBLE") +
+                       5,
+                   4, "STRC");
+    folder_.write("large.res", number);
+    EXPECT_EQ(ds({"read", large, "A", "P", "1"}).status, 12);
+    number.replace(number.find("TYPE\x1b"
+                               "STRC") +
+                       5,
+                   4, "DBLE");
+    number.replace(digits, 2, "99");
+    folder_.write("large.res", number);
+    run = ds({"read", large, "A", "P", "1"});
+    EXPECT_EQ(run.status, 10);
+    EXPECT_EQ(run.out, "");
+}
+
+TEST_F(Ds, RefusesAnAttributeThatIsTooLong)
+{
+    const std::string file = folder_.path("a");
+    const std::string fits(80, 'x');
+    const auto write = [&](const std::string &attribute) {
+        return ds({"write", file, "A", "P", "1", "INTR", "--attribute", attribute}, "1\n");
+    };
+    EXPECT_EQ(write(fits).status, 0);
+    EXPECT_EQ(write(fits + "  ").status, 0);
+    for (const std::string &attribute : {fits + "y", fits + " y", fits + fits}) {
+        const ToolRun run = write(attribute);
+        EXPECT_EQ(run.status, 14);
+        EXPECT_EQ(run.err.find("veltool: iocntc: header input is wrong\n"), 0U) << run.err;
+    }
+}
+
+/// A lock file of level 0 that nobody here made refuses every command that
+/// writes, those that read first too, and stays.
+TEST_F(Ds, KeepsALockOfLevelZero)
+{
+    const std::string file = sample();
+    const std::string vel = folder_.write("a.vel", "A = 1\n");
+    const std::string before = folder_.read("sample.res");
+    const std::string level = "         0\n";
+    folder_.write("sample.res.lck", level);
+    EXPECT_EQ(ds({"delete", file, "A", "P", "1"}).status, 21);
+    EXPECT_EQ(ds({"rebuild", file}).status, 21);
+    EXPECT_EQ(ds({"write", file, "A", "P", "9", "INTR"}, "1\n").status, 21);
+    EXPECT_EQ(ds({"copy", file, file}).status, 21);
+    EXPECT_EQ(runTool({"embed", vel, file}).status, 21);
+    EXPECT_EQ(ds({"list", file}).status, 0);
+    EXPECT_EQ(ds({"delete", file, "A", "P", "1"}).status, 21);
+    EXPECT_EQ(folder_.read("sample.res"), before);
+    EXPECT_EQ(folder_.read("sample.res.lck"), level);
+}
+
+/// A lock is removed only on demand, and only if nobody here holds the file.
+TEST_F(Ds, UnlocksWhatNoProcessHolds)
+{
+    const std::string file = sample();
+    EXPECT_EQ(ds({"unlock", file}).out, file + ": not locked\n");
+    struct Lock
+    {
+        const char *text;
+        const char *said;
+    };
+    for (const Lock lock : {Lock{"        -1\n", "locked for writing (level -1)"},
+                            Lock{"         2\n", "locked for reading (level 2)"},
+                            Lock{"         0\n", "locked for reading (level 0)"},
+                            Lock{"what?", "locked; the lock file holds no level"}}) {
+        folder_.write("sample.res.lck", lock.text);
+        const ToolRun run = ds({"unlock", file});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, file + ": " + lock.said + '\n' + file +
+                               ": no process of this machine has it open\n" + file +
+                               ": lock removed\n");
+        EXPECT_FALSE(folder_.has("sample.res.lck"));
+    }
+    EXPECT_EQ(ds({"delete", file, "A", "P", "1"}).status, 0);
+    EXPECT_EQ(ds({"unlock", folder_.path("none")}).status, 24);
+    EXPECT_EQ(ds({"unlock", "-"}).status, 2);
+}
+
+TEST_F(Ds, LeavesTheLockOfAProcessThatHoldsTheFile)
+{
+    const std::string file = sample();
+    folder_.write("sample.res.lck", "        -1\n");
+    // The shell itself holds the file open while it runs the tool.
+    const auto held = [&](const std::string &options) {
+        return runShell("exec 9<'" + file + "'; \"$VELTOOL\" ds unlock " + options + " '" + file +
+                        "' 2>&1 9<&-");
+    };
+    ToolRun run = held("");
+    EXPECT_EQ(run.status, 21);
+    EXPECT_NE(run.out.find(file + ": open in process "), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find(": not unlocked, since process "), std::string::npos) << run.out;
+    EXPECT_TRUE(folder_.has("sample.res.lck"));
+    run = held("--force");
+    EXPECT_EQ(run.status, 0) << run.out;
+    EXPECT_NE(run.out.find(file + ": open in process "), std::string::npos) << run.out;
+    EXPECT_FALSE(folder_.has("sample.res.lck"));
 }
 
 TEST_F(Ds, CallsMisuseTwo)
