@@ -47,6 +47,12 @@ public:
     OtherUser() { static_cast<void>(seteuid(nobody)); }
     ~OtherUser() { static_cast<void>(seteuid(0)); }
 
+    /// Whether the user can reach and read a file or folder.
+    [[nodiscard]] static bool mayUse(const QString &name)
+    {
+        return faccessat(AT_FDCWD, qPrintable(name), R_OK, AT_EACCESS) == 0;
+    }
+
     static constexpr uid_t nobody = 65534;
 };
 
@@ -171,6 +177,8 @@ void SafeSaveTest::savesInAFolderThatCannotBeWrittenTo()
     QCOMPARE(chmod(qPrintable(folder()), 0755), 0);
     {
         const OtherUser user;
+        if (!user.mayUse(file()) || !user.mayUse(qEnvironmentVariable("ZOT5_VEL_PARSER")))
+            QSKIP("somebody else may not use the folders of this test");
         QVERIFY(editor().save(file().toStdString()));
     }
     QVERIFY(contentOf(file()).contains("Second run"));
