@@ -128,9 +128,7 @@ void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
 {
     layout.addWidget(makeLabel(tr("Adding new parameter to: ") + path, this));
     layout.addWidget(makeLabel(tr("Select the new parameter to add, and enter a value"), this));
-    auto *list = new QComboBox(this);
-    list->setObjectName(QStringLiteral("editable combo"));
-    list->setAccessibleName(tr("Name of the new parameter"));
+    QComboBox *list = makeList("editable combo", tr("Name of the new parameter"), this);
     list->setEditable(true);
     list->setInsertPolicy(QComboBox::NoInsert);
     list->setCompleter(nullptr); // it would replace what the user types

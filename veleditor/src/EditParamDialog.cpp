@@ -53,9 +53,7 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
 void EditParamDialog::addList(QVBoxLayout &layout, const QString &name)
 {
     layout.addWidget(makeLabel(tr("Select a new value for: ") + name, this));
-    list_ = new QComboBox(this);
-    list_->setObjectName(QStringLiteral("Values"));
-    list_->setAccessibleName(name);
+    list_ = makeList("Values", name, this);
     list_->setPlaceholderText(fromBytes(former_));
     int current = -1;
     for (const char *allowed : allowed_) {

@@ -11,11 +11,9 @@
 namespace velEditor {
 
 ValueEntry::ValueEntry(const QString &accessibleName, TextEncoding encoding, QWidget *parent)
-    : QWidget(parent), encoding_(encoding), list_(new QComboBox(this)),
+    : QWidget(parent), encoding_(encoding), list_(makeList("Values", accessibleName, this)),
       field_(makeTextField("Value", accessibleName, this))
 {
-    list_->setObjectName(QStringLiteral("Values"));
-    list_->setAccessibleName(accessibleName);
     list_->hide();
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -2,6 +2,7 @@
 
 #include "veleditor/src/WrappingLabel.h"
 
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QDialog>
 #include <QHBoxLayout>
@@ -21,6 +22,12 @@ namespace {
 
 constexpr int buttonSpacing = 5;
 
+/// The width that one part of a dialog may have on its screen, in pixels.
+int widestPart(const QWidget &parent)
+{
+    return parent.screen()->availableGeometry().width() * 3 / 4;
+}
+
 } // namespace
 
 QLabel *makeLabel(const QString &text, QWidget *parent)
@@ -28,7 +35,7 @@ QLabel *makeLabel(const QString &text, QWidget *parent)
     auto label = std::make_unique<QLabel>(text, parent);
     label->setTextFormat(Qt::PlainText);
     label->ensurePolished();
-    const int widest = parent->screen()->availableGeometry().width() * 3 / 4;
+    const int widest = widestPart(*parent);
     if (label->sizeHint().width() > widest)
         return new WrappingLabel(text, widest, parent);
     return label.release();
@@ -65,6 +72,15 @@ QPushButton *addOkAndCancel(QVBoxLayout &layout, QDialog &dialog)
     QObject::connect(cancel, &QPushButton::clicked, &dialog, &QDialog::reject);
     row->addWidget(cancel);
     return ok;
+}
+
+QComboBox *makeList(const char *name, const QString &accessibleName, QWidget *parent)
+{
+    auto *list = new QComboBox(parent);
+    list->setObjectName(QString::fromLatin1(name));
+    list->setAccessibleName(accessibleName);
+    list->setMaximumWidth(widestPart(*parent));
+    return list;
 }
 
 QTextEdit *makeTextField(const char *name, const QString &accessibleName, QWidget *parent)

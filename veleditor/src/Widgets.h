@@ -8,6 +8,7 @@
 
 #include <QString>
 
+class QComboBox;
 class QDialog;
 class QLabel;
 class QPushButton;
@@ -31,6 +32,10 @@ void pressOnCtrlReturn(QPushButton &button, QDialog &dialog);
 /// Adds a row with "&Ok", which is given back to be connected and which
 /// Ctrl+Return presses, and "&Cancel", which rejects the dialog.
 [[nodiscard]] QPushButton *addOkAndCancel(QVBoxLayout &layout, QDialog &dialog);
+
+/// A list to choose from, not wider than the screen whatever its entries are;
+/// `accessibleName` says what they are.
+[[nodiscard]] QComboBox *makeList(const char *name, const QString &accessibleName, QWidget *parent);
 
 /// A field of several lines; `accessibleName` says what belongs into it.
 [[nodiscard]] QTextEdit *makeTextField(const char *name, const QString &accessibleName,

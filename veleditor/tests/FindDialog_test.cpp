@@ -23,6 +23,7 @@ private:
 
 private slots:
     void isModalWithoutALoop();
+    void findsOnCtrlReturn();
     void findsWhatIsInClosedBranches();
     void findsAtThePressOfItsButton();
     void scrollsToTheMatch();
@@ -58,6 +59,17 @@ void FindDialogTest::search(const QString &text)
     auto *entry = dialog().findChild<QLineEdit *>();
     entry->setText(text);
     QTest::keyClick(entry, Qt::Key_Return);
+}
+
+// As in every dialog with a text field, Ctrl+Return does what the dialog is for.
+void FindDialogTest::findsOnCtrlReturn()
+{
+    open(copyOf("duct.vel"));
+    press("Ctrl+F");
+    auto *entry = dialog().findChild<QLineEdit *>();
+    entry->setText("first run");
+    QTest::keyClick(entry, Qt::Key_Return, Qt::ControlModifier);
+    QCOMPARE(found(), QString("/FLOW:Analysis/Title"));
 }
 
 void FindDialogTest::isModalWithoutALoop()

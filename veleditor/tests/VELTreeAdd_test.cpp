@@ -37,6 +37,7 @@ private slots:
     void offersAMissingRequiredParameterFirst();
     void startsWithTheDefault();
     void offersAllowedValuesLogicalValuesAndObjectsAsAList();
+    void fitsTheScreenWithALongEntry();
     void choosesNothingWithoutADefault();
     void keepsATypedValueWhenTheNameChanges();
     void offersTheValuesOfAFreeName();
@@ -299,6 +300,24 @@ void VELTreeAddTest::offersAllowedValuesLogicalValuesAndObjectsAsAList()
     });
     tree().addParameter();
     QCOMPARE(row("/PUMP:p/Source").value(), QString("south"));
+}
+
+// The dialog was as wide as the longest name.
+void VELTreeAddTest::fitsTheScreenWithALongEntry()
+{
+    const QByteArray name = "North" + QByteArray("OfTheMeetingRoom").repeated(12);
+    open(newFile("pump.vel", "DOMAIN: " + name + "\nKind = Fluid\nEND\n" + pumpText));
+    select(pump);
+    onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
+        dialog.findChild<QComboBox *>("editable combo")->setEditText("Source");
+        QCoreApplication::processEvents();
+        const auto *list = dialog.findChild<QComboBox *>("Values");
+        QCOMPARE(list->itemText(0), QString(name));
+        QVERIFY(list->sizeHint().width() > dialog.screen()->availableGeometry().width());
+        QVERIFY(dialog.width() <= dialog.screen()->availableGeometry().width());
+        dialog.reject();
+    });
+    tree().addParameter();
 }
 
 void VELTreeAddTest::choosesNothingWithoutADefault()
