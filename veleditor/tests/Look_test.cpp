@@ -64,11 +64,11 @@ void LookTest::forEachWindow(const std::function<void(QWidget &)> &look)
     FindDialog find(&tree());
     show(find);
     for (const char *path : {"/FLOW:A/Title", "/FLOW:A/DOMAIN:D/Kind"}) {
-        EditParamDialog edit(&tree(), "Edit Parameter", row(path));
+        EditParamDialog edit(&tree(), "Edit Parameter", row(path), TextEncoding::Utf8);
         show(edit);
     }
     for (const char *path : {"/FLOW:A/EXPERT PARAMETERS", "/FLOW:A/DOMAIN:D", "/SEALED:s"}) {
-        AddParamDialog add(&tree(), "Add Parameter", path);
+        AddParamDialog add(&tree(), "Add Parameter", path, TextEncoding::Utf8);
         show(add);
     }
     for (const bool asks : {false, true}) {
