@@ -126,7 +126,7 @@ void showWithoutConsole(const Application &application, const std::string &text)
 /// Gives what it has printed.
 std::string saveInEmergency(Editor &editor, const std::string &fileName)
 {
-    const std::string announcement = "Attempting to save VEL to " + fileName;
+    std::string announcement = "Attempting to save VEL to " + fileName;
     std::fprintf(stderr, "%s\n", announcement.c_str());
     editor.save(fileName);
     return announcement;
