@@ -137,6 +137,7 @@ The L<VEL::Rules::Parameter> that holds for a name everywhere.
 =cut
 
 sub general ($self, $name) {
+    return VEL::Rules::Parameter->new($name) if !$self->{general}{$name};
     return $self->{general_parameters}{$name}
         //= VEL::Rules::Parameter->new($name, $self->{general}{$name});
 }

@@ -152,6 +152,7 @@ sub _object_findings ($self, $path, $names) {
     my $variant = $model->variant_at($path, $type);
     my @findings = $self->_place_findings($path, $parent, $type);
     for my $name (@$names) {
+        next if ($type->{free} || $variant->{allowed}{$name}) && !$type->is_ruled($name);
         my $value;
         $self->{database}->getStringValue("$path/$name", \$value);
         push @findings, $self->_value_findings($path, $name, $value // '', $type, $variant);
@@ -309,9 +310,10 @@ sub _unknown_parameter ($self, $path, $name, $type, $variant) {
 sub _missing_findings ($self, $path, $variant, $names) {
     my @findings;
     if (@{ $variant->{required} }) {
-        my %have = map { $_ => 1 } @$names;
+        my %missing = map { $_ => 1 } @{ $variant->{required} };
+        delete @missing{@$names};
         push @findings, map { _finding($path, qq(required parameter "$_" is missing), 'missing-parameter') }
-            grep { !$have{$_} } @{ $variant->{required} };
+            grep { $missing{$_} } @{ $variant->{required} };
     }
     if (@{ $variant->{required_objects} }) {
         my @objects;

@@ -91,6 +91,8 @@ subtest 'findings.md' => sub {
     }
     $used{$_} = 1 for qw(below-bound above-bound);
     is_deeply [ sort keys %explained ], [ sort keys %used ], 'every identifier is explained, and no other';
+    my $rules = page('rules.md');
+    ok index($rules, "`$_`") >= 0, "rules.md states $_" for sort keys %used;
 };
 
 done_testing;

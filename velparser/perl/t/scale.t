@@ -8,6 +8,7 @@ use FindBin;
 use Time::HiRes qw(clock);
 use lib "$FindBin::Bin/lib";
 
+use VEL::Rules;
 use VEL::Validate;
 use VELTest;
 
@@ -78,6 +79,59 @@ subtest 'upgrades' => sub {
         note sprintf '%6d changes: %.1f us each', $number, $each{$fluids};
     }
     cmp_ok $each{3_000}, '<', 3 * $each{200}, 'one of many costs what one of few does';
+};
+
+# How often the code of a function runs while $work does.
+sub calls ($name, $work) {
+    my $count = 0;
+    no strict 'refs';
+    no warnings 'redefine';
+    my $code = \&$name;
+    local *$name = sub { $count++; goto &$code };
+    $work->();
+    return $count;
+}
+
+sub rule_lines (@lines) { return VEL::Rules->new([ 'RULES:', @lines, 'END' ]) }
+
+subtest 'questions asked of long lines of heirs, counted' => sub {
+    my %asked;
+    for my $heirs (200, 400) {
+        my @lines = ('OBJECT: T0', 'PARAMETER: Size', 'END', 'END', map {
+            ("OBJECT: T$_", 'Inherits = OBJECT:T' . ($_ - 1), 'PARAMETER: Size', 'Expert = Yes', 'END', 'END')
+        } 1 .. $heirs);
+        splice @lines, -4, 0, 'Required Parameters = Size';
+        my $faults;
+        $asked{$heirs} = calls('VEL::Rules::Type::listed_parameters' => sub { $faults = () = rule_lines(@lines)->faults });
+        is $faults, 0, "$heirs heirs: what the last of them lists counts for all";
+    }
+    is $asked{400} - $asked{200}, 200, 'one more for each';
+};
+
+subtest 'comparisons of names where many are wrong, counted' => sub {
+    my $unlisted = sub ($count) {
+        my @rules = map { ("PARAMETER: Nmae $_ $_", 'END') } 1 .. $count;
+        my $names = join ', ', map { "Name $_ $_" } 1 .. $count;
+        my $faults;
+        my $made = calls('VEL::Suggest::_slips' => sub {
+            $faults = () = rule_lines('OBJECT: T', "Required Parameters = $names", @rules, 'END')->faults;
+        });
+        is $faults, $count, "$count faults";
+        return $made;
+    };
+    my $few = $unlisted->(150);
+    is $unlisted->(600), $few, 'no more for 600 than for 150';
+};
+
+subtest 'rules made for parameters of which no rule speaks, counted' => sub {
+    my $database  = database("RULES:\nOBJECT: BOX\nFree Parameters = Yes\nPARAMETER: Size\nType = Real\nEND\nEND\nEND");
+    my $validator = VEL::Validate->new($database);
+    my $made      = sub ($box, $count) {
+        $database->loadVELData([ "BOX: $box", 'Size = 1', (map { "P $_ = 1" } 1 .. $count), 'END' ]);
+        return calls('VEL::Rules::Parameter::new' => sub { is $validator->validateObject("/BOX:$box"), undef, "$count are right" });
+    };
+    is $made->('a', 10), 1, 'only for the one of which a rule speaks';
+    is $made->('b', 5_000), 0, 'which is kept for the next';
 };
 
 my $count = 10_000;

@@ -168,12 +168,21 @@ sub _once (@names) {
 =item C<parameter($variant, $name)>
 
 The L<VEL::Rules::Parameter> for a parameter of an object, known to its lists
-or not.
+or not. Kept where a rule speaks of it: names that only the data has may be many.
+
+=item C<is_ruled($name)>
+
+Whether any rule speaks of the parameter. If not, no value of it can be wrong.
 
 =cut
 
 sub parameter ($self, $variant, $name) {
+    return $self->_merge($name) if !$self->is_ruled($name);
     return $variant->{parameters}{$name} //= $self->_merge($name, @{ $variant->{cases} });
+}
+
+sub is_ruled ($self, $name) {
+    return exists $self->{general}{$name} || exists $self->{own}{$name} || exists $self->{cased}{$name};
 }
 
 sub _merge ($self, $name, @cases) {
