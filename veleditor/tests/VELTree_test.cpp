@@ -22,6 +22,8 @@ private:
     bool cellHas(const char *path, int column, const QColor &colour);
     bool isGreen(const char *path, int column);
     bool isOrange(const char *path, int column);
+    /// Of the row, which is selected for it.
+    QColor selectionColour(const char *path);
 
 private slots:
     void showsTheFile();
@@ -35,6 +37,7 @@ private slots:
     void showsAnObjectNamedLikeAParameterAsThatParameter();
     void showsBytesAsUtf8ElseAsLatin1();
     void paintsWhatCanBeChanged();
+    void keepsItsColoursInEveryState();
     void saysWhatTheColoursMean();
     void selectsInBlue();
     void hasTwoColumns();
@@ -187,6 +190,14 @@ bool VELTreeTest::isOrange(const char *path, int column)
     return cellHas(path, column, QColor(255, 140, 0));
 }
 
+QColor VELTreeTest::selectionColour(const char *path)
+{
+    select(path);
+    const QRect cell = tree().visualItemRect(&row(path));
+    const QImage picture = tree().viewport()->grab(cell).toImage();
+    return picture.pixelColor(picture.width() - 3, 3);
+}
+
 void VELTreeTest::paintsWhatCanBeChanged()
 {
     open(copyOf("duct.vel"));
@@ -207,6 +218,25 @@ void VELTreeTest::paintsWhatCanBeChanged()
     QVERIFY(!isOrange("/FLOW:Analysis/EXPERT PARAMETERS", VELTreeItem::Name));
 }
 
+// The colours of the rows and of the selection are the same whether the window is
+// active, behind another one, or disabled.
+void VELTreeTest::keepsItsColoursInEveryState()
+{
+    open(copyOf("duct.vel"));
+    const auto look = [&] {
+        QVERIFY(isGreen("/FLOW:Analysis/Title", VELTreeItem::Value));
+        QVERIFY(isOrange("/FLOW:Analysis/EXPERT PARAMETERS/max loops", VELTreeItem::Name));
+        QCOMPARE(selectionColour("/FLOW:Analysis"), QColor(0, 0, 255));
+    };
+    look();
+    QWidget other;
+    other.show();
+    QApplication::setActiveWindow(&other);
+    look();
+    tree().setEnabled(false);
+    look();
+}
+
 void VELTreeTest::saysWhatTheColoursMean()
 {
     open(newFile("tips.vel", "FLOW: A\nTitle = x\nEXPERT PARAMETERS:\nx = 1\n"
@@ -224,10 +254,7 @@ void VELTreeTest::saysWhatTheColoursMean()
 void VELTreeTest::selectsInBlue()
 {
     open(copyOf("duct.vel"));
-    select("/FLOW:Analysis");
-    const QRect cell = tree().visualItemRect(&row("/FLOW:Analysis"));
-    const QImage picture = tree().viewport()->grab(cell).toImage();
-    QCOMPARE(picture.pixelColor(picture.width() - 3, 3), QColor(0, 0, 255));
+    QCOMPARE(selectionColour("/FLOW:Analysis"), QColor(0, 0, 255));
 }
 
 void VELTreeTest::hasTwoColumns()
