@@ -5,6 +5,7 @@ use warnings;
 use feature 'signatures';
 
 use POSIX ();
+use threads::shared;
 
 =head1 NAME
 
@@ -77,12 +78,23 @@ my $LONGEST_IN_BASE_UNITS = 512;
 # The name by which it is nearly always there.
 my $LIBRARY = 'libudunits2.so.0';
 
+# The unit system is for one thread at a time. Where a program uses threads, it loads
+# them before this package.
+my $lock : shared;
+
 my ($system, $failure);
 my (%units, %converters);
 
 # How many units, and how many converters, are kept at a time.
 my $MOST = 1000;
 my $converter_count = 0;
+
+# What is kept belongs to the thread that asked for it, which may free it.
+sub CLONE {
+    (%units, %converters) = ();
+    $converter_count = 0;
+    return;
+}
 
 =head1 FUNCTIONS
 
@@ -97,6 +109,7 @@ Loads the unit system. Returns nothing, or why it cannot be had.
 sub load () {
     return '' if $system;
     return $failure if defined $failure;
+    lock $lock;
     my $locale = POSIX::setlocale(POSIX::LC_NUMERIC());
     POSIX::setlocale(POSIX::LC_NUMERIC(), 'C');
     my $loaded = eval { _load() };
@@ -161,6 +174,7 @@ sub remembered () { return keys(%units) + $converter_count }
 # Called where no unit is in use.
 sub _make_room () {
     return if keys %units < $MOST && $converter_count < $MOST;
+    lock $lock;
     cv_free($_) for grep { $_ } map { values %$_ } values %converters;
     ut_free($_) for grep { $_ } values %units;
     (%units, %converters) = ();
@@ -176,6 +190,7 @@ sub _unit ($text) {
 
 sub _parse ($text) {
     return undef if load() || $text !~ /^$UNIT\z/;
+    lock $lock;
     return ut_parse($system, $ALONE{$text}, 0) if $ALONE{$text};
     my $within = $text =~ /[ ^\/]/;
     my @names  = $text =~ /[A-Za-z_]+/g;
@@ -246,6 +261,7 @@ sub _converter ($from, $to) {
 # The unit system also converts a time to a frequency, which is no conversion of
 # a quantity: zero then has no counterpart.
 sub _make_converter ($from, $to) {
+    lock $lock;
     my ($one, $other) = (_unit($from), _unit($to));
     return undef if _angle($one) ne _angle($other) || !ut_are_convertible($one, $other);
     my $converter = ut_get_converter($one, $other) // return undef;

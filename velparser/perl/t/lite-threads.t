@@ -3,6 +3,8 @@ use strict;
 use warnings;
 
 use Config;
+use FindBin;
+use lib "$FindBin::Bin/lib";
 use Test::More;
 
 BEGIN {
@@ -70,5 +72,20 @@ my $below = in_thread(sub {
     return "$inner$kept";
 });
 is $below, 'outer', 'a thread of a thread';
+
+# The packages above the module: rules, units, findings.
+require VELTest;
+my $rules = "RULES:\nOBJECT: BOX\nFree Parameters = Yes\nPARAMETER: Size\nType = Real\nUnits = m\nEND\nEND\nEND";
+my $check = sub {
+    my %said;
+    for my $number (1 .. 9) {
+        my $database = VELTest::database($rules, "BOX: b\nSize = $number [ft^$number s]\nWide = 1\nEND");
+        $said{ VELTest::findings($database, 1) =~ s/[0-9]+ \[ft\^[0-9]+ s\]/it/r }++;
+    }
+    return join '', %said;
+};
+my @checks = map { threads->create({ context => 'scalar' }, $check) } 1 .. 4;
+is $_->join, "/BOX:b/Size: it is in a unit of another quantity; give it in [m] or a unit of the same quantity [wrong-unit]\n9",
+    'data checked in thread ' . $_->tid for @checks;
 
 done_testing;
