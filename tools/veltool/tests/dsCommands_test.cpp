@@ -376,28 +376,33 @@ TEST_F(Ds, ReadGivesTheCodeOfABadHeader)
                        "require > 127\nveltool: " +
                            file + ": Not enough allocated memory for requested IO operation.\n");
 
-    // A NUMBER that the file cannot hold is refused before memory is asked for it.
+    // The record after a NUMBER that nobody has compared with the file yet is bad:
+    // no memory is asked for that NUMBER.
     const std::string large = folder_.path("large.res");
     std::string values;
-    for (int i = 0; i < 12; ++i)
+    for (int i = 0; i < 1000; ++i)
         values += "1\n";
-    EXPECT_EQ(ds({"write", large, "A", "P", "1", "DBLE", "--format", "u"}, values).status, 0);
+    EXPECT_EQ(ds({"write", large, "A", "P", "1", "DBLE", "--format", "u5"}, values).status, 0);
     std::string number = folder_.read("large.res");
     const std::size_t digits = number.find("NUMBER") + 7;
-    ASSERT_EQ(number.substr(digits, 2), "12");
-    number.replace(number.find("TYPE\x1b"
-                               "DBLE") +
-                       5,
-                   4, "STRC");
+    ASSERT_EQ(number.substr(digits, 4), "1000");
+    number.replace(digits, 4, "9e99");
     folder_.write("large.res", number);
-    EXPECT_EQ(ds({"read", large, "A", "P", "1"}).status, 12);
-    number.replace(number.find("TYPE\x1b"
-                               "STRC") +
-                       5,
-                   4, "DBLE");
-    number.replace(digits, 2, "99");
+    EXPECT_EQ(ds({"read", large, "A", "P", "1"}).status, 15);
+    number.replace(digits, 4, "9999");
+    number[number.find("BLOCKFACTOR") - 4] = '\x7f';
     folder_.write("large.res", number);
     run = ds({"read", large, "A", "P", "1"});
+    EXPECT_EQ(run.status, 14);
+    EXPECT_EQ(run.out, "");
+
+    // Where the header is good, the NUMBER is compared with the file first.
+    const std::string plain = folder_.path("plain.res");
+    EXPECT_EQ(ds({"write", plain, "A", "P", "1", "INTR", "--format", "u"}, values).status, 0);
+    number = folder_.read("plain.res");
+    number.replace(number.find("NUMBER") + 7, 4, "9999");
+    folder_.write("plain.res", number);
+    run = ds({"read", plain, "A", "P", "1"});
     EXPECT_EQ(run.status, 10);
     EXPECT_EQ(run.out, "");
 }
