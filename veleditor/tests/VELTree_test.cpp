@@ -315,7 +315,8 @@ void VELTreeTest::scrollsSidewaysWhereColumnsAreWider()
 void VELTreeTest::endsTextsBeforeTheScrollBar()
 {
     const auto valueEnds = [&] {
-        const QRect cell = tree().visualItemRect(&row("/FLOW:A/Title"));
+        const QModelIndex index = tree().indexFromItem(&row("/FLOW:A/Title"), VELTreeItem::Value);
+        const QRect cell = tree().visualRect(index) & tree().viewport()->rect();
         const QImage picture = tree().viewport()->grab(cell).toImage();
         const int right = picture.width() - 1;
         for (int x = right; x > 0; --x) {
@@ -326,7 +327,7 @@ void VELTreeTest::endsTextsBeforeTheScrollBar()
         }
         return right;
     };
-    QByteArray text = "FLOW: A\nTitle = " + QByteArray("l").repeated(2000) + "\n";
+    QByteArray text = "FLOW: A\nTitle = " + QByteArray("_").repeated(2000) + "\n";
     for (int i = 0; i < 100; ++i)
         text += "p" + QByteArray::number(i) + " = x\n";
     open(newFile("long.vel", text + "END\n"));
