@@ -24,6 +24,7 @@ int EditTask::editFile(const std::string &file, const FileChange &change) const
     const SourceText text = readTextToEdit(file);
     const velHandlePtr handle = newHandle();
     parseText(handle.get(), text, file);
+    requireShallow(handle.get(), file);
     if (!change.changeTree(handle.get())) {
         out() << (json_ ? JsonArray().end() : "");
         return statusGood;

@@ -54,6 +54,7 @@ private:
         const SourceText text = dryRun_ ? readText(file) : readTextToEdit(file);
         const velHandlePtr handle = newHandle();
         parseText(handle.get(), text, file);
+        requireShallow(handle.get(), file);
         const Upgrade upgrade = rules_->upgrade(text, file);
 
         if (upgrade.changes.empty())

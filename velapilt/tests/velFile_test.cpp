@@ -61,6 +61,19 @@ TEST_F(VelFile, Lines)
     EXPECT_EQ(linesOfContent("\xFF\x80\n"), "|\xFF\x80|");
 }
 
+TEST_F(VelFile, AByteOrderMarkIsNoPartOfTheFirstLine)
+{
+    EXPECT_EQ(linesOfContent("\xEF\xBB\xBF" "A:\nEND\n"), "|A:|END|");
+    EXPECT_EQ(linesOfContent("A:\n\xEF\xBB\xBF" "END\n"), "|A:|\xEF\xBB\xBF" "END|");
+    EXPECT_EQ(linesOfContent("\xEF\xBB\xBF"), "|");
+    EXPECT_EQ(linesOfContent("\xEF\xBB"), "|\xEF\xBB|");
+    const std::string path = folder_.write("marked.vel", "\xEF\xBB\xBF" "x = 1\n");
+    ASSERT_EQ(loadVELFile(handle_.get(), path.c_str(), "vel"), nullptr);
+    const char *value = nullptr;
+    ASSERT_EQ(getStringValue(handle_.get(), "/x", &value), nullptr);
+    EXPECT_STREQ(value, "1");
+}
+
 TEST_F(VelFile, LinesOfAllLengths)
 {
     for (std::size_t length = 0; length < 200; ++length) {

@@ -202,6 +202,25 @@ TEST(VelFormat, PrioritiesFromTheRules)
 }
 
 // The path of their rule holds TYPE:TYPE, which is that of a singleton.
+TEST(VelFormat, PrioritiesFromTheRulesOfAnotherHandle)
+{
+    const velHandlePtr rules(velCreateHandle());
+    const char *const library[] = {"RULES:", "OBJECT: Z", "Output Ordering Priority = 1",
+                                   "END",    "END",       "STOCK:",
+                                   "END"};
+    ASSERT_EQ(loadLibraryData(rules.get(), library, 7), nullptr);
+    const velHandlePtr handle(velCreateHandle());
+    const char *const data[] = {"A: a", "END", "Z: z", "END"};
+    ASSERT_EQ(loadVELData(handle.get(), data, 4), nullptr);
+    velStringList lines;
+    ASSERT_EQ(velWrapTextByRules(handle.get(), rules.get(), "/", 79, &lines), nullptr);
+    std::string text;
+    for (const char *line : lines) {
+        text.append(line).append("|");
+    }
+    EXPECT_EQ(text, "Z: z|END|A: a|END|");
+}
+
 TEST(VelFormat, PrioritiesOfTypesThatAreCalledAsTheRulesAre)
 {
     const velHandlePtr handle =

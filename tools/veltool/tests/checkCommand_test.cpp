@@ -210,16 +210,22 @@ std::string nested(std::size_t levels)
     return text;
 }
 
-// What these commands print grows with the square of the levels.
+// What these commands print or keep grows with the square of the levels.
 TEST_F(CheckTest, ObjectsNestedTooDeepAreRefused)
 {
     const std::string deep = folder_.write("deep.vel", nested(100'001));
     const std::string least = folder_.write("least.vel", nested(10'001));
     const std::string most = folder_.write("most.vel", nested(10'000));
-    for (const char *command : {"check", "format", "tree"}) {
+    const struct
+    {
+        const char *command;
+        const char *words;
+    } runs[] = {{"check ", ""}, {"format ", ""}, {"tree ", ""}, {"upgrade ", ""},
+                {"set ", " /A:a/x 1"}};
+    for (const auto &[command, words] : runs) {
         for (const std::string &file : {deep, least}) {
-            const ToolRun run = runShell("ulimit -v 2000000; $VELTOOL " + std::string(command) +
-                                         ' ' + file);
+            const ToolRun run = runShell("ulimit -v 2000000; $VELTOOL " +
+                                         (command + file).append(words));
             EXPECT_EQ(run.status, 2) << command;
             EXPECT_EQ(run.out, "");
             EXPECT_EQ(run.err, "veltool: " + file +
