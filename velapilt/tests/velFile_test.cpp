@@ -69,9 +69,7 @@ TEST_F(VelFile, AByteOrderMarkIsNoPartOfTheFirstLine)
     EXPECT_EQ(linesOfContent("\xEF\xBB"), "|\xEF\xBB|");
     const std::string path = folder_.write("marked.vel", "\xEF\xBB\xBF" "x = 1\n");
     ASSERT_EQ(loadVELFile(handle_.get(), path.c_str(), "vel"), nullptr);
-    const char *value = nullptr;
-    ASSERT_EQ(getStringValue(handle_.get(), "/x", &value), nullptr);
-    EXPECT_STREQ(value, "1");
+    EXPECT_STREQ(velFindValue(handle_.get(), "/x"), "1");
 }
 
 TEST_F(VelFile, LinesOfAllLengths)
