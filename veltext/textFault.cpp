@@ -53,8 +53,8 @@ public:
     [[nodiscard]] TextFault missingEnd() const
     {
         TextFault fault{.line = open_.back() + 1,
-                        .message = std::to_string(open_.size()) +
-                                   " missing END statement(s) in input"};
+                        .message =
+                            std::to_string(open_.size()) + " missing END statement(s) in input"};
         if (suspectEnd_ > 0)
             fault.message += "; the END in line " + std::to_string(suspectEnd_ + 1) +
                              " closes the block of line " + std::to_string(suspectHeader_ + 1) +

@@ -16,8 +16,8 @@ namespace veltext {
 
 struct TextFault
 {
-    std::size_t line = 0; ///< counted from 1; 0 if the text as a whole is at fault
-    std::string message;  ///< the database's, or a sentence that explains it
+    std::size_t line = 0;     ///< counted from 1; 0 if the text as a whole is at fault
+    std::string message;      ///< the database's, or a sentence that explains it
     bool isExplained = false; ///< the message is such a sentence
 };
 

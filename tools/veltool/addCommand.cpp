@@ -24,8 +24,7 @@ public:
             if (havePath(handle, path.c_str()))
                 throw editRefusal(file, path, "exists already", advice(handle, path));
             if (const char *message = velCreateParam(handle, path.c_str(), value.c_str()))
-                throw editRefusal(file, path, message,
-                                  "PATH is an existing object and a new name");
+                throw editRefusal(file, path, message, "name an existing object and a new parameter");
             requireStorable(file, path, value);
             return true;
         };

@@ -144,8 +144,8 @@ int RuleCheck::reportRuleFaults() const
     const veltext::LibraryTexts libraries = veltext::readLibraryTexts();
     for (const Finding &fault : faults_) {
         const auto [file, line] = libraries.placeOf(fault.path);
-        report(file + ':' + std::to_string(line) + ": " + fault.path + ": " + fault.message +
-               " [" + fault.id + ']');
+        report(file + ':' + std::to_string(line) + ": " + fault.path + ": " + fault.message + " [" +
+               fault.id + ']');
     }
     return statusFindings;
 }

@@ -98,11 +98,10 @@ std::vector<std::string> velLibraryFiles()
     if (list == nullptr || !isDirectory(folder)) {
         return files;
     }
-    static_cast<void>(
-        eachLibrary(list, folder, [&files](const std::string &path) -> const char * {
-            files.push_back(path);
-            return nullptr;
-        }));
+    static_cast<void>(eachLibrary(list, folder, [&files](const std::string &path) -> const char * {
+        files.push_back(path);
+        return nullptr;
+    }));
     return files;
 }
 
@@ -114,9 +113,8 @@ try {
         return "readNamedLibraries: unable to find a valid lib directory\n";
     }
     const std::string copy(list == nullptr ? "" : list);
-    return eachLibrary(copy, folder, [handle](const std::string &path) {
-        return readLibrary(handle, path);
-    });
+    return eachLibrary(copy, folder,
+                       [handle](const std::string &path) { return readLibrary(handle, path); });
 } catch (const std::bad_alloc &) {
     return noMemory;
 }

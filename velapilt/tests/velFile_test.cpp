@@ -63,11 +63,17 @@ TEST_F(VelFile, Lines)
 
 TEST_F(VelFile, AByteOrderMarkIsNoPartOfTheFirstLine)
 {
-    EXPECT_EQ(linesOfContent("\xEF\xBB\xBF" "A:\nEND\n"), "|A:|END|");
-    EXPECT_EQ(linesOfContent("A:\n\xEF\xBB\xBF" "END\n"), "|A:|\xEF\xBB\xBF" "END|");
+    EXPECT_EQ(linesOfContent("\xEF\xBB\xBF"
+                             "A:\nEND\n"),
+              "|A:|END|");
+    EXPECT_EQ(linesOfContent("A:\n\xEF\xBB\xBF"
+                             "END\n"),
+              "|A:|\xEF\xBB\xBF"
+              "END|");
     EXPECT_EQ(linesOfContent("\xEF\xBB\xBF"), "|");
     EXPECT_EQ(linesOfContent("\xEF\xBB"), "|\xEF\xBB|");
-    const std::string path = folder_.write("marked.vel", "\xEF\xBB\xBF" "x = 1\n");
+    const std::string path = folder_.write("marked.vel", "\xEF\xBB\xBF"
+                                                         "x = 1\n");
     ASSERT_EQ(loadVELFile(handle_.get(), path.c_str(), "vel"), nullptr);
     EXPECT_STREQ(velFindValue(handle_.get(), "/x"), "1");
 }

@@ -205,9 +205,8 @@ TEST(VelFormat, PrioritiesFromTheRules)
 TEST(VelFormat, PrioritiesFromTheRulesOfAnotherHandle)
 {
     const velHandlePtr rules(velCreateHandle());
-    const char *const library[] = {"RULES:", "OBJECT: Z", "Output Ordering Priority = 1",
-                                   "END",    "END",       "STOCK:",
-                                   "END"};
+    const char *const library[] = {
+        "RULES:", "OBJECT: Z", "Output Ordering Priority = 1", "END", "END", "STOCK:", "END"};
     ASSERT_EQ(loadLibraryData(rules.get(), library, 7), nullptr);
     const velHandlePtr handle(velCreateHandle());
     const char *const data[] = {"A: a", "END", "Z: z", "END"};

@@ -248,17 +248,21 @@ void EditorWindowTest::throwsWhenTheFileCannotBeLoaded_data()
     QTest::addColumn<QString>("message");
     QTest::addColumn<QString>("place");
     QTest::newRow("syntax") << QByteArray("FLOW: A\nnonsense\nEND\n")
-                            << "parseVELLineH: syntax error near \"nonsense\"" << "bad.vel:2)";
+                            << "parseVELLineH: syntax error near \"nonsense\""
+                            << "bad.vel:2)";
     QTest::newRow("open block") << QByteArray("# open\nFLOW: A\n")
-                                << "1 missing END statement(s) in input" << "bad.vel:2)";
-    QTest::newRow("conflict") << QByteArray("FLOW: A\nEND\n<<<<<<< ours\n")
-                              << "parseVELLineH: syntax error near \"<<<<<<< ours\"\n"
-                              << "bad.vel:3: a conflict marker of a merge; keep one of the two sides "
-                                 "and delete the marker lines";
+                                << "1 missing END statement(s) in input"
+                                << "bad.vel:2)";
+    QTest::newRow("conflict")
+        << QByteArray("FLOW: A\nEND\n<<<<<<< ours\n")
+        << "parseVELLineH: syntax error near \"<<<<<<< ours\"\n"
+        << "bad.vel:3: a conflict marker of a merge; keep one of the two sides "
+           "and delete the marker lines";
     QTest::newRow("junk") << QByteArray("\x7f"
                                         "ELF\x02\x01\x01\0\0\xff\xfe",
                                         11)
-                          << "parseVELLineH: syntax error near " << "bad.vel:1)";
+                          << "parseVELLineH: syntax error near "
+                          << "bad.vel:1)";
 }
 
 void EditorWindowTest::throwsWhenTheFileCannotBeLoaded()
@@ -314,7 +318,8 @@ void EditorWindowTest::hintsAtTheSemicolonBetweenLibraries()
 
 void EditorWindowTest::skipsAByteOrderMark()
 {
-    open(newFile("marked.vel", "\xEF\xBB\xBF" "FLOW: A\nEND\n"));
+    open(newFile("marked.vel", "\xEF\xBB\xBF"
+                               "FLOW: A\nEND\n"));
     QVERIFY2(treeText(tree()).contains("FLOW"), qPrintable(treeText(tree())));
     QVERIFY(!treeText(tree()).contains(QChar(0xFEFF)));
 }

@@ -64,8 +64,8 @@ TEST_F(LibraryFaultsTest, HintsAtTheSemicolonBetweenNames)
     write("a.vel", "");
     write("b.vel", "");
     const std::string errors = errorsOf("a.vel:b.vel");
-    EXPECT_TRUE(errors.ends_with(
-        "open failed; separate the names in ZOT5_VEL_LIBS by ';', not by ':'"))
+    EXPECT_TRUE(
+        errors.ends_with("open failed; separate the names in ZOT5_VEL_LIBS by ';', not by ':'"))
         << errors;
     EXPECT_EQ(errorsOf("a.vel;b.vel"), "");
 }

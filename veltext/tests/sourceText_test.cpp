@@ -7,18 +7,22 @@ namespace {
 
 TEST(SourceText, HasNoByteOrderMarkInItsFirstLine)
 {
-    const SourceText text("\xEF\xBB\xBF" "A:\nEND\n");
+    const SourceText text("\xEF\xBB\xBF"
+                          "A:\nEND\n");
     EXPECT_TRUE(text.hasByteOrderMark());
     EXPECT_EQ(text.lineCount(), 2U);
     EXPECT_EQ(text.line(0), "A:");
     EXPECT_EQ(text.parsedLine(0), "A:");
     EXPECT_EQ(text.lineStart(0), 3U);
-    EXPECT_EQ(text.bytes(), "\xEF\xBB\xBF" "A:\nEND\n");
+    EXPECT_EQ(text.bytes(), "\xEF\xBB\xBF"
+                            "A:\nEND\n");
 }
 
 TEST(SourceText, TakesTheMarkForOneOnlyAtTheStart)
 {
-    EXPECT_FALSE(SourceText("A:\n\xEF\xBB\xBF" "END\n").hasByteOrderMark());
+    EXPECT_FALSE(SourceText("A:\n\xEF\xBB\xBF"
+                            "END\n")
+                     .hasByteOrderMark());
     EXPECT_FALSE(SourceText("\xEF\xBB").hasByteOrderMark());
     EXPECT_FALSE(SourceText("").hasByteOrderMark());
     const SourceText alone("\xEF\xBB\xBF");

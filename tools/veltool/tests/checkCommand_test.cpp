@@ -136,12 +136,11 @@ TEST_F(CheckTest, GivesUnreadableFilesAnEntryInTheJson)
                                            {"message", "No such file or directory"},
                                            {"id", "error"}};
         EXPECT_EQ(array[0], unreadable);
-        const nlohmann::json syntax = {
-            {"file", broken},
-            {"line", 2},
-            {"path", ""},
-            {"message", "parseVELLineH: syntax error near \"no sense\""},
-            {"id", "error"}};
+        const nlohmann::json syntax = {{"file", broken},
+                                       {"line", 2},
+                                       {"path", ""},
+                                       {"message", "parseVELLineH: syntax error near \"no sense\""},
+                                       {"id", "error"}};
         EXPECT_EQ(array[5], syntax);
     }
 }
@@ -151,11 +150,10 @@ TEST_F(CheckTest, NotesAByteOrderMarkAndSkipsIt)
     const std::string file = folder_.write("bad.vel", std::string("\xEF\xBB\xBF") + bad);
     const ToolRun run = runTool({"check", file});
     EXPECT_EQ(run.out, badFindings(file));
-    EXPECT_EQ(run.err,
-              "veltool: " + file + ": begins with a byte order mark, which is skipped\n");
-    EXPECT_EQ(runTool({"check", folder_.write("good.vel", std::string("\xEF\xBB\xBF") + good)})
-                  .status,
-              0);
+    EXPECT_EQ(run.err, "veltool: " + file + ": begins with a byte order mark, which is skipped\n");
+    EXPECT_EQ(
+        runTool({"check", folder_.write("good.vel", std::string("\xEF\xBB\xBF") + good)}).status,
+        0);
 }
 
 TEST_F(CheckTest, NamesTheLineOfTheBlockThatIsOpen)
@@ -220,12 +218,12 @@ TEST_F(CheckTest, ObjectsNestedTooDeepAreRefused)
     {
         const char *command;
         const char *words;
-    } runs[] = {{"check ", ""}, {"format ", ""}, {"tree ", ""}, {"upgrade ", ""},
-                {"set ", " /A:a/x 1"}};
+    } runs[] = {
+        {"check ", ""}, {"format ", ""}, {"tree ", ""}, {"upgrade ", ""}, {"set ", " /A:a/x 1"}};
     for (const auto &[command, words] : runs) {
         for (const std::string &file : {deep, least}) {
-            const ToolRun run = runShell("ulimit -v 2000000; $VELTOOL " +
-                                         (command + file).append(words));
+            const ToolRun run =
+                runShell("ulimit -v 2000000; $VELTOOL " + (command + file).append(words));
             EXPECT_EQ(run.status, 2) << command;
             EXPECT_EQ(run.out, "");
             EXPECT_EQ(run.err, "veltool: " + file +

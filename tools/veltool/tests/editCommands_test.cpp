@@ -92,8 +92,7 @@ TEST_F(SetTest, IsRefusedWhenTheRulesFindSomethingNew)
     const std::string file = writeSample();
     const ToolRun run = set("/DOMAIN:d/Kind", "Gas");
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err,
-              "veltool: " + file + ": not written; use --force to write it anyway\n");
+    EXPECT_EQ(run.err, "veltool: " + file + ": not written; use --force to write it anyway\n");
     EXPECT_EQ(run.out.rfind(file + ":5: /DOMAIN:d/Kind: ", 0), 0U) << run.out;
     EXPECT_NE(run.out.find("[not-allowed]\n"), std::string::npos) << run.out;
     EXPECT_EQ(folder_.read("a.vel"), sample_);
@@ -267,15 +266,16 @@ TEST_F(SetTest, AddIsRefused)
               start + "/DOMAIN:d: exists already; nothing was written\n");
     EXPECT_EQ(refusal("/DOMAIN:e/Kind", "Solid"),
               start + "/DOMAIN:e/Kind: velCreateParam: parent object does not exist; nothing was "
-                      "written; PATH is an existing object and a new name\n");
+                      "written; name an existing object and a new parameter\n");
     EXPECT_EQ(refusal("/DOMAIN:d/1 No Name", "1").rfind(start, 0), 0U);
     EXPECT_EQ(refusal("/DOMAIN:d/Note", "a # b"),
               start + "/DOMAIN:d/Note: value \"a # b\" cannot be stored in a file: '#' begins a "
                       "comment; write \\#; nothing was written\n");
     EXPECT_EQ(refusal("/DOMAIN:d/Nte", "1"),
-              file + ":9: /DOMAIN:d/Nte: DOMAIN has no parameter \"Nte\"; did you mean Note? "
-                     "[unknown-parameter]\n" + start +
-                  "not written; use --force to write it anyway\n");
+              file +
+                  ":9: /DOMAIN:d/Nte: DOMAIN has no parameter \"Nte\"; did you mean Note? "
+                  "[unknown-parameter]\n" +
+                  start + "not written; use --force to write it anyway\n");
     EXPECT_EQ(folder_.read("a.vel"), sample_);
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
 
@@ -315,8 +315,8 @@ TEST_F(SetTest, DeleteIsRefused)
     EXPECT_NE(missing.err.find("; nothing was written; "), std::string::npos) << missing.err;
     const ToolRun root = runTool({"delete", file, "/"});
     EXPECT_EQ(root.status, 1);
-    EXPECT_EQ(root.err, "veltool: " + file +
-                            ": /: this is all that the file holds; nothing was written\n");
+    EXPECT_EQ(root.err,
+              "veltool: " + file + ": /: this is all that the file holds; nothing was written\n");
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
     EXPECT_EQ(runTool({"delete", "--force", file, "/DOMAIN:d/Kind"}).status, 0);
     EXPECT_EQ(runTool({"find", file, "Kind=*"}).status, 1);

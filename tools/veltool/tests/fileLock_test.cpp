@@ -22,8 +22,7 @@ using Words = std::vector<std::string>;
 class HeldLock
 {
 public:
-    explicit HeldLock(const std::string &file)
-        : descriptor_(open(file.c_str(), O_RDWR | O_CLOEXEC))
+    explicit HeldLock(const std::string &file) : descriptor_(open(file.c_str(), O_RDWR | O_CLOEXEC))
     {
         EXPECT_EQ(flock(descriptor_, LOCK_EX), 0);
     }
@@ -159,10 +158,8 @@ TEST_F(FileLockTest, AMergeIntoOneOfItsFilesWaitsToo)
 {
     const std::string ours = folder_.write("a.vel", before_);
     const std::string base = folder_.write("base.vel", before_);
-    const std::string theirs =
-        folder_.write("theirs.vel", "DOMAIN: d\n  a = 5\n  b = 1\nEND\n");
-    const ToolRun run =
-        runWhileReplaced({"merge", "-o", ours, base, ours, theirs}, meanwhile_);
+    const std::string theirs = folder_.write("theirs.vel", "DOMAIN: d\n  a = 5\n  b = 1\nEND\n");
+    const ToolRun run = runWhileReplaced({"merge", "-o", ours, base, ours, theirs}, meanwhile_);
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(folder_.read("a.vel"), "DOMAIN: d\n  a = 5\n  b = 2\nEND\n");
 }
@@ -182,8 +179,9 @@ TEST_F(FileLockTest, AFileThatIsGoneAfterTheWaitIsReported)
 {
     const std::string file = folder_.write("a.vel", before_);
     auto lock = std::make_unique<HeldLock>(file);
-    std::future<ToolRun> run = std::async(
-        std::launch::async, [&file] { return runTool({"set", file, "/DOMAIN:d/a", "3"}); });
+    std::future<ToolRun> run = std::async(std::launch::async, [&file] {
+        return runTool({"set", file, "/DOMAIN:d/a", "3"});
+    });
     using namespace std::chrono_literals;
     for (int i = 0; i < 1000 && !HeldLock::hasWaiter(); ++i)
         std::this_thread::sleep_for(10ms);

@@ -90,11 +90,12 @@ TEST(Format, TakesTheOrderFromTheLibrariesAlone)
                             "    shipped = 1\n"
                             "  END\n"
                             "END\n");
-    const std::string file = folder.write("a.vel", "A: a\nEND\nZ: z\nEND\n"
-                                                   "LIBRARY:\n  EXPRESSIONS:\n    own = 2\n  END\n"
-                                                   "END\n"
-                                                   "RULES:\n  OBJECT: A\n"
-                                                   "    Output Ordering Priority = 5\n  END\nEND\n");
+    const std::string file =
+        folder.write("a.vel", "A: a\nEND\nZ: z\nEND\n"
+                              "LIBRARY:\n  EXPRESSIONS:\n    own = 2\n  END\n"
+                              "END\n"
+                              "RULES:\n  OBJECT: A\n"
+                              "    Output Ordering Priority = 5\n  END\nEND\n");
     const std::string expected = "Z: z\nEND\nA: a\nEND\n"
                                  "LIBRARY:\n  EXPRESSIONS:\n    own = 2\n  END\nEND\n"
                                  "RULES:\n  OBJECT: A\n    Output Ordering Priority = 5\n  END\n"

@@ -117,8 +117,9 @@ TEST(StorageFault, IsThereForWhatWouldNotReadBack)
               "value \"a # b\" cannot be stored in a file: '#' begins a comment; write \\#");
     EXPECT_EQ(storageFault("a\\"),
               "value \"a\\\" cannot be stored in a file: a final backslash continues the line");
-    EXPECT_EQ(storageFault("a\nb"), "value \"a\nb\" cannot be stored in a file: control character number 10 "
-                               "is not allowed");
+    EXPECT_EQ(storageFault("a\nb"),
+              "value \"a\nb\" cannot be stored in a file: control character number 10 "
+              "is not allowed");
     for (const char *value : {"#", "a\tb", " a", "a ", "a  b", "a\r"})
         EXPECT_NE(storageFault(value), "") << value;
 }
