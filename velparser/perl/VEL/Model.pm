@@ -62,7 +62,7 @@ sub of ($class, $database) {
     }
     my $self = bless {
         database  => $database,
-        library   => VEL::Rules::Library->from_tree($database),
+        library   => undef,    # the rules apart from the data; undef while data states none
         rules     => undef,
         compiled  => 0,
         names     => {},
@@ -71,6 +71,7 @@ sub of ($class, $database) {
         text      => '',
         listeners => [],
     }, $class;
+    $self->{library} = VEL::Rules::Library->from_tree($database) if $self->_is_mixed;
     $self->_listen;
     push @models, $self;
     weaken($models[-1]);
@@ -97,9 +98,14 @@ sub _listen ($self) {
     my $model = $self;
     weaken($model);
     my $again = bless { code => sub { $model->_listen if $model } }, 'VEL::Model::Again';
+    my $database = $self->{database};
+    weaken($database);
     my $handler = sub {
         return if !$_[1] && defined $_[2] && $_[0] !~ m{^/(?:RULES|LIBRARY/EXPRESSIONS)/};
-        $model->_changed(@_) if $again && $model;
+        # A library that is read while the rules are not known.
+        return if $again && $model && !$model->{rules} && !$model->{library} && $_[1] != 2
+            && defined($_[1] ? 1 : $_[2]) && index($_[0], '/RULES/') == 0 && $database->isLibrary($_[0]) == 1;
+        $model->_changed(@_) if $model;
         return;
     };
     local $@;
@@ -110,7 +116,7 @@ sub _listen ($self) {
 
 sub _changed ($self, $path, $code, $new, $old) {
     if ($path =~ m{^/RULES(?:/|\z)}) {
-        return if !$self->_is_data_change($path, $code, $new);
+        return if !$self->_is_data_change($path, $code, $new, $old);
     }
     @$self{qw(names first)} = ({}, {}) if $code;
     $self->{expressions} = undef if $path =~ m{^/LIBRARY/EXPRESSIONS/};
@@ -119,20 +125,32 @@ sub _changed ($self, $path, $code, $new, $old) {
     return;
 }
 
-# Whether a change below /RULES is the data's. One of a library is entered.
-sub _is_data_change ($self, $path, $code, $new) {
-    my $database = $self->{database};
-    my $library  = $self->{library};
-    my $is_new   = 0;
-    if ($code == 2 || ($code == 0 && !defined $new)) {
-        return 1 if !$self->_is_inside_library($path);
-        $is_new = $library->remove($path);
+# Whether a change below /RULES is the data's. Before the first such change the tree
+# holds what the libraries state; from then on it is kept apart.
+sub _is_data_change ($self, $path, $code, $new, $old) {
+    my $is_gone = $code == 2 || ($code == 0 && !defined $new);
+    if ($is_gone ? !$self->_is_inside_library($path) : $self->{database}->isLibrary($path) != 1) {
+        $self->{library} //= VEL::Rules::Library->before_change($self->{database}, $path, $code, $old);
+        return 1;
     }
-    else {
-        return 1 if $database->isLibrary($path) != 1;
-        $is_new = $code ? $library->add_block($path) : $library->set_field($path, $new);
-    }
+    my $library = $self->{library};
+    my $is_new  = !$library   ? 1
+        : $is_gone            ? $library->remove($path)
+        : $code               ? $library->add_block($path)
+        :                       $library->set_field($path, $new);
     $self->_drop_rules if $is_new;
+    return 0;
+}
+
+# Whether data has stated rules, or part of them.
+sub _is_mixed ($self) {
+    my $database = $self->{database};
+    my @open = $database->havePath('/RULES') ? '/RULES' : ();
+    while (defined(my $path = shift @open)) {
+        return 1 if $database->isLibrary($path) != 1;
+        $database->getChildObjectList($path, \my @blocks);
+        push @open, map { "$path/$_" } @blocks;
+    }
     return 0;
 }
 
@@ -213,7 +231,7 @@ sub refresh ($self) {
     my $text = $self->_text;
     return if $text eq $self->{text};
     $self->{text}    = $text;
-    $self->{library} = VEL::Rules::Library->from_tree($self->{database});
+    $self->{library} = $self->_is_mixed ? VEL::Rules::Library->from_tree($self->{database}) : undef;
     $self->_drop_rules;
     return;
 }
@@ -241,14 +259,16 @@ sub _compile ($self) {
     $self->{text} = $self->_text if !$self->{listens};
     $self->{compiled}++;
     $self->{first} = {};
-    return $self->{rules} = VEL::Rules->new([ $self->{library}->lines ]);
+    return $self->{rules} = VEL::Rules->new([ $self->{library} ? $self->{library}->lines : $self->_lines ]);
 }
 
-sub _text ($self) {
+sub _lines ($self) {
     my @lines;
     $self->{database}->getObjectVEL('/RULES', \@lines, 1) if $self->{database}->havePath('/RULES');
-    return join "\n", @lines;
+    return @lines;
 }
+
+sub _text ($self) { return join "\n", $self->_lines }
 
 =item C<full_path($path)>
 

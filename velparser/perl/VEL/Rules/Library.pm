@@ -32,13 +32,32 @@ before cannot be known, so a block that data has stated again is left out.
 
 =cut
 
+=item C<< VEL::Rules::Library->before_change($database, $path, $code, $old) >>
+
+What is below F</RULES> but for one change that data has just made there, the
+first: path, code and old value are as a handler gets them.
+
+=cut
+
 sub new ($class) { return bless { top => _block(0), count => 0, last => '', at => undef }, $class }
 
 sub from_tree ($class, $database) {
-    my $self = $class->new;
+    return $class->new->_enter_tree($database, sub ($path) { $database->isLibrary($path) == 1 });
+}
+
+sub before_change ($class, $database, $path, $code, $old) {
+    my $self = $class->new->_enter_tree($database, sub ($block) { 1 });
+    if    ($code == 1)   { $self->remove($path) }
+    elsif ($code == 2)   { $self->add_block($path) }
+    elsif (defined $old) { $self->set_field($path, $old) }
+    else                 { $self->remove($path) }
+    return $self;
+}
+
+sub _enter_tree ($self, $database, $wanted) {
     my @open = $database->havePath('/RULES') ? '/RULES' : ();
     while (defined(my $path = shift @open)) {
-        if ($database->isLibrary($path) == 1) {
+        if ($wanted->($path)) {
             $self->add_block($path);
             $database->getChildParamList($path, \my @names);
             for my $name (@names) {

@@ -85,7 +85,7 @@ sub new ($class, $name, @rules) {
 my %ELEMENT = ('Lower Bound' => 'lower', 'Upper Bound' => 'upper', 'Maximum Entries' => 'maximum', 'Default' => 'default');
 
 sub _drop_faulty ($self) {
-    return if !grep { defined $self->{$_} } values %ELEMENT;
+    return if !defined($self->{lower} // $self->{upper} // $self->{maximum} // $self->{default});
     my @faults = $self->_find_faults or return;
     $self->{ $ELEMENT{ $_->[0] } } = undef for @faults;
     delete @$self{qw(lower_value upper_value)};

@@ -102,9 +102,10 @@ sub _twice ($block) {
     my @faults;
     for my $part ($block, grep { $_->{kind} eq 'CASE' } @{ $block->{blocks} }) {
         for my $what ('Parameters', 'Objects') {
+            my $optional = $part->{fields}{"Optional $what"} // next;
             my %required = map { $_ => 1 } split_list($part->{fields}{"Required $what"});
             push @faults, map { [ "$part->{path}/Optional $what", qq("$_" is required already) ] }
-                grep { $required{$_} } split_list($part->{fields}{"Optional $what"});
+                grep { $required{$_} } split_list($optional);
         }
     }
     return @faults;
