@@ -339,6 +339,28 @@ TEST_P(MemoryFailure, Reading)
     EXPECT_EQ(doubles_[299], 1.5);
 }
 
+TEST_P(MemoryFailure, Skimming)
+{
+    std::string said = fail_each([this](io_session &session) {
+        if (int code = open_and_locate(session, "D", "Q")) {
+            return code;
+        }
+        open_file &file = *session.primary();
+        try {
+            located_start start;
+            data_shape shape;
+            if (int code = read_located_dataset_start(file, offsets_[0], start)) {
+                return code;
+            }
+            int code = describe_data(file, start, shape);
+            return code == IO_OK ? skim_data(file.io, shape) : code;
+        } catch (const std::bad_alloc &) {
+            return static_cast<int>(IO_NO_MEMORY);
+        }
+    });
+    EXPECT_TRUE(GetParam() || contains(said, "skim_data: malloc of 1600 bytes failed\n")) << said;
+}
+
 TEST_P(MemoryFailure, Writing)
 {
     fail_each([this](io_session &session) { return write(session, "INTR", "u", 4); });
