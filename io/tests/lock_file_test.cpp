@@ -150,6 +150,24 @@ TEST_F(LockFile, OfLevelZeroRefusesEveryWriterEvenOneThatHasReadFirst)
     EXPECT_EQ(lock(), "         0\n");
 }
 
+/// In whatever order readers come and go, the lock stays.
+TEST_F(LockFile, OfLevelZeroOutlivesSeveralReaders)
+{
+    for (bool first_leaves_first : {true, false}) {
+        env_["f.lck"] = "         0\n";
+        io_client first(env_);
+        io_client second(env_);
+        ASSERT_EQ(first.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+        ASSERT_EQ(second.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+        EXPECT_EQ(lock(), "         2\n");
+        EXPECT_EQ((first_leaves_first ? first : second).request(IO_CLOSE_PRIMARY), IO_OK);
+        EXPECT_EQ((first_leaves_first ? second : first).request(IO_CLOSE_PRIMARY), IO_OK);
+        EXPECT_NE(lock(), "none");
+        io_client writer(env_);
+        EXPECT_EQ(writer.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_LOCKED);
+    }
+}
+
 TEST_F(LockFile, UnlockingWhatIsNotLockedIsTracedOnly)
 {
     env_.variables["ZOT_IO_TRACE"] = "1";

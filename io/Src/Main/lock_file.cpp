@@ -234,6 +234,11 @@ int release_lock(open_file &file)
     if (int code = read_level(file, level)) {
         return code;
     }
+    // Another reader would take the lock file away as the last one. The level that
+    // it finds then counts the holder whom nobody knows.
+    if (foreign && level && *level > 1) {
+        return IO_OK;
+    }
     if (level && (*level > 1 || (foreign && *level > 0))) {
         return store_level(file, *level - 1, true);
     }
