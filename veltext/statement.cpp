@@ -74,7 +74,7 @@ void classify(std::string_view text, Statement *statement)
         text = trim(text.substr(replaceWord.size()));
     if (text.empty()) {
         statement->kind = StatementKind::Nothing;
-    } else if (text == "END" && statement->lines.count == 1) {
+    } else if (text == "END") {
         statement->kind = StatementKind::End;
     } else if (text.front() == '>') {
         statement->kind = StatementKind::Action;

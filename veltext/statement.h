@@ -8,7 +8,7 @@
 // - the first '#' of the joined text that stands at its beginning or not
 //   directly behind a '\' begins a remark, which runs to the statement's end;
 // - "&replace " before a statement does not change what it opens or sets;
-// - "END" on a line of its own closes a block, joined from parts it does not;
+// - "END" as the whole of the joined text closes a block;
 // - otherwise '=' makes a parameter, ':' an object, '>' an action line.
 //
 // A test holds it against the database on random texts.

@@ -8,6 +8,7 @@
 #include "velapilt/src/velWords.h"
 #include "velapilt/src/velapilt.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -42,8 +43,12 @@ struct velHandle
     };
     std::vector<ChangeEntry> changeHandlers;
     std::vector<ReplaceEntry> replaceHandlers;
-    velActionHandler actionHandler = nullptr; ///< the one without a name
-    void *actionData = nullptr;
+    struct ActionEntry
+    {
+        velActionHandler handler;
+        void *userData;
+    };
+    std::unique_ptr<ActionEntry> action; ///< the one without a name; null before the first
 
     // The parser's state between lines.
     std::string pendingLine; ///< what continued lines have gathered
@@ -135,11 +140,37 @@ struct velStatement
 
 /// Makes the root if there is none.
 void velMakeRoot(velHandle *handle);
+
+// --- Nodes and their paths (velRemove.cpp)
+//
+// A handler may delete a node and make another one at its path, and a node that
+// was removed before its children leaves them in the table. What a node is, and
+// whose flags pass to it, is decided by the path.
+
+[[nodiscard]] velNode *velFindNodeNow(velHandle *handle, const velNode *node);
+[[nodiscard]] velNode *velFindParentNow(velHandle *handle, const velNode *node);
+
+/// The node that is now at the path of `node`, which may have been removed
+/// during the present operation; null for none. Throws bad_alloc.
+[[nodiscard]] inline velNode *velNodeNow(velHandle *handle, velNode *node)
+{
+    return node->inTable != 0 || node->isPending != 0 ? node : velFindNodeNow(handle, node);
+}
+
+/// The node at the path of the parent of `node`, which is in the table; null
+/// for none, and for the root. Throws bad_alloc.
+[[nodiscard]] inline velNode *velParentNow(velHandle *handle, const velNode *node)
+{
+    return node->isRoot() || !handle->table.hasDetached() ? node->parent
+                                                          : velFindParentNow(handle, node);
+}
+
 // --- Removing (velRemove.cpp)
 
-/// Unlinks a node; `before` may name the sibling in front of it.
+/// Unlinks a node; `before` may name the sibling before it.
 [[nodiscard]] const char *velRemoveNode(velHandle *handle, velNode *node,
                                         velNode *before = nullptr);
+/// Deletes a node and all below it. Throws bad_alloc.
 [[nodiscard]] const char *velDeleteNode(velHandle *handle, velNode *node);
 
 // --- Flags (velValidity.cpp)
@@ -153,11 +184,17 @@ inline void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags)
 }
 /// Takes velFlagSubtreeValid from a node and all above it.
 void velInvalidateUpward(velHandle *handle, velNode *node);
+/// velInvalidate, by the paths of the nodes above. Throws bad_alloc.
+void velInvalidateByPath(velHandle *handle, const velNode *node);
 /// Takes the node's mark away, of a Parameter its owner's as well, and from
-/// everything above those that of a valid subtree.
+/// everything above those that of a valid subtree. Throws bad_alloc.
 inline void velInvalidate(velHandle *handle, velNode *node)
 {
     node->flags &= ~velFlagValid;
+    if (handle->table.hasDetached()) {
+        velInvalidateByPath(handle, node);
+        return;
+    }
     velNode *up = node->parent;
     if (up != nullptr && node->isParam()) {
         up->flags &= ~velFlagValid;

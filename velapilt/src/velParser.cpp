@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstring>
 #include <md5.h>
+#include <memory>
 #include <new>
 
 namespace {
@@ -109,11 +110,11 @@ private:
     const char *parseHeader(std::string_view text, std::size_t colon);
     const char *openBlock(const velStatement &statement);
     const char *sweep(velNode *object);
+    const char *sweepChildren(const std::vector<velNode *> &children, bool params);
     std::uint32_t &word() { return handle_->flagStack[static_cast<std::size_t>(handle_->depth)]; }
 
     velHandle *handle_;
     std::uint32_t flags_;
-    bool isJoined_ = false;
     bool isReplace_ = false;
     bool isPlain_ = true;
     std::uint32_t lastName_ = velWords::none; // of the last parameter
@@ -125,7 +126,6 @@ const char *LineParser::parse(const velScannedLine &line)
         return parse(line.text.substr(0, line.text.find('\0')));
     }
     isReplace_ = false;
-    isJoined_ = false;
     isPlain_ = true;
     return parseStatement(line.text, line.equals);
 }
@@ -134,7 +134,6 @@ const char *LineParser::parse(std::string_view line)
 {
     const std::string_view text = velTrim(line);
     isReplace_ = false;
-    isJoined_ = false;
     if (handle_->hasPendingLine) {
         return parseJoined(text);
     }
@@ -153,8 +152,6 @@ const char *LineParser::parseJoined(std::string_view text)
     std::string joined;
     joined.swap(handle_->pendingLine);
     handle_->hasPendingLine = false;
-    // Of a deeply nested END the first pieces are nothing but indentation.
-    isJoined_ = !joined.empty();
     joined += text;
     if (joined.ends_with('\\')) {
         joined.pop_back();
@@ -204,7 +201,7 @@ const char *LineParser::parseRest(std::string_view text, std::size_t equals)
     if (handle_->depth == 0) {
         handle_->flagStack[0] = flags_;
     }
-    if (text == "END" && !isJoined_) {
+    if (text == "END") {
         return parseEnd();
     }
     if (text[0] == '>') {
@@ -298,8 +295,8 @@ const char *LineParser::parseEnd()
         const bool isNested =
             (handle_->flagStack[static_cast<std::size_t>(closing) - 1] & velFlagReplace) != 0;
         const char *error = sweep(object);
-        if (!isNested) {
-            object->flags &= ~velFlagReplace;
+        if (velNode *swept = isNested ? nullptr : velNodeNow(handle_, object)) {
+            swept->flags &= ~velFlagReplace;
         }
         if (error != nullptr || handle_->depth < closing) {
             return error; // or a handler has closed the block already
@@ -310,38 +307,47 @@ const char *LineParser::parseEnd()
     return nullptr;
 }
 
-/// Ends a &replace block: what it did not restate goes, parameters first. Only
-/// a handler's interruption is an error; a refused deletion is passed over.
+/// Ends a &replace block: what it did not restate goes, parameters first. Each
+/// child that the object has at the start of a pass gets one turn, and what is
+/// at its path then counts. Only a handler's interruption is an error; a refused
+/// deletion is passed over.
 const char *LineParser::sweep(velNode *object)
 {
-    std::vector<velNode *> children;
-    children.reserve(object->childCount);
-    for (velNode *child = object->firstChild(); child != nullptr; child = child->next) {
-        children.push_back(child);
-    }
-    const auto isStillThere = [object](const velNode *child) {
-        return child->parent == object && (child->inTable != 0 || child->isPending != 0);
-    };
     for (const bool params : {true, false}) {
-        velNode *kept = nullptr; // the last one in front that stays
-        for (velNode *child : children) {
-            if (!isStillThere(child)) {
-                continue;
-            }
-            if (child->isParam() != params) {
-                kept = child;
-                continue;
-            }
-            if ((child->flags & velFlagReplace) != 0) {
-                child->flags &= ~velFlagReplace;
-                kept = child;
-                continue;
-            }
-            static_cast<void>(params ? velRemoveNode(handle_, child, kept)
-                                     : velDeleteNode(handle_, child));
-            if (handle_->interrupted != nullptr) {
-                return velTakeInterrupt(handle_);
-            }
+        std::vector<velNode *> children;
+        const velNode *swept = velNodeNow(handle_, object);
+        for (velNode *child = swept == nullptr ? nullptr : swept->firstChild(); child != nullptr;
+             child = child->next) {
+            children.push_back(child);
+        }
+        if (const char *interrupt = sweepChildren(children, params)) {
+            return interrupt;
+        }
+    }
+    return nullptr;
+}
+
+const char *LineParser::sweepChildren(const std::vector<velNode *> &children, bool params)
+{
+    velNode *kept = nullptr; // the last one before that stays
+    for (velNode *child : children) {
+        velNode *node = velNodeNow(handle_, child);
+        if (node == nullptr) {
+            continue;
+        }
+        if (child->isParam() != params || (params && !node->isParam())) {
+            kept = node;
+            continue;
+        }
+        if ((node->flags & velFlagReplace) != 0) {
+            node->flags &= ~velFlagReplace;
+            kept = node;
+            continue;
+        }
+        static_cast<void>(params ? velRemoveNode(handle_, node, kept)
+                                 : velDeleteNode(handle_, node));
+        if (handle_->interrupted != nullptr) {
+            return velTakeInterrupt(handle_);
         }
     }
     return nullptr;
@@ -490,6 +496,48 @@ const char *parseLines(velHandle *handle, const Lines &lines, std::uint32_t flag
     return nullptr;
 }
 
+/// A caller's list.
+struct LineList
+{
+    const char *const *lines;
+    std::int32_t count;
+};
+
+struct LoadMessages
+{
+    const char *noLines;
+    const char *noArray;
+    const char *notStored;
+};
+
+/// An array for the copies of a caller's lines; null without memory.
+std::unique_ptr<velArray> makeLineArray()
+try {
+    return std::make_unique<velArray>(velArrayKind::Strings);
+} catch (const std::bad_alloc &) {
+    return nullptr;
+}
+
+/// The lines are copied first, for a handler may change the caller's list.
+const char *loadLines(velHandle *handle, const LineList &list, const LoadMessages &messages,
+                      std::uint32_t flags, const velDigest *expected, velDigest *digest)
+{
+    if (list.lines == nullptr) {
+        return messages.noLines;
+    }
+    const std::unique_ptr<velArray> copy = makeLineArray();
+    if (copy == nullptr) {
+        return messages.noArray;
+    }
+    for (std::int32_t i = 0; i < list.count; ++i) {
+        const char *line = list.lines[i];
+        if (copy->addString(line == nullptr ? "" : line) == 0) {
+            return messages.notStored;
+        }
+    }
+    return parseLines(handle, ListLines(copy->strings(), copy->count()), flags, expected, digest);
+}
+
 } // namespace
 
 const char *velParseFile(velHandle *handle, const velFileBytes &bytes, std::uint32_t flags,
@@ -510,19 +558,19 @@ const char *parseVELData(velHandle *handle, const velArray *lines, std::uint32_t
 const char *loadVELData(velHandle *handle, const char *const *lines, std::int32_t count,
                         const velDigest *expected, velDigest *digest)
 {
-    if (lines == nullptr) {
-        return "loadVELData: Invalid arguments";
-    }
-    return parseLines(handle, ListLines(lines, count), 0, expected, digest);
+    static constexpr LoadMessages messages = {"loadVELData: Invalid arguments",
+                                              "loadVELData: failed to allocate array",
+                                              "loadVELData: failed to store string"};
+    return loadLines(handle, {lines, count}, messages, 0, expected, digest);
 }
 
 const char *loadLibraryData(velHandle *handle, const char *const *lines, std::int32_t count,
                             const velDigest *expected, velDigest *digest)
 {
-    if (lines == nullptr) {
-        return "loadLibraryData: Invalid arguments";
-    }
-    return parseLines(handle, ListLines(lines, count), velFlagLibrary, expected, digest);
+    static constexpr LoadMessages messages = {"loadLibraryData: Invalid arguments",
+                                              "loadLibraryData: failed to allocate array",
+                                              "loadLibraryData: failed to store string"};
+    return loadLines(handle, {lines, count}, messages, velFlagLibrary, expected, digest);
 }
 
 const char *parseVELLineH(velHandle *handle, const char *line, std::uint32_t flags)

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -18,20 +19,7 @@ void freeNode(velHandle *handle, velNode *node)
     velRelease(handle, node, sizeof(velNode));
 }
 
-velNode *parentInTable(velHandle *handle, velNode *node)
-{
-    if (node->isRoot()) {
-        return node;
-    }
-    if (!handle->table.hasDetached()) {
-        return node->parent;
-    }
-    std::string path = velPathOf(handle, node);
-    path.resize(std::max<std::size_t>(path.rfind('/'), 1));
-    return handle->table.find(path);
-}
-
-/// The sibling in front of `node` in `previous`; false if it is no child.
+/// The sibling before `node` in `previous`; false if it is no child.
 bool findPrevious(const velNode *parent, const velNode *node, velNode **previous)
 {
     *previous = nullptr;
@@ -54,11 +42,93 @@ void unlink(velNode *parent, velNode *previous, velNode *node)
     --parent->childCount;
 }
 
+/// Deletes a node and all below it, children first and in order, without
+/// recursion: a file may nest as deep as it likes.
+///
+/// Handlers may change the tree meanwhile. Each child that an object has when
+/// the walk enters it gets one turn, and what is at its path then is deleted.
+/// So the walk ends, whatever handlers create again; an object that has
+/// children after their turns is refused as one that is not empty.
+class Deletion
+{
+public:
+    explicit Deletion(velHandle *handle) : handle_(handle) {}
+
+    const char *run(velNode *top)
+    {
+        enter(top);
+        while (!levels_.empty()) {
+            Level &level = levels_.back();
+            if (level.next < level.end) {
+                if (velNode *child = velNodeNow(handle_, children_[level.next++])) {
+                    enter(child);
+                }
+                continue;
+            }
+            if (const char *error = leave()) {
+                return error;
+            }
+        }
+        return nullptr;
+    }
+
+private:
+    /// An object whose children are deleted: those from `next` to `end` of the
+    /// common list are still to get their turn.
+    struct Level
+    {
+        velNode *node;
+        std::size_t start;
+        std::size_t next;
+        std::size_t end;
+    };
+
+    void enter(velNode *node)
+    {
+        const std::size_t start = children_.size();
+        for (velNode *child = node->firstChild(); child != nullptr; child = child->next) {
+            children_.push_back(child);
+        }
+        levels_.push_back({node, start, start, children_.size()});
+    }
+
+    const char *leave()
+    {
+        velNode *node = velNodeNow(handle_, levels_.back().node);
+        children_.resize(levels_.back().start);
+        levels_.pop_back();
+        if (node == nullptr) { // a handler has deleted it
+            return levels_.empty() ? "velRemoveObjectH: entry not found" : nullptr;
+        }
+        if (node->isRoot()) {
+            return nullptr; // emptied, never removed
+        }
+        const char *error = velRemoveNode(handle_, node);
+        return error != nullptr ? error : velTakeInterrupt(handle_);
+    }
+
+    velHandle *handle_;
+    std::vector<Level> levels_;
+    std::vector<velNode *> children_;
+};
+
 } // namespace
+
+velNode *velFindNodeNow(velHandle *handle, const velNode *node)
+{
+    return handle->table.find(velPathOf(handle, node));
+}
+
+velNode *velFindParentNow(velHandle *handle, const velNode *node)
+{
+    std::string path = velPathOf(handle, node);
+    path.resize(std::max<std::size_t>(path.rfind('/'), 1));
+    return handle->table.find(path);
+}
 
 const char *velRemoveNode(velHandle *handle, velNode *node, velNode *before)
 {
-    velNode *parent = parentInTable(handle, node);
+    velNode *parent = node->isRoot() ? node : velParentNow(handle, node);
     if (parent == nullptr) {
         return "velRemoveObjectH: parent not found!";
     }
@@ -95,29 +165,7 @@ const char *velRemoveNode(velHandle *handle, velNode *node, velNode *before)
 
 const char *velDeleteNode(velHandle *handle, velNode *node)
 {
-    // Deepest first and in order, without recursion: a file may nest as deep
-    // as it likes.
-    velNode *next = node;
-    for (;;) {
-        while (next->firstChild() != nullptr) {
-            next = next->firstChild();
-        }
-        if (next->isRoot()) {
-            return nullptr; // emptied, never removed
-        }
-        velNode *parent = next->parent;
-        const bool isLast = next == node;
-        if (const char *error = velRemoveNode(handle, next)) {
-            return error;
-        }
-        if (handle->interrupted != nullptr) {
-            return velTakeInterrupt(handle);
-        }
-        if (isLast || parent->inTable == 0) {
-            return nullptr;
-        }
-        next = parent;
-    }
+    return Deletion(handle).run(node);
 }
 
 const char *velRemoveObjectH(velHandle *handle, const char *path)

@@ -75,9 +75,13 @@ velNode *findBelow(velHandle *handle, velNode *parent, velComponent component)
 /// (library data, data that matched a digest) invalidates.
 void applyFlags(velHandle *handle, velNode *node, std::uint32_t word)
 {
+    node = velNodeNow(handle, node);
+    if (node == nullptr) {
+        return; // a handler has deleted it
+    }
     std::uint32_t flags = word;
-    if (node->parent != nullptr) {
-        flags |= node->parent->flags & velFlagReplace;
+    if (const velNode *parent = velParentNow(handle, node)) {
+        flags |= parent->flags & velFlagReplace;
     }
     velSetFlags(handle, node, flags);
     if (word == velFlagValid || word == velFlagSubtreeValid) {

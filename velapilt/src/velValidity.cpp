@@ -1,12 +1,30 @@
 // Flags of nodes, and what a change takes away from the validity above it.
 #include "velapilt/src/velHandle_p.h"
 
+#include <algorithm>
 #include <new>
+#include <string>
 
 void velInvalidateUpward(velHandle *handle, velNode *node)
 {
     for (; node != nullptr && handle->subtreeValidCount > 0; node = node->parent) {
         velSetFlags(handle, node, node->flags & ~velFlagSubtreeValid);
+    }
+}
+
+void velInvalidateByPath(velHandle *handle, const velNode *node)
+{
+    std::string path = velPathOf(handle, node);
+    bool onlyParams = node->isParam(); // of the nodes passed
+    while (path.size() > 1) {
+        path.resize(std::max<std::size_t>(path.rfind('/'), 1));
+        velNode *up = handle->table.find(path);
+        if (up == nullptr) {
+            onlyParams = false; // its children have outlived it
+            continue;
+        }
+        velSetFlags(handle, up, up->flags & ~(onlyParams ? velFlagValid : velFlagSubtreeValid));
+        onlyParams = onlyParams && up->isParam();
     }
 }
 
@@ -31,12 +49,17 @@ try {
 }
 
 int isLibrary(velHandle *handle, const char *path)
-{
-    const velNode *node = velFindNode(handle, path);
+try {
+    const velNode *node = velResolve(handle, path);
     if (node == nullptr) {
         return -1;
     }
-    return (((node->isParam() ? node->parent : node)->flags & velFlagLibrary) != 0) ? 1 : 0;
+    if (node->isParam()) {
+        node = velParentNow(handle, node);
+    }
+    return node != nullptr && (node->flags & velFlagLibrary) != 0 ? 1 : 0;
+} catch (const std::bad_alloc &) {
+    return -1;
 }
 
 int isValid(velHandle *handle, const char *path)

@@ -246,6 +246,7 @@ TEST(VelHandlers, AHandlerMayDeleteTheCurrentObject)
     EXPECT_EQ(depth, 0);
 }
 
+// Only of the object asked for it counts that it is gone when the walk reaches it.
 TEST(VelHandlers, AHandlerMayDeleteWhatIsBeingDeleted)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nB:\ny = 2\nEND\nz = 3\nEND\nC:\nEND\n");
@@ -255,13 +256,73 @@ TEST(VelHandlers, AHandlerMayDeleteWhatIsBeingDeleted)
         }
     });
     ChangeLog log(handle);
-    EXPECT_EQ(said(deleteObjH(handle.get(), "/A")), "");
+    EXPECT_EQ(said(deleteObjH(handle.get(), "/A")), "velRemoveObjectH: entry not found");
     EXPECT_EQ(stored(handle), "C:\nEND\n");
     EXPECT_EQ(log.take(), "/A/B/y: - <- 2\n" // of the inner call, made before the log's turn
                           "/A/B: deleted\n"
                           "/A/z: - <- 3\n"
                           "/A: deleted\n"
                           "/A/x: - <- 1\n");
+}
+
+/// Deletes `top`, while the handler does `work` at each report of a deletion at `path`.
+template <typename Work>
+std::string deleteWith(const velHandlePtr &handle, const char *top, std::string_view path,
+                       Work work)
+{
+    const OnChange more(handle, [&](const std::string &changed, std::int32_t) {
+        if (changed == path && havePath(handle.get(), changed.c_str()) == 0) {
+            work();
+        }
+    });
+    return said(deleteObjH(handle.get(), top));
+}
+
+// It was reported as a success while the object was still there.
+TEST(VelHandlers, AChildObjectThatAHandlerDeletesIsPassedOver)
+{
+    const velHandlePtr handle = parsed("A:\nB:\nx = 1\ny = 2\nEND\nC:\nEND\nEND\n");
+    const auto deleteParent = [&] { EXPECT_EQ(said(deleteObjH(handle.get(), "/A/B")), ""); };
+    EXPECT_EQ(deleteWith(handle, "/A", "/A/B/x", deleteParent), "");
+    EXPECT_EQ(stored(handle), "");
+    EXPECT_EQ(havePath(handle.get(), "/A"), 0);
+}
+
+// The walk never ended.
+TEST(VelHandlers, AChildMadeAgainAfterItsTurnIsNotDeletedAgain)
+{
+    const velHandlePtr handle = parsed("A:\nx = 1\nB:\nEND\nEND\n");
+    const auto makeAgain = [&] { EXPECT_EQ(said(velCreateParam(handle.get(), "/A/x", "2")), ""); };
+    EXPECT_EQ(deleteWith(handle, "/A", "/A/x", makeAgain),
+              "velRemoveObjectH: removal of non-empty object, did you mean deleteObj?");
+    EXPECT_EQ(havePath(handle.get(), "/A"), 0);
+    EXPECT_EQ(havePath(handle.get(), "/A/B"), 0);
+    EXPECT_EQ(valueAt(handle, "/A/x"), "2"); // it answers to its old path
+}
+
+TEST(VelHandlers, ARootWhoseChildIsMadeAgainKeepsIt)
+{
+    const velHandlePtr handle = parsed("x = 1\nB:\nEND\n");
+    const auto makeAgain = [&] { EXPECT_EQ(said(velCreateParam(handle.get(), "/x", "2")), ""); };
+    EXPECT_EQ(deleteWith(handle, "/", "/x", makeAgain), "");
+    EXPECT_EQ(stored(handle), "x = 2\n");
+}
+
+TEST(VelHandlers, TheSweepOfAReplaceBlockDeletesEachChildOnce)
+{
+    const velHandlePtr handle = parsed("A:\nx = 1\nB:\ny = 1\nEND\nEND\n");
+    int made = 0;
+    const OnChange more(handle, [&](const std::string &path, std::int32_t) {
+        if (havePath(handle.get(), path.c_str()) != 0 || ++made > 10) {
+            return;
+        }
+        EXPECT_EQ(path == "/A/B" ? said(velCreateObject(handle.get(), path.c_str(), false))
+                                 : said(velCreateParam(handle.get(), path.c_str(), "2")),
+                  "");
+    });
+    EXPECT_EQ(parse(handle, "&replace A:\nEND\n"), "");
+    EXPECT_EQ(stored(handle), "A:\n  x = 2\n  B:\n  END\nEND\n");
+    EXPECT_EQ(made, 3); // x, y and B
 }
 
 TEST(VelHandlers, AHandlerMayChangeTheValueReported)

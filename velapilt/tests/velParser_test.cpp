@@ -190,15 +190,25 @@ TEST(VelParser, CommentsAndContinuedLines)
     EXPECT_EQ(read("a = 1\\\\\n#2\n"), "a = 1\\#2\n"); // the joined text is what counts
 }
 
-TEST(VelParser, EndJoinedToAPendingPartIsNoEnd)
+// The joined line decides, whatever its parts look like.
+TEST(VelParser, EndIsRecognisedOnTheJoinedLine)
 {
-    EXPECT_EQ(read("A:\nE\\\nND\nEND\n"), "parseVELLineH: syntax error near \"END\"");
-    EXPECT_EQ(read("A:\nEND\\\n\n"), "parseVELLineH: syntax error near \"END\"");
+    EXPECT_EQ(read("A:\nEN\\\nD\n"), "A:\nEND\n");
+    EXPECT_EQ(read("A:\nE\\\n  N\\\n  D\nx = 1\n"), "A:\nEND\nx = 1\n");
+    EXPECT_EQ(read("A:\nEND\\\n\n"), "A:\nEND\n");
+    EXPECT_EQ(read("A:\nEND # of \\\nA\n"), "A:\nEND\n");
+    EXPECT_EQ(read("&replace A:\nEN\\\nD\n"), "A:\nEND\n");
+    EXPECT_EQ(read("EN\\\nD\n"), "parseVELLineH: unmatched END");
 }
 
-// A saved END whose indentation is beyond the width is written in such pieces;
-// it was once taken for a part, and the file could not be read back.
-TEST(VelParser, EndBehindPiecesOfIndentationIsAnEnd)
+TEST(VelParser, TextBeforeAnEndOnTheJoinedLineMakesItNoEnd)
+{
+    EXPECT_EQ(read("A:\nx \\\nEND\n"), "parseVELLineH: syntax error near \"x END\"");
+    EXPECT_EQ(read("A:\nx = \\\nEND\nEND\n"), "A:\n  x = END\nEND\n");
+}
+
+// A saved END whose indentation is beyond the width is written in such pieces.
+TEST(VelParser, EndAfterPiecesOfIndentationIsAnEnd)
 {
     EXPECT_EQ(read("A:\nB:\n      \\\n    \\\n  END\n  \\\nEND\n"), "A:\n  B:\n  END\nEND\n");
 }

@@ -489,14 +489,48 @@ TEST(VelTree, RemovingANonEmptyNode)
     EXPECT_EQ(valueAt(handle, "/A/x"), "9");
 }
 
-TEST(VelTree, WhatIsLeftOfANonEmptyNodeKeepsItsFlags)
+// What passes from a parent comes from the node that is at the parent's path.
+TEST(VelTree, WhatIsLeftOfANonEmptyNodeHasNoFlagsFromIt)
 {
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(parse(handle, "A:\nx = 1\nB:\nEND\nEND\n", velFlagLibrary), "");
     EXPECT_NE(deleteParam(handle, "/A"), "");
-    EXPECT_EQ(isLibrary(handle.get(), "/A/x"), 1); // its parent's bit
+    EXPECT_EQ(isLibrary(handle.get(), "/A/x"), 0); // its parent's bit: there is none
     EXPECT_EQ(isLibrary(handle.get(), "/A/B"), 1);
     EXPECT_EQ(isLibrary(handle.get(), "/A"), -1);
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/A", true)), "");
+    EXPECT_EQ(isLibrary(handle.get(), "/A/x"), 1);
+    EXPECT_EQ(parse(handle, "A:\nEND\n"), "");
+    EXPECT_EQ(isLibrary(handle.get(), "/A/x"), 0);
+}
+
+TEST(VelTree, TheReplaceMarkComesFromTheNodeMadeAgain)
+{
+    const velHandlePtr handle = parsed("A:\nx = 1\nEND\n");
+    for (const char *line : {"&replace A:", "x = 2"}) {
+        EXPECT_EQ(said(parseVELLineH(handle.get(), line, 0)), "");
+    }
+    EXPECT_NE(deleteParam(handle, "/A"), ""); // the one with the mark
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/A", false)), "");
+    EXPECT_EQ(said(velCreateParam(handle.get(), "/A/x", "3")), "");
+    const velNodeInfo info = velDescribe(handle.get(), velFindNode(handle.get(), "/A/x"));
+    EXPECT_EQ(info.flags, 0U);
+}
+
+TEST(VelTree, AChangeInvalidatesTheNodesMadeAgainAboveIt)
+{
+    const velHandlePtr handle = parsed("A:\nB:\nx = 1\nEND\nEND\n");
+    EXPECT_NE(deleteParam(handle, "/A"), "");
+    EXPECT_EQ(said(velCreateObject(handle.get(), "/A", false)), "");
+    for (const char *path : {"/", "/A", "/A/B", "/A/B/x"}) {
+        EXPECT_EQ(said(setValid(handle.get(), path, 1)), "");
+        EXPECT_EQ(said(setValid(handle.get(), path, 2)), "");
+    }
+    EXPECT_EQ(said(setStringValue(handle.get(), "/A/B/x", "2")), "");
+    EXPECT_EQ(isValid(handle.get(), "/A/B/x"), 2);
+    EXPECT_EQ(isValid(handle.get(), "/A/B"), 2);
+    EXPECT_EQ(isValid(handle.get(), "/A"), 1);
+    EXPECT_EQ(isValid(handle.get(), "/"), 1);
 }
 
 } // namespace
