@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <unordered_map>
 
@@ -36,8 +37,8 @@ public:
 
     const char *param(std::size_t indent, const velNode *node)
     {
-        return write(indent, words_.view(node->name), " = ",
-                     {node->value.text, node->value.length});
+        const std::string_view value(node->value.text, node->value.length);
+        return write(indent, words_.view(node->name), " = ", value, velLineEnd(value));
     }
 
     const char *header(std::size_t indent, const velNode *node)
@@ -51,10 +52,10 @@ public:
 
 private:
     const char *write(std::size_t indent, std::string_view first, std::string_view middle,
-                      std::string_view last)
+                      std::string_view last, std::string_view end = {})
     {
         const std::size_t length =
-            margin_.size() + indent + first.size() + middle.size() + last.size();
+            margin_.size() + indent + first.size() + middle.size() + last.size() + end.size();
         const bool fits = width_ == 0 || (width_ > 2 && length <= static_cast<std::size_t>(width_));
         if (!fits) {
             scratch_.resize(length);
@@ -66,7 +67,7 @@ private:
         }
         std::memset(next, ' ', indent);
         next += indent;
-        for (const std::string_view part : {first, middle, last}) {
+        for (const std::string_view part : {first, middle, last, end}) {
             if (!part.empty()) {
                 std::memcpy(next, part.data(), part.size());
                 next += part.size();
@@ -249,6 +250,14 @@ private:
     std::vector<const velNode *> objects_;
 };
 
+/// An empty list of lines; null without memory.
+std::unique_ptr<velArray> makeList()
+try {
+    return std::make_unique<velArray>(velArrayKind::Strings);
+} catch (const std::bad_alloc &) {
+    return nullptr;
+}
+
 // --- Stored form --------------------------------------------------------------------
 
 const char *writeStored(LineWriter &writer, const velNode *top, std::uint32_t include,
@@ -316,8 +325,11 @@ try {
     if (node->isParam()) { // it has no header form
         return "getObjectVEL: path not found";
     }
-    velArray array(velArrayKind::Strings);
-    LineWriter writer(handle, &array, 0);
+    std::unique_ptr<velArray> array = makeList();
+    if (array == nullptr) {
+        return "getExpandedVELH: error allocating return array";
+    }
+    LineWriter writer(handle, array.get(), 0);
     const char *error = node->isRoot() ? nullptr : writer.header(0, node);
     if (error == nullptr) {
         // The first level stands flush with the header: kept.
@@ -327,7 +339,7 @@ try {
         error = writer.end(0);
     }
     if (error == nullptr) {
-        *lines = array.takeStrings();
+        *lines = array->takeStrings();
     }
     return error;
 } catch (const std::bad_alloc &) {
@@ -342,11 +354,14 @@ try {
         velStringList none;
         return getChildParamList(handle, path, &none); // its message
     }
-    velArray array(velArrayKind::Strings);
-    if (const char *error = SavedFormWriter(handle, rules, &array, width).write(node)) {
+    std::unique_ptr<velArray> array = makeList();
+    if (array == nullptr) {
+        return "velWrapText: failed to allocate array";
+    }
+    if (const char *error = SavedFormWriter(handle, rules, array.get(), width).write(node)) {
         return error;
     }
-    *lines = array.takeStrings();
+    *lines = array->takeStrings();
     return nullptr;
 } catch (const std::bad_alloc &) {
     return "memory error";

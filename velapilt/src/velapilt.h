@@ -26,6 +26,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct velHandle;
@@ -65,8 +66,9 @@ void setVELStateH(velHandle *handle, std::int32_t depth);
 [[nodiscard]] std::int32_t getValidationLevel(const velHandle *handle);
 void setValidationLevel(velHandle *handle, std::int32_t level);
 
-/// An opaque value of the caller's, and what frees it with the handle (or
-/// when another value is set).
+/// An opaque value of the caller's, and what frees it with the handle (or when
+/// another value is set). The release is called once, for null data too; at the
+/// end of the handle the tree is gone by then.
 [[nodiscard]] void *velUserData(const velHandle *handle);
 void velSetUserData(velHandle *handle, void *data, void (*release)(void *data));
 
@@ -87,7 +89,8 @@ const char *velRecordError(velHandle *handle, const std::string &message);
 [[nodiscard]] std::optional<std::string> velParentPath(velHandle *handle, const char *path);
 
 /// The path of a child with this component ("TYPE:Name", "TYPE" or "Name").
-[[nodiscard]] std::string makeChildPath(const char *parentPath, const char *component);
+[[nodiscard]] const char *makeChildPath(const char *parentPath, const char *component,
+                                        std::string *path);
 
 /// The current path, "/" at first. Valid until the stack next changes.
 [[nodiscard]] const char *getCurrentPath(velHandle *handle);
@@ -236,6 +239,17 @@ struct velDigest
                                                    std::vector<std::string> *entries);
 /// Splits one line into pieces of at most `width` characters.
 [[nodiscard]] const char *velWrapLine(const char *line, std::int32_t width, velArray *lines);
+/// What a line needs after a value: " #" if the value ends in a backslash,
+/// else nothing. The backslash would continue the line; the empty comment
+/// gives the value back exactly.
+[[nodiscard]] inline std::string_view velLineEnd(std::string_view value)
+{
+    while (!value.empty() &&
+           (value.back() == ' ' || (value.back() >= '\t' && value.back() <= '\r'))) {
+        value.remove_suffix(1); // a reader drops the white space
+    }
+    return value.ends_with('\\') ? " #" : std::string_view();
+}
 
 // --- Children (velChildren.cpp) -----------------------------------------------
 
@@ -275,6 +289,8 @@ struct velNodeInfo
 /// A place in the tree; null where there is none. Valid until the tree changes.
 struct velNode;
 [[nodiscard]] const velNode *velFindNode(velHandle *handle, const char *path);
+/// The node whose full path is this very text: nothing is resolved.
+[[nodiscard]] const velNode *velFindFullPath(velHandle *handle, const char *fullPath);
 [[nodiscard]] const velNode *velFirstChild(const velNode *node);
 [[nodiscard]] const velNode *velNextSibling(const velNode *node);
 [[nodiscard]] velNodeInfo velDescribe(const velHandle *handle, const velNode *node);

@@ -333,4 +333,111 @@ TEST(VelFormat, RandomTreesReadBackAsTheyWere)
     }
 }
 
+// --- Read back ------------------------------------------------------------------------------
+
+/// A value of any bytes that a value can hold: no control characters but tabs,
+/// and a '#' only after a backslash.
+std::string randomValue(Random &random, bool hasRuns)
+{
+    std::string value;
+    for (std::size_t left = random.below(90); left > 0; --left) {
+        const std::size_t kind = random.below(10);
+        if (kind < 3) {
+            value += hasRuns || (!value.empty() && value.back() != ' ') ? " " : "x";
+        } else if (kind < 5) {
+            value += '\\';
+        } else if (kind == 5) {
+            value += "\\#";
+        } else if (kind == 6) {
+            value += hasRuns && random.once(2) ? '\t' : '=';
+        } else {
+            const auto c = static_cast<char>(33 + random.below(223));
+            value += c == '#' || c == 127 ? 'y' : c;
+        }
+    }
+    while (!hasRuns && value.ends_with(' ')) {
+        value.pop_back();
+    }
+    return value;
+}
+
+/// As a reader takes it: trimmed, every run of white space one blank.
+std::string asRead(std::string_view value)
+{
+    std::string result;
+    for (const char c : value) {
+        const char read = c == '\t' ? ' ' : c;
+        if (read != ' ' || (!result.empty() && result.back() != ' ')) {
+            result += read;
+        }
+    }
+    if (result.ends_with(' ')) {
+        result.pop_back();
+    }
+    return result;
+}
+
+/// A set-up of nested blocks with such values; `asRead` of them is in the other.
+void makeBoth(Random &random, bool hasRuns, const velHandlePtr &given, const velHandlePtr &expected)
+{
+    std::string path;
+    for (std::size_t block = 1 + random.below(5); block > 0; --block) {
+        path += "/A TYPE:of " + std::to_string(block);
+        for (const velHandlePtr *handle : {&given, &expected}) {
+            ASSERT_EQ(said(velCreateObject(handle->get(), path.c_str(), false)), "");
+        }
+        for (std::size_t i = random.below(4); i > 0; --i) {
+            const std::string param = path + "/Name " + std::to_string(i);
+            const std::string value = randomValue(random, hasRuns);
+            ASSERT_EQ(said(velCreateParam(given.get(), param.c_str(), value.c_str())), "");
+            ASSERT_EQ(said(velCreateParam(expected.get(), param.c_str(), asRead(value).c_str())),
+                      "");
+        }
+    }
+}
+
+// Every writer puts an empty comment after a value that ends in a backslash,
+// which would continue the line.
+TEST(VelFormat, WhatIsWrittenReadsBackAtEveryWidth)
+{
+    for (const bool hasRuns : {false, true}) {
+        Random random(hasRuns ? 1 : 0);
+        for (std::int32_t width = 3; width <= 120; ++width) {
+            for (int i = 0; i < 10; ++i) {
+                const velHandlePtr given(velCreateHandle());
+                const velHandlePtr expected(velCreateHandle());
+                ASSERT_NO_FATAL_FAILURE(makeBoth(random, hasRuns, given, expected));
+                const std::string text = saved(given, "/", width);
+                ASSERT_EQ(stored(parsed(text)), stored(expected)) << "width " << width << "\n"
+                                                                  << text;
+                ASSERT_EQ(stored(parsed(stored(given))), stored(expected));
+                ASSERT_EQ(stored(parsed(partial(given, "/", "  "))), stored(expected));
+                ASSERT_EQ(stored(parsed(saved(given))), stored(expected));
+            }
+        }
+    }
+}
+
+TEST(VelFormat, AValueThatEndsInABackslash)
+{
+    const velHandlePtr handle = parsed("A:\nx = C:\\dir\\ # a folder\ny = 1\nEND\n");
+    EXPECT_EQ(valueAt(handle, "/A/x"), "C:\\dir\\");
+    EXPECT_EQ(saved(handle), "A:\n  x = C:\\dir\\ #\n  y = 1\nEND\n");
+    EXPECT_EQ(stored(handle), "A:\n  x = C:\\dir\\ #\n  y = 1\nEND\n");
+    EXPECT_EQ(stored(handle, "/A"), "A:\nx = C:\\dir\\ #\ny = 1\nEND\n");
+    for (std::int32_t width = 3; width <= 30; ++width) {
+        EXPECT_EQ(stored(parsed(saved(handle, "/", width))), stored(handle)) << width;
+    }
+    EXPECT_EQ(said(setStringValue(handle.get(), "/A/x", "\\ \t")), "");
+    EXPECT_EQ(valueAt(parsed(stored(handle)), "/A/x"), "\\");
+}
+
+// A program can set such a value; no file can hold it.
+TEST(VelFormat, ACommentSignInAValueIsWrittenAsItIs)
+{
+    const velHandlePtr handle = parsed("x = 1\n");
+    EXPECT_EQ(said(setStringValue(handle.get(), "/x", "a#b")), "");
+    EXPECT_EQ(saved(handle), "x = a#b\n");
+}
+
 } // namespace
