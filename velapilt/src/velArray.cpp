@@ -61,6 +61,10 @@ velArray::velArray(velArrayKind kind)
 {
     if (kind_ == velArrayKind::Characters) {
         characters_.resize(static_cast<std::size_t>(capacity_));
+    } else if (kind_ == velArrayKind::Strings) {
+        strings_.reserve(static_cast<std::size_t>(capacity_) + 1); // and a null at the end
+    } else if (kind_ == velArrayKind::Integers) {
+        integers_.reserve(static_cast<std::size_t>(capacity_));
     }
 }
 

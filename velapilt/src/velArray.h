@@ -73,6 +73,7 @@ private:
 class velArray
 {
 public:
+    /// Throws bad_alloc.
     explicit velArray(velArrayKind kind);
 
     [[nodiscard]] velArrayKind kind() const { return kind_; }

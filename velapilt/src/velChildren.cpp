@@ -3,6 +3,7 @@
 #include "velapilt/src/velHash.h"
 
 #include <algorithm>
+#include <memory>
 #include <new>
 
 namespace {
@@ -23,42 +24,102 @@ std::uint32_t nameOf(const velNode *node)
     return node->name == velWords::none ? node->type : node->name;
 }
 
-std::vector<velChildInfo> describeChildren(const velHandle *handle, const velNode *parent)
+/// Whether `work` has the memory that it needs.
+template <typename Work>
+bool hasMemory(Work work)
 {
-    std::vector<velChildInfo> children;
-    children.reserve(parent->childCount);
-    for (const velNode *child = parent->firstChild(); child != nullptr; child = child->next) {
-        children.push_back(
-            {textOf(handle, nameOf(child)), velKindWord(child->kind()), typeOf(handle, child)});
+    try {
+        work();
+        return true;
+    } catch (const std::bad_alloc &) {
+        return false;
     }
-    return children;
 }
 
-/// Groups by label, the last that appeared first; the newest member first.
-std::vector<velGroupInfo> groupChildren(const velHandle *handle, const velNode *parent)
+/// What getChildList hands back.
+struct ChildList
 {
+    std::vector<velChildInfo> children;
     std::vector<velGroupInfo> groups;
-    velHashTable places(1); // label → number of its group, from 1
+};
+
+/// A group while it is gathered.
+struct Group
+{
+    velKind kind;
+    std::string type;
+    std::vector<std::int32_t> members; ///< in the order of the children
+};
+
+const char *describeChildren(const velHandle *handle, const velNode *parent, ChildList *list)
+{
+    const auto describe = [&] {
+        list->children.reserve(parent->childCount);
+        for (const velNode *child = parent->firstChild(); child != nullptr; child = child->next) {
+            list->children.push_back(
+                {textOf(handle, nameOf(child)), velKindWord(child->kind()), typeOf(handle, child)});
+        }
+    };
+    return hasMemory(describe) ? nullptr : "getChildList: unable to allocate childrenAry";
+}
+
+/// The children by kind and type, the group that appeared first in front.
+const char *gatherGroups(const velHandle *handle, const velNode *parent, velHashTable *places,
+                         std::vector<Group> *groups)
+{
     std::int32_t position = 0;
     for (const velNode *child = parent->firstChild(); child != nullptr; child = child->next) {
         const velKind kind = child->kind();
-        const std::string type = typeOf(handle, child);
-        const std::string label = std::string(velKindWord(kind)) + ":" + type;
-        auto number = reinterpret_cast<std::uintptr_t>(places.lookup(label));
+        std::string label;
+        std::uintptr_t number = 0; // of its group, from 1
+        const auto findGroup = [&] {
+            std::string type = typeOf(handle, child);
+            label.append(velKindWord(kind)).append(":").append(type);
+            number = reinterpret_cast<std::uintptr_t>(places->lookup(label));
+            if (number == 0) {
+                groups->push_back({kind, std::move(type), {}});
+            }
+        };
+        if (!hasMemory(findGroup)) {
+            return "getChildList: unable to allocate groupInfoPtr structure";
+        }
         if (number == 0) {
-            groups.push_back({kind == velParam ? "Parameter" : velKindWord(kind), type, {}});
-            number = groups.size();
-            if (places.insert(label, reinterpret_cast<void *>(number)) == 0) {
-                throw std::bad_alloc();
+            number = groups->size();
+            if (places->insert(label, reinterpret_cast<void *>(number)) == 0) {
+                return "getChildList: unable to find childInfo in group hash table";
             }
         }
-        groups[number - 1].indices.push_back(position++);
+        if (!hasMemory([&] { (*groups)[number - 1].members.push_back(position++); })) {
+            return "getChildList: unable to allocate groupInfoChild structure";
+        }
     }
-    for (velGroupInfo &group : groups) {
-        std::reverse(group.indices.begin(), group.indices.end());
+    return nullptr;
+}
+
+/// Groups by label, the last that appeared first; the newest member first.
+const char *groupChildren(const velHandle *handle, const velNode *parent, ChildList *list)
+{
+    const std::unique_ptr<std::vector<Group>> gathered(new (std::nothrow) std::vector<Group>);
+    if (gathered == nullptr) {
+        return "getChildList: unable to allocate temporary memory context";
     }
-    std::reverse(groups.begin(), groups.end());
-    return groups;
+    std::unique_ptr<velHashTable> places;
+    if (!hasMemory([&] { places = std::make_unique<velHashTable>(1); })) {
+        return "getChildList: unable to allocate lookup table";
+    }
+    if (const char *error = gatherGroups(handle, parent, places.get(), gathered.get())) {
+        return error;
+    }
+    const auto makeGroups = [&] {
+        list->groups.reserve(gathered->size());
+        for (auto group = gathered->rbegin(); group != gathered->rend(); ++group) {
+            std::reverse(group->members.begin(), group->members.end());
+            list->groups.push_back(
+                {group->kind == velParam ? "Parameter" : velKindWord(group->kind),
+                 std::move(group->type), std::move(group->members)});
+        }
+    };
+    return hasMemory(makeGroups) ? nullptr : "getChildList: unable to allocate velGroupInfo array";
 }
 
 /// The paths of the objects below `path` for which `matches` holds, parents
@@ -101,24 +162,30 @@ const char *search(velHandle *handle, const char *path, std::uint32_t include,
 
 const char *getChildList(velHandle *handle, const char *path, std::vector<velChildInfo> *children,
                          std::vector<velGroupInfo> *groups)
-try {
-    const velNode *node = velResolve(handle, path);
+{
+    const velNode *node = velFindNode(handle, path);
     if (node == nullptr) {
         return "getChildList: unable to find the requested path";
     }
-    std::vector<velGroupInfo> newGroups;
-    if (groups != nullptr) {
-        newGroups = groupChildren(handle, node);
+    const std::unique_ptr<ChildList> list(new (std::nothrow) ChildList);
+    if (list == nullptr) {
+        return "getChildList: unable to allocate permanent memory context";
     }
     if (children != nullptr) {
-        *children = describeChildren(handle, node);
+        if (const char *error = describeChildren(handle, node, list.get())) {
+            return error;
+        }
     }
     if (groups != nullptr) {
-        *groups = std::move(newGroups);
+        if (const char *error = groupChildren(handle, node, list.get())) {
+            return error;
+        }
+        *groups = std::move(list->groups);
+    }
+    if (children != nullptr) {
+        *children = std::move(list->children);
     }
     return nullptr;
-} catch (const std::bad_alloc &) {
-    return "getChildList: unable to allocate permanent memory context";
 }
 
 const char *getChildObjectList(velHandle *handle, const char *path, bool wantObjects,

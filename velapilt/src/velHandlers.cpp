@@ -69,8 +69,13 @@ try {
 
 const char *addActionHandler(velHandle *handle, velActionHandler handler, void *userData)
 {
-    handle->actionHandler = handler;
-    handle->actionData = userData;
+    if (handle->action == nullptr) {
+        handle->action.reset(new (std::nothrow) velHandle::ActionEntry);
+    }
+    if (handle->action == nullptr) {
+        return "unable to allocate memory for action handler list";
+    }
+    *handle->action = {handler, userData};
     return nullptr;
 }
 
@@ -131,12 +136,13 @@ try {
 
 const char *invokeAction(velHandle *handle, const char *action, const char *const *arguments)
 {
-    if (handle->actionHandler == nullptr) {
+    if (handle->action == nullptr || handle->action->handler == nullptr) {
         return "no handler was found for action line";
     }
     const velOperation operation(handle);
     const Reporting reporting(handle);
-    const int done = handle->actionHandler(handle, action, arguments, handle->actionData);
+    const velHandle::ActionEntry entry = *handle->action;
+    const int done = entry.handler(handle, action, arguments, entry.userData);
     return done == 0 ? "action invocation returned with error status" : velTakeInterrupt(handle);
 }
 

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr const char *noMemory = "readNamedLibraries: unable to allocate the fullPath string\n";
+constexpr const char *noItem = "readNamedLibraries: unable to allocate a library item string\n";
 
 bool isSeparator(char c)
 {
@@ -42,6 +43,15 @@ bool standsAlone(std::string_view item)
     return isLetter && item.size() > 2 && item[1] == ':' && isSeparator(item[2]);
 }
 
+/// The text of an item, apart; false without memory.
+bool takeItem(std::string_view text, std::string *item)
+try {
+    *item = text;
+    return true;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
 /// Calls `visit` with the path of each item of a list, until one gives a message.
 template <typename Visit>
 const char *eachLibrary(std::string_view list, const std::string &folder, Visit visit)
@@ -55,8 +65,11 @@ const char *eachLibrary(std::string_view list, const std::string &folder, Visit 
                 break; // nothing after the last ';' is no item
             }
         }
-        const std::string_view item = rest.substr(0, rest.find(';'));
-        const std::string path = (standsAlone(item) ? "" : prefix) + std::string(item);
+        std::string item;
+        if (!takeItem(rest.substr(0, rest.find(';')), &item)) {
+            return noItem;
+        }
+        const std::string path = (standsAlone(item) ? "" : prefix) + item;
         if (const char *error = visit(path)) {
             return error;
         }
@@ -98,10 +111,13 @@ std::vector<std::string> velLibraryFiles()
     if (list == nullptr || !isDirectory(folder)) {
         return files;
     }
-    static_cast<void>(eachLibrary(list, folder, [&files](const std::string &path) -> const char * {
+    const auto add = [&files](const std::string &path) -> const char * {
         files.push_back(path);
         return nullptr;
-    }));
+    };
+    if (eachLibrary(list, folder, add) != nullptr) {
+        throw std::bad_alloc();
+    }
     return files;
 }
 

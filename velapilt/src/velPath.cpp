@@ -195,10 +195,13 @@ std::optional<std::string> velParentPath(velHandle *handle, const char *path)
     return full;
 }
 
-std::string makeChildPath(const char *parentPath, const char *component)
-{
-    std::string path = std::strcmp(parentPath, "/") == 0 ? "" : parentPath;
-    path += '/';
-    path += component;
-    return path;
+const char *makeChildPath(const char *parentPath, const char *component, std::string *path)
+try {
+    std::string child = std::strcmp(parentPath, "/") == 0 ? "" : parentPath;
+    child += '/';
+    child += component;
+    *path = std::move(child);
+    return nullptr;
+} catch (const std::bad_alloc &) {
+    return "makeChildPath: memory error";
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <new>
 
 namespace {
@@ -40,31 +41,65 @@ const char *valueOf(velHandle *handle, const char *path, const char *unknown,
     return nullptr;
 }
 
-/// The elements as logicals, or, where any is none, the whole message of that
-/// in `failures`. Throws bad_alloc.
-const char *readLogicals(std::string_view text, std::vector<std::int32_t> *values,
-                         std::string *failures)
-{
-    velStringList elements;
-    if (const char *error = splitStringString(text, &elements)) {
-        return error;
-    }
-    std::vector<std::int32_t> result;
-    for (const char *element : elements) {
-        std::int32_t value = 1; // of an element that fails
-        std::string failure;
-        if (const char *error = isLogicalValue(element, &value, &failure)) {
-            if (failures->empty()) {
-                *failures = "splitLogicalString: not all entries were logicals:\n";
-            }
-            *failures += error;
-        }
-        result.push_back(value);
-    }
-    if (failures->empty()) {
-        *values = std::move(result);
+/// An empty array; null without memory.
+std::unique_ptr<velArray> makeArray(velArrayKind kind)
+try {
+    return std::make_unique<velArray>(kind);
+} catch (const std::bad_alloc &) {
+    return nullptr;
+}
+
+/// One message made of those of all elements that are no logicals.
+const char *joinFailures(const velArray &errors, std::string *failures)
+try {
+    *failures = "splitLogicalString: not all entries were logicals:\n";
+    for (std::int32_t i = 0; i < errors.count(); ++i) {
+        *failures += errors.string(i);
     }
     return nullptr;
+} catch (const std::bad_alloc &) {
+    return "splitLogicalString: unable to allocate error message.\n";
+}
+
+/// The elements as logicals, or, where any is none, the whole message of that
+/// in `failures`.
+const char *readLogicals(std::string_view text, std::vector<std::int32_t> *values,
+                         std::string *failures)
+try {
+    const auto elements = makeArray(velArrayKind::Strings);
+    if (elements == nullptr) {
+        return "splitLogicalString: Unable to allocate strings array\n";
+    }
+    const auto errors = makeArray(velArrayKind::Strings);
+    if (errors == nullptr) {
+        return "splitLogicalString: Unable to allocate errors array\n";
+    }
+    const auto logicals = makeArray(velArrayKind::Integers);
+    if (logicals == nullptr) {
+        return "splitLogicalString: Unable to allocate integers array\n";
+    }
+    std::int32_t count = 0;
+    if (const char *error = splitString(elements.get(), text, &count)) {
+        return error;
+    }
+    for (std::int32_t i = 0; i < count; ++i) {
+        std::int32_t value = 1; // of an element that fails
+        std::string failure;
+        const char *error = isLogicalValue(elements->string(i), &value, &failure);
+        if (error != nullptr && errors->addString(error) == 0) {
+            return "splitLogicalString: unable to allocate error message.\n";
+        }
+        if (logicals->addInteger(value) == 0) {
+            return "splitLogicalString: unable to store logical value\n";
+        }
+    }
+    if (errors->count() > 0) {
+        return joinFailures(*errors, failures);
+    }
+    *values = logicals->integers();
+    return nullptr;
+} catch (const std::bad_alloc &) {
+    return "splitLogicalString: unable to store logical value\n";
 }
 
 constexpr const char *listUnknown = "getStringList: unable to find value";
@@ -111,7 +146,7 @@ try {
 
 const char *splitLogicalString(std::string_view text, std::vector<std::int32_t> *values,
                                std::string *message)
-try {
+{
     std::string failures;
     if (const char *error = readLogicals(text, values, &failures)) {
         return error;
@@ -121,8 +156,6 @@ try {
     }
     *message = std::move(failures);
     return message->c_str();
-} catch (const std::bad_alloc &) {
-    return "splitLogicalString: unable to allocate error message.\n";
 }
 
 const char *isLogicalValue(const char *text, std::int32_t *value, std::string *message)

@@ -105,6 +105,8 @@ constexpr const char *setup = "FLOW:\n"
                               "BOUNDARY: in\n"
                               "y = yes, no\n"
                               "END\n"
+                              "A LONG TYPE: of it\n"
+                              "END\n"
                               "END\n"
                               "END\n";
 
@@ -120,7 +122,7 @@ void expectInStep(const velHandlePtr &handle)
             std::string component = info.kind == velParam ? "" : info.type;
             component += info.kind == velObject ? ":" : "";
             component += info.name == nullptr ? "" : info.name;
-            again(again, child, makeChildPath(path.c_str(), component.c_str()));
+            again(again, child, (path == "/" ? "" : path) + "/" + component);
             ++count;
         }
         ASSERT_EQ(velChildCount(node), count) << path;
@@ -187,7 +189,7 @@ TEST(VelNoMemory, NoHandle)
 TEST(VelNoMemory, Creating)
 {
     EXPECT_EQ(messagesOf([](velHandle *handle) {
-                  return velCreateObject(handle, "/FLOW/DOMAIN:d/A LONG TYPE:of a name", false);
+                  return velCreateObject(handle, "/FLOW/DOMAIN:d/A LONG TYPE:of a new name", false);
               }),
               (Messages{"", "velCreateObject: unable to create object"}));
     EXPECT_EQ(messagesOf([](velHandle *handle) {
@@ -380,7 +382,14 @@ TEST(VelNoMemory, Asking)
                   std::vector<velGroupInfo> groups;
                   return getChildList(handle, "/FLOW/DOMAIN:d", &children, &groups);
               }),
-              (Messages{"", "getChildList: unable to allocate permanent memory context"}));
+              (Messages{"", "getChildList: unable to allocate permanent memory context",
+                        "getChildList: unable to allocate temporary memory context",
+                        "getChildList: unable to allocate lookup table",
+                        "getChildList: unable to allocate childrenAry",
+                        "getChildList: unable to allocate groupInfoPtr structure",
+                        "getChildList: unable to find childInfo in group hash table",
+                        "getChildList: unable to allocate groupInfoChild structure",
+                        "getChildList: unable to allocate velGroupInfo array"}));
     EXPECT_EQ(messagesOf([](velHandle *handle) {
                   velStringList list;
                   return getObjectsByTypeH(handle, "/", "BOUNDARY", 0, 0, &list);
@@ -399,12 +408,13 @@ TEST(VelNoMemory, Writing)
                   velStringList list;
                   return getObjectVELH(handle, "/FLOW", &list, true);
               }),
-              (Messages{"", "getPartialVELH: memory error"}));
+              (Messages{"", "getExpandedVELH: error allocating return array",
+                        "getPartialVELH: memory error"}));
     EXPECT_EQ(messagesOf([](velHandle *handle) {
                   velStringList list;
                   return velWrapText(handle, "/", 10, &list);
               }),
-              (Messages{"", "memory error"}));
+              (Messages{"", "memory error", "velWrapText: failed to allocate array"}));
     std::vector<std::string> entries = {"A:a rather long name of it", "B:b"};
     EXPECT_EQ(
         messagesOf([&](velHandle *handle) { return velOrderObjectsForOutput(handle, &entries); }),
@@ -425,30 +435,76 @@ TEST(VelNoMemory, Splitting)
               }),
               (Messages{"isLogicalValue: value is not a logical: a text that is none\n",
                         "isLogicalValue: unable to allocate error string\n"}));
-    const Messages messages = messagesOf(
-        [&](velHandle *) { return splitLogicalString("none, of them", &logicals, &text); });
-    EXPECT_EQ(messages.count("splitLogicalString: unable to allocate error message.\n"), 1U);
+    const std::string elements = "none, of them" + std::string(20, ',');
+    const Messages messages =
+        messagesOf([&](velHandle *) { return splitLogicalString(elements, &logicals, &text); });
+    for (const char *message : {"splitLogicalString: Unable to allocate strings array\n",
+                                "splitLogicalString: Unable to allocate errors array\n",
+                                "splitLogicalString: Unable to allocate integers array\n",
+                                "splitString: failure to store string.\n",
+                                "splitLogicalString: unable to store logical value\n",
+                                "splitLogicalString: unable to allocate error message.\n"}) {
+        EXPECT_EQ(messages.count(message), 1U) << message;
+    }
+}
+
+TEST(VelNoMemory, MakingAChildPath)
+{
+    std::string path;
+    EXPECT_EQ(messagesOf([&](velHandle *) {
+                  path.clear();
+                  path.shrink_to_fit();
+                  return makeChildPath("/FLOW/DOMAIN:d", "BOUNDARY:in", &path);
+              }),
+              (Messages{"", "makeChildPath: memory error"}));
+}
+
+TEST(VelNoMemory, LoadingLines)
+{
+    std::vector<std::string> texts;
+    for (int i = 0; i < 30; ++i) {
+        texts.push_back("parameter " + std::to_string(i) + " = " + std::string(100, 'v'));
+    }
+    std::vector<const char *> lines;
+    for (const std::string &text : texts) {
+        lines.push_back(text.c_str());
+    }
+    const auto count = static_cast<std::int32_t>(lines.size());
+    EXPECT_EQ(
+        messagesOf([&](velHandle *handle) { return loadVELData(handle, lines.data(), count); }),
+        (Messages{"", "loadVELData: failed to allocate array",
+                  "loadVELData: failed to store string",
+                  "parseVELLineH: Memory allocation error"}));
+    EXPECT_EQ(
+        messagesOf([&](velHandle *handle) { return loadLibraryData(handle, lines.data(), count); }),
+        (Messages{"", "loadLibraryData: failed to allocate array",
+                  "loadLibraryData: failed to store string",
+                  "parseVELLineH: Memory allocation error"}));
 }
 
 TEST(VelNoMemory, ActingOnALine)
 {
     const auto done = [](velHandle *, const char *, const char *const *, void *) { return 1; };
     EXPECT_EQ(messagesOf([&](velHandle *handle) {
-                  EXPECT_EQ(said(addActionHandler(handle, done, nullptr)), "");
-                  return velRunActionLine(handle, ">save a rather long argument");
+                  const char *error = addActionHandler(handle, done, nullptr);
+                  return error != nullptr
+                             ? error
+                             : velRunActionLine(handle, ">save a rather long argument");
               }),
-              (Messages{"", "velRunActionLine: Memory allocation error"}));
+              (Messages{"", "unable to allocate memory for action handler list",
+                        "velRunActionLine: Memory allocation error"}));
 }
 
 TEST(VelNoMemory, ReadingLibraries)
 {
     const TemporaryFolder folder;
-    folder.write("a library.vel", "RULES:\nx = 1\nEND\n");
+    folder.write("a library with a long name.vel", "RULES:\nx = 1\nEND\n");
     const std::string path = folder.path();
     const Messages messages = messagesOf([&](velHandle *handle) {
-        return readNamedLibraries(handle, "a library.vel", path.c_str());
+        return readNamedLibraries(handle, "a library with a long name.vel", path.c_str());
     });
     EXPECT_EQ(messages.count(""), 1U);
+    EXPECT_EQ(messages.count("readNamedLibraries: unable to allocate a library item string\n"), 1U);
     EXPECT_EQ(messages.count("readNamedLibraries: unable to allocate the fullPath string\n"), 1U);
 }
 

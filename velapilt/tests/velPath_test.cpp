@@ -218,9 +218,14 @@ TEST(VelPath, ParentPaths)
 
 TEST(VelPath, ChildPaths)
 {
-    EXPECT_EQ(makeChildPath("/", "FLOW"), "/FLOW");
-    EXPECT_EQ(makeChildPath("/FLOW", "DOMAIN:Fluid"), "/FLOW/DOMAIN:Fluid");
-    EXPECT_EQ(makeChildPath("/FLOW/DOMAIN:Fluid", "Option"), "/FLOW/DOMAIN:Fluid/Option");
+    const auto child = [](const char *parent, const char *component) {
+        std::string path;
+        EXPECT_EQ(said(makeChildPath(parent, component, &path)), "");
+        return path;
+    };
+    EXPECT_EQ(child("/", "FLOW"), "/FLOW");
+    EXPECT_EQ(child("/FLOW", "DOMAIN:Fluid"), "/FLOW/DOMAIN:Fluid");
+    EXPECT_EQ(child("/FLOW/DOMAIN:Fluid", "Option"), "/FLOW/DOMAIN:Fluid/Option");
 }
 
 } // namespace

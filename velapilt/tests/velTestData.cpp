@@ -88,7 +88,7 @@ std::string flagsOf(const velHandlePtr &handle)
             std::string component = below.kind == velParam ? "" : below.type;
             component += below.kind == velObject ? ":" : "";
             component += below.name == nullptr ? "" : below.name;
-            again(again, child, makeChildPath(path.c_str(), component.c_str()));
+            again(again, child, (path == "/" ? "" : path) + "/" + component);
         }
     };
     if (const velNode *root = velFindNode(handle.get(), "/")) {
