@@ -22,17 +22,22 @@ void overwrite(char *text)
     }
 }
 
-/// Takes over `text` as the handle's error text. The one before it is
-/// overwritten now and freed with the next, so that a pointer kept for one
-/// message too long reads the marker.
+/// Overwrites the error text now and frees it with the next, so that a pointer
+/// kept for one message too long reads the marker.
+void retireError(velHandle *handle)
+{
+    overwrite(handle->errorText);
+    std::free(handle->retiredText);
+    handle->retiredText = std::exchange(handle->errorText, nullptr);
+}
+
+/// Takes over `text` as the handle's error text.
 const char *keepError(velHandle *handle, char *text)
 {
     if (text == nullptr) {
         return outOfMemory;
     }
-    overwrite(handle->errorText);
-    std::free(handle->retiredText);
-    handle->retiredText = handle->errorText;
+    retireError(handle);
     handle->errorText = text;
     if (velDebugging()) {
         std::printf("%x: VEL ERROR: %s\n", velTraceName(handle), text);
@@ -65,6 +70,33 @@ std::string traceText(const velHandle *handle)
     return text;
 }
 
+/// Takes everything out of the handle but the caller's data: path stack, tree,
+/// path table, handlers, pending line, flag stack and error text, in this order.
+void emptyHandle(velHandle *handle)
+{
+    handle->stack.clear();
+    handle->root = nullptr; // the nodes' memory goes with the handle
+    handle->subtreeValidCount = 0;
+    handle->table.clear();
+    handle->changeHandlers.clear();
+    handle->action.reset();
+    handle->replaceHandlers.clear();
+    handle->pendingLine.clear();
+    handle->hasPendingLine = false;
+    handle->flagStack.clear();
+    handle->depth = 0;
+    retireError(handle);
+}
+
+/// Calls the release that belongs to the present user data, once.
+void releaseUserData(velHandle *handle)
+{
+    void *data = std::exchange(handle->userData, nullptr);
+    if (const auto release = std::exchange(handle->releaseUserData, nullptr)) {
+        release(data);
+    }
+}
+
 } // namespace
 
 bool velDebugging()
@@ -95,9 +127,10 @@ int velDestroyHandle(velHandle *handle)
         return 0;
     }
     const std::string name = traceText(handle); // the trace names it when it is gone
-    overwrite(handle->errorText);
-    // The caller's release may still use the handle, and make errors.
-    velSetUserData(handle, nullptr, nullptr);
+    emptyHandle(handle);
+    // The release may still ask the handle, which is an empty one now, and so
+    // make errors.
+    releaseUserData(handle);
     std::free(handle->errorText);
     std::free(handle->retiredText);
     delete handle;
@@ -159,9 +192,8 @@ void *velUserData(const velHandle *handle)
 
 void velSetUserData(velHandle *handle, void *data, void (*release)(void *data))
 {
-    if (handle->releaseUserData != nullptr && handle->userData != nullptr &&
-        handle->userData != data) {
-        handle->releaseUserData(handle->userData);
+    if (handle->userData != data) {
+        releaseUserData(handle);
     }
     handle->userData = data;
     handle->releaseUserData = release;

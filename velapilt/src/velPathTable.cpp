@@ -100,6 +100,18 @@ void velPathTable::presize(std::int64_t expected)
     }
 }
 
+void velPathTable::clear() noexcept
+{
+    std::fill(buckets_.begin(), buckets_.end(), nullptr);
+    entries_ = 0;
+    pendingCount_ = 0;
+    detached_.clear();
+    memo_.clear();
+    root_ = nullptr;
+    longNode_ = nullptr;
+    longPath_.clear();
+}
+
 void velPathTable::enter(velNode *node)
 {
     growIfFull(); // the count alone decides: what is pending grows the table later

@@ -52,6 +52,8 @@ public:
     /// Enters a Parameter, now or with the next ones.
     void enterLater(velNode *node);
     void remove(velNode *node);
+    /// Takes every node and the root out of the table.
+    void clear() noexcept;
     /// Makes room ahead of `expected` further entries.
     void presize(std::int64_t expected);
 

@@ -86,6 +86,45 @@ TEST(VelHandle, UserDataIsReleasedWithTheHandle)
     EXPECT_EQ(released, 11);
 }
 
+TEST(VelHandle, TheReleaseIsCalledOnceForNullDataToo)
+{
+    static std::vector<void *> released;
+    released.clear();
+    const auto release = [](void *data) { released.push_back(data); };
+    int data = 0;
+    {
+        const velHandlePtr handle(velCreateHandle());
+        velSetUserData(handle.get(), nullptr, release);
+    }
+    EXPECT_EQ(released, std::vector<void *>{nullptr});
+    {
+        const velHandlePtr handle(velCreateHandle());
+        velSetUserData(handle.get(), nullptr, release);
+        velSetUserData(handle.get(), &data, release);
+    }
+    EXPECT_EQ(released, (std::vector<void *>{nullptr, nullptr, &data}));
+}
+
+TEST(VelHandle, TheTreeIsGoneWhenTheUserDataIsReleased)
+{
+    struct Seen
+    {
+        velHandle *handle;
+        std::string text;
+    } seen;
+    seen.handle = velCreateHandle();
+    EXPECT_EQ(said(parseVELLineH(seen.handle, "A:", 0)), "");
+    EXPECT_EQ(said(parseVELLineH(seen.handle, "x = 1 \\", 0)), "");
+    velSetUserData(seen.handle, &seen, [](void *data) {
+        auto &[handle, text] = *static_cast<Seen *>(data);
+        text = getCurrentPath(handle);
+        text += ' ' + std::to_string(havePath(handle, "/A")) + ' ';
+        text += said(parseVELLineH(handle, "END", 0));
+    });
+    velDestroyHandle(seen.handle);
+    EXPECT_EQ(seen.text, "/ 0 parseVELLineH: unmatched END");
+}
+
 // --- Depth -----------------------------------------------------------------------
 
 TEST(VelHandle, Depth)
