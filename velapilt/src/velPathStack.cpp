@@ -117,6 +117,13 @@ try {
     return nullptr;
 }
 
+const velNode *velFindFullPath(velHandle *handle, const char *fullPath)
+try {
+    return handle->table.find(fullPath);
+} catch (const std::bad_alloc &) {
+    return nullptr;
+}
+
 const char *getCurrentPath(velHandle *handle)
 try {
     const velPathEntry &top = stackOf(handle).back();

@@ -83,11 +83,6 @@ std::int32_t LiteCall::integer(pTHX_ int i) const
     return static_cast<std::int32_t>(std::clamp<IV>(number, Limits::min(), Limits::max()));
 }
 
-bool LiteCall::truth(pTHX_ int i) const
-{
-    return SvTRUE(argument(aTHX_ i));
-}
-
 AV *LiteCall::array(pTHX_ int i, const char *name) const
 {
     SV *value = argument(aTHX_ i);

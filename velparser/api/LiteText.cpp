@@ -4,26 +4,18 @@ namespace velparser {
 
 namespace {
 
-/// The lines are copied before the first is parsed, as a handler may change
-/// the caller's array.
-const char *parseCopy(velHandle *handle, std::span<const char *const> texts, std::uint32_t flags)
-{
-    velArray lines(velArrayKind::Strings);
-    for (const char *text : texts)
-        if (!lines.addString(text))
-            return flags & velFlagLibrary ? "loadLibraryData: failed to store string"
-                                          : "loadVELData: failed to store string";
-    return parseVELData(handle, &lines, flags);
-}
+using Load = const char *(*)(velHandle *, const char *const *, std::int32_t, const velDigest *,
+                             velDigest *);
 
-SV *parseLines(pTHX_ LiteCall &call, std::uint32_t flags)
+SV *loadLines(pTHX_ LiteCall &call, Load load)
 {
     call.keepAlive(aTHX);
     // Reading the elements may run code.
     call.guard(aTHX);
     AV *array = call.array(aTHX_ 1, "data");
     const std::span<const char *> texts = elementTexts(aTHX_ array, UndefinedElement::Croaks);
-    return call.message(aTHX_ parseCopy(call.handle(), texts, flags));
+    const auto count = static_cast<std::int32_t>(texts.size());
+    return call.message(aTHX_ load(call.handle(), texts.data(), count, nullptr, nullptr));
 }
 
 } // namespace
@@ -32,7 +24,7 @@ SV *liteGetObjectVEL(pTHX_ LiteCall &call)
 {
     const char *path = call.text(aTHX_ 1);
     AV *target = call.array(aTHX_ 2, "array");
-    const bool includeLibrary = call.truth(aTHX_ 3);
+    const bool includeLibrary = call.flag(aTHX_ 3);
     return fillArray<velStringList>(aTHX_ call, target, [&](velStringList *lines) {
         return getObjectVELH(call.handle(), path, lines, includeLibrary);
     });
@@ -52,7 +44,7 @@ SV *liteLoadVELLine(pTHX_ LiteCall &call)
 {
     call.keepAlive(aTHX);
     const char *line = call.text(aTHX_ 1);
-    const std::uint32_t flags = call.truth(aTHX_ 2) ? velFlagLibrary : 0;
+    const std::uint32_t flags = call.flag(aTHX_ 2) ? velFlagLibrary : 0;
     return call.message(aTHX_ parseVELLineH(call.handle(), line, flags));
 }
 
@@ -72,12 +64,12 @@ SV *liteSetVELState(pTHX_ LiteCall &call)
 
 SV *liteLoadVELData(pTHX_ LiteCall &call)
 {
-    return parseLines(aTHX_ call, 0);
+    return loadLines(aTHX_ call, loadVELData);
 }
 
 SV *liteLoadLibraryData(pTHX_ LiteCall &call)
 {
-    return parseLines(aTHX_ call, velFlagLibrary);
+    return loadLines(aTHX_ call, loadLibraryData);
 }
 
 SV *liteLoadVELFile(pTHX_ LiteCall &call)

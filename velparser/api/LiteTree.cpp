@@ -23,7 +23,7 @@ SV *liteSetValidEx(pTHX_ LiteCall &call)
 {
     const char *path = call.text(aTHX_ 1);
     const std::int32_t level = call.integer(aTHX_ 2);
-    const bool propagate = call.truth(aTHX_ 3);
+    const bool propagate = call.flag(aTHX_ 3);
     return call.message(aTHX_ setValid(call.handle(), path, level, propagate));
 }
 
@@ -52,7 +52,7 @@ SV *liteCreateObject(pTHX_ LiteCall &call)
 {
     call.keepAlive(aTHX);
     const char *path = call.text(aTHX_ 1);
-    const bool library = call.truth(aTHX_ 2);
+    const bool library = call.flag(aTHX_ 2);
     return call.message(aTHX_ velCreateObject(call.handle(), path, library));
 }
 

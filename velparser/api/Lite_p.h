@@ -138,7 +138,8 @@ public:
     }
     /// Clamped to 32 bits.
     [[nodiscard]] std::int32_t integer(pTHX_ int i) const;
-    [[nodiscard]] bool truth(pTHX_ int i) const;
+    /// A flag is a number: whether it is another one than 0.
+    [[nodiscard]] bool flag(pTHX_ int i) const { return integer(aTHX_ i) != 0; }
     /// The array behind a reference, kept alive until the method's end; croaks
     /// "NAME is not an array reference".
     [[nodiscard]] AV *array(pTHX_ int i, const char *name) const;

@@ -124,7 +124,7 @@ public:
     }
 
 private:
-    [[nodiscard]] const velNode *node() const { return velFindNode(handle_, path_.c_str()); }
+    [[nodiscard]] const velNode *node() const { return velFindFullPath(handle_, path_.c_str()); }
 
     /// Those of the node at the path; one that is gone needs nothing any more.
     [[nodiscard]] std::uint32_t flags() const
@@ -182,7 +182,8 @@ private:
         WalkLevel &level = levels_.back();
         if (level.next == level.children.size())
             return leave();
-        path_ = makeChildPath(path_.c_str(), level.children[level.next++].c_str());
+        if (makeChildPath(path_.c_str(), level.children[level.next++].c_str(), &path_))
+            throw std::bad_alloc();
         const std::size_t depth = levels_.size();
         enterChild();
         if (levels_.size() == depth)
@@ -294,10 +295,10 @@ const char *validateVELData(velHandle *handle, const char *path)
     if (const char *error = initValidationData(handle))
         return error;
     const bool root = std::string_view(path) == "/";
-    const std::string fullPath = root ? "/" : velFullPath(handle, path);
-    if (!root && !velFindNode(handle, fullPath.c_str()))
+    const std::string clean = root ? "/" : velCleanPath(path); // not resolved: kept
+    if (!root && !velFindFullPath(handle, clean.c_str()))
         return "validateVELData: path does not exist\n";
-    return velValidationDriver(handle, fullPath);
+    return velValidationDriver(handle, clean);
 }
 
 const char *validateVELDataH()

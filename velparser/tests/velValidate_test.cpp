@@ -119,9 +119,22 @@ TEST_F(VelValidate, ASubtreeOnly)
     const velHandlePtr data = load({"FLOW:", "DOMAIN: a", "END", "END", "TIME:", "END"});
     EXPECT_EQ(validated(data.get(), " /FLOW // DOMAIN : a"), "(null)");
     EXPECT_EQ(calls(), "/FLOW/DOMAIN:a");
-    EXPECT_EQ(validated(data.get(), "FLOW"), "(null)");
+    EXPECT_EQ(validated(data.get(), "/FLOW"), "(null)");
     EXPECT_EQ(calls(), "/FLOW");
     EXPECT_EQ(isValid(data.get(), "/"), 0);
+}
+
+// The cleaned path is looked up as it is: neither the current path nor ".." counts.
+TEST_F(VelValidate, APathThatIsNotAFullOneDoesNotExist)
+{
+    const velHandlePtr data = load({"FLOW:", "DOMAIN: a", "END", "END"});
+    ASSERT_STREQ(pushPath(data.get(), "/FLOW"), nullptr);
+    for (const char *path :
+         {"", " ", ".", "FLOW", "DOMAIN:a", "./DOMAIN:a", "../FLOW", "/FLOW/..", "/FLOW/../FLOW"})
+        EXPECT_EQ(validated(data.get(), path), "validateVELData: path does not exist\n") << path;
+    EXPECT_EQ(calls(), "");
+    EXPECT_EQ(validated(data.get(), " //FLOW / "), "(null)");
+    EXPECT_EQ(calls(), "/FLOW /FLOW/DOMAIN:a");
 }
 
 TEST_F(VelValidate, RulesAreNeverLookedAt)
@@ -206,6 +219,20 @@ TEST_F(VelValidate, WhatComesBeforeTheWalkIsVisitedToo)
     EXPECT_EQ(calls(), "/ /B /B/E:x /B/E:y /B/E:y/F");
     EXPECT_EQ(isValid(data.get(), "/B"), 1);
     EXPECT_EQ(isValid(data.get(), "/B/E:x"), 3);
+}
+
+TEST_F(VelValidate, AChildFoundDoneIsSkippedUnlessALaterOneMakesItInvalid)
+{
+    const velHandlePtr data = load({"A:", "END", "B:", "END", "C:", "END"});
+    EXPECT_EQ(validated(data.get()), "(null)");
+    calls();
+    ASSERT_STREQ(setValid(data.get(), "/B", 0, true), nullptr);
+    EXPECT_EQ(validated(data.get()), "(null)");
+    EXPECT_EQ(calls(), "/B");
+    ASSERT_STREQ(setValid(data.get(), "/B", 0, true), nullptr);
+    setUp("$during = sub { my ($d, $path) = @_; $d->setValid('/A', 0) if $path eq '/B' }");
+    EXPECT_EQ(validated(data.get()), "(null)");
+    EXPECT_EQ(calls(), "/B /A");
 }
 
 TEST_F(VelValidate, AnObjectMadeInvalidByALaterOneIsNotHidden)
@@ -332,15 +359,18 @@ TEST_F(VelValidate, AResultOfZeroIsAFinding)
     EXPECT_STREQ(velparser::callValidationMethod(data.get(), "validateParam", {"/A"}), nullptr);
 }
 
+// By then the tree is gone, and the database an empty one.
 TEST_F(VelValidate, AValidatorMayUseTheDatabaseAsItGoes)
 {
     velHandlePtr data = load({"A:", "END"});
     setUp("our $last; $new = sub { bless { database => $_[1] }, 'Leaving' };"
           "@Leaving::ISA = 'VEL::Validate';"
-          "*Leaving::DESTROY = sub { $last = $_[0]{database}->havePath('/A') }");
+          "*Leaving::DESTROY = sub { my $d = $_[0]{database};"
+          " $last = join ' ', $d->havePath('/A'), $d->getCurrentPath,"
+          " $d->loadVELLine('B:', 0) // 'made', $d->havePath('/B') }");
     EXPECT_EQ(validated(data.get()), "(null)");
     data.reset();
-    EXPECT_EQ(perl("$VEL::Validate::last"), "1");
+    EXPECT_EQ(perl("$VEL::Validate::last"), "0 / made 1");
 }
 
 TEST_F(VelValidate, NewFails)

@@ -92,6 +92,31 @@ is VEL::Parser::Lite::cleanPath('a/../b'), 'a/../b', '... without resolving';
 is VEL::Parser::Lite::cleanPath(undef), '', '... of nothing';
 is VEL::Parser::Lite::cleanPath('/' . 'x' x 100_000), '/' . 'x' x 100_000, '... of any length';
 
+# Flags are numbers, whatever Perl takes for true.
+{
+    no warnings 'numeric';
+    my $flags = VEL::Parser::Lite::NEW();
+    for my $no (0, '0.0', '00', '0 but true', 'yes', '', undef, 0.0, '0E0') {
+        my $shown = defined $no ? "'$no'" : 'undef';
+        $flags->deleteObj('/');
+        is $flags->createObject('/L', $no), undef, "made with $shown";
+        is $flags->isLibrary('/L'), 0, '... as user data';
+        is $flags->loadVELLine("$_", $no), undef, '... a line' for 'M:', 'x = 1', 'END';
+        is $flags->isLibrary('/M'), 0, '... as well';
+        $flags->setValid($_, 1) for '/M', '/M/x';
+        is $flags->setValidEx('/M/x', 0, $no), undef, '... invalidated';
+        is $flags->isValid('/M'), 1, '... without what is above';
+        $flags->createObject('/N', 1);
+        $flags->getObjectVEL('/', \my @lines, $no);
+        is "@lines", 'L: END M:   x = 1 END', '... written without library data';
+    }
+    for my $yes (1, -1, '2.0', 2**40) {
+        $flags->deleteObj('/');
+        $flags->createObject('/L', $yes);
+        is $flags->isLibrary('/L'), 1, "library data with $yes";
+    }
+}
+
 # Deleting.
 is $data->deleteParam($location), undef, 'a parameter';
 is $data->deleteParam($location), 'deleteParamH: unable to find parameter', '... is gone';

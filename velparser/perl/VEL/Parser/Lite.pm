@@ -53,6 +53,9 @@ that says what went wrong. They do not die. Whatever a method finds goes to an
 argument: a reference to a scalar, which stays as it was on failure, or a
 reference to an array, which is emptied first, also on failure.
 
+An argument that is a flag (C<$isLibrary>, C<$includeLibrary>, C<$propagate>) is a
+number, and set if it is not 0: C<'0.0'> and C<'yes'> are 0.
+
 Only a wrong call dies: a wrong number of arguments (C<Usage: ...>), something
 that is no object of this class (C<self is not of type VEL::Parser::Lite>), no
 array reference where one is due (C<array is not an array reference>, or the
