@@ -450,6 +450,15 @@ void VELTreeEditTest::takesAFinalBackslash()
     });
     doubleClick(title);
     QCOMPARE(stored(title), QString("C:\\results\\"));
+    QVERIFY(editor().save(file().toStdString()));
+
+    // The file gives back the value, and the line after it.
+    const char *const others[] = {title, "/FLOW:Analysis/Run Mode"};
+    for (const char *path : others)
+        QCOMPARE(velparser::setStringValue(path, "other"), nullptr);
+    QCOMPARE(velparser::loadVELFromFile(file().toUtf8(), "vel"), nullptr);
+    QCOMPARE(stored(title), QString("C:\\results\\"));
+    QCOMPARE(stored("/FLOW:Analysis/Run Mode"), QString("Steady"));
 }
 
 void VELTreeEditTest::leavesAnUntouchedValueAsItIs()
