@@ -257,6 +257,8 @@ void AddProposalsTest::leavesTypedNamesAsTheyAre()
         select(pump);
         onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
             auto *names = dialog.findChild<QComboBox *>("editable combo");
+            QApplication::setActiveWindow(&dialog); // a completer works for the focus alone
+            names->setFocus();
             names->lineEdit()->selectAll();
             QTest::keyClicks(names->lineEdit(), name);
             QCOMPARE(names->currentText(), QString(name));
