@@ -53,7 +53,7 @@ TEST(Statement, JoinsContinuedLines)
                          "y = 2 \\"),
               "0+4 parameter Name\n"
               "4+2 parameter x\n"
-              "6+2 nothing\n"
+              "6+2 end\n"
               "8+1 unfinished\n");
 }
 
