@@ -38,7 +38,12 @@ public:
     const char *param(std::size_t indent, const velNode *node)
     {
         const std::string_view value(node->value.text, node->value.length);
-        return write(indent, words_.view(node->name), " = ", value, velLineEnd(value));
+        const std::string_view end = velLineEnd(value);
+        if (end.empty()) {
+            return write(indent, words_.view(node->name), " = ", value);
+        }
+        const std::string ended = std::string(value).append(end);
+        return write(indent, words_.view(node->name), " = ", ended);
     }
 
     const char *header(std::size_t indent, const velNode *node)
@@ -52,10 +57,10 @@ public:
 
 private:
     const char *write(std::size_t indent, std::string_view first, std::string_view middle,
-                      std::string_view last, std::string_view end = {})
+                      std::string_view last)
     {
         const std::size_t length =
-            margin_.size() + indent + first.size() + middle.size() + last.size() + end.size();
+            margin_.size() + indent + first.size() + middle.size() + last.size();
         const bool fits = width_ == 0 || (width_ > 2 && length <= static_cast<std::size_t>(width_));
         if (!fits) {
             scratch_.resize(length);
@@ -67,7 +72,7 @@ private:
         }
         std::memset(next, ' ', indent);
         next += indent;
-        for (const std::string_view part : {first, middle, last, end}) {
+        for (const std::string_view part : {first, middle, last}) {
             if (!part.empty()) {
                 std::memcpy(next, part.data(), part.size());
                 next += part.size();
