@@ -92,7 +92,7 @@ velHandlePtr handleWithLibraries()
 std::optional<TextFault> findFault(const SourceText &text, velHandle *handle)
 {
     if (text.bytes().starts_with(containerStart))
-        return TextFault{.message = "is a def or res file where a text is expected; take its "
+        return TextFault{.message = "this is a def or res file where a text is expected; take its "
                                     "command data out with veltool extract",
                          .isExplained = true};
     BlockLines blocks(text);

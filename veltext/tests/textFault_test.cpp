@@ -61,7 +61,7 @@ TEST(TextFault, IsAPlainSentenceForConflictMarkers)
 TEST(TextFault, IsAPlainSentenceForADefFile)
 {
     EXPECT_EQ(faultOf("*INFO\n                   0\n*ENDINFO\n"),
-              "case.vel: is a def or res file where a text is expected; take its command data out "
+              "case.vel: this is a def or res file where a text is expected; take its command data out "
               "with veltool extract");
 }
 
@@ -81,7 +81,7 @@ TEST(TextFault, ComesAfterTheMessageOfTheRefusal)
               "1 missing END statement(s) in input (" + file + ":2)");
     EXPECT_EQ(refusal("*INFO\n", "parseVELLineH: syntax error near \"*INFO\""),
               "parseVELLineH: syntax error near \"*INFO\"\n" + file +
-                  ": is a def or res file where a text is expected; take its command data out "
+                  ": this is a def or res file where a text is expected; take its command data out "
                   "with veltool extract");
     EXPECT_EQ(refusal("x = 1\n", "something else"), "something else");
     std::filesystem::remove(file);
