@@ -8,7 +8,6 @@
 #include <fstream>
 #include <new>
 #include <optional>
-#include <vector>
 
 namespace veltool {
 
@@ -116,25 +115,12 @@ void parseText(velHandle *handle, const SourceText &text, const std::string &fil
     throwParseFailure(text, file, error);
 }
 
-void requireShallow(velHandle *handle, const std::string &file)
+void requireShallow(const velHandle *handle, const std::string &file)
 {
-    const velNode *node = velFindNode(handle, "/");
-    std::vector<const velNode *> above; // the nodes on the way from the root
-    while (node) {
-        if (above.size() > mostLevels && velDescribe(handle, node).kind != velParam)
-            throw Failure(file, 0,
-                          "objects nest deeper than " + std::to_string(mostLevels) +
-                              " levels; this command does not take such files");
-        const velNode *next = velFirstChild(node);
-        if (next) {
-            above.push_back(node);
-        } else {
-            next = velNextSibling(node);
-            for (; !next && !above.empty(); above.pop_back())
-                next = velNextSibling(above.back());
-        }
-        node = next;
-    }
+    if (velDeepestBlock(handle) > mostLevels)
+        throw Failure(file, 0,
+                      "objects nest deeper than " + std::to_string(mostLevels) +
+                          " levels; this command does not take such files");
 }
 
 } // namespace veltool

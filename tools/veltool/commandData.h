@@ -5,6 +5,7 @@
 #include "tools/veltool/sourceText.h"
 #include "velapilt/src/velapilt.h"
 
+#include <cstdint>
 #include <string>
 
 namespace veltool {
@@ -47,9 +48,9 @@ void parseText(velHandle *handle, const SourceText &text, const std::string &fil
 
 /// The most levels that objects may nest where a command writes an indent or a
 /// path for each: what it writes grows with the square of the levels.
-inline constexpr std::size_t mostLevels = 10'000;
+inline constexpr std::int32_t mostLevels = 10'000;
 
-/// Throws a Failure if objects nest deeper than that.
-void requireShallow(velHandle *handle, const std::string &file);
+/// Throws a Failure if the text that was parsed nests deeper than that.
+void requireShallow(const velHandle *handle, const std::string &file);
 
 } // namespace veltool

@@ -166,6 +166,11 @@ const char *getVELStateH(velHandle *handle, std::int32_t *depth)
     return nullptr;
 }
 
+std::int32_t velDeepestBlock(const velHandle *handle)
+{
+    return handle->deepest;
+}
+
 void setVELStateH(velHandle *handle, std::int32_t depth)
 {
     const std::int32_t wanted = std::max(depth, 0);

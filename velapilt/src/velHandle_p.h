@@ -55,6 +55,7 @@ struct velHandle
     bool hasPendingLine = false;
     std::vector<std::uint32_t> flagStack; ///< one word a block, and one for depth 0
     std::int32_t depth = 0;               ///< blocks open
+    std::int32_t deepest = 0;             ///< the most that were ever open
 
     /// Nodes with velFlagSubtreeValid: while there are none, invalidation need
     /// not climb to the root.

@@ -268,6 +268,7 @@ const char *LineParser::parseHeader(std::string_view text, std::size_t colon)
 const char *LineParser::openBlock(const velStatement &statement)
 {
     const std::int32_t opened = ++handle_->depth;
+    handle_->deepest = std::max(handle_->deepest, opened);
     word() = statement.flags;
     try {
         if (velUpdateObject(handle_, statement) == nullptr) {

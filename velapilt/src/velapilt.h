@@ -59,6 +59,10 @@ using velHandlePtr = std::unique_ptr<velHandle, velHandleDeleter>;
 /// The number of blocks open at this moment.
 [[nodiscard]] const char *getVELStateH(velHandle *handle, std::int32_t *depth);
 
+/// The most blocks that were ever open at the same time: the data that was parsed
+/// nests no deeper.
+[[nodiscard]] std::int32_t velDeepestBlock(const velHandle *handle);
+
 /// Closes open blocks down to `depth` (below 0 counts as 0); opens none.
 void setVELStateH(velHandle *handle, std::int32_t depth);
 

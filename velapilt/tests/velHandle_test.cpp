@@ -142,6 +142,15 @@ TEST(VelHandle, Depth)
     EXPECT_STREQ(getCurrentPath(handle.get()), "/A/B/C:d");
 }
 
+TEST(VelHandle, TheDeepestBlockIsRemembered)
+{
+    const velHandlePtr handle(velCreateHandle());
+    EXPECT_EQ(velDeepestBlock(handle.get()), 0);
+    const char *const lines[] = {"A: a", "B: b", "END", "END", "C: c", "x = 1", "END"};
+    EXPECT_EQ(said(loadVELData(handle.get(), lines, 7)), "");
+    EXPECT_EQ(velDeepestBlock(handle.get()), 2);
+}
+
 TEST(VelHandle, SettingTheDepthClosesBlocksAndNeverOpensAny)
 {
     const velHandlePtr handle(velCreateHandle());
