@@ -168,6 +168,21 @@ TEST_F(LockFile, OfLevelZeroOutlivesSeveralReaders)
     }
 }
 
+/// Both read the level before either of them writes its own.
+TEST_F(LockFile, OfLevelZeroOutlivesTwoReadersThatComeAtTheSameTime)
+{
+    env_["f.lck"] = "         0\n";
+    io_client first(env_);
+    io_client second(env_);
+    ASSERT_EQ(first.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    env_["f.lck"] = "         0\n";
+    ASSERT_EQ(second.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(lock(), "         1\n");
+    EXPECT_EQ(first.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(second.request(IO_CLOSE_PRIMARY), IO_OK);
+    EXPECT_EQ(lock(), "         0\n");
+}
+
 TEST_F(LockFile, UnlockingWhatIsNotLockedIsTracedOnly)
 {
     env_.variables["ZOT_IO_TRACE"] = "1";

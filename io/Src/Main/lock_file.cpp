@@ -239,6 +239,9 @@ int release_lock(open_file &file)
     if (foreign && level && *level > 1) {
         return IO_OK;
     }
+    if (foreign && level == 0) {
+        return IO_OK; // two readers found level 0 at the same time
+    }
     if (level && (*level > 1 || (foreign && *level > 0))) {
         return store_level(file, *level - 1, true);
     }
