@@ -227,6 +227,46 @@ TEST_P(ClientArraysOf, AreEmptyAfterAFailedRead)
     }
 }
 
+/// Whatever a damaged file claims, the ends of the arrays hold.
+TEST_P(ClientArraysOf, AreNeverFilledBeyondTheirEndsByADamagedFile)
+{
+    constexpr std::int32_t count = 120;
+    constexpr std::size_t flips = 60;
+    std::size_t values = count * (std::string_view(GetParam().type).starts_with("STRC") ? 2 : 1);
+    std::mt19937 random(7);
+    for (const char *format : formats) {
+        SCOPED_TRACE(format);
+        write(GetParam().type, count, format);
+        ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+        const std::string sound = env_["f"];
+        std::size_t begin = sound.rfind("DATATYPE");
+        std::size_t end = sound.rfind("*ENDDATASET");
+        ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+        const std::int64_t place = position();
+        for (std::size_t flip = 0; flip < flips; flip++) {
+            // Every other one is in the header or at the beginning of the data.
+            std::size_t range =
+                flip % 2 == 0 ? end - begin : std::min<std::size_t>(end - begin, 80);
+            env_["f"] = sound;
+            env_["f"][begin + random() % range] ^= static_cast<char>(1 + random() % 255);
+            ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+            for (std::uint32_t request : {IO_READ_LOCATED_DS, IO_READ_BLOCK, IO_READ_COMPRESSED}) {
+                for (const char *as : {"", GetParam().as}) {
+                    stated_data client(values, 0);
+                    client.offsets[0] = place;
+                    io_header_storage header;
+                    io_set_text(header.type, as);
+                    int code = client_.request(request, header.header(), client.data);
+                    EXPECT_TRUE(code >= 0 && code < IO_CODE_COUNT);
+                }
+            }
+        }
+        env_["f"] = sound;
+        ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+        take_messages();
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Types, ClientArraysOf,
     ::testing::Values(type_case{"STRI", "STRI:256"}, type_case{"STRI:256", "STRI"},
@@ -307,6 +347,26 @@ TEST_F(ClientArrays, ALocateReportsTheSizesItNeeds)
         EXPECT_EQ(client_.request(IO_LOCATE_PRIMARY, names.header(), client.data), IO_NO_ROOM);
         EXPECT_EQ(take_messages(), "iocntc: stringarray or intrarray is wrong\n");
     }
+}
+
+/// Code 14 of a record that is too long says nothing about arrays and elements.
+TEST_F(ClientArrays, ABadHeaderIsNotAQuestionForSizes)
+{
+    write("INTR", 120, "u5");
+    ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+    std::string &bytes = env_["f"];
+    bytes[bytes.find("BLOCKFACTOR") - 4] = '\x7f'; // the length of the record
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    stated_data client(1, 0);
+    client.offsets[0] = position();
+    io_header_storage header;
+    header.count = 77;
+    EXPECT_EQ(client_.request(IO_READ_LOCATED_DS, header.header(), client.data), IO_NO_ROOM);
+    EXPECT_EQ(take_messages(),
+              "zotreadHdrString: not enough buffer space for string: have 81, require > 127\n"
+              "iocnt: read data failed\n");
+    EXPECT_EQ(header.count, 77);
+    EXPECT_EQ(client.data.integers_size, 1);
 }
 
 TEST_F(ClientArrays, LocatedNamesAreCutToNarrowSlots)

@@ -122,6 +122,52 @@ TEST_F(FormattedLines, OfARecordWithoutItsLastEscHaveACodeOfTheirOwn)
               "5 6");
 }
 
+/// Code 14 is a question for room only where an array is too small. Else it is a
+/// failure like any other: with a message, and without a number of elements.
+TEST_F(FormattedLines, ThatAreTooLongAreNoQuestionForRoom)
+{
+    EXPECT_EQ(read("STRI:2", 1, "abc\n"), "code 14");
+    take_messages();
+    std::int64_t offsets[2] = {client_.position("A", "B", 1), 0};
+    char slots[IO_STRING_SLOT] = "unchanged";
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    data.strings = slots;
+    data.strings_size = 1;
+    constexpr const char *too_long = "zotreadString: read too many characters: abc\n"
+                                     "iocnt: read data failed\n";
+    io_header_storage header;
+    header.count = 77;
+    EXPECT_EQ(client_.request(IO_READ_LOCATED_DS, header.header(), data), IO_NO_ROOM);
+    EXPECT_EQ(take_messages(), too_long);
+    EXPECT_EQ(header.count, 77);
+    EXPECT_EQ(data.strings_size, 1);
+    EXPECT_STREQ(slots, "");
+    ASSERT_EQ(client_.request(IO_READ_HEADER, header.header(), data), IO_OK);
+    EXPECT_EQ(client_.request(IO_READ_DATA, IO_header(), data), IO_NO_ROOM);
+    EXPECT_EQ(take_messages(), too_long);
+}
+
+/// What is wrong with the dataset itself comes before what the request is for.
+TEST_F(FormattedLines, OfABadDatasetKeepTheirCodeInACompressedRead)
+{
+    EXPECT_EQ(read("INTR", 1, "         1\n"), "1");
+    io_header_storage header;
+    std::int64_t offsets[2] = {client_.position("A", "B", 1), 0};
+    IO_data data;
+    data.offsets = offsets;
+    data.offsets_size = 2;
+    EXPECT_EQ(client_.request(IO_READ_COMPRESSED, header.header(), data), IO_BAD_FORMAT);
+    EXPECT_NE(take_messages().find("read_compressed_data: only supports binary data\n"),
+              std::string::npos);
+    env_["f"].replace(env_["f"].find("INTR"), 4, "WORD");
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "f"), IO_OK);
+    EXPECT_EQ(client_.request(IO_READ_COMPRESSED, header.header(), data), IO_PARSE_ERROR);
+    EXPECT_EQ(take_messages(), "parseStructure: unrecognised type code \"WORD\"\n"
+                               "iocnt: read compressed data failed\n");
+}
+
 TEST_F(FormattedLines, OfRealsBeyondTheirRangeAreRefused)
 {
     EXPECT_EQ(read("REAL", 1, "   1.00000000000E+39\n"), "code 10");

@@ -41,6 +41,19 @@ void put_format(format_code format, char *to)
     }
 }
 
+/// read_data_as(). `asks` says that code 14 is a question for room, not a failure.
+int read_or_ask(open_file &file, const located_start &start, std::string_view asked, IO_data &data,
+                bool &asks)
+{
+    asks = false;
+    reading_plan plan;
+    if (int code = plan_reading(file, start, asked, plan)) {
+        return code;
+    }
+    asks = !arrays_hold(data, plan.counts());
+    return read_planned(file, start, plan, data);
+}
+
 /// Copies the values of elements `first` … `first + count` out of whole arrays.
 void copy_elements(const IO_data &from, const data_type &type, std::int64_t first,
                    std::int64_t count, IO_data &to)
@@ -72,11 +85,15 @@ int io_session::read_dataset(IO_header &header, IO_data &data)
         return code;
     }
     located_start start;
-    int code = read_located_dataset_as(primary_, data.offsets[0], header.type, data, start);
-    if (code == IO_OK || code == IO_NO_ROOM) {
+    bool asks = false;
+    int code = read_located_dataset_start(primary_, data.offsets[0], start);
+    if (code == IO_OK) {
+        code = read_or_ask(primary_, start, header.type, data, asks);
+    }
+    if (code == IO_OK || asks) {
         *header.count = start.header.count;
     }
-    return code == IO_NO_ROOM ? code : add_line(code, "iocnt: read data failed\n");
+    return asks ? code : add_line(code, "iocnt: read data failed\n");
 }
 
 int io_session::read_dataset_header(IO_header &header, const IO_data &data)
@@ -113,8 +130,9 @@ int io_session::read_data_here(IO_data &data)
     if (!primary_.io.stream.seek(reading_->start.data)) {
         return report_.zotsystemErr(IO_CANNOT_SEEK, "iocnt: read data failed\n");
     }
-    int code = read_data_as(primary_, reading_->start, "", data);
-    if (code == IO_NO_ROOM) {
+    bool asks = false;
+    int code = read_or_ask(primary_, reading_->start, "", data, asks);
+    if (asks) {
         return code;
     }
     reading_.reset();
@@ -177,24 +195,27 @@ int io_session::read_compressed_data(IO_header &header, IO_data &data)
     if (int code = check_open(primary_, "primary")) {
         return code;
     }
+    constexpr const char *failure = "iocnt: read compressed data failed\n";
     located_start start;
     data_shape shape;
     int code = read_located_dataset_start(primary_, data.offsets[0], start);
     if (code == IO_OK) {
         code = describe_data(primary_, start, shape);
     }
-    if (code == IO_OK) {
-        code = check_compressed(report_, shape.format, shape.type, shape.count);
-    }
-    if (code != IO_OK && start.format.formatted()) {
-        code = report_.error(IO_BAD_FORMAT, "read_compressed_data: only supports binary data\n");
-    }
     if (code != IO_OK) {
-        return add_line(code, "iocnt: read compressed data failed\n");
+        return add_line(code, failure);
     }
-    code = read_data_as(primary_, start, "", data);
-    if (code == IO_OK || code == IO_NO_ROOM) {
+    if (int refused = check_compressed(report_, shape.format, shape.type, shape.count)) {
+        if (shape.format.formatted()) {
+            refused =
+                report_.error(IO_BAD_FORMAT, "read_compressed_data: only supports binary data\n");
+        }
+        return add_line(refused, failure);
+    }
+    bool asks = false;
+    code = read_or_ask(primary_, start, "", data, asks);
+    if (code == IO_OK || asks) {
         *header.count = shape.count;
     }
-    return code == IO_NO_ROOM ? code : add_line(code, "iocnt: read compressed data failed\n");
+    return asks ? code : add_line(code, failure);
 }
