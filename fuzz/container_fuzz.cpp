@@ -73,6 +73,12 @@ void read(io_session &session, std::int64_t position, const char *type)
     arrays.data().offsets = offsets;
     arrays.data().offsets_size = 2;
     check_code(session.request(IO_READ_LOCATED_DS, ignore, &header, &arrays.data()));
+    // A client that states no width has slots of 80 characters, whatever the file says.
+    std::vector<char> slots(static_cast<std::size_t>(counts[IO_STRI] * IO_STRING_SLOT));
+    IO_data plain = arrays.data();
+    plain.strings = slots.data();
+    plain.string_slot = 0;
+    check_code(session.request(IO_READ_LOCATED_DS, ignore, &header, &plain));
 }
 
 void read_all(io_session &session)
