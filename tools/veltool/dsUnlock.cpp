@@ -103,8 +103,10 @@ private:
             out() << file_ << ": this system does not say which processes have it open\n";
         else if (hidden)
             out() << file_ << ": the processes of the user who made the lock cannot be seen\n";
-        else if (found.holders.empty())
+        else if (found.holders.empty() && found.hiddenUsers.empty())
             out() << file_ << ": no process of this machine has it open\n";
+        else if (found.holders.empty())
+            out() << file_ << ": no process that this user can see has it open\n";
         if (force_)
             return;
         if (!found.holders.empty())

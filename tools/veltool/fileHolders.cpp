@@ -61,7 +61,8 @@ FileHolders findHolders(const std::string &file)
     FileHolders found;
     std::error_code error;
     fs::directory_iterator processes("/proc", error);
-    found.known = !error && fs::exists("/proc/self/fd", error);
+    // Process 1 is always there: if it is not shown, neither are others.
+    found.known = !error && fs::exists("/proc/self/fd", error) && fs::exists("/proc/1", error);
     struct stat status = {};
     if (!found.known || stat(file.c_str(), &status) != 0)
         return found;
