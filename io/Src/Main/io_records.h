@@ -53,12 +53,8 @@ struct IO_data
     std::int64_t *offsets = nullptr; ///< pairs of dataset position and length
     std::int64_t offsets_size = 0;
 
-    /// Slots of string_slot bytes each, the NUL included. The client decides how
-    /// wide they are, whatever the type of the data: a longer string is cut to
-    /// fit. 0 or less stands for IO_STRING_SLOT.
-    char *strings = nullptr;
+    char *strings = nullptr; ///< slots of `string_slot` bytes
     std::int64_t strings_size = 0;
-    std::int64_t string_slot = 0;
     char *chars = nullptr;
     std::int64_t chars_size = 0;
     std::int32_t *integers = nullptr;
@@ -69,6 +65,11 @@ struct IO_data
     std::int64_t doubles_size = 0;
     std::uint8_t *logicals = nullptr; ///< 0 or 1 each
     std::int64_t logicals_size = 0;
+
+    /// Bytes of a slot in `strings`, the NUL included; 0 or less stands for
+    /// IO_STRING_SLOT. The client decides how wide its slots are, whatever the type
+    /// of the data: a longer string is cut to fit.
+    std::int64_t string_slot = 0;
 
     std::int64_t matches = 0; ///< set by a locate: the datasets that it found
 };
