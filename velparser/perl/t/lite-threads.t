@@ -4,6 +4,7 @@ use warnings;
 
 use Config;
 use FindBin;
+use Scalar::Util ();
 use lib "$FindBin::Bin/lib";
 use Test::More;
 
@@ -17,7 +18,6 @@ use VEL::Parser::Lite;
 {
     package Cloned;
     our @ISA = 'VEL::Parser::Lite';
-    sub CLONE_SKIP { return 0 }
 }
 
 # A handle of its own whose handler dies: the error comes back to the thread in
@@ -44,9 +44,12 @@ my $derived = bless VEL::Parser::Lite::NEW(), 'Cloned';
 # What a thread gives that runs this code.
 sub in_thread { my ($code) = @_; return scalar threads->create({ context => 'scalar' }, $code)->join }
 
-is in_thread(sub { return ref $data }), 'SCALAR', 'a thread gets no object of another';
-is in_thread(sub { return eval { $derived->havePath('/'); 1 } ? 'lived' : $@ =~ s/ at .*//sr }),
-    'self is not of type VEL::Parser::Lite', 'nor its database, whatever its class says';
+for my $object ($data, $derived) {
+    is in_thread(sub { return eval { $object->havePath('/'); 1 } ? 'lived' : $@ =~ s/ at .*//sr }),
+        'self is not of type VEL::Parser::Lite', 'an object is empty in another thread: ' . ref $object;
+    is in_thread(sub { return $object->DESTROY // 'nothing' }), 'nothing', 'and may be destroyed there';
+    is $object->havePath('/'), 0 + ($object == $data), 'which changes nothing here';
+}
 
 my @threads = map { my $number = $_; threads->create({ context => 'scalar' }, sub { return work($number) }) } 1 .. 4;
 is work(0), '', 'the main thread, meanwhile';
@@ -85,7 +88,18 @@ my $check = sub {
     return join '', %said;
 };
 my @checks = map { threads->create({ context => 'scalar' }, $check) } 1 .. 4;
-is $_->join, "/BOX:b/Size: it is in a unit of another quantity; give it in [m] or a unit of the same quantity [wrong-unit]\n9",
-    'data checked in thread ' . $_->tid for @checks;
+my $checked = "/BOX:b/Size: it is in a unit of another quantity; give it in [m] or a unit of the same quantity [wrong-unit]\n9";
+is $_->join, $checked, 'data checked in thread ' . $_->tid for @checks;
+
+# Here the packages are in use too, which refer to databases weakly.
+my $used = VELTest::database($rules, "BOX: b\nSize = 1 [s]\nEND");
+my $here = VELTest::findings($used, 1);
+like $here, qr/another quantity/, 'data checked in the main thread';
+Scalar::Util::weaken(my $weak = $used);
+is in_thread($check), $checked, 'then in a new thread';
+like in_thread(sub { return eval { VEL::Model->of($used); 1 } ? 'lived' : $@ }), qr/^self is not of type/,
+    'which has no use for the model of another';
+is in_thread(sub { undef $used; undef $weak; return 'done' }), 'done', 'nor for its references';
+is VELTest::findings($used, 1), $here, 'the main thread goes on';
 
 done_testing;

@@ -5,9 +5,6 @@ use warnings;
 
 our $VERSION = '1.00';
 
-# An object belongs to the thread that made it.
-sub CLONE_SKIP { return 1 }
-
 # The program brings the compiled half along; an ordinary perl loads it.
 if (defined &VEL::Parser::Lite::bootstrap) {
     VEL::Parser::Lite::bootstrap();
@@ -69,8 +66,9 @@ and above is taken as its UTF-8 form; C<undef> is the empty text.
 
 =head2 Threads
 
-Several threads may use the module, each with its own objects. A new thread does
-not get the objects of the one that made it: it has C<undef> in their place.
+Several threads may use the module, each with its own objects. In a new thread the
+objects of the one that made it are empty: every method but C<DESTROY> dies with
+C<self is not of type VEL::Parser::Lite>.
 
 =head1 METHODS
 
