@@ -54,6 +54,31 @@ TEST_F(OpenFile, AnEmptyFileOpenedToReadStaysEmpty)
     EXPECT_EQ(env_["f"], "");
 }
 
+/// White space at the end of a name means nothing, in an index of another writer too.
+TEST_F(OpenFile, NamesInAStoredIndexAreTrimmed)
+{
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
+    ASSERT_EQ(client_.write_integers("What", "Where", 1, {5}, "u"), IO_OK);
+    ASSERT_EQ(client_.write_integers("Other", "W", 1, {6}, "u"), IO_OK);
+    ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
+    std::string bytes = env_["f"];
+    for (const char *name : {"\x1bWhat", "\x1bWhere"}) {
+        std::size_t end = std::string(name).size();
+        for (std::size_t at = bytes.find(name); at != bytes.npos; at = bytes.find(name, at + 1)) {
+            bytes.replace(at + end - 2, 2, "  ");
+        }
+    }
+    ASSERT_EQ(open_bytes(bytes), IO_OK);
+    EXPECT_EQ(take_messages(), "");
+    EXPECT_EQ(client_.locate("Wh", "Whe", 1), "Wh Whe 1\n");
+    EXPECT_EQ(client_.locate("Wh  ", "Whe  ", 1), "Wh Whe 1\n");
+    EXPECT_EQ(client_.locate("W?", "Whe", -1), "Wh Whe 1\n");
+    EXPECT_EQ(client_.read("Wh", "Whe", 1), "5");
+    EXPECT_EQ(client_.read("Other", "W", 1), "6");
+    EXPECT_EQ(client_.remove("Wh  ", "Whe  ", 1), IO_OK);
+    EXPECT_EQ(client_.locate("*", "*", -1), "Other W 1\n");
+}
+
 TEST_F(OpenFile, WhatIsNoContainerIsRefused)
 {
     EXPECT_EQ(open_bytes("*INF"), IO_BAD_FILE);

@@ -104,6 +104,29 @@ private:
     std::int64_t left_;
 };
 
+/// A line whose names have no white space at their ends, as lookups ask for them.
+/// Other writers may have stored some. `copy` holds the line where it changes.
+std::string_view trim_names(std::string_view line, std::string &copy)
+{
+    std::size_t what = line.find(IO_ESC) + 1;
+    std::size_t where = line.find(IO_ESC, what) + 1;
+    std::size_t rest = line.find(IO_ESC, where);
+    if (what == 0 || where == 0 || rest == std::string_view::npos) {
+        return line;
+    }
+    std::string_view old_what = line.substr(what, where - 1 - what);
+    std::string_view old_where = line.substr(where, rest - where);
+    std::string_view new_what = zottrimEnd(old_what);
+    std::string_view new_where = zottrimEnd(old_where);
+    bool same = new_what.size() == old_what.size() && new_where.size() == old_where.size();
+    if (same || new_what.empty() || new_where.empty()) {
+        return line;
+    }
+    copy.assign(line.substr(0, what)).append(new_what) += IO_ESC;
+    copy.append(new_where).append(line.substr(rest));
+    return copy;
+}
+
 /// Loads a stored index step by step; every step reports and returns 20, or
 /// what the primitive below gave.
 class index_loader
@@ -211,6 +234,7 @@ private:
             return file_.report->no_memory("create_indextable",
                                            count_ * static_cast<std::int64_t>(IO_INDEX_SLOT));
         }
+        std::string copy;
         for (std::int32_t i = 0; i < count; i++) {
             if (text.empty()) {
                 return file_.report->error(
@@ -227,7 +251,7 @@ private:
                                            "create_indextable: index is wrong: bad line %d/%d\n",
                                            i + 1, count);
             }
-            if (int code = file_.index.insert_index(*file_.report, line)) {
+            if (int code = file_.index.insert_index(*file_.report, trim_names(line, copy))) {
                 return code;
             }
             text.remove_prefix(end + 1);
