@@ -32,7 +32,8 @@ goes on which a mark rests (a required parameter is deleted, an object that
 others name), the mark is taken away.
 
 One mistake gives one finding. Where the value of a parameter is wrong, or the
-parameter is missing, nothing is said of what a case waits for it to allow.
+parameter is missing, nothing is said of what a case waits for it to allow. Where a
+required name is misspelt, the finding about that name is the only one.
 
 =head1 METHODS
 
@@ -78,7 +79,7 @@ sub validateObject ($self, $path) {
     $path = $self->{model}->full_path($path);
     return $self->_no_object($path) if $path ne '/' && !$self->{database}->isObject($path);
     $self->{database}->getChildParamList($path, \my @names);
-    @$self{qw(used doubts)} = ([], {});
+    @$self{qw(used doubts meant)} = ([], {}, {});
     my @findings = $self->_object_findings($path, \@names);
     if (@findings) {
         $self->{database}->setValid($path, 0) if $self->{database}->isValid($path) & 1;
@@ -101,7 +102,7 @@ sub validateParam ($self, $path) {
     my $error = $self->{database}->getStringValue($path, \$value);
     return "$path: there is no such parameter [no-such-object]" if $error || $self->{database}->isObject($path);
     my ($owner, $name) = VEL::Model::split_path($path);
-    @$self{qw(used doubts)} = ([], {});
+    @$self{qw(used doubts meant)} = ([], {}, {});
     my @findings = $self->_parameter_findings($owner, $name, $value // '');
     return join "\n", @findings if @findings;
     $self->_mark_parameter($path);
@@ -157,7 +158,7 @@ sub _object_findings ($self, $path, $names) {
         $self->{database}->getStringValue("$path/$name", \$value);
         push @findings, $self->_value_findings($path, $name, $value // '', $type, $variant);
     }
-    push @findings, $self->_missing_findings($path, $variant, $names);
+    push @findings, $self->_missing_findings($path, $type, $variant, $names);
     push @findings, $self->_version_findings($path) if $path eq '/LANGUAGE';
     $self->_recheck_children($path, $variant) if @{ $type->{cases} };
     return @findings;
@@ -201,13 +202,18 @@ sub _unknown_object ($self, $path, $parent, $component) {
         my $right = defined $name ? qq(takes no name; write "$word:") : qq(needs a name; write "$word: name");
         return _finding($path, "$word $right", 'unknown-object');
     }
-    my $kind  = defined $name ? 'OBJECT' : 'SINGLETON';
-    my @known = sort map { $_->{type} } $rules->types;
     my $outer = $parent eq '/' ? undef : $self->{model}->type_of($parent);
-    unshift @known, sort keys %{ $self->{model}->variant_at($parent, $outer)->{objects} } if $outer;
-    my $near = nearest($word, @known);
+    my $near  = $self->_meant_type($word, $outer ? $self->{model}->variant_at($parent, $outer) : undef);
     return _finding($path, qq(no rule describes an object of type "$word")
         . (defined $near ? "; did you mean $near?" : ''), 'unknown-object');
+}
+
+# The type that a mistyped one stands for: if possible, one that the parent, an object
+# of that variant, may hold.
+sub _meant_type ($self, $word, $outer) {
+    my @known = sort map { $_->{type} } $self->{model}->rules->types;
+    unshift @known, sort keys %{ $outer->{objects} } if $outer;
+    return nearest($word, @known);
 }
 
 sub _place_findings ($self, $path, $parent, $type) {
@@ -249,9 +255,29 @@ sub _is_doubtful_switch ($self, $path, $type, $name) {
         return $type->parameter($variant, $name)->problems($value, $self->_asker) ? 1 : 0;
     }
     return 1 if grep { $_ eq $name } @{ $variant->{required} };
+    return 1 if $self->_is_misspelt($path, $type, $variant, $name);
     # It may itself wait for another one.
     local $self->{doubts}{$path}{$name} = 0;
     return $self->_is_doubtful($path, $type, $type->cases_with(['required'], $name));
+}
+
+# Not looked for in very large objects: each of their child objects may ask.
+my $FEW_NAMES = 100;
+
+# Whether the object has an unknown parameter that most likely is this one.
+sub _is_misspelt ($self, $path, $type, $variant, $name) {
+    $self->{database}->getChildParamList($path, \my @names);
+    return 0 if @names > $FEW_NAMES;
+    return scalar grep {
+        !$variant->{allowed}{$_} && !$type->cases_with([ 'required', 'optional' ], $_)
+            && (_meant_name($variant, $_) // '') eq $name
+    } @names;
+}
+
+# The parameter of that variant that an unknown name stands for.
+sub _meant_name ($variant, $name) {
+    my $hints = $variant->{hints} //= VEL::Suggest->new($variant->{order});
+    return $hints->find($name);
 }
 
 # "; it needs Kind = Inlet, Outlet": under which cases something would be right.
@@ -301,28 +327,34 @@ sub _unknown_parameter ($self, $path, $name, $type, $variant) {
     return if $self->_is_doubtful($path, $type, @cases);
     return _finding("$path/$name", qq($type->{type} does not use "$name" here) . _needs(@cases),
         'unknown-parameter') if @cases;
-    my $hints = $variant->{hints} //= VEL::Suggest->new($variant->{order});
-    my $near  = $hints->find($name);
+    my $near = _meant_name($variant, $name);
+    $self->{meant}{$near} = 1 if defined $near;
     return _finding("$path/$name", qq($type->{type} has no parameter "$name")
         . (defined $near ? "; did you mean $near?" : ''), 'unknown-parameter');
 }
 
-sub _missing_findings ($self, $path, $variant, $names) {
+# A name that is there, but misspelt, is a finding already.
+sub _missing_findings ($self, $path, $type, $variant, $names) {
     my @findings;
     if (@{ $variant->{required} }) {
         my %missing = map { $_ => 1 } @{ $variant->{required} };
-        delete @missing{@$names};
+        delete @missing{ @$names, keys %{ $self->{meant} } };
         push @findings, map { _finding($path, qq(required parameter "$_" is missing), 'missing-parameter') }
             grep { $missing{$_} } @{ $variant->{required} };
     }
-    if (@{ $variant->{required_objects} }) {
-        my @objects;
-        $self->{database}->getChildObjectList($path, \@objects);
-        my %have = map { s/:.*//sr => 1 } @objects;
-        push @findings, map { _finding($path, "required object $_ is missing", 'missing-object') }
-            grep { !$have{$_} } @{ $variant->{required_objects} };
-    }
-    return @findings;
+    return (@findings, map { _finding($path, "required object $_ is missing", 'missing-object') }
+        $self->_missing_types($path, $variant));
+}
+
+sub _missing_types ($self, $path, $variant) {
+    return if !@{ $variant->{required_objects} };
+    $self->{database}->getChildObjectList($path, \my @objects);
+    my %have = map { s/:.*//sr => 1 } @objects;
+    my @missing = grep { !$have{$_} } @{ $variant->{required_objects} } or return;
+    my $rules   = $self->{model}->rules;
+    my @unknown = grep { !$rules->type('OBJECT', $_) && !$rules->type('SINGLETON', $_) } sort keys %have;
+    my %meant   = map { $_ => 1 } grep { defined } map { $self->_meant_type($_, $variant) } @unknown;
+    return grep { !$meant{$_} } @missing;
 }
 
 sub _version_findings ($self, $path) {

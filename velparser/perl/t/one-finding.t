@@ -79,6 +79,54 @@ Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
 Slipp: EDGE has no parameter "Slipp" [unknown-parameter]
 TEXT
 
+subtest 'a required name that is misspelt is not missing too' => sub {
+    is in_edge("Knd = Inlet\n$dependent"), <<'TEXT', 'a parameter; what depends on it is no mistake either';
+Knd: EDGE has no parameter "Knd"; did you mean Kind? [unknown-parameter]
+TEXT
+    is in_edge("Kind = Wall\nActve = Yes\nPower = 1"), <<'TEXT', 'one that need not be there';
+Actve: EDGE has no parameter "Actve"; did you mean Active? [unknown-parameter]
+TEXT
+    is in_edge("Colour = red"), <<'TEXT', 'a name that is not like it is another mistake';
+Colour: EDGE has no parameter "Colour" [unknown-parameter]
+: required parameter "Kind" is missing [missing-parameter]
+TEXT
+    is in_edge("Kinds = Inlet\nKind = Wall"), <<'TEXT', 'as is one that is there a second time';
+Kinds: EDGE has no parameter "Kinds"; did you mean Kind? [unknown-parameter]
+TEXT
+};
+
+subtest 'nor is a required object' => sub {
+    my $house = "RULES:\nOBJECT: HOUSE\nRequired Objects = ROOF, DOOR\nEND\nOBJECT: DOOR\nEND\nSINGLETON: ROOF\nEND\nEND";
+    my $said  = sub ($text) { return findings(database($house, "HOUSE: h\n$text\nEND")) };
+    is $said->("ROOFF:\nEND\nDOOR: d\nEND"), <<'TEXT', 'the misspelt type is reported';
+/HOUSE:h/ROOFF: no rule describes an object of type "ROOFF"; did you mean ROOF? [unknown-object]
+TEXT
+    is $said->("Door: d\nEND\nROOF:\nEND"), <<'TEXT', 'capitals count';
+/HOUSE:h/Door:d: no rule describes an object of type "Door"; did you mean DOOR? [unknown-object]
+TEXT
+    is $said->("GARDEN: g\nEND\nROOF:\nEND"), <<'TEXT', 'a type that is not like it is another mistake';
+/HOUSE:h: required object DOOR is missing [missing-object]
+/HOUSE:h/GARDEN:g: no rule describes an object of type "GARDEN" [unknown-object]
+TEXT
+    my $database  = database($house, "HOUSE: h\nROOFF:\nEND\nDOOR: d\nEND\nEND");
+    my $validator = VEL::Validate->new($database);
+    findings_left($validator, $database) for 1 .. 2;
+    $database->deleteObj('/HOUSE:h/ROOFF');
+    is findings_left($validator, $database), "/HOUSE:h: required object ROOF is missing [missing-object]\n",
+        'once the misspelt one is deleted, the right one is missing';
+};
+
+subtest 'a list with the wrong separator' => sub {
+    my $rules = "RULES:\nOBJECT: A\nRequired Parameters = L\nPARAMETER: L\nType = Integer List\nMinimum Entries = 2\nEND\nEND\nEND";
+    my $said  = sub ($list) { return findings(database($rules, "A: a\nL = $list\nEND")) =~ s{^/A:a/L: }{}gmr };
+    is $said->('1; 2'), qq("1; 2" is not a whole number such as 10; the entries of a list are separated by commas [wrong-type]\n),
+        'is one mistake';
+    is $said->('x'), <<'TEXT', 'few and wrong entries are two';
+1 entry is given, at least 2 must be [too-few-entries]
+"x" is not a whole number such as 10 [wrong-type]
+TEXT
+};
+
 subtest 'when the value is fixed the rest is looked at again' => sub {
     my $database  = database($rules, "EDGE: e\nKind = Inlett\n$dependent\nEND");
     my $validator = VEL::Validate->new($database);

@@ -163,8 +163,11 @@ sub problems ($self, $text, $asker) {
     return if $self->{anything};
     return $self->_entry_problems($text, $asker) if !$self->{list};
     my @entries = split_list($text);
-    return ($self->_count_problems(scalar @entries),
-        map { $self->_entry_problems($_, $asker) } @entries);
+    my @count   = $self->_count_problems(scalar @entries);
+    my @wrong   = map { $self->_entry_problems($_, $asker) } @entries;
+    return (@count, @wrong) if !@wrong || $text !~ /;/;
+    # The entries are not what they would be with the right separator.
+    return ([ $wrong[0][0], "$wrong[0][1]; the entries of a list are separated by commas" ], @wrong[ 1 .. $#wrong ]);
 }
 
 sub _count_problems ($self, $count) {
