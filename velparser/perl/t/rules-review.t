@@ -71,8 +71,10 @@ END
 subtest 'fields for lists only' => sub {
     my $fan = sub ($fields) { return "OBJECT: FAN\nFree Parameters = Yes\nPARAMETER: P\n$fields\nEND\nEND" };
     is faults($fan->("Type = Real\nMinimum Entries = 2\nMaximum Entries = 3")), <<'TEXT', 'on a single value';
-OBJECT:FAN/PARAMETER:P/Minimum Entries: means something for lists only; this is a Real
-OBJECT:FAN/PARAMETER:P/Maximum Entries: means something for lists only; this is a Real
+OBJECT:FAN/PARAMETER:P/Minimum Entries: means something for lists only; this is a Real (the same is true of "Maximum Entries")
+TEXT
+    is faults($fan->("Units = m\nLower Bound = 0 [m]\nUpper Bound = 9 [m]")), <<'TEXT', 'a type that is forgotten is one mistake, too';
+OBJECT:FAN/PARAMETER:P/Units: means something for numbers only; this is a String (the same is true of "Lower Bound" and "Upper Bound")
 TEXT
     is faults($fan->("Type = Real List\nMinimum Entries = 2")), '', 'on a list';
     is faults($fan->("Type = real list\nMinimum Entries = 2\nUnits = m")),
@@ -108,6 +110,21 @@ OBJECT:BREW/PARAMETER:Active/Type: "logical" is no type; did you mean Logical?
 UPGRADE:Version 1.0/STEP:one/Action: "rename parameter" is no action; did you mean Rename Parameter?
 OBJECT:BREW/Inherits: there is no rule OBJECT:Hop Addition; did you mean HOP ADDITION?
 TEXT
+};
+
+subtest 'a rule whose kind is misspelt' => sub {
+    my $house = "OBJECT: HOUSE\nParents = /\nRequired Objects = DOOR\nRequired Parameters = Front\n"
+        . "PARAMETER: Front\nAllowed Objects = DOOR\nEND\nEND\nOBJECT: BELL\nParents = DOOR\nEND\n";
+    is faults("${house}Object: DOOR\nParents = HOUSE\nOptional Objects = BELL\nEND"),
+        "Object:DOOR: Object is no rule that may stand here; did you mean OBJECT?\n", 'is reported, not those that name its type';
+    is faults("${house}THING: DOOR\nParents = HOUSE\nEND"), <<'TEXT', 'one that is not like any kind describes no type';
+OBJECT:HOUSE/Required Objects: "DOOR": no rule describes this type
+OBJECT:HOUSE/PARAMETER:Front/Allowed Objects: "DOOR": no rule describes this type
+OBJECT:BELL/Parents: "DOOR": no rule describes this type
+THING:DOOR: THING is no rule that may stand here
+TEXT
+    is faults("OBJECT: A\nParents = /\nEND\nOBJECT: B\nParents = OBJECT:A\nEND"),
+        "OBJECT:B/Parents: \"OBJECT:A\": no rule describes this type; did you mean A?\n", 'a list of types names no kinds';
 };
 
 subtest 'a faulty field is reported once and then not used' => sub {

@@ -27,7 +27,8 @@ L<VEL::Rules::Heirs> of its blocks.
 =cut
 
 sub new ($class, $rules, $source, $heirs) {
-    my $self = bless { heirs => $heirs, listed => {}, parents => {}, anywhere => {}, faulty => {} }, $class;
+    my $self = bless { source => $source, heirs => $heirs, listed => {}, parents => {}, anywhere => {}, faulty => {} },
+        $class;
     for my $type ($rules->types) {
         my $word = $type->{type};
         # Of an object and a singleton of the same type each place counts.
@@ -59,10 +60,13 @@ sub _nowhere ($self, $block, $type) {
     my $parents = $type->{parents} // return;
     return if $parents->{'/'} || $self->{heirs}->has_heirs($block);
     my $listed = $self->{listed}{ $type->{type} } // {};
-    return if grep { $listed->{$_} || $self->{faulty}{$_} } keys %$parents;
+    return if grep { $listed->{$_} || $self->_is_faulty($_) } keys %$parents;
     my $path = exists $block->{fields}{'Parents'} ? "$block->{path}/Parents" : $block->{path};
     return [ $path, 'no list of ' . join(' or ', sort keys %$parents) . " names $type->{type}" ];
 }
+
+# What is at fault already says nothing about places.
+sub _is_faulty ($self, $word) { return $self->{faulty}{$word} || $self->{source}->is_misspelt($word) }
 
 # What a rule or a case of it requires, and may not be there.
 sub _contradictions ($self, $block, $type, $part) {
@@ -72,7 +76,7 @@ sub _contradictions ($self, $block, $type, $part) {
     my @faults;
     for my $word (@{ $part->{required_objects} }) {
         my $parents = $self->{parents}{$word} // {};
-        next if $parents->{ $type->{type} } || $self->{anywhere}{$word} || $self->{faulty}{$word};
+        next if $parents->{ $type->{type} } || $self->{anywhere}{$word} || $self->_is_faulty($word);
         push @faults, [ $path, "$word may not stand in $type->{type}; it belongs "
             . join ' or ', map { $_ eq '/' ? 'at the top level' : "in $_" } sort keys %$parents ];
     }

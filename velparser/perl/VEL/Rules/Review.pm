@@ -155,17 +155,18 @@ sub _note_own_faults ($self, $rule, $parameter, $type) {
     return;
 }
 
-# A general rule may leave the type to others; what holds in an object may not.
+# A general rule may leave the type to others; what holds in an object may not. Several
+# fields of the wrong kind have one reason: the type.
 sub _review_fields ($self, $rule, $parameter) {
     return if $parameter->{untyped};
-    my $is = $parameter->{type} . ($parameter->{list} ? ' List' : '');
-    my @wrong = $parameter->{type} =~ /^(?:Real|Integer)$/ ? ()
-        : map { [ $_, 'numbers' ] } 'Units', 'Lower Bound', 'Upper Bound';
-    push @wrong, map { [ $_, 'lists' ] } 'Minimum Entries', 'Maximum Entries' if !$parameter->{list};
+    my $is    = $parameter->{type} . ($parameter->{list} ? ' List' : '');
+    my @wrong = $parameter->{type} =~ /^(?:Real|Integer)$/ ? () : [ numbers => 'Units', 'Lower Bound', 'Upper Bound' ];
+    push @wrong, [ lists => 'Minimum Entries', 'Maximum Entries' ] if !$parameter->{list};
     for my $wrong (@wrong) {
-        my ($field, $what) = @$wrong;
-        $self->_fault("$rule->{path}/$field", "means something for $what only; this is a $is")
-            if exists $rule->{fields}{$field};
+        my ($what, @fields) = @$wrong;
+        my ($first, @others) = grep { exists $rule->{fields}{$_} } @fields or next;
+        $self->_fault("$rule->{path}/$first", "means something for $what only; this is a $is"
+            . (@others ? ' (the same is true of ' . join(' and ', map { qq("$_") } @others) . ')' : ''));
     }
     return;
 }

@@ -100,11 +100,12 @@ one statement a line, none wrapped.
 sub new ($class, $lines) {
     my $self = bless { faults => [], unsound => {} }, $class;
     $self->{top} = _read($lines);
-    $self->{types} = {
-        map { $_->{name} => 1 } grep { defined $_->{name} && $_->{kind} =~ /^(?:OBJECT|SINGLETON)$/ }
-            @{ $self->{top}{blocks} }
-    };
+    my @named = grep { defined $_->{name} } @{ $self->{top}{blocks} };
+    $self->{types} = { map { $_->{name} => 1 } grep { _describes_type($_->{kind}) } @named };
     $self->{hints} = VEL::Suggest->new([ sort keys %{ $self->{types} } ]);
+    # A rule whose kind is misspelt is reported. Those that name its type are right.
+    $self->{misspelt} = { map { $_->{name} => 1 } grep { _describes_type(_near_kind($_->{kind}, 'RULES') // '') } @named };
+    delete @{ $self->{misspelt} }{ keys %{ $self->{types} } };
     $self->_check($self->{top});
     return $self;
 }
@@ -139,6 +140,19 @@ Whether no fault has been found at the path or below it.
 =cut
 
 sub is_sound ($self, $path) { return !$self->{unsound}{$path} }
+
+=item C<is_misspelt($type)>
+
+Whether the only rule of a type has a misspelt kind, such as C<Object>.
+
+=cut
+
+sub is_misspelt ($self, $type) { return exists $self->{misspelt}{$type} }
+
+sub _describes_type ($kind) { return $kind =~ /^(?:OBJECT|SINGLETON)\z/ }
+
+# The kind of block that may stand in one of C<$outer> and is most likely meant.
+sub _near_kind ($kind, $outer) { return nearest($kind, sort keys %{ $BLOCKS{$outer} }) }
 
 =item C<field_names>
 
@@ -181,7 +195,7 @@ sub _check ($self, $block) {
     my @kept;
     for my $inner (@{ $block->{blocks} }) {
         if (!$BLOCKS{ $block->{kind} }{ $inner->{kind} }) {
-            my $near = nearest($inner->{kind}, sort keys %{ $BLOCKS{ $block->{kind} } });
+            my $near = _near_kind($inner->{kind}, $block->{kind});
             $self->fault($inner->{path}, "$inner->{kind} is no rule that may stand here" . _meant($near));
         }
         elsif (!defined $inner->{name}) {
@@ -332,8 +346,7 @@ sub _known_types ($self, $text, $also) {
     return 'names nothing' if $$text !~ /\S/;
     my (@known, @unknown);
     for my $type (split_list($$text)) {
-        push @{ $self->{types}{$type} || $also->{$type} || _is_built_in($type) ? \@known : \@unknown },
-            $type;
+        push @{ $self->_is_known_type($type) || $also->{$type} ? \@known : \@unknown }, $type;
     }
     $$text = join ', ', @known;
     return undef if !@unknown;
@@ -350,7 +363,11 @@ The type that a mistyped one stands for, or C<undef>.
 
 =cut
 
-sub near_type ($self, $word) { return $self->{hints}->find($word) }
+sub near_type ($self, $word) { return $self->{hints}->find($word =~ s/^(?:OBJECT|SINGLETON)\s*:\s*//r) }
+
+sub _is_known_type ($self, $type) {
+    return $self->{types}{$type} || $self->{misspelt}{$type} || _is_built_in($type);
+}
 
 sub _is_built_in ($type) { return $type =~ /^(?:LANGUAGE|LIBRARY|EXPRESSIONS)$/ }
 
