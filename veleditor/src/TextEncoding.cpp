@@ -8,7 +8,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 namespace velEditor {
@@ -124,6 +126,9 @@ bool isUtf8(std::string_view bytes)
 
 TextEncoding encodingOfFile(const std::string &file)
 {
+    std::error_code unknown;
+    if (!std::filesystem::is_regular_file(file, unknown))
+        return TextEncoding::Utf8; // a pipe gives its text only once
     const std::unique_ptr<std::FILE, int (*)(std::FILE *)> source(std::fopen(file.c_str(), "re"),
                                                                   std::fclose);
     if (!source)

@@ -6,6 +6,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace velEditor;
 
 Q_DECLARE_METATYPE(velEditor::TextEncoding)
@@ -18,6 +21,7 @@ private slots:
     void agreesWithWhatIsShown();
     void knowsTheEncodingOfAFile_data();
     void knowsTheEncodingOfAFile();
+    void doesNotReadAPipe();
     void readsCharactersAcrossBlocks();
     void keepsTheEncodingOfTheFormerValue();
     void encodesInTheEncodingOfTheFile_data();
@@ -84,6 +88,18 @@ void TextEncodingTest::knowsTheEncodingOfAFile()
 }
 
 // A character may be cut by the end of any block that is read.
+// A pipe has given its text when the file was loaded: the next reader would wait
+// for a writer that never comes.
+void TextEncodingTest::doesNotReadAPipe()
+{
+    const QTemporaryDir folder;
+    const std::string pipe = folder.filePath("pipe").toStdString();
+    QCOMPARE(::mkfifo(pipe.c_str(), 0600), 0);
+    const unsigned limit = ::alarm(20); // ends a test that waits
+    QVERIFY(encodingOfFile(pipe) == TextEncoding::Utf8);
+    ::alarm(limit);
+}
+
 void TextEncodingTest::readsCharactersAcrossBlocks()
 {
     const QTemporaryDir folder;
