@@ -49,6 +49,8 @@ VELTree::VELTree(QWidget *parent, const QString &name) : QTreeWidget(parent)
 
     connect(this, &QTreeWidget::itemDoubleClicked, this, &VELTree::editQListItem);
     connect(this, &VELTree::rightButtonClicked, this, &VELTree::openOrClose);
+    connect(horizontalScrollBar(), &QScrollBar::rangeChanged, this,
+            &VELTree::keepFromMovingSideways);
     buildTree();
 }
 
@@ -111,15 +113,25 @@ void VELTree::setSorting(int column)
     setSorting(column, true);
 }
 
+bool VELTree::columnsFit() const
+{
+    return header()->length() <= maximumViewportSize().width();
+}
+
 // The columns take the whole width of the view, and the vertical scroll bar then
 // covers the end of the second one. What the bar covers is no reason for another
-// bar, nor for the view to move sideways.
+// bar.
 void VELTree::updateGeometries()
 {
-    const bool fits = header()->length() <= maximumViewportSize().width();
-    setHorizontalScrollBarPolicy(fits ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
+    setHorizontalScrollBarPolicy(columnsFit() ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
     QTreeWidget::updateGeometries();
-    if (fits)
+}
+
+// Nor is it a reason for the view to move sideways. The toolkit sets the range
+// again before it scrolls to a row.
+void VELTree::keepFromMovingSideways()
+{
+    if (columnsFit())
         horizontalScrollBar()->setRange(0, 0);
 }
 

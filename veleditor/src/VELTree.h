@@ -134,6 +134,10 @@ protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
 private:
+    /// Whether the view would hold all columns if it had no vertical scroll bar.
+    [[nodiscard]] bool columnsFit() const;
+    void keepFromMovingSideways();
+
     /// What an edit puts back: the text of the row and the bytes of the database.
     struct FormerValue
     {
