@@ -78,9 +78,9 @@ my $LONGEST_IN_BASE_UNITS = 512;
 # The name by which it is nearly always there.
 my $LIBRARY = 'libudunits2.so.0';
 
-# The unit system is for one thread at a time. Where a program uses threads, it loads
-# them before this package.
-my $lock : shared;
+# The unit system, which all threads share. It is for one thread at a time: locked while
+# it is used. Where a program uses threads, it loads them before this package.
+my $shared_system : shared;
 
 my ($system, $failure);
 my (%units, %converters);
@@ -109,7 +109,7 @@ Loads the unit system. Returns nothing, or why it cannot be had.
 sub load () {
     return '' if $system;
     return $failure if defined $failure;
-    lock $lock;
+    lock $shared_system;
     my $locale = POSIX::setlocale(POSIX::LC_NUMERIC());
     POSIX::setlocale(POSIX::LC_NUMERIC(), 'C');
     my $loaded = eval { _load() };
@@ -126,12 +126,17 @@ sub _load () {
     my $ffi = FFI::Platypus->new(api => 1);
     $ffi->lib(_library());
     $ffi->attach($_->[0] => $_->[1] => $_->[2]) for @FUNCTIONS;
-    # The table tells of each of its units that has another unit's name.
-    my $speak = ut_set_error_message_handler($ffi->find_symbol('ut_ignore'));
-    $system = ut_read_xml(undef);
-    ut_set_error_message_handler($speak);
+    $system = $shared_system //= _read_table($ffi->find_symbol('ut_ignore'));
     die "its table of units cannot be read\n" if !$system;
     return 1;
+}
+
+# The table reports each of its units that has another unit's name: to $silence.
+sub _read_table ($silence) {
+    my $speak = ut_set_error_message_handler($silence);
+    my $table = ut_read_xml(undef);
+    ut_set_error_message_handler($speak);
+    return $table;
 }
 
 # The name under which the library can be loaded. That it is not to be had under
@@ -171,10 +176,19 @@ bounded, whatever texts are asked about.
 
 sub remembered () { return keys(%units) + $converter_count }
 
+=item C<system_address>
+
+Where the unit system is in memory, the same in all threads; C<undef> until it is
+loaded.
+
+=cut
+
+sub system_address () { return $system }
+
 # Called where no unit is in use.
 sub _make_room () {
     return if keys %units < $MOST && $converter_count < $MOST;
-    lock $lock;
+    lock $shared_system;
     cv_free($_) for grep { $_ } map { values %$_ } values %converters;
     ut_free($_) for grep { $_ } values %units;
     (%units, %converters) = ();
@@ -190,7 +204,7 @@ sub _unit ($text) {
 
 sub _parse ($text) {
     return undef if load() || $text !~ /^$UNIT\z/;
-    lock $lock;
+    lock $shared_system;
     return ut_parse($system, $ALONE{$text}, 0) if $ALONE{$text};
     my $within = $text =~ /[ ^\/]/;
     my @names  = $text =~ /[A-Za-z_]+/g;
@@ -261,7 +275,7 @@ sub _converter ($from, $to) {
 # The unit system also converts a time to a frequency, which is no conversion of
 # a quantity: zero then has no counterpart.
 sub _make_converter ($from, $to) {
-    lock $lock;
+    lock $shared_system;
     my ($one, $other) = (_unit($from), _unit($to));
     return undef if _angle($one) ne _angle($other) || !ut_are_convertible($one, $other);
     my $converter = ut_get_converter($one, $other) // return undef;

@@ -91,6 +91,14 @@ my @checks = map { threads->create({ context => 'scalar' }, $check) } 1 .. 4;
 my $checked = "/BOX:b/Size: it is in a unit of another quantity; give it in [m] or a unit of the same quantity [wrong-unit]\n9";
 is $_->join, $checked, 'data checked in thread ' . $_->tid for @checks;
 
+# Reading the table of units again in each thread would cost half a megabyte a time.
+my @addresses = map { in_thread(sub { VEL::Units::load(); return VEL::Units::system_address() }) } 1 .. 2;
+is VEL::Units::system_address(), undef, 'the main thread has not loaded the unit system';
+ok $addresses[0], 'other threads have';
+is $addresses[1], $addresses[0], 'they share it';
+is VEL::Units::convert(36, 'km h^-1', 'm s^-1'), 10, 'the main thread may use it, too';
+is VEL::Units::system_address(), $addresses[0], 'and shares it';
+
 # Here the packages are in use too, which refer to databases weakly.
 my $used = VELTest::database($rules, "BOX: b\nSize = 1 [s]\nEND");
 my $here = VELTest::findings($used, 1);
