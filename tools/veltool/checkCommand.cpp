@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <new>
 #include <optional>
 
 namespace veltool {
@@ -50,7 +51,11 @@ public:
             progress.update(++done, static_cast<std::int64_t>(files.size()), "files");
         };
         const int status = workOnFiles(
-            files, jobs, [this](const std::string &file) { return checkOrFail(file); }, print);
+            files, jobs, [this](const std::string &file) { return checkOrFail(file); },
+            [this](const std::string &file, const Failure &failure) {
+                return failedResult(file, failure);
+            },
+            print);
         if (json_)
             out() << array_.end();
         return std::max(status, ruleStatus);
@@ -116,10 +121,17 @@ private:
         try {
             return check(file);
         } catch (const Failure &failure) {
-            FileResult result;
-            addFailure(file, failure, &result);
-            return result;
+            return failedResult(file, failure);
+        } catch (const std::bad_alloc &) {
+            return failedResult(file, Failure(file, 0, "memory error"));
         }
+    }
+
+    [[nodiscard]] FileResult failedResult(const std::string &file, const Failure &failure) const
+    {
+        FileResult result;
+        addFailure(file, failure, &result);
+        return result;
     }
 
     void add(const std::string &file, std::size_t line, const Finding &finding,

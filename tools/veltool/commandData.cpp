@@ -118,9 +118,14 @@ void parseText(velHandle *handle, const SourceText &text, const std::string &fil
 void requireShallow(const velHandle *handle, const std::string &file)
 {
     if (velDeepestBlock(handle) > mostLevels)
-        throw Failure(file, 0,
-                      "objects nest deeper than " + std::to_string(mostLevels) +
-                          " levels; this command does not take such files");
+        throwTooDeep(file);
+}
+
+void throwTooDeep(const std::string &file)
+{
+    throw Failure(file, 0,
+                  "objects nest deeper than " + std::to_string(mostLevels) +
+                      " levels; this command does not take such files");
 }
 
 } // namespace veltool

@@ -53,4 +53,7 @@ inline constexpr std::int32_t mostLevels = 10'000;
 /// Throws a Failure if the text that was parsed nests deeper than that.
 void requireShallow(const velHandle *handle, const std::string &file);
 
+/// Throws that Failure.
+[[noreturn]] void throwTooDeep(const std::string &file);
+
 } // namespace veltool

@@ -39,7 +39,7 @@ public:
 
     int run(const Words &words) override
     {
-        const std::vector<velHandlePtr> trees = loadFiles(words);
+        const std::vector<velHandlePtr> trees = loadFilesToCompare(words);
         velHandle *const before = trees[0].get();
         velHandle *const after = trees[1].get();
         bool isSame = true;

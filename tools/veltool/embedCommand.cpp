@@ -46,6 +46,7 @@ std::string embeddable(const std::string &file)
     const SourceText text = readText(file);
     const velHandlePtr handle = newHandle();
     parseText(handle.get(), text, file);
+    requireShallow(handle.get(), file);
     const std::string data = formattedLines(handle.get());
     for (const SourceText &candidate : {text, SourceText(data)}) {
         const SourceText lines(stored(candidate));

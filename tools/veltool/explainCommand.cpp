@@ -22,6 +22,7 @@ public:
         const SourceText text = readText(file);
         const velHandlePtr handle = newHandle();
         parseText(handle.get(), text, file);
+        requireShallow(handle.get(), file);
         const std::string path = velFullPath(handle.get(), words[1].c_str());
         RuleCheck rules;
         (void)rules.reportRuleFaults();

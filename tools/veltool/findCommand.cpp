@@ -78,6 +78,7 @@ private:
         const SourceText text = readText(file);
         const velHandlePtr handle = newHandle();
         parseText(handle.get(), text, file);
+        requireShallow(handle.get(), file);
         std::optional<StatementTree> lines; // made for the first hit
         TreeWalk walk(handle.get(), velFindNode(handle.get(), "/"), "/");
         for (walk.step(); walk.node(); walk.step()) {

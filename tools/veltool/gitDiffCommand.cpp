@@ -24,7 +24,7 @@ constexpr std::size_t mostWords = 9;
 std::optional<std::string> differences(const std::string &before, const std::string &after)
 {
     try {
-        const std::vector<velHandlePtr> trees = loadFiles({before, after});
+        const std::vector<velHandlePtr> trees = loadFilesToCompare({before, after});
         velHandle *const a = trees[0].get();
         velHandle *const b = trees[1].get();
         std::string lines;

@@ -1,6 +1,7 @@
 #include "tools/veltool/loadFiles.h"
 
 #include "tools/veltool/commandData.h"
+#include "tools/veltool/treeDiff.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -18,6 +19,18 @@ bool isPlainText(const std::string &file)
     std::error_code error;
     return file != standardInput && std::filesystem::is_regular_file(file, error) &&
            kindOfFile(file) == FileKind::Text;
+}
+
+bool isTooDeep(const velHandlePtr &tree)
+{
+    return velDeepestBlock(tree.get()) > mostLevels;
+}
+
+/// Objects have no value on either side.
+bool isTooDeep(const Difference &difference)
+{
+    return !difference.oldValue && !difference.newValue &&
+           std::count(difference.path.begin(), difference.path.end(), '/') > mostLevels;
 }
 
 } // namespace
@@ -53,6 +66,22 @@ std::vector<velHandlePtr> loadFiles(const Words &files)
     if (failed)
         throw Failure(*failed);
     return handles;
+}
+
+std::vector<velHandlePtr> loadFilesToCompare(const Words &files)
+{
+    std::vector<velHandlePtr> trees = loadFiles(files);
+    if (std::none_of(trees.begin(), trees.end(),
+                     [](const velHandlePtr &tree) { return isTooDeep(tree); }))
+        return trees;
+    velHandle *const a = trees[0].get();
+    velHandle *const b = trees[1].get();
+    compareTrees(a, velFindNode(a, "/"), b, velFindNode(b, "/"), "/",
+                 [&](const Difference &difference) {
+                     if (isTooDeep(difference))
+                         throwTooDeep(files[difference.kind == DifferenceKind::Added ? 1 : 0]);
+                 });
+    return trees;
 }
 
 } // namespace veltool

@@ -18,4 +18,9 @@ namespace veltool {
 /// Throws a Failure when "-" is named more than once.
 void requireOneStandardInput(std::span<const std::string> files);
 
+/// The trees of two files that are to be compared line by line: throws a Failure
+/// if what only one of them has nests too deep (mostLevels). A difference far down
+/// in both of them is only one line.
+[[nodiscard]] std::vector<velHandlePtr> loadFilesToCompare(const Words &files);
+
 } // namespace veltool

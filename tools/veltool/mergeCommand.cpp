@@ -19,6 +19,7 @@
 #include <CLI/Validators.hpp>
 
 #include <filesystem>
+#include <iterator>
 #include <optional>
 
 namespace veltool {
@@ -78,9 +79,11 @@ public:
         const SourceText ours = readText(words[1]);
         const SourceText theirs = readText(words[2]);
         velHandlePtr trees[] = {newHandle(), newHandle(), newHandle()};
-        parseText(trees[0].get(), base, words[0]);
-        parseText(trees[1].get(), ours, words[1]);
-        parseText(trees[2].get(), theirs, words[2]);
+        const SourceText *const texts[] = {&base, &ours, &theirs};
+        for (std::size_t i = 0; i < std::size(trees); ++i) {
+            parseText(trees[i].get(), *texts[i], words[i]);
+            requireShallow(trees[i].get(), words[i]);
+        }
         return merge({base, ours, theirs}, {trees[0].get(), trees[1].get(), trees[2].get()});
     }
 

@@ -69,8 +69,9 @@ struct Worker
 class WorkerGroup
 {
 public:
-    WorkerGroup(std::span<const std::string> files, const FileWork &work, const ResultSink &sink)
-        : files_(files), work_(work), sink_(sink)
+    WorkerGroup(std::span<const std::string> files, const FileWork &work,
+                const FailureResult &failed, const ResultSink &sink)
+        : files_(files), work_(work), failed_(failed), sink_(sink)
     {
     }
 
@@ -213,7 +214,7 @@ private:
 
     void fail(std::size_t file)
     {
-        keep(file, {statusFailed, {}, messageLine(files_[file] + ": its worker process died")});
+        keep(file, failed_(files_[file], Failure(files_[file], 0, "its worker process died")));
     }
 
     static void end(Worker &worker)
@@ -227,6 +228,7 @@ private:
 
     std::span<const std::string> files_;
     const FileWork &work_;
+    const FailureResult &failed_;
     const ResultSink &sink_;
     SharedCounter next_;
     std::vector<Worker> workers_;
@@ -238,11 +240,11 @@ private:
 } // namespace
 
 int workOnFiles(std::span<const std::string> files, std::size_t jobs, const FileWork &work,
-                const ResultSink &sink)
+                const FailureResult &failed, const ResultSink &sink)
 {
     jobs = std::min({jobs, files.size(), mostJobs});
     if (jobs > 1)
-        return WorkerGroup(files, work, sink).run(jobs);
+        return WorkerGroup(files, work, failed, sink).run(jobs);
     int status = statusGood;
     for (const std::string &file : files) {
         const FileResult result = guardedResult(work, file);

@@ -214,16 +214,22 @@ TEST_F(CheckTest, ObjectsNestedTooDeepAreRefused)
     const std::string deep = folder_.write("deep.vel", nested(100'001));
     const std::string least = folder_.write("least.vel", nested(10'001));
     const std::string most = folder_.write("most.vel", nested(10'000));
+    const std::string none = folder_.write("none.vel", "");
+    const std::string other = folder_.write("other.vel", "x = 1\n");
+    const std::string def = folder_.path("some.def");
+    ASSERT_EQ(runShell("echo 3 | $VELTOOL ds write " + def + " Zones EVERY 0 INTR").status, 0);
     const struct
     {
-        const char *command;
-        const char *words;
-    } runs[] = {
-        {"check ", ""}, {"format ", ""}, {"tree ", ""}, {"upgrade ", ""}, {"set ", " /A:a/x 1"}};
+        std::string command;
+        std::string words;
+    } runs[] = {{"check ", ""},        {"format ", ""},
+                {"tree ", ""},         {"upgrade ", ""},
+                {"set ", " /A:a/x 1"}, {"explain ", " /A:a"},
+                {"find ", " A"},       {"embed ", " " + def},
+                {"diff ", " " + none}, {"merge " + none + ' ', ' ' + other}};
     for (const auto &[command, words] : runs) {
         for (const std::string &file : {deep, least}) {
-            const ToolRun run =
-                runShell("ulimit -v 2000000; $VELTOOL " + (command + file).append(words));
+            const ToolRun run = runShell("ulimit -v 2000000; $VELTOOL " + command + file + words);
             EXPECT_EQ(run.status, 2) << command;
             EXPECT_EQ(run.out, "");
             EXPECT_EQ(run.err, "veltool: " + file +
@@ -233,6 +239,7 @@ TEST_F(CheckTest, ObjectsNestedTooDeepAreRefused)
     }
     EXPECT_EQ(runTool({"format", "-o", "/dev/null", most}).status, 0);
     EXPECT_EQ(runShell("$VELTOOL tree " + most + " >/dev/null").status, 0);
+    EXPECT_EQ(runShell("$VELTOOL diff " + most + ' ' + none + " >/dev/null").status, 1);
 }
 
 TEST_F(CheckTest, DoesTheOthersWhenOneFails)
@@ -252,6 +259,25 @@ TEST_F(CheckTest, DoesTheOthersWhenOneFails)
                   "veltool: " + missing + ": No such file or directory\n" + syntax + syntax);
     }
     EXPECT_EQ(runTool({"check", fine, one, fine}).status, 1);
+}
+
+// The pipes can be opened only after the workers have opened them.
+TEST_F(CheckTest, AFileWhoseWorkerDiedHasAnEntryInTheJson)
+{
+    const std::string one = folder_.path("one.vel");
+    const std::string two = folder_.path("two.vel");
+    const ToolRun run =
+        runShell("mkfifo " + one + ' ' + two + " || exit 99\n" + "$VELTOOL check --json --jobs 2 " +
+                 one + ' ' + two + " &\n" + "exec 3>" + one + " 4>" + two + '\n' +
+                 "kill -9 $(cat /proc/$!/task/$!/children)\n" + "wait $!");
+    EXPECT_EQ(run.status, 2);
+    const auto entry = [](const std::string &file) {
+        return R"({"file":")" + file +
+               R"(","line":0,"path":"","message":"its worker process died","id":"error"})";
+    };
+    EXPECT_EQ(run.out, "[\n" + entry(one) + ",\n" + entry(two) + "\n]\n");
+    EXPECT_EQ(run.err, "veltool: " + one + ": its worker process died\nveltool: " + two +
+                           ": its worker process died\n");
 }
 
 TEST_F(CheckTest, JobsChangeNothingOfTheOutput)

@@ -67,6 +67,37 @@ TEST_F(MergeTest, TakesWhatTheirsChangedAndKeepsTheTextOfOurs)
                 with(ours, "0.5   # as measured", "0.7 # corrected"));
 }
 
+// The mark is not data: it stays at the start if OURS has it, and nowhere else.
+TEST_F(MergeTest, AByteOrderMarkStaysAsOursHasIt)
+{
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::string ours = with(base, "Kind = Fluid", "Kind = Solid");
+    const std::string theirs = with(base, "0.5", "0.7");
+    const std::string both = with(ours, "0.5", "0.7");
+    expectClean(merge(mark + ours, theirs), mark + both);
+    expectClean(merge(ours, mark + theirs), both);
+    expectClean(merge(ours, theirs, mark + base), both);
+    expectClean(merge(mark + ours, mark + theirs, mark + base), mark + both);
+    expectClean(merge(mark + "x = 1\n", "x = 2\n", "x = 1\n"), mark + "x = 2\n");
+    expectClean(merge("x = 1\ny = 1\n", mark + "x = 2\n", "x = 1\n"), "x = 2\ny = 1\n");
+    EXPECT_EQ(merge(mark + "x = 1\n", mark + "x = 2\n", mark + "x = 3\n").out,
+              mark + "<<<<<<< ours\nx = 1\n=======\nx = 2\n>>>>>>> theirs\n");
+}
+
+// Without an empty comment the backslash would continue the line. The second
+// object is written from its data, because THEIRS states it in two blocks.
+TEST_F(MergeTest, AValueThatEndsInABackslashKeepsTheLineAfterIt)
+{
+    const std::string from = "A:\n  x = 1 # one\n  y = 2\nEND\n";
+    expectClean(merge(with(from, "y = 2", "y = 3"), with(from, "1 # one", "C:\\ # two"), from),
+                "A:\n  x = C:\\ # two\n  y = 3\nEND\n");
+    expectClean(merge(with(from, "x = 1 # one", "x   = 1"), with(from, "1 # one", "C:\\ #"), from),
+                "A:\n  x   = C:\\ #\n  y = 2\nEND\n");
+    expectClean(
+        merge(with(from, "2", "3"), from + "B:\n  p = C:\\ #\nEND\nB:\n  q = 1\nEND\n", from),
+        "A:\n  x = 1 # one\n  y = 3\nEND\nB:\n  p = C:\\ #\n  q = 1\nEND\n");
+}
+
 TEST_F(MergeTest, ARemarkOfOursStaysOnAChangedLine)
 {
     const std::string ours = with(base, "# as measured", "# by us");

@@ -44,6 +44,30 @@ TEST(TextEdit, AddsBehindTheLastParameterOfTheLastBlock)
               "A:\n\tz = 3, \\\n\t  4\n\tnew = 5\n\n  C:\n  END\nEND\n");
 }
 
+// An empty comment gives the value back exactly, however the line is wrapped.
+TEST(TextEdit, AddsAValueThatEndsInABackslash)
+{
+    EXPECT_EQ(withParameter("A:\n  y = 1\nEND\n", "/A/x", "C:\\"),
+              "A:\n  y = 1\n  x = C:\\ #\nEND\n");
+    EXPECT_EQ(edit("A:\nEND\n", [](TextEdit &edit) { edit.addParameter("/A/x", "C:\\", "# why"); }),
+              "A:\n  x = C:\\ # why\nEND\n");
+    for (std::size_t length = 1; length < 200; ++length) {
+        for (const char *filling : {"a", "a b", "a, "}) {
+            std::string value;
+            while (value.size() < length)
+                value += filling;
+            value.resize(length);
+            value.back() = '\\';
+            const SourceText text(withParameter("A:\n  y = 1\nEND\n", "/A/x", value));
+            const velHandlePtr handle = newHandle();
+            parseText(handle.get(), text, "test");
+            const char *read = velFindValue(handle.get(), "/A/x");
+            ASSERT_NE(read, nullptr) << text.bytes();
+            EXPECT_EQ(read, value) << text.bytes();
+        }
+    }
+}
+
 TEST(TextEdit, AddsToABlockWithoutParameters)
 {
     EXPECT_EQ(withParameter("A:\nEND\n", "/A/x", "1"), "A:\n  x = 1\nEND\n");

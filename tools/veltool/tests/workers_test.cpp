@@ -9,12 +9,18 @@
 namespace veltool {
 namespace {
 
+FileResult failed(const std::string & /*file*/, const Failure &failure)
+{
+    return {failure.status(), {}, messageLine(failure.message())};
+}
+
 /// Everything printed, in order, and the status.
 std::string run(const std::vector<std::string> &files, std::size_t jobs, const FileWork &work)
 {
     std::string text;
-    const int status = workOnFiles(
-        files, jobs, work, [&](const FileResult &result) { text += result.out + result.err; });
+    const int status = workOnFiles(files, jobs, work, failed, [&](const FileResult &result) {
+        text += result.out + result.err;
+    });
     return text + std::to_string(status);
 }
 
@@ -65,7 +71,7 @@ TEST(Workers, DieWithOneFileOnly)
 TEST(Workers, EndWithTheOneThatPrints)
 {
     const auto work = [](const std::string &file) { return name(file); };
-    EXPECT_THROW((void)workOnFiles(std::vector<std::string>(50, "slow"), 2, work,
+    EXPECT_THROW((void)workOnFiles(std::vector<std::string>(50, "slow"), 2, work, failed,
                                    [](const FileResult &) { throw Failure("full"); }),
                  Failure);
 }
