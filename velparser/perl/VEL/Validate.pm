@@ -274,10 +274,16 @@ sub _is_misspelt ($self, $path, $type, $variant, $name) {
     } @names;
 }
 
-# The parameter of that variant that an unknown name stands for.
+# How many answers are kept for the next question.
+my $MOST_MEANT = 1000;
+
+# The parameter of that variant that an unknown name stands for, or undef.
 sub _meant_name ($variant, $name) {
+    my $meant = $variant->{meant} //= {};
+    return $meant->{$name} if exists $meant->{$name};
+    %$meant = () if keys %$meant >= $MOST_MEANT;
     my $hints = $variant->{hints} //= VEL::Suggest->new($variant->{order});
-    return $hints->find($name);
+    return $meant->{$name} = $hints->find($name);
 }
 
 # "; it needs Kind = Inlet, Outlet": under which cases something would be right.

@@ -134,6 +134,38 @@ subtest 'rules made for parameters of which no rule speaks, counted' => sub {
     is $made->('b', 5_000), 0, 'which is kept for the next';
 };
 
+{
+    package Counted;    # an array that counts how often its elements are read
+    require Tie::Array;
+    our @ISA  = 'Tie::StdArray';
+    our $read = 0;
+    sub FETCH { my ($self, $i) = @_; $read++; return $self->[$i] }
+}
+
+subtest 'names in the list of a case, counted' => sub {
+    my $list = join ', ', map { "P$_" } 1 .. 1000;
+    my $type = rule_lines('OBJECT: T', 'Required Parameters = Kind', 'CASE: x', 'If Parameter = Kind',
+        'Is One Of = a', "Optional Parameters = $list", 'END', 'END')->type('OBJECT', 'T');
+    my @names = @{ $type->{cases}[0]{optional} };
+    tie my @counted, 'Counted';
+    @counted = @names;
+    $type->{cases}[0]{optional} = \@counted;
+    is scalar(map { $type->cases_with([ 'required', 'optional' ], $_) } @names), 1000, 'the case names each of them';
+    is $Counted::read, 1000, 'each is read once, however many are asked for';
+};
+
+subtest 'suggestions for an object with many children, counted' => sub {
+    my $database = database("RULES:\nOBJECT: T\nOptional Parameters = Kind\nOptional Objects = C\nCASE: x\n"
+        . "If Parameter = Kind\nIs One Of = a\nOptional Objects = D\nEND\nEND\nOBJECT: C\nParents = T\nEND\n"
+        . "OBJECT: D\nParents = T\nEND\nEND");
+    is $database->loadVELData([ 'T: t', (map { "X$_ = 1" } 1 .. 10), (map { ("D: d$_", 'END') } 1 .. 100), 'END' ]), undef, 'loaded';
+    my $validator = VEL::Validate->new($database);
+    my $found = 0;
+    my $asked = calls('VEL::Suggest::find' => sub { $found += defined $validator->validateObject("/T:t/D:d$_") for 1 .. 100 });
+    is $found, 100, 'no child is allowed';
+    is $asked, 10, 'each unknown name of the parent is looked up once';
+};
+
 my $count = 10_000;
 
 # The seconds it takes to look at the blocks of this text; $path_of gives the

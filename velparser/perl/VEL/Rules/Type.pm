@@ -208,10 +208,22 @@ C<required_objects> or C<optional_objects>, or several) names C<$name>.
 =cut
 
 sub cases_with ($self, $lists, $name) {
-    return grep {
-        my $case = $_;
-        grep { $_ eq $name } map { @{ $case->{$_} } } @$lists
-    } @{ $self->{cases} };
+    my $naming = $self->{naming} //= $self->_index_names;
+    my @numbers = map { @{ $naming->{$_}{$name} // [] } } @$lists or return;
+    my %seen;
+    return @{ $self->{cases} }[ grep { !$seen{$_}++ } sort { $a <=> $b } @numbers ];
+}
+
+# For each list and name the numbers of the cases, as there may be many of all.
+sub _index_names ($self) {
+    my %naming;
+    for my $number (0 .. $#{ $self->{cases} }) {
+        my $case = $self->{cases}[$number];
+        for my $list (keys %LIST) {
+            push @{ $naming{$list}{$_} }, $number for @{ $case->{$list} };
+        }
+    }
+    return \%naming;
 }
 
 =back
