@@ -38,11 +38,10 @@ public:
     const char *param(std::size_t indent, const velNode *node)
     {
         const std::string_view value(node->value.text, node->value.length);
-        const std::string_view end = velLineEnd(value);
-        if (end.empty()) {
+        if (value.empty() || (value.back() > ' ' && value.back() != '\\')) {
             return write(indent, words_.view(node->name), " = ", value);
         }
-        return endedParam(indent, node, end);
+        return endedParam(indent, node, value);
     }
 
     const char *header(std::size_t indent, const velNode *node)
@@ -55,13 +54,13 @@ public:
     const char *end(std::size_t indent) { return write(indent, "END", {}, {}); }
 
 private:
-    /// A parameter whose value needs `end` after it; apart, for hardly any does.
+    /// A parameter whose value may need an end of the line; apart, because few do.
     [[gnu::noinline]] const char *endedParam(std::size_t indent, const velNode *node,
-                                             std::string_view end)
+                                             std::string_view value)
     {
-        std::string value(node->value.text, node->value.length);
-        value += end;
-        return write(indent, words_.view(node->name), " = ", value);
+        std::string ended(value);
+        ended += velLineEnd(value);
+        return write(indent, words_.view(node->name), " = ", ended);
     }
 
     const char *write(std::size_t indent, std::string_view first, std::string_view middle,

@@ -60,12 +60,13 @@ public:
         while (!levels_.empty()) {
             Level &level = levels_.back();
             if (level.next < level.end) {
-                if (velNode *child = velNodeNow(handle_, children_[level.next++])) {
+                velNode *child = velNodeNow(handle_, children_[level.next++]);
+                if (child != nullptr && child->firstChild() != nullptr) {
                     enter(child);
+                } else if (const char *error = child == nullptr ? nullptr : remove(child)) {
+                    return error;
                 }
-                continue;
-            }
-            if (const char *error = leave()) {
+            } else if (const char *error = leave()) {
                 return error;
             }
         }
@@ -103,8 +104,14 @@ private:
         if (node->isRoot()) {
             return nullptr; // emptied, never removed
         }
+        return remove(node);
+    }
+
+    const char *remove(velNode *node)
+    {
         const char *error = velRemoveNode(handle_, node);
-        return error != nullptr ? error : velTakeInterrupt(handle_);
+        return error != nullptr || handle_->interrupted == nullptr ? error
+                                                                   : velTakeInterrupt(handle_);
     }
 
     velHandle *handle_;
