@@ -308,6 +308,26 @@ TEST(VelHandlers, ARootWhoseChildIsMadeAgainKeepsIt)
     EXPECT_EQ(stored(handle), "x = 2\n");
 }
 
+// What is at the path of a child when its turn comes counts, not the node that
+// was there at the start. A child made meanwhile takes the mark of its parent.
+TEST(VelHandlers, TheSweepOfAReplaceBlockTakesTheMarkFromWhatIsThereThen)
+{
+    const velHandlePtr handle = parsed("A:\nx = 1\ny = 1\nB:\nEND\nC:\nEND\nEND\n");
+    const OnChange more(handle, [&](const std::string &path, std::int32_t) {
+        if (path == "/A/x") {
+            EXPECT_EQ(said(deleteParamH(handle.get(), "/A/y")), "");
+            EXPECT_EQ(said(velCreateParam(handle.get(), "/A/y", "2")), "");
+        } else if (path == "/A/B") {
+            EXPECT_EQ(said(deleteObjH(handle.get(), "/A/C")), "");
+            EXPECT_EQ(said(velCreateObject(handle.get(), "/A/C", false)), "");
+            EXPECT_EQ(said(velCreateParam(handle.get(), "/A/C/z", "3")), "");
+        }
+    });
+    EXPECT_EQ(parse(handle, "&replace A:\nEND\n"), "");
+    EXPECT_EQ(flagsOf(handle), "/ Object 0\n/A Singleton 0\n/A/y Param 0\n"
+                               "/A/C Singleton 0\n/A/C/z Param 0x200\n");
+}
+
 TEST(VelHandlers, TheSweepOfAReplaceBlockDeletesEachChildOnce)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nB:\ny = 1\nEND\nEND\n");
