@@ -4,7 +4,7 @@
 #include "bench/compare/comparisons.h"
 #include "bench/compare/side.h"
 #include "bench/velbench/measure.h"
-#include "tools/veltool/programPlace.h"
+#include "tools/veltool/support/programPlace.h"
 
 #include <cstdio>
 #include <exception>

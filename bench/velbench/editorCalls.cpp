@@ -3,7 +3,7 @@
 // when its tree has been painted.
 #include "bench/velbench/calls.h"
 
-#include "tools/veltool/programPlace.h"
+#include "tools/veltool/support/programPlace.h"
 #include "veleditor/src/Startup.h"
 
 #include <QCoreApplication>

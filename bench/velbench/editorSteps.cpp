@@ -4,7 +4,7 @@
 #include "bench/velbench/calls.h"
 
 #include "common/error.h"
-#include "tools/veltool/programPlace.h"
+#include "tools/veltool/support/programPlace.h"
 #include "veleditor/src/Application.h"
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/EditParamDialog.h"

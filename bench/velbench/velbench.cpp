@@ -2,7 +2,7 @@
 // one JSON object a line. Exit status 0, or 2 when a measurement was not made.
 #include "bench/velbench/calls.h"
 #include "common/writeSignals.h"
-#include "tools/veltool/programPlace.h"
+#include "tools/veltool/support/programPlace.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,8 +1,8 @@
 // veltool: command files for the shell, scripts, clusters and continuous
 // integration. No display is needed.
 #include "common/writeSignals.h"
-#include "tools/veltool/commandLine.h"
-#include "tools/veltool/programPlace.h"
+#include "tools/veltool/support/commandLine.h"
+#include "tools/veltool/support/programPlace.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #include "veleditor/src/ValueText.h"
 
-#include "velparser/api/velValueText.h"
+#include "veltext/valueText.h"
 
 #include <QCoreApplication>
 
@@ -17,21 +17,21 @@ QString sentence(const char *text)
 
 QString whyFileCannotHold(std::string_view value)
 {
-    const velparser::ValueCheck check = velparser::checkValueText(value);
+    const veltext::ValueCheck check = veltext::checkValueText(value);
     switch (check.fault) {
-    case velparser::ValueFault::ControlCharacter:
+    case veltext::ValueFault::ControlCharacter:
         return sentence("A value cannot hold control characters.\n"
                         "Please correct the value before continuing.");
-    case velparser::ValueFault::Remark:
+    case veltext::ValueFault::Remark:
         return sentence("A value cannot hold the character \"#\": it begins a comment in a "
                         "command file.\nWrite \"\\#\" where you mean the character itself.");
-    case velparser::ValueFault::FinalBackslash:
+    case veltext::ValueFault::FinalBackslash:
         if (check.position + 1 == value.size())
             break; // the empty comment after it keeps it
         return sentence("A value cannot end in a back-slash and blanks: the line would continue "
                         "in a command file.\nPlease correct the value before continuing.");
-    case velparser::ValueFault::WhiteSpace: // several blanks mean what one does
-    case velparser::ValueFault::None:
+    case veltext::ValueFault::WhiteSpace: // several blanks mean what one does
+    case veltext::ValueFault::None:
         break;
     }
     return QString();

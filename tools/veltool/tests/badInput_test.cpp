@@ -1,6 +1,6 @@
 // What every command makes of files that are missing, cut off, of the wrong
 // type or not to be read: a message that names the file, and a status.
-#include "tools/veltool/command.h"
+#include "tools/veltool/support/command.h"
 #include "tools/veltool/tests/toolRun.h"
 
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-#include "tools/veltool/caseFold.h"
+#include "tools/veltool/support/caseFold.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/veltool/commandLine.h"
+#include "tools/veltool/support/commandLine.h"
 
 #include "tools/veltool/tests/toolRun.h"
 

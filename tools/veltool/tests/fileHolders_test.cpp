@@ -1,4 +1,4 @@
-#include "tools/veltool/fileHolders.h"
+#include "tools/veltool/ds/fileHolders.h"
 
 #include <gtest/gtest.h>
 

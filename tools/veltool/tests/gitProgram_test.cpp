@@ -1,4 +1,4 @@
-#include "tools/veltool/gitProgram.h"
+#include "tools/veltool/git/gitProgram.h"
 
 #include "common/writeSignals.h"
 

@@ -1,4 +1,4 @@
-#include "tools/veltool/json.h"
+#include "tools/veltool/support/json.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // merge on random versions of random files, held against a plain model: the
 // values by path.
-#include "tools/veltool/tests/randomText.h"
 #include "tools/veltool/tests/toolRun.h"
+#include "veltext/tests/randomText.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -15,6 +15,8 @@
 
 namespace veltool::test {
 namespace {
+
+using veltext::test::RandomText;
 
 /// Parameters and objects of one object.
 struct Model

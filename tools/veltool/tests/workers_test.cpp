@@ -1,5 +1,5 @@
 // Work spread over processes: order, statuses, and workers that die.
-#include "tools/veltool/workers.h"
+#include "tools/veltool/support/workers.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,53 @@
+// veltool add: a new parameter in an object.
+#include "tools/veltool/support/editFile.h"
+
+namespace veltool {
+
+namespace {
+
+/// What helps with a path that exists already.
+const char *advice(velHandle *handle, const std::string &path)
+{
+    return isObject(handle, path.c_str()) ? "" : "veltool set gives it another value";
+}
+
+class AddTask : public EditTask
+{
+public:
+    int run(const Words &words) override
+    {
+        const std::string &file = words[0];
+        const std::string &value = words[2];
+        std::string path;
+        const auto changeTree = [&](velHandle *handle) {
+            path = velFullPath(handle, words[1].c_str());
+            if (havePath(handle, path.c_str()))
+                throw editRefusal(file, path, "exists already", advice(handle, path));
+            if (const char *message = velCreateParam(handle, path.c_str(), value.c_str()))
+                throw editRefusal(file, path, message,
+                                  "name an existing object and a new parameter");
+            requireStorable(file, path, value);
+            return true;
+        };
+        return editFile(
+            file, {changeTree, [&](veltext::TextEdit *edit) { edit->addParameter(path, value); }});
+    }
+};
+
+} // namespace
+
+const Command addCommand = {
+    .name = "add",
+    .words = "FILE PATH VALUE",
+    .fewest = 3,
+    .most = 3,
+    .passesOn = false,
+    .purpose = "Add a parameter to an object",
+    .details = "Writes a line after the last parameter of the object's last block; no other line "
+               "changes, and the former file stays as FILE.bak. Refused with status 1, nothing "
+               "written, if the rules would find something new, if the parameter exists, if its "
+               "object does not, and if no file can hold VALUE.",
+    .make = makeTask<AddTask>,
+};
+
+} // namespace veltool

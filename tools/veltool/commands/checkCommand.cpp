@@ -1,0 +1,177 @@
+// veltool check: what the rules find in command data.
+//
+// Each file is parsed natively first: that finds the line of a text that cannot
+// be parsed, and gives the lines of the findings.
+#include "tools/veltool/support/command.h"
+#include "tools/veltool/support/commandData.h"
+#include "tools/veltool/support/json.h"
+#include "tools/veltool/support/loadFiles.h"
+#include "tools/veltool/support/output.h"
+#include "tools/veltool/support/progressLine.h"
+#include "tools/veltool/support/ruleCheck.h"
+#include "tools/veltool/support/upgradeChanges.h"
+#include "tools/veltool/support/workers.h"
+
+#include <CLI/App.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <new>
+#include <optional>
+
+namespace veltool {
+
+namespace {
+
+constexpr const char *errorIdentifier = "error";
+
+class CheckTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override
+    {
+        app.add_flag("--json", json_, "Print an array of objects");
+        app.add_option("--jobs,-j", jobs_, "Check up to N files at the same time")
+            ->type_name("N")
+            ->default_str("1");
+    }
+
+    int run(const Words &files) override
+    {
+        requireOneStandardInput(files);
+        const std::size_t jobs = jobs_.empty() ? 1 : parseJobs(jobs_);
+        rules_.emplace();
+        const int ruleStatus = rules_->reportRuleFaults();
+        ProgressLine progress;
+        std::int64_t done = 0;
+        const auto print = [&](const FileResult &result) {
+            if (!result.out.empty() || !result.err.empty())
+                progress.clear();
+            printResult(result);
+            progress.update(++done, static_cast<std::int64_t>(files.size()), "files");
+        };
+        const int status = workOnFiles(
+            files, jobs, [this](const std::string &file) { return checkOrFail(file); },
+            [this](const std::string &file, const veltext::Error &failure) {
+                return failedResult(file, failure);
+            },
+            print);
+        if (json_)
+            out() << array_.end();
+        return std::max(status, ruleStatus);
+    }
+
+private:
+    FileResult check(const std::string &file)
+    {
+        const veltext::SourceText text = readText(file);
+        requireSound(text, file);
+        FileResult result;
+        const Findings found = rules_->findings(text, file);
+        result.err = notes(text, file, found.changes);
+        std::optional<UpgradedLines> lines; // made for the first finding
+        for (const Finding &finding : found.findings) {
+            if (!lines)
+                lines.emplace(text, found.changes);
+            if (finding.path.empty()) {
+                addFailure(file, Failure(file, 0, finding.message), &result);
+                continue;
+            }
+            add(file, lines->lineOf(finding.path), finding, &result.out);
+            result.status = std::max(result.status, statusFindings);
+        }
+        return result;
+    }
+
+    /// Throws a Failure for a text that does not parse or nests too deep.
+    static void requireSound(const veltext::SourceText &text, const std::string &file)
+    {
+        const velHandlePtr handle = newHandle();
+        parseText(handle.get(), text, file);
+        requireShallow(handle.get(), file);
+    }
+
+    /// What else is to be known of the file, a line each.
+    static std::string notes(const veltext::SourceText &text, const std::string &file,
+                             const std::vector<std::string> &changes)
+    {
+        std::string lines;
+        if (text.hasByteOrderMark())
+            lines += messageLine(file + ": begins with a byte order mark, which is skipped");
+        if (!changes.empty())
+            lines += messageLine(file + ": was upgraded in memory before the check (" +
+                                 std::to_string(changes.size()) +
+                                 (changes.size() == 1 ? " change" : " changes") +
+                                 "); veltool upgrade --dry-run lists what changes");
+        return lines;
+    }
+
+    /// A file that cannot be checked has an entry of its own in the JSON output.
+    void addFailure(const std::string &file, const veltext::Error &failure,
+                    FileResult *result) const
+    {
+        result->err += messageLine(failure.message());
+        result->status = statusOf(failure);
+        if (json_)
+            add(file, failure.line(),
+                {.path = {}, .message = failure.sentence(), .id = errorIdentifier}, &result->out);
+    }
+
+    FileResult checkOrFail(const std::string &file)
+    {
+        try {
+            return check(file);
+        } catch (const veltext::Error &failure) {
+            return failedResult(file, failure);
+        } catch (const std::bad_alloc &) {
+            return failedResult(file, Failure(file, 0, "memory error"));
+        }
+    }
+
+    [[nodiscard]] FileResult failedResult(const std::string &file,
+                                          const veltext::Error &failure) const
+    {
+        FileResult result;
+        addFailure(file, failure, &result);
+        return result;
+    }
+
+    void add(const std::string &file, std::size_t line, const Finding &finding,
+             std::string *text) const
+    {
+        if (json_)
+            *text += (text->empty() ? "" : ",\n") + findingJson(file, line, finding);
+        else
+            *text += findingLine(file, line, finding);
+    }
+
+    void printResult(const FileResult &result)
+    {
+        if (json_ && !result.out.empty())
+            out() << array_.next();
+        out() << result.out;
+        std::fwrite(result.err.data(), 1, result.err.size(), stderr);
+    }
+
+    bool json_ = false;
+    std::string jobs_;
+    std::optional<RuleCheck> rules_;
+    JsonArray array_;
+};
+
+} // namespace
+
+const Command checkCommand = {
+    .name = "check",
+    .words = "FILE...",
+    .fewest = 1,
+    .most = anyNumber,
+    .passesOn = false,
+    .purpose = "Check command data against the rules",
+    .details = "Loads each FILE, brings it up to the current version in memory, validates it with "
+               "units and bounds, and prints a line for each finding: FILE:LINE: PATH: sentence "
+               "[identifier]. Status 1 if there is one. FILE itself is not changed.",
+    .make = makeTask<CheckTask>,
+};
+
+} // namespace veltool

@@ -1,0 +1,132 @@
+// veltool find: where a text occurs.
+#include "tools/veltool/support/command.h"
+#include "tools/veltool/support/commandData.h"
+#include "tools/veltool/support/fileLoop.h"
+#include "tools/veltool/support/json.h"
+#include "tools/veltool/support/output.h"
+#include "tools/veltool/support/textPattern.h"
+#include "veltext/statementTree.h"
+#include "veltext/treeWalk.h"
+
+#include <CLI/App.hpp>
+
+#include <optional>
+
+namespace veltool {
+
+namespace {
+
+/// What is looked for: a text anywhere, and where it reads NAME=VALUE also the
+/// parameters of that name with that value.
+class Search
+{
+public:
+    explicit Search(const std::string &text) : text_(text)
+    {
+        const std::size_t equals = text.find('=');
+        if (equals == std::string::npos)
+            return;
+        name_.emplace(trimmed(std::string_view(text).substr(0, equals)));
+        value_.emplace(trimmed(std::string_view(text).substr(equals + 1)));
+    }
+
+    [[nodiscard]] bool isHit(const veltext::TreeWalk &walk) const
+    {
+        const velNodeInfo &info = walk.info();
+        // The path ends in the name.
+        if (text_.isIn(walk.path()) || (info.value && text_.isIn(info.value)))
+            return true;
+        return name_ && info.value && name_->fits(info.name) && value_->fits(info.value);
+    }
+
+private:
+    static std::string_view trimmed(std::string_view text)
+    {
+        while (!text.empty() && veltext::isBlank(text.front()))
+            text.remove_prefix(1);
+        while (!text.empty() && veltext::isBlank(text.back()))
+            text.remove_suffix(1);
+        return text;
+    }
+
+    TextPattern text_;
+    std::optional<TextPattern> name_;
+    std::optional<TextPattern> value_;
+};
+
+class FindTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override
+    {
+        app.add_flag("--json", json_, "Print an array of objects");
+    }
+
+    int run(const Words &words) override
+    {
+        wanted_.emplace(words.back());
+        const std::span<const std::string> files(words.data(), words.size() - 1);
+        int status = forEachFile(files, [this](const std::string &file) { return search(file); });
+        if (json_)
+            out() << array_.end();
+        return status == statusGood && !found_ ? statusFindings : status;
+    }
+
+private:
+    int search(const std::string &file)
+    {
+        const veltext::SourceText text = readText(file);
+        const velHandlePtr handle = newHandle();
+        parseText(handle.get(), text, file);
+        requireShallow(handle.get(), file);
+        std::optional<veltext::StatementTree> lines; // made for the first hit
+        veltext::TreeWalk walk(handle.get(), velFindNode(handle.get(), "/"), "/");
+        for (walk.step(); walk.node(); walk.step()) {
+            if (!wanted_->isHit(walk))
+                continue;
+            if (!lines)
+                lines.emplace(text);
+            print(file, lines->lineOf(walk.path()), walk);
+        }
+        return statusGood;
+    }
+
+    void print(const std::string &file, std::size_t line, const veltext::TreeWalk &walk)
+    {
+        found_ = true;
+        const char *value = walk.info().value;
+        if (json_) {
+            out() << array_.next() << '{' << jsonMember("file", file) << ','
+                  << jsonMember("line", line) << ',' << jsonMember("path", walk.path()) << ','
+                  << jsonMember("value", value) << '}';
+            return;
+        }
+        out() << file << ':' << std::to_string(line) << ": " << walk.path();
+        if (value)
+            out() << " = " << value;
+        out() << '\n';
+    }
+
+    bool json_ = false;
+    bool found_ = false;
+    std::optional<Search> wanted_;
+    JsonArray array_;
+};
+
+} // namespace
+
+const Command findTextCommand = {
+    .name = "find",
+    .words = "FILE... TEXT",
+    .fewest = 2,
+    .most = anyNumber,
+    .passesOn = false,
+    .purpose = "Show where a text occurs",
+    .details = "Objects and parameters whose name, path or value holds TEXT; capital and small "
+               "letters are the same, * stands for any characters and ? for any one. NAME=VALUE "
+               "finds the parameters of that name with that value too, each as a whole or with "
+               "wildcards. Prints FILE:LINE: PATH = VALUE; status 1 without a hit.",
+    .make = makeTask<FindTask>,
+};
+
+} // namespace veltool

@@ -1,0 +1,162 @@
+// veltool format: the text that the editor would save, of what the file states.
+// The rule libraries are read natively, into a handle of their own: they give the
+// order of the objects, and none of their data.
+#include "tools/veltool/support/command.h"
+#include "tools/veltool/support/commandData.h"
+#include "tools/veltool/support/fileLoop.h"
+#include "tools/veltool/support/input.h"
+#include "tools/veltool/support/output.h"
+#include "veltext/replaceFile.h"
+#include "veltext/statementTree.h"
+
+#include <CLI/App.hpp>
+
+#include <charconv>
+#include <filesystem>
+
+namespace veltool {
+
+namespace {
+
+constexpr std::int32_t defaultWidth = 79;
+constexpr std::int32_t narrowest = 3;
+
+std::int32_t parseWidth(const std::string &text)
+{
+    std::int32_t width = 0;
+    const char *end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, width);
+    if (error != std::errc() || stop != end || width < 0 || (width > 0 && width < narrowest))
+        throw Failure("--width takes 0 (no wrapping) or a number from 3 up, not \"" + text + '"');
+    return width;
+}
+
+class FormatTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override
+    {
+        app.add_option("--width", width_, "Longest line; 0 wraps nothing")
+            ->type_name("N")
+            ->default_str("79");
+        CLI::Option *inPlace =
+            app.add_flag("--in-place,-i", inPlace_, "Replace each FILE, keeping FILE.bak");
+        CLI::Option *check = app.add_flag(
+            "--check,-c", check_, "Name each FILE that is not formatted; status 1 if there is one");
+        CLI::Option *output = app.add_option("--output,-o", output_, "Write to OUT");
+        output->type_name("OUT");
+        inPlace->excludes(check)->excludes(output);
+        check->excludes(output);
+    }
+
+    int run(const Words &files) override
+    {
+        if (!width_.empty())
+            columns_ = parseWidth(width_);
+        if (files.size() > 1 && !inPlace_ && !check_)
+            throw Failure("several files need --in-place or --check");
+        return forEachFile(files, [this](const std::string &file) { return format(file); });
+    }
+
+private:
+    int format(const std::string &file) const
+    {
+        if (inPlace_)
+            return formatInPlace(file);
+        if (check_)
+            return checkFormat(file);
+        const velHandlePtr handle = loadFile(file);
+        const std::string text = formatted(handle.get(), file);
+        if (output_.empty() || output_ == standardInput)
+            out() << text;
+        else if (isSameFile(file, output_))
+            return formatInPlace(file);
+        else
+            veltext::writeFile(output_, text);
+        return statusGood;
+    }
+
+    int formatInPlace(const std::string &file) const
+    {
+        if (kindOfFile(file) == FileKind::Container)
+            throw containerRefusal(file);
+        requireEditable(file);
+        veltext::EditedFile edited(file);
+        const veltext::SourceText text = readText(file);
+        const std::string result = formattedText(text, file);
+        if (result == text.bytes())
+            return statusGood;
+        edited.replace(result);
+        tellOfRemarks(veltext::countRemarks(text), file, edited.backupName());
+        return statusGood;
+    }
+
+    static void tellOfRemarks(std::size_t count, const std::string &file, const std::string &backup)
+    {
+        if (count == 1)
+            report(file + ": 1 remark is not in the formatted text; " + backup + " has it");
+        else if (count > 1)
+            report(file + ": " + std::to_string(count) +
+                   " remarks are not in the formatted text; " + backup + " has them");
+    }
+
+    int checkFormat(const std::string &file) const
+    {
+        const veltext::SourceText text = readText(file);
+        if (formattedText(text, file) == text.bytes())
+            return statusGood;
+        out() << file << ": not formatted\n";
+        return statusFindings;
+    }
+
+    std::string formattedText(const veltext::SourceText &text, const std::string &file) const
+    {
+        const velHandlePtr handle = newHandle();
+        parseText(handle.get(), text, file);
+        return formatted(handle.get(), file);
+    }
+
+    std::string formatted(velHandle *handle, const std::string &file) const
+    {
+        requireShallow(handle, file);
+        if (!rules_)
+            rules_ = newHandle(Libraries::Read);
+        velStringList lines;
+        require(velWrapTextByRules(handle, rules_.get(), "/", columns_, &lines), file);
+        std::string text;
+        for (const char *line : lines)
+            text.append(line).append(1, '\n');
+        return text;
+    }
+
+    static bool isSameFile(const std::string &a, const std::string &b)
+    {
+        std::error_code error;
+        return std::filesystem::equivalent(a, b, error) && !error &&
+               std::filesystem::is_regular_file(a, error);
+    }
+
+    std::string width_;
+    std::int32_t columns_ = defaultWidth;
+    bool inPlace_ = false;
+    bool check_ = false;
+    std::string output_;
+    mutable velHandlePtr rules_; ///< read for the first file
+};
+
+} // namespace
+
+const Command formatCommand = {
+    .name = "format",
+    .words = "FILE...",
+    .fewest = 1,
+    .most = anyNumber,
+    .passesOn = false,
+    .purpose = "Print the text that the editor would save",
+    .details = "Parameters come first in each object, objects in the order that the editor gives "
+               "them; lines are wrapped, line ends are LF. Comments are not data and are left out, "
+               "and so is a byte order mark.",
+    .make = makeTask<FormatTask>,
+};
+
+} // namespace veltool

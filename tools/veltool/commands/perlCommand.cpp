@@ -1,0 +1,40 @@
+// veltool perl: a script in the embedded interpreter.
+#include "common/writeSignals.h"
+#include "tools/veltool/support/command.h"
+#include "tools/veltool/support/output.h"
+#include "velparser/api/velparser.h"
+
+namespace veltool {
+
+namespace {
+
+class PerlTask : public Task
+{
+public:
+    int run(const Words &words) override
+    {
+        // A script may rely on what it would find under any other perl.
+        velEditor::restoreWriteSignals();
+        int status = statusGood;
+        const Words arguments(words.begin() + 1, words.end());
+        require(velparser::runPerlScript(words[0], arguments, &status));
+        return status;
+    }
+};
+
+} // namespace
+
+const Command perlCommand = {
+    .name = "perl",
+    .words = "SCRIPT [ARGS...]",
+    .fewest = 1,
+    .most = anyNumber,
+    .passesOn = true,
+    .purpose = "Run a Perl script in the embedded interpreter",
+    .details = "The script finds VEL::Parser::Lite, VEL::Validate and API, and ARGS in @ARGV; "
+               "options behind SCRIPT are the script's. The exit status is the script's, or 2 "
+               "when it dies.",
+    .make = makeTask<PerlTask>,
+};
+
+} // namespace veltool

@@ -1,0 +1,132 @@
+// veltool upgrade: old command data brought up to the current version.
+//
+// 1. The rules upgrade the data in memory and tell what they changed.
+// 2. What was renamed is renamed in the text, where it stands.
+// 3. Everything else that the data now holds is edited into that text.
+// 4. The result, read anew, gives the upgraded data.
+// 5. The file is replaced, the former one stays as FILE.bak.
+#include "tools/veltool/support/command.h"
+#include "tools/veltool/support/commandData.h"
+#include "tools/veltool/support/editFile.h"
+#include "tools/veltool/support/fileLoop.h"
+#include "tools/veltool/support/input.h"
+#include "tools/veltool/support/json.h"
+#include "tools/veltool/support/output.h"
+#include "tools/veltool/support/ruleCheck.h"
+#include "tools/veltool/support/upgradeChanges.h"
+#include "veltext/replaceFile.h"
+
+#include <CLI/App.hpp>
+
+#include <algorithm>
+#include <optional>
+
+namespace veltool {
+
+namespace {
+
+class UpgradeTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override
+    {
+        app.add_flag("--dry-run,-n", dryRun_,
+                     "Write nothing; status 1 where something would change");
+        app.add_flag("--json", json_, "Print an array of objects");
+    }
+
+    int run(const Words &files) override
+    {
+        rules_.emplace();
+        const int ruleStatus = rules_->reportRuleFaults();
+        const int status =
+            forEachFile(files, [this](const std::string &file) { return upgrade(file); });
+        if (json_)
+            out() << array_.end();
+        return std::max(status, ruleStatus);
+    }
+
+private:
+    int upgrade(const std::string &file)
+    {
+        std::optional<veltext::EditedFile> edited;
+        if (!dryRun_) {
+            requireEditable(file);
+            edited.emplace(file);
+        }
+        const veltext::SourceText text = dryRun_ ? readText(file) : readTextToEdit(file);
+        const velHandlePtr handle = newHandle();
+        parseText(handle.get(), text, file);
+        requireShallow(handle.get(), file);
+        const Upgrade upgrade = rules_->upgrade(text, file);
+
+        if (upgrade.changes.empty())
+            return statusGood;
+
+        veltext::TextEdit names(text);
+        std::vector<std::string> listed;
+        for (const std::string &change : upgrade.changes)
+            listed.push_back(takeName(file, parseFinding(change), &names));
+        if (!dryRun_)
+            edited->replace(editedBytes(veltext::SourceText(names.bytes()), upgrade, file));
+        for (const std::string &line : listed)
+            out() << (json_ ? array_.next() : "") << line;
+        return dryRun_ ? statusFindings : statusGood;
+    }
+
+    /// Makes a change that is a new name; gives what is printed of any change.
+    std::string takeName(const std::string &file, const Finding &change,
+                         veltext::TextEdit *names) const
+    {
+        const std::size_t line = names->tree().lineOf(change.path);
+        const std::string name = newNameIn(change.message);
+        if (!name.empty() && names->tree().find(change.path) != veltext::StatementTree::none)
+            names->rename(change.path, name);
+        if (!json_)
+            return findingLine(file, line, change);
+        return '{' + jsonMember("file", file) + ',' + jsonMember("line", line) + ',' +
+               jsonMember("path", change.path) + ',' + jsonMember("message", change.message) + '}';
+    }
+
+    /// Of the text with the new names.
+    static std::string editedBytes(const veltext::SourceText &text, const Upgrade &upgrade,
+                                   const std::string &file)
+    {
+        const veltext::TreeData &wanted = upgrade.result;
+        const velHandlePtr handle = newHandle();
+        parseText(handle.get(), text, file);
+        veltext::TextEdit edit(text);
+        veltext::editTowards(veltext::TreeData(handle.get()), wanted, movesIn(upgrade.changes),
+                             &edit);
+
+        std::string bytes = edit.bytes();
+        const velHandlePtr reread = newHandle();
+        parseText(reread.get(), veltext::SourceText(bytes), file);
+        if (!veltext::isSameData(veltext::TreeData(reread.get()), wanted))
+            throw Failure(file + ": the edited text would not read back as wanted; "
+                                 "nothing was written");
+        return bytes;
+    }
+
+    bool dryRun_ = false;
+    bool json_ = false;
+    std::optional<RuleCheck> rules_;
+    JsonArray array_;
+};
+
+} // namespace
+
+const Command upgradeCommand = {
+    .name = "upgrade",
+    .words = "FILE...",
+    .fewest = 1,
+    .most = anyNumber,
+    .passesOn = false,
+    .purpose = "Bring old command data up to the current version",
+    .details = "Makes the changes that the rules know for later versions, and lists them: "
+               "FILE:LINE: PATH: change. Lines that no change is about stay as they are, remarks "
+               "included; the former file stays as FILE.bak.",
+    .make = makeTask<UpgradeTask>,
+};
+
+} // namespace veltool

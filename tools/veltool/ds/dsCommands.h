@@ -1,0 +1,18 @@
+// The commands behind `veltool ds`, one for each thing to do with a container.
+#pragma once
+
+#include "tools/veltool/support/command.h"
+
+namespace veltool {
+
+extern const Command dsListCommand;
+extern const Command dsLocateCommand;
+extern const Command dsReadCommand;
+extern const Command dsWriteCommand;
+extern const Command dsDeleteCommand;
+extern const Command dsCopyCommand;
+extern const Command dsVerifyCommand;
+extern const Command dsRebuildCommand;
+extern const Command dsUnlockCommand;
+
+} // namespace veltool

@@ -1,0 +1,161 @@
+// veltool ds list and ds locate: what stands in a container.
+#include "tools/veltool/ds/dsCommands.h"
+#include "tools/veltool/ds/dsContainer.h"
+#include "tools/veltool/support/json.h"
+#include "tools/veltool/support/output.h"
+
+#include "io/Src/Main/container_check.h"
+
+#include <CLI/App.hpp>
+
+namespace veltool {
+
+namespace {
+
+std::string formatText(format_code format)
+{
+    std::string text(1, format.letter);
+    return format.has_digit() ? text + format.second : text;
+}
+
+/// A deleted dataset's header may be beyond reading; then its fields are empty.
+void printLine(const container_entry &entry)
+{
+    const dataset_header &header = entry.header;
+    const bool known = entry.has_header;
+    out() << entry.status << '\t' << header.what << '\t' << header.where << '\t'
+          << (known ? std::to_string(header.when) : "") << '\t' << formatText(entry.format) << '\t'
+          << header.type << '\t' << (known ? std::to_string(header.count) : "") << '\t'
+          << std::to_string(entry.length) << '\t' << std::to_string(entry.position) << '\n';
+}
+
+std::string jsonNumber(std::string_view name, bool known, std::int64_t number)
+{
+    return '"' + std::string(name) + "\":" + (known ? std::to_string(number) : "null");
+}
+
+std::string jsonText(std::string_view name, bool known, const std::string &text)
+{
+    return jsonMember(name, known ? text.c_str() : nullptr);
+}
+
+void printJson(const container_entry &entry)
+{
+    const dataset_header &header = entry.header;
+    const bool known = entry.has_header;
+    out() << '{' << jsonMember("status", std::string(1, entry.status)) << ','
+          << jsonText("what", known, header.what) << ',' << jsonText("where", known, header.where)
+          << ',' << jsonNumber("when", known, header.when) << ','
+          << jsonMember("format", formatText(entry.format)) << ','
+          << jsonText("type", known, header.type) << ',' << jsonNumber("count", known, header.count)
+          << ',' << jsonNumber("length", true, entry.length) << ','
+          << jsonNumber("position", true, entry.position) << '}';
+}
+
+void printLine(const located_dataset &dataset)
+{
+    out() << dataset.what << '\t' << dataset.where << '\t' << std::to_string(dataset.when) << '\t'
+          << std::to_string(dataset.length) << '\t' << std::to_string(dataset.position) << '\n';
+}
+
+void printJson(const located_dataset &dataset)
+{
+    out() << '{' << jsonMember("what", dataset.what) << ',' << jsonMember("where", dataset.where)
+          << ',' << jsonNumber("when", true, dataset.when) << ','
+          << jsonNumber("length", true, dataset.length) << ','
+          << jsonNumber("position", true, dataset.position) << '}';
+}
+
+/// One line for each, or one array of objects.
+template <typename Entry>
+void print(const std::vector<Entry> &entries, bool json)
+{
+    JsonArray array;
+    for (const Entry &entry : entries) {
+        if (json) {
+            out() << array.next();
+            printJson(entry);
+        } else {
+            printLine(entry);
+        }
+    }
+    if (json)
+        out() << array.end();
+}
+
+class ListTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override
+    {
+        app.add_flag("--all", all_, "Show deleted datasets too");
+        app.add_flag("--json", json_, "Print a JSON array");
+    }
+
+    int run(const Words &words) override
+    {
+        const ReadableFile file(words[0]);
+        Container container;
+        container.open(file);
+        std::vector<container_entry> entries;
+        const int code = list_container(container.primary(), all_, entries);
+        // What stands in front of damage is shown as well.
+        print(entries, json_);
+        container.check(code);
+        container.close();
+        return statusGood;
+    }
+
+private:
+    bool all_ = false;
+    bool json_ = false;
+};
+
+class LocateTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override { app.add_flag("--json", json_, "Print a JSON array"); }
+
+    int run(const Words &words) override
+    {
+        const DatasetName name(words[1], words[2], words[3]);
+        const ReadableFile file(words[0]);
+        Container container;
+        container.open(file);
+        print(container.locate(name), json_);
+        container.close();
+        return statusGood;
+    }
+
+private:
+    bool json_ = false;
+};
+
+} // namespace
+
+const Command dsListCommand = {
+    .name = "ds list",
+    .words = "FILE",
+    .fewest = 1,
+    .most = 1,
+    .passesOn = false,
+    .purpose = "List datasets in the order of the file",
+    .details = "A line each, separated by tabs: status (Y live, N deleted), WHAT, WHERE, WHEN, "
+               "format, type, count, length, position.",
+    .make = makeTask<ListTask>,
+};
+
+const Command dsLocateCommand = {
+    .name = "ds locate",
+    .words = "FILE WHAT WHERE WHEN",
+    .fewest = 4,
+    .most = 4,
+    .passesOn = false,
+    .purpose = "Find datasets by name",
+    .details = "WHAT and WHERE may be patterns (* ? [...]); a negative WHEN is any. A line for "
+               "each match, separated by tabs: WHAT, WHERE, WHEN, length, position. Status 17 "
+               "without a match.",
+    .make = makeTask<LocateTask>,
+};
+
+} // namespace veltool

@@ -1,0 +1,64 @@
+// veltool ds read: the elements of a dataset as text.
+#include "tools/veltool/ds/dsCommands.h"
+#include "tools/veltool/ds/dsContainer.h"
+#include "tools/veltool/ds/dsValues.h"
+
+#include <CLI/App.hpp>
+
+namespace veltool {
+
+namespace {
+
+class ReadTask : public Task
+{
+public:
+    void addOptions(CLI::App &app) override
+    {
+        app.add_option("--as", as_, "Convert to this type")->type_name("TYPE");
+    }
+
+    int run(const Words &words) override
+    {
+        const DatasetName name(words[1], words[2], words[3]);
+        const ReadableFile file(words[0]);
+        Container container;
+        container.open(file);
+        print(container, container.locate(name).front().position);
+        container.close();
+        return statusGood;
+    }
+
+private:
+    void print(Container &container, std::int64_t position) const
+    {
+        open_file &file = container.primary();
+        // Nothing is allocated before the header is known to be true.
+        located_start start;
+        container.check(read_located_dataset_start(file, position, start));
+        reading_plan plan;
+        container.check(plan_reading(file, start, as_, plan));
+        element_storage storage;
+        if (!storage.allocate(plan.counts(), plan.wanted.string_slot()))
+            container.check(file.report->no_memory("ds read", storage.bytes()));
+        container.check(read_planned(file, start, plan, storage.data()));
+        printValues(plan.wanted, plan.stored.count, storage.data());
+    }
+
+    std::string as_;
+};
+
+} // namespace
+
+const Command dsReadCommand = {
+    .name = "ds read",
+    .words = "FILE WHAT WHERE WHEN",
+    .fewest = 4,
+    .most = 4,
+    .passesOn = false,
+    .purpose = "Print the data of a dataset",
+    .details = "One element a line; characters all on one line; a record of a structure is a line "
+               "with tabs between its values. Of several matches the first that ds locate shows.",
+    .make = makeTask<ReadTask>,
+};
+
+} // namespace veltool

@@ -1,0 +1,132 @@
+#include "tools/veltool/support/commandData.h"
+
+#include "tools/veltool/ds/dsCommandData.h"
+#include "tools/veltool/support/input.h"
+#include "veltext/libraryFaults.h"
+#include "veltext/textFault.h"
+
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <optional>
+
+namespace veltool {
+
+namespace {
+
+constexpr std::string_view containerStart = "*INFO";
+
+bool isRegularFile(const std::string &file)
+{
+    std::error_code error;
+    return file != standardInput && std::filesystem::is_regular_file(file, error);
+}
+
+/// One message says it all here: that of the code.
+int dropMessage(const char *, std::int32_t)
+{
+    return 0;
+}
+
+/// The command data of the container at `path`; `file` is named in messages.
+veltext::SourceText readContainer(const std::string &path, const std::string &file)
+{
+    try {
+        return veltext::SourceText(readCommandData(ReadableFile(path), dropMessage));
+    } catch (const ContainerFailure &failure) {
+        throw Failure(file + ": no command data can be read: " + io_code_text(failure.status()));
+    }
+}
+
+} // namespace
+
+FileKind kindOf(std::string_view firstBytes)
+{
+    return firstBytes.substr(0, containerStart.size()) == containerStart ? FileKind::Container
+                                                                         : FileKind::Text;
+}
+
+FileKind kindOfFile(const std::string &file)
+{
+    if (!isRegularFile(file))
+        return FileKind::Text;
+    std::ifstream in(file, std::ios::binary);
+    std::string start(containerStart.size(), '\0');
+    in.read(start.data(), static_cast<std::streamsize>(start.size()));
+    return kindOf(start);
+}
+
+Refusal containerRefusal(const std::string &file)
+{
+    return Refusal(file + ": is a def or res file; nothing was written; take its command data out "
+                          "with veltool extract, edit that, and put it back with veltool embed");
+}
+
+velHandlePtr newHandle(Libraries libraries)
+{
+    velHandlePtr handle(velCreateHandle());
+    if (!handle)
+        throw std::bad_alloc();
+    if (libraries == Libraries::Skip)
+        return handle;
+    if (const char *errors = readLibraries(handle.get()))
+        throw Failure(veltext::placedLibraryErrors(errors));
+    return handle;
+}
+
+velHandlePtr loadFile(const std::string &file, Libraries libraries)
+{
+    // The database reads a plain file by itself, without a copy of ours. The
+    // slower way serves pipes, and finds the line at fault.
+    if (isRegularFile(file) && kindOfFile(file) == FileKind::Text) {
+        velHandlePtr handle = newHandle(libraries);
+        if (!loadVELFile(handle.get(), file.c_str(), "vel"))
+            return handle;
+    }
+    velHandlePtr handle = newHandle(libraries);
+    parseText(handle.get(), readText(file), file);
+    return handle;
+}
+
+veltext::SourceText readText(const std::string &file)
+{
+    // Of a container, which may be large, only the command data is read.
+    if (kindOfFile(file) == FileKind::Container)
+        return readContainer(file, file);
+    std::string bytes = readInput(file);
+    if (kindOf(bytes) == FileKind::Container)
+        return readContainer(TemporaryCopy(bytes).path(), file);
+    return veltext::SourceText(std::move(bytes));
+}
+
+void throwParseFailure(const veltext::SourceText &text, const std::string &file,
+                       const std::string &message, Libraries libraries)
+{
+    const velHandlePtr handle = newHandle(libraries);
+    const std::optional<veltext::TextFault> fault = veltext::findFault(text, handle.get());
+    throw Failure(file, fault ? fault->line : 0, fault ? fault->message : message);
+}
+
+void parseText(velHandle *handle, const veltext::SourceText &text, const std::string &file)
+{
+    const velArray lines = text.parsedLines();
+    const char *error = parseVELData(handle, &lines, 0);
+    if (!error)
+        return;
+    throwParseFailure(text, file, error);
+}
+
+void requireShallow(const velHandle *handle, const std::string &file)
+{
+    if (velDeepestBlock(handle) > mostLevels)
+        throwTooDeep(file);
+}
+
+void throwTooDeep(const std::string &file)
+{
+    throw Failure(file, 0,
+                  "objects nest deeper than " + std::to_string(mostLevels) +
+                      " levels; this command does not take such files");
+}
+
+} // namespace veltool

@@ -1,0 +1,55 @@
+#include "veltext/counterpart.h"
+
+#include "veltext/treeWalk.h"
+
+#include <cstring>
+
+namespace veltext {
+
+namespace {
+
+bool isNamedObject(const velNodeInfo &info)
+{
+    return info.kind == velObject && info.name;
+}
+
+/// The word that a singleton or parameter puts into a path.
+const char *singleWord(const velNodeInfo &info)
+{
+    return info.kind == velParam ? info.name : info.type;
+}
+
+} // namespace
+
+bool haveSameComponent(const velNodeInfo &a, const velNodeInfo &b)
+{
+    if (isNamedObject(a) != isNamedObject(b))
+        return false;
+    if (isNamedObject(a))
+        return std::strcmp(a.name, b.name) == 0 && std::strcmp(a.type, b.type) == 0;
+    return std::strcmp(singleWord(a), singleWord(b)) == 0;
+}
+
+bool areSameSort(const velNodeInfo &a, const velNodeInfo &b)
+{
+    return (a.kind == velParam) == (b.kind == velParam);
+}
+
+Counterpart::Counterpart(velHandle *tree, const velNode *parent)
+    : tree_(tree), expected_(parent ? velFirstChild(parent) : nullptr), hasParent_(parent)
+{
+}
+
+const velNode *Counterpart::find(const velNodeInfo &child, const std::string &parentPath)
+{
+    if (!hasParent_)
+        return nullptr;
+    const velNode *found = expected_;
+    if (!found || !haveSameComponent(velDescribe(tree_, found), child))
+        found = velFindNode(tree_, (parentPath + '/' + component(child)).c_str());
+    if (found)
+        expected_ = velNextSibling(found);
+    return found;
+}
+
+} // namespace veltext

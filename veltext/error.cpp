@@ -1,0 +1,24 @@
+#include "veltext/error.h"
+
+#include <system_error>
+
+namespace veltext {
+
+Error::Error(const std::string &file, std::size_t line, const std::string &sentence)
+    : velEditor::error(file + (line ? ':' + std::to_string(line) : "") + ": " + sentence),
+      sentence_(sentence), line_(line)
+{
+}
+
+void require(const char *message, const std::string &where)
+{
+    if (message)
+        throw where.empty() ? Error(message) : Error(where, 0, message);
+}
+
+Error systemError(const std::string &what, int error)
+{
+    return {what, 0, std::generic_category().message(error)};
+}
+
+} // namespace veltext

@@ -1,0 +1,166 @@
+#include "veltext/mergePlan.h"
+
+#include "veltext/counterpart.h"
+#include "veltext/error.h"
+#include "veltext/treeDiff.h"
+#include "veltext/treeWalk.h"
+
+#include <cstring>
+#include <deque>
+
+namespace veltext {
+
+namespace {
+
+/// A node of one of the trees; no node where it is not there.
+struct Side
+{
+    velHandle *tree;
+    const velNode *node;
+
+    [[nodiscard]] bool isObject() const { return node && velDescribe(tree, node).kind != velParam; }
+};
+
+bool areSame(const Side &a, const Side &b, const std::string &path)
+{
+    if (!a.node || !b.node)
+        return !a.node && !b.node;
+    return haveSameData(a.tree, a.node, b.tree, b.node, path);
+}
+
+/// Whether the later side has anything that the former lacks, or another value.
+bool hasNews(const Side &former, const Side &later, const std::string &path)
+{
+    bool isNew = false;
+    compareTrees(
+        former.tree, former.node, later.tree, later.node, path,
+        [&](const Difference &found) { isNew = isNew || found.kind != DifferenceKind::Removed; });
+    return isNew;
+}
+
+class Planner
+{
+public:
+    explicit Planner(const MergeTrees &trees) : trees_(trees)
+    {
+        levels_.push_back({velFindNode(trees.base, "/"), velFindNode(trees.ours, "/"),
+                           velFindNode(trees.theirs, "/"), ""});
+    }
+
+    std::vector<MergeStep> run()
+    {
+        while (!levels_.empty()) {
+            const Level level = std::move(levels_.front());
+            levels_.pop_front();
+            planChildrenOfTheirs(level);
+            planChildrenOfOursAlone(level);
+        }
+        return std::move(steps_);
+    }
+
+private:
+    /// An object of OURS and THEIRS.
+    struct Level
+    {
+        const velNode *base; ///< null where BASE has no such object
+        const velNode *ours;
+        const velNode *theirs;
+        std::string path; ///< empty for the root
+    };
+
+    void planChildrenOfTheirs(const Level &level)
+    {
+        Counterpart inBase(trees_.base, level.base);
+        Counterpart inOurs(trees_.ours, level.ours);
+        const velNode *behind = nullptr;
+        for (const velNode *theirs = velFirstChild(level.theirs); theirs;
+             theirs = velNextSibling(theirs)) {
+            const velNodeInfo info = velDescribe(trees_.theirs, theirs);
+            const velNode *ours = inOurs.find(info, level.path);
+            plan(level, info, {inBase.find(info, level.path), ours, theirs}, behind);
+            behind = ours ? ours : behind;
+        }
+    }
+
+    void planChildrenOfOursAlone(const Level &level)
+    {
+        Counterpart inBase(trees_.base, level.base);
+        Counterpart inTheirs(trees_.theirs, level.theirs);
+        for (const velNode *ours = velFirstChild(level.ours); ours; ours = velNextSibling(ours)) {
+            const velNodeInfo info = velDescribe(trees_.ours, ours);
+            if (!inTheirs.find(info, level.path))
+                plan(level, info, {inBase.find(info, level.path), ours, nullptr}, nullptr);
+        }
+    }
+
+    struct Three
+    {
+        const velNode *base;
+        const velNode *ours;
+        const velNode *theirs;
+    };
+
+    void plan(const Level &level, const velNodeInfo &info, const Three &child,
+              const velNode *behind)
+    {
+        const Side base{trees_.base, child.base};
+        const Side ours{trees_.ours, child.ours};
+        const Side theirs{trees_.theirs, child.theirs};
+        // Most of a large file is parameters that nobody changed.
+        if (isSameParam(ours, theirs))
+            return;
+        std::string path = level.path + '/' + component(info);
+        if (ours.isObject() && theirs.isObject()) {
+            const velNode *common = base.isObject() ? base.node : nullptr;
+            levels_.push_back({common, ours.node, theirs.node, std::move(path)});
+            return;
+        }
+        if (areSame(ours, theirs, path) || areSame(base, theirs, path))
+            return;
+        // What one side deleted altogether, the other may have deleted in part.
+        if (!ours.node && !hasNews(base, theirs, path))
+            return;
+        const bool isClear = theirs.node ? areSame(base, ours, path) : !hasNews(base, ours, path);
+        const StepKind kind = isClear ? StepKind::Take : StepKind::Conflict;
+        steps_.push_back(
+            {kind, std::move(path), child.base, child.ours, child.theirs, level.ours, behind});
+    }
+
+    static bool isSameParam(const Side &a, const Side &b)
+    {
+        if (!a.node || !b.node)
+            return false;
+        const char *valueOfA = velDescribe(a.tree, a.node).value;
+        const char *valueOfB = velDescribe(b.tree, b.node).value;
+        return valueOfA && valueOfB && std::strcmp(valueOfA, valueOfB) == 0;
+    }
+
+    const MergeTrees &trees_;
+    std::deque<Level> levels_; ///< still to be looked at
+    std::vector<MergeStep> steps_;
+};
+
+} // namespace
+
+std::vector<MergeStep> planMerge(const MergeTrees &trees)
+{
+    return Planner(trees).run();
+}
+
+void takeTheirs(const MergeTrees &trees, const std::string &path)
+{
+    const velNode *theirs = velFindNode(trees.theirs, path.c_str());
+    const velKind oursKind = velKindOf(trees.ours, path.c_str());
+    const velKind theirsKind = velKindOf(trees.theirs, path.c_str());
+    if (oursKind != velNone && oursKind != theirsKind)
+        require(deleteObjH(trees.ours, path.c_str()));
+    for (TreeWalk walk(trees.theirs, theirs, path); walk.node(); walk.step()) {
+        const char *where = walk.path().c_str();
+        const velNodeInfo &info = walk.info();
+        require(info.kind == velParam
+                    ? velCreateParam(trees.ours, where, info.value ? info.value : "")
+                    : velCreateObject(trees.ours, where, false));
+    }
+}
+
+} // namespace veltext

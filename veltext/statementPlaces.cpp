@@ -1,0 +1,89 @@
+#include "veltext/statementPlaces.h"
+
+#include "veltext/treeWalk.h"
+
+#include <unordered_set>
+
+namespace veltext {
+
+namespace {
+
+/// The blocks that are open, and the path that they give.
+class OpenBlocks
+{
+public:
+    struct Block
+    {
+        std::size_t pathLength; ///< of what is around it
+        const velNode *node;
+        Place place; ///< its end is not known yet
+    };
+
+    /// `handle` is null for what is of no interest.
+    void open(velHandle *handle, const Statement &statement)
+    {
+        const std::size_t length = path_.size();
+        path_.append(1, '/').append(statement.component);
+        const velNode *node = handle ? velFindNode(handle, path_.c_str()) : nullptr;
+        const std::size_t body = statement.lines.first + statement.lines.count;
+        blocks_.push_back({length, node, {statement.lines, body}});
+    }
+
+    [[nodiscard]] bool isEmpty() const { return blocks_.empty(); }
+
+    Block close()
+    {
+        const Block block = blocks_.back();
+        path_.resize(block.pathLength);
+        blocks_.pop_back();
+        return block;
+    }
+
+private:
+    std::string path_;
+    std::vector<Block> blocks_;
+};
+
+} // namespace
+
+StatementPlaces::StatementPlaces(const SourceText &source, velHandle *handle,
+                                 const std::vector<const velNode *> &wanted)
+{
+    std::unordered_set<std::string> components; ///< few, against all that a file states
+    for (const velNode *node : wanted) {
+        if (node && places_.try_emplace(node).second)
+            components.insert(component(velDescribe(handle, node)));
+    }
+    if (places_.empty())
+        return;
+    OpenBlocks open;
+    Statement statement;
+    const auto close = [&](std::size_t endLine) {
+        OpenBlocks::Block block = open.close();
+        const auto found = places_.find(block.node);
+        block.place.lines.count = endLine - block.place.lines.first;
+        if (found != places_.end())
+            found->second.push_back(block.place);
+    };
+    for (std::size_t line = 0; line < source.lineCount(); line += statement.lines.count) {
+        readStatement(source, line, Positions::Skip, &statement);
+        const std::size_t end = line + statement.lines.count;
+        if (statement.kind == StatementKind::Header) {
+            open.open(components.contains(statement.component) ? handle : nullptr, statement);
+        } else if (statement.kind == StatementKind::Parameter) {
+            open.open(components.contains(statement.component) ? handle : nullptr, statement);
+            close(end);
+        } else if (statement.kind == StatementKind::End && !open.isEmpty()) {
+            close(end);
+        }
+    }
+}
+
+const std::vector<Place> &StatementPlaces::of(const velNode *node) const
+{
+    static const std::vector<Place> none;
+    const auto found = places_.find(node);
+    return found == places_.end() ? none : found->second;
+}
+
+} // namespace veltext

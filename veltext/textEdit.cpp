@@ -1,0 +1,282 @@
+#include "veltext/textEdit.h"
+
+#include "veltext/error.h"
+#include "veltext/valueEdit.h"
+
+#include "velapilt/src/velapilt.h"
+
+#include <algorithm>
+
+namespace veltext {
+
+namespace {
+
+constexpr std::int32_t newLineWidth = 79;
+constexpr const char *usualIndent = "  ";
+
+std::string parentOf(const std::string &path)
+{
+    const std::size_t slash = path.rfind('/');
+    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+}
+
+std::string componentOf(const std::string &path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+std::string indentOf(const SourceText &source, LineRange lines)
+{
+    return std::string(leadingBlanks(source.line(lines.first)));
+}
+
+} // namespace
+
+/// Writes the edited text.
+///
+/// 1. Every edit becomes splices: bytes of the source and what takes their place.
+/// 2. These are sorted by place and applied.
+class EditWriter
+{
+public:
+    using Index = StatementTree::Index;
+    using Stated = StatementTree::Stated;
+
+    explicit EditWriter(const TextEdit &edit)
+        : edit_(edit), source_(edit.source_), lineEnd_(lineEndOf(0))
+    {
+    }
+
+    std::string write()
+    {
+        for (const auto &[index, value] : edit_.values_)
+            splices_.push_back(valueSplice(source_, statement(index).lines, value));
+        for (const auto &[index, component] : edit_.components_)
+            splices_.push_back(componentSplice(source_, statement(index).lines, component));
+        for (const LineRange &lines : edit_.removed_)
+            splices_.push_back({source_.lineStart(lines.first), behind(lines), {}});
+        for (const auto &[node, paths] : edit_.additions_)
+            insert(node, paths);
+        return apply();
+    }
+
+private:
+    const Stated &statement(Index index) const { return edit_.tree_.statement(index); }
+
+    std::size_t behind(LineRange lines) const
+    {
+        return source_.lineStart(lines.first + lines.count);
+    }
+
+    std::string lineEndOf(std::size_t line) const
+    {
+        return line < source_.lineCount() && source_.line(line).ends_with('\r') ? "\r\n" : "\n";
+    }
+
+    /// New assignments go behind the last one of the block, new objects to its
+    /// end, so that the block reads as if it had been written so.
+    void insert(Index node, const std::vector<std::string> &paths)
+    {
+        const Index header = edit_.tree_.node(node).last;
+        for (const bool objects : {false, true}) {
+            std::string text;
+            for (const std::string &path : paths) {
+                const TextEdit::Added &added = edit_.added_.at(path);
+                if (added.isObject == objects)
+                    render(added, indentFor(header, objects), &text);
+            }
+            if (!text.empty())
+                splices_.push_back({place(header, objects), place(header, objects), text});
+        }
+    }
+
+    std::size_t place(Index header, bool isObject) const
+    {
+        if (header == StatementTree::none)
+            return source_.lineStart(edit_.tree_.unfinishedLine());
+        const Stated &block = statement(header);
+        if (isObject)
+            return source_.lineStart(block.end.first);
+        const Index sibling = block.lastParameter;
+        return behind(sibling == StatementTree::none ? block.lines : statement(sibling).lines);
+    }
+
+    /// That of the statements beside the new one, the likest first.
+    std::string indentFor(Index header, bool isObject) const
+    {
+        if (header == StatementTree::none) {
+            const Index sibling = edit_.tree_.lastTopLevel();
+            return sibling == StatementTree::none ? ""
+                                                  : indentOf(source_, statement(sibling).lines);
+        }
+        const Stated &block = statement(header);
+        const Index like = isObject ? block.lastObject : block.lastParameter;
+        const Index other = isObject ? block.lastParameter : block.lastObject;
+        for (const Index sibling : {like, other}) {
+            if (sibling != StatementTree::none)
+                return indentOf(source_, statement(sibling).lines);
+        }
+        return indentOf(source_, block.lines) + indentStep(block);
+    }
+
+    /// How much deeper the block stands than the one that it is in.
+    std::string indentStep(const Stated &block) const
+    {
+        if (block.block == StatementTree::none)
+            return usualIndent;
+        const std::string own = indentOf(source_, block.lines);
+        const std::string outer = indentOf(source_, statement(block.block).lines);
+        return own.starts_with(outer) ? own.substr(outer.size()) : usualIndent;
+    }
+
+    void render(const TextEdit::Added &added, const std::string &indent, std::string *text) const
+    {
+        if (!added.isObject) {
+            const std::string guard(added.remark.empty() ? guardOf(added.value) : "");
+            line(indent + added.component + (added.value.empty() ? " =" : " = ") + added.value +
+                     guard,
+                 text);
+            if (!added.remark.empty())
+                text->insert(text->size() - lineEnd_.size(), ' ' + added.remark);
+            return;
+        }
+        const std::size_t colon = added.component.find(':');
+        line(indent + added.component.substr(0, colon) + ':' +
+                 (colon == std::string::npos ? "" : ' ' + added.component.substr(colon + 1)),
+             text);
+        for (const bool objects : {false, true}) {
+            for (const std::string &path : added.children) {
+                const TextEdit::Added &child = edit_.added_.at(path);
+                if (child.isObject == objects)
+                    render(child, indent + usualIndent, text);
+            }
+        }
+        line(indent + "END", text);
+    }
+
+    /// Wrapped as the editor would.
+    void line(const std::string &statement, std::string *text) const
+    {
+        velArray pieces(velArrayKind::Strings);
+        veltext::require(velWrapLine(statement.c_str(), newLineWidth, &pieces));
+        const velStringList lines = pieces.takeStrings();
+        for (const char *piece : lines)
+            text->append(piece).append(lineEnd_);
+    }
+
+    std::string apply()
+    {
+        std::stable_sort(splices_.begin(), splices_.end(), [](const Splice &a, const Splice &b) {
+            return a.begin != b.begin ? a.begin < b.begin : a.end < b.end;
+        });
+        std::string result;
+        std::size_t done = 0;
+        for (const Splice &splice : splices_) {
+            if (splice.begin < done) // inside a block that goes as a whole
+                continue;
+            result.append(source_.bytes(), done, splice.begin - done);
+            done = splice.end;
+            append(splice, &result);
+        }
+        result.append(source_.bytes(), done);
+        return result;
+    }
+
+    /// New lines behind a last line without a line end take its place as that.
+    void append(const Splice &splice, std::string *result) const
+    {
+        const bool isInsertion = splice.begin == splice.end && splice.text.ends_with('\n');
+        const bool isFirst = splice.begin == source_.lineStart(0);
+        if (!isInsertion || isFirst || result->empty() || result->ends_with('\n')) {
+            *result += splice.text;
+            return;
+        }
+        *result += lineEnd_ + splice.text;
+        result->resize(result->size() - lineEnd_.size());
+    }
+
+    const TextEdit &edit_;
+    const SourceText &source_;
+    std::string lineEnd_; ///< of new lines
+    std::vector<Splice> splices_;
+};
+
+TextEdit::TextEdit(const SourceText &source) : source_(source), tree_(source) {}
+
+TextEdit::Index TextEdit::require(const std::string &path) const
+{
+    const Index index = tree_.find(path);
+    if (index == StatementTree::none)
+        throw Error(path + ": no line of the file states this");
+    return index;
+}
+
+void TextEdit::setValue(const std::string &path, const std::string &value)
+{
+    values_[tree_.node(require(path)).last] = value;
+}
+
+void TextEdit::remove(const std::string &path)
+{
+    for (Index i = tree_.node(require(path)).last; i != StatementTree::none;
+         i = tree_.statement(i).previous) {
+        LineRange lines = tree_.statement(i).lines;
+        const LineRange end = tree_.statement(i).end;
+        if (end.count > 0)
+            lines.count = end.first + end.count - lines.first;
+        removed_.push_back(lines);
+    }
+}
+
+void TextEdit::rename(const std::string &path, const std::string &component)
+{
+    const Index node = require(path);
+    for (Index i = tree_.node(node).last; i != StatementTree::none; i = tree_.statement(i).previous)
+        components_[i] = component;
+    tree_.rename(node, component);
+}
+
+std::string TextEdit::remarkOf(const std::string &path) const
+{
+    Statement statement;
+    const LineRange lines = tree_.statement(tree_.node(require(path)).last).lines;
+    readStatement(source_, lines.first, Positions::Skip, &statement);
+    return statement.text.substr(statement.remark);
+}
+
+void TextEdit::addParameter(const std::string &path, const std::string &value,
+                            const std::string &remark)
+{
+    add(path, {.component = componentOf(path),
+               .value = value,
+               .remark = remark,
+               .isObject = false,
+               .children = {}});
+}
+
+void TextEdit::addObject(const std::string &path)
+{
+    add(path, {.component = componentOf(path),
+               .value = {},
+               .remark = {},
+               .isObject = true,
+               .children = {}});
+}
+
+void TextEdit::add(const std::string &path, Added added)
+{
+    const std::string parent = parentOf(path);
+    const auto above = added_.find(parent);
+    if (above != added_.end())
+        above->second.children.push_back(path);
+    else
+        additions_[require(parent)].push_back(path);
+    added_.emplace(path, std::move(added));
+}
+
+std::string TextEdit::bytes() const
+{
+    return EditWriter(*this).write();
+}
+
+} // namespace veltext

@@ -1,0 +1,118 @@
+#include "veltext/treeData.h"
+
+#include "veltext/textEdit.h"
+#include "veltext/treeWalk.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace veltext {
+
+namespace {
+
+bool isSameNode(const velNode *a, const velNodeInfo &info, velHandle *handle, const velNode *b)
+{
+    if (!b || velChildCount(a) != velChildCount(b))
+        return false;
+    const velNodeInfo other = velDescribe(handle, b);
+    if (info.kind != other.kind || !info.value != !other.value)
+        return false;
+    return !info.value || std::strcmp(info.value, other.value) == 0;
+}
+
+bool isBelow(const std::string &path, const std::string &object)
+{
+    return !object.empty() && path.size() > object.size() && path.starts_with(object) &&
+           path[object.size()] == '/';
+}
+
+bool isSameKind(const TreeData::Item &a, const TreeData::Item &b)
+{
+    return a.value.has_value() == b.value.has_value();
+}
+
+void removeWhatIsGone(const TreeData &before, const TreeData &after, TextEdit *edit)
+{
+    std::string removed; // what is below it goes with it
+    for (const TreeData::Item &item : before.items()) {
+        if (isBelow(item.path, removed))
+            continue;
+        const TreeData::Item *now = after.find(item.path);
+        if (now && isSameKind(*now, item))
+            continue;
+        edit->remove(item.path);
+        removed = item.path;
+    }
+}
+
+std::string movedRemark(const std::string &path, const TreeData &before, const Moves &moves,
+                        const TextEdit &edit)
+{
+    const auto move = moves.find(path);
+    if (move == moves.end() || !before.find(move->second))
+        return {};
+    return edit.remarkOf(move->second);
+}
+
+} // namespace
+
+TreeData::TreeData(velHandle *handle)
+{
+    TreeWalk walk(handle, velFindNode(handle, "/"), "/");
+    for (walk.step(); walk.node(); walk.step()) {
+        const velNodeInfo &info = walk.info();
+        std::optional<std::string> value;
+        if (info.kind == velParam)
+            value = info.value ? info.value : "";
+        add({walk.path(), std::move(value)});
+    }
+}
+
+void TreeData::add(Item item)
+{
+    places_.emplace(item.path, items_.size());
+    items_.push_back(std::move(item));
+}
+
+const TreeData::Item *TreeData::find(const std::string &path) const
+{
+    const auto found = places_.find(path);
+    return found == places_.end() ? nullptr : &items_[found->second];
+}
+
+bool isSameData(velHandle *a, velHandle *b)
+{
+    TreeWalk walk(a, velFindNode(a, "/"), "/");
+    for (; walk.node(); walk.step()) {
+        if (!isSameNode(walk.node(), walk.info(), b, velFindNode(b, walk.path().c_str())))
+            return false;
+    }
+    return true;
+}
+
+bool isSameData(const TreeData &a, const TreeData &b)
+{
+    return a.items().size() == b.items().size() &&
+           std::all_of(a.items().begin(), a.items().end(), [&](const TreeData::Item &item) {
+               const TreeData::Item *other = b.find(item.path);
+               return other && other->value == item.value;
+           });
+}
+
+void editTowards(const TreeData &before, const TreeData &after, const Moves &moves, TextEdit *edit)
+{
+    removeWhatIsGone(before, after, edit);
+    for (const TreeData::Item &item : after.items()) {
+        const TreeData::Item *was = before.find(item.path);
+        const bool isKept = was && isSameKind(*was, item);
+        if (!isKept && item.value)
+            edit->addParameter(item.path, *item.value,
+                               movedRemark(item.path, before, moves, *edit));
+        else if (!isKept)
+            edit->addObject(item.path);
+        else if (was->value != item.value)
+            edit->setValue(item.path, *item.value);
+    }
+}
+
+} // namespace veltext

@@ -1,0 +1,50 @@
+// All that a tree holds, apart from its order.
+#pragma once
+
+#include "velapilt/src/velapilt.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace veltext {
+
+class TextEdit;
+
+/// The nodes of a tree in stored order, found by their paths.
+class TreeData
+{
+public:
+    struct Item
+    {
+        std::string path;
+        std::optional<std::string> value; ///< of a parameter only
+    };
+
+    TreeData() = default;
+    explicit TreeData(velHandle *handle);
+
+    void add(Item item);
+
+    [[nodiscard]] const std::vector<Item> &items() const { return items_; }
+    [[nodiscard]] const Item *find(const std::string &path) const;
+
+private:
+    std::vector<Item> items_;
+    std::unordered_map<std::string, std::size_t> places_;
+};
+
+/// Whether both trees hold the same objects, parameters and values.
+[[nodiscard]] bool isSameData(velHandle *a, velHandle *b);
+[[nodiscard]] bool isSameData(const TreeData &a, const TreeData &b);
+
+/// Former paths of parameters, by those that they have moved to.
+using Moves = std::unordered_map<std::string, std::string>;
+
+/// Edits a text that holds the data `before` so that it holds `after`. What has
+/// moved takes the remark on its line along.
+void editTowards(const TreeData &before, const TreeData &after, const Moves &moves, TextEdit *edit);
+
+} // namespace veltext

@@ -1,0 +1,69 @@
+#include "veltext/treeWalk.h"
+
+namespace veltext {
+
+TreeWalk::TreeWalk(const velHandle *handle, const velNode *start, std::string path)
+    : handle_(handle), node_(start), path_(std::move(path))
+{
+    if (node_)
+        info_ = velDescribe(handle_, node_);
+}
+
+void TreeWalk::step()
+{
+    const velNode *child = velFirstChild(node_);
+    if (!child) {
+        skipChildren();
+        return;
+    }
+    // The root's path counts as empty in those of its children.
+    open_.push_back({node_, path_ == "/" ? 0 : path_.size()});
+    enter(child);
+}
+
+void TreeWalk::skipChildren()
+{
+    for (; !open_.empty(); open_.pop_back()) {
+        if (const velNode *next = velNextSibling(node_)) {
+            enter(next);
+            return;
+        }
+        node_ = open_.back().node;
+    }
+    node_ = nullptr;
+}
+
+void TreeWalk::enter(const velNode *node)
+{
+    node_ = node;
+    info_ = velDescribe(handle_, node);
+    path_.resize(open_.back().pathLength);
+    path_ += '/';
+    path_ += component(info_);
+}
+
+std::string component(const velNodeInfo &info)
+{
+    switch (info.kind) {
+    case velParam:
+        return info.name;
+    case velObject:
+        return info.name ? std::string(info.type) + ':' + info.name : info.type;
+    default:
+        return info.type;
+    }
+}
+
+std::string statementOf(const velNodeInfo &info)
+{
+    switch (info.kind) {
+    case velParam:
+        return std::string(info.name) + " = " + (info.value ? info.value : "");
+    case velObject:
+        return std::string(info.type) + ": " + (info.name ? info.name : "");
+    default:
+        return std::string(info.type) + ':';
+    }
+}
+
+} // namespace veltext
