@@ -16,7 +16,7 @@ class FileLock
 public:
     /// Waits until no other program holds the lock of the regular file `file`,
     /// and holds it for as long as the object lives. A link is followed. Where a
-    /// file system has no locks, nothing is locked. Throws a Error for a file
+    /// file system has no locks, nothing is locked. Throws an Error for a file
     /// that cannot be written, or is not a regular one.
     explicit FileLock(const std::string &file);
     ~FileLock();

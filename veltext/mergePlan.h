@@ -45,7 +45,7 @@ struct MergeTrees
 /// of THEIRS, behind them those about what only OURS has.
 [[nodiscard]] std::vector<MergeStep> planMerge(const MergeTrees &trees);
 
-/// Gives the tree of OURS what THEIRS has at a path. Throws a Error.
+/// Gives the tree of OURS what THEIRS has at a path. Throws an Error.
 void takeTheirs(const MergeTrees &trees, const std::string &path);
 
 } // namespace veltext

@@ -1,6 +1,7 @@
 #include "veltext/replaceFile.h"
 
 #include "veltext/error.h"
+#include "veltext/folder.h"
 #include "veltext/heldSignals.h"
 #include "veltext/readFile.h"
 #include "veltext/writeAll.h"
@@ -19,23 +20,6 @@ namespace {
 
 constexpr mode_t permissionBits = 07777;
 constexpr mode_t newFileMode = 0666;
-
-std::string folderOf(const std::string &file)
-{
-    const std::string folder = std::filesystem::path(file).parent_path().string();
-    return folder.empty() ? "." : folder;
-}
-
-/// The names in a folder outlive a power failure only when it is flushed too.
-/// Some file systems refuse that; the data is safe then as far as it can be.
-void flushFolder(const std::string &folder)
-{
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return;
-    (void)fsync(descriptor);
-    close(descriptor);
-}
 
 /// A new file that is gone again unless it is given its final name.
 class TemporaryFile
@@ -87,7 +71,7 @@ public:
     {
         if (std::rename(name_.c_str(), to.c_str()) != 0)
             throw systemError(shown_, errno);
-        flushFolder(folderOf(to));
+        flushFolderOf(to);
     }
 
 private:

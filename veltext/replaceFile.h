@@ -17,12 +17,12 @@ class EditedFile
 {
 public:
     /// Make it before the file is read: it waits for other programs that change
-    /// the file, and locks it. Throws a Error for what cannot be changed:
+    /// the file, and locks it. Throws an Error for what cannot be changed:
     /// standard input, not a regular file, no right to write.
     explicit EditedFile(const std::string &file);
 
     /// Gives the file these bytes; permissions and, where the user may, owner
-    /// stay. A link is followed. Throws a Error; the file is then as before,
+    /// stay. A link is followed. Throws an Error; the file is then as before,
     /// as it is when somebody else has changed it since it was opened here.
     void replace(std::string_view bytes) const;
 
@@ -37,7 +37,7 @@ private:
 };
 
 /// Writes a file that need not exist: through a temporary one, or straight
-/// into what is no regular file (a device, a pipe). Throws a Error.
+/// into what is no regular file (a device, a pipe). Throws an Error.
 void writeFile(const std::string &file, std::string_view bytes);
 
 } // namespace veltext

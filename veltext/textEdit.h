@@ -22,7 +22,7 @@ public:
     /// The statements, with the names that they will have.
     [[nodiscard]] const StatementTree &tree() const { return tree_; }
 
-    // Paths are full ones in normal form. Throws a Error for a path that no
+    // Paths are full ones in normal form. Throws an Error for a path that no
     // statement of the text states.
 
     /// Replaces the value in the last assignment.

@@ -3,6 +3,9 @@
 #include "veleditor/src/SpareFile.h"
 #include "veleditor/src/TextFile.h"
 #include "velparser/api/velparser.h"
+#include "veltext/error.h"
+#include "veltext/folder.h"
+#include "veltext/readFile.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -105,6 +108,16 @@ std::string textOf(const velStringList &lines)
     return text;
 }
 
+/// All bytes of a file; nothing if they cannot be read.
+std::optional<std::string> bytesOf(const std::string &file)
+{
+    try {
+        return veltext::readBytes(file);
+    } catch (const veltext::Error &) {
+        return std::nullopt;
+    }
+}
+
 /// A target that is there, and stays as it is until a spare copy is complete.
 class Overwriting
 {
@@ -133,12 +146,12 @@ public:
     /// `backup`, if that is not empty and can be had.
     SaveResult replace(const std::string &text, const std::string &backup)
     {
-        std::string former;
+        const std::optional<std::string> former = isRegular_ ? bytesOf(target_) : std::nullopt;
         std::optional<SpareFile> copy;
-        if (isRegular_ && readBytes(target_, former))
-            copy.emplace(target_, former);
+        if (former)
+            copy.emplace(target_, *former);
         if (copy && copy->isComplete())
-            return replaceCopied(text, former, *copy, backup);
+            return replaceCopied(text, *former, *copy, backup);
         return replaceUncopied(text, copy ? copy->error() : std::string());
     }
 
@@ -153,8 +166,7 @@ private:
             return {SaveOutcome::Written, {}, {}, {}};
         }
         const std::string reason = failure_;
-        std::string found;
-        if (write(former) && readBytes(target_, found) && found == former)
+        if (write(former) && bytesOf(target_) == former)
             return {SaveOutcome::Unchanged, reason, {}, {}};
         return {SaveOutcome::Failed, reason, copy.keep(), {}};
     }
@@ -251,9 +263,9 @@ SaveResult writeCommandFile(const std::string &loaded, const std::string &target
     const bool isThere = std::filesystem::exists(target, unknown) || unknown;
     SaveResult result = isThere ? overwrite(loaded, target, permissions, backup)
                                 : create(target, permissions, backup);
-    synchroniseFolderOf(target);
+    veltext::flushFolderOf(target);
     if (std::filesystem::path(loaded).parent_path() != std::filesystem::path(target).parent_path())
-        synchroniseFolderOf(loaded);
+        veltext::flushFolderOf(loaded);
     return result;
 }
 

@@ -1,6 +1,9 @@
 #include "veleditor/src/SpareFile.h"
 
 #include "veleditor/src/TextFile.h"
+#include "veltext/error.h"
+#include "veltext/folder.h"
+#include "veltext/readFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -23,12 +26,6 @@ constexpr mode_t permissionBits = 07777;
 
 /// As much of a file's name as leaves room for what is appended.
 constexpr std::size_t longestName = 200;
-
-std::string folderOf(const std::string &file)
-{
-    const std::string folder = std::filesystem::path(file).parent_path().string();
-    return folder.empty() ? "." : folder;
-}
 
 /// Where the user's own files of this kind are, made if need be; empty if the
 /// environment names no place or it cannot be made.
@@ -60,15 +57,18 @@ void copyOwnerAndMode(const std::string &from, int descriptor)
 
 bool holds(const std::string &file, std::string_view bytes)
 {
-    std::string found;
-    return readBytes(file, found) && found == bytes;
+    try {
+        return veltext::readBytes(file) == bytes;
+    } catch (const veltext::Error &) {
+        return false;
+    }
 }
 
 } // namespace
 
 SpareFile::SpareFile(const std::string &file, std::string_view bytes)
 {
-    if (write(folderOf(file), file, bytes))
+    if (write(veltext::folderOf(file), file, bytes))
         return;
     const std::string other = userFolder();
     if (!other.empty())
@@ -94,7 +94,7 @@ bool SpareFile::write(const std::string &folder, const std::string &file, std::s
         TextFile spare(descriptor);
         spare.write(bytes);
         if (spare.close() && holds(name, bytes)) {
-            synchroniseFolderOf(name);
+            veltext::flushFolderOf(name);
             name_ = name;
             return true;
         }
@@ -118,30 +118,8 @@ bool SpareFile::becomes(const std::string &name)
     if (std::rename(name_.c_str(), name.c_str()) != 0)
         return false;
     name_.clear();
-    synchroniseFolderOf(name);
+    veltext::flushFolderOf(name);
     return true;
-}
-
-void synchroniseFolderOf(const std::string &file)
-{
-    const int descriptor = ::open(folderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return;
-    static_cast<void>(::fsync(descriptor));
-    ::close(descriptor);
-}
-
-bool readBytes(const std::string &file, std::string &bytes)
-{
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> source(std::fopen(file.c_str(), "re"),
-                                                                  std::fclose);
-    if (!source)
-        return false;
-    bytes.clear();
-    char block[1U << 16U];
-    while (const std::size_t count = std::fread(block, 1, sizeof block, source.get()))
-        bytes.append(block, count);
-    return std::ferror(source.get()) == 0;
 }
 
 } // namespace velEditor

@@ -43,11 +43,4 @@ private:
     std::string error_;
 };
 
-/// Brings the names of a file's folder to the disk, as far as the file system
-/// does that. Without it, a new or renamed file may be lost with the power.
-void synchroniseFolderOf(const std::string &file);
-
-/// All bytes of a file; false if they cannot be read.
-[[nodiscard]] bool readBytes(const std::string &file, std::string &bytes);
-
 } // namespace velEditor

@@ -1,5 +1,6 @@
 #include "veleditor/src/ValueText.h"
 
+#include "veltext/valueEdit.h"
 #include "veltext/valueText.h"
 
 #include <QCoreApplication>
@@ -39,7 +40,7 @@ QString whyFileCannotHold(std::string_view value)
 
 std::string parameterLine(const std::string &name, const std::string &value)
 {
-    return name + " = " + value + (value.ends_with('\\') ? " #" : "");
+    return name + " = " + value + std::string(veltext::guardOf(value));
 }
 
 } // namespace velEditor

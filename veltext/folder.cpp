@@ -1,0 +1,25 @@
+#include "veltext/folder.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+
+namespace veltext {
+
+std::string folderOf(const std::string &file)
+{
+    const std::string folder = std::filesystem::path(file).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
+
+void flushFolderOf(const std::string &file)
+{
+    const int descriptor = open(folderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    // Some file systems refuse that; the data is safe then as far as it can be.
+    (void)fsync(descriptor);
+    close(descriptor);
+}
+
+} // namespace veltext
