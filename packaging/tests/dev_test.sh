@@ -58,7 +58,7 @@ installed alpha beta gamma
 dev
 expect "without a word: status" 0 "$status"
 expect "without a word: every word is told" \
-    "bench build clean coverage fuzz install lint run sanitize screenshots test" \
+    "bench build clean coverage fuzz hook install lint run sanitize screenshots test" \
     "$(printf '%s\n' "$said" | sed -n 's/^  \([a-z]\{1,\}\) .*/\1/p' | sort | tr '\n' ' ' | sed 's/ $//')"
 expect "without a word: nothing is done" "" "$(cat "$record")"
 dev nonsense
@@ -215,6 +215,45 @@ good    clean " "$said"
 expect "nightly: what is run" "dev build
 dev lint HEAD
 dev clean" "$(cat "$record")"
+
+# --- The hook ---
+
+clone="$scratch/clone"
+mkdir -p "$clone/tools/hooks" "$clone/tools/lint"
+cp -- "$VEL_SOURCE_DIR/dev" "$clone/dev"
+cp -- "$VEL_SOURCE_DIR/tools/hooks/pre-commit" "$clone/tools/hooks/pre-commit"
+cat >"$clone/tools/lint/check-words" <<'END'
+#!/bin/sh
+! grep -n bad "$1/text"
+END
+chmod +x "$clone/tools/lint/check-words"
+git -C "$clone" init --quiet
+# commit TEXT: what a commit of a file with that text says, and its status.
+commit() {
+    echo "$1" >"$clone/text"
+    git -C "$clone" add .
+    said=$(git -C "$clone" -c user.name=a -c user.email=a@example.org \
+        commit --quiet -m "Change" 2>&1) && status=0 || status=$?
+}
+said=$("$clone/dev" hook 2>&1) && status=0 || status=$?
+expect "hook: installed" \
+    "0:dev: each commit is checked; git commit --no-verify skips that once" "$status:$said"
+commit good
+expect "hook: a good commit" "0:" "$status:$said"
+commit bad
+expect "hook: a bad commit" "1:1:bad
+pre-commit: tools/lint/check-words has findings" "$status:$said"
+echo good >"$clone/text"
+git -C "$clone" add .
+echo bad >"$clone/text"
+said=$(git -C "$clone" -c user.name=a -c user.email=a@example.org \
+    commit --quiet --allow-empty -m "Again" 2>&1) && status=0 || status=$?
+expect "hook: looks at what is staged" "0:" "$status:$said"
+echo "# mine" >"$clone/.git/hooks/pre-commit"
+said=$("$clone/dev" hook 2>&1) && status=0 || status=$?
+expect "hook: another one is left alone" \
+    "1:dev: .git/hooks/pre-commit is there already; remove it first, or call tools/hooks/pre-commit from it" \
+    "$status:$said"
 
 # --- Running, installing, cleaning ---
 

@@ -44,11 +44,20 @@ fi
 
 {
     grep -E '\.sh$' "$work/files" || true
-    grep -xE 'dev|veledit|\.ci/run' "$work/files" || true
+    grep -xE 'dev|veledit|\.ci/run|\.ci/words|tools/hooks/pre-commit' "$work/files" || true
 } >"$work/scripts"
 if [ -s "$work/scripts" ]; then
     xargs -d '\n' shellcheck --external-sources --shell=sh <"$work/scripts" ||
         finding "shellcheck has findings"
+fi
+
+{
+    grep -E '\.(pm|pl|t)$' "$work/files" || true
+    grep -xE 'tools/(lint/check-|manual/make-).*' "$work/files" || true
+} >"$work/perl"
+if [ -s "$work/perl" ]; then
+    xargs -d '\n' perlcritic --profile .perlcriticrc --quiet <"$work/perl" ||
+        finding "perlcritic has findings"
 fi
 
 tools/lint/check-layers || finding "the layers are broken"

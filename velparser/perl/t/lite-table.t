@@ -71,7 +71,7 @@ sub died {
 }
 
 sub compiled_names {
-    no strict 'refs';
+    no strict 'refs';    ## no critic (ProhibitNoStrict)
     return grep { defined &{"VEL::Parser::Lite::$_"}
             && B::svref_2object(\&{"VEL::Parser::Lite::$_"})->XSUB } keys %VEL::Parser::Lite::;
 }

@@ -84,7 +84,7 @@ subtest 'upgrades' => sub {
 # How often the code of a function runs while $work does.
 sub calls ($name, $work) {
     my $count = 0;
-    no strict 'refs';
+    no strict 'refs';    ## no critic (ProhibitNoStrict)
     no warnings 'redefine';
     my $code = \&$name;
     local *$name = sub { $count++; goto &$code };

@@ -66,7 +66,8 @@ sub _stated_names ($block) {
         $names{$_} = 1
             for map { split_list($part->{fields}{$_}) } 'Required Parameters', 'Optional Parameters';
     }
-    return sort keys %names;
+    my @sorted = sort keys %names;
+    return @sorted;
 }
 
 =item C<has_heirs($block)>, C<has_open_heir($block)>

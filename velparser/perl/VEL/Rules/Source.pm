@@ -162,7 +162,8 @@ The names of all fields that rules may hold, sorted. A function.
 
 sub field_names () {
     my %names = map { $_ => 1 } map { keys %$_ } values %FIELDS;
-    return sort keys %names;
+    my @sorted = sort keys %names;
+    return @sorted;
 }
 
 sub _block ($kind, $name, $path) {
