@@ -37,7 +37,7 @@ private:
 };
 
 /// Writes a file that need not exist: through a temporary one, or straight
-/// into what is no regular file (a device, a pipe). Throws an Error.
+/// into what is not a regular file (a device, a pipe). Throws an Error.
 void writeFile(const std::string &file, std::string_view bytes);
 
 } // namespace veltext

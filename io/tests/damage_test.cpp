@@ -43,6 +43,7 @@ protected:
         data.integers_size = 2;
         data.strings = strings;
         data.strings_size = 2;
+        data.string_slot = 5;
         data.logicals = logicals;
         data.logicals_size = 2;
         data.chars = chars;

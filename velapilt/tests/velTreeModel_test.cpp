@@ -28,7 +28,7 @@ struct Step
     std::vector<std::string> lines; ///< of Replace: a &replace block of the root
 };
 
-/// What a handler does when it is told of a change.
+/// What a handler does when a change is reported to it.
 struct Reaction
 {
     std::string trigger; ///< the change as it is logged, as far as the new value
