@@ -44,6 +44,7 @@ int write_file(const std::string &folder, const std::string &format, bool with_a
     data.doubles_size = 3;
     data.strings = strings.data();
     data.strings_size = 2;
+    data.string_slot = 10;
     std::string name = folder + "/" + format + (with_arrays ? "-arrays" : "-records");
     data.filename = name.c_str();
     io_session session(io_real_env());
