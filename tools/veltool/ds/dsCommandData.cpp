@@ -30,7 +30,7 @@ located_datasets findAt(Container &container, std::int32_t when)
     return found;
 }
 
-/// Of more candidates than are told apart the one at WHEN 0 counts.
+/// Of more candidates than can be distinguished, the one at WHEN 0 counts.
 located_datasets findAll(Container &container, bool &many)
 {
     located_datasets found = findAt(container, -1);
