@@ -1,5 +1,7 @@
 // What a type, a name and a value may be made of.
-#include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velCheck_p.h"
+
+#include "velapilt/src/velError_p.h"
 
 #include <cstring>
 

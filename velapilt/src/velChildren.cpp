@@ -1,6 +1,9 @@
+// What is below a node: its children as lists and groups, and searches.
+#include "velapilt/src/velError_p.h"
 #include "velapilt/src/velHandle_p.h"
-
 #include "velapilt/src/velHash.h"
+#include "velapilt/src/velResolve_p.h"
+#include "velapilt/src/velWalk_p.h"
 
 #include <algorithm>
 #include <memory>
@@ -123,7 +126,7 @@ const char *groupChildren(const velHandle *handle, const velNode *parent, ChildL
 }
 
 /// The paths of the objects below `path` for which `matches` holds, parents
-/// first, without recursion.
+/// first.
 template <typename Matches>
 const char *search(velHandle *handle, const char *path, std::uint32_t include,
                    std::uint32_t exclude, velStringList *list, Matches matches)
@@ -133,27 +136,14 @@ const char *search(velHandle *handle, const char *path, std::uint32_t include,
         return "getPartialVELH: object does not exist";
     }
     velArray found(velArrayKind::Strings);
-    const velNode *node = top;
-    bool goDown = true;
-    for (;;) {
-        if (goDown && node->firstChild() != nullptr) {
-            node = node->firstChild();
-        } else {
-            while (node != top && node->next == nullptr) {
-                node = node->parent;
-            }
-            if (node == top) {
-                break;
-            }
-            node = node->next;
-        }
+    velVisitBelow(top, [&](const velNode *node) {
         const bool isLeftOut = node->isParam() || (include != 0 && (node->flags & include) == 0) ||
                                (exclude != 0 && (node->flags & exclude) != 0);
-        goDown = !isLeftOut;
         if (!isLeftOut && matches(node) && found.addString(velPathOf(handle, node)) == 0) {
             throw std::bad_alloc();
         }
-    }
+        return !isLeftOut;
+    });
     *list = found.takeStrings();
     return nullptr;
 }

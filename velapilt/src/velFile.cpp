@@ -1,4 +1,7 @@
-#include "velapilt/src/velHandle_p.h"
+// Files read in one piece, as lines and as user data.
+#include "velapilt/src/velFile_p.h"
+
+#include "velapilt/src/velError_p.h"
 #include "velapilt/src/velScan.h"
 
 #include <algorithm>

@@ -2,10 +2,11 @@
 //
 // Two writers: the plain one keeps the stored order and everything in it; the
 // other writes user data the way a file is saved: parameters first, objects by
-// the priorities that the rules give their types, lines wrapped. Both walk the
-// tree without recursion, for a file may nest as deep as it likes.
+// the priorities that the rules give their types, lines wrapped.
 #include "velapilt/src/velHandle_p.h"
 #include "velapilt/src/velNumber.h"
+#include "velapilt/src/velResolve_p.h"
+#include "velapilt/src/velWalk_p.h"
 #include "velapilt/src/velWrap.h"
 
 #include <algorithm>
@@ -182,7 +183,7 @@ public:
         if (const char *error = open(top)) {
             return error;
         }
-        while (!levels_.empty()) {
+        while (walk_.depth() > 0) {
             if (const char *error = step()) {
                 return error;
             }
@@ -191,21 +192,12 @@ public:
     }
 
 private:
-    /// An object whose parameters are written: its child objects still to be
-    /// written are those from `next` to `end` of the common list.
-    struct Level
-    {
-        std::size_t start;
-        std::size_t next;
-        std::size_t end;
-    };
+    std::size_t indent() const { return indentStep * (walk_.depth() - 1); }
 
-    std::size_t indent() const { return indentStep * (levels_.size() - 1); }
-
+    /// Writes the parameters of an object and makes its child objects the next ones.
     const char *open(const velNode *node)
     {
-        const std::size_t start = objects_.size();
-        const std::size_t indentHere = indentStep * levels_.size();
+        const std::size_t indentHere = indentStep * walk_.depth();
         bool hasObjects = false;
         for (const velNode *child = node->firstChild(); child != nullptr; child = child->next) {
             if (!child->isParam()) {
@@ -219,14 +211,14 @@ private:
                 return error;
             }
         }
+        walk_.enter(node);
         if (hasObjects) {
-            gather(node);
+            list(node);
         }
-        levels_.push_back({start, start, objects_.size()});
         return nullptr;
     }
 
-    void gather(const velNode *node)
+    void list(const velNode *node)
     {
         std::vector<OrderedNode> objects;
         for (const velNode *child = node->firstChild(); child != nullptr; child = child->next) {
@@ -236,30 +228,26 @@ private:
         }
         sortForOutput(words_, objects);
         for (const OrderedNode &object : objects) {
-            objects_.push_back(object.node);
+            walk_.add(object.node);
         }
     }
 
     const char *step()
     {
-        Level &level = levels_.back();
-        if (level.next < level.end) {
-            const velNode *object = objects_[level.next++];
+        if (const velNode *object = walk_.next()) {
             if (const char *error = writer_.header(indent(), object)) {
                 return error;
             }
             return open(object);
         }
-        objects_.resize(level.start);
-        levels_.pop_back();
-        return levels_.empty() ? nullptr : writer_.end(indent());
+        walk_.leave();
+        return walk_.depth() == 0 ? nullptr : writer_.end(indent());
     }
 
     const velWords &words_;
     Priorities priorities_;
     LineWriter writer_;
-    std::vector<Level> levels_;
-    std::vector<const velNode *> objects_;
+    velListWalk<const velNode> walk_;
 };
 
 /// An empty list of lines; null without memory.
@@ -276,37 +264,28 @@ const char *writeStored(LineWriter &writer, const velNode *top, std::uint32_t in
                         std::uint32_t exclude)
 {
     std::size_t indent = 0;
-    const velNode *node = top->firstChild();
-    const velNode *parent = top;
-    for (;;) {
-        while (node == nullptr) { // the block of `parent` is through
-            if (parent == top) {
-                return nullptr;
-            }
-            indent -= indentStep;
-            if (const char *error = writer.end(indent)) {
-                return error;
-            }
-            node = parent->next;
-            parent = parent->parent;
-        }
+    for (velWalk walk(top); !walk.isDone();) {
+        const velNode *node = walk.node();
         const char *error = nullptr;
-        if (node->isParam()) {
+        if (node == nullptr) {
+            indent -= indentStep;
+            error = writer.end(indent);
+            walk.up();
+        } else if (node->isParam()) {
             error = writer.param(indent, node);
-        } else if (!isLeftOut(node, include, exclude)) {
+            walk.over();
+        } else if (isLeftOut(node, include, exclude)) {
+            walk.over();
+        } else {
             error = writer.header(indent, node);
             indent += indentStep;
-            parent = node;
-            node = node->firstChild();
-            if (error == nullptr) {
-                continue;
-            }
+            walk.down();
         }
         if (error != nullptr) {
             return error;
         }
-        node = node->next;
     }
+    return nullptr;
 }
 
 } // namespace

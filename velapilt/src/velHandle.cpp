@@ -1,67 +1,18 @@
+// Handles from their creation to their end, and what callers keep with them.
 #include "velapilt/src/velHandle_p.h"
 
+#include "velapilt/src/velError_p.h"
+#include "velapilt/src/velHandlers_p.h"
+#include "velapilt/src/velPathStack_p.h"
+
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <new>
+#include <string>
+#include <utility>
 
 namespace {
-
-constexpr const char *outOfMemory = "velapilt: out of memory";
-
-/// A message that a caller kept reads this instead of stale text.
-constexpr std::string_view freedMarker =
-    "USE OF FREED MEMORY.  This string belongs to a velapilt handle which has been destroyed.";
-
-void overwrite(char *text)
-{
-    if (text != nullptr) {
-        std::memcpy(text, freedMarker.data(), std::min(std::strlen(text), freedMarker.size()));
-    }
-}
-
-/// Overwrites the error text now and frees it with the next, so that a pointer
-/// kept for one message too long reads the marker.
-void retireError(velHandle *handle)
-{
-    overwrite(handle->errorText);
-    std::free(handle->retiredText);
-    handle->retiredText = std::exchange(handle->errorText, nullptr);
-}
-
-/// Takes over `text` as the handle's error text.
-const char *keepError(velHandle *handle, char *text)
-{
-    if (text == nullptr) {
-        return outOfMemory;
-    }
-    retireError(handle);
-    handle->errorText = text;
-    if (velDebugging()) {
-        std::printf("%x: VEL ERROR: %s\n", velTraceName(handle), text);
-    }
-    return text;
-}
-
-/// The formatted text in memory of its own, null without memory.
-char *format(const char *pattern, va_list arguments)
-{
-    va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, pattern, arguments);
-    char *text = nullptr;
-    if (length >= 0) {
-        const auto size = static_cast<std::size_t>(length) + 1;
-        text = static_cast<char *>(std::malloc(size));
-        if (text != nullptr) {
-            std::vsnprintf(text, size, pattern, again);
-        }
-    }
-    va_end(again);
-    return text;
-}
 
 std::string traceText(const velHandle *handle)
 {
@@ -85,7 +36,7 @@ void emptyHandle(velHandle *handle)
     handle->hasPendingLine = false;
     handle->flagStack.clear();
     handle->depth = 0;
-    retireError(handle);
+    velRetireError(handle);
 }
 
 /// Calls the release that belongs to the present user data, once.
@@ -98,16 +49,6 @@ void releaseUserData(velHandle *handle)
 }
 
 } // namespace
-
-bool velDebugging()
-{
-    return std::getenv("ZOT_VELAPI_DEBUG") != nullptr;
-}
-
-unsigned velTraceName(const velHandle *handle)
-{
-    return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(handle));
-}
 
 velHandle *velCreateHandle()
 try {
@@ -138,23 +79,6 @@ int velDestroyHandle(velHandle *handle)
         std::printf("%s: *** destroyed ***\n", name.c_str());
     }
     return 0;
-}
-
-const char *velSetError(velHandle *handle, const char *pattern, ...)
-{
-    if (std::strchr(pattern, '%') == nullptr) {
-        return keepError(handle, ::strdup(pattern));
-    }
-    va_list arguments;
-    va_start(arguments, pattern);
-    char *text = format(pattern, arguments);
-    va_end(arguments);
-    return keepError(handle, text);
-}
-
-const char *velRecordError(velHandle *handle, const std::string &message)
-{
-    return velSetError(handle, "%s", message.c_str());
 }
 
 const char *getVELStateH(velHandle *handle, std::int32_t *depth)
@@ -202,31 +126,4 @@ void velSetUserData(velHandle *handle, void *data, void (*release)(void *data))
     }
     handle->userData = data;
     handle->releaseUserData = release;
-}
-
-// --- Memory -------------------------------------------------------------------
-
-void velRelease(velHandle *handle, void *block, std::size_t bytes) noexcept
-{
-    if (handle->reporting == 0) {
-        handle->arena.release(block, bytes);
-        return;
-    }
-    try {
-        handle->graveyard.emplace_back(block, bytes);
-    } catch (const std::bad_alloc &) {
-        return; // freed with the handle
-    }
-}
-
-velOperation::~velOperation()
-{
-    if (--handle_->operations > 0) {
-        return;
-    }
-    for (const auto &[block, bytes] : handle_->graveyard) {
-        handle_->arena.release(block, bytes);
-    }
-    handle_->graveyard.clear();
-    handle_->interrupted = nullptr; // an operation that failed otherwise did not take it
 }

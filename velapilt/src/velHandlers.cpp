@@ -1,4 +1,10 @@
-#include "velapilt/src/velHandle_p.h"
+// Handlers of changes, replacements and actions: registered, called, interrupted.
+#include "velapilt/src/velHandlers_p.h"
+
+#include "velapilt/src/velError_p.h"
+#include "velapilt/src/velOperation_p.h"
+#include "velapilt/src/velResolve_p.h"
+#include "velapilt/src/velSpace_p.h"
 
 #include <cstdio>
 #include <new>

@@ -1,4 +1,6 @@
-#include "velapilt/src/velHandle_p.h"
+// Library files: which the environment names, and how they are read.
+#include "velapilt/src/velError_p.h"
+#include "velapilt/src/velFile_p.h"
 
 #include <cstdlib>
 #include <filesystem>

@@ -5,8 +5,16 @@
 //  2. take the comment away and make every run of white space one blank
 //  3. take "&replace " off its start
 //  4. hand it to the function of its kind: END, action, parameter, header
-#include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velCheck_p.h"
+#include "velapilt/src/velError_p.h"
+#include "velapilt/src/velFile_p.h"
+#include "velapilt/src/velHandlers_p.h"
+#include "velapilt/src/velOperation_p.h"
+#include "velapilt/src/velPathStack_p.h"
+#include "velapilt/src/velRemove_p.h"
 #include "velapilt/src/velScan.h"
+#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velTree_p.h"
 
 #include <algorithm>
 #include <cstring>

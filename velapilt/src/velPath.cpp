@@ -1,6 +1,7 @@
 #include "velapilt/src/velPath.h"
 
-#include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velapilt.h"
 
 #include <array>
 #include <cstring>

@@ -1,6 +1,8 @@
-#include "velapilt/src/velHandle_p.h"
+// The stack of current paths, and what a path of a caller's names.
+#include "velapilt/src/velPathStack_p.h"
 
 #include "velapilt/src/velPath.h"
+#include "velapilt/src/velResolve_p.h"
 
 #include <cstring>
 #include <new>

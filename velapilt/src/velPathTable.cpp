@@ -1,6 +1,8 @@
+// How nodes enter and leave the path table, and how it finds them.
 #include "velapilt/src/velPathTable.h"
 
 #include "velapilt/src/velBytes.h"
+#include "velapilt/src/velWalk_p.h"
 
 #include <algorithm>
 #include <array>
@@ -220,26 +222,14 @@ void velPathTable::detach(velNode *node)
     longNode_ = nullptr; // it may be below
 }
 
-/// The tree is walked without recursion, parents first, so that each child
-/// continues a hash that is already of the new function.
+/// Parents come first, so that each child continues a hash that is already of
+/// the new function.
 void velPathTable::rehashBelow(velNode *top, std::vector<velNode *> &buckets,
                                velHashFunction &function)
 {
-    velNode *node = top;
-    for (;;) {
-        if (velNode *child = node->firstChild(); child != nullptr) {
-            node = child;
-        } else {
-            while (node != top && node->next == nullptr) {
-                node = node->parent;
-            }
-            if (node == top) {
-                return;
-            }
-            node = node->next;
-        }
+    velVisitBelow(top, [this, &buckets, &function](velNode *node) {
         if (node->inTable == 0) {
-            continue;
+            return true;
         }
         const std::uint32_t hash = hashOf(function, node);
         if (!node->isParam()) {
@@ -248,7 +238,8 @@ void velPathTable::rehashBelow(velNode *top, std::vector<velNode *> &buckets,
         node->bucketNext = buckets[hash];
         buckets[hash] = node;
         ++entries_;
-    }
+        return true;
+    });
 }
 
 void velPathTable::resize(std::int64_t requestedSize)

@@ -1,10 +1,16 @@
 // Taking nodes out of the tree.
-#include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velRemove_p.h"
+
+#include "velapilt/src/velHandlers_p.h"
+#include "velapilt/src/velOperation_p.h"
+#include "velapilt/src/velPathStack_p.h"
+#include "velapilt/src/velResolve_p.h"
+#include "velapilt/src/velValidity_p.h"
+#include "velapilt/src/velWalk_p.h"
 
 #include <algorithm>
 #include <new>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -42,8 +48,7 @@ void unlink(velNode *parent, velNode *previous, velNode *node)
     --parent->childCount;
 }
 
-/// Deletes a node and all below it, children first and in order, without
-/// recursion: a file may nest as deep as it likes.
+/// Deletes a node and all below it, children first and in order.
 ///
 /// Handlers may change the tree meanwhile. Each child that an object has when
 /// the walk enters it gets one turn, and what is at its path then is deleted.
@@ -57,16 +62,8 @@ public:
     const char *run(velNode *top)
     {
         enter(top);
-        while (!levels_.empty()) {
-            Level &level = levels_.back();
-            if (level.next < level.end) {
-                velNode *child = velNodeNow(handle_, children_[level.next++]);
-                if (child != nullptr && child->firstChild() != nullptr) {
-                    enter(child);
-                } else if (const char *error = child == nullptr ? nullptr : remove(child)) {
-                    return error;
-                }
-            } else if (const char *error = leave()) {
+        while (walk_.depth() > 0) {
+            if (const char *error = step()) {
                 return error;
             }
         }
@@ -74,32 +71,36 @@ public:
     }
 
 private:
-    /// An object whose children are deleted: those from `next` to `end` of the
-    /// common list are still to get their turn.
-    struct Level
+    const char *step()
     {
-        velNode *node;
-        std::size_t start;
-        std::size_t next;
-        std::size_t end;
-    };
+        velNode *listed = walk_.next();
+        if (listed == nullptr) {
+            return leave();
+        }
+        velNode *child = velNodeNow(handle_, listed);
+        if (child == nullptr) {
+            return nullptr;
+        }
+        if (child->firstChild() == nullptr) {
+            return remove(child);
+        }
+        enter(child);
+        return nullptr;
+    }
 
     void enter(velNode *node)
     {
-        const std::size_t start = children_.size();
+        walk_.enter(node);
         for (velNode *child = node->firstChild(); child != nullptr; child = child->next) {
-            children_.push_back(child);
+            walk_.add(child);
         }
-        levels_.push_back({node, start, start, children_.size()});
     }
 
     const char *leave()
     {
-        velNode *node = velNodeNow(handle_, levels_.back().node);
-        children_.resize(levels_.back().start);
-        levels_.pop_back();
+        velNode *node = velNodeNow(handle_, walk_.leave());
         if (node == nullptr) { // a handler has deleted it
-            return levels_.empty() ? "velRemoveObjectH: entry not found" : nullptr;
+            return walk_.depth() == 0 ? "velRemoveObjectH: entry not found" : nullptr;
         }
         if (node->isRoot()) {
             return nullptr; // emptied, never removed
@@ -115,8 +116,7 @@ private:
     }
 
     velHandle *handle_;
-    std::vector<Level> levels_;
-    std::vector<velNode *> children_;
+    velListWalk<velNode> walk_;
 };
 
 } // namespace

@@ -1,6 +1,14 @@
-#include "velapilt/src/velHandle_p.h"
+// Nodes: questions about them, making them, giving them values.
+#include "velapilt/src/velTree_p.h"
 
+#include "velapilt/src/velCheck_p.h"
+#include "velapilt/src/velHandlers_p.h"
+#include "velapilt/src/velOperation_p.h"
 #include "velapilt/src/velPath.h"
+#include "velapilt/src/velPathStack_p.h"
+#include "velapilt/src/velRemove_p.h"
+#include "velapilt/src/velResolve_p.h"
+#include "velapilt/src/velValidity_p.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,8 @@
 // Flags of nodes, and what a change takes away from the validity above it.
-#include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velValidity_p.h"
+
+#include "velapilt/src/velRemove_p.h"
+#include "velapilt/src/velResolve_p.h"
 
 #include <algorithm>
 #include <new>

@@ -1,6 +1,10 @@
-#include "velapilt/src/velHandle_p.h"
+// Values as texts, numbers, logicals and lists.
+#include "velapilt/src/velError_p.h"
 #include "velapilt/src/velNumber.h"
+#include "velapilt/src/velResolve_p.h"
+#include "velapilt/src/velSpace_p.h"
 #include "velapilt/src/velSplit.h"
+#include "velapilt/src/velapilt.h"
 
 #include <algorithm>
 #include <array>

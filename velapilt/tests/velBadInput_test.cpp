@@ -1,5 +1,6 @@
 // Input that is no command text, or too much of it: a message or success, the
 // same on every way in, and a handle that goes on working.
+#include "velapilt/src/velFile_p.h"
 #include "velapilt/src/velHandle_p.h"
 #include "velapilt/src/velScan.h"
 

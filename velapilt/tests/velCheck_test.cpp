@@ -1,6 +1,6 @@
 // What words and values may be made of, below lines and paths, which give some
 // characters a meaning of their own.
-#include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velCheck_p.h"
 
 #include "velapilt/tests/velTestData.h"
 

@@ -1,5 +1,5 @@
 // The handle: its life, its error text, its trace.
-#include "velapilt/src/velHandle_p.h"
+#include "velapilt/src/velError_p.h"
 
 #include "velapilt/tests/velTestData.h"
 

@@ -1,0 +1,28 @@
+// Operations that may call handlers, and the memory that they free.
+//
+// A handler may change the tree under the operation that called it. So what is
+// freed while a handler runs is kept, and given back when the outermost
+// operation ends.
+#pragma once
+
+#include "velapilt/src/velHandle_p.h"
+
+#include <cstddef>
+
+/// Gives a block of the handle's arena back, or, while a handler runs, keeps it
+/// until the outermost operation has ended. `bytes` as it was asked for.
+void velRelease(velHandle *handle, void *block, std::size_t bytes) noexcept;
+
+/// Lives in every function that may call handlers.
+class velOperation
+{
+public:
+    /// `handle` outlives the operation.
+    explicit velOperation(velHandle *handle) : handle_(handle) { ++handle_->operations; }
+    ~velOperation();
+    velOperation(const velOperation &) = delete;
+    velOperation &operator=(const velOperation &) = delete;
+
+private:
+    velHandle *handle_;
+};

@@ -1,0 +1,32 @@
+// White space, the same under every locale.
+#pragma once
+
+#include "velapilt/src/velBytes.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/// The six white-space characters of the C locale.
+[[nodiscard]] constexpr bool velIsSpace(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// A text between the white space around it.
+[[nodiscard]] inline std::string_view velTrim(std::string_view text)
+{
+    const char *start = text.data();
+    const char *end = start + text.size();
+    constexpr std::uint64_t blanks = 0x2020202020202020U; // an indentation, eight at a time
+    while (end - start >= 8 && velLoadBytes(start, 8) == blanks) {
+        start += 8;
+    }
+    while (start < end && velIsSpace(*start)) {
+        ++start;
+    }
+    while (end > start && velIsSpace(end[-1])) {
+        --end;
+    }
+    return {start, static_cast<std::size_t>(end - start)};
+}
