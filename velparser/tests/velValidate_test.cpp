@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "velapilt/src/velHandle_p.h"
 #include "velparser/api/velValidate_p.h"
 #include "velparser/api/velparser.h"
 
