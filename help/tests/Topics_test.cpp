@@ -193,6 +193,14 @@ TEST_F(ShippedTopics, describeObjectsOfTheRules)
     EXPECT_EQ("type-conductivity", topics.find("Heat conduction")->name.toStdString());
 }
 
+TEST_F(ShippedTopics, describeTheFieldsOfRules)
+{
+    const Topic *fields = topics.find("Fields of rules");
+    ASSERT_NE(nullptr, fields);
+    for (const char *field : {"Parents", "Units", "If Parameter", "To Object", "Language Version"})
+        EXPECT_TRUE(fields->text.contains(QStringLiteral("\n| `%1` | ").arg(field))) << field;
+}
+
 // A page for every rule, as a plain look at the library counts them.
 TEST_F(ShippedTopics, coverTheWholeRuleLibrary)
 {

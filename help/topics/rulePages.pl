@@ -1,6 +1,7 @@
 #!/usr/bin/perl
 # Writes the help pages that come from the rule libraries: one for each type of
-# object, one for each help topic that several of them name, and two lists. A
+# object, one for each help topic that several of them name, two lists, and the fields that
+# rules may state. A
 # topic that a single type names leads to the page of that type.
 #
 #     perl -I velparser/perl rulePages.pl FOLDER LIBRARY...
@@ -12,6 +13,7 @@ use feature 'signatures';
 
 use File::Glob qw(bsd_glob);
 use VEL::Rules;
+use VEL::Rules::Fields;
 
 
 # The statements of the libraries as one RULES block, a statement a line.
@@ -128,21 +130,52 @@ sub type_name ($parameter) {
     return $parameter->{list} ? "list, each $name" : $name;
 }
 
-# Each fact is a pair of what it is about and what holds.
+# What the page of a type says of a parameter, and the fields that it is taken from: a
+# text, or undef.
+my @FACTS = (
+    [ 'Type', sub ($rules, $parameter) { return type_name($parameter) }, 'Type' ],
+    [ 'Unit', sub ($rules, $parameter) {
+            my $units = $parameter->{units} // return undef;
+            return $units eq '1' ? 'none' : code($units);
+        }, 'Units' ],
+    [ 'Range', sub ($rules, $parameter) { return range($parameter) },
+        'Lower Bound', 'Upper Bound', 'Bounds Exclusive' ],
+    [ 'Entries', sub ($rules, $parameter) { return entries($parameter) }, 'Minimum Entries', 'Maximum Entries' ],
+    [ 'Values', sub ($rules, $parameter) { return list(map { code($_) } @{ $parameter->{values} // [] }) },
+        'Allowed Values' ],
+    [ 'Names an object of type', sub ($rules, $parameter) {
+            return type_links($rules, @{ $parameter->{objects} // [] });
+        }, 'Allowed Objects' ],
+    [ 'Proposed', sub ($rules, $parameter) {
+            return defined $parameter->{default} ? code($parameter->{default}) : undef;
+        }, 'Default' ],
+    [ 'Editor', sub ($rules, $parameter) { return $parameter->{editable} ? undef : 'cannot be changed there' },
+        'Editable' ],
+    [ 'Safe mode', sub ($rules, $parameter) {
+            return $parameter->{running} ? 'may be changed while the solver runs' : undef;
+        }, 'Editable While Running' ],
+    [ 'Expert', sub ($rules, $parameter) { return $parameter->{expert} ? 'shown only when expert items are' : undef },
+        'Expert' ],
+);
+
+# Fields that are no fact about a value, or that stand elsewhere on the page.
+my @NO_FACTS = ('Description', 'Help Topic', 'Expressions', 'Output Ordering Priority');
+
+# All other fields are given as a rule writes them.
+my %has_fact = map { $_ => 1 } @NO_FACTS, map { @$_[ 2 .. $#$_ ] } @FACTS;
+for my $entry (grep { !$has_fact{ $_->{name} } } VEL::Rules::Fields::entries('PARAMETER')) {
+    push @FACTS, [ $entry->{name}, sub ($rules, $parameter) {
+        my $text = VEL::Rules::Fields::text_of($entry, $parameter->{ $entry->{element} });
+        return defined $text ? code($text) : undef;
+    } ];
+}
+
 sub parameter_facts ($rules, $parameter) {
-    my @facts = ([ 'Type', type_name($parameter) ]);
-    push @facts, [ 'Unit', $parameter->{units} eq '1' ? 'none' : code($parameter->{units}) ]
-        if defined $parameter->{units};
-    push @facts, [ 'Range', range($parameter) ] if range($parameter) ne '';
-    push @facts, [ 'Entries', entries($parameter) ] if entries($parameter) ne '';
-    push @facts, [ 'Values', list(map { code($_) } @{ $parameter->{values} }) ] if $parameter->{values};
-    push @facts, [ 'Names an object of type', type_links($rules, @{ $parameter->{objects} }) ]
-        if $parameter->{objects};
-    push @facts, [ 'Proposed', code($parameter->{default}) ] if defined $parameter->{default};
-    push @facts, [ 'Editor', 'cannot be changed there' ] if !$parameter->{editable};
-    push @facts, [ 'Safe mode', 'may be changed while the solver runs' ] if $parameter->{running};
-    push @facts, [ 'Expert', 'shown only when expert items are' ] if $parameter->{expert};
-    return map { "- $_->[0]: $_->[1]\n" } @facts;
+    return map {
+        my ($what, $fact) = @$_;
+        my $text = $fact->($rules, $parameter) // '';
+        $text eq '' ? () : "- $what: $text\n"
+    } @FACTS;
 }
 
 # Its rule where the cases that name it hold.
@@ -214,6 +247,21 @@ sub parameters_page ($rules, @types) {
                 . "\n" } sort { lc $a cmp lc $b || $a cmp $b } keys %types_of;
 }
 
+my @KINDS = (
+    [ 'OBJECT',    'Objects',             '`OBJECT: TYPE` for a type with names, `SINGLETON: TYPE` for one without.' ],
+    [ 'PARAMETER', 'Parameters',          '`PARAMETER: Name`, in the rule of an object, in a case, or by itself.' ],
+    [ 'CASE',      'Cases',               '`CASE: Label`, in the rule of an object.' ],
+    [ 'UPGRADE',   'Upgrades',            '`UPGRADE: Version X`.' ],
+    [ 'STEP',      'Steps of an upgrade', '`STEP: Label`, in an upgrade.' ],
+    [ 'RULES',     'A whole library',     '`RULES:`, around all other rules.' ],
+);
+
+sub fields_page () {
+    return "<!-- chapter: Guide; order: 95; also: Rules, Fields -->\n# Fields of rules\n\n"
+        . "What a rule library may say. It teaches the editor the language of a solver.\n\n"
+        . join '', map { "## $_->[1]\n\n$_->[2]\n\n" . join('', VEL::Rules::Fields::document($_->[0])) . "\n" } @KINDS;
+}
+
 # --- The run -----------------------------------------------------------------------
 
 my ($folder, @files) = @ARGV;
@@ -236,3 +284,4 @@ for my $type (@types) {
 write_page($folder, 'topic-' . slug($_), topic_page($rules, $_, @{ $of_topic{$_} })) for sort keys %is_shared;
 write_page($folder, 'all-objects', types_page($rules, @types));
 write_page($folder, 'all-parameters', parameters_page($rules, @types));
+write_page($folder, 'fields-of-rules', fields_page());

@@ -6,6 +6,8 @@ use feature 'signatures';
 
 use Exporter qw(import);
 
+use VEL::Rules::Fields;
+
 our @EXPORT_OK = qw(explain);
 
 =head1 NAME
@@ -37,7 +39,7 @@ sub explain ($model, $path) {
     my $type     = _is_parameter($model, $path) ? undef : $model->type_of($path);
     my $presence = $type ? _object_presence($type, $owner, $variant, $above) : _parameter_presence($own, $owner, $variant);
     my @fields   = $type
-        ? _type_fields($model, $type, $model->variant_at($path, $type))
+        ? _type_fields($type, $model->variant_at($path, $type))
         : _parameter_fields($model->parameter_at($path), $presence);
     return if !@fields;
     $presence = 'not used here: no list of ' . _rule_name($owner) . ' names it' if $presence eq '' && $owner;
@@ -49,52 +51,44 @@ sub _is_parameter ($model, $path) {
     return $database->havePath($path) && !$database->isObject($path);
 }
 
-sub _yes ($flag) { return $flag ? 'Yes' : 'No' }
+# The fields that say something else than the rule of the type: what holds with the
+# cases that hold.
+my %IN_TYPE = (
+    'Required Parameters' => sub ($type, $variant) { return $variant->{required} },
+    'Optional Parameters' => sub ($type, $variant) { return _others($variant->{order}, $variant->{required}) },
+    'Required Objects'    => sub ($type, $variant) { return $variant->{required_objects} },
+    'Optional Objects'    => sub ($type, $variant) {
+        return _others([ sort keys %{ $variant->{objects} } ], $variant->{required_objects});
+    },
+);
 
-sub _list ($entries) { return join ', ', @{ $entries // [] } }
-
-sub _type_fields ($model, $type, $variant) {
-    my %required = map { $_ => 1 } @{ $variant->{required} };
-    my %needed   = map { $_ => 1 } @{ $variant->{required_objects} };
-    my $stated   = $model->rules->stated_fields($type);
-    return (
-        [ 'Description', $type->{description} ],
-        [ 'Help Topic', $type->{help} ],
-        [ 'Inherits', $stated->{'Inherits'} ],
-        [ 'Parents', join ', ', sort keys %{ $type->{parents} // {} } ],
-        [ 'Required Parameters', _list($variant->{required}) ],
-        [ 'Optional Parameters', join ', ', grep { !$required{$_} } @{ $variant->{order} } ],
-        [ 'Free Parameters', _yes($type->{free}) ],
-        [ 'Required Objects', _list($variant->{required_objects}) ],
-        [ 'Optional Objects', join ', ', grep { !$needed{$_} } sort keys %{ $variant->{objects} } ],
-        [ 'Maximum Count', $type->{maximum} ],
-        [ 'Expert', _yes($type->{expert}) ],
-        [ 'Output Ordering Priority', $stated->{'Output Ordering Priority'} // 0 ],
-    );
+sub _others ($all, $some) {
+    my %some = map { $_ => 1 } @$some;
+    return [ grep { !$some{$_} } @$all ];
 }
+
+sub _type_fields ($type, $variant) {
+    return map {
+        my $value = $IN_TYPE{ $_->{name} } // sub (@) { return $type->{ $_->{element} } };
+        [ $_->{name}, VEL::Rules::Fields::text_of($_, $value->($type, $variant)) ]
+    } VEL::Rules::Fields::entries($type->{kind});
+}
+
+# The fields that say nothing about every parameter.
+my %IN_PARAMETER = (
+    'Type'             => sub ($parameter) { return $parameter->{type} . ($parameter->{list} ? ' List' : '') },
+    'Bounds Exclusive' => sub ($parameter) {
+        return defined($parameter->{lower} // $parameter->{upper}) ? $parameter->{exclusive} : undef;
+    },
+    'Expressions' => sub ($parameter) { return $parameter->{type} eq 'Real' ? $parameter->{expressions} : undef },
+);
 
 sub _parameter_fields ($parameter, $presence) {
     return if !$parameter->{ruled} && $presence eq '';
-    my $has_bounds = defined $parameter->{lower} || defined $parameter->{upper};
-    return (
-        [ 'Description', $parameter->{description} ],
-        [ 'Help Topic', $parameter->{help} ],
-        [ 'Type', $parameter->{type} . ($parameter->{list} ? ' List' : '') ],
-        [ 'Units', $parameter->{units} ],
-        [ 'Lower Bound', $parameter->{lower} ],
-        [ 'Upper Bound', $parameter->{upper} ],
-        [ 'Bounds Exclusive', $has_bounds ? _yes($parameter->{exclusive}) : undef ],
-        [ 'Allowed Values', _list($parameter->{values}) ],
-        [ 'Allowed Objects', _list($parameter->{objects}) ],
-        [ 'Minimum Entries', $parameter->{minimum} ],
-        [ 'Maximum Entries', $parameter->{maximum} ],
-        [ 'Default', $parameter->{default} ],
-        [ 'Editable', _yes($parameter->{editable}) ],
-        [ 'Editable While Running', _yes($parameter->{running}) ],
-        [ 'Expert', _yes($parameter->{expert}) ],
-        [ 'Expressions', $parameter->{type} eq 'Real' ? _yes($parameter->{expressions}) : undef ],
-        [ 'Output Ordering Priority', $parameter->{priority} ],
-    );
+    return map {
+        my $value = $IN_PARAMETER{ $_->{name} } // sub (@) { return $parameter->{ $_->{element} } };
+        [ $_->{name}, VEL::Rules::Fields::text_of($_, $value->($parameter)) ]
+    } VEL::Rules::Fields::entries('PARAMETER');
 }
 
 # Whether a parameter is required, and why; empty where no rule says anything.

@@ -4,6 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Rules::Fields;
 use VEL::Rules::Review;
 use VEL::Rules::Source;
 use VEL::Rules::Type;
@@ -29,8 +30,6 @@ itself gives them a meaning: C<LANGUAGE> (the version of the data), C<LIBRARY>
 and its C<EXPRESSIONS>.
 
 =cut
-
-my $ORDER = 'Output Ordering Priority';
 
 my @BUILT_IN = (
     'RULES:',
@@ -116,18 +115,6 @@ All of them: objects, then singletons, each by name.
 
 sub types ($self) {
     return map { my $of = $self->{types}{$_}; map { $of->{$_} } sort keys %$of } qw(OBJECT SINGLETON);
-}
-
-=item C<stated_fields($type)>
-
-The fields that the rule of a L<VEL::Rules::Type> itself states, as a hash not to be
-changed.
-
-=cut
-
-sub stated_fields ($self, $type) {
-    my $rule = $self->{raw}{ $type->{kind} }{ $type->{type} };
-    return $rule ? $rule->{fields} : {};
 }
 
 =item C<general($name)>
@@ -217,15 +204,15 @@ sub _inherit ($self, $rule, $passed) {
     return $rule->{resolved} = _combine($self->_inherit($base, $passed), $rule);
 }
 
+my @OWN = map { $_->{name} } grep { $_->{own} } VEL::Rules::Fields::entries('OBJECT');
+
 sub _combine ($base, $rule) {
-    my %fields = (%{ $base->{fields} }, %{ $rule->{fields} });
-    delete $fields{'Inherits'};
-    # The database reads it from the rule of the type itself.
-    delete $fields{$ORDER} if !exists $rule->{fields}{$ORDER};
+    my %passed_on = %{ $base->{fields} };
+    delete @passed_on{@OWN};
     return {
         path       => $rule->{path},
         label      => $rule->{label},
-        fields     => \%fields,
+        fields     => { %passed_on, %{ $rule->{fields} } },
         parameters => _combine_parameters($base->{parameters}, $rule->{parameters}),
         cases      => _combine_cases($base->{cases}, $rule->{cases}),
     };

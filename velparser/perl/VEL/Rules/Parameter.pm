@@ -7,6 +7,7 @@ use feature 'signatures';
 use List::Util qw(max min);
 
 use VEL::Expression;
+use VEL::Rules::Fields;
 use VEL::Suggest;
 use VEL::Units;
 use VEL::Value qw(split_list logical is_integer quantity $NUMBER);
@@ -18,21 +19,14 @@ VEL::Rules::Parameter - what the rules say of one parameter in one place
 =head1 DESCRIPTION
 
 Made by L<VEL::Rules::Type> from every rule that touches the parameter there.
-The elements may be read directly:
+The elements may be read directly: those of the fields of the rule (see
+L<VEL::Rules::Fields>; C<type> is String, Integer, Real or Logical), and
 
     name         of the parameter
     ruled        1 when any rule speaks of it
-    type         String, Integer, Real or Logical
     untyped      1 when its type is at fault, and so not known
     list         1 when the value is a list of these
-    values       allowed values in rule order, or undef
-    objects      types of which the value names an object, or undef
-    units, lower, upper, default    texts as written, or undef
     unitless     1 when its unit is at fault: units and bounds are not checked
-    exclusive    1 when the bounds themselves are not allowed
-    minimum, maximum                entries of a list, or undef
-    editable, running, expert, expressions    1 or 0
-    description, help, priority     texts, or undef
     anything     1 when no value can be wrong
 
 =cut
@@ -51,51 +45,27 @@ go with the rest is at fault (see C<faults>), and left out.
 
 sub new ($class, $name, @rules) {
     my %field = map { %$_ } grep { defined } @rules;
-    my ($type, $list) = ($field{'Type'} // 'String') =~ /^(\w+)( List)?$/;
-    my $self = bless {
-        name        => $name,
-        ruled       => (grep { defined } @rules) ? 1 : 0,
-        type        => $type,
-        list        => $list ? 1 : 0,
-        untyped     => exists $field{'Type'} && !defined $field{'Type'} ? 1 : 0,
-        unitless    => exists $field{'Units'} && !defined $field{'Units'} ? 1 : 0,
-        values      => _list($field{'Allowed Values'}),
-        objects     => _list($field{'Allowed Objects'}),
-        units       => $field{'Units'},
-        lower       => $field{'Lower Bound'},
-        upper       => $field{'Upper Bound'},
-        exclusive   => _yes($field{'Bounds Exclusive'}, 0),
-        minimum     => $field{'Minimum Entries'},
-        maximum     => $field{'Maximum Entries'},
-        default     => $field{'Default'},
-        editable    => _yes($field{'Editable'}, 1),
-        running     => _yes($field{'Editable While Running'}, 0),
-        expert      => _yes($field{'Expert'}, 0),
-        expressions => _yes($field{'Expressions'}, 1),
-        priority    => $field{'Output Ordering Priority'},
-        description => $field{'Description'},
-        help        => $field{'Help Topic'},
-    }, $class;
-    $self->{allowed} = { map { $_ => 1 } @{ $self->{values} } } if $self->{values};
-    $self->{anything} = $type eq 'String' && !$list && !$self->{values} && !$self->{objects} ? 1 : 0;
+    my $self  = bless VEL::Rules::Fields::compile('PARAMETER', \%field), $class;
+    my $list  = $self->{type} =~ s/ List\z// ? 1 : 0;
+    $self->{name}     = $name;
+    $self->{ruled}    = (grep { defined } @rules) ? 1 : 0;
+    $self->{list}     = $list;
+    $self->{untyped}  = exists $field{'Type'}  && !defined $field{'Type'}  ? 1 : 0;
+    $self->{unitless} = exists $field{'Units'} && !defined $field{'Units'} ? 1 : 0;
+    $self->{allowed}  = { map { $_ => 1 } @{ $self->{values} } } if $self->{values};
+    $self->{anything} = $self->{type} eq 'String' && !$list && !$self->{values} && !$self->{objects} ? 1 : 0;
     $self->_drop_faulty;
     return $self;
 }
 
-my %ELEMENT = ('Lower Bound' => 'lower', 'Upper Bound' => 'upper', 'Maximum Entries' => 'maximum', 'Default' => 'default');
-
 sub _drop_faulty ($self) {
     return if !defined($self->{lower} // $self->{upper} // $self->{maximum} // $self->{default});
     my @faults = $self->_find_faults or return;
-    $self->{ $ELEMENT{ $_->[0] } } = undef for @faults;
+    $self->{ VEL::Rules::Fields::by_name('PARAMETER')->{ $_->[0] }{element} } = undef for @faults;
     delete @$self{qw(lower_value upper_value)};
     $self->{faults} = \@faults;
     return;
 }
-
-sub _list ($text) { return defined $text ? [ split_list($text) ] : undef }
-
-sub _yes ($text, $silent) { return defined $text ? logical($text) // $silent : $silent }
 
 =item C<faults>
 

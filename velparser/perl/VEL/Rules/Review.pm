@@ -4,6 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Rules::Fields;
 use VEL::Rules::Heirs;
 use VEL::Rules::Places;
 use VEL::Suggest qw(nearest);
@@ -155,16 +156,18 @@ sub _note_own_faults ($self, $rule, $parameter, $type) {
     return;
 }
 
+my %ONLY_FOR;
+push @{ $ONLY_FOR{ $_->{only_for} } }, $_->{name} for grep { $_->{only_for} } VEL::Rules::Fields::entries('PARAMETER');
+
 # A general rule may leave the type to others; what holds in an object may not. Several
 # fields of the wrong kind have one reason: the type.
 sub _review_fields ($self, $rule, $parameter) {
     return if $parameter->{untyped};
     my $is    = $parameter->{type} . ($parameter->{list} ? ' List' : '');
-    my @wrong = $parameter->{type} =~ /^(?:Real|Integer)$/ ? () : [ numbers => 'Units', 'Lower Bound', 'Upper Bound' ];
-    push @wrong, [ lists => 'Minimum Entries', 'Maximum Entries' ] if !$parameter->{list};
-    for my $wrong (@wrong) {
-        my ($what, @fields) = @$wrong;
-        my ($first, @others) = grep { exists $rule->{fields}{$_} } @fields or next;
+    my @wrong = $parameter->{type} =~ /^(?:Real|Integer)$/ ? () : 'numbers';
+    push @wrong, 'lists' if !$parameter->{list};
+    for my $what (@wrong) {
+        my ($first, @others) = grep { exists $rule->{fields}{$_} } @{ $ONLY_FOR{$what} } or next;
         $self->_fault("$rule->{path}/$first", "means something for $what only; this is a $is"
             . (@others ? ' (the same is true of ' . join(' and ', map { qq("$_") } @others) . ')' : ''));
     }

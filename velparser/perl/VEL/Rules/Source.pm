@@ -4,6 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Rules::Fields;
 use VEL::Suggest qw(nearest);
 use VEL::Units;
 use VEL::Value qw(split_list logical is_integer quantity);
@@ -27,41 +28,6 @@ blocks, so that everything else works. A faulty C<Type> or C<Units> stays as
 C<undef>: the type or unit that another rule states does not hold in its place.
 
 =cut
-
-my @LISTS = ('Required Parameters', 'Optional Parameters', 'Required Objects', 'Optional Objects');
-
-# The fields of each kind of block, and how their texts are read.
-my %FIELDS = (
-    RULES  => { 'Language Version' => 'version', 'Description' => 'text' },
-    OBJECT => {
-        'Description' => 'text', 'Help Topic' => 'text', 'Inherits' => 'rule',
-        'Parents' => 'places', 'Free Parameters' => 'logical', 'Maximum Count' => 'positive',
-        'Expert' => 'logical', 'Output Ordering Priority' => 'integer',
-        'Required Parameters' => 'names', 'Optional Parameters' => 'names',
-        'Required Objects' => 'types', 'Optional Objects' => 'types',
-    },
-    CASE => {
-        'Description' => 'text', 'If Parameter' => 'name', 'Is One Of' => 'values',
-        'Required Parameters' => 'names', 'Optional Parameters' => 'names',
-        'Required Objects' => 'types', 'Optional Objects' => 'types',
-    },
-    PARAMETER => {
-        'Description' => 'text', 'Help Topic' => 'text', 'Type' => 'type',
-        'Allowed Values' => 'values', 'Allowed Objects' => 'types', 'Units' => 'unit',
-        'Lower Bound' => 'quantity', 'Upper Bound' => 'quantity',
-        'Bounds Exclusive' => 'logical', 'Minimum Entries' => 'count',
-        'Maximum Entries' => 'count', 'Default' => 'text', 'Editable' => 'logical',
-        'Editable While Running' => 'logical', 'Expert' => 'logical',
-        'Expressions' => 'logical', 'Output Ordering Priority' => 'integer',
-    },
-    UPGRADE => { 'Description' => 'text' },
-    STEP    => {
-        'Description' => 'text', 'Action' => 'action', 'Object Type' => 'name',
-        'Parameter' => 'name', 'New Name' => 'name', 'Old Value' => 'text',
-        'New Value' => 'text', 'To Object' => 'name',
-    },
-);
-$FIELDS{SINGLETON} = $FIELDS{OBJECT};
 
 # What may stand in what.
 my %BLOCKS = (
@@ -154,18 +120,6 @@ sub _describes_type ($kind) { return $kind =~ /^(?:OBJECT|SINGLETON)\z/ }
 # The kind of block that may stand in one of C<$outer> and is most likely meant.
 sub _near_kind ($kind, $outer) { return nearest($kind, sort keys %{ $BLOCKS{$outer} }) }
 
-=item C<field_names>
-
-The names of all fields that rules may hold, sorted. A function.
-
-=cut
-
-sub field_names () {
-    my %names = map { $_ => 1 } map { keys %$_ } values %FIELDS;
-    my @sorted = sort keys %names;
-    return @sorted;
-}
-
 sub _block ($kind, $name, $path) {
     return { kind => $kind, name => $name, path => $path, fields => {}, blocks => [] };
 }
@@ -211,22 +165,26 @@ sub _check ($self, $block) {
     return;
 }
 
+# How the text of a field of each type is checked.
+my %CHECK;
+
 sub _check_fields ($self, $block) {
-    my $known = $FIELDS{ $block->{kind} };
+    my $known = VEL::Rules::Fields::by_name($block->{kind});
     for my $field (sort keys %{ $block->{fields} }) {
-        my $form = $known->{$field};
-        if (!defined $form) {
+        my $entry = $known->{$field};
+        if (!$entry) {
             my $near = nearest($field, sort keys %$known);
             $self->fault("$block->{path}/$field", qq("$field" is no field of this rule) . _meant($near));
             delete $block->{fields}{$field};
             next;
         }
-        my $check = $self->can("_field_$form");
+        my $type  = $entry->{type};
+        my $check = $CHECK{$type} //= $self->can("_field_$type");
         my $fault = $self->$check(\$block->{fields}{$field});
         next if !defined $fault;
         $self->fault("$block->{path}/$field", $fault);
-        next if $form =~ /^(?:types|places|names)$/ && $block->{fields}{$field} =~ /\S/;
-        if ($form =~ /^(?:type|unit)$/) { $block->{fields}{$field} = undef }
+        next if $type =~ /^(?:types|places|names)$/ && $block->{fields}{$field} =~ /\S/;
+        if ($type =~ /^(?:type|unit)$/) { $block->{fields}{$field} = undef }
         else                            { delete $block->{fields}{$field} }
     }
     return;
@@ -271,7 +229,7 @@ sub _is_whole ($self, $block, $outer) {
     return !$lacks;
 }
 
-# Each of these takes a reference to the text of a field and gives a sentence
+# Each of these takes a reference to the text of a field of its type and gives a sentence
 # about it, or undef. Lists of types and names lose what is wrong in them.
 
 sub _field_text ($self, $text) { return undef }

@@ -4,8 +4,9 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Rules::Fields;
 use VEL::Rules::Parameter;
-use VEL::Value qw(split_list logical);
+use VEL::Value qw(logical);
 
 =head1 NAME
 
@@ -13,15 +14,12 @@ VEL::Rules::Type - what the rules say of one type of object, inheritance resolve
 
 =head1 DESCRIPTION
 
-The elements may be read directly:
+The elements may be read directly: those of the fields of the rule (see
+L<VEL::Rules::Fields>), and
 
     kind, type      OBJECT or SINGLETON, and the type word
-    parents         hash of the types it may stand in ("/": top level), or undef
-    maximum         how many one parent may hold, or undef
-    expert, free    1 or 0
-    description, help    texts, or undef
-    required, optional, required_objects, optional_objects    lists of names
-    cases           what is added by values of its parameters, in rule order
+    cases           what is added by values of its parameters, in rule order: a
+                    hash each, with its label and the elements of its fields
     switches        the parameters that the cases look at
     cased           hash of the parameters on which some case has a rule
 
@@ -37,12 +35,8 @@ which the same cases hold share one I<variant>, a hash:
 
 =cut
 
-my %LIST = (
-    required         => 'Required Parameters',
-    optional         => 'Optional Parameters',
-    required_objects => 'Required Objects',
-    optional_objects => 'Optional Objects',
-);
+# The lists that a rule and its cases have.
+my @LISTS = qw(required optional required_objects optional_objects);
 
 =head1 METHODS
 
@@ -57,39 +51,17 @@ parameters everywhere, by name.
 =cut
 
 sub new ($class, $kind, $type, $rule, $general) {
-    my $field = $rule->{fields};
-    my $self  = bless {
-        kind        => $kind,
-        type        => $type,
-        maximum     => $field->{'Maximum Count'},
-        expert      => logical($field->{'Expert'})          ? 1 : 0,
-        free        => logical($field->{'Free Parameters'}) ? 1 : 0,
-        description => $field->{'Description'},
-        help        => $field->{'Help Topic'},
-        own         => $rule->{parameters},
-        general     => $general,
-        variants    => {},
-        _lists($field),
-    }, $class;
-    $self->{parents} = { map { $_ => 1 } split_list($field->{'Parents'}) }
-        if defined $field->{'Parents'};
+    my $self = bless VEL::Rules::Fields::compile($kind, $rule->{fields}), $class;
+    @$self{qw(kind type own general variants)} = ($kind, $type, $rule->{parameters}, $general, {});
     $self->{cases} = [ map { _case($_) } @{ $rule->{cases} } ];
     $self->_index_switches;
     return $self;
 }
 
-sub _lists ($field) {
-    return map { $_ => [ split_list($field->{ $LIST{$_} }) ] } sort keys %LIST;
-}
-
 sub _case ($rule) {
-    return {
-        label     => $rule->{label},
-        parameter => $rule->{fields}{'If Parameter'},
-        values    => [ split_list($rule->{fields}{'Is One Of'}) ],
-        own       => $rule->{parameters},
-        _lists($rule->{fields}),
-    };
+    my $case = VEL::Rules::Fields::compile('CASE', $rule->{fields});
+    @$case{qw(label own)} = @$rule{qw(label parameters)};
+    return $case;
 }
 
 # For each switch and value the numbers of the cases that hold, so that the
@@ -219,7 +191,7 @@ sub _index_names ($self) {
     my %naming;
     for my $number (0 .. $#{ $self->{cases} }) {
         my $case = $self->{cases}[$number];
-        for my $list (keys %LIST) {
+        for my $list (@LISTS) {
             push @{ $naming{$list}{$_} }, $number for @{ $case->{$list} };
         }
     }
