@@ -6,6 +6,7 @@ use feature 'signatures';
 
 use VEL::Model;
 use VEL::Parser::Lite;
+use VEL::Record qw(change_line change_text field_line finding_lines);
 use VEL::Upgrade;
 use VEL::Validate;
 
@@ -27,6 +28,9 @@ no rules of its own: those are L<VEL::Model>'s and L<VEL::Rules>'.
 Methods that return a message return nothing, or an empty text, on success.
 Methods that return an integer return 1 or 0. Everything else that goes wrong is
 an exception, which the program turns into a message, or -1.
+
+Where a method gives texts that are made of records, a second one, whose name ends in
+C<Records>, fills an array with the records themselves (see L<VEL::Record>).
 
 =head1 METHODS
 
@@ -81,15 +85,26 @@ sub parseVELData ($self, $lines, $library) {
 Reads the rule libraries that the environment names. What is wrong with the
 rules themselves is returned too, once, and the sound ones work.
 
+=item C<readLibrariesRecords($faults)>
+
+The same, but fills the array with what is wrong with the rules themselves, as
+findings; a message is only what could not be read.
+
 =cut
 
 sub readLibraries ($self) {
+    my $error = $self->readLibrariesRecords(\my @faults);
+    return join "\n", grep { defined && length } $error, finding_lines(@faults);
+}
+
+sub readLibrariesRecords ($self, $faults) {
     my $error = $self->{database}->readLibraries;
     $self->{model}->forget;
-    my $faults = join "\n", $self->{model}->rules->faults;
-    my $told   = $self->{reported} eq $faults;
-    $self->{reported} = $faults;
-    return join "\n", grep { defined && length } $error, $told ? undef : $faults;
+    @$faults = $self->{model}->rules->fault_records;
+    my $found = finding_lines(@$faults);
+    @$faults = () if $self->{reported} eq $found;
+    $self->{reported} = $found;
+    return $error;
 }
 
 =item C<updateSolverVEL>
@@ -97,9 +112,27 @@ sub readLibraries ($self) {
 Brings the data up to the language version of the libraries. Returns the list of
 changes, a line each; empty when nothing had to be changed.
 
+=item C<updateSolverVELRecords($changes)>
+
+The same, but fills the array with the changes, each with its C<text>.
+
 =cut
 
-sub updateSolverVEL ($self) { return VEL::Upgrade->new($self->{model})->run }
+sub updateSolverVEL ($self) {
+    my $upgrade = VEL::Upgrade->new($self->{model});
+    my @changes;
+    my $error = eval { $upgrade->run(\@changes); 1 } ? undef : $@;
+    my @lines = map { change_line($_) } @changes;
+    return join "\n", @lines if !defined $error;
+    # What was changed before stays changed, so it is reported too.
+    die $upgrade->failed ? join("\n", @lines, $error) : $error;
+}
+
+sub updateSolverVELRecords ($self, $changes) {
+    VEL::Upgrade->new($self->{model})->run($changes);
+    $_->{text} = change_text($_) for @$changes;
+    return '';
+}
 
 =item C<getAllowedParamStrings($path, $values)>
 
@@ -137,10 +170,20 @@ Fills the array with what the rules say of an object or parameter, there or not:
 lines of the form C<Field = text>, as a rule would write them. None where there
 is no rule.
 
+=item C<explainItemRecords($path, $fields)>
+
+The same, but fills the array with the fields.
+
 =cut
 
 sub explainItem ($self, $path, $lines) {
-    @$lines = map { "$_->[0] = $_->[1]" } $self->{model}->explanation($path);
+    my $error = $self->explainItemRecords($path, \my @fields);
+    @$lines = map { field_line($_) } @fields;
+    return $error;
+}
+
+sub explainItemRecords ($self, $path, $fields) {
+    @$fields = map { +{ name => $_->[0], text => $_->[1] } } $self->{model}->explanation($path);
     return '';
 }
 

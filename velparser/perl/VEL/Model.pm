@@ -437,32 +437,64 @@ sub object_names ($self, $types) {
     };
 }
 
+=item C<object_path($types, $name)>
+
+The path of the first object of these types that has the name; an empty list where
+there is none.
+
+=cut
+
+sub object_path ($self, $types, $name) {
+    my $known = $self->object_names($types);
+    my $paths = $known->{paths} //= do {
+        my %path;
+        for my $type (@$types) {
+            $self->{database}->getObjectsByType($type, \my @paths);
+            $path{ _name_of($_) } //= $_ for grep { !m{^/RULES/} } @paths;
+        }
+        \%path;
+    };
+    return $paths->{$name} // ();
+}
+
 =item C<is_beyond_count($path, $type)>
 
 Whether as many objects of that type as its rule allows stand before the one at
 a full path.
 
+=item C<first_of_type($path, $type)>
+
+The path of the first of these objects; an empty list where the rule allows none.
+
 =cut
 
 sub is_beyond_count ($self, $path, $type) {
     my ($parent, $own) = split_path($path);
-    my $first = $self->{first}{$type}{$parent} // $self->_first_of($parent, $type);
-    return !$first->{$own};
+    return !$self->_first_of($parent, $type)->{names}{$own};
+}
+
+sub first_of_type ($self, $path, $type) {
+    my ($parent) = split_path($path);
+    my $first = $self->_first_of($parent, $type)->{first} // return;
+    return $parent eq '/' ? "/$first" : "$parent/$first";
 }
 
 # Kept where there are many, so that all of them together are counted once.
 sub _first_of ($self, $parent, $type) {
+    my $kept = $self->{first}{$type}{$parent};
+    return $kept if $kept;
     my $left = $type->{maximum};
     $self->{database}->getChildObjectList($parent, \my @objects);
-    my %first;
+    my %found = (names => {}, first => undef);
     for my $object (@objects) {
         last if $left <= 0;
         next if $object !~ /^\Q$type->{type}\E(?::|\z)/;
-        $first{$object} = 1;
+        $found{first} //= $object;
+        $found{names}{$object} = 1;
         $left--;
     }
-    $self->{first}{$type}{$parent} = \%first if @objects > 100;
-    return \%first;
+    $self->{first}{$type}{$parent} = \%found if @objects > 100;
+    return \%found;
 }
 
 =item C<expression_names>
@@ -480,13 +512,14 @@ sub expression_names ($self) {
     };
 }
 
+sub _name_of ($path) { return substr($path, 1 + rindex $path, '/') =~ s/^[^:]*://r }
+
 sub _names_of ($self, $type) {
     return $self->{names}{$type} //= do {
         my @paths;
         $self->{database}->getObjectsByType($type, \@paths);
         my %seen;
-        my @names = grep { !$seen{$_}++ } map { (split_path($_))[1] =~ s/^[^:]*://r }
-            grep { !m{^/RULES/} } @paths;
+        my @names = grep { !$seen{$_}++ } map { _name_of($_) } grep { !m{^/RULES/} } @paths;
         +{ list => \@names, set => \%seen, hints => VEL::Suggest->new(\@names) };
     };
 }

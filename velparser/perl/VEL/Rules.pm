@@ -4,6 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Record qw(finding_line);
 use VEL::Rules::Fields;
 use VEL::Rules::Review;
 use VEL::Rules::Source;
@@ -17,7 +18,7 @@ VEL::Rules - the rule libraries, compiled once, and the questions about them
 
     $database->getObjectVEL('/RULES', \my @lines, 1);
     my $rules = VEL::Rules->new(\@lines);
-    print for $rules->faults;
+    print "$_\n" for $rules->faults;
     my $type = $rules->type('OBJECT', 'BOUNDARY');
 
 =head1 DESCRIPTION
@@ -67,13 +68,15 @@ sub new ($class, $lines) {
     return $self;
 }
 
-=item C<faults>
+=item C<faults>, C<fault_records>
 
-What is wrong with the rules, a line each.
+What is wrong with the rules, a line each; the same as findings (see L<VEL::Record>).
 
 =cut
 
-sub faults ($self) { return $self->{source}->faults }
+sub faults ($self) { return map { finding_line($_) } $self->fault_records }
+
+sub fault_records ($self) { return $self->{source}->faults }
 
 =item C<is_empty>
 

@@ -33,13 +33,18 @@ For a L<VEL::Model>.
 =cut
 
 sub new ($class, $model) {
-    return bless { model => $model, database => $model->database, changes => [] }, $class;
+    return bless { model => $model, database => $model->database, failed => 0 }, $class;
 }
 
-=item C<run>
+=item C<run($changes)>
 
-Makes the changes and returns them, a line each; an empty text when there were
-none.
+Makes the changes and fills the array with them (see L<VEL::Record>); none when
+there was nothing to do. Dies when the database fails: the changes made until then
+stand, and are in the array.
+
+=item C<failed>
+
+Whether the database has refused a change.
 
 =cut
 
@@ -53,7 +58,9 @@ my %STEP = (
     'Move Parameter'     => \&_move_parameter,
 );
 
-sub run ($self) {
+sub run ($self, $changes) {
+    $self->{changes} = $changes;
+    @$changes = ();
     my $rules  = $self->{model}->rules;
     my $stated = $self->_value('/LANGUAGE/Version');
     my $newest = $rules->version;
@@ -65,8 +72,10 @@ sub run ($self) {
         }
     }
     $self->_set_version($stated, $newest) if defined $newest;
-    return join "\n", @{ $self->{changes} };
+    return;
 }
+
+sub failed ($self) { return $self->{failed} }
 
 =back
 
@@ -99,7 +108,7 @@ sub _set_version ($self, $stated, $newest) {
     return if defined $stated ? VEL::Version::compare($stated, $newest) >= 0 : !@{ $self->{changes} };
     return if !$self->_have_object('/LANGUAGE') || $self->{database}->isObject('/LANGUAGE/Version');
     $self->_must($self->{database}->createParam('/LANGUAGE/Version', $newest));
-    $self->_note('/LANGUAGE/Version', defined $stated ? "changed from $stated to $newest" : "set to $newest");
+    $self->_note('set-version', '/LANGUAGE/Version', old => $stated, new => $newest);
     return;
 }
 
@@ -116,16 +125,16 @@ sub _value ($self, $path) {
     return $value;
 }
 
-sub _note ($self, $path, $change) {
-    push @{ $self->{changes} }, "$path: $change";
+sub _note ($self, $kind, $path, %of) {
+    push @{ $self->{changes} }, { kind => $kind, path => $path, %of };
     return;
 }
 
-# A failure of the database here means that the tree is not what it was taken
-# for. The changes made so far stand, so they are told too.
+# A failure of the database here means that the tree is not what it was taken for.
 sub _must ($self, $error) {
-    die join("\n", @{ $self->{changes} }, "updateSolverVEL: $error"), "\n" if $error;
-    return;
+    return if !$error;
+    $self->{failed} = 1;
+    die "updateSolverVEL: $error\n";
 }
 
 # Makes the object where there is nothing; false where a parameter has its name.
@@ -155,7 +164,7 @@ sub _rename_parameter ($self, $path, $step) {
         $self->_must($database->deleteParam("$path/$name"));
         $self->_must($database->createParam($name eq $old ? "$path/$new" : "$path/$name", $value));
     }
-    $self->_note("$path/$old", qq(renamed to "$new"));
+    $self->_note('rename-parameter', "$path/$old", new_path => "$path/$new");
     return;
 }
 
@@ -164,7 +173,7 @@ sub _remove_parameter ($self, $path, $step) {
     return if !$self->_has_parameter($old);
     my $value = $self->_value($old);
     $self->_must($self->{database}->deleteParam($old));
-    $self->_note($old, qq(removed; it was "$value"));
+    $self->_note('remove-parameter', $old, old => $value);
     return;
 }
 
@@ -172,7 +181,7 @@ sub _add_parameter ($self, $path, $step) {
     my $new = "$path/$step->{'Parameter'}";
     return if $self->{database}->havePath($new);
     $self->_must($self->{database}->createParam($new, $step->{'New Value'}));
-    $self->_note($new, qq(added with the value "$step->{'New Value'}"));
+    $self->_note('add-parameter', $new, new => $step->{'New Value'});
     return;
 }
 
@@ -183,7 +192,7 @@ sub _change_value ($self, $path, $step) {
     return if defined $step->{'Old Value'} && $value ne $step->{'Old Value'};
     return if $value eq $step->{'New Value'};
     $self->_must($self->{database}->setStringValue($at, $step->{'New Value'}));
-    $self->_note($at, qq(changed from "$value" to "$step->{'New Value'}"));
+    $self->_note('change-value', $at, old => $value, new => $step->{'New Value'});
     return;
 }
 
@@ -194,13 +203,13 @@ sub _move_parameter ($self, $path, $step) {
     return if !$self->_has_parameter($old) || $self->{database}->havePath($new) || !$self->_have_object($target);
     $self->_must($self->{database}->createParam($new, $self->_value($old)));
     $self->_must($self->{database}->deleteParam($old));
-    $self->_note($old, "moved to $new");
+    $self->_note('move-parameter', $old, new_path => $new);
     return;
 }
 
 sub _remove_object ($self, $path, $step) {
     $self->_must($self->{database}->deleteObj($path));
-    $self->_note($path, 'removed with everything in it');
+    $self->_note('remove-object', $path);
     return;
 }
 
@@ -214,7 +223,7 @@ sub _rename_type ($self, $path, $step) {
     return if $self->{database}->havePath($new);
     $self->_copy($path, $new);
     $self->_must($self->{database}->deleteObj($path));
-    $self->_note($path, "renamed to $renamed");
+    $self->_note('rename-object', $path, new_path => $new);
     return $new;
 }
 

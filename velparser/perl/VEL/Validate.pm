@@ -7,6 +7,7 @@ use feature 'signatures';
 use Scalar::Util qw(weaken);
 
 use VEL::Model;
+use VEL::Record qw(finding finding_lines);
 use VEL::Suggest qw(nearest);
 use VEL::Units;
 use VEL::Version;
@@ -23,8 +24,9 @@ VEL::Validate - holds command data against the rules
 
 =head1 DESCRIPTION
 
-A finding is one line: path, colon, blank, a sentence, and an identifier in
-brackets. F<docs/findings.md> explains every identifier.
+A finding is a record (see L<VEL::Record>). As text it is one line: path, colon,
+blank, a sentence, and an identifier in brackets. F<docs/findings.md> explains every
+identifier.
 
 An object without findings is marked valid, and so are its parameters; one with
 findings is not, so that they come again until they are fixed. Where something
@@ -36,8 +38,6 @@ parameter is missing, nothing is said of what a case waits for it to allow. Wher
 required name is misspelt, the finding about that name is the only one.
 
 =head1 METHODS
-
-All of them return the findings, C<undef> when there are none.
 
 =over
 
@@ -70,11 +70,25 @@ sub new ($class, $database) {
 
 Looks at one object (or C</>): whether it may stand where it is, its own
 parameters, and what it lacks. Its child objects are looked at by calls of
-their own.
+their own. Returns the findings as text, C<undef> when there are none.
+
+=item C<validateObjectRecords($path, $findings)>
+
+The same, but fills the array with the findings.
 
 =cut
 
 sub validateObject ($self, $path) {
+    my @findings = $self->_findings_at($path) or return undef;
+    return finding_lines(@findings);
+}
+
+sub validateObjectRecords ($self, $path, $findings) {
+    @$findings = $self->_findings_at($path);
+    return undef;
+}
+
+sub _findings_at ($self, $path) {
     $self->_notice_new_rules;
     $path = $self->{model}->full_path($path);
     return $self->_no_object($path) if $path ne '/' && !$self->{database}->isObject($path);
@@ -83,30 +97,45 @@ sub validateObject ($self, $path) {
     my @findings = $self->_object_findings($path, \@names);
     if (@findings) {
         $self->{database}->setValid($path, 0) if $self->{database}->isValid($path) & 1;
-        return join "\n", @findings;
+        return @findings;
     }
     $self->_mark($path, \@names);
-    return undef;
+    return;
 }
 
 =item C<validateParam($path)>
 
-Looks at the value of one parameter.
+Looks at the value of one parameter. Returns the findings as text, C<undef> when
+there are none.
+
+=item C<validateParamRecords($path, $findings)>
+
+The same, but fills the array with the findings.
 
 =cut
 
 sub validateParam ($self, $path) {
+    my @findings = $self->_findings_of_parameter($path) or return undef;
+    return finding_lines(@findings);
+}
+
+sub validateParamRecords ($self, $path, $findings) {
+    @$findings = $self->_findings_of_parameter($path);
+    return undef;
+}
+
+sub _findings_of_parameter ($self, $path) {
     $self->_notice_new_rules;
     $path = $self->{model}->full_path($path);
     my $value;
     my $error = $self->{database}->getStringValue($path, \$value);
-    return "$path: there is no such parameter [no-such-object]" if $error || $self->{database}->isObject($path);
+    return finding($path, 'there is no such parameter', 'no-such-object')
+        if $error || $self->{database}->isObject($path);
     my ($owner, $name) = VEL::Model::split_path($path);
     @$self{qw(used doubts meant)} = ([], {}, {});
     my @findings = $self->_parameter_findings($owner, $name, $value // '');
-    return join "\n", @findings if @findings;
-    $self->_mark_parameter($path);
-    return undef;
+    $self->_mark_parameter($path) if !@findings;
+    return @findings;
 }
 
 =item C<setUnitsChecking($on)>, C<setBoundsChecking($on)>
@@ -135,8 +164,6 @@ sub _switch ($self, $check, $on) {
 }
 
 # --- Findings ---------------------------------------------------------------
-
-sub _finding ($path, $sentence, $identifier) { return "$path: $sentence [$identifier]" }
 
 sub _object_findings ($self, $path, $names) {
     my $model = $self->{model};
@@ -167,13 +194,13 @@ sub _object_findings ($self, $path, $names) {
 # Told with the top level, as the walk of the program passes /RULES over.
 sub _rules_findings ($self) {
     return if !$self->{model}->has_rules_in_data;
-    return _finding('/RULES', 'these rules have no effect; only a rule library can state rules', 'rules-in-data');
+    return finding('/RULES', 'these rules have no effect; only a rule library can state rules', 'rules-in-data');
 }
 
 sub _no_object ($self, $path) {
-    return _finding($path, 'this is a parameter, not an object', 'wrong-type')
+    return finding($path, 'this is a parameter, not an object', 'wrong-type')
         if $self->{database}->havePath($path);
-    return _finding($path, 'there is no such object', 'no-such-object');
+    return finding($path, 'there is no such object', 'no-such-object');
 }
 
 # Below an object of unknown type nothing can be said. The last answer is kept:
@@ -200,11 +227,11 @@ sub _unknown_object ($self, $path, $parent, $component) {
     my ($word, $name) = split /:/, $component, 2;
     if ($rules->type(defined $name ? 'SINGLETON' : 'OBJECT', $word)) {
         my $right = defined $name ? qq(takes no name; write "$word:") : qq(needs a name; write "$word: name");
-        return _finding($path, "$word $right", 'unknown-object');
+        return finding($path, "$word $right", 'unknown-object');
     }
     my $outer = $parent eq '/' ? undef : $self->{model}->type_of($parent);
     my $near  = $self->_meant_type($word, $outer ? $self->{model}->variant_at($parent, $outer) : undef);
-    return _finding($path, qq(no rule describes an object of type "$word")
+    return finding($path, qq(no rule describes an object of type "$word")
         . (defined $near ? "; did you mean $near?" : ''), 'unknown-object');
 }
 
@@ -221,7 +248,7 @@ sub _place_findings ($self, $path, $parent, $type) {
     if ($parents) {
         my $outer = $parent eq '/' ? undef : $self->{model}->type_of($parent);
         my $place = $outer ? $outer->{type} : '/';
-        return _finding($path, "$word may not stand " . _place_name($place) . '; it belongs '
+        return finding($path, "$word may not stand " . _place_name($place) . '; it belongs '
                 . join(' or ', map { _place_name($_) } sort keys %$parents), 'wrong-parent')
             if !$parents->{$place};
         return $self->_not_now($path, $parent, $outer, $word)
@@ -235,7 +262,8 @@ sub _place_name ($place) { return $place eq '/' ? 'at the top level' : "in $plac
 sub _not_now ($self, $path, $parent, $outer, $word) {
     my @cases = $outer->cases_with([ 'required_objects', 'optional_objects' ], $word);
     return if $self->_is_doubtful($parent, $outer, @cases);
-    return _finding($path, "$word is not allowed in this $outer->{type}" . _needs(@cases), 'not-allowed');
+    return finding($path, "$word is not allowed in this $outer->{type}" . _needs(@cases), 'not-allowed',
+        $self->_switches($parent, @cases));
 }
 
 # Whether one of these cases waits for a parameter whose own value is a finding, or
@@ -292,15 +320,34 @@ sub _needs (@cases) {
     return '; it needs ' . join ' or ', map { "$_->{parameter} = " . join ', ', @{ $_->{values} } } @cases;
 }
 
+# The paths of the parameters that these cases wait for, as far as they are there.
+sub _switches ($self, $path, @cases) {
+    my %seen;
+    return grep { !$seen{$_}++ && $self->{database}->havePath($_) } map { "$path/$_->{parameter}" } @cases;
+}
+
+# The parameters whose values make a name required, if the rule itself does not.
+sub _demanding ($self, $path, $type, $variant, $list, $name) {
+    my @cases = $type->cases_with([$list], $name) or return;
+    return if grep { $_ eq $name } @{ $type->{$list} };
+    return $self->_switches($path, _holding($variant, @cases));
+}
+
+sub _holding ($variant, @cases) {
+    my $holds = $variant->{holds} //= { map { $_ => 1 } @{ $variant->{cases} } };
+    return grep { $holds->{$_} } @cases;
+}
+
 sub _count_findings ($self, $path, $type) {
     return if !$self->{model}->is_beyond_count($path, $type);
-    return _finding($path, "only $type->{maximum} $type->{type} may stand here; this one is beyond", 'too-many');
+    return finding($path, "only $type->{maximum} $type->{type} may stand here; this one is beyond", 'too-many',
+        $self->{model}->first_of_type($path, $type));
 }
 
 sub _parameter_findings ($self, $owner, $name, $value) {
     my $model = $self->{model};
     return if $model->rules->is_empty;
-    return _finding("/$name", qq(the top level holds objects only), 'unknown-parameter') if $owner eq '/';
+    return finding("/$name", qq(the top level holds objects only), 'unknown-parameter') if $owner eq '/';
     return if !$self->_is_known_chain($owner);
     my $type = $model->type_of($owner);
     return $self->_value_findings($owner, $name, $value, $type, $model->variant_at($owner, $type));
@@ -311,8 +358,16 @@ sub _value_findings ($self, $path, $name, $value, $type, $variant) {
         if !$variant->{allowed}{$name} && !$type->{free};
     my $parameter = $variant->{parameters}{$name} // $type->parameter($variant, $name);
     return if $parameter->{anything};
-    return map { _finding("$path/$name", $_->[1], $_->[0]) }
-        $parameter->problems($value, $self->_asker);
+    my @problems = $parameter->problems($value, $self->_asker) or return;
+    # A case may have changed what the value may be.
+    my @switches = $self->_switches($path, grep { $_->{own}{$name} } @{ $variant->{cases} });
+    return map { finding("$path/$name", $_->[1], $_->[0], @switches, $self->_meant_objects($parameter, $_->[2])) }
+        @problems;
+}
+
+# The path of the object that a misspelt name stands for.
+sub _meant_objects ($self, $parameter, $name) {
+    return defined $name ? $self->{model}->object_path($parameter->{objects}, $name) : ();
 }
 
 # What the check of a value may ask; made once for each set of rules.
@@ -331,11 +386,11 @@ sub _asker ($self) {
 sub _unknown_parameter ($self, $path, $name, $type, $variant) {
     my @cases = $type->cases_with([ 'required', 'optional' ], $name);
     return if $self->_is_doubtful($path, $type, @cases);
-    return _finding("$path/$name", qq($type->{type} does not use "$name" here) . _needs(@cases),
-        'unknown-parameter') if @cases;
+    return finding("$path/$name", qq($type->{type} does not use "$name" here) . _needs(@cases),
+        'unknown-parameter', $self->_switches($path, @cases)) if @cases;
     my $near = _meant_name($variant, $name);
     $self->{meant}{$near} = 1 if defined $near;
-    return _finding("$path/$name", qq($type->{type} has no parameter "$name")
+    return finding("$path/$name", qq($type->{type} has no parameter "$name")
         . (defined $near ? "; did you mean $near?" : ''), 'unknown-parameter');
 }
 
@@ -345,11 +400,11 @@ sub _missing_findings ($self, $path, $type, $variant, $names) {
     if (@{ $variant->{required} }) {
         my %missing = map { $_ => 1 } @{ $variant->{required} };
         delete @missing{ @$names, keys %{ $self->{meant} } };
-        push @findings, map { _finding($path, qq(required parameter "$_" is missing), 'missing-parameter') }
-            grep { $missing{$_} } @{ $variant->{required} };
+        push @findings, map { finding($path, qq(required parameter "$_" is missing), 'missing-parameter',
+            $self->_demanding($path, $type, $variant, 'required', $_)) } grep { $missing{$_} } @{ $variant->{required} };
     }
-    return (@findings, map { _finding($path, "required object $_ is missing", 'missing-object') }
-        $self->_missing_types($path, $variant));
+    return (@findings, map { finding($path, "required object $_ is missing", 'missing-object',
+        $self->_demanding($path, $type, $variant, 'required_objects', $_)) } $self->_missing_types($path, $variant));
 }
 
 sub _missing_types ($self, $path, $variant) {
@@ -368,7 +423,7 @@ sub _version_findings ($self, $path) {
     my $stated;
     $self->{database}->getStringValue("$path/Version", \$stated);
     return if !defined $stated || VEL::Version::compare($stated, $version) <= 0;
-    return _finding("$path/Version",
+    return finding("$path/Version",
         "the data is in version $stated, newer than version $version of the rules", 'newer-version');
 }
 

@@ -85,7 +85,7 @@ subtest 'findings.md' => sub {
     for my $file (glob "$FindBin::Bin/../VEL/*.pm $FindBin::Bin/../VEL/Rules/*.pm") {
         open my $handle, '<', $file or die "$file: $!";
         my $code = do { local $/ = undef; readline $handle };
-        $used{$_} = 1 for $code =~ /\[\s*'([a-z]+(?:-[a-z]+)+)'/g, $code =~ /,\s*'([a-z]+(?:-[a-z]+)+)'\)/g,
+        $used{$_} = 1 for $code =~ /\[\s*'([a-z]+(?:-[a-z]+)+)'/g, $code =~ /,\s*'([a-z]+(?:-[a-z]+)+)'[,)]/g,
             $code =~ /\[([a-z]+(?:-[a-z]+)+)\]"/g;
     }
     $used{$_} = 1 for qw(below-bound above-bound);

@@ -117,8 +117,9 @@ sub _default_problems ($self, $bounds) {
 
 =item C<problems($text, $asker)>
 
-What is wrong with a value: a list of C<[identifier, sentence]>. The asker is a
-hash of
+What is wrong with a value: a list of C<[identifier, sentence]>, with the name of
+the object that is meant as a third entry where a misspelt one is known. The asker is
+a hash of
 
     units, bounds    whether these are checked
     objects          sub (types): the names of the objects there are, as a hash
@@ -137,7 +138,8 @@ sub problems ($self, $text, $asker) {
     my @wrong   = map { $self->_entry_problems($_, $asker) } @entries;
     return (@count, @wrong) if !@wrong || $text !~ /;/;
     # The entries are not what they would be with the right separator.
-    return ([ $wrong[0][0], "$wrong[0][1]; the entries of a list are separated by commas" ], @wrong[ 1 .. $#wrong ]);
+    my ($identifier, $sentence, $object) = @{ shift @wrong };
+    return ([ $identifier, "$sentence; the entries of a list are separated by commas", $object ], @wrong);
 }
 
 sub _count_problems ($self, $count) {
@@ -181,12 +183,14 @@ sub _object_problems ($self, $text, $asker) {
         return;
     }
     my @known   = (@{ $self->{values} // [] }, @{ $names->{list} }[ 0 .. min($#{ $names->{list} }, 12) ]);
-    my $nearest = ($self->{values} ? $self->_near_value($text) : undef) // $names->{hints}->find($text);
+    my $value   = $self->{values} ? $self->_near_value($text) : undef;
+    my $object  = defined $value ? undef : $names->{hints}->find($text);
+    my $nearest = $value // $object;
     my $types   = join ' or ', @{ $self->{objects} };
     return [ 'no-such-object', qq(there is no $types named "$text")
             . (@known > 1 || (@known && !defined $nearest) ? _allowed(@known)
                 : @known ? '' : '; give the name of an existing one')
-            . (defined $nearest ? "; did you mean $nearest?" : '') ];
+            . (defined $nearest ? "; did you mean $nearest?" : ''), $object ];
 }
 
 sub _logical_problems ($self, $text) {

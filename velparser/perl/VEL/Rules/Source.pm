@@ -4,6 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Record qw(finding);
 use VEL::Rules::Fields;
 use VEL::Suggest qw(nearest);
 use VEL::Units;
@@ -78,12 +79,12 @@ sub new ($class, $lines) {
 
 =item C<top>, C<faults>
 
-The outermost block; the faults, one line each with path and identifier.
+The outermost block; the faults, as findings (see L<VEL::Record>).
 
 =cut
 
 sub top    ($self) { return $self->{top} }
-sub faults ($self) { return map { "$_->[0]: $_->[1] [bad-rule]" } @{ $self->{faults} } }
+sub faults ($self) { return @{ $self->{faults} } }
 
 =item C<fault($path, $sentence)>
 
@@ -92,7 +93,7 @@ Notes a fault found by a later stage.
 =cut
 
 sub fault ($self, $path, $sentence) {
-    push @{ $self->{faults} }, [ $path, $sentence ];
+    push @{ $self->{faults} }, finding($path, $sentence, 'bad-rule');
     for (my $at = $path; $at ne '' && !$self->{unsound}{$at}++;) {
         $at = substr $at, 0, rindex $at, '/';
     }
