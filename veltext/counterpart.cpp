@@ -46,7 +46,7 @@ const velNode *Counterpart::find(const velNodeInfo &child, const std::string &pa
         return nullptr;
     const velNode *found = expected_;
     if (!found || !haveSameComponent(velDescribe(tree_, found), child))
-        found = velFindNode(tree_, (parentPath + '/' + component(child)).c_str());
+        found = velFindNode(tree_, (parentPath + '/' + velComponentOf(child)).c_str());
     if (found)
         expected_ = velNextSibling(found);
     return found;

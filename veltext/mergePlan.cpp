@@ -109,7 +109,7 @@ private:
         // Most of a large file is parameters that nobody changed.
         if (isSameParam(ours, theirs))
             return;
-        std::string path = level.path + '/' + component(info);
+        std::string path = level.path + '/' + velComponentOf(info);
         if (ours.isObject() && theirs.isObject()) {
             const velNode *common = base.isObject() ? base.node : nullptr;
             levels_.push_back({common, ours.node, theirs.node, std::move(path)});

@@ -1,5 +1,6 @@
 #include "veltext/mergeText.h"
 
+#include "velapilt/src/velSpace.h"
 #include "veltext/statementPlaces.h"
 #include "veltext/treeWalk.h"
 #include "veltext/valueEdit.h"
@@ -106,7 +107,7 @@ public:
     {
         for (std::size_t i = 0; i < texts.ours.lineCount(); ++i) {
             if (isRemarkLine(texts.ours.line(i)))
-                remarksOfOurs_.insert(trimmed(texts.ours.line(i)));
+                remarksOfOurs_.insert(velTrim(texts.ours.line(i)));
         }
     }
 
@@ -198,17 +199,8 @@ private:
     [[nodiscard]] std::size_t firstRemarkAbove(std::size_t line) const
     {
         while (line > 0 && isRemarkLine(texts_.theirs.line(line - 1)) &&
-               !remarksOfOurs_.contains(trimmed(texts_.theirs.line(line - 1))))
+               !remarksOfOurs_.contains(velTrim(texts_.theirs.line(line - 1))))
             --line;
-        return line;
-    }
-
-    static std::string_view trimmed(std::string_view line)
-    {
-        while (!line.empty() && isBlank(line.front()))
-            line.remove_prefix(1);
-        while (!line.empty() && isBlank(line.back()))
-            line.remove_suffix(1);
         return line;
     }
 

@@ -1,19 +1,13 @@
 #include "veltext/statement.h"
 
+#include "velapilt/src/velComponentText.h"
+#include "velapilt/src/velSpace.h"
+
 #include <algorithm>
 
 namespace veltext {
 
 namespace {
-
-std::string_view trim(std::string_view text)
-{
-    while (!text.empty() && isBlank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
 
 std::size_t findRemark(std::string_view text)
 {
@@ -28,8 +22,8 @@ std::size_t findRemark(std::string_view text)
 std::string singleBlanks(std::string_view text)
 {
     std::string result;
-    for (const char c : trim(text)) {
-        if (!isBlank(c))
+    for (const char c : velTrim(text)) {
+        if (!velIsSpace(c))
             result += c;
         else if (result.back() != ' ')
             result += ' ';
@@ -44,7 +38,7 @@ bool joinLines(const SourceText &source, Positions positions, Statement *stateme
     LineRange &lines = statement->lines;
     while (lines.first + lines.count < source.lineCount()) {
         const std::size_t number = lines.first + lines.count++;
-        const std::string_view line = trim(source.parsedLine(number));
+        const std::string_view line = velTrim(source.parsedLine(number));
         text += line;
         if (positions == Positions::Keep) {
             const auto start = static_cast<std::size_t>(line.data() - source.bytes().data());
@@ -63,15 +57,15 @@ std::string headerComponent(std::string_view text, std::size_t colon)
 {
     const std::string type = singleBlanks(text.substr(0, colon));
     const std::string name = singleBlanks(text.substr(colon + 1));
-    return name.empty() || name == type ? type : type + ':' + name;
+    return name == type ? type : velJoinComponent(type, name);
 }
 
 /// Kind and component from the text before the remark.
 void classify(std::string_view text, Statement *statement)
 {
-    text = trim(text);
+    text = velTrim(text);
     if (text.starts_with(replaceWord))
-        text = trim(text.substr(replaceWord.size()));
+        text = velTrim(text.substr(replaceWord.size()));
     if (text.empty()) {
         statement->kind = StatementKind::Nothing;
     } else if (text == "END") {
@@ -103,6 +97,13 @@ void readStatement(const SourceText &source, std::size_t firstLine, Positions po
         statement->kind = StatementKind::Nothing;
         classify(std::string_view(statement->text).substr(0, statement->remark), statement);
     }
+}
+
+std::string headerText(std::string_view type, std::string_view name)
+{
+    std::string text(type);
+    text += ':';
+    return name.empty() ? text : text.append(1, ' ').append(name);
 }
 
 std::size_t countRemarks(const SourceText &source)

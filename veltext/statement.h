@@ -61,13 +61,11 @@ enum class Positions { Skip, Keep };
 void readStatement(const SourceText &source, std::size_t firstLine, Positions positions,
                    Statement *statement);
 
+/// The header of an object or, without a name, of a singleton, as a line
+/// without indent: "TYPE: Name" or "TYPE:".
+[[nodiscard]] std::string headerText(std::string_view type, std::string_view name);
+
 /// How many statements and blank lines of a text carry a remark.
 [[nodiscard]] std::size_t countRemarks(const SourceText &source);
-
-/// White space as the parser knows it, whatever the locale.
-[[nodiscard]] constexpr bool isBlank(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 } // namespace veltext

@@ -52,7 +52,7 @@ StatementPlaces::StatementPlaces(const SourceText &source, velHandle *handle,
     std::unordered_set<std::string> components; ///< few, against all that a file states
     for (const velNode *node : wanted) {
         if (node && places_.try_emplace(node).second)
-            components.insert(component(velDescribe(handle, node)));
+            components.insert(velComponentOf(velDescribe(handle, node)));
     }
     if (places_.empty())
         return;

@@ -3,6 +3,7 @@
 #include "veltext/error.h"
 #include "veltext/valueEdit.h"
 
+#include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velapilt.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@ namespace veltext {
 
 namespace {
 
-constexpr std::int32_t newLineWidth = 79;
 constexpr const char *usualIndent = "  ";
 
 std::string parentOf(const std::string &path)
@@ -140,10 +140,8 @@ private:
                 text->insert(text->size() - lineEnd_.size(), ' ' + added.remark);
             return;
         }
-        const std::size_t colon = added.component.find(':');
-        line(indent + added.component.substr(0, colon) + ':' +
-                 (colon == std::string::npos ? "" : ' ' + added.component.substr(colon + 1)),
-             text);
+        const velComponentParts parts = velSplitComponent(added.component);
+        line(indent + headerText(parts.type, parts.name), text);
         for (const bool objects : {false, true}) {
             for (const std::string &path : added.children) {
                 const TextEdit::Added &child = edit_.added_.at(path);
@@ -158,7 +156,7 @@ private:
     void line(const std::string &statement, std::string *text) const
     {
         velArray pieces(velArrayKind::Strings);
-        veltext::require(velWrapLine(statement.c_str(), newLineWidth, &pieces));
+        veltext::require(velWrapLine(statement.c_str(), velUsualWidth, &pieces));
         const velStringList lines = pieces.takeStrings();
         for (const char *piece : lines)
             text->append(piece).append(lineEnd_);

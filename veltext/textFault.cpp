@@ -1,5 +1,6 @@
 #include "veltext/textFault.h"
 
+#include "velapilt/src/velSpace.h"
 #include "velapilt/src/velapilt.h"
 #include "veltext/statement.h"
 
@@ -18,7 +19,7 @@ bool isConflictMarker(std::string_view line)
     if (line.empty() || std::string_view("<|=>").find(line[0]) == std::string_view::npos)
         return false;
     const std::size_t size = std::min(line.find_first_not_of(line[0]), line.size());
-    return size >= usualMarkerSize && (size == line.size() || isBlank(line[size]));
+    return size >= usualMarkerSize && (size == line.size() || velIsSpace(line[size]));
 }
 
 std::size_t indentOf(std::string_view line)

@@ -4,21 +4,10 @@
 #include "veltext/treeWalk.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace veltext {
 
 namespace {
-
-bool isSameNode(const velNode *a, const velNodeInfo &info, velHandle *handle, const velNode *b)
-{
-    if (!b || velChildCount(a) != velChildCount(b))
-        return false;
-    const velNodeInfo other = velDescribe(handle, b);
-    if (info.kind != other.kind || !info.value != !other.value)
-        return false;
-    return !info.value || std::strcmp(info.value, other.value) == 0;
-}
 
 bool isBelow(const std::string &path, const std::string &object)
 {
@@ -80,17 +69,7 @@ const TreeData::Item *TreeData::find(const std::string &path) const
     return found == places_.end() ? nullptr : &items_[found->second];
 }
 
-bool isSameData(velHandle *a, velHandle *b)
-{
-    TreeWalk walk(a, velFindNode(a, "/"), "/");
-    for (; walk.node(); walk.step()) {
-        if (!isSameNode(walk.node(), walk.info(), b, velFindNode(b, walk.path().c_str())))
-            return false;
-    }
-    return true;
-}
-
-bool isSameData(const TreeData &a, const TreeData &b)
+bool haveSameData(const TreeData &a, const TreeData &b)
 {
     return a.items().size() == b.items().size() &&
            std::all_of(a.items().begin(), a.items().end(), [&](const TreeData::Item &item) {

@@ -36,9 +36,9 @@ private:
     std::unordered_map<std::string, std::size_t> places_;
 };
 
-/// Whether both trees hold the same objects, parameters and values.
-[[nodiscard]] bool isSameData(velHandle *a, velHandle *b);
-[[nodiscard]] bool isSameData(const TreeData &a, const TreeData &b);
+/// As for two trees (treeDiff.h): whether both hold the same objects, parameters
+/// and values, in whatever order.
+[[nodiscard]] bool haveSameData(const TreeData &a, const TreeData &b);
 
 /// Former paths of parameters, by those that they have moved to.
 using Moves = std::unordered_map<std::string, std::string>;

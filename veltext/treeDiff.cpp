@@ -78,7 +78,7 @@ private:
         if (other)
             compare(child, info, other, velDescribe(new_, other));
         else
-            tell(DifferenceKind::Removed, old_, child, path_ + '/' + component(info));
+            tell(DifferenceKind::Removed, old_, child, path_ + '/' + velComponentOf(info));
     }
 
     /// `path_` is that of the parent; the root has no component.
@@ -108,7 +108,7 @@ private:
              child = velNextSibling(child)) {
             const velNodeInfo info = velDescribe(new_, child);
             if (!inOld.find(info, path_))
-                tell(DifferenceKind::Added, new_, child, path_ + '/' + component(info));
+                tell(DifferenceKind::Added, new_, child, path_ + '/' + velComponentOf(info));
         }
     }
 
@@ -117,7 +117,7 @@ private:
         if (!startIsOpen_)
             startIsOpen_ = true; // the path of the start is given
         else
-            path_.append(1, '/').append(component(child));
+            path_.append(1, '/').append(velComponentOf(child));
         return path_;
     }
 

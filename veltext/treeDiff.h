@@ -34,7 +34,8 @@ using DifferenceVisitor = std::function<void(const Difference &)>;
 void compareTrees(velHandle *oldTree, const velNode *oldNode, velHandle *newTree,
                   const velNode *newNode, const std::string &path, const DifferenceVisitor &visit);
 
-/// Whether two whole trees have no difference.
+/// Whether two whole trees hold the same objects, parameters and values, in
+/// whatever order. A parameter without a value counts as one with an empty one.
 [[nodiscard]] bool haveSameData(velHandle *a, velHandle *b);
 
 /// Two nodes at the same path with all that is below them.

@@ -1,5 +1,7 @@
 #include "veltext/treeWalk.h"
 
+#include "veltext/statement.h"
+
 namespace veltext {
 
 TreeWalk::TreeWalk(const velHandle *handle, const velNode *start, std::string path)
@@ -39,31 +41,14 @@ void TreeWalk::enter(const velNode *node)
     info_ = velDescribe(handle_, node);
     path_.resize(open_.back().pathLength);
     path_ += '/';
-    path_ += component(info_);
-}
-
-std::string component(const velNodeInfo &info)
-{
-    switch (info.kind) {
-    case velParam:
-        return info.name;
-    case velObject:
-        return info.name ? std::string(info.type) + ':' + info.name : info.type;
-    default:
-        return info.type;
-    }
+    path_ += velComponentOf(info_);
 }
 
 std::string statementOf(const velNodeInfo &info)
 {
-    switch (info.kind) {
-    case velParam:
+    if (info.kind == velParam)
         return std::string(info.name) + " = " + (info.value ? info.value : "");
-    case velObject:
-        return std::string(info.type) + ": " + (info.name ? info.name : "");
-    default:
-        return std::string(info.type) + ':';
-    }
+    return headerText(info.type, info.name ? info.name : "");
 }
 
 } // namespace veltext

@@ -47,9 +47,6 @@ private:
     std::vector<Level> open_; ///< the nodes above, from the start down
 };
 
-/// What a node is called below its parent: "TYPE:Name", "TYPE" or "Name".
-[[nodiscard]] std::string component(const velNodeInfo &info);
-
 /// The header or assignment of a node, as a line of VEL text without indent.
 [[nodiscard]] std::string statementOf(const velNodeInfo &info);
 

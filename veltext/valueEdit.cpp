@@ -3,6 +3,10 @@
 #include "veltext/error.h"
 #include "veltext/valueText.h"
 
+#include "velapilt/src/velComponentText.h"
+#include "velapilt/src/velSpace.h"
+#include "velapilt/src/velapilt.h"
+
 #include <algorithm>
 
 namespace veltext {
@@ -19,11 +23,9 @@ struct TextRange
 /// Without the blanks at its ends.
 TextRange trimmed(std::string_view text, TextRange range)
 {
-    while (range.end > range.begin && isBlank(text[range.end - 1]))
-        --range.end;
-    while (range.begin < range.end && isBlank(text[range.begin]))
-        ++range.begin;
-    return range;
+    const std::string_view kept = velTrim(text.substr(range.begin, range.end - range.begin));
+    const auto begin = static_cast<std::size_t>(kept.data() - text.data());
+    return {begin, begin + kept.size()};
 }
 
 TextRange findValue(const Statement &statement)
@@ -51,14 +53,6 @@ std::size_t lineOf(const SourceText &source, LineRange lines, std::size_t positi
             line = middle;
     }
     return line;
-}
-
-std::size_t trimmedLength(std::string_view line)
-{
-    std::size_t length = line.size();
-    while (length > 0 && isBlank(line[length - 1]))
-        --length;
-    return length;
 }
 
 /// Tells the commas between list entries from those within one.
@@ -132,7 +126,7 @@ private:
         const std::size_t lastLine = lineOf(source_, lines, last);
         style_.width = last + 1 - source_.lineStart(lastLine);
         for (std::size_t line = lines.first; line < lastLine; ++line)
-            style_.width = std::max(style_.width, trimmedLength(source_.line(line)));
+            style_.width = std::max(style_.width, velTrimEnd(source_.line(line)).size());
         style_.indent = leadingBlanks(source_.line(lines.first + 1));
         style_.lineEnd = source_.line(lines.first).ends_with('\r') ? "\r\n" : "\n";
         style_.entryEach = pieces_.size() > 2;
@@ -142,7 +136,7 @@ private:
 
     static bool isOneEntry(std::string_view text)
     {
-        text = text.substr(0, trimmedLength(text));
+        text = velTrimEnd(text);
         Parentheses parentheses;
         std::size_t commas = 0;
         for (const char c : text) {
@@ -218,13 +212,13 @@ Splice firstValue(const SourceText &source, std::size_t behindEquals, std::strin
 
 std::string_view leadingBlanks(std::string_view line)
 {
-    const auto end = std::find_if_not(line.begin(), line.end(), isBlank);
+    const auto end = std::find_if_not(line.begin(), line.end(), velIsSpace);
     return line.substr(0, static_cast<std::size_t>(end - line.begin()));
 }
 
 std::string_view guardOf(std::string_view value)
 {
-    return value.ends_with('\\') ? " #" : "";
+    return velLineEnd(value);
 }
 
 std::string storageFault(std::string_view value)
@@ -277,13 +271,13 @@ Splice componentSplice(const SourceText &source, LineRange lines, std::string_vi
     const std::size_t begin = text.starts_with(replaceWord) ? replaceWord.size() : 0;
     const std::size_t sign = text.find(isParameter ? '=' : ':');
     const TextRange first = trimmed(text, {begin, sign});
-    const std::size_t colon = component.find(':');
-    std::string renamed(component.substr(0, colon));
+    const velComponentParts parts = velSplitComponent(component);
+    std::string renamed(parts.type);
     std::size_t end = first.end;
     // A singleton may be written "TYPE: TYPE" too, and would be no singleton
     // any more if only its first word were renamed.
     const TextRange name = trimmed(text, {sign + 1, statement.remark});
-    if (!isParameter && colon == std::string_view::npos && name.begin < name.end) {
+    if (!isParameter && !parts.hasColon && name.begin < name.end) {
         renamed.append(text, first.end, name.begin - first.end).append(component);
         end = name.end;
     }

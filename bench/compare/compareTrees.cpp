@@ -17,7 +17,6 @@ namespace velBench {
 
 namespace {
 
-constexpr std::int32_t formatWidth = 79;
 constexpr std::size_t lookups = 1000000;
 constexpr std::uint64_t largeTree = 1000000;
 
@@ -108,7 +107,7 @@ private:
         } writer;
         writer.text = &text;
         Side vel{[&] { lines = velStringList(); },
-                 [&] { require(velWrapText(handle_.get(), "/", formatWidth, &lines)); }};
+                 [&] { require(velWrapText(handle_.get(), "/", velUsualWidth, &lines)); }};
         Side xml{[&] { text = std::string(); }, [&] { xml_->save(writer, "  "); }};
         compare({&vel, &xml});
         report(named("formatted save"), vel, "pugixml save", xml, 1.5);

@@ -1,10 +1,10 @@
 #include "bench/generate/treeWriter.h"
 
+#include "velapilt/src/velComponentText.h"
+
 namespace velBench {
 
 namespace {
-
-constexpr std::size_t lineWidth = 79;
 
 /// What the writers share: the file, and the indentation of the open blocks.
 class FileWriter : public TreeWriter
@@ -36,14 +36,6 @@ private:
     std::ofstream out_;
 };
 
-std::string component(std::string_view type, std::string_view name)
-{
-    std::string text(type);
-    if (!name.empty())
-        text.append(":").append(name);
-    return text;
-}
-
 class VelWriter : public FileWriter
 {
 public:
@@ -74,8 +66,8 @@ private:
     void putWrapped(std::string line)
     {
         const std::string continuation = indent() + "  ";
-        while (line.size() > lineWidth) {
-            const std::size_t blank = line.rfind(' ', lineWidth - 2);
+        while (line.size() > velUsualWidth) {
+            const std::size_t blank = line.rfind(' ', velUsualWidth - 2);
             if (blank == std::string::npos || blank < continuation.size())
                 break;
             putLine(line.substr(0, blank + 1) + '\\');
@@ -178,7 +170,7 @@ public:
 
     void open(std::string_view type, std::string_view name) override
     {
-        startMember(component(type, name));
+        startMember(velJoinComponent(type, name));
         put("{");
         ++depth_;
         first_ = true;
@@ -235,7 +227,7 @@ public:
     void open(std::string_view type, std::string_view name) override
     {
         ends_.push_back(path_.size());
-        path_.append("/").append(component(type, name));
+        path_.append("/").append(velJoinComponent(type, name));
     }
 
     void parameter(std::string_view name, std::string_view) override

@@ -8,7 +8,6 @@ namespace velBench {
 
 namespace {
 
-constexpr std::int32_t formatWidth = 79;
 constexpr std::size_t lookups = 1000000;
 
 velHandlePtr newHandle()
@@ -75,13 +74,14 @@ Result velFormat(const Arguments &arguments)
 
     const std::int64_t before = residentBytes();
     velStringList lines;
-    require(velWrapText(handle.get(), "/", formatWidth, &lines));
+    require(velWrapText(handle.get(), "/", velUsualWidth, &lines));
     result.rss = residentBytes() - before;
     for (const char *line : lines)
         result.bytes += std::strlen(line) + 1;
 
-    result.seconds = bestOf([&] { lines = velStringList(); },
-                            [&] { require(velWrapText(handle.get(), "/", formatWidth, &lines)); });
+    result.seconds =
+        bestOf([&] { lines = velStringList(); },
+               [&] { require(velWrapText(handle.get(), "/", velUsualWidth, &lines)); });
     return result;
 }
 

@@ -1,4 +1,5 @@
 // What is below a node: its children as lists and groups, and searches.
+#include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velHandle_p.h"
 #include "velapilt/src/velHash.h"
@@ -193,11 +194,8 @@ try {
         if (!(child->isParam() ? wantParams : wantObjects)) {
             continue;
         }
-        component = words.view(child->type);
-        if (!child->isParam() && child->name != velWords::none) {
-            component += ':';
-        }
-        component += words.view(child->name);
+        component.clear();
+        velAppendComponent(&component, words.view(child->type), words.view(child->name));
         if (array.addString(component) == 0) {
             return "getChildObjectList: error allocating return array";
         }

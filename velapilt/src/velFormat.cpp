@@ -3,6 +3,7 @@
 // Two writers: the plain one keeps the stored order and everything in it; the
 // other writes user data the way a file is saved: parameters first, objects by
 // the priorities that the rules give their types, lines wrapped.
+#include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velHandle_p.h"
 #include "velapilt/src/velNumber.h"
 #include "velapilt/src/velResolve_p.h"
@@ -109,9 +110,7 @@ public:
     {
         for (const char *kind : {"OBJECT", "SINGLETON", "PARAMETER"}) {
             std::string path = "/RULES/";
-            path += kind;
-            path += ':';
-            path += type;
+            velAppendComponent(&path, kind, type);
             path += "/Output Ordering Priority";
             // Resolved, for the rule of a type OBJECT is the singleton /RULES/OBJECT.
             if (const velNode *rule = velResolve(rules_, path.c_str())) {
@@ -139,12 +138,7 @@ private:
 
 std::string entryText(const velWords &words, const velNode *node)
 {
-    std::string text(words.view(node->type));
-    if (node->name != velWords::none) {
-        text += ':';
-        text += words.view(node->name);
-    }
-    return text;
+    return velJoinComponent(words.view(node->type), words.view(node->name));
 }
 
 struct OrderedNode
@@ -381,8 +375,7 @@ try {
     std::vector<Entry> ordered;
     ordered.reserve(entries->size());
     for (const std::string &text : *entries) {
-        const std::string_view type = std::string_view(text).substr(0, text.find(':'));
-        ordered.push_back({priorities.ofType(type), text});
+        ordered.push_back({priorities.ofType(velSplitComponent(text).type), text});
     }
     std::sort(ordered.begin(), ordered.end(), [](const Entry &a, const Entry &b) {
         return a.priority != b.priority ? a.priority > b.priority : a.text < b.text;

@@ -4,7 +4,7 @@
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velOperation_p.h"
 #include "velapilt/src/velResolve_p.h"
-#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velSpace.h"
 
 #include <cstdio>
 #include <new>

@@ -1,6 +1,6 @@
 #include "velapilt/src/velNumber.h"
 
-#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velSpace.h"
 
 #include <charconv>
 #include <cmath>

@@ -13,7 +13,7 @@
 #include "velapilt/src/velPathStack_p.h"
 #include "velapilt/src/velRemove_p.h"
 #include "velapilt/src/velScan.h"
-#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velSpace.h"
 #include "velapilt/src/velTree_p.h"
 
 #include <algorithm>

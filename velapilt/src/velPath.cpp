@@ -1,6 +1,7 @@
 #include "velapilt/src/velPath.h"
 
-#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velComponentText.h"
+#include "velapilt/src/velSpace.h"
 #include "velapilt/src/velapilt.h"
 
 #include <array>
@@ -50,12 +51,8 @@ std::string collapseRuns(std::string_view path)
 /// The length that a component keeps: TYPE:TYPE is reduced to its type.
 std::size_t reducedLength(std::string_view component)
 {
-    const std::size_t colon = component.find(':');
-    if (colon == std::string_view::npos ||
-        component.substr(0, colon) != component.substr(colon + 1)) {
-        return component.size();
-    }
-    return colon;
+    const velComponentParts parts = velSplitComponent(component);
+    return parts.hasColon && parts.type == parts.name ? parts.type.size() : component.size();
 }
 
 /// Whether a path is its own normal form. Most are, so this looks at each

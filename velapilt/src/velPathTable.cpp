@@ -2,6 +2,7 @@
 #include "velapilt/src/velPathTable.h"
 
 #include "velapilt/src/velBytes.h"
+#include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velWalk_p.h"
 
 #include <algorithm>
@@ -280,12 +281,12 @@ try {
 
 velComponent velPathTable::componentOf(std::string_view text) const
 {
-    const std::size_t colon = text.find(':');
-    if (colon == std::string_view::npos) {
+    const velComponentParts parts = velSplitComponent(text);
+    if (!parts.hasColon) {
         return {velWords::none, words_.find(text)};
     }
-    const std::uint32_t type = words_.find(text.substr(0, colon));
-    const std::uint32_t name = words_.find(text.substr(colon + 1));
+    const std::uint32_t type = words_.find(parts.type);
+    const std::uint32_t name = words_.find(parts.name);
     if (type == velWords::none || name == velWords::none) {
         return {velWords::none, velWords::none};
     }

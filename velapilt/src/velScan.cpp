@@ -1,6 +1,6 @@
 #include "velapilt/src/velScan.h"
 
-#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velSpace.h"
 
 #include <algorithm>
 #include <bit>

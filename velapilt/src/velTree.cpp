@@ -2,6 +2,7 @@
 #include "velapilt/src/velTree_p.h"
 
 #include "velapilt/src/velCheck_p.h"
+#include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velHandlers_p.h"
 #include "velapilt/src/velOperation_p.h"
 #include "velapilt/src/velPath.h"
@@ -69,11 +70,8 @@ velNode *findBelow(velHandle *handle, velNode *parent, velComponent component)
     }
     std::string path = parent->isRoot() ? "" : velPathOf(handle, parent);
     path += '/';
-    path += handle->words.view(component.type);
-    if (component.type != velWords::none) {
-        path += ':';
-    }
-    path += handle->words.view(component.name);
+    velAppendComponent(&path, handle->words.view(component.type),
+                       handle->words.view(component.name));
     return handle->table.find(path);
 }
 
@@ -243,6 +241,12 @@ velNodeInfo velDescribe(const velHandle *handle, const velNode *node)
             node->isParam() ? node->value.text : nullptr, node->flags};
 }
 
+std::string velComponentOf(const velNodeInfo &info)
+{
+    const std::string_view name = info.name == nullptr ? "" : info.name;
+    return info.kind == velParam ? std::string(name) : velJoinComponent(info.type, name);
+}
+
 // --- Making ---------------------------------------------------------------------
 
 void velMakeRoot(velHandle *handle)
@@ -299,12 +303,8 @@ try {
     if (place->parentPath != "/" && handle->table.find(place->parentPath) == nullptr) {
         return "velCreateObject: parent object does not exist";
     }
-    const std::string_view component = place->component;
-    const std::size_t colon = component.find(':');
-    const std::string_view type = component.substr(0, colon);
-    const std::string_view name =
-        colon == std::string_view::npos ? std::string_view() : component.substr(colon + 1);
-    if (colon != std::string_view::npos && type == name) {
+    const auto [type, name, hasColon] = velSplitComponent(place->component);
+    if (hasColon && type == name) {
         return "velCreateObject: TYPE:TYPE form for singletons is not permitted";
     }
     if (const char *error = velCheckType(handle, type)) {

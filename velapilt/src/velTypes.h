@@ -5,6 +5,10 @@
 #include <string>
 #include <vector>
 
+/// The columns to which a command file is wrapped unless its writer is told
+/// otherwise.
+inline constexpr std::int32_t velUsualWidth = 79;
+
 enum velKind : std::uint32_t {
     velNone = 0,
     velParam = 1,     ///< a name and a value

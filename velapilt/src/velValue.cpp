@@ -2,7 +2,7 @@
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velNumber.h"
 #include "velapilt/src/velResolve_p.h"
-#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velSpace.h"
 #include "velapilt/src/velSplit.h"
 #include "velapilt/src/velapilt.h"
 

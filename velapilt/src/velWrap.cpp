@@ -1,6 +1,6 @@
 #include "velapilt/src/velWrap.h"
 
-#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velSpace.h"
 #include "velapilt/src/velapilt.h"
 
 #include <cstring>

@@ -20,6 +20,7 @@
 #pragma once
 
 #include "velapilt/src/velArray.h"
+#include "velapilt/src/velSpace.h"
 #include "velapilt/src/velTypes.h"
 
 #include <cstdint>
@@ -248,11 +249,8 @@ struct velDigest
 /// gives the value back exactly.
 [[nodiscard]] inline std::string_view velLineEnd(std::string_view value)
 {
-    while (!value.empty() &&
-           (value.back() == ' ' || (value.back() >= '\t' && value.back() <= '\r'))) {
-        value.remove_suffix(1); // a reader drops the white space
-    }
-    return value.ends_with('\\') ? " #" : std::string_view();
+    // A reader drops the white space.
+    return velTrimEnd(value).ends_with('\\') ? " #" : std::string_view();
 }
 
 // --- Children (velChildren.cpp) -----------------------------------------------
@@ -299,6 +297,9 @@ struct velNode;
 [[nodiscard]] const velNode *velNextSibling(const velNode *node);
 [[nodiscard]] velNodeInfo velDescribe(const velHandle *handle, const velNode *node);
 [[nodiscard]] std::uint32_t velChildCount(const velNode *node);
+/// "TYPE:Name", "TYPE" or "Name", which tells the node apart from its siblings.
+/// Throws bad_alloc.
+[[nodiscard]] std::string velComponentOf(const velNodeInfo &info);
 
 // --- Handlers (velHandlers.cpp) -------------------------------------------------
 

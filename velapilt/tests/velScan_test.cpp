@@ -1,7 +1,7 @@
 // The quick look at a line against the plain one.
 #include "velapilt/src/velScan.h"
 
-#include "velapilt/src/velSpace_p.h"
+#include "velapilt/src/velSpace.h"
 #include "velapilt/tests/velTestData.h"
 
 #include <gtest/gtest.h>

@@ -23,8 +23,6 @@ namespace velEditor {
 
 namespace {
 
-constexpr std::int32_t lineWidth = 79;
-
 /// The permissions of a file, and nothing when it has none to copy.
 class Permissions
 {
@@ -222,7 +220,7 @@ SaveResult overwrite(const std::string &loaded, const std::string &target,
     if (!overwriting.isOpen())
         return {SaveOutcome::NotOpened, overwriting.failure(), backup, {}};
     velStringList lines;
-    if (const char *failure = velparser::getFormattedVEL("/", lineWidth, &lines))
+    if (const char *failure = velparser::getFormattedVEL("/", velUsualWidth, &lines))
         return {SaveOutcome::Unchanged, failure, backup, {}};
     SaveResult result =
         overwriting.replace(textOf(lines), nameForFormer(loaded, target, !backup.empty()));
@@ -237,7 +235,7 @@ SaveResult create(const std::string &target, const Permissions &permissions,
 {
     TextFile file(target);
     velStringList lines;
-    const char *failure = velparser::getFormattedVEL("/", lineWidth, &lines);
+    const char *failure = velparser::getFormattedVEL("/", velUsualWidth, &lines);
     if (!file.isOpen())
         return {SaveOutcome::NotOpened, file.error(), backup, {}};
     permissions.giveTo(target);

@@ -1,6 +1,7 @@
 #include "veleditor/src/TreeBuilder.h"
 
 #include "common/error.h"
+#include "velapilt/src/velComponentText.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTreeItem.h"
 
@@ -26,13 +27,6 @@ bool isKind(const velChildInfo &child, std::string_view kind)
 bool isFlowPath(std::string_view path)
 {
     return path.substr(0, 5) == "/FLOW" && path.find('/', 1) == std::string_view::npos;
-}
-
-std::string pathComponent(const velChildInfo &child, bool hasValue)
-{
-    if (hasValue)
-        return child.name;
-    return isKind(child, "Object") ? child.type + ':' + child.name : child.type;
 }
 
 QString rowLabel(const velChildInfo &child)
@@ -105,7 +99,7 @@ void TreeBuilder::showNextChild()
     static_cast<void>(velparser::getStringValue(child.name.c_str(), &value));
 
     const std::size_t length = path_.size();
-    std::string component = pathComponent(child, value.has_value());
+    std::string component = value ? child.name : velComponentOf(child);
     if (path_ != "/")
         path_ += '/';
     path_ += component;

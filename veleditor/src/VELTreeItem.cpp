@@ -1,5 +1,6 @@
 #include "veleditor/src/VELTreeItem.h"
 
+#include "velapilt/src/velComponentText.h"
 #include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Text.h"
 
@@ -60,12 +61,12 @@ std::string VELTreeItem::path() const
 
 std::string VELTreeItem::formedLabel(LabelForm form) const
 {
-    const std::size_t colon = component_.find(':');
+    const velComponentParts parts = velSplitComponent(component_);
     if (form == LabelForm::Singleton)
         return component_ + " :";
-    if (form == LabelForm::Parameter || colon == std::string::npos)
+    if (form == LabelForm::Parameter || !parts.hasColon)
         return component_;
-    return component_.substr(0, colon) + " : " + component_.substr(colon + 1);
+    return std::string(parts.type).append(" : ").append(parts.name);
 }
 
 void VELTreeItem::setLabel(const QString &label)

@@ -79,14 +79,6 @@ private:
     std::string text_;
 };
 
-/// "TYPE:Name", "TYPE" or "Name", by which a parent tells its children apart.
-std::string component(const velNodeInfo &info)
-{
-    if (info.kind == velParam)
-        return info.name;
-    return info.name ? std::string(info.type) + ':' + info.name : info.type;
-}
-
 bool isDone(const velNodeInfo &info)
 {
     return (info.flags & doneFlags) == doneFlags;
@@ -152,7 +144,7 @@ private:
                 continue;
             done = false;
             if (info.kind != velParam)
-                visit(component(info));
+                visit(velComponentOf(info));
         }
         return done;
     }

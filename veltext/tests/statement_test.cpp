@@ -1,5 +1,6 @@
 #include "veltext/statementTree.h"
 
+#include "velapilt/src/velSpace.h"
 #include "veltext/tests/newHandle.h"
 #include "veltext/tests/randomText.h"
 #include "veltext/treeWalk.h"
@@ -82,7 +83,7 @@ std::string valueOf(const SourceText &source, LineRange lines)
     for (std::size_t i = equals + 1; i < statement.remark; ++i) {
         EXPECT_EQ(source.bytes()[statement.positions[i]], statement.text[i]);
         const char c = statement.text[i];
-        if (!isBlank(c))
+        if (!velIsSpace(c))
             value += c;
         else if (!value.empty() && value.back() != ' ')
             value += ' ';

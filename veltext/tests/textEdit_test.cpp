@@ -5,6 +5,7 @@
 #include "veltext/tests/newHandle.h"
 #include "veltext/tests/randomText.h"
 #include "veltext/treeData.h"
+#include "veltext/treeDiff.h"
 #include "veltext/treeWalk.h"
 
 #include <gtest/gtest.h>
@@ -314,9 +315,9 @@ TEST(TextEdit, RandomEditsTouchNoOtherLineAndGiveTheTreeEditedInMemory)
                 << edited.bytes();
             const velHandlePtr reread = newHandle();
             ASSERT_TRUE(parse(reread.get(), edited)) << edited.bytes();
-            ASSERT_TRUE(isSameData(reread.get(), handle.get())) << change.path() << " in\n"
-                                                                << source.bytes() << "gave\n"
-                                                                << edited.bytes();
+            ASSERT_TRUE(haveSameData(reread.get(), handle.get())) << change.path() << " in\n"
+                                                                  << source.bytes() << "gave\n"
+                                                                  << edited.bytes();
             source = edited;
             ++edits;
         }

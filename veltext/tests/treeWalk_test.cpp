@@ -36,7 +36,7 @@ const char *const sample = "A:\n x = 1\n B: b\n  y =\n END\n z = 2\nEND\nC: c\nE
 TEST(TreeWalk, VisitsParentsFirstInStoredOrder)
 {
     const velHandlePtr handle = parsed(sample);
-    EXPECT_EQ(walk(handle.get(), "/"), "0 / | /: \n"
+    EXPECT_EQ(walk(handle.get(), "/"), "0 / | /:\n"
                                        "1 /A | A:\n"
                                        "2 /A/x | x = 1\n"
                                        "2 /A/B:b | B: b\n"
@@ -52,7 +52,7 @@ TEST(TreeWalk, SkipsWhatIsBelow)
     const velHandlePtr handle = parsed(sample);
     EXPECT_EQ(walk(handle.get(), "/A", "/A/B:b"), "0 /A | A:\n1 /A/x | x = 1\n1 /A/B:b | B: b\n"
                                                   "1 /A/z | z = 2\n");
-    EXPECT_EQ(walk(handle.get(), "/", "/"), "0 / | /: \n");
+    EXPECT_EQ(walk(handle.get(), "/", "/"), "0 / | /:\n");
 }
 
 TEST(TreeWalk, IsNotLimitedByTheStack)

@@ -8,12 +8,10 @@ namespace veltool {
 
 namespace {
 
-constexpr std::int32_t formattedWidth = 79;
-
 std::string formattedLines(velHandle *handle)
 {
     velStringList lines;
-    require(getFormattedVEL(handle, "/", formattedWidth, &lines));
+    require(getFormattedVEL(handle, "/", velUsualWidth, &lines));
     std::string text;
     for (const char *line : lines)
         text.append(line).append(1, '\n');

@@ -5,6 +5,7 @@
 #include "tools/veltool/support/json.h"
 #include "tools/veltool/support/output.h"
 #include "tools/veltool/support/textPattern.h"
+#include "velapilt/src/velSpace.h"
 #include "veltext/statementTree.h"
 #include "veltext/treeWalk.h"
 
@@ -26,8 +27,8 @@ public:
         const std::size_t equals = text.find('=');
         if (equals == std::string::npos)
             return;
-        name_.emplace(trimmed(std::string_view(text).substr(0, equals)));
-        value_.emplace(trimmed(std::string_view(text).substr(equals + 1)));
+        name_.emplace(velTrim(std::string_view(text).substr(0, equals)));
+        value_.emplace(velTrim(std::string_view(text).substr(equals + 1)));
     }
 
     [[nodiscard]] bool isHit(const veltext::TreeWalk &walk) const
@@ -40,15 +41,6 @@ public:
     }
 
 private:
-    static std::string_view trimmed(std::string_view text)
-    {
-        while (!text.empty() && veltext::isBlank(text.front()))
-            text.remove_prefix(1);
-        while (!text.empty() && veltext::isBlank(text.back()))
-            text.remove_suffix(1);
-        return text;
-    }
-
     TextPattern text_;
     std::optional<TextPattern> name_;
     std::optional<TextPattern> value_;

@@ -18,7 +18,6 @@ namespace veltool {
 
 namespace {
 
-constexpr std::int32_t defaultWidth = 79;
 constexpr std::int32_t narrowest = 3;
 
 std::int32_t parseWidth(const std::string &text)
@@ -38,7 +37,7 @@ public:
     {
         app.add_option("--width", width_, "Longest line; 0 wraps nothing")
             ->type_name("N")
-            ->default_str("79");
+            ->default_str(std::to_string(velUsualWidth));
         CLI::Option *inPlace =
             app.add_flag("--in-place,-i", inPlace_, "Replace each FILE, keeping FILE.bak");
         CLI::Option *check = app.add_flag(
@@ -137,7 +136,7 @@ private:
     }
 
     std::string width_;
-    std::int32_t columns_ = defaultWidth;
+    std::int32_t columns_ = velUsualWidth;
     bool inPlace_ = false;
     bool check_ = false;
     std::string output_;

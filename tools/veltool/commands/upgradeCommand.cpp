@@ -102,7 +102,7 @@ private:
         std::string bytes = edit.bytes();
         const velHandlePtr reread = newHandle();
         parseText(reread.get(), veltext::SourceText(bytes), file);
-        if (!veltext::isSameData(veltext::TreeData(reread.get()), wanted))
+        if (!veltext::haveSameData(veltext::TreeData(reread.get()), wanted))
             throw Failure(file + ": the edited text would not read back as wanted; "
                                  "nothing was written");
         return bytes;

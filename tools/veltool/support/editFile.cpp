@@ -7,6 +7,7 @@
 #include "tools/veltool/support/ruleCheck.h"
 #include "tools/veltool/support/upgradeChanges.h"
 #include "veltext/replaceFile.h"
+#include "veltext/treeDiff.h"
 #include "veltext/valueEdit.h"
 
 #include <CLI/App.hpp>
@@ -37,7 +38,7 @@ int EditTask::editFile(const std::string &file, const FileChange &change) const
     const veltext::SourceText changed(edit.bytes());
     const velHandlePtr reread = newHandle();
     parseText(reread.get(), changed, file);
-    if (!veltext::isSameData(handle.get(), reread.get()))
+    if (!veltext::haveSameData(handle.get(), reread.get()))
         throw Failure(file + ": the edited text would not read back as wanted; "
                              "nothing was written");
     if (printNewFindings(file, text, changed) && !force_) {

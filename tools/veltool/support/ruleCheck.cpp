@@ -2,6 +2,7 @@
 
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/failure.h"
+#include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velapilt.h"
 #include "velparser/api/velparser.h"
 #include "veltext/libraryFaults.h"
@@ -57,8 +58,7 @@ bool isParameter(const velChildInfo &child)
 
 std::string pathOf(const velChildInfo &child)
 {
-    const bool isNamed = std::string_view(child.className) == "Object";
-    return '/' + (isNamed ? child.type + ':' + child.name : child.name);
+    return '/' + velComponentOf(child);
 }
 
 /// The changes that an upgrade tells, each of them beginning with a path.

@@ -1,4 +1,7 @@
-// White space, the same under every locale.
+// White space as the parser of command files knows it, and trimming.
+//
+// Every reader of VEL text uses these, so that all of them see the same text.
+// They do not depend on the locale.
 #pragma once
 
 #include "velapilt/src/velBytes.h"
@@ -13,7 +16,17 @@
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// A text between the white space around it.
+/// A text without the white space after it; a part of the text given.
+[[nodiscard]] inline std::string_view velTrimEnd(std::string_view text)
+{
+    while (!text.empty() && velIsSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+/// A text between the white space around it; a part of the text given, with its
+/// end if all of it is white space.
 [[nodiscard]] inline std::string_view velTrim(std::string_view text)
 {
     const char *start = text.data();
