@@ -1,38 +1,39 @@
 #!/usr/bin/perl
 # Writes the help pages that come from the rule libraries: one for each type of
-# object, one for each help topic that several of them name, two lists, and the fields that
-# rules may state. A
-# topic that a single type names leads to the page of that type.
+# object, one for each help topic that several of them name, two lists, and the
+# fields that rules may state. A topic that a single type names leads to the page of
+# that type.
 #
-#     perl -I velparser/perl rulePages.pl FOLDER LIBRARY...
+#     perl -I build/perl rulePages.pl FOLDER LIBRARY...
 #
-# FOLDER is emptied of the pages of an earlier run and filled anew.
+# The libraries are read as the program reads them, by the command database, and all
+# texts are bytes as there. FOLDER is emptied of the pages of an earlier run and
+# filled again.
 use strict;
 use warnings;
 use feature 'signatures';
 
+use Encode ();
 use File::Glob qw(bsd_glob);
-use VEL::Rules;
+
+use API;
 use VEL::Rules::Fields;
 
-
-# The statements of the libraries as one RULES block, a statement a line.
-sub rule_lines (@files) {
-    my @lines = ('RULES:');
+# The rules of the libraries. They are the only rules in that database.
+sub read_rules (@files) {
+    my $api = API->new;
     for my $file (@files) {
-        open my $in, '<:encoding(UTF-8)', $file or die "$file: $!\n";
-        my $text = join '', <$in>;
-        $text =~ s/#.*//g;
-        $text =~ s/\\[ \t]*\n[ \t]*//g;
-        my @own = grep { /\S/ } map { s/\s+$//r } split /\n/, $text;
-        die "$file: begins with something other than RULES\n" if ($own[0] // '') !~ /^\s*RULES\s*:$/;
-        push @lines, @own[ 1 .. $#own - 1 ];
+        my @lines;
+        my $error = $api->readTextFile($file, \@lines) || $api->parseVELData(\@lines, 1);
+        die "$file: $error\n" if $error;
     }
-    return (@lines, 'END');
+    return $api->{model}->rules;
 }
 
 # As the viewer compares names.
-sub slug ($text) { return lc($text) =~ s/[^\pL\pN]+/-/gr =~ s/^-|-$//gr }
+sub slug ($text) {
+    return Encode::encode('UTF-8', lc(Encode::decode('UTF-8', $text)) =~ s/[^\pL\pN]+/-/gr =~ s/^-|-$//gr);
+}
 
 # Text that stands in Markdown as it is.
 sub plain ($text) { return $text =~ s/([\\`*_\[\]<>|#])/\\$1/gr }
@@ -43,7 +44,7 @@ sub list (@texts) { return join ', ', @texts }
 
 sub write_page ($folder, $name, $text) {
     my $file = "$folder/$name.md";
-    open my $out, '>:encoding(UTF-8)', $file or die "$file: $!\n";
+    open my $out, '>:raw', $file or die "$file: $!\n";
     print $out $text;
     close $out or die "$file: $!\n";
     return;
@@ -266,7 +267,7 @@ sub fields_page () {
 
 my ($folder, @files) = @ARGV;
 die "usage: rulePages.pl FOLDER LIBRARY...\n" if !@files;
-my $rules = VEL::Rules->new([ rule_lines(@files) ]);
+my $rules = read_rules(@files);
 die map { "$_\n" } $rules->faults if $rules->faults;
 
 mkdir $folder if !-d $folder;

@@ -10,6 +10,7 @@ use VEL::Explanation;
 use VEL::Parser::Lite;
 use VEL::Rules;
 use VEL::Rules::Library;
+use VEL::Rules::Source;
 use VEL::Suggest;
 
 =head1 NAME
@@ -259,16 +260,16 @@ sub _compile ($self) {
     $self->{text} = $self->_text if !$self->{listens};
     $self->{compiled}++;
     $self->{first} = {};
-    return $self->{rules} = VEL::Rules->new([ $self->{library} ? $self->{library}->lines : $self->_lines ]);
+    return $self->{rules} = VEL::Rules->new($self->{library} ? $self->{library}->top
+        : VEL::Rules::Source::read_tree($self->{database}));
 }
 
-sub _lines ($self) {
+# By which it is seen that the rules have changed.
+sub _text ($self) {
     my @lines;
     $self->{database}->getObjectVEL('/RULES', \@lines, 1) if $self->{database}->havePath('/RULES');
-    return @lines;
+    return join "\n", @lines;
 }
-
-sub _text ($self) { return join "\n", $self->_lines }
 
 =item C<full_path($path)>
 

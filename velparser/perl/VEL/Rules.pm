@@ -16,8 +16,7 @@ VEL::Rules - the rule libraries, compiled once, and the questions about them
 
 =head1 SYNOPSIS
 
-    $database->getObjectVEL('/RULES', \my @lines, 1);
-    my $rules = VEL::Rules->new(\@lines);
+    my $rules = VEL::Rules->new(VEL::Rules::Source::read_tree($database));
     print "$_\n" for $rules->faults;
     my $type = $rules->type('OBJECT', 'BOUNDARY');
 
@@ -32,26 +31,25 @@ and its C<EXPRESSIONS>.
 
 =cut
 
-my @BUILT_IN = (
-    'RULES:',
-    'SINGLETON: LANGUAGE', 'Parents = /', 'Optional Parameters = Version', 'END',
-    'SINGLETON: LIBRARY', 'Parents = /', 'Optional Objects = EXPRESSIONS', 'END',
-    'SINGLETON: EXPRESSIONS', 'Parents = LIBRARY', 'Free Parameters = Yes', 'END',
-    'END',
+my %BUILT_IN = (
+    LANGUAGE    => { 'Parents' => '/', 'Optional Parameters' => 'Version' },
+    LIBRARY     => { 'Parents' => '/', 'Optional Objects' => 'EXPRESSIONS' },
+    EXPRESSIONS => { 'Parents' => 'LIBRARY', 'Free Parameters' => 'Yes' },
 );
 
 =head1 METHODS
 
 =over
 
-=item C<< VEL::Rules->new($lines) >>
+=item C<< VEL::Rules->new($top) >>
 
-Compiles the lines of F</RULES>; no lines make rules that know no type.
+Compiles the blocks below the one of F</RULES> (see L<VEL::Rules::Source>), which must not
+be used afterwards; no blocks make rules that know no type.
 
 =cut
 
-sub new ($class, $lines) {
-    my $source = VEL::Rules::Source->new($lines);
+sub new ($class, $top) {
+    my $source = VEL::Rules::Source->new($top);
     my $self   = bless {
         source  => $source,
         version => $source->top->{fields}{'Language Version'},
@@ -165,8 +163,11 @@ sub _raw_rule ($block) {
 }
 
 sub _add_built_in ($self) {
-    for my $block (@{ VEL::Rules::Source->new(\@BUILT_IN)->top->{blocks} }) {
-        $self->{raw}{SINGLETON}{ $block->{name} } //= _raw_rule($block);
+    for my $type (keys %BUILT_IN) {
+        my $component = "SINGLETON:$type";
+        my $block     = VEL::Rules::Source::block($component, "/RULES/$component");
+        $block->{fields} = { %{ $BUILT_IN{$type} } };
+        $self->{raw}{SINGLETON}{$type} //= _raw_rule($block);
     }
     return;
 }

@@ -12,9 +12,7 @@ use VEL::Rules;
 use VELTest;
 
 sub rules ($text) {
-    my $database = database("RULES:\n$text\nEND");
-    $database->getObjectVEL('/RULES', \my @lines, 1);
-    return VEL::Rules->new(\@lines);
+    return VEL::Rules->new(VEL::Rules::Source::read_tree(database("RULES:\n$text\nEND")));
 }
 
 sub faults ($text) { return join '', map { "$_\n" =~ s{^/RULES/| \[bad-rule\]}{}gr } rules($text)->faults }

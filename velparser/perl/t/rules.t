@@ -9,12 +9,42 @@ use VEL::Rules;
 use VELTest;
 
 sub rules ($text) {
-    my $database = database("RULES:\n$text\nEND");
-    $database->getObjectVEL('/RULES', \my @lines, 1);
-    return VEL::Rules->new(\@lines);
+    return VEL::Rules->new(VEL::Rules::Source::read_tree(database("RULES:\n$text\nEND")));
 }
 
 sub faults ($text) { return join '', map { "$_\n" } rules($text)->faults }
+
+subtest 'the blocks of the rules' => sub {
+    my $database = database(<<'END');
+      RULES:   # a comment
+        Language   Version = 1.0
+        Note = a = b: \# not a comment, \
+          continued
+        OBJECT:  WALL  PART
+          CASE: One
+            If Parameter = Kind
+          END
+          CASE:
+          END
+        END
+        Silent =
+      END
+END
+    my $case = sub ($component, $name, %fields) {
+        my $path = "/RULES/OBJECT:WALL PART/$component";
+        return { kind => 'CASE', name => $name, path => $path, fields => \%fields, blocks => [] };
+    };
+    is_deeply VEL::Rules::Source::read_tree($database), {
+        kind => 'RULES', name => undef, path => '/RULES',
+        fields => { 'Language Version' => '1.0', 'Note' => 'a = b: \# not a comment, continued', 'Silent' => '' },
+        blocks => [ {
+            kind => 'OBJECT', name => 'WALL PART', path => '/RULES/OBJECT:WALL PART', fields => {},
+            blocks => [ $case->('CASE:One', 'One', 'If Parameter' => 'Kind'), $case->('CASE', undef) ],
+        } ],
+    }, 'are those of the database';
+    is_deeply VEL::Rules::Source::read_tree(VEL::Parser::Lite::NEW()),
+        { kind => 'RULES', name => undef, path => '/RULES', fields => {}, blocks => [] }, 'none without rules';
+};
 
 subtest 'an object rule' => sub {
     my $rules = rules(<<'END');

@@ -92,7 +92,9 @@ sub calls ($name, $work) {
     return $count;
 }
 
-sub rule_lines (@lines) { return VEL::Rules->new([ 'RULES:', @lines, 'END' ]) }
+sub rule_lines (@lines) {
+    return VEL::Rules->new(VEL::Rules::Source::read_tree(database(join "\n", 'RULES:', @lines, 'END')));
+}
 
 subtest 'questions asked of long lines of heirs, counted' => sub {
     my %asked;

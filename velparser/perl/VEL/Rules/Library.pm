@@ -4,6 +4,8 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Rules::Source;
+
 =head1 NAME
 
 VEL::Rules::Library - what the rule libraries state, kept apart from the data
@@ -127,35 +129,28 @@ sub _find ($self, $path, $make) {
     return $at;
 }
 
-=item C<lines>
+=item C<top>
 
-All of it as the database would write it: a statement a line.
+All of it as blocks of L<VEL::Rules::Source>, a new one for each.
 
 =back
 
 =cut
 
-sub lines ($self) {
-    my @lines = ('RULES:');
-    my @open  = ([ $self->{top}, undef ]);
+sub top ($self) {
+    my $top  = VEL::Rules::Source::block('RULES', '/RULES');
+    my @open = ([ $self->{top}, $top ]);
     while (my $next = pop @open) {
-        my ($block, $component) = @$next;
-        if (!$block) {
-            push @lines, 'END';
-            next;
+        my ($own, $copy) = @$next;
+        $copy->{fields} = { %{ $own->{fields} } };
+        my $blocks = $own->{blocks};
+        for my $component (sort { $blocks->{$a}{number} <=> $blocks->{$b}{number} } keys %$blocks) {
+            my $inner = VEL::Rules::Source::block($component, "$copy->{path}/$component");
+            push @{ $copy->{blocks} }, $inner;
+            push @open, [ $blocks->{$component}, $inner ];
         }
-        push @lines, _header($component) if defined $component;
-        my ($fields, $blocks) = @$block{qw(fields blocks)};
-        push @lines, map { "$_ = $fields->{$_}" } sort keys %$fields;
-        push @open, [undef], map { [ $blocks->{$_}, $_ ] }
-            sort { $blocks->{$b}{number} <=> $blocks->{$a}{number} } keys %$blocks;
     }
-    return @lines;
-}
-
-sub _header ($component) {
-    my ($kind, $name) = split /:/, $component, 2;
-    return defined $name ? "$kind: $name" : "$kind:";
+    return $top;
 }
 
 1;

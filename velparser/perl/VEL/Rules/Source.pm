@@ -12,14 +12,14 @@ use VEL::Value qw(split_list logical is_integer quantity);
 
 =head1 NAME
 
-VEL::Rules::Source - the text of the rules as nested blocks, its faults taken out
+VEL::Rules::Source - the rules as nested blocks, their faults taken out
 
 =head1 DESCRIPTION
 
-A block is a hash:
+No text is read here: the command database has read it. A block is a hash:
 
     kind    OBJECT, SINGLETON, PARAMETER, CASE, UPGRADE, STEP; RULES on top
-    name    what stands behind the colon; undef on top
+    name    what stands after the colon; undef on top
     path    its place in the command data, for messages
     fields  name => text, as written
     blocks  the blocks inside, in order
@@ -53,20 +53,53 @@ our %ACTIONS = (
 our @TYPES = map { ($_, "$_ List") } qw(String Integer Real Logical);
 my %TYPE = map { $_ => 1 } @TYPES;
 
+=head1 FUNCTIONS
+
+=over
+
+=item C<read_tree($database)>
+
+The blocks of F</RULES> in a command database, whoever stated them.
+
+=item C<block($component, $path)>
+
+One of them, with nothing in it: C<$component> is the end of its path.
+
+=back
+
+=cut
+
+# Without recursion: blocks may be nested thousands deep.
+sub read_tree ($database) {
+    my $top  = block('RULES', '/RULES');
+    my @open = $top;
+    while (my $block = pop @open) {
+        my ($path, $fields) = @$block{qw(path fields)};
+        next if $database->getChildParamList($path, \my @names);
+        $database->getStringValue("$path/$_", \$fields->{$_}) for @names;
+        $database->getChildObjectList($path, \my @components);
+        push @open, @{ $block->{blocks} } = map { block($_, "$path/$_") } @components;
+    }
+    return $top;
+}
+
+sub block ($component, $path) {
+    my ($kind, $name) = split /:/, $component, 2;
+    return { kind => $kind, name => $name, path => $path, fields => {}, blocks => [] };
+}
+
 =head1 METHODS
 
 =over
 
-=item C<< VEL::Rules::Source->new($lines) >>
+=item C<< VEL::Rules::Source->new($top) >>
 
-Reads the lines of F</RULES> as the database writes them (C<getObjectVEL>):
-one statement a line, none wrapped.
+Checks the blocks below the one of F</RULES>, which it keeps and changes.
 
 =cut
 
-sub new ($class, $lines) {
-    my $self = bless { faults => [], unsound => {} }, $class;
-    $self->{top} = _read($lines);
+sub new ($class, $top) {
+    my $self = bless { top => $top, faults => [], unsound => {} }, $class;
     my @named = grep { defined $_->{name} } @{ $self->{top}{blocks} };
     $self->{types} = { map { $_->{name} => 1 } grep { _describes_type($_->{kind}) } @named };
     $self->{hints} = VEL::Suggest->new([ sort keys %{ $self->{types} } ]);
@@ -120,31 +153,6 @@ sub _describes_type ($kind) { return $kind =~ /^(?:OBJECT|SINGLETON)\z/ }
 
 # The kind of block that may stand in one of C<$outer> and is most likely meant.
 sub _near_kind ($kind, $outer) { return nearest($kind, sort keys %{ $BLOCKS{$outer} }) }
-
-sub _block ($kind, $name, $path) {
-    return { kind => $kind, name => $name, path => $path, fields => {}, blocks => [] };
-}
-
-sub _read ($lines) {
-    my $top  = _block('RULES', undef, '/RULES');
-    my @open = ($top);
-    for my $line (@$lines[ 1 .. $#$lines ]) {
-        if ($line =~ /^\s*([^=]*?) =(?: (.*))?$/) {
-            $open[-1]{fields}{$1} = $2 // '';
-        }
-        elsif ($line =~ /^\s*([^:]+):(?: (.*))?$/) {
-            my ($kind, $name) = ($1, $2);
-            my $component = defined $name ? "$kind:$name" : $kind;
-            my $block = _block($kind, $name, "$open[-1]{path}/$component");
-            push @{ $open[-1]{blocks} }, $block;
-            push @open, $block;
-        }
-        elsif (@open > 1) {
-            pop @open;
-        }
-    }
-    return $top;
-}
 
 sub _check ($self, $block) {
     $self->_check_fields($block);
