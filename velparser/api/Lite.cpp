@@ -8,6 +8,7 @@ namespace {
 constexpr LiteMethod methods[] = {
     {"NEW", liteNew, ""},
     {"DESTROY", liteDestroy, "self"},
+    {"isSameDatabase", liteIsSameDatabase, "self, other"},
 
     {"getObjectVEL", liteGetObjectVEL, "self, path, array, includeLibrary"},
     {"getFormattedVEL", liteGetFormattedVEL, "self, path, lineLength, array"},

@@ -9,6 +9,7 @@ namespace velparser {
 // LiteObject.cpp
 SV *liteNew(pTHX_ LiteCall &call);
 SV *liteDestroy(pTHX_ LiteCall &call);
+SV *liteIsSameDatabase(pTHX_ LiteCall &call);
 
 // LiteText.cpp
 SV *liteGetObjectVEL(pTHX_ LiteCall &call);

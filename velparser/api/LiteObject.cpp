@@ -138,4 +138,12 @@ SV *liteDestroy(pTHX_ LiteCall &call)
     return call.message(aTHX_ emptyObject(aTHX_ call.argument(aTHX_ 0)));
 }
 
+SV *liteIsSameDatabase(pTHX_ LiteCall &call)
+{
+    SV *argument = call.argument(aTHX_ 1);
+    SvGETMAGIC(argument);
+    const LiteRecord *other = findLiteRecord(aTHX_ argument);
+    return call.number(aTHX_ other && other->handle == call.handle());
+}
+
 } // namespace velparser

@@ -360,6 +360,24 @@ TEST_F(VelInstance, AWrappedDatabaseIsNotDestroyed)
     EXPECT_EQ(havePath(handle.get(), "/A"), 1);
 }
 
+TEST_F(VelInstance, ObjectsThatWrapOneDatabaseAreToldApartFromOthers)
+{
+    velHandle *handle = velparser::findLiteHandle(ready());
+    pTHX = velparser::velInterpreter();
+    for (const char *name : {"API::wrapped", "API::again"}) {
+        SV *wrapper = velparser::newLiteObject(handle);
+        sv_setsv(get_sv(name, GV_ADD), wrapper);
+        SvREFCNT_dec_NN(wrapper);
+    }
+    sv_setsv(get_sv("API::owner", GV_ADD),
+             *hv_fetchs(MUTABLE_HV(SvRV(instance_.api)), "database", 0));
+    EXPECT_EQ(perl("$API::wrapped->isSameDatabase($API::again)"), "1");
+    EXPECT_EQ(perl("$API::wrapped->isSameDatabase($API::owner)"), "1");
+    EXPECT_EQ(perl("$API::owner->isSameDatabase($API::wrapped)"), "1");
+    EXPECT_EQ(perl("$API::wrapped->isSameDatabase(VEL::Parser::Lite::NEW())"), "0");
+    EXPECT_EQ(perl("undef $_ for $API::wrapped, $API::again, $API::owner; 1"), "1");
+}
+
 TEST_F(VelInstance, ActionsOfAWrappingObjectEndWithIt)
 {
     const velHandlePtr handle(velCreateHandle());

@@ -59,7 +59,7 @@ sub of ($class, $database) {
     @models = grep { defined } @models;
     weaken($_) for @models;
     for my $model (@models) {
-        return $model if _is_same($model->{database}, $database);
+        return $model if $database->isSameDatabase($model->{database});
     }
     my $self = bless {
         database  => $database,
@@ -77,19 +77,6 @@ sub of ($class, $database) {
     push @models, $self;
     weaken($models[-1]);
     return $self;
-}
-
-# Two objects are one database when a level stored through the one is read
-# through the other. The database of a model may have been destroyed.
-sub _is_same ($one, $other) {
-    return 0 if !defined eval { $one->getValidationLevel };
-    return 1 if $one == $other;
-    my $kept  = $other->getValidationLevel;
-    my $token = $one->getValidationLevel == 0x5EED ? 0x5EEE : 0x5EED;
-    $other->setValidationLevel($token);
-    my $same = $one->getValidationLevel == $token;
-    $other->setValidationLevel($kept);
-    return $same;
 }
 
 # The handler is called for every parameter of a file that is loaded, so the

@@ -23,7 +23,27 @@ my $other = VEL::Parser::Lite::NEW();
 is $data->createParam('/A', 1), undef, 'two objects';
 is $other->havePath('/A'), 0, '... share nothing';
 
+{
+    package Tied;
+    sub TIESCALAR { return bless [ $_[1] ] }
+    sub FETCH { return $_[0][0] }
+}
+tie my $tied, 'Tied', $data;
+my $copy = $data;
+is $data->isSameDatabase($data), 1, 'one database through one object';
+is $data->isSameDatabase($copy), 1, '... through a copied reference';
+is $data->isSameDatabase($tied), 1, '... through a tied scalar';
+is $data->isSameDatabase($other), 0, 'two databases';
+is $other->isSameDatabase($data), 0, '... from the other side';
+for my $stranger (undef, '', $$data, \1, [], bless({}, 'Other')) {
+    my $shown = $stranger // 'undef';
+    is $data->isSameDatabase($stranger), 0, "... and $shown is none";
+}
+untie $tied;
+
 is $data->DESTROY(), undef, 'DESTROY may be called';
+is $other->isSameDatabase($data), 0, '... and the object is none afterwards';
+is died(sub { $data->isSameDatabase($other) }), 'self is not of type VEL::Parser::Lite', '... nor asked';
 is $data->DESTROY(), undef, '... and again';
 is died(sub { $data->havePath('/') }), 'self is not of type VEL::Parser::Lite',
     '... and nothing else after it';

@@ -11,6 +11,7 @@ use VEL::Parser::Lite;
 my %usage = (
     NEW                   => '',
     DESTROY               => 'self',
+    isSameDatabase        => 'self, other',
     getObjectVEL          => 'self, path, array, includeLibrary',
     getFormattedVEL       => 'self, path, lineLength, array',
     getChildObjectList    => 'self, path, array',

@@ -86,6 +86,12 @@ Frees the database, unless the object only wraps one that belongs to the
 program. Perl calls it when the last reference goes. Returns a message: an
 object that one of its own methods or handlers is using stays as it is.
 
+=item C<< $data->isSameDatabase($other) >>
+
+1 if both objects stand for the same database: one object, or several that wrap one
+database of the program. 0 otherwise, also if C<$other> is no object of this class, or
+one that has been destroyed.
+
 =back
 
 =head2 Reading VEL text
