@@ -12,8 +12,6 @@
 #include "tools/veltool/support/upgradeChanges.h"
 #include "tools/veltool/support/workers.h"
 
-#include <CLI/App.hpp>
-
 #include <algorithm>
 #include <cstdio>
 #include <new>
@@ -28,12 +26,10 @@ constexpr const char *errorIdentifier = "error";
 class CheckTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--json", json_, "Print an array of objects");
-        app.add_option("--jobs,-j", jobs_, "Check up to N files at the same time")
-            ->type_name("N")
-            ->default_str("1");
+        options.flag("--json", json_, "Print an array of objects");
+        options.text("--jobs,-j", "N", jobs_, "Check up to N files at the same time", "1");
     }
 
     int run(const Words &files) override

@@ -6,8 +6,6 @@
 #include "tools/veltool/support/output.h"
 #include "veltext/treeDiff.h"
 
-#include <CLI/App.hpp>
-
 namespace veltool {
 
 namespace {
@@ -35,7 +33,10 @@ void printJson(const veltext::Difference &difference)
 class DiffTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override { app.add_flag("--json", json_, "Print a JSON array"); }
+    void addOptions(Options &options) override
+    {
+        options.flag("--json", json_, "Print a JSON array");
+    }
 
     int run(const Words &words) override
     {

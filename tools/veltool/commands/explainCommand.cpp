@@ -5,8 +5,6 @@
 #include "tools/veltool/support/output.h"
 #include "tools/veltool/support/ruleCheck.h"
 
-#include <CLI/App.hpp>
-
 namespace veltool {
 
 namespace {
@@ -14,7 +12,7 @@ namespace {
 class ExplainTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override { app.add_flag("--json", json_, "Print an object"); }
+    void addOptions(Options &options) override { options.flag("--json", json_, "Print an object"); }
 
     int run(const Words &words) override
     {

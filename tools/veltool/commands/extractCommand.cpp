@@ -4,8 +4,6 @@
 #include "tools/veltool/support/output.h"
 #include "veltext/replaceFile.h"
 
-#include <CLI/App.hpp>
-
 #include <filesystem>
 
 namespace veltool {
@@ -15,9 +13,9 @@ namespace {
 class ExtractTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_option("--output,-o", output_, "Write to OUT")->type_name("OUT");
+        options.text("--output,-o", "OUT", output_, "Write to OUT");
     }
 
     int run(const Words &words) override

@@ -9,8 +9,6 @@
 #include "veltext/statementTree.h"
 #include "veltext/treeWalk.h"
 
-#include <CLI/App.hpp>
-
 #include <optional>
 
 namespace veltool {
@@ -49,9 +47,9 @@ private:
 class FindTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--json", json_, "Print an array of objects");
+        options.flag("--json", json_, "Print an array of objects");
     }
 
     int run(const Words &words) override

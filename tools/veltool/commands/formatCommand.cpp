@@ -9,8 +9,6 @@
 #include "veltext/replaceFile.h"
 #include "veltext/statementTree.h"
 
-#include <CLI/App.hpp>
-
 #include <charconv>
 #include <filesystem>
 
@@ -33,19 +31,15 @@ std::int32_t parseWidth(const std::string &text)
 class FormatTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_option("--width", width_, "Longest line; 0 wraps nothing")
-            ->type_name("N")
-            ->default_str(std::to_string(velUsualWidth));
-        CLI::Option *inPlace =
-            app.add_flag("--in-place,-i", inPlace_, "Replace each FILE, keeping FILE.bak");
-        CLI::Option *check = app.add_flag(
-            "--check,-c", check_, "Name each FILE that is not formatted; status 1 if there is one");
-        CLI::Option *output = app.add_option("--output,-o", output_, "Write to OUT");
-        output->type_name("OUT");
-        inPlace->excludes(check)->excludes(output);
-        check->excludes(output);
+        options.text("--width", "N", width_, "Longest line; 0 wraps nothing",
+                     std::to_string(velUsualWidth).c_str());
+        options.flag("--in-place,-i", inPlace_, "Replace each FILE, keeping FILE.bak");
+        options.flag("--check,-c", check_,
+                     "Name each FILE that is not formatted; status 1 if there is one");
+        options.text("--output,-o", "OUT", output_, "Write to OUT");
+        options.atMostOneOf({"--in-place", "--check", "--output"});
     }
 
     int run(const Words &files) override

@@ -5,8 +5,6 @@
 #include "tools/veltool/support/json.h"
 #include "tools/veltool/support/output.h"
 
-#include <CLI/App.hpp>
-
 namespace veltool {
 
 namespace {
@@ -14,9 +12,9 @@ namespace {
 class GetTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--json", json_, "Print an array of objects");
+        options.flag("--json", json_, "Print an array of objects");
     }
 
     int run(const Words &words) override

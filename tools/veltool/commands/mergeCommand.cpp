@@ -15,9 +15,6 @@
 #include "veltext/replaceFile.h"
 #include "veltext/treeDiff.h"
 
-#include <CLI/App.hpp>
-#include <CLI/Validators.hpp>
-
 #include <filesystem>
 #include <iterator>
 #include <optional>
@@ -55,14 +52,12 @@ bool holds(const veltext::SourceText &text, velHandle *tree)
 class MergeTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_option("-o,--output", output_, "Write to OUT, which may be OURS")->type_name("OUT");
-        app.add_option("--name", name_, "What messages call the file, instead of OURS")
-            ->type_name("NAME");
-        app.add_option("--marker-size", markerSize_, "Length of conflict markers (7)")
-            ->type_name("N")
-            ->check(CLI::Range(1, longestMarker).description(""));
+        options.text("-o,--output", "OUT", output_, "Write to OUT, which may be OURS");
+        options.text("--name", "NAME", name_, "What messages call the file, instead of OURS");
+        options.number("--marker-size", "N", markerSize_, 1, longestMarker,
+                       "Length of conflict markers (7)");
     }
 
     int run(const Words &words) override

@@ -9,8 +9,6 @@
 #include "veltext/libraryFaults.h"
 #include "veltext/sourceText.h"
 
-#include <CLI/App.hpp>
-
 namespace veltool {
 
 namespace {
@@ -26,9 +24,9 @@ Words environmentLibraries()
 class RulesCheckTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--json", json_, "Print an array of objects");
+        options.flag("--json", json_, "Print an array of objects");
     }
 
     int run(const Words &words) override

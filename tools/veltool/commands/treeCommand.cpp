@@ -5,8 +5,6 @@
 #include "tools/veltool/support/output.h"
 #include "veltext/treeWalk.h"
 
-#include <CLI/App.hpp>
-
 namespace veltool {
 
 namespace {
@@ -14,10 +12,10 @@ namespace {
 class TreeTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--json", json_, "Print nested JSON objects");
-        app.add_flag("--library", library_, "Read the rule libraries too and show their data");
+        options.flag("--json", json_, "Print nested JSON objects");
+        options.flag("--library", library_, "Read the rule libraries too and show their data");
     }
 
     int run(const Words &words) override

@@ -16,8 +16,6 @@
 #include "tools/veltool/support/upgradeChanges.h"
 #include "veltext/replaceFile.h"
 
-#include <CLI/App.hpp>
-
 #include <algorithm>
 #include <optional>
 
@@ -28,11 +26,11 @@ namespace {
 class UpgradeTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--dry-run,-n", dryRun_,
+        options.flag("--dry-run,-n", dryRun_,
                      "Write nothing; status 1 where something would change");
-        app.add_flag("--json", json_, "Print an array of objects");
+        options.flag("--json", json_, "Print an array of objects");
     }
 
     int run(const Words &files) override

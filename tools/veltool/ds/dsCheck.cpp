@@ -8,8 +8,6 @@
 
 #include "io/Src/Main/container_check.h"
 
-#include <CLI/App.hpp>
-
 #include <utility>
 
 namespace veltool {
@@ -26,7 +24,10 @@ io_reporter toStandardError()
 class VerifyTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override { app.add_flag("--json", json_, "Print a JSON array"); }
+    void addOptions(Options &options) override
+    {
+        options.flag("--json", json_, "Print a JSON array");
+    }
 
     int run(const Words &words) override
     {
@@ -67,9 +68,9 @@ private:
 class RebuildTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--json", json_, "Print a JSON object");
+        options.flag("--json", json_, "Print a JSON object");
     }
 
     int run(const Words &words) override

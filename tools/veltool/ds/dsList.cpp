@@ -6,8 +6,6 @@
 
 #include "io/Src/Main/container_check.h"
 
-#include <CLI/App.hpp>
-
 namespace veltool {
 
 namespace {
@@ -86,10 +84,10 @@ void print(const std::vector<Entry> &entries, bool json)
 class ListTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--all", all_, "Show deleted datasets too");
-        app.add_flag("--json", json_, "Print a JSON array");
+        options.flag("--all", all_, "Show deleted datasets too");
+        options.flag("--json", json_, "Print a JSON array");
     }
 
     int run(const Words &words) override
@@ -114,7 +112,10 @@ private:
 class LocateTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override { app.add_flag("--json", json_, "Print a JSON array"); }
+    void addOptions(Options &options) override
+    {
+        options.flag("--json", json_, "Print a JSON array");
+    }
 
     int run(const Words &words) override
     {

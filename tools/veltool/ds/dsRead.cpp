@@ -3,8 +3,6 @@
 #include "tools/veltool/ds/dsContainer.h"
 #include "tools/veltool/ds/dsValues.h"
 
-#include <CLI/App.hpp>
-
 namespace veltool {
 
 namespace {
@@ -12,9 +10,9 @@ namespace {
 class ReadTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_option("--as", as_, "Convert to this type")->type_name("TYPE");
+        options.text("--as", "TYPE", as_, "Convert to this type");
     }
 
     int run(const Words &words) override

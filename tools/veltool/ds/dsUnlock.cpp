@@ -6,8 +6,6 @@
 
 #include "io/Src/Main/lock_file.h"
 
-#include <CLI/App.hpp>
-
 #include <algorithm>
 #include <cerrno>
 #include <sys/stat.h>
@@ -58,9 +56,9 @@ std::string describe(const FileHolder &holder)
 class UnlockTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--force", force_, "Remove the lock whoever holds it");
+        options.flag("--force", force_, "Remove the lock whoever holds it");
     }
 
     int run(const Words &words) override

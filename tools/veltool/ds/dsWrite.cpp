@@ -5,8 +5,6 @@
 #include "tools/veltool/support/input.h"
 #include "veltext/heldSignals.h"
 
-#include <CLI/App.hpp>
-
 #include <cstring>
 
 namespace veltool {
@@ -31,13 +29,12 @@ std::vector<char> attributeSlots(const std::vector<std::string> &texts)
 class WriteTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_option("--format", format_, "Letter (F, U, u, L, l) and level (0-9, or none)")
-            ->type_name("CC");
-        app.add_option("--blockfactor", blockfactor_, "Elements of a block")->type_name("N");
-        app.add_option("--attribute", attributes_, "Text that goes with the data; may be repeated")
-            ->type_name("TEXT");
+        options.text("--format", "CC", format_, "Letter (F, U, u, L, l) and level (0-9, or none)");
+        options.number("--blockfactor", "N", blockfactor_, "Elements of a block");
+        options.texts("--attribute", "TEXT", attributes_,
+                      "Text that goes with the data; may be repeated");
     }
 
     int run(const Words &words) override

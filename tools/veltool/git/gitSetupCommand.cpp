@@ -7,8 +7,6 @@
 #include "veltext/replaceFile.h"
 #include "veltext/sourceText.h"
 
-#include <CLI/App.hpp>
-
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -87,10 +85,10 @@ std::string withoutLineEnd(std::string text)
 class GitSetupTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override
+    void addOptions(Options &options) override
     {
-        app.add_flag("--global", global_, "For all repositories of the user");
-        app.add_flag("--undo", undo_, "Take out what git-setup has put in");
+        options.flag("--global", global_, "For all repositories of the user");
+        options.flag("--undo", undo_, "Take out what git-setup has put in");
     }
 
     int run(const Words &) override

@@ -2,16 +2,13 @@
 #pragma once
 
 #include "tools/veltool/support/failure.h"
+#include "tools/veltool/support/options.h"
 
 #include <cstddef>
 #include <memory>
 #include <span>
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 namespace veltool {
 
@@ -23,8 +20,8 @@ class Task
 public:
     virtual ~Task() = default;
 
-    /// Adds the command's options to `app`; their values are members of the task.
-    virtual void addOptions(CLI::App &app) { (void)app; }
+    /// Declares the command's options; their values are members of the task.
+    virtual void addOptions(Options &options) { (void)options; }
 
     /// `words` are the words that are no options, as many as the command takes.
     [[nodiscard]] virtual int run(const Words &words) = 0;

@@ -235,7 +235,8 @@ int runCommand(const Command &command, const Words &words)
     app.set_version_flag("--version", "veltool " VEL_VERSION, "Show the version");
     app.formatter(std::make_shared<CommandFormatter>(usageOf(command)));
     const std::unique_ptr<Task> task = command.make();
-    task->addOptions(app);
+    Options options(app);
+    task->addOptions(options);
 
     SplitWords split = splitWords(app, words, command.passesOn);
     // CLI11 takes its words from the back of the list.

@@ -10,14 +10,12 @@
 #include "veltext/treeDiff.h"
 #include "veltext/valueEdit.h"
 
-#include <CLI/App.hpp>
-
 namespace veltool {
 
-void EditTask::addOptions(CLI::App &app)
+void EditTask::addOptions(Options &options)
 {
-    app.add_flag("--force", force_, "Write even if there are new findings");
-    app.add_flag("--json", json_, "Print new findings as an array of objects");
+    options.flag("--force", force_, "Write even if there are new findings");
+    options.flag("--json", json_, "Print new findings as an array of objects");
 }
 
 int EditTask::editFile(const std::string &file, const FileChange &change) const

@@ -30,7 +30,7 @@ struct FileChange
 class EditTask : public Task
 {
 public:
-    void addOptions(CLI::App &app) override;
+    void addOptions(Options &options) override;
 
 protected:
     /// Gives the status. Findings that the change would bring are printed; it is
