@@ -1,17 +1,36 @@
-# vel_add_test(NAME SOURCES... [LIBRARIES...] [LABELS...] [TIMEOUT n] [QT])
+# vel_add_test(NAME SOURCES... [LIBRARIES...] [LABELS...] [TIMEOUT n] [QT]
+#              [PLAIN_HEADERS])
 #
 # Builds one GoogleTest program (with QT one Qt Test program, run on the
 # offscreen platform) and registers it with CTest.
 enable_testing()
+
+# The headers of others that most tests include are compiled once for all of
+# them. A test whose compiler flags differ says PLAIN_HEADERS.
 if(VEL_TESTS)
     find_package(GTest REQUIRED)
+    file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/tests/empty.cpp CONTENT "")
+    add_library(gtest_headers OBJECT ${CMAKE_BINARY_DIR}/tests/empty.cpp)
+    target_compile_options(gtest_headers PRIVATE -fPIE -O0)
+    set_target_properties(gtest_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+    target_link_libraries(gtest_headers PRIVATE GTest::gtest)
+    target_precompile_headers(gtest_headers PRIVATE
+        <gtest/gtest.h> <nlohmann/json.hpp>
+        <algorithm> <chrono> <filesystem> <fstream> <functional> <map> <optional> <random> <set>
+        <sstream> <string> <thread> <vector>)
+
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
+    add_library(qtest_headers OBJECT ${CMAKE_BINARY_DIR}/tests/empty.cpp)
+    target_compile_options(qtest_headers PRIVATE -O0)
+    target_link_libraries(qtest_headers PRIVATE Qt6::Widgets)
+    target_precompile_headers(qtest_headers PRIVATE <QtWidgets>)
 endif()
 
 function(vel_add_test name)
     if(NOT VEL_TESTS)
         return()
     endif()
-    cmake_parse_arguments(ARG "QT" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "QT;PLAIN_HEADERS" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     # What is tested is optimised; the tests themselves are compiled more often
     # than they take long, and take half the time without.
@@ -19,8 +38,13 @@ function(vel_add_test name)
     if(ARG_QT)
         set_target_properties(${name} PROPERTIES AUTOMOC ON)
         target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} Qt6::Test)
+        set(headers qtest_headers)
     else()
         target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest_main)
+        set(headers gtest_headers)
+    endif()
+    if(NOT ARG_PLAIN_HEADERS)
+        target_precompile_headers(${name} REUSE_FROM ${headers})
     endif()
     set_target_properties(${name} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
