@@ -68,7 +68,7 @@ expect "unknown word: message" "dev: unknown word: nonsense" "$(printf '%s\n' "$
 # --- Packages ---
 
 quiet_build='cmake --preset dev
-cmake --build build --parallel 3 -- --quiet'
+cmake --build --preset dev --parallel 3 -- --quiet'
 apt='apt-get -qq -y -o DPkg::Lock::Timeout=600 install --no-install-recommends'
 update='apt-get -qq -o DPkg::Lock::Timeout=600 update'
 calls() { grep -vE '^(nproc|id) ' "$record" || true; }
@@ -162,13 +162,17 @@ END
 dev test -R 'a name'
 expect "test: status of ctest" 8 "$status"
 expect "test: options go to ctest" \
-    "ctest --test-dir build --parallel 3 --output-on-failure --no-tests=error -R a name" \
+    "ctest --preset dev --parallel 3 -R a name" \
     "$(grep '^ctest' "$record")"
+dev test --quick -R 'a name'
+expect "test --quick: its own preset" "ctest --preset quick --parallel 3 -R a name" \
+    "$(grep '^ctest' "$record")"
+dev test -R 'a name'
 expect "test: the summary comes last" "the summary" "$(printf '%s\n' "$said" | tail -n 1)"
 dev sanitize
 expect "sanitize: its own folder" "cmake --preset sanitize
-cmake --build build-sanitize --parallel 3 -- --quiet
-ctest --test-dir build-sanitize --parallel 3 --output-on-failure --no-tests=error" "$(calls)"
+cmake --build --preset sanitize --parallel 3 -- --quiet
+ctest --preset sanitize --parallel 3" "$(calls)"
 expect "sanitize: status of ctest" 8 "$status"
 
 mkdir -p "$tree/build-coverage" "$tree/tools/coverage"
@@ -180,7 +184,7 @@ END
 stand_in ctest </dev/null
 dev coverage -R 'a name'
 expect "coverage: options go to ctest" \
-    "ctest --test-dir build-coverage --parallel 3 --output-on-failure --no-tests=error -R a name" \
+    "ctest --preset coverage --parallel 3 -R a name" \
     "$(grep '^ctest' "$record")"
 expect "coverage: the table is printed" "TOTAL 96%" "$(printf '%s\n' "$said" | grep TOTAL)"
 expect "coverage: status" 0 "$status"
@@ -264,7 +268,7 @@ expect "run: its status" 1 "$status"
 
 dev install /some/prefix
 expect "install: from its own folder, without tests" "cmake --preset release
-cmake --build build-release --parallel 3 -- --quiet
+cmake --build --preset release --parallel 3 -- --quiet
 cmake --install build-release --prefix /some/prefix" "$(calls)"
 here=$(pwd)
 dev install relative
