@@ -4,6 +4,7 @@
 #include "help/HelpScreen.h"
 #include "help/ProcessControl.h"
 #include "help/Socket.h"
+#include "help/helpEnvironment.h"
 
 #include <algorithm>
 #include <chrono>
@@ -16,7 +17,7 @@ namespace velEditor {
 
 namespace {
 
-const bool helpDebugging = std::getenv("KOA_DEBUG_HELP") != nullptr;
+const bool helpDebugging = helpIsDebugged();
 
 /// Where the viewer is, seen from the help directory.
 constexpr char viewerSuffix[] = "\\..\\..\\HelpViewer\\OMBRAHelpViewer.exe";
@@ -30,12 +31,6 @@ constexpr std::chrono::seconds greetingLimit(20);
 constexpr int connectAttempts = 5;
 
 constexpr int standardOutput = 1;
-
-const char *environment(const char *name, const char *absent)
-{
-    const char *value = std::getenv(name);
-    return value != nullptr ? value : absent;
-}
 
 /// One line of the talk with the viewer, for whoever looks into it.
 void trace(const std::string &line)
@@ -82,11 +77,12 @@ const char *kindName(int kind)
 } // namespace
 
 JavaHelpServer::JavaHelpServer(const std::string &application)
-    : helpDirectory_(environment("ZOT_HELP_DIR", "")),
-      language_(environment("QRP_LOCALE150", "en-us")), runtime_(environment("ZOT5MONO", "")),
-      applicationCode_(applicationCode(application)), warning_(showHelpWarning)
+    : applicationCode_(applicationCode(application)), warning_(showHelpWarning)
 {
-    helpDirectory_ = environment("KOA_TEST_HELP_DIR", helpDirectory_.c_str());
+    const HelpEnvironment environment = readHelpEnvironment();
+    helpDirectory_ = environment.folder;
+    language_ = environment.language;
+    runtime_ = environment.runtime;
     trace("DH viewer executable=" + helpDirectory_ + viewerSuffix + ", Language=" + language_);
     trace("Mono executable=" + runtime_);
 }
@@ -114,7 +110,7 @@ std::vector<std::string> JavaHelpServer::commandLine() const
     if (!runtime_.empty())
         words.push_back(runtime_);
     words.insert(words.end(), {viewerPath(), "--language", language_, "--sessionID",
-                               environment("OMBHELP_SESSION_ID", "")});
+                               helpSessionId()});
     return words;
 }
 

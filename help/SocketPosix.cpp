@@ -2,6 +2,7 @@
 
 #include "common/error.h"
 #include "help/SocketErrors.h"
+#include "help/helpEnvironment.h"
 
 #include <algorithm>
 #include <array>
@@ -294,7 +295,7 @@ std::unique_ptr<Socket> Socket::waitForConnection(std::chrono::seconds limit)
     connection->handle_ = ::accept(handle_, nullptr, nullptr);
     if (connection->handle_ == noSocket)
         raise("Socket::waitForConnection - accept call failed with error: ", errno);
-    setInheritable(connection->handle_, std::getenv("KOA_SOCKET_KEEP_INHERITABLE") != nullptr);
+    setInheritable(connection->handle_, socketsAreInherited());
     connection->host_ = host_;
     connection->port_ = port_;
     return connection;

@@ -1,5 +1,7 @@
 #include "help/viewer/Places.h"
 
+#include "help/viewer/Environment.h"
+
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QStringList>
@@ -24,8 +26,7 @@ QString helpFolder()
 {
     const QString here = QCoreApplication::applicationDirPath();
     return folderWith(QStringLiteral("/en-us"),
-                      {qEnvironmentVariable("KOA_TEST_HELP_DIR"),
-                       qEnvironmentVariable("ZOT_HELP_DIR"), here + QLatin1String("/../help"),
+                      {environment::testHelpFolder(), environment::helpFolder(), here + QLatin1String("/../help"),
                        here + QLatin1String("/../../share/veleditor/help")});
 }
 
@@ -33,7 +34,7 @@ QIcon programIcon()
 {
     const QString here = QCoreApplication::applicationDirPath();
     const QString root = folderWith(QStringLiteral("/etc/icons/ZOT.png"),
-                                    {qEnvironmentVariable("ZOT5ROOT"), here + QLatin1String("/.."),
+                                    {environment::rootFolder(), here + QLatin1String("/.."),
                                      here + QLatin1String("/../../share/veleditor")});
     QIcon icon;
     if (root.isEmpty())

@@ -1,5 +1,7 @@
 #include "help/viewer/Viewer.h"
 
+#include "help/viewer/Environment.h"
+
 #include <QApplication>
 #include <QTimer>
 
@@ -16,7 +18,7 @@ constexpr std::chrono::seconds clientLimit(60);
 /// output belongs to the client.
 void trace(const QString &line)
 {
-    static const bool isOn = qEnvironmentVariableIsSet("KOA_DEBUG_HELP");
+    static const bool isOn = environment::isDebugged();
     if (isOn)
         std::fprintf(stderr, "velhelp: %s\n", qPrintable(line));
 }

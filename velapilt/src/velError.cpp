@@ -1,6 +1,7 @@
 // The error text of a handle, and the trace.
 #include "velapilt/src/velError_p.h"
 
+#include "velapilt/src/velEnvironment_p.h"
 #include "velapilt/src/velHandle_p.h"
 
 #include <algorithm>
@@ -35,7 +36,7 @@ const char *keepError(velHandle *handle, char *text)
     }
     velRetireError(handle);
     handle->errorText = text;
-    if (velDebugging()) {
+    if (velEnvDebugging()) {
         std::printf("%x: VEL ERROR: %s\n", velTraceName(handle), text);
     }
     return text;
@@ -60,11 +61,6 @@ char *format(const char *pattern, va_list arguments)
 }
 
 } // namespace
-
-bool velDebugging()
-{
-    return std::getenv("ZOT_VELAPI_DEBUG") != nullptr;
-}
 
 unsigned velTraceName(const velHandle *handle)
 {

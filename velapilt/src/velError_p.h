@@ -12,7 +12,5 @@ struct velHandle;
 /// kept for one message too long reads a text that says so.
 void velRetireError(velHandle *handle);
 
-/// Whether ZOT_VELAPI_DEBUG is set; asked again each time.
-[[nodiscard]] bool velDebugging();
 /// The handle as the trace names it.
 [[nodiscard]] unsigned velTraceName(const velHandle *handle);

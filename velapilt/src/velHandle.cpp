@@ -1,6 +1,7 @@
 // Handles from their creation to their end, and what callers keep with them.
 #include "velapilt/src/velHandle_p.h"
 
+#include "velapilt/src/velEnvironment_p.h"
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velHandlers_p.h"
 #include "velapilt/src/velPathStack_p.h"
@@ -53,7 +54,7 @@ void releaseUserData(velHandle *handle)
 velHandle *velCreateHandle()
 try {
     auto *handle = new velHandle; // its tables allocate too
-    if (velDebugging()) {
+    if (velEnvDebugging()) {
         std::printf("%x: *** created ***\n", velTraceName(handle));
         velAddTraceHandler(handle);
     }
@@ -75,7 +76,7 @@ int velDestroyHandle(velHandle *handle)
     std::free(handle->errorText);
     std::free(handle->retiredText);
     delete handle;
-    if (velDebugging()) {
+    if (velEnvDebugging()) {
         std::printf("%s: *** destroyed ***\n", name.c_str());
     }
     return 0;

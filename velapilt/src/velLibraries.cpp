@@ -1,4 +1,5 @@
 // Library files: which the environment names, and how they are read.
+#include "velapilt/src/velEnvironment_p.h"
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velFile_p.h"
 
@@ -28,7 +29,7 @@ bool isDirectory(std::string name)
 /// ZOT5_VEL_LIBSDIR where that names a directory, else `otherwise`.
 std::string libraryDirectory(const char *otherwise)
 {
-    const char *given = std::getenv("ZOT5_VEL_LIBSDIR");
+    const char *given = velEnvLibraryFolder();
     return given != nullptr && isDirectory(given) ? given : otherwise;
 }
 
@@ -96,7 +97,7 @@ const char *readLibrary(velHandle *handle, const std::string &path)
 
 const char *readLibraries(velHandle *handle)
 try {
-    const char *list = std::getenv("ZOT5_VEL_LIBS");
+    const char *list = velEnvLibraryList();
     if (list == nullptr) {
         return "Error: No library files specified by $ZOT5_VEL_LIBS. No libraries were read.\n";
     }
@@ -108,7 +109,7 @@ try {
 std::vector<std::string> velLibraryFiles()
 {
     std::vector<std::string> files;
-    const char *list = std::getenv("ZOT5_VEL_LIBS");
+    const char *list = velEnvLibraryList();
     const std::string folder = libraryDirectory("./");
     if (list == nullptr || !isDirectory(folder)) {
         return files;
