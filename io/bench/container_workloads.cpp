@@ -17,12 +17,12 @@ int print(const char *text, std::int32_t)
     return 0;
 }
 
-int request(io_session &session, std::uint32_t number, IO_header *header, IO_data &data)
+int request(io_session &session, io_request number, IO_header *header, IO_data &data)
 {
     return session.request(number, print, header, &data);
 }
 
-int open(io_session &session, std::uint32_t number, const std::string &file)
+int open(io_session &session, io_request number, const std::string &file)
 {
     IO_data data;
     data.filename = file.c_str();

@@ -149,7 +149,7 @@ TEST_P(ClientArraysOf, AreNeverFilledBeyondTheirEnds)
         SCOPED_TRACE(format);
         write(GetParam().type, count, format);
         for (std::size_t slot : {std::size_t{0}, std::size_t{2}, std::size_t{300}}) {
-            auto read = [&](std::uint32_t request, const char *as) {
+            auto read = [&](io_request request, const char *as) {
                 stated_data client(values, slot);
                 client.offsets[0] = position();
                 io_header_storage header;
@@ -179,7 +179,7 @@ TEST_P(ClientArraysOf, ThatAreTooSmallStayAsTheyAre)
     for (const char *format : formats) {
         SCOPED_TRACE(format);
         write(GetParam().type, count, format);
-        for (std::uint32_t request : {IO_READ_LOCATED_DS, IO_READ_BLOCK}) {
+        for (io_request request : {IO_READ_LOCATED_DS, IO_READ_BLOCK}) {
             stated_data client(count - 1, 0);
             client.offsets[0] = position();
             io_header_storage header;
@@ -250,7 +250,7 @@ TEST_P(ClientArraysOf, AreNeverFilledBeyondTheirEndsByADamagedFile)
             env_["f"] = sound;
             env_["f"][begin + random() % range] ^= static_cast<char>(1 + random() % 255);
             ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "f"), IO_OK);
-            for (std::uint32_t request : {IO_READ_LOCATED_DS, IO_READ_BLOCK, IO_READ_COMPRESSED}) {
+            for (io_request request : {IO_READ_LOCATED_DS, IO_READ_BLOCK, IO_READ_COMPRESSED}) {
                 for (const char *as : {"", GetParam().as}) {
                     stated_data client(values, 0);
                     client.offsets[0] = place;

@@ -22,7 +22,7 @@ protected:
         take_messages();
     }
 
-    int copy(std::uint32_t number, const char *what = "A", const char *where = "P",
+    int copy(io_request number, const char *what = "A", const char *where = "P",
              std::int32_t when = 0, std::int64_t position = 0)
     {
         io_header_storage header = named_header(what, where);

@@ -1,5 +1,6 @@
 #include "io/Src/Main/data_type.h"
 
+#include "io/Src/Main/element_arrays.h"
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
@@ -32,6 +33,45 @@ std::string structure_of(int entries)
         text += i == 0 ? "INTR:1" : " INTR:1";
     }
     return text + "}";
+}
+
+/// What the table says of each type: name, array, bytes of a word and of the
+/// shortest formatted element, letter, properties, and what it converts to.
+TEST(DataType, TheTableOfElementTypes)
+{
+    std::string text;
+    for (const element_traits &element : element_table) {
+        text += std::string(element.name) + " " + element.array_name + " " +
+                std::to_string(element.word_bytes) + " " + std::to_string(element.formatted_bytes) +
+                " " + element.gzip_letter + (element.has_length ? " length" : "") +
+                (element.has_blocks ? " blocks" : "") + (element.is_logical ? " logical" : "") +
+                " ->";
+        for (const element_traits &other : element_table) {
+            text += element_converts(element.type, other.type) ? std::string(" ") + other.name : "";
+        }
+        text += "\n";
+    }
+    EXPECT_EQ(text, "STRI string 1 1 c length -> STRI\n"
+                    "CHAR char 1 1 c blocks -> CHAR\n"
+                    "INTR intr 4 10 i blocks -> INTR REAL DBLE LOGL\n"
+                    "REAL real 4 20 r blocks -> INTR REAL DBLE\n"
+                    "DBLE dble 8 20 d blocks -> INTR REAL DBLE\n"
+                    "LOGL logl 1 2 c blocks logical -> INTR LOGL\n");
+}
+
+TEST(DataType, EachTypeHasAnArrayOfItsOwn)
+{
+    for (const element_traits &element : element_table) {
+        IO_data data;
+        alignas(8) char memory[8];
+        set_element_array(data, element.type, memory);
+        set_element_array_size(data, element.type, 5);
+        for (const element_traits &other : element_table) {
+            bool same = other.type == element.type;
+            EXPECT_EQ(element_array(data, other.type), same ? memory : nullptr) << other.name;
+            EXPECT_EQ(element_array_size(data, other.type), same ? 5 : 0) << other.name;
+        }
+    }
 }
 
 TEST(DataType, SingleTypes)

@@ -102,21 +102,21 @@ io_arrays::io_arrays(IO_data &data, std::size_t string_slot)
     data.logicals = logicals_.data();
 }
 
-int io_client::request(std::uint32_t number, const char *filename)
+int io_client::request(io_request number, const char *filename)
 {
     IO_data data;
     data.filename = filename;
     return session_.request(number, collect_message, nullptr, &data);
 }
 
-int io_client::request(std::uint32_t number, IO_header head, IO_data &data)
+int io_client::request(io_request number, IO_header head, IO_data &data)
 {
     return session_.request(number, collect_message, &head, &data);
 }
 
 int io_client::write_integers(const char *what, const char *where, std::int32_t when,
                               const std::vector<std::int32_t> &values, const char *format,
-                              std::uint32_t number)
+                              io_request number)
 {
     set_name(header, what, where, when);
     set_data(header, "INTR", values.size(), format);
@@ -163,7 +163,7 @@ int io_client::remove(const char *what, const char *where, std::int32_t when)
 }
 
 std::string io_client::locate(const char *what, const char *where, std::int32_t when,
-                              std::uint32_t number)
+                              io_request number)
 {
     set_name(header, what, where, when);
     constexpr std::size_t most = 1000;

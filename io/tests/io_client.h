@@ -24,12 +24,12 @@ public:
     io_session &session() { return session_; }
 
     /// A request that needs the file name only, or nothing.
-    int request(std::uint32_t number, const char *filename = nullptr);
-    int request(std::uint32_t number, IO_header header, IO_data &data);
+    int request(io_request number, const char *filename = nullptr);
+    int request(io_request number, IO_header header, IO_data &data);
 
     int write_integers(const char *what, const char *where, std::int32_t when,
                        const std::vector<std::int32_t> &values, const char *format = nullptr,
-                       std::uint32_t number = IO_WRITE_PRIMARY_DS);
+                       io_request number = IO_WRITE_PRIMARY_DS);
     int write_doubles(const char *what, const char *where, std::int32_t when,
                       const std::vector<double> &values, const char *format = nullptr);
     int write_strings(const char *what, const char *where, std::int32_t when,
@@ -38,7 +38,7 @@ public:
 
     /// "WHAT WHERE WHEN" a line, or "code N".
     std::string locate(const char *what, const char *where, std::int32_t when,
-                       std::uint32_t number = IO_LOCATE_PRIMARY);
+                       io_request number = IO_LOCATE_PRIMARY);
 
     /// Position and length of the first match; 0 if there is none.
     std::int64_t position(const char *what, const char *where, std::int32_t when);

@@ -1,5 +1,6 @@
 #include "io/Src/Main/iocntc.h"
 
+#include "io/Src/Main/request_table.h"
 #include "io/testing/io_failing_env.h"
 #include "io/tests/io_client.h"
 
@@ -9,6 +10,8 @@
 #include <cstring>
 
 namespace {
+
+constexpr auto no_request = static_cast<io_request>(99);
 
 class Iocntc : public ::testing::Test
 {
@@ -23,7 +26,7 @@ protected:
         take_messages();
     }
 
-    int ask(std::uint32_t number, IO_header *header, IO_data *data)
+    int ask(io_request number, IO_header *header, IO_data *data)
     {
         take_messages();
         return session_.request(number, collect_message, header, data);
@@ -45,8 +48,46 @@ protected:
 TEST_F(Iocntc, ANullRoutineIsNineteenAndSilence)
 {
     EXPECT_EQ(iocntc(99, nullptr, nullptr, nullptr), IO_NO_ROUTINE);
-    EXPECT_EQ(session_.request(0, nullptr, nullptr, nullptr), IO_NO_ROUTINE);
+    EXPECT_EQ(session_.request(IO_OPEN_PRIMARY, nullptr, nullptr, nullptr), IO_NO_ROUTINE);
     EXPECT_EQ(env_.errors, "");
+}
+
+TEST_F(Iocntc, TheNumbersThatClientsSend)
+{
+    std::string text;
+    for (const request_traits &traits : request_table) {
+        EXPECT_EQ(&traits_of(traits.request), &traits) << traits.name;
+        text += std::to_string(traits.request) + " " + traits.name + "\n";
+    }
+    EXPECT_EQ(text, "0 IO_OPEN_PRIMARY\n"
+                    "1 IO_CLOSE_PRIMARY\n"
+                    "2 IO_OPEN_PRIMARY_WRITE\n"
+                    "3 IO_OPEN_SECONDARY\n"
+                    "4 IO_CLOSE_SECONDARY\n"
+                    "5 IO_WRITE_PRIMARY_DS\n"
+                    "6 IO_WRITE_SECONDARY_DS\n"
+                    "7 IO_LOCATE_PRIMARY\n"
+                    "8 IO_LOCATE_SECONDARY\n"
+                    "9 IO_DELETE_PRIMARY_DS\n"
+                    "10 IO_READ_LOCATED_DS\n"
+                    "11 IO_READ_HEADER\n"
+                    "12 IO_WRITE_HEADER\n"
+                    "13 IO_READ_DATA\n"
+                    "14 IO_WRITE_DATA\n"
+                    "15 IO_END_DATASET\n"
+                    "16 IO_COPY_DATASET\n"
+                    "17 IO_COPY_ALLVALID_DS\n"
+                    "18 IO_READ_BLOCK\n"
+                    "19 IO_COPY_WHEN0_DS\n"
+                    "20 IO_COPY_DS_COMPRESS_WHEN\n"
+                    "39 IO_OPEN_TEXT\n"
+                    "43 IO_READ_COMPRESSED\n"
+                    "44 IO_WRITE_COMPRESSED\n"
+                    "45 IO_READ_INTEGERS\n"
+                    "46 IO_READ_REALS\n"
+                    "48 IO_WRITE_TEXT\n"
+                    "51 IO_CLOSE_TEXT\n");
+    EXPECT_EQ(&traits_of(no_request), &unknown_request);
 }
 
 TEST_F(Iocntc, EntryChecksComeInTheirOrder)
@@ -54,16 +95,16 @@ TEST_F(Iocntc, EntryChecksComeInTheirOrder)
     IO_data data;
     io_header_storage storage;
     IO_header header = storage.header();
-    EXPECT_EQ(ask(99, nullptr, nullptr), IO_NO_ROOM);
+    EXPECT_EQ(ask(no_request, nullptr, nullptr), IO_NO_ROOM);
     EXPECT_EQ(take_messages(), "iocntc: IO_data structure is null\n");
-    EXPECT_EQ(ask(99, nullptr, &data), IO_NO_ROOM);
+    EXPECT_EQ(ask(no_request, nullptr, &data), IO_NO_ROOM);
     EXPECT_EQ(take_messages(), "iocntc: IO_header structure is null\n");
-    EXPECT_EQ(ask(99, &header, &data), IO_UNKNOWN_REQUEST);
+    EXPECT_EQ(ask(no_request, &header, &data), IO_UNKNOWN_REQUEST);
     EXPECT_EQ(take_messages(), "iocnt: unknown request\n");
     for (std::uint32_t number = 0; number < 60; number++) {
         bool needs_none =
             std::strchr("\1\2\3\4\15\16\17\21\47\55\56\60\63", static_cast<int>(number)) != nullptr;
-        ask(number, nullptr, &data);
+        static_cast<void>(ask(static_cast<io_request>(number), nullptr, &data));
         EXPECT_EQ(take_messages().find("iocntc: IO_header structure is null\n") == 0, !needs_none)
             << number;
     }
@@ -76,7 +117,7 @@ TEST_F(Iocntc, EveryPartOfAHeaderIsNeeded)
     auto refused = [&](auto change) {
         IO_header header = storage.header();
         change(header);
-        return ask(5, &header, &data) == IO_NO_ROOM &&
+        return ask(IO_WRITE_PRIMARY_DS, &header, &data) == IO_NO_ROOM &&
                take_messages() == "iocntc: header input is wrong\n";
     };
     EXPECT_TRUE(refused([](IO_header &header) { header.what = nullptr; }));
@@ -94,7 +135,9 @@ TEST_F(Iocntc, ArraysThatRequestsNeed)
     IO_data data;
     io_header_storage storage;
     IO_header header = storage.header();
-    for (std::uint32_t number : {7U, 8U, 10U, 11U, 12U, 16U, 18U, 43U, 44U}) {
+    for (io_request number : {IO_LOCATE_PRIMARY, IO_LOCATE_SECONDARY, IO_READ_LOCATED_DS,
+                              IO_READ_HEADER, IO_WRITE_HEADER, IO_COPY_DATASET, IO_READ_BLOCK,
+                              IO_READ_COMPRESSED, IO_WRITE_COMPRESSED}) {
         EXPECT_EQ(ask(number, &header, &data), IO_NO_ROOM);
         EXPECT_EQ(take_messages(), "iocntc: offset array input is wrong\n") << number;
     }
@@ -104,7 +147,7 @@ TEST_F(Iocntc, ArraysThatRequestsNeed)
     data.offsets_size = 2;
     data.integers = whens;
     data.integers_size = 1;
-    for (std::uint32_t number : {7U, 8U}) {
+    for (io_request number : {IO_LOCATE_PRIMARY, IO_LOCATE_SECONDARY}) {
         EXPECT_EQ(ask(number, &header, &data), IO_NO_ROOM);
         EXPECT_EQ(take_messages(), "iocntc: stringarray or intrarray is wrong\n");
     }
@@ -124,16 +167,19 @@ TEST_F(Iocntc, NoOpenFile)
     data.strings_size = 2;
     io_header_storage storage = named_header("A", "B");
     IO_header header = storage.header();
-    for (std::uint32_t number :
-         {1U, 5U, 7U, 9U, 10U, 11U, 12U, 13U, 14U, 15U, 16U, 17U, 18U, 19U, 20U, 43U, 44U}) {
+    for (io_request number :
+         {IO_CLOSE_PRIMARY, IO_WRITE_PRIMARY_DS, IO_LOCATE_PRIMARY, IO_DELETE_PRIMARY_DS,
+          IO_READ_LOCATED_DS, IO_READ_HEADER, IO_WRITE_HEADER, IO_READ_DATA, IO_WRITE_DATA,
+          IO_END_DATASET, IO_COPY_DATASET, IO_COPY_ALLVALID_DS, IO_READ_BLOCK, IO_COPY_WHEN0_DS,
+          IO_COPY_DS_COMPRESS_WHEN, IO_READ_COMPRESSED, IO_WRITE_COMPRESSED}) {
         EXPECT_EQ(ask(number, &header, &data), IO_NO_OPEN_FILE) << number;
         EXPECT_EQ(take_messages(), "iocnt: no primary file is opened\n") << number;
     }
-    for (std::uint32_t number : {4U, 6U, 8U}) {
+    for (io_request number : {IO_CLOSE_SECONDARY, IO_WRITE_SECONDARY_DS, IO_LOCATE_SECONDARY}) {
         EXPECT_EQ(ask(number, &header, &data), IO_NO_OPEN_FILE) << number;
         EXPECT_EQ(take_messages(), "iocnt: no secondary file is opened\n") << number;
     }
-    for (std::uint32_t number : {45U, 46U, 48U, 51U}) {
+    for (io_request number : {IO_READ_INTEGERS, IO_READ_REALS, IO_WRITE_TEXT, IO_CLOSE_TEXT}) {
         EXPECT_EQ(ask(number, &header, &data), IO_NO_OPEN_FILE) << number;
         EXPECT_EQ(take_messages(), "iocnt: no plain text file is opened\n") << number;
     }
@@ -414,7 +460,7 @@ TEST_F(Iocntc, AFailedWriteOfCompressedDataIsAWriteError)
     failing.writes_only(true);
     for (int number : {EIO, ENOSPC, EDQUOT}) {
         for (bool for_good : {false, true}) {
-            for (std::uint32_t request : {IO_WRITE_COMPRESSED, IO_WRITE_PRIMARY_DS}) {
+            for (io_request request : {IO_WRITE_COMPRESSED, IO_WRITE_PRIMARY_DS}) {
                 failing.fail(2, number, for_good);
                 take_messages();
                 EXPECT_EQ(client.request(request, storage.header(), data), IO_WRITE_ERROR);
@@ -428,7 +474,7 @@ TEST_F(Iocntc, CompressedRequestsNameAFormatThatIsNone)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
     std::vector<double> values(200, 1.5);
-    auto asked = [&](const char *format, std::uint32_t request) {
+    auto asked = [&](const char *format, io_request request) {
         io_header_storage storage = named_header("A", "B", "DBLE");
         io_set_text(storage.format, format);
         storage.count = 200;
@@ -518,7 +564,7 @@ TEST(Messages, TheReasonIsBeforeTheLineFeed)
     errno = EACCES;
     EXPECT_EQ(report.zotsystemErr(7, "a message\n"), 7);
     errno = EACCES;
-    report.zotsystemErr(7, "two\nlines");
+    EXPECT_EQ(report.zotsystemErr(7, "two\nlines"), 7);
     EXPECT_EQ(take_messages(), "a message: Permission denied\ntwo\nlines: Permission denied\n");
 }
 
@@ -540,11 +586,11 @@ TEST_F(Iocntc, TheDefaultRoutineAndTheDebugger)
     EXPECT_EQ(env_.debugger_breaks, 0);
     env_.variables["ZOT_IO_DEBUG_ERRORS"] = "";
     errno = ENOENT;
-    report.zotsystemErr(1, "open");
+    EXPECT_EQ(report.zotsystemErr(1, "open"), 1);
     EXPECT_EQ(env_.errors, "IO: what 5\nIO: open: No such file or directory\n");
     EXPECT_EQ(env_.debugger_breaks, 1);
     errno = 0;
-    report.zotsystemErr(1, "open");
+    EXPECT_EQ(report.zotsystemErr(1, "open"), 1);
     EXPECT_NE(env_.errors.find("IO: open: unknown error\n"), std::string::npos);
 }
 
@@ -595,7 +641,7 @@ TEST_F(Iocntc, RequestsThatWriteAreNamedWhereTheFileIsNotFree)
     data.offsets_size = 2;
     data.doubles = values.data();
     data.doubles_size = 100;
-    auto named = [&](std::uint32_t number) {
+    auto named = [&](io_request number) {
         IO_data file;
         file.filename = "f";
         EXPECT_EQ(ask(IO_OPEN_PRIMARY, nullptr, &file), IO_OK);

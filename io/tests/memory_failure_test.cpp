@@ -145,7 +145,7 @@ protected:
 
     ~MemoryFailure() override { std::filesystem::remove_all(folder_); }
 
-    int request(io_session &session, std::uint32_t number)
+    int request(io_session &session, io_request number)
     {
         IO_header header = storage_.header();
         IO_data data;
@@ -207,7 +207,7 @@ protected:
         return request(session, IO_CLOSE_PRIMARY);
     }
 
-    int copy(io_session &session, std::uint32_t number)
+    int copy(io_session &session, io_request number)
     {
         if (int code = open_and_locate(session, "D", "Q")) {
             return code;
@@ -372,7 +372,7 @@ TEST_P(MemoryFailure, Copying)
 {
     struct request_name
     {
-        std::uint32_t number;
+        io_request number;
         const char *busy;
     };
     for (request_name one : {request_name{IO_COPY_DATASET, "IO_COPY_DATASET"},

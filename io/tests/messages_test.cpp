@@ -29,7 +29,7 @@ void make_files(io_env &env)
     take_messages();
 }
 
-int text_request(io_client &client, std::uint32_t number, const char *access = nullptr)
+int text_request(io_client &client, io_request number, const char *access = nullptr)
 {
     std::int32_t integer = 5;
     float real = 5;
@@ -46,7 +46,7 @@ int text_request(io_client &client, std::uint32_t number, const char *access = n
     return client.request(number, IO_header(), data);
 }
 
-int large_request(io_client &client, std::uint32_t number, std::vector<double> &values,
+int large_request(io_client &client, io_request number, std::vector<double> &values,
                   const char *format)
 {
     std::int64_t offsets[2] = {client.position("Z", "P", 2), 0};

@@ -62,7 +62,7 @@ TEST_F(PlainText, ReadingNumbers)
     data.integers_size = 3;
     data.reals = &real;
     data.reals_size = 1;
-    auto ask = [&](std::uint32_t number) {
+    auto ask = [&](io_request number) {
         return client_.session().request(number, collect_message, nullptr, &data);
     };
     ASSERT_EQ(ask(IO_READ_INTEGERS), IO_OK);
@@ -85,7 +85,7 @@ TEST_F(PlainText, AFailedReadGivesNoData)
     data.integers_size = 3;
     data.reals = reals;
     data.reals_size = 3;
-    auto ask = [&](std::uint32_t number) {
+    auto ask = [&](io_request number) {
         EXPECT_EQ(open(nullptr), IO_OK);
         return client_.session().request(number, collect_message, nullptr, &data);
     };

@@ -44,14 +44,13 @@ public:
             code_ = put(bytes, part, last);
             return code_ == IO_OK;
         };
-        std::int64_t words = io_gzip(report, io_gzip_letter(type_), format_.level(), data, count,
-                                     {buffer.get(), buffer_bytes}, take);
+        std::int64_t words = io_gzip(report, element_of(type_).gzip_letter, format_.level(), data,
+                                     count, {buffer.get(), buffer_bytes}, take);
         if (words == io_gzip_refused) {
             return code_;
         }
         if (words > count) {
-            report.error(
-                IO_COMPRESSION,
+            report.notice(
                 "write_compressed_dataarray: additional data from compression: got %d, expected"
                 " max %d",
                 static_cast<int>(words), count);
@@ -279,7 +278,7 @@ int compression_wanted(const io_reporter &report, format_code format, const data
                        std::int32_t count, bool &wanted)
 {
     wanted = format.compressed() && count >= IO_COMPRESS_FROM && !type.structure &&
-             type.single() != IO_STRI;
+             element_of(type.single()).has_blocks;
     if (wanted && format.level() < 1) {
         return report.error(IO_COMPRESSION,
                             "read_unfmt_structure: the compress level in the data is wrong\n");

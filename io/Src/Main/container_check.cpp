@@ -321,7 +321,7 @@ std::vector<located_dataset> stored_datasets(io_env &env, const char *name, std:
             records.push_back(record);
         }
     }
-    static_cast<void>(iif_close(file));
+    static_cast<void>(iif_close(file)); // only read: nothing can be lost
     return records;
 }
 

@@ -21,7 +21,7 @@ struct container_entry
 
 /// The datasets of an open file by position: live ones by the index, or with
 /// `all` also the deleted ones, by a scan.
-int list_container(open_file &file, bool all, std::vector<container_entry> &entries);
+[[nodiscard]] int list_container(open_file &file, bool all, std::vector<container_entry> &entries);
 
 struct container_fault
 {
@@ -36,9 +36,9 @@ using container_progress = std::function<void(std::int64_t done, std::int64_t to
 /// Looks at every byte of a file: sizes, tags, headers, data, the end of each
 /// dataset, the index. A code only if the file cannot be opened at all; faults in
 /// it are in `faults`, by position. The file is not changed.
-int verify_container(io_env &env, const io_reporter &report, const char *name,
-                     std::vector<container_fault> &faults,
-                     const container_progress &progress = nullptr);
+[[nodiscard]] int verify_container(io_env &env, const io_reporter &report, const char *name,
+                                   std::vector<container_fault> &faults,
+                                   const container_progress &progress = nullptr);
 
 struct rebuild_result
 {
@@ -50,5 +50,5 @@ struct rebuild_result
 
 /// Scans the file and writes its index anew. A code, and an unchanged file, if
 /// the scan meets damage.
-int rebuild_container(io_env &env, const io_reporter &report, const char *name,
-                      rebuild_result &result);
+[[nodiscard]] int rebuild_container(io_env &env, const io_reporter &report, const char *name,
+                                    rebuild_result &result);

@@ -7,17 +7,6 @@
 
 namespace {
 
-bool is_number(element_type type)
-{
-    return type == IO_INTR || type == IO_REAL || type == IO_DBLE;
-}
-
-bool compatible(element_type from, element_type to)
-{
-    return from == to || (is_number(from) && is_number(to)) || (from == IO_LOGL && to == IO_INTR) ||
-           (from == IO_INTR && to == IO_LOGL);
-}
-
 /// False where the value does not fit; fractions are cut off toward zero.
 template <typename From, typename To>
 bool convert_value(From from, To &to)
@@ -54,10 +43,8 @@ public:
     int item(const type_entry &from, const type_entry &to, std::int64_t values)
     {
         if (!enough(from.type, values)) {
-            static constexpr const char *kinds[] = {"string", "char", "intr",
-                                                    "real",   "dble", "logl"};
             return report_.error(IO_NO_ROOM, "convert_data: not enough %s input data",
-                                 kinds[from.type]);
+                                 element_of(from.type).array_name);
         }
         bool good = true;
         switch (from.type) {
@@ -76,7 +63,7 @@ public:
         case IO_DBLE:
             good = numbers(in_.doubles, IO_DBLE, to.type, values);
             break;
-        default:
+        case IO_LOGL:
             good = numbers(in_.logicals, IO_LOGL, to.type, values);
             break;
         }
@@ -129,9 +116,13 @@ private:
             return loop(source, out_.reals + start, values);
         case IO_DBLE:
             return loop(source, out_.doubles + start, values);
-        default:
+        case IO_LOGL:
             return loop(source, out_.logicals + start, values);
+        case IO_STRI:
+        case IO_CHAR:
+            break; // no number is turned into them
         }
+        return false;
     }
 
     template <typename From, typename To>
@@ -174,7 +165,7 @@ int check_conversion(const io_reporter &report, const std::string &from_text, co
         }
     }
     for (std::size_t i = 0; i < from.entries.size(); i++) {
-        if (!compatible(from.entries[i].type, to.entries[i].type)) {
+        if (!element_converts(from.entries[i].type, to.entries[i].type)) {
             return report.error(IO_NO_CONVERSION,
                                 "convert_data: cannot convert from %s to %s: incompatible types for"
                                 " item %d",

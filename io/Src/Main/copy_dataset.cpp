@@ -78,7 +78,7 @@ int copy_bytes(open_file &from, const located_start &source, open_file &to)
 bool keeps_its_bytes(const located_start &source, const data_shape &shape)
 {
     return source.format.formatted() || source.format.compressed() || shape.type.structure ||
-           shape.type.single() == IO_STRI;
+           element_of(shape.type.single()).has_length;
 }
 
 /// Reads the data and writes it anew in the default format.

@@ -14,15 +14,16 @@ struct dataset_name
 /// Copies the dataset at `position`, under a new name unless `name` is null. It
 /// keeps its format code, block factor and data bytes; the header is encoded
 /// again. 15 for a position without a live dataset.
-int copy_dataset(open_file &from, std::int64_t position, open_file &to, const dataset_name *name);
+[[nodiscard]] int copy_dataset(open_file &from, std::int64_t position, open_file &to,
+                               const dataset_name *name);
 
 /// Copies every live dataset, in index order, then updates the target's index.
-int copy_all_ds(open_file &from, open_file &to);
+[[nodiscard]] int copy_all_ds(open_file &from, open_file &to);
 
 /// Copies every live dataset whose WHEN is 0, in index order.
-int copy_when0_ds(open_file &from, open_file &to);
+[[nodiscard]] int copy_when0_ds(open_file &from, open_file &to);
 
 /// Copies the live datasets with that WHEN (negative: all), in index order;
 /// arrays that are neither compressed nor formatted, and no strings, are written anew in
 /// the default format.
-int copy_ds_compress_when(open_file &from, open_file &to, std::int32_t when);
+[[nodiscard]] int copy_ds_compress_when(open_file &from, open_file &to, std::int32_t when);

@@ -95,9 +95,10 @@ int write_array(zot_io &io, const data_shape &shape, const IO_data &data)
         return zotwriteReal(io, shape.format, data.reals, shape.count);
     case IO_DBLE:
         return zotwriteDble(io, shape.format, data.doubles, shape.count);
-    default:
+    case IO_LOGL:
         return zotwriteLogl(io, shape.format, data.logicals, shape.count);
     }
+    return IO_UNKNOWN_ERROR;
 }
 
 int read_array(zot_io &io, const data_shape &shape, IO_data &data)
@@ -113,9 +114,10 @@ int read_array(zot_io &io, const data_shape &shape, IO_data &data)
         return zotreadReal(io, shape.format, data.reals, shape.count);
     case IO_DBLE:
         return zotreadDble(io, shape.format, data.doubles, shape.count);
-    default:
+    case IO_LOGL:
         return zotreadLogl(io, shape.format, data.logicals, shape.count);
     }
+    return IO_UNKNOWN_ERROR;
 }
 
 int read_compressed(zot_io &io, const data_shape &shape, IO_data &data)
@@ -126,7 +128,7 @@ int read_compressed(zot_io &io, const data_shape &shape, IO_data &data)
                                              shape.blockfactor, shape.end)) {
         return code;
     }
-    if (type == IO_LOGL) {
+    if (element_of(type).is_logical) {
         std::transform(data.logicals, data.logicals + shape.count, data.logicals, plain_logical);
     }
     return IO_OK;
@@ -164,7 +166,8 @@ bool within(std::int64_t count, std::int64_t bytes, std::int64_t limit)
 /// of this library.
 bool comes_in_elements(const data_shape &shape)
 {
-    return !shape.format.formatted() || shape.type.structure || shape.type.single() == IO_STRI;
+    return !shape.format.formatted() || shape.type.structure ||
+           element_of(shape.type.single()).has_length;
 }
 
 int skim_elements(zot_io &io, const data_shape &shape)
@@ -209,7 +212,7 @@ int write_data(zot_io &io, const data_shape &shape, const IO_data &data)
         element_type type = shape.type.single();
         std::vector<std::uint8_t> logicals;
         const void *array = element_array(data, type);
-        if (type == IO_LOGL) {
+        if (element_of(type).is_logical) {
             logicals = plain_logicals(data.logicals, shape.count);
             array = logicals.data();
         }

@@ -15,16 +15,16 @@ struct data_shape
 };
 
 /// Writes the arrays. 14 with a message if they hold too little.
-int write_data(zot_io &io, const data_shape &shape, const IO_data &data);
+[[nodiscard]] int write_data(zot_io &io, const data_shape &shape, const IO_data &data);
 
 /// Whether the file can hold what the header claims, from the stream's position
 /// to the end of the file: 10, or 23 for compressed data. Call it before any
 /// memory is allocated and before any size is given to the client.
-int check_data_claim(zot_io &io, const data_shape &shape);
+[[nodiscard]] int check_data_claim(zot_io &io, const data_shape &shape);
 
 /// Reads the data and forgets it, in memory that does not grow with it.
-int skim_data(zot_io &io, const data_shape &shape);
+[[nodiscard]] int skim_data(zot_io &io, const data_shape &shape);
 
 /// Reads into arrays that hold enough. After a failure they hold nothing but
 /// zero bytes.
-int read_data(zot_io &io, const data_shape &shape, IO_data &data);
+[[nodiscard]] int read_data(zot_io &io, const data_shape &shape, IO_data &data);

@@ -9,15 +9,13 @@
 
 namespace {
 
-constexpr std::array<const char *, IO_ELEMENT_TYPES> names = {"STRI", "CHAR", "INTR",
-                                                              "REAL", "DBLE", "LOGL"};
 constexpr std::size_t name_length = 4;
 
 std::optional<element_type> find_type(std::string_view text)
 {
-    for (int type = 0; type < IO_ELEMENT_TYPES; type++) {
-        if (text.substr(0, name_length) == names[static_cast<std::size_t>(type)]) {
-            return static_cast<element_type>(type);
+    for (const element_traits &element : element_table) {
+        if (text.substr(0, name_length) == element.name) {
+            return element.type;
         }
     }
     return std::nullopt;
@@ -44,9 +42,10 @@ int parse_single(const io_reporter &report, std::string_view text, data_type &ty
     }
     type_entry entry;
     entry.type = *found;
-    entry.length = *found == IO_STRI ? static_cast<std::int32_t>(IO_STRING_LENGTH) : 0;
+    bool has_length = element_of(*found).has_length;
+    entry.length = has_length ? static_cast<std::int32_t>(IO_STRING_LENGTH) : 0;
     std::size_t colon = text.find(':');
-    if (colon != std::string_view::npos && *found != IO_STRI) {
+    if (colon != std::string_view::npos && !has_length) {
         return report.error(
             IO_PARSE_ERROR,
             "parseStructure: count forbidden for non-string type \"%s\" outside structure",
@@ -67,6 +66,7 @@ bool parse_entry(std::string_view text, type_entry &entry)
         return false;
     }
     entry.type = *found;
+    bool has_length = element_of(*found).has_length;
     std::string_view number = text.substr(name_length + 1);
     std::size_t colon = number.find(':');
     if (!parse_count(number.substr(0, colon), entry.count)) {
@@ -74,7 +74,7 @@ bool parse_entry(std::string_view text, type_entry &entry)
     }
     if (colon != std::string_view::npos) {
         std::int32_t factor = 0;
-        if (entry.type != IO_STRI || !parse_count(number.substr(colon + 1), factor)) {
+        if (!has_length || !parse_count(number.substr(colon + 1), factor)) {
             return false;
         }
         std::int64_t product = std::int64_t{entry.count} * factor;
@@ -83,7 +83,7 @@ bool parse_entry(std::string_view text, type_entry &entry)
         }
         entry.count = static_cast<std::int32_t>(product);
     }
-    entry.length = entry.type == IO_STRI ? entry.count : 0;
+    entry.length = has_length ? entry.count : 0;
     return true;
 }
 
@@ -130,27 +130,10 @@ int parse_record(const io_reporter &report, std::string_view text, data_type &ty
 
 } // namespace
 
-const char *element_type_name(element_type type)
-{
-    return names[static_cast<std::size_t>(type)];
-}
-
-std::size_t element_word_bytes(element_type type)
-{
-    switch (type) {
-    case IO_INTR:
-    case IO_REAL:
-        return 4;
-    case IO_DBLE:
-        return 8;
-    default:
-        return 1;
-    }
-}
-
 std::int64_t type_entry::bytes() const
 {
-    return type == IO_STRI ? length : count * static_cast<std::int64_t>(element_word_bytes(type));
+    const element_traits &element = element_of(type);
+    return element.has_length ? length : count * static_cast<std::int64_t>(element.word_bytes);
 }
 
 std::int64_t data_type::bytes() const
@@ -167,10 +150,7 @@ std::int64_t data_type::formatted_bytes() const
     if (structure) {
         return 1; // the LF; what else there is of a damaged record is for the reader to say
     }
-    // The line of a string may be shorter than its type says, and so may that of a logical.
-    constexpr std::array<std::int64_t, IO_ELEMENT_TYPES> field = {
-        1, 1, IO_INTEGER_WIDTH, IO_REAL_WIDTH, IO_REAL_WIDTH, 2};
-    return field[static_cast<std::size_t>(single())];
+    return element_of(single()).formatted_bytes;
 }
 
 element_counts data_type::counts() const

@@ -1,22 +1,13 @@
 // The data type string of a dataset: "REAL", "STRI:40", "STRC{INTR:2 STRI:1:8}".
 #pragma once
 
-#include "io/Src/Main/container_format.h"
+#include "io/Src/Main/element_type.h"
 #include "io/Src/Main/io_report.h"
 
 #include <array>
 #include <cstdint>
 #include <string_view>
 #include <vector>
-
-/// The order is the type code.
-enum element_type : int { IO_STRI, IO_CHAR, IO_INTR, IO_REAL, IO_DBLE, IO_LOGL, IO_ELEMENT_TYPES };
-
-const char *element_type_name(element_type type);
-
-/// Bytes of one element in a file and in a client's array; 1 for strings and
-/// characters.
-std::size_t element_word_bytes(element_type type);
 
 struct type_entry
 {
@@ -30,7 +21,7 @@ struct type_entry
     std::int32_t length = 0;
 
     /// Values that a client's array holds for it.
-    std::int64_t values() const { return type == IO_STRI ? 1 : count; }
+    std::int64_t values() const { return element_of(type).has_length ? 1 : count; }
     std::int64_t bytes() const;
 };
 
@@ -60,4 +51,4 @@ struct data_type
 };
 
 /// 12 with a message for what is no type, 14 for a structure of too many entries.
-int parseStructure(const io_reporter &report, std::string_view text, data_type &type);
+[[nodiscard]] int parseStructure(const io_reporter &report, std::string_view text, data_type &type);

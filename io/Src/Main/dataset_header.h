@@ -24,16 +24,17 @@ bool header_is_writable(const dataset_header &header);
 /// compressed format, 0 (none is written) in an uncompressed binary one.
 std::int32_t header_blockfactor(format_code format, std::int32_t asked);
 
-int write_header(zot_io &io, format_code format, const dataset_header &header);
+[[nodiscard]] int write_header(zot_io &io, format_code format, const dataset_header &header);
 
 /// From "*HEADER" up to the data tag, in front of which the stream then stands.
 /// `file` is the name for messages. 15 for a record that is not what it should
 /// be, 10 and 14 as the primitives have it; memory grows only with what was
 /// read.
-int read_header(zot_io &io, format_code format, const std::string &file, dataset_header &header);
+[[nodiscard]] int read_header(zot_io &io, format_code format, const std::string &file,
+                              dataset_header &header);
 
-int write_datatag(zot_io &io, format_code format);
-int read_datatag(zot_io &io, format_code format);
+[[nodiscard]] int write_datatag(zot_io &io, format_code format);
+[[nodiscard]] int read_datatag(zot_io &io, format_code format);
 
 /// A plain tag such as "*DATASET".
-int write_tag(zot_io &io, format_code format, std::string_view tag);
+[[nodiscard]] int write_tag(zot_io &io, format_code format, std::string_view tag);

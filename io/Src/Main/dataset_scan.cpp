@@ -137,8 +137,7 @@ bool dataset_scan::damaged()
     std::array<char, 16> bytes = {};
     std::size_t got = io_.stream.seek(position_) ? io_.stream.read(bytes.data(), bytes.size()) : 0;
     std::string text = printable_bytes({bytes.data(), got});
-    file_.report->error(
-        IO_BAD_FILE,
+    file_.report->notice(
         "recreate_indextable: Bad file: expected dataset, index or end, got \"%s\" at byte %lld\n",
         text.c_str(), printable(position_));
     return stop(scan_end::damaged, IO_BAD_FILE);
@@ -157,9 +156,8 @@ bool dataset_scan::read_format()
         got = io_.stream.read(bytes.data(), bytes.size());
     }
     if (got == bytes.size() && std::string_view(bytes.data(), got) == IO_TAG_CRASH) {
-        file_.report->error(IO_OK,
-                            "recreate_indextable: warning: file was not closed correctly, data"
-                            " may be inconsistent");
+        file_.report->notice("recreate_indextable: warning: file was not closed correctly, data"
+                             " may be inconsistent");
         return stop(scan_end::crash);
     }
     bool cut_tag =
@@ -196,16 +194,15 @@ bool dataset_scan::read_length()
                 zotreadOffset(io_, item_.format, item_.length) == IO_OK;
     if (!good) {
         bool cut = item_.start > size_;
-        file_.report->error(
-            IO_BAD_FILE,
+        file_.report->notice(
             "recreate_indextable: error reading initial dataset length in dataset of"
             " format %c%c, starting at offset %lld\n",
             mark_.letter, mark_.second, printable(item_.position));
         return cut ? stop(scan_end::cut) : stop(scan_end::damaged, IO_BAD_FILE);
     }
     if (item_.length < 0) {
-        file_.report->error(IO_BAD_FILE, "recreate_indextable: bad dataset length %lld",
-                            printable(item_.length));
+        file_.report->notice("recreate_indextable: bad dataset length %lld",
+                             printable(item_.length));
         return stop(scan_end::damaged, IO_BAD_FILE);
     }
     return true;
@@ -270,6 +267,7 @@ bool dataset_scan::choose_old_style(const std::vector<format_code> &candidates)
     };
     auto actual = std::find_if(candidates.begin(), candidates.end(), begins(beginning::header));
     bool known = actual != candidates.end();
+    // For the format and the lengths that it reads; they are judged below.
     static_cast<void>(agrees(known ? *actual : candidates.front(), again));
     if (known && item_.length == 0) {
         return true;
@@ -280,12 +278,11 @@ bool dataset_scan::choose_old_style(const std::vector<format_code> &candidates)
         return cut_short();
     }
     const char letters[] = {mark_.letter, mark_.second, '\0'};
-    file_.report->error(IO_BAD_FILE,
-                        "recreate_indextable: Bad file: final dataset length field %lld is bad, or"
-                        " differs from original dataset length field %lld in deleted dataset with"
-                        " old-style format %s\n",
-                        printable(again), printable(item_.length),
-                        printable_bytes(letters).c_str());
+    file_.report->notice("recreate_indextable: Bad file: final dataset length field %lld is bad, or"
+                         " differs from original dataset length field %lld in deleted dataset with"
+                         " old-style format %s\n",
+                         printable(again), printable(item_.length),
+                         printable_bytes(letters).c_str());
     return stop(scan_end::damaged, IO_BAD_FILE);
 }
 
@@ -300,16 +297,14 @@ bool dataset_scan::length_of_zero()
                    read_header(io_, item_.format, file_.name, item_.header) == IO_OK;
     }
     if (readable) {
-        file_.report->error(IO_OK,
-                            "recreate_indextable: dataset length of zero in dataset %s:%s:%d at"
-                            " offset %lld: assuming interrupted write and terminating scan.",
-                            item_.header.what.c_str(), item_.header.where.c_str(),
-                            item_.header.when, printable(item_.position));
+        file_.report->notice("recreate_indextable: dataset length of zero in dataset %s:%s:%d at"
+                             " offset %lld: assuming interrupted write and terminating scan.",
+                             item_.header.what.c_str(), item_.header.where.c_str(),
+                             item_.header.when, printable(item_.position));
     } else {
-        file_.report->error(IO_OK,
-                            "recreate_indextable: dataset length of zero in dataset at offset %lld"
-                            " (format %c%c): assuming incomplete file and terminating scan.",
-                            printable(item_.position), mark_.letter, mark_.second);
+        file_.report->notice("recreate_indextable: dataset length of zero in dataset at offset %lld"
+                             " (format %c%c): assuming incomplete file and terminating scan.",
+                             printable(item_.position), mark_.letter, mark_.second);
     }
     return stop(scan_end::interrupted);
 }
@@ -324,9 +319,8 @@ bool dataset_scan::read_word()
         return skip_index();
     }
     if (word.substr(0, IO_TAG_CRASH.size()) == IO_TAG_CRASH) {
-        file_.report->error(IO_OK,
-                            "recreate_indextable: warning: file was not closed correctly, data"
-                            " may be inconsistent");
+        file_.report->notice("recreate_indextable: warning: file was not closed correctly, data"
+                             " may be inconsistent");
         return stop(scan_end::crash);
     }
     item_.end =
@@ -343,8 +337,8 @@ bool dataset_scan::read_word()
 
 bool dataset_scan::cut_short()
 {
-    file_.report->error(
-        IO_OK, "recreate_indextable: fseek of %lld to skip dataset starting at %lld failed",
+    file_.report->notice(
+        "recreate_indextable: fseek of %lld to skip dataset starting at %lld failed",
         printable(item_.length), printable(item_.position));
     return stop(scan_end::cut);
 }
@@ -365,8 +359,7 @@ bool dataset_scan::read_dataset()
         code = IO_BAD_FILE;
     }
     if (code != IO_OK) {
-        file_.report->error(
-            code,
+        file_.report->notice(
             "recreate_indextable: error %d reading final dataset length for %s:%s:%d at offset"
             " %lld",
             code, item_.header.what.c_str(), item_.header.where.c_str(), item_.header.when,
@@ -385,12 +378,11 @@ bool dataset_scan::skip_deleted()
                 zotreadOffset(io_, item_.format, again) == IO_OK && again == item_.length;
     if (!same) {
         const char letters[] = {mark_.letter, mark_.second, '\0'};
-        file_.report->error(IO_BAD_FILE,
-                            "recreate_indextable: Bad file: final dataset length field %lld is bad,"
-                            " or differs from original dataset length field %lld in deleted dataset"
-                            " with byte-order-specific format %s\n",
-                            printable(again), printable(item_.length),
-                            printable_bytes(letters).c_str());
+        file_.report->notice(
+            "recreate_indextable: Bad file: final dataset length field %lld is bad,"
+            " or differs from original dataset length field %lld in deleted dataset"
+            " with byte-order-specific format %s\n",
+            printable(again), printable(item_.length), printable_bytes(letters).c_str());
         return stop(scan_end::damaged, IO_BAD_FILE);
     }
     quiet_scope quiet(file_);
@@ -406,8 +398,7 @@ bool dataset_scan::skip_index()
     item_.kind = scan_kind::index;
     std::int64_t trailer = 2 * zotoffsetBytes(io_, IO_FORMATTED);
     if (item_.length > size_ - item_.start - trailer) {
-        file_.report->error(
-            IO_OK,
+        file_.report->notice(
             "recreate_indextable: warning: truncated (or bad) index data at end of file while"
             " rebuilding index, file is corrupt but probably recoverable, continuing.  [%lld + %lld"
             " > %lld]",
@@ -417,13 +408,12 @@ bool dataset_scan::skip_index()
     std::int64_t ignored = 0;
     if (!io_.stream.seek(item_.start + item_.length) ||
         zotreadOffset(io_, IO_FORMATTED, ignored) != IO_OK) {
-        file_.report->error(IO_OK,
-                            "recreate_indextable: failed to read first offset from skipped index");
+        file_.report->notice("recreate_indextable: failed to read first offset from skipped index");
         return stop(scan_end::cut);
     }
     if (zotreadOffset(io_, IO_FORMATTED, ignored) != IO_OK) {
-        file_.report->error(IO_OK,
-                            "recreate_indextable: failed to read second offset from skipped index");
+        file_.report->notice(
+            "recreate_indextable: failed to read second offset from skipped index");
         return stop(scan_end::cut);
     }
     item_.end = item_.start + item_.length + trailer;

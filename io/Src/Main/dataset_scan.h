@@ -55,7 +55,7 @@ public:
 
     /// 0, also for an end that a crash explains; 20 for damage, 10 for a read
     /// that failed.
-    int code() const { return code_; }
+    [[nodiscard]] int code() const { return code_; }
 
 private:
     bool stop(scan_end end, int code = IO_OK);

@@ -6,8 +6,9 @@
 /// Deletes every live dataset that matches; patterns and a negative WHEN are
 /// allowed. 17 if none does. The file has been made writable by
 /// setfilebusyflag().
-int delete_ds(open_file &file, const char *what, const char *where, std::int32_t when);
+[[nodiscard]] int delete_ds(open_file &file, const char *what, const char *where,
+                            std::int32_t when);
 
 /// Deletes exactly those that a search has found in this file since its last
 /// change.
-int delete_located(open_file &file, const located_datasets &found);
+[[nodiscard]] int delete_located(open_file &file, const located_datasets &found);

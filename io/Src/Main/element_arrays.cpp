@@ -10,7 +10,8 @@ namespace {
 
 std::size_t value_bytes(element_type type, std::size_t string_slot)
 {
-    return type == IO_STRI ? string_slot : element_word_bytes(type);
+    const element_traits &element = element_of(type);
+    return element.has_length ? string_slot : element.word_bytes;
 }
 
 /// Whether the array for a type is there and large enough, or not needed.
@@ -36,49 +37,32 @@ void *element_array(const IO_data &data, element_type type)
         return data.reals;
     case IO_DBLE:
         return data.doubles;
-    default:
+    case IO_LOGL:
         return data.logicals;
     }
+    return nullptr;
 }
 
-std::int64_t element_array_size(const IO_data &data, element_type type)
+void set_element_array(IO_data &data, element_type type, void *array)
 {
     switch (type) {
     case IO_STRI:
-        return data.strings_size;
-    case IO_CHAR:
-        return data.chars_size;
-    case IO_INTR:
-        return data.integers_size;
-    case IO_REAL:
-        return data.reals_size;
-    case IO_DBLE:
-        return data.doubles_size;
-    default:
-        return data.logicals_size;
-    }
-}
-
-void set_element_array_size(IO_data &data, element_type type, std::int64_t size)
-{
-    switch (type) {
-    case IO_STRI:
-        data.strings_size = size;
+        data.strings = static_cast<char *>(array);
         break;
     case IO_CHAR:
-        data.chars_size = size;
+        data.chars = static_cast<char *>(array);
         break;
     case IO_INTR:
-        data.integers_size = size;
+        data.integers = static_cast<std::int32_t *>(array);
         break;
     case IO_REAL:
-        data.reals_size = size;
+        data.reals = static_cast<float *>(array);
         break;
     case IO_DBLE:
-        data.doubles_size = size;
+        data.doubles = static_cast<double *>(array);
         break;
-    default:
-        data.logicals_size = size;
+    case IO_LOGL:
+        data.logicals = static_cast<std::uint8_t *>(array);
         break;
     }
 }
@@ -156,18 +140,13 @@ bool element_storage::allocate(const element_counts &counts, std::size_t string_
         bytes_ += static_cast<std::int64_t>(bytes);
         // At least one, so that an empty array is not taken for a missing one.
         memory_[i].reset(new (std::nothrow) char[bytes + 1]);
-        if (!memory_[i]) {
+        if (memory_[i] == nullptr) {
             return false;
         }
+        // The memory is aligned for any type: it comes from operator new.
+        set_element_array(data_, type, memory_[i].get());
         set_element_array_size(data_, type, counts[i]);
     }
     data_.string_slot = static_cast<std::int64_t>(string_slot);
-    data_.strings = memory_[IO_STRI].get();
-    data_.chars = memory_[IO_CHAR].get();
-    // The memory is aligned for any of them: it comes from operator new.
-    data_.integers = reinterpret_cast<std::int32_t *>(memory_[IO_INTR].get());
-    data_.reals = reinterpret_cast<float *>(memory_[IO_REAL].get());
-    data_.doubles = reinterpret_cast<double *>(memory_[IO_DBLE].get());
-    data_.logicals = reinterpret_cast<std::uint8_t *>(memory_[IO_LOGL].get());
     return true;
 }

@@ -7,10 +7,20 @@
 #include <memory>
 #include <string_view>
 
-/// The array for a type and its capacity in values.
+/// The array for a type; the client's, may be null.
 void *element_array(const IO_data &data, element_type type);
-std::int64_t element_array_size(const IO_data &data, element_type type);
-void set_element_array_size(IO_data &data, element_type type, std::int64_t size);
+/// Makes `array`, which is aligned for the type, the array for it.
+void set_element_array(IO_data &data, element_type type, void *array);
+
+/// The capacity of the array for a type, in values.
+inline std::int64_t element_array_size(const IO_data &data, element_type type)
+{
+    return data.*element_of(type).capacity;
+}
+inline void set_element_array_size(IO_data &data, element_type type, std::int64_t size)
+{
+    data.*element_of(type).capacity = size;
+}
 
 /// Bytes of a slot in the string array: what the client states, else IO_STRING_SLOT.
 std::size_t string_slot_bytes(const IO_data &data);

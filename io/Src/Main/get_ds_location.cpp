@@ -234,10 +234,9 @@ int locate_all_where(const io_reporter &report, index_table &index, const char *
     }
     std::erase_if(found, [&](const located_dataset &record) {
         if (index.status(record.slot) != 'Y') {
-            report.error(IO_OK,
-                         "WARNING: in locate_all_where, got a deleted dataset returned from"
-                         " get_ds_location(IO_SORT_WHERE): %s:%s:%d\n",
-                         record.what, record.where, record.when);
+            report.notice("WARNING: in locate_all_where, got a deleted dataset returned from"
+                          " get_ds_location(IO_SORT_WHERE): %s:%s:%d\n",
+                          record.what, record.where, record.when);
             return true;
         }
         return !glob_match(what, record.what);
@@ -395,9 +394,10 @@ int get_ds_location(const io_reporter &report, index_table &index, location_mode
         return by_what(report, index, what, where, when, found);
     case IO_SORT_WHERE:
         return by_where(report, index, where, when, found);
-    default:
-        return full_scan(report, index, what, where, when, found);
+    case IO_FULL_SCAN:
+        break;
     }
+    return full_scan(report, index, what, where, when, found);
 }
 
 int find_datasets(const io_reporter &report, index_table &index, const char *what,
@@ -416,7 +416,7 @@ int find_datasets(const io_reporter &report, index_table &index, const char *wha
 int update_index(const io_reporter &report, index_table &index)
 {
     try {
-        static_cast<void>(index.where_order());
+        static_cast<void>(index.where_order()); // asked for so that it is made
         return IO_OK;
     } catch (const std::bad_alloc &) {
         return malloc_failed(report, "update_index");

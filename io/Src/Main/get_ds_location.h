@@ -27,7 +27,7 @@ std::string format_index_line(char status, std::string_view what, std::string_vi
 
 /// Takes a line apart; the slot stays as it is. Empty fields are skipped, as
 /// a tokenizer does. 12 for a missing field.
-int parseindex(const io_reporter &report, const char *line, located_dataset &record);
+[[nodiscard]] int parseindex(const io_reporter &report, const char *line, located_dataset &record);
 
 enum location_mode { IO_SORT_WHAT, IO_SORT_WHERE, IO_FULL_SCAN };
 
@@ -36,24 +36,25 @@ enum location_mode { IO_SORT_WHAT, IO_SORT_WHERE, IO_FULL_SCAN };
 /// IO_SORT_WHAT compares WHAT and, unless null, WHERE, neither with a pattern;
 /// IO_SORT_WHERE compares WHERE alone (`what` is not used); IO_FULL_SCAN
 /// takes patterns in both.
-int get_ds_location(const io_reporter &report, index_table &index, location_mode mode,
-                    const char *what, const char *where, std::int32_t when,
-                    located_datasets &found);
+[[nodiscard]] int get_ds_location(const io_reporter &report, index_table &index, location_mode mode,
+                                  const char *what, const char *where, std::int32_t when,
+                                  located_datasets &found);
 
 /// The search that all requests use: patterns allowed in WHAT and WHERE;
 /// several matches of a negative WHEN are ordered by WHEN, largest first.
 /// White space at the end of WHAT and WHERE does not count. 17 where nothing
 /// matches, without a message; 14 with one if there is no memory.
-int find_datasets(const io_reporter &report, index_table &index, const char *what,
-                  const char *where, std::int32_t when, located_datasets &found);
+[[nodiscard]] int find_datasets(const io_reporter &report, index_table &index, const char *what,
+                                const char *where, std::int32_t when, located_datasets &found);
 
 /// find_datasets() into the client's arrays: strings (WHAT, WHERE), integers
 /// (WHEN) and offsets (position, length). Sets `matches`. 14 if one of the three
 /// is too small, and then all three sizes are set to what is needed. `scratch`
 /// is memory to be used again.
-int locate_dataset(const io_reporter &report, index_table &index, const char *what,
-                   const char *where, std::int32_t when, located_datasets &scratch, IO_data &out);
+[[nodiscard]] int locate_dataset(const io_reporter &report, index_table &index, const char *what,
+                                 const char *where, std::int32_t when, located_datasets &scratch,
+                                 IO_data &out);
 
 /// To be called after many insertions: makes the orders that lookups by WHERE
 /// need. 14 if there is no memory.
-int update_index(const io_reporter &report, index_table &index);
+[[nodiscard]] int update_index(const io_reporter &report, index_table &index);

@@ -6,13 +6,13 @@
 
 /// Writes the index dataset at the file's index position; the stream then
 /// stands at its end.
-int write_index(open_file &file);
+[[nodiscard]] int write_index(open_file &file);
 
 /// Loads the stored index of a file of `size` bytes; the index position becomes
 /// where it stands. Any code means that it cannot be used and the table is empty.
-int create_indextable(open_file &file, std::int64_t size);
+[[nodiscard]] int create_indextable(open_file &file, std::int64_t size);
 
 /// Scans the file from its first dataset on. 0 also where the scan ended early,
 /// at "*CRASH", an interrupted write or a cut tail; 20 for damage. The index
 /// position becomes the end of the last whole dataset.
-int recreate_indextable(open_file &file, std::int64_t size);
+[[nodiscard]] int recreate_indextable(open_file &file, std::int64_t size);

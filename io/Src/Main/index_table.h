@@ -39,7 +39,7 @@ public:
 
     /// Adds the line behind the others. 14 if there is no memory, or the line
     /// does not fit its slot.
-    int insert_index(const io_reporter &report, std::string_view line);
+    [[nodiscard]] int insert_index(const io_reporter &report, std::string_view line);
 
     /// Memory for `lines` lines at once, to spare growing; false if there is none.
     bool reserve(std::int32_t lines);

@@ -121,33 +121,14 @@ int inflate_failed(const io_reporter &report, int result)
 
 } // namespace
 
-char io_gzip_letter(element_type type)
-{
-    switch (type) {
-    case IO_INTR:
-        return 'i';
-    case IO_REAL:
-        return 'r';
-    case IO_DBLE:
-        return 'd';
-    default:
-        return 'c';
-    }
-}
-
 std::size_t io_gzip_word_bytes(char letter)
 {
-    switch (letter) {
-    case 'i':
-    case 'r':
-        return 4;
-    case 'd':
-        return 8;
-    case 'c':
-        return 1;
-    default:
-        return 0;
+    for (const element_traits &element : element_table) {
+        if (element.gzip_letter == letter) {
+            return element.word_bytes;
+        }
     }
+    return 0;
 }
 
 std::int64_t io_gzip(const io_reporter &report, char letter, int level, const void *in,

@@ -6,10 +6,8 @@
 #include <cstdint>
 #include <functional>
 
-/// The letter under which the compressor knows a type: i, r, d or c.
-char io_gzip_letter(element_type type);
-
-/// Bytes of a word: 4 for i and r, 8 for d, 1 for c, 0 for any other letter.
+/// Bytes of a word of the types with this letter (element_traits): 4 for i and r, 8
+/// for d, 1 for c, 0 for any other letter.
 std::size_t io_gzip_word_bytes(char letter);
 
 /// Takes the next bytes of a compressed array; false if it cannot. `last` says
@@ -47,12 +45,13 @@ using io_inflate_source = std::function<std::size_t(const void *&bytes)>;
 /// Inflates one stream into `out`; null forgets the bytes. `produced` is the
 /// number of bytes that it held; whether that is what was expected is for io_gunzip_exactly() to
 /// say. 23 with a message for a stream that is wrong, ends early, or holds more.
-int io_inflate(const io_reporter &report, const io_inflate_source &source, void *out,
-               std::int64_t out_bytes, std::int64_t &produced);
+[[nodiscard]] int io_inflate(const io_reporter &report, const io_inflate_source &source, void *out,
+                             std::int64_t out_bytes, std::int64_t &produced);
 
 /// 23 with a message unless `produced` bytes are `expected`.
-int io_gunzip_exactly(const io_reporter &report, std::int64_t produced, std::int64_t expected);
+[[nodiscard]] int io_gunzip_exactly(const io_reporter &report, std::int64_t produced,
+                                    std::int64_t expected);
 
 /// Both in one: exactly `out_bytes` bytes.
-int io_gunzip(const io_reporter &report, const void *in, std::int64_t in_bytes, void *out,
-              std::int64_t out_bytes);
+[[nodiscard]] int io_gunzip(const io_reporter &report, const void *in, std::int64_t in_bytes,
+                            void *out, std::int64_t out_bytes);

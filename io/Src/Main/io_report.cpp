@@ -43,6 +43,14 @@ int io_reporter::error(int code, const char *format, ...) const
     return code;
 }
 
+void io_reporter::notice(const char *format, ...) const
+{
+    va_list arguments;
+    va_start(arguments, format);
+    format_and_deliver(nullptr, format, arguments);
+    va_end(arguments);
+}
+
 int io_reporter::zotsystemErr(int code, const char *format, ...) const
 {
     const char *reason = errno != 0 ? std::strerror(errno) : "unknown error";

@@ -36,14 +36,18 @@ public:
     void set_sink(std::function<void(std::string_view)> sink) { sink_ = std::move(sink); }
 
     /// Reports the message and returns `code`.
-    int error(int code, const char *format, ...) const IO_PRINTF(3, 4);
+    [[nodiscard]] int error(int code, const char *format, ...) const IO_PRINTF(3, 4);
 
-    /// The same with ": " and the text of errno added, before a final LF.
-    int zotsystemErr(int code, const char *format, ...) const IO_PRINTF(3, 4);
+    /// Reports what happened where the function goes on, or has a code already.
+    void notice(const char *format, ...) const IO_PRINTF(2, 3);
+
+    /// As error(), with ": " and the text of errno added, before a final LF.
+    [[nodiscard]] int zotsystemErr(int code, const char *format, ...) const IO_PRINTF(3, 4);
 
     /// "%s: malloc of %I64d bytes failed"; returns 28 or what is given. The size
     /// is 0 where it is not known.
-    int no_memory(const char *function, std::int64_t bytes, int code = IO_NO_MEMORY) const;
+    [[nodiscard]] int no_memory(const char *function, std::int64_t bytes,
+                                int code = IO_NO_MEMORY) const;
 
     /// Prints "TRACE> …" if `ZOT_IO_TRACE` was set at the first call.
     void trace(const char *format, ...) const IO_PRINTF(2, 3);
@@ -62,4 +66,4 @@ private:
 };
 
 /// 4 where errno says that the disk is full, else 11.
-int io_write_code();
+[[nodiscard]] int io_write_code();

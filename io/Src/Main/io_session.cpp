@@ -1,37 +1,13 @@
+// Which function carries out which request, and the open files that they share.
 #include "io/Src/Main/io_session.h"
 
 #include "io/Src/Main/copy_dataset.h"
 #include "io/Src/Main/delete_ds.h"
+#include "io/Src/Main/request_table.h"
 
-#include <algorithm>
 #include <new>
 
 namespace {
-
-template <std::size_t Size>
-bool is_one_of(std::uint32_t number, const std::uint32_t (&numbers)[Size])
-{
-    return std::find(std::begin(numbers), std::end(numbers), number) != std::end(numbers);
-}
-
-bool needs_header(std::uint32_t number)
-{
-    static constexpr std::uint32_t without[] = {
-        IO_OPEN_PRIMARY,     IO_CLOSE_PRIMARY, IO_OPEN_PRIMARY_WRITE, IO_OPEN_SECONDARY,
-        IO_CLOSE_SECONDARY,  IO_READ_DATA,     IO_WRITE_DATA,         IO_END_DATASET,
-        IO_COPY_ALLVALID_DS, IO_OPEN_TEXT,     IO_READ_INTEGERS,      IO_READ_REALS,
-        IO_WRITE_TEXT,       IO_CLOSE_TEXT};
-    return !is_one_of(number, without);
-}
-
-bool needs_offsets(std::uint32_t number)
-{
-    static constexpr std::uint32_t with[] = {
-        IO_LOCATE_PRIMARY, IO_LOCATE_SECONDARY, IO_READ_LOCATED_DS,
-        IO_READ_HEADER,    IO_WRITE_HEADER,     IO_COPY_DATASET,
-        IO_READ_BLOCK,     IO_READ_COMPRESSED,  IO_WRITE_COMPRESSED};
-    return is_one_of(number, with);
-}
 
 bool is_complete(const IO_header &header)
 {
@@ -50,7 +26,7 @@ io_session::io_session(io_env &env)
 
 io_session::~io_session()
 {
-    // The client's routine may be gone by now.
+    // The client's routine may be gone by now, and nobody gets a code.
     report_.set_routine(nullptr);
     try {
         drop_begun();
@@ -60,35 +36,35 @@ io_session::~io_session()
             static_cast<void>(iif_close_text(text_));
         }
     } catch (const std::bad_alloc &) {
-        report_.no_memory("iif_close", 0);
+        static_cast<void>(report_.no_memory("iif_close", 0));
     }
 }
 
-int io_session::request(std::uint32_t number, io_error_routine routine, IO_header *header,
+int io_session::request(io_request request, io_error_routine routine, IO_header *header,
                         IO_data *data)
 {
     if (routine == nullptr) {
         return IO_NO_ROUTINE;
     }
     report_.set_routine(routine);
-    if (int code = check_arguments(number, header, data)) {
+    if (int code = check_arguments(traits_of(request), header, data)) {
         return code;
     }
     IO_header none;
     try {
-        return dispatch(number, header != nullptr ? *header : none, *data);
+        return dispatch(request, header != nullptr ? *header : none, *data);
     } catch (const std::bad_alloc &) {
         return report_.no_memory("iocntc", 0);
     }
 }
 
-int io_session::check_arguments(std::uint32_t number, const IO_header *header,
+int io_session::check_arguments(const request_traits &needs, const IO_header *header,
                                 const IO_data *data) const
 {
     if (data == nullptr) {
         return report_.error(IO_NO_ROOM, "iocntc: IO_data structure is null\n");
     }
-    if (needs_header(number)) {
+    if (needs.header) {
         if (header == nullptr) {
             return report_.error(IO_NO_ROOM, "iocntc: IO_header structure is null\n");
         }
@@ -97,20 +73,18 @@ int io_session::check_arguments(std::uint32_t number, const IO_header *header,
         }
     }
     // A locate says itself how much room it needs.
-    bool locates = number == IO_LOCATE_PRIMARY || number == IO_LOCATE_SECONDARY;
-    if (needs_offsets(number) &&
-        (data->offsets == nullptr || (!locates && data->offsets_size < 2))) {
+    if (needs.offsets && (data->offsets == nullptr || (!needs.locates && data->offsets_size < 2))) {
         return report_.error(IO_NO_ROOM, "iocntc: offset array input is wrong\n");
     }
-    if (locates && (data->strings == nullptr || data->integers == nullptr)) {
+    if (needs.locates && (data->strings == nullptr || data->integers == nullptr)) {
         return report_.error(IO_NO_ROOM, "iocntc: stringarray or intrarray is wrong\n");
     }
     return IO_OK;
 }
 
-int io_session::dispatch(std::uint32_t number, IO_header &header, IO_data &data)
+int io_session::dispatch(io_request request, IO_header &header, IO_data &data)
 {
-    switch (number) {
+    switch (request) {
     case IO_OPEN_PRIMARY:
         return open(primary_, data, "r", "iocnt: open the primary file failed\n");
     case IO_CLOSE_PRIMARY:
@@ -122,9 +96,9 @@ int io_session::dispatch(std::uint32_t number, IO_header &header, IO_data &data)
     case IO_CLOSE_SECONDARY:
         return close(secondary_, "iocnt: close secondary file failed\n");
     case IO_WRITE_PRIMARY_DS:
-        return write_whole(primary_, "primary", "IO_WRITE_PRIMARY_DS", header, data);
+        return write_whole(primary_, "primary", IO_WRITE_PRIMARY_DS, header, data);
     case IO_WRITE_SECONDARY_DS:
-        return write_whole(secondary_, "secondary", "IO_WRITE_SECONDARY_DS", header, data);
+        return write_whole(secondary_, "secondary", IO_WRITE_SECONDARY_DS, header, data);
     case IO_LOCATE_PRIMARY:
         return locate(primary_, "primary", header, data);
     case IO_LOCATE_SECONDARY:
@@ -146,15 +120,13 @@ int io_session::dispatch(std::uint32_t number, IO_header &header, IO_data &data)
     case IO_COPY_DATASET:
         return copy(header, data);
     case IO_COPY_ALLVALID_DS:
-        return copy_many("IO_COPY_ALLVALID_DS",
-                         [this] { return copy_all_ds(primary_, secondary_); });
+        return copy_many(IO_COPY_ALLVALID_DS, [this] { return copy_all_ds(primary_, secondary_); });
     case IO_READ_BLOCK:
         return read_block(header, data);
     case IO_COPY_WHEN0_DS:
-        return copy_many("IO_COPY_WHEN0_DS",
-                         [this] { return copy_when0_ds(primary_, secondary_); });
+        return copy_many(IO_COPY_WHEN0_DS, [this] { return copy_when0_ds(primary_, secondary_); });
     case IO_COPY_DS_COMPRESS_WHEN:
-        return copy_many("IO_COPY_DS_COMPRESS_WHEN", [this, &header] {
+        return copy_many(IO_COPY_DS_COMPRESS_WHEN, [this, &header] {
             return copy_ds_compress_when(primary_, secondary_, *header.when);
         });
     case IO_OPEN_TEXT:
@@ -173,9 +145,8 @@ int io_session::dispatch(std::uint32_t number, IO_header &header, IO_data &data)
         return with_text("iocnt: write text failed\n", [&] { return write_text(text_, data); });
     case IO_CLOSE_TEXT:
         return close_text();
-    default:
-        return report_.error(IO_UNKNOWN_REQUEST, "iocnt: unknown request\n");
     }
+    return report_.error(IO_UNKNOWN_REQUEST, "iocnt: unknown request\n");
 }
 
 int io_session::add_line(int code, const char *line) const
@@ -186,6 +157,7 @@ int io_session::add_line(int code, const char *line) const
 int io_session::open(open_file &file, const IO_data &data, const char *access, const char *failure)
 {
     if (file.mode != open_mode::none) {
+        // It has sent its message; the code is that of the opening asked for.
         static_cast<void>(close(file, "iocnt: close the file that was open failed\n"));
     }
     std::string name;
@@ -224,12 +196,12 @@ void io_session::drop_begun()
     reading_.reset();
     blocks_.reset();
     if (begun_) {
-        abort_dataset(primary_, begun_->pending, IO_OK);
+        static_cast<void>(abort_dataset(primary_, begun_->pending, IO_OK)); // gives it back
         begun_.reset();
     }
 }
 
-int io_session::make_busy(open_file &file, const char *which, const char *request, bool may_create)
+int io_session::make_busy(open_file &file, const char *which, io_request request, bool may_create)
 {
     if (int code = check_open(file, which)) {
         return code;
@@ -238,7 +210,8 @@ int io_session::make_busy(open_file &file, const char *which, const char *reques
         drop_begun();
     }
     if (int code = setfilebusyflag(file, may_create)) {
-        return report_.error(code, "iocnt: setfilebusyflag failed when req =%s\n", request);
+        return report_.error(code, "iocnt: setfilebusyflag failed when req =%s\n",
+                             traits_of(request).name);
     }
     return IO_OK;
 }
@@ -259,7 +232,7 @@ int io_session::locate(open_file &file, const char *which, const IO_header &head
 int io_session::open_text(const IO_data &data)
 {
     if (text_.is_open()) {
-        static_cast<void>(close_text());
+        static_cast<void>(close_text()); // its message is sent; the code is the opening's
     }
     return add_line(iif_open_text(env_, report_, data.filename, data.access, text_),
                     "iocnt: open the plain text file failed\n");
@@ -281,7 +254,7 @@ int io_session::with_text(const char *failure, Work work)
 }
 
 template <typename Copy>
-int io_session::copy_many(const char *request, Copy copy)
+int io_session::copy_many(io_request request, Copy copy)
 {
     if (int code = check_open(primary_, "primary")) {
         return code;
@@ -295,5 +268,6 @@ int io_session::copy_many(const char *request, Copy copy)
 int iocntc(std::uint32_t request, io_error_routine routine, IO_header *header, IO_data *data)
 {
     static io_session session(io_real_env());
-    return session.request(request, routine, header, data);
+    // A number that is no request is refused like any other wrong input.
+    return session.request(static_cast<io_request>(request), routine, header, data);
 }

@@ -13,6 +13,7 @@
 #include <optional>
 
 struct dataset_name;
+struct request_traits;
 
 class io_session
 {
@@ -26,14 +27,15 @@ public:
     ~io_session();
 
     /// See iocntc().
-    int request(std::uint32_t number, io_error_routine routine, IO_header *header, IO_data *data);
+    [[nodiscard]] int request(io_request request, io_error_routine routine, IO_header *header,
+                              IO_data *data);
 
     /// The open primary file, for tools that go beyond the requests; null if
     /// there is none.
     open_file *primary() { return primary_.mode == open_mode::none ? nullptr : &primary_; }
 
 private:
-    /// A dataset begun by request 12.
+    /// A dataset begun by IO_WRITE_HEADER.
     struct begun_dataset
     {
         pending_dataset pending;
@@ -42,13 +44,13 @@ private:
         bool has_data = false;
     };
 
-    /// A header read by request 11, with its data still to come.
+    /// A header read by IO_READ_HEADER, with its data still to come.
     struct begun_reading
     {
         located_start start;
     };
 
-    /// The data of the dataset that request 18 reads block by block.
+    /// The data of the dataset that IO_READ_BLOCK reads block by block.
     struct block_source
     {
         located_start start;
@@ -56,40 +58,44 @@ private:
         element_storage storage;
     };
 
-    int check_arguments(std::uint32_t number, const IO_header *header, const IO_data *data) const;
-    int dispatch(std::uint32_t number, IO_header &header, IO_data &data);
+    [[nodiscard]] int check_arguments(const request_traits &needs, const IO_header *header,
+                                      const IO_data *data) const;
+    [[nodiscard]] int dispatch(io_request request, IO_header &header, IO_data &data);
 
-    int open(open_file &file, const IO_data &data, const char *access, const char *failure);
-    int close(open_file &file, const char *failure);
-    int check_open(const open_file &file, const char *which) const;
-    int make_busy(open_file &file, const char *which, const char *request, bool may_create = true);
+    [[nodiscard]] int open(open_file &file, const IO_data &data, const char *access,
+                           const char *failure);
+    [[nodiscard]] int close(open_file &file, const char *failure);
+    [[nodiscard]] int check_open(const open_file &file, const char *which) const;
+    [[nodiscard]] int make_busy(open_file &file, const char *which, io_request request,
+                                bool may_create = true);
     void drop_begun();
-    int add_line(int code, const char *line) const;
+    [[nodiscard]] int add_line(int code, const char *line) const;
 
-    int locate(open_file &file, const char *which, const IO_header &header, IO_data &data);
-    int read_dataset(IO_header &header, IO_data &data);
-    int read_dataset_header(IO_header &header, const IO_data &data);
-    int read_data_here(IO_data &data);
-    int read_block(IO_header &header, IO_data &data);
-    int load_blocks(std::int64_t position);
-    int read_compressed_data(IO_header &header, IO_data &data);
+    [[nodiscard]] int locate(open_file &file, const char *which, const IO_header &header,
+                             IO_data &data);
+    [[nodiscard]] int read_dataset(IO_header &header, IO_data &data);
+    [[nodiscard]] int read_dataset_header(IO_header &header, const IO_data &data);
+    [[nodiscard]] int read_data_here(IO_data &data);
+    [[nodiscard]] int read_block(IO_header &header, IO_data &data);
+    [[nodiscard]] int load_blocks(std::int64_t position);
+    [[nodiscard]] int read_compressed_data(IO_header &header, IO_data &data);
 
-    int write_whole(open_file &file, const char *which, const char *request,
-                    const IO_header &header, const IO_data &data);
-    int write_dataset_header(const IO_header &header, IO_data &data);
-    int write_data_here(const IO_data &data);
-    int end_begun_dataset();
-    int write_compressed_data(const IO_header &header, IO_data &data);
-    int delete_datasets(const IO_header &header);
-    int copy(const IO_header &header, const IO_data &data);
-    int copy_matches(const dataset_name &name);
+    [[nodiscard]] int write_whole(open_file &file, const char *which, io_request request,
+                                  const IO_header &header, const IO_data &data);
+    [[nodiscard]] int write_dataset_header(const IO_header &header, IO_data &data);
+    [[nodiscard]] int write_data_here(const IO_data &data);
+    [[nodiscard]] int end_begun_dataset();
+    [[nodiscard]] int write_compressed_data(const IO_header &header, IO_data &data);
+    [[nodiscard]] int delete_datasets(const IO_header &header);
+    [[nodiscard]] int copy(const IO_header &header, const IO_data &data);
+    [[nodiscard]] int copy_matches(const dataset_name &name);
     template <typename Copy>
-    int copy_many(const char *request, Copy copy);
+    [[nodiscard]] int copy_many(io_request request, Copy copy);
 
-    int open_text(const IO_data &data);
-    int close_text();
+    [[nodiscard]] int open_text(const IO_data &data);
+    [[nodiscard]] int close_text();
     template <typename Work>
-    int with_text(const char *failure, Work work);
+    [[nodiscard]] int with_text(const char *failure, Work work);
 
     io_env &env_;
     io_reporter report_;

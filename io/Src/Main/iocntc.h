@@ -9,7 +9,8 @@
 // are questions rather than failures: code 14 of a locate or a read whose
 // arrays are too small, which sets the sizes that are needed.
 //
-// To read a dataset: 0, 7, 10 with null arrays for the sizes, 10, 1.
+// To read a dataset: IO_OPEN_PRIMARY, IO_LOCATE_PRIMARY, IO_READ_LOCATED_DS with
+// null arrays for the sizes, IO_READ_LOCATED_DS again, IO_CLOSE_PRIMARY.
 #pragma once
 
 #include "io/Src/Main/io_records.h"
@@ -32,11 +33,12 @@ enum io_request : std::uint32_t {
     IO_READ_LOCATED_DS = 10,
 
     /// The header of the dataset at offsets[0]. 14 if there are more attributes
-    /// than slots; their number is set. The data can then be read by 13.
+    /// than slots; their number is set. The data can then be read by IO_READ_DATA.
     IO_READ_HEADER = 11,
 
-    /// Begins a dataset; offsets[0] becomes its position. To be followed by 14
-    /// and 15; closing the file or writing anything else into it drops it.
+    /// Begins a dataset; offsets[0] becomes its position. To be followed
+    /// by IO_WRITE_DATA and IO_END_DATASET; closing the file or writing anything else into it drops
+    /// it.
     IO_WRITE_HEADER = 12,
     IO_READ_DATA = 13,   ///< the data of the header read last, as stored; once
     IO_WRITE_DATA = 14,  ///< the data of the dataset begun
@@ -56,9 +58,10 @@ enum io_request : std::uint32_t {
     IO_COPY_WHEN0_DS = 19,
     IO_COPY_DS_COMPRESS_WHEN = 20, ///< those with the header's WHEN
     IO_OPEN_TEXT = 39,             ///< `filename`, `access`
-    IO_READ_COMPRESSED = 43,       ///< as 10 without conversion; 30 if not compressed
-    IO_WRITE_COMPRESSED = 44,      ///< as 5; 30 for a format or type that is not compressed
-    IO_READ_INTEGERS = 45,         ///< from the text file, until the array is full
+    IO_READ_COMPRESSED = 43, ///< as IO_READ_LOCATED_DS without conversion; 30 if not compressed
+    IO_WRITE_COMPRESSED =
+        44, ///< as IO_WRITE_PRIMARY_DS; 30 for a format or type that is not compressed
+    IO_READ_INTEGERS = 45, ///< from the text file, until the array is full
     IO_READ_REALS = 46,
     IO_WRITE_TEXT = 48, ///< each string a line
     IO_CLOSE_TEXT = 51,
@@ -66,4 +69,5 @@ enum io_request : std::uint32_t {
 
 /// Carries out a request on the library's own set of files. A null routine
 /// gives 19 and nothing else. No exception leaves it.
-int iocntc(std::uint32_t request, io_error_routine routine, IO_header *header, IO_data *data);
+[[nodiscard]] int iocntc(std::uint32_t request, io_error_routine routine, IO_header *header,
+                         IO_data *data);

@@ -21,7 +21,7 @@ struct format_code
     bool swapped() const { return letter != 'F' && letter != 'l' && letter != 'u'; }
 
     bool has_digit() const { return second >= '0' && second <= '9'; }
-    int level() const { return second - '0'; }
+    [[nodiscard]] int level() const { return second - '0'; }
 
     /// One of U, u, L, l.
     bool binary() const;
@@ -42,13 +42,13 @@ bool iofmt_is_letter(char letter);
 format_code iofmt_parse(std::string_view text);
 
 /// Turns U into u, L into l, d into D and X into x; 15 for another letter.
-int iofmt_make_native(const io_reporter &report, format_code &format);
+[[nodiscard]] int iofmt_make_native(const io_reporter &report, format_code &format);
 
 /// What a new dataset is written in: that of `ZOT_FORMAT` if set, else the
 /// client's (empty: none), else U5; made native. `data_bytes` of 0x60000001
 /// and more turn U into L.
-int iofmt_choose(const io_reporter &report, io_env &env, std::string_view asked,
-                 std::int64_t data_bytes, format_code &format);
+[[nodiscard]] int iofmt_choose(const io_reporter &report, io_env &env, std::string_view asked,
+                               std::int64_t data_bytes, format_code &format);
 
 /// What a deletion writes over a live code; none for any other.
 std::optional<format_code> iofmt_deleted_mark(format_code live);

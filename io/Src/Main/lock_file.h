@@ -11,13 +11,13 @@ enum lock_request : int { IO_UNLOCK = -1, IO_LOCK_READ = 0, IO_LOCK_WRITE = 1 };
 
 /// Does nothing where the file's mode already satisfies the request. 21 with a
 /// message if somebody else's lock is in the way.
-int iif_set_lock(open_file &file, lock_request request);
+[[nodiscard]] int iif_set_lock(open_file &file, lock_request request);
 
 /// Takes back what this process added to the level, whatever the file's mode.
-int release_lock(open_file &file);
+[[nodiscard]] int release_lock(open_file &file);
 
 /// Writes −1 into the lock file of a file that this process holds.
-int write_busy_level(open_file &file);
+[[nodiscard]] int write_busy_level(open_file &file);
 
 struct lock_state
 {

@@ -58,6 +58,7 @@ int guarded(const open_file &file, const char *function, Work work)
 /// Undoes an opening; returns `code`.
 int abandon(open_file &file, int code)
 {
+    // What the opening failed for is the code; nothing has been written yet.
     if (file.io.stream) {
         static_cast<void>(file.io.stream.close());
     }
@@ -145,7 +146,7 @@ int load_index(open_file &file, std::int64_t recorded, std::int64_t size, bool f
             file.stored_index = true;
             return IO_OK;
         }
-        report.error(IO_OK, "iif_open: unable to read the stored index, attempting to rebuild it");
+        report.notice("iif_open: unable to read the stored index, attempting to rebuild it");
     } else if (recorded != size) {
         report.trace(
             "iif_open: filesize has changed (recorded %lld, actual %lld), recreating index\n",
@@ -283,7 +284,7 @@ int become_busy(open_file &file, bool may_create)
                                 " cause: Concurrent access by another program.\n",
                                 name.c_str(), busy_attempts);
         }
-        static_cast<void>(iif_close(file));
+        static_cast<void>(iif_close(file)); // only read so far; it is opened again
         file.env->sleep(busy_wait_ms);
         open_options options;
         options.may_create = may_create;

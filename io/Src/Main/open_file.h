@@ -55,24 +55,25 @@ struct open_options
 /// Access by its first character: "r" to read, "w" and "a" to read and write,
 /// "d" to write if possible, else to read. On failure the file is closed and
 /// no lock is left.
-int iif_open(open_file &file, const char *name, const char *access, open_options options = {});
+[[nodiscard]] int iif_open(open_file &file, const char *name, const char *access,
+                           open_options options = {});
 
 /// Writes the INFO block of a new file (only in memory if opened to read).
-int iif_create_empty(open_file &file);
+[[nodiscard]] int iif_create_empty(open_file &file);
 
 /// Writes index and size if anything changed.
-int iif_flush(open_file &file);
+[[nodiscard]] int iif_flush(open_file &file);
 
 /// Flushes, closes, unlocks; the file is closed even where it fails.
-int iif_close(open_file &file);
+[[nodiscard]] int iif_close(open_file &file);
 
 /// To be called before every request that writes: makes the file writable,
 /// trying for 20 seconds, and locks it.
-int setfilebusyflag(open_file &file, bool may_create = true);
+[[nodiscard]] int setfilebusyflag(open_file &file, bool may_create = true);
 
 /// To be called before the first byte of a change: puts "*CRASH" where the
 /// index stands and cuts the file behind it.
-int begin_change(open_file &file);
+[[nodiscard]] int begin_change(open_file &file);
 
 enum class crash_tag {
     written,

@@ -18,7 +18,8 @@ struct located_start
 };
 
 /// Reads from the format code up to and with the data tag.
-int read_located_dataset_start(open_file &file, std::int64_t position, located_start &start);
+[[nodiscard]] int read_located_dataset_start(open_file &file, std::int64_t position,
+                                             located_start &start);
 
 /// What a reading takes, known before memory is allocated for it.
 struct reading_plan
@@ -32,26 +33,28 @@ struct reading_plan
 /// Plans to read the data at the stream's position, which is start.data, as the
 /// type `asked` (empty: the stored one). A code means that it cannot be read; 14
 /// then is that of a bad type, not a question for room.
-int plan_reading(open_file &file, const located_start &start, std::string_view asked,
-                 reading_plan &plan);
+[[nodiscard]] int plan_reading(open_file &file, const located_start &start, std::string_view asked,
+                               reading_plan &plan);
 
 /// Reads what was planned into the client's arrays. 14 without a message if one
 /// is missing or too small: its size is set, and the stream is where it was. A
 /// failure leaves no data in the arrays.
-int read_planned(open_file &file, const located_start &start, const reading_plan &plan,
-                 IO_data &data);
+[[nodiscard]] int read_planned(open_file &file, const located_start &start,
+                               const reading_plan &plan, IO_data &data);
 
 /// Both.
-int read_data_as(open_file &file, const located_start &start, std::string_view asked,
-                 IO_data &data);
+[[nodiscard]] int read_data_as(open_file &file, const located_start &start, std::string_view asked,
+                               IO_data &data);
 
 /// The same for the dataset at `position`.
-int read_located_dataset_as(open_file &file, std::int64_t position, std::string_view asked,
-                            IO_data &data, located_start &start);
+[[nodiscard]] int read_located_dataset_as(open_file &file, std::int64_t position,
+                                          std::string_view asked, IO_data &data,
+                                          located_start &start);
 
 /// What the header says about the data; 12 or 14 for a type string that is wrong.
 /// The block factor is 100000 where the dataset has none.
-int describe_data(const open_file &file, const located_start &start, data_shape &shape);
+[[nodiscard]] int describe_data(const open_file &file, const located_start &start,
+                                data_shape &shape);
 
 /// The end tag, at the stream's position.
-int read_end_tag(open_file &file, format_code format);
+[[nodiscard]] int read_end_tag(open_file &file, format_code format);

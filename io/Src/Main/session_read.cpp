@@ -61,7 +61,7 @@ void copy_elements(const IO_data &from, const data_type &type, std::int64_t firs
     element_counts per_element = type.counts();
     for (std::size_t i = 0; i < per_element.size(); i++) {
         auto kind = static_cast<element_type>(i);
-        if (kind == IO_STRI) {
+        if (element_of(kind).has_length) {
             for (std::int64_t n = 0; n < count * per_element[i]; n++) {
                 put_string(to, n, get_string(from, first * per_element[i] + n, type.string_slot()));
             }

@@ -35,7 +35,7 @@ std::string_view asked_format(const IO_header &header)
 
 } // namespace
 
-int io_session::write_whole(open_file &file, const char *which, const char *request,
+int io_session::write_whole(open_file &file, const char *which, io_request request,
                             const IO_header &header, const IO_data &data)
 {
     if (int code = check_open(file, which)) {
@@ -61,7 +61,7 @@ int io_session::write_dataset_header(const IO_header &header, IO_data &data)
     if (!header_is_writable(taken)) {
         return report_.error(IO_NO_ROOM, "iocntc: header input is wrong\n");
     }
-    if (int code = make_busy(primary_, "primary", "IO_WRITE_HEADER")) {
+    if (int code = make_busy(primary_, "primary", IO_WRITE_HEADER)) {
         return code;
     }
     begun_dataset begun;
@@ -95,7 +95,7 @@ int io_session::write_data_here(const IO_data &data)
     int code = primary_.io.stream.seek(begun_->next) ? write_data(primary_.io, begun_->shape, data)
                                                      : IO_CANNOT_SEEK;
     if (code != IO_OK) {
-        abort_dataset(primary_, begun_->pending, code);
+        static_cast<void>(abort_dataset(primary_, begun_->pending, code)); // gives it back
         begun_.reset();
         return add_line(code, "iocnt: write data failed\n");
     }
@@ -142,7 +142,7 @@ int io_session::write_compressed_data(const IO_header &header, IO_data &data)
         code = check_compressed(report_, shape.format, shape.type, shape.count);
     }
     if (code == IO_OK) {
-        code = make_busy(primary_, "primary", "IO_WRITE_COMPRESSED");
+        code = make_busy(primary_, "primary", IO_WRITE_COMPRESSED);
     }
     if (code == IO_OK) {
         code = write_dataset(primary_, asked_format(header), taken, data, &pending);
@@ -158,7 +158,7 @@ int io_session::write_compressed_data(const IO_header &header, IO_data &data)
 int io_session::delete_datasets(const IO_header &header)
 {
     // A deletion must not make the file that it finds nothing in.
-    if (int code = make_busy(primary_, "primary", "IO_DELETE_PRIMARY_DS", false)) {
+    if (int code = make_busy(primary_, "primary", IO_DELETE_PRIMARY_DS, false)) {
         return code;
     }
     return add_line(delete_ds(primary_, header.what, header.where, *header.when),
@@ -171,7 +171,7 @@ int io_session::copy_matches(const dataset_name &name)
     if (int code = find_datasets(report_, primary_.index, name.what.c_str(), name.where.c_str(),
                                  name.when, found)) {
         if (code == IO_NOT_FOUND) {
-            report_.error(code, "%s", io_code_text(code));
+            report_.notice("%s", io_code_text(code));
         }
         return code;
     }
@@ -198,7 +198,7 @@ int io_session::copy(const IO_header &header, const IO_data &data)
     if (by_position && !header_is_writable(renamed)) {
         return report_.error(IO_NO_ROOM, "iocntc: header input is wrong\n");
     }
-    if (int code = make_busy(secondary_, "secondary", "IO_COPY_DATASET")) {
+    if (int code = make_busy(secondary_, "secondary", IO_COPY_DATASET)) {
         return code;
     }
     int code = by_position ? copy_dataset(primary_, data.offsets[0], secondary_, &name)

@@ -59,7 +59,7 @@ void append_entry(std::string &line, const type_entry &entry, const IO_data &dat
         case IO_DBLE:
             zotappendReal(line, data.doubles[i]);
             break;
-        default:
+        case IO_LOGL:
             zotappendIntr(line, data.logicals[i] != 0);
             break;
         }
@@ -117,9 +117,10 @@ int store_item(zot_io &io, const type_entry &entry, std::string_view item, IO_da
         return zotparseReal(item, data.reals[at]) ? IO_OK : bad_item(io, item);
     case IO_DBLE:
         return zotparseReal(item, data.doubles[at]) ? IO_OK : bad_item(io, item);
-    default:
+    case IO_LOGL:
         return zotparseLogl(item, data.logicals[at]) ? IO_OK : bad_item(io, item);
     }
+    return IO_UNKNOWN_ERROR;
 }
 
 int store_entry(zot_io &io, const type_entry &entry, std::string_view &line, IO_data &data,
@@ -144,8 +145,8 @@ std::size_t line_limit(const data_type &type)
 {
     std::int64_t sum = 0;
     for (const type_entry &entry : type.entries) {
-        auto item = entry.type == IO_STRI ? static_cast<std::int64_t>(entry.length)
-                                          : static_cast<std::int64_t>(real_text_max);
+        auto item = element_of(entry.type).has_length ? static_cast<std::int64_t>(entry.length)
+                                                      : static_cast<std::int64_t>(real_text_max);
         sum += entry.values() * (item + 1);
     }
     return static_cast<std::size_t>(sum);
@@ -178,11 +179,36 @@ int read_formatted(zot_io &io, const data_shape &shape, IO_data &data)
     return IO_OK;
 }
 
-/// Writes or reads `count` numbers of an entry in the dataset's byte order.
-int write_numbers(zot_io &io, const data_shape &shape, const type_entry &entry, const IO_data &data,
-                  std::int64_t start)
+int write_string(zot_io &io, const type_entry &entry, const IO_data &data, std::int64_t at)
+{
+    auto length = static_cast<std::size_t>(entry.length);
+    std::string text(get_string(data, at, length));
+    text.resize(length, ' ');
+    return io.stream.write(text.data(), length) ? IO_OK : io_write_code();
+}
+
+int write_chars(zot_io &io, const type_entry &entry, const IO_data &data, std::int64_t start)
+{
+    bool written = io.stream.write(data.chars + start, static_cast<std::size_t>(entry.count));
+    return written ? IO_OK : io_write_code();
+}
+
+int read_chars(zot_io &io, const type_entry &entry, IO_data &data, std::int64_t start)
+{
+    auto bytes = static_cast<std::size_t>(entry.count);
+    std::size_t got = io.stream.read(data.chars + start, bytes);
+    return got == bytes ? IO_OK : zotshortRead(io, "read_data", got, bytes);
+}
+
+/// Writes or reads the values of an entry, numbers in the dataset's byte order.
+int write_entry(zot_io &io, const data_shape &shape, const type_entry &entry, const IO_data &data,
+                std::int64_t start)
 {
     switch (entry.type) {
+    case IO_STRI:
+        return write_string(io, entry, data, start);
+    case IO_CHAR:
+        return write_chars(io, entry, data, start);
     case IO_INTR:
         return zotwriteIntr(io, shape.format, data.integers + start, entry.count);
     case IO_REAL:
@@ -191,17 +217,19 @@ int write_numbers(zot_io &io, const data_shape &shape, const type_entry &entry, 
         return zotwriteDble(io, shape.format, data.doubles + start, entry.count);
     case IO_LOGL:
         return zotwriteLogl(io, shape.format, data.logicals + start, entry.count);
-    default:
-        return io.stream.write(data.chars + start, static_cast<std::size_t>(entry.count))
-                   ? IO_OK
-                   : io_write_code();
     }
+    return IO_UNKNOWN_ERROR;
 }
 
-int read_numbers(zot_io &io, const data_shape &shape, const type_entry &entry, IO_data &data,
-                 std::int64_t start)
+int read_entry(zot_io &io, const data_shape &shape, const type_entry &entry, IO_data &data,
+               std::int64_t start)
 {
     switch (entry.type) {
+    case IO_STRI:
+        return zotreadSlot(io, string_slot(data, start), string_slot_bytes(data) - 1,
+                           static_cast<std::size_t>(entry.length));
+    case IO_CHAR:
+        return read_chars(io, entry, data, start);
     case IO_INTR:
         return zotreadIntr(io, shape.format, data.integers + start, entry.count);
     case IO_REAL:
@@ -210,20 +238,8 @@ int read_numbers(zot_io &io, const data_shape &shape, const type_entry &entry, I
         return zotreadDble(io, shape.format, data.doubles + start, entry.count);
     case IO_LOGL:
         return zotreadLogl(io, shape.format, data.logicals + start, entry.count);
-    default: {
-        auto bytes = static_cast<std::size_t>(entry.count);
-        std::size_t got = io.stream.read(data.chars + start, bytes);
-        return got == bytes ? IO_OK : zotshortRead(io, "read_data", got, bytes);
     }
-    }
-}
-
-int write_string(zot_io &io, const type_entry &entry, const IO_data &data, std::int64_t at)
-{
-    auto length = static_cast<std::size_t>(entry.length);
-    std::string text(get_string(data, at, length));
-    text.resize(length, ' ');
-    return io.stream.write(text.data(), length) ? IO_OK : io_write_code();
+    return IO_UNKNOWN_ERROR;
 }
 
 } // namespace
@@ -236,10 +252,7 @@ int write_structure(zot_io &io, const data_shape &shape, const IO_data &data)
     array_cursor cursor;
     for (std::int32_t record = 0; record < shape.count; record++) {
         for (const type_entry &entry : shape.type.entries) {
-            std::int64_t start = cursor.take(entry);
-            int code = entry.type == IO_STRI ? write_string(io, entry, data, start)
-                                             : write_numbers(io, shape, entry, data, start);
-            if (code != IO_OK) {
+            if (int code = write_entry(io, shape, entry, data, cursor.take(entry))) {
                 return code;
             }
         }
@@ -253,14 +266,9 @@ int read_structure(zot_io &io, const data_shape &shape, IO_data &data)
         return read_formatted(io, shape, data);
     }
     array_cursor cursor;
-    std::size_t room = string_slot_bytes(data) - 1;
     for (std::int32_t record = 0; record < shape.count; record++) {
         for (const type_entry &entry : shape.type.entries) {
-            std::int64_t start = cursor.take(entry);
-            int code = entry.type == IO_STRI ? zotreadSlot(io, string_slot(data, start), room,
-                                                           static_cast<std::size_t>(entry.length))
-                                             : read_numbers(io, shape, entry, data, start);
-            if (code != IO_OK) {
+            if (int code = read_entry(io, shape, entry, data, cursor.take(entry))) {
                 return code;
             }
         }

@@ -3,7 +3,7 @@
 
 #include "io/Src/Main/data_io.h"
 
-int write_structure(zot_io &io, const data_shape &shape, const IO_data &data);
+[[nodiscard]] int write_structure(zot_io &io, const data_shape &shape, const IO_data &data);
 
 /// 18 where an item of a line has no ESC behind it.
-int read_structure(zot_io &io, const data_shape &shape, IO_data &data);
+[[nodiscard]] int read_structure(zot_io &io, const data_shape &shape, IO_data &data);

@@ -163,14 +163,14 @@ int abort_dataset(open_file &file, const pending_dataset &pending, int code)
     case crash_tag::written:
         break;
     case crash_tag::not_reached:
-        report.error(code, "write_dataset abort: fseek failed");
+        report.notice("write_dataset abort: fseek failed");
         break;
     case crash_tag::not_written:
-        report.error(code, "write_dataset abort: can't write file end tag\n");
+        report.notice("write_dataset abort: can't write file end tag\n");
         break;
     }
     if (!file.io.stream.seek(pending.position)) {
-        report.error(code, "write_dataset abort: second fseek failed");
+        report.notice("write_dataset abort: second fseek failed");
     }
     return code;
 }
@@ -191,7 +191,7 @@ int write_dataset(open_file &file, std::string_view asked_format, const dataset_
         return code;
     }
     if (int code = write_data(file.io, shape, data)) {
-        file.report->error(code, "write_dataset: can't write dataset data\n");
+        file.report->notice("write_dataset: can't write dataset data\n");
         return abort_dataset(file, pending, code);
     }
     int code = end_dataset(file, pending);

@@ -19,20 +19,22 @@ struct pending_dataset
 /// Fills in format and shape for a header that is to be written: the format
 /// asked for or the default, the type parsed, the block factor as it goes out.
 /// Everything that can be refused without touching the file is refused here.
-int prepare_dataset(open_file &file, std::string_view asked_format, dataset_header header,
-                    pending_dataset &pending, data_shape &shape);
+[[nodiscard]] int prepare_dataset(open_file &file, std::string_view asked_format,
+                                  dataset_header header, pending_dataset &pending,
+                                  data_shape &shape);
 
 /// Starts a dataset at the index position: format code and a length of zero
 /// in one write, then tag and header, then the data tag.
-int begin_dataset(open_file &file, pending_dataset &pending);
+[[nodiscard]] int begin_dataset(open_file &file, pending_dataset &pending);
 
 /// End tag, lengths, "*CRASH", index line.
-int end_dataset(open_file &file, pending_dataset &pending);
+[[nodiscard]] int end_dataset(open_file &file, pending_dataset &pending);
 
 /// Puts "*CRASH" where the dataset began; returns `code`.
-int abort_dataset(open_file &file, const pending_dataset &pending, int code);
+[[nodiscard]] int abort_dataset(open_file &file, const pending_dataset &pending, int code);
 
 /// All of it. The file has been made writable by setfilebusyflag(). `written`
 /// may be null.
-int write_dataset(open_file &file, std::string_view asked_format, const dataset_header &header,
-                  const IO_data &data, pending_dataset *written = nullptr);
+[[nodiscard]] int write_dataset(open_file &file, std::string_view asked_format,
+                                const dataset_header &header, const IO_data &data,
+                                pending_dataset *written = nullptr);

@@ -4,18 +4,24 @@
 
 #include "io/Src/Main/zot_primitives.h"
 
-int zotwriteIntr(zot_io &io, format_code format, const std::int32_t *values, std::int64_t count);
-int zotreadIntr(zot_io &io, format_code format, std::int32_t *values, std::int64_t count);
+[[nodiscard]] int zotwriteIntr(zot_io &io, format_code format, const std::int32_t *values,
+                               std::int64_t count);
+[[nodiscard]] int zotreadIntr(zot_io &io, format_code format, std::int32_t *values,
+                              std::int64_t count);
 
-int zotwriteReal(zot_io &io, format_code format, const float *values, std::int64_t count);
-int zotreadReal(zot_io &io, format_code format, float *values, std::int64_t count);
+[[nodiscard]] int zotwriteReal(zot_io &io, format_code format, const float *values,
+                               std::int64_t count);
+[[nodiscard]] int zotreadReal(zot_io &io, format_code format, float *values, std::int64_t count);
 
-int zotwriteDble(zot_io &io, format_code format, const double *values, std::int64_t count);
-int zotreadDble(zot_io &io, format_code format, double *values, std::int64_t count);
+[[nodiscard]] int zotwriteDble(zot_io &io, format_code format, const double *values,
+                               std::int64_t count);
+[[nodiscard]] int zotreadDble(zot_io &io, format_code format, double *values, std::int64_t count);
 
 /// A logical is a byte, 0 or 1; any other byte of a file reads as 1.
-int zotwriteLogl(zot_io &io, format_code format, const std::uint8_t *values, std::int64_t count);
-int zotreadLogl(zot_io &io, format_code format, std::uint8_t *values, std::int64_t count);
+[[nodiscard]] int zotwriteLogl(zot_io &io, format_code format, const std::uint8_t *values,
+                               std::int64_t count);
+[[nodiscard]] int zotreadLogl(zot_io &io, format_code format, std::uint8_t *values,
+                              std::int64_t count);
 
 /// Single numbers in the text form: appends "%10d" and "%20.11E".
 void zotappendIntr(std::string &line, std::int32_t value);

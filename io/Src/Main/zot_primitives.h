@@ -26,37 +26,42 @@ struct zot_io
 
 /// Formatted: cut at `width`, LF or NUL, filled with blanks, LF. Binary: the
 /// text's bytes.
-int zotwriteString(zot_io &io, format_code format, std::string_view text, std::size_t width);
+[[nodiscard]] int zotwriteString(zot_io &io, format_code format, std::string_view text,
+                                 std::size_t width);
 
 /// A binary string of `width` bytes into a client's slot that holds `room`
 /// characters and a NUL: cut to that, and without trailing white space.
-int zotreadSlot(zot_io &io, char *slot, std::size_t room, std::size_t width);
+[[nodiscard]] int zotreadSlot(zot_io &io, char *slot, std::size_t room, std::size_t width);
 
 /// Without trailing white space if formatted, else exactly `width` bytes. 14 if
 /// the line is longer than `width`, 10 if the file ends.
-int zotreadString(zot_io &io, format_code format, std::size_t width, std::string &text);
+[[nodiscard]] int zotreadString(zot_io &io, format_code format, std::size_t width,
+                                std::string &text);
 
 /// At most `most` characters, with their count in front in binary formats.
-int zotwriteHdrString(zot_io &io, format_code format, std::string_view text, std::size_t most);
+[[nodiscard]] int zotwriteHdrString(zot_io &io, format_code format, std::string_view text,
+                                    std::size_t most);
 
 /// Without trailing white space. 14 for a count that is negative or above `most`.
-int zotreadHdrString(zot_io &io, format_code format, std::size_t most, std::string &text);
+[[nodiscard]] int zotreadHdrString(zot_io &io, format_code format, std::size_t most,
+                                   std::string &text);
 
 /// 15 where the format or its width cannot hold the value, and for the deleted marks.
-int zotwriteOffset(zot_io &io, format_code format, std::int64_t offset);
+[[nodiscard]] int zotwriteOffset(zot_io &io, format_code format, std::int64_t offset);
 
 /// 10 if the file ends or the text is no number.
-int zotreadOffset(zot_io &io, format_code format, std::int64_t &offset);
+[[nodiscard]] int zotreadOffset(zot_io &io, format_code format, std::int64_t &offset);
 
 /// The bytes that zotwriteOffset() writes.
 std::int64_t zotoffsetBytes(const zot_io &io, format_code format);
 
 /// One 4-byte integer, as stands before header strings.
-int zotwriteCount(zot_io &io, format_code format, std::int32_t count);
-int zotreadCount(zot_io &io, format_code format, std::int32_t &count);
+[[nodiscard]] int zotwriteCount(zot_io &io, format_code format, std::int32_t count);
+[[nodiscard]] int zotreadCount(zot_io &io, format_code format, std::int32_t &count);
 
 /// 10, with errno's text if the read failed, else saying how much was missing.
-int zotshortRead(const zot_io &io, const char *function, std::size_t got, std::size_t expected);
+[[nodiscard]] int zotshortRead(const zot_io &io, const char *function, std::size_t got,
+                               std::size_t expected);
 
 /// `text` without white space at its end.
 std::string_view zottrimEnd(std::string_view text);
