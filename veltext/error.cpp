@@ -5,9 +5,13 @@
 namespace veltext {
 
 Error::Error(const std::string &file, std::size_t line, const std::string &sentence)
-    : velEditor::error(file + (line ? ':' + std::to_string(line) : "") + ": " + sentence),
-      sentence_(sentence), line_(line)
+    : velEditor::error(placeText(file, line) + sentence), sentence_(sentence), line_(line)
 {
+}
+
+std::string placeText(const std::string &file, std::size_t line)
+{
+    return file + (line ? ':' + std::to_string(line) : "") + ": ";
 }
 
 void require(const char *message, const std::string &where)

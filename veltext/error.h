@@ -29,6 +29,10 @@ private:
     std::size_t line_ = 0;
 };
 
+/// "FILE:LINE: ", with which a message about a place in a file begins; "FILE: "
+/// if `line` is 0.
+[[nodiscard]] std::string placeText(const std::string &file, std::size_t line);
+
 /// Throws an Error with the message of a database call, with `where` and a colon
 /// before it; null passes.
 void require(const char *message, const std::string &where = {});

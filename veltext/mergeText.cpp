@@ -12,11 +12,6 @@ namespace veltext {
 
 namespace {
 
-std::string lineEndOf(const SourceText &source)
-{
-    return source.lineCount() > 0 && source.line(0).ends_with('\r') ? "\r\n" : "\n";
-}
-
 std::string bytesOf(const SourceText &source, LineRange lines)
 {
     const std::size_t begin = source.lineStart(lines.first);
@@ -49,15 +44,13 @@ std::string linesOf(const SourceText &source, LineRange lines, const std::string
 
 std::string indentOf(const SourceText &source, const Place &place)
 {
-    const std::string_view line = source.line(place.lines.first);
-    return std::string(line.substr(0, std::min(line.find_first_not_of(" \t"), line.size())));
+    return std::string(leadingBlanks(source.line(place.lines.first)));
 }
 
 /// Whether the line holds a remark and nothing else.
 bool isRemarkLine(std::string_view line)
 {
-    const std::size_t begin = line.find_first_not_of(" \t");
-    return begin != std::string_view::npos && line[begin] == '#';
+    return velTrim(line).starts_with('#');
 }
 
 /// A node and all below it as text; its header has this indent.
@@ -99,7 +92,7 @@ class Editor
 {
 public:
     Editor(const MergeTexts &texts, const MergeTrees &trees, const std::vector<MergeStep> &steps)
-        : texts_(texts), trees_(trees), lineEnd_(lineEndOf(texts.ours)),
+        : texts_(texts), trees_(trees), lineEnd_(texts.ours.lineEnd(0)),
           inBase_(texts.base, trees.base, nodesOf(steps, {&MergeStep::base})),
           inOurs_(texts.ours, trees.ours,
                   nodesOf(steps, {&MergeStep::ours, &MergeStep::oursParent, &MergeStep::behind})),
@@ -218,7 +211,7 @@ private:
 class LineJoiner
 {
 public:
-    explicit LineJoiner(std::string lineEnd) : lineEnd_(std::move(lineEnd)) {}
+    explicit LineJoiner(std::string_view lineEnd) : lineEnd_(lineEnd) {}
 
     void add(std::string_view text)
     {
@@ -268,7 +261,7 @@ MergedText::MergedText(const MergeTexts &texts, const MergeTrees &trees,
 
 std::string MergedText::render(Resolution resolution, std::size_t markerSize) const
 {
-    LineJoiner text(lineEndOf(ours_));
+    LineJoiner text(ours_.lineEnd(0));
     std::size_t line = 0;
     for (const LineEdit &edit : edits_) {
         text.add(bytesOf(ours_, {line, edit.first - line}));
@@ -284,7 +277,7 @@ std::string MergedText::render(Resolution resolution, std::size_t markerSize) co
 
 std::string wholeConflict(const SourceText &ours, const SourceText &theirs, std::size_t markerSize)
 {
-    LineJoiner text(lineEndOf(ours));
+    LineJoiner text(ours.lineEnd(0));
     text.addConflict(allLinesOf(ours), allLinesOf(theirs), markerSize);
     return byteOrderMarkOf(ours) + text.take();
 }

@@ -27,11 +27,9 @@ public:
     void replace(std::string_view bytes) const;
 
     /// FILE.bak, beside the name as given.
-    [[nodiscard]] std::string backupName() const { return name_ + ".bak"; }
+    [[nodiscard]] std::string backupName() const;
 
 private:
-    void keepBackup() const;
-
     std::string name_; ///< as given
     FileLock lock_;
 };

@@ -1,5 +1,8 @@
 #include "veltext/sourceText.h"
 
+#include "velapilt/src/velSpace.h"
+
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -37,6 +40,11 @@ std::string_view SourceText::parsedLine(std::size_t line) const
     return text.substr(0, text.find('\0'));
 }
 
+std::string_view SourceText::lineEnd(std::size_t line) const
+{
+    return line < lineCount() && this->line(line).ends_with('\r') ? "\r\n" : "\n";
+}
+
 velArray SourceText::parsedLines() const
 {
     velArray lines(velArrayKind::Strings);
@@ -45,6 +53,19 @@ velArray SourceText::parsedLines() const
             throw std::bad_alloc();
     }
     return lines;
+}
+
+std::string_view leadingBlanks(std::string_view line)
+{
+    const auto end = std::find_if_not(line.begin(), line.end(), velIsSpace);
+    return line.substr(0, static_cast<std::size_t>(end - line.begin()));
+}
+
+bool isContainer(std::string_view bytes)
+{
+    constexpr std::string_view start = "*INFO";
+    static_assert(start.size() == containerStartLength);
+    return bytes.starts_with(start);
 }
 
 std::size_t byteOrderMarkLength(std::string_view bytes)

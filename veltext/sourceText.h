@@ -33,6 +33,9 @@ public:
     /// As the parser sees it.
     [[nodiscard]] std::string_view parsedLine(std::size_t line) const;
 
+    /// "\r\n" if the line ends so, else "\n", also for a line that is not there.
+    [[nodiscard]] std::string_view lineEnd(std::size_t line) const;
+
     /// The lines as the database takes them. Throws bad_alloc.
     [[nodiscard]] velArray parsedLines() const;
 
@@ -41,6 +44,16 @@ private:
     std::size_t firstLine_; ///< where the first line begins
     std::vector<std::size_t> starts_;
 };
+
+/// White space at the beginning of a line.
+[[nodiscard]] std::string_view leadingBlanks(std::string_view line);
+
+/// How many first bytes of a file tell whether it is a container.
+inline constexpr std::size_t containerStartLength = 5;
+
+/// Whether a file that begins with these bytes is a def or res file, whose
+/// command data is not at hand as text.
+[[nodiscard]] bool isContainer(std::string_view bytes);
 
 /// Length of the byte order mark at the start of the bytes, 0 without one.
 [[nodiscard]] std::size_t byteOrderMarkLength(std::string_view bytes);

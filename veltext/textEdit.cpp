@@ -43,7 +43,7 @@ public:
     using Stated = StatementTree::Stated;
 
     explicit EditWriter(const TextEdit &edit)
-        : edit_(edit), source_(edit.source_), lineEnd_(lineEndOf(0))
+        : edit_(edit), source_(edit.source_), lineEnd_(source_.lineEnd(0))
     {
     }
 
@@ -66,11 +66,6 @@ private:
     std::size_t behind(LineRange lines) const
     {
         return source_.lineStart(lines.first + lines.count);
-    }
-
-    std::string lineEndOf(std::size_t line) const
-    {
-        return line < source_.lineCount() && source_.line(line).ends_with('\r') ? "\r\n" : "\n";
     }
 
     /// New assignments go behind the last one of the block, new objects to its

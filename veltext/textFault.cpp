@@ -2,6 +2,8 @@
 
 #include "velapilt/src/velSpace.h"
 #include "velapilt/src/velapilt.h"
+#include "veltext/error.h"
+#include "veltext/mergeText.h"
 #include "veltext/statement.h"
 
 #include <vector>
@@ -10,9 +12,6 @@ namespace veltext {
 
 namespace {
 
-constexpr std::string_view containerStart = "*INFO";
-constexpr std::size_t usualMarkerSize = 7;
-
 /// Seven or more times the same sign, alone or followed by a blank.
 bool isConflictMarker(std::string_view line)
 {
@@ -20,11 +19,6 @@ bool isConflictMarker(std::string_view line)
         return false;
     const std::size_t size = std::min(line.find_first_not_of(line[0]), line.size());
     return size >= usualMarkerSize && (size == line.size() || velIsSpace(line[size]));
-}
-
-std::size_t indentOf(std::string_view line)
-{
-    return std::min(line.find_first_not_of(" \t"), line.size());
 }
 
 /// The sentence for a line that nobody meant as a statement; else empty.
@@ -68,7 +62,8 @@ public:
 private:
     void noteEnd(std::size_t line)
     {
-        if (suspectEnd_ > 0 || indentOf(text_.line(line)) >= indentOf(text_.line(open_.back())))
+        if (suspectEnd_ > 0 || leadingBlanks(text_.line(line)).size() >=
+                                   leadingBlanks(text_.line(open_.back())).size())
             return;
         suspectHeader_ = open_.back();
         suspectEnd_ = line;
@@ -92,7 +87,7 @@ velHandlePtr handleWithLibraries()
 
 std::optional<TextFault> findFault(const SourceText &text, velHandle *handle)
 {
-    if (text.bytes().starts_with(containerStart))
+    if (isContainer(text.bytes()))
         return TextFault{.message = "this is a def or res file where a text is expected; take its "
                                     "command data out with veltool extract",
                          .isExplained = true};
@@ -112,7 +107,7 @@ std::optional<TextFault> findFault(const SourceText &text, velHandle *handle)
 
 std::string placed(const std::string &file, const TextFault &fault)
 {
-    return file + (fault.line ? ':' + std::to_string(fault.line) : "") + ": " + fault.message;
+    return placeText(file, fault.line) + fault.message;
 }
 
 std::string explainRefusal(const std::string &file, const std::string &message)

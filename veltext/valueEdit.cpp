@@ -128,7 +128,7 @@ private:
         for (std::size_t line = lines.first; line < lastLine; ++line)
             style_.width = std::max(style_.width, velTrimEnd(source_.line(line)).size());
         style_.indent = leadingBlanks(source_.line(lines.first + 1));
-        style_.lineEnd = source_.line(lines.first).ends_with('\r') ? "\r\n" : "\n";
+        style_.lineEnd = source_.lineEnd(lines.first);
         style_.entryEach = pieces_.size() > 2;
         for (std::size_t i = 0; i + 1 < pieces_.size(); ++i)
             style_.entryEach = style_.entryEach && isOneEntry(piece(i));
@@ -209,12 +209,6 @@ Splice firstValue(const SourceText &source, std::size_t behindEquals, std::strin
 }
 
 } // namespace
-
-std::string_view leadingBlanks(std::string_view line)
-{
-    const auto end = std::find_if_not(line.begin(), line.end(), velIsSpace);
-    return line.substr(0, static_cast<std::size_t>(end - line.begin()));
-}
 
 std::string_view guardOf(std::string_view value)
 {

@@ -41,7 +41,4 @@ struct Splice
 /// The bytes of the source with the splice made.
 [[nodiscard]] std::string spliced(const SourceText &source, const Splice &splice);
 
-/// White space at the beginning of a line.
-[[nodiscard]] std::string_view leadingBlanks(std::string_view line);
-
 } // namespace veltext

@@ -3,6 +3,7 @@
 #include "veleditor/src/SpareFile.h"
 #include "veleditor/src/TextFile.h"
 #include "velparser/api/velparser.h"
+#include "veltext/backup.h"
 #include "veltext/error.h"
 #include "veltext/folder.h"
 #include "veltext/readFile.h"
@@ -47,48 +48,6 @@ private:
     bool known_ = false;
     std::filesystem::perms permissions_ = std::filesystem::perms::unknown;
 };
-
-bool isSameFile(const std::string &one, const std::string &other)
-{
-    std::error_code unknown;
-    return std::filesystem::equivalent(one, other, unknown) && !unknown;
-}
-
-bool isLink(const std::string &file)
-{
-    std::error_code unknown;
-    return std::filesystem::is_symlink(file, unknown);
-}
-
-/// Whether a file may be moved: devices, pipes and the links in /dev that stand
-/// for open files belong to the system. One that has gone is for the move to
-/// find out.
-bool isMovable(const std::string &file)
-{
-    struct stat status = {};
-    if (::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
-        return false;
-    return !isLink(file) || !isSameFile(std::filesystem::path(file).parent_path().string(), "/dev");
-}
-
-/// Moves the loaded file aside and gives the name that it has then: none if it
-/// is still where it was. An earlier save that fell short may have moved it.
-std::string moveAside(const std::string &loaded, const std::string &backup)
-{
-    std::error_code unknown;
-    if (!isMovable(loaded))
-        return {};
-    const bool isBackup = isSameFile(loaded, backup);
-    if (isBackup && isLink(loaded))
-        return {}; // the link would take the place of the data that it leads to
-    // A move between two names of one file does nothing.
-    const bool isSecondName = isBackup && !isLink(backup);
-    if (isSecondName ? ::unlink(loaded.c_str()) == 0
-                     : std::rename(loaded.c_str(), backup.c_str()) == 0)
-        return backup;
-    const bool isGone = !std::filesystem::exists(loaded, unknown);
-    return isGone && std::filesystem::exists(backup, unknown) ? backup : std::string();
-}
 
 void writeLines(TextFile &file, const velStringList &lines)
 {
@@ -207,9 +166,11 @@ private:
 /// file has the loaded data, or where the target leads to that name.
 std::string nameForFormer(const std::string &loaded, const std::string &target, bool isMoved)
 {
-    std::string name = target + ".bak";
-    const bool leadsThere = isLink(target) && isSameFile(target, name);
-    const bool isWanted = isSameFile(target, isMoved ? name : loaded);
+    std::string name = veltext::backupNameOf(target);
+    std::error_code unknown;
+    const bool leadsThere =
+        std::filesystem::is_symlink(target, unknown) && veltext::isSameFile(target, name);
+    const bool isWanted = veltext::isSameFile(target, isMoved ? name : loaded);
     return isWanted && !leadsThere ? name : std::string();
 }
 
@@ -256,7 +217,9 @@ SaveResult create(const std::string &target, const Permissions &permissions,
 SaveResult writeCommandFile(const std::string &loaded, const std::string &target)
 {
     const Permissions permissions(loaded);
-    const std::string backup = moveAside(loaded, target + ".bak");
+    const std::string name = veltext::backupNameOf(target);
+    const bool isMoved = veltext::makeBackup(loaded, name, veltext::Backup::Move);
+    const std::string backup = isMoved ? name : std::string();
     std::error_code unknown;
     const bool isThere = std::filesystem::exists(target, unknown) || unknown;
     SaveResult result = isThere ? overwrite(loaded, target, permissions, backup)

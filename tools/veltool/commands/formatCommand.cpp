@@ -6,6 +6,7 @@
 #include "tools/veltool/support/fileLoop.h"
 #include "tools/veltool/support/input.h"
 #include "tools/veltool/support/output.h"
+#include "veltext/backup.h"
 #include "veltext/replaceFile.h"
 #include "veltext/statementTree.h"
 
@@ -62,7 +63,7 @@ private:
         const std::string text = formatted(handle.get(), file);
         if (output_.empty() || output_ == standardInput)
             out() << text;
-        else if (isSameFile(file, output_))
+        else if (isItself(file))
             return formatInPlace(file);
         else
             veltext::writeFile(output_, text);
@@ -122,11 +123,11 @@ private:
         return text;
     }
 
-    static bool isSameFile(const std::string &a, const std::string &b)
+    /// Whether the output would go to a regular file that is also read.
+    [[nodiscard]] bool isItself(const std::string &file) const
     {
         std::error_code error;
-        return std::filesystem::equivalent(a, b, error) && !error &&
-               std::filesystem::is_regular_file(a, error);
+        return veltext::isSameFile(file, output_) && std::filesystem::is_regular_file(file, error);
     }
 
     std::string width_;

@@ -14,8 +14,6 @@ namespace veltool {
 
 namespace {
 
-constexpr std::string_view containerStart = "*INFO";
-
 bool isRegularFile(const std::string &file)
 {
     std::error_code error;
@@ -42,8 +40,7 @@ veltext::SourceText readContainer(const std::string &path, const std::string &fi
 
 FileKind kindOf(std::string_view firstBytes)
 {
-    return firstBytes.substr(0, containerStart.size()) == containerStart ? FileKind::Container
-                                                                         : FileKind::Text;
+    return veltext::isContainer(firstBytes) ? FileKind::Container : FileKind::Text;
 }
 
 FileKind kindOfFile(const std::string &file)
@@ -51,7 +48,7 @@ FileKind kindOfFile(const std::string &file)
     if (!isRegularFile(file))
         return FileKind::Text;
     std::ifstream in(file, std::ios::binary);
-    std::string start(containerStart.size(), '\0');
+    std::string start(veltext::containerStartLength, '\0');
     in.read(start.data(), static_cast<std::streamsize>(start.size()));
     return kindOf(start);
 }

@@ -1,0 +1,92 @@
+#include "veltext/backup.h"
+
+#include "veltext/error.h"
+#include "veltext/readFile.h"
+#include "veltext/temporaryFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace veltext {
+
+namespace {
+
+bool isLink(const std::string &file)
+{
+    std::error_code unknown;
+    return std::filesystem::is_symlink(file, unknown);
+}
+
+/// Whether a file may be moved: devices, pipes and the links in /dev that stand
+/// for open files belong to the system. One that has gone is for the move to
+/// find out.
+bool isMovable(const std::string &file)
+{
+    struct stat status = {};
+    if (::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+        return false;
+    return !isLink(file) || !isSameFile(std::filesystem::path(file).parent_path().string(), "/dev");
+}
+
+bool moveTo(const std::string &backup, const std::string &file)
+{
+    if (!isMovable(file))
+        return false;
+    const bool isBackup = isSameFile(file, backup);
+    if (isBackup && isLink(file))
+        return false; // the link would take the place of the data that it leads to
+    // A move between two names of one file does nothing.
+    const bool isSecondName = isBackup && !isLink(backup);
+    if (isSecondName ? ::unlink(file.c_str()) == 0 : std::rename(file.c_str(), backup.c_str()) == 0)
+        return true;
+    // An earlier save that fell short may have moved it.
+    std::error_code unknown;
+    const bool isGone = !std::filesystem::exists(file, unknown);
+    return isGone && std::filesystem::exists(backup, unknown);
+}
+
+/// A second name for the same file costs nothing. Where there are no such names,
+/// and for files of others, it is a copy.
+void addName(const std::string &backup, const std::string &file)
+{
+    TemporaryFile temporary(backup, backup);
+    ::unlink(temporary.name().c_str());
+    if (::link(file.c_str(), temporary.name().c_str()) == 0) {
+        temporary.rename(backup);
+        return;
+    }
+    struct stat status = {};
+    if (::stat(file.c_str(), &status) != 0)
+        throw systemError(backup, errno);
+    TemporaryFile copy(backup, backup);
+    copy.copyOwner(status);
+    copy.fill(readBytes(file), status.st_mode);
+    copy.rename(backup);
+}
+
+} // namespace
+
+std::string backupNameOf(const std::string &file)
+{
+    return file + ".bak";
+}
+
+bool makeBackup(const std::string &file, const std::string &backup, Backup way)
+{
+    if (way == Backup::Move)
+        return moveTo(backup, file);
+    addName(backup, file);
+    return true;
+}
+
+bool isSameFile(const std::string &one, const std::string &other)
+{
+    std::error_code unknown;
+    return std::filesystem::equivalent(one, other, unknown) && !unknown;
+}
+
+} // namespace veltext
