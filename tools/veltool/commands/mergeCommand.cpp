@@ -1,11 +1,4 @@
 // veltool merge: three-way, by path, in OURS as its author wrote it.
-//
-// 1. What is the same byte for byte needs no reading.
-// 2. The trees say what is to be done and what is in conflict.
-// 3. The text of OURS is edited, nothing else.
-// 4. Read anew, with each side in place of the conflicts, it gives the trees
-//    that are wanted; else all of the file is one conflict.
-// 5. The result is written.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/loadFiles.h"
@@ -13,11 +6,13 @@
 #include "veltext/fileLock.h"
 #include "veltext/mergeText.h"
 #include "veltext/replaceFile.h"
-#include "veltext/treeDiff.h"
+#include "veltext/veltext.h"
 
 #include <filesystem>
 #include <iterator>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace veltool {
 
@@ -25,28 +20,10 @@ namespace {
 
 constexpr int longestMarker = 1000;
 
-/// Why a step is a conflict.
-std::string reason(const veltext::MergeStep &step)
-{
-    if (!step.theirs)
-        return "changed in ours, deleted in theirs";
-    if (!step.ours)
-        return "deleted in ours, changed in theirs";
-    return step.base ? "changed on both sides" : "added on both sides, not the same";
-}
-
 bool isRegularFile(const std::string &file)
 {
     std::error_code error;
     return std::filesystem::is_regular_file(file, error);
-}
-
-/// Whether the text parses, and holds what the tree does.
-bool holds(const veltext::SourceText &text, velHandle *tree)
-{
-    const velHandlePtr handle = newHandle();
-    const velArray lines = text.parsedLines();
-    return !parseVELData(handle.get(), &lines, 0) && veltext::haveSameData(handle.get(), tree);
 }
 
 class MergeTask : public Task
@@ -70,87 +47,31 @@ public:
         std::optional<veltext::FileLock> lock;
         if (isRegularFile(output_))
             lock.emplace(output_);
-        const veltext::SourceText base = readText(words[0]);
-        const veltext::SourceText ours = readText(words[1]);
-        const veltext::SourceText theirs = readText(words[2]);
-        velHandlePtr trees[] = {newHandle(), newHandle(), newHandle()};
-        const veltext::SourceText *const texts[] = {&base, &ours, &theirs};
-        for (std::size_t i = 0; i < std::size(trees); ++i) {
-            parseText(trees[i].get(), *texts[i], words[i]);
-            requireShallow(trees[i].get(), words[i]);
+        veltext::SourceText sources[] = {readText(words[0]), readText(words[1]),
+                                         readText(words[2])};
+        std::vector<veltext::CommandText> texts;
+        for (std::size_t i = 0; i < std::size(sources); ++i) {
+            texts.emplace_back(std::move(sources[i]), words[i]);
+            requireShallow(texts[i].tree(), words[i]);
         }
-        return merge({base, ours, theirs}, {trees[0].get(), trees[1].get(), trees[2].get()});
+        return finish(veltext::merge(texts[0], std::move(texts[1]), texts[2],
+                                     static_cast<std::size_t>(markerSize_)));
     }
 
 private:
-    int merge(const veltext::MergeTexts &texts, const veltext::MergeTrees &trees)
+    int finish(const veltext::Merge &merge) const
     {
-        const std::string &base = texts.base.bytes();
-        const std::string &ours = texts.ours.bytes();
-        const std::string &theirs = texts.theirs.bytes();
-        if (ours == base || theirs == base || ours == theirs) {
-            write(ours == base ? theirs : ours);
-            return statusGood;
-        }
-        const std::vector<veltext::MergeStep> steps = veltext::planMerge(trees);
-        const veltext::MergedText merged(texts, trees, steps);
-        const std::vector<Conflict> conflicts = conflictsOf(steps);
-        const veltext::SourceText result(merged.render(veltext::Resolution::Marked, markerSize_));
-        if (!isAsWanted(merged, trees, steps)) {
-            write(veltext::wholeConflict(texts.ours, texts.theirs, markerSize_));
+        write(merge.bytes);
+        if (merge.isOneConflict) {
             report(name_ + ": cannot be merged statement by statement; all of it is in conflict");
             return statusFindings;
         }
-        write(result.bytes());
-        for (const Conflict &conflict : conflicts)
+        for (const veltext::MergeConflict &conflict : merge.conflicts)
             report(name_ + ": " + conflict.path + ": " + conflict.reason);
-        if (const std::size_t lost = veltext::countLostRemarks(texts.base, texts.theirs, result))
-            report(name_ +
-                   ": remarks of theirs that are not in the result: " + std::to_string(lost));
-        return conflicts.empty() ? statusGood : statusFindings;
-    }
-
-    struct Conflict
-    {
-        std::string path;
-        std::string reason;
-    };
-
-    static std::vector<Conflict> conflictsOf(const std::vector<veltext::MergeStep> &steps)
-    {
-        std::vector<Conflict> conflicts;
-        for (const veltext::MergeStep &step : steps) {
-            if (step.kind == veltext::StepKind::Conflict)
-                conflicts.push_back({step.path, reason(step)});
-        }
-        return conflicts;
-    }
-
-    /// Changes the tree of OURS: first by what is clear, then by what is not.
-    static bool isAsWanted(const veltext::MergedText &merged, const veltext::MergeTrees &trees,
-                           const std::vector<veltext::MergeStep> &steps)
-    {
-        if (steps.empty())
-            return true;
-        take(steps, veltext::StepKind::Take, trees);
-        if (!holds(veltext::SourceText(merged.render(veltext::Resolution::Ours)), trees.ours))
-            return false;
-        return !take(steps, veltext::StepKind::Conflict, trees) ||
-               holds(veltext::SourceText(merged.render(veltext::Resolution::Theirs)), trees.ours);
-    }
-
-    /// Gives whether there is any step of this kind.
-    static bool take(const std::vector<veltext::MergeStep> &steps, veltext::StepKind kind,
-                     const veltext::MergeTrees &trees)
-    {
-        bool isAny = false;
-        for (const veltext::MergeStep &step : steps) {
-            if (step.kind != kind)
-                continue;
-            veltext::takeTheirs(trees, step.path);
-            isAny = true;
-        }
-        return isAny;
+        if (merge.lostRemarks > 0)
+            report(name_ + ": remarks of theirs that are not in the result: " +
+                   std::to_string(merge.lostRemarks));
+        return merge.conflicts.empty() ? statusGood : statusFindings;
     }
 
     void write(const std::string &bytes) const
