@@ -201,6 +201,15 @@ TEST_F(ShippedTopics, describeTheFieldsOfRules)
         EXPECT_TRUE(fields->text.contains(QStringLiteral("\n| `%1` | ").arg(field))) << field;
 }
 
+TEST_F(ShippedTopics, explainTheFindings)
+{
+    const Topic *findings = topics.find("Findings");
+    ASSERT_NE(nullptr, findings);
+    for (const char *identifier : {"missing-parameter", "wrong-unit", "rules-in-data", "bad-rule"})
+        EXPECT_TRUE(findings->text.contains(QStringLiteral("\n### %1\n").arg(identifier)))
+            << identifier;
+}
+
 // A page for every rule, as a plain look at the library counts them.
 TEST_F(ShippedTopics, coverTheWholeRuleLibrary)
 {

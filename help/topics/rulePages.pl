@@ -1,8 +1,8 @@
 #!/usr/bin/perl
 # Writes the help pages that come from the rule libraries: one for each type of
-# object, one for each help topic that several of them name, two lists, and the
-# fields that rules may state. A topic that a single type names leads to the page of
-# that type.
+# object, one for each help topic that several of them name, two lists, the fields
+# that rules may state, and the findings. A topic that a single type names leads to
+# the page of that type.
 #
 #     perl -I build/perl rulePages.pl FOLDER LIBRARY...
 #
@@ -17,6 +17,7 @@ use Encode ();
 use File::Glob qw(bsd_glob);
 
 use API;
+use VEL::Findings;
 use VEL::Rules::Fields;
 
 # The rules of the libraries. They are the only rules in that database.
@@ -263,6 +264,19 @@ sub fields_page () {
         . join '', map { "## $_->[1]\n\n$_->[2]\n\n" . join('', VEL::Rules::Fields::document($_->[0])) . "\n" } @KINDS;
 }
 
+sub findings_page () {
+    my $text = "<!-- chapter: Guide; order: 85 -->\n# Findings\n\n"
+        . "A finding ends with an identifier in brackets. It says what kind of mistake it is, in the\n"
+        . "editor and in `veltool`.\n\n";
+    my $group = '';
+    for my $entry (VEL::Findings::entries()) {
+        $text .= "## $entry->{group}\n\n" if $entry->{group} ne $group;
+        $group = $entry->{group};
+        $text .= "### $entry->{identifier}\n\n$entry->{explanation}\n";
+    }
+    return $text;
+}
+
 # --- The run -----------------------------------------------------------------------
 
 my ($folder, @files) = @ARGV;
@@ -286,3 +300,4 @@ write_page($folder, 'topic-' . slug($_), topic_page($rules, $_, @{ $of_topic{$_}
 write_page($folder, 'all-objects', types_page($rules, @types));
 write_page($folder, 'all-parameters', parameters_page($rules, @types));
 write_page($folder, 'fields-of-rules', fields_page());
+write_page($folder, 'findings', findings_page());

@@ -4,6 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Findings qw(problem);
 use VEL::Suggest qw(nearest);
 use VEL::Value qw($NUMBER);
 
@@ -56,13 +57,19 @@ sub looks_like_one ($text) {
 
 =item C<fault($text, $known, $used)>
 
-What is wrong with the expression as the end of a sentence, or C<undef>.
+What is wrong with the expression, a problem of L<VEL::Findings>, or C<undef>.
 C<$known> is a hash whose keys are the names that may be used; those that are
 used are pushed onto the array C<$used>, where given.
 
 =cut
 
 sub fault ($text, $known, $used = undef) {
+    my @fault = _fault($text, $known, $used) or return undef;
+    return problem(@fault, value => $text);
+}
+
+# The key of the sentence, and what it is about.
+sub _fault ($text, $known, $used) {
     my $depth = 0;
     pos($text) = 0;
     while (pos($text) < length $text) {
@@ -70,19 +77,18 @@ sub fault ($text, $known, $used = undef) {
         next if $text =~ /\G$NUMBER\s*\[[^\[\]]*\]/gc || $text =~ /\G$NUMBER/gc;
         if ($text =~ /\G\(/gc) { $depth++; next }
         if ($text =~ /\G\)/gc) {
-            return 'has a ")" without a "("' if --$depth < 0;
+            return 'unopened' if --$depth < 0;
             next;
         }
         next if $text =~ m{\G[-+*/^,<>=&|!]}gc;
         if ($text =~ /\G($NAME)/gc) {
-            my $fault = _name_fault(\$text, $1, $known, $used);
-            return $fault if defined $fault;
-            next;
+            my @fault = _name_fault(\$text, $1, $known, $used) or next;
+            return @fault;
         }
         $text =~ /\G(.)/gcs;
-        return qq(holds "$1", which no expression may hold);
+        return ('odd-character', character => $1);
     }
-    return $depth > 0 ? 'lacks a ")"' : undef;
+    return $depth > 0 ? 'unclosed' : ();
 }
 
 # Looks at the name that has just been read. A name may hold brackets, so the
@@ -90,23 +96,16 @@ sub fault ($text, $known, $used = undef) {
 sub _name_fault ($text, $name, $known, $used) {
     $name =~ s/\s+$//;
     if ($$text =~ /\G\s*(?=\()/gc) {
-        return undef if $FUNCTION{$name};
-        return qq(uses the unknown function "$name") . _hint($name, @FUNCTIONS);
+        return $FUNCTION{$name} ? () : ('unknown-function', name => $name, near => nearest($name, @FUNCTIONS));
     }
     if (!exists $known->{$name} && $name =~ /^([^\[]*?)\s*\[[^\]]*\]?$/ && exists $known->{$1}) {
         $name = $1;
     }
     if (exists $known->{$name}) {
         push @$used, $name if $used;
-        return undef;
+        return;
     }
-    return qq(uses "$name", which /LIBRARY/EXPRESSIONS does not define)
-        . _hint($name, sort keys %$known);
-}
-
-sub _hint ($word, @known) {
-    my $nearest = nearest($word, @known);
-    return defined $nearest ? "; did you mean $nearest?" : '';
+    return ('unknown-expression', name => $name, near => nearest($name, sort keys %$known));
 }
 
 =back

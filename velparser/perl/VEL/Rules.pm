@@ -5,6 +5,7 @@ use warnings;
 use feature 'signatures';
 
 use VEL::Record qw(finding_line);
+use VEL::Findings qw(compose);
 use VEL::Rules::Fields;
 use VEL::Rules::Review;
 use VEL::Rules::Source;
@@ -201,8 +202,7 @@ sub _inherit ($self, $rule, $passed) {
     if (!$base || $passed->{ $base->{path} }) {
         delete $rule->{fields}{'Inherits'};
         my $near = $base ? undef : $self->{source}->near_type($type);
-        $self->{source}->fault($at, $base ? "inherits itself through $from"
-            : "there is no rule $from" . (defined $near ? "; did you mean $near?" : ''));
+        $self->{source}->fault($at, compose($base ? 'inherits-itself' : 'inherits-nothing', rule => $from, near => $near));
         return $rule;
     }
     return $rule->{resolved} = _combine($self->_inherit($base, $passed), $rule);

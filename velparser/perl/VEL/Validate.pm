@@ -6,8 +6,9 @@ use feature 'signatures';
 
 use Scalar::Util qw(weaken);
 
+use VEL::Findings qw(problem finding compose);
 use VEL::Model;
-use VEL::Record qw(finding finding_lines);
+use VEL::Record qw(finding_lines);
 use VEL::Suggest qw(nearest);
 use VEL::Units;
 use VEL::Version;
@@ -129,7 +130,7 @@ sub _findings_of_parameter ($self, $path) {
     $path = $self->{model}->full_path($path);
     my $value;
     my $error = $self->{database}->getStringValue($path, \$value);
-    return finding($path, 'there is no such parameter', 'no-such-object')
+    return finding($path, problem('no-parameter-here'))
         if $error || $self->{database}->isObject($path);
     my ($owner, $name) = VEL::Model::split_path($path);
     @$self{qw(used doubts meant)} = ([], {}, {});
@@ -194,13 +195,11 @@ sub _object_findings ($self, $path, $names) {
 # Told with the top level, as the walk of the program passes /RULES over.
 sub _rules_findings ($self) {
     return if !$self->{model}->has_rules_in_data;
-    return finding('/RULES', 'these rules have no effect; only a rule library can state rules', 'rules-in-data');
+    return finding('/RULES', problem('rules-in-data'));
 }
 
 sub _no_object ($self, $path) {
-    return finding($path, 'this is a parameter, not an object', 'wrong-type')
-        if $self->{database}->havePath($path);
-    return finding($path, 'there is no such object', 'no-such-object');
+    return finding($path, problem($self->{database}->havePath($path) ? 'no-object' : 'no-object-here'));
 }
 
 # Below an object of unknown type nothing can be said. The last answer is kept:
@@ -225,14 +224,11 @@ sub _is_known_chain ($self, $path) {
 sub _unknown_object ($self, $path, $parent, $component) {
     my $rules = $self->{model}->rules;
     my ($word, $name) = split /:/, $component, 2;
-    if ($rules->type(defined $name ? 'SINGLETON' : 'OBJECT', $word)) {
-        my $right = defined $name ? qq(takes no name; write "$word:") : qq(needs a name; write "$word: name");
-        return finding($path, "$word $right", 'unknown-object');
-    }
+    return finding($path, problem(defined $name ? 'takes-no-name' : 'needs-name', type => $word))
+        if $rules->type(defined $name ? 'SINGLETON' : 'OBJECT', $word);
     my $outer = $parent eq '/' ? undef : $self->{model}->type_of($parent);
     my $near  = $self->_meant_type($word, $outer ? $self->{model}->variant_at($parent, $outer) : undef);
-    return finding($path, qq(no rule describes an object of type "$word")
-        . (defined $near ? "; did you mean $near?" : ''), 'unknown-object');
+    return finding($path, problem('unknown-object', type => $word, near => $near));
 }
 
 # The type that a mistyped one stands for: if possible, one that the parent, an object
@@ -248,8 +244,8 @@ sub _place_findings ($self, $path, $parent, $type) {
     if ($parents) {
         my $outer = $parent eq '/' ? undef : $self->{model}->type_of($parent);
         my $place = $outer ? $outer->{type} : '/';
-        return finding($path, "$word may not stand " . _place_name($place) . '; it belongs '
-                . join(' or ', map { _place_name($_) } sort keys %$parents), 'wrong-parent')
+        return finding($path, problem('wrong-parent', type => $word, place => VEL::Findings::place_name($place),
+                places => [ map { VEL::Findings::place_name($_) } sort keys %$parents ]))
             if !$parents->{$place};
         return $self->_not_now($path, $parent, $outer, $word)
             if $outer && !$self->{model}->variant_at($parent, $outer)->{objects}{$word};
@@ -257,13 +253,11 @@ sub _place_findings ($self, $path, $parent, $type) {
     return defined $type->{maximum} ? $self->_count_findings($path, $type) : ();
 }
 
-sub _place_name ($place) { return $place eq '/' ? 'at the top level' : "in $place" }
-
 sub _not_now ($self, $path, $parent, $outer, $word) {
     my @cases = $outer->cases_with([ 'required_objects', 'optional_objects' ], $word);
     return if $self->_is_doubtful($parent, $outer, @cases);
-    return finding($path, "$word is not allowed in this $outer->{type}" . _needs(@cases), 'not-allowed',
-        $self->_switches($parent, @cases));
+    my $problem = problem('object-not-allowed', type => $word, parent => $outer->{type}, conditions => _conditions(@cases));
+    return finding($path, $problem, $self->_switches($parent, @cases));
 }
 
 # Whether one of these cases waits for a parameter whose own value is a finding, or
@@ -314,10 +308,9 @@ sub _meant_name ($variant, $name) {
     return $meant->{$name} = $hints->find($name);
 }
 
-# "; it needs Kind = Inlet, Outlet": under which cases something would be right.
-sub _needs (@cases) {
-    return '' if !@cases;
-    return '; it needs ' . join ' or ', map { "$_->{parameter} = " . join ', ', @{ $_->{values} } } @cases;
+# Under which cases something would be right, such as "Kind = Inlet, Outlet".
+sub _conditions (@cases) {
+    return [ map { compose('condition', parameter => $_->{parameter}, values => $_->{values}) } @cases ];
 }
 
 # The paths of the parameters that these cases wait for, as far as they are there.
@@ -340,14 +333,14 @@ sub _holding ($variant, @cases) {
 
 sub _count_findings ($self, $path, $type) {
     return if !$self->{model}->is_beyond_count($path, $type);
-    return finding($path, "only $type->{maximum} $type->{type} may stand here; this one is beyond", 'too-many',
+    return finding($path, problem('too-many', maximum => $type->{maximum}, type => $type->{type}),
         $self->{model}->first_of_type($path, $type));
 }
 
 sub _parameter_findings ($self, $owner, $name, $value) {
     my $model = $self->{model};
     return if $model->rules->is_empty;
-    return finding("/$name", qq(the top level holds objects only), 'unknown-parameter') if $owner eq '/';
+    return finding("/$name", problem('parameter-at-top')) if $owner eq '/';
     return if !$self->_is_known_chain($owner);
     my $type = $model->type_of($owner);
     return $self->_value_findings($owner, $name, $value, $type, $model->variant_at($owner, $type));
@@ -361,8 +354,7 @@ sub _value_findings ($self, $path, $name, $value, $type, $variant) {
     my @problems = $parameter->problems($value, $self->_asker) or return;
     # A case may have changed what the value may be.
     my @switches = $self->_switches($path, grep { $_->{own}{$name} } @{ $variant->{cases} });
-    return map { finding("$path/$name", $_->[1], $_->[0], @switches, $self->_meant_objects($parameter, $_->[2])) }
-        @problems;
+    return map { finding("$path/$name", $_, @switches, $self->_meant_objects($parameter, $_->{object})) } @problems;
 }
 
 # The path of the object that a misspelt name stands for.
@@ -386,12 +378,12 @@ sub _asker ($self) {
 sub _unknown_parameter ($self, $path, $name, $type, $variant) {
     my @cases = $type->cases_with([ 'required', 'optional' ], $name);
     return if $self->_is_doubtful($path, $type, @cases);
-    return finding("$path/$name", qq($type->{type} does not use "$name" here) . _needs(@cases),
-        'unknown-parameter', $self->_switches($path, @cases)) if @cases;
+    my %what = (type => $type->{type}, name => $name);
+    return finding("$path/$name", problem('parameter-of-case', %what, conditions => _conditions(@cases)),
+        $self->_switches($path, @cases)) if @cases;
     my $near = _meant_name($variant, $name);
     $self->{meant}{$near} = 1 if defined $near;
-    return finding("$path/$name", qq($type->{type} has no parameter "$name")
-        . (defined $near ? "; did you mean $near?" : ''), 'unknown-parameter');
+    return finding("$path/$name", problem('unknown-parameter', %what, near => $near));
 }
 
 # A name that is there, but misspelt, is a finding already.
@@ -400,10 +392,10 @@ sub _missing_findings ($self, $path, $type, $variant, $names) {
     if (@{ $variant->{required} }) {
         my %missing = map { $_ => 1 } @{ $variant->{required} };
         delete @missing{ @$names, keys %{ $self->{meant} } };
-        push @findings, map { finding($path, qq(required parameter "$_" is missing), 'missing-parameter',
+        push @findings, map { finding($path, problem('missing-parameter', name => $_),
             $self->_demanding($path, $type, $variant, 'required', $_)) } grep { $missing{$_} } @{ $variant->{required} };
     }
-    return (@findings, map { finding($path, "required object $_ is missing", 'missing-object',
+    return (@findings, map { finding($path, problem('missing-object', type => $_),
         $self->_demanding($path, $type, $variant, 'required_objects', $_)) } $self->_missing_types($path, $variant));
 }
 
@@ -423,8 +415,7 @@ sub _version_findings ($self, $path) {
     my $stated;
     $self->{database}->getStringValue("$path/Version", \$stated);
     return if !defined $stated || VEL::Version::compare($stated, $version) <= 0;
-    return finding("$path/Version",
-        "the data is in version $stated, newer than version $version of the rules", 'newer-version');
+    return finding("$path/Version", problem('newer-version', stated => $stated, version => $version));
 }
 
 # --- Marks ------------------------------------------------------------------

@@ -3,10 +3,16 @@ use warnings;
 use Test::More;
 
 use VEL::Expression;
+use VEL::Findings qw(sentence);
 
 my %known = map { $_ => 1 } 'Speed', 'Inlet Area', 'T[1]', 'Rate 2';
 
-sub fault { return VEL::Expression::fault($_[0], \%known) // 'none' }
+# What is wrong, without the text itself before it.
+sub fault {
+    my ($text, $names) = @_;
+    my $problem = VEL::Expression::fault($text, $names // \%known) // return 'none';
+    return sentence($problem) =~ s/^"\Q$text\E" //r;
+}
 
 is fault('Speed * Inlet Area'),             'none', 'names may hold blanks';
 is fault('2 * (Speed + 1 [m s^-1])'),       'none', 'brackets behind a number are a unit';
@@ -39,7 +45,7 @@ VEL::Expression::fault('Rate 2 [s] * 3', \%known, \my @with_unit);
 is_deeply \@with_unit, ['Rate 2'], 'without a unit behind them';
 
 my %alike = map { $_ => 1 } map { "Speed $_" } 'a' .. 'j';
-is VEL::Expression::fault('Speed z', \%alike),
+is fault('Speed z', \%alike),
     'uses "Speed z", which /LIBRARY/EXPRESSIONS does not define; did you mean Speed a?', 'of several hints the first';
 
 for my $function (@VEL::Expression::FUNCTIONS) {
@@ -48,8 +54,8 @@ for my $function (@VEL::Expression::FUNCTIONS) {
 
 # A function's name is followed by a parenthesis, a parameter's is not.
 my %both = (step => 1, Speed => 1);
-is VEL::Expression::fault('2 * step + step(Speed)', \%both), undef, 'a parameter may have the name of a function';
-is VEL::Expression::fault('Speed (2)', \%both), 'uses the unknown function "Speed"', 'a parameter is no function';
-like VEL::Expression::fault('2 * sqrt', \%both), qr/^uses "sqrt", which .* does not define/, 'nor the reverse';
+is fault('2 * step + step(Speed)', \%both), 'none', 'a parameter may have the name of a function';
+is fault('Speed (2)', \%both), 'uses the unknown function "Speed"', 'a parameter is no function';
+like fault('2 * sqrt', \%both), qr/^uses "sqrt", which .* does not define/, 'nor the reverse';
 
 done_testing;

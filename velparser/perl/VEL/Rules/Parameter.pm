@@ -7,6 +7,7 @@ use feature 'signatures';
 use List::Util qw(max min);
 
 use VEL::Expression;
+use VEL::Findings qw(problem sentence compose);
 use VEL::Rules::Fields;
 use VEL::Suggest;
 use VEL::Units;
@@ -84,15 +85,15 @@ sub _find_faults ($self) {
         my (undef, $unit) = quantity($text);
         my $units = $self->{units} // '1';
         next if defined $unit ? VEL::Units::is_convertible($unit, $units) : $self->_may_be_bare;
-        push @faults, [ ucfirst "$bound Bound", defined $unit ? "$text is not in a unit of the quantity"
-            : "$text has no unit; write it as $text [$units]" ];
+        push @faults, [ ucfirst "$bound Bound",
+            compose(defined $unit ? 'bound-of-other-quantity' : 'bound-without-unit', value => $text, units => $units) ];
     }
-    push @faults, [ 'Upper Bound', "$self->{upper} leaves nothing above the lower bound $self->{lower}" ]
+    push @faults, [ 'Upper Bound', compose('empty-range', upper => $self->{upper}, lower => $self->{lower}) ]
         if !@faults && $self->_is_empty_range;
     push @faults,
-        [ 'Maximum Entries', "$self->{maximum} is less than the $self->{minimum} that must be there" ]
+        [ 'Maximum Entries', compose('empty-count', maximum => $self->{maximum}, minimum => $self->{minimum}) ]
         if defined $self->{minimum} && defined $self->{maximum} && $self->{minimum} > $self->{maximum};
-    return (@faults, map { [ 'Default', $_->[1] ] } $self->_default_problems(!@faults));
+    return (@faults, map { [ 'Default', sentence($_) ] } $self->_default_problems(!@faults));
 }
 
 # Whether a number needs no unit: there is none, or it is that of a plain number.
@@ -117,9 +118,8 @@ sub _default_problems ($self, $bounds) {
 
 =item C<problems($text, $asker)>
 
-What is wrong with a value: a list of C<[identifier, sentence]>, with the name of
-the object that is meant as a third entry where a misspelt one is known. The asker is
-a hash of
+What is wrong with a value: a list of problems of L<VEL::Findings>, with the name of
+the C<object> that is meant where a misspelt one is known. The asker is a hash of
 
     units, bounds    whether these are checked
     objects          sub (types): the names of the objects there are, as a hash
@@ -138,24 +138,24 @@ sub problems ($self, $text, $asker) {
     my @wrong   = map { $self->_entry_problems($_, $asker) } @entries;
     return (@count, @wrong) if !@wrong || $text !~ /;/;
     # The entries are not what they would be with the right separator.
-    my ($identifier, $sentence, $object) = @{ shift @wrong };
-    return ([ $identifier, "$sentence; the entries of a list are separated by commas", $object ], @wrong);
+    $wrong[0]{within} = 'separate-entries';
+    return @wrong;
 }
 
 sub _count_problems ($self, $count) {
-    my $given = $count == 1 ? '1 entry is given' : "$count entries are given";
-    return [ 'too-few-entries', "$given, at least $self->{minimum} must be" ]
+    return problem('too-few-entries', _given($count), minimum => $self->{minimum})
         if defined $self->{minimum} && $count < $self->{minimum};
-    return [ 'too-many-entries', "$given, at most $self->{maximum} may be" ]
+    return problem('too-many-entries', _given($count), maximum => $self->{maximum})
         if defined $self->{maximum} && $count > $self->{maximum};
     return;
 }
 
+sub _given ($count) { return $count == 1 ? (one => $count) : (count => $count) }
+
 sub _entry_problems ($self, $text, $asker) {
     return if $self->{allowed} && $self->{allowed}{$text};
     return $self->_object_problems($text, $asker) if $self->{objects};
-    return [ 'not-allowed', qq("$text" is not allowed here) . $self->_instead($text) ]
-        if $self->{values};
+    return problem('value-not-allowed', value => $text, $self->_instead($text)) if $self->{values};
     return if $self->{type} eq 'String';
     return $self->_logical_problems($text) if $self->{type} eq 'Logical';
     return $self->_number_problems($text, $asker);
@@ -163,7 +163,7 @@ sub _entry_problems ($self, $text, $asker) {
 
 sub _instead ($self, $text) {
     my $nearest = $self->_near_value($text);
-    return defined $nearest ? "; did you mean $nearest?" : _allowed(@{ $self->{values} });
+    return defined $nearest ? (near => $nearest) : _allowed(@{ $self->{values} });
 }
 
 sub _near_value ($self, $text) {
@@ -173,7 +173,7 @@ sub _near_value ($self, $text) {
 
 sub _allowed (@known) {
     my @shown = @known > 12 ? (@known[ 0 .. 11 ], '...') : @known;
-    return '; allowed ' . (@known > 1 ? 'are ' : 'is ') . join ', ', @shown;
+    return @known > 1 ? (values => \@shown) : (only => $known[0] // '');
 }
 
 sub _object_problems ($self, $text, $asker) {
@@ -186,22 +186,21 @@ sub _object_problems ($self, $text, $asker) {
     my $value   = $self->{values} ? $self->_near_value($text) : undef;
     my $object  = defined $value ? undef : $names->{hints}->find($text);
     my $nearest = $value // $object;
-    my $types   = join ' or ', @{ $self->{objects} };
-    return [ 'no-such-object', qq(there is no $types named "$text")
-            . (@known > 1 || (@known && !defined $nearest) ? _allowed(@known)
-                : @known ? '' : '; give the name of an existing one')
-            . (defined $nearest ? "; did you mean $nearest?" : ''), $object ];
+    my $problem = problem(@known ? 'no-such-object' : 'no-object-at-all', value => $text, types => $self->{objects},
+        near => $nearest, @known > 1 || !defined $nearest ? _allowed(@known) : ());
+    $problem->{object} = $object;
+    return $problem;
 }
 
 sub _logical_problems ($self, $text) {
     return if defined logical($text);
-    return [ 'wrong-type', qq("$text" is neither Yes nor No) ];
+    return problem('no-logical', value => $text);
 }
 
 sub _number_problems ($self, $text, $asker) {
     my ($number, $unit) = quantity($text);
     return $self->_text_problems($text, $asker) if !defined $number;
-    return [ 'wrong-type', qq("$text" is not a whole number such as 10) ]
+    return problem('no-integer', value => $text)
         if $self->{type} eq 'Integer' && !is_integer($number);
     if ($asker->{units}) {
         my @problems = $self->_unit_problems($text, $number, $unit);
@@ -212,28 +211,25 @@ sub _number_problems ($self, $text, $asker) {
 
 # Something that is not a plain number: an expression, or plain text.
 sub _text_problems ($self, $text, $asker) {
-    my $wanted = $self->{type} eq 'Integer' ? 'a whole number such as 10' : 'a number';
-    return [ 'wrong-type', qq("$text" is not $wanted) ] if $self->{type} eq 'Integer';
+    return problem('no-integer', value => $text) if $self->{type} eq 'Integer';
     my $known = $asker->{expressions}->();
     if ($self->{expressions} && VEL::Expression::is_name($text) && $known->{$text}) {
         push @{ $asker->{used} }, $text if $asker->{used};
         return;
     }
-    return [ 'wrong-type', qq("$text" is not $wanted) . $self->_number_hint($text) ]
+    return $self->_no_number($text)
         if !VEL::Expression::looks_like_one($text) || _lacks_brackets($text);
-    return [ 'bad-expression', qq("$text" is an expression; a plain number must be given here) ]
-        if !$self->{expressions};
-    my $fault = VEL::Expression::fault($text, $known, $asker->{used});
-    return defined $fault ? [ 'bad-expression', qq("$text" $fault) ] : ();
+    return problem('expression', value => $text) if !$self->{expressions};
+    return VEL::Expression::fault($text, $known, $asker->{used}) // ();
 }
 
-# What the writer of something that is no number may have meant.
-sub _number_hint ($self, $text) {
-    return '; the decimal sign is a point' if $text =~ /^[+-]?[0-9]+,[0-9]+\s*(?:\[|\z)/;
-    return '' if $self->_may_be_bare;
-    my $units = $self->{units};
+# With what the writer of something that is no number may have meant.
+sub _no_number ($self, $text) {
+    return problem('decimal-comma', value => $text) if $text =~ /^[+-]?[0-9]+,[0-9]+\s*(?:\[|\z)/;
+    return problem('no-number', value => $text) if $self->_may_be_bare;
     my ($number, $unit) = _lacks_brackets($text);
-    return defined $unit ? "; the unit stands in brackets: $number [$unit]" : " such as 1 [$units]";
+    my %hint = defined $unit ? (number => $number, unit => $unit) : (units => $self->{units});
+    return problem('no-number', value => $text, %hint);
 }
 
 # Number and unit of a text such as "3 m s^-1".
@@ -245,19 +241,18 @@ sub _lacks_brackets ($text) {
 sub _unit_problems ($self, $text, $number, $unit) {
     my $units = $self->{units};
     return if $self->{unitless};
-    return [ 'wrong-unit', qq("$text" has a bracket that does not close) ] if ref $unit;
+    return problem('open-bracket', value => $text) if ref $unit;
     if (!defined $units) {
         return if !defined $unit;
-        return [ 'wrong-unit', qq("$text" carries a unit, but this is a plain number; write $number) ];
+        return problem('needless-unit', value => $text, number => $number);
     }
     if (!defined $unit) {
         return if $self->_may_be_bare;
-        return [ 'missing-unit', "$number has no unit; write it as $number [$units]" ];
+        return problem('missing-unit', number => $number, units => $units);
     }
     return if VEL::Units::is_convertible($unit, $units);
-    my $instead = "give it in [$units] or a unit of the same quantity";
-    return [ 'wrong-unit', "the unit of $text does not exist; $instead" ] if !VEL::Units::exists_unit($unit);
-    return [ 'wrong-unit', "$text is in a unit of another quantity; $instead" ];
+    my $key = VEL::Units::exists_unit($unit) ? 'other-quantity' : 'unknown-unit';
+    return problem($key, value => $text, units => $units);
 }
 
 sub _bound_problems ($self, $text, $number, $unit) {
@@ -265,15 +260,13 @@ sub _bound_problems ($self, $text, $number, $unit) {
     return if ref $unit || $self->{unitless};
     my $units = $self->{units} // '1';
     my $value = _measure($number, $unit, $units) // return;
-    for my $side ([ lower => 'below', 'greater', -1 ], [ upper => 'above', 'less', 1 ]) {
-        my ($name, $where, $than, $sign) = @$side;
+    for my $side ([ lower => 'below-bound', 'on-lower-bound', -1 ], [ upper => 'above-bound', 'on-upper-bound', 1 ]) {
+        my ($name, $beyond, $on, $sign) = @$side;
         next if !defined $self->{$name};
         my $bound = $self->{"${name}_value"} //= _measure(quantity($self->{$name}), $units) // next;
         my $side_of_bound = _compare($value, $bound);
-        return [ "$where-bound", "$text is $where the $name bound $self->{$name}" ]
-            if $side_of_bound == $sign;
-        return [ "$where-bound", "$text must be $than than the $name bound $self->{$name}" ]
-            if $self->{exclusive} && $side_of_bound == 0;
+        return problem($beyond, value => $text, bound => $self->{$name}) if $side_of_bound == $sign;
+        return problem($on, value => $text, bound => $self->{$name}) if $self->{exclusive} && $side_of_bound == 0;
     }
     return;
 }

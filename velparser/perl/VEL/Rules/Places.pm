@@ -4,7 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
-use VEL::Value qw(split_list);
+use VEL::Findings qw(compose);
 
 =head1 NAME
 
@@ -62,7 +62,7 @@ sub _nowhere ($self, $block, $type) {
     my $listed = $self->{listed}{ $type->{type} } // {};
     return if grep { $listed->{$_} || $self->_is_faulty($_) } keys %$parents;
     my $path = exists $block->{fields}{'Parents'} ? "$block->{path}/Parents" : $block->{path};
-    return [ $path, 'no list of ' . join(' or ', sort keys %$parents) . " names $type->{type}" ];
+    return [ $path, compose('unlisted-type', parents => [ sort keys %$parents ], type => $type->{type}) ];
 }
 
 # What is at fault already says nothing about places.
@@ -77,8 +77,8 @@ sub _contradictions ($self, $block, $type, $part) {
     for my $word (@{ $part->{required_objects} }) {
         my $parents = $self->{parents}{$word} // {};
         next if $parents->{ $type->{type} } || $self->{anywhere}{$word} || $self->_is_faulty($word);
-        push @faults, [ $path, "$word may not stand in $type->{type}; it belongs "
-            . join ' or ', map { $_ eq '/' ? 'at the top level' : "in $_" } sort keys %$parents ];
+        push @faults, [ $path, compose('misplaced-object', type => $word, parent => $type->{type},
+            places => [ map { VEL::Findings::place_name($_) } sort keys %$parents ]) ];
     }
     return @faults;
 }

@@ -4,6 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Findings qw(compose);
 use VEL::Rules::Fields;
 use VEL::Rules::Heirs;
 use VEL::Rules::Places;
@@ -93,7 +94,7 @@ sub _is_open ($self, $block) {
 # Data would be brought to a version that it does not state afterwards.
 sub _review_upgrade ($self, $block) {
     my $version = $self->{rules}->version // return;
-    $self->_fault($block->{path}, "is later than Language Version $version")
+    $self->_fault($block->{path}, compose('later-upgrade', version => $version))
         if VEL::Version::compare($block->{name}, $version) > 0;
     return;
 }
@@ -105,7 +106,7 @@ sub _twice ($block) {
         for my $what ('Parameters', 'Objects') {
             my $optional = $part->{fields}{"Optional $what"} // next;
             my %required = map { $_ => 1 } split_list($part->{fields}{"Required $what"});
-            push @faults, map { [ "$part->{path}/Optional $what", qq("$_" is required already) ] }
+            push @faults, map { [ "$part->{path}/Optional $what", compose('named-twice', name => $_) ] }
                 grep { $required{$_} } split_list($optional);
         }
     }
@@ -168,8 +169,7 @@ sub _review_fields ($self, $rule, $parameter) {
     push @wrong, 'lists' if !$parameter->{list};
     for my $what (@wrong) {
         my ($first, @others) = grep { exists $rule->{fields}{$_} } @{ $ONLY_FOR{$what} } or next;
-        $self->_fault("$rule->{path}/$first", "means something for $what only; this is a $is"
-            . (@others ? ' (the same is true of ' . join(' and ', map { qq("$_") } @others) . ')' : ''));
+        $self->_fault("$rule->{path}/$first", compose('useless-field', what => $what, type => $is, others => \@others));
     }
     return;
 }
@@ -195,7 +195,7 @@ sub _review_names ($self, $block, $type) {
 sub _not_listed ($name, $lists) {
     my $hints = $lists->{hints} //= VEL::Suggest->new($lists->{all}->());
     my $near  = $hints->find($name);
-    return qq(no list of $lists->{type} names "$name") . (defined $near ? "; did you mean $near?" : '');
+    return compose('unlisted-parameter', type => $lists->{type}, name => $name, near => $near);
 }
 
 sub _review_case ($self, $inner, $type, $lists) {
@@ -209,18 +209,18 @@ sub _review_case ($self, $inner, $type, $lists) {
     my $parameter = $type->parameter($type->plain_variant, $switch);
     for my $value (split_list($fields->{'Is One Of'})) {
         my $fault = _value_fault($parameter, $value) // next;
-        $self->_fault("$inner->{path}/Is One Of", qq("$value" is no value of "$switch"$fault));
+        $self->_fault("$inner->{path}/Is One Of", $fault);
     }
     return;
 }
 
-# Why the parameter can never have the value, as the end of a sentence.
+# Why the parameter can never have the value.
 sub _value_fault ($parameter, $value) {
     return undef if $parameter->{objects};
-    return defined logical($value) ? undef : ', which is Yes or No' if $parameter->{type} eq 'Logical';
+    my %places = (value => $value, parameter => $parameter->{name});
+    return defined logical($value) ? undef : compose('impossible-logical', %places) if $parameter->{type} eq 'Logical';
     return undef if !$parameter->{values} || grep { $_ eq $value } @{ $parameter->{values} };
-    my $near = nearest($value, @{ $parameter->{values} });
-    return defined $near ? "; did you mean $near?" : '';
+    return compose('impossible-case', %places, near => nearest($value, @{ $parameter->{values} }));
 }
 
 1;

@@ -4,6 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Findings qw(compose);
 use VEL::Record qw(finding);
 use VEL::Rules::Fields;
 use VEL::Suggest qw(nearest);
@@ -160,10 +161,10 @@ sub _check ($self, $block) {
     for my $inner (@{ $block->{blocks} }) {
         if (!$BLOCKS{ $block->{kind} }{ $inner->{kind} }) {
             my $near = _near_kind($inner->{kind}, $block->{kind});
-            $self->fault($inner->{path}, "$inner->{kind} is no rule that may stand here" . _meant($near));
+            $self->fault($inner->{path}, compose('unknown-rule', kind => $inner->{kind}, near => $near));
         }
         elsif (!defined $inner->{name}) {
-            $self->fault($inner->{path}, "$inner->{kind} needs a name after the colon");
+            $self->fault($inner->{path}, compose('rule-without-name', kind => $inner->{kind}));
         }
         else {
             $self->_check($inner);
@@ -183,7 +184,7 @@ sub _check_fields ($self, $block) {
         my $entry = $known->{$field};
         if (!$entry) {
             my $near = nearest($field, sort keys %$known);
-            $self->fault("$block->{path}/$field", qq("$field" is no field of this rule) . _meant($near));
+            $self->fault("$block->{path}/$field", compose('unknown-field', field => $field, near => $near));
             delete $block->{fields}{$field};
             next;
         }
@@ -199,8 +200,6 @@ sub _check_fields ($self, $block) {
     return;
 }
 
-sub _meant ($near) { return defined $near ? "; did you mean $near?" : '' }
-
 =item C<lacks($block, @fields)>
 
 Notes a fault if the block does not state all of these fields, and it is not known
@@ -211,7 +210,7 @@ already why. True if one is not there.
 sub lacks ($self, $block, @needed) {
     my @missing = grep { !defined $block->{fields}{$_} } @needed;
     my @untold  = grep { $self->is_sound("$block->{path}/$_") } @missing;
-    $self->fault($block->{path}, 'states no "' . join('" and no "', @untold) . '"') if @untold;
+    $self->fault($block->{path}, compose('missing-fields', fields => \@untold)) if @untold;
     return scalar @missing;
 }
 
@@ -232,7 +231,7 @@ sub _is_whole ($self, $block, $outer) {
         : ();
     my $lacks = $self->lacks($block, @needed);
     if ($block->{kind} eq 'UPGRADE' && $block->{name} !~ /^Version\s+[0-9]+(?:\.[0-9]+)*$/) {
-        $self->fault($block->{path}, 'must be named "Version" and a number, such as Version 5.7');
+        $self->fault($block->{path}, compose('bad-upgrade-name'));
         return 0;
     }
     return !$lacks;
@@ -246,63 +245,64 @@ sub _field_text ($self, $text) { return undef }
 # What the command database takes as a type or name.
 my $NAME = qr/^[A-Za-z_%][A-Za-z0-9 .\[\]_{|}]*\z/;
 
-sub _field_name ($self, $text) { return $$text =~ $NAME ? undef : qq("$$text" is no name) }
+sub _field_name ($self, $text) { return $$text =~ $NAME ? undef : compose('bad-name', value => $$text) }
 
 sub _field_names ($self, $text) {
-    return 'names nothing' if $$text !~ /\S/;
+    return compose('empty-list') if $$text !~ /\S/;
     my @wrong = grep { $_ !~ $NAME } split_list($$text);
     $$text = join ', ', grep { $_ =~ $NAME } split_list($$text);
-    return @wrong ? join(', ', map { qq("$_") } @wrong) . (@wrong > 1 ? ' are no names' : ' is no name') : undef;
+    return undef if !@wrong;
+    return @wrong > 1 ? compose('bad-names', values => \@wrong) : compose('bad-name', value => @wrong);
 }
 
-sub _field_values ($self, $text) { return $$text =~ /\S/ ? undef : 'names no value' }
+sub _field_values ($self, $text) { return $$text =~ /\S/ ? undef : compose('no-value') }
 
 sub _field_logical ($self, $text) {
-    return defined logical($$text) ? undef : qq("$$text" is neither Yes nor No);
+    return defined logical($$text) ? undef : compose('bad-logical', value => $$text);
 }
 
 sub _field_integer ($self, $text) {
-    return is_integer($$text) ? undef : qq("$$text" is not a whole number);
+    return is_integer($$text) ? undef : compose('bad-integer', value => $$text);
 }
 
 sub _field_positive ($self, $text) {
-    return $self->_field_count($text) // ($$text > 0 ? undef : "$$text would allow none");
+    return $self->_field_count($text) // ($$text > 0 ? undef : compose('count-of-none', value => $$text));
 }
 
 sub _field_count ($self, $text) {
-    return is_integer($$text) && $$text >= 0 ? undef : qq("$$text" is not a count);
+    return is_integer($$text) && $$text >= 0 ? undef : compose('bad-count', value => $$text);
 }
 
 sub _field_version ($self, $text) {
-    return $$text =~ /^[0-9]+(?:\.[0-9]+)*$/ ? undef : qq("$$text" is not a version such as 5.7);
+    return $$text =~ /^[0-9]+(?:\.[0-9]+)*$/ ? undef : compose('bad-version', value => $$text);
 }
 
 sub _field_type ($self, $text) {
-    return $TYPE{$$text} ? undef : qq("$$text" is no type) . _one_of($$text, 'types', @TYPES);
+    return $TYPE{$$text} ? undef : compose('bad-type', value => $$text, _one_of($$text, @TYPES));
 }
 
 sub _field_action ($self, $text) {
-    return $ACTIONS{$$text} ? undef : qq("$$text" is no action) . _one_of($$text, 'actions', sort keys %ACTIONS);
+    return $ACTIONS{$$text} ? undef : compose('bad-action', value => $$text, _one_of($$text, sort keys %ACTIONS));
 }
 
-sub _one_of ($text, $what, @known) {
+sub _one_of ($text, @known) {
     my $near = nearest($text, @known);
-    return defined $near ? _meant($near) : "; the $what are " . join ', ', @known;
+    return defined $near ? (near => $near) : (known => \@known);
 }
 
 sub _field_rule ($self, $text) {
     return $$text =~ /^(?:OBJECT|SINGLETON)\s*:\s*\S/ ? undef
-        : qq("$$text" names no rule; write it as OBJECT:TYPE);
+        : compose('bad-rule-name', value => $$text);
 }
 
 sub _field_unit ($self, $text) {
-    return qq("$$text" is written without brackets here) if $$text =~ /[\[\]]/;
-    return VEL::Units::load() || VEL::Units::exists_unit($$text) ? undef : qq("$$text" is no unit);
+    return compose('unit-in-brackets', value => $$text) if $$text =~ /[\[\]]/;
+    return VEL::Units::load() || VEL::Units::exists_unit($$text) ? undef : compose('bad-unit', value => $$text);
 }
 
 sub _field_quantity ($self, $text) {
     my ($number, $unit) = quantity($$text);
-    return qq("$$text" is not a number with a unit) if !defined $number || ref $unit;
+    return compose('bad-quantity', value => $$text) if !defined $number || ref $unit;
     return defined $unit ? $self->_field_unit(\$unit) : undef;
 }
 
@@ -311,7 +311,7 @@ sub _field_types ($self, $text) { return $self->_known_types($text, {}) }
 sub _field_places ($self, $text) { return $self->_known_types($text, { '/' => 1 }) }
 
 sub _known_types ($self, $text, $also) {
-    return 'names nothing' if $$text !~ /\S/;
+    return compose('empty-list') if $$text !~ /\S/;
     my (@known, @unknown);
     for my $type (split_list($$text)) {
         push @{ $self->_is_known_type($type) || $also->{$type} ? \@known : \@unknown }, $type;
@@ -319,8 +319,7 @@ sub _known_types ($self, $text, $also) {
     $$text = join ', ', @known;
     return undef if !@unknown;
     my @near = grep { defined } map { $self->near_type($_) } @unknown;
-    return join(', ', map { qq("$_") } @unknown) . ': no rule describes this type'
-        . _meant(@near ? join ', ', @near : undef);
+    return compose('undescribed-type', values => \@unknown, near => \@near);
 }
 
 =item C<near_type($word)>

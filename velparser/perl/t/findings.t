@@ -1,0 +1,97 @@
+# The table of findings: what the packages say is in it, and nothing else.
+use strict;
+use warnings;
+use feature 'signatures';
+use Test::More;
+use FindBin;
+use lib "$FindBin::Bin/lib";
+
+use VEL::Findings qw(problem sentence finding compose);
+use VEL::Record;
+use VELTest;
+
+my @entries   = VEL::Findings::entries();
+my %sentences = map { %{ $_->{sentences} } } @entries;
+my %phrases   = map { $_ => 1 } VEL::Findings::phrases();
+
+# All packages but the table, without what is documentation.
+sub sources () {
+    my %code;
+    for my $file (glob "$FindBin::Bin/../*.pm $FindBin::Bin/../VEL/*.pm $FindBin::Bin/../VEL/*/*.pm") {
+        next if $file =~ m{/Findings\.pm$};
+        open my $handle, '<', $file or die "$file: $!";
+        my $text = do { local $/ = undef; readline $handle };
+        $code{$file} = $text =~ s/^=\w.*?^=cut$//gmsr =~ s/^\s*#.*$//gmr;
+    }
+    return \%code;
+}
+
+subtest 'entries are whole' => sub {
+    my (%seen, $count);
+    for my $entry (@entries) {
+        my $word = $entry->{identifier};
+        is_deeply [ sort keys %$entry ], [qw(explanation group identifier sentences)], $word;
+        like $word, qr/^[a-z]+(?:-[a-z]+)+\z/, '... an identifier';
+        ok !$seen{$word}++, '... that no other has';
+        like $entry->{explanation}, qr/\A[A-Z].*\.\n\z/s, '... with an explanation';
+        ok keys %{ $entry->{sentences} } > 0, '... and a sentence';
+        $count += keys %{ $entry->{sentences} };
+    }
+    is keys %sentences, $count, 'no key is there twice';
+    is join(' ', grep { $sentences{$_} } keys %phrases), '', 'nor is one that of a phrase';
+};
+
+subtest 'what the packages say is in the table, and all of the table is said' => sub {
+    my $code   = join "\n", values %{ sources() };
+    my %quoted = map { $_ => 1 } $code =~ /'([a-z]+(?:-[a-z]+)*)'/g;
+    # Words of records of changes look the same.
+    my @said = grep { /-/ && !$VEL::Record::CHANGE{$_} && $_ ne 'bad-rule' } sort keys %quoted;
+    is join(' ', grep { !$sentences{$_} && !$phrases{$_} } @said), '', 'the packages name no other sentence';
+    my %own = map { $_ => 1 } qw(at-top inside);    # see place_name
+    is join(' ', grep { !$quoted{$_} && !$own{$_} } sort keys %sentences, keys %phrases), '',
+        'every sentence is used';
+};
+
+# What finds something has no words of its own.
+subtest 'no sentence is elsewhere' => sub {
+    my $code = sources();
+    for my $file (grep { m{/(?:Validate|Expression|Rules)\.pm$|/Rules/(?!Fields)} } sort keys %$code) {
+        my @english = $code->{$file} =~ s/ # .*//gr
+            =~ /^.*\b(?:is|are|may|must|does|has|lacks|names|needs|states|there) (?:a|an|no|not|is|the|be|any|only)\b.*$/gm;
+        is join("\n", @english), '', $file =~ s{.*/}{}r;
+    }
+};
+
+subtest 'how a sentence is composed' => sub {
+    is sentence(problem('missing-parameter', name => 'Kind')), 'required parameter "Kind" is missing', 'a place';
+    my @hint = (type => 'DOMAIN', name => 'Kinds');
+    is sentence(problem('unknown-parameter', @hint)), 'DOMAIN has no parameter "Kinds"', 'a part that is left out';
+    is sentence(problem('unknown-parameter', @hint, near => 'Kind')),
+        'DOMAIN has no parameter "Kinds"; did you mean Kind?', '... and one that is not';
+    is compose('bad-type', value => 'x', known => []), '"x" is no type', 'an array without elements';
+    is compose('bad-type', value => 'x', known => [qw(a b)]), '"x" is no type; the types are a, b', 'one with several';
+    is compose('missing-fields', fields => [qw(a b c)]), 'states no "a" and no "b" and no "c"', 'its own joiner';
+    is compose('count-of-none', value => '{value} <{x}>'), '{value} <{x}> would allow none',
+        'what is in a place is not looked at';
+    my $problem = problem('missing-unit', number => 5, units => 'Pa');
+    $problem->{within} = 'separate-entries';
+    is sentence($problem), '5 has no unit; write it as 5 [Pa]; the entries of a list are separated by commas',
+        'a phrase around it';
+    is_deeply finding('/A', problem('rules-in-data'), '/B'), {
+        path => '/A', identifier => 'rules-in-data', related => ['/B'],
+        text => 'these rules have no effect; only a rule library can state rules',
+    }, 'a finding';
+    ok !eval { compose('no-such-key'); 1 }, 'a key that is not there';
+};
+
+# Each place of a sentence is given by the code that names it.
+subtest 'places' => sub {
+    my @warnings;
+    local $SIG{__WARN__} = sub { push @warnings, @_ };
+    my $validator = validator(database("RULES:\nSINGLETON: A\nParents = /\nOptional Parameters = B\nPARAMETER: B\n"
+        . "Type = Real\nUnits = m\nEND\nEND\nEND", "A:\nB = x\nC = 1\nEND\nD:\nEND"));
+    $validator->validateObject($_) for '/', '/A', '/D', '/E', '/A/B';
+    is "@warnings", '', 'none is missing';
+};
+
+done_testing;
