@@ -1,3 +1,4 @@
+// Where the mistakes in rule libraries are.
 #include "veltext/libraryFaults.h"
 
 #include "velapilt/src/velapilt.h"
@@ -5,13 +6,10 @@
 
 #include <filesystem>
 #include <optional>
-#include <sstream>
 
 namespace veltext {
 
 namespace {
-
-constexpr std::string_view rulesPath = "/RULES";
 
 /// The place, for the end of a message that names the library.
 std::string inParentheses(const TextFault &fault)
@@ -74,27 +72,22 @@ LibraryTexts readLibraryTexts()
     return texts;
 }
 
-std::string placedLibraryErrors(const std::string &errors)
+std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault> &faults)
 {
     std::string result;
-    std::optional<LibraryTexts> texts; // made for the first mistake in a rule
-    std::istringstream lines(errors);
-    for (std::string line; std::getline(lines, line);) {
+    if (failure) {
+        const std::string_view text = failure;
+        const bool isEnded = text.ends_with('\n');
+        result = text.substr(0, text.size() - isEnded);
+        result += placeOfRefusal() + (isEnded ? "\n" : "");
+    }
+    const LibraryTexts texts = faults.empty() ? LibraryTexts() : readLibraryTexts();
+    for (const RuleFault &fault : faults) {
         if (!result.empty())
             result += '\n';
-        if (line.starts_with(rulesPath)) {
-            if (!texts)
-                texts = readLibraryTexts();
-            const auto [file, number] = texts->placeOf(line.substr(0, line.find(": ")));
-            result += file + ':' + std::to_string(number) + ": " + line;
-        } else {
-            result += line;
-            if (line.starts_with("Error reading library file "))
-                result += placeOfRefusal();
-        }
+        const auto [file, number] = texts.placeOf(fault.path);
+        result += file + ':' + std::to_string(number) + ": " + fault.line;
     }
-    if (errors.ends_with('\n'))
-        result += '\n';
     return result;
 }
 

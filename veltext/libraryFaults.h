@@ -30,9 +30,17 @@ private:
 /// The libraries that the environment names, as far as they can be read.
 [[nodiscard]] LibraryTexts readLibraryTexts();
 
-/// What the reading of the libraries that the environment names has reported,
-/// with file and line of each mistake, and a hint where the list of their names
-/// is at fault.
-[[nodiscard]] std::string placedLibraryErrors(const std::string &errors);
+/// Something that is wrong with a rule, and the line that reports it.
+struct RuleFault
+{
+    std::string path;
+    std::string line;
+};
+
+/// What the reading of the libraries that the environment names has reported: why
+/// one of them cannot be read (`failure`, or null), and what is wrong with rules; with
+/// file and line of each mistake, and a hint where the list of names is at fault.
+[[nodiscard]] std::string placedLibraryErrors(const char *failure,
+                                              const std::vector<RuleFault> &faults);
 
 } // namespace veltext

@@ -1,3 +1,4 @@
+// The main window: start, load, check, save, close.
 #include "veleditor/src/Editor.h"
 
 #include "common/error.h"
@@ -42,6 +43,17 @@ const char *featureVariable(const char *name)
     if (value == nullptr)
         std::fprintf(stderr, "%s not set; some features will not be available\n", name);
     return value;
+}
+
+/// Reads the rule libraries; what is wrong with them, with file and line.
+std::string readLibraries()
+{
+    std::vector<velparser::Finding> faults;
+    const char *failure = velparser::readLibraries(&faults);
+    std::vector<veltext::RuleFault> lines;
+    for (const velparser::Finding &fault : faults)
+        lines.push_back({fault.path, lineOf(fault)});
+    return veltext::placedLibraryErrors(failure, lines);
 }
 
 QIcon iconBelow(const char *root)
@@ -117,11 +129,11 @@ void Editor::showWelcome()
 
 void Editor::loadCommandData(bool safeMode)
 {
-    if (const char *errors = velparser::readVELLibraries())
+    if (const std::string errors = readLibraries(); !errors.empty())
         warn(this, tr("Command File Library Errors"),
              tr("The following errors were encountered reading \nCommand File Library "
                 "files:\n\n") +
-                 fromBytes(veltext::placedLibraryErrors(errors)));
+                 fromBytes(errors));
     if (const char *failure = velparser::loadVELFromFile(fileName_.c_str(), "vel"))
         throw fileError(veltext::explainRefusal(fileName_, failure));
     if (safeMode)

@@ -1,3 +1,4 @@
+// What the rules say of an item, as text for the screen.
 #include "veleditor/src/RuleFields.h"
 
 #include "veleditor/src/Text.h"
@@ -7,17 +8,12 @@ namespace velEditor {
 
 std::vector<RuleField> ruleFields(const std::string &path)
 {
-    velStringList lines;
+    std::vector<velparser::RuleField> found;
     std::vector<RuleField> fields;
-    if (velparser::explainItem(path.c_str(), &lines) != nullptr)
+    if (velparser::explainItem(path.c_str(), &found) != nullptr)
         return fields;
-    for (const char *line : lines) {
-        const QString text = fromBytes(line);
-        const QLatin1String separator(" = ");
-        const qsizetype end = text.indexOf(separator);
-        if (end >= 0)
-            fields.push_back({text.left(end), text.mid(end + separator.size())});
-    }
+    for (const velparser::RuleField &field : found)
+        fields.push_back({fromBytes(field.name), fromBytes(field.text)});
     return fields;
 }
 

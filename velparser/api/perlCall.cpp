@@ -105,13 +105,6 @@ XSPROTO(evaluate)
     eval_sv(text, GIMME_V | G_RETHROW);
 }
 
-PerlResult callXsub(pTHX_ XSUBADDR_t xsub, SV *argument, I32 context)
-{
-    CV *const code = newXS(nullptr, xsub, __FILE__);
-    sv_2mortal(MUTABLE_SV(code));
-    return callPerl(aTHX_{nullptr, MUTABLE_SV(code)}, std::array{argument}, context);
-}
-
 bool isForkedChild()
 {
     return exitOwner != 0 && exitOwner != getpid();
@@ -153,9 +146,16 @@ PerlResult callPerl(pTHX_ PerlTarget target, std::span<SV *const> arguments, I32
     return {context == G_SCALAR ? 1 : 0, &PL_sv_undef, error, false};
 }
 
+PerlResult callXsub(pTHX_ XSUBADDR_t xsub, std::span<SV *const> arguments, I32 context)
+{
+    CV *const code = newXS(nullptr, xsub, __FILE__);
+    sv_2mortal(MUTABLE_SV(code));
+    return callPerl(aTHX_{nullptr, MUTABLE_SV(code)}, arguments, context);
+}
+
 PerlResult evalPerlText(pTHX_ SV *text, I32 context)
 {
-    return callXsub(aTHX_ evaluate, text, context);
+    return callXsub(aTHX_ evaluate, std::array{text}, context);
 }
 
 void allowPerlExit(bool allow)
@@ -185,7 +185,7 @@ SV *plainValue(pTHX_ SV *value)
 {
     if (!runsCode(aTHX_ value))
         return value;
-    const PerlResult result = callXsub(aTHX_ makeText, value, G_SCALAR);
+    const PerlResult result = callXsub(aTHX_ makeText, std::array{value}, G_SCALAR);
     return result.error || result.exited
                ? sv_2mortal(newSVpvs("(an object whose text cannot be made)"))
                : result.value;
@@ -194,7 +194,7 @@ SV *plainValue(pTHX_ SV *value)
 AV *plainTexts(pTHX_ AV *values, SV **error)
 {
     SV *reference = sv_2mortal(newRV_inc(MUTABLE_SV(values)));
-    const PerlResult result = callXsub(aTHX_ makeTexts, reference, G_SCALAR);
+    const PerlResult result = callXsub(aTHX_ makeTexts, std::array{reference}, G_SCALAR);
     *error = result.error;
     return result.error || result.exited ? nullptr : MUTABLE_AV(SvRV(result.value));
 }
@@ -203,7 +203,7 @@ PerlResult tryInteger(pTHX_ SV *value)
 {
     if (!runsCode(aTHX_ value))
         return {1, value, nullptr, false};
-    return callXsub(aTHX_ makeInteger, value, G_SCALAR);
+    return callXsub(aTHX_ makeInteger, std::array{value}, G_SCALAR);
 }
 
 bool isTrue(pTHX_ SV *value)

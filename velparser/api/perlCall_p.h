@@ -72,6 +72,10 @@ struct PerlResult
 [[nodiscard]] PerlResult callPerl(pTHX_ PerlTarget target, std::span<SV *const> arguments,
                                   I32 context);
 
+/// Calls C++ code as callPerl calls Perl code: what it calls in turn is trapped.
+[[nodiscard]] PerlResult callXsub(pTHX_ XSUBADDR_t xsub, std::span<SV *const> arguments,
+                                  I32 context);
+
 /// Evaluates Perl text as callPerl calls code.
 [[nodiscard]] PerlResult evalPerlText(pTHX_ SV *text, I32 context);
 

@@ -47,12 +47,6 @@ constexpr ListMessages nameMessages = {
     "getAllowedParams: cannot malloc (*text)[i]",
 };
 
-constexpr ListMessages explanationMessages = {
-    "Invalid text array in explainItem\n",
-    "explainItem: cannot malloc text",
-    "explainItem: cannot malloc (*text)[i]",
-};
-
 const char *copyTexts(pTHX_ AV *array, const ListMessages &messages, velStringList *list)
 {
     const PerlFrame frame(aTHX);
@@ -198,11 +192,6 @@ int isItemExpert(const char *path)
 const char *getAllowedParamStrings(const char *path, velStringList *values)
 {
     return listTexts("getAllowedParamStrings", path, valueMessages, values);
-}
-
-const char *explainItem(const char *path, velStringList *fields)
-{
-    return listTexts("explainItem", path, explanationMessages, fields);
 }
 
 const char *getAllowedParams(const char *path, velStringList *names, int flag)

@@ -1,6 +1,9 @@
+// The validation driver: the walk, the calls of the validator, and what they find.
 #include "velparser/api/velValidate_p.h"
 
 #include "velparser/api/Lite_p.h"
+#include "velparser/api/perlRecords_p.h"
+#include "velparser/api/textRecords_p.h"
 #include "velparser/api/velInstance_p.h"
 #include "velparser/api/velparser.h"
 #include "velparser/api/xsinit_p.h"
@@ -63,20 +66,133 @@ const char *createValidator(velHandle *handle, ValidationData *validation)
     return nullptr;
 }
 
-/// Collected findings, each ended by a newline.
-class Findings
+/// The validator's object; there is one after initValidationData.
+SV *validatorOf(velHandle *handle)
+{
+    return static_cast<ValidationData *>(velUserData(handle))->validator;
+}
+
+/// Calls a method of the validator, within a frame of the caller's; its text, or null
+/// for none. Messages name `specified`.
+const char *callValidator(pTHX_ velHandle *handle, const char *method, const char *specified,
+                          std::span<SV *const> arguments)
+{
+    const std::span<SV *> values = mortalValues(aTHX_ 1 + arguments.size());
+    values[0] = validatorOf(handle);
+    std::ranges::copy(arguments, values.begin() + 1);
+    const PerlResult result = callPerl(aTHX_{method, nullptr}, values, G_SCALAR);
+    if (result.count != 1)
+        return "Unexpected return value (not 1) from perl_call_method in callValidationMethod";
+    if (result.error)
+        return recordText(aTHX_ handle,
+                          std::string("validateVELDataLTH: Internal error calling ") + specified +
+                              ": ",
+                          result.error);
+    if (!SvOK(result.value))
+        return nullptr;
+    const char *text = byteText(aTHX_ plainValue(aTHX_ result.value));
+    return *text ? velRecordError(handle, text) : nullptr;
+}
+
+/// Takes what the validator finds.
+class Collector
 {
 public:
+    Collector() = default;
+    virtual ~Collector() = default;
+    Collector(const Collector &) = delete;
+    Collector &operator=(const Collector &) = delete;
+
+    /// Has the validator look at the item at the path.
+    virtual void validate(const char *path) = 0;
+    /// Something that no validator has found.
+    virtual void addFailure(std::string_view line) = 0;
+};
+
+/// As one text, each line ended by a newline.
+class TextCollector : public Collector
+{
+public:
+    explicit TextCollector(velHandle *handle) : handle_(handle) {}
+
+    void validate(const char *path) override
+    {
+        if (const char *text = callValidationMethod(handle_, "validateObject", {path}))
+            add(text);
+    }
+    void addFailure(std::string_view line) override { add(line); }
+
+    [[nodiscard]] const std::string &text() const { return text_; }
+
+private:
     void add(std::string_view text)
     {
         text_ += text;
         if (!text.empty() && text.back() != '\n')
             text_ += '\n';
     }
-    [[nodiscard]] const std::string &text() const { return text_; }
+
+    velHandle *handle_;
+    std::string text_;
+};
+
+/// As records. A validator that gives only texts is asked for these.
+class RecordCollector : public Collector
+{
+public:
+    RecordCollector(velHandle *handle, const char *method)
+        : handle_(handle), method_(method), recordsMethod_(recordsMethod(method))
+    {
+        pTHX = velInterpreter();
+        hasRecords_ = hasRecords(aTHX_ validatorOf(handle), method);
+    }
+
+    void validate(const char *path) override
+    {
+        if (hasRecords_)
+            return addRecordsAt(path);
+        if (const char *text = callValidationMethod(handle_, method_, {path}))
+            add(findingsFromText(text));
+    }
+    void addFailure(std::string_view line) override
+    {
+        findings_.push_back({.path = {}, .identifier = {}, .text = std::string(line)});
+    }
+
+    [[nodiscard]] std::vector<Finding> take() { return std::move(findings_); }
 
 private:
-    std::string text_;
+    void add(std::vector<Finding> findings)
+    {
+        std::ranges::move(findings, std::back_inserter(findings_));
+    }
+
+    void addRecordsAt(const char *path)
+    {
+        pTHX = velInterpreter();
+        const PerlLocale locale;
+        const PerlFrame frame(aTHX);
+        AV *records = newAV();
+        const std::array arguments{sv_2mortal(newSVpv(path, 0)),
+                                   sv_2mortal(newRV_noinc(MUTABLE_SV(records)))};
+        const char *failure =
+            callValidator(aTHX_ handle_, recordsMethod_.c_str(), method_, arguments);
+        if (!failure && av_count(records) > 0) {
+            if (SV *error = addRecords(aTHX_ records, &findings_))
+                failure = recordText(aTHX_ handle_,
+                                     std::string("validateVELDataLTH: Internal error calling ") +
+                                         method_ + ": ",
+                                     error);
+        }
+        for (const std::string_view line : linesOf(failure ? failure : ""))
+            addFailure(line);
+    }
+
+    velHandle *handle_;
+    const char *method_;
+    std::string recordsMethod_;
+    bool hasRecords_ = false;
+    std::vector<Finding> findings_;
 };
 
 bool isDone(const velNodeInfo &info)
@@ -105,14 +221,16 @@ struct WalkLevel
 class Driver
 {
 public:
-    Driver(velHandle *handle, std::string path) : handle_(handle), path_(std::move(path)) {}
+    Driver(velHandle *handle, std::string path, Collector *collector)
+        : handle_(handle), path_(std::move(path)), collector_(collector)
+    {
+    }
 
-    const Findings &run()
+    void run()
     {
         enter();
         while (!levels_.empty())
             step();
-        return findings_;
     }
 
 private:
@@ -159,8 +277,7 @@ private:
             return;
         }
         if (!(flags() & velFlagValid))
-            if (const char *text = callValidationMethod(handle_, "validateObject", {path_.c_str()}))
-                findings_.add(text);
+            collector_->validate(path_.c_str());
         if (flags() & velFlagSubtreeValid)
             return;
         WalkLevel level{path_.size(), {}};
@@ -193,7 +310,7 @@ private:
         if (info.kind == velObject || info.kind == velSingleton)
             enter();
         else
-            findings_.add("Internal error: unknown object type\n");
+            collector_->addFailure("Internal error: unknown object type");
     }
 
     void leave()
@@ -224,18 +341,32 @@ private:
     velHandle *handle_;
     std::string path_;
     std::vector<WalkLevel> levels_;
-    Findings findings_;
+    Collector *collector_; ///< not owned
 };
 
-const char *velValidationDriver(velHandle *handle, const std::string &path)
+/// Walks from the path with a collector that `make` gives, and hands it to `finish`
+/// for the result.
+template <class Make, class Finish>
+const char *velValidationDriver(velHandle *handle, const std::string &path, Make make,
+                                Finish finish)
 {
-    try {
-        Driver driver(handle, path);
-        const Findings &findings = driver.run();
-        return findings.text().empty() ? nullptr : velRecordError(handle, findings.text());
-    } catch (const std::bad_alloc &) {
-        return "velValidationDriver: memory error";
-    }
+    return guarded("velValidationDriver: memory error", [&]() -> const char * {
+        auto collector = make();
+        Driver(handle, path, &collector).run();
+        return finish(collector);
+    });
+}
+
+/// The path as the walk takes it; a message if there is nothing to be walked.
+const char *findStart(velHandle *handle, const char *path, std::string *clean)
+{
+    if (const char *error = initValidationData(handle))
+        return error;
+    const bool root = std::string_view(path) == "/";
+    *clean = root ? "/" : velCleanPath(path); // not resolved: kept
+    if (!root && !velFindFullPath(handle, clean->c_str()))
+        return "validateVELData: path does not exist\n";
+    return nullptr;
 }
 
 } // namespace
@@ -264,33 +395,35 @@ const char *callValidationMethod(velHandle *handle, const char *method,
     pTHX = velInterpreter();
     const PerlLocale locale;
     const PerlFrame frame(aTHX);
-    const std::span<SV *> values = mortalValues(aTHX_ 1 + arguments.size());
-    values[0] = static_cast<ValidationData *>(velUserData(handle))->validator;
-    std::ranges::transform(arguments, values.begin() + 1,
+    const std::span<SV *> values = mortalValues(aTHX_ arguments.size());
+    std::ranges::transform(arguments, values.begin(),
                            [&](const char *argument) { return sv_2mortal(newSVpv(argument, 0)); });
-    const PerlResult result = callPerl(aTHX_{method, nullptr}, values, G_SCALAR);
-    if (result.count != 1)
-        return "Unexpected return value (not 1) from perl_call_method in callValidationMethod";
-    if (result.error)
-        return recordText(aTHX_ handle,
-                          std::string("validateVELDataLTH: Internal error calling ") + method +
-                              ": ",
-                          result.error);
-    if (!SvOK(result.value))
-        return nullptr;
-    const char *text = byteText(aTHX_ plainValue(aTHX_ result.value));
-    return *text ? velRecordError(handle, text) : nullptr;
+    return callValidator(aTHX_ handle, method, method, values);
 }
 
 const char *validateVELData(velHandle *handle, const char *path)
 {
-    if (const char *error = initValidationData(handle))
+    std::string start;
+    if (const char *error = findStart(handle, path, &start))
         return error;
-    const bool root = std::string_view(path) == "/";
-    const std::string clean = root ? "/" : velCleanPath(path); // not resolved: kept
-    if (!root && !velFindFullPath(handle, clean.c_str()))
-        return "validateVELData: path does not exist\n";
-    return velValidationDriver(handle, clean);
+    return velValidationDriver(
+        handle, start, [&] { return TextCollector(handle); },
+        [&](const TextCollector &collector) {
+            return collector.text().empty() ? nullptr : velRecordError(handle, collector.text());
+        });
+}
+
+const char *validateVELData(velHandle *handle, const char *path, std::vector<Finding> *findings)
+{
+    std::string start;
+    if (const char *error = findStart(handle, path, &start))
+        return error;
+    return velValidationDriver(
+        handle, start, [&] { return RecordCollector(handle, "validateObject"); },
+        [&](RecordCollector &collector) {
+            *findings = collector.take();
+            return nullptr;
+        });
 }
 
 const char *validateVELDataH()
@@ -306,6 +439,32 @@ const char *validateVELObjectH(const char *path)
     if (!path)
         return "validateObject : Invalid arguments\n";
     return withDatabase(noHandle, [&](velHandle *handle) { return validateVELData(handle, path); });
+}
+
+const char *validate(const char *path, std::vector<Finding> *findings)
+{
+    if (const char *error = startVELParser())
+        return error;
+    if (!path || !findings)
+        return "validate: invalid arguments";
+    return withDatabase(noHandle,
+                        [&](velHandle *handle) { return validateVELData(handle, path, findings); });
+}
+
+const char *validateParameter(const char *path, std::vector<Finding> *findings)
+{
+    if (const char *error = startVELParser())
+        return error;
+    if (!path || !findings)
+        return "validateParameter : Invalid arguments";
+    return withDatabase(noHandle, [&](velHandle *handle) -> const char * {
+        if (const char *error = initValidationData(handle))
+            return error;
+        RecordCollector collector(handle, "validateParam");
+        collector.validate(path);
+        *findings = collector.take();
+        return nullptr;
+    });
 }
 
 const char *validateParameter(const char *path)

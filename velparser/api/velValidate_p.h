@@ -9,8 +9,10 @@
 #pragma once
 
 #include "velapilt/src/velapilt.h"
+#include "velparser/api/velRecords.h"
 
 #include <initializer_list>
+#include <vector>
 
 namespace velparser {
 
@@ -24,5 +26,10 @@ namespace velparser {
 /// Validates the node at `path` and all below it that is not done. The
 /// findings, one a line, as the handle's error text; null when there are none.
 [[nodiscard]] const char *validateVELData(velHandle *handle, const char *path);
+
+/// Likewise, with the findings as records; null when all was looked at. What failed
+/// on the way is among them, without a path.
+[[nodiscard]] const char *validateVELData(velHandle *handle, const char *path,
+                                          std::vector<Finding> *findings);
 
 } // namespace velparser

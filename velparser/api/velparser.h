@@ -7,6 +7,9 @@
 // questions go straight to the database; those that depend on rules are asked
 // of the Perl object.
 //
+// Records. What the rules have to say comes as records (velRecords.h) from the calls
+// that take a vector; those that give a text give the same as text.
+//
 // Results. A message, null for success; it belongs to the bridge and stays
 // valid until the next call. Integer queries give −1 on failure. Out-arguments
 // are written on success only. No function throws; out of memory is "velparser:
@@ -24,6 +27,7 @@
 
 #include "velapilt/src/velArray.h"
 #include "velapilt/src/velTypes.h"
+#include "velparser/api/velRecords.h"
 
 #include <cstdint>
 #include <optional>
@@ -48,8 +52,12 @@ namespace velparser {
 
 // --- Loading --------------------------------------------------------------
 
-/// Reads the rule libraries that the environment names.
+/// Reads the rule libraries that the environment names. A message is what could not
+/// be read and what is wrong with the rules, a line each.
 [[nodiscard]] const char *readVELLibraries();
+/// The same, but what is wrong with the rules goes to `faults`, also when there is a
+/// message about the rest.
+[[nodiscard]] const char *readLibraries(std::vector<Finding> *faults);
 
 /// Loads command data; `type` is "vel", "def" or "res".
 [[nodiscard]] const char *loadVELFromFile(const char *file, const char *type);
@@ -60,6 +68,9 @@ namespace velparser {
 /// Brings the data up to the current language version: null when nothing had
 /// to be changed, else the text that lists the changes.
 [[nodiscard]] const char *updateSolverVEL();
+/// The same: the changes in the order in which they were made, none when nothing had
+/// to be changed. After a failure some may have been made.
+[[nodiscard]] const char *upgrade(std::vector<UpgradeChange> *changes);
 
 // --- Validation -------------------------------------------------------------
 
@@ -68,6 +79,13 @@ namespace velparser {
 [[nodiscard]] const char *validateVELDataH();
 [[nodiscard]] const char *validateVELObjectH(const char *path);
 [[nodiscard]] const char *validateParameter(const char *path);
+
+/// What is wrong with the object at `path` and all below it; "/" is all data. As
+/// above, only what changed is looked at. What failed on the way is among the
+/// findings, without a path; a message says that nothing was looked at.
+[[nodiscard]] const char *validate(const char *path, std::vector<Finding> *findings);
+/// What is wrong with the value of one parameter.
+[[nodiscard]] const char *validateParameter(const char *path, std::vector<Finding> *findings);
 
 /// 1 on, 0 off.
 [[nodiscard]] const char *setUnitsChecking(int on);
@@ -107,9 +125,9 @@ namespace velparser {
 /// The values allowed for a parameter; none where any is.
 [[nodiscard]] const char *getAllowedParamStrings(const char *path, velStringList *values);
 
-/// What the rules say of an object or parameter, there or not: one field an
-/// entry, "Description = text", as a rule would write it; none without a rule.
-[[nodiscard]] const char *explainItem(const char *path, velStringList *fields);
+/// What the rules say of an object or parameter, there or not: the fields as a rule
+/// would write them; none without a rule.
+[[nodiscard]] const char *explainItem(const char *path, std::vector<RuleField> *fields);
 
 /// The names allowed below an object: with flag 1 those that it does not have
 /// yet, the required ones first, with 0 all. The single entry "-1" means any name.

@@ -18,6 +18,9 @@ velInstance *theInstance = nullptr;
 /// Null until the interpreter has chosen one.
 locale_t perlLocale = nullptr;
 
+/// Of PerlLocale objects that there are.
+int perlLocaleDepth = 0;
+
 XSPROTO(exitOrDie)
 {
     dXSARGS;
@@ -157,11 +160,14 @@ velInstance *defaultInstance()
     return theInstance;
 }
 
-PerlLocale::PerlLocale() : outer_(uselocale(perlLocale)) {}
+PerlLocale::PerlLocale() : outer_(perlLocaleDepth++ == 0 ? uselocale(perlLocale) : nullptr) {}
 
+// Only the outermost sets a locale: Perl frees its own when it takes another, and an
+// inner one would bring the freed one back.
 PerlLocale::~PerlLocale()
 {
-    perlLocale = uselocale(outer_);
+    if (--perlLocaleDepth == 0)
+        perlLocale = uselocale(outer_);
 }
 
 const char *startVELParser()

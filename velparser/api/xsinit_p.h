@@ -18,7 +18,7 @@ void xsInit(pTHX);
 
 /// Perl's locale, for as long as C++ code is in Perl: numbers with a point
 /// whatever the process has chosen, and what Perl code chooses for itself stays
-/// in Perl.
+/// in Perl. They may be nested.
 class PerlLocale
 {
 public:
@@ -28,7 +28,7 @@ public:
     PerlLocale &operator=(const PerlLocale &) = delete;
 
 private:
-    locale_t outer_;
+    locale_t outer_; ///< null in a nested one
 };
 
 } // namespace velparser

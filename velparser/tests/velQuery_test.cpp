@@ -244,9 +244,9 @@ TEST_F(VelQueryReady, AllowedTexts)
 
 TEST_F(VelQueryReady, Explanations)
 {
-    velStringList fields;
+    std::vector<velparser::RuleField> fields;
     EXPECT_STREQ(velparser::explainItem("/A", &fields), nullptr);
-    EXPECT_EQ(listed(fields), "Description = /A|Type = Real|");
+    EXPECT_EQ(fields, (std::vector<velparser::RuleField>{{"Description", "/A"}, {"Type", "Real"}}));
     EXPECT_STREQ(velparser::explainItem("/none", &fields), "no rules for /none");
     EXPECT_EQ(fields.size(), 2u);
     EXPECT_STREQ(velparser::explainItem("/A", nullptr), "Invalid text array in explainItem\n");

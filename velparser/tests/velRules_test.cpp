@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <functional>
 #include <sstream>
 
@@ -160,6 +161,64 @@ TEST_F(VelRules, AnOldSetUpIsUpgradedOnce)
     ASSERT_EQ(load(Lines(saved.begin(), saved.end())), "");
     EXPECT_EQ(said(velparser::updateSolverVEL()), "");
     EXPECT_EQ(findings(), Lines());
+}
+
+/// The examples that ship, and those that the build makes.
+std::vector<std::string> examples()
+{
+    std::vector<std::string> files;
+    for (const char *variable : {"VEL_SOURCE_DIR", "VEL_BUILD_DIR"})
+        for (const auto &entry : std::filesystem::directory_iterator(example(variable, "")))
+            if (entry.path().extension() == ".vel")
+                files.push_back(entry.path());
+    return files;
+}
+
+template <class Record>
+Lines composed(const std::vector<Record> &records)
+{
+    Lines lines;
+    for (const Record &record : records)
+        lines.push_back(lineOf(record));
+    return lines;
+}
+
+// What the records say is what the texts say, for all that ships.
+TEST_F(VelRules, RecordsReadAsTheTextsDo)
+{
+    const std::vector<std::string> files = examples();
+    EXPECT_GE(files.size(), 7U);
+    std::size_t changed = 0;
+    std::size_t found = 0;
+    for (const std::string &file : files) {
+        ASSERT_EQ(said(velparser::loadVELFromFile(file.c_str(), "vel")), "");
+        const Lines changesAsText = linesOf(said(velparser::updateSolverVEL()));
+        const Lines findingsAsText = findings();
+        TearDown();
+        ASSERT_EQ(said(velparser::loadVELFromFile(file.c_str(), "vel")), "");
+        std::vector<velparser::UpgradeChange> changes;
+        std::vector<velparser::Finding> records;
+        EXPECT_EQ(said(velparser::upgrade(&changes)), "");
+        EXPECT_EQ(said(velparser::validate("/", &records)), "");
+        EXPECT_EQ(composed(changes), changesAsText) << file;
+        EXPECT_EQ(composed(records), findingsAsText) << file;
+        for (const velparser::Finding &finding : records)
+            EXPECT_FALSE(finding.path.empty() || finding.identifier.empty()) << lineOf(finding);
+        changed += changes.size();
+        found += records.size();
+        TearDown();
+    }
+    EXPECT_GT(changed, 20U);
+    EXPECT_GE(found, 12U);
+}
+
+TEST_F(VelRules, AFieldIsOneWhateverItsTextHolds)
+{
+    std::vector<velparser::RuleField> fields;
+    ASSERT_EQ(said(velparser::explainItem("/FLOW/DOMAIN:Duct/Kind", &fields)), "");
+    ASSERT_FALSE(fields.empty());
+    EXPECT_EQ(fields.front().name, "Description");
+    EXPECT_EQ(fields.back().name, "Presence");
 }
 
 TEST_F(VelRules, AnEditOfTwentyThousandLinesIsCheckedAtOnce)

@@ -37,7 +37,7 @@ protected:
         setenv("ZOT5_VEL_LIBS", names, 1);
         const velHandlePtr handle(velCreateHandle());
         const char *errors = readLibraries(handle.get());
-        return errors ? placedLibraryErrors(errors) : "";
+        return errors ? placedLibraryErrors(errors, {}) : "";
     }
 
     std::filesystem::path folder_;
@@ -75,10 +75,21 @@ TEST_F(LibraryFaultsTest, PlacesTheFaultsOfRules)
     write("a.vel", "RULES:\n  OBJECT: A\n    Parents = B\n  END\nEND\n");
     const std::string b = write("b.vel", "RULES:\n  OBJECT: B\n    Typo = 1\n  END\nEND\n");
     setenv("ZOT5_VEL_LIBS", "a.vel;b.vel", 1);
-    EXPECT_EQ(placedLibraryErrors("/RULES/OBJECT:B/Typo: is no field [bad-rule]\n"
-                                  "/RULES/OBJECT:B/Missing: is missing [bad-rule]"),
-              b + ":3: /RULES/OBJECT:B/Typo: is no field [bad-rule]\n" + b +
-                  ":2: /RULES/OBJECT:B/Missing: is missing [bad-rule]");
+    const std::string placed = b + ":3: /RULES/OBJECT:B/Typo: is no field [bad-rule]\n" + b +
+                               ":2: /RULES/OBJECT:B/Missing: is missing [bad-rule]";
+    const std::vector<RuleFault> faults = {
+        {"/RULES/OBJECT:B/Typo", "/RULES/OBJECT:B/Typo: is no field [bad-rule]"},
+        {"/RULES/OBJECT:B/Missing", "/RULES/OBJECT:B/Missing: is missing [bad-rule]"}};
+    EXPECT_EQ(placedLibraryErrors(nullptr, faults), placed);
+    EXPECT_EQ(placedLibraryErrors("not read", faults), "not read\n" + placed);
+    EXPECT_EQ(placedLibraryErrors("not read\n", {}), "not read\n");
+}
+
+TEST_F(LibraryFaultsTest, KeepsTheLineEndOfAMessageBehindTheHint)
+{
+    write("bad.vel", "RULES:\n  no statement\nEND\n");
+    setenv("ZOT5_VEL_LIBS", "bad.vel", 1);
+    EXPECT_EQ(placedLibraryErrors("not read\n", {}), "not read (line 2)\n");
 }
 
 TEST_F(LibraryFaultsTest, ListsTheFilesInTheOrderOfTheEnvironment)

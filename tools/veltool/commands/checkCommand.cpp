@@ -70,7 +70,7 @@ private:
             if (!lines)
                 lines.emplace(text, found.changes);
             if (finding.path.empty()) {
-                addFailure(file, Failure(file, 0, finding.message), &result);
+                addFailure(file, Failure(file, 0, finding.text), &result);
                 continue;
             }
             add(file, lines->lineOf(finding.path), finding, &result.out);
@@ -89,7 +89,7 @@ private:
 
     /// What else is to be known of the file, a line each.
     static std::string notes(const veltext::SourceText &text, const std::string &file,
-                             const std::vector<std::string> &changes)
+                             const std::vector<velparser::UpgradeChange> &changes)
     {
         std::string lines;
         if (text.hasByteOrderMark())
@@ -110,7 +110,8 @@ private:
         result->status = statusOf(failure);
         if (json_)
             add(file, failure.line(),
-                {.path = {}, .message = failure.sentence(), .id = errorIdentifier}, &result->out);
+                {.path = {}, .identifier = errorIdentifier, .text = failure.sentence()},
+                &result->out);
     }
 
     FileResult checkOrFail(const std::string &file)

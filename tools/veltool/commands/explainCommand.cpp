@@ -24,7 +24,7 @@ public:
         const std::string path = velFullPath(handle.get(), words[1].c_str());
         RuleCheck rules;
         (void)rules.reportRuleFaults();
-        const std::vector<RuleField> fields = rules.explain(text, file, path);
+        const std::vector<velparser::RuleField> fields = rules.explain(text, file, path);
         if (fields.empty())
             throw Refusal(file + ": " + path + ": no rule describes this");
         if (json_)
@@ -35,17 +35,17 @@ public:
     }
 
 private:
-    static void printText(const std::vector<RuleField> &fields)
+    static void printText(const std::vector<velparser::RuleField> &fields)
     {
-        for (const RuleField &field : fields)
+        for (const velparser::RuleField &field : fields)
             out() << field.name << " = " << field.text << '\n';
     }
 
-    static void printJson(const std::string &path, const std::vector<RuleField> &fields)
+    static void printJson(const std::string &path, const std::vector<velparser::RuleField> &fields)
     {
         out() << '{' << jsonMember("path", path) << ",\"fields\":{";
         bool first = true;
-        for (const RuleField &field : fields) {
+        for (const velparser::RuleField &field : fields) {
             out() << (first ? "" : ",") << jsonMember(field.name, field.text);
             first = false;
         }

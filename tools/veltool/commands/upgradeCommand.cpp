@@ -63,8 +63,8 @@ private:
 
         veltext::TextEdit names(text);
         std::vector<std::string> listed;
-        for (const std::string &change : upgrade.changes)
-            listed.push_back(takeName(file, parseFinding(change), &names));
+        for (const velparser::UpgradeChange &change : upgrade.changes)
+            listed.push_back(takeName(file, change, &names));
         if (!dryRun_)
             edited->replace(editedBytes(veltext::SourceText(names.bytes()), upgrade, file));
         for (const std::string &line : listed)
@@ -73,17 +73,14 @@ private:
     }
 
     /// Makes a change that is a new name; gives what is printed of any change.
-    std::string takeName(const std::string &file, const Finding &change,
+    std::string takeName(const std::string &file, const velparser::UpgradeChange &change,
                          veltext::TextEdit *names) const
     {
         const std::size_t line = names->tree().lineOf(change.path);
-        const std::string name = newNameIn(change.message);
+        const std::string name = newNameIn(change);
         if (!name.empty() && names->tree().find(change.path) != veltext::StatementTree::none)
             names->rename(change.path, name);
-        if (!json_)
-            return findingLine(file, line, change);
-        return '{' + jsonMember("file", file) + ',' + jsonMember("line", line) + ',' +
-               jsonMember("path", change.path) + ',' + jsonMember("message", change.message) + '}';
+        return json_ ? changeJson(file, line, change) : changeLine(file, line, change);
     }
 
     /// Of the text with the new names.

@@ -67,7 +67,7 @@ velHandlePtr newHandle(Libraries libraries)
     if (libraries == Libraries::Skip)
         return handle;
     if (const char *errors = readLibraries(handle.get()))
-        throw Failure(veltext::placedLibraryErrors(errors));
+        throw Failure(veltext::placedLibraryErrors(errors, {}));
     return handle;
 }
 

@@ -64,7 +64,7 @@ bool EditTask::printNewFindings(const std::string &file, const veltext::SourceTe
     JsonArray array;
     for (const Finding &finding : fresh) {
         if (finding.path.empty())
-            throw Failure(file, 0, finding.message + "; nothing was written");
+            throw Failure(file, 0, finding.text + "; nothing was written");
         const std::size_t line = lines.lineOf(finding.path);
         if (json_)
             out() << array.next() << findingJson(file, line, finding);

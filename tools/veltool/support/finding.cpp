@@ -1,43 +1,40 @@
+// Findings as the commands print and compare them.
 #include "tools/veltool/support/finding.h"
 
 #include "tools/veltool/support/json.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace veltool {
 
-Finding parseFinding(const std::string &line)
+namespace {
+
+std::string placedLine(std::string_view file, std::size_t line, const std::string &text)
 {
-    Finding finding{.path = {}, .message = line, .id = {}};
-    const std::size_t colon = line.find(": ");
-    if (line.starts_with('/') && colon != std::string::npos) {
-        finding.path = line.substr(0, colon);
-        finding.message = line.substr(colon + 2);
-    }
-    const std::string &message = finding.message;
-    const std::size_t bracket = message.rfind(" [");
-    if (message.ends_with(']') && bracket != std::string::npos) {
-        finding.id = message.substr(bracket + 2, message.size() - bracket - 3);
-        finding.message.resize(bracket);
-    }
-    return finding;
+    return std::string(file) + ':' + std::to_string(line) + ": " + text + '\n';
 }
 
-std::vector<Finding> parseFindings(const char *text)
+bool isSameLine(const Finding &one, const Finding &other)
 {
-    std::vector<Finding> findings;
-    std::istringstream stream(text ? text : "");
-    for (std::string line; std::getline(stream, line);)
-        findings.push_back(parseFinding(line));
-    return findings;
+    return one.path == other.path && one.text == other.text && one.identifier == other.identifier;
 }
+
+/// The members that findings and changes have in common, after the opening brace.
+std::string placedMembers(std::string_view file, std::size_t line, const std::string &path,
+                          const std::string &message)
+{
+    return '{' + jsonMember("file", file) + ',' + jsonMember("line", line) + ',' +
+           jsonMember("path", path) + ',' + jsonMember("message", message);
+}
+
+} // namespace
 
 std::vector<Finding> newFindings(std::vector<Finding> before, const std::vector<Finding> &after)
 {
     std::vector<Finding> fresh;
     for (const Finding &finding : after) {
-        const auto known = std::find(before.begin(), before.end(), finding);
+        const auto known = std::ranges::find_if(
+            before, [&](const Finding &each) { return isSameLine(each, finding); });
         if (known == before.end())
             fresh.push_back(finding);
         else
@@ -48,18 +45,25 @@ std::vector<Finding> newFindings(std::vector<Finding> before, const std::vector<
 
 std::string findingLine(std::string_view file, std::size_t line, const Finding &finding)
 {
-    std::string text = std::string(file) + ':' + std::to_string(line) + ": ";
-    text += finding.path + ": " + finding.message;
-    if (!finding.id.empty())
-        text += " [" + finding.id + ']';
-    return text + '\n';
+    return placedLine(file, line, lineOf(finding));
+}
+
+std::string changeLine(std::string_view file, std::size_t line,
+                       const velparser::UpgradeChange &change)
+{
+    return placedLine(file, line, lineOf(change));
 }
 
 std::string findingJson(std::string_view file, std::size_t line, const Finding &finding)
 {
-    return '{' + jsonMember("file", file) + ',' + jsonMember("line", line) + ',' +
-           jsonMember("path", finding.path) + ',' + jsonMember("message", finding.message) + ',' +
-           jsonMember("id", finding.id) + '}';
+    return placedMembers(file, line, finding.path, finding.text) + ',' +
+           jsonMember("id", finding.identifier) + '}';
+}
+
+std::string changeJson(std::string_view file, std::size_t line,
+                       const velparser::UpgradeChange &change)
+{
+    return placedMembers(file, line, change.path, change.text) + '}';
 }
 
 } // namespace veltool

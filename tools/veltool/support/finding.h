@@ -1,5 +1,7 @@
-// A finding: one line that the rules have to say of command data.
+// Findings as the commands print and compare them.
 #pragma once
+
+#include "velparser/api/velparser.h"
 
 #include <string>
 #include <string_view>
@@ -7,23 +9,10 @@
 
 namespace veltool {
 
-struct Finding
-{
-    std::string path;    ///< empty where the line names none: something failed
-    std::string message; ///< the sentence, without path and identifier
-    std::string id;      ///< empty where there is none
+using velparser::Finding;
 
-    bool operator==(const Finding &) const = default;
-};
-
-/// From "PATH: sentence [identifier]".
-[[nodiscard]] Finding parseFinding(const std::string &line);
-
-/// Of a text with one on each line.
-[[nodiscard]] std::vector<Finding> parseFindings(const char *text);
-
-/// Those of `after` that are not among `before`; one that is there twice and
-/// was there once is new once.
+/// Those of `after` whose lines are not among those of `before`; one that is there
+/// twice and was there once is new once.
 [[nodiscard]] std::vector<Finding> newFindings(std::vector<Finding> before,
                                                const std::vector<Finding> &after);
 
@@ -31,8 +20,16 @@ struct Finding
 [[nodiscard]] std::string findingLine(std::string_view file, std::size_t line,
                                       const Finding &finding);
 
+/// "FILE:LINE: PATH: change" and a line feed.
+[[nodiscard]] std::string changeLine(std::string_view file, std::size_t line,
+                                     const velparser::UpgradeChange &change);
+
 /// {"file":…,"line":…,"path":…,"message":…,"id":…}.
 [[nodiscard]] std::string findingJson(std::string_view file, std::size_t line,
                                       const Finding &finding);
+
+/// {"file":…,"line":…,"path":…,"message":…}.
+[[nodiscard]] std::string changeJson(std::string_view file, std::size_t line,
+                                     const velparser::UpgradeChange &change);
 
 } // namespace veltool

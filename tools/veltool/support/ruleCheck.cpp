@@ -1,3 +1,4 @@
+// What the rules say of command data, through the bridge.
 #include "tools/veltool/support/ruleCheck.h"
 
 #include "tools/veltool/support/commandData.h"
@@ -9,13 +10,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <sstream>
 
 namespace veltool {
 
 namespace {
-
-constexpr const char *faultIdentifier = "bad-rule";
 
 void requirePerlSide()
 {
@@ -23,15 +21,15 @@ void requirePerlSide()
         throw Failure("the Perl side was not found; set ZOT5_VEL_PARSER to its folder");
 }
 
-/// The faults of the rules that the reading of libraries tells; what else it
-/// tells is a failure.
+/// The faults of the rules; whatever else goes wrong with the libraries is a failure.
 std::vector<Finding> readLibrariesOnce()
 {
-    const char *errors = velparser::readVELLibraries();
-    std::vector<Finding> faults = parseFindings(errors);
-    for (const Finding &fault : faults) {
-        if (fault.id != faultIdentifier)
-            throw Failure(veltext::placedLibraryErrors(errors));
+    std::vector<Finding> faults;
+    if (const char *failure = velparser::readLibraries(&faults)) {
+        std::vector<veltext::RuleFault> lines;
+        for (const Finding &fault : faults)
+            lines.push_back({fault.path, lineOf(fault)});
+        throw Failure(veltext::placedLibraryErrors(failure, lines));
     }
     if (!velparser::findLiteHandle())
         throw Failure("the Perl side has no command database");
@@ -61,18 +59,29 @@ std::string pathOf(const velChildInfo &child)
     return '/' + velComponentOf(child);
 }
 
-/// The changes that an upgrade tells, each of them beginning with a path.
-std::vector<std::string> upgradeLoadedData(const std::string &file)
+std::string_view firstLine(std::string_view text)
 {
-    const char *told = velparser::updateSolverVEL();
-    std::vector<std::string> changes;
-    std::istringstream stream(told ? told : "");
-    for (std::string line; std::getline(stream, line);) {
-        if (!line.starts_with('/'))
-            throw Failure(line.insert(0, file + ": "));
-        changes.push_back(line);
-    }
+    return text.substr(0, text.find('\n'));
+}
+
+std::vector<velparser::UpgradeChange> upgradeLoadedData(const std::string &file)
+{
+    std::vector<velparser::UpgradeChange> changes;
+    if (const char *failure = velparser::upgrade(&changes))
+        throw Failure(file + ": " + std::string(firstLine(failure)));
     return changes;
+}
+
+std::vector<Finding> validateLoadedData()
+{
+    std::vector<Finding> findings;
+    const char *failure = velparser::validate("/", &findings);
+    for (std::string_view rest = failure ? failure : ""; !rest.empty();) {
+        const std::string_view line = firstLine(rest);
+        findings.push_back({.path = {}, .identifier = {}, .text = std::string(line)});
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+    }
+    return findings;
 }
 
 } // namespace
@@ -144,8 +153,7 @@ int RuleCheck::reportRuleFaults() const
     const veltext::LibraryTexts libraries = veltext::readLibraryTexts();
     for (const Finding &fault : faults_) {
         const auto [file, line] = libraries.placeOf(fault.path);
-        report(file + ':' + std::to_string(line) + ": " + fault.path + ": " + fault.message + " [" +
-               fault.id + ']');
+        report(file + ':' + std::to_string(line) + ": " + lineOf(fault));
     }
     return statusFindings;
 }
@@ -153,9 +161,8 @@ int RuleCheck::reportRuleFaults() const
 Findings RuleCheck::findings(const veltext::SourceText &text, const std::string &file)
 {
     load(text, file);
-    std::vector<std::string> changes = upgradeLoadedData(file);
-    return {.findings = parseFindings(velparser::validateVELDataH()),
-            .changes = std::move(changes)};
+    std::vector<velparser::UpgradeChange> changes = upgradeLoadedData(file);
+    return {.findings = validateLoadedData(), .changes = std::move(changes)};
 }
 
 Upgrade RuleCheck::upgrade(const veltext::SourceText &text, const std::string &file)
@@ -172,18 +179,13 @@ Upgrade RuleCheck::upgrade(const veltext::SourceText &text, const std::string &f
     return upgrade;
 }
 
-std::vector<RuleField> RuleCheck::explain(const veltext::SourceText &text, const std::string &file,
-                                          const std::string &path)
+std::vector<velparser::RuleField> RuleCheck::explain(const veltext::SourceText &text,
+                                                     const std::string &file,
+                                                     const std::string &path)
 {
     load(text, file);
-    velStringList lines;
-    require(velparser::explainItem(path.c_str(), &lines), file);
-    std::vector<RuleField> fields;
-    for (const std::string_view line : lines) {
-        const std::size_t equals = std::min(line.find(" = "), line.size());
-        fields.push_back({std::string(line.substr(0, equals)),
-                          std::string(line.substr(std::min(equals + 3, line.size())))});
-    }
+    std::vector<velparser::RuleField> fields;
+    require(velparser::explainItem(path.c_str(), &fields), file);
     return fields;
 }
 

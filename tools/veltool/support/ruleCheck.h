@@ -18,22 +18,15 @@ namespace veltool {
 /// What an upgrade does to the data of a text.
 struct Upgrade
 {
-    std::vector<std::string> changes; ///< as the rules tell them, none when up to date
-    veltext::TreeData result;         ///< without what only the libraries state
+    std::vector<velparser::UpgradeChange> changes; ///< none when up to date
+    veltext::TreeData result;                      ///< without what only the libraries state
 };
 
 /// What the rules find in the data of a text.
 struct Findings
 {
     std::vector<Finding> findings;
-    std::vector<std::string> changes; ///< of the upgrade that came before the check
-};
-
-/// One field of a rule and its text.
-struct RuleField
-{
-    std::string name;
-    std::string text;
+    std::vector<velparser::UpgradeChange> changes; ///< of the upgrade before the check
 };
 
 class RuleCheck
@@ -58,8 +51,8 @@ public:
 
     /// What the rules say of an object or parameter of the text, there or not;
     /// no fields where there is no rule.
-    [[nodiscard]] std::vector<RuleField> explain(const veltext::SourceText &text,
-                                                 const std::string &file, const std::string &path);
+    [[nodiscard]] std::vector<velparser::RuleField>
+    explain(const veltext::SourceText &text, const std::string &file, const std::string &path);
 
 private:
     /// What the libraries have put at the top level.

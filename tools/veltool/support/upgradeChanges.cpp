@@ -1,15 +1,17 @@
+// What the changes of an upgrade mean for names and places.
 #include "tools/veltool/support/upgradeChanges.h"
-
-#include "tools/veltool/support/finding.h"
-
-#include <string_view>
 
 namespace veltool {
 
 namespace {
 
-constexpr std::string_view renamed = "renamed to ";
-constexpr std::string_view moved = "moved to ";
+using velparser::ChangeKind;
+using velparser::UpgradeChange;
+
+bool isRenaming(const UpgradeChange &change)
+{
+    return change.kind == ChangeKind::RenamedParameter || change.kind == ChangeKind::RenamedObject;
+}
 
 /// `path`, or a path below it, after `from` has become `to`.
 std::string pathAfter(const std::string &path, const std::string &from, const std::string &to)
@@ -21,30 +23,25 @@ std::string pathAfter(const std::string &path, const std::string &from, const st
 
 } // namespace
 
-std::string newNameIn(std::string_view change)
+std::string newNameIn(const UpgradeChange &change)
 {
-    if (!change.starts_with(renamed))
+    if (!isRenaming(change))
         return {};
-    change.remove_prefix(renamed.size());
-    if (change.size() > 1 && change.starts_with('"') && change.ends_with('"'))
-        change = change.substr(1, change.size() - 2);
-    return std::string(change);
+    return change.newPath.substr(change.newPath.rfind('/') + 1);
 }
 
-veltext::Moves movesIn(const std::vector<std::string> &changes)
+veltext::Moves movesIn(const std::vector<UpgradeChange> &changes)
 {
     veltext::Moves moves;
-    for (const std::string &change : changes) {
-        const Finding parts = parseFinding(change);
-        const std::string name = newNameIn(parts.message);
-        if (parts.message.starts_with(moved)) {
-            const auto earlier = moves.extract(parts.path);
-            moves[parts.message.substr(moved.size())] = earlier ? earlier.mapped() : parts.path;
-        } else if (!name.empty()) {
-            const std::string to = parts.path.substr(0, parts.path.rfind('/') + 1) + name;
+    for (const UpgradeChange &change : changes) {
+        if (change.kind == ChangeKind::MovedParameter) {
+            const auto earlier = moves.extract(change.path);
+            moves[change.newPath] = earlier ? earlier.mapped() : change.path;
+        } else if (isRenaming(change)) {
             veltext::Moves after;
             for (const auto &[now, before] : moves)
-                after[pathAfter(now, parts.path, to)] = pathAfter(before, parts.path, to);
+                after[pathAfter(now, change.path, change.newPath)] =
+                    pathAfter(before, change.path, change.newPath);
             moves = std::move(after);
         }
     }
@@ -52,13 +49,12 @@ veltext::Moves movesIn(const std::vector<std::string> &changes)
 }
 
 UpgradedLines::UpgradedLines(const veltext::SourceText &text,
-                             const std::vector<std::string> &changes)
+                             const std::vector<UpgradeChange> &changes)
     : tree_(text), moves_(movesIn(changes))
 {
-    for (const std::string &change : changes) {
-        const Finding parts = parseFinding(change);
-        const std::string name = newNameIn(parts.message);
-        const veltext::StatementTree::Index node = tree_.find(parts.path);
+    for (const UpgradeChange &change : changes) {
+        const std::string name = newNameIn(change);
+        const veltext::StatementTree::Index node = tree_.find(change.path);
         if (!name.empty() && node != veltext::StatementTree::none)
             tree_.rename(node, name);
     }
