@@ -160,7 +160,7 @@ my @FACTS = (
         'Expert' ],
 );
 
-# Fields that are no fact about a value, or that stand elsewhere on the page.
+# Fields that say nothing about a value, or that are elsewhere on the page.
 my @NO_FACTS = ('Description', 'Help Topic', 'Expressions', 'Output Ordering Priority');
 
 # All other fields are given as a rule writes them.

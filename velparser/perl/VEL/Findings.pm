@@ -8,8 +8,6 @@ use Exporter 'import';
 
 use VEL::Record;
 
-our @EXPORT_OK = qw(problem sentence finding compose);
-
 =head1 NAME
 
 VEL::Findings - the table of the findings: identifiers, explanations, sentences
@@ -39,6 +37,8 @@ place in it has no value, or an array without elements.
 
 =cut
 
+our @EXPORT_OK = qw(problem sentence finding compose);
+
 my @FINDINGS = (
     {
         identifier  => 'missing-parameter',
@@ -54,8 +54,8 @@ END
         identifier  => 'unknown-parameter',
         group       => 'Names',
         explanation => <<'END',
-The object has no parameter of that name: a slip, or a parameter of a case that does
-not hold here. In the second case the finding says what it would need.
+The object has no parameter of that name: a typing error, or a parameter of a case that
+does not hold here. In the second case the finding says what it would need.
 END
         sentences => {
             'unknown-parameter'     => '{type} has no parameter "{name}"<; did you mean {near}?>',
@@ -89,7 +89,7 @@ END
         identifier  => 'wrong-parent',
         group       => 'Names',
         explanation => <<'END',
-The type is known, but it does not belong where it stands.
+The type is known, but it does not belong where it is.
 END
         sentences => { 'wrong-parent' => '{type} may not stand {place}; it belongs {places| or }' },
     },
@@ -97,8 +97,8 @@ END
         identifier  => 'too-many',
         group       => 'Names',
         explanation => <<'END',
-One parent may hold only so many of this type; the finding stands on each one beyond.
-Delete it, or move it into a file of its own.
+One parent may hold only so many of this type; each one beyond has the finding. Delete
+it, or move it into a file of its own.
 END
         sentences => { 'too-many' => 'only {maximum} {type} may stand here; this one is beyond' },
     },
@@ -153,7 +153,7 @@ END
         group       => 'Values',
         explanation => <<'END',
 An expression whose parentheses do not balance, that uses a name or function that is
-not known, or that stands where only a plain number may.
+not known, or that is given where only a plain number may be.
 END
         sentences => {
             'expression'         => '"{value}" is an expression; a plain number must be given here',
