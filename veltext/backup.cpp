@@ -1,3 +1,4 @@
+// Keeps the former file: moves it, links it, or copies it where no link can be made.
 #include "veltext/backup.h"
 
 #include "veltext/error.h"

@@ -1,3 +1,4 @@
+// Finds the same child in another tree: by the order of siblings, else by its path.
 #include "veltext/counterpart.h"
 
 #include "veltext/treeWalk.h"

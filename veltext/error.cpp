@@ -1,3 +1,4 @@
+// Composes the messages of errors: place, sentence, the text of the system.
 #include "veltext/error.h"
 
 #include <system_error>

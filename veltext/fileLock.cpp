@@ -1,3 +1,4 @@
+// Takes the lock of a file, again if the name was given to another file meanwhile.
 #include "veltext/fileLock.h"
 
 #include "veltext/error.h"

@@ -1,3 +1,4 @@
+// Names and flushes the folder that a file is in.
 #include "veltext/folder.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Blocks the signals that end a program, and lets them through again.
 #include "veltext/heldSignals.h"
 
 namespace veltext {

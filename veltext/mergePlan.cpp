@@ -1,3 +1,4 @@
+// Goes through three trees level by level and decides for each path what a merge does.
 #include "veltext/mergePlan.h"
 
 #include "veltext/counterpart.h"

@@ -1,3 +1,4 @@
+// Turns the steps of a merge into edits of lines of OURS, and writes the result.
 #include "veltext/mergeText.h"
 
 #include "velapilt/src/velSpace.h"

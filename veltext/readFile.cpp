@@ -1,3 +1,4 @@
+// Reads files block by block, whatever kind they are.
 #include "veltext/readFile.h"
 
 #include "veltext/error.h"

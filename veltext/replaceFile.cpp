@@ -1,3 +1,4 @@
+// Writes a temporary file and gives it the name of the file that it replaces.
 #include "veltext/replaceFile.h"
 
 #include "veltext/backup.h"

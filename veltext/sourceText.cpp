@@ -1,3 +1,4 @@
+// Finds the lines of a text, and what is around their contents.
 #include "veltext/sourceText.h"
 
 #include "velapilt/src/velSpace.h"

@@ -1,3 +1,4 @@
+// Joins the lines of a statement and tells what kind it is, as the parser does.
 #include "veltext/statement.h"
 
 #include "velapilt/src/velComponentText.h"

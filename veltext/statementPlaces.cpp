@@ -1,3 +1,4 @@
+// Reads a text once and notes the lines of the nodes that are wanted.
 #include "veltext/statementPlaces.h"
 
 #include "veltext/treeWalk.h"

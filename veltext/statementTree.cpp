@@ -1,3 +1,4 @@
+// Builds the tree of statements in one pass over a text, and looks up paths in it.
 #include "veltext/statementTree.h"
 
 namespace veltext {

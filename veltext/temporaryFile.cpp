@@ -1,3 +1,4 @@
+// Makes, fills, renames and removes a temporary file.
 #include "veltext/temporaryFile.h"
 
 #include "veltext/error.h"

@@ -1,3 +1,4 @@
+// Collects edits, and writes the text with all of them in one pass.
 #include "veltext/textEdit.h"
 
 #include "veltext/error.h"

@@ -1,3 +1,4 @@
+// Parses a text line by line to find the first one that the database refuses.
 #include "veltext/textFault.h"
 
 #include "velapilt/src/velSpace.h"

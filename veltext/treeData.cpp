@@ -1,3 +1,4 @@
+// Copies a tree into a list of paths and values, and edits a text towards such a list.
 #include "veltext/treeData.h"
 
 #include "veltext/textEdit.h"

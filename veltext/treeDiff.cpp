@@ -1,3 +1,4 @@
+// Walks two trees at the same time and reports what only one has.
 #include "veltext/treeDiff.h"
 
 #include "veltext/counterpart.h"

@@ -1,3 +1,4 @@
+// Steps through a tree with a stack of its own, so that depth has no limit.
 #include "veltext/treeWalk.h"
 
 #include "veltext/statement.h"

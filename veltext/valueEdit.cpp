@@ -1,3 +1,4 @@
+// Finds the characters of a value in its statement, and wraps a new one as the old.
 #include "veltext/valueEdit.h"
 
 #include "veltext/error.h"

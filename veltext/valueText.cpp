@@ -1,3 +1,4 @@
+// Looks through a value for what a command file would not give back.
 #include "veltext/valueText.h"
 
 #include <algorithm>

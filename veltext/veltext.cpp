@@ -1,3 +1,4 @@
+// Reads command files for programs, and gives differences that own their texts.
 #include "veltext/veltext.h"
 
 #include "veltext/readFile.h"

@@ -1,3 +1,4 @@
+// Writes to a descriptor until every byte is written.
 #include "veltext/writeAll.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// Held signals: one that is raised during a change is delivered only after it.
 #include "veltext/heldSignals.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Places of mistakes in libraries, on library files that the test writes itself.
 #include "veltext/libraryFaults.h"
 
 #include "velapilt/src/velapilt.h"

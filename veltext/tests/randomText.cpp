@@ -1,3 +1,4 @@
+// Writes random texts of few names, so that many statements are about the same node.
 #include "veltext/tests/randomText.h"
 
 namespace veltext::test {

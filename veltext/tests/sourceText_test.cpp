@@ -1,3 +1,4 @@
+// Lines of a text and its byte order mark, and which files are read as text.
 #include "veltext/sourceText.h"
 
 #include <gtest/gtest.h>

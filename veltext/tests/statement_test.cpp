@@ -1,3 +1,4 @@
+// Statements and the tree of them: by hand, and on random texts against the database.
 #include "veltext/statementTree.h"
 
 #include "velapilt/src/velSpace.h"

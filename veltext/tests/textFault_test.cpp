@@ -1,3 +1,4 @@
+// The line and sentence of the first mistake, for each kind of mistake.
 #include "veltext/textFault.h"
 
 #include "velapilt/src/velapilt.h"

@@ -1,3 +1,4 @@
+// Order, depth and paths of a walk, and one through a very deep tree.
 #include "veltext/treeWalk.h"
 
 #include "veltext/error.h"

@@ -1,3 +1,4 @@
+// New values in the text of a statement: what stays, what is wrapped, what is refused.
 #include "veltext/valueEdit.h"
 
 #include "veltext/error.h"

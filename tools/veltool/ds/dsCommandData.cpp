@@ -1,3 +1,4 @@
+// Finds, reads and replaces the dataset of a container that has its command data.
 #include "tools/veltool/ds/dsCommandData.h"
 
 #include "tools/veltool/ds/dsValues.h"

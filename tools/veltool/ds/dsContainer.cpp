@@ -1,3 +1,4 @@
+// Opens and closes containers, and turns codes of the library into failures.
 #include "tools/veltool/ds/dsContainer.h"
 
 #include "tools/veltool/support/input.h"

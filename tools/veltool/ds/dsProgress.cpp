@@ -1,3 +1,4 @@
+// Wraps the files that the library opens, and counts what is read from them.
 #include "tools/veltool/ds/dsProgress.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Formats and parses the elements of datasets, type by type.
 #include "tools/veltool/ds/dsValues.h"
 
 #include "tools/veltool/ds/dsContainer.h"

@@ -1,3 +1,4 @@
+// Starts git with a pipe for its output, and waits for its end.
 #include "tools/veltool/git/gitProgram.h"
 
 #include "common/writeSignals.h"

@@ -1,3 +1,4 @@
+// Folds ASCII by itself and other characters by the system's tables for UTF-8.
 #include "tools/veltool/support/caseFold.h"
 
 #include <algorithm>

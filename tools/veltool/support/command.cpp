@@ -1,3 +1,4 @@
+// The table of commands, in the order of the help; each command defines its own entry.
 #include "tools/veltool/support/command.h"
 
 namespace veltool {

@@ -1,3 +1,4 @@
+// Reads a file by what it holds: a text, or the command data of a container.
 #include "tools/veltool/support/commandData.h"
 
 #include "tools/veltool/ds/dsCommandData.h"

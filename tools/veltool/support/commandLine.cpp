@@ -1,3 +1,4 @@
+// Sorts the words of the command line, writes the help, and runs the command.
 #include "tools/veltool/support/commandLine.h"
 
 #include "common/version.h"

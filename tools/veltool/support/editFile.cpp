@@ -1,3 +1,4 @@
+// Makes an edit in tree and text, compares both, asks the rules, replaces the file.
 #include "tools/veltool/support/editFile.h"
 
 #include "tools/veltool/support/commandData.h"

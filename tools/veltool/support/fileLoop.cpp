@@ -1,3 +1,4 @@
+// Goes on with the next file after a failure, and keeps the highest status.
 #include "tools/veltool/support/fileLoop.h"
 
 #include "tools/veltool/support/loadFiles.h"

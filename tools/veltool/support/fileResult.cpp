@@ -1,3 +1,4 @@
+// Runs the work on one file and turns what it throws into a result.
 #include "tools/veltool/support/fileResult.h"
 
 namespace veltool {

@@ -1,3 +1,4 @@
+// Reads a file or standard input, and refuses to edit the latter.
 #include "tools/veltool/support/input.h"
 
 #include "tools/veltool/support/failure.h"

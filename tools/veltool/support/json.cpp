@@ -1,3 +1,4 @@
+// Writes JSON texts and members, also for bytes that are not UTF-8.
 #include "tools/veltool/support/json.h"
 
 #include <nlohmann/json.hpp>

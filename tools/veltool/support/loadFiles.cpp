@@ -1,3 +1,4 @@
+// Loads files at the same time where that is safe, else one after the other.
 #include "tools/veltool/support/loadFiles.h"
 
 #include "tools/veltool/support/commandData.h"

@@ -1,3 +1,4 @@
+// Collects what is printed, and writes it to standard output in large pieces.
 #include "tools/veltool/support/output.h"
 
 #include "tools/veltool/support/failure.h"

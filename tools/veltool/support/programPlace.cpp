@@ -1,3 +1,4 @@
+// Looks for the Perl packages and libraries around the running executable.
 #include "tools/veltool/support/programPlace.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// Writes the line of progress to a terminal, and wipes it out.
 #include "tools/veltool/support/progressLine.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// Matches wildcards character by character, without regard to case.
 #include "tools/veltool/support/textPattern.h"
 
 #include "tools/veltool/support/caseFold.h"

@@ -1,3 +1,4 @@
+// Forks the workers, hands out files, and prints results in the order of the files.
 #include "tools/veltool/support/workers.h"
 
 #include "common/writeSignals.h"

@@ -1,3 +1,4 @@
+// The command line: which words are options, what the help says, what is refused.
 #include "tools/veltool/support/commandLine.h"
 
 #include "tools/veltool/tests/toolRun.h"

@@ -1,3 +1,4 @@
+// Takes the blocks out of a document, and runs its commands in the shell.
 #include "tools/veltool/tests/documentSamples.h"
 
 #include "tools/veltool/tests/toolRun.h"

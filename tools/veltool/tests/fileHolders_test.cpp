@@ -1,3 +1,4 @@
+// Processes that have a file open: a child of the test, and one of another user.
 #include "tools/veltool/ds/fileHolders.h"
 
 #include <gtest/gtest.h>

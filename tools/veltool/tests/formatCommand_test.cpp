@@ -1,3 +1,4 @@
+// veltool format as a user runs it: what it prints, checks, writes and refuses.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <gtest/gtest.h>

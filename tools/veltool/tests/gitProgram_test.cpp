@@ -1,3 +1,4 @@
+// Starting git: a script in its place raises the signals that this program ignores.
 #include "tools/veltool/git/gitProgram.h"
 
 #include "common/writeSignals.h"

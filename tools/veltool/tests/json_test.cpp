@@ -1,3 +1,4 @@
+// JSON texts, members and arrays, compared as they are printed.
 #include "tools/veltool/support/json.h"
 
 #include <gtest/gtest.h>

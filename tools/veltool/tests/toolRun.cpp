@@ -1,3 +1,4 @@
+// Runs programs with their output in files of a new folder.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <algorithm>
