@@ -1,3 +1,4 @@
+// The measured work: large arrays, many small datasets, opening, locating.
 #include "io/bench/container_workloads.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Files as texts in a map, with the errors that real ones give.
 #include "io/testing/io_memory_env.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Compressed arrays: written, read back in each layout, damaged in each place.
 #include "io/Src/Main/compressed_data.h"
 
 #include "io/Src/Main/data_io.h"

@@ -1,3 +1,4 @@
+// Listing, verifying and rebuilding, on sound files and on ones with known faults.
 #include "io/Src/Main/container_check.h"
 
 #include "io/tests/io_client.h"

@@ -1,3 +1,4 @@
+// Conversions of each pair of types, at the limits of their ranges, and refusals.
 #include "io/Src/Main/convert_data.h"
 
 #include "io/tests/io_client.h"

@@ -1,3 +1,4 @@
+// Copies of one, some and all datasets; the target is read back and compared.
 #include "io/Src/Main/copy_dataset.h"
 
 #include "io/tests/io_client.h"

@@ -1,3 +1,4 @@
+// Arrays of each type: the bytes in the file, and what is read from them.
 #include "io/Src/Main/data_io.h"
 
 #include "io/tests/io_client.h"

@@ -1,3 +1,5 @@
+// The table of element types, and data type strings: accepted ones as text, others
+// by their messages.
 #include "io/Src/Main/data_type.h"
 
 #include "io/Src/Main/element_arrays.h"

@@ -1,3 +1,4 @@
+// Deletions: the marks in the file and in the index, also after a crash between them.
 #include "io/Src/Main/delete_ds.h"
 
 #include "io/testing/io_failing_env.h"

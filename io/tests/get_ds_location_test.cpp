@@ -1,3 +1,4 @@
+// Searches of the index, compared with a look at every line of it.
 #include "io/Src/Main/get_ds_location.h"
 
 #include "io/tests/io_client.h"

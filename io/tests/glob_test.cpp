@@ -1,3 +1,4 @@
+// Patterns against texts, each pair with its answer.
 #include "io/Src/Main/glob.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// The slots of the index: their bytes, growth, sentinel and orders.
 #include "io/Src/Main/index_table.h"
 
 #include "io/Src/Main/get_ds_location.h"

@@ -1,3 +1,4 @@
+// Fills headers and arrays for requests, and prints what they return.
 #include "io/tests/io_client.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// The requests as clients send them: checks, codes, messages, and whole sessions.
 #include "io/Src/Main/iocntc.h"
 
 #include "io/Src/Main/request_table.h"

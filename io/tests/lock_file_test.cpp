@@ -1,3 +1,5 @@
+// Locks: the levels in the file as readers and writers come and go, in turn and at
+// the same time.
 #include "io/Src/Main/lock_file.h"
 
 #include "io/tests/io_client.h"

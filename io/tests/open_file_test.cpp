@@ -1,3 +1,4 @@
+// Opening and closing: which files are accepted, and which bytes closing leaves.
 #include "io/Src/Main/open_file.h"
 
 #include "io/tests/io_client.h"

@@ -1,3 +1,4 @@
+// The plain text file: lines written, numbers read, failures by their messages.
 #include "io/Src/Main/plain_text.h"
 
 #include "io/tests/io_client.h"

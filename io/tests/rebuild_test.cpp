@@ -1,3 +1,4 @@
+// The index built from the datasets, for files cut or damaged in each known way.
 #include "io/Src/Main/index_file.h"
 
 #include "io/testing/io_failing_env.h"

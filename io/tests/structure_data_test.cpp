@@ -1,3 +1,4 @@
+// Records: their bytes as text and binary, and lines that are refused.
 #include "io/Src/Main/structure_data.h"
 
 #include "io/tests/io_client.h"

@@ -1,3 +1,4 @@
+// Writing datasets: the bytes of the file, refused headers, and writes that fail.
 #include "io/Src/Main/write_dataset.h"
 
 #include "io/testing/io_failing_env.h"

@@ -1,3 +1,4 @@
+// Numbers: the text or bytes written for them, and what readers accept.
 #include "io/Src/Main/zot_numbers.h"
 
 #include "io/tests/io_client.h"

@@ -1,3 +1,4 @@
+// Strings and offsets: the bytes written for them, and what readers refuse.
 #include "io/Src/Main/zot_primitives.h"
 
 #include "io/tests/io_client.h"

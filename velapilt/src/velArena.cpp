@@ -1,3 +1,4 @@
+// Chunks for small blocks, the heap for larger ones, and lists of free blocks.
 #include "velapilt/src/velArena.h"
 
 #include <algorithm>

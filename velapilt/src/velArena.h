@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <vector>
 
+/// Not for several threads.
 class velArena
 {
 public:

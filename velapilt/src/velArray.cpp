@@ -1,3 +1,4 @@
+// Adding to arrays, reading their elements, and the blocks that hold their texts.
 #include "velapilt/src/velArray.h"
 
 #include <algorithm>

@@ -32,6 +32,7 @@ public:
     /// Room for `length` characters and a NUL, which is set. Throws bad_alloc.
     char *allocate(std::size_t length);
 
+    /// Frees all texts.
     void clear();
 
 private:
@@ -48,6 +49,7 @@ class velStringList
 public:
     velStringList() = default;
 
+    /// Texts in the list, the null at its end not counted.
     [[nodiscard]] std::size_t size() const { return texts_.empty() ? 0 : texts_.size() - 1; }
     [[nodiscard]] bool empty() const { return size() == 0; }
 
@@ -57,7 +59,9 @@ public:
     {
         return texts_.empty() ? nullptr : texts_.data();
     }
+    /// The text at a position below size().
     [[nodiscard]] const char *operator[](std::size_t i) const { return texts_[i]; }
+    /// The texts in their order, for loops.
     [[nodiscard]] const char *const *begin() const { return texts_.data(); }
     [[nodiscard]] const char *const *end() const { return texts_.data() + size(); }
 
@@ -76,8 +80,11 @@ public:
     /// Throws bad_alloc.
     explicit velArray(velArrayKind kind);
 
+    /// Fixed at construction.
     [[nodiscard]] velArrayKind kind() const { return kind_; }
+    /// Elements in the array.
     [[nodiscard]] std::int32_t count() const { return count_; }
+    /// Elements that it holds before it grows.
     [[nodiscard]] std::int32_t capacity() const { return capacity_; }
 
     /// The sum of the lengths of all texts added by copy or by ownership.

@@ -16,6 +16,7 @@
     return word;
 }
 
+/// Whether `length` bytes are the same in both.
 [[nodiscard]] inline bool velSameBytes(const char *a, const char *b, std::size_t length)
 {
     if (length >= 8) {

@@ -18,12 +18,14 @@
 #include <utility>
 #include <vector>
 
+/// An entry of the stack of current paths.
 struct velPathEntry
 {
     velNode *node = nullptr; ///< the current node; not owned
     std::string text;        ///< the path where it names no node
 };
 
+/// All that belongs to one database. Everything goes with it; see velDestroyHandle.
 struct velHandle
 {
     // --- The tree (velTree_p.h, velRemove_p.h)
@@ -40,6 +42,7 @@ struct velHandle
 
     // --- Handlers (velHandlers_p.h)
 
+    /// Handlers with the data that each is called with.
     struct ChangeEntry
     {
         velChangeHandler handler;

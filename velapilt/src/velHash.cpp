@@ -1,3 +1,4 @@
+// The bucket counts, the multipliers of the hash, and the plain hash table.
 #include "velapilt/src/velHash.h"
 
 #include <algorithm>

@@ -42,6 +42,7 @@ void velAssertAllMoved(std::int64_t entries, std::int64_t moved);
 class velHashFunction
 {
 public:
+    /// For one of the bucket counts.
     explicit velHashFunction(std::int32_t buckets);
 
     [[nodiscard]] std::int32_t buckets() const { return static_cast<std::int32_t>(divisor_); }
@@ -56,6 +57,7 @@ public:
             growMultipliers(length);
         }
     }
+    /// The longest key that `extend` takes without growing.
     [[nodiscard]] std::size_t prepared() const { return multipliers_.size(); }
 
     /// The state after `text`, which stands at `position` in its key. Throws
@@ -84,6 +86,7 @@ public:
     /// before it, those of different texts do not. The texts are words, whose
     /// characters all lie below 126.
     void extendFour(Lane *const lanes[4]) const;
+    /// As extendFour, for one text.
     void extendOne(Lane &lane) const { extendFrom(lane, 0); }
 
 private:
@@ -136,11 +139,13 @@ private:
 class velHashTable
 {
 public:
+    /// Has the first bucket count from `requestedSize` on. Throws bad_alloc.
     explicit velHashTable(std::int32_t requestedSize);
 
     /// 1; a key already there keeps its place and takes the new value. 0 when
     /// memory runs out.
     int insert(std::string_view key, void *value);
+    /// The value of the key; null for none.
     [[nodiscard]] void *lookup(std::string_view key);
     /// 1 and the value if the key was there, else 0.
     int remove(std::string_view key, void **value);

@@ -49,6 +49,7 @@ struct velNode
 
     [[nodiscard]] bool isParam() const { return type == velWords::none; }
     [[nodiscard]] bool isRoot() const { return type == velWords::slash; }
+    /// Null where there is none, and for a Parameter.
     [[nodiscard]] velNode *firstChild() const { return isParam() ? nullptr : children.first; }
 
     /// The bit by which a parent knows that it has no child of a word: most
@@ -58,11 +59,13 @@ struct velNode
         return 1U << (word * 0x9E3779B1U >> 27);
     }
 
+    /// False only if there is no child with this last word.
     [[nodiscard]] bool mayHaveChild(std::uint32_t word) const
     {
         return (childWords & wordBit(word)) != 0;
     }
 
+    /// Never velNone.
     [[nodiscard]] velKind kind() const
     {
         if (isParam()) {
@@ -85,4 +88,5 @@ struct velNode
 
 static_assert(sizeof(velNode) <= 72);
 
+/// Bytes of the longest path that a node may have.
 inline constexpr std::size_t velLongestPath = (std::size_t{1} << 28) - 1;

@@ -1,3 +1,4 @@
+// Reading numbers without the locale, and rounding them to 32 bits.
 #include "velapilt/src/velNumber.h"
 
 #include "velapilt/src/velSpace.h"

@@ -1,3 +1,4 @@
+// Large blocks, aligned so that the platform can use large pages for them.
 #include "velapilt/src/velPages.h"
 
 #include <cstdlib>

@@ -10,10 +10,12 @@
 #include <cstddef>
 #include <memory>
 
+/// Frees a block of velAllocatePages.
 struct velFreePages
 {
     void operator()(char *block) const noexcept;
 };
+/// A block that its owner frees.
 using velPages = std::unique_ptr<char[], velFreePages>;
 
 /// A block of at least `bytes`, not initialised. Throws bad_alloc.

@@ -1,3 +1,4 @@
+// Paths brought into normal form, made absolute, joined and cut.
 #include "velapilt/src/velPath.h"
 
 #include "velapilt/src/velComponentText.h"

@@ -16,6 +16,7 @@ enum class velLastComponent {
     Keep,   ///< so that the create operations can refuse it
 };
 
+/// The normal form of a path. Throws bad_alloc.
 [[nodiscard]] std::string velNormalForm(std::string_view path,
                                         velLastComponent last = velLastComponent::Reduce);
 

@@ -1,3 +1,4 @@
+// The quick hash of paths, and what the memo keeps and forgets.
 #include "velapilt/src/velPathMemo.h"
 
 #include "velapilt/src/velBytes.h"

@@ -17,6 +17,7 @@
 class velPathMemo
 {
 public:
+    /// The quick hash of a path text; that of the path table is another one.
     [[nodiscard]] static std::uint64_t hash(std::string_view path);
 
     /// The node remembered under `hash` for which `isIt` holds, or null.
@@ -38,7 +39,9 @@ public:
 
     /// Remembers a node of a table that has `entries`. Without memory it does not.
     void remember(std::uint64_t hash, velNode *node, std::int64_t entries);
+    /// Takes a node out, as a result and as a parent; `hash` is that of its path.
     void forget(std::uint64_t hash, const velNode *node);
+    /// Forgets everything.
     void clear();
     [[nodiscard]] bool isEmpty() const { return sets_.empty(); }
 

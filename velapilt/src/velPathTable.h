@@ -38,6 +38,7 @@ struct velComponent
     std::uint32_t name;
 };
 
+/// The table, and the list of Parameters that wait to be hashed. It owns no node.
 class velPathTable
 {
 public:
@@ -51,6 +52,7 @@ public:
     void enter(velNode *node);
     /// Enters a Parameter, now or with the next ones.
     void enterLater(velNode *node);
+    /// Takes a node that is in the table out of it.
     void remove(velNode *node);
     /// Takes every node and the root out of the table.
     void clear() noexcept;
@@ -69,9 +71,11 @@ public:
     /// The child of a node that is in the table.
     [[nodiscard]] velNode *findChild(velNode *parent, velComponent component);
 
+    /// Says which node `find` starts from; it has been entered.
     void setRoot(velNode *root) { root_ = root; }
 
     [[nodiscard]] std::int32_t buckets() const { return function_.buckets(); }
+    /// Nodes in the table, those that wait included.
     [[nodiscard]] std::int64_t entries() const
     {
         return entries_ + static_cast<std::int64_t>(pendingCount_);

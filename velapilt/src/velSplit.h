@@ -14,6 +14,7 @@
 /// Adds the pieces to a string array; `count` is theirs.
 [[nodiscard]] const char *splitString(velArray *array, std::string_view text, std::int32_t *count);
 
+/// As splitString, into a list of its own.
 [[nodiscard]] const char *splitStringString(std::string_view text, velStringList *list);
 
 /// Each piece as isLogicalValue reads it. If any is no logical, `message`

@@ -9,6 +9,7 @@
 /// otherwise.
 inline constexpr std::int32_t velUsualWidth = 79;
 
+/// What a node is.
 enum velKind : std::uint32_t {
     velNone = 0,
     velParam = 1,     ///< a name and a value
@@ -16,6 +17,7 @@ enum velKind : std::uint32_t {
     velSingleton = 3, ///< a type only; at most one of it below a parent
 };
 
+/// A child, as lists of children describe it.
 struct velChildInfo
 {
     std::string name;      ///< of a Singleton its type

@@ -24,6 +24,7 @@ public:
     /// `top` is not itself visited.
     explicit velWalk(Node *top) : top_(top), parent_(top), node_(top->firstChild()) {}
 
+    /// Whether everything has been visited.
     [[nodiscard]] bool isDone() const { return node_ == nullptr && parent_ == top_; }
     /// The node that the walk has come to; null at the end of a block.
     [[nodiscard]] Node *node() const { return node_; }

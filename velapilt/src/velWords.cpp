@@ -1,3 +1,4 @@
+// Entering words in their table, which doubles when it is half full.
 #include "velapilt/src/velWords.h"
 
 #include <cstring>

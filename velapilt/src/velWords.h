@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+/// Words get numbers from 1 on in the order in which they are entered.
 class velWords
 {
 public:
@@ -20,6 +21,7 @@ public:
     /// The type of the root.
     static constexpr std::uint32_t slash = 1;
 
+    /// `arena` holds the texts and outlives the words. Throws bad_alloc.
     explicit velWords(velArena &arena);
 
     /// The number of a word, or `none`.
@@ -41,6 +43,7 @@ public:
     /// The number of a word, which is entered if it is new. Throws bad_alloc.
     std::uint32_t intern(std::string_view text);
 
+    /// The text of a word, ended by NUL; "" for `none`. Valid as long as the arena.
     [[nodiscard]] const char *text(std::uint32_t word) const { return words_[word].text; }
     [[nodiscard]] std::string_view view(std::uint32_t word) const
     {

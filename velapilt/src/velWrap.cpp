@@ -1,3 +1,4 @@
+// Where a long line is cut, so that its pieces read back as the line.
 #include "velapilt/src/velWrap.h"
 
 #include "velapilt/src/velSpace.h"

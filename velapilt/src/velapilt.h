@@ -51,10 +51,12 @@ inline constexpr std::uint32_t velFlagSubtreeValid = 0x400; ///< everything belo
 /// and gives 0. The handle must not be used afterwards; null is allowed.
 int velDestroyHandle(velHandle *handle);
 
+/// Destroys a handle, so that an owning pointer can hold it.
 struct velHandleDeleter
 {
     void operator()(velHandle *handle) const { velDestroyHandle(handle); }
 };
+/// A handle that its owner destroys.
 using velHandlePtr = std::unique_ptr<velHandle, velHandleDeleter>;
 
 /// The number of blocks open at this moment.
@@ -69,12 +71,15 @@ void setVELStateH(velHandle *handle, std::int32_t depth);
 
 /// A number kept for the caller; 0 in a new handle.
 [[nodiscard]] std::int32_t getValidationLevel(const velHandle *handle);
+/// Keeps the number; the database makes nothing of it.
 void setValidationLevel(velHandle *handle, std::int32_t level);
 
 /// An opaque value of the caller's, and what frees it with the handle (or when
 /// another value is set). The release is called once, for null data too; at the
 /// end of the handle the tree is gone by then.
 [[nodiscard]] void *velUserData(const velHandle *handle);
+/// Keeps `data` with its release, which may be null. The release of the value before
+/// is called first, unless it is the same data.
 void velSetUserData(velHandle *handle, void *data, void (*release)(void *data));
 
 /// Makes `message` the handle's error text, as it stands, and returns it.
@@ -108,6 +113,7 @@ const char *velRecordError(velHandle *handle, const std::string &message);
 [[nodiscard]] const char *popPath(velHandle *handle);
 /// Replaces the current path, also the bottom one.
 [[nodiscard]] const char *changePath(velHandle *handle, const char *path);
+/// As changePath, for a full path that is not checked.
 [[nodiscard]] const char *velChangePath(velHandle *handle, const char *fullPath);
 /// Empties the stack; its next use starts again from "/".
 void velCleanPathStack(velHandle *handle);
@@ -141,6 +147,7 @@ void velCleanPathStack(velHandle *handle);
 [[nodiscard]] const char *velRemoveObjectH(velHandle *handle, const char *path);
 /// Deletes a node and all below it; "/" is emptied and stays.
 [[nodiscard]] const char *deleteObjH(velHandle *handle, const char *path);
+/// As velRemoveObjectH, with a message of its own for an unknown path.
 [[nodiscard]] const char *deleteParamH(velHandle *handle, const char *path);
 
 // --- Values (velValue.cpp) ----------------------------------------------------
@@ -164,6 +171,7 @@ void velCleanPathStack(velHandle *handle);
 /// from getIntegerValue below zero).
 [[nodiscard]] const char *getIntegerList(velHandle *handle, const char *path,
                                          std::vector<std::int32_t> *list);
+/// Each element as isLogicalValue reads it; one message for all that are none.
 [[nodiscard]] const char *getLogicalList(velHandle *handle, const char *path,
                                          std::vector<std::int32_t> *list);
 
@@ -198,9 +206,12 @@ struct velDigest
 [[nodiscard]] const char *loadVELData(velHandle *handle, const char *const *lines,
                                       std::int32_t count, const velDigest *expected = nullptr,
                                       velDigest *digest = nullptr);
+/// The same for library data: every node that the lines make or touch gets velFlagLibrary.
 [[nodiscard]] const char *loadLibraryData(velHandle *handle, const char *const *lines,
                                           std::int32_t count, const velDigest *expected = nullptr,
                                           velDigest *digest = nullptr);
+/// Parses the texts of a string array; `flags` (velFlag…) go to the nodes that they make or
+/// touch. A block that is still open at the end, or one END too many, is a failure.
 [[nodiscard]] const char *parseVELData(velHandle *handle, const velArray *lines,
                                        std::uint32_t flags, const velDigest *expected = nullptr,
                                        velDigest *digest = nullptr);
@@ -264,8 +275,10 @@ struct velDigest
 /// The components ("TYPE:Name", "TYPE", "Name") of the children wanted.
 [[nodiscard]] const char *getChildObjectList(velHandle *handle, const char *path, bool wantObjects,
                                              bool wantParams, velStringList *list);
+/// The Objects and Singletons alone.
 [[nodiscard]] const char *getChildObjectList(velHandle *handle, const char *path,
                                              velStringList *list);
+/// The Parameters alone.
 [[nodiscard]] const char *getChildParamList(velHandle *handle, const char *path,
                                             velStringList *list);
 
@@ -274,6 +287,7 @@ struct velDigest
 [[nodiscard]] const char *getObjectsByNameH(velHandle *handle, const char *path, const char *name,
                                             std::uint32_t include, std::uint32_t exclude,
                                             velStringList *list);
+/// The same by type.
 [[nodiscard]] const char *getObjectsByTypeH(velHandle *handle, const char *path, const char *type,
                                             std::uint32_t include, std::uint32_t exclude,
                                             velStringList *list);
@@ -290,12 +304,17 @@ struct velNodeInfo
 
 /// A place in the tree; null where there is none. Valid until the tree changes.
 struct velNode;
+/// The node with a path as a caller gives it; null for none, and without memory.
 [[nodiscard]] const velNode *velFindNode(velHandle *handle, const char *path);
 /// The node whose full path is this very text: nothing is resolved.
 [[nodiscard]] const velNode *velFindFullPath(velHandle *handle, const char *fullPath);
+/// The first child in stored order; null where there is none, and for a Parameter.
 [[nodiscard]] const velNode *velFirstChild(const velNode *node);
+/// The next child of the same parent; null after the last.
 [[nodiscard]] const velNode *velNextSibling(const velNode *node);
+/// What the node is. The texts belong to the database and are valid until it changes.
 [[nodiscard]] velNodeInfo velDescribe(const velHandle *handle, const velNode *node);
+/// How many children the node has; 0 for a Parameter.
 [[nodiscard]] std::uint32_t velChildCount(const velNode *node);
 /// "TYPE:Name", "TYPE" or "Name", which tells the node apart from its siblings.
 /// Throws bad_alloc.
@@ -303,6 +322,7 @@ struct velNode;
 
 // --- Handlers (velHandlers.cpp) -------------------------------------------------
 
+/// What a change handler is called for.
 enum velChange : std::int32_t {
     velValueChanged = 0,  ///< also a Parameter made (no old value) or removed (no new one)
     velObjectCreated = 1, ///< Object or Singleton
@@ -319,8 +339,11 @@ using velReplaceHandler = void (*)(const char *path, void *userData);
 using velActionHandler = int (*)(velHandle *handle, const char *action,
                                  const char *const *arguments, void *userData);
 
+/// Adds a handler to those that are called, in this order; the same one may be added again.
+/// `userData` belongs to the caller and is given to every call.
 [[nodiscard]] const char *addChangeHandler(velHandle *handle, velChangeHandler handler,
                                            void *userData);
+/// As addChangeHandler.
 [[nodiscard]] const char *addReplaceHandler(velHandle *handle, velReplaceHandler handler,
                                             void *userData);
 /// One unnamed handler: registering again replaces it.
@@ -329,6 +352,7 @@ using velActionHandler = int (*)(velHandle *handle, const char *action,
 
 /// Hands a line that begins with '>' to the action handler.
 [[nodiscard]] const char *velRunActionLine(velHandle *handle, const char *line);
+/// Calls the action handler. A message if there is none, or if it returns 0.
 [[nodiscard]] const char *invokeAction(velHandle *handle, const char *action,
                                        const char *const *arguments);
 

@@ -1,3 +1,4 @@
+// The arena: blocks of many sizes do not overlap, and released ones come again.
 #include "velapilt/src/velArena.h"
 
 #include "velapilt/tests/velTestData.h"

@@ -1,3 +1,4 @@
+// Arrays of each kind: growth, terminators, lengths, copies, and adds of another kind.
 #include "velapilt/src/velArray.h"
 
 #include "velapilt/tests/velTestData.h"

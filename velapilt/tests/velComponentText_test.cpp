@@ -33,19 +33,23 @@ TEST(ComponentText, IsTakenApartAtTheFirstColon)
 TEST(ComponentText, IsTheSameFromAQueryAndFromTheWalk)
 {
     const velHandlePtr handle(velCreateHandle());
-    for (const char *line : {"FLOW:", "Option = 1", "OUTPUT:", "END", "DOMAIN: Duct", "END", "END"})
+    for (const char *line :
+         {"FLOW:", "Option = 1", "OUTPUT:", "END", "DOMAIN: Duct", "END", "END"}) {
         ASSERT_EQ(parseVELLineH(handle.get(), line, 0), nullptr);
+    }
 
     std::vector<velChildInfo> children;
     ASSERT_EQ(getChildList(handle.get(), "/FLOW", &children, nullptr), nullptr);
     std::vector<std::string> asked;
-    for (const velChildInfo &child : children)
+    for (const velChildInfo &child : children) {
         asked.push_back(velComponentOf(child));
+    }
 
     std::vector<std::string> walked;
     const velNode *node = velFirstChild(velFindNode(handle.get(), "/FLOW"));
-    for (; node != nullptr; node = velNextSibling(node))
+    for (; node != nullptr; node = velNextSibling(node)) {
         walked.push_back(velComponentOf(velDescribe(handle.get(), node)));
+    }
 
     EXPECT_EQ(asked, (std::vector<std::string>{"Option", "OUTPUT", "DOMAIN:Duct"}));
     EXPECT_EQ(walked, asked);
@@ -55,8 +59,9 @@ TEST(Blanks, AreTheSixOfTheCLocale)
 {
     std::string blanks;
     for (int c = 0; c < 256; ++c) {
-        if (velIsSpace(static_cast<char>(c)))
+        if (velIsSpace(static_cast<char>(c))) {
             blanks += static_cast<char>(c);
+        }
     }
     EXPECT_EQ(blanks, "\t\n\v\f\r ");
 }

@@ -181,8 +181,9 @@ TEST_F(VelFile, LinesIntoAnArrayOfAnotherKind)
 
 TEST_F(VelFile, AFileWithoutASize)
 {
-    if (std::ifstream("/proc/self/status").fail())
+    if (std::ifstream("/proc/self/status").fail()) {
         GTEST_SKIP() << "no /proc here";
+    }
     // The kernel says 0 of it, and there is more.
     EXPECT_NE(lines("/proc/self/status").find("Name:"), std::string::npos);
 }

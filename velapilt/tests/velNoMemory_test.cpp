@@ -117,7 +117,8 @@ void expectInStep(const velHandlePtr &handle)
                            const std::string &path) -> void {
         ASSERT_EQ(velFindNode(handle.get(), path.c_str()), node) << path;
         std::uint32_t count = 0;
-        for (const velNode *child = velFirstChild(node); child; child = velNextSibling(child)) {
+        for (const velNode *child = velFirstChild(node); child != nullptr;
+             child = velNextSibling(child)) {
             const velNodeInfo info = velDescribe(handle.get(), child);
             std::string component = info.kind == velParam ? "" : info.type;
             component += info.kind == velObject ? ":" : "";

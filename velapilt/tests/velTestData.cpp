@@ -1,3 +1,4 @@
+// Results written as text, the log of changes, folders and environments of a test.
 #include "velapilt/tests/velTestData.h"
 
 #include <gtest/gtest.h>
@@ -83,7 +84,8 @@ std::string flagsOf(const velHandlePtr &handle)
         std::array<char, 16> flags{};
         std::snprintf(flags.data(), flags.size(), "%#x", info.flags);
         text += path + " " + velKindWord(info.kind) + " " + flags.data() + "\n";
-        for (const velNode *child = velFirstChild(node); child; child = velNextSibling(child)) {
+        for (const velNode *child = velFirstChild(node); child != nullptr;
+             child = velNextSibling(child)) {
             const velNodeInfo below = velDescribe(handle.get(), child);
             std::string component = below.kind == velParam ? "" : below.type;
             component += below.kind == velObject ? ":" : "";
@@ -112,7 +114,9 @@ std::string ChangeLog::take()
 int ChangeLog::note(const char *path, std::int32_t code, const char *newValue, const char *oldValue,
                     void *userData)
 {
-    const auto orDash = [](const char *value) { return std::string(value ? value : "-"); };
+    const auto orDash = [](const char *value) {
+        return std::string(value == nullptr ? "-" : value);
+    };
     std::string &text = static_cast<ChangeLog *>(userData)->text_;
     text += path;
     switch (code) {

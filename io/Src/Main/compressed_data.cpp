@@ -1,3 +1,4 @@
+// Writes and reads compressed arrays: a length and a stream, or blocks of both.
 #include "io/Src/Main/compressed_data.h"
 
 #include "io/Src/Main/byte_order.h"
@@ -37,7 +38,7 @@ public:
         const io_reporter &report = *io_.report;
         std::int64_t buffer_bytes = std::min(count * word_, part_bytes);
         byte_buffer buffer = allocate(buffer_bytes);
-        if (!buffer) {
+        if (buffer == nullptr) {
             return report.no_memory("write_compressed_dataarray", buffer_bytes);
         }
         auto take = [this](const void *bytes, std::size_t part, bool last) {
@@ -191,7 +192,7 @@ private:
 
     bool has_part()
     {
-        if (!part_) {
+        if (part_ == nullptr) {
             part_ = allocate(part_bytes);
         }
         return part_ != nullptr;

@@ -1,3 +1,4 @@
+// Lists, verifies and rebuilds a container, with the index or past it.
 #include "io/Src/Main/container_check.h"
 
 #include "io/Src/Main/dataset_scan.h"

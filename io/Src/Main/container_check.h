@@ -9,6 +9,7 @@
 #include <functional>
 #include <vector>
 
+/// A dataset of a container, as a listing describes it.
 struct container_entry
 {
     char status = 'Y';  ///< 'Y' live, 'N' deleted
@@ -23,6 +24,7 @@ struct container_entry
 /// `all` also the deleted ones, by a scan.
 [[nodiscard]] int list_container(open_file &file, bool all, std::vector<container_entry> &entries);
 
+/// Something that is wrong in a container.
 struct container_fault
 {
     std::int64_t position = 0; ///< byte of the file
@@ -40,6 +42,7 @@ using container_progress = std::function<void(std::int64_t done, std::int64_t to
                                    std::vector<container_fault> &faults,
                                    const container_progress &progress = nullptr);
 
+/// What a rebuilding did.
 struct rebuild_result
 {
     std::int32_t datasets = 0;         ///< in the new index

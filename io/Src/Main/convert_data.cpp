@@ -1,3 +1,4 @@
+// Walks through the items of two types and converts each value between them.
 #include "io/Src/Main/convert_data.h"
 
 #include "io/Src/Main/zot_numbers.h"
@@ -24,7 +25,7 @@ bool convert_value(From from, To &to)
         }
     }
     if constexpr (std::is_same_v<To, std::uint8_t>) {
-        to = from != 0;
+        to = from != 0 ? 1 : 0;
     } else {
         to = static_cast<To>(from);
     }

@@ -1,3 +1,4 @@
+// Copies datasets byte by byte, or value by value where the form has to change.
 #include "io/Src/Main/copy_dataset.h"
 
 #include "io/Src/Main/read_dataset.h"

@@ -4,6 +4,7 @@
 
 #include "io/Src/Main/open_file.h"
 
+/// What tells a dataset apart from others in its container.
 struct dataset_name
 {
     std::string what;

@@ -1,3 +1,4 @@
+// Writes and reads arrays of each type, and judges whether a header can be true.
 #include "io/Src/Main/data_io.h"
 
 #include "io/Src/Main/compressed_data.h"
@@ -11,7 +12,7 @@ namespace {
 
 std::uint8_t plain_logical(std::uint8_t value)
 {
-    return value != 0;
+    return value != 0 ? 1 : 0;
 }
 
 /// Exactly 0 and 1, whatever the client took for true.

@@ -1,3 +1,4 @@
+// Parses data type strings, and counts what their elements take.
 #include "io/Src/Main/data_type.h"
 
 #include "io/Src/Main/decimal.h"

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+/// One item of a data type.
 struct type_entry
 {
     element_type type = IO_STRI;
@@ -22,17 +23,20 @@ struct type_entry
 
     /// Values that a client's array holds for it.
     std::int64_t values() const { return element_of(type).has_length ? 1 : count; }
+    /// Bytes of the item in a binary file.
     std::int64_t bytes() const;
 };
 
 /// How many values of each type, by code.
 using element_counts = std::array<std::int64_t, IO_ELEMENT_TYPES>;
 
+/// A data type string, taken apart.
 struct data_type
 {
     bool structure = false;
     std::vector<type_entry> entries; ///< one of a single type, 1 to 41 of a structure
 
+    /// The element type of a single type.
     element_type single() const { return entries.front().type; }
 
     /// Bytes of one element (of a structure: one record) in a binary file.

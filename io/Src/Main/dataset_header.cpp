@@ -1,3 +1,4 @@
+// The records of a header: writer and reader of each.
 #include "io/Src/Main/dataset_header.h"
 
 #include "io/Src/Main/decimal.h"

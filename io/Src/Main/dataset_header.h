@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+/// The records of a header.
 struct dataset_header
 {
     std::string what;
@@ -24,6 +25,8 @@ bool header_is_writable(const dataset_header &header);
 /// compressed format, 0 (none is written) in an uncompressed binary one.
 std::int32_t header_blockfactor(format_code format, std::int32_t asked);
 
+/// From "*HEADER" up to the data tag, which is not written. 4 or 11 without a
+/// message if the file does not take it.
 [[nodiscard]] int write_header(zot_io &io, format_code format, const dataset_header &header);
 
 /// From "*HEADER" up to the data tag, in front of which the stream then stands.
@@ -33,6 +36,7 @@ std::int32_t header_blockfactor(format_code format, std::int32_t asked);
 [[nodiscard]] int read_header(zot_io &io, format_code format, const std::string &file,
                               dataset_header &header);
 
+/// The tag in front of the data; reading gives 15 for another one.
 [[nodiscard]] int write_datatag(zot_io &io, format_code format);
 [[nodiscard]] int read_datatag(zot_io &io, format_code format);
 

@@ -1,3 +1,4 @@
+// Steps from dataset to dataset, and guesses what old deletion marks replaced.
 #include "io/Src/Main/dataset_scan.h"
 
 #include <algorithm>

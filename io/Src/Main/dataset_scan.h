@@ -5,12 +5,14 @@
 #include "io/Src/Main/dataset_header.h"
 #include "io/Src/Main/open_file.h"
 
+/// What a scan comes to.
 enum class scan_kind {
     dataset, ///< live, both lengths agree, the header was read
     deleted, ///< marked, both lengths agree; the header is read if it can be
     index,   ///< a stored index
 };
 
+/// A dataset or an index, as the scan has read it.
 struct scanned_dataset
 {
     scan_kind kind = scan_kind::dataset;
@@ -33,6 +35,7 @@ enum class scan_end {
     damaged,     ///< what stands there is no dataset, or contradicts itself
 };
 
+/// A scan of an open file, whose stream it moves.
 class dataset_scan
 {
 public:
@@ -43,7 +46,9 @@ public:
     /// whose reason has been reported where it is not a good one.
     bool next();
 
+    /// What next() came to last.
     const scanned_dataset &item() const { return item_; }
+    /// Why the scan ended; `running` while it has not.
     scan_end end() const { return end_; }
 
     /// Goes on behind an end at damage or a cut, from the next place where a

@@ -1,3 +1,4 @@
+// Marks datasets as deleted, first in the index, then in the file.
 #include "io/Src/Main/delete_ds.h"
 
 namespace {

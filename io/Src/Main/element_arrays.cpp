@@ -1,3 +1,4 @@
+// Finds, measures and clears the arrays of an IO_data; allocates a set of them.
 #include "io/Src/Main/element_arrays.h"
 
 #include "io/Src/Main/zot_primitives.h"

@@ -54,7 +54,9 @@ public:
     /// `string_slot` in the record.
     bool allocate(const element_counts &counts, std::size_t string_slot);
 
+    /// The record that names the arrays; they belong to this object.
     IO_data &data() { return data_; }
+    /// What the last allocation asked for.
     std::int64_t bytes() const { return bytes_; }
 
 private:

@@ -15,6 +15,7 @@
 /// The order is the type code.
 enum element_type : int { IO_STRI, IO_CHAR, IO_INTR, IO_REAL, IO_DBLE, IO_LOGL };
 
+/// How many types there are.
 inline constexpr int IO_ELEMENT_TYPES = IO_LOGL + 1;
 
 /// What is known of an element type.
@@ -137,6 +138,7 @@ static_assert(
     return element_table[static_cast<std::size_t>(type)];
 }
 
+/// Parts of the table by themselves.
 [[nodiscard]] constexpr const char *element_type_name(element_type type)
 {
     return element_of(type).name;

@@ -1,3 +1,4 @@
+// Index lines taken apart, and the searches by WHAT, by WHERE and of all lines.
 #include "io/Src/Main/get_ds_location.h"
 
 #include "io/Src/Main/element_arrays.h"

@@ -19,6 +19,7 @@ struct located_dataset
     std::int32_t slot; ///< in the index; −1: found to be deleted
 };
 
+/// The result of a search, in its order.
 using located_datasets = std::vector<located_dataset>;
 
 /// "%s%c%s%c%s%c%d%c%I64d%c%I64d"
@@ -29,6 +30,7 @@ std::string format_index_line(char status, std::string_view what, std::string_vi
 /// a tokenizer does. 12 for a missing field.
 [[nodiscard]] int parseindex(const io_reporter &report, const char *line, located_dataset &record);
 
+/// The ways to search, which get_ds_location() describes.
 enum location_mode { IO_SORT_WHAT, IO_SORT_WHERE, IO_FULL_SCAN };
 
 /// The live datasets that match, in ascending byte order of the array searched

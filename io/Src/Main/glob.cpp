@@ -1,3 +1,4 @@
+// Matches patterns without recursion: the last star is the one to come back to.
 #include "io/Src/Main/glob.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Writes the index, reads it in one go, and builds it again from the datasets.
 #include "io/Src/Main/index_file.h"
 
 #include "io/Src/Main/dataset_header.h"

@@ -1,3 +1,4 @@
+// The slots of the index in memory, and the orders by which it is searched.
 #include "io/Src/Main/index_table.h"
 
 #include <algorithm>

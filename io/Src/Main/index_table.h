@@ -20,13 +20,16 @@
 #include <string_view>
 #include <vector>
 
+/// The lines of one index. It owns their memory; a new one is empty.
 class index_table
 {
 public:
+    /// Lines in the table, deleted ones included.
     std::int32_t count() const { return count_; }
 
     /// Usable slots; the sentinel stands behind them.
     std::int32_t capacity() const { return capacity_; }
+    /// Whether sort_by_what() still holds.
     bool sorted() const { return sorted_; }
 
     /// NUL-terminated, in its slot of 256 bytes; valid until the next insertion
@@ -35,6 +38,7 @@ public:
 
     /// 'Y' live, 'N' deleted.
     char status(std::int32_t slot) const { return *line(slot); }
+    /// Marks the line, here only.
     void set_status(std::int32_t slot, char status) { slots_.get()[offset(slot)] = status; }
 
     /// Adds the line behind the others. 14 if there is no memory, or the line
@@ -58,6 +62,7 @@ public:
     /// after an insertion or a sort. Throws bad_alloc.
     std::int32_t first_of_name(std::string_view what, std::string_view where);
 
+    /// Frees everything; the table is as new.
     void clear();
 
 private:

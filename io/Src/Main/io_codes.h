@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 
+/// The numbers are those that clients know.
 enum io_code : int {
     IO_OK = 0,
     IO_CANNOT_OPEN = 1,

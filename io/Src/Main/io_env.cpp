@@ -1,3 +1,4 @@
+// The real environment: files, locks and waiting by the system's own calls.
 #include "io/Src/Main/io_env.h"
 
 #include <cerrno>

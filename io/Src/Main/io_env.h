@@ -25,10 +25,13 @@ public:
 
     /// −1 on failure.
     virtual std::int64_t size() = 0;
+    /// Cuts the file to, or extends it to, `size` bytes; false on failure.
     virtual bool truncate(std::int64_t size) = 0;
+    /// False if what was written may be lost; the file is closed anyway.
     virtual bool close() = 0;
 };
 
+/// How a file is opened.
 enum class io_open {
     read,       ///< an existing file, to read
     update,     ///< an existing file, to read and write
@@ -36,6 +39,7 @@ enum class io_open {
     truncate,   ///< made, or emptied
 };
 
+/// The system, as the library sees it.
 class io_env
 {
 public:
@@ -43,7 +47,9 @@ public:
 
     /// Null with errno on failure. Only regular files are opened.
     virtual std::unique_ptr<io_file> open(const char *name, io_open how) = 0;
+    /// Deletes a file; false with errno on failure.
     virtual bool remove(const char *name) = 0;
+    /// Waits.
     virtual void sleep(int milliseconds) = 0;
 
     /// Null where the variable is not set.
@@ -54,6 +60,7 @@ public:
 
     /// What the default error routine prints.
     virtual void put_error(std::string_view line) = 0;
+    /// Stops in a debugger, where one is attached.
     virtual void break_into_debugger() = 0;
 };
 

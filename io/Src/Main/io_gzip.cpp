@@ -1,3 +1,4 @@
+// Drives zlib over arrays, with room that does not grow with them.
 #include "io/Src/Main/io_gzip.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Composes messages and trace lines, also where memory is out.
 #include "io/Src/Main/io_report.h"
 
 #include <cerrno>

@@ -24,9 +24,11 @@
 /// What it returns is not used.
 using io_error_routine = int (*)(const char *text, std::int32_t length);
 
+/// Where the messages of one set of files go.
 class io_reporter
 {
 public:
+    /// `env` outlives the reporter.
     explicit io_reporter(io_env &env) : env_(&env) {}
 
     /// Null stands for the default routine: "IO: %s" to standard error.
@@ -51,6 +53,7 @@ public:
 
     /// Prints "TRACE> …" if `ZOT_IO_TRACE` was set at the first call.
     void trace(const char *format, ...) const IO_PRINTF(2, 3);
+    /// Whether trace() prints, to spare what only it needs.
     bool tracing() const;
 
 private:

@@ -11,10 +11,11 @@ namespace {
 
 bool is_complete(const IO_header &header)
 {
-    bool attributes =
-        header.attribute_count == nullptr || *header.attribute_count <= 0 || header.attributes;
-    return header.what && header.where && header.when && attributes && header.count &&
-           header.type && header.blockfactor;
+    bool attributes = header.attribute_count == nullptr || *header.attribute_count <= 0 ||
+                      header.attributes != nullptr;
+    return header.what != nullptr && header.where != nullptr && header.when != nullptr &&
+           attributes && header.count != nullptr && header.type != nullptr &&
+           header.blockfactor != nullptr;
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 struct dataset_name;
 struct request_traits;
 
+/// One primary, one secondary and one plain text file, and what requests have begun on them.
 class io_session
 {
 public:

@@ -1,3 +1,4 @@
+// The buffer between the library and a file: read ahead, or gather writes.
 #include "io/Src/Main/io_stream.h"
 
 #include <algorithm>
@@ -50,7 +51,7 @@ bool io_stream::fill()
     std::int64_t skipped = position_ - (start_ + static_cast<std::int64_t>(used_));
     bool in_order = used_ > 0 && skipped >= 0 && skipped < static_cast<std::int64_t>(ahead_);
     ahead_ = in_order ? std::min(ahead_ * 2, buffer_bytes) : first_ahead;
-    if (!buffer_) {
+    if (buffer_ == nullptr) {
         buffer_.reset(new char[buffer_bytes]);
     }
     start_ = position_;
@@ -149,7 +150,7 @@ bool io_stream::gather(const void *from, std::size_t bytes)
     if (used_ + bytes > buffer_bytes && !flush()) {
         return false;
     }
-    if (!buffer_) {
+    if (buffer_ == nullptr) {
         buffer_.reset(new char[buffer_bytes]);
     }
     std::memcpy(buffer_.get() + used_, from, bytes);

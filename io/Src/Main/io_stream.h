@@ -13,14 +13,17 @@
 #include <memory>
 #include <string>
 
+/// An open file, or none: a stream without a file is false, and closed.
 class io_stream
 {
 public:
     io_stream() = default;
+    /// Takes the file over, at position 0.
     explicit io_stream(std::unique_ptr<io_file> file) : file_(std::move(file)) {}
 
     explicit operator bool() const { return file_ != nullptr; }
 
+    /// Where the next byte is read or written.
     std::int64_t tell() const { return position_; }
 
     /// Any position that is not negative; false (EINVAL) otherwise, and where
@@ -37,7 +40,9 @@ public:
     enum line_end { at_lf, at_limit, at_end_of_file };
     line_end read_line(std::size_t most, std::string &line);
 
+    /// Writes at the position and goes on after it; false with errno on failure.
     [[nodiscard]] bool write(const void *from, std::size_t bytes);
+    /// Gives what is gathered to the file; false with errno on failure.
     [[nodiscard]] bool flush();
 
     /// Forgets what is gathered and not yet written.
@@ -48,6 +53,7 @@ public:
 
     /// −1 on failure.
     std::int64_t size();
+    /// As io_file::truncate(), after what is gathered has been written.
     [[nodiscard]] bool truncate(std::int64_t size);
 
     /// Writes what is gathered and closes; the stream is empty afterwards.

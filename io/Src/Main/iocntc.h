@@ -16,6 +16,7 @@
 #include "io/Src/Main/io_records.h"
 #include "io/Src/Main/io_report.h"
 
+/// What a client may ask for. The numbers are those that clients send.
 enum io_request : std::uint32_t {
     IO_OPEN_PRIMARY = 0,       ///< `filename`, to read
     IO_CLOSE_PRIMARY = 1,      ///< writes index and size if anything changed

@@ -1,3 +1,4 @@
+// Chooses format codes, and turns live ones into deleted marks and back.
 #include "io/Src/Main/iofmt.h"
 
 #include "io/Src/Main/container_format.h"

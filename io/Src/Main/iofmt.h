@@ -7,11 +7,13 @@
 #include <string_view>
 #include <vector>
 
+/// Letter F: formatted; U, u, L, l: binary; the other letters mark deleted datasets.
 struct format_code
 {
     char letter = 'F';
     char second = ' '; ///< the compression level as a digit, or anything else
 
+    /// Text rather than binary.
     bool formatted() const { return letter == 'F'; }
 
     /// Lengths of 8 bytes rather than 4.
@@ -20,18 +22,22 @@ struct format_code
     /// Binary numbers of the other byte order.
     bool swapped() const { return letter != 'F' && letter != 'l' && letter != 'u'; }
 
+    /// Whether the second character is a level of compression, and which.
     bool has_digit() const { return second >= '0' && second <= '9'; }
     [[nodiscard]] int level() const { return second - '0'; }
 
     /// One of U, u, L, l.
     bool binary() const;
+    /// Written as a dataset, not as the mark of a deleted one.
     bool live() const { return formatted() || binary(); }
     bool deleted() const;
+    /// Whether arrays may be compressed.
     bool compressed() const { return binary() && has_digit(); }
 
     bool operator==(const format_code &) const = default;
 };
 
+/// The code of text.
 inline constexpr format_code IO_FORMATTED = {'F', ' '};
 
 /// One of the nine letters "FDdUuLlXx".

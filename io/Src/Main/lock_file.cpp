@@ -1,3 +1,4 @@
+// Reads, writes and removes lock files, and waits for the levels in them.
 #include "io/Src/Main/lock_file.h"
 
 #include "io/Src/Main/decimal.h"

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+/// What iif_set_lock() is to bring the lock to.
 enum lock_request : int { IO_UNLOCK = -1, IO_LOCK_READ = 0, IO_LOCK_WRITE = 1 };
 
 /// Does nothing where the file's mode already satisfies the request. 21 with a
@@ -19,6 +20,7 @@ enum lock_request : int { IO_UNLOCK = -1, IO_LOCK_READ = 0, IO_LOCK_WRITE = 1 };
 /// Writes −1 into the lock file of a file that this process holds.
 [[nodiscard]] int write_busy_level(open_file &file);
 
+/// What a lock file says.
 struct lock_state
 {
     bool exists = false;
@@ -29,6 +31,7 @@ struct lock_state
 /// another process, and is read again for a fifth of a second.
 lock_state read_lock_file(io_env &env, const char *name);
 
+/// The name of the lock file of a container.
 std::string lock_file_name(const std::string &container);
 std::string lock_file_name(const open_file &file);
 

@@ -1,3 +1,4 @@
+// Opens a container, makes it writable, flushes and closes it.
 #include "io/Src/Main/open_file.h"
 
 #include "io/Src/Main/dataset_header.h"

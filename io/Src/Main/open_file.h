@@ -12,8 +12,10 @@
 
 #include <string>
 
+/// Whether a file is open, and for what.
 enum class open_mode { none, read, write };
 
+/// A container from opening to closing. Its stream and index belong to it.
 struct open_file
 {
     open_file(io_env &environment, const io_reporter &reporter)
@@ -75,6 +77,7 @@ struct open_options
 /// index stands and cuts the file behind it.
 [[nodiscard]] int begin_change(open_file &file);
 
+/// What became of a "*CRASH" that was to be put into a file.
 enum class crash_tag {
     written,
     not_reached, ///< the file could not be cut; errno says why

@@ -1,3 +1,4 @@
+// Opens the plain text file, reads numbers from it and writes lines.
 #include "io/Src/Main/plain_text.h"
 
 #include "io/Src/Main/element_arrays.h"
@@ -62,7 +63,8 @@ int iif_close_text(plain_text &file)
 
 int read_text_integers(plain_text &file, IO_data &data)
 {
-    element_counts counts = {0, 0, data.integers_size, 0, 0, 0};
+    element_counts counts = {};
+    counts[IO_INTR] = data.integers_size;
     if (!arrays_hold(data, counts)) {
         return file.io.report->error(IO_NO_ROOM, "iocntc: stringarray or intrarray is wrong\n");
     }
@@ -75,7 +77,8 @@ int read_text_integers(plain_text &file, IO_data &data)
 
 int read_text_reals(plain_text &file, IO_data &data)
 {
-    element_counts counts = {0, 0, 0, data.reals_size, 0, 0};
+    element_counts counts = {};
+    counts[IO_REAL] = data.reals_size;
     if (!arrays_hold(data, counts)) {
         return file.io.report->error(IO_NO_ROOM, "iocntc: real array is wrong\n");
     }

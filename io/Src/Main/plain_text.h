@@ -4,6 +4,7 @@
 #include "io/Src/Main/io_records.h"
 #include "io/Src/Main/zot_primitives.h"
 
+/// The file, or none.
 struct plain_text
 {
     zot_io io;
@@ -16,6 +17,7 @@ struct plain_text
 /// "a" adds to its end, making it where it is missing.
 [[nodiscard]] int iif_open_text(io_env &env, const io_reporter &report, const char *name,
                                 const char *access, plain_text &file);
+/// 7 with a message if what was written may be lost; the file is closed anyway.
 [[nodiscard]] int iif_close_text(plain_text &file);
 
 /// Lines of numbers until the array is full: integers in columns of 10, reals

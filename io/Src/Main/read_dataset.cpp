@@ -1,3 +1,4 @@
+// Reads the start of a dataset, plans its reading, and reads as another type.
 #include "io/Src/Main/read_dataset.h"
 
 #include "io/Src/Main/convert_data.h"

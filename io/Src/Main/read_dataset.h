@@ -27,6 +27,7 @@ struct reading_plan
     data_shape stored;
     data_type wanted; ///< of the values that the client gets
 
+    /// Values that the client's arrays have to hold.
     element_counts counts() const { return total_counts(wanted, stored.count); }
 };
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 
+/// What iocntc() checks before it carries a request out.
 struct request_traits
 {
     io_request request;
@@ -16,6 +17,7 @@ struct request_traits
     bool locates = false; ///< the string and integer arrays too; it says itself how large
 };
 
+/// Every request, by its number.
 inline constexpr auto request_table = std::to_array<request_traits>({
     {.request = IO_OPEN_PRIMARY, .name = "IO_OPEN_PRIMARY", .header = false},
     {.request = IO_CLOSE_PRIMARY, .name = "IO_CLOSE_PRIMARY", .header = false},

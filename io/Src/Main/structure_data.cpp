@@ -1,3 +1,4 @@
+// Writes and reads records, item by item.
 #include "io/Src/Main/structure_data.h"
 
 #include "io/Src/Main/byte_order.h"
@@ -60,7 +61,7 @@ void append_entry(std::string &line, const type_entry &entry, const IO_data &dat
             zotappendReal(line, data.doubles[i]);
             break;
         case IO_LOGL:
-            zotappendIntr(line, data.logicals[i] != 0);
+            zotappendIntr(line, data.logicals[i] != 0 ? 1 : 0);
             break;
         }
         line += IO_ESC;

@@ -3,6 +3,7 @@
 
 #include "io/Src/Main/data_io.h"
 
+/// 4 or 11 without a message if a record cannot be written.
 [[nodiscard]] int write_structure(zot_io &io, const data_shape &shape, const IO_data &data);
 
 /// 18 where an item of a line has no ESC behind it.

@@ -1,3 +1,4 @@
+// Begins, ends and gives up a dataset; its lengths are written last.
 #include "io/Src/Main/write_dataset.h"
 
 #include "io/Src/Main/compressed_data.h"

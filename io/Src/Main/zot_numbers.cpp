@@ -1,3 +1,4 @@
+// Numbers in columns or binary words: writer and reader of each type.
 #include "io/Src/Main/zot_numbers.h"
 
 #include "io/Src/Main/byte_order.h"
@@ -290,7 +291,7 @@ bool zotparseLogl(std::string_view field, std::uint8_t &value)
     if (!zotparseIntr(word, number)) {
         return false;
     }
-    value = number != 0;
+    value = number != 0 ? 1 : 0;
     return true;
 }
 
@@ -367,9 +368,10 @@ int zotwriteLogl(zot_io &io, format_code format, const std::uint8_t *values, std
                        [](std::uint8_t value) { return static_cast<std::uint8_t>(value != 0); });
         return write_words(io, format, bytes.data(), count, 1);
     }
-    return write_fields(
-        io, count, IO_INTEGERS_PER_LINE,
-        [values](std::string &line, std::int64_t i) { zotappendIntr(line, values[i] != 0); });
+    return write_fields(io, count, IO_INTEGERS_PER_LINE,
+                        [values](std::string &line, std::int64_t i) {
+                            zotappendIntr(line, values[i] != 0 ? 1 : 0);
+                        });
 }
 
 int zotreadLogl(zot_io &io, format_code format, std::uint8_t *values, std::int64_t count)
@@ -391,6 +393,6 @@ int zotreadLogl(zot_io &io, format_code format, std::uint8_t *values, std::int64
             // A word at the left of the last field, whose blanks are not there.
             std::string padded(line);
             padded.append(padding(line.size(), IO_INTEGER_WIDTH), ' ');
-            return split_fields(std::string_view(padded), values + first, room, got, zotparseLogl);
+            return split_fields(padded, values + first, room, got, zotparseLogl);
         });
 }

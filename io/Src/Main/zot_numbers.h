@@ -4,15 +4,19 @@
 
 #include "io/Src/Main/zot_primitives.h"
 
+/// Integers: 8 in a line of text, each 10 wide, or 4 bytes each. Here as below writers
+/// give 4 or 11 without a message, and readers 10 with one.
 [[nodiscard]] int zotwriteIntr(zot_io &io, format_code format, const std::int32_t *values,
                                std::int64_t count);
 [[nodiscard]] int zotreadIntr(zot_io &io, format_code format, std::int32_t *values,
                               std::int64_t count);
 
+/// Reals: 4 in a line of text, each 20 wide, or 4 bytes each.
 [[nodiscard]] int zotwriteReal(zot_io &io, format_code format, const float *values,
                                std::int64_t count);
 [[nodiscard]] int zotreadReal(zot_io &io, format_code format, float *values, std::int64_t count);
 
+/// Doubles: as reals in text, with no more digits, or 8 bytes each.
 [[nodiscard]] int zotwriteDble(zot_io &io, format_code format, const double *values,
                                std::int64_t count);
 [[nodiscard]] int zotreadDble(zot_io &io, format_code format, double *values, std::int64_t count);
