@@ -91,6 +91,25 @@ TEST_F(Iocntc, TheNumbersThatClientsSend)
     EXPECT_EQ(&traits_of(no_request), &unknown_request);
 }
 
+TEST_F(Iocntc, TheTableHasEveryRequestThatIsCarriedOut)
+{
+    std::int64_t offsets[2] = {};
+    std::int32_t whens[1] = {};
+    char strings[2 * IO_STRING_SLOT];
+    io_header_storage storage = named_header("A", "B");
+    for (std::uint32_t number = 0; number < 60; number++) {
+        auto request = static_cast<io_request>(number);
+        IO_header header = storage.header();
+        IO_data data;
+        data.offsets = offsets;
+        data.offsets_size = 2;
+        data.integers = whens;
+        data.strings = strings;
+        bool unknown = &traits_of(request) == &unknown_request;
+        EXPECT_EQ(ask(request, &header, &data) == IO_UNKNOWN_REQUEST, unknown) << number;
+    }
+}
+
 TEST_F(Iocntc, EntryChecksComeInTheirOrder)
 {
     IO_data data;

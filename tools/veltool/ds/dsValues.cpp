@@ -64,7 +64,7 @@ void appendValue(std::string &line, element_type type, const IO_data &data, std:
     case IO_LOGL:
         line += data.logicals[at] ? '1' : '0';
         break;
-    default:
+    case IO_CHAR:
         line += data.chars[at];
         break;
     }
@@ -191,9 +191,13 @@ private:
             return parseReal(field, data_.reals[at]);
         case IO_DBLE:
             return parseReal(field, data_.doubles[at]);
-        default:
+        case IO_LOGL:
             return zotparseLogl(field, data_.logicals[at]);
+        case IO_STRI:
+        case IO_CHAR:
+            break; // stored as texts
         }
+        return false;
     }
 
     const data_type &type_;
