@@ -14,6 +14,7 @@ namespace velEditor {
 class error
 {
 public:
+    /// `message` is for the user, and complete.
     explicit error(std::string message) : message_(std::move(message)) {}
     virtual ~error() = default;
 

@@ -22,8 +22,8 @@ bool isLink(const std::string &file)
     return std::filesystem::is_symlink(file, unknown);
 }
 
-/// Whether a file may be moved: devices, pipes and the links in /dev that stand
-/// for open files belong to the system. One that has gone is for the move to
+/// Whether a file may be moved: devices, pipes and the links in /dev that are
+/// open files belong to the system. One that has gone is for the move to
 /// find out.
 bool isMovable(const std::string &file)
 {

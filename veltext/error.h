@@ -12,9 +12,11 @@
 
 namespace veltext {
 
+/// What every function of this folder throws, apart from bad_alloc.
 class Error : public velEditor::error
 {
 public:
+    /// A message that is complete; no line is at fault.
     explicit Error(const std::string &message) : velEditor::error(message), sentence_(message) {}
     /// "FILE:LINE: sentence"; `line` is 0 if no line is at fault.
     Error(const std::string &file, std::size_t line, const std::string &sentence);

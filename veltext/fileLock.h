@@ -11,6 +11,7 @@
 
 namespace veltext {
 
+/// The lock of one file, held for as long as the object lives.
 class FileLock
 {
 public:

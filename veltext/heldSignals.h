@@ -10,6 +10,7 @@
 
 namespace veltext {
 
+/// Signals that wait; objects may be nested, and the outermost lets them through.
 class HeldSignals
 {
 public:

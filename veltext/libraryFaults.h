@@ -16,6 +16,7 @@ namespace veltext {
 class LibraryTexts
 {
 public:
+    /// `file` is what the place will name; the text need not live on.
     void add(const std::string &file, const SourceText &text);
 
     /// File and line of the last statement of the path, or else of the nearest

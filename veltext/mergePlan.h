@@ -14,6 +14,7 @@
 
 namespace veltext {
 
+/// What a step does to OURS.
 enum class StepKind {
     Take,     ///< OURS becomes what THEIRS is
     Conflict, ///< both sides changed it, and differently
@@ -34,6 +35,7 @@ struct MergeStep
     const velNode *behind;
 };
 
+/// The three versions as data; not owned.
 struct MergeTrees
 {
     velHandle *base;

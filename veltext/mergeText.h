@@ -22,6 +22,7 @@
 
 namespace veltext {
 
+/// The three versions as text; not owned.
 struct MergeTexts
 {
     const SourceText &base;
@@ -32,6 +33,7 @@ struct MergeTexts
 /// Which side stands where there is a conflict.
 enum class Resolution { Marked, Ours, Theirs };
 
+/// The signs of a conflict marker, unless the user wants another number.
 inline constexpr std::size_t usualMarkerSize = 7;
 
 /// Where lines of OURS give way to others.
@@ -44,6 +46,8 @@ struct LineEdit
     bool isConflict;
 };
 
+/// The text of OURS and the edits that a merge makes in it. The text must outlive
+/// the object.
 class MergedText
 {
 public:
@@ -51,6 +55,7 @@ public:
     MergedText(const MergeTexts &texts, const MergeTrees &trees,
                const std::vector<MergeStep> &steps);
 
+    /// The merged bytes; markers of `markerSize` signs stay where `resolution` is Marked.
     [[nodiscard]] std::string render(Resolution resolution,
                                      std::size_t markerSize = usualMarkerSize) const;
 

@@ -16,14 +16,18 @@
 
 namespace veltext {
 
+/// A text and where its lines are. It owns its bytes; views of lines live as long.
 class SourceText
 {
 public:
+    /// Takes any bytes, also none.
     explicit SourceText(std::string bytes);
 
+    /// All bytes, a byte order mark included.
     [[nodiscard]] const std::string &bytes() const { return bytes_; }
     /// Whether the bytes begin with the UTF-8 form of U+FEFF.
     [[nodiscard]] bool hasByteOrderMark() const { return firstLine_ > 0; }
+    /// Lines are counted from 0; an empty text has none.
     [[nodiscard]] std::size_t lineCount() const { return starts_.size(); }
 
     /// Position of a line's first byte; of the end of the text for lineCount().

@@ -26,6 +26,7 @@ namespace veltext {
 /// What makes a statement sweep away what it does not restate.
 inline constexpr std::string_view replaceWord = "&replace";
 
+/// What a statement does, by the rules above.
 enum class StatementKind {
     Nothing, ///< blank, or a remark only
     Header,
@@ -55,6 +56,7 @@ struct Statement
     std::vector<std::size_t> positions;
 };
 
+/// Whether a statement records where its characters are.
 enum class Positions { Skip, Keep };
 
 /// Reads the statement that begins at a line; `statement` is reused.

@@ -18,6 +18,7 @@ struct Place
     LineRange lines;
     std::size_t bodyLine = 0; ///< the first line behind the header
 
+    /// The line after the last one.
     [[nodiscard]] std::size_t endLine() const { return lines.first + lines.count; }
 };
 

@@ -17,11 +17,14 @@
 
 namespace veltext {
 
+/// Nodes and statements by number. It keeps lines, and no part of the text.
 class StatementTree
 {
 public:
     using Index = std::uint32_t; ///< of a node or of a statement
+    /// No node, or no statement.
     static constexpr Index none = static_cast<Index>(-1);
+    /// The node of the top level, which no statement states.
     static constexpr Index root = 0;
 
     /// A header or an assignment.
@@ -36,6 +39,7 @@ public:
         Index lastObject = none;    ///< the last header directly in its block
     };
 
+    /// A path that some statement states.
     struct Node
     {
         Index parent;
@@ -43,6 +47,7 @@ public:
         std::string component;
     };
 
+    /// Reads the whole text, which need not live on. Throws bad_alloc.
     explicit StatementTree(const SourceText &source);
     StatementTree(StatementTree &&) = default;
     StatementTree &operator=(StatementTree &&) = default;
@@ -51,9 +56,12 @@ public:
     [[nodiscard]] Index find(std::string_view path) const;
     /// The same, or the nearest above that there is.
     [[nodiscard]] Index findNearest(std::string_view path) const;
+    /// The child of a node; none where no statement states it.
     [[nodiscard]] Index findChild(Index parent, std::string_view component) const;
 
+    /// By its number, which must not be none.
     [[nodiscard]] const Node &node(Index index) const { return nodes_[index]; }
+    /// Likewise.
     [[nodiscard]] const Stated &statement(Index index) const { return statements_[index]; }
 
     /// The last statement of the node at the path; null where there is none.

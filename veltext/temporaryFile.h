@@ -20,6 +20,7 @@ public:
     TemporaryFile(const TemporaryFile &) = delete;
     TemporaryFile &operator=(const TemporaryFile &) = delete;
 
+    /// Its path until it is renamed.
     [[nodiscard]] const std::string &name() const { return name_; }
 
     /// As far as the user may; without the right the file becomes his own.

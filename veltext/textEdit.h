@@ -13,6 +13,8 @@
 
 namespace veltext {
 
+/// Edits of one text, in any order; nothing is written before `bytes`. An edit is
+/// not checked against the rules, nor a value for what a file can hold (valueEdit.h).
 class TextEdit
 {
 public:

@@ -14,6 +14,7 @@ struct velHandle;
 
 namespace veltext {
 
+/// A mistake in a text.
 struct TextFault
 {
     std::size_t line = 0;     ///< counted from 1; 0 if the text as a whole is at fault

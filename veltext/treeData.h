@@ -17,6 +17,7 @@ class TextEdit;
 class TreeData
 {
 public:
+    /// A node: an object, or a parameter with its value.
     struct Item
     {
         std::string path;
@@ -24,11 +25,15 @@ public:
     };
 
     TreeData() = default;
+    /// Copies all of a tree but the root. Throws bad_alloc.
     explicit TreeData(velHandle *handle);
 
+    /// Adds a node after the others; of two at a path, the first is found.
     void add(Item item);
 
+    /// In stored order.
     [[nodiscard]] const std::vector<Item> &items() const { return items_; }
+    /// Null where no node has this path; valid until the next add.
     [[nodiscard]] const Item *find(const std::string &path) const;
 
 private:

@@ -8,6 +8,7 @@
 
 namespace veltext {
 
+/// What happened to the object or parameter between the old tree and the new.
 enum class DifferenceKind { Added, Removed, Changed };
 
 /// One object or parameter. Values are null for objects, and on the side that
@@ -24,6 +25,7 @@ struct Difference
 /// of an object the sign and the path.
 [[nodiscard]] std::string lineOf(const Difference &difference);
 
+/// Called for each difference; what it receives is valid during the call.
 using DifferenceVisitor = std::function<void(const Difference &)>;
 
 /// Compares what stands at `path` and below in two trees, whatever the order

@@ -22,11 +22,14 @@ public:
 
     /// Null behind the last node.
     [[nodiscard]] const velNode *node() const { return node_; }
+    /// What the node is; its texts live as long as the tree.
     [[nodiscard]] const velNodeInfo &info() const { return info_; }
+    /// The full path of the node, until the next step.
     [[nodiscard]] const std::string &path() const { return path_; }
     /// Levels below the start.
     [[nodiscard]] std::size_t depth() const { return open_.size(); }
 
+    /// To the next node: a child, else a sibling, else one further up.
     void step();
     /// As step, leaving out what is below the node.
     void skipChildren();

@@ -10,6 +10,7 @@
 
 namespace veltext {
 
+/// Why a file would not give a value back.
 enum class ValueFault {
     None,             ///< a file gives the value back
     ControlCharacter, ///< a line cannot hold it
@@ -18,6 +19,7 @@ enum class ValueFault {
     WhiteSpace,       ///< outer blanks go, a tab or several blanks become one blank
 };
 
+/// The result of a check.
 struct ValueCheck
 {
     ValueFault fault = ValueFault::None;

@@ -60,7 +60,7 @@ public:
     /// Reads a file of any kind. Throws an Error also if it cannot be read.
     [[nodiscard]] static CommandText read(const std::string &file);
 
-    /// Lives as long as this object; so do TextEdit's and StatementTree's places.
+    /// Lives as long as this object. A TextEdit of it must not live longer.
     [[nodiscard]] const SourceText &source() const { return source_; }
 
     /// The data, for the functions of the database (velapilt.h). Owned by this
@@ -99,6 +99,7 @@ struct MergeConflict
     std::string reason; ///< a part of a sentence: "changed on both sides"
 };
 
+/// What a merge gives.
 struct Merge
 {
     std::string bytes; ///< OURS with what THEIRS changed; conflicts are marked

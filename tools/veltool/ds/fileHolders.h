@@ -6,12 +6,14 @@
 
 namespace veltool {
 
+/// A process that has the file open.
 struct FileHolder
 {
     long process = 0;
     std::string program; ///< as the system names it; may be empty
 };
 
+/// All that could be found out.
 struct FileHolders
 {
     /// False if this system does not say which files its processes have open.

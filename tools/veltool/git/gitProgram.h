@@ -7,6 +7,7 @@
 
 namespace veltool {
 
+/// What git left when it ended.
 struct GitResult
 {
     int status = 0; ///< 128 + signal for one that a signal ended

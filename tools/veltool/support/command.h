@@ -12,6 +12,7 @@
 
 namespace veltool {
 
+/// Words of the command line without options.
 using Words = std::vector<std::string>;
 
 /// One run of a command: made, told its options, run, thrown away.
@@ -27,8 +28,10 @@ public:
     [[nodiscard]] virtual int run(const Words &words) = 0;
 };
 
+/// As `most`: there is no limit.
 inline constexpr std::size_t anyNumber = static_cast<std::size_t>(-1);
 
+/// An entry of the table; texts and functions are constants.
 struct Command
 {
     const char *name;
@@ -47,6 +50,7 @@ struct Command
 /// Null for an unknown name.
 [[nodiscard]] const Command *findCommand(const std::string &name);
 
+/// For `make`: a new task of type T.
 template <typename T>
 std::unique_ptr<Task> makeTask()
 {

@@ -13,6 +13,7 @@ namespace veltool {
 /// What a file holds, by its first bytes.
 enum class FileKind { Text, Container };
 
+/// By the first bytes of a file, or all of them.
 [[nodiscard]] FileKind kindOf(std::string_view firstBytes);
 
 /// Of a regular file; Text for everything else.

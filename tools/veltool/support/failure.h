@@ -19,6 +19,7 @@ class Failure : public veltext::Error
 {
 public:
     using veltext::Error::Error;
+    /// The exit status that it gives.
     [[nodiscard]] int status() const { return status_; }
 
 protected:

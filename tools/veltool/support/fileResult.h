@@ -8,6 +8,7 @@
 
 namespace veltool {
 
+/// What a command gives for one file.
 struct FileResult
 {
     int status = statusGood;
@@ -15,6 +16,7 @@ struct FileResult
     std::string err; ///< for standard error, whole lines
 };
 
+/// The work on the file of this name; it may throw a veltext::Error or bad_alloc.
 using FileWork = std::function<FileResult(const std::string &file)>;
 
 /// Does the work; what it throws becomes a message and a status.

@@ -13,6 +13,7 @@
 
 namespace veltool {
 
+/// Whether every byte belongs to a character; true for an empty text.
 [[nodiscard]] bool isValidUtf8(std::string_view text);
 
 /// The text in quotes, escaped.

@@ -9,6 +9,7 @@
 
 namespace veltool {
 
+/// A buffer before standard output; one for the process, `out`.
 class Output
 {
 public:
