@@ -14,13 +14,6 @@ namespace {
 const QLatin1String descriptionField("Description");
 const QLatin1String topicField("Help Topic");
 
-bool isForToolTip(const QString &field)
-{
-    static const QStringList shown{QStringLiteral("Type"), QStringLiteral("Units"),
-                                   QStringLiteral("Lower Bound"), QStringLiteral("Upper Bound")};
-    return shown.contains(field);
-}
-
 QString wrapped(const QStringList &lines)
 {
     return Qt::convertFromPlainText(lines.join(u'\n'), Qt::WhiteSpaceNormal);
@@ -44,7 +37,7 @@ QString rowToolTip(const VELTreeItem &row, int column)
     for (const RuleField &field : ruleFields(row.path())) {
         if (field.name == descriptionField)
             lines.append(field.text);
-        else if (isForToolTip(field.name))
+        else if (field.inTip)
             lines.append(field.name + QLatin1String(": ") + field.text);
     }
     return wrapped(lines);

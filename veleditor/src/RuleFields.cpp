@@ -13,7 +13,7 @@ std::vector<RuleField> ruleFields(const std::string &path)
     if (velparser::explainItem(path.c_str(), &found) != nullptr)
         return fields;
     for (const velparser::RuleField &field : found)
-        fields.push_back({fromBytes(field.name), fromBytes(field.text)});
+        fields.push_back({fromBytes(field.name), fromBytes(field.text), field.inTip});
     return fields;
 }
 

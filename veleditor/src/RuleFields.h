@@ -14,6 +14,7 @@ struct RuleField
 {
     QString name;
     QString text;
+    bool inTip = false; ///< the tip of a row shows it
 };
 
 /// The fields for the item at a database path, there or not; none where there is

@@ -192,11 +192,12 @@ SV *addRecords(pTHX_ AV *records, std::vector<UpgradeChange> *changes)
 
 SV *addRecords(pTHX_ AV *records, std::vector<RuleField> *fields)
 {
-    RecordTexts texts(aTHX_ records, {"name", "text"});
+    RecordTexts texts(aTHX_ records, {"name", "text", "tip"});
     while (!texts.atEnd()) {
         RuleField &field = fields->emplace_back();
         field.name = texts.text();
         field.text = texts.text();
+        field.inTip = !texts.text().empty();
     }
     return texts.error();
 }

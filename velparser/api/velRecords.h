@@ -54,6 +54,7 @@ struct RuleField
 {
     std::string name;
     std::string text;
+    bool inTip = false; ///< the tip of a row shows it (VEL::Rules::Fields)
 
     bool operator==(const RuleField &) const = default;
 };

@@ -183,7 +183,10 @@ sub explainItem ($self, $path, $lines) {
 }
 
 sub explainItemRecords ($self, $path, $fields) {
-    @$fields = map { +{ name => $_->[0], text => $_->[1] } } $self->{model}->explanation($path);
+    @$fields = map {
+        my ($name, $text, $tip) = @$_;
+        +{ name => $name, text => $text, $tip ? (tip => 1) : () }
+    } $self->{model}->explanation($path);
     return '';
 }
 

@@ -197,10 +197,10 @@ TEST_F(VelRecords, ChangesAreWhatTheUpgradeGives)
 
 TEST_F(VelRecords, FieldsAreWhatTheRulesGive)
 {
-    give("{ name => 'A = B', text => 'C = D' }, { name => 'E', text => undef }");
+    give("{ name => 'A = B', text => 'C = D' }, { name => 'E', text => undef, tip => 1 }");
     std::vector<RuleField> fields;
     EXPECT_STREQ(velparser::explainItem("/A = B", &fields), nullptr);
-    EXPECT_EQ(fields, (std::vector<RuleField>{{"A = B", "C = D"}, {"E", ""}}));
+    EXPECT_EQ(fields, (std::vector<RuleField>{{"A = B", "C = D", false}, {"E", "", true}}));
     EXPECT_EQ(perl("\"@API::asked\""), "/A = B");
 }
 

@@ -218,7 +218,9 @@ TEST_F(VelRules, AFieldIsOneWhateverItsTextHolds)
     ASSERT_EQ(said(velparser::explainItem("/FLOW/DOMAIN:Duct/Kind", &fields)), "");
     ASSERT_FALSE(fields.empty());
     EXPECT_EQ(fields.front().name, "Description");
+    EXPECT_TRUE(fields.front().inTip);
     EXPECT_EQ(fields.back().name, "Presence");
+    EXPECT_FALSE(fields.back().inTip);
 }
 
 TEST_F(VelRules, AnEditOfTwentyThousandLinesIsCheckedAtOnce)

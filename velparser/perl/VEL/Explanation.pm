@@ -27,8 +27,9 @@ which list of which rule or case says so.
 
 =item C<explain($model, $path)>
 
-A list of C<[field, text]> for the object or parameter at a full path, there or not.
-Empty where no rule speaks of it. C<$model> is the L<VEL::Model>.
+A list of C<[field, text, tip]> for the object or parameter at a full path, there or not.
+Empty where no rule speaks of it. C<tip> is true for a field that the tip of a row
+shows. C<$model> is the L<VEL::Model>.
 
 =cut
 
@@ -70,7 +71,7 @@ sub _others ($all, $some) {
 sub _type_fields ($type, $variant) {
     return map {
         my $value = $IN_TYPE{ $_->{name} } // sub (@) { return $type->{ $_->{element} } };
-        [ $_->{name}, VEL::Rules::Fields::text_of($_, $value->($type, $variant)) ]
+        [ $_->{name}, VEL::Rules::Fields::text_of($_, $value->($type, $variant)), $_->{tip} ]
     } VEL::Rules::Fields::entries($type->{kind});
 }
 
@@ -87,7 +88,7 @@ sub _parameter_fields ($parameter, $presence) {
     return if !$parameter->{ruled} && $presence eq '';
     return map {
         my $value = $IN_PARAMETER{ $_->{name} } // sub (@) { return $parameter->{ $_->{element} } };
-        [ $_->{name}, VEL::Rules::Fields::text_of($_, $value->($parameter)) ]
+        [ $_->{name}, VEL::Rules::Fields::text_of($_, $value->($parameter)), $_->{tip} ]
     } VEL::Rules::Fields::entries('PARAMETER');
 }
 

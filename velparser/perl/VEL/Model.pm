@@ -403,7 +403,7 @@ sub allowed_values ($self, $path) {
 =item C<explanation($path)>
 
 What the rules say of the object or parameter at a path, there or not: a list of
-C<[field, text]>, see L<VEL::Explanation>. Empty where there is no rule.
+C<[field, text, tip]>, see L<VEL::Explanation>. Empty where there is no rule.
 
 =cut
 

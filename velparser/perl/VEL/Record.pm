@@ -37,7 +37,8 @@ A I<change>, made by an upgrade, has
     new_path      where it is now: only if it was renamed or moved
     old, new      the values: only if the change is about a value
 
-A I<field> of a rule has C<name> and C<text>.
+A I<field> of a rule has C<name> and C<text>, and a true C<tip> if the tip of a row in the
+editor shows it.
 
 =head1 FUNCTIONS
 

@@ -79,7 +79,7 @@ sub explained ($path) {
 }
 
 sub presence ($path) {
-    my %field = map {@$_} $model->explanation($path);
+    my %field = map { @$_[ 0, 1 ] } $model->explanation($path);
     return $field{Presence};
 }
 

@@ -112,10 +112,13 @@ subtest 'explain gives every field that is stated' => sub {
     delete @text{qw(Default)};
     my $text  = join "\n", map { "$_ = $text{$_}" } sort keys %text;
     my $model = VEL::Model->of(database("RULES:\nOBJECT: OTHER\nEND\nPARAMETER: P\n$text\nEND\nEND", "P = 1"));
-    my %given = map { @$_[ 0, 1 ] } $model->explanation('/P');
+    my @told  = $model->explanation('/P');
+    my %given = map { @$_[ 0, 1 ] } @told;
     $text{$_} = 'Yes' for grep { $text{$_} eq 'on' } keys %text;
     delete $given{Presence};
     is_deeply \%given, \%text, 'of a parameter';
+    is_deeply [ map { $_->[0] } grep { $_->[2] } @told ], [ map { $_->{name} } grep { $_->{tip} } @fields ],
+        '... and which of them the tip of a row shows';
 };
 
 subtest 'rules.md has the same tables' => sub {

@@ -195,8 +195,9 @@ TEXT
 subtest 'fields' => sub {
     my $api = api("RULES:\nPARAMETER: A [1]\nDescription = x = y\nDefault = a = b\nEND\nEND");
     is $api->explainItemRecords('/FLOW/A [1]', \my @fields), '', 'no failure';
-    is_deeply [ @fields[ 0 .. 2 ] ], [ { name => 'Description', text => 'x = y' }, { name => 'Type', text => 'String' },
-        { name => 'Default', text => 'a = b' } ], 'name and text';
+    is_deeply [ @fields[ 0 .. 2 ] ], [ { name => 'Description', text => 'x = y', tip => 1 },
+        { name => 'Type', text => 'String', tip => 1 }, { name => 'Default', text => 'a = b' } ],
+        'name and text, and whether the tip of a row shows it';
     $api->explainItem('/FLOW/A [1]', \my @lines);
     is_deeply \@lines, [ map { field_line($_) } @fields ], 'as lines';
     is $lines[0], 'Description = x = y', 'as a rule would write them';
