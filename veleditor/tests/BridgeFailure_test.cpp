@@ -1,55 +1,11 @@
 // What the window does when the database fails where only a lack of memory
-// would make it. The calls of the bridge that are named here go through this
-// file (the linker's --wrap), which lets them fail on request.
+// would make it. The calls of its session fail on request.
 #include "veleditor/tests/EditorTest.h"
 
 #include "common/error.h"
-#include "velparser/api/velparser.h"
+#include "velparser/api/velBench.h"
 
 #include <QFile>
-
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker makes these names.
-extern "C" {
-const char *__real__ZN9velparser9pushPathHEPKc(const char *path);
-const char *__real__ZN9velparser8popPathHEv();
-const char *__real__ZN9velparser15getFormattedVELEPKciP13velStringList(const char *path,
-                                                                       std::int32_t width,
-                                                                       velStringList *lines);
-const char *__wrap__ZN9velparser9pushPathHEPKc(const char *path);
-const char *__wrap__ZN9velparser8popPathHEv();
-const char *__wrap__ZN9velparser15getFormattedVELEPKciP13velStringList(const char *path,
-                                                                       std::int32_t width,
-                                                                       velStringList *lines);
-}
-
-namespace {
-
-/// What each call says instead of doing its work; null: it does it.
-const char *pushFailure = nullptr;
-const char *popFailure = nullptr;
-const char *formatFailure = nullptr;
-
-} // namespace
-
-const char *__wrap__ZN9velparser9pushPathHEPKc(const char *path)
-{
-    return pushFailure != nullptr ? pushFailure : __real__ZN9velparser9pushPathHEPKc(path);
-}
-
-const char *__wrap__ZN9velparser8popPathHEv()
-{
-    return popFailure != nullptr ? popFailure : __real__ZN9velparser8popPathHEv();
-}
-
-const char *__wrap__ZN9velparser15getFormattedVELEPKciP13velStringList(const char *path,
-                                                                       std::int32_t width,
-                                                                       velStringList *lines)
-{
-    return formatFailure != nullptr
-               ? formatFailure
-               : __real__ZN9velparser15getFormattedVELEPKciP13velStringList(path, width, lines);
-}
-// NOLINTEND(bugprone-reserved-identifier)
 
 using namespace velEditor;
 
@@ -58,6 +14,11 @@ class BridgeFailureTest : public EditorTest
     Q_OBJECT
 
 private:
+    static void failCall(const char *call, const char *message)
+    {
+        velparser::failCall(velparser::defaultSession(), call, message);
+    }
+
     /// What a rebuild of the tree throws.
     QString thrown();
 
@@ -79,12 +40,11 @@ QString BridgeFailureTest::thrown()
 void BridgeFailureTest::namesTheStepThatFailed()
 {
     open(copyOf("duct.vel"));
-    pushFailure = "no room";
+    failCall("pushPathH", "no room");
     QCOMPARE(thrown(), QString("pushPath : no room"));
-    pushFailure = nullptr;
-    popFailure = "no way back";
+    failCall("popPathH", "no way back");
     QCOMPARE(thrown(), QString("popPath : no way back"));
-    popFailure = nullptr;
+    failCall("popPathH", nullptr);
     QCOMPARE(thrown(), QString());
     QVERIFY(tree().flowItem() != nullptr);
 }
@@ -94,7 +54,7 @@ void BridgeFailureTest::keepsTheBackupWhenNothingCanBeWritten()
     open(copyOf("duct.vel"));
     const QByteArray before = contentOf(file());
     tree().setModified();
-    formatFailure = "memory error";
+    failCall("getFormattedVEL", "memory error");
     answer();
     QVERIFY(!editor().save(file().toStdString()));
     QCOMPARE(boxes, QStringList("Critical: Error Saving File\nUnable to save your modifications "
@@ -107,7 +67,7 @@ void BridgeFailureTest::keepsTheBackupWhenNothingCanBeWritten()
     QVERIFY(!QFile::exists(file()));
     QCOMPARE(contentOf(file() + ".bak"), before);
 
-    formatFailure = nullptr;
+    failCall("getFormattedVEL", nullptr);
     QVERIFY(editor().save(file().toStdString()));
     QCOMPARE(contentOf(file()), before);
     QCOMPARE(contentOf(file() + ".bak"), before);

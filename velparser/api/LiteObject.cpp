@@ -109,10 +109,17 @@ const char *emptyObject(pTHX_ SV *object)
     return nullptr;
 }
 
-void holdForGood(pTHX_ SV *object)
+SV *holdObject(pTHX_ SV *object)
 {
     ++findLiteRecord(aTHX_ object)->guards;
-    SvREFCNT_inc_simple_void_NN(SvRV(object));
+    return newRV_inc(SvRV(object));
+}
+
+void releaseObject(pTHX_ SV *held)
+{
+    if (LiteRecord *record = findLiteRecord(aTHX_ held))
+        --record->guards;
+    SvREFCNT_dec_NN(held);
 }
 
 bool isEmptied(pTHX_ SV *object)

@@ -24,7 +24,7 @@ struct LiteRecord
     velHandle *handle;    ///< owned if `owns`; null is never met
     std::int32_t owns;    ///< 1: made by NEW, 0: wraps a database of the program's
     std::int16_t running; ///< handlers of this record that run at this moment
-    std::int16_t guards;  ///< see LiteCall::guard and holdForGood
+    std::int16_t guards;  ///< see LiteCall::guard and holdObject
     AV *changeHandlers;   ///< owned; code references; null unless `owns`
     SV *actionHandler;    ///< owned; code reference or null
 };
@@ -98,9 +98,10 @@ extern MGVTBL liteRecordMagic;
 /// that is empty already.
 [[nodiscard]] const char *emptyObject(pTHX_ SV *object);
 
-/// Keeps an object, and with it its database, as long as the interpreter,
-/// whatever Perl code does with its own references.
-void holdForGood(pTHX_ SV *object);
+/// Keeps an object, and with it its database, until releaseObject, whatever Perl
+/// code does with its own references. What it gives is for releaseObject.
+[[nodiscard]] SV *holdObject(pTHX_ SV *object);
+void releaseObject(pTHX_ SV *held);
 
 /// Whether DESTROY has emptied the object before.
 [[nodiscard]] bool isEmptied(pTHX_ SV *object);

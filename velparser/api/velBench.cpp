@@ -58,4 +58,10 @@ const char *registerEchoMethod()
     return nullptr;
 }
 
+void failCall(Session &session, const char *call, const char *message)
+{
+    session.instance()->failingCall = message ? call : nullptr;
+    session.instance()->failure = message;
+}
+
 } // namespace velparser

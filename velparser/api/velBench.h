@@ -4,6 +4,8 @@
 // in it.
 #pragma once
 
+#include "velparser/api/velSession.h"
+
 #include <string>
 
 namespace velparser {
@@ -20,5 +22,10 @@ namespace velparser {
 /// Registers `VEL::Bench::echo`, the least that a method written in C can do
 /// with a text: `VEL::Bench::echo($object, $text)` gives a copy of the text.
 [[nodiscard]] const char *registerEchoMethod();
+
+/// From now on a call that asks the database fails with `message`, as if memory
+/// had run out there: `call` is its name. Both are kept as they are, and a null
+/// message lets the call work again. The session must have been used.
+void failCall(Session &session, const char *call, const char *message);
 
 } // namespace velparser

@@ -80,6 +80,22 @@ const char *createObject(velInstance *instance)
     return nullptr;
 }
 
+/// Tells a new object which libraries to read.
+const char *nameLibraries(velInstance *instance)
+{
+    if (!instance->libraries)
+        return nullptr;
+    const auto &[folder, files] = *instance->libraries;
+    const char *error = callVELInstanceMethod(
+        instance, "useLibraries", {files.c_str(), folder.empty() ? "." : folder.c_str()});
+    // The next call has to try, and to complain, again.
+    if (error) {
+        pTHX = velInterpreter();
+        SvREFCNT_dec(std::exchange(instance->api, nullptr));
+    }
+    return error;
+}
+
 /// Perl takes a file that was left by `exit` for loaded.
 void forgetFile(pTHX_ const char *package)
 {
@@ -124,7 +140,10 @@ const char *initVELInstance(velInstance *instance)
         return error;
     if (!instance)
         return "Invalid (NULL) instance handle";
-    return instance->api ? nullptr : createObject(instance);
+    if (instance->api)
+        return nullptr;
+    const char *error = createObject(instance);
+    return error ? error : nameLibraries(instance);
 }
 
 velHandle *findLiteHandle(velInstance *instance)
@@ -138,9 +157,26 @@ velHandle *findLiteHandle(velInstance *instance)
     const LiteRecord *record = entry ? findLiteRecord(aTHX_ entry) : nullptr;
     if (!record)
         return nullptr;
-    holdForGood(aTHX_ entry);
+    instance->held = holdObject(aTHX_ entry);
     instance->database = record->handle;
     return instance->database;
+}
+
+void freeInstance(velInstance *instance)
+{
+    if (!velInterpreter())
+        return;
+    pTHX = velInterpreter();
+    const PerlLocale locale;
+    const PerlFrame frame(aTHX);
+    // The validator has the database, which has the validator.
+    if (instance->database)
+        velSetUserData(instance->database, nullptr, nullptr);
+    instance->database = nullptr;
+    SvREFCNT_dec(std::exchange(instance->api, nullptr));
+    if (SV *held = std::exchange(instance->held, nullptr))
+        releaseObject(aTHX_ held);
+    SvREFCNT_dec(std::exchange(instance->message, nullptr));
 }
 
 const char *callVELInstanceMethod(velInstance *instance, const char *method,

@@ -1,7 +1,6 @@
 // The bridge's record of one Perl `API` object, and the ways to call it.
 //
-// The programs use the default instance only; tests make their own, with a Perl
-// object of theirs in it.
+// A session owns one. Tests make their own, with a Perl object of theirs in it.
 //
 // A method reports success by returning undef or an empty text; any other text
 // is a failure's message, and an exception counts as its text. Messages are
@@ -19,11 +18,26 @@ struct velInstance
 {
     SV *api = nullptr;             ///< owned; null until initVELInstance has succeeded
     SV *message = nullptr;         ///< owned; the text last handed to a caller
-    velHandle *database = nullptr; ///< not owned; found once, kept for good
+    velHandle *database = nullptr; ///< not owned; found once, kept until the end
+    SV *held = nullptr;            ///< owned; the object that keeps the database
+
+    std::optional<LibraryNames> libraries; ///< of the session; none: the environment's
+
+    /// For tests: the call that fails, and with which message.
+    const char *failingCall = nullptr;
+    const char *failure = nullptr;
 };
 
-/// The one that the programs use; null before startVELParser.
+/// That of the default session; null before startVELParser.
 [[nodiscard]] velInstance *defaultInstance();
+
+/// Makes the record of the default session, unless it is there or memory has run
+/// out.
+void makeDefaultInstance();
+
+/// Frees what the instance owns: its Perl object, and the database, unless Perl
+/// code has kept it.
+void freeInstance(velInstance *instance);
 
 /// Starts the interpreter and calls `API::new`, unless that has been done.
 [[nodiscard]] const char *initVELInstance(velInstance *instance);
@@ -77,14 +91,19 @@ template <class Result, class Work>
     }
 }
 
-/// guarded, for work with the database of the default instance; `missing` where
-/// there is none.
+/// guarded, for work with the database of a session; `missing` where there is
+/// none. It begins with the name of the call.
 template <class Work>
-[[nodiscard]] const char *withDatabase(const char *missing, Work work)
+[[nodiscard]] const char *withDatabase(Session &session, const char *missing, Work work)
 {
     return guarded(outOfMemory, [&]() -> const char * {
-        velHandle *handle = findLiteHandle();
-        return handle ? work(handle) : missing;
+        velHandle *handle = findLiteHandle(session);
+        if (!handle)
+            return missing;
+        const velInstance *instance = session.instance();
+        if (instance->failingCall && std::string_view(missing).starts_with(instance->failingCall))
+            return instance->failure;
+        return work(handle);
     });
 }
 

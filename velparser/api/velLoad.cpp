@@ -10,44 +10,44 @@ namespace {
 
 /// Takes the caller's reference to the array over. The 0 is what the method
 /// expects for user data.
-const char *parseLines(AV *lines)
+const char *parseLines(Session &session, AV *lines)
 {
     pTHX = velInterpreter();
     PerlFrame frame(aTHX);
     const std::array arguments{sv_2mortal(newRV_noinc(MUTABLE_SV(lines))), sv_2mortal(newSViv(0))};
-    return callVELInstanceValues(defaultInstance(), "parseVELData", arguments);
+    return callVELInstanceValues(session.instance(), "parseVELData", arguments);
 }
 
-const char *loadText(const char *file)
+const char *loadText(Session &session, const char *file)
 {
-    if (const char *error = initVELInstance(defaultInstance()))
+    if (const char *error = initVELInstance(session.instance()))
         return error;
     pTHX = velInterpreter();
     AV *lines = newAV();
     if (!lines)
         return "Error allocating AV for VEL data";
-    if (const char *error = getAnyValue(defaultInstance(), "readTextFile", file, lines))
+    if (const char *error = getAnyValue(session.instance(), "readTextFile", file, lines))
         return error;
-    return parseLines(lines);
+    return parseLines(session, lines);
 }
 
-const char *loadContainer(const char *file)
+const char *loadContainer(Session &session, const char *file)
 {
     pTHX = velInterpreter();
     AV *lines = newAV();
     if (!lines)
         return "Error allocating AV for VEL data";
     const char *error = load_vel_from_def(file, lines) != 0 ? "load_vel_from_def failed"
-                                                            : initVELInstance(defaultInstance());
+                                                            : initVELInstance(session.instance());
     if (!error)
-        return parseLines(lines);
+        return parseLines(session, lines);
     SvREFCNT_dec_NN(MUTABLE_SV(lines));
     return error;
 }
 
 } // namespace
 
-const char *loadVELFromFile(const char *file, const char *type)
+const char *loadVELFromFile(Session &session, const char *file, const char *type)
 {
     if (const char *error = startVELParser())
         return error;
@@ -55,19 +55,19 @@ const char *loadVELFromFile(const char *file, const char *type)
         return "Invalid file or file type";
     const std::string_view word = type;
     if (word == "vel")
-        return loadText(file);
+        return loadText(session, file);
     if (word == "def" || word == "res")
-        return loadContainer(file);
+        return loadContainer(session, file);
     return "fileType is invalid (it should be vel, def or res)";
 }
 
-const char *loadVELData(const char *const *lines, std::int32_t count)
+const char *loadVELData(Session &session, const char *const *lines, std::int32_t count)
 {
     if (const char *error = startVELParser())
         return error;
     if (!lines)
         return "loadVELData : Invalid arguments";
-    if (const char *error = initVELInstance(defaultInstance()))
+    if (const char *error = initVELInstance(session.instance()))
         return error;
     pTHX = velInterpreter();
     AV *array = newAV();
@@ -77,16 +77,16 @@ const char *loadVELData(const char *const *lines, std::int32_t count)
         av_extend(array, count - 1);
     for (std::int32_t i = 0; i < count; ++i)
         av_push(array, newSVpv(lines[i], 0));
-    return parseLines(array);
+    return parseLines(session, array);
 }
 
-const char *readVELLibraries()
+const char *readVELLibraries(Session &session)
 {
     if (const char *error = startVELParser())
         return error;
-    if (const char *error = initVELInstance(defaultInstance()))
+    if (const char *error = initVELInstance(session.instance()))
         return error;
-    return callVELInstanceMethod(defaultInstance(), "readLibraries", {});
+    return callVELInstanceMethod(session.instance(), "readLibraries", {});
 }
 
 } // namespace velparser

@@ -13,7 +13,7 @@ namespace {
 /// Runs a database operation that may call handlers written in Perl. Where one
 /// died, what it died with is the result.
 template <class Operation>
-const char *runWithHandlers(Operation operation)
+const char *runWithHandlers(Session &session, Operation operation)
 {
     pTHX = velInterpreter();
     const PerlLocale locale;
@@ -24,7 +24,7 @@ const char *runWithHandlers(Operation operation)
         return error;
     const PerlFrame frame(aTHX);
     sv_2mortal(died);
-    return keepMessage(defaultInstance(), plainValue(aTHX_ died));
+    return keepMessage(session.instance(), plainValue(aTHX_ died));
 }
 
 /// What the queries for lists of texts say when memory runs out.
@@ -47,13 +47,14 @@ constexpr ListMessages nameMessages = {
     "getAllowedParams: cannot malloc (*text)[i]",
 };
 
-const char *copyTexts(pTHX_ AV *array, const ListMessages &messages, velStringList *list)
+const char *copyTexts(pTHX_ Session &session, AV *array, const ListMessages &messages,
+                      velStringList *list)
 {
     const PerlFrame frame(aTHX);
     SV *error = nullptr;
     AV *texts = plainTexts(aTHX_ array, &error);
     if (!texts)
-        return error ? keepMessage(defaultInstance(), plainValue(aTHX_ error))
+        return error ? keepMessage(session.instance(), plainValue(aTHX_ error))
                      : messages.cannotAllocate;
     velArray copies(velArrayKind::Strings);
     for (SSize_t i = 0; i <= AvFILLp(texts); ++i)
@@ -64,139 +65,144 @@ const char *copyTexts(pTHX_ AV *array, const ListMessages &messages, velStringLi
 }
 
 /// Start-up, and what must be right before the Perl array is made.
-const char *checkListQuery(const velStringList *list, const ListMessages &messages)
+const char *checkListQuery(const Session &session, const velStringList *list,
+                           const ListMessages &messages)
 {
     if (const char *error = startVELParser())
         return error;
-    if (!defaultInstance())
+    if (!session.instance())
         return "Invalid (NULL) instance handle";
-    if (!defaultInstance()->api)
+    if (!session.instance()->api)
         return "Invalid (uninitialized) instance handle";
     return list ? nullptr : messages.noText;
 }
 
 /// A method that fills an array with texts about one path.
-const char *listTexts(const char *method, const char *path, const ListMessages &messages,
-                      velStringList *list)
+const char *listTexts(Session &session, const char *method, const char *path,
+                      const ListMessages &messages, velStringList *list)
 {
-    if (const char *error = checkListQuery(list, messages))
+    if (const char *error = checkListQuery(session, list, messages))
         return error;
     pTHX = velInterpreter();
     const PerlLocale locale;
     AV *array = newAV();
-    if (const char *error = getAnyValue(defaultInstance(), method, path, array))
+    if (const char *error = getAnyValue(session.instance(), method, path, array))
         return error;
-    const char *error =
-        guarded(messages.cannotAllocate, [&] { return copyTexts(aTHX_ array, messages, list); });
+    const char *error = guarded(messages.cannotAllocate,
+                                [&] { return copyTexts(aTHX_ session, array, messages, list); });
     SvREFCNT_dec_NN(MUTABLE_SV(array));
     return error;
 }
 
 } // namespace
 
-velHandle *findLiteHandle()
+velHandle *findLiteHandle(Session &session)
 {
-    return startVELParser() ? nullptr : findLiteHandle(defaultInstance());
+    return startVELParser() ? nullptr : findLiteHandle(session.instance());
 }
 
-const char *getStringValue(const char *path, std::optional<std::string> *value)
+const char *getStringValue(Session &session, const char *path, std::optional<std::string> *value)
 {
-    return withDatabase("getStringValue: error finding Lite API handle",
+    return withDatabase(session, "getStringValue: error finding Lite API handle",
                         [&](velHandle *handle) { return ::getStringValue(handle, path, value); });
 }
 
-const char *setStringValue(const char *path, const char *value)
+const char *setStringValue(Session &session, const char *path, const char *value)
 {
-    return withDatabase("setStringValue: error finding Lite API handle", [&](velHandle *handle) {
-        return runWithHandlers([&] { return ::setStringValue(handle, path, value); });
-    });
+    return withDatabase(
+        session, "setStringValue: error finding Lite API handle", [&](velHandle *handle) {
+            return runWithHandlers(session, [&] { return ::setStringValue(handle, path, value); });
+        });
 }
 
-const char *deleteParam(const char *path)
+const char *deleteParam(Session &session, const char *path)
 {
-    return withDatabase("deleteParam: error finding Lite API handle", [&](velHandle *handle) {
-        return runWithHandlers([&] { return deleteParamH(handle, path); });
-    });
+    return withDatabase(
+        session, "deleteParam: error finding Lite API handle", [&](velHandle *handle) {
+            return runWithHandlers(session, [&] { return deleteParamH(handle, path); });
+        });
 }
 
-const char *deleteObj(const char *path)
+const char *deleteObj(Session &session, const char *path)
 {
-    return withDatabase("deleteObj: error finding Lite API handle", [&](velHandle *handle) {
-        return runWithHandlers([&] { return deleteObjH(handle, path); });
-    });
+    return withDatabase(
+        session, "deleteObj: error finding Lite API handle", [&](velHandle *handle) {
+            return runWithHandlers(session, [&] { return deleteObjH(handle, path); });
+        });
 }
 
-const char *getFormattedVEL(const char *path, std::int32_t lineLength, velStringList *lines)
+const char *getFormattedVEL(Session &session, const char *path, std::int32_t lineLength,
+                            velStringList *lines)
 {
-    return withDatabase("getFormattedVEL: error finding Lite API handle", [&](velHandle *handle) {
-        return ::getFormattedVEL(handle, path, lineLength, lines);
-    });
+    return withDatabase(
+        session, "getFormattedVEL: error finding Lite API handle",
+        [&](velHandle *handle) { return ::getFormattedVEL(handle, path, lineLength, lines); });
 }
 
-const char *pushPathH(const char *path)
+const char *pushPathH(Session &session, const char *path)
 {
-    return withDatabase("pushPathH: error finding Lite API handle",
+    return withDatabase(session, "pushPathH: error finding Lite API handle",
                         [&](velHandle *handle) { return pushPath(handle, path); });
 }
 
-const char *popPathH()
+const char *popPathH(Session &session)
 {
-    return withDatabase("popPathH: error finding Lite API handle",
+    return withDatabase(session, "popPathH: error finding Lite API handle",
                         [](velHandle *handle) { return popPath(handle); });
 }
 
-const char *getChildList(const char *path, std::vector<velChildInfo> *children,
+const char *getChildList(Session &session, const char *path, std::vector<velChildInfo> *children,
                          std::vector<velGroupInfo> *groups)
 {
-    return withDatabase("getChildList: error finding Lite API handle", [&](velHandle *handle) {
-        return ::getChildList(handle, path, children, groups);
-    });
+    return withDatabase(
+        session, "getChildList: error finding Lite API handle",
+        [&](velHandle *handle) { return ::getChildList(handle, path, children, groups); });
 }
 
-const char *setValidationLevelH(unsigned level)
+const char *setValidationLevelH(Session &session, unsigned level)
 {
-    return withDatabase("setValidationLevelH: error finding Lite API handle",
+    return withDatabase(session, "setValidationLevelH: error finding Lite API handle",
                         [&](velHandle *handle) -> const char * {
                             setValidationLevel(handle, static_cast<std::int32_t>(level));
                             return nullptr;
                         });
 }
 
-int isVELLibrary(const char *path)
+int isVELLibrary(Session &session, const char *path)
 {
-    velHandle *handle = findLiteHandle();
+    velHandle *handle = findLiteHandle(session);
     return handle ? isLibrary(handle, path) : -1;
 }
 
-const char *updateSolverVEL()
+const char *updateSolverVEL(Session &session)
 {
     if (const char *error = startVELParser())
         return error;
-    return callVELInstanceMethod(defaultInstance(), "updateSolverVEL", {});
+    return callVELInstanceMethod(session.instance(), "updateSolverVEL", {});
 }
 
-int isParamEditable(const char *path)
+int isParamEditable(Session &session, const char *path)
 {
     if (startVELParser())
         return -1;
-    return callVELInstanceMethodInt(defaultInstance(), "isParamEditable", {path});
+    return callVELInstanceMethodInt(session.instance(), "isParamEditable", {path});
 }
 
-int isItemExpert(const char *path)
+int isItemExpert(Session &session, const char *path)
 {
     if (startVELParser())
         return -1;
-    return callVELInstanceMethodInt(defaultInstance(), "isItemExpert", {path});
+    return callVELInstanceMethodInt(session.instance(), "isItemExpert", {path});
 }
 
-const char *getAllowedParamStrings(const char *path, velStringList *values)
+const char *getAllowedParamStrings(Session &session, const char *path, velStringList *values)
 {
-    return listTexts("getAllowedParamStrings", path, valueMessages, values);
+    return listTexts(session, "getAllowedParamStrings", path, valueMessages, values);
 }
 
-const char *getAllowedParams(const char *path, velStringList *names, int flag)
+const char *getAllowedParams(Session &session, const char *path, velStringList *names, int flag)
 {
-    if (const char *error = checkListQuery(names, nameMessages))
+    if (const char *error = checkListQuery(session, names, nameMessages))
         return error;
     pTHX = velInterpreter();
     const PerlLocale locale;
@@ -205,10 +211,11 @@ const char *getAllowedParams(const char *path, velStringList *names, int flag)
     const std::array arguments{sv_2mortal(newSVpv(path, 0)),
                                sv_2mortal(newRV_noinc(MUTABLE_SV(array))),
                                sv_2mortal(newSViv(flag))};
-    if (const char *error = callVELInstanceValues(defaultInstance(), "getAllowedParams", arguments))
+    if (const char *error =
+            callVELInstanceValues(session.instance(), "getAllowedParams", arguments))
         return error;
     return guarded(nameMessages.cannotAllocate,
-                   [&] { return copyTexts(aTHX_ array, nameMessages, names); });
+                   [&] { return copyTexts(aTHX_ session, array, nameMessages, names); });
 }
 
 } // namespace velparser

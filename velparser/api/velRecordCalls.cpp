@@ -110,13 +110,13 @@ const char *explainByTexts(velInstance *instance, const char *path, std::vector<
 
 } // namespace
 
-const char *readLibraries(std::vector<Finding> *faults)
+const char *readLibraries(Session &session, std::vector<Finding> *faults)
 {
     if (const char *error = startVELParser())
         return error;
-    if (const char *error = initVELInstance(defaultInstance()))
+    if (const char *error = initVELInstance(session.instance()))
         return error;
-    velInstance *instance = defaultInstance();
+    velInstance *instance = session.instance();
     if (const char *error = checkQuery(instance, faults, "readLibraries: invalid arguments"))
         return error;
     return guarded(outOfMemory, [&]() -> const char * {
@@ -128,11 +128,11 @@ const char *readLibraries(std::vector<Finding> *faults)
     });
 }
 
-const char *upgrade(std::vector<UpgradeChange> *changes)
+const char *upgrade(Session &session, std::vector<UpgradeChange> *changes)
 {
     if (const char *error = startVELParser())
         return error;
-    velInstance *instance = defaultInstance();
+    velInstance *instance = session.instance();
     if (const char *error = checkQuery(instance, changes, "upgrade: invalid arguments"))
         return error;
     return guarded(outOfMemory, [&]() -> const char * {
@@ -148,11 +148,11 @@ const char *upgrade(std::vector<UpgradeChange> *changes)
     });
 }
 
-const char *explainItem(const char *path, std::vector<RuleField> *fields)
+const char *explainItem(Session &session, const char *path, std::vector<RuleField> *fields)
 {
     if (const char *error = startVELParser())
         return error;
-    velInstance *instance = defaultInstance();
+    velInstance *instance = session.instance();
     if (const char *error = checkQuery(instance, fields, "Invalid text array in explainItem\n"))
         return error;
     if (!path)

@@ -144,11 +144,11 @@ const char *flushOutput(pTHX_ velInstance *instance)
                                                      std::strerror(reason))));
 }
 
-const char *runScript(const std::string &script, const std::vector<std::string> &arguments,
-                      int *status)
+const char *runScript(Session &session, const std::string &script,
+                      const std::vector<std::string> &arguments, int *status)
 {
     std::string text;
-    if (const char *error = readScript(defaultInstance(), script, &text))
+    if (const char *error = readScript(session.instance(), script, &text))
         return error;
     pTHX = velInterpreter();
     const PerlLocale locale;
@@ -161,8 +161,8 @@ const char *runScript(const std::string &script, const std::vector<std::string> 
     PL_statusvalue = exitStatus;
     SV *endError = sv_2mortal(runEnd(aTHX_ & exitStatus));
     if (error || endError)
-        return keepMessage(defaultInstance(), error ? error : endError);
-    if (const char *shortWrite = flushOutput(aTHX_ defaultInstance()))
+        return keepMessage(session.instance(), error ? error : endError);
+    if (const char *shortWrite = flushOutput(aTHX_ session.instance()))
         return shortWrite;
     if (status)
         *status = exitStatus & 0xff;
@@ -171,12 +171,12 @@ const char *runScript(const std::string &script, const std::vector<std::string> 
 
 } // namespace
 
-const char *runPerlScript(const std::string &script, const std::vector<std::string> &arguments,
-                          int *status)
+const char *runPerlScript(Session &session, const std::string &script,
+                          const std::vector<std::string> &arguments, int *status)
 {
     if (const char *error = startVELParser())
         return error;
-    return guarded(outOfMemory, [&] { return runScript(script, arguments, status); });
+    return guarded(outOfMemory, [&] { return runScript(session, script, arguments, status); });
 }
 
 } // namespace velparser

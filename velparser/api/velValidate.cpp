@@ -426,38 +426,39 @@ const char *validateVELData(velHandle *handle, const char *path, std::vector<Fin
         });
 }
 
-const char *validateVELDataH()
+const char *validateVELDataH(Session &session)
 {
-    return withDatabase("validateVELDataH: error finding Lite API handle",
+    return withDatabase(session, "validateVELDataH: error finding Lite API handle",
                         [](velHandle *handle) { return validateVELData(handle, "/"); });
 }
 
-const char *validateVELObjectH(const char *path)
+const char *validateVELObjectH(Session &session, const char *path)
 {
     if (const char *error = startVELParser())
         return error;
     if (!path)
         return "validateObject : Invalid arguments\n";
-    return withDatabase(noHandle, [&](velHandle *handle) { return validateVELData(handle, path); });
+    return withDatabase(session, noHandle,
+                        [&](velHandle *handle) { return validateVELData(handle, path); });
 }
 
-const char *validate(const char *path, std::vector<Finding> *findings)
+const char *validate(Session &session, const char *path, std::vector<Finding> *findings)
 {
     if (const char *error = startVELParser())
         return error;
     if (!path || !findings)
         return "validate: invalid arguments";
-    return withDatabase(noHandle,
+    return withDatabase(session, noHandle,
                         [&](velHandle *handle) { return validateVELData(handle, path, findings); });
 }
 
-const char *validateParameter(const char *path, std::vector<Finding> *findings)
+const char *validateParameter(Session &session, const char *path, std::vector<Finding> *findings)
 {
     if (const char *error = startVELParser())
         return error;
     if (!path || !findings)
         return "validateParameter : Invalid arguments";
-    return withDatabase(noHandle, [&](velHandle *handle) -> const char * {
+    return withDatabase(session, noHandle, [&](velHandle *handle) -> const char * {
         if (const char *error = initValidationData(handle))
             return error;
         RecordCollector collector(handle, "validateParam");
@@ -467,27 +468,27 @@ const char *validateParameter(const char *path, std::vector<Finding> *findings)
     });
 }
 
-const char *validateParameter(const char *path)
+const char *validateParameter(Session &session, const char *path)
 {
     if (const char *error = startVELParser())
         return error;
     if (!path)
         return "validateParameter : Invalid arguments";
-    return withDatabase(noHandle, [&](velHandle *handle) {
+    return withDatabase(session, noHandle, [&](velHandle *handle) {
         return callValidationMethod(handle, "validateParam", {path});
     });
 }
 
-const char *setUnitsChecking(int on)
+const char *setUnitsChecking(Session &session, int on)
 {
-    return withDatabase(noHandle, [&](velHandle *handle) {
+    return withDatabase(session, noHandle, [&](velHandle *handle) {
         return callValidationMethod(handle, "setUnitsChecking", {std::to_string(on).c_str()});
     });
 }
 
-const char *setBoundsChecking(int on)
+const char *setBoundsChecking(Session &session, int on)
 {
-    return withDatabase(noHandle, [&](velHandle *handle) {
+    return withDatabase(session, noHandle, [&](velHandle *handle) {
         return callValidationMethod(handle, "setBoundsChecking", {std::to_string(on).c_str()});
     });
 }

@@ -13,7 +13,6 @@ namespace velparser {
 namespace {
 
 PerlInterpreter *interpreter = nullptr;
-velInstance *theInstance = nullptr;
 
 /// Null until the interpreter has chosen one.
 locale_t perlLocale = nullptr;
@@ -155,11 +154,6 @@ PerlInterpreter *velInterpreter()
     return interpreter;
 }
 
-velInstance *defaultInstance()
-{
-    return theInstance;
-}
-
 PerlLocale::PerlLocale() : outer_(perlLocaleDepth++ == 0 ? uselocale(perlLocale) : nullptr) {}
 
 // Only the outermost sets a locale: Perl frees its own when it takes another, and an
@@ -172,15 +166,22 @@ PerlLocale::~PerlLocale()
 
 const char *startVELParser()
 {
-    if (!interpreter) {
-        const char *directory = std::getenv("ZOT5_VEL_PARSER");
-        if (!directory)
-            exitWithoutParser();
-        if (const char *error = guarded(outOfMemory, [&] { return startInterpreter(directory); }))
-            return error;
+    if (interpreter) {
+        makeDefaultInstance();
+        return nullptr;
     }
-    if (!theInstance)
-        theInstance = new (std::nothrow) velInstance{};
+    const char *directory = std::getenv("ZOT5_VEL_PARSER");
+    if (!directory)
+        exitWithoutParser();
+    return guarded(outOfMemory, [&] { return startVELParser(std::string(directory)); });
+}
+
+const char *startVELParser(const std::string &packages)
+{
+    if (!interpreter)
+        if (const char *error = guarded(outOfMemory, [&] { return startInterpreter(packages); }))
+            return error;
+    makeDefaultInstance();
     return nullptr;
 }
 

@@ -80,9 +80,21 @@ sub parseVELData ($self, $lines, $library) {
     return $library ? $self->{database}->loadLibraryData($lines) : $self->{database}->loadVELData($lines);
 }
 
+=item C<useLibraries($names, $folder)>
+
+From now on C<readLibraries> reads the libraries with these names, separated by C<;>,
+in this folder, and not those that the environment names.
+
+=cut
+
+sub useLibraries ($self, $names, $folder) {
+    $self->{libraries} = [ $names, $folder ];
+    return '';
+}
+
 =item C<readLibraries>
 
-Reads the rule libraries that the environment names. What is wrong with the
+Reads the rule libraries that the environment names, unless told otherwise. What is wrong with the
 rules themselves is returned too, once, and the sound ones work.
 
 =item C<readLibrariesRecords($faults)>
@@ -98,7 +110,9 @@ sub readLibraries ($self) {
 }
 
 sub readLibrariesRecords ($self, $faults) {
-    my $error = $self->{database}->readLibraries;
+    my $database = $self->{database};
+    my $named    = $self->{libraries};
+    my $error    = $named ? $database->readNamedLibraries(@$named) : $database->readLibraries;
     $self->{model}->forget;
     @$faults = $self->{model}->rules->fault_records;
     my $found = finding_lines(@$faults);

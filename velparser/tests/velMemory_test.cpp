@@ -213,7 +213,7 @@ TEST_F(VelMemory, Loading)
 
 TEST_F(VelMemory, Validation)
 {
-    const std::set<std::string> said = complaints(velparser::validateVELDataH);
+    const std::set<std::string> said = complaints([] { return velparser::validateVELDataH(); });
     EXPECT_EQ(said.count("initValidationData: memory error"), 1u);
     EXPECT_EQ(said.count("velValidationDriver: memory error"), 1u);
     EXPECT_EQ(said.count("(null)"), 0u);
