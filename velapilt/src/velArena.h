@@ -1,6 +1,6 @@
 // Memory for the nodes and texts of one handle.
 //
-// Small blocks come from large chunks, one behind the other, so that what is
+// Small blocks come from large chunks, one after the other, so that what is
 // loaded together lies together; freed ones are kept by size and given out
 // again. Larger blocks come from the heap. Everything is freed with the arena.
 #pragma once

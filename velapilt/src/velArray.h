@@ -1,7 +1,7 @@
 // The growable typed array in which the database takes and returns lists.
 //
 // An array holds elements of one kind. The texts of a string array are owned
-// by the array: short ones stand in blocks of its own, so that a list of a
+// by the array: short ones are in blocks of its own, so that a list of a
 // million lines costs a handful of allocations. Texts never move once added;
 // pointers to them stay valid until the array is cleared or destroyed.
 //
@@ -42,7 +42,7 @@ private:
 };
 
 /// A list of texts that owns itself: what every query with a list result
-/// fills. `data()` is ended by a null entry behind `size()` texts; it is null
+/// fills. `data()` is ended by a null entry after `size()` texts; it is null
 /// for a list that was never filled.
 class velStringList
 {

@@ -14,7 +14,7 @@ bool isLetter(char c)
 
 bool isWordCharacter(char c)
 {
-    // memchr, not strchr: a NUL is no word character
+    // memchr, not strchr: a NUL is not a word character
     return isLetter(c) || (c >= '0' && c <= '9') || std::memchr("\t .[]_{|}", c, 9) != nullptr;
 }
 

@@ -30,7 +30,7 @@ bool isLeftOut(const velNode *node, std::uint32_t include, std::uint32_t exclude
 class LineWriter
 {
 public:
-    /// `margin` stands in front of every line, before its own indentation.
+    /// `margin` comes before every line, before its own indentation.
     LineWriter(const velHandle *handle, velArray *lines, std::int32_t width,
                std::string_view margin = {})
         : words_(handle->words), lines_(lines), width_(width), margin_(margin)
@@ -317,7 +317,7 @@ try {
     LineWriter writer(handle, array.get(), 0);
     const char *error = node->isRoot() ? nullptr : writer.header(0, node);
     if (error == nullptr) {
-        // The first level stands flush with the header: kept.
+        // The first level is flush with the header: kept.
         error = writeStored(writer, node, 0, includeLibrary ? 0 : velFlagLibrary);
     }
     if (error == nullptr && !node->isRoot()) {

@@ -91,7 +91,7 @@ void velCallChangeHandlers(velHandle *handle, const velNode *node, velChange cod
     const Reporting reporting(handle);
     const std::string path = velPathOf(handle, node);
     // By index and by copy: a handler may register further ones, which are
-    // told of later changes.
+    // informed of later changes.
     const std::size_t count = handle->changeHandlers.size();
     for (std::size_t i = 0; i < count; ++i) {
         const velHandle::ChangeEntry entry = handle->changeHandlers[i];

@@ -124,10 +124,10 @@ try {
     }
     Entry *entry = &heads_[function_.hash(key)];
     if (entry->used) {
-        auto behind = std::make_unique<Entry>();
-        behind->key = key;
-        behind->next = std::move(entry->next);
-        entry->next = std::move(behind);
+        auto after = std::make_unique<Entry>();
+        after->key = key;
+        after->next = std::move(entry->next);
+        entry->next = std::move(after);
         entry = entry->next.get();
     } else {
         entry->key = key;

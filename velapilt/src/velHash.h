@@ -60,7 +60,7 @@ public:
     /// The longest key that `extend` takes without growing.
     [[nodiscard]] std::size_t prepared() const { return multipliers_.size(); }
 
-    /// The state after `text`, which stands at `position` in its key. Throws
+    /// The state after `text`, which is at `position` in its key. Throws
     /// bad_alloc when the table of multipliers cannot grow.
     [[nodiscard]] std::uint32_t extend(std::uint32_t state, std::size_t position,
                                        std::string_view text)

@@ -33,7 +33,7 @@ std::string libraryDirectory(const char *otherwise)
     return given != nullptr && isDirectory(given) ? given : otherwise;
 }
 
-/// Whether an item of the list is used as it stands: ".…", "/…", "C:/…".
+/// Whether an item of the list is used as it is: ".…", "/…", "C:/…".
 bool standsAlone(std::string_view item)
 {
     if (item.empty()) {
@@ -65,7 +65,7 @@ const char *eachLibrary(std::string_view list, const std::string &folder, Visit 
         if (rest[0] == ':' || rest[0] == ';') {
             rest.remove_prefix(1);
             if (rest.empty()) {
-                break; // nothing after the last ';' is no item
+                break; // nothing after the last ';' is not an item
             }
         }
         std::string item;

@@ -16,13 +16,13 @@
 ///          └─▶ child ──▶ child ──▶ child ┘
 ///
 /// No node holds its path: it is the parent's path and the node's own words.
-/// What a node needs of memory is what a large set-up costs; texts lie behind
+/// What a node needs of memory is what a large set-up costs; texts lie after
 /// their nodes in the arena.
 struct velNode
 {
     velNode *parent;     ///< not owned; null for the root
-    velNode *next;       ///< the sibling behind it
-    velNode *bucketNext; ///< the node behind it in its bucket of the path table
+    velNode *next;       ///< the sibling after it
+    velNode *bucketNext; ///< the node after it in its bucket of the path table
     std::uint32_t type;  ///< word; `none` for a Parameter
     std::uint32_t name;  ///< word; `none` for a Singleton and the root
     union {
@@ -39,7 +39,7 @@ struct velNode
     };
     std::uint32_t flags; ///< velFlag…, as the last line that touched it
     std::uint32_t childCount;
-    std::uint32_t pathHash;        ///< hash state behind its path; Objects and Singletons only
+    std::uint32_t pathHash;        ///< hash state after its path; Objects and Singletons only
     std::uint32_t pathLength : 28; ///< of its full path; Objects and Singletons only
     std::uint32_t inTable : 1;     ///< found by the path table
     std::uint32_t isPending : 1;   ///< in the tree, and to be entered in the table

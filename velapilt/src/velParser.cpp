@@ -58,7 +58,7 @@ std::string withSingleBlanks(std::string_view text)
     return result;
 }
 
-/// What stands before and behind a separator, where white space is single
+/// What comes before and after a separator, where white space is single
 /// blanks already.
 std::string_view partBefore(std::string_view text, std::size_t separator)
 {

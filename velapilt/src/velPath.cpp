@@ -76,7 +76,7 @@ bool isNormalForm(std::string_view path)
         if (!isRunCharacter(path[i])) {
             continue;
         }
-        // The last character is none, so one stands behind this.
+        // The last character is none, so one follows this.
         if (path[i] == '\t' || isRunCharacter(path[i + 1])) {
             return false;
         }
@@ -93,7 +93,7 @@ bool isNormalForm(std::string_view path)
     return colon == none || isReduced(start, path.size());
 }
 
-/// Takes the ".." that stands behind `result` and the component before it away.
+/// Takes the ".." that follows `result` and the component before it away.
 void leaveComponent(std::string &result)
 {
     std::size_t separator = result.size() - 1;

@@ -3,7 +3,7 @@
 // Normal form: white space around the path goes; every run of blanks, tabs,
 // '/' and ':' becomes one '/' if it holds one, else one ':' if it holds one,
 // else one blank; a component TYPE:TYPE becomes TYPE (the path of a
-// Singleton); a last '/' goes unless it stands alone. A text shorter than two
+// Singleton); a last '/' goes unless it is alone. A text shorter than two
 // characters is only trimmed.
 #pragma once
 
@@ -20,6 +20,6 @@ enum class velLastComponent {
 [[nodiscard]] std::string velNormalForm(std::string_view path,
                                         velLastComponent last = velLastComponent::Reduce);
 
-/// `path` made absolute: relative ones stand behind `current`, "./" at the
+/// `path` made absolute: relative ones follow `current`, "./" at the
 /// start goes, and ".." takes away the component before it.
 [[nodiscard]] std::string velAbsolutePath(std::string_view current, std::string_view path);

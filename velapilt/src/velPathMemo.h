@@ -2,7 +2,7 @@
 //
 // A cache in front of the path table, no index of its own: it may forget what
 // it likes, and every answer is checked by the caller against the node itself.
-// Nodes stand in sets of one cache line; a set that is full loses an entry. For
+// Nodes are in sets of one cache line; a set that is full loses an entry. For
 // the check the memo keeps the path texts of some parents, as much as a few
 // bytes a node: one comparison then takes the place of a climb to the root.
 #pragma once

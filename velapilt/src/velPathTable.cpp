@@ -23,7 +23,7 @@ public:
     explicit PathEnd(std::string_view path) : start_(path.data()), left_(path.size()) {}
 
     /// Takes a word and the character in front of it off the end; false if
-    /// they do not stand there.
+    /// they are not there.
     bool take(char before, std::string_view word)
     {
         if (left_ <= word.size() || start_[left_ - word.size() - 1] != before) {

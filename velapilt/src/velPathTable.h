@@ -17,7 +17,7 @@
 //
 // A node that was unlinked while it had children leaves its descendants in the
 // table ("detached"). From then on paths are compared as texts throughout, for
-// a new node may stand at a path whose old descendants still answer.
+// a new node may be at a path whose old descendants still answer.
 #pragma once
 
 #include "velapilt/src/velHash.h"
@@ -31,7 +31,7 @@
 #include <vector>
 
 /// The words of one component of a path: "TYPE:Name" or a single word, which
-/// stands in `name` and may be a Singleton's type as well.
+/// is in `name` and may be a Singleton's type as well.
 struct velComponent
 {
     std::uint32_t type;

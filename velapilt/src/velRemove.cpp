@@ -25,7 +25,7 @@ void freeNode(velHandle *handle, velNode *node)
     velRelease(handle, node, sizeof(velNode));
 }
 
-/// The sibling before `node` in `previous`; false if it is no child.
+/// The sibling before `node` in `previous`; false if it is not a child.
 bool findPrevious(const velNode *parent, const velNode *node, velNode **previous)
 {
     *previous = nullptr;

@@ -94,7 +94,7 @@ velScannedLine velScanLine(const char *start, const char *end)
     std::size_t equals = std::string_view::npos;
     for (const char *from = text;; from += step) {
         const Chunk chunk(from);
-        // What stands behind the first stop is another line's, or never looked at.
+        // What follows the first stop is another line's, or never looked at.
         const std::uint32_t own = (chunk.stops & (0U - chunk.stops)) - 1U;
         if ((chunk.blanks & (chunk.blanks << 1 | carry) & own) != 0) {
             return wholeLine(start, end);

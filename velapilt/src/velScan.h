@@ -9,12 +9,12 @@
 struct velScannedLine
 {
     std::string_view text; ///< without the blanks around it where the line is plain, else whole
-    const char *next;      ///< the line behind it
+    const char *next;      ///< the line after it
     std::size_t equals;    ///< the place of the first '=' in a plain line, npos without one
     bool isPlain;          ///< no '#', no control character, no white space but single blanks
 };
 
-/// What must stand behind a text that is scanned: a line feed, then anything.
+/// What must follow a text that is scanned: a line feed, then anything.
 inline constexpr std::size_t velScanSlack = 16;
 
 /// The line that starts at `start`, in a text that ends at `end`.

@@ -1,7 +1,7 @@
 // Lists in values: elements between commas.
 //
 // A comma inside parentheses does not split. Every piece is trimmed, and the
-// one behind the last comma always counts: an empty text is one empty element.
+// one after the last comma always counts: an empty text is one empty element.
 #pragma once
 
 #include "velapilt/src/velArray.h"
@@ -17,7 +17,7 @@
 /// As splitString, into a list of its own.
 [[nodiscard]] const char *splitStringString(std::string_view text, velStringList *list);
 
-/// Each piece as isLogicalValue reads it. If any is no logical, `message`
+/// Each piece as isLogicalValue reads it. If any is not a logical, `message`
 /// receives one text with all their messages, which is returned.
 [[nodiscard]] const char *
 splitLogicalString(std::string_view text, std::vector<std::int32_t> *values, std::string *message);

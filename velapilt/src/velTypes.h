@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// The columns to which a command file is wrapped unless its writer is told
-/// otherwise.
+/// The columns to which a command file is wrapped unless its writer is
+/// asked for others.
 inline constexpr std::int32_t velUsualWidth = 79;
 
 /// What a node is.

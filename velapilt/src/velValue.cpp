@@ -53,7 +53,7 @@ try {
     return nullptr;
 }
 
-/// One message made of those of all elements that are no logicals.
+/// One message made of those of all elements that are not logicals.
 const char *joinFailures(const velArray &errors, std::string *failures)
 try {
     *failures = "splitLogicalString: not all entries were logicals:\n";

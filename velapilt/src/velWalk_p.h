@@ -31,7 +31,7 @@ public:
     /// The node whose block is visited at present.
     [[nodiscard]] Node *parent() const { return parent_; }
 
-    /// Goes below the node, which may have no children but is no Parameter.
+    /// Goes below the node, which may have no children but is not a Parameter.
     void down()
     {
         parent_ = node_;

@@ -29,16 +29,16 @@ public:
     {
         return text.empty() ? none : slots_[slot(text, hashOf(text))];
     }
-    /// As find, for a word that stands behind another one: blocks of a type
-    /// list their parameters in the same order, so that the word which stood
+    /// As find, for a word that follows another one: blocks of a type
+    /// list their parameters in the same order, so that the word which was
     /// there the last time is most often it.
     [[nodiscard]] std::uint32_t findBehind(std::uint32_t previous, std::string_view text)
     {
-        const Word &guess = words_[words_[previous].behind];
+        const Word &guess = words_[words_[previous].after];
         if (guess.length == text.size() && velSameBytes(guess.text, text.data(), text.size())) {
-            return words_[previous].behind;
+            return words_[previous].after;
         }
-        return words_[previous].behind = find(text);
+        return words_[previous].after = find(text);
     }
     /// The number of a word, which is entered if it is new. Throws bad_alloc.
     std::uint32_t intern(std::string_view text);
@@ -63,7 +63,7 @@ private:
         std::uint32_t length;
         std::uint32_t hash : 31;
         std::uint32_t checked : 1;
-        std::uint32_t behind; // the word that stood behind it last; `none` at first
+        std::uint32_t after; // the word that came after it last; `none` at first
     };
 
     [[nodiscard]] static std::uint32_t hashOf(std::string_view text)
@@ -80,7 +80,7 @@ private:
         return static_cast<std::uint32_t>((hash ^ hash >> 29) * factor >> 33);
     }
 
-    /// The slot of the word, or the empty one where it would stand.
+    /// The slot of the word, or the empty one where it would be.
     [[nodiscard]] std::size_t slot(std::string_view text, std::uint32_t hash) const
     {
         const std::size_t mask = slots_.size() - 1;

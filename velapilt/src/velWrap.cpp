@@ -26,9 +26,9 @@ std::size_t pieceEnd(std::string_view line, std::size_t start, std::size_t room)
         --end;
     }
     if (velIsSpace(line[end])) {
-        return end + 1; // the white space stays behind its word
+        return end + 1; // the white space stays after its word
     }
-    // A hard cut inside a word, or behind the first of several blanks. A word's
+    // A hard cut inside a word, or after the first of several blanks. A word's
     // only blank at the start of the next piece would be lost when it is read back.
     const bool losesBlank = velIsSpace(line[candidate]) && !velIsSpace(line[candidate - 1]);
     return losesBlank ? candidate - 1 : candidate;

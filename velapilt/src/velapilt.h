@@ -2,7 +2,7 @@
 //
 // A handle owns a tree of nodes (objects, singletons, parameters), a table
 // that finds every node by its path, the current-path stack, the parse state,
-// the handlers that are told of changes, and the last error text. Everything
+// the handlers that are informed of changes, and the last error text. Everything
 // here is a plain function over such a handle.
 //
 // Results. A function that can fail returns a message; null means success.
@@ -82,14 +82,14 @@ void setValidationLevel(velHandle *handle, std::int32_t level);
 /// is called first, unless it is the same data.
 void velSetUserData(velHandle *handle, void *data, void (*release)(void *data));
 
-/// Makes `message` the handle's error text, as it stands, and returns it.
+/// Makes `message` the handle's error text, as it is, and returns it.
 const char *velRecordError(velHandle *handle, const std::string &message);
 
 // --- Paths and the current path (velPath.cpp, velPathStack.cpp) -------------
 
 /// The normal form of a path, without resolving it against anything.
 [[nodiscard]] std::string velCleanPath(const char *path);
-/// Whether the path is in normal form as it stands.
+/// Whether the path is in normal form as it is.
 [[nodiscard]] bool velIsCleanPath(const char *path);
 
 /// The absolute path in normal form.
@@ -120,7 +120,7 @@ void velCleanPathStack(velHandle *handle);
 
 // --- Tree (velTree.cpp) -----------------------------------------------------
 
-/// 1 if a node stands at the path, else 0.
+/// 1 if a node is at the path, else 0.
 [[nodiscard]] int havePath(velHandle *handle, const char *path);
 /// 1 for an Object or Singleton, 0 for a Parameter or nothing.
 [[nodiscard]] int isObject(velHandle *handle, const char *path);
@@ -153,7 +153,7 @@ void velCleanPathStack(velHandle *handle);
 // --- Values (velValue.cpp) ----------------------------------------------------
 
 /// The value in place, without a copy: null for an unknown path, a node that
-/// is no Parameter, or a Parameter without a value. Valid until the tree next
+/// is not a Parameter, or a Parameter without a value. Valid until the tree next
 /// changes.
 [[nodiscard]] const char *velFindValue(velHandle *handle, const char *path);
 

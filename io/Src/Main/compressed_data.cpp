@@ -87,17 +87,17 @@ private:
         if (length_known_) {
             return io_.stream.flush() ? IO_OK : failed();
         }
-        std::int64_t behind = io_.stream.tell();
+        std::int64_t after = io_.stream.tell();
         if (!io_.stream.seek(length_at_)) {
             return failed();
         }
         if (int code = put_length(bytes)) {
             return code;
         }
-        return io_.stream.seek(behind) ? IO_OK : failed();
+        return io_.stream.seek(after) ? IO_OK : failed();
     }
 
-    /// What stands there of the stream is no longer than the data that follows.
+    /// What is there of the stream is no longer than the data that follows.
     int put_stored_mark()
     {
         if (begun() && !io_.stream.seek(length_at_)) {
@@ -222,12 +222,11 @@ private:
         if (!has_part()) {
             return report.error(IO_NO_MEMORY, "read_compressed_dataarray: malloc failed\n");
         }
-        std::int64_t behind = io_.stream.tell() + length;
+        std::int64_t after = io_.stream.tell() + length;
         bool short_read = false;
         auto source = [&](const void *&bytes) {
             bytes = part_.get();
-            auto wanted =
-                static_cast<std::size_t>(std::min(behind - io_.stream.tell(), part_bytes));
+            auto wanted = static_cast<std::size_t>(std::min(after - io_.stream.tell(), part_bytes));
             std::size_t got = io_.stream.read(part_.get(), wanted);
             short_read = short_read || got != wanted;
             return got;
@@ -249,7 +248,7 @@ private:
             }
         }
         advance(produced);
-        if (!io_.stream.seek(behind)) {
+        if (!io_.stream.seek(after)) {
             return report.zotsystemErr(IO_CANNOT_SEEK, "read_compressed_dataarray: fseek failed");
         }
         return IO_OK;

@@ -1,4 +1,4 @@
-// Looking at a container as a whole: what stands in it, what is wrong with it,
+// Looking at a container as a whole: what is in it, what is wrong with it,
 // and a new index where the old one is. For tools; clients that only read
 // and write datasets use iocntc().
 #pragma once
@@ -48,10 +48,10 @@ struct rebuild_result
     std::int32_t datasets = 0;         ///< in the new index
     std::vector<located_dataset> lost; ///< live in the old index, not in the new one
     std::vector<std::string> remarks;  ///< of the scan, a line each
-    std::int64_t dropped_bytes = 0;    ///< behind the last whole dataset, an index not counted
+    std::int64_t dropped_bytes = 0;    ///< after the last whole dataset, an index not counted
 };
 
-/// Scans the file and writes its index anew. A code, and an unchanged file, if
+/// Scans the file and writes its index again. A code, and an unchanged file, if
 /// the scan meets damage.
 [[nodiscard]] int rebuild_container(io_env &env, const io_reporter &report, const char *name,
                                     rebuild_result &result);

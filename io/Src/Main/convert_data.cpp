@@ -75,7 +75,7 @@ public:
     }
 
 private:
-    /// Where the next `values` values of a type stand; steps over them.
+    /// Where the next `values` values of a type are; steps over them.
     static std::int64_t next(element_counts &positions, element_type type, std::int64_t values)
     {
         std::int64_t &position = positions[static_cast<std::size_t>(type)];

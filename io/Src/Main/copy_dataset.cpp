@@ -82,7 +82,7 @@ bool keeps_its_bytes(const located_start &source, const data_shape &shape)
            element_of(shape.type.single()).has_length;
 }
 
-/// Reads the data and writes it anew in the default format.
+/// Reads the data and writes it again in the default format.
 int copy_anew(open_file &from, const located_start &source, const data_shape &shape, open_file &to)
 {
     if (int code = check_data_claim(from.io, shape)) {

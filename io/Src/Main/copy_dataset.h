@@ -25,6 +25,6 @@ struct dataset_name
 [[nodiscard]] int copy_when0_ds(open_file &from, open_file &to);
 
 /// Copies the live datasets with that WHEN (negative: all), in index order;
-/// arrays that are neither compressed nor formatted, and no strings, are written anew in
+/// arrays that are neither compressed nor formatted, and no strings, are written again in
 /// the default format.
 [[nodiscard]] int copy_ds_compress_when(open_file &from, open_file &to, std::int32_t when);

@@ -54,5 +54,5 @@ struct data_type
     bool operator==(const data_type &other) const;
 };
 
-/// 12 with a message for what is no type, 14 for a structure of too many entries.
+/// 12 with a message for what is not a type, 14 for a structure of too many entries.
 [[nodiscard]] int parseStructure(const io_reporter &report, std::string_view text, data_type &type);

@@ -1,4 +1,4 @@
-// The header of a dataset: what stands between "*HEADER" and the data tag.
+// The header of a dataset: what is between "*HEADER" and the data tag.
 #pragma once
 
 #include "io/Src/Main/zot_primitives.h"
@@ -29,7 +29,7 @@ std::int32_t header_blockfactor(format_code format, std::int32_t asked);
 /// message if the file does not take it.
 [[nodiscard]] int write_header(zot_io &io, format_code format, const dataset_header &header);
 
-/// From "*HEADER" up to the data tag, in front of which the stream then stands.
+/// From "*HEADER" up to the data tag, before which the stream then is.
 /// `file` is the name for messages. 15 for a record that is not what it should
 /// be, 10 and 14 as the primitives have it; memory grows only with what was
 /// read.

@@ -85,7 +85,7 @@ bool dataset_scan::resume()
     return true;
 }
 
-/// Looks for the words that stand behind a length; -1 if there are none.
+/// Looks for the words that follow a length; -1 if there are none.
 std::int64_t dataset_scan::find_beginning(std::int64_t from)
 {
     // Small: what is looked through may be full of words that lead nowhere.

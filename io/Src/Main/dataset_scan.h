@@ -20,7 +20,7 @@ struct scanned_dataset
     std::int64_t position = 0; ///< of the format code
     std::int64_t start = 0;    ///< of the start word
     std::int64_t length = 0;
-    std::int64_t end = 0; ///< behind the second length
+    std::int64_t end = 0; ///< after the second length
     bool has_header = false;
     dataset_header header;
 };
@@ -32,7 +32,7 @@ enum class scan_end {
     crash,       ///< at "*CRASH"
     interrupted, ///< at a length of zero
     cut,         ///< the file ends inside a dataset or an index
-    damaged,     ///< what stands there is no dataset, or contradicts itself
+    damaged,     ///< what is there is not a dataset, or contradicts itself
 };
 
 /// A scan of an open file, whose stream it moves.
@@ -51,7 +51,7 @@ public:
     /// Why the scan ended; `running` while it has not.
     scan_end end() const { return end_; }
 
-    /// Goes on behind an end at damage or a cut, from the next place where a
+    /// Goes on after an end at damage or a cut, from the next place where a
     /// dataset or an index seems to begin; false if there is none.
     bool resume();
 
@@ -85,7 +85,7 @@ private:
     zot_io &io_;
     std::int64_t size_;
     std::int64_t position_;
-    format_code mark_; ///< as it stands in the file
+    format_code mark_; ///< as it is in the file
     scanned_dataset item_;
     scan_end end_ = scan_end::running;
     int code_ = IO_OK;

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr std::size_t key_start = 2; // behind the status and its ESC
+constexpr std::size_t key_start = 2; // after the status and its ESC
 
 /// The next field of a line; empty at its end. Skips empty fields.
 std::string_view next_field(const char *&line)
@@ -27,7 +27,7 @@ std::string_view next_field(const char *&line)
     return {start, static_cast<std::size_t>(line - start)};
 }
 
-/// As atoi() reads: what is no number is 0.
+/// As atoi() reads: what is not a number is 0.
 template <typename Integer>
 Integer leading_number(std::string_view text)
 {

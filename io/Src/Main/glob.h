@@ -7,7 +7,7 @@
 bool glob_has_pattern(std::string_view text);
 
 /// Whether the whole of `text` matches. A pattern without any of those
-/// characters is compared as it stands. A set that is not closed matches
-/// nothing; ']' and '-' right behind the opening (and its caret) are literal, so
-/// is '-' at the end; a final back-slash stands for itself.
+/// characters is compared as it is. A set that is not closed matches
+/// nothing; ']' and '-' right after the opening (and its caret) are literal, so
+/// is '-' at the end; a final back-slash means itself.
 bool glob_match(std::string_view pattern, std::string_view text);

@@ -51,7 +51,7 @@ int write_index_lines(open_file &file, std::int64_t length)
 }
 
 /// Checks lines and what they claim: all of them together cannot take more of
-/// the file than stands in front of the index.
+/// the file than comes before the index.
 class line_check
 {
 public:
@@ -218,7 +218,7 @@ private:
         return IO_OK;
     }
 
-    /// One allocation for all lines and the first growth behind them. Lines of a
+    /// One allocation for all lines and the first growth after them. Lines of a
     /// file that is as large as they claim it to be, so it is not too much.
     bool room_for(std::int32_t count)
     {

@@ -1,15 +1,15 @@
-// The index as it stands in a file: writing it, loading it, and making it anew
+// The index as it is in a file: writing it, loading it, and making it again
 // by stepping through the datasets.
 #pragma once
 
 #include "io/Src/Main/open_file.h"
 
 /// Writes the index dataset at the file's index position; the stream then
-/// stands at its end.
+/// is at its end.
 [[nodiscard]] int write_index(open_file &file);
 
 /// Loads the stored index of a file of `size` bytes; the index position becomes
-/// where it stands. Any code means that it cannot be used and the table is empty.
+/// where it is. Any code means that it cannot be used and the table is empty.
 [[nodiscard]] int create_indextable(open_file &file, std::int64_t size);
 
 /// Scans the file from its first dataset on. 0 also where the scan ended early,

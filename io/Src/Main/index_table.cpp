@@ -10,7 +10,7 @@
 namespace {
 
 constexpr std::int32_t no_more = std::numeric_limits<std::int32_t>::max() - 2 * IO_INDEX_GROWTH;
-constexpr std::size_t key_start = 2; // behind the status and its ESC
+constexpr std::size_t key_start = 2; // after the status and its ESC
 
 /// Positions of the lines in the order of the keys; key(slot) is a text.
 template <typename Key>
@@ -35,7 +35,7 @@ std::vector<std::int32_t> ordered(std::int32_t count, Key key)
     return slots;
 }
 
-/// Length of the WHAT and WHERE of a line, the ESC behind each counted.
+/// Length of the WHAT and WHERE of a line, the ESC after each counted.
 std::size_t name_length(const char *line)
 {
     const char *where = std::strchr(line + key_start, IO_ESC);
@@ -64,8 +64,8 @@ std::size_t hash_name(const char *text, std::size_t length)
 
 const char *index_line_where(const char *line)
 {
-    const char *behind = std::strchr(line + key_start, IO_ESC);
-    return behind == nullptr ? line + std::strlen(line) : behind + 1;
+    const char *end = std::strchr(line + key_start, IO_ESC);
+    return end == nullptr ? line + std::strlen(line) : end + 1;
 }
 
 bool index_table::reserve(std::int32_t lines)
@@ -119,7 +119,7 @@ int index_table::insert_index(const io_reporter &report, std::string_view line)
         return report.error(IO_NO_ROOM, "insert_index: index line of %d characters is too long\n",
                             static_cast<int>(line.size()));
     }
-    bool full = count_ == capacity_; // the sentinel stands there, or there is no table yet
+    bool full = count_ == capacity_; // the sentinel is there, or there is no table yet
     if (full && !grow()) {
         return report.zotsystemErr(IO_NO_ROOM, "insert_index: (malloc failed) syserr:");
     }

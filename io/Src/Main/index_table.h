@@ -1,5 +1,5 @@
 // The index of an open container in memory: one line a dataset, in the form
-// that stands in the file.
+// that they have in the file.
 //
 //     slot 0      Y ESC WHAT ESC WHERE ESC WHEN ESC length ESC position NUL …
 //     slot 1      …
@@ -7,7 +7,7 @@
 //     …
 //     slot cap    ESC …                        the sentinel: the table ends here
 //
-// Each slot has 256 bytes. The lines stand in the order of the file until a
+// Each slot has 256 bytes. The lines are in the order of the file until a
 // lookup sorts them; any insertion makes the table unsorted again.
 #pragma once
 
@@ -27,7 +27,7 @@ public:
     /// Lines in the table, deleted ones included.
     std::int32_t count() const { return count_; }
 
-    /// Usable slots; the sentinel stands behind them.
+    /// Usable slots; the sentinel comes after them.
     std::int32_t capacity() const { return capacity_; }
     /// Whether sort_by_what() still holds.
     bool sorted() const { return sorted_; }
@@ -41,7 +41,7 @@ public:
     /// Marks the line, here only.
     void set_status(std::int32_t slot, char status) { slots_.get()[offset(slot)] = status; }
 
-    /// Adds the line behind the others. 14 if there is no memory, or the line
+    /// Adds the line after the others. 14 if there is no memory, or the line
     /// does not fit its slot.
     [[nodiscard]] int insert_index(const io_reporter &report, std::string_view line);
 
@@ -52,7 +52,7 @@ public:
     /// text of WHEN and what follows. Throws bad_alloc.
     void sort_by_what();
 
-    /// The slots ordered by their bytes from behind the second ESC: WHERE, then
+    /// The slots ordered by their bytes from after the second ESC: WHERE, then
     /// the text of WHEN. Made at the first call after an insertion or a sort;
     /// valid until the next. Throws bad_alloc.
     const std::vector<std::int32_t> &where_order();
@@ -92,6 +92,6 @@ private:
     std::vector<std::int32_t> names_;
 };
 
-/// The text of a line behind its second ESC; the line is one that an
+/// The text of a line after its second ESC; the line is one that an
 /// index_table holds.
 const char *index_line_where(const char *line);

@@ -26,7 +26,7 @@ public:
         return descriptor_ >= 0;
     }
 
-    /// False with errno for what is no regular file.
+    /// False with errno for what is not a regular file.
     bool is_regular() const
     {
         struct stat status = {};

@@ -49,7 +49,7 @@ int end_of_room(z_stream &stream)
 
 /// One deflate() after the other until the stream ends, the room of `in_left`
 /// bytes does, or the sink refuses. All but the last part goes to the sink; the
-/// last stands in the buffer.
+/// last is in the buffer.
 int deflate_all(z_stream &stream, std::int64_t in_left, io_deflate_buffer buffer,
                 const io_deflate_sink &take, bool &refused)
 {

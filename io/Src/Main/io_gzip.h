@@ -14,7 +14,7 @@ std::size_t io_gzip_word_bytes(char letter);
 /// that no more follow.
 using io_deflate_sink = std::function<bool(const void *bytes, std::size_t count, bool last)>;
 
-/// Where a compressed array stands on its way: `bytes` of the caller's memory, a
+/// Where a compressed array is on its way: `bytes` of the caller's memory, a
 /// multiple of the word.
 struct io_deflate_buffer
 {

@@ -66,7 +66,7 @@ struct IO_data
     std::uint8_t *logicals = nullptr; ///< 0 or 1 each
     std::int64_t logicals_size = 0;
 
-    /// Bytes of a slot in `strings`, the NUL included; 0 or less stands for
+    /// Bytes of a slot in `strings`, the NUL included; 0 or less means
     /// IO_STRING_SLOT. The client decides how wide its slots are, whatever the type
     /// of the data: a longer string is cut to fit.
     std::int64_t string_slot = 0;

@@ -30,7 +30,7 @@ void end_line(std::string &text)
     }
 }
 
-/// Stands for a message that there was no memory to write.
+/// Takes the place of a message that there was no memory to write.
 constexpr std::string_view no_room_for_message = "out of memory\n";
 
 } // namespace

@@ -31,7 +31,7 @@ public:
     /// `env` outlives the reporter.
     explicit io_reporter(io_env &env) : env_(&env) {}
 
-    /// Null stands for the default routine: "IO: %s" to standard error.
+    /// Null means the default routine: "IO: %s" to standard error.
     void set_routine(io_error_routine routine) { routine_ = routine; }
 
     /// Messages go to `sink` instead; empty: to the routine again.

@@ -269,6 +269,6 @@ int io_session::copy_many(io_request request, Copy copy)
 int iocntc(std::uint32_t request, io_error_routine routine, IO_header *header, IO_data *data)
 {
     static io_session session(io_real_env());
-    // A number that is no request is refused like any other wrong input.
+    // A number that is not a request is refused like any other wrong input.
     return session.request(static_cast<io_request>(request), routine, header, data);
 }

@@ -1,5 +1,5 @@
-// A set of open files and the requests on it. The library's own one stands
-// behind iocntc(); tests and tools may have their own.
+// A set of open files and the requests on it. The library's own one is
+// that of iocntc(); tests and tools may have their own.
 #pragma once
 
 #include "io/Src/Main/dataset_header.h"

@@ -47,7 +47,7 @@ std::size_t io_stream::buffered() const
 
 bool io_stream::fill()
 {
-    // Going on where the buffer ended, or a little behind: who reads in order reads much.
+    // Going on where the buffer ended, or a little after: who reads in order reads much.
     std::int64_t skipped = position_ - (start_ + static_cast<std::int64_t>(used_));
     bool in_order = used_ > 0 && skipped >= 0 && skipped < static_cast<std::int64_t>(ahead_);
     ahead_ = in_order ? std::min(ahead_ * 2, buffer_bytes) : first_ahead;

@@ -35,8 +35,8 @@ public:
     std::size_t read(void *to, std::size_t bytes);
 
     /// Reads up to and without the next LF, at most `most` characters. The
-    /// result says how it ended; the position is behind what was taken (and
-    /// behind the LF).
+    /// result says how it ended; the position is after what was taken (and
+    /// after the LF).
     enum line_end { at_lf, at_limit, at_end_of_file };
     line_end read_line(std::size_t most, std::string &line);
 

@@ -40,7 +40,7 @@ format_code iofmt_parse(std::string_view text)
     if (!text.empty() && iofmt_is_letter(text[0])) {
         format.letter = text[0];
     }
-    // "no digit" is a blank on disk, whatever stood for it; F takes no digit.
+    // "no digit" is a blank on disk, whatever was given for it; F takes no digit.
     if (text.size() > 1 && is_digit(text[1]) && !format.formatted()) {
         format.second = text[1];
     }
@@ -124,7 +124,7 @@ std::vector<format_code> iofmt_restore(format_code mark)
         return {{mark.second, ' '}};
     }
     if (mark.has_digit()) {
-        // A digit without the bit behind a small x: its letter tells the order.
+        // A digit without the bit after a small x: its letter tells the order.
         return {{mark.letter == 'x' ? 'l' : big, mark.second}};
     }
     auto plain = static_cast<char>(static_cast<unsigned char>(mark.second) & ~little_endian_bit);

@@ -59,6 +59,6 @@ format_code iofmt_parse(std::string_view text);
 /// What a deletion writes over a live code; none for any other.
 std::optional<format_code> iofmt_deleted_mark(format_code live);
 
-/// The codes that a deleted mark may stand for: exactly one for the marks that
+/// The codes that a deleted mark may replace: exactly one for the marks that
 /// this library writes, the candidates in the order to be tried for older ones.
 std::vector<format_code> iofmt_restore(format_code mark);

@@ -16,8 +16,8 @@ constexpr int fresh_attempts = 20;
 constexpr int fresh_wait_ms = 10;
 
 /// A lock file that another process has just made is empty until it writes its
-/// level: that is waited for. Bytes read, −1 on failure; `there` is false if there
-/// is no lock file.
+/// level: that is waited for. Bytes read, −1 on failure; `there` is false without
+/// a lock file.
 std::int64_t read_lock_text(io_env &env, const char *name, char (&text)[lock_text_max], bool &there)
 {
     for (int attempt = 0;; attempt++) {

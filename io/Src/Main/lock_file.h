@@ -14,7 +14,7 @@ enum lock_request : int { IO_UNLOCK = -1, IO_LOCK_READ = 0, IO_LOCK_WRITE = 1 };
 /// message if somebody else's lock is in the way.
 [[nodiscard]] int iif_set_lock(open_file &file, lock_request request);
 
-/// Takes back what this process added to the level, whatever the file's mode.
+/// Undoes what this process added to the level, whatever the file's mode.
 [[nodiscard]] int release_lock(open_file &file);
 
 /// Writes −1 into the lock file of a file that this process holds.

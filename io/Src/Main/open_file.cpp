@@ -181,7 +181,7 @@ int read_container(open_file &file, open_options options)
 int write_size(open_file &file)
 {
     const io_reporter &report = *file.report;
-    // A shorter index than before would leave old bytes behind the new end.
+    // A shorter index than before would leave old bytes after the new end.
     if (!file.io.stream.truncate(file.io.stream.tell())) {
         return report.zotsystemErr(io_write_code(), "iif_flush: can't go to end of file ");
     }
@@ -230,7 +230,7 @@ int write_index_and_size(open_file &file)
     return write_size(file);
 }
 
-/// Locks, opens, reads what is needed; what it leaves behind on failure is for
+/// Locks, opens, reads what is needed; what it leaves on failure is for
 /// abandon().
 int iif_open_file(open_file &file, char access, open_options options)
 {

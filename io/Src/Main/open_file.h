@@ -1,7 +1,7 @@
 // An open container: its stream, its index, its lock.
 //
 // Opening takes the lock, checks that the file is a container and loads its
-// index, or makes it anew by scanning. Closing writes index and file size if
+// index, or makes it again by scanning. Closing writes index and file size if
 // anything changed, and gives the lock back. A file opened to read is never
 // written, whatever its index needed.
 #pragma once
@@ -38,12 +38,12 @@ struct open_file
     bool lock_was_zero = false;
     bool changed = false; ///< closing has to write index and size
 
-    /// A readable index stands in the file: to be made unreadable, so that
+    /// A readable index is in the file: to be made unreadable, so that
     /// nobody trusts it, before anything else is changed.
     bool stored_index = false;
 
     index_table index;
-    std::int64_t index_position = 0; ///< where the index is to be written: behind the last dataset
+    std::int64_t index_position = 0; ///< where the index is to be written: after the last dataset
 };
 
 /// What an opening may do besides its access code.
@@ -74,7 +74,7 @@ struct open_options
 [[nodiscard]] int setfilebusyflag(open_file &file, bool may_create = true);
 
 /// To be called before the first byte of a change: puts "*CRASH" where the
-/// index stands and cuts the file behind it.
+/// index is and cuts the file after it.
 [[nodiscard]] int begin_change(open_file &file);
 
 /// What became of a "*CRASH" that was to be put into a file.
@@ -88,5 +88,5 @@ enum class crash_tag {
 /// becomes of the tag, the file ends where a dataset ended.
 crash_tag put_crash_tag(open_file &file, std::int64_t position, format_code format);
 
-/// Where the first dataset stands.
+/// Where the first dataset is.
 std::int64_t first_dataset_position(const open_file &file);

@@ -12,8 +12,8 @@ struct located_start
     std::int64_t position = 0;
     std::int64_t length = 0;
     std::int64_t start = 0;    ///< of "*DATASET"
-    std::int64_t data = 0;     ///< behind the data tag; where the stream stands
-    std::int64_t data_end = 0; ///< where "*ENDDATASET" has to stand
+    std::int64_t data = 0;     ///< after the data tag; where the stream is
+    std::int64_t data_end = 0; ///< where "*ENDDATASET" has to be
     dataset_header header;
 };
 

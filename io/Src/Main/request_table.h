@@ -3,9 +3,9 @@
 
 #include "io/Src/Main/iocntc.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
 /// What iocntc() checks before it carries a request out.
 struct request_traits
@@ -55,11 +55,19 @@ inline constexpr auto request_table = std::to_array<request_traits>({
 /// An unknown request is refused only after its header was looked at.
 inline constexpr request_traits unknown_request = {.request = {}, .name = "an unknown request"};
 
-/// What a request needs; unknown_request for a number that is none.
+/// Where the table has each number, one more than the place; 0 for a number that it
+/// does not have.
+inline constexpr auto request_places = [] {
+    std::array<std::uint8_t, 64> places = {};
+    for (std::size_t i = 0; i < request_table.size(); i++) {
+        places.at(request_table[i].request) = static_cast<std::uint8_t>(i + 1);
+    }
+    return places;
+}();
+
+/// What a request needs; unknown_request for a number that is not in the table.
 [[nodiscard]] constexpr const request_traits &traits_of(io_request request)
 {
-    const auto *found =
-        std::find_if(request_table.begin(), request_table.end(),
-                     [request](const request_traits &traits) { return traits.request == request; });
-    return found != request_table.end() ? *found : unknown_request;
+    std::size_t place = request < request_places.size() ? request_places[request] : 0;
+    return place == 0 ? unknown_request : request_table[place - 1];
 }

@@ -24,7 +24,7 @@ char plain_char(char c)
     return c == '\n' || c == IO_ESC || c == '\0' ? ' ' : c;
 }
 
-/// Where the next value of each type stands in the arrays.
+/// Where the next value of each type is in the arrays.
 class array_cursor
 {
 public:

@@ -54,7 +54,7 @@ int write_code_and_placeholder(open_file &file, const pending_dataset &pending)
     return IO_OK;
 }
 
-/// The second length and the tag behind it, then the first length.
+/// The second length and the tag after it, then the first length.
 int write_lengths(open_file &file, const pending_dataset &pending)
 {
     const io_reporter &report = *file.report;

@@ -42,7 +42,7 @@ bool zotparseReal(std::string_view field, double &value);
 bool zotparseLogl(std::string_view field, std::uint8_t &value);
 
 /// Takes the integers off a line of fields that are 10 characters wide, or 11
-/// where a minus and ten digits stand. Of several ways to split the line the
+/// where there are a minus and ten digits. Of several ways to split the line the
 /// first that uses it up is taken, narrow fields tried first. False if there is
 /// none, or if there are more than `room` values.
 bool zotsplitIntr(std::string_view line, std::int32_t *values, std::size_t room,

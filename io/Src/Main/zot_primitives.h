@@ -1,6 +1,6 @@
 // The ways in which a value reaches the disk: plain strings, header strings,
-// offsets. What stands in a container is written and read by these and by
-// zot_numbers.h only; reader and writer of each stand side by side.
+// offsets. What is in a container is written and read by these and by
+// zot_numbers.h only; reader and writer of each are side by side.
 //
 // Readers report what is wrong. Writers report only values that the format
 // cannot hold; a failed write is reported by the caller, who knows what it was
@@ -16,7 +16,7 @@
 #include <string_view>
 
 /// What the primitives work on: the open file, its width of offsets in text,
-/// and who is told.
+/// and who gets the messages.
 struct zot_io
 {
     io_stream stream;
@@ -49,13 +49,13 @@ struct zot_io
 /// 15 where the format or its width cannot hold the value, and for the deleted marks.
 [[nodiscard]] int zotwriteOffset(zot_io &io, format_code format, std::int64_t offset);
 
-/// 10 if the file ends or the text is no number.
+/// 10 if the file ends or the text is not a number.
 [[nodiscard]] int zotreadOffset(zot_io &io, format_code format, std::int64_t &offset);
 
 /// The bytes that zotwriteOffset() writes.
 std::int64_t zotoffsetBytes(const zot_io &io, format_code format);
 
-/// One 4-byte integer, as stands before header strings.
+/// One 4-byte integer, as is before header strings.
 [[nodiscard]] int zotwriteCount(zot_io &io, format_code format, std::int32_t count);
 [[nodiscard]] int zotreadCount(zot_io &io, format_code format, std::int32_t &count);
 
