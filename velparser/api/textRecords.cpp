@@ -34,7 +34,7 @@ Finding findingFromLine(std::string_view line)
 {
     Finding finding{.path = std::string(takePath(&line)), .identifier = {}, .text = {}};
     const std::size_t bracket = line.rfind(" [");
-    if (!finding.path.empty() && line.ends_with(']') && bracket != line.npos) {
+    if (line.ends_with(']') && bracket != line.npos) {
         const std::string_view word = line.substr(bracket + 2, line.size() - bracket - 3);
         if (isIdentifier(word)) {
             finding.identifier = word;

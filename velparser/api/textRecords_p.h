@@ -11,8 +11,8 @@
 
 namespace velparser {
 
-/// Of "PATH: sentence [identifier]". A line that does not begin with a path is all
-/// text. An identifier begins with a letter and holds small letters and hyphens:
+/// Of "PATH: sentence [identifier]". In a line that does not begin with a path, this
+/// is empty: something failed. An identifier begins with a letter and holds small letters and hyphens:
 /// brackets around anything else belong to the sentence.
 [[nodiscard]] Finding findingFromLine(std::string_view line);
 

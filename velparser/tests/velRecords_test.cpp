@@ -332,7 +332,7 @@ TEST_F(VelRecords, FindingsOfADerivedValidatorAreItsTexts)
     ASSERT_EQ(perl("$main::validator = undef; 1"), "1");
     EXPECT_EQ(findings, (std::vector<Finding>{
                             {"/FLOW", "of-mine", "mine"},
-                            failure("no path [x]"),
+                            {"", "x", "no path"},
                             {"/A", "", "unit [1]"},
                         }));
 }
@@ -343,7 +343,8 @@ TEST(TextRecords, LinesByTheirForm)
     EXPECT_EQ(findingFromLine("/A/B [1]: c: d [e-f]"), (Finding{"/A/B [1]", "e-f", "c: d"}));
     EXPECT_EQ(findingFromLine("/A: give it in [Pa]"), (Finding{"/A", "", "give it in [Pa]"}));
     EXPECT_EQ(findingFromLine("/A: [x]"), (Finding{"/A", "", "[x]"}));
-    EXPECT_EQ(findingFromLine("/A:b [x]"), failure("/A:b [x]"));
+    EXPECT_EQ(findingFromLine("/A:b [x]"), (Finding{"", "x", "/A:b"}));
+    EXPECT_EQ(findingFromLine("a: b [1]"), failure("a: b [1]"));
     EXPECT_EQ(findingFromLine(""), failure(""));
     EXPECT_EQ(velparser::findingsFromText("a\n\nb\n").size(), 3U);
     EXPECT_EQ(velparser::findingsFromText("").size(), 0U);

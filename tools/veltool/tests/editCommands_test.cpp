@@ -322,6 +322,17 @@ TEST_F(SetTest, DeleteIsRefused)
     EXPECT_EQ(runTool({"find", file, "Kind=*"}).status, 1);
 }
 
+// The finding is about c before and after, but about another first one.
+TEST_F(SetTest, AFindingWithOtherRelatedPathsIsNotNew)
+{
+    const OwnRules one("RULES:\n  OBJECT: PUMP\n    Maximum Count = 1\n  END\nEND\n");
+    const std::string file = folder_.write("p.vel", "PUMP: a\nEND\nPUMP: b\nEND\nPUMP: c\nEND\n");
+    const ToolRun run = runTool({"delete", file, "/PUMP:a"});
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+}
+
 TEST_F(SetTest, AddAndDeleteUndoEachOther)
 {
     const std::string file = writeSample();
