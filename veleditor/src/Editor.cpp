@@ -4,6 +4,7 @@
 #include "common/error.h"
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/CommandFile.h"
+#include "veleditor/src/Environment.h"
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Text.h"
@@ -18,8 +19,6 @@
 #include <QIcon>
 #include <QMenuBar>
 
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 namespace velEditor {
@@ -34,16 +33,6 @@ constexpr int treeBottomGap = 11;
 constexpr int columnsGap = 15;
 
 constexpr unsigned safeModeLevel = 2;
-
-/// The value of an environment variable; null, with a word to the console,
-/// when it is missing.
-const char *featureVariable(const char *name)
-{
-    const char *value = std::getenv(name);
-    if (value == nullptr)
-        std::fprintf(stderr, "%s not set; some features will not be available\n", name);
-    return value;
-}
 
 /// Reads the rule libraries; what is wrong with them, with file and line.
 std::string readLibraries()
@@ -96,8 +85,8 @@ Editor::~Editor() = default;
 
 void Editor::setIconAndLabel()
 {
-    const char *root = featureVariable("ZOT5ROOT");
-    const char *build = featureVariable("ZOTBUILDID");
+    const char *root = environment::rootFolder();
+    const char *build = environment::buildName();
     buildLabel_ = build != nullptr ? QLatin1String("ZOT-") + fromBytes(build) : tr("VEL Editor");
     if (root != nullptr && build != nullptr)
         setWindowIcon(iconBelow(root));

@@ -1,5 +1,6 @@
 #include "veleditor/src/SpareFile.h"
 
+#include "veleditor/src/Environment.h"
 #include "veleditor/src/TextFile.h"
 #include "veltext/error.h"
 #include "veltext/folder.h"
@@ -7,7 +8,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -31,12 +31,8 @@ constexpr std::size_t longestName = 200;
 /// environment names no place or it cannot be made.
 std::string userFolder()
 {
-    std::filesystem::path state;
-    if (const char *given = std::getenv("XDG_STATE_HOME"); given != nullptr && *given == '/')
-        state = given;
-    else if (const char *home = std::getenv("HOME"); home != nullptr && *home == '/')
-        state = std::filesystem::path(home) / ".local/state";
-    else
+    const std::filesystem::path state = environment::stateFolder();
+    if (state.empty())
         return {};
     const std::filesystem::path folder = state / "veleditor" / "saved";
     std::error_code failure;

@@ -2,10 +2,10 @@
 
 #include "common/error.h"
 #include "velapilt/src/velComponentText.h"
+#include "veleditor/src/Environment.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTreeItem.h"
 
-#include <cstdlib>
 #include <string_view>
 #include <utility>
 
@@ -41,8 +41,8 @@ QString rowLabel(const velChildInfo &child)
 } // namespace
 
 TreeBuilder::TreeBuilder()
-    : showLibrary_(std::getenv("VELEDITOR_SHOW_LIBRARY") != nullptr),
-      showExpert_(std::getenv("ZOT5_VEL_EXPERT") != nullptr)
+    : showLibrary_(environment::showsLibrary()),
+      showExpert_(environment::showsExpertItems())
 {
 }
 

@@ -10,6 +10,12 @@
 #include <memory>
 #include <string_view>
 
+/// The environment variables that the library reads; docs/environment.md
+/// explains them.
+inline constexpr char io_format_variable[] = "ZOT_FORMAT";
+inline constexpr char io_trace_variable[] = "ZOT_IO_TRACE";
+inline constexpr char io_debug_errors_variable[] = "ZOT_IO_DEBUG_ERRORS";
+
 /// An open file, addressed by position. Closed at destruction if not before.
 /// A failing call sets errno.
 class io_file

@@ -96,7 +96,7 @@ void io_reporter::deliver(std::string_view text) const
         env_->put_error("IO: ");
         env_->put_error(text);
     }
-    if (env_->variable("ZOT_IO_DEBUG_ERRORS") != nullptr) {
+    if (env_->variable(io_debug_errors_variable) != nullptr) {
         env_->break_into_debugger();
     }
     trace("%s", text.data());
@@ -105,7 +105,7 @@ void io_reporter::deliver(std::string_view text) const
 bool io_reporter::tracing() const
 {
     if (trace_ == unknown) {
-        trace_ = env_->variable("ZOT_IO_TRACE") != nullptr ? on : off;
+        trace_ = env_->variable(io_trace_variable) != nullptr ? on : off;
     }
     return trace_ == on;
 }

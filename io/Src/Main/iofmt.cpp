@@ -2,6 +2,7 @@
 #include "io/Src/Main/iofmt.h"
 
 #include "io/Src/Main/container_format.h"
+#include "io/Src/Main/io_env.h"
 
 namespace {
 
@@ -77,7 +78,7 @@ int iofmt_make_native(const io_reporter &report, format_code &format)
 int iofmt_choose(const io_reporter &report, io_env &env, std::string_view asked,
                  std::int64_t data_bytes, format_code &format)
 {
-    const char *forced = env.variable("ZOT_FORMAT");
+    const char *forced = env.variable(io_format_variable);
     if (forced != nullptr && *forced != '\0') {
         format = iofmt_parse(forced);
     } else if (!asked.empty()) {

@@ -1,0 +1,26 @@
+// The environment variables that the editor reads, all of them here.
+// docs/environment.md explains them. The texts belong to the environment.
+#pragma once
+
+#include <string>
+
+namespace velEditor::environment {
+
+/// ZOT5ROOT: the folder that holds etc/icons/. Null, with a line on standard
+/// error, where it is not set.
+[[nodiscard]] const char *rootFolder();
+
+/// ZOTBUILDID: the name of the build. Null as for rootFolder().
+[[nodiscard]] const char *buildName();
+
+/// VELEDITOR_SHOW_LIBRARY: whether data of rule libraries is shown.
+[[nodiscard]] bool showsLibrary();
+
+/// ZOT5_VEL_EXPERT: whether items for experts are shown.
+[[nodiscard]] bool showsExpertItems();
+
+/// XDG_STATE_HOME, else .local/state in HOME; empty where neither is an
+/// absolute path.
+[[nodiscard]] std::string stateFolder();
+
+} // namespace velEditor::environment
