@@ -51,7 +51,10 @@ int io_session::request(io_request request, io_error_routine routine, IO_header 
     if (int code = check_arguments(traits_of(request), header, data)) {
         return code;
     }
+    // For a request without a header: nothing of it is used.
+    std::int32_t no_when = -1;
     IO_header none;
+    none.when = &no_when;
     try {
         return dispatch(request, header != nullptr ? *header : none, *data);
     } catch (const std::bad_alloc &) {
