@@ -11,6 +11,7 @@ constexpr LiteMethod methods[] = {
     {"isSameDatabase", liteIsSameDatabase, "self, other"},
 
     {"getObjectVEL", liteGetObjectVEL, "self, path, array, includeLibrary"},
+    {"getTreeText", liteGetTreeText, "self, path"},
     {"getFormattedVEL", liteGetFormattedVEL, "self, path, lineLength, array"},
 
     {"getChildObjectList", liteGetChildObjectList, "self, path, array"},

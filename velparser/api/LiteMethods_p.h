@@ -13,6 +13,7 @@ SV *liteIsSameDatabase(pTHX_ LiteCall &call);
 
 // LiteText.cpp
 SV *liteGetObjectVEL(pTHX_ LiteCall &call);
+SV *liteGetTreeText(pTHX_ LiteCall &call);
 SV *liteGetFormattedVEL(pTHX_ LiteCall &call);
 SV *liteLoadVELLine(pTHX_ LiteCall &call);
 SV *liteGetVELState(pTHX_ LiteCall &call);

@@ -18,7 +18,48 @@ SV *loadLines(pTHX_ LiteCall &call, Load load)
     return call.message(aTHX_ load(call.handle(), texts.data(), count, nullptr, nullptr));
 }
 
+/// What tells a node apart, ended so that no two trees give the same text.
+void addNode(const velNodeInfo &info, std::string *text)
+{
+    *text += static_cast<char>('0' + info.kind);
+    *text += velComponentOf(info);
+    *text += '\n';
+    // A value may be any text.
+    if (info.value)
+        text->append(std::to_string(std::strlen(info.value))).append(":").append(info.value);
+    *text += '\n';
+}
+
+std::string treeText(const velHandle *handle, const velNode *top)
+{
+    std::string text;
+    std::vector<const velNode *> open{top};
+    while (!open.empty()) {
+        const velNode *node = open.back();
+        open.pop_back();
+        if (!node) {
+            text += '.';
+            continue;
+        }
+        addNode(velDescribe(handle, node), &text);
+        if (node != top)
+            open.push_back(velNextSibling(node));
+        if (const velNode *child = velFirstChild(node))
+            open.push_back(child);
+    }
+    return text;
+}
+
 } // namespace
+
+SV *liteGetTreeText(pTHX_ LiteCall &call)
+{
+    const velNode *node = velFindNode(call.handle(), call.text(aTHX_ 1));
+    if (!node)
+        return &PL_sv_undef;
+    const std::string text = treeText(call.handle(), node);
+    return sv_2mortal(newSVpvn(text.data(), text.size()));
+}
 
 SV *liteGetObjectVEL(pTHX_ LiteCall &call)
 {

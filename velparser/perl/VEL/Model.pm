@@ -247,8 +247,22 @@ sub _compile ($self) {
     $self->{text} = $self->_text if !$self->{listens};
     $self->{compiled}++;
     $self->{first} = {};
-    return $self->{rules} = VEL::Rules->new($self->{library} ? $self->{library}->top
-        : VEL::Rules::Source::read_tree($self->{database}));
+    return $self->{rules} = $self->{library} ? VEL::Rules->new($self->{library}->top) : $self->_shared_rules;
+}
+
+# Databases whose libraries state the same share the rules: { stated, rules }, not owned.
+my @shared;
+
+sub _shared_rules ($self) {
+    my $database = $self->{database};
+    my $stated   = $database->getTreeText('/RULES') // '';
+    @shared = grep { $_->{rules} } @shared;
+    my ($known) = grep { $_->{stated} eq $stated } @shared;
+    return $known->{rules} if $known;
+    my $rules = VEL::Rules->new(VEL::Rules::Source::read_tree($database));
+    push @shared, { stated => $stated, rules => $rules };
+    weaken($shared[-1]{rules});
+    return $rules;
 }
 
 # By which it is seen that the rules have changed.

@@ -13,6 +13,7 @@ my %usage = (
     DESTROY               => 'self',
     isSameDatabase        => 'self, other',
     getObjectVEL          => 'self, path, array, includeLibrary',
+    getTreeText           => 'self, path',
     getFormattedVEL       => 'self, path, lineLength, array',
     getChildObjectList    => 'self, path, array',
     getChildParamList     => 'self, path, array',

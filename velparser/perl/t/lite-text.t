@@ -66,6 +66,20 @@ is whole($data, '/', 0), 'FLOW:|  DOMAIN: Duct|    A = 1|    Long = 1, 2|  END|E
     'the root without';
 is whole($data, '/', 1) =~ /RULES:/ ? 1 : 0, 1, 'library data where it is wanted';
 is whole($data, '/', 0) =~ /RULES:/ ? 1 : 0, 0, '... and only there';
+is $data->getTreeText('/X'), undef, 'no tree, no text';
+{
+    my %text;
+    for my $lines ([], ['A = 1'], ['A = 1', 'B = 2'], ['B = 2', 'A = 1'], ['A ='], ['OBJECT: A', 'END'],
+        ['OBJECT:', 'END'], ['OBJECT: A', 'B = 1', 'END'], ['OBJECT: A', 'END', 'B = 1'],
+        ['OBJECT: A', 'OBJECT: B', 'END', 'END'], ['OBJECT: A', 'END', 'OBJECT: B', 'END']) {
+        my ($one, $two) = map { VEL::Parser::Lite::NEW() } 1, 2;
+        $one->loadVELData([ 'TOP:', @$lines, 'END' ]);
+        $two->loadLibraryData([ 'TOP:', @$lines, 'END' ]);
+        my $text = $one->getTreeText('/TOP');
+        is $two->getTreeText('/TOP'), $text, "the same tree: @$lines";
+        ok !$text{$text}++, '... and unlike all others';
+    }
+}
 is whole($data, '/X', 0), 'getObjectVELH: path not found', 'unknown';
 
 # Arrays of lines.

@@ -225,4 +225,17 @@ subtest 'a database that was destroyed stands in nobody\'s way' => sub {
     is(API->new($new->{database})->{model}, $new->{model}, 'shared by all that ask for it');
 };
 
+subtest 'databases with the same libraries share their rules' => sub {
+    my ($one, $same, $other) = map { VEL::Parser::Lite::NEW() } 1 .. 3;
+    $_->loadLibraryData([ split /\n/, $rules ]) for $one, $same, $other;
+    $other->loadLibraryData([ 'RULES:', 'PARAMETER: Remark', 'Expert = Yes', 'END', 'END' ]);
+    my ($first, $second, $third) = map { VEL::Model->of($_) } $one, $same, $other;
+    ok $first->rules == $second->rules, 'the same libraries';
+    ok $first->rules != $third->rules, 'others';
+    $same->loadLibraryData([ 'RULES:', 'PARAMETER: Remark', 'Expert = Yes', 'END', 'END' ]);
+    ok $second->rules != $first->rules, 'one reads another library';
+    ok $second->rules == $third->rules, '... which the third has read too';
+    is $first->is_expert('/FLOW/Remark'), 0, 'the first is as it was';
+};
+
 done_testing;

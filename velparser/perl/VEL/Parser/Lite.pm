@@ -149,6 +149,11 @@ not at all). Returns a message.
 
 Fills the array with a node and all below it in stored order. Returns a message.
 
+=item C<< $data->getTreeText($path) >>
+
+A text for a node and all below it, the same for trees that are the same in kinds,
+types, names, values and order, and for no others. C<undef> where there is no node.
+
 =back
 
 =head2 Looking at the tree
