@@ -22,23 +22,23 @@ void requirePerlSide()
 }
 
 /// The faults of the rules; whatever else goes wrong with the libraries is a failure.
-std::vector<Finding> readLibrariesOnce()
+std::vector<Finding> readLibrariesInto(velparser::Session &session)
 {
     std::vector<Finding> faults;
-    if (const char *failure = velparser::readLibraries(&faults)) {
+    if (const char *failure = velparser::readLibraries(session, &faults)) {
         std::vector<veltext::RuleFault> lines;
         for (const Finding &fault : faults)
             lines.push_back({fault.path, lineOf(fault)});
         throw Failure(veltext::placedLibraryErrors(failure, lines));
     }
-    if (!velparser::findLiteHandle())
+    if (!findLiteHandle(session))
         throw Failure("the Perl side has no command database");
     return faults;
 }
 
-void loadLibrary(const velStringList &lines)
+void loadLibrary(velparser::Session &session, const velStringList &lines)
 {
-    require(loadLibraryData(velparser::findLiteHandle(), lines.data(),
+    require(loadLibraryData(findLiteHandle(session), lines.data(),
                             static_cast<std::int32_t>(lines.size())));
 }
 
@@ -89,7 +89,7 @@ std::vector<Finding> validateLoadedData()
 RuleCheck::RuleCheck()
 {
     requirePerlSide();
-    faults_ = readLibrariesOnce();
+    faults_ = readLibrariesInto(velparser::defaultSession());
     require(velparser::setUnitsChecking(1));
     require(velparser::setBoundsChecking(1));
     keepLibraries();
@@ -133,7 +133,7 @@ void RuleCheck::dropUserData() const
             std::find_if(libraries_.begin(), libraries_.end(),
                          [&](const LibraryObject &each) { return each.path == path; });
         if (object != libraries_.end())
-            loadLibrary(object->lines);
+            loadLibrary(velparser::defaultSession(), object->lines);
     }
 }
 
@@ -192,13 +192,12 @@ std::vector<velparser::RuleField> RuleCheck::explain(const veltext::SourceText &
 std::vector<Finding> findRuleFaults(const std::vector<veltext::SourceText> &libraries)
 {
     requirePerlSide();
-    // The reading of libraries also tells the faults of what is there already.
-    setenv("ZOT5_VEL_LIBS", "", 1);
-    setenv("ZOT5_VEL_LIBSDIR", ".", 1);
-    (void)readLibrariesOnce();
+    // None are read from files: the reading also tells the faults of what is there.
+    velparser::Session session({.libraries = velparser::LibraryNames{}});
+    (void)readLibrariesInto(session);
     for (const veltext::SourceText &library : libraries)
-        loadLibrary(library.parsedLines().takeStrings());
-    return readLibrariesOnce();
+        loadLibrary(session, library.parsedLines().takeStrings());
+    return readLibrariesInto(session);
 }
 
 } // namespace veltool

@@ -72,7 +72,7 @@ private:
 };
 
 /// Reads these libraries and no others, and gives what is wrong with the rules
-/// in them. To be called once, instead of making a RuleCheck.
+/// in them. They are in a session of their own.
 [[nodiscard]] std::vector<Finding>
 findRuleFaults(const std::vector<veltext::SourceText> &libraries);
 
