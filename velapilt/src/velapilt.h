@@ -150,6 +150,13 @@ void velCleanPathStack(velHandle *handle);
 /// As velRemoveObjectH, with a message of its own for an unknown path.
 [[nodiscard]] const char *deleteParamH(velHandle *handle, const char *path);
 
+/// Moves a node to a place among its siblings, counted from 0; any place after
+/// them all is the last. Only the stored order changes: nothing is marked, and
+/// no handler is called. Messages: "velPlaceChild: " and "path not found", "the
+/// root has no siblings" or "child not in parent's child list".
+[[nodiscard]] const char *velPlaceChild(velHandle *handle, const char *path,
+                                        std::uint32_t position);
+
 // --- Values (velValue.cpp) ----------------------------------------------------
 
 /// The value in place, without a copy: null for an unknown path, a node that

@@ -533,4 +533,44 @@ TEST(VelTree, AChangeInvalidatesTheNodesMadeAgainAboveIt)
     EXPECT_EQ(isValid(handle.get(), "/"), 1);
 }
 
+// --- The order of siblings -----------------------------------------------------------
+
+TEST(VelTree, PlacesAChildAmongItsSiblings)
+{
+    const velHandlePtr handle(velCreateHandle());
+    EXPECT_EQ(createObject(handle, "/A"), "");
+    EXPECT_EQ(createParam(handle, "/A/a"), "");
+    EXPECT_EQ(createObject(handle, "/A/B:b"), "");
+    EXPECT_EQ(createParam(handle, "/A/c"), "");
+    const auto order = [&](const char *path, std::uint32_t position) {
+        EXPECT_EQ(said(velPlaceChild(handle.get(), path, position)), "");
+        std::vector<velChildInfo> children;
+        EXPECT_EQ(said(getChildList(handle.get(), "/A", &children, nullptr)), "");
+        std::string names;
+        for (const velChildInfo &child : children)
+            names += child.name;
+        return names;
+    };
+    EXPECT_EQ(order("/A/c", 0), "cab");
+    EXPECT_EQ(order("/A/c", 0), "cab");
+    EXPECT_EQ(order("/A/c", 1), "acb");
+    EXPECT_EQ(order("/A/c", 2), "abc");
+    EXPECT_EQ(order("/A/B:b", 99), "acb");
+    EXPECT_EQ(order("/A/a", 4'000'000'000U), "cba");
+    EXPECT_EQ(createParam(handle, "/A/d"), ""); // goes after the last
+    EXPECT_EQ(order("/A/c", 0), "cbad");
+    EXPECT_EQ(deleteParam(handle, "/A/d"), "");
+    EXPECT_EQ(order("/A/B:b", 0), "bca");
+}
+
+TEST(VelTree, PlacesOnlyWhatIsThere)
+{
+    const velHandlePtr handle(velCreateHandle());
+    EXPECT_EQ(said(velPlaceChild(handle.get(), "/A", 0)), "velPlaceChild: path not found");
+    EXPECT_EQ(createObject(handle, "/A"), "");
+    EXPECT_EQ(said(velPlaceChild(handle.get(), "/", 0)),
+              "velPlaceChild: the root has no siblings");
+    EXPECT_EQ(said(velPlaceChild(handle.get(), "/A", 3)), "");
+}
+
 } // namespace
