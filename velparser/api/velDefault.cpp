@@ -98,6 +98,21 @@ const char *deleteObj(const char *path)
     return deleteObj(defaultSession(), path);
 }
 
+const char *createObject(const char *path)
+{
+    return createObject(defaultSession(), path);
+}
+
+const char *createParam(const char *path, const char *value)
+{
+    return createParam(defaultSession(), path, value);
+}
+
+const char *placeChild(const char *path, std::uint32_t position)
+{
+    return placeChild(defaultSession(), path, position);
+}
+
 const char *pushPathH(const char *path)
 {
     return pushPathH(defaultSession(), path);

@@ -131,6 +131,28 @@ const char *deleteObj(Session &session, const char *path)
         });
 }
 
+const char *createObject(Session &session, const char *path)
+{
+    return withDatabase(
+        session, "createObject: error finding Lite API handle", [&](velHandle *handle) {
+            return runWithHandlers(session, [&] { return velCreateObject(handle, path, false); });
+        });
+}
+
+const char *createParam(Session &session, const char *path, const char *value)
+{
+    return withDatabase(
+        session, "createParam: error finding Lite API handle", [&](velHandle *handle) {
+            return runWithHandlers(session, [&] { return velCreateParam(handle, path, value); });
+        });
+}
+
+const char *placeChild(Session &session, const char *path, std::uint32_t position)
+{
+    return withDatabase(session, "placeChild: error finding Lite API handle",
+                        [&](velHandle *handle) { return velPlaceChild(handle, path, position); });
+}
+
 const char *getFormattedVEL(Session &session, const char *path, std::int32_t lineLength,
                             velStringList *lines)
 {

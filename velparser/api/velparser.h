@@ -130,6 +130,16 @@ namespace velparser {
 /// Deletes an object and all below it.
 [[nodiscard]] const char *deleteObj(const char *path);
 [[nodiscard]] const char *deleteObj(Session &session, const char *path);
+/// Makes an object or a parameter, whose parent exists, as the last child. The
+/// value is stored as it is given.
+[[nodiscard]] const char *createObject(const char *path);
+[[nodiscard]] const char *createObject(Session &session, const char *path);
+[[nodiscard]] const char *createParam(const char *path, const char *value);
+[[nodiscard]] const char *createParam(Session &session, const char *path, const char *value);
+/// Moves an object or a parameter to a place among its siblings, counted from 0;
+/// any place after them all is the last.
+[[nodiscard]] const char *placeChild(const char *path, std::uint32_t position);
+[[nodiscard]] const char *placeChild(Session &session, const char *path, std::uint32_t position);
 [[nodiscard]] const char *pushPathH(const char *path);
 [[nodiscard]] const char *pushPathH(Session &session, const char *path);
 [[nodiscard]] const char *popPathH();

@@ -83,6 +83,9 @@ TEST(VelQuery, DirectCallsWithoutADatabase)
     EXPECT_STREQ(velparser::popPathH(), "popPathH: error finding Lite API handle");
     EXPECT_STREQ(velparser::deleteParam("/A"), "deleteParam: error finding Lite API handle");
     EXPECT_STREQ(velparser::deleteObj("/A"), "deleteObj: error finding Lite API handle");
+    EXPECT_STREQ(velparser::createObject("/A"), "createObject: error finding Lite API handle");
+    EXPECT_STREQ(velparser::createParam("/A", "1"), "createParam: error finding Lite API handle");
+    EXPECT_STREQ(velparser::placeChild("/A", 0), "placeChild: error finding Lite API handle");
     EXPECT_STREQ(velparser::getChildList("/", nullptr, nullptr),
                  "getChildList: error finding Lite API handle");
     EXPECT_STREQ(velparser::setValidationLevelH(2),
@@ -152,6 +155,31 @@ TEST_F(VelQueryReady, TextAndChildren)
     EXPECT_EQ(velparser::isVELLibrary("/RULES"), 1);
     EXPECT_EQ(velparser::isVELLibrary("/FLOW"), 0);
     EXPECT_EQ(velparser::isVELLibrary("/NOWHERE"), -1);
+}
+
+TEST_F(VelQueryReady, MakesAndPlacesChildren)
+{
+    const auto order = [] {
+        std::vector<velChildInfo> children;
+        EXPECT_STREQ(velparser::getChildList("/FLOW", &children, nullptr), nullptr);
+        std::string names;
+        for (const velChildInfo &child : children)
+            names += child.name + ' ';
+        return names;
+    };
+    EXPECT_STREQ(velparser::createObject("/FLOW/NEW:it"), nullptr);
+    EXPECT_STREQ(velparser::createParam("/FLOW/NEW:it/C", "two  blanks #"), nullptr);
+    std::optional<std::string> value;
+    EXPECT_STREQ(velparser::getStringValue("/FLOW/NEW:it/C", &value), nullptr);
+    EXPECT_EQ(value, "two  blanks #");
+    EXPECT_EQ(order(), "A EMPTY in out it ");
+    EXPECT_STREQ(velparser::placeChild("/FLOW/NEW:it", 1), nullptr);
+    EXPECT_EQ(order(), "A it EMPTY in out ");
+    EXPECT_STREQ(velparser::createObject("/NOWHERE/A:b"),
+                 "velCreateObject: parent object does not exist");
+    EXPECT_STREQ(velparser::createParam("/FLOW/A-b", "1"),
+                 "invalid parameter name \"A-b\": contains invalid character '-'");
+    EXPECT_STREQ(velparser::placeChild("/NOWHERE", 1), "velPlaceChild: path not found");
 }
 
 TEST_F(VelQueryReady, CurrentPath)
