@@ -3,16 +3,13 @@
 
 #include "common/error.h"
 #include "veleditor/src/Boxes.h"
-#include "veleditor/src/CommandFile.h"
+#include "veleditor/src/Document.h"
 #include "veleditor/src/Environment.h"
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
 #include "veleditor/src/WaitCursor.h"
-#include "velparser/api/velparser.h"
-#include "veltext/libraryFaults.h"
-#include "veltext/textFault.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -31,19 +28,6 @@ constexpr int treeRightGap = 6;
 constexpr int treeBottomGap = 11;
 /// What the two columns leave of the window's width.
 constexpr int columnsGap = 15;
-
-constexpr unsigned safeModeLevel = 2;
-
-/// Reads the rule libraries; what is wrong with them, with file and line.
-std::string readLibraries()
-{
-    std::vector<velparser::Finding> faults;
-    const char *failure = velparser::readLibraries(&faults);
-    std::vector<veltext::RuleFault> lines;
-    for (const velparser::Finding &fault : faults)
-        lines.push_back({fault.path, lineOf(fault)});
-    return veltext::placedLibraryErrors(failure, lines);
-}
 
 QIcon iconBelow(const char *root)
 {
@@ -64,17 +48,16 @@ QString asTitle(const std::string &fileName)
 } // namespace
 
 Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool safeMode)
-    : QWidget(parent), fileName_(std::move(fileName))
+    : QWidget(parent), document_(new Document(std::move(fileName), this))
 {
     setObjectName(QString::fromUtf8(name));
     setIconAndLabel();
     makeHelpServer();
     setFont(QFont(QStringLiteral("Helvetica"), 12));
-    setWindowTitle(asTitle(fileName_) + (safeMode ? tr(" - Safe Mode") : QString()));
+    setWindowTitle(asTitle(document_->file()) + (safeMode ? tr(" - Safe Mode") : QString()));
     showWelcome();
     loadCommandData(safeMode);
-    tree_ = new VELTree(this, QStringLiteral("Tree"));
-    tree_->setEncoding(encodingOfFile(fileName_));
+    tree_ = new VELTree(this, QStringLiteral("Tree"), document_);
     switchChecksOn();
     addMenus();
     setMinimumSize(300, 200);
@@ -118,41 +101,40 @@ void Editor::showWelcome()
 
 void Editor::loadCommandData(bool safeMode)
 {
-    if (const std::string errors = readLibraries(); !errors.empty())
+    if (const Message errors = document_->readLibraries())
         warn(this, tr("Command File Library Errors"),
              tr("The following errors were encountered reading \nCommand File Library "
                 "files:\n\n") +
-                 fromBytes(errors));
-    if (const char *failure = velparser::loadVELFromFile(fileName_.c_str(), "vel"))
-        throw fileError(veltext::explainRefusal(fileName_, failure));
+                 fromBytes(*errors));
+    if (const Message failure = document_->load())
+        throw fileError(*failure);
     if (safeMode)
-        static_cast<void>(velparser::setValidationLevelH(safeModeLevel));
+        document_->setSafeMode();
 }
 
 void Editor::switchChecksOn()
 {
-    if (const char *errors = velparser::setUnitsChecking(1))
+    if (const Message errors = document_->switchUnitsChecksOn())
         warn(this, tr("Units Checking Disabled"),
              tr("Errors were encountered initialising units checking. \nThe program will "
                 "continue but units checking will \nbe disabled.\n\n") +
-                 fromBytes(errors));
-    if (const char *errors = velparser::setBoundsChecking(1))
+                 fromBytes(*errors));
+    if (const Message errors = document_->switchBoundsChecksOn())
         warn(this, tr("Bounds Checking Disabled"),
              tr("Errors were encountered initialising bounds checking. \nThe program will "
                 "continue but bounds checking will \nbe disabled.\n\n") +
-                 fromBytes(errors));
+                 fromBytes(*errors));
 }
 
 void Editor::doSave()
 {
-    save(fileName_);
+    save(document_->file());
 }
 
 void Editor::validateData()
 {
-    const char *errors = callWaiting(velparser::validateVELDataH);
-    if (errors != nullptr) {
-        auto *dialog = new ErrorDialog(this, QStringLiteral("Errors"), errors, false);
+    if (const Message errors = callWaiting([this] { return document_->validate(); })) {
+        auto *dialog = new ErrorDialog(this, QStringLiteral("Errors"), *errors, false);
         dialog->show();
         return;
     }
@@ -230,10 +212,10 @@ void Editor::helpOnHelp()
 /// Validates; true when the data is to be written.
 bool Editor::confirmErrors()
 {
-    const char *errors = callWaiting(velparser::validateVELDataH);
-    if (errors == nullptr)
+    const Message errors = callWaiting([this] { return document_->validate(); });
+    if (!errors)
         return true;
-    ErrorDialog dialog(this, QStringLiteral("Errors"), errors, true);
+    ErrorDialog dialog(this, QStringLiteral("Errors"), *errors, true);
     return run(dialog) == QDialog::Accepted;
 }
 
@@ -255,12 +237,9 @@ bool Editor::save(const std::string &target)
 {
     if (!confirmErrors())
         return false;
-    const SaveResult result = writeCommandFile(fileName_, target);
-    if (result.outcome == SaveOutcome::Written) {
-        if (tree_ != nullptr)
-            tree_->clearModified();
+    const SaveResult result = document_->save(target);
+    if (result.outcome == SaveOutcome::Written)
         return true;
-    }
 
     const QString kept = whatWasKept(result);
     const QString text = tr("Unable to save your modifications to\n  ") + fromBytes(target);
@@ -280,7 +259,7 @@ bool Editor::save(const std::string &target)
 
 bool Editor::mayClose()
 {
-    if (!tree_->isModified())
+    if (!document_->isModified())
         return true;
     MessageBox box;
     box.icon = QMessageBox::Warning;
@@ -290,7 +269,7 @@ bool Editor::mayClose()
         QStringList{tr("&Save and Quit"), tr("&Quit Without Saving"), tr("&Continue Working")};
     switch (ask(this, box)) {
     case 0:
-        return save(fileName_);
+        return save(document_->file());
     case 1:
         return true;
     default:

@@ -1,5 +1,5 @@
-// The main window: loads the command data, shows it as a tree, saves and
-// validates it, asks before changes are lost, and has help shown.
+// The main window: has the document loaded, shows it as a tree, has it saved and
+// validated, asks before changes are lost, and has help shown.
 //
 // One window edits one command file for the life of the process. Everything
 // happens on the GUI thread.
@@ -18,6 +18,7 @@ class QMenuBar;
 
 namespace velEditor {
 
+class Document;
 class VELTree;
 struct SaveResult;
 
@@ -33,10 +34,11 @@ public:
     Editor(QWidget *parent, const char *name, std::string fileName, bool safeMode);
     ~Editor() override;
 
+    [[nodiscard]] Document &document() { return *document_; }
     [[nodiscard]] VELTree &tree() { return *tree_; }
 
-    /// Validates, moves the loaded file to `target`.bak and writes the command
-    /// data to `target`; see CommandFile.h. False when the user declines to save
+    /// Validates and writes the document to `target`, the loaded file having
+    /// become `target`.bak; see CommandFile.h. False when the user declines to save
     /// with errors, or when not everything could be written, after a box that
     /// says so. True also when `target` could not be opened, after its box.
     bool save(const std::string &target);
@@ -74,8 +76,8 @@ private:
     [[nodiscard]] bool confirmErrors();
     [[nodiscard]] bool mayClose();
 
+    Document *document_;      ///< a child; its file is what a plain save overwrites
     VELTree *tree_ = nullptr; ///< a child widget; null until it is built
-    std::string fileName_;    ///< what a plain save overwrites
     std::unique_ptr<JavaHelpServer> helpServer_;
     QMenuBar *menuBar_ = nullptr;
     QString buildLabel_;

@@ -1,3 +1,4 @@
+// The start of the editor, its session, and how an error ends it.
 #include "veleditor/src/Startup.h"
 
 #include "common/error.h"
@@ -5,13 +6,13 @@
 #include "common/writeSignals.h"
 #include "veleditor/src/Application.h"
 #include "veleditor/src/Boxes.h"
+#include "veleditor/src/Document.h"
 #include "veleditor/src/Editor.h"
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/src/ScreenPlace.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
 #include "veleditor/src/WaitCursor.h"
-#include "velparser/api/velparser.h"
 
 #include <QtGlobal>
 
@@ -63,10 +64,10 @@ void showBeside(const Editor &editor, QDialog &dialog)
 /// show what that changed.
 void upgrade(Application &application, Editor &editor)
 {
-    const char *changes = callWaiting(velparser::updateSolverVEL);
-    if (changes == nullptr)
+    const Message changes = callWaiting([&] { return editor.document().upgrade(); });
+    if (!changes)
         return;
-    const std::string messages = std::string("The following changes were made:\n\n") + changes;
+    const std::string messages = "The following changes were made:\n\n" + *changes;
     const bool showChanges =
         askYesNo(&editor, Editor::tr("Command File Updated."),
                  Editor::tr("The Command File has been updated to be consistent with\nthis "
@@ -81,10 +82,9 @@ void upgrade(Application &application, Editor &editor)
 
 void validateFirst(Application &application, Editor &editor)
 {
-    const char *findings = callWaiting(velparser::validateVELDataH);
-    if (findings == nullptr)
+    const Message findings = callWaiting([&] { return editor.document().validate(); });
+    if (!findings)
         return;
-    const std::string messages = findings;
     MessageBox box;
     box.icon = QMessageBox::Warning;
     box.title = Editor::tr("Command File Validation Errors");
@@ -93,7 +93,7 @@ void validateFirst(Application &application, Editor &editor)
     box.buttons = QStringList{Editor::tr("Continue")};
     static_cast<void>(ask(&editor, box));
     application.rethrow();
-    showBeside(editor, *new ErrorDialog(&editor, QStringLiteral("Errors"), messages, false));
+    showBeside(editor, *new ErrorDialog(&editor, QStringLiteral("Errors"), *findings, false));
 }
 
 int runSession(Application &application, std::unique_ptr<Editor> &editor,

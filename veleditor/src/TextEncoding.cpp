@@ -1,3 +1,4 @@
+// Telling UTF-8 from Latin-1, and storing typed text in either.
 #include "veleditor/src/TextEncoding.h"
 
 #include "veleditor/src/Text.h"
@@ -6,21 +7,13 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <memory>
-#include <system_error>
-#include <vector>
 
 namespace velEditor {
 
 namespace {
 
 constexpr char32_t lastLatin1 = 0xFF;
-constexpr std::size_t blockSize = 1U << 16U;
-/// A UTF-8 character has at most this many bytes.
-constexpr std::size_t longestCharacter = 4;
 
 /// The place of the first byte from `i` on that is not ASCII.
 std::size_t skipAscii(std::string_view bytes, std::size_t i)
@@ -64,36 +57,21 @@ Sequence sequenceAfter(unsigned char first)
     return {0, 0, 0};
 }
 
-enum class Check { Valid, Invalid, CutOff };
-
 /// Checks the character at `i`, which is not ASCII, and moves `i` to the next.
-Check checkCharacter(std::string_view bytes, std::size_t &i)
+bool skipCharacter(std::string_view bytes, std::size_t &i)
 {
     const Sequence sequence = sequenceAfter(static_cast<unsigned char>(bytes[i]));
-    if (sequence.following == 0)
-        return Check::Invalid;
+    if (sequence.following == 0 || bytes.size() - i <= sequence.following)
+        return false;
     for (std::size_t k = 1; k <= sequence.following; ++k) {
-        if (i + k == bytes.size())
-            return Check::CutOff;
         const auto byte = static_cast<unsigned char>(bytes[i + k]);
         const bool fits =
             k == 1 ? byte >= sequence.low && byte <= sequence.high : byte >= 0x80 && byte <= 0xBF;
         if (!fits)
-            return Check::Invalid;
+            return false;
     }
     i += sequence.following + 1;
-    return Check::Valid;
-}
-
-/// Checks as far as whole characters go; `i` is then where the last one ends.
-Check checkBytes(std::string_view bytes, std::size_t &i)
-{
-    for (i = skipAscii(bytes, 0); i < bytes.size(); i = skipAscii(bytes, i)) {
-        const Check check = checkCharacter(bytes, i);
-        if (check != Check::Valid)
-            return check;
-    }
-    return Check::Valid;
+    return true;
 }
 
 QString sentence(const char *text)
@@ -120,37 +98,23 @@ QString whyNotLatin1(const QString &text)
 
 bool isUtf8(std::string_view bytes)
 {
-    std::size_t end = 0;
-    return checkBytes(bytes, end) == Check::Valid;
+    for (std::size_t i = skipAscii(bytes, 0); i < bytes.size(); i = skipAscii(bytes, i)) {
+        if (!skipCharacter(bytes, i))
+            return false;
+    }
+    return true;
 }
 
-TextEncoding encodingOfFile(const std::string &file)
+TextEncoding encodingOf(std::string_view text)
 {
-    std::error_code unknown;
-    if (!std::filesystem::is_regular_file(file, unknown))
-        return TextEncoding::Utf8; // a pipe gives its text only once
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> source(std::fopen(file.c_str(), "re"),
-                                                                  std::fclose);
-    if (!source)
-        return TextEncoding::Utf8;
-    std::vector<char> block(blockSize + longestCharacter);
-    std::size_t held = 0; // of a character that the end of a block has cut
-    while (const std::size_t count = std::fread(block.data() + held, 1, blockSize, source.get())) {
-        const std::string_view bytes(block.data(), held + count);
-        std::size_t end = 0;
-        if (checkBytes(bytes, end) == Check::Invalid)
-            return TextEncoding::Latin1;
-        held = bytes.size() - end;
-        std::memmove(block.data(), block.data() + end, held);
-    }
-    return held == 0 ? TextEncoding::Utf8 : TextEncoding::Latin1;
+    return isUtf8(text) ? TextEncoding::Utf8 : TextEncoding::Latin1;
 }
 
 TextEncoding encodingInPlaceOf(std::string_view former, TextEncoding file)
 {
     if (skipAscii(former, 0) == former.size())
         return file;
-    return isUtf8(former) ? TextEncoding::Utf8 : TextEncoding::Latin1;
+    return encodingOf(former);
 }
 
 EncodedText encode(const QString &text, TextEncoding encoding)

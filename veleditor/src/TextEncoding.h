@@ -17,9 +17,8 @@ enum class TextEncoding { Utf8, Latin1 };
 /// Whether all bytes are valid UTF-8: the shortest form, no surrogates.
 [[nodiscard]] bool isUtf8(std::string_view bytes);
 
-/// The encoding of a regular file; UTF-8 for one that is plain ASCII or cannot be
-/// read, and for a pipe or device, which cannot be read twice.
-[[nodiscard]] TextEncoding encodingOfFile(const std::string &file);
+/// The encoding of the text of a file; UTF-8 for one that is plain ASCII.
+[[nodiscard]] TextEncoding encodingOf(std::string_view text);
 
 /// The encoding for a text in the place of `former`: its own, as far as it shows
 /// one, else that of the file. A file may hold values in both.

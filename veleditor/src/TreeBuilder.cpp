@@ -1,3 +1,4 @@
+// The walk through the database that makes the rows.
 #include "veleditor/src/TreeBuilder.h"
 
 #include "common/error.h"
@@ -40,10 +41,17 @@ QString rowLabel(const velChildInfo &child)
 
 } // namespace
 
-TreeBuilder::TreeBuilder()
-    : showLibrary_(environment::showsLibrary()),
-      showExpert_(environment::showsExpertItems())
+HiddenItems::HiddenItems()
+    : showLibrary_(environment::showsLibrary()), showExpert_(environment::showsExpertItems())
 {
+}
+
+// The queries answer −1 for a failure, which counts as yes like any number but 0.
+bool HiddenItems::hide(const std::string &path) const
+{
+    if (!showLibrary_ && velparser::isVELLibrary(path.c_str()) != 0)
+        return true;
+    return !showExpert_ && velparser::isItemExpert(path.c_str()) != 0;
 }
 
 TreeBuilder::~TreeBuilder()
@@ -103,7 +111,7 @@ void TreeBuilder::showNextChild()
     if (path_ != "/")
         path_ += '/';
     path_ += component;
-    if (isHidden()) {
+    if (hidden_.hide(path_)) {
         path_.resize(length);
         return;
     }
@@ -112,14 +120,6 @@ void TreeBuilder::showNextChild()
         path_.resize(length);
     else
         enter(item, length);
-}
-
-// The queries answer −1 for a failure, which counts as yes like any number but 0.
-bool TreeBuilder::isHidden() const
-{
-    if (!showLibrary_ && velparser::isVELLibrary(path_.c_str()) != 0)
-        return true;
-    return !showExpert_ && velparser::isItemExpert(path_.c_str()) != 0;
 }
 
 VELTreeItem *TreeBuilder::makeItem(Level &level, const velChildInfo &child,

@@ -29,12 +29,24 @@ struct BuiltTree
     VELTreeItem *expertItem = nullptr;
 };
 
+/// What is not shown: library data and expert items, unless the environment
+/// variables VELEDITOR_SHOW_LIBRARY and ZOT5_VEL_EXPERT exist.
+class HiddenItems
+{
+public:
+    HiddenItems();
+
+    [[nodiscard]] bool hide(const std::string &path) const;
+
+private:
+    bool showLibrary_;
+    bool showExpert_;
+};
+
 class TreeBuilder
 {
 public:
-    /// Library data and expert items are shown only while the environment
-    /// variables VELEDITOR_SHOW_LIBRARY and ZOT5_VEL_EXPERT exist.
-    TreeBuilder();
+    TreeBuilder() = default;
 
     /// Leaves the current path of the database as it was, also on failure.
     ~TreeBuilder();
@@ -61,12 +73,10 @@ private:
     void enter(VELTreeItem *item, std::size_t parentPathLength);
     void leave();
     void showNextChild();
-    [[nodiscard]] bool isHidden() const;
     VELTreeItem *makeItem(Level &level, const velChildInfo &child,
                           const std::optional<std::string> &value, std::string component);
 
-    bool showLibrary_;
-    bool showExpert_;
+    HiddenItems hidden_;
     std::string path_{"/"}; ///< of the object being filled, or of its child in hand
     std::vector<Level> levels_;
     BuiltTree tree_;

@@ -1,5 +1,7 @@
+// The view: its columns, how it is built, and the right button.
 #include "veleditor/src/VELTree.h"
 
+#include "veleditor/src/Document.h"
 #include "veleditor/src/EditParamDialog.h"
 #include "veleditor/src/FindDialog.h"
 #include "veleditor/src/RowDelegate.h"
@@ -18,17 +20,18 @@ namespace velEditor {
 
 namespace {
 
-const QLatin1String modifiedMark(" - Modified");
-
 constexpr int indentationPixels = 40;
 constexpr int valueColumnPixels = 400;
 
 } // namespace
 
-VELTree::VELTree(QWidget *parent, const QString &name) : QTreeWidget(parent)
+VELTree::VELTree(QWidget *parent, const QString &name, Document *document)
+    : QTreeWidget(parent),
+      document_(document != nullptr ? document : new Document(std::string(), this))
 {
     setObjectName(name);
     setAccessibleName(tr("Command data"));
+    followDocument();
     clearModified();
 
     setHeaderLabels({tr("Name"), tr("Value")});
@@ -73,23 +76,6 @@ void VELTree::buildTree()
     expertItem_ = built.expertItem;
     addTopLevelItem(built.root.release());
     topLevelItem(0)->setExpanded(true);
-}
-
-void VELTree::setModified()
-{
-    modified_ = true;
-    const QString title = parentWidget()->windowTitle();
-    if (!title.endsWith(modifiedMark))
-        parentWidget()->setWindowTitle(title + modifiedMark);
-}
-
-void VELTree::clearModified()
-{
-    modified_ = false;
-    QString title = parentWidget()->windowTitle();
-    if (title.endsWith(modifiedMark))
-        title.chop(modifiedMark.size());
-    parentWidget()->setWindowTitle(title);
 }
 
 VELTreeItem *VELTree::selectedItem() const

@@ -1,14 +1,12 @@
-// The command tree: the command data as two columns of names and values, and
-// the operations with which the user changes it.
+// The command tree: the data of a document as two columns of names and values,
+// and the operations with which the user changes it.
 //
 // The tree is built whole from the database and again whenever its structure
-// has changed; a rebuild invalidates every pointer to a row. Changes of single
-// values and rows are made in the database and in the rows side by side. The
-// tree also keeps the mark of unsaved changes, which shows in the title of its
-// parent widget.
+// has changed; a rebuild invalidates every pointer to a row. The operations
+// change the document, and the rows follow its signals. The document's mark of
+// unsaved changes shows in the title of the tree's parent widget.
 #pragma once
 
-#include "veleditor/src/TextEncoding.h"
 #include "veleditor/src/VELTreeItem.h"
 
 #include <QPoint>
@@ -19,6 +17,7 @@
 
 namespace velEditor {
 
+class Document;
 class EditParamDialog;
 class ErrorDialog;
 class FindDialog;
@@ -28,18 +27,16 @@ class VELTree : public QTreeWidget
     Q_OBJECT
 
 public:
-    /// Builds the tree at once; throws as `buildTree` does.
-    VELTree(QWidget *parent, const QString &name);
+    /// Builds the tree at once; throws as `buildTree` does. The document (not
+    /// owned) outlives the tree; without one the tree has its own, of no file.
+    VELTree(QWidget *parent, const QString &name, Document *document = nullptr);
     ~VELTree() override;
 
-    /// In which encoding typed values are stored: that of the file, UTF-8 at first.
-    void setEncoding(TextEncoding encoding) { encoding_ = encoding; }
-
-    // --- Unsaved changes --------------------------------------------------
+    // --- Unsaved changes of the document --------------------------------------
 
     void setModified();
     void clearModified();
-    [[nodiscard]] bool isModified() const { return modified_; }
+    [[nodiscard]] bool isModified() const;
 
     // --- Rows (not owned; null where there is none) -------------------------
 
@@ -138,13 +135,6 @@ private:
     [[nodiscard]] bool columnsFit() const;
     void keepFromMovingSideways();
 
-    /// What an edit puts back: the text of the row and the bytes of the database.
-    struct FormerValue
-    {
-        QString shown;
-        std::string stored;
-    };
-
     /// A value that did not validate, until the user has closed its errors.
     struct RefusedValue
     {
@@ -156,16 +146,30 @@ private:
     void setOpen(QTreeWidgetItem *item, bool open);
     void askForValue(VELTreeItem &item, std::unique_ptr<EditParamDialog> dialog);
     void askAgain(const ErrorDialog *errors);
-    [[nodiscard]] bool storeValue(VELTreeItem &item, const std::string &value,
-                                  const FormerValue &former);
-    ErrorDialog *validateValue(VELTreeItem &item, const FormerValue &former);
+    [[nodiscard]] bool storeValue(VELTreeItem &item, const std::string &value);
+    ErrorDialog *validateValue(VELTreeItem &item, const QString &former);
     void refuseEdit(const QString &name);
-    ErrorDialog *showErrors(const char *messages);
-    void showNewParameter(VELTreeItem &target, const std::string &name);
+    ErrorDialog *showErrors(const std::string &messages);
+    void showNewParameter(VELTreeItem &target, const std::string &name, VELTreeItem *former);
+    void showExpertSection();
+    void removeRow(VELTreeItem &row);
     void forget(const VELTreeItem &item);
 
-    TextEncoding encoding_ = TextEncoding::Utf8;
-    bool modified_ = false;
+    // --- What follows the document ------------------------------------------
+    // Rows that are not shown stay so.
+
+    void followDocument();
+    void showMark(bool modified);
+    void showValue(const std::string &path, const std::string &value);
+    void showAddedParameter(const std::string &path, int position);
+    void showAddedObject(const std::string &path, int position);
+    void showRemovedParameter(const std::string &path);
+    VELTreeItem *addParameterRow(VELTreeItem &object, const VELTreeItem *after,
+                                 const std::string &name);
+    [[nodiscard]] VELTreeItem *rowAt(const std::string &path, bool isParameter) const;
+    [[nodiscard]] VELTreeItem *rowBefore(const VELTreeItem &object, int position) const;
+
+    Document *document_;              ///< a child where it is the tree's own
     bool isRightDoubleClick_ = false; ///< from its second press to its release
     VELTreeItem *flowItem_ = nullptr;
     VELTreeItem *lastFlowChild_ = nullptr;

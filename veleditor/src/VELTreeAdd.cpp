@@ -1,14 +1,11 @@
 // The operations of the tree that add to the command data.
 #include "veleditor/src/AddParamDialog.h"
 #include "veleditor/src/Boxes.h"
-#include "veleditor/src/StoredValue.h"
+#include "veleditor/src/Document.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
-#include "veleditor/src/ValueText.h"
 #include "velparser/api/velparser.h"
 
-#include <cstdint>
-#include <optional>
 #include <vector>
 
 namespace velEditor {
@@ -16,57 +13,38 @@ namespace velEditor {
 namespace {
 
 const char expertSection[] = "EXPERT PARAMETERS";
+const char usualFlowObject[] = "/FLOW:Analysis";
 
-/// The line that opens the flow object: the first component of its path.
-std::string flowObjectLine(const VELTreeItem *flowItem)
+/// The edit that adds the section of expert parameters to the flow object, or a
+/// flow object with it where there is none.
+Edit addingExpertSection(const VELTreeItem *flowItem)
 {
-    if (flowItem == nullptr)
-        return "FLOW:Analysis";
-    const std::string path = flowItem->path();
-    std::string line = path.substr(1, path.find('/', 1) - 1);
-    if (line.find(':') == std::string::npos)
-        line += ':';
-    return line;
-}
-
-const char *loadLines(const std::vector<std::string> &lines)
-{
-    std::vector<const char *> texts;
-    texts.reserve(lines.size());
-    for (const std::string &line : lines)
-        texts.push_back(line.c_str());
-    return velparser::loadVELData(texts.data(), static_cast<std::int32_t>(texts.size()));
-}
-
-/// Command text that sets one parameter of the object at a row: what opens
-/// the row and all above it below the root, the parameter, and as many ends.
-std::vector<std::string> parameterFragment(VELTreeItem &target, const std::string &name,
-                                           const std::string &value)
-{
-    std::vector<std::string> lines;
-    for (VELTreeItem *row = &target; row->parent() != nullptr;
-         row = VELTreeItem::from(row->parent()))
-        lines.insert(lines.begin(), row->labelBytes());
-    const std::size_t opened = lines.size();
-    lines.push_back(parameterLine(name, value));
-    lines.insert(lines.end(), opened, "END");
-    return lines;
-}
-
-std::string childPath(const VELTreeItem &object, const std::string &name)
-{
-    return (object.parent() != nullptr ? object.path() : std::string()) + '/' + name;
+    if (flowItem != nullptr)
+        return addingObject(childPath(flowItem->path(), expertSection),
+                            "EXPERT PARAMETERS :\nEND\n");
+    return addingObject(usualFlowObject, "FLOW : Analysis\nEXPERT PARAMETERS :\nEND\nEND\n");
 }
 
 /// The child row of a parameter; null where there is none.
-VELTreeItem *parameterRow(const VELTreeItem &object, const QString &name)
+VELTreeItem *parameterRow(const VELTreeItem &object, const std::string &name)
 {
     for (int i = 0; i < object.childCount(); ++i) {
         VELTreeItem *row = VELTreeItem::from(object.child(i));
-        if (row->hasValue() && row->label() == name)
+        if (row->hasValue() && row->component() == name && row->label() == fromBytes(name))
             return row;
     }
     return nullptr;
+}
+
+/// The labels of an object and of all around it below the root, which open their
+/// blocks in command text.
+std::vector<std::string> openingLabels(VELTreeItem &object)
+{
+    std::vector<std::string> labels;
+    for (VELTreeItem *row = &object; row->parent() != nullptr;
+         row = VELTreeItem::from(row->parent()))
+        labels.insert(labels.begin(), row->labelBytes());
+    return labels;
 }
 
 } // namespace
@@ -82,20 +60,38 @@ void VELTree::addExpertParamObj()
                   "parameter to this section."));
         return;
     }
-    static_cast<void>(loadLines(
-        {flowObjectLine(flowItem_), std::string("  ") + expertSection + ':', "  END", "END"}));
+    // Kept: what the database says is not looked at, and a flow object of the
+    // usual name marks nothing.
     if (flowItem_ == nullptr) {
-        buildTree();
+        static_cast<void>(document_->apply(addingExpertSection(nullptr), Document::Marking::None));
+        if (flowItem_ == nullptr)
+            buildTree();
         return;
     }
+    static_cast<void>(document_->apply(addingExpertSection(flowItem_)));
+    if (expertItem_ == nullptr)
+        showExpertSection();
+    viewport()->update();
+}
+
+void VELTree::showAddedObject(const std::string &path, int position)
+{
+    const bool isNewSection = position == Edit::atEnd && flowItem_ != nullptr &&
+                              path == childPath(flowItem_->path(), expertSection);
+    if (isNewSection)
+        showExpertSection();
+    else
+        buildTree();
+}
+
+void VELTree::showExpertSection()
+{
     expertItem_ = new VELTreeItem(flowItem_, lastFlowChild_,
                                   QString::fromLatin1(expertSection) + QLatin1String(" :"),
                                   std::nullopt, expertSection);
     expertItem_->setInExpertSection(true);
     flowItem_->setExpanded(true);
     scrollToItem(expertItem_);
-    setModified();
-    viewport()->update();
 }
 
 void VELTree::addParameter()
@@ -110,40 +106,41 @@ void VELTree::addParameter()
     if (target->hasValue())
         target = VELTreeItem::from(target->parent());
 
-    AddParamDialog dialog(this, tr("Add Parameter"), target->path(), encoding_);
+    AddParamDialog dialog(this, tr("Add Parameter"), target->path(), document_->encoding());
     if (run(dialog) != QDialog::Accepted)
         return;
     const std::string name = dialog.storedName();
-    if (velparser::isParamEditable(childPath(*target, name).c_str()) == 0) {
+    const std::string path = childPath(target->path(), name);
+    if (velparser::isParamEditable(path.c_str()) == 0) {
         refuseEdit(fromBytes(name));
         return;
     }
-    const char *failure = loadLines(parameterFragment(*target, dialog.paramName(), dialog.value()));
-    setModified();
-    if (failure != nullptr) {
+    VELTreeItem *former = parameterRow(*target, name);
+    if (const Message failure =
+            document_->apply(addingParameter(path, dialog.value(), openingLabels(*target)))) {
         warn(this, tr("Add Parameter"),
              tr("Error encountered while processing new parameter.\n") +
-                 tr("Error message was:\n") + fromBytes(failure) +
+                 tr("Error message was:\n") + fromBytes(*failure) +
                  tr("\nParameter was not created."));
         return;
     }
-    showNewParameter(*target, name);
-    if (const char *errors = velparser::validateVELObjectH(target->path().c_str()))
-        showErrors(errors);
+    showNewParameter(*target, name, former);
+    if (const Message errors = document_->validateObject(target->path()))
+        showErrors(*errors);
     viewport()->update();
 }
 
 // Where the object already had the parameter, the new row replaces its row.
-void VELTree::showNewParameter(VELTreeItem &target, const std::string &name)
+void VELTree::showNewParameter(VELTreeItem &target, const std::string &name, VELTreeItem *former)
 {
-    VELTreeItem *former = parameterRow(target, fromBytes(name));
     const bool wasSelected = former != nullptr && former->isSelected();
     if (former != nullptr) {
         forget(*former);
         delete former;
     }
-    const QString value = fromBytes(storedValue(childPath(target, name)).value_or(""));
-    auto *row = new VELTreeItem(&target, nullptr, fromBytes(name), value, name);
+    VELTreeItem *row = parameterRow(target, name);
+    if (row == nullptr)
+        row = addParameterRow(target, nullptr, name);
     if (wasSelected)
         setCurrentItem(row);
     lastAddedItem_ = row;

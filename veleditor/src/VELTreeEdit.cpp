@@ -1,12 +1,11 @@
 // The operations of the tree that change or delete what is there.
 #include "veleditor/src/Boxes.h"
+#include "veleditor/src/Document.h"
 #include "veleditor/src/EditParamDialog.h"
 #include "veleditor/src/FindDialog.h"
 #include "veleditor/src/MessageDialog.h"
-#include "veleditor/src/StoredValue.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
-#include "velparser/api/velparser.h"
 
 #include <QApplication>
 
@@ -42,8 +41,8 @@ void VELTree::editParam(VELTreeItem *item)
     if (refused.item == item)
         askForValue(*item, std::move(refused.dialog));
     else
-        askForValue(
-            *item, std::make_unique<EditParamDialog>(this, tr("Edit Parameter"), *item, encoding_));
+        askForValue(*item, std::make_unique<EditParamDialog>(this, tr("Edit Parameter"), *item,
+                                                             document_->encoding()));
 }
 
 void VELTree::refuseEdit(const QString &name)
@@ -59,8 +58,8 @@ void VELTree::refuseEdit(const QString &name)
 void VELTree::askForValue(VELTreeItem &item, std::unique_ptr<EditParamDialog> dialog)
 {
     while (run(*dialog) == QDialog::Accepted) {
-        const FormerValue former{item.value(), storedValue(item.path()).value_or("")};
-        if (!storeValue(item, dialog->value(), former))
+        const QString former = item.value();
+        if (!storeValue(item, dialog->value()))
             continue;
         if (ErrorDialog *errors = validateValue(item, former)) {
             refused_ = {&item, errors, std::move(dialog)};
@@ -82,27 +81,22 @@ void VELTree::askAgain(const ErrorDialog *errors)
         refused_ = {};
 }
 
-bool VELTree::storeValue(VELTreeItem &item, const std::string &value, const FormerValue &former)
+bool VELTree::storeValue(VELTreeItem &item, const std::string &value)
 {
-    item.setValue(fromBytes(value));
-    const char *refused = velparser::setStringValue(item.path().c_str(), value.c_str());
-    setModified();
-    if (refused == nullptr)
-        return true;
-    item.setValue(former.shown);
-    warn(this, tr("Edit Parameter"), fromBytes(refused));
-    return false;
+    const Message refused = document_->apply(settingValue(item.path(), value));
+    if (refused)
+        warn(this, tr("Edit Parameter"), fromBytes(*refused));
+    return !refused;
 }
 
-ErrorDialog *VELTree::validateValue(VELTreeItem &item, const FormerValue &former)
+ErrorDialog *VELTree::validateValue(VELTreeItem &item, const QString &former)
 {
-    const std::string path = item.path();
-    const char *messages = velparser::validateParameter(path.c_str());
-    if (messages == nullptr)
+    const Message messages = document_->validateParameter(item.path());
+    if (!messages)
         return nullptr;
-    ErrorDialog *errors = showErrors(messages);
-    item.setValue(former.shown);
-    static_cast<void>(velparser::setStringValue(path.c_str(), former.stored.c_str()));
+    ErrorDialog *errors = showErrors(*messages);
+    if (document_->rollBack())
+        item.setValue(former);
     return errors;
 }
 
@@ -123,11 +117,8 @@ void VELTree::deleteParam()
     box.buttons = QStringList{tr("&Delete The Parameter"), tr("&Cancel")};
     if (ask(this, box) != 0)
         return;
-    static_cast<void>(velparser::deleteParam(item->path().c_str()));
-    forget(*item);
-    delete item;
-    clearSelection(); // the view selects a neighbour, which nobody chose
-    setModified();
+    if (document_->apply(deletingParameter(item->path())))
+        removeRow(*item); // kept: what the database says is not looked at
 }
 
 /// Lets go of a row that is about to be deleted.
@@ -144,7 +135,7 @@ void VELTree::forget(const VELTreeItem &item)
         refused_ = {};
 }
 
-ErrorDialog *VELTree::showErrors(const char *messages)
+ErrorDialog *VELTree::showErrors(const std::string &messages)
 {
     auto *dialog = new ErrorDialog(this, QStringLiteral("Errors"), messages, false);
     dialog->show();

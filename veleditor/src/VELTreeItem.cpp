@@ -1,3 +1,4 @@
+// A row: its label and path from its component, and what it shows.
 #include "veleditor/src/VELTreeItem.h"
 
 #include "velapilt/src/velComponentText.h"

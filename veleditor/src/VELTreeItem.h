@@ -35,6 +35,9 @@ public:
     /// The row as one of this class; null for null and for rows of any other.
     [[nodiscard]] static VELTreeItem *from(QTreeWidgetItem *item);
 
+    /// What the path has after the parent's; empty for a topmost row.
+    [[nodiscard]] const std::string &component() const { return component_; }
+
     /// "/" for a topmost row.
     [[nodiscard]] std::string path() const;
     [[nodiscard]] QString label() const;

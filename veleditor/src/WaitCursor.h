@@ -1,5 +1,5 @@
-// The wait cursor, shown while an object of this class lives: around calls of
-// the bridge that may take long, since no event is handled during them.
+// The wait cursor, shown while an object of this class lives: around calls that may
+// take long, since no event is handled during them.
 #pragma once
 
 #include <QApplication>
@@ -17,8 +17,9 @@ public:
     WaitCursor &operator=(const WaitCursor &) = delete;
 };
 
-/// Calls a long operation of the bridge and gives its message.
-inline const char *callWaiting(const char *(*operation)())
+/// Runs a long operation and gives its result.
+template <typename Operation>
+[[nodiscard]] auto callWaiting(Operation operation)
 {
     const WaitCursor wait;
     return operation();

@@ -1,13 +1,10 @@
-// The encoding of a file, and what is refused because of it.
+// The encoding of a text, and what is refused because of it.
 #include "veleditor/src/Text.h"
 #include "veleditor/src/TextEncoding.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <QTest>
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include <string>
 
 using namespace velEditor;
 
@@ -19,28 +16,15 @@ class TextEncodingTest : public QObject
 
 private slots:
     void agreesWithWhatIsShown();
-    void knowsTheEncodingOfAFile_data();
-    void knowsTheEncodingOfAFile();
-    void doesNotReadAPipe();
-    void readsCharactersAcrossBlocks();
+    void knowsTheEncodingOfAText_data();
+    void knowsTheEncodingOfAText();
+    void knowsTheEncodingOfALongText();
     void keepsTheEncodingOfTheFormerValue();
     void encodesInTheEncodingOfTheFile_data();
     void encodesInTheEncodingOfTheFile();
     void refusesWhatTheEncodingLacks_data();
     void refusesWhatTheEncodingLacks();
 };
-
-namespace {
-
-QString write(const QTemporaryDir &folder, const QByteArray &bytes)
-{
-    QFile file(folder.filePath("file"));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write");
-    return file.fileName();
-}
-
-} // namespace
 
 // Every text of two bytes, and of three and four around each border: it is UTF-8
 // exactly if the tree shows it as that, and so if it is the same bytes again.
@@ -66,7 +50,7 @@ void TextEncodingTest::agreesWithWhatIsShown()
             }
 }
 
-void TextEncodingTest::knowsTheEncodingOfAFile_data()
+void TextEncodingTest::knowsTheEncodingOfAText_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<TextEncoding>("encoding");
@@ -78,40 +62,21 @@ void TextEncodingTest::knowsTheEncodingOfAFile_data()
     QTest::newRow("cut off") << QByteArray("\xE2\x82") << TextEncoding::Latin1;
 }
 
-void TextEncodingTest::knowsTheEncodingOfAFile()
+void TextEncodingTest::knowsTheEncodingOfAText()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(TextEncoding, encoding);
-    const QTemporaryDir folder;
-    QVERIFY(encodingOfFile(write(folder, bytes).toStdString()) == encoding);
-    QVERIFY(encodingOfFile("/absent/file") == TextEncoding::Utf8);
+    QVERIFY(encodingOf(bytes.toStdString()) == encoding);
 }
 
-// A character may be cut by the end of any block that is read.
-// A pipe has given its text when the file was loaded: the next reader would wait
-// for a writer that never comes.
-void TextEncodingTest::doesNotReadAPipe()
+void TextEncodingTest::knowsTheEncodingOfALongText()
 {
-    const QTemporaryDir folder;
-    const std::string pipe = folder.filePath("pipe").toStdString();
-    QCOMPARE(::mkfifo(pipe.c_str(), 0600), 0);
-    const unsigned limit = ::alarm(20); // ends a test that waits
-    QVERIFY(encodingOfFile(pipe) == TextEncoding::Utf8);
-    ::alarm(limit);
-}
-
-void TextEncodingTest::readsCharactersAcrossBlocks()
-{
-    const QTemporaryDir folder;
-    for (const int place : {65531, 65532, 65533, 65534, 65535, 65536}) {
-        const QByteArray before(place, 'x');
-        const QByteArray character("\xF0\x9F\x8C\x80");
-        const QByteArray after(70000, 'y');
-        QVERIFY(encodingOfFile(write(folder, before + character + after).toStdString()) ==
-                TextEncoding::Utf8);
-        QVERIFY(
-            encodingOfFile(write(folder, before + character.chopped(1) + after).toStdString()) ==
-            TextEncoding::Latin1);
+    for (std::size_t place = 65528; place <= 65536; ++place) {
+        const std::string before(place, 'x');
+        const std::string character("\xF0\x9F\x8C\x80");
+        const std::string after(70000, 'y');
+        QVERIFY(encodingOf(before + character + after) == TextEncoding::Utf8);
+        QVERIFY(encodingOf(before + character.substr(0, 3) + after) == TextEncoding::Latin1);
     }
 }
 

@@ -1,0 +1,243 @@
+// Paths and blocks of the command data, and the calls of the bridge that change it.
+#include "veleditor/src/CommandData.h"
+
+#include "veleditor/src/StoredValue.h"
+#include "veleditor/src/ValueText.h"
+#include "velparser/api/velparser.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+namespace velEditor {
+
+namespace {
+
+constexpr std::string_view blockEnd = "END";
+constexpr std::string_view assignment = " = ";
+
+bool isParam(const velChildInfo &child)
+{
+    return std::string_view(child.className) == "Param";
+}
+
+std::string componentOf(const velChildInfo &child)
+{
+    return std::string_view(child.className) == "Object" ? child.type + ':' + child.name
+                                                         : child.name;
+}
+
+/// None where the object is not there.
+std::vector<velChildInfo> childrenOf(const std::string &path)
+{
+    std::vector<velChildInfo> children;
+    static_cast<void>(velparser::getChildList(path.c_str(), &children, nullptr));
+    return children;
+}
+
+/// The line that opens an object: "TYPE : Name" or "TYPE :".
+std::string openingLine(const std::string &component)
+{
+    const std::size_t colon = component.find(':');
+    if (colon == std::string::npos)
+        return component + " :";
+    return component.substr(0, colon) + " : " + component.substr(colon + 1);
+}
+
+std::string componentOfLine(const std::string &line)
+{
+    const std::size_t end = line.find(" :");
+    if (end == std::string::npos || end + 2 == line.size())
+        return line.substr(0, end);
+    return line.substr(0, end) + ':' + line.substr(end + 3);
+}
+
+std::vector<std::string> linesOf(const std::string &text)
+{
+    std::vector<std::string> lines;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        lines.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return lines;
+}
+
+/// The lines that open the object at a path and all around it.
+std::vector<std::string> openingLines(const std::string &path)
+{
+    std::vector<std::string> lines;
+    for (std::size_t start = 1; start < path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        lines.push_back(openingLine(path.substr(start, end - start)));
+        start = end + 1;
+    }
+    return lines;
+}
+
+/// Reads lines of command text in the blocks that `lines` open.
+Message readInto(std::vector<std::string> lines, const std::vector<std::string> &content)
+{
+    const std::size_t opened = lines.size();
+    lines.insert(lines.end(), content.begin(), content.end());
+    lines.insert(lines.end(), opened, std::string(blockEnd));
+
+    std::vector<const char *> texts;
+    texts.reserve(lines.size());
+    for (const std::string &line : lines)
+        texts.push_back(line.c_str());
+    return copied(velparser::loadVELData(texts.data(), static_cast<std::int32_t>(texts.size())));
+}
+
+/// Makes what one line of a block states below `path`, which follows the blocks.
+Message putLine(std::string &path, const std::string &line)
+{
+    if (line == blockEnd) {
+        path = parentPath(path);
+        return std::nullopt;
+    }
+    const std::size_t end = line.find(assignment);
+    if (end != std::string::npos)
+        return copied(velparser::createParam(childPath(path, line.substr(0, end)).c_str(),
+                                             line.c_str() + end + assignment.size()));
+    path = childPath(path, componentOfLine(line));
+    return copied(velparser::createObject(path.c_str()));
+}
+
+Message place(const std::string &path, int position)
+{
+    return copied(velparser::placeChild(path.c_str(), static_cast<std::uint32_t>(position)));
+}
+
+} // namespace
+
+std::string parentPath(const std::string &path)
+{
+    return path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+}
+
+std::string lastComponent(const std::string &path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+std::string childPath(const std::string &object, const std::string &component)
+{
+    return (object == "/" ? std::string() : object) + '/' + component;
+}
+
+// --- What is there --------------------------------------------------------------
+
+bool CommandData::has(const std::string &path) const
+{
+    return velparser::isVELLibrary(path.c_str()) >= 0;
+}
+
+std::optional<std::string> CommandData::value(const std::string &path) const
+{
+    return storedValue(path);
+}
+
+std::vector<std::string> CommandData::components(const std::string &path) const
+{
+    std::vector<std::string> components;
+    for (const velChildInfo &child : childrenOf(path))
+        components.push_back(componentOf(child));
+    return components;
+}
+
+int CommandData::position(const std::string &path, bool isParameter) const
+{
+    const std::string component = lastComponent(path);
+    int position = 0;
+    for (const velChildInfo &child : childrenOf(parentPath(path))) {
+        if (isParam(child) == isParameter && componentOf(child) == component)
+            return position;
+        ++position;
+    }
+    return -1;
+}
+
+// The walk keeps its own stack, so that no depth of nesting is too deep for it.
+std::string CommandData::block(const std::string &path) const
+{
+    struct Level
+    {
+        std::string path;
+        std::vector<velChildInfo> children;
+        std::size_t next = 0;
+    };
+    std::string text = openingLine(lastComponent(path)) + '\n';
+    std::vector<Level> levels{{path, childrenOf(path)}};
+    while (!levels.empty()) {
+        Level &level = levels.back();
+        if (level.next == level.children.size()) {
+            text.append(blockEnd).append("\n");
+            levels.pop_back();
+            continue;
+        }
+        const velChildInfo &child = level.children[level.next++];
+        const std::string component = componentOf(child);
+        const std::string below = childPath(level.path, component);
+        if (isParam(child)) {
+            text.append(component).append(assignment).append(value(below).value_or("")) += '\n';
+        } else {
+            text.append(openingLine(component)) += '\n';
+            levels.push_back({below, childrenOf(below)});
+        }
+    }
+    return text;
+}
+
+// --- Changes ----------------------------------------------------------------------
+
+Message CommandData::readParameter(const std::string &path, const std::string &value,
+                                   std::vector<std::string> opening)
+{
+    if (opening.empty())
+        opening = openingLines(parentPath(path));
+    return readInto(std::move(opening), {parameterLine(lastComponent(path), value)});
+}
+
+Message CommandData::readObject(const std::string &path, const std::string &block,
+                                std::vector<std::string> opening)
+{
+    if (opening.empty())
+        opening = openingLines(parentPath(path));
+    return readInto(std::move(opening), linesOf(block));
+}
+
+Message CommandData::setValue(const std::string &path, const std::string &value)
+{
+    return copied(velparser::setStringValue(path.c_str(), value.c_str()));
+}
+
+Message CommandData::putParameter(const std::string &path, const std::string &value, int position)
+{
+    if (Message failure = copied(velparser::createParam(path.c_str(), value.c_str())))
+        return failure;
+    return place(path, position);
+}
+
+Message CommandData::putObject(const std::string &path, const std::string &block, int position)
+{
+    std::string current = parentPath(path);
+    for (const std::string &line : linesOf(block)) {
+        if (Message failure = putLine(current, line))
+            return failure;
+    }
+    return place(path, position);
+}
+
+Message CommandData::deleteParameter(const std::string &path)
+{
+    return copied(velparser::deleteParam(path.c_str()));
+}
+
+Message CommandData::deleteObject(const std::string &path)
+{
+    return copied(velparser::deleteObj(path.c_str()));
+}
+
+} // namespace velEditor

@@ -1,0 +1,266 @@
+// Loading, edits and their reports, validation, saving.
+#include "veleditor/src/Document.h"
+
+#include "velparser/api/velparser.h"
+#include "veltext/error.h"
+#include "veltext/libraryFaults.h"
+#include "veltext/readFile.h"
+#include "veltext/textFault.h"
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace velEditor {
+
+namespace {
+
+constexpr unsigned safeModeLevel = 2;
+
+/// The bytes of a regular file; none of any other, or where it cannot be read.
+std::string bytesOf(const std::string &file)
+{
+    std::error_code unknown;
+    if (!std::filesystem::is_regular_file(file, unknown))
+        return {};
+    try {
+        return veltext::readBytes(file);
+    } catch (const veltext::Error &) {
+        return {};
+    }
+}
+
+} // namespace
+
+Document::Document(std::string file, QObject *parent) : QObject(parent), file_(std::move(file)) {}
+
+// --- Loading ----------------------------------------------------------------------
+
+Message Document::readLibraries()
+{
+    std::vector<velparser::Finding> faults;
+    const char *failure = velparser::readLibraries(&faults);
+    std::vector<veltext::RuleFault> lines;
+    lines.reserve(faults.size());
+    for (const velparser::Finding &fault : faults)
+        lines.push_back({fault.path, lineOf(fault)});
+    std::string errors = veltext::placedLibraryErrors(failure, lines);
+    return errors.empty() ? Message() : Message(std::move(errors));
+}
+
+Message Document::load()
+{
+    if (const char *failure = velparser::loadVELFromFile(file_.c_str(), "vel"))
+        return veltext::explainRefusal(file_, failure);
+    loadedText_ = bytesOf(file_);
+    encoding_ = encodingOf(loadedText_);
+    lastEdit_.reset();
+    revisionOnDisk_ = ++revision_;
+    emit reloaded();
+    return std::nullopt;
+}
+
+void Document::setSafeMode()
+{
+    static_cast<void>(velparser::setValidationLevelH(safeModeLevel));
+}
+
+Message Document::switchUnitsChecksOn()
+{
+    return copied(velparser::setUnitsChecking(1));
+}
+
+Message Document::switchBoundsChecksOn()
+{
+    return copied(velparser::setBoundsChecking(1));
+}
+
+// --- Data ---------------------------------------------------------------------------
+
+Message Document::apply(Edit edit, Marking marking)
+{
+    const bool isNew = edit.position == Edit::atEnd;
+    Message failure = change(edit);
+    enterNewState(marking);
+    if (failure)
+        return failure;
+    lastEdit_ = edit;
+    report(edit, isNew);
+    emit applied(edit);
+    return std::nullopt;
+}
+
+Message Document::rollBack()
+{
+    if (!lastEdit_)
+        return std::nullopt;
+    const Edit last = *std::exchange(lastEdit_, std::nullopt);
+    Message failure = apply(inverse(last));
+    lastEdit_.reset();
+    return failure;
+}
+
+Message Document::upgrade()
+{
+    return copied(velparser::updateSolverVEL());
+}
+
+/// Makes the change and completes the edit.
+Message Document::change(Edit &edit)
+{
+    switch (edit.kind) {
+    case Edit::Kind::SetValue:
+        edit.oldText = data_.value(edit.path).value_or("");
+        return data_.setValue(edit.path, edit.newText);
+    case Edit::Kind::AddParameter:
+        return addParameter(edit);
+    case Edit::Kind::AddObject:
+        return addObject(edit);
+    case Edit::Kind::DeleteParameter:
+    case Edit::Kind::DeleteObject:
+        return remove(edit);
+    case Edit::Kind::ReplaceObject:
+        break;
+    }
+    return replaceObject(edit);
+}
+
+// A command file that states a parameter again gives it another value and leaves
+// it in its place.
+Message Document::addParameter(Edit &edit)
+{
+    if (edit.position != Edit::atEnd)
+        return data_.putParameter(edit.path, edit.newText, edit.position);
+    const std::optional<std::string> former = data_.value(edit.path);
+    if (Message failure = data_.readParameter(edit.path, edit.newText, edit.opening))
+        return failure;
+    const std::string stored = data_.value(edit.path).value_or("");
+    edit =
+        former
+            ? Edit{Edit::Kind::SetValue, edit.path, *former, stored}
+            : Edit{
+                  Edit::Kind::AddParameter, edit.path, {}, stored, data_.position(edit.path, true)};
+    return std::nullopt;
+}
+
+Message Document::addObject(Edit &edit)
+{
+    if (edit.position != Edit::atEnd)
+        return data_.putObject(edit.path, edit.newText, edit.position);
+    const bool isThere = data_.has(edit.path);
+    const std::string former = isThere ? data_.block(edit.path) : std::string();
+    if (Message failure = data_.readObject(edit.path, edit.newText, edit.opening))
+        return failure;
+    edit = {isThere ? Edit::Kind::ReplaceObject : Edit::Kind::AddObject, edit.path, former,
+            data_.block(edit.path), data_.position(edit.path, false)};
+    return std::nullopt;
+}
+
+Message Document::remove(Edit &edit)
+{
+    const bool isParameter = edit.kind == Edit::Kind::DeleteParameter;
+    edit.newText.clear();
+    edit.position = data_.position(edit.path, isParameter);
+    edit.oldText = isParameter ? data_.value(edit.path).value_or("") : data_.block(edit.path);
+    return isParameter ? data_.deleteParameter(edit.path) : data_.deleteObject(edit.path);
+}
+
+Message Document::replaceObject(Edit &edit)
+{
+    edit.position = data_.position(edit.path, false);
+    edit.oldText = data_.block(edit.path);
+    if (Message failure = data_.deleteObject(edit.path))
+        return failure;
+    return data_.putObject(edit.path, edit.newText, edit.position);
+}
+
+void Document::report(const Edit &done, bool isNew)
+{
+    const int place = isNew ? Edit::atEnd : done.position;
+    switch (done.kind) {
+    case Edit::Kind::SetValue:
+        emit valueChanged(done.path, done.newText);
+        break;
+    case Edit::Kind::AddParameter:
+        emit parameterAdded(done.path, place);
+        break;
+    case Edit::Kind::DeleteParameter:
+        emit parameterRemoved(done.path);
+        break;
+    case Edit::Kind::AddObject:
+        emit objectAdded(done.path, place);
+        break;
+    case Edit::Kind::DeleteObject:
+        emit objectRemoved(done.path);
+        break;
+    case Edit::Kind::ReplaceObject:
+        if (done.oldText != done.newText)
+            emit reloaded();
+        break;
+    }
+}
+
+// --- Unsaved changes ------------------------------------------------------------------
+
+/// An edit that marks nothing leads to a state that counts as the one on the
+/// disk, if the state before did.
+void Document::enterNewState(Marking marking)
+{
+    if (marking == Marking::Modified) {
+        setModified();
+        return;
+    }
+    const bool wasModified = isModified();
+    ++revision_;
+    if (!wasModified)
+        revisionOnDisk_ = revision_;
+}
+
+void Document::setModified()
+{
+    ++revision_;
+    emit modifiedMarked(true);
+}
+
+void Document::clearModified()
+{
+    revisionOnDisk_ = revision_;
+    emit modifiedMarked(false);
+}
+
+// --- Validation -------------------------------------------------------------------------
+
+Message Document::validate()
+{
+    return reportFindings("/", velparser::validateVELDataH());
+}
+
+Message Document::validateObject(const std::string &path)
+{
+    return reportFindings(path, velparser::validateVELObjectH(path.c_str()));
+}
+
+Message Document::validateParameter(const std::string &path)
+{
+    return reportFindings(path, velparser::validateParameter(path.c_str()));
+}
+
+Message Document::reportFindings(const std::string &path, const char *findings)
+{
+    Message message = copied(findings);
+    emit validated(path, message);
+    return message;
+}
+
+// --- Saving ---------------------------------------------------------------------------
+
+SaveResult Document::save(const std::string &target)
+{
+    SaveResult result = writeCommandFile(file_, target);
+    if (result.outcome == SaveOutcome::Written)
+        clearModified();
+    return result;
+}
+
+} // namespace velEditor

@@ -1,0 +1,61 @@
+// Making edits, and their inverses.
+#include "veleditor/src/Edit.h"
+
+#include <utility>
+
+namespace velEditor {
+
+namespace {
+
+Edit::Kind inverse(Edit::Kind kind)
+{
+    switch (kind) {
+    case Edit::Kind::AddParameter:
+        return Edit::Kind::DeleteParameter;
+    case Edit::Kind::DeleteParameter:
+        return Edit::Kind::AddParameter;
+    case Edit::Kind::AddObject:
+        return Edit::Kind::DeleteObject;
+    case Edit::Kind::DeleteObject:
+        return Edit::Kind::AddObject;
+    case Edit::Kind::SetValue:
+    case Edit::Kind::ReplaceObject:
+        break;
+    }
+    return kind;
+}
+
+} // namespace
+
+Edit settingValue(std::string path, std::string value)
+{
+    return {Edit::Kind::SetValue, std::move(path), {}, std::move(value)};
+}
+
+Edit addingParameter(std::string path, std::string value, std::vector<std::string> opening)
+{
+    return {Edit::Kind::AddParameter, std::move(path), {},
+            std::move(value),         Edit::atEnd,     std::move(opening)};
+}
+
+Edit deletingParameter(std::string path)
+{
+    return {Edit::Kind::DeleteParameter, std::move(path), {}, {}};
+}
+
+Edit addingObject(std::string path, std::string block)
+{
+    return {Edit::Kind::AddObject, std::move(path), {}, std::move(block)};
+}
+
+Edit deletingObject(std::string path)
+{
+    return {Edit::Kind::DeleteObject, std::move(path), {}, {}};
+}
+
+Edit inverse(const Edit &done)
+{
+    return {inverse(done.kind), done.path, done.newText, done.oldText, done.position};
+}
+
+} // namespace velEditor
