@@ -1,6 +1,7 @@
 // Paths and blocks of the command data, and the calls of the bridge that change it.
 #include "veleditor/src/CommandData.h"
 
+#include "velapilt/src/velComponentText.h"
 #include "veleditor/src/StoredValue.h"
 #include "veleditor/src/ValueText.h"
 #include "velparser/api/velparser.h"
@@ -20,12 +21,6 @@ constexpr std::string_view assignment = " = ";
 bool isParam(const velChildInfo &child)
 {
     return std::string_view(child.className) == "Param";
-}
-
-std::string componentOf(const velChildInfo &child)
-{
-    return std::string_view(child.className) == "Object" ? child.type + ':' + child.name
-                                                         : child.name;
 }
 
 /// None where the object is not there.
@@ -143,7 +138,7 @@ std::vector<std::string> CommandData::components(const std::string &path) const
 {
     std::vector<std::string> components;
     for (const velChildInfo &child : childrenOf(path))
-        components.push_back(componentOf(child));
+        components.push_back(velComponentOf(child));
     return components;
 }
 
@@ -152,7 +147,7 @@ int CommandData::position(const std::string &path, bool isParameter) const
     const std::string component = lastComponent(path);
     int position = 0;
     for (const velChildInfo &child : childrenOf(parentPath(path))) {
-        if (isParam(child) == isParameter && componentOf(child) == component)
+        if (isParam(child) == isParameter && velComponentOf(child) == component)
             return position;
         ++position;
     }
@@ -178,7 +173,7 @@ std::string CommandData::block(const std::string &path) const
             continue;
         }
         const velChildInfo &child = level.children[level.next++];
-        const std::string component = componentOf(child);
+        const std::string component = velComponentOf(child);
         const std::string below = childPath(level.path, component);
         if (isParam(child)) {
             text.append(component).append(assignment).append(value(below).value_or("")) += '\n';
