@@ -1,13 +1,13 @@
 #!/bin/sh
-# Makes the pictures of the documents anew: the real editor, with a real set-up
-# open, on a virtual display; then the same pictures as they look on a screen of
-# twice the density and in dark colours, to be looked at for what is cut off or
-# cannot be read. Called by ./dev screenshots from the root of the tree, with
-# build/ built; VEL_BUILD_DIR names another build.
+# Makes the pictures of the documents: the real editor shows a real set-up on a
+# virtual display. Makes them again for a screen of twice the density and in dark
+# colours; look at those for text that is cut off or cannot be read. ./dev
+# screenshots calls this script from the root of the tree, after it has built
+# build/. VEL_BUILD_DIR names another build.
 #
-#   tools/screenshots.sh [VARIANT...]     plain double dark dark-double; all of them
+#   tools/screenshots.sh [VARIANT...]     plain double dark dark-double (default: all)
 #
-# The plain ones go to docs/images, the others to screenshots/ of the build.
+# The plain pictures go to docs/images, the others to screenshots/ of the build.
 set -eu
 # shellcheck source=tools/display.sh
 . ./tools/display.sh
@@ -33,25 +33,49 @@ window_area() {
         END { print width + left + right "x" height + top + bottom "+" x - left "+" y - top }'
 }
 
-# picture NAME [PART]: the window that has the keys, cut out of the whole screen,
-# with what covers it; or a part of it, from its upper left, as 50%x50%. Few
-# colours are enough, and keep the files small.
-picture() {
+# save_area NAME AREA [PART]: this area of the screen; or a part of it, from its upper
+# left, as 50%x50%. Few colours are enough, and keep the files small.
+save_area() {
     display_picture "$display_dir/screen.png"
-    window=$(xdotool getactivewindow) || display_fail "no window has the keys for $1"
-    convert "$display_dir/screen.png" -crop "$(window_area "$window")" +repage \
-        -crop "${2:-100%x100%}+0+0" +repage -strip +dither -colors 255 \
+    convert "$display_dir/screen.png" -crop "$2" +repage \
+        -crop "${3:-100%x100%}+0+0" +repage -strip +dither -colors 255 \
         -define png:exclude-chunks=date,time "PNG8:$images/$1.png"
     printf '%s\n' "$images/$1.png"
 }
 
+# picture NAME [PART]: the window that has the focus, with what covers it.
+picture() {
+    window=$(xdotool getactivewindow) || display_fail "no window has the keys for $1"
+    save_area "$1" "$(window_area "$window")" "${2:-100%x100%}"
+}
+
+# before_tree NAME TITLE: the main window, of that title, with all objects open,
+# and before it the list that has the focus.
+before_tree() {
+    list=$(xdotool getactivewindow)
+    window=$(xdotool search --onlyvisible --name "^$2\$" | head -n 1)
+    area=$(window_area "$window")
+    xdotool windowactivate --sync "$window"
+    display_await "$2"
+    display_press ctrl+plus
+    x=${area#*+}
+    xdotool windowmove --sync "$list" $((${x%+*} + 190 * scale)) $((${x#*+} + 297 * scale))
+    xdotool windowactivate --sync "$list"
+    save_area "$1" "$area"
+}
+
 # --- Using the editor -------------------------------------------------------------
 
-# open_example FILE TITLE: in a folder of its own, so that its name is short in
-# the title, and nothing changes the example. TITLE is the first window to wait for.
+# open_example FILE TITLE: opens a copy of the example. The copy has a folder of
+# its own: its name is short in the title, and nothing changes the example. TITLE
+# is that of the first window.
 open_example() {
     mkdir -p "$display_dir/case"
     cp -- "$root/examples/$1" "$display_dir/case/$1"
+    open_case "$1" "$2"
+}
+
+open_case() {
     cd -- "$display_dir/case"
     display_open "$root/veledit" "$1"
     cd -- "$root"
@@ -59,8 +83,8 @@ open_example() {
     display_settle
 }
 
-# find TEXT TITLE: selects the first row that holds the text. TITLE is the main
-# window's, which then has the keys again.
+# find TEXT TITLE: selects the first row that contains the text. TITLE is the main
+# window's, which has the focus afterwards.
 find() {
     display_press Home ctrl+f
     display_await Find
@@ -81,7 +105,7 @@ opened() {
     picture "$1"
 }
 
-# closed TITLE: Escape closes the window; the one of that title has the keys again.
+# closed TITLE: Escape closes the window; then the one of that title has the focus.
 closed() {
     display_press Escape
     display_await "$1"
@@ -94,9 +118,9 @@ menu() {
     display_press Escape Escape
 }
 
-# --- What is taken ------------------------------------------------------------------
+# --- The pictures -------------------------------------------------------------------
 
-# What a sound set-up shows, without changing it.
+# A set-up without findings; nothing is changed.
 sound_file() {
     open_example duct.vel duct.vel
 
@@ -194,6 +218,33 @@ findings() {
     display_close
 }
 
+tutorial() {
+    mkdir -p "$display_dir/case"
+    awk '/^```vel / { number++ } /^```/ { inside = number == 1 && /vel/; next } inside' \
+        docs/tutorial.md >"$display_dir/case/tee.vel"
+    open_case tee.vel 'Command File Validation Errors'
+    display_press Return
+    display_await 'Command File Errors'
+    before_tree tutorial-findings tee.vel
+    closed tee.vel
+    find Inlte tee.vel
+    opened tutorial-list ctrl+e 'Edit Parameter'
+    display_write Inlet
+    display_press alt+o
+    display_await 'tee.vel - Modified'
+    find '2 [m]' 'tee.vel - Modified'
+    display_press ctrl+e
+    display_await 'Edit Parameter'
+    display_press ctrl+a
+    display_write '2 [m s^-1]'
+    picture tutorial-text
+    display_press alt+o
+    display_await 'tee.vel - Modified'
+    opened tutorial-validated ctrl+v 'Validation Successful'
+    closed 'tee.vel - Modified'
+    display_close
+}
+
 old_file() {
     open_example old-version.vel 'Command File Updated.'
     picture upgrade-question
@@ -214,8 +265,8 @@ help_viewer() {
 
 # --- The variants -----------------------------------------------------------------
 
-# Dark colours come from the desktop's settings, in the one form that the toolkit
-# reads without a plug-in.
+# Dark colours come from the settings of the desktop. This is the only form of them
+# that the toolkit reads without a plug-in.
 dark_desktop() {
     XDG_CONFIG_HOME=$display_dir/config
     QT_QPA_PLATFORMTHEME=kde KDE_SESSION_VERSION=5
@@ -250,7 +301,7 @@ ForegroundNormal=252,252,252
 END
 }
 
-# variant NAME, in a process of its own: settings and display end with it.
+# variant NAME: runs in a process of its own, with which settings and display end.
 variant() (
     images=$VEL_BUILD_DIR/screenshots/$1
     screen=1100x800 scale=1
@@ -272,6 +323,7 @@ variant() (
     sound_file
     expert_section
     findings
+    tutorial
     old_file
     help_viewer
     display_stop

@@ -1,4 +1,4 @@
-// Runs the samples of docs/veltool.md.
+// Runs the samples of docs/veltool.md and README.md.
 #include "tools/veltool/tests/documentSamples.h"
 
 #include <gtest/gtest.h>
@@ -9,10 +9,18 @@ namespace {
 TEST(Manual, ItsSamplesAreTrue)
 {
     // As for a user who has set nothing: with the rules that ship.
-    EXPECT_GT(replaySamples("docs/veltool.md",
-                            "unset ZOT5_VEL_LIBSDIR ZOT5_VEL_LIBS; "
-                            "veltool() { \"$VELTOOL\" \"$@\"; }"),
+    EXPECT_GT(replaySamples("docs/veltool.md", "unset ZOT5_VEL_LIBSDIR ZOT5_VEL_LIBS; "
+                                               "veltool() { \"$VELTOOL\" \"$@\"; }"),
               6);
+}
+
+TEST(Readme, ItsSamplesAreTrue)
+{
+    // With copies of the examples, because some commands change them.
+    EXPECT_GT(replaySamples("README.md", "unset ZOT5_VEL_LIBSDIR ZOT5_VEL_LIBS; "
+                                         "[ -d examples ] || cp -r \"$VEL_SOURCE_DIR/examples\" .; "
+                                         "veltool() { \"$VELTOOL\" \"$@\"; }"),
+              4);
 }
 
 } // namespace
