@@ -1,12 +1,12 @@
 #!/usr/bin/env perl
-# Writes duct.def and duct.res beside duct.vel, with veltool: the command data,
-# the coordinates and the elements of a straight duct, and in duct.res pressure and
-# axial velocity at three times besides.
+# Writes duct.def and duct.res with veltool. Both contain the command data of
+# duct.vel, and the coordinates and elements of a straight duct. duct.res also has
+# pressure and axial velocity at three times.
 #
 #     examples/make-containers.pl [VELTOOL] [FOLDER]
 #
-# The fields are those of a developing flow by a textbook formula, not the
-# result of a solver. The same call always gives the same values.
+# The fields come from a textbook formula for a developing flow, not from a
+# solver. The same call always gives the same values.
 use strict;
 use warnings;
 use File::Basename qw(dirname);
