@@ -1,11 +1,11 @@
 #!/bin/sh
 # Builds and runs every measurement. Usage: bench/run.sh [BUILD-DIR]
 #
-# BUILD-DIR (default: build-bench beside the sources) is configured for release
-# with VEL_BENCH; generated data stands in its folder bench-data. Every
-# measurement is a line of bench-data/velbench.json; standard output has one
-# table: what is compared with something else, or has a limit, with the ratio,
-# the ratio aimed at and whether it was met, and the plain times.
+# Configures BUILD-DIR (default: build-bench in the source tree) for release with
+# VEL_BENCH. Its folder bench-data has the generated data, and a line for each
+# measurement in velbench.json. Standard output has one table: the measurements
+# with a comparison or a limit, with the ratio, the wanted ratio and whether it
+# was met; and the other times.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$root/build-bench}
@@ -25,8 +25,8 @@ quietly() {
     }
 }
 
-# table COMMAND...: the lines that it prints are lines of the table. Not piped,
-# so that its failure is ours.
+# table COMMAND...: the lines that it prints are lines of the table. There is no
+# pipe, so that a failure of the command ends this script.
 table() {
     say "${1##*/} ${2:-} ${3:-}"
     "$@" >"$data/part.txt"
@@ -34,7 +34,7 @@ table() {
     cat "$data/part.txt" >>"$table"
 }
 
-# measure NAME ARGUMENTS...: a measurement by velbench, with its time in the table.
+# measure NAME ARGUMENTS...: measures with velbench, and adds the time to the table.
 measure() {
     say "$*"
     "$build/bin/velbench" "$@" >"$data/result.json"
@@ -85,7 +85,7 @@ for lines in 2000 20000 200000; do
     measure rules.edit "$rooms" '/FLOW/DOMAIN:Room 7/BOUNDARY:Supply 7/THROUGHFLOW/Mass Flow Rate'
 done
 
-# What the editor can do grows; all of it is measured.
+# The list of editor calls grows; measure all of them.
 calls=$("$build/bin/velbench" --help | sed -n 's/^ *\(editor\.[a-z]*\) .*/\1/p')
 for file in "$root"/examples/*.vel "$data/rooms-20000.vel"; do
     for call in $calls; do

@@ -16,7 +16,7 @@ if(VEL_WERROR)
     add_compile_options(-Werror)
 endif()
 
-# At -O3 GCC 12 takes the sum of two strings for a copy onto itself.
+# At -O3, GCC 12 warns wrongly that the sum of two strings copies onto itself.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     add_compile_options($<$<CONFIG:Release>:-Wno-restrict>)
 endif()
@@ -27,8 +27,8 @@ if(VEL_SANITIZE)
     add_link_options(-fsanitize=address,undefined)
 endif()
 
-# Several threads count in the same program: a plain counter loses some of what
-# they count, and a report that finds more branches taken than reached fails.
+# Several threads of a program update the same counters. Without atomic updates some
+# counts are lost, and a report with more branches taken than reached fails.
 set(VEL_COVERAGE_FLAGS --coverage -fprofile-update=atomic)
 if(VEL_COVERAGE)
     add_compile_options(${VEL_COVERAGE_FLAGS} -O0)
@@ -38,7 +38,7 @@ endif()
 # Every include is written from the root of the tree.
 include_directories(${CMAKE_SOURCE_DIR})
 
-# Compiling the same text twice costs nothing where ccache is there.
+# With ccache, compiling the same text again takes almost no time.
 find_program(VEL_CCACHE ccache)
 if(VEL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${VEL_CCACHE})

@@ -1,10 +1,10 @@
 # vel_check_headers(FOLDER TARGET)
 #
 # Checks that every header of a folder compiles alone. A source includes its own
-# header first (check-layers holds it to that), so a header with a source of its
-# name is checked where that is compiled. Each of the others is compiled here in
-# a source of its own, with what the target is compiled with. Warnings come
-# where headers are used.
+# header first (check-layers checks this), so compiling the source checks the
+# header of that name. This function makes a source for every other header and
+# compiles it with the options of the target, but without warnings: these appear
+# where the headers are used.
 function(vel_check_headers folder target)
     file(GLOB headers RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS
          ${CMAKE_SOURCE_DIR}/${folder}/*.h)

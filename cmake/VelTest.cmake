@@ -5,8 +5,8 @@
 # offscreen platform) and registers it with CTest.
 enable_testing()
 
-# The headers of others that most tests include are compiled once for all of
-# them. A test whose compiler flags differ says PLAIN_HEADERS.
+# Headers of other projects that most tests include are compiled once. A test with
+# other compiler flags needs PLAIN_HEADERS.
 if(VEL_TESTS)
     find_package(GTest REQUIRED)
     file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/tests/empty.cpp CONTENT "")
@@ -32,8 +32,8 @@ function(vel_add_test name)
     endif()
     cmake_parse_arguments(ARG "QT;PLAIN_HEADERS" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
-    # What is tested is optimised; the tests themselves are compiled more often
-    # than they take long, and take half the time without.
+    # The tested code is optimised. The tests themselves are not: this halves the
+    # time to compile them, and they run fast enough.
     target_compile_options(${name} PRIVATE -O0)
     if(ARG_QT)
         set_target_properties(${name} PROPERTIES AUTOMOC ON)
@@ -56,14 +56,14 @@ function(vel_add_test name)
     vel_test_environment(${name})
 endfunction()
 
-# Where programs keep what lives as long as a session; must be its user's alone.
+# The folder for files of a login session. Only its user may have access to it.
 set(VEL_TEST_RUNTIME ${CMAKE_BINARY_DIR}/tests/runtime)
 file(MAKE_DIRECTORY ${VEL_TEST_RUNTIME})
 file(CHMOD ${VEL_TEST_RUNTIME} DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
 
-# How an ordinary perl loads the module. It does not bring the sanitizer's
-# library, which must come before all others, and frees nothing at its end, so
-# that leaks are not looked for.
+# How an ordinary perl loads the module. That perl is not linked to the sanitizer's
+# library, which must be loaded first. It frees nothing at its end, so leaks are not
+# checked.
 set(VEL_PERL_ENVIRONMENT)
 if(VEL_SANITIZE)
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=libasan.so
@@ -74,8 +74,8 @@ endif()
 list(JOIN VEL_PERL_ENVIRONMENT " " perl_assignments)
 string(STRIP "env ${perl_assignments}" with_perl_environment)
 
-# The environment in which the tests of the build tree run, also those that are
-# not GoogleTest programs.
+# Gives a test the environment of the build tree. Call it for tests that
+# vel_add_test() does not add.
 function(vel_test_environment name)
     set(environment
         "LC_ALL=C.UTF-8"

@@ -1,11 +1,11 @@
 #!/usr/bin/env perl
-# Writes a large set-up to standard output: the air of an office building, one
-# domain a room, each with its own supply, exhaust, windows and probes.
+# Writes a large set-up to standard output: the air of an office building. Each room is
+# a domain with its own supply, exhaust, windows and probes.
 #
 #     examples/make-large.pl [LINES] >large.vel      (20,000 lines by default)
 #
-# The same number of lines always gives the same text. It is valid, so that what
-# is measured with it is the usual case.
+# The same number of lines always gives the same text. The text is valid, so that
+# measurements show the usual case.
 use strict;
 use warnings;
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# run.sh BUILD [SECONDS]: runs every fuzz target of a build for so long (60).
-# New inputs are kept in BUILD/fuzz/found-NAME; the seeds stay as they are.
+# run.sh BUILD [SECONDS]: runs every fuzz target of a build for SECONDS (default:
+# 60). New inputs are kept in BUILD/fuzz/found-NAME; the seeds do not change.
 set -eu
 build=$1
 seconds=${2:-60}
@@ -9,7 +9,7 @@ ran=0
 for target in "$build"/fuzz/*; do
     name=$(basename "$target")
     seeds=$here/$name
-    # Only targets have seeds; what else stands there is the build's.
+    # Only targets have seeds. Other files in this folder belong to the build.
     if [ ! -f "$target" ] || [ ! -x "$target" ] || [ ! -d "$seeds" ]; then
         continue
     fi

@@ -1,19 +1,20 @@
-# A display of our own, for programs that have none: sourced by shell scripts.
+# A virtual display for programs, where there is no real one. Shell scripts source
+# this file.
 #
 #   display_start 1000x760      a virtual screen of that size, with a window manager
-#   display_open PROGRAM ARG..  starts the program and waits until a window stands
-#   display_await TITLE         waits until the window of that title has the keys
+#   display_open PROGRAM ARG..  starts the program and waits until it shows a window
+#   display_await TITLE         waits until the window of that title has the focus
 #   display_press KEY..         presses keys, one after the other (ctrl+s)
 #   display_write TEXT          types a text
-#   display_picture FILE.png    the whole screen, once nothing moves on it any more
+#   display_picture FILE.png    the whole screen, once it no longer changes
 #   display_close               ends the program
-#   display_stop                ends all of it; also done when the script ends
+#   display_stop                ends everything; also runs when the script ends
 #
-# The program's process is $display_program, its output $display_dir/program.log,
-# and $display_dir is a folder for whatever the script needs. Nothing here waits
-# for a fixed time: display_until looks ten times a second, and a failure prints
-# a message and ends the script with status 1. Everything runs without /proc, a
-# message bus and the name of the computer.
+# $display_program is the process of the program, $display_dir/program.log its
+# output. $display_dir is a folder for the files of the script. Nothing waits for a
+# fixed time: display_until checks ten times a second. A failure prints a message
+# and ends the script with status 1. Everything works without /proc, a message bus
+# and a host name.
 
 display_server='' display_manager='' display_program='' display_dir=''
 
@@ -73,9 +74,9 @@ display_start() {
     trap display_stop EXIT
     trap 'exit 130' INT
     trap 'exit 143' TERM
-    # The server chooses a free number and writes it when it is ready. It does not
-    # begin anew when a first, short-lived client goes, which would cut off the
-    # others; and its keys do not repeat, however late a busy machine lets them go.
+    # The server chooses a free number and writes it when it is ready. -noreset: it
+    # does not restart when the last client disconnects, which would end the others.
+    # -r: keys do not repeat, even if a busy machine releases them late.
     Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp -noreset -r \
         3>"$display_dir/number" >"$display_dir/server.log" 2>&1 &
     display_server=$!
@@ -83,12 +84,12 @@ display_start() {
     DISPLAY=:$(cat "$display_dir/number")
     QT_QPA_PLATFORM=xcb
     XDG_RUNTIME_DIR=$display_dir       # the toolkit complains without one
-    DBUS_SESSION_BUS_ADDRESS=disabled: # a desktop's message bus is none of ours
+    DBUS_SESSION_BUS_ADDRESS=disabled: # do not use the message bus of a desktop
     export DISPLAY QT_QPA_PLATFORM XDG_RUNTIME_DIR DBUS_SESSION_BUS_ADDRESS
     if command -v openbox >/dev/null 2>&1; then
         openbox --sm-disable >"$display_dir/manager.log" 2>&1 &
         display_manager=$!
-        # Windows that come before the manager would stay without frame and focus.
+        # Windows that open before the manager runs never get a frame or the focus.
         display_until 30 "the window manager is there" display_is_managed
     fi
 }
@@ -120,18 +121,18 @@ display_write() {
     xdotool type --delay 20 -- "$1"
 }
 
-# display_grab FILE.png [WINDOW]: what is there at this moment.
+# display_grab FILE.png [WINDOW]: a picture at this moment.
 display_grab() {
     import -silent -window "${2:-root}" "$1" || display_fail "cannot take a picture"
 }
 
-# The processor time that the program has used, where the system tells it.
+# The processor time of the program, if the system has /proc.
 display_time_used() {
     sed 's/.*) //' "/proc/$display_program/stat" 2>/dev/null | cut -d ' ' -f 12,13
 }
 
-# display_settle [WINDOW]: waits until the program has stopped working and two
-# looks in a row show the same.
+# display_settle [WINDOW]: waits until the program uses no processor time and two
+# pictures in a row are the same.
 display_settle() {
     display_tries=0 display_ticks=''
     display_grab "$display_dir/before.png" "${1:-root}"

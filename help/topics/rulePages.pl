@@ -1,14 +1,13 @@
 #!/usr/bin/perl
 # Writes the help pages that come from the rule libraries: one for each type of
 # object, one for each help topic that several of them name, two lists, the fields
-# that rules may state, and the findings. A topic that a single type names leads to
-# the page of that type.
+# that rules may state, and the findings. If only one type names a topic, the topic
+# leads to the page of that type.
 #
 #     perl -I build/perl rulePages.pl FOLDER LIBRARY...
 #
-# The libraries are read as the program reads them, by the command database, and all
-# texts are bytes as there. FOLDER is emptied of the pages of an earlier run and
-# filled again.
+# The command database reads the libraries, as in the programs, and all texts are
+# bytes. The pages of an earlier run in FOLDER are replaced.
 use strict;
 use warnings;
 use feature 'signatures';
@@ -31,12 +30,12 @@ sub read_rules (@files) {
     return $api->{model}->rules;
 }
 
-# As the viewer compares names.
+# The form in which the viewer compares names.
 sub slug ($text) {
     return Encode::encode('UTF-8', lc(Encode::decode('UTF-8', $text)) =~ s/[^\pL\pN]+/-/gr =~ s/^-|-$//gr);
 }
 
-# Text that stands in Markdown as it is.
+# Escapes a text for Markdown.
 sub plain ($text) { return $text =~ s/([\\`*_\[\]<>|#])/\\$1/gr }
 
 sub code ($text) { return $text =~ /`/ ? plain($text) : "`$text`" }
@@ -53,7 +52,7 @@ sub write_page ($folder, $name, $text) {
 
 # --- Types ---------------------------------------------------------------------
 
-# A type that stands both with and without a name has two pages.
+# A type that exists both as object and as singleton has two pages.
 sub is_second ($rules, $type) {
     return $type->{kind} eq 'SINGLETON' && $rules->type('OBJECT', $type->{type});
 }
@@ -75,9 +74,9 @@ sub type_link ($rules, $word) {
 sub type_links ($rules, @words) { return list(map { type_link($rules, $_) } @words) }
 
 sub place ($rules, $type) {
-    my $parents = $type->{parents} or return 'Stands anywhere.';
+    my $parents = $type->{parents} or return 'Allowed in any object.';
     my @places = map { $_ eq '/' ? 'the top level' : type_link($rules, $_) } sort keys %$parents;
-    return 'Stands in: ' . list(@places) . '.';
+    return 'Allowed in: ' . list(@places) . '.';
 }
 
 sub form ($type) {
@@ -88,11 +87,11 @@ sub form ($type) {
 sub facts ($rules, $type) {
     my @facts = (place($rules, $type));
     push @facts, "One parent may hold at most $type->{maximum} of them." if defined $type->{maximum};
-    push @facts, 'Any parameter may be added, whatever its name.' if $type->{free};
-    push @facts, 'For experts: it is shown only when expert items are.' if $type->{expert};
-    push @facts, 'Must hold: ' . type_links($rules, @{ $type->{required_objects} }) . '.'
+    push @facts, 'Parameters may have any name.' if $type->{free};
+    push @facts, 'For experts: it is shown only with expert items.' if $type->{expert};
+    push @facts, 'Required objects: ' . type_links($rules, @{ $type->{required_objects} }) . '.'
         if @{ $type->{required_objects} };
-    push @facts, 'May hold: ' . type_links($rules, @{ $type->{optional_objects} }) . '.'
+    push @facts, 'Optional objects: ' . type_links($rules, @{ $type->{optional_objects} }) . '.'
         if @{ $type->{optional_objects} };
     return map { "- $_\n" } @facts;
 }
@@ -132,8 +131,8 @@ sub type_name ($parameter) {
     return $parameter->{list} ? "list, each $name" : $name;
 }
 
-# What the page of a type says of a parameter, and the fields that it is taken from: a
-# text, or undef.
+# What the page of a type says about a parameter, from the fields of its rule: a text,
+# or undef.
 my @FACTS = (
     [ 'Type', sub ($rules, $parameter) { return type_name($parameter) }, 'Type' ],
     [ 'Unit', sub ($rules, $parameter) {
@@ -151,19 +150,19 @@ my @FACTS = (
     [ 'Proposed', sub ($rules, $parameter) {
             return defined $parameter->{default} ? code($parameter->{default}) : undef;
         }, 'Default' ],
-    [ 'Editor', sub ($rules, $parameter) { return $parameter->{editable} ? undef : 'cannot be changed there' },
+    [ 'Editor', sub ($rules, $parameter) { return $parameter->{editable} ? undef : 'cannot be changed' },
         'Editable' ],
     [ 'Safe mode', sub ($rules, $parameter) {
             return $parameter->{running} ? 'may be changed while the solver runs' : undef;
         }, 'Editable While Running' ],
-    [ 'Expert', sub ($rules, $parameter) { return $parameter->{expert} ? 'shown only when expert items are' : undef },
+    [ 'Expert', sub ($rules, $parameter) { return $parameter->{expert} ? 'shown only with expert items' : undef },
         'Expert' ],
 );
 
 # Fields that say nothing about a value, or that are elsewhere on the page.
 my @NO_FACTS = ('Description', 'Help Topic', 'Expressions', 'Output Ordering Priority');
 
-# All other fields are given as a rule writes them.
+# All other fields appear as a rule writes them.
 my %has_fact = map { $_ => 1 } @NO_FACTS, map { @$_[ 2 .. $#$_ ] } @FACTS;
 for my $entry (grep { !$has_fact{ $_->{name} } } VEL::Rules::Fields::entries('PARAMETER')) {
     push @FACTS, [ $entry->{name}, sub ($rules, $parameter) {
@@ -180,7 +179,7 @@ sub parameter_facts ($rules, $parameter) {
     } @FACTS;
 }
 
-# Its rule where the cases that name it hold.
+# Its rule while the cases that name it apply.
 sub parameter_of ($type, $name) {
     my @cases = $type->cases_with([qw(required optional)], $name);
     return $type->parameter($type->plain_variant, $name) if !@cases;
@@ -225,7 +224,7 @@ sub type_line ($rules, $type) {
 
 sub topic_page ($rules, $topic, @types) {
     return "<!-- chapter: Subjects -->\n# " . plain($topic) . "\n\n"
-        . "What the command file says about this stands in:\n\n"
+        . "These types of objects are about this subject:\n\n"
         . join '', map { type_line($rules, $_) } @types;
 }
 
@@ -241,7 +240,7 @@ sub parameters_page ($rules, @types) {
         push @{ $types_of{$_} }, $type for parameter_names($type);
     }
     return "<!-- chapter: Guide; order: 90; also: Parameters -->\n# All parameters\n\n"
-        . "Every parameter that the rule libraries know, and where it may stand.\n\n"
+        . "Every parameter that the rule libraries know, and the types that have it.\n\n"
         . join '', map { my $name = $_;
             '- **' . plain($name) . '**: '
                 . list(map { '[' . plain($_->{type}) . '](' . page_name($rules, $_) . '.md#'
@@ -260,7 +259,7 @@ my @KINDS = (
 
 sub fields_page () {
     return "<!-- chapter: Guide; order: 95; also: Rules, Fields -->\n# Fields of rules\n\n"
-        . "What a rule library may say. It teaches the editor the language of a solver.\n\n"
+        . "What a rule library may say. A rule library describes the command files of a solver.\n\n"
         . join '', map { "## $_->[1]\n\n$_->[2]\n\n" . join('', VEL::Rules::Fields::document($_->[0])) . "\n" } @KINDS;
 }
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Starts the help viewer under the name by which the editor looks for it, from
-# the build tree or from an installation.
+# Starts the help viewer, from the build tree or from an installation. This script has
+# the name by which the editor looks for the viewer.
 set -eu
 here=$(dirname -- "$0")
 for viewer in "$here/../../bin/velhelp" "$here/../../../../libexec/veleditor/velhelp"; do

@@ -1,5 +1,5 @@
 # Completion of veltool for bash: commands, options, files, and the paths in a
-# file where a command wants one.
+# file.
 
 # What may follow the command $1; sets follow, flags, valued and place.
 _veltool_describe() {
@@ -11,8 +11,8 @@ _veltool_describe() {
     esac
 }
 
-# The words of the line up to the cursor, put together again where bash breaks
-# them at colons and equals signs; sets words.
+# The words of the line up to the cursor. Bash splits them at colons and equals
+# signs; this joins them again. Sets words.
 _veltool_words() {
     local line=${COMP_LINE:0:COMP_POINT} piece before
     words=()
@@ -38,8 +38,8 @@ _veltool_plain() {
     printf '%s' "$word"
 }
 
-# The paths in the file $1 that begin with $2, each up to its next slash. A file
-# so large that it would keep the user waiting is left alone.
+# The paths in the file $1 that begin with $2, each up to its next slash. Large files
+# are not read, because the user would have to wait.
 _veltool_paths() {
     [[ -f $1 && $(wc -c <"$1") -lt 20000000 ]] || return 0
     veltool diff -- /dev/null "$1" 2>/dev/null | begin=$2 awk '
@@ -56,8 +56,8 @@ _veltool_paths() {
         }'
 }
 
-# Takes each line of $1 as a proposal. (A process substitution would want /dev/fd,
-# which a bare root lacks.)
+# Offers each line of $1. (A process substitution would need /dev/fd, which a minimal
+# system does not have.)
 _veltool_propose() {
     COMPREPLY=()
     [[ -z $1 ]] || mapfile -t COMPREPLY <<<"$1"
@@ -68,7 +68,7 @@ _veltool_complete_path() {
     file=$(_veltool_plain "$2")
     current=$(_veltool_plain "$typed")
     [[ $typed == [\"\']* ]] && quote=${typed:0:1}
-    # Bash replaces only what stands behind the last place where it breaks.
+    # Bash replaces only the text after the last place where it splits.
     kept=${typed%"${COMP_WORDS[COMP_CWORD]}"}
     while IFS= read -r found; do
         [[ -n $found ]] || continue

@@ -1,6 +1,6 @@
 #compdef veltool
 # Completion of veltool for zsh: commands, options, files, and the paths in a
-# file where a command wants one.
+# file.
 
 # What may follow the command $1; sets follow, flags, valued and place.
 _veltool_describe() {
@@ -13,7 +13,7 @@ _veltool_describe() {
 }
 
 # The paths in the file $1 that begin with $2, each up to its next slash, into
-# reply. A file so large that it would keep the user waiting is left alone.
+# reply. Large files are not read, because the user would have to wait.
 _veltool_paths() {
     reply=()
     [[ -f $1 && $(wc -c <$1) -lt 20000000 ]] || return 0

@@ -1,5 +1,5 @@
-# The completions of veltool, as the shells load them: every command and option
-# of the help texts and no other, files, and the paths in a file.
+# Loads the completions of veltool as the shells do. They offer every command and
+# option of the help texts and no other, files, and the paths in a file.
 set -eu
 # shellcheck source=packaging/tests/expect.sh
 . "$(dirname -- "$0")/expect.sh"
@@ -16,8 +16,8 @@ FLOW:
 END
 VEL
 
-# complete WORDS...: what bash offers for the last word, a line each, sorted.
-# The words come as bash breaks them.
+# complete WORDS...: what bash offers for the last word, sorted, one on each line.
+# WORDS are split as bash splits them.
 cat >bash.driver <<'DRIVER'
 source "$1"
 shift
@@ -31,7 +31,7 @@ in_bash() {
     bash bash.driver "$VEL_BUILD_DIR/completion/veltool.bash" "$@"
 }
 
-# The same for zsh, with what it would be told to offer.
+# The same for zsh: what the function would offer.
 cat >zsh.driver <<'DRIVER'
 compadd() { while [[ $1 != -- ]]; do shift; done; shift; printf '%s\n' "$@" }
 _describe() { printf '%s\n' "${(@)${(@P)2}%%:*}" }
@@ -48,7 +48,7 @@ in_zsh() {
 
 sorted() { LC_ALL=C sort; }
 
-# What the help texts say, read here in another way than where they are made from.
+# Reads the help texts in another way than the code that made the completions.
 help_commands() {
     veltool --help | sed -n '/^Commands:/,/^$/s/^  \([a-z][a-z-]*\).*/\1/p'
 }
@@ -59,7 +59,7 @@ expect "some of them" "get
 git-diff
 git-setup" "$(in_bash 'veltool g' veltool g)"
 
-# options_of COMMAND...: those behind "Options:", without what goes with them.
+# options_of COMMAND...: the options after "Options:", without their values.
 options_of() {
     veltool "$@" --help | sed -n '/^Options:/,$s/^  \(-[^ ]*\).*/\1/p' | tr ',' '\n' |
         sed 's/[=:].*//' | sorted
@@ -82,7 +82,7 @@ done
 
 expect "files in bash" "a case.vel" "$(in_bash 'veltool get a' veltool get a)"
 expect "files in zsh" FILES "$(in_zsh veltool get a)"
-expect "files behind an option" "a case.vel" "$(in_bash 'veltool format -o a' veltool format -o a)"
+expect "files after an option" "a case.vel" "$(in_bash 'veltool format -o a' veltool format -o a)"
 
 expect "paths in bash" /FLOW/ "$(in_bash 'veltool get a\ case.vel /F' veltool get 'a\ case.vel' /F |
     grep '/$')"
@@ -98,7 +98,7 @@ expect "in quotes" "/FLOW/DOMAIN:Long Duct/Pressure Drop" \
 expect "paths in zsh" "/FLOW/DOMAIN:Long Duct/Kind
 /FLOW/DOMAIN:Long Duct/Pressure Drop" \
     "$(in_zsh veltool set 'a\ case.vel' '/FLOW/DOMAIN:Long\ Duct/')"
-expect "no path behind a path" "" "$(in_bash 'veltool get a\ case.vel /FLOW x' \
+expect "no path after a path" "" "$(in_bash 'veltool get a\ case.vel /FLOW x' \
     veltool get 'a\ case.vel' /FLOW x)"
 expect "nothing of a file that cannot be read" "" \
     "$(in_bash 'veltool set none.vel /FLOW' veltool set none.vel /FLOW 2>&1)"

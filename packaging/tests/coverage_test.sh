@@ -1,6 +1,6 @@
-# The counters of a coverage build are exact where threads count together: built
-# with the build's own flags, a program whose threads meet in one branch. $1 is the
-# compiler, the other words are the flags.
+# The counters of a coverage build are exact, even if several threads update them.
+# Builds, with the flags of the build, a program whose threads all run one branch.
+# $1 is the compiler, the other words are the flags.
 set -eu
 # shellcheck source=packaging/tests/expect.sh
 . "$(dirname -- "$0")/expect.sh"

@@ -1,6 +1,6 @@
-# The front door: what it says, which packages it installs and how, what it
-# hands to cmake and ctest, and with which status it ends. All that it calls is
-# a stand-in that writes its words into a log.
+# Tests ./dev: what it prints, which packages it installs and how, what it passes
+# to cmake and ctest, and its exit status. Every program that it calls is a
+# stand-in, which writes its command line to a log.
 set -eu
 # shellcheck source=packaging/tests/expect.sh
 . "$(dirname -- "$0")/expect.sh"
@@ -12,7 +12,7 @@ mkdir "$tree" "$bin"
 tree=$(cd -- "$tree" && pwd -P)
 cp -- "$VEL_SOURCE_DIR/dev" "$tree/dev"
 cat >"$tree/packages.txt" <<'END'
-# A remark.
+# A comment.
 alpha
 beta   # another
   gamma
@@ -20,7 +20,8 @@ END
 
 record="$scratch/log"
 export record
-# stand_in NAME, its further lines from standard input: logs its words first.
+# stand_in NAME: makes a program that logs its command line and then runs the lines
+# of standard input.
 stand_in() {
     {
         # shellcheck disable=SC2016
@@ -38,7 +39,7 @@ installed() {
     } >"$bin/dpkg-query"
     chmod +x "$bin/dpkg-query"
 }
-# dev WORD...: runs the front door; its output in $said, its status in $status.
+# dev WORD...: runs ./dev; its output is in $said, its status in $status.
 dev() {
     : >"$record"
     rm -rf -- "$tree/build" "$tree/build-release"
@@ -57,7 +58,7 @@ installed alpha beta gamma
 
 dev
 expect "without a word: status" 0 "$status"
-expect "without a word: every word is told" \
+expect "without a word: every word is listed" \
     "bench build clean coverage fuzz hook install lint run sanitize screenshots test" \
     "$(printf '%s\n' "$said" | sed -n 's/^  \([a-z]\{1,\}\) .*/\1/p' | sort | tr '\n' ' ' | sed 's/ $//')"
 expect "without a word: nothing is done" "" "$(cat "$record")"
@@ -196,7 +197,7 @@ expect ".ci/words runs every word" \
     "$("$VEL_SOURCE_DIR/dev" | sed -n 's/^  \([a-z]\{1,\}\) .*/\1/p' | sort)" \
     "$(sed -n '/^    cat <<END/,/^END/p' "$VEL_SOURCE_DIR/.ci/words" | sed '1d;$d; s/ .*//' | sort)"
 
-# In a clone whose ./dev fails for one word.
+# In a clone where ./dev fails for one word.
 nightly="$scratch/nightly"
 mkdir -p "$nightly/.ci"
 cp -- "$VEL_SOURCE_DIR/.ci/words" "$nightly/.ci/words"
@@ -232,7 +233,7 @@ cat >"$clone/tools/lint/check-words" <<'END'
 END
 chmod +x "$clone/tools/lint/check-words"
 git -C "$clone" init --quiet
-# commit TEXT: what a commit of a file with that text says, and its status.
+# commit TEXT: commits a file with that text; prints the status and the output.
 commit() {
     echo "$1" >"$clone/text"
     git -C "$clone" add .

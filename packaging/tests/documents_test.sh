@@ -1,5 +1,5 @@
-# tools/lint/check-documents: silent on this tree, and with something to say of
-# each kind of mistake.
+# Tests tools/lint/check-documents: it finds nothing in this tree, and it finds each
+# kind of mistake in a tree with mistakes.
 set -eu
 # shellcheck source=packaging/tests/expect.sh
 . "$(dirname -- "$0")/expect.sh"

@@ -1,5 +1,5 @@
-# For the script tests: sourced. Each expectation that is not met is printed
-# with what came instead; the script's own status tells at the end.
+# What the script tests share; they source this file. It prints each expectation
+# that is not met, with the actual text.
 #
 #     . expect.sh             makes a scratch folder, $scratch, removed at exit
 #     expect WHAT WANTED GOT  compares two texts

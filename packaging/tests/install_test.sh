@@ -1,6 +1,6 @@
-# An installation into a scratch folder with a blank in its name: everything is
-# where it belongs, and the installed programs work from there, with nothing of
-# the build tree in their environment.
+# Installs into a scratch folder with a blank in its name. Everything must be in its
+# place, and the installed programs must run from there, without the build tree in
+# their environment.
 set -eu
 # shellcheck source=packaging/tests/expect.sh
 . "$(dirname -- "$0")/expect.sh"
@@ -28,7 +28,7 @@ for path in share/veleditor/perl/API.pm share/veleditor/perl/VEL/embeddedParserI
     expect "$path is there" yes "$([ -f "$prefix/$path" ] && echo yes)"
 done
 if [ -x "$VEL_BUILD_DIR/bin/velhelp" ]; then
-    expect "the help viewer stands where the editor looks for it" yes \
+    expect "the help viewer is an executable where the editor looks for it" yes \
         "$([ -x "$prefix/share/veleditor/help/../../HelpViewer/OMBRAHelpViewer.exe" ] && echo yes)"
     expect "the help viewer can be run" yes \
         "$([ -x "$prefix/libexec/veleditor/velhelp" ] && echo yes)"

@@ -1,5 +1,5 @@
-# tools/lint/check-layers: silent on this tree, and with something to say of
-# each kind of mistake.
+# Tests tools/lint/check-layers: it finds nothing in this tree, and it finds each
+# kind of mistake in a tree with mistakes.
 set -eu
 # shellcheck source=packaging/tests/expect.sh
 . "$(dirname -- "$0")/expect.sh"
@@ -9,7 +9,7 @@ check=$VEL_SOURCE_DIR/tools/lint/check-layers
 said=$("$check" "$VEL_SOURCE_DIR") && status=0 || status=$?
 expect "this tree" "0:" "$status:$said"
 
-# file PATH, its text from standard input.
+# file PATH: writes a file with the text of standard input.
 file() {
     mkdir -p "$(dirname -- "$scratch/$1")"
     cat >"$scratch/$1"

@@ -1,5 +1,5 @@
-# The manual: every page is well-formed, and veltool(1) has every command and
-# option of the help texts and no other.
+# Tests the man pages: every page is well-formed, and veltool(1) has every command
+# and option of the help texts and no other.
 set -eu
 # shellcheck source=packaging/tests/expect.sh
 . "$(dirname -- "$0")/expect.sh"
@@ -7,7 +7,7 @@ set -eu
 PATH=$VEL_BUILD_DIR/bin:$PATH
 pages=$VEL_BUILD_DIR/man
 for page in veleditor.1 veledit.1 veltool.1 vel.5; do
-    expect "mandoc has nothing to say of $page" "" "$(mandoc -Tlint -Wstyle "$pages/$page" 2>&1)"
+    expect "mandoc finds nothing in $page" "" "$(mandoc -Tlint -Wstyle "$pages/$page" 2>&1)"
     expect "$page has its name" "${page%.*}" \
         "$(mandoc -Tutf8 "$pages/$page" | sed "s/.$(printf '\b')//g" | awk '/^NAME$/ { getline; print $1 }')"
 done
@@ -15,7 +15,7 @@ done
 text=$(MANWIDTH=200 mandoc -Tutf8 -O width=200 "$pages/veltool.1" | sed "s/.$(printf '\b')//g")
 sections() { printf '%s\n' "$text" | sed -n '/^COMMANDS/,/^EXIT STATUS/s/^   \([a-z].*\)$/\1/p'; }
 
-# The commands as the help lists them, those below one behind it.
+# The commands as the help lists them; the subcommands follow their command.
 commands() {
     veltool --help | sed -n '/^Commands:/,/^$/s/^  \([a-z][a-z-]*\) *\(.*\)/\1 \2/p' |
         while read -r name first rest; do

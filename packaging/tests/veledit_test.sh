@@ -1,5 +1,5 @@
-# The launcher: the environment that it fills in, from wherever it is called.
-# The editor is a stand-in that prints what it is given.
+# Tests veledit: the environment variables that it sets, wherever it is called from.
+# The editor is a stand-in that prints its environment and command line.
 set -eu
 # shellcheck source=packaging/tests/expect.sh
 . "$(dirname -- "$0")/expect.sh"
@@ -23,7 +23,7 @@ END
     chmod +x "$1"
 }
 
-# wanted DATA ARGUMENTS: what the stand-in prints of data in that folder.
+# wanted DATA ARGUMENTS: what the stand-in prints if the data is in that folder.
 wanted() {
     printf '%s\n' "$1/perl" "$1/libraries" "rules.vel;upgrades.vel" "$1" 1.2.3 "$1/help"
     printf '%s' "$2"

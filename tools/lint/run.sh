@@ -1,7 +1,8 @@
 #!/bin/sh
-# Checks form and common mistakes: clang-format, clang-tidy, shellcheck, the
-# layers and the documents (check-*). Called by ./dev lint from the root of the
-# tree, with build/ built; with a revision, only files that differ from it.
+# Checks the form of the code and finds common mistakes: clang-format, clang-tidy,
+# shellcheck, the layers, words and documents (check-*). ./dev lint calls it from
+# the root of the tree, after it has built build/. With a revision, it checks only
+# files that differ from it.
 set -eu
 
 status=0
@@ -27,15 +28,15 @@ done >"$work/files"
 
 grep -E '\.(cpp|h)$' "$work/files" >"$work/sources" || true
 if [ -s "$work/sources" ]; then
-    xargs -d '\n' clang-format --dry-run -Werror <"$work/sources" || finding "clang-format -i mends these"
+    xargs -d '\n' clang-format --dry-run -Werror <"$work/sources" || finding "clang-format -i fixes these"
 fi
 
-# clang-tidy takes what the build compiles; headers come with their sources.
+# clang-tidy checks the sources that the build compiles, and their headers.
 sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/compile_commands.json |
     sed "s|^$(pwd -P)/||" | sort -u >"$work/compiled"
 comm -12 "$work/sources" "$work/compiled" >"$work/tidy"
 if [ -s "$work/tidy" ]; then
-    # What a file would say about system headers is only counted: left out.
+    # Leave out the lines that only count suppressed warnings of system headers.
     xargs -d '\n' -n 1 -P "$jobs" clang-tidy -p build --quiet <"$work/tidy" 2>"$work/tidy.errors" ||
         finding "clang-tidy has findings"
     grep -vE '^[0-9]+ (warnings?|errors?).*generated|^Suppressed|^Use -header-filter' \

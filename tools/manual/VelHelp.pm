@@ -1,7 +1,7 @@
 package VelHelp;
 
-# What veltool says of itself in its help texts, as data: the one source of the
-# parts of the manual and of the shell completions that list commands and options.
+# Reads the help texts of veltool. The lists of commands and options in the man page
+# and in the shell completions come only from here.
 
 use strict;
 use warnings;
@@ -9,15 +9,15 @@ use Exporter 'import';
 
 our @EXPORT_OK = qw(read_commands);
 
-# read_commands(PROGRAM): the commands in the order of --help, those of a
-# command like "ds" behind it. Each is
+# read_commands(PROGRAM): the commands in the order of --help. Subcommands follow
+# their command, such as "ds". Each is
 #
 #     { name => 'ds list', words => 'FILE', purpose => ..., details => ...,
 #       options => [ { names => ['-o', '--output'], value => 'OUT', text => ... } ],
 #       under => [ 'list', ... ] }
 #
-# with an empty `value` for an option that takes none, and in `under` the words
-# that the command wants first, if they are commands of its own.
+# `value` is empty for an option that takes no value. `under` has the subcommands of
+# the command.
 sub read_commands {
     my ($program) = @_;
     my @commands;
@@ -52,7 +52,8 @@ sub read_command {
     return (\%command, map { read_command($program, "$name $_") } @{ $command{under} });
 }
 
-# "list|read|write ..." and "check [LIBRARY...]": what is in small letters.
+# The subcommands in "list|read|write ..." or "check [LIBRARY...]": the words in small
+# letters.
 sub commands_among {
     my ($words) = @_;
     my ($first) = split / /, $words;
@@ -63,7 +64,7 @@ sub read_options {
     my ($text) = @_;
     my @options;
     for my $line (split /\n/, $text) {
-        # What a value may be, and which options go together, is for --help only.
+        # Only --help says what a value may be and which options exclude each other.
         $line =~ s/:[A-Z]+ in \[[^]]*\]|:\{[^}]*\}| (?:Excludes|Needs):(?: -\S+)+//g;
         if ($line =~ /^  (-\S+)(?: ([A-Z]\S*)(?: \.\.\.)?)?(?: {2,}(\S.*))?$/) {
             push @options, { names => [split /,/, $1], value => $2 // '', text => $3 // '' };
