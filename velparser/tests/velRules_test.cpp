@@ -270,8 +270,8 @@ TEST_F(VelRules, TenThousandBlocksInEachOtherAreChecked)
         const Lines found = findings();
         ASSERT_EQ(found.size(), 1U);
         EXPECT_TRUE(found[0].ends_with("/BOX:b" + std::to_string(depth - 1) +
-                                       "/Size: \"one\" is not a whole number such as 10 "
-                                       "[wrong-type]"));
+                                       "/Size: \"one\" is not a whole number; "
+                                       "use a value such as 10 [wrong-type]"));
     });
     if (!isInstrumented) {
         EXPECT_LT(seconds, 6.0);

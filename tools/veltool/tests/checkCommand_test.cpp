@@ -322,7 +322,7 @@ TEST_F(CheckTest, OneFileDoesNotColourTheNext)
     const ToolRun run = runTool({"check", own, one, own, one});
     EXPECT_EQ(run.out, runTool({"check", own}).out + badFindings(one) +
                            runTool({"check", own}).out + badFindings(one));
-    EXPECT_NE(run.out.find("/RULES: these rules have no effect"), std::string::npos);
+    EXPECT_NE(run.out.find("/RULES: Rules in command data have no effect"), std::string::npos);
     EXPECT_EQ(run.out.find("required parameter \"Head\""), std::string::npos);
 }
 
@@ -345,8 +345,8 @@ TEST_F(CheckTest, ReportsWrongRulesOnceAndUsesTheSoundOnes)
     const ToolRun run = runTool({"check", one, one});
     EXPECT_EQ(run.out, badFindings(one) + badFindings(one));
     EXPECT_EQ(run.err, "veltool: " + wrong.path() +
-                           ":3: /RULES/OBJECT:X/Bogus: \"Bogus\" is no field of this rule "
-                           "[bad-rule]\n");
+                           ":3: /RULES/OBJECT:X/Bogus: OBJECT has no field \"Bogus\"; "
+                           "correct the name or remove the field [bad-rule]\n");
     const ToolRun fine = runTool({"check", folder_.write("good.vel", good)});
     EXPECT_EQ(fine.status, 1) << "the rules have findings";
 }
@@ -411,17 +411,17 @@ TEST_F(RulesTest, CheckNamesEachFaultWithItsLine)
     const std::string path = file;
     EXPECT_EQ(run.out,
               path +
-                  ":4: /RULES/OBJECT:VALVE/Optinal Parameters: \"Optinal Parameters\" is no field "
-                  "of this rule; did you mean Optional Parameters? [bad-rule]\n" +
+                  ":4: /RULES/OBJECT:VALVE/Optinal Parameters: OBJECT has no field "
+                  "\"Optinal Parameters\"; did you mean Optional Parameters? [bad-rule]\n" +
                   path +
-                  ":3: /RULES/OBJECT:VALVE/Parents: \"PLANT\": no rule describes this type "
-                  "[bad-rule]\n" +
+                  ":3: /RULES/OBJECT:VALVE/Parents: Unknown object type \"PLANT\"; "
+                  "correct the name or add a rule for it [bad-rule]\n" +
                   path +
-                  ":6: /RULES/OBJECT:VALVE/PARAMETER:Opening/Units: \"parts\" is no unit "
-                  "[bad-rule]\n" +
+                  ":6: /RULES/OBJECT:VALVE/PARAMETER:Opening/Units: Unknown unit \"parts\"; "
+                  "use a unit such as kg m^-3 [bad-rule]\n" +
                   path +
-                  ":13: /RULES/OBJECT:B/Inherits: inherits itself through OBJECT:A "
-                  "[bad-rule]\n");
+                  ":13: /RULES/OBJECT:B/Inherits: The rule inherits itself through OBJECT:A; "
+                  "inherit another rule [bad-rule]\n");
     const auto array = nlohmann::json::parse(runTool({"rules", "check", "--json", file}).out);
     ASSERT_EQ(array.size(), 4U);
     EXPECT_EQ(array[1]["file"], file);
@@ -437,8 +437,8 @@ TEST_F(RulesTest, CheckReadsLibrariesTogether)
         folder_.write("two.vel", "RULES:\n OBJECT: B\n  Units = m\n END\nEND\n");
     EXPECT_EQ(runTool({"rules", "check", one}).status, 1);
     const ToolRun both = runTool({"rules", "check", one, two});
-    EXPECT_EQ(both.out, two + ":3: /RULES/OBJECT:B/Units: \"Units\" is no field of this rule "
-                              "[bad-rule]\n");
+    EXPECT_EQ(both.out, two + ":3: /RULES/OBJECT:B/Units: OBJECT has no field \"Units\"; "
+                              "correct the name or remove the field [bad-rule]\n");
 }
 
 TEST_F(RulesTest, CheckTakesTheLibrariesOfTheEnvironment)

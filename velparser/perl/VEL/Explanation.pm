@@ -43,7 +43,7 @@ sub explain ($model, $path) {
         ? _type_fields($type, $model->variant_at($path, $type))
         : _parameter_fields($model->parameter_at($path), $presence);
     return if !@fields;
-    $presence = 'not used here: no list of ' . _rule_name($owner) . ' names it' if $presence eq '' && $owner;
+    $presence = 'not used here: ' . _rule_name($owner) . ' does not list it' if $presence eq '' && $owner;
     return grep { defined $_->[1] && $_->[1] ne '' } @fields, [ 'Presence', $presence ];
 }
 
@@ -105,9 +105,9 @@ sub _object_presence ($type, $owner, $variant, $above) {
         && (_presence($owner, $variant, $type->{type}, 'required_objects', 'optional_objects', 'Objects')
             // _inactive($owner, $type->{type}, 'required_objects', 'optional_objects'));
     return $found if $found;
-    return 'optional: ' . _rule_name($type) . ' states no "Parents"' if !$type->{parents};
+    return 'optional: ' . _rule_name($type) . ' has no "Parents"' if !$type->{parents};
     my $is_parent = $type->{parents}{ $above eq '/' ? '/' : $owner ? $owner->{type} : '' };
-    return 'not allowed here: no list of ' . _rule_name($owner) . ' names it' if $is_parent && $owner;
+    return 'not allowed here: ' . _rule_name($owner) . ' does not list it' if $is_parent && $owner;
     return ($is_parent ? 'optional' : 'not allowed here') . ', by "Parents" of ' . _rule_name($type);
 }
 

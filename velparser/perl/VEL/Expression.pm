@@ -4,7 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
-use VEL::Findings qw(problem);
+use VEL::Findings qw(problem choice);
 use VEL::Suggest qw(nearest);
 use VEL::Value qw($NUMBER);
 
@@ -96,7 +96,7 @@ sub _fault ($text, $known, $used) {
 sub _name_fault ($text, $name, $known, $used) {
     $name =~ s/\s+$//;
     if ($$text =~ /\G\s*(?=\()/gc) {
-        return $FUNCTION{$name} ? () : ('unknown-function', name => $name, near => nearest($name, @FUNCTIONS));
+        return $FUNCTION{$name} ? () : ('unknown-function', name => $name, choice(nearest($name, @FUNCTIONS), @FUNCTIONS));
     }
     if (!exists $known->{$name} && $name =~ /^([^\[]*?)\s*\[[^\]]*\]?$/ && exists $known->{$1}) {
         $name = $1;

@@ -6,7 +6,7 @@ use feature 'signatures';
 
 use Scalar::Util qw(weaken);
 
-use VEL::Findings qw(problem finding compose);
+use VEL::Findings qw(problem finding compose counted);
 use VEL::Model;
 use VEL::Record qw(finding_lines);
 use VEL::Suggest qw(nearest);
@@ -245,7 +245,7 @@ sub _place_findings ($self, $path, $parent, $type) {
         my $outer = $parent eq '/' ? undef : $self->{model}->type_of($parent);
         my $place = $outer ? $outer->{type} : '/';
         return finding($path, problem('wrong-parent', type => $word, place => VEL::Findings::place_name($place),
-                places => [ map { VEL::Findings::place_name($_) } sort keys %$parents ]))
+                places => [ map { VEL::Findings::target_name($_) } sort keys %$parents ]))
             if !$parents->{$place};
         return $self->_not_now($path, $parent, $outer, $word)
             if $outer && !$self->{model}->variant_at($parent, $outer)->{objects}{$word};
@@ -333,14 +333,14 @@ sub _holding ($variant, @cases) {
 
 sub _count_findings ($self, $path, $type) {
     return if !$self->{model}->is_beyond_count($path, $type);
-    return finding($path, problem('too-many', maximum => $type->{maximum}, type => $type->{type}),
+    return finding($path, problem('too-many', type => $type->{type}, counted($type->{maximum})),
         $self->{model}->first_of_type($path, $type));
 }
 
 sub _parameter_findings ($self, $owner, $name, $value) {
     my $model = $self->{model};
     return if $model->rules->is_empty;
-    return finding("/$name", problem('parameter-at-top')) if $owner eq '/';
+    return finding("/$name", problem('parameter-at-top', name => $name)) if $owner eq '/';
     return if !$self->_is_known_chain($owner);
     my $type = $model->type_of($owner);
     return $self->_value_findings($owner, $name, $value, $type, $model->variant_at($owner, $type));
@@ -378,12 +378,11 @@ sub _asker ($self) {
 sub _unknown_parameter ($self, $path, $name, $type, $variant) {
     my @cases = $type->cases_with([ 'required', 'optional' ], $name);
     return if $self->_is_doubtful($path, $type, @cases);
-    my %what = (type => $type->{type}, name => $name);
-    return finding("$path/$name", problem('parameter-of-case', %what, conditions => _conditions(@cases)),
+    return finding("$path/$name", problem('parameter-of-case', name => $name, conditions => _conditions(@cases)),
         $self->_switches($path, @cases)) if @cases;
     my $near = _meant_name($variant, $name);
     $self->{meant}{$near} = 1 if defined $near;
-    return finding("$path/$name", problem('unknown-parameter', %what, near => $near));
+    return finding("$path/$name", problem('unknown-parameter', type => $type->{type}, name => $name, near => $near));
 }
 
 # A name that is there, but misspelt, is a finding already.

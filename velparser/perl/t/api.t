@@ -65,7 +65,7 @@ subtest 'readLibraries' => sub {
     is $api->isItemExpert('/A:x'), 1, 'holds at once';
     file('bad.vel', "RULES:\nOBJECT: B\nExpert = Yes\nColour = red\nEND\nEND\n");
     local $ENV{ZOT5_VEL_LIBS} = 'good.vel;bad.vel';
-    is $api->readLibraries, '/RULES/OBJECT:B/Colour: "Colour" is no field of this rule [bad-rule]',
+    is $api->readLibraries, '/RULES/OBJECT:B/Colour: OBJECT has no field "Colour"; correct the name or remove the field [bad-rule]',
         'a wrong rule is reported';
     is $api->isItemExpert('/B:x'), 1, 'what is right in it holds';
     is $api->readLibraries, '', 'it is reported once';

@@ -98,18 +98,18 @@ subtest 'mistakes.vel' => sub {
     my $lines = read_example('mistakes.vel');
     my $api   = loaded($lines);
     is findings($api->{database}, 1), <<'TEXT', 'the dozen, each with path, sentence and identifier';
-/FLOW/DOMAIN:Tee/Location: there is no REGION named "tee volumes"; did you mean tee volume? [no-such-object]
-/FLOW/DOMAIN:Tee/Reference Pressure: 1 [bar s] is in a unit of another quantity; give it in [Pa] or a unit of the same quantity [wrong-unit]
+/FLOW/DOMAIN:Tee/Location: There is no REGION named "tee volumes"; did you mean tee volume? [no-such-object]
+/FLOW/DOMAIN:Tee/Reference Pressure: Unit [bar s] has the wrong dimension; use [Pa] or a compatible unit [wrong-unit]
 /FLOW/DOMAIN:Tee/TURBULENCE/Model: "Two Equation" is not allowed here; did you mean Two Equations? [not-allowed]
-/FLOW/DOMAIN:Tee/HEAT/Viscous Heating: "perhaps" is neither Yes nor No [wrong-type]
+/FLOW/DOMAIN:Tee/HEAT/Viscous Heating: "perhaps" is not a logical value; use Yes or No [wrong-type]
 /FLOW/DOMAIN:Tee/BOUNDARY:Hot: required parameter "Location" is missing [missing-parameter]
-/FLOW/DOMAIN:Tee/BOUNDARY:Hot/THROUGHFLOW/Normal Speed: "2 * (Hot Speed" lacks a ")" [bad-expression]
+/FLOW/DOMAIN:Tee/BOUNDARY:Hot/THROUGHFLOW/Normal Speed: "2 * (Hot Speed" has a "(" without a ")"; add ")" [bad-expression]
 /FLOW/DOMAIN:Tee/BOUNDARY:Hot/INFLOW TEMPERATURE/Temperature: 353.15 has no unit; write it as 353.15 [K] [missing-unit]
 /FLOW/DOMAIN:Tee/BOUNDARY:Cold/THROUGHFLOW/Mass Flow Rate: -1 [kg s^-1] is below the lower bound 0 [kg s^-1] [below-bound]
 /FLOW/DOMAIN:Tee/BOUNDARY:Out: required object THROUGHFLOW is missing [missing-object]
 /FLOW/DOMAIN:Tee/BOUNDARY:Wall/Movng Frame: BOUNDARY has no parameter "Movng Frame"; did you mean Moving Frame? [unknown-parameter]
-/FLOW/STOPPING/Largest Number of Iterations: "100.5" is not a whole number such as 10 [wrong-type]
-/FLOW/STOPPING/PROBE:Outlet Centre: PROBE may not stand in STOPPING; it belongs in FLOW [wrong-parent]
+/FLOW/STOPPING/Largest Number of Iterations: "100.5" is not a whole number; use a value such as 10 [wrong-type]
+/FLOW/STOPPING/PROBE:Outlet Centre: PROBE is not allowed in STOPPING; move it to FLOW [wrong-parent]
 TEXT
     is scalar(grep { /# [0-9]+:/ } @$lines), 12, 'the file announces as many';
     survives($api, 'even so the file');

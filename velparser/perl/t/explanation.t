@@ -126,16 +126,16 @@ is presence('/FLOW/DOMAIN:f/Speed'),
 is presence('/FLOW/DOMAIN:s/Speed'),
     'not used here, only in CASE:Moving of OBJECT:DOMAIN (Kind is Fluid or Gas)',
     'of a case that does not apply';
-is presence('/FLOW/DOMAIN:s/Unlisted'), 'not used here: no list of OBJECT:DOMAIN names it', 'not listed';
+is presence('/FLOW/DOMAIN:s/Unlisted'), 'not used here: OBJECT:DOMAIN does not list it', 'not listed';
 is presence('/FLOW/Anything'), 'optional, by "Free Parameters" of SINGLETON:FLOW', 'any name';
 is presence('/FLOW/DOMAIN:f/INLET:i'),
     'optional, by "Optional Objects" of CASE:Moving of OBJECT:DOMAIN (Kind is Fluid or Gas)',
     'an object of a case';
 is presence('/FLOW'),  'optional, by "Parents" of SINGLETON:FLOW',         'at the top level';
-is presence('/LOOSE'), 'optional: SINGLETON:LOOSE states no "Parents"', 'anywhere';
+is presence('/LOOSE'), 'optional: SINGLETON:LOOSE has no "Parents"', 'anywhere';
 is presence('/INLET:i'), 'not allowed here, by "Parents" of OBJECT:INLET', 'in a wrong place';
 
-is presence('/FLOW/DOMAIN:f/OUTLET:o'), 'not allowed here: no list of OBJECT:DOMAIN names it',
+is presence('/FLOW/DOMAIN:f/OUTLET:o'), 'not allowed here: OBJECT:DOMAIN does not list it',
     'in a place where no list names it';
 
 is explained('/FLOW/DOMAIN:s/Unknown'), '', 'no rule speaks of it';

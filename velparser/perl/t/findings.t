@@ -6,7 +6,7 @@ use Test::More;
 use FindBin;
 use lib "$FindBin::Bin/lib";
 
-use VEL::Findings qw(problem sentence finding compose);
+use VEL::Findings qw(problem sentence finding compose counted named choice);
 use VEL::Record;
 use VELTest;
 
@@ -47,7 +47,7 @@ subtest 'what the packages say is in the table, and all of the table is said' =>
     # Words of records of changes look the same.
     my @said = grep { /-/ && !$VEL::Record::CHANGE{$_} && $_ ne 'bad-rule' } sort keys %quoted;
     is join(' ', grep { !$sentences{$_} && !$phrases{$_} } @said), '', 'the packages name no other sentence';
-    my %own = map { $_ => 1 } qw(at-top inside);    # see place_name
+    my %own = map { $_ => 1 } qw(at-top inside top);    # see place_name and target_name
     is join(' ', grep { !$quoted{$_} && !$own{$_} } sort keys %sentences, keys %phrases), '',
         'every sentence is used';
 };
@@ -63,25 +63,36 @@ subtest 'no sentence is elsewhere' => sub {
 };
 
 subtest 'how a sentence is composed' => sub {
-    is sentence(problem('missing-parameter', name => 'Kind')), 'required parameter "Kind" is missing', 'a place';
+    is sentence(problem('missing-parameter', name => 'Kind')), 'required parameter "Kind" is missing', 'a placeholder';
     my @hint = (type => 'DOMAIN', name => 'Kinds');
-    is sentence(problem('unknown-parameter', @hint)), 'DOMAIN has no parameter "Kinds"', 'a part that is left out';
     is sentence(problem('unknown-parameter', @hint, near => 'Kind')),
-        'DOMAIN has no parameter "Kinds"; did you mean Kind?', '... and one that is not';
-    is compose('bad-type', value => 'x', known => []), '"x" is no type', 'an array without elements';
-    is compose('bad-type', value => 'x', known => [qw(a b)]), '"x" is no type; the types are a, b', 'one with several';
-    is compose('missing-fields', fields => [qw(a b c)]), 'states no "a" and no "b" and no "c"', 'its own joiner';
-    is compose('count-of-none', value => '{value} <{x}>'), '{value} <{x}> would allow none',
-        'what is in a place is not looked at';
+        'DOMAIN has no parameter "Kinds"; did you mean Kind?', 'the first alternative';
+    is sentence(problem('unknown-parameter', @hint)),
+        'DOMAIN has no parameter "Kinds"; correct the name or remove the parameter', '... and the last one';
+    is compose('bad-type', value => 'x', known => []), 'Unknown type "x"', 'a part without an alternative that fits is left out';
+    is compose('bad-type', value => 'x', known => [qw(a b)]), 'Unknown type "x"; use one of a, b', 'an array';
+    is compose('missing-fields', named(qw(a b c))), '"a" and "b" and "c" are missing', 'an array with another joiner';
+    is compose('missing-fields', named('a')), '"a" is missing', 'a single name';
+    is sentence(problem('too-few-entries', counted(1), count => 0)), 'Expected at least 1 entry, found 0', 'singular';
+    is sentence(problem('too-few-entries', counted(3), count => 2)), 'Expected at least 3 entries, found 2', 'plural';
+    is compose('count-of-none', value => '{value} <{x}>'), '{value} <{x}> allows no objects; use 1 or more',
+        'a value is not taken for a template';
     my $problem = problem('missing-unit', number => 5, units => 'Pa');
     $problem->{within} = 'separate-entries';
-    is sentence($problem), '5 has no unit; write it as 5 [Pa]; the entries of a list are separated by commas',
-        'a phrase around it';
+    is sentence($problem), '5 has no unit; write it as 5 [Pa]; separate the entries with commas',
+        'a phrase around a sentence';
     is_deeply finding('/A', problem('rules-in-data'), '/B'), {
         path => '/A', identifier => 'rules-in-data', related => ['/B'],
-        text => 'these rules have no effect; only a rule library can state rules',
+        text => 'Rules in command data have no effect; move them to a rule library',
     }, 'a finding';
-    ok !eval { compose('no-such-key'); 1 }, 'a key that is not there';
+    ok !eval { compose('no-such-key'); 1 }, 'an unknown key';
+};
+
+subtest 'what a sentence proposes' => sub {
+    is_deeply { choice('a', 'a', 'b') }, { near => 'a' }, 'the nearest name';
+    is_deeply { choice(undef, 'a') }, { only => 'a' }, 'the only name';
+    is_deeply { choice(undef, 1 .. 12) }, { known => [ 1 .. 12 ] }, 'up to 12 names';
+    is_deeply { choice(undef, 1 .. 13) }, { known => [ 1 .. 12, '...' ] }, 'the first 12 of more';
 };
 
 # Each place of a sentence is given by the code that names it.

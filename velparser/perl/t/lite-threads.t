@@ -83,12 +83,12 @@ my $check = sub {
     my %said;
     for my $number (1 .. 9) {
         my $database = VELTest::database($rules, "BOX: b\nSize = $number [ft^$number s]\nWide = 1\nEND");
-        $said{ VELTest::findings($database, 1) =~ s/[0-9]+ \[ft\^[0-9]+ s\]/it/r }++;
+        $said{ VELTest::findings($database, 1) =~ s/ft\^[0-9]+ s/unit/r }++;
     }
     return join '', %said;
 };
 my @checks = map { threads->create({ context => 'scalar' }, $check) } 1 .. 4;
-my $checked = "/BOX:b/Size: it is in a unit of another quantity; give it in [m] or a unit of the same quantity [wrong-unit]\n9";
+my $checked = "/BOX:b/Size: Unit [unit] has the wrong dimension; use [m] or a compatible unit [wrong-unit]\n9";
 is $_->join, $checked, 'data checked in thread ' . $_->tid for @checks;
 
 # Reading the table of units again in each thread would cost half a megabyte a time.
@@ -102,7 +102,7 @@ is VEL::Units::system_address(), $addresses[0], 'and shares it';
 # Here the packages are in use too, which refer to databases weakly.
 my $used = VELTest::database($rules, "BOX: b\nSize = 1 [s]\nEND");
 my $here = VELTest::findings($used, 1);
-like $here, qr/another quantity/, 'data checked in the main thread';
+like $here, qr/Unit \[s\] has the wrong dimension/, 'data checked in the main thread';
 Scalar::Util::weaken(my $weak = $used);
 is in_thread($check), $checked, 'then in a new thread';
 like in_thread(sub { return eval { VEL::Model->of($used); 1 } ? 'lived' : $@ }), qr/^self is not of type/,

@@ -68,15 +68,15 @@ is in_edge("Kind = Inlett\nMass Rate = 1"), <<'TEXT', 'and one that depends on i
 Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
 TEXT
 is in_edge("Kind = Wall\nActive = perhaps\nPower = 1"), <<'TEXT', 'a logical that is none';
-Active: "perhaps" is neither Yes nor No [wrong-type]
+Active: "perhaps" is not a logical value; use Yes or No [wrong-type]
 TEXT
 is in_edge("Kind = Wall\nPower = 1\nPROFILE:\nEND"), <<'TEXT', 'but a right value is no excuse, nor one that need not be there';
-Power: EDGE does not use "Power" here; it needs Active = Yes [unknown-parameter]
-PROFILE: PROFILE is not allowed in this EDGE; it needs Kind = Inlet, Outlet [not-allowed]
+Power: "Power" is only allowed when Active = Yes [unknown-parameter]
+PROFILE: PROFILE is only allowed when its EDGE has Kind = Inlet, Outlet [not-allowed]
 TEXT
 is in_edge("Kind = Inlett\nSlipp = 1"), <<'TEXT', 'a name that no case knows is a mistake of its own';
 Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
-Slipp: EDGE has no parameter "Slipp" [unknown-parameter]
+Slipp: EDGE has no parameter "Slipp"; correct the name or remove the parameter [unknown-parameter]
 TEXT
 
 subtest 'a required name that is misspelt is not missing too' => sub {
@@ -87,7 +87,7 @@ TEXT
 Actve: EDGE has no parameter "Actve"; did you mean Active? [unknown-parameter]
 TEXT
     is in_edge("Colour = red"), <<'TEXT', 'a name that is not like it is another mistake';
-Colour: EDGE has no parameter "Colour" [unknown-parameter]
+Colour: EDGE has no parameter "Colour"; correct the name or remove the parameter [unknown-parameter]
 : required parameter "Kind" is missing [missing-parameter]
 TEXT
     is in_edge("Kinds = Inlet\nKind = Wall"), <<'TEXT', 'as is one that is there a second time';
@@ -99,14 +99,14 @@ subtest 'nor is a required object' => sub {
     my $house = "RULES:\nOBJECT: HOUSE\nRequired Objects = ROOF, DOOR\nEND\nOBJECT: DOOR\nEND\nSINGLETON: ROOF\nEND\nEND";
     my $said  = sub ($text) { return findings(database($house, "HOUSE: h\n$text\nEND")) };
     is $said->("ROOFF:\nEND\nDOOR: d\nEND"), <<'TEXT', 'the misspelt type is reported';
-/HOUSE:h/ROOFF: no rule describes an object of type "ROOFF"; did you mean ROOF? [unknown-object]
+/HOUSE:h/ROOFF: Unknown object type "ROOFF"; did you mean ROOF? [unknown-object]
 TEXT
     is $said->("Door: d\nEND\nROOF:\nEND"), <<'TEXT', 'capitals count';
-/HOUSE:h/Door:d: no rule describes an object of type "Door"; did you mean DOOR? [unknown-object]
+/HOUSE:h/Door:d: Unknown object type "Door"; did you mean DOOR? [unknown-object]
 TEXT
     is $said->("GARDEN: g\nEND\nROOF:\nEND"), <<'TEXT', 'a type that is not like it is another mistake';
 /HOUSE:h: required object DOOR is missing [missing-object]
-/HOUSE:h/GARDEN:g: no rule describes an object of type "GARDEN" [unknown-object]
+/HOUSE:h/GARDEN:g: Unknown object type "GARDEN"; correct the type or remove the object [unknown-object]
 TEXT
     my $database  = database($house, "HOUSE: h\nROOFF:\nEND\nDOOR: d\nEND\nEND");
     my $validator = VEL::Validate->new($database);
@@ -119,11 +119,11 @@ TEXT
 subtest 'a list with the wrong separator' => sub {
     my $rules = "RULES:\nOBJECT: A\nRequired Parameters = L\nPARAMETER: L\nType = Integer List\nMinimum Entries = 2\nEND\nEND\nEND";
     my $said  = sub ($list) { return findings(database($rules, "A: a\nL = $list\nEND")) =~ s{^/A:a/L: }{}gmr };
-    is $said->('1; 2'), qq("1; 2" is not a whole number such as 10; the entries of a list are separated by commas [wrong-type]\n),
+    is $said->('1; 2'), qq("1; 2" is not a whole number; use a value such as 10; separate the entries with commas [wrong-type]\n),
         'is one mistake';
     is $said->('x'), <<'TEXT', 'few and wrong entries are two';
-1 entry is given, at least 2 must be [too-few-entries]
-"x" is not a whole number such as 10 [wrong-type]
+Expected at least 2 entries, found 1 [too-few-entries]
+"x" is not a whole number; use a value such as 10 [wrong-type]
 TEXT
 };
 
@@ -134,8 +134,8 @@ subtest 'when the value is fixed the rest is looked at again' => sub {
     $database->setStringValue('/EDGE:e/Kind', 'Wall');
     like findings_left($validator, $database), qr/"Rate Kind"/, 'the object is looked at';
     is findings_left($validator, $database), <<'TEXT', 'all of what another value would need';
-/EDGE:e/Rate Kind: EDGE does not use "Rate Kind" here; it needs Kind = Inlet, Outlet [unknown-parameter]
-/EDGE:e/PROFILE: PROFILE is not allowed in this EDGE; it needs Kind = Inlet, Outlet [not-allowed]
+/EDGE:e/Rate Kind: "Rate Kind" is only allowed when Kind = Inlet, Outlet [unknown-parameter]
+/EDGE:e/PROFILE: PROFILE is only allowed when its EDGE has Kind = Inlet, Outlet [not-allowed]
 TEXT
     like $validator->validateParam('/EDGE:e/Rate Kind'), qr/unknown-parameter/, 'of a single parameter too';
     $database->setStringValue('/EDGE:e/Kind', 'Inlett');
@@ -145,8 +145,8 @@ TEXT
 subtest 'a name of an object' => sub {
     my $api = with_libraries();
     $api->parseVELData([ 'FLOW:', 'DOMAIN: d', 'Kind = Fluid', 'Substance = water', 'END', 'END' ], 0);
-    is findings($api->{database}), '/FLOW/DOMAIN:d/Substance: there is no SUBSTANCE or MIXTURE named "water"; '
-        . "allowed are Water, Air, Steel, Copper, Aluminium; did you mean Water? [no-such-object]\n",
+    is findings($api->{database}), '/FLOW/DOMAIN:d/Substance: There is no SUBSTANCE or MIXTURE named "water"; '
+        . "use one of Water, Air, Steel, Copper, Aluminium; did you mean Water? [no-such-object]\n",
         'the allowed names are listed and one is suggested';
 };
 
@@ -157,12 +157,12 @@ subtest 'allowed values and allowed objects' => sub {
         return findings(database($both, "PUMP: p\nFrom = $from\nEND\n$tanks")) =~ s{^/PUMP:p/From: | \[.*\n}{}gr;
     };
     is $said->('uper', "TANK: upper\nEND"),
-        'there is no TANK named "uper"; allowed are None, All, upper; did you mean upper?', 'the finding names both';
+        'There is no TANK named "uper"; use one of None, All, upper; did you mean upper?', 'the finding names both';
     is $said->('none', "TANK: upper\nEND"),
-        'there is no TANK named "none"; allowed are None, All, upper; did you mean None?', 'and suggests either';
-    is $said->('elsewhere', ''), 'there is no TANK named "elsewhere"; allowed are None, All', 'without an object';
+        'There is no TANK named "none"; use one of None, All, upper; did you mean None?', 'and suggests either';
+    is $said->('elsewhere', ''), 'There is no TANK named "elsewhere"; use one of None, All', 'without an object';
     my $many = join "\n", map { "TANK: t$_\nEND" } 1 .. 500;
-    is $said->('elsewhere', $many), 'there is no TANK named "elsewhere"; allowed are None, All, '
+    is $said->('elsewhere', $many), 'There is no TANK named "elsewhere"; use one of None, All, '
         . join(', ', map { "t$_" } 1 .. 10) . ', ...', 'no more than twelve are listed, the values first';
 };
 

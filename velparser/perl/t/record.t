@@ -106,8 +106,8 @@ subtest 'names and values that look like something else' => sub {
     is $database->createParam('/FLOW/PUMP:a/Gauge [1]', qq(a "b": c [d])), undef, 'a value';
     my ($value, $missing) = records($database);
     is_deeply $value, { path => '/FLOW/PUMP:a/Gauge [1]', identifier => 'wrong-type', related => [],
-        text => qq("a "b": c [d]" is not a whole number such as 10) }, 'the finding is whole';
-    is finding_line($value), qq(/FLOW/PUMP:a/Gauge [1]: "a "b": c [d]" is not a whole number such as 10 [wrong-type]),
+        text => qq("a "b": c [d]" is not a whole number; use a value such as 10) }, 'the finding is whole';
+    is finding_line($value), qq(/FLOW/PUMP:a/Gauge [1]: "a "b": c [d]" is not a whole number; use a value such as 10 [wrong-type]),
         'and its text';
     is $missing->{path}, '/FLOW/PUMP:b [m]', 'a name that ends like an identifier';
     my $validator = validator($database);

@@ -26,9 +26,9 @@ RULES:
 END
 TEXT
 
-my $finding = "/RULES: these rules have no effect; only a rule library can state rules [rules-in-data]\n";
+my $finding = "/RULES: Rules in command data have no effect; move them to a rule library [rules-in-data]\n";
 my $pump    = "PUMP: p\nKind = C\nEND\n";
-my $wrong   = "/PUMP:p/Kind: \"C\" is not allowed here; allowed are A, B [not-allowed]\n";
+my $wrong   = "/PUMP:p/Kind: \"C\" is not allowed here; use one of A, B [not-allowed]\n";
 
 # A database whose model has listened from the start, as that of the program has.
 sub loaded (@texts) {

@@ -20,14 +20,14 @@ sub faults ($text) { return join '', map { "$_\n" =~ s{^/RULES/| \[bad-rule\]}{}
 subtest 'places' => sub {
     my $flow = "SINGLETON: FLOW\nParents = /\nOptional Objects = WALL\nEND\nOBJECT: WALL\nParents = FLOW\nEND\n";
     is faults($flow), '', 'listed and at home';
-    is faults("${flow}OBJECT: FAN\nParents = FLOW, WALL\nEND"), "OBJECT:FAN/Parents: no list of FLOW or WALL names FAN\n",
+    is faults("${flow}OBJECT: FAN\nParents = FLOW, WALL\nEND"), "OBJECT:FAN/Parents: FAN is not listed in FLOW or WALL; add it to Required Objects or Optional Objects there\n",
         'a type that no list of its parents names';
     is faults("${flow}OBJECT: FAN\nEND\nOBJECT: TOP\nParents = /, FLOW\nEND"), '', 'one that may stand anywhere';
     is faults("${flow}OBJECT: BASE\nParents = FLOW\nEND\nOBJECT: FAN\nInherits = OBJECT:BASE\nParents = /\nEND"), '',
         'a rule that is there for its heirs';
     is faults("${flow}OBJECT: FAN\nParents = WALL\nEND\nOBJECT: HOUSE\nRequired Objects = FAN\nEND"), <<'TEXT', 'a type that requires what may not be in it';
-OBJECT:FAN/Parents: no list of WALL names FAN
-OBJECT:HOUSE/Required Objects: FAN may not stand in HOUSE; it belongs in WALL
+OBJECT:FAN/Parents: FAN is not listed in WALL; add it to Required Objects or Optional Objects there
+OBJECT:HOUSE/Required Objects: Parents of FAN does not list HOUSE; add it there or remove FAN here
 TEXT
     is faults(<<'END'), <<'TEXT', 'a case that does';
       OBJECT: HOUSE
@@ -43,16 +43,16 @@ TEXT
         Parents = /
       END
 END
-OBJECT:HOUSE/CASE:Warm/Required Objects: STOVE may not stand in HOUSE; it belongs at the top level
+OBJECT:HOUSE/CASE:Warm/Required Objects: Parents of STOVE does not list HOUSE; add it there or remove STOVE here
 TEXT
 };
 
 subtest 'a name that is required and optional' => sub {
     is faults("OBJECT: FAN\nRequired Parameters = A, B\nOptional Parameters = B, C\nEND"),
-        "OBJECT:FAN/Optional Parameters: \"B\" is required already\n", 'a parameter';
+        "OBJECT:FAN/Optional Parameters: \"B\" is already required; remove it from this list\n", 'a parameter';
     is faults("OBJECT: HUB\nEND\nOBJECT: FAN\nRequired Objects = HUB\nOptional Objects = HUB\nEND"),
-        "OBJECT:FAN/Optional Objects: \"HUB\" is required already\n", 'a type';
-    is faults(<<'END'), "OBJECT:FAN/CASE:Big/Optional Parameters: \"D\" is required already\n", 'in a case; which may require what is optional else';
+        "OBJECT:FAN/Optional Objects: \"HUB\" is already required; remove it from this list\n", 'a type';
+    is faults(<<'END'), "OBJECT:FAN/CASE:Big/Optional Parameters: \"D\" is already required; remove it from this list\n", 'in a case; which may require what is optional else';
       OBJECT: FAN
         Required Parameters = Kind
         Optional Parameters = C
@@ -69,14 +69,14 @@ END
 subtest 'fields for lists only' => sub {
     my $fan = sub ($fields) { return "OBJECT: FAN\nFree Parameters = Yes\nPARAMETER: P\n$fields\nEND\nEND" };
     is faults($fan->("Type = Real\nMinimum Entries = 2\nMaximum Entries = 3")), <<'TEXT', 'on a single value';
-OBJECT:FAN/PARAMETER:P/Minimum Entries: means something for lists only; this is a Real (the same is true of "Maximum Entries")
+OBJECT:FAN/PARAMETER:P/Minimum Entries: "Minimum Entries" and "Maximum Entries" are only allowed for lists, not for Real; remove them or change the type
 TEXT
     is faults($fan->("Units = m\nLower Bound = 0 [m]\nUpper Bound = 9 [m]")), <<'TEXT', 'a type that is forgotten is one mistake, too';
-OBJECT:FAN/PARAMETER:P/Units: means something for numbers only; this is a String (the same is true of "Lower Bound" and "Upper Bound")
+OBJECT:FAN/PARAMETER:P/Units: "Units" and "Lower Bound" and "Upper Bound" are only allowed for numbers, not for String; remove them or change the type
 TEXT
     is faults($fan->("Type = Real List\nMinimum Entries = 2")), '', 'on a list';
     is faults($fan->("Type = real list\nMinimum Entries = 2\nUnits = m")),
-        "OBJECT:FAN/PARAMETER:P/Type: \"real list\" is no type; did you mean Real List?\n", 'where the type is at fault';
+        "OBJECT:FAN/PARAMETER:P/Type: Unknown type \"real list\"; did you mean Real List?\n", 'where the type is at fault';
     is faults("PARAMETER: P\nMinimum Entries = 2\nEND"), '', 'a general rule leaves the type to others';
 };
 
@@ -101,12 +101,12 @@ subtest 'letters of the wrong case' => sub {
         END
       END
 END
-OBJECT:HOP ADDITION/optional parameters: "optional parameters" is no field of this rule; did you mean Optional Parameters?
-OBJECT:BREW/Required Objects: "Hop Addition", "Malt": no rule describes this type; did you mean HOP ADDITION?
-OBJECT:BREW/parameter:Active: parameter is no rule that may stand here; did you mean PARAMETER?
-OBJECT:BREW/PARAMETER:Active/Type: "logical" is no type; did you mean Logical?
-UPGRADE:Version 1.0/STEP:one/Action: "rename parameter" is no action; did you mean Rename Parameter?
-OBJECT:BREW/Inherits: there is no rule OBJECT:Hop Addition; did you mean HOP ADDITION?
+OBJECT:HOP ADDITION/optional parameters: OBJECT has no field "optional parameters"; did you mean Optional Parameters?
+OBJECT:BREW/Required Objects: Unknown object type "Hop Addition", "Malt"; did you mean HOP ADDITION?
+OBJECT:BREW/parameter:Active: "parameter" is not allowed here; did you mean PARAMETER?
+OBJECT:BREW/PARAMETER:Active/Type: Unknown type "logical"; did you mean Logical?
+UPGRADE:Version 1.0/STEP:one/Action: Unknown action "rename parameter"; did you mean Rename Parameter?
+OBJECT:BREW/Inherits: Unknown rule OBJECT:Hop Addition; did you mean HOP ADDITION?
 TEXT
 };
 
@@ -114,15 +114,15 @@ subtest 'a rule whose kind is misspelt' => sub {
     my $house = "OBJECT: HOUSE\nParents = /\nRequired Objects = DOOR\nRequired Parameters = Front\n"
         . "PARAMETER: Front\nAllowed Objects = DOOR\nEND\nEND\nOBJECT: BELL\nParents = DOOR\nEND\n";
     is faults("${house}Object: DOOR\nParents = HOUSE\nOptional Objects = BELL\nEND"),
-        "Object:DOOR: Object is no rule that may stand here; did you mean OBJECT?\n", 'is reported, not those that name its type';
+        "Object:DOOR: \"Object\" is not allowed here; did you mean OBJECT?\n", 'is reported, not those that name its type';
     is faults("${house}THING: DOOR\nParents = HOUSE\nEND"), <<'TEXT', 'one that is not like any kind describes no type';
-OBJECT:HOUSE/Required Objects: "DOOR": no rule describes this type
-OBJECT:HOUSE/PARAMETER:Front/Allowed Objects: "DOOR": no rule describes this type
-OBJECT:BELL/Parents: "DOOR": no rule describes this type
-THING:DOOR: THING is no rule that may stand here
+OBJECT:HOUSE/Required Objects: Unknown object type "DOOR"; correct the name or add a rule for it
+OBJECT:HOUSE/PARAMETER:Front/Allowed Objects: Unknown object type "DOOR"; correct the name or add a rule for it
+OBJECT:BELL/Parents: Unknown object type "DOOR"; correct the name or add a rule for it
+THING:DOOR: "THING" is not allowed here; use one of OBJECT, PARAMETER, SINGLETON, UPGRADE
 TEXT
     is faults("OBJECT: A\nParents = /\nEND\nOBJECT: B\nParents = OBJECT:A\nEND"),
-        "OBJECT:B/Parents: \"OBJECT:A\": no rule describes this type; did you mean A?\n", 'a list of types names no kinds';
+        "OBJECT:B/Parents: Unknown object type \"OBJECT:A\"; did you mean A?\n", 'a list of types names no kinds';
 };
 
 subtest 'a faulty field is reported once and then not used' => sub {
@@ -156,9 +156,9 @@ subtest 'a faulty field is reported once and then not used' => sub {
       END
 END
     is faults($text), <<'TEXT', 'once, whoever inherits it';
-PARAMETER:Speed/Units: "metres per second" is no unit
-OBJECT:FAN/PARAMETER:Mode/Type: "Nmber" is no type; the types are String, String List, Integer, Integer List, Real, Real List, Logical, Logical List
-OBJECT:FAN/PARAMETER:Width/Upper Bound: 1 [m] leaves nothing above the lower bound 5 [m]
+PARAMETER:Speed/Units: Unknown unit "metres per second"; use a unit such as kg m^-3
+OBJECT:FAN/PARAMETER:Mode/Type: Unknown type "Nmber"; use one of String, String List, Integer, Integer List, Real, Real List, Logical, Logical List
+OBJECT:FAN/PARAMETER:Width/Upper Bound: No value is allowed between the lower bound 5 [m] and the upper bound 1 [m]; correct one of them
 TEXT
     my $data = sub ($speed) { return "BIG FAN: f\nSpeed = $speed\nWidth = 9 [m]\nMode = any\nEND" };
     is findings(database("RULES:\n$text\nEND", $data->($_)), 1), '', "no unit and no bound is checked: $_"
@@ -199,7 +199,7 @@ END
     is $required->('OTHER', 'Huge'), 'Kind Rim', 'a part of it may be stated again';
     is $required->('OTHER', 'Big'),  'Kind',     'which replaces that part';
     is faults("OBJECT: FAN\nEND\nOBJECT: HEIR\nInherits = OBJECT:FAN\nCASE: Odd\nRequired Parameters = X\nEND\nEND"),
-        "OBJECT:HEIR/CASE:Odd: states no \"If Parameter\" and no \"Is One Of\"\n", 'one that inherits none is at fault';
+        "OBJECT:HEIR/CASE:Odd: \"If Parameter\" and \"Is One Of\" are missing\n", 'one that inherits none is at fault';
 };
 
 subtest 'the order of output is not inherited' => sub {
@@ -247,7 +247,7 @@ TEXT
     my $said = sub ($line) { return findings(database($text, "MIX: m\n$line\nEND"), 1) =~ s{^/MIX:m/}{}r };
     is $said->($_), '', "$_ is right"
         for map { ("$_ = 0.5", "$_ = 0.5 [%]", "$_ = 0.5 [1]", "$_ = 0.5 [kg kg^-1]", "$_ = 0.5 [m/m]") } qw(Share Fraction Ratio);
-    like $said->("$_ = 0.5 [rad]"), qr/another quantity/, "an angle is no $_" for qw(Share Fraction Ratio);
+    like $said->("$_ = 0.5 [rad]"), qr/wrong dimension/, "an angle is no $_" for qw(Share Fraction Ratio);
     like $said->('Angle = 5'), qr/missing-unit/, 'nor is a number an angle';
     like $said->('Share = 101'), qr/above-bound/, 'a bare number counts in the unit of the rule';
     like $said->('Fraction = 101 [%]'), qr/above-bound/, 'one with a unit is converted';

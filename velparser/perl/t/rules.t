@@ -296,30 +296,30 @@ subtest 'faults are named with their path, and the rest works' => sub {
       SOMETHING: else
       END
 END
-/RULES/Language Version: "new" is not a version such as 5.7 [bad-rule]
-/RULES/OBJECT:FAN/Free Parameters: "perhaps" is neither Yes nor No [bad-rule]
-/RULES/OBJECT:FAN/Maximum Count: "few" is not a count [bad-rule]
-/RULES/OBJECT:FAN/Optional Objects: "BLAD": no rule describes this type; did you mean BLADE? [bad-rule]
-/RULES/OBJECT:FAN/Optional Parameters: "-speed" is no name [bad-rule]
-/RULES/OBJECT:FAN/Parents: "HOUSE": no rule describes this type [bad-rule]
-/RULES/OBJECT:FAN/Requird Parameters: "Requird Parameters" is no field of this rule; did you mean Required Parameters? [bad-rule]
-/RULES/OBJECT:FAN/Required Parameters: "", "2nd Kind" are no names [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Speed/Lower Bound: "low" is not a number with a unit [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Speed/Type: "Number" is no type; the types are String, String List, Integer, Integer List, Real, Real List, Logical, Logical List [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Speed/Units: "m per s" is no unit [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Speed/Upper Bound: "furlog" is no unit [bad-rule]
-/RULES/OBJECT:FAN/CASE:Loose: states no "If Parameter" [bad-rule]
-/RULES/OBJECT:FAN/CASE:Empty/Is One Of: names no value [bad-rule]
-/RULES/OBJECT:FAN/STEP:here: STEP is no rule that may stand here [bad-rule]
-/RULES/OBJECT:THREE/Inherits: "TWO" names no rule; write it as OBJECT:TYPE [bad-rule]
-/RULES/UPGRADE:next: must be named "Version" and a number, such as Version 5.7 [bad-rule]
-/RULES/UPGRADE:Version 2.0/STEP:nothing: states no "Action" [bad-rule]
-/RULES/UPGRADE:Version 2.0/STEP:short: states no "Parameter" and no "New Name" [bad-rule]
-/RULES/UPGRADE:Version 2.0/STEP:odd/New Name: "-fan" is no name [bad-rule]
-/RULES/SOMETHING:else: SOMETHING is no rule that may stand here [bad-rule]
-/RULES/OBJECT:BLADE/Inherits: there is no rule OBJECT:WING [bad-rule]
-/RULES/OBJECT:TWO/Inherits: inherits itself through OBJECT:ONE [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Power/Default: 5 [m] is in a unit of another quantity; give it in [W] or a unit of the same quantity [bad-rule]
+/RULES/Language Version: "new" is not a version; use a value such as 5.7 [bad-rule]
+/RULES/OBJECT:FAN/Free Parameters: "perhaps" is not a logical value; use Yes or No [bad-rule]
+/RULES/OBJECT:FAN/Maximum Count: "few" is not a count; use 0 or a positive whole number [bad-rule]
+/RULES/OBJECT:FAN/Optional Objects: Unknown object type "BLAD"; did you mean BLADE? [bad-rule]
+/RULES/OBJECT:FAN/Optional Parameters: "-speed" is not a valid name; use letters, digits and blanks, and begin with a letter [bad-rule]
+/RULES/OBJECT:FAN/Parents: Unknown object type "HOUSE"; correct the name or add a rule for it [bad-rule]
+/RULES/OBJECT:FAN/Requird Parameters: OBJECT has no field "Requird Parameters"; did you mean Required Parameters? [bad-rule]
+/RULES/OBJECT:FAN/Required Parameters: "", "2nd Kind" are not valid names; use letters, digits and blanks, and begin with a letter [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Lower Bound: "low" is not a number; use a value such as 10 or 1 [Pa] [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Type: Unknown type "Number"; use one of String, String List, Integer, Integer List, Real, Real List, Logical, Logical List [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Units: Unknown unit "m per s"; use a unit such as kg m^-3 [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Upper Bound: Unknown unit "furlog"; use a unit such as kg m^-3 [bad-rule]
+/RULES/OBJECT:FAN/CASE:Loose: "If Parameter" is missing [bad-rule]
+/RULES/OBJECT:FAN/CASE:Empty/Is One Of: The list is empty; add an entry or remove the field [bad-rule]
+/RULES/OBJECT:FAN/STEP:here: "STEP" is not allowed here; use one of CASE, PARAMETER [bad-rule]
+/RULES/OBJECT:THREE/Inherits: "TWO" is not the name of a rule; write OBJECT:TYPE or SINGLETON:TYPE [bad-rule]
+/RULES/UPGRADE:next: "next" is not the name of an upgrade; use a name such as Version 5.7 [bad-rule]
+/RULES/UPGRADE:Version 2.0/STEP:nothing: "Action" is missing [bad-rule]
+/RULES/UPGRADE:Version 2.0/STEP:short: "Parameter" and "New Name" are missing [bad-rule]
+/RULES/UPGRADE:Version 2.0/STEP:odd/New Name: "-fan" is not a valid name; use letters, digits and blanks, and begin with a letter [bad-rule]
+/RULES/SOMETHING:else: "SOMETHING" is not allowed here; use one of OBJECT, PARAMETER, SINGLETON, UPGRADE [bad-rule]
+/RULES/OBJECT:BLADE/Inherits: Unknown rule OBJECT:WING; correct the name or add the rule [bad-rule]
+/RULES/OBJECT:TWO/Inherits: The rule inherits itself through OBJECT:ONE; inherit another rule [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Power/Default: Unit [m] has the wrong dimension; use [W] or a compatible unit [bad-rule]
 EXPECTED
     my $type = rules("OBJECT: FAN\nParents = HOUSE\nRequired Parameters = ,Kind\nOdd = 1\nEND")->type('OBJECT', 'FAN');
     is_deeply $type->{required}, ['Kind'], 'what is right in a rule holds';
@@ -328,18 +328,18 @@ EXPECTED
 
 subtest 'texts at the edge of what a field may be' => sub {
     is faults("Language Version = $_"), '', "version $_" for qw(5 10 0.9 10.20.30);
-    is faults("Language Version = $_"), qq(/RULES/Language Version: "$_" is not a version such as 5.7 [bad-rule]\n),
+    is faults("Language Version = $_"), qq(/RULES/Language Version: "$_" is not a version; use a value such as 5.7 [bad-rule]\n),
         "version $_" for qw(v5 5. .5);
-    is faults("OBJECT: A\nMaximum Count = 0\nEND"), "/RULES/OBJECT:A/Maximum Count: 0 would allow none [bad-rule]\n", 'a count of none';
-    is faults("OBJECT: A\n$_ =\nEND"), "/RULES/OBJECT:A/$_: names nothing [bad-rule]\n", "an empty list: $_"
+    is faults("OBJECT: A\nMaximum Count = 0\nEND"), "/RULES/OBJECT:A/Maximum Count: 0 allows no objects; use 1 or more [bad-rule]\n", 'a count of none';
+    is faults("OBJECT: A\n$_ =\nEND"), "/RULES/OBJECT:A/$_: The list is empty; add an entry or remove the field [bad-rule]\n", "an empty list: $_"
         for 'Parents', map { ("Required $_", "Optional $_") } 'Parameters', 'Objects';
-    is faults("PARAMETER: P\nAllowed Objects =\nEND"), "/RULES/PARAMETER:P/Allowed Objects: names nothing [bad-rule]\n",
+    is faults("PARAMETER: P\nAllowed Objects =\nEND"), "/RULES/PARAMETER:P/Allowed Objects: The list is empty; add an entry or remove the field [bad-rule]\n",
         'an empty list of types';
-    is faults("PARAMETER: P\nAllowed Values =\nEND"), "/RULES/PARAMETER:P/Allowed Values: names no value [bad-rule]\n",
+    is faults("PARAMETER: P\nAllowed Values =\nEND"), "/RULES/PARAMETER:P/Allowed Values: The list is empty; add an entry or remove the field [bad-rule]\n",
         'an empty list of values';
     is faults("PARAMETER: P\nType = Real\nUnits = [m]\nEND"),
-        qq(/RULES/PARAMETER:P/Units: "[m]" is written without brackets here [bad-rule]\n), 'a unit in brackets';
-    is faults("UPGRADE: $_\nEND"), qq(/RULES/UPGRADE:$_: must be named "Version" and a number, such as Version 5.7 [bad-rule]\n),
+        qq(/RULES/PARAMETER:P/Units: "[m]" has brackets; write the unit without them [bad-rule]\n), 'a unit in brackets';
+    is faults("UPGRADE: $_\nEND"), qq(/RULES/UPGRADE:$_: "$_" is not the name of an upgrade; use a name such as Version 5.7 [bad-rule]\n),
         "UPGRADE: $_" for 'Version x', 'to Version 2';
     is scalar(my @none = rules("UPGRADE: next\nEND")->upgrades), 0, 'an upgrade to no version does not run';
     is scalar(my @problems = rules("PARAMETER: P\nAllowed Values =\nEND")->general('P')->problems('x', {})), 0,
@@ -350,9 +350,9 @@ subtest 'blocks without a name' => sub {
     my @said;
     local $SIG{__WARN__} = sub { push @said, @_ };
     is faults("OBJECT:\nCASE:\nEND\nEND\nPARAMETER:\nEND\nOBJECT: FAN\nPARAMETER:\nEND\nEND"), <<'TEXT', 'are reported';
-/RULES/OBJECT: OBJECT needs a name after the colon [bad-rule]
-/RULES/PARAMETER: PARAMETER needs a name after the colon [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER: PARAMETER needs a name after the colon [bad-rule]
+/RULES/OBJECT: OBJECT needs a name; write "OBJECT: name" [bad-rule]
+/RULES/PARAMETER: PARAMETER needs a name; write "PARAMETER: name" [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER: PARAMETER needs a name; write "PARAMETER: name" [bad-rule]
 TEXT
     is "@said", '', 'and nothing else is said';
 };
@@ -424,21 +424,21 @@ subtest 'what is sound by itself must make sense in its place' => sub {
         END
       END
 END
-/RULES/UPGRADE:Version 2.10: is later than Language Version 2.9 [bad-rule]
-/RULES/PARAMETER:Depth/Upper Bound: 20 [cm] leaves nothing above the lower bound 2 [m] [bad-rule]
-/RULES/OBJECT:FAN/CASE:Axial/PARAMETER:Hub/Default: 1 [s] is in a unit of another quantity; give it in [m] or a unit of the same quantity [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Kind/Default: "Paddle" is not allowed here; allowed are Axial, Radial [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Speed/Units: means something for numbers only; this is a String [bad-rule]
+/RULES/UPGRADE:Version 2.10: Version 2.10 is later than Language Version 2.9; correct one of them [bad-rule]
+/RULES/PARAMETER:Depth/Upper Bound: No value is allowed between the lower bound 2 [m] and the upper bound 20 [cm]; correct one of them [bad-rule]
+/RULES/OBJECT:FAN/CASE:Axial/PARAMETER:Hub/Default: Unit [s] has the wrong dimension; use [m] or a compatible unit [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Kind/Default: "Paddle" is not allowed here; use one of Axial, Radial [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Speed/Units: "Units" is only allowed for numbers, not for String; remove it or change the type [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Gap/Lower Bound: 0 has no unit; write it as 0 [mm] [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Gap/Upper Bound: 1 [kg] is not in a unit of the quantity [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Step/Upper Bound: 3 leaves nothing above the lower bound 3 [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Sizes/Maximum Entries: 2 is less than the 3 that must be there [bad-rule]
-/RULES/OBJECT:FAN/CASE:Axial/Is One Of: "Axail" is no value of "Kind"; did you mean Axial? [bad-rule]
-/RULES/OBJECT:FAN/CASE:Axial/Is One Of: "Both" is no value of "Kind" [bad-rule]
-/RULES/OBJECT:FAN/CASE:Axial/PARAMETER:Hob: no list of FAN names "Hob"; did you mean Hub? [bad-rule]
-/RULES/OBJECT:FAN/CASE:Guard/Is One Of: "Sometimes" is no value of "Guarded", which is Yes or No [bad-rule]
-/RULES/OBJECT:FAN/CASE:Odd/If Parameter: no list of FAN names "Kin"; did you mean Kind? [bad-rule]
-/RULES/OBJECT:FAN/PARAMETER:Sped: no list of FAN names "Sped"; did you mean Speed? [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Gap/Upper Bound: Unit [kg] has the wrong dimension; use [mm] or a compatible unit [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Step/Upper Bound: No value is allowed between the lower bound 3 and the upper bound 3; correct one of them [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Sizes/Maximum Entries: 2 is less than Minimum Entries = 3; correct one of them [bad-rule]
+/RULES/OBJECT:FAN/CASE:Axial/Is One Of: "Axail" is not an allowed value of "Kind"; did you mean Axial? [bad-rule]
+/RULES/OBJECT:FAN/CASE:Axial/Is One Of: "Both" is not an allowed value of "Kind"; use one of Axial, Radial [bad-rule]
+/RULES/OBJECT:FAN/CASE:Axial/PARAMETER:Hob: "Hob" is not listed in FAN; did you mean Hub? [bad-rule]
+/RULES/OBJECT:FAN/CASE:Guard/Is One Of: "Sometimes" is not an allowed value of "Guarded"; use Yes or No [bad-rule]
+/RULES/OBJECT:FAN/CASE:Odd/If Parameter: "Kin" is not listed in FAN; did you mean Kind? [bad-rule]
+/RULES/OBJECT:FAN/PARAMETER:Sped: "Sped" is not listed in FAN; did you mean Speed? [bad-rule]
 EXPECTED
     is faults(<<'END'), '', 'and nothing that does';
       PARAMETER: Depth

@@ -7,7 +7,7 @@ use feature 'signatures';
 use List::Util qw(max min);
 
 use VEL::Expression;
-use VEL::Findings qw(problem sentence compose);
+use VEL::Findings qw(problem sentence compose counted choice);
 use VEL::Rules::Fields;
 use VEL::Suggest;
 use VEL::Units;
@@ -86,7 +86,7 @@ sub _find_faults ($self) {
         my $units = $self->{units} // '1';
         next if defined $unit ? VEL::Units::is_convertible($unit, $units) : $self->_may_be_bare;
         push @faults, [ ucfirst "$bound Bound",
-            compose(defined $unit ? 'bound-of-other-quantity' : 'bound-without-unit', value => $text, units => $units) ];
+            compose(defined $unit ? 'bound-of-other-quantity' : 'bound-without-unit', value => $text, unit => $unit, units => $units) ];
     }
     push @faults, [ 'Upper Bound', compose('empty-range', upper => $self->{upper}, lower => $self->{lower}) ]
         if !@faults && $self->_is_empty_range;
@@ -143,37 +143,25 @@ sub problems ($self, $text, $asker) {
 }
 
 sub _count_problems ($self, $count) {
-    return problem('too-few-entries', _given($count), minimum => $self->{minimum})
+    return problem('too-few-entries', counted($self->{minimum}), count => $count)
         if defined $self->{minimum} && $count < $self->{minimum};
-    return problem('too-many-entries', _given($count), maximum => $self->{maximum})
+    return problem('too-many-entries', counted($self->{maximum}), count => $count)
         if defined $self->{maximum} && $count > $self->{maximum};
     return;
 }
 
-sub _given ($count) { return $count == 1 ? (one => $count) : (count => $count) }
-
 sub _entry_problems ($self, $text, $asker) {
     return if $self->{allowed} && $self->{allowed}{$text};
     return $self->_object_problems($text, $asker) if $self->{objects};
-    return problem('value-not-allowed', value => $text, $self->_instead($text)) if $self->{values};
+    return problem('value-not-allowed', value => $text, choice($self->_near_value($text), @{ $self->{values} })) if $self->{values};
     return if $self->{type} eq 'String';
     return $self->_logical_problems($text) if $self->{type} eq 'Logical';
     return $self->_number_problems($text, $asker);
 }
 
-sub _instead ($self, $text) {
-    my $nearest = $self->_near_value($text);
-    return defined $nearest ? (near => $nearest) : _allowed(@{ $self->{values} });
-}
-
 sub _near_value ($self, $text) {
     my $hints = $self->{hints} //= VEL::Suggest->new($self->{values});
     return $hints->find($text);
-}
-
-sub _allowed (@known) {
-    my @shown = @known > 12 ? (@known[ 0 .. 11 ], '...') : @known;
-    return @known > 1 ? (values => \@shown) : (only => $known[0] // '');
 }
 
 sub _object_problems ($self, $text, $asker) {
@@ -187,7 +175,7 @@ sub _object_problems ($self, $text, $asker) {
     my $object  = defined $value ? undef : $names->{hints}->find($text);
     my $nearest = $value // $object;
     my $problem = problem(@known ? 'no-such-object' : 'no-object-at-all', value => $text, types => $self->{objects},
-        near => $nearest, @known > 1 || !defined $nearest ? _allowed(@known) : ());
+        near => $nearest, @known > 1 || !defined $nearest ? choice(undef, @known) : ());
     $problem->{object} = $object;
     return $problem;
 }
@@ -228,8 +216,8 @@ sub _no_number ($self, $text) {
     return problem('decimal-comma', value => $text) if $text =~ /^[+-]?[0-9]+,[0-9]+\s*(?:\[|\z)/;
     return problem('no-number', value => $text) if $self->_may_be_bare;
     my ($number, $unit) = _lacks_brackets($text);
-    my %hint = defined $unit ? (number => $number, unit => $unit) : (units => $self->{units});
-    return problem('no-number', value => $text, %hint);
+    return problem('no-brackets', value => $text, number => $number, unit => $unit) if defined $unit;
+    return problem('no-number', value => $text, units => $self->{units});
 }
 
 # Number and unit of a text such as "3 m s^-1".
@@ -244,7 +232,7 @@ sub _unit_problems ($self, $text, $number, $unit) {
     return problem('open-bracket', value => $text) if ref $unit;
     if (!defined $units) {
         return if !defined $unit;
-        return problem('needless-unit', value => $text, number => $number);
+        return problem('needless-unit', unit => $unit, number => $number);
     }
     if (!defined $unit) {
         return if $self->_may_be_bare;
@@ -252,7 +240,7 @@ sub _unit_problems ($self, $text, $number, $unit) {
     }
     return if VEL::Units::is_convertible($unit, $units);
     my $key = VEL::Units::exists_unit($unit) ? 'other-quantity' : 'unknown-unit';
-    return problem($key, value => $text, units => $units);
+    return problem($key, unit => $unit, units => $units);
 }
 
 sub _bound_problems ($self, $text, $number, $unit) {

@@ -77,8 +77,7 @@ sub _contradictions ($self, $block, $type, $part) {
     for my $word (@{ $part->{required_objects} }) {
         my $parents = $self->{parents}{$word} // {};
         next if $parents->{ $type->{type} } || $self->{anywhere}{$word} || $self->_is_faulty($word);
-        push @faults, [ $path, compose('misplaced-object', type => $word, parent => $type->{type},
-            places => [ map { VEL::Findings::place_name($_) } sort keys %$parents ]) ];
+        push @faults, [ $path, compose('misplaced-object', type => $word, parent => $type->{type}) ];
     }
     return @faults;
 }

@@ -4,7 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
-use VEL::Findings qw(compose);
+use VEL::Findings qw(compose named choice);
 use VEL::Rules::Fields;
 use VEL::Rules::Heirs;
 use VEL::Rules::Places;
@@ -94,7 +94,7 @@ sub _is_open ($self, $block) {
 # Data would be brought to a version that it does not state afterwards.
 sub _review_upgrade ($self, $block) {
     my $version = $self->{rules}->version // return;
-    $self->_fault($block->{path}, compose('later-upgrade', version => $version))
+    $self->_fault($block->{path}, compose('later-upgrade', name => $block->{name}, version => $version))
         if VEL::Version::compare($block->{name}, $version) > 0;
     return;
 }
@@ -168,8 +168,8 @@ sub _review_fields ($self, $rule, $parameter) {
     my @wrong = $parameter->{type} =~ /^(?:Real|Integer)$/ ? () : 'numbers';
     push @wrong, 'lists' if !$parameter->{list};
     for my $what (@wrong) {
-        my ($first, @others) = grep { exists $rule->{fields}{$_} } @{ $ONLY_FOR{$what} } or next;
-        $self->_fault("$rule->{path}/$first", compose('useless-field', what => $what, type => $is, others => \@others));
+        my @fields = grep { exists $rule->{fields}{$_} } @{ $ONLY_FOR{$what} } or next;
+        $self->_fault("$rule->{path}/$fields[0]", compose('useless-field', what => $what, type => $is, named(@fields)));
     }
     return;
 }
@@ -220,7 +220,7 @@ sub _value_fault ($parameter, $value) {
     my %places = (value => $value, parameter => $parameter->{name});
     return defined logical($value) ? undef : compose('impossible-logical', %places) if $parameter->{type} eq 'Logical';
     return undef if !$parameter->{values} || grep { $_ eq $value } @{ $parameter->{values} };
-    return compose('impossible-case', %places, near => nearest($value, @{ $parameter->{values} }));
+    return compose('impossible-case', %places, choice(nearest($value, @{ $parameter->{values} }), @{ $parameter->{values} }));
 }
 
 1;

@@ -4,7 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
-use VEL::Findings qw(compose);
+use VEL::Findings qw(compose named choice);
 use VEL::Record qw(finding);
 use VEL::Rules::Fields;
 use VEL::Suggest qw(nearest);
@@ -105,7 +105,8 @@ sub new ($class, $top) {
     $self->{types} = { map { $_->{name} => 1 } grep { _describes_type($_->{kind}) } @named };
     $self->{hints} = VEL::Suggest->new([ sort keys %{ $self->{types} } ]);
     # A rule whose kind is misspelt is reported. Those that name its type are right.
-    $self->{misspelt} = { map { $_->{name} => 1 } grep { _describes_type(_near_kind($_->{kind}, 'RULES') // '') } @named };
+    my @kinds = sort keys %{ $BLOCKS{RULES} };
+    $self->{misspelt} = { map { $_->{name} => 1 } grep { _describes_type(nearest($_->{kind}, @kinds) // '') } @named };
     delete @{ $self->{misspelt} }{ keys %{ $self->{types} } };
     $self->_check($self->{top});
     return $self;
@@ -152,16 +153,14 @@ sub is_misspelt ($self, $type) { return exists $self->{misspelt}{$type} }
 
 sub _describes_type ($kind) { return $kind =~ /^(?:OBJECT|SINGLETON)\z/ }
 
-# The kind of block that may stand in one of C<$outer> and is most likely meant.
-sub _near_kind ($kind, $outer) { return nearest($kind, sort keys %{ $BLOCKS{$outer} }) }
-
 sub _check ($self, $block) {
     $self->_check_fields($block);
     my @kept;
     for my $inner (@{ $block->{blocks} }) {
         if (!$BLOCKS{ $block->{kind} }{ $inner->{kind} }) {
-            my $near = _near_kind($inner->{kind}, $block->{kind});
-            $self->fault($inner->{path}, compose('unknown-rule', kind => $inner->{kind}, near => $near));
+            my @known = sort keys %{ $BLOCKS{ $block->{kind} } };
+            $self->fault($inner->{path},
+                compose('unknown-rule', kind => $inner->{kind}, choice(nearest($inner->{kind}, @known), @known)));
         }
         elsif (!defined $inner->{name}) {
             $self->fault($inner->{path}, compose('rule-without-name', kind => $inner->{kind}));
@@ -184,7 +183,8 @@ sub _check_fields ($self, $block) {
         my $entry = $known->{$field};
         if (!$entry) {
             my $near = nearest($field, sort keys %$known);
-            $self->fault("$block->{path}/$field", compose('unknown-field', field => $field, near => $near));
+            $self->fault("$block->{path}/$field",
+                compose('unknown-field', kind => $block->{kind}, field => $field, near => $near));
             delete $block->{fields}{$field};
             next;
         }
@@ -210,7 +210,7 @@ already why. True if one is not there.
 sub lacks ($self, $block, @needed) {
     my @missing = grep { !defined $block->{fields}{$_} } @needed;
     my @untold  = grep { $self->is_sound("$block->{path}/$_") } @missing;
-    $self->fault($block->{path}, compose('missing-fields', fields => \@untold)) if @untold;
+    $self->fault($block->{path}, compose('missing-fields', named(@untold))) if @untold;
     return scalar @missing;
 }
 
@@ -231,7 +231,7 @@ sub _is_whole ($self, $block, $outer) {
         : ();
     my $lacks = $self->lacks($block, @needed);
     if ($block->{kind} eq 'UPGRADE' && $block->{name} !~ /^Version\s+[0-9]+(?:\.[0-9]+)*$/) {
-        $self->fault($block->{path}, compose('bad-upgrade-name'));
+        $self->fault($block->{path}, compose('bad-upgrade-name', name => $block->{name}));
         return 0;
     }
     return !$lacks;
@@ -245,17 +245,17 @@ sub _field_text ($self, $text) { return undef }
 # What the command database takes as a type or name.
 my $NAME = qr/^[A-Za-z_%][A-Za-z0-9 .\[\]_{|}]*\z/;
 
-sub _field_name ($self, $text) { return $$text =~ $NAME ? undef : compose('bad-name', value => $$text) }
+sub _field_name ($self, $text) { return $$text =~ $NAME ? undef : compose('bad-name', one => $$text) }
 
 sub _field_names ($self, $text) {
     return compose('empty-list') if $$text !~ /\S/;
     my @wrong = grep { $_ !~ $NAME } split_list($$text);
     $$text = join ', ', grep { $_ =~ $NAME } split_list($$text);
     return undef if !@wrong;
-    return @wrong > 1 ? compose('bad-names', values => \@wrong) : compose('bad-name', value => @wrong);
+    return compose('bad-name', named(@wrong));
 }
 
-sub _field_values ($self, $text) { return $$text =~ /\S/ ? undef : compose('no-value') }
+sub _field_values ($self, $text) { return $$text =~ /\S/ ? undef : compose('empty-list') }
 
 sub _field_logical ($self, $text) {
     return defined logical($$text) ? undef : compose('bad-logical', value => $$text);
@@ -278,16 +278,12 @@ sub _field_version ($self, $text) {
 }
 
 sub _field_type ($self, $text) {
-    return $TYPE{$$text} ? undef : compose('bad-type', value => $$text, _one_of($$text, @TYPES));
+    return $TYPE{$$text} ? undef : compose('bad-type', value => $$text, choice(nearest($$text, @TYPES), @TYPES));
 }
 
 sub _field_action ($self, $text) {
-    return $ACTIONS{$$text} ? undef : compose('bad-action', value => $$text, _one_of($$text, sort keys %ACTIONS));
-}
-
-sub _one_of ($text, @known) {
-    my $near = nearest($text, @known);
-    return defined $near ? (near => $near) : (known => \@known);
+    my @known = sort keys %ACTIONS;
+    return $ACTIONS{$$text} ? undef : compose('bad-action', value => $$text, choice(nearest($$text, @known), @known));
 }
 
 sub _field_rule ($self, $text) {
