@@ -86,7 +86,7 @@ sub form ($type) {
 
 sub facts ($rules, $type) {
     my @facts = (place($rules, $type));
-    push @facts, "One parent may hold at most $type->{maximum} of them." if defined $type->{maximum};
+    push @facts, "One parent may have at most $type->{maximum} of them." if defined $type->{maximum};
     push @facts, 'Parameters may have any name.' if $type->{free};
     push @facts, 'For experts: it is shown only with expert items.' if $type->{expert};
     push @facts, 'Required objects: ' . type_links($rules, @{ $type->{required_objects} }) . '.'
@@ -98,11 +98,11 @@ sub facts ($rules, $type) {
 
 sub case_facts ($rules, $case) {
     my @facts;
-    push @facts, 'must be given: ' . list(map { plain($_) } @{ $case->{required} }) if @{ $case->{required} };
-    push @facts, 'may be given: ' . list(map { plain($_) } @{ $case->{optional} }) if @{ $case->{optional} };
-    push @facts, 'must hold: ' . type_links($rules, @{ $case->{required_objects} })
+    push @facts, 'required parameters: ' . list(map { plain($_) } @{ $case->{required} }) if @{ $case->{required} };
+    push @facts, 'optional parameters: ' . list(map { plain($_) } @{ $case->{optional} }) if @{ $case->{optional} };
+    push @facts, 'required objects: ' . type_links($rules, @{ $case->{required_objects} })
         if @{ $case->{required_objects} };
-    push @facts, 'may hold: ' . type_links($rules, @{ $case->{optional_objects} })
+    push @facts, 'optional objects: ' . type_links($rules, @{ $case->{optional_objects} })
         if @{ $case->{optional_objects} };
     return '' if !@facts;
     return sprintf "- **%s** is %s: %s.\n", plain($case->{parameter}),
@@ -128,7 +128,7 @@ my %TYPE_NAME = (String => 'text', Integer => 'whole number', Real => 'number', 
 
 sub type_name ($parameter) {
     my $name = $TYPE_NAME{ $parameter->{type} };
-    return $parameter->{list} ? "list, each $name" : $name;
+    return $parameter->{list} ? "list; each entry: $name" : $name;
 }
 
 # What the page of a type says about a parameter, from the fields of its rule: a text,
@@ -197,7 +197,7 @@ sub parameter_text ($rules, $type, $name) {
     my $always    = grep { $_ eq $name } @{ $type->{required} };
     my $text      = '### ' . plain($name) . "\n\n";
     $text .= plain($parameter->{description}) . "\n\n" if defined $parameter->{description};
-    $text .= "- Must always be given\n" if $always;
+    $text .= "- Always required\n" if $always;
     return $text . join('', parameter_facts($rules, $parameter)) . "\n";
 }
 
