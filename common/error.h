@@ -1,8 +1,8 @@
-// The two exceptions of the editor.
+// The two exceptions that the editor throws.
 //
-// They are thrown on the GUI thread only and never travel through the event
-// loop: the application object catches them where events are delivered and
-// `main` handles them at last.
+// They are thrown on the GUI thread only and never pass through the event loop:
+// the application object catches them where events are delivered, and `main`
+// catches what is left.
 #pragma once
 
 #include <string>
@@ -14,14 +14,14 @@ namespace velEditor {
 class error
 {
 public:
-    /// `message` is for the user, and complete.
+    /// `message` is the complete text for the user.
     explicit error(std::string message) : message_(std::move(message)) {}
     virtual ~error() = default;
 
     error(const error &) = default;
     error &operator=(const error &) = default;
 
-    /// The text for the user, in bytes as the database gave it.
+    /// The text for the user, in the bytes that the database gave.
     [[nodiscard]] const std::string &message() const { return message_; }
 
 private:
@@ -29,7 +29,7 @@ private:
 };
 
 /// The command file could not be loaded; the message is the loader's own.
-/// A handler for it must stand before the one for `error`.
+/// Catch it before `error`, which is its base.
 class fileError : public error
 {
 public:

@@ -1,8 +1,7 @@
-// The signals that end a program because of a write: to a pipe or socket that
-// nobody reads any more (SIGPIPE), or beyond the size that a file may have
-// (SIGXFSZ). Our programs ignore them, so that such a write fails like any
-// other and the data can still be saved elsewhere. Programs that ours start get
-// the default actions back.
+// The signals that end a program because of a write: SIGPIPE for a pipe or
+// socket without a reader, SIGXFSZ for a file that grows beyond its limit. Our
+// programs ignore both, so that such a write fails like any other and the data
+// can still be saved elsewhere. Programs that ours start get the default actions.
 #pragma once
 
 #include <csignal>
@@ -18,9 +17,9 @@ inline void restoreWriteSignals()
     std::signal(SIGXFSZ, SIG_DFL);
 }
 
-/// Makes such writes fail from now on, in this process alone: a forked child
-/// has the default actions. `posix_spawn` does not fork in this sense; its
-/// callers pass `addWriteSignals` as the signals to be set to default.
+/// Makes such writes fail from now on, in this process only: a forked child gets
+/// the default actions. `posix_spawn` does not run the fork handlers; its callers
+/// use `addWriteSignals` to list the signals that the child resets.
 inline void ignoreWriteSignals()
 {
     std::signal(SIGPIPE, SIG_IGN);

@@ -34,7 +34,7 @@ display_until() {
     shift 2
     until "$@" >/dev/null; do
         display_tries=$((display_tries - 1))
-        [ "$display_tries" -gt 0 ] || display_fail "waited in vain until $display_what"
+        [ "$display_tries" -gt 0 ] || display_fail "waited too long until $display_what"
         sleep 0.1
     done
 }
@@ -110,7 +110,7 @@ display_has_focus() {
 }
 
 display_await() {
-    display_until 30 "\"$1\" has the keys" display_has_focus "$1"
+    display_until 30 "\"$1\" has the focus" display_has_focus "$1"
 }
 
 display_press() {

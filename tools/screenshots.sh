@@ -98,7 +98,7 @@ has_two_windows() {
     [ "$(xdotool search --onlyvisible --pid "$display_program" | wc -l)" -eq 2 ]
 }
 
-# opened NAME KEYS TITLE: presses the keys, waits for that window, takes its picture.
+# opened NAME KEYS TITLE: presses the keys, waits for the window, takes its picture.
 opened() {
     display_press "$2"
     display_await "$3"
@@ -111,7 +111,7 @@ closed() {
     display_await "$1"
 }
 
-# menu LETTER NAME: an open menu, with what is around it.
+# menu LETTER NAME: takes a picture of an open menu and its surroundings.
 menu() {
     display_press "alt+$1"
     picture "menu-$2" 56%x44%
@@ -128,7 +128,7 @@ sound_file() {
     menu e edit
     menu h help
 
-    # All of the flow object, and one of its boundaries, with room for the menu below.
+    # The whole flow object and a boundary in it, with room for the menu below.
     display_press Home End asterisk ctrl+f
     display_await Find
     display_write 'BOUNDARY : Room A'

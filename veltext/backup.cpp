@@ -1,4 +1,4 @@
-// Keeps the former file: moves it, links it, or copies it where no link can be made.
+// Keeps the former file: renames it, links it, or copies it where a link is impossible.
 #include "veltext/backup.h"
 
 #include "veltext/error.h"
@@ -22,9 +22,8 @@ bool isLink(const std::string &file)
     return std::filesystem::is_symlink(file, unknown);
 }
 
-/// Whether a file may be moved: devices, pipes and the links in /dev that are
-/// open files belong to the system. One that has gone is for the move to
-/// find out.
+/// Whether a file may be moved. Devices, pipes and the links in /dev to open
+/// files belong to the system. A missing file passes; the move then fails.
 bool isMovable(const std::string &file)
 {
     struct stat status = {};
@@ -39,19 +38,19 @@ bool moveTo(const std::string &backup, const std::string &file)
         return false;
     const bool isBackup = isSameFile(file, backup);
     if (isBackup && isLink(file))
-        return false; // the link would take the place of the data that it leads to
-    // A move between two names of one file does nothing.
+        return false; // the link would replace the data that it leads to
+    // rename() between two names of one file does nothing.
     const bool isSecondName = isBackup && !isLink(backup);
     if (isSecondName ? ::unlink(file.c_str()) == 0 : std::rename(file.c_str(), backup.c_str()) == 0)
         return true;
-    // An earlier save that fell short may have moved it.
+    // An earlier save that failed may have moved it already.
     std::error_code unknown;
     const bool isGone = !std::filesystem::exists(file, unknown);
     return isGone && std::filesystem::exists(backup, unknown);
 }
 
-/// A second name for the same file costs nothing. Where there are no such names,
-/// and for files of others, it is a copy.
+/// Adds a second name for the same file, which costs nothing. Where the file
+/// system refuses that, for example for files of other users, makes a copy.
 void addName(const std::string &backup, const std::string &file)
 {
     TemporaryFile temporary(backup, backup);

@@ -1,7 +1,7 @@
-// The former file, kept under a second name while a new one takes its place.
+// The backup: the former file under a second name while a new file replaces it.
 //
-// Both ways in which the programs keep it are here. Either replaces an older
-// backup in one step, and at every moment one name has the whole of the file.
+// A backup replaces an older backup in one step. At every moment at least one
+// of the two names leads to the complete former file.
 #pragma once
 
 #include <string>
@@ -11,25 +11,24 @@ namespace veltext {
 /// FILE.bak
 [[nodiscard]] std::string backupNameOf(const std::string &file);
 
-/// What becomes of the file's own name.
+/// What happens to the file's own name.
 enum class Backup {
-    Move, ///< it is given up: the file is renamed
-    Both, ///< it stays; where a file cannot have two names, the backup is a copy
+    Move, ///< the file is renamed and loses its name
+    Both, ///< the file keeps its name; where it cannot have two, the backup is a copy
 };
 
-/// Gives what `file` holds the name `backup`, in place of an older one. True if
-/// it has that name now.
+/// Keeps the contents of `file` under the name `backup`, replacing an older
+/// backup. True if the backup exists now.
 ///
-/// With Move, false if the file is still where it was, for whatever reason: it
-/// is a device, a pipe or one of the links in /dev, or the name is taken by what
-/// cannot be replaced, or is where the link `file` leads. One that an earlier
-/// call has moved counts as moved.
+/// With Move, false if the file is still in its place: it is a device, a pipe or
+/// one of the links in /dev; or `backup` cannot be replaced; or the link `file`
+/// leads to `backup`. A file that an earlier call has moved counts as moved.
 ///
-/// With Both, a link is not followed, so `file` is where links lead; throws an
-/// Error that names the backup if it cannot be made.
+/// With Both, links are not followed: pass the file that a link leads to. Throws
+/// an Error that names the backup if it cannot be made.
 bool makeBackup(const std::string &file, const std::string &backup, Backup way);
 
-/// Whether both names lead to one file; false if either leads to none.
+/// Whether both names lead to the same file; false if one leads to no file.
 [[nodiscard]] bool isSameFile(const std::string &one, const std::string &other);
 
 } // namespace veltext

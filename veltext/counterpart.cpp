@@ -1,4 +1,4 @@
-// Finds the same child in another tree: by the order of siblings, else by its path.
+// Finds the same child in another tree: as the next sibling if the orders agree, else by its path.
 #include "veltext/counterpart.h"
 
 #include "veltext/treeWalk.h"
@@ -14,7 +14,7 @@ bool isNamedObject(const velNodeInfo &info)
     return info.kind == velObject && info.name;
 }
 
-/// The word that a singleton or parameter puts into a path.
+/// The path component of a singleton or parameter, which is a single word.
 const char *singleWord(const velNodeInfo &info)
 {
     return info.kind == velParam ? info.name : info.type;

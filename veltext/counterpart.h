@@ -1,4 +1,4 @@
-// The same child in two trees.
+// Pairs the children of an object with those of the same object in another tree.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -7,20 +7,20 @@
 
 namespace veltext {
 
-/// Whether both are what the same component of a path names: "TYPE:Name", or a
-/// singleton or parameter of the same name.
+/// Whether both have the same path component: "TYPE:Name" for an object, the
+/// type of a singleton, the name of a parameter.
 [[nodiscard]] bool haveSameComponent(const velNodeInfo &a, const velNodeInfo &b);
 
-/// Both parameters, or both objects or singletons.
+/// Whether both are parameters, or neither is.
 [[nodiscard]] bool areSameSort(const velNodeInfo &a, const velNodeInfo &b);
 
-/// Finds the children of a node by those of another tree. Asked for them in the
-/// order in which they stand it costs a comparison each, else a look-up. The
-/// trees must not change meanwhile.
+/// Finds the children of a node by those of another tree. Where both trees have
+/// the same order, each child costs one comparison, else one look-up. The trees
+/// must not change during the life of the object.
 class Counterpart
 {
 public:
-    /// `parent` is null where the other tree has no such node.
+    /// `parent` is null if the other tree does not have the node.
     Counterpart(velHandle *tree, const velNode *parent);
 
     /// The child with the same component, null if there is none. `parentPath`
@@ -29,7 +29,7 @@ public:
 
 private:
     velHandle *tree_;
-    const velNode *expected_; ///< the child to be asked for next, if the orders agree
+    const velNode *expected_; ///< the next child, if the orders agree
     bool hasParent_;
 };
 

@@ -1,4 +1,4 @@
-// Composes the messages of errors: place, sentence, the text of the system.
+// Composes error messages from a place and a sentence, or the system's text.
 #include "veltext/error.h"
 
 #include <system_error>

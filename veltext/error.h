@@ -1,8 +1,8 @@
-// What the text engine throws when it cannot do what it was asked.
+// The exception of the text engine.
 //
-// A function that throws leaves its arguments, its object and every file as
-// they were, unless its own comment says otherwise. The message is for the
-// user: it names the file or the path, and the reason.
+// A function that throws does not change its arguments, its object or any file,
+// unless its own comment says otherwise. The message is for the user: it names
+// the file or the path, and the reason.
 #pragma once
 
 #include "common/error.h"
@@ -12,18 +12,18 @@
 
 namespace veltext {
 
-/// What every function of this folder throws, apart from bad_alloc.
+/// All functions of this folder throw this class only, apart from bad_alloc.
 class Error : public velEditor::error
 {
 public:
-    /// A message that is complete; no line is at fault.
+    /// A complete message, without a line.
     explicit Error(const std::string &message) : velEditor::error(message), sentence_(message) {}
-    /// "FILE:LINE: sentence"; `line` is 0 if no line is at fault.
+    /// "FILE:LINE: sentence"; "FILE: sentence" if `line` is 0.
     Error(const std::string &file, std::size_t line, const std::string &sentence);
 
-    /// The message without the file and the line that are at fault.
+    /// The message without file and line.
     [[nodiscard]] const std::string &sentence() const { return sentence_; }
-    /// Counted from 1; 0 if no line is at fault.
+    /// The line with the error, counted from 1; 0 if there is no such line.
     [[nodiscard]] std::size_t line() const { return line_; }
 
 private:
@@ -31,12 +31,12 @@ private:
     std::size_t line_ = 0;
 };
 
-/// "FILE:LINE: ", with which a message about a place in a file begins; "FILE: "
-/// if `line` is 0.
+/// "FILE:LINE: ", the beginning of a message about a place in a file; "FILE: " if
+/// `line` is 0.
 [[nodiscard]] std::string placeText(const std::string &file, std::size_t line);
 
-/// Throws an Error with the message of a database call, with `where` and a colon
-/// before it; null passes.
+/// Throws an Error with the message that a database call returned, after "WHERE: "
+/// unless `where` is empty. Does nothing for null, which means success.
 void require(const char *message, const std::string &where = {});
 
 /// An Error with the system's text for an error number.

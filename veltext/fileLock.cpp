@@ -1,4 +1,4 @@
-// Takes the lock of a file, again if the name was given to another file meanwhile.
+// Locks a file, and tries again if its name belongs to another file by then.
 #include "veltext/fileLock.h"
 
 #include "veltext/error.h"
@@ -13,8 +13,8 @@ namespace veltext {
 
 namespace {
 
-/// Refusals to lock are passed over: what remains is that a file which has
-/// changed since it was read is not replaced.
+/// Ignores a file system that cannot lock. EditedFile::replace still refuses to
+/// replace a file that has changed since it was read.
 void waitForLock(int descriptor)
 {
     while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
@@ -45,7 +45,7 @@ FileLock::~FileLock()
     close();
 }
 
-/// Throws what the file is refused for, also when it is gone meanwhile.
+/// Throws the reason why the file cannot be locked, also if it no longer exists.
 void FileLock::open(const std::string &file)
 {
     if (stat(file.c_str(), &status_) != 0)
@@ -56,7 +56,7 @@ void FileLock::open(const std::string &file)
     target_ = std::filesystem::canonical(file, error).string();
     if (error)
         throw systemError(file, error.value());
-    // A name that was given to a pipe meanwhile must not make the program wait.
+    // If the name belongs to a pipe by now, opening must not wait.
     descriptor_ = ::open(target_.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
     if (descriptor_ < 0)
         throw systemError(file, errno);

@@ -1,8 +1,8 @@
-// One program at a time changes a file.
+// A lock with which only one program at a time changes a file.
 //
-// The lock is on the file itself, so that nothing is left beside it. A program
-// that replaces a file gives its name to another file; whoever has waited for
-// the former one therefore looks again which file has the name, and locks that.
+// The lock is on the file itself, so that no lock file is needed. A program that
+// replaces a file gives its name to another file. A program that has waited for
+// the former file therefore checks which file has the name now, and locks that.
 #pragma once
 
 #include <string>
@@ -24,9 +24,9 @@ public:
     FileLock(const FileLock &) = delete;
     FileLock &operator=(const FileLock &) = delete;
 
-    /// Where links lead.
+    /// The path of the file after all links.
     [[nodiscard]] const std::string &target() const { return target_; }
-    /// As it was when the lock was taken.
+    /// The file's status at the time of the lock.
     [[nodiscard]] const struct stat &status() const { return status_; }
 
 private:

@@ -18,7 +18,7 @@ void flushFolderOf(const std::string &file)
     const int descriptor = open(folderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return;
-    // Some file systems refuse that; the data is safe then as far as it can be.
+    // Some file systems refuse this; nothing more can be done for the data then.
     (void)fsync(descriptor);
     close(descriptor);
 }

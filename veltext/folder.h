@@ -8,9 +8,8 @@ namespace veltext {
 /// Its path; "." for a bare name.
 [[nodiscard]] std::string folderOf(const std::string &file);
 
-/// Brings the names in the folder of a file to the disk, as far as the file
-/// system does that. Without it, a new or renamed file may be lost with the
-/// power.
+/// Flushes the names in the folder of a file to the disk, if the file system can
+/// do that. Without it, a power failure may lose a new or renamed file.
 void flushFolderOf(const std::string &file);
 
 } // namespace veltext

@@ -1,4 +1,4 @@
-// Blocks the signals that end a program, and lets them through again.
+// Blocks the signals that end a program, and unblocks them again.
 #include "veltext/heldSignals.h"
 
 namespace veltext {

@@ -1,20 +1,20 @@
-// Keeping an interrupt waiting while a file is being changed.
+// Delays an interrupt while a file is being changed.
 //
-// Ended in the middle, a change leaves a temporary file or a lock behind that
-// somebody has to find and remove. One that comes meanwhile ends the program
-// as soon as the change is complete. Only the calling thread is held: it is the
-// only one while files are changed.
+// A program that ends in the middle of a change leaves a temporary file or a
+// lock file that somebody has to remove. So an interrupt takes effect as soon as
+// the change is complete. Only the signals of the calling thread are blocked:
+// it is the only thread while files are changed.
 #pragma once
 
 #include <csignal>
 
 namespace veltext {
 
-/// Signals that wait; objects may be nested, and the outermost lets them through.
+/// Delays signals. Objects may be nested; the end of the outermost delivers them.
 class HeldSignals
 {
 public:
-    /// Holds SIGINT, SIGTERM and SIGHUP back for as long as the object lives.
+    /// Blocks SIGINT, SIGTERM and SIGHUP as long as the object lives.
     HeldSignals();
     ~HeldSignals();
     HeldSignals(const HeldSignals &) = delete;

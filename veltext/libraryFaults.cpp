@@ -1,4 +1,4 @@
-// Where the mistakes in rule libraries are.
+// Finds file and line of the mistakes in rule libraries.
 #include "veltext/libraryFaults.h"
 
 #include "velapilt/src/velapilt.h"
@@ -11,7 +11,7 @@ namespace veltext {
 
 namespace {
 
-/// The place, for the end of a message that names the library.
+/// The line, for the end of a message that names the library already.
 std::string inParentheses(const TextFault &fault)
 {
     std::string text = fault.line ? " (line " + std::to_string(fault.line) + ')' : "";
@@ -25,8 +25,8 @@ bool hasColonInName(const std::string &file)
     return std::filesystem::path(file).filename().string().find(':') != std::string::npos;
 }
 
-/// What to add to a message about a library that cannot be read: the first one
-/// that cannot is at fault.
+/// The text to add to the message about a library that cannot be read. The first
+/// library that cannot be read has caused the message.
 std::string placeOfRefusal()
 {
     const velHandlePtr handle(velCreateHandle());

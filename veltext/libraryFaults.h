@@ -1,7 +1,7 @@
-// Where the mistakes in rule libraries are.
+// Finds file and line of the mistakes in rule libraries.
 //
-// The reading of libraries reports what is wrong with a path, or with the name
-// of a library, but without a line. The programs ask here for the place.
+// The database and the rules report mistakes with a path or with the name of a
+// library, but without a line. These functions add the line.
 #pragma once
 
 #include "veltext/statementTree.h"
@@ -12,15 +12,15 @@
 
 namespace veltext {
 
-/// Libraries that were read together, and where they state what.
+/// The texts of libraries that were read together, and the lines of their paths.
 class LibraryTexts
 {
 public:
-    /// `file` is what the place will name; the text need not live on.
+    /// `file` is the name that `placeOf` gives. The text is not kept.
     void add(const std::string &file, const SourceText &text);
 
-    /// File and line of the last statement of the path, or else of the nearest
-    /// object above it: in the last library that has one. Line 0 if none has.
+    /// File and line of the last statement of the path, or of the nearest object
+    /// above it, in the last library that has one. Line 0 if no library has one.
     [[nodiscard]] std::pair<std::string, std::size_t> placeOf(std::string path) const;
 
 private:
@@ -28,19 +28,20 @@ private:
     std::vector<StatementTree> trees_;
 };
 
-/// The libraries that the environment names, as far as they can be read.
+/// The libraries that the environment names, without those that cannot be read.
 [[nodiscard]] LibraryTexts readLibraryTexts();
 
-/// Something that is wrong with a rule, and the line that reports it.
+/// A mistake in a rule, and the line of text that reports it.
 struct RuleFault
 {
     std::string path;
     std::string line;
 };
 
-/// What the reading of the libraries that the environment names has reported: why
-/// one of them cannot be read (`failure`, or null), and what is wrong with rules; with
-/// file and line of each mistake, and a hint where the list of names is at fault.
+/// The complete message after the libraries of the environment were read.
+/// `failure` says why one of them cannot be read, or is null; `faults` are the
+/// mistakes in rules. The message has file and line of each mistake, and a hint
+/// if the list of library names is wrong.
 [[nodiscard]] std::string placedLibraryErrors(const char *failure,
                                               const std::vector<RuleFault> &faults);
 

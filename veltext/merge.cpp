@@ -1,10 +1,10 @@
-// The whole of a merge.
+// The three-way merge of command files.
 //
-// 1. What is the same byte for byte needs no comparison.
-// 2. The trees say what is to be done and what is in conflict.
-// 3. The text of OURS is edited, nothing else.
-// 4. Read again, with each side in place of the conflicts, it gives the trees
-//    that are wanted; else all of the file is one conflict.
+// 1. If two versions have the same bytes, the result is clear at once.
+// 2. Comparing the trees gives the steps: changes to take, and conflicts.
+// 3. The steps edit the text of OURS; the rest of the text does not change.
+// 4. The result is read again, once with each side of the conflicts. If the data
+//    is not the wanted data, the whole file becomes one conflict.
 #include "veltext/mergeText.h"
 #include "veltext/veltext.h"
 
@@ -12,14 +12,14 @@ namespace veltext {
 
 namespace {
 
-/// Why a step is a conflict.
+/// The reason of a conflict, for the user.
 std::string reasonOf(const MergeStep &step)
 {
     if (!step.theirs)
         return "changed in ours, deleted in theirs";
     if (!step.ours)
         return "deleted in ours, changed in theirs";
-    return step.base ? "changed on both sides" : "added on both sides, not the same";
+    return step.base ? "changed on both sides" : "added on both sides, with different contents";
 }
 
 std::vector<MergeConflict> conflictsOf(const std::vector<MergeStep> &steps)
@@ -32,7 +32,7 @@ std::vector<MergeConflict> conflictsOf(const std::vector<MergeStep> &steps)
     return conflicts;
 }
 
-/// Whether the text parses, and holds what the tree does.
+/// Whether the text can be parsed and has the same data as the tree.
 bool holds(const std::string &bytes, velHandle *tree)
 {
     try {
@@ -42,7 +42,7 @@ bool holds(const std::string &bytes, velHandle *tree)
     }
 }
 
-/// Gives whether there is any step of this kind.
+/// Makes all steps of this kind in the tree of OURS. True if there is one.
 bool take(const std::vector<MergeStep> &steps, StepKind kind, const MergeTrees &trees)
 {
     bool isAny = false;
@@ -55,7 +55,8 @@ bool take(const std::vector<MergeStep> &steps, StepKind kind, const MergeTrees &
     return isAny;
 }
 
-/// Changes the tree of OURS: first by what is clear, then by what is not.
+/// Whether the merged text gives the wanted data. Changes the tree of OURS: first
+/// by the clear steps, then by the conflicts.
 bool isAsWanted(const MergedText &merged, const MergeTrees &trees,
                 const std::vector<MergeStep> &steps)
 {
@@ -87,7 +88,8 @@ Merge merge(const CommandText &base, CommandText ours, const CommandText &theirs
         return {.bytes = wholeConflict(ours.source(), theirs.source(), markerSize),
                 .conflicts = {},
                 .isOneConflict = true};
-    result.lostRemarks = countLostRemarks(base.source(), theirs.source(), SourceText(result.bytes));
+    result.lostComments =
+        countLostComments(base.source(), theirs.source(), SourceText(result.bytes));
     return result;
 }
 

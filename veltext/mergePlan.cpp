@@ -1,4 +1,4 @@
-// Goes through three trees level by level and decides for each path what a merge does.
+// Compares three trees level by level and decides for each path what a merge does.
 #include "veltext/mergePlan.h"
 
 #include "veltext/counterpart.h"
@@ -13,7 +13,7 @@ namespace veltext {
 
 namespace {
 
-/// A node of one of the trees; no node where it is not there.
+/// A node of one of the trees; `node` is null if that tree does not have it.
 struct Side
 {
     velHandle *tree;
@@ -29,7 +29,7 @@ bool areSame(const Side &a, const Side &b, const std::string &path)
     return haveSameData(a.tree, a.node, b.tree, b.node, path);
 }
 
-/// Whether the later side has anything that the former lacks, or another value.
+/// Whether the later side has a node that the former does not have, or another value.
 bool hasNews(const Side &former, const Side &later, const std::string &path)
 {
     bool isNew = false;
@@ -60,10 +60,10 @@ public:
     }
 
 private:
-    /// An object of OURS and THEIRS.
+    /// An object that both OURS and THEIRS have.
     struct Level
     {
-        const velNode *base; ///< null where BASE has no such object
+        const velNode *base; ///< null if BASE does not have the object
         const velNode *ours;
         const velNode *theirs;
         std::string path; ///< empty for the root
@@ -73,13 +73,13 @@ private:
     {
         Counterpart inBase(trees_.base, level.base);
         Counterpart inOurs(trees_.ours, level.ours);
-        const velNode *behind = nullptr;
+        const velNode *previous = nullptr;
         for (const velNode *theirs = velFirstChild(level.theirs); theirs;
              theirs = velNextSibling(theirs)) {
             const velNodeInfo info = velDescribe(trees_.theirs, theirs);
             const velNode *ours = inOurs.find(info, level.path);
-            plan(level, info, {inBase.find(info, level.path), ours, theirs}, behind);
-            behind = ours ? ours : behind;
+            plan(level, info, {inBase.find(info, level.path), ours, theirs}, previous);
+            previous = ours ? ours : previous;
         }
     }
 
@@ -102,12 +102,12 @@ private:
     };
 
     void plan(const Level &level, const velNodeInfo &info, const Three &child,
-              const velNode *behind)
+              const velNode *previous)
     {
         const Side base{trees_.base, child.base};
         const Side ours{trees_.ours, child.ours};
         const Side theirs{trees_.theirs, child.theirs};
-        // Most of a large file is parameters that nobody changed.
+        // A shortcut: in a large file most parameters are unchanged.
         if (isSameParam(ours, theirs))
             return;
         std::string path = level.path + '/' + velComponentOf(info);
@@ -118,13 +118,13 @@ private:
         }
         if (areSame(ours, theirs, path) || areSame(base, theirs, path))
             return;
-        // What one side deleted altogether, the other may have deleted in part.
+        // OURS deleted the whole object, THEIRS only parts of it: OURS is right.
         if (!ours.node && !hasNews(base, theirs, path))
             return;
         const bool isClear = theirs.node ? areSame(base, ours, path) : !hasNews(base, ours, path);
         const StepKind kind = isClear ? StepKind::Take : StepKind::Conflict;
         steps_.push_back(
-            {kind, std::move(path), child.base, child.ours, child.theirs, level.ours, behind});
+            {kind, std::move(path), child.base, child.ours, child.theirs, level.ours, previous});
     }
 
     static bool isSameParam(const Side &a, const Side &b)
@@ -137,7 +137,7 @@ private:
     }
 
     const MergeTrees &trees_;
-    std::deque<Level> levels_; ///< still to be looked at
+    std::deque<Level> levels_; ///< still to be compared
     std::vector<MergeStep> steps_;
 };
 

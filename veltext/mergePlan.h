@@ -1,10 +1,11 @@
-// What a three-way merge has to do, by paths.
+// The plan of a three-way merge: one step for each path that may change.
 //
-// For each path there are three states: in BASE, in OURS and in THEIRS. Where
-// one side left it as it was in BASE, the other side's state is the result;
-// where both did the same, that is it; all else is a conflict. An object that
-// both sides have is looked into, child by child; one that a side deleted is
-// compared as a whole: what the other side has changed in it, or added, is not lost.
+// Each path has three states: in BASE, in OURS and in THEIRS. If one side did
+// not change the state of BASE, the result is the state of the other side. If
+// both sides made the same change, the result is that change. Everything else is
+// a conflict. Objects that both sides have are compared child by child. An object
+// that one side deleted is compared as a whole, so that what the other side
+// changed or added in it is not lost.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -16,26 +17,26 @@ namespace veltext {
 
 /// What a step does to OURS.
 enum class StepKind {
-    Take,     ///< OURS becomes what THEIRS is
-    Conflict, ///< both sides changed it, and differently
+    Take,     ///< OURS gets the state of THEIRS
+    Conflict, ///< both sides changed it in different ways
 };
 
-/// One path at which the result is not, or may not be, what OURS has. The
-/// nodes belong to the trees, which must not change while they are used.
+/// One path at which the result is, or may be, different from OURS. The nodes
+/// belong to the trees, which must not change while the step is used.
 struct MergeStep
 {
     StepKind kind;
     std::string path;
-    const velNode *base;       ///< null where it is not there
+    const velNode *base;       ///< null if BASE does not have the path
     const velNode *ours;       ///< likewise
     const velNode *theirs;     ///< likewise
-    const velNode *oursParent; ///< the object of OURS in which it stands, or will
-    /// The child of OURS behind which it stands in THEIRS; null where none of
-    /// those before it is in OURS.
-    const velNode *behind;
+    const velNode *oursParent; ///< the object of OURS that contains it, or will
+    /// The child of OURS that it follows in THEIRS; null if no child before it
+    /// is in OURS.
+    const velNode *previous;
 };
 
-/// The three versions as data; not owned.
+/// The data of the three versions; not owned.
 struct MergeTrees
 {
     velHandle *base;
@@ -43,11 +44,11 @@ struct MergeTrees
     velHandle *theirs;
 };
 
-/// The steps, objects before what is in them; those of one object in the order
-/// of THEIRS, behind them those about what only OURS has.
+/// The steps. An object comes before its contents; the children of one object
+/// come in the order of THEIRS, then those that only OURS has.
 [[nodiscard]] std::vector<MergeStep> planMerge(const MergeTrees &trees);
 
-/// Gives the tree of OURS what THEIRS has at a path. Throws an Error.
+/// Copies what THEIRS has at a path into the tree of OURS. Throws an Error.
 void takeTheirs(const MergeTrees &trees, const std::string &path);
 
 } // namespace veltext

@@ -1,4 +1,4 @@
-// Turns the steps of a merge into edits of lines of OURS, and writes the result.
+// Turns the steps of a merge into edits of the lines of OURS, and writes the result.
 #include "veltext/mergeText.h"
 
 #include "velapilt/src/velSpace.h"
@@ -24,13 +24,13 @@ std::string allLinesOf(const SourceText &source)
     return bytesOf(source, {0, source.lineCount()});
 }
 
-/// What comes before the first line.
+/// The bytes before the first line.
 std::string byteOrderMarkOf(const SourceText &source)
 {
     return source.bytes().substr(0, source.lineStart(0));
 }
 
-/// These lines, each with this line end.
+/// These lines, each with the given line end.
 std::string linesOf(const SourceText &source, LineRange lines, const std::string &lineEnd)
 {
     std::string text;
@@ -48,18 +48,18 @@ std::string indentOf(const SourceText &source, const Place &place)
     return std::string(leadingBlanks(source.line(place.lines.first)));
 }
 
-/// Whether the line holds a remark and nothing else.
-bool isRemarkLine(std::string_view line)
+/// Whether the line has a comment and nothing else.
+bool isCommentLine(std::string_view line)
 {
     return velTrim(line).starts_with('#');
 }
 
-/// A node and all below it as text; its header has this indent.
+/// A node and all below it as text. `indent` is that of the first line.
 std::string blockText(velHandle *tree, const velNode *node, const std::string &indent,
                       const std::string &lineEnd)
 {
     std::string text;
-    std::vector<std::string> open; ///< indents of the blocks to be closed
+    std::vector<std::string> open; ///< the indents of the open blocks
     const auto closeTo = [&](std::size_t depth) {
         for (; open.size() > depth; open.pop_back())
             text.append(open.back()).append("END").append(lineEnd);
@@ -96,12 +96,12 @@ public:
         : texts_(texts), trees_(trees), lineEnd_(texts.ours.lineEnd(0)),
           inBase_(texts.base, trees.base, nodesOf(steps, {&MergeStep::base})),
           inOurs_(texts.ours, trees.ours,
-                  nodesOf(steps, {&MergeStep::ours, &MergeStep::oursParent, &MergeStep::behind})),
+                  nodesOf(steps, {&MergeStep::ours, &MergeStep::oursParent, &MergeStep::previous})),
           inTheirs_(texts.theirs, trees.theirs, nodesOf(steps, {&MergeStep::theirs}))
     {
         for (std::size_t i = 0; i < texts.ours.lineCount(); ++i) {
-            if (isRemarkLine(texts.ours.line(i)))
-                remarksOfOurs_.insert(velTrim(texts.ours.line(i)));
+            if (isCommentLine(texts.ours.line(i)))
+                commentsOfOurs_.insert(velTrim(texts.ours.line(i)));
         }
     }
 
@@ -134,7 +134,7 @@ private:
             isParam(trees_.ours, step.ours) && isParam(trees_.theirs, step.theirs);
         for (const Place &place : places) {
             const bool isLast = &place == &places.back();
-            // Of several assignments the last one alone counts.
+            // Of several assignments only the last one counts.
             if (areParams && !isLast)
                 continue;
             std::string theirs;
@@ -147,16 +147,16 @@ private:
 
     [[nodiscard]] std::size_t insertionLine(const MergeStep &step) const
     {
-        const std::vector<Place> &before = inOurs_.of(step.behind);
+        const std::vector<Place> &before = inOurs_.of(step.previous);
         if (!before.empty())
             return before.back().endLine();
         const std::vector<Place> &around = inOurs_.of(step.oursParent);
         return around.empty() ? texts_.ours.lineCount() : around.back().bodyLine;
     }
 
-    /// The assignment of OURS with the value of THEIRS. Where OURS left it as
-    /// it was, the whole of THEIRS is taken, its remark included, if it looks
-    /// as at home here.
+    /// The assignment of OURS with the value of THEIRS. If OURS did not change
+    /// the assignment, and THEIRS has it with the same indent, the lines of THEIRS
+    /// are taken with their comment.
     [[nodiscard]] std::string newAssignment(const MergeStep &step, const Place &place) const
     {
         const std::vector<Place> &former = inBase_.of(step.base);
@@ -171,7 +171,8 @@ private:
                        valueSplice(statement, {0, statement.lineCount()}, value ? value : ""));
     }
 
-    /// What stands in THEIRS, as its author wrote it where that is in one place.
+    /// The text of THEIRS: its own lines if they are in one place, else lines
+    /// made from the data.
     [[nodiscard]] std::string theirsText(const MergeStep &step) const
     {
         const std::vector<Place> &places = inTheirs_.of(step.theirs);
@@ -182,18 +183,19 @@ private:
                              lineEnd_);
         LineRange lines = places.back().lines;
         if (!step.ours) {
-            const std::size_t first = firstRemarkAbove(lines.first);
+            const std::size_t first = firstCommentAbove(lines.first);
             lines.count += lines.first - first;
             lines.first = first;
         }
         return linesOf(texts_.theirs, lines, lineEnd_);
     }
 
-    /// Remarks directly above something new come with it, unless OURS has them.
-    [[nodiscard]] std::size_t firstRemarkAbove(std::size_t line) const
+    /// Comments directly above a new statement are taken with it, unless OURS
+    /// already has them.
+    [[nodiscard]] std::size_t firstCommentAbove(std::size_t line) const
     {
-        while (line > 0 && isRemarkLine(texts_.theirs.line(line - 1)) &&
-               !remarksOfOurs_.contains(velTrim(texts_.theirs.line(line - 1))))
+        while (line > 0 && isCommentLine(texts_.theirs.line(line - 1)) &&
+               !commentsOfOurs_.contains(velTrim(texts_.theirs.line(line - 1))))
             --line;
         return line;
     }
@@ -204,11 +206,11 @@ private:
     StatementPlaces inBase_;
     StatementPlaces inOurs_;
     StatementPlaces inTheirs_;
-    std::unordered_set<std::string_view> remarksOfOurs_;
+    std::unordered_set<std::string_view> commentsOfOurs_;
     std::vector<LineEdit> edits_;
 };
 
-/// Lines put together, each begun on a line of its own.
+/// Joins pieces of text, each of which begins on a new line.
 class LineJoiner
 {
 public:
@@ -239,17 +241,17 @@ private:
     std::string lineEnd_;
 };
 
-/// The remarks of a text, without the blanks around them.
-std::vector<std::string> remarksOf(const SourceText &source)
+/// The comments of a text, without the blanks around them.
+std::vector<std::string> commentsOf(const SourceText &source)
 {
-    std::vector<std::string> remarks;
+    std::vector<std::string> comments;
     Statement statement;
     for (std::size_t line = 0; line < source.lineCount(); line += statement.lines.count) {
         readStatement(source, line, Positions::Skip, &statement);
-        if (statement.remark < statement.text.size())
-            remarks.push_back(statement.text.substr(statement.remark));
+        if (statement.comment < statement.text.size())
+            comments.push_back(statement.text.substr(statement.comment));
     }
-    return remarks;
+    return comments;
 }
 
 } // namespace
@@ -283,18 +285,18 @@ std::string wholeConflict(const SourceText &ours, const SourceText &theirs, std:
     return byteOrderMarkOf(ours) + text.take();
 }
 
-std::size_t countLostRemarks(const SourceText &base, const SourceText &theirs,
-                             const SourceText &result)
+std::size_t countLostComments(const SourceText &base, const SourceText &theirs,
+                              const SourceText &result)
 {
     std::unordered_set<std::string> known;
     for (const SourceText *text : {&base, &result}) {
-        for (std::string &remark : remarksOf(*text))
-            known.insert(std::move(remark));
+        for (std::string &comment : commentsOf(*text))
+            known.insert(std::move(comment));
     }
-    const std::vector<std::string> remarks = remarksOf(theirs);
+    const std::vector<std::string> comments = commentsOf(theirs);
     return static_cast<std::size_t>(
-        std::count_if(remarks.begin(), remarks.end(),
-                      [&](const std::string &remark) { return !known.contains(remark); }));
+        std::count_if(comments.begin(), comments.end(),
+                      [&](const std::string &comment) { return !known.contains(comment); }));
 }
 
 } // namespace veltext

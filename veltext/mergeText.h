@@ -1,6 +1,6 @@
-// OURS with the steps of a merge, as text.
+// The text of a merge: OURS with the steps of the plan.
 //
-// What no step is about stays as it is in OURS, byte for byte: remarks, blank
+// Everything that no step changes stays byte for byte as in OURS: comments, blank
 // lines, order, wrapping, line ends. A conflict becomes
 //
 //     <<<<<<< ours
@@ -9,8 +9,8 @@
 //       Kind = Solid
 //     >>>>>>> theirs
 //
-// with the lines of both sides as their authors wrote them. No parser of the
-// language takes such a text, so that it cannot be used by mistake.
+// with the lines of both sides as their authors wrote them. Every parser of the
+// language refuses such a text, so that nobody uses it by mistake.
 #pragma once
 
 #include "veltext/mergePlan.h"
@@ -22,7 +22,7 @@
 
 namespace veltext {
 
-/// The three versions as text; not owned.
+/// The texts of the three versions; not owned.
 struct MergeTexts
 {
     const SourceText &base;
@@ -30,32 +30,32 @@ struct MergeTexts
     const SourceText &theirs;
 };
 
-/// Which side stands where there is a conflict.
+/// Which side a conflict shows; Marked shows both between markers.
 enum class Resolution { Marked, Ours, Theirs };
 
-/// The signs of a conflict marker, unless the user wants another number.
+/// The length of a conflict marker, unless the user wants another length.
 inline constexpr std::size_t usualMarkerSize = 7;
 
-/// Where lines of OURS give way to others.
+/// Lines of OURS that are replaced.
 struct LineEdit
 {
-    std::size_t first; ///< line
-    std::size_t count; ///< 0: the new lines stand before the first
-    std::string ours;  ///< these lines, as they are
-    std::string theirs;
+    std::size_t first;  ///< the first line
+    std::size_t count;  ///< if 0, the new lines come before the first line
+    std::string ours;   ///< the replaced lines
+    std::string theirs; ///< the new lines
     bool isConflict;
 };
 
-/// The text of OURS and the edits that a merge makes in it. The text must outlive
-/// the object.
+/// The text of OURS and the edits of the merge. The text must outlive the object.
 class MergedText
 {
 public:
-    /// The trees hold the texts, and must not change while this is made.
+    /// The trees have the data of the texts. They must not change during the call.
     MergedText(const MergeTexts &texts, const MergeTrees &trees,
                const std::vector<MergeStep> &steps);
 
-    /// The merged bytes; markers of `markerSize` signs stay where `resolution` is Marked.
+    /// The merged bytes. With Resolution::Marked, conflicts are between markers of
+    /// `markerSize` characters.
     [[nodiscard]] std::string render(Resolution resolution,
                                      std::size_t markerSize = usualMarkerSize) const;
 
@@ -64,12 +64,12 @@ private:
     std::vector<LineEdit> edits_; ///< in the order of the lines
 };
 
-/// Both texts as one conflict.
+/// Both texts as a single conflict.
 [[nodiscard]] std::string wholeConflict(const SourceText &ours, const SourceText &theirs,
                                         std::size_t markerSize);
 
-/// How many remarks of THEIRS stand neither in BASE nor in the result.
-[[nodiscard]] std::size_t countLostRemarks(const SourceText &base, const SourceText &theirs,
-                                           const SourceText &result);
+/// How many comments of THEIRS are neither in BASE nor in the result.
+[[nodiscard]] std::size_t countLostComments(const SourceText &base, const SourceText &theirs,
+                                            const SourceText &result);
 
 } // namespace veltext

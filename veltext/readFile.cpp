@@ -1,4 +1,4 @@
-// Reads files block by block, whatever kind they are.
+// Reads files of any kind block by block.
 #include "veltext/readFile.h"
 
 #include "veltext/error.h"

@@ -1,4 +1,4 @@
-// Reading all bytes of a file.
+// Functions that read all bytes of a file.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@ namespace veltext {
 /// All bytes of a file of any kind. Throws an Error that names the file.
 [[nodiscard]] std::string readBytes(const std::string &file);
 
-/// All bytes that an open descriptor still gives; it stays open. Throws an Error
-/// that calls it `name`.
+/// All bytes from the current position of an open descriptor, which stays open.
+/// Messages of an Error call it `name`.
 [[nodiscard]] std::string readBytes(int descriptor, const std::string &name);
 
 } // namespace veltext

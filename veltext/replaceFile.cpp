@@ -1,4 +1,4 @@
-// Writes a temporary file and gives it the name of the file that it replaces.
+// Writes a temporary file and renames it to the file that it replaces.
 #include "veltext/replaceFile.h"
 
 #include "veltext/backup.h"
@@ -62,7 +62,8 @@ void EditedFile::replace(std::string_view bytes) const
     if (stat(lock_.target().c_str(), &now) != 0)
         throw systemError(name_, errno);
     if (!isUnchanged(lock_.status(), now))
-        throw Error(name_ + ": was changed by another program meanwhile; nothing was written");
+        throw Error(name_ +
+                    ": another program has changed this file; nothing was written; try again");
     makeBackup(lock_.target(), backupName(), Backup::Both);
     temporary.rename(lock_.target());
 }

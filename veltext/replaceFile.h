@@ -1,8 +1,8 @@
-// Writing files so that nobody is ever left without a complete one.
+// Writes files so that a complete file exists at every moment.
 //
-// New bytes go to a temporary file in the same folder, are flushed to the disk
-// and take the file's name in one step. The former file is kept as FILE.bak
-// before that step, so that at every moment FILE is whole, old or new.
+// New bytes go to a temporary file in the same folder and are flushed to the
+// disk. Then the former file gets the second name FILE.bak, and the temporary
+// file takes the name FILE in one step. FILE is always complete, old or new.
 #pragma once
 
 #include "veltext/fileLock.h"
@@ -12,30 +12,31 @@
 
 namespace veltext {
 
-/// A file that is going to be changed in place.
+/// A file that is changed in place.
 class EditedFile
 {
 public:
-    /// Make it before the file is read: it waits for other programs that change
-    /// the file, and locks it. Throws an Error for what cannot be changed:
-    /// standard input, not a regular file, no right to write.
+    /// Create the object before you read the file: it waits for other programs
+    /// that change the file, and locks it. Throws an Error for standard input, for
+    /// a file that is not a regular one, and for a file that cannot be written.
     explicit EditedFile(const std::string &file);
 
-    /// Gives the file these bytes; permissions and, where the user may, owner
-    /// stay. A link is followed. Throws an Error; the file is then as before,
-    /// as it is when somebody else has changed it since it was opened here.
+    /// Replaces the bytes of the file. It keeps its permissions and, if the user
+    /// has the right, its owner. A link is followed. Throws an Error and leaves
+    /// the file unchanged if this fails, or if another program has changed the
+    /// file since the object was created.
     void replace(std::string_view bytes) const;
 
-    /// FILE.bak, beside the name as given.
+    /// FILE.bak in the folder of the given name.
     [[nodiscard]] std::string backupName() const;
 
 private:
-    std::string name_; ///< as given
+    std::string name_; ///< as the caller gave it
     FileLock lock_;
 };
 
-/// Writes a file that need not exist: through a temporary one, or straight
-/// into what is not a regular file (a device, a pipe). Throws an Error.
+/// Writes a file, which need not exist: through a temporary file, or directly
+/// into a device or pipe. Throws an Error.
 void writeFile(const std::string &file, std::string_view bytes);
 
 } // namespace veltext

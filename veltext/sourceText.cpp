@@ -1,4 +1,4 @@
-// Finds the lines of a text, and what is around their contents.
+// Finds the lines of a text, their line ends and indents.
 #include "veltext/sourceText.h"
 
 #include "velapilt/src/velSpace.h"

@@ -1,9 +1,9 @@
 // The bytes of a command file and its lines.
 //
-// A line is what comes before a line feed, or after the last one; carriage
-// returns belong to it. The parser sees a line up to its first NUL only, the
-// bytes keep all of it. A byte order mark before the first line belongs to the
-// bytes, but to no line.
+// A line ends at a line feed or at the end of the text; a carriage return before
+// that belongs to the line. The parser reads a line only up to its first NUL; the
+// bytes keep everything. A byte order mark at the start belongs to the bytes, but
+// not to a line.
 #pragma once
 
 #include "velapilt/src/velArray.h"
@@ -16,28 +16,29 @@
 
 namespace veltext {
 
-/// A text and where its lines are. It owns its bytes; views of lines live as long.
+/// A text and the positions of its lines. It owns its bytes; the views of lines
+/// are valid as long as it lives.
 class SourceText
 {
 public:
-    /// Takes any bytes, also none.
+    /// Takes any bytes; they may be empty.
     explicit SourceText(std::string bytes);
 
     /// All bytes, a byte order mark included.
     [[nodiscard]] const std::string &bytes() const { return bytes_; }
-    /// Whether the bytes begin with the UTF-8 form of U+FEFF.
+    /// Whether the bytes begin with U+FEFF in UTF-8.
     [[nodiscard]] bool hasByteOrderMark() const { return firstLine_ > 0; }
     /// Lines are counted from 0; an empty text has none.
     [[nodiscard]] std::size_t lineCount() const { return starts_.size(); }
 
-    /// Position of a line's first byte; of the end of the text for lineCount().
+    /// The position of a line's first byte; for lineCount(), the end of the text.
     [[nodiscard]] std::size_t lineStart(std::size_t line) const;
     /// Without its line feed.
     [[nodiscard]] std::string_view line(std::size_t line) const;
-    /// As the parser sees it.
+    /// The part of the line that the parser reads.
     [[nodiscard]] std::string_view parsedLine(std::size_t line) const;
 
-    /// "\r\n" if the line ends so, else "\n", also for a line that is not there.
+    /// "\r\n" if the line ends with it, else "\n", also for a line that does not exist.
     [[nodiscard]] std::string_view lineEnd(std::size_t line) const;
 
     /// The lines as the database takes them. Throws bad_alloc.
@@ -52,17 +53,16 @@ private:
 /// White space at the beginning of a line.
 [[nodiscard]] std::string_view leadingBlanks(std::string_view line);
 
-/// How many first bytes of a file tell whether it is a container.
+/// How many bytes `isContainer` needs.
 inline constexpr std::size_t containerStartLength = 5;
 
-/// Whether a file that begins with these bytes is a def or res file, whose
-/// command data is not at hand as text.
+/// Whether a file that begins with these bytes is a container (def or res file).
 [[nodiscard]] bool isContainer(std::string_view bytes);
 
-/// Length of the byte order mark at the start of the bytes, 0 without one.
+/// The length of the byte order mark at the start of the bytes; 0 without one.
 [[nodiscard]] std::size_t byteOrderMarkLength(std::string_view bytes);
 
-/// The text of a regular file; nothing if it is none or cannot be read.
+/// The text of a regular file; nothing if the file is not regular or cannot be read.
 [[nodiscard]] std::optional<SourceText> readSource(const std::string &file);
 
 } // namespace veltext

@@ -1,4 +1,4 @@
-// Joins the lines of a statement and tells what kind it is, as the parser does.
+// Joins the lines of a statement and finds its kind by the parser's rules.
 #include "veltext/statement.h"
 
 #include "velapilt/src/velComponentText.h"
@@ -10,7 +10,7 @@ namespace veltext {
 
 namespace {
 
-std::size_t findRemark(std::string_view text)
+std::size_t findComment(std::string_view text)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '#' && (i == 0 || text[i - 1] != '\\'))
@@ -19,7 +19,7 @@ std::size_t findRemark(std::string_view text)
     return text.size();
 }
 
-/// Trimmed, every run of white space one blank.
+/// The text trimmed, with each run of white space as one blank.
 std::string singleBlanks(std::string_view text)
 {
     std::string result;
@@ -32,7 +32,7 @@ std::string singleBlanks(std::string_view text)
     return result;
 }
 
-/// Joins the lines; true when the last one was not continued.
+/// Joins the lines. False if the text ends in a continued line.
 bool joinLines(const SourceText &source, Positions positions, Statement *statement)
 {
     std::string &text = statement->text;
@@ -61,7 +61,7 @@ std::string headerComponent(std::string_view text, std::size_t colon)
     return name == type ? type : velJoinComponent(type, name);
 }
 
-/// Kind and component from the text before the remark.
+/// Sets kind and component from the text before the comment.
 void classify(std::string_view text, Statement *statement)
 {
     text = velTrim(text);
@@ -93,10 +93,10 @@ void readStatement(const SourceText &source, std::size_t firstLine, Positions po
     statement->component.clear();
     statement->positions.clear();
     const bool finished = joinLines(source, positions, statement);
-    statement->remark = findRemark(statement->text);
+    statement->comment = findComment(statement->text);
     if (finished) {
         statement->kind = StatementKind::Nothing;
-        classify(std::string_view(statement->text).substr(0, statement->remark), statement);
+        classify(std::string_view(statement->text).substr(0, statement->comment), statement);
     }
 }
 
@@ -107,13 +107,13 @@ std::string headerText(std::string_view type, std::string_view name)
     return name.empty() ? text : text.append(1, ' ').append(name);
 }
 
-std::size_t countRemarks(const SourceText &source)
+std::size_t countComments(const SourceText &source)
 {
     std::size_t count = 0;
     Statement statement;
     for (std::size_t line = 0; line < source.lineCount(); line += statement.lines.count) {
         readStatement(source, line, Positions::Skip, &statement);
-        count += statement.remark < statement.text.size() ? 1 : 0;
+        count += statement.comment < statement.text.size() ? 1 : 0;
     }
     return count;
 }

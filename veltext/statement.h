@@ -1,17 +1,17 @@
-// The statements of a VEL text and where they stand.
+// The statements of a VEL text and their lines.
 //
-// The database forgets lines; edits that keep a file as its author wrote it
-// need them. This reader follows the database's parser:
+// The database does not keep lines, but edits that keep a file as its author
+// wrote it need them. This reader follows the rules of the database's parser:
 //
-// - a line is trimmed; one that ends in '\' continues on the next, whose text
-//   follows directly;
-// - the first '#' of the joined text that stands at its beginning or not
-//   directly behind a '\' begins a remark, which runs to the statement's end;
-// - "&replace " before a statement does not change what it opens or sets;
-// - "END" as the whole of the joined text closes a block;
+// - a line is trimmed; if it ends in '\', it continues on the next line, and the
+//   two texts are joined without a blank;
+// - the first '#' of the joined text without a '\' directly before it begins a
+//   comment, which ends with the statement;
+// - "&replace " before a statement does not change which path it states;
+// - "END" as the complete joined text closes a block;
 // - otherwise '=' makes a parameter, ':' an object, '>' an action line.
 //
-// A test holds it against the database on random texts.
+// A test compares it with the database on random texts.
 #pragma once
 
 #include "veltext/sourceText.h"
@@ -23,17 +23,17 @@
 
 namespace veltext {
 
-/// What makes a statement sweep away what it does not restate.
+/// The word that makes a block replace the former object instead of adding to it.
 inline constexpr std::string_view replaceWord = "&replace";
 
 /// What a statement does, by the rules above.
 enum class StatementKind {
-    Nothing, ///< blank, or a remark only
+    Nothing, ///< blank, or only a comment
     Header,
     Parameter,
     End,
     Action,
-    Unfinished, ///< the text ends in a continued line, which the parser never takes up
+    Unfinished, ///< the text ends in a continued line, which the parser ignores
 };
 
 /// The lines that a statement takes.
@@ -48,26 +48,28 @@ struct Statement
 {
     LineRange lines;
     StatementKind kind = StatementKind::Nothing;
-    std::string text;       ///< joined, the remark included
-    std::size_t remark = 0; ///< where the remark begins in `text`, its size if there is none
-    std::string component;  ///< "TYPE:Name", "TYPE" or "Name"; of a header or parameter only
-    /// Where each character of `text` stands among the bytes of the source;
-    /// kept only when asked for.
+    std::string text;        ///< joined, with the comment
+    std::size_t comment = 0; ///< where the comment begins in `text`; its size without one
+    std::string component;   ///< "TYPE:Name", "TYPE" or "Name"; of a header or parameter only
+    /// The position of each character of `text` in the bytes of the source; empty
+    /// with Positions::Skip.
     std::vector<std::size_t> positions;
 };
 
-/// Whether a statement records where its characters are.
+/// Whether a statement records the positions of its characters.
 enum class Positions { Skip, Keep };
 
-/// Reads the statement that begins at a line; `statement` is reused.
+/// Reads the statement that begins at `firstLine` into `statement`, whose memory
+/// is reused.
 void readStatement(const SourceText &source, std::size_t firstLine, Positions positions,
                    Statement *statement);
 
-/// The header of an object or, without a name, of a singleton, as a line
-/// without indent: "TYPE: Name" or "TYPE:".
+/// The header line of an object, "TYPE: Name", or with an empty name of a
+/// singleton, "TYPE:". Without indent.
 [[nodiscard]] std::string headerText(std::string_view type, std::string_view name);
 
-/// How many statements and blank lines of a text carry a remark.
-[[nodiscard]] std::size_t countRemarks(const SourceText &source);
+/// How many comments a text has: a statement, or a line without one, has at most
+/// one.
+[[nodiscard]] std::size_t countComments(const SourceText &source);
 
 } // namespace veltext

@@ -1,4 +1,4 @@
-// Reads a text once and notes the lines of the nodes that are wanted.
+// Reads a text once and records the lines of the wanted nodes.
 #include "veltext/statementPlaces.h"
 
 #include "veltext/treeWalk.h"
@@ -9,18 +9,18 @@ namespace veltext {
 
 namespace {
 
-/// The blocks that are open, and the path that they give.
+/// The open blocks and the path that they form.
 class OpenBlocks
 {
 public:
     struct Block
     {
-        std::size_t pathLength; ///< of what is around it
+        std::size_t pathLength; ///< of the path around the block
         const velNode *node;
-        Place place; ///< its end is not known yet
+        Place place; ///< its end is not known until the block is closed
     };
 
-    /// `handle` is null for what is of no interest.
+    /// `handle` is null if the node is not wanted.
     void open(velHandle *handle, const Statement &statement)
     {
         const std::size_t length = path_.size();
@@ -50,7 +50,7 @@ private:
 StatementPlaces::StatementPlaces(const SourceText &source, velHandle *handle,
                                  const std::vector<const velNode *> &wanted)
 {
-    std::unordered_set<std::string> components; ///< few, against all that a file states
+    std::unordered_set<std::string> components; ///< of the wanted nodes, to skip most look-ups
     for (const velNode *node : wanted) {
         if (node && places_.try_emplace(node).second)
             components.insert(velComponentOf(velDescribe(handle, node)));

@@ -1,7 +1,7 @@
-// All places of a text that state certain nodes.
+// All places of a text that state given nodes.
 //
-// A parameter may be assigned more than once and an object opened by several
-// blocks; who takes one out of a text must know them all.
+// A parameter may be assigned more than once, and several blocks may open the
+// same object. To remove one from a text, all its places must be known.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -16,22 +16,22 @@ namespace veltext {
 struct Place
 {
     LineRange lines;
-    std::size_t bodyLine = 0; ///< the first line behind the header
+    std::size_t bodyLine = 0; ///< the first line after the header
 
     /// The line after the last one.
     [[nodiscard]] std::size_t endLine() const { return lines.first + lines.count; }
 };
 
-/// It rests on a handle that holds the parsed text and must not change
-/// while it is made.
+/// The places of the wanted nodes in one text.
 class StatementPlaces
 {
 public:
-    /// Looks for these nodes only; null ones are passed over.
+    /// `handle` has the data of the text and must not change during the call.
+    /// Null nodes in `wanted` are ignored.
     StatementPlaces(const SourceText &source, velHandle *handle,
                     const std::vector<const velNode *> &wanted);
 
-    /// In the order of the text; empty for what no line states.
+    /// In the order of the text; empty if no line states the node, or it was not wanted.
     [[nodiscard]] const std::vector<Place> &of(const velNode *node) const;
 
 private:

@@ -1,4 +1,4 @@
-// Builds the tree of statements in one pass over a text, and looks up paths in it.
+// Builds the tree of statements in one pass over a text, and finds paths in it.
 #include "veltext/statementTree.h"
 
 namespace veltext {
@@ -44,7 +44,7 @@ private:
         }
     }
 
-    /// Notes what an assignment or header states.
+    /// Records an assignment or header under its path.
     Index state(const Statement &statement)
     {
         const Index block = open_.empty() ? StatementTree::none : open_.back();
@@ -74,7 +74,7 @@ private:
 
     const SourceText &source_;
     StatementTree &tree_;
-    std::vector<Index> open_; ///< the headers of the blocks that are open
+    std::vector<Index> open_; ///< the headers of the open blocks
 };
 
 StatementTree::StatementTree(const SourceText &source)

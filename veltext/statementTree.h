@@ -1,9 +1,8 @@
-// Which statements of a text make what stands in the database.
+// Which statements of a text state which path.
 //
-// The tree has a node for every path that some statement of the text states:
-// an object by its headers, a parameter by its assignments. What a &replace
-// block has swept away is still in it; callers ask for paths that the database
-// holds, or for the nearest one above.
+// The tree has a node for each path of the text: an object is stated by its
+// headers, a parameter by its assignments. Statements that a later &replace block
+// makes void are still in the tree, so look up only paths that the database has.
 #pragma once
 
 #include "veltext/statement.h"
@@ -17,14 +16,14 @@
 
 namespace veltext {
 
-/// Nodes and statements by number. It keeps lines, and no part of the text.
+/// Nodes and statements, by number. It keeps line numbers and no part of the text.
 class StatementTree
 {
 public:
     using Index = std::uint32_t; ///< of a node or of a statement
     /// No node, or no statement.
     static constexpr Index none = static_cast<Index>(-1);
-    /// The node of the top level, which no statement states.
+    /// The node of the top level, which has no statement.
     static constexpr Index root = 0;
 
     /// A header or an assignment.
@@ -32,54 +31,54 @@ public:
     {
         LineRange lines;
         Index node;
-        Index previous;             ///< the one before that states the same node, or none
-        Index block;                ///< the header of the block that it stands in, or none
+        Index previous;             ///< the statement before it of the same node, or none
+        Index block;                ///< the header of the block around it, or none
         LineRange end{};            ///< of a header: its END
         Index lastParameter = none; ///< the last assignment directly in its block
         Index lastObject = none;    ///< the last header directly in its block
     };
 
-    /// A path that some statement states.
+    /// A path that the text states.
     struct Node
     {
         Index parent;
-        Index last; ///< the last statement that states it, or none
+        Index last; ///< its last statement, or none
         std::string component;
     };
 
-    /// Reads the whole text, which need not live on. Throws bad_alloc.
+    /// Reads the whole text and does not keep it. Throws bad_alloc.
     explicit StatementTree(const SourceText &source);
     StatementTree(StatementTree &&) = default;
     StatementTree &operator=(StatementTree &&) = default;
 
-    /// The node at a full path in normal form; none where no statement is.
+    /// The node at a full path in normal form; none if no statement states it.
     [[nodiscard]] Index find(std::string_view path) const;
-    /// The same, or the nearest above that there is.
+    /// The same, or the nearest node above it.
     [[nodiscard]] Index findNearest(std::string_view path) const;
-    /// The child of a node; none where no statement states it.
+    /// The child of a node; none if no statement states it.
     [[nodiscard]] Index findChild(Index parent, std::string_view component) const;
 
-    /// By its number, which must not be none.
+    /// `index` must not be none.
     [[nodiscard]] const Node &node(Index index) const { return nodes_[index]; }
     /// Likewise.
     [[nodiscard]] const Stated &statement(Index index) const { return statements_[index]; }
 
-    /// The last statement of the node at the path; null where there is none.
+    /// The last statement of the node at the path; null if there is none.
     [[nodiscard]] const Stated *lastOf(std::string_view path) const;
 
-    /// The number, counted from 1, of the first line of what states the path
-    /// last, or else the nearest object above it; 0 where there is none.
+    /// The first line, counted from 1, of the last statement of the path, or of
+    /// the nearest object above it; 0 if there is none.
     [[nodiscard]] std::size_t lineOf(std::string_view path) const;
 
-    /// What stands directly at the top level last; none where nothing does.
+    /// The last statement directly at the top level, or none.
     [[nodiscard]] Index lastTopLevel() const { return lastTopLevel_; }
 
-    /// The first line of a statement that the end of the text cuts off, or the
-    /// number of all lines.
+    /// The first line of an unfinished statement at the end of the text; the
+    /// number of lines if there is none.
     [[nodiscard]] std::size_t unfinishedLine() const { return unfinishedLine_; }
 
-    /// Gives a node another component; what is below goes with it. A node that
-    /// has that component already is no longer found.
+    /// Gives a node another component; its children stay below it. A sibling that
+    /// already has this component can no longer be found.
     void rename(Index index, const std::string &component);
 
 private:
@@ -102,7 +101,7 @@ private:
     Index findOrMake(Index parent, const std::string &component);
 
     std::vector<Stated> statements_;
-    std::deque<Node> nodes_; ///< never moved, for the keys point into them
+    std::deque<Node> nodes_; ///< a deque does not move them; the keys point into them
     std::unordered_map<Key, Index, KeyHash> children_;
     Index lastTopLevel_ = none;
     std::size_t unfinishedLine_ = 0;

@@ -1,4 +1,4 @@
-// A new file beside another one, whose name it is going to take.
+// A new file in the folder of another one, whose name it takes when it is complete.
 #pragma once
 
 #include <string>
@@ -8,13 +8,13 @@
 
 namespace veltext {
 
-/// Removed at the end of its life unless it was given its final name. Failures
-/// are thrown as an Error that calls the file by the name shown to the user.
+/// The destructor removes the file unless it was renamed. Errors name the file
+/// that is shown to the user.
 class TemporaryFile
 {
 public:
-    /// In the folder of `file`, so that it can take its name; messages call it
-    /// `shown`. Readable by the user alone until it is filled.
+    /// Creates it in the folder of `file`, so that it can take that name. Messages
+    /// call it `shown`. Until it is filled, only the user can read it.
     TemporaryFile(const std::string &file, std::string shown);
     ~TemporaryFile();
     TemporaryFile(const TemporaryFile &) = delete;
@@ -23,20 +23,20 @@ public:
     /// Its path until it is renamed.
     [[nodiscard]] const std::string &name() const { return name_; }
 
-    /// As far as the user may; without the right the file becomes his own.
+    /// Copies owner and group. Without the right to do so, the user stays the owner.
     void copyOwner(const struct stat &from) const;
 
-    /// Writes everything, gives the file the permissions of `mode`, flushes it
-    /// to the disk and closes it.
+    /// Writes all bytes, sets the permissions of `mode`, flushes the file to the
+    /// disk and closes it.
     void fill(std::string_view bytes, mode_t mode);
 
-    /// Takes the place of what has the name `to`.
+    /// Gives the file the name `to`, in place of a file with that name.
     void rename(const std::string &to) const;
 
 private:
     std::string shown_;
     std::string name_;
-    int descriptor_ = -1; ///< owned; −1 once it is closed
+    int descriptor_ = -1; ///< owned; −1 after it was closed
 };
 
 } // namespace veltext

@@ -1,4 +1,4 @@
-// Collects edits, and writes the text with all of them in one pass.
+// Collects edits, and writes the text with all edits in one pass.
 #include "veltext/textEdit.h"
 
 #include "veltext/error.h"
@@ -35,8 +35,8 @@ std::string indentOf(const SourceText &source, LineRange lines)
 
 /// Writes the edited text.
 ///
-/// 1. Every edit becomes splices: bytes of the source and what takes their place.
-/// 2. These are sorted by place and applied.
+/// 1. Each edit becomes splices: bytes of the source and the text that replaces them.
+/// 2. The splices are sorted by position and applied.
 class EditWriter
 {
 public:
@@ -55,7 +55,7 @@ public:
         for (const auto &[index, component] : edit_.components_)
             splices_.push_back(componentSplice(source_, statement(index).lines, component));
         for (const LineRange &lines : edit_.removed_)
-            splices_.push_back({source_.lineStart(lines.first), behind(lines), {}});
+            splices_.push_back({source_.lineStart(lines.first), endOf(lines), {}});
         for (const auto &[node, paths] : edit_.additions_)
             insert(node, paths);
         return apply();
@@ -64,13 +64,14 @@ public:
 private:
     const Stated &statement(Index index) const { return edit_.tree_.statement(index); }
 
-    std::size_t behind(LineRange lines) const
+    /// The position after the lines.
+    std::size_t endOf(LineRange lines) const
     {
         return source_.lineStart(lines.first + lines.count);
     }
 
-    /// New assignments go behind the last one of the block, new objects to its
-    /// end, so that the block reads as if it had been written so.
+    /// New assignments go after the last assignment of the block, new objects to
+    /// its end: the order in which authors write a block.
     void insert(Index node, const std::vector<std::string> &paths)
     {
         const Index header = edit_.tree_.node(node).last;
@@ -94,10 +95,10 @@ private:
         if (isObject)
             return source_.lineStart(block.end.first);
         const Index sibling = block.lastParameter;
-        return behind(sibling == StatementTree::none ? block.lines : statement(sibling).lines);
+        return endOf(sibling == StatementTree::none ? block.lines : statement(sibling).lines);
     }
 
-    /// That of the statements beside the new one, the likest first.
+    /// The indent of a sibling of the same kind, else of another sibling.
     std::string indentFor(Index header, bool isObject) const
     {
         if (header == StatementTree::none) {
@@ -115,7 +116,7 @@ private:
         return indentOf(source_, block.lines) + indentStep(block);
     }
 
-    /// How much deeper the block stands than the one that it is in.
+    /// The indent of the block in addition to that of the block around it.
     std::string indentStep(const Stated &block) const
     {
         if (block.block == StatementTree::none)
@@ -128,12 +129,12 @@ private:
     void render(const TextEdit::Added &added, const std::string &indent, std::string *text) const
     {
         if (!added.isObject) {
-            const std::string guard(added.remark.empty() ? guardOf(added.value) : "");
+            const std::string guard(added.comment.empty() ? guardOf(added.value) : "");
             line(indent + added.component + (added.value.empty() ? " =" : " = ") + added.value +
                      guard,
                  text);
-            if (!added.remark.empty())
-                text->insert(text->size() - lineEnd_.size(), ' ' + added.remark);
+            if (!added.comment.empty())
+                text->insert(text->size() - lineEnd_.size(), ' ' + added.comment);
             return;
         }
         const velComponentParts parts = velSplitComponent(added.component);
@@ -148,7 +149,7 @@ private:
         line(indent + "END", text);
     }
 
-    /// Wrapped as the editor would.
+    /// Adds a statement, wrapped as the editor wraps it.
     void line(const std::string &statement, std::string *text) const
     {
         velArray pieces(velArrayKind::Strings);
@@ -166,7 +167,7 @@ private:
         std::string result;
         std::size_t done = 0;
         for (const Splice &splice : splices_) {
-            if (splice.begin < done) // inside a block that goes as a whole
+            if (splice.begin < done) // inside a block that was removed
                 continue;
             result.append(source_.bytes(), done, splice.begin - done);
             done = splice.end;
@@ -176,7 +177,8 @@ private:
         return result;
     }
 
-    /// New lines behind a last line without a line end take its place as that.
+    /// If the last line of the text has no line end, new lines after it end
+    /// without one, too.
     void append(const Splice &splice, std::string *result) const
     {
         const bool isInsertion = splice.begin == splice.end && splice.text.ends_with('\n');
@@ -201,7 +203,7 @@ TextEdit::Index TextEdit::require(const std::string &path) const
 {
     const Index index = tree_.find(path);
     if (index == StatementTree::none)
-        throw Error(path + ": no line of the file states this");
+        throw Error(path + ": the file does not contain this object or parameter");
     return index;
 }
 
@@ -230,20 +232,20 @@ void TextEdit::rename(const std::string &path, const std::string &component)
     tree_.rename(node, component);
 }
 
-std::string TextEdit::remarkOf(const std::string &path) const
+std::string TextEdit::commentOf(const std::string &path) const
 {
     Statement statement;
     const LineRange lines = tree_.statement(tree_.node(require(path)).last).lines;
     readStatement(source_, lines.first, Positions::Skip, &statement);
-    return statement.text.substr(statement.remark);
+    return statement.text.substr(statement.comment);
 }
 
 void TextEdit::addParameter(const std::string &path, const std::string &value,
-                            const std::string &remark)
+                            const std::string &comment)
 {
     add(path, {.component = componentOf(path),
                .value = value,
-               .remark = remark,
+               .comment = comment,
                .isObject = false,
                .children = {}});
 }
@@ -252,7 +254,7 @@ void TextEdit::addObject(const std::string &path)
 {
     add(path, {.component = componentOf(path),
                .value = {},
-               .remark = {},
+               .comment = {},
                .isObject = true,
                .children = {}});
 }

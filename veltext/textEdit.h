@@ -1,8 +1,8 @@
-// Edits to a text that leave everything else as its author wrote it.
+// Edits of a text that keep everything else as its author wrote it.
 //
-// Edits are collected and applied in one go: each statement keeps its lines,
-// indent, remark and line ends but for the characters that an edit is about.
-// What is new follows the style of what stands beside it.
+// Edits are collected and applied together. An edit changes only the characters
+// of its value or name; each statement keeps its lines, indent, comment and line
+// ends. New statements follow the style of their siblings.
 #pragma once
 
 #include "veltext/statementTree.h"
@@ -13,39 +13,39 @@
 
 namespace veltext {
 
-/// Edits of one text, in any order; nothing is written before `bytes`. An edit is
-/// not checked against the rules, nor a value for what a file can hold (valueEdit.h).
+/// Edits of one text, in any order. `bytes` applies them. The class checks neither
+/// the rules nor whether a file can hold a value (see valueEdit.h).
 class TextEdit
 {
 public:
     /// The text must outlive the object.
     explicit TextEdit(const SourceText &source);
 
-    /// The statements, with the names that they will have.
+    /// The statements, with their new names.
     [[nodiscard]] const StatementTree &tree() const { return tree_; }
 
-    // Paths are full ones in normal form. Throws an Error for a path that no
-    // statement of the text states.
+    // Paths are full paths in normal form. These functions throw an Error if the
+    // text does not state the path.
 
     /// Replaces the value in the last assignment.
     void setValue(const std::string &path, const std::string &value);
 
-    /// Takes all assignments of a parameter out, or all blocks that open an
-    /// object; their remarks go with them.
+    /// Removes all assignments of a parameter, or all blocks that open an object,
+    /// with the comments on their lines.
     void remove(const std::string &path);
 
-    /// The remark behind the last assignment, from its '#' on; empty without one.
-    [[nodiscard]] std::string remarkOf(const std::string &path) const;
+    /// The comment after the last assignment, with its '#'; empty without one.
+    [[nodiscard]] std::string commentOf(const std::string &path) const;
 
-    /// Gives the node another component, in all its statements.
+    /// Changes the component of a node, in all its statements.
     void rename(const std::string &path, const std::string &component);
 
-    /// Adds an assignment behind the last one of the last block that opens the
-    /// object above, which may be a new one. `remark` stands behind the value;
-    /// empty, or from its '#' on.
+    /// Adds an assignment after the last one of the last block that opens the
+    /// object above, which may be a new object. `comment` comes after the value;
+    /// it begins with '#' or is empty.
     void addParameter(const std::string &path, const std::string &value,
-                      const std::string &remark = {});
-    /// Adds an empty block at the end of that block.
+                      const std::string &comment = {});
+    /// Adds an empty block at the end of the last block of the object above.
     void addObject(const std::string &path);
 
     /// The edited text.
@@ -54,12 +54,12 @@ public:
 private:
     using Index = StatementTree::Index;
 
-    /// A statement that is new; of an object with what is in it.
+    /// A new statement; for an object, with its contents.
     struct Added
     {
         std::string component;
         std::string value;
-        std::string remark;
+        std::string comment;
         bool isObject;
         std::vector<std::string> children; ///< their paths
     };

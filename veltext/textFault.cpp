@@ -1,4 +1,4 @@
-// Parses a text line by line to find the first one that the database refuses.
+// Parses a text line by line to find the first line that the database refuses.
 #include "veltext/textFault.h"
 
 #include "velapilt/src/velSpace.h"
@@ -13,7 +13,7 @@ namespace veltext {
 
 namespace {
 
-/// Seven or more times the same sign, alone or followed by a blank.
+/// Seven or more equal characters at the start, followed by a blank or nothing.
 bool isConflictMarker(std::string_view line)
 {
     if (line.empty() || std::string_view("<|=>").find(line[0]) == std::string_view::npos)
@@ -22,7 +22,7 @@ bool isConflictMarker(std::string_view line)
     return size >= usualMarkerSize && (size == line.size() || velIsSpace(line[size]));
 }
 
-/// The sentence for a line that nobody meant as a statement; else empty.
+/// A sentence for a line that is not meant as a statement, else empty.
 std::string explanation(const SourceText &text, std::size_t line)
 {
     if (isConflictMarker(text.parsedLine(line)))
@@ -31,8 +31,8 @@ std::string explanation(const SourceText &text, std::size_t line)
     return {};
 }
 
-/// The blocks that are open while a text is parsed, and the first END whose
-/// indent is not that of the block it closes.
+/// The open blocks while a text is parsed, and the first END with a smaller
+/// indent than the header of the block that it closes.
 class BlockLines
 {
 public:
@@ -54,7 +54,7 @@ public:
         if (suspectEnd_ > 0)
             fault.message += "; the END in line " + std::to_string(suspectEnd_ + 1) +
                              " closes the block of line " + std::to_string(suspectHeader_ + 1) +
-                             ", but has another indent";
+                             ", but is indented differently";
         return fault;
     }
 
@@ -73,7 +73,7 @@ private:
     const SourceText &text_;
     std::vector<std::size_t> open_; ///< lines of the headers
     std::size_t suspectHeader_ = 0;
-    std::size_t suspectEnd_ = 0; ///< 0 for none: a text cannot begin with an END
+    std::size_t suspectEnd_ = 0; ///< 0 if there is none: a text cannot begin with an END
 };
 
 velHandlePtr handleWithLibraries()

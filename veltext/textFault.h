@@ -1,7 +1,7 @@
-// What the parser refuses in a text, and where.
+// Finds the line at which the parser refuses a text.
 //
-// The database reports what is wrong, but not on which line. The programs ask
-// here after a text was refused: the text is parsed again, line by line.
+// The database says what is wrong, but not in which line. After it has refused a
+// text, these functions parse the text again, line by line.
 #pragma once
 
 #include "veltext/sourceText.h"
@@ -17,23 +17,23 @@ namespace veltext {
 /// A mistake in a text.
 struct TextFault
 {
-    std::size_t line = 0;     ///< counted from 1; 0 if the text as a whole is at fault
-    std::string message;      ///< the database's, or a sentence that explains it
-    bool isExplained = false; ///< the message is such a sentence
+    std::size_t line = 0;     ///< counted from 1; 0 if the whole text is wrong
+    std::string message;      ///< the message of the database, or a sentence of ours
+    bool isExplained = false; ///< the message is a sentence of ours
 };
 
-/// Parses the text into `handle`, which may already hold the rule libraries,
-/// and gives the first fault. A missing END is reported at the line that opens
-/// the innermost block that is still open. Nothing if the text parses.
+/// Parses the text into `handle`, which may already have the rule libraries, and
+/// gives the first mistake; nothing if the text is correct. A missing END is
+/// reported at the header of the innermost open block.
 [[nodiscard]] std::optional<TextFault> findFault(const SourceText &text, velHandle *handle);
 
-/// "FILE:LINE: message", or "FILE: message" without a line.
+/// "FILE:LINE: message"; "FILE: message" if the line is 0.
 [[nodiscard]] std::string placed(const std::string &file, const TextFault &fault);
 
-/// What to report when the file was refused with `message`: that message, with
-/// file and line after it if the text is at fault, and with a plain sentence on
-/// another line where there is one. The rule libraries that the environment
-/// names count as read before the file.
+/// The complete message after the file was refused with `message`: file and line
+/// follow it if there is a mistake in the text, and a sentence of ours follows on
+/// a second line if there is one. The file is parsed after the rule libraries of
+/// the environment, as the editor does it.
 [[nodiscard]] std::string explainRefusal(const std::string &file, const std::string &message);
 
 } // namespace veltext

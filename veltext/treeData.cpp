@@ -1,4 +1,4 @@
-// Copies a tree into a list of paths and values, and edits a text towards such a list.
+// Copies a tree into a list of paths and values, and edits a text to match such a list.
 #include "veltext/treeData.h"
 
 #include "veltext/textEdit.h"
@@ -23,7 +23,7 @@ bool isSameKind(const TreeData::Item &a, const TreeData::Item &b)
 
 void removeWhatIsGone(const TreeData &before, const TreeData &after, TextEdit *edit)
 {
-    std::string removed; // what is below it goes with it
+    std::string removed; // removes everything below it, too
     for (const TreeData::Item &item : before.items()) {
         if (isBelow(item.path, removed))
             continue;
@@ -35,13 +35,13 @@ void removeWhatIsGone(const TreeData &before, const TreeData &after, TextEdit *e
     }
 }
 
-std::string movedRemark(const std::string &path, const TreeData &before, const Moves &moves,
-                        const TextEdit &edit)
+std::string movedComment(const std::string &path, const TreeData &before, const Moves &moves,
+                         const TextEdit &edit)
 {
     const auto move = moves.find(path);
     if (move == moves.end() || !before.find(move->second))
         return {};
-    return edit.remarkOf(move->second);
+    return edit.commentOf(move->second);
 }
 
 } // namespace
@@ -87,7 +87,7 @@ void editTowards(const TreeData &before, const TreeData &after, const Moves &mov
         const bool isKept = was && isSameKind(*was, item);
         if (!isKept && item.value)
             edit->addParameter(item.path, *item.value,
-                               movedRemark(item.path, before, moves, *edit));
+                               movedComment(item.path, before, moves, *edit));
         else if (!isKept)
             edit->addObject(item.path);
         else if (was->value != item.value)

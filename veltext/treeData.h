@@ -1,4 +1,4 @@
-// All that a tree holds, apart from its order.
+// The data of a tree as a list of paths and values.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -25,15 +25,15 @@ public:
     };
 
     TreeData() = default;
-    /// Copies all of a tree but the root. Throws bad_alloc.
+    /// Copies all nodes of a tree except the root. Throws bad_alloc.
     explicit TreeData(velHandle *handle);
 
-    /// Adds a node after the others; of two at a path, the first is found.
+    /// Adds a node at the end. If two nodes have the same path, `find` gives the first.
     void add(Item item);
 
     /// In stored order.
     [[nodiscard]] const std::vector<Item> &items() const { return items_; }
-    /// Null where no node has this path; valid until the next add.
+    /// Null if no node has this path. The pointer is valid until the next `add`.
     [[nodiscard]] const Item *find(const std::string &path) const;
 
 private:
@@ -41,15 +41,14 @@ private:
     std::unordered_map<std::string, std::size_t> places_;
 };
 
-/// As for two trees (treeDiff.h): whether both hold the same objects, parameters
-/// and values, in whatever order.
+/// Whether both have the same objects, parameters and values, in any order.
 [[nodiscard]] bool haveSameData(const TreeData &a, const TreeData &b);
 
-/// Former paths of parameters, by those that they have moved to.
+/// The former paths of moved parameters, by their new paths.
 using Moves = std::unordered_map<std::string, std::string>;
 
-/// Edits a text that holds the data `before` so that it holds `after`. What has
-/// moved takes the remark on its line along.
+/// Edits a text with the data `before` so that it has the data `after`. A moved
+/// parameter keeps the comment on its line.
 void editTowards(const TreeData &before, const TreeData &after, const Moves &moves, TextEdit *edit);
 
 } // namespace veltext

@@ -1,4 +1,4 @@
-// Walks two trees at the same time and reports what only one has.
+// Compares two trees in one pass.
 #include "veltext/treeDiff.h"
 
 #include "veltext/counterpart.h"
@@ -11,7 +11,7 @@ namespace veltext {
 
 namespace {
 
-/// The root's path counts as empty in those of its children.
+/// The beginning of the paths of the children: empty for the root.
 std::string prefixOf(const std::string &path)
 {
     return path == "/" ? std::string() : path;
@@ -22,7 +22,7 @@ const char *text(const char *value)
     return value ? value : "";
 }
 
-/// Walks both trees at once, however deep they are nested.
+/// Walks through both trees. It has its own stack, so the depth has no limit.
 class Comparison
 {
 public:
@@ -43,14 +43,14 @@ public:
                 compareChild(level, child);
             } else {
                 if (level.matched < velChildCount(level.newNode))
-                    tellAdded(level);
+                    reportAdded(level);
                 open_.pop_back();
             }
         }
     }
 
-    /// Tells of a node that only one side has.
-    void tell(DifferenceKind kind, velHandle *tree, const velNode *node, const std::string &path)
+    /// Reports a node that only one side has, with everything below it.
+    void report(DifferenceKind kind, velHandle *tree, const velNode *node, const std::string &path)
     {
         for (TreeWalk walk(tree, node, path); walk.node(); walk.step()) {
             const char *value = walk.info().kind == velParam ? text(walk.info().value) : nullptr;
@@ -60,14 +60,14 @@ public:
     }
 
 private:
-    /// An object of both sides.
+    /// An object that both sides have.
     struct Level
     {
         const velNode *oldNode;
         const velNode *newNode;
-        const velNode *next; ///< the old child to be compared next
+        const velNode *next; ///< the next old child
         Counterpart inNew;
-        std::uint32_t matched; ///< new children that have an old one
+        std::uint32_t matched; ///< how many new children have an old one
         std::size_t pathLength;
     };
 
@@ -79,10 +79,10 @@ private:
         if (other)
             compare(child, info, other, velDescribe(new_, other));
         else
-            tell(DifferenceKind::Removed, old_, child, path_ + '/' + velComponentOf(info));
+            report(DifferenceKind::Removed, old_, child, path_ + '/' + velComponentOf(info));
     }
 
-    /// `path_` is that of the parent; the root has no component.
+    /// `path_` is the path of the parent; the root has no component.
     void compare(const velNode *oldNode, const velNodeInfo &oldInfo, const velNode *newNode,
                  const velNodeInfo &newInfo)
     {
@@ -93,8 +93,8 @@ private:
                 visit_({DifferenceKind::Changed, pathOf(oldInfo), oldValue, newValue});
         } else if (!areSameSort(oldInfo, newInfo)) {
             const std::string path = pathOf(oldInfo);
-            tell(DifferenceKind::Removed, old_, oldNode, path);
-            tell(DifferenceKind::Added, new_, newNode, path);
+            report(DifferenceKind::Removed, old_, oldNode, path);
+            report(DifferenceKind::Added, new_, newNode, path);
         } else {
             pathOf(oldInfo);
             open_.push_back({oldNode, newNode, velFirstChild(oldNode), Counterpart(new_, newNode),
@@ -102,21 +102,21 @@ private:
         }
     }
 
-    void tellAdded(const Level &level)
+    void reportAdded(const Level &level)
     {
         Counterpart inOld(old_, level.oldNode);
         for (const velNode *child = velFirstChild(level.newNode); child;
              child = velNextSibling(child)) {
             const velNodeInfo info = velDescribe(new_, child);
             if (!inOld.find(info, path_))
-                tell(DifferenceKind::Added, new_, child, path_ + '/' + velComponentOf(info));
+                report(DifferenceKind::Added, new_, child, path_ + '/' + velComponentOf(info));
         }
     }
 
     const std::string &pathOf(const velNodeInfo &child)
     {
         if (!startIsOpen_)
-            startIsOpen_ = true; // the path of the start is given
+            startIsOpen_ = true; // `path_` already is the path of the start
         else
             path_.append(1, '/').append(velComponentOf(child));
         return path_;
@@ -124,7 +124,7 @@ private:
 
     velHandle *old_;
     velHandle *new_;
-    std::string path_; ///< of the object at work, of a child while that is told of
+    std::string path_; ///< of the current object, or of its child during a report
     const DifferenceVisitor &visit_;
     bool startIsOpen_ = false;
     std::vector<Level> open_;
@@ -154,9 +154,9 @@ void compareTrees(velHandle *oldTree, const velNode *oldNode, velHandle *newTree
     if (oldNode && newNode)
         comparison.run(oldNode, newNode);
     else if (oldNode)
-        comparison.tell(DifferenceKind::Removed, oldTree, oldNode, path);
+        comparison.report(DifferenceKind::Removed, oldTree, oldNode, path);
     else if (newNode)
-        comparison.tell(DifferenceKind::Added, newTree, newNode, path);
+        comparison.report(DifferenceKind::Added, newTree, newNode, path);
 }
 
 bool haveSameData(velHandle *a, velHandle *b)

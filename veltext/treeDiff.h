@@ -1,4 +1,4 @@
-// What two trees do not have in common.
+// The differences between two trees.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -8,11 +8,11 @@
 
 namespace veltext {
 
-/// What happened to the object or parameter between the old tree and the new.
+/// What happened to an object or parameter from the old tree to the new tree.
 enum class DifferenceKind { Added, Removed, Changed };
 
-/// One object or parameter. Values are null for objects, and on the side that
-/// has none; the texts live as long as the trees.
+/// One object or parameter. Values are null for objects, and on the side that does
+/// not have the parameter. The texts are valid as long as the trees.
 struct Difference
 {
     DifferenceKind kind;
@@ -21,26 +21,27 @@ struct Difference
     const char *newValue;
 };
 
-/// One line without its end: "+ PATH = NEW", "- PATH = OLD", "~ PATH = OLD -> NEW",
-/// of an object the sign and the path.
+/// A line without its end: "+ PATH = NEW", "- PATH = OLD", "~ PATH = OLD -> NEW";
+/// for an object only the sign and the path.
 [[nodiscard]] std::string lineOf(const Difference &difference);
 
-/// Called for each difference; what it receives is valid during the call.
+/// Called for each difference. The argument is valid during the call only.
 using DifferenceVisitor = std::function<void(const Difference &)>;
 
-/// Compares what stands at `path` and below in two trees, whatever the order
-/// of siblings. An object that one side lacks is told of first, then all that
-/// is in it. Objects come in the order of the old tree, what was added to one
-/// behind the rest of it. A parameter and a singleton of the same name are one
-/// removed and one added. Either node may be null: all of the other is told of.
+/// Compares the nodes at `path`, and everything below them, in two trees. The order
+/// of siblings does not matter. An object that one side does not have is reported
+/// before its contents. Objects come in the order of the old tree; what was added
+/// to an object comes after the rest of it. If a parameter became a singleton of
+/// the same name, one was removed and the other added. If one node is null, the
+/// whole other node is reported.
 void compareTrees(velHandle *oldTree, const velNode *oldNode, velHandle *newTree,
                   const velNode *newNode, const std::string &path, const DifferenceVisitor &visit);
 
-/// Whether two whole trees hold the same objects, parameters and values, in
-/// whatever order. A parameter without a value counts as one with an empty one.
+/// Whether two trees have the same objects, parameters and values, in any order.
+/// A missing value is equal to an empty value.
 [[nodiscard]] bool haveSameData(velHandle *a, velHandle *b);
 
-/// Two nodes at the same path with all that is below them.
+/// The same for two nodes at the same path, with everything below them.
 [[nodiscard]] bool haveSameData(velHandle *a, const velNode *nodeOfA, velHandle *b,
                                 const velNode *nodeOfB, const std::string &path);
 

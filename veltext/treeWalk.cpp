@@ -1,4 +1,4 @@
-// Steps through a tree with a stack of its own, so that depth has no limit.
+// Steps through a tree with its own stack, so that the depth has no limit.
 #include "veltext/treeWalk.h"
 
 #include "veltext/statement.h"
@@ -19,7 +19,7 @@ void TreeWalk::step()
         skipChildren();
         return;
     }
-    // The root's path counts as empty in those of its children.
+    // The path of a child of the root is "/" and its component, not "//".
     open_.push_back({node_, path_ == "/" ? 0 : path_.size()});
     enter(child);
 }

@@ -1,4 +1,4 @@
-// Walking a tree in stored order, however deep it is nested.
+// Walks through a tree in stored order, without a limit for its depth.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -9,8 +9,8 @@
 
 namespace veltext {
 
-/// Visits a node and all below it, each with its path, parents before their
-/// children. The tree must not change meanwhile.
+/// Visits a node and all nodes below it, parents before their children. The tree
+/// must not change during the walk.
 ///
 ///     for (TreeWalk walk(handle, node, path); walk.node(); walk.step())
 ///         …walk.path()…
@@ -20,25 +20,26 @@ public:
     /// `path` is the full path of `start`.
     TreeWalk(const velHandle *handle, const velNode *start, std::string path);
 
-    /// Null behind the last node.
+    /// The current node; null after the last one.
     [[nodiscard]] const velNode *node() const { return node_; }
-    /// What the node is; its texts live as long as the tree.
+    /// The data of the current node; its texts are valid as long as the tree.
     [[nodiscard]] const velNodeInfo &info() const { return info_; }
-    /// The full path of the node, until the next step.
+    /// The full path of the current node; valid until the next step.
     [[nodiscard]] const std::string &path() const { return path_; }
-    /// Levels below the start.
+    /// How many levels the current node is below the start.
     [[nodiscard]] std::size_t depth() const { return open_.size(); }
 
-    /// To the next node: a child, else a sibling, else one further up.
+    /// Goes to the next node: the first child, else the next sibling, else the
+    /// next sibling of an object above.
     void step();
-    /// As step, leaving out what is below the node.
+    /// Goes to the next node that is not below the current one.
     void skipChildren();
 
 private:
     struct Level
     {
         const velNode *node;
-        std::size_t pathLength; ///< of the node's path, 0 for the root
+        std::size_t pathLength; ///< of the path of the node; 0 for the root
     };
 
     void enter(const velNode *node);

@@ -1,4 +1,4 @@
-// Finds the characters of a value in its statement, and wraps a new one as the old.
+// Replaces the characters of a value in its statement, wrapped as before.
 #include "veltext/valueEdit.h"
 
 #include "veltext/error.h"
@@ -21,7 +21,7 @@ struct TextRange
     std::size_t end = 0;
 };
 
-/// Without the blanks at its ends.
+/// The range without the blanks at its ends.
 TextRange trimmed(std::string_view text, TextRange range)
 {
     const std::string_view kept = velTrim(text.substr(range.begin, range.end - range.begin));
@@ -31,7 +31,7 @@ TextRange trimmed(std::string_view text, TextRange range)
 
 TextRange findValue(const Statement &statement)
 {
-    return trimmed(statement.text, {statement.text.find('=') + 1, statement.remark});
+    return trimmed(statement.text, {statement.text.find('=') + 1, statement.comment});
 }
 
 /// How the lines of a continued statement look.
@@ -56,7 +56,7 @@ std::size_t lineOf(const SourceText &source, LineRange lines, std::size_t positi
     return line;
 }
 
-/// Tells the commas between list entries from those within one.
+/// Counts parentheses: a comma between parentheses does not separate list entries.
 class Parentheses
 {
 public:
@@ -67,7 +67,7 @@ private:
     int depth_ = 0;
 };
 
-/// Wraps a value into the place of an old one.
+/// Wraps a value over lines as the old value was wrapped.
 class Wrapper
 {
 public:
@@ -82,7 +82,7 @@ public:
         findStyle(old);
     }
 
-    /// The bytes from the first to behind the last old character become these.
+    /// The text that replaces the old value from the byte `*keptUntil` on.
     std::string wrap(std::string_view value, std::size_t *keptUntil) const
     {
         const std::size_t kept = keptPieces(&value);
@@ -103,7 +103,7 @@ public:
     }
 
 private:
-    /// Where the characters that stand on one line with the first one end.
+    /// The end of the characters that are on the same line as the first one.
     std::size_t pieceEnd(std::size_t begin, std::size_t end) const
     {
         const std::size_t line = lineOf(source_, statement_.lines, statement_.positions[begin]);
@@ -147,9 +147,9 @@ private:
         return text.ends_with(',') && commas == 1;
     }
 
-    /// Takes the old pieces with which the value begins off it, and counts
-    /// them. The last one is never kept: what follows differs. A line cannot
-    /// begin with a blank of the value, for it would be taken as indent.
+    /// Removes the old pieces from the beginning of the value, and counts them.
+    /// The last piece is never kept, because no '\' follows it. A line cannot
+    /// begin with a blank of the value: it would be read as indent.
     std::size_t keptPieces(std::string_view *value) const
     {
         std::size_t kept = 0;
@@ -185,7 +185,7 @@ private:
         return best;
     }
 
-    /// Behind a comma and the blank that follows it, if one does.
+    /// Whether an entry ends before `i`: after a comma and the blank that may follow.
     static bool endsEntry(std::string_view value, std::size_t i)
     {
         if (value[i - 1] == ',')
@@ -199,13 +199,13 @@ private:
     Style style_;
 };
 
-/// A value where there is none: one blank behind the '=', which may be there
-/// already, and one before a remark.
-Splice firstValue(const SourceText &source, std::size_t behindEquals, std::string_view value)
+/// Inserts a value where there is none: with one blank after the '=', which may
+/// exist already, and one before a comment.
+Splice firstValue(const SourceText &source, std::size_t afterEquals, std::string_view value)
 {
-    const std::string_view rest = std::string_view(source.bytes()).substr(behindEquals);
+    const std::string_view rest = std::string_view(source.bytes()).substr(afterEquals);
     const bool hasBlank = rest.starts_with(' ') && !rest.starts_with(" #");
-    const std::size_t place = behindEquals + (hasBlank ? 1 : 0);
+    const std::size_t place = afterEquals + (hasBlank ? 1 : 0);
     return {place, place, (hasBlank ? "" : " ") + std::string(value)};
 }
 
@@ -225,12 +225,13 @@ std::string storageFault(std::string_view value)
         return start + "control character number " +
                std::to_string(static_cast<unsigned char>(value[check.position])) +
                " is not allowed";
-    case veltext::ValueFault::Remark:
+    case veltext::ValueFault::Comment:
         return start + "'#' begins a comment; write \\#";
     case veltext::ValueFault::FinalBackslash:
-        return start + "a final backslash continues the line";
+        return start + "a backslash at its end continues the line; remove it";
     case veltext::ValueFault::WhiteSpace:
-        return start + "tabs, blanks at either end, and several in a row, are not kept";
+        return start + "tabs, blanks at its ends and several blanks in a row are not kept; "
+                       "use single blanks";
     case veltext::ValueFault::None:
         break;
     }
@@ -243,11 +244,11 @@ Splice valueSplice(const SourceText &source, LineRange lines, std::string_view v
     readStatement(source, lines.first, Positions::Keep, &statement);
     const TextRange old = findValue(statement);
     std::string_view guard = guardOf(value);
-    if (statement.remark < statement.text.size()) // that comment will do, after a blank
-        guard = guard.substr(0, old.end == statement.remark ? 1 : 0);
+    if (statement.comment < statement.text.size()) // the comment does the same, after a blank
+        guard = guard.substr(0, old.end == statement.comment ? 1 : 0);
     if (old.begin == old.end) {
-        const std::size_t behindEquals = statement.positions[statement.text.find('=')] + 1;
-        return firstValue(source, behindEquals, std::string(value).append(guard));
+        const std::size_t afterEquals = statement.positions[statement.text.find('=')] + 1;
+        return firstValue(source, afterEquals, std::string(value).append(guard));
     }
     const std::size_t end = statement.positions[old.end - 1] + 1;
     Splice splice{statement.positions[old.begin], end, std::string(value)};
@@ -269,9 +270,9 @@ Splice componentSplice(const SourceText &source, LineRange lines, std::string_vi
     const velComponentParts parts = velSplitComponent(component);
     std::string renamed(parts.type);
     std::size_t end = first.end;
-    // A singleton may be written "TYPE: TYPE" too, and would be no singleton
-    // any more if only its first word were renamed.
-    const TextRange name = trimmed(text, {sign + 1, statement.remark});
+    // A singleton may be written as "TYPE: TYPE". It would become an object if only
+    // the first word were renamed.
+    const TextRange name = trimmed(text, {sign + 1, statement.comment});
     if (!isParameter && !parts.hasColon && name.begin < name.end) {
         renamed.append(text, first.end, name.begin - first.end).append(component);
         end = name.end;

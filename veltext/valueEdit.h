@@ -1,4 +1,4 @@
-// Putting a new value into the text of a statement.
+// Puts a new value into the text of a statement.
 #pragma once
 
 #include "veltext/statementTree.h"
@@ -8,15 +8,15 @@
 
 namespace veltext {
 
-/// Why no line of a file can hold the value so that it reads back the same;
-/// empty if one can.
+/// Why a file cannot hold the value so that reading gives the same value again;
+/// empty if it can. A sentence for the user.
 [[nodiscard]] std::string storageFault(std::string_view value);
 
-/// What a line needs after a value so that its final backslash does not continue
-/// the line: an empty comment. Empty for other values.
+/// The empty comment that a line needs after a value that ends in a backslash, so
+/// that it does not continue the line. Empty for other values.
 [[nodiscard]] std::string_view guardOf(std::string_view value);
 
-/// Bytes of a source, and what takes their place.
+/// A range of bytes of a source, and the text that replaces them.
 struct Splice
 {
     std::size_t begin = 0;
@@ -24,21 +24,20 @@ struct Splice
     std::string text;
 };
 
-/// Replaces the value of the parameter statement on these lines. Nothing but
-/// the value's own characters changes: name, blanks, remark and line ends stay.
-/// A value that was continued over several lines is wrapped again as those
-/// were: pieces that stay the same keep their lines, others get the indent and
-/// at most the length of the old ones, or one list entry each where they held
-/// one each.
+/// Replaces the value of the parameter statement on these lines. Only the
+/// characters of the value change: name, blanks, comment and line ends stay.
+/// A value over several lines is wrapped in the same way again: unchanged pieces
+/// keep their lines; new lines get the indent and at most the length of the old
+/// lines, or one list entry each if the old lines had one each.
 [[nodiscard]] Splice valueSplice(const SourceText &source, LineRange lines, std::string_view value);
 
-/// Replaces the name of the parameter, or the type of the object, that the
-/// statement on these lines states; of "TYPE:Name" the type is taken, the name
+/// Replaces the name of the parameter, or the type of the object, in the statement
+/// on these lines. If `component` is "TYPE:Name", only the type is used; the name
 /// in the text stays.
 [[nodiscard]] Splice componentSplice(const SourceText &source, LineRange lines,
                                      std::string_view component);
 
-/// The bytes of the source with the splice made.
+/// The bytes of the source after the splice.
 [[nodiscard]] std::string spliced(const SourceText &source, const Splice &splice);
 
 } // namespace veltext

@@ -1,4 +1,4 @@
-// Looks through a value for what a command file would not give back.
+// Searches a value for characters that a command file does not keep.
 #include "veltext/valueText.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ std::size_t findControlCharacter(std::string_view value)
     return found != value.end() ? static_cast<std::size_t>(found - value.begin()) : none;
 }
 
-std::size_t findRemark(std::string_view value)
+std::size_t findComment(std::string_view value)
 {
     std::size_t found = value.find('#');
     while (found != none && found > 0 && value[found - 1] == '\\')
@@ -49,8 +49,8 @@ ValueCheck checkValueText(std::string_view value)
 {
     if (const std::size_t i = findControlCharacter(value); i != none)
         return {ValueFault::ControlCharacter, i};
-    if (const std::size_t i = findRemark(value); i != none)
-        return {ValueFault::Remark, i};
+    if (const std::size_t i = findComment(value); i != none)
+        return {ValueFault::Comment, i};
     if (const std::size_t i = findFinalBackslash(value); i != none)
         return {ValueFault::FinalBackslash, i};
     if (const std::size_t i = findLostWhiteSpace(value); i != none)

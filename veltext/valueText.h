@@ -1,8 +1,8 @@
-// What a value may be so that a command file gives it back as it was.
+// Checks whether a command file keeps a value as it is.
 //
-// The database stores any text; once a file has been written it is too late to
-// find out. Whoever takes a value from a user therefore asks here first, and
-// words the refusal itself.
+// The database stores any text, but a file does not: the loss would show only when
+// the file is read again. So a program checks each value that a user enters, and
+// writes its own message.
 #pragma once
 
 #include <cstddef>
@@ -10,24 +10,24 @@
 
 namespace veltext {
 
-/// Why a file would not give a value back.
+/// Why a file does not keep a value.
 enum class ValueFault {
-    None,             ///< a file gives the value back
-    ControlCharacter, ///< a line cannot hold it
-    Remark,           ///< a '#' without a back-slash before it begins a remark
-    FinalBackslash,   ///< would continue the line
-    WhiteSpace,       ///< outer blanks go, a tab or several blanks become one blank
+    None,             ///< a file keeps the value
+    ControlCharacter, ///< a line cannot contain it
+    Comment,          ///< a '#' without a backslash before it begins a comment
+    FinalBackslash,   ///< it continues the line
+    WhiteSpace,       ///< blanks at the ends are lost; tabs and runs become one blank
 };
 
 /// The result of a check.
 struct ValueCheck
 {
     ValueFault fault = ValueFault::None;
-    std::size_t position = 0; ///< of the first character with that fault, in bytes
+    std::size_t position = 0; ///< of the first wrong character, in bytes
 };
 
-/// The first fault of the worst kind: the order is that of the kinds above, of
-/// which white space alone leaves the value what it means.
+/// The first mistake of the worst kind, in the order of the kinds above. White
+/// space comes last because it does not change the meaning of the value.
 [[nodiscard]] ValueCheck checkValueText(std::string_view value);
 
 } // namespace veltext

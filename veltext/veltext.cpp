@@ -1,4 +1,4 @@
-// Reads command files for programs, and gives differences that own their texts.
+// Reads command files and compares them, with results that own their texts.
 #include "veltext/veltext.h"
 
 #include "veltext/readFile.h"

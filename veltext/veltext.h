@@ -1,26 +1,26 @@
-// VEL command files, as their authors wrote them.
+// Reads, compares, edits and merges VEL command files, as their authors wrote them.
 //
-// This one header is all that a program includes; it links `veltext`. What it
-// offers, each part documented in a header of its own:
+// A program includes this header only, and links `veltext`. Each part has its
+// documentation in its own header:
 //
-//   CommandText    a file read: its text and the data in it      (below)
+//   CommandText    the text and the data of a file               (below)
 //   SourceText     bytes, lines, line ends, byte order mark      sourceText.h
-//   StatementTree  which statement of the text states what       statementTree.h
+//   StatementTree  the lines that state each path                statementTree.h
 //   TreeWalk       the data, node by node                        treeWalk.h
-//   TextEdit       edits that touch only their own lines         textEdit.h
-//   storageFault   what a value may be                           valueEdit.h
+//   TextEdit       edits that change only their own lines        textEdit.h
+//   storageFault   whether a file can hold a value               valueEdit.h
 //   diff, merge    versions of a file, path by path              (below)
-//   EditedFile     one lock, one backup, one atomic replacement  replaceFile.h
-//   findFault      the line at which a text is wrong             textFault.h
+//   EditedFile     lock, backup and atomic replacement           replaceFile.h
+//   findFault      the line with the first mistake               textFault.h
 //
-// Paths are full ones in normal form: "/FLOW/DOMAIN:Duct/Option" is the
+// Paths are full paths in normal form: "/FLOW/DOMAIN:Duct/Option" is the
 // parameter Option of the object Duct, of type DOMAIN, in the singleton FLOW.
 //
-// Errors. What cannot be done throws an Error (error.h), whose message is for
-// the user and names the file or path; arguments and files are then as before.
-// Where memory runs out, bad_alloc is thrown.
+// Errors. A function that fails throws an Error (error.h), whose message is for
+// the user and names the file or path. Arguments and files are then unchanged.
+// Without memory, bad_alloc is thrown.
 //
-// Objects that share nothing may be used by several threads at the same time.
+// Several threads may use objects that share nothing at the same time.
 // docs/veltext.md has a complete program.
 #pragma once
 
@@ -44,34 +44,34 @@
 
 namespace veltext {
 
-/// A command file that has been read. It owns its text and its data, and both
-/// stay as they are: an edit gives bytes, of which another one is made.
+/// The text and the data of a command file. Both are owned and never change: an
+/// edit gives bytes, from which you make a new CommandText.
 class CommandText
 {
 public:
-    /// The rule libraries are not read. Throws an Error that begins with `name`
-    /// and the line at fault if the bytes are not VEL.
+    /// Does not read the rule libraries. Throws an Error with `name` and the line
+    /// if the bytes are not VEL.
     explicit CommandText(SourceText source, const std::string &name = "text");
     explicit CommandText(std::string bytes, const std::string &name = "text")
         : CommandText(SourceText(std::move(bytes)), name)
     {
     }
 
-    /// Reads a file of any kind. Throws an Error also if it cannot be read.
+    /// Reads a file of any kind. Also throws an Error if the file cannot be read.
     [[nodiscard]] static CommandText read(const std::string &file);
 
-    /// Lives as long as this object. A TextEdit of it must not live longer.
+    /// Valid as long as this object. A TextEdit of it must not live longer.
     [[nodiscard]] const SourceText &source() const { return source_; }
 
-    /// The data, for the functions of the database (velapilt.h). Owned by this
-    /// object, and not to be changed.
+    /// The data, for the functions of the database (velapilt.h). This object owns
+    /// it; do not change it.
     [[nodiscard]] velHandle *tree() const { return tree_.get(); }
 
-    /// A copy of the value; nothing where no parameter with a value is.
+    /// A copy of the value; nothing if there is no parameter with a value at the path.
     [[nodiscard]] std::optional<std::string> value(const std::string &path) const;
 
-    /// The node at the path and all below it, parents first. Not to be used
-    /// after this object; without any node for a path that is not there.
+    /// The node at the path and all nodes below it, parents first; no nodes if the
+    /// path does not exist. Must not be used after the end of this object.
     [[nodiscard]] TreeWalk walk(const std::string &path = "/") const;
 
 private:
@@ -79,41 +79,41 @@ private:
     velHandlePtr tree_;
 };
 
-/// One object or parameter that two files do not have in common.
+/// A difference between two files: one object or parameter.
 struct Change
 {
     DifferenceKind kind; ///< Added, Removed or Changed
     std::string path;
-    std::optional<std::string> oldValue; ///< nothing for an object, or without an old one
-    std::optional<std::string> newValue; ///< likewise
+    std::optional<std::string> oldValue; ///< nothing for an object, or if it was added
+    std::optional<std::string> newValue; ///< nothing for an object, or if it was removed
 };
 
-/// What `after` has and `before` has not, and the other way round, whatever the
-/// order in the files: in the order of compareTrees (treeDiff.h).
+/// The differences from `before` to `after`, in the order of compareTrees
+/// (treeDiff.h). The order in the files does not matter.
 [[nodiscard]] std::vector<Change> diff(const CommandText &before, const CommandText &after);
 
-/// A path at which a merge found two different changes.
+/// A path that both sides of a merge changed in different ways.
 struct MergeConflict
 {
     std::string path;
-    std::string reason; ///< a part of a sentence: "changed on both sides"
+    std::string reason; ///< such as "changed on both sides"
 };
 
-/// What a merge gives.
+/// The result of a merge.
 struct Merge
 {
-    std::string bytes; ///< OURS with what THEIRS changed; conflicts are marked
+    std::string bytes; ///< OURS with the changes of THEIRS; conflicts are marked
     std::vector<MergeConflict> conflicts;
-    /// All of the file is one conflict: statement by statement, the result would
-    /// not hold what it must. `conflicts` is then empty.
+    /// The whole file is one conflict, because a merge statement by statement would
+    /// give wrong data. `conflicts` is empty then.
     bool isOneConflict = false;
-    std::size_t lostRemarks = 0; ///< comments of THEIRS that the result has not
+    std::size_t lostComments = 0; ///< how many comments of THEIRS are not in the result
 };
 
-/// Takes what THEIRS changed since BASE into the text of OURS, which stays as
-/// it is elsewhere. Conflicts are between lines of `markerSize` signs. The
-/// result has been read again, with each side of the conflicts. OURS is used up:
-/// its data becomes that of the result, to compare with.
+/// Puts the changes from BASE to THEIRS into the text of OURS; other lines of OURS
+/// do not change. Conflicts are between markers of `markerSize` characters. The
+/// result was read again and checked, with each side of the conflicts. OURS is
+/// taken by value because its data is changed for this check.
 [[nodiscard]] Merge merge(const CommandText &base, CommandText ours, const CommandText &theirs,
                           std::size_t markerSize = 7);
 

@@ -1,11 +1,11 @@
-// Writing every byte to a descriptor.
+// Writes all bytes to a descriptor.
 #pragma once
 
 #include <string_view>
 
 namespace veltext {
 
-/// Writes all of `text`. Gives 0, or the error number of what fell short.
+/// Writes all of `text`. Returns 0, or the error number if a write failed.
 [[nodiscard]] int writeAll(int descriptor, std::string_view text);
 
 } // namespace veltext

@@ -145,8 +145,8 @@ TEST_F(ContainerCheck, RebuildingAFileThatWasCut)
     ASSERT_EQ(rebuild_container(env_, report_, "f", result), IO_OK);
     EXPECT_EQ(result.datasets, 1);
     EXPECT_EQ(result.dropped_bytes, 50);
-    ASSERT_EQ(result.remarks.size(), 1U);
-    EXPECT_EQ(result.remarks[0].find("recreate_indextable: fseek of "), 0U);
+    ASSERT_EQ(result.messages.size(), 1U);
+    EXPECT_EQ(result.messages[0].find("recreate_indextable: fseek of "), 0U);
     EXPECT_EQ(faults(), "");
     EXPECT_EQ(listed(false).substr(0, 3), "Y B");
 }

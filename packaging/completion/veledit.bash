@@ -1,2 +1,2 @@
-# Completion of veledit for bash.
+# Completes veledit in bash.
 complete -f -W '-safe --help --version' veledit

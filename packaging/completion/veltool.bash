@@ -28,7 +28,7 @@ _veltool_words() {
     done
 }
 
-# A word as typed, without its quotes and back-slashes.
+# The text of a typed word, without its quotes and backslashes.
 _veltool_plain() {
     local word=$1
     case $word in

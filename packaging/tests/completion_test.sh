@@ -100,7 +100,7 @@ expect "paths in zsh" "/FLOW/DOMAIN:Long Duct/Kind
     "$(in_zsh veltool set 'a\ case.vel' '/FLOW/DOMAIN:Long\ Duct/')"
 expect "no path after a path" "" "$(in_bash 'veltool get a\ case.vel /FLOW x' \
     veltool get 'a\ case.vel' /FLOW x)"
-expect "nothing of a file that cannot be read" "" \
+expect "no paths of a file that cannot be read" "" \
     "$(in_bash 'veltool set none.vel /FLOW' veltool set none.vel /FLOW 2>&1)"
 
 finish

@@ -30,7 +30,7 @@ stand_in() {
     } >"$bin/$1"
     chmod +x "$bin/$1"
 }
-# installed PACKAGE...: what dpkg-query answers.
+# installed PACKAGE...: sets the packages that dpkg-query reports.
 installed() {
     {
         printf '#!/bin/sh\n'
@@ -75,14 +75,14 @@ update='apt-get -qq -o DPkg::Lock::Timeout=600 update'
 calls() { grep -vE '^(nproc|id) ' "$record" || true; }
 
 dev build
-expect "nothing missing: no root is asked for" "$quiet_build" "$(calls)"
+expect "nothing missing: no root rights are needed" "$quiet_build" "$(calls)"
 expect "nothing missing: status" 0 "$status"
 
 installed alpha gamma-dev
 dev build
 expect "missing ones are installed, without an update" "$apt beta gamma
 $quiet_build" "$(calls)"
-expect "what is said" "dev: installing: beta gamma 
+expect "the output" "dev: installing: beta gamma 
 dev: building in build/" "$said"
 
 installed alpha beta
@@ -213,11 +213,11 @@ git -C "$nightly" -c user.name=a -c user.email=a@example.org commit --quiet -m "
 : >"$record"
 said=$("$nightly/.ci/words" build lint clean) && status=0 || status=$?
 expect "nightly: status" 1 "$status"
-expect "nightly: what is said" "good    build 
+expect "nightly: the output" "good    build 
 FAILED  lint HEAD
 a finding
 good    clean " "$said"
-expect "nightly: what is run" "dev build
+expect "nightly: the words that it runs" "dev build
 dev lint HEAD
 dev clean" "$(cat "$record")"
 
@@ -253,17 +253,17 @@ git -C "$clone" add .
 echo bad >"$clone/text"
 said=$(git -C "$clone" -c user.name=a -c user.email=a@example.org \
     commit --quiet --allow-empty -m "Again" 2>&1) && status=0 || status=$?
-expect "hook: looks at what is staged" "0:" "$status:$said"
+expect "hook: checks the staged files" "0:" "$status:$said"
 echo "# mine" >"$clone/.git/hooks/pre-commit"
 said=$("$clone/dev" hook 2>&1) && status=0 || status=$?
-expect "hook: another one is left alone" \
+expect "hook: another hook is kept" \
     "1:dev: .git/hooks/pre-commit is there already; remove it first, or call tools/hooks/pre-commit from it" \
     "$status:$said"
 
 # --- Running, installing, cleaning ---
 
 dev run "$scratch/no such.vel"
-expect "run: a file that is not there" "dev: $scratch/no such.vel: no such file" \
+expect "run: a missing file" "dev: $scratch/no such.vel: no such file" \
     "$(printf '%s\n' "$said" | tail -n 1)"
 expect "run: its status" 1 "$status"
 
@@ -273,7 +273,7 @@ cmake --build --preset release --parallel 3 -- --quiet
 cmake --install build-release --prefix /some/prefix" "$(calls)"
 here=$(pwd)
 dev install relative
-expect "install: a prefix seen from the caller" \
+expect "install: a relative prefix" \
     "cmake --install build-release --prefix $here/relative" "$(calls | tail -n 1)"
 stand_in cmake <<'END'
 case $* in
@@ -285,7 +285,7 @@ expect "install: not allowed" 1 "$status"
 
 mkdir -p "$tree/build/x" "$tree/build-sanitize" "$tree/builders"
 PATH="$bin:$PATH" "$tree/dev" clean
-expect "clean: only what the words have built" "builders
+expect "clean: only build folders" "builders
 dev
 packages.txt" "$(ls "$tree")"
 

@@ -26,8 +26,8 @@ See [good](docs/good.md), [its heading](docs/good.md#a-heading-with-code),
     ./dev walk
 END
 said=$("$check" "$scratch") && status=0 || status=$?
-expect "a bad document" '1:README.md:3: the link to "docs/bad.md" leads nowhere
-README.md:3: "docs/good.md#nothing": no such heading
-README.md:5: ./dev has no word "walk"' "$status:$said"
+expect "a bad document" '1:README.md:3: there is no file for the link "docs/bad.md"
+README.md:3: there is no heading for the link "docs/good.md#nothing"
+README.md:5: ./dev has no command "walk"' "$status:$said"
 
 finish

@@ -1,9 +1,9 @@
 # What the script tests share; they source this file. It prints each expectation
 # that is not met, with the actual text.
 #
-#     . expect.sh             makes a scratch folder, $scratch, removed at exit
+#     . expect.sh             makes a temporary folder, $scratch, removed at exit
 #     expect WHAT WANTED GOT  compares two texts
-#     finish                  ends the script: 0 if all was as expected
+#     finish                  ends the script: 0 without failures
 
 failures=0
 scratch=$(mktemp -d)

@@ -14,7 +14,7 @@ DESTDIR=$stage cmake --install "$VEL_BUILD_DIR" --prefix /opt/vel >"$scratch/log
 }
 prefix=$stage/opt/vel
 
-expect "nothing beside the prefix" "opt" "$(ls "$stage")"
+expect "no files outside the prefix" "opt" "$(ls "$stage")"
 for path in bin/veledit bin/veltool libexec/veleditor/veleditor; do
     expect "$path can be run" yes "$([ -x "$prefix/$path" ] && echo yes)"
 done
@@ -33,7 +33,7 @@ if [ -x "$VEL_BUILD_DIR/bin/velhelp" ]; then
     expect "the help viewer can be run" yes \
         "$([ -x "$prefix/libexec/veleditor/velhelp" ] && echo yes)"
 fi
-expect "nothing that only building needs" "" \
+expect "no files that only a build needs" "" \
     "$(find "$prefix" -name '*.a' -o -name '*.cmake' -o -name '*.h' -o -name '*_test*')"
 
 file="$scratch/a file.vel"
@@ -50,16 +50,16 @@ cat >"$scratch/where.pl" <<'PERL'
 use VEL::Parser::Lite;
 print $INC{'VEL/Parser/Lite.pm'};
 PERL
-expect "veltool takes the Perl packages that it was installed with" \
+expect "veltool uses the installed Perl packages" \
     "$prefix/share/veleditor/perl/VEL/Parser/Lite.pm" \
     "$("$prefix/bin/veltool" perl "$scratch/where.pl")"
 expect "the module loads from there with the system's perl" "ok" \
     "$(PERL5LIB=$prefix/share/veleditor/perl ${VEL_PERL:-perl} -MVEL::Parser::Lite \
         -e 'print VEL::Parser::Lite::NEW() ? "ok" : "no database"')"
-expect "the editor starts and keeps to its command line" \
+expect "the editor starts and checks its command line" \
     "$prefix/libexec/veleditor/veleditor: must specify a vel file" "$("$prefix/bin/veledit")"
 viewer=$prefix/share/veleditor/help/../../HelpViewer/OMBRAHelpViewer.exe
-expect "the help viewer is where the editor looks for it" "Usage:" \
+expect "the help viewer runs where the editor expects it" "Usage:" \
     "$("$viewer" --help | cut -d ' ' -f 1 | head -n 1)"
 expect "with its pages" yes "$([ -f "$prefix/share/veleditor/help/en-us/tutorials.md" ] && echo yes)"
 

@@ -7,7 +7,7 @@ set -eu
 unset ZOT5_VEL_PARSER ZOT5_VEL_LIBSDIR ZOT5_VEL_LIBS ZOT5ROOT ZOTBUILDID ZOT_HELP_DIR \
     VEL_BUILD_DIR
 
-# place EDITOR DATA: a stand-in for the editor, and the data that it needs.
+# place EDITOR DATA: makes a script in place of the editor, and the data that it needs.
 place() {
     mkdir -p "$(dirname -- "$1")" "$2/libraries" "$2/etc"
     : >"$2/libraries/rules.vel"

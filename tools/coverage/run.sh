@@ -11,4 +11,4 @@ gcovr --root . --object-directory build-coverage --gcov-ignore-parse-errors \
     --exclude '.*/tests/.*' --exclude 'build.*' --exclude 'bench/.*' \
     --html-details "$out/index.html" --txt "$out/summary.txt"
 cat "$out/summary.txt"
-printf 'coverage: line by line in %s/index.html\n' "$out"
+printf 'coverage: see each line in %s/index.html\n' "$out"

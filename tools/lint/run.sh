@@ -61,9 +61,9 @@ if [ -s "$work/perl" ]; then
         finding "perlcritic has findings"
 fi
 
-tools/lint/check-layers || finding "the layers are broken"
-tools/lint/check-documents || finding "a document points nowhere"
+tools/lint/check-layers || finding "check-layers has findings"
+tools/lint/check-documents || finding "check-documents has findings"
 
-[ "$status" -ne 0 ] || printf 'lint: %s sources, %s scripts: nothing to say\n' \
+[ "$status" -ne 0 ] || printf 'lint: %s sources, %s scripts: no findings\n' \
     "$(wc -l <"$work/sources")" "$(wc -l <"$work/scripts")"
 exit "$status"

@@ -39,7 +39,7 @@ sub read_command {
     my ($program, $name) = @_;
     my $text = help($program, split(/ /, $name));
     my ($purpose, $details, $rest) = $text =~ /\A(.*?)\n\n(?:(.*?)\n\n)?\n?(Usage: .*)\z/s
-        or die "$program $name --help is not understood:\n$text";
+        or die "$program $name --help has an unknown form:\n$text";
     my ($words) = $rest =~ /\AUsage: veltool \Q$name\E \[OPTIONS\] ?(.*)/;
     my %command = (
         name    => $name,
@@ -71,7 +71,7 @@ sub read_options {
         } elsif (@options && $line =~ /^ {3,}(\S.*)/) {
             $options[-1]{text} .= ($options[-1]{text} eq '' ? '' : ' ') . $1;
         } elsif ($line =~ /^ +-/) {
-            die "the option \"$line\" is not understood\n";
+            die "the line \"$line\" is not an option\n";
         }
     }
     return @options;

@@ -1,5 +1,4 @@
-// veltool: command files for the shell, scripts, clusters and continuous
-// integration. No display is needed.
+// veltool: shows, checks and edits command files from the shell, without a display.
 #include "common/writeSignals.h"
 #include "tools/veltool/support/commandLine.h"
 #include "tools/veltool/support/programPlace.h"
@@ -9,8 +8,8 @@
 
 namespace {
 
-/// Standard streams that the caller closed are opened for the other direction,
-/// so that no file of the user's gets their number and using them fails.
+/// Opens /dev/null for standard streams that the caller closed, so that no file of the
+/// user gets their number. The wrong direction makes every use of them fail.
 void occupyStandardStreams()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -24,8 +23,7 @@ void occupyStandardStreams()
 int main(int count, char **words)
 {
     occupyStandardStreams();
-    // A reader that goes away and a file too large are short writes, with
-    // their message and status.
+    // A closed pipe or a file that is too large then gives a message and a status.
     velEditor::ignoreWriteSignals();
     veltool::completeEnvironment();
     const veltool::Words arguments(words + (count > 0 ? 1 : 0), words + count);

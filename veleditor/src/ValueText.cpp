@@ -23,7 +23,7 @@ QString whyFileCannotHold(std::string_view value)
     case veltext::ValueFault::ControlCharacter:
         return sentence("A value cannot hold control characters.\n"
                         "Please correct the value before continuing.");
-    case veltext::ValueFault::Remark:
+    case veltext::ValueFault::Comment:
         return sentence("A value cannot hold the character \"#\": it begins a comment in a "
                         "command file.\nWrite \"\\#\" where you mean the character itself.");
     case veltext::ValueFault::FinalBackslash:

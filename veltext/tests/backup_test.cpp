@@ -1,5 +1,5 @@
-// Backups in both ways, on files in a folder of the test's own: what has which
-// name afterwards, and what is left alone.
+// Makes backups in both ways, in a new folder, and checks names and contents
+// afterwards; also the cases in which no backup is made.
 #include "veltext/backup.h"
 
 #include "veltext/error.h"
@@ -33,7 +33,7 @@ protected:
         return (folder_ / name).string();
     }
 
-    /// "NAME bytes," of every file, in order.
+    /// "NAME bytes," for each file, sorted.
     std::string listing() const
     {
         std::vector<std::string> lines;
@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, BackupTest, testing::Values(Backup::Move, Backup:
                              return way.param == Backup::Move ? "Move" : "Both";
                          });
 
-TEST_P(BackupTest, TakesThePlaceOfAnOlderOne)
+TEST_P(BackupTest, ReplacesAnOlderBackup)
 {
     const std::string file = write("a", "new");
     const std::string backup = write("a.bak", "older");
@@ -75,7 +75,7 @@ TEST_P(BackupTest, NeverReplacesAFolder)
     EXPECT_EQ(listing(), "a new,a.bak folder,");
 }
 
-TEST_F(BackupTest, CountsAFileThatHasMovedBefore)
+TEST_F(BackupTest, SucceedsForAFileThatHasMovedBefore)
 {
     const std::string file = write("a", "new");
     EXPECT_TRUE(makeBackup(file, backupNameOf(file), Backup::Move));
@@ -85,7 +85,7 @@ TEST_F(BackupTest, CountsAFileThatHasMovedBefore)
     EXPECT_FALSE(makeBackup(file, backupNameOf(file), Backup::Move));
 }
 
-TEST_F(BackupTest, GivesUpTheNameOfAFileThatHasTheBackupsNameToo)
+TEST_F(BackupTest, RemovesTheNameOfAFileThatIsAlsoTheBackup)
 {
     const std::string file = write("a", "new");
     fs::create_hard_link(file, folder_ / "a.bak");
@@ -93,7 +93,7 @@ TEST_F(BackupTest, GivesUpTheNameOfAFileThatHasTheBackupsNameToo)
     EXPECT_EQ(listing(), "a.bak new,");
 }
 
-TEST_F(BackupTest, LeavesALinkToTheBackup)
+TEST_F(BackupTest, KeepsALinkToTheBackup)
 {
     write("a.bak", "data");
     const std::string file = (folder_ / "a").string();
@@ -102,7 +102,7 @@ TEST_F(BackupTest, LeavesALinkToTheBackup)
     EXPECT_EQ(listing(), "a data,a.bak data,");
 }
 
-TEST_F(BackupTest, LeavesDevices)
+TEST_F(BackupTest, KeepsDevices)
 {
     EXPECT_FALSE(makeBackup("/dev/null", (folder_ / "null").string(), Backup::Move));
     EXPECT_EQ(listing(), "");

@@ -1,5 +1,5 @@
-// Runs the sample of docs/veltext.md, a program that is compiled as it is there,
-// and expects what the document says that it prints.
+// Runs the sample program of docs/veltext.md, compiled from the document, and expects
+// the output that the document shows.
 #include "tools/veltool/tests/documentSamples.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Held signals: one that is raised during a change is delivered only after it.
+// HeldSignals: a signal that is raised during a change is delivered after it.
 #include "veltext/heldSignals.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Places of mistakes in libraries, on library files that the test writes itself.
+// Files and lines of mistakes in libraries, which the test writes.
 #include "veltext/libraryFaults.h"
 
 #include "velapilt/src/velapilt.h"
@@ -12,7 +12,7 @@
 namespace veltext {
 namespace {
 
-/// Libraries in a folder of the test's own, which the environment names.
+/// A new folder for libraries, set in the environment.
 class LibraryFaultsTest : public ::testing::Test
 {
 protected:
@@ -32,7 +32,7 @@ protected:
         return (folder_ / name).string();
     }
 
-    /// What the reading of these libraries reports, with places.
+    /// The errors of reading these libraries, with file and line.
     static std::string errorsOf(const char *names)
     {
         setenv("ZOT5_VEL_LIBS", names, 1);
@@ -53,14 +53,14 @@ TEST_F(LibraryFaultsTest, NamesTheLineOfASyntaxError)
                   ": parseVELLineH: syntax error near \"no statement\" (line 2)");
 }
 
-TEST_F(LibraryFaultsTest, NamesTheLineOfTheBlockThatIsStillOpen)
+TEST_F(LibraryFaultsTest, NamesTheLineOfTheOpenBlock)
 {
     const std::string file = write("open.vel", "RULES:\nEND\nRULES:\n");
     EXPECT_EQ(errorsOf("open.vel"), "Error reading library file " + file +
                                         ": 1 missing END statement(s) in input (line 3)");
 }
 
-TEST_F(LibraryFaultsTest, HintsAtTheSemicolonBetweenNames)
+TEST_F(LibraryFaultsTest, SuggestsTheSemicolonBetweenNames)
 {
     write("a.vel", "");
     write("b.vel", "");
@@ -71,22 +71,22 @@ TEST_F(LibraryFaultsTest, HintsAtTheSemicolonBetweenNames)
     EXPECT_EQ(errorsOf("a.vel;b.vel"), "");
 }
 
-TEST_F(LibraryFaultsTest, PlacesTheFaultsOfRules)
+TEST_F(LibraryFaultsTest, AddsFileAndLineToMistakesInRules)
 {
     write("a.vel", "RULES:\n  OBJECT: A\n    Parents = B\n  END\nEND\n");
     const std::string b = write("b.vel", "RULES:\n  OBJECT: B\n    Typo = 1\n  END\nEND\n");
     setenv("ZOT5_VEL_LIBS", "a.vel;b.vel", 1);
-    const std::string placed = b + ":3: /RULES/OBJECT:B/Typo: is no field [bad-rule]\n" + b +
+    const std::string placed = b + ":3: /RULES/OBJECT:B/Typo: unknown field [bad-rule]\n" + b +
                                ":2: /RULES/OBJECT:B/Missing: is missing [bad-rule]";
     const std::vector<RuleFault> faults = {
-        {"/RULES/OBJECT:B/Typo", "/RULES/OBJECT:B/Typo: is no field [bad-rule]"},
+        {"/RULES/OBJECT:B/Typo", "/RULES/OBJECT:B/Typo: unknown field [bad-rule]"},
         {"/RULES/OBJECT:B/Missing", "/RULES/OBJECT:B/Missing: is missing [bad-rule]"}};
     EXPECT_EQ(placedLibraryErrors(nullptr, faults), placed);
     EXPECT_EQ(placedLibraryErrors("not read", faults), "not read\n" + placed);
     EXPECT_EQ(placedLibraryErrors("not read\n", {}), "not read\n");
 }
 
-TEST_F(LibraryFaultsTest, KeepsTheLineEndOfAMessageBehindTheHint)
+TEST_F(LibraryFaultsTest, KeepsTheLineEndOfAMessageAfterTheHint)
 {
     write("bad.vel", "RULES:\n  no statement\nEND\n");
     setenv("ZOT5_VEL_LIBS", "bad.vel", 1);

@@ -1,4 +1,4 @@
-// A database of its own for a test.
+// Creates a new database for a test.
 #pragma once
 
 #include "velapilt/src/velapilt.h"

@@ -1,4 +1,4 @@
-// Writes random texts of few names, so that many statements are about the same node.
+// Writes random texts with few names, so that many statements state the same path.
 #include "veltext/tests/randomText.h"
 
 namespace veltext::test {
@@ -50,7 +50,7 @@ void RandomText::block(std::size_t depth)
             text_ += blanks(4) + lineEnd_;
             break;
         case 1:
-            text_ += blanks(4) + remark() + lineEnd_;
+            text_ += blanks(4) + comment() + lineEnd_;
             break;
         case 5:
             block(depth + 1);
@@ -62,7 +62,7 @@ void RandomText::block(std::size_t depth)
     statement("END", depth, oneIn(60));
 }
 
-/// Writes a statement, now and then over several lines, with a remark behind.
+/// Writes a statement, sometimes over several lines or with a comment after it.
 void RandomText::statement(const std::string &text, std::size_t depth, bool mayWrap)
 {
     text_ += std::string(2 * depth, ' ') + blanks(2);
@@ -73,7 +73,7 @@ void RandomText::statement(const std::string &text, std::size_t depth, bool mayW
             text_ += blanks(1) + '\\' + blanks(1) + lineEnd_ + blanks(6);
     }
     if (oneIn(5))
-        text_ += blanks(3) + remark();
+        text_ += blanks(3) + comment();
     text_ += blanks(2) + lineEnd_;
 }
 
@@ -85,7 +85,7 @@ std::string RandomText::blanks(std::size_t most)
     return text;
 }
 
-std::string RandomText::remark()
+std::string RandomText::comment()
 {
     return '#' + blanks(1) + (oneIn(6) ? "continued \\" + lineEnd_ + "# here" : value());
 }

@@ -1,4 +1,4 @@
-// Random command files in every style that users and the parser know.
+// Random command files in every style that the parser accepts.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace veltext::test {
 
-/// Makes texts; the same seed gives the same ones. Most of them parse.
+/// Makes texts; the same seed gives the same texts. The parser accepts most of them.
 class RandomText
 {
 public:
@@ -32,7 +32,7 @@ private:
     void block(std::size_t depth);
     void statement(const std::string &text, std::size_t depth, bool mayWrap = true);
     std::string blanks(std::size_t most);
-    std::string remark();
+    std::string comment();
 
     std::mt19937 random_;
     std::string text_;

@@ -1,4 +1,4 @@
-// Lines of a text and its byte order mark, and which files are read as text.
+// SourceText: lines and the byte order mark. readSource: which files it reads.
 #include "veltext/sourceText.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ TEST(SourceText, HasNoByteOrderMarkInItsFirstLine)
                             "A:\nEND\n");
 }
 
-TEST(SourceText, TakesTheMarkForOneOnlyAtTheStart)
+TEST(SourceText, AcceptsTheMarkOnlyAtTheStart)
 {
     EXPECT_FALSE(SourceText("A:\n\xEF\xBB\xBF"
                             "END\n")

@@ -1,4 +1,4 @@
-// Statements and the tree of them: by hand, and on random texts against the database.
+// Statements and their tree: fixed cases, and random texts compared with the database.
 #include "veltext/statementTree.h"
 
 #include "velapilt/src/velSpace.h"
@@ -13,7 +13,7 @@ namespace {
 
 using test::newHandle;
 
-/// "first+count kind component" of every statement, one a line.
+/// "first+count kind component" for each statement, one per line.
 std::string statements(const std::string &text)
 {
     const char *kinds[] = {"nothing", "header", "parameter", "end", "action", "unfinished"};
@@ -52,7 +52,7 @@ TEST(Statement, KnowsTheKindsOfLines)
 TEST(Statement, JoinsContinuedLines)
 {
     EXPECT_EQ(statements("Na\\\n  me \\\r\n = a, \\\r\n b\r\n"
-                         "x = 1 # remark \\\n goes = on\n"
+                         "x = 1 # comment \\\n goes = on\n"
                          "\\\nEND\n"
                          "y = 2 \\"),
               "0+4 parameter Name\n"
@@ -66,9 +66,9 @@ TEST(Statement, ReadsALineUpToItsFirstNul)
     EXPECT_EQ(statements(std::string("A:\0 = b\nx\0\\\n", 12)), "0+1 header A\n1+1 nothing\n");
 }
 
-TEST(Statement, CountsRemarks)
+TEST(Statement, CountsComments)
 {
-    EXPECT_EQ(countRemarks(SourceText("# one\nx = 1 # two\ny = \\# none\n")), 2U);
+    EXPECT_EQ(countComments(SourceText("# one\nx = 1 # two\ny = \\# none\n")), 2U);
 }
 
 /// The value of a statement as the parser would store it.
@@ -81,7 +81,7 @@ std::string valueOf(const SourceText &source, LineRange lines)
     EXPECT_EQ(statement.positions.size(), statement.text.size());
     const std::size_t equals = statement.text.find('=');
     std::string value;
-    for (std::size_t i = equals + 1; i < statement.remark; ++i) {
+    for (std::size_t i = equals + 1; i < statement.comment; ++i) {
         EXPECT_EQ(source.bytes()[statement.positions[i]], statement.text[i]);
         const char c = statement.text[i];
         if (!velIsSpace(c))

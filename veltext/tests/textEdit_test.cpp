@@ -1,4 +1,4 @@
-// Edits to texts, by hand and at random.
+// TextEdit and editTowards: fixed cases, and random edits compared with the database.
 #include "veltext/textEdit.h"
 
 #include "veltext/error.h"
@@ -38,7 +38,7 @@ std::string without(const std::string &text, const std::string &path)
     return edit(text, [&](TextEdit &edit) { edit.remove(path); });
 }
 
-TEST(TextEdit, AddsBehindTheLastParameterOfTheLastBlock)
+TEST(TextEdit, AddsAfterTheLastParameterOfTheLastBlock)
 {
     EXPECT_EQ(withParameter("A:\n  x = 1 # one\n  # note\n  B: b\n    y = 2\n  END\nEND\n"
                             "A:\n\tz = 3, \\\n\t  4\n\n  C:\n  END\nEND\n",
@@ -47,7 +47,7 @@ TEST(TextEdit, AddsBehindTheLastParameterOfTheLastBlock)
               "A:\n\tz = 3, \\\n\t  4\n\tnew = 5\n\n  C:\n  END\nEND\n");
 }
 
-// An empty comment gives the value back exactly, however the line is wrapped.
+// The empty comment keeps the value, wherever the line is wrapped.
 TEST(TextEdit, AddsAValueThatEndsInABackslash)
 {
     EXPECT_EQ(withParameter("A:\n  y = 1\nEND\n", "/A/x", "C:\\"),
@@ -90,12 +90,12 @@ TEST(TextEdit, AddsAtTheTopLevel)
     EXPECT_EQ(withParameter("y = 2\n# cut off \\", "/x", "1"), "y = 2\nx = 1\n# cut off \\");
 }
 
-TEST(TextEdit, KnowsRemarksAndWritesThem)
+TEST(TextEdit, ReadsAndWritesComments)
 {
     EXPECT_EQ(edit("A:\n  x = 1, \\\n  2 # why \\\n  not\n  y = 3\nEND\n",
                    [](TextEdit &edit) {
-                       EXPECT_EQ(edit.remarkOf("/A/y"), "");
-                       edit.addParameter("/A/z", "4", edit.remarkOf("/A/x"));
+                       EXPECT_EQ(edit.commentOf("/A/y"), "");
+                       edit.addParameter("/A/z", "4", edit.commentOf("/A/x"));
                    }),
               "A:\n  x = 1, \\\n  2 # why \\\n  not\n  y = 3\n  z = 4 # why not\nEND\n");
 }
@@ -122,7 +122,7 @@ TEST(TextEdit, RemovesEveryBlockOfAnObject)
         "# between\nC:\nEND\n");
 }
 
-TEST(TextEdit, RenamesWhereItStands)
+TEST(TextEdit, RenamesInEveryStatement)
 {
     const std::string text = "OLD : a # OLD\n  Two  Words   = 1 # why\nEND\n&replace OLD: a\n"
                              "  Two Words = 2\n  OLD:\n  END\nEND\n";
@@ -145,7 +145,7 @@ TEST(TextEdit, RenamesBothWordsOfASingletonThatIsWrittenWithTwo)
                        "NEW: # why\nEND\n");
 }
 
-TEST(TextEdit, AddsObjectsWithWhatIsInThem)
+TEST(TextEdit, AddsObjectsWithTheirContents)
 {
     const std::string added = edit("A:\n  x = 1\n  B: b\n  END\nEND\n", [](TextEdit &edit) {
         edit.addObject("/A/C:c");
@@ -158,13 +158,13 @@ TEST(TextEdit, AddsObjectsWithWhatIsInThem)
                      "    END\n  END\nEND\nE:\nEND\n");
 }
 
-TEST(TextEdit, SaysWhatTheTextDoesNotState)
+TEST(TextEdit, ReportsAPathThatTheTextDoesNotState)
 {
     try {
         (void)without("A:\nEND\n", "/A/x");
         FAIL();
     } catch (const Error &failure) {
-        EXPECT_EQ(failure.message(), "/A/x: no line of the file states this");
+        EXPECT_EQ(failure.message(), "/A/x: the file does not contain this object or parameter");
     }
 }
 
@@ -174,7 +174,7 @@ bool parse(velHandle *handle, const SourceText &source)
     return parseVELData(handle, &lines, 0) == nullptr;
 }
 
-/// A change made at random, to the tree and to the text alike.
+/// A random change of both the tree and the text.
 class RandomEdit
 {
 public:
@@ -185,7 +185,7 @@ public:
             (walk.info().kind == velParam ? parameters_ : objects_).push_back(walk.path());
     }
 
-    /// False when there is nothing for the kind of change that came up.
+    /// False if the chosen kind of change is impossible.
     bool make(TextEdit *edit)
     {
         switch (random_.below(4)) {
@@ -258,7 +258,7 @@ void addLines(LineRange lines, std::set<std::size_t> *all)
         all->insert(lines.first + i);
 }
 
-/// The lines that state a path: all, or the last statement's only.
+/// The lines that state a path: those of all statements, or of the last one.
 std::set<std::size_t> linesOf(const StatementTree &tree, const std::string &path, bool all)
 {
     std::set<std::size_t> lines;
@@ -275,7 +275,7 @@ std::set<std::size_t> linesOf(const StatementTree &tree, const std::string &path
     return lines;
 }
 
-/// The text without these lines, each ended alike.
+/// The text without these lines, with equal line ends.
 std::string otherLines(const SourceText &source, const std::set<std::size_t> &lines)
 {
     std::string text;
@@ -283,14 +283,14 @@ std::string otherLines(const SourceText &source, const std::set<std::size_t> &li
         if (lines.contains(i))
             continue;
         text += source.line(i);
-        // A last line without an end gets one when a line is put behind it.
+        // A last line without a line end gets one when a line is added after it.
         const bool isLast = i + 1 == source.lineCount() && !source.bytes().ends_with('\n');
         text += isLast && source.line(0).ends_with('\r') ? "\r\n" : "\n";
     }
     return text;
 }
 
-TEST(TextEdit, RandomEditsTouchNoOtherLineAndGiveTheTreeEditedInMemory)
+TEST(TextEdit, RandomEditsChangeNoOtherLineAndGiveTheTreeEditedInMemory)
 {
     test::RandomText random(23);
     int edits = 0;
@@ -325,7 +325,7 @@ TEST(TextEdit, RandomEditsTouchNoOtherLineAndGiveTheTreeEditedInMemory)
     EXPECT_GT(edits, 1500);
 }
 
-/// One path a line, with the value of parameters, sorted.
+/// The sorted paths, one per line, with the values of parameters.
 std::string sortedData(velHandle *handle)
 {
     std::set<std::string> lines;
@@ -338,7 +338,7 @@ std::string sortedData(velHandle *handle)
     return text;
 }
 
-TEST(EditTowards, MakesOneTextHoldTheDataOfAnother)
+TEST(EditTowards, GivesOneTextTheDataOfAnother)
 {
     test::RandomText random(31);
     int done = 0;

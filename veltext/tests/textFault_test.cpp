@@ -1,4 +1,4 @@
-// The line and sentence of the first mistake, for each kind of mistake.
+// findFault: the line and the message of the first mistake, for each kind.
 #include "veltext/textFault.h"
 
 #include "velapilt/src/velapilt.h"
@@ -12,7 +12,7 @@
 namespace veltext {
 namespace {
 
-/// The first fault as "case.vel:LINE: message"; empty without one.
+/// The first mistake as "case.vel:LINE: message"; empty if there is none.
 std::string faultOf(const std::string &text)
 {
     const velHandlePtr handle(velCreateHandle());
@@ -20,7 +20,7 @@ std::string faultOf(const std::string &text)
     return fault ? placed("case.vel", *fault) : "";
 }
 
-TEST(TextFault, IsNoneInAGoodText)
+TEST(TextFault, IsNotFoundInACorrectText)
 {
     EXPECT_EQ(faultOf(""), "");
     EXPECT_EQ(faultOf("A:\n  x = 1\n  B: b\n  END\nEND\n"), "");
@@ -33,7 +33,7 @@ TEST(TextFault, NamesTheLine)
     EXPECT_EQ(faultOf("A:\nEND\nEND\n"), "case.vel:3: parseVELLineH: unmatched END");
 }
 
-TEST(TextFault, NamesTheLineOfTheBlockThatIsStillOpen)
+TEST(TextFault, NamesTheLineOfTheOpenBlock)
 {
     EXPECT_EQ(faultOf("x = 1\nA:\n  y = 2\n"), "case.vel:2: 1 missing END statement(s) in input");
     EXPECT_EQ(faultOf("A:\n  B: b\n    y = 2\n"),
@@ -42,11 +42,11 @@ TEST(TextFault, NamesTheLineOfTheBlockThatIsStillOpen)
               "case.vel:3: 1 missing END statement(s) in input");
 }
 
-TEST(TextFault, PointsToAnEndWithAnotherIndentThanItsBlock)
+TEST(TextFault, NamesAnEndWithADifferentIndent)
 {
     EXPECT_EQ(faultOf("A:\n  B: b\n    y = 2\nEND\n"),
               "case.vel:1: 1 missing END statement(s) in input; the END in line 4 closes the block "
-              "of line 2, but has another indent");
+              "of line 2, but is indented differently");
 }
 
 TEST(TextFault, IsAPlainSentenceForConflictMarkers)
@@ -61,9 +61,10 @@ TEST(TextFault, IsAPlainSentenceForConflictMarkers)
 
 TEST(TextFault, IsAPlainSentenceForADefFile)
 {
-    EXPECT_EQ(faultOf("*INFO\n                   0\n*ENDINFO\n"),
-              "case.vel: this is a def or res file where a text is expected; take its command data out "
-              "with veltool extract");
+    EXPECT_EQ(
+        faultOf("*INFO\n                   0\n*ENDINFO\n"),
+        "case.vel: this is a def or res file where a text is expected; take its command data out "
+        "with veltool extract");
 }
 
 TEST(TextFault, ComesAfterTheMessageOfTheRefusal)
@@ -88,7 +89,7 @@ TEST(TextFault, ComesAfterTheMessageOfTheRefusal)
     std::filesystem::remove(file);
 }
 
-TEST(TextFault, LeavesTheMessageOfAFileThatCannotBeRead)
+TEST(TextFault, DoesNotChangeTheMessageOfAFileThatCannotBeRead)
 {
     EXPECT_EQ(explainRefusal("/no such file", "readTextFile: open failed"),
               "readTextFile: open failed");

@@ -1,4 +1,4 @@
-// Order, depth and paths of a walk, and one through a very deep tree.
+// TreeWalk: order, depth and paths of the nodes, also in a very deep tree.
 #include "veltext/treeWalk.h"
 
 #include "veltext/error.h"
@@ -48,7 +48,7 @@ TEST(TreeWalk, VisitsParentsFirstInStoredOrder)
     EXPECT_EQ(walk(handle.get(), "/A/x"), "0 /A/x | x = 1\n");
 }
 
-TEST(TreeWalk, SkipsWhatIsBelow)
+TEST(TreeWalk, SkipsChildren)
 {
     const velHandlePtr handle = parsed(sample);
     EXPECT_EQ(walk(handle.get(), "/A", "/A/B:b"), "0 /A | A:\n1 /A/x | x = 1\n1 /A/B:b | B: b\n"

@@ -1,4 +1,4 @@
-// New values in the text of a statement: what stays, what is wrapped, what is refused.
+// New values in the text of a statement: unchanged characters, wrapping, refusals.
 #include "veltext/valueEdit.h"
 
 #include "veltext/error.h"
@@ -25,7 +25,7 @@ std::string edit(const std::string &text, const std::string &value)
     return spliced(source, valueSplice(source, statement.lines, value));
 }
 
-TEST(ReplaceValue, LeavesEverythingElseOfTheLine)
+TEST(ReplaceValue, KeepsEverythingElseInTheLine)
 {
     EXPECT_EQ(edit("  Name  =  old value\t # why\r\nrest\n", "new"),
               "  Name  =  new\t # why\r\nrest\n");
@@ -34,7 +34,7 @@ TEST(ReplaceValue, LeavesEverythingElseOfTheLine)
     EXPECT_EQ(edit("Name = a \\# b# c\n", "x"), "Name = x# c\n");
 }
 
-TEST(ReplaceValue, PutsAValueWhereNoneWas)
+TEST(ReplaceValue, AddsAMissingValue)
 {
     EXPECT_EQ(edit("Name =\n", "new"), "Name = new\n");
     EXPECT_EQ(edit("Name=# why\n", "new"), "Name= new# why\n");
@@ -42,7 +42,7 @@ TEST(ReplaceValue, PutsAValueWhereNoneWas)
     EXPECT_EQ(edit("Name = \\\n# why\n", "new"), "Name = new\\\n# why\n");
 }
 
-TEST(ReplaceValue, TakesAValueAwayAndPutsItBack)
+TEST(ReplaceValue, RemovesAValueAndAddsItAgain)
 {
     for (const std::string text : {"Name = old # why\n", "Name = old\r\n", "Name = old"}) {
         const std::string without = edit(text, "");
@@ -69,9 +69,9 @@ TEST(ReplaceValue, WrapsAWrappedValueAgain)
               "Location = one\n");
 }
 
-TEST(ReplaceValue, TakesNoLongerForALineWhereThereAreMany)
+TEST(ReplaceValue, IsFastForAStatementWithManyLines)
 {
-    // Each line was once looked for among all of them: ten seconds.
+    // A linear search for each line would take ten seconds.
     std::string text = "L = one";
     for (int i = 0; i < 100000; ++i)
         text += ", \\\n  one";
@@ -84,12 +84,12 @@ TEST(ReplaceValue, KeepsTheLinesOfPiecesThatStay)
 {
     EXPECT_EQ(edit("L = a, \\ \n\tb, \\\n      c\n", "a, b, d"), "L = a, \\ \n\tb, \\\n      d\n");
     EXPECT_EQ(edit("L = a b,   \\\n  c d\n", "a b, e"), "L = a b, e\n")
-        << "blanks in a row are not what the value holds";
+        << "the value has one blank instead of several";
     EXPECT_EQ(edit("L = a,\\\n  some more\n", "a, some less"), "L = a, \\\n  some less\n")
         << "a continuation line cannot begin with a blank of the value";
 }
 
-TEST(ReplaceValue, KeepsOneEntryALine)
+TEST(ReplaceValue, KeepsOneEntryPerLine)
 {
     EXPECT_EQ(edit("L = first one, \\\n  b, \\\n  c\n", "x, y y,z, f(1, 2)"),
               "L = x, \\\n  y y,\\\n  z, \\\n  f(1, 2)\n");
@@ -112,14 +112,14 @@ TEST(ReplaceValue, GuardsAFinalBackslashWithAnEmptyComment)
     EXPECT_EQ(edit("x = a, \\\n  b\n", "a, c\\"), "x = a, \\\n  c\\ #\n");
 }
 
-TEST(StorageFault, IsThereForWhatWouldNotReadBack)
+TEST(StorageFault, IsFoundInValuesThatAFileDoesNotKeep)
 {
     for (const char *value : {"", "a b", "a \\# b", "-5 [Pa]", "a = b : c", "\xC3\xA4\xFF", "\\ a"})
         EXPECT_EQ(storageFault(value), "");
     EXPECT_EQ(storageFault("a # b"),
               "value \"a # b\" cannot be stored in a file: '#' begins a comment; write \\#");
-    EXPECT_EQ(storageFault("a\\"),
-              "value \"a\\\" cannot be stored in a file: a final backslash continues the line");
+    EXPECT_EQ(storageFault("a\\"), "value \"a\\\" cannot be stored in a file: a backslash at its "
+                                   "end continues the line; remove it");
     EXPECT_EQ(storageFault("a\nb"),
               "value \"a\nb\" cannot be stored in a file: control character number 10 "
               "is not allowed");
@@ -127,7 +127,7 @@ TEST(StorageFault, IsThereForWhatWouldNotReadBack)
         EXPECT_NE(storageFault(value), "") << value;
 }
 
-/// One parameter, chosen at random.
+/// The path of a random parameter.
 std::string randomParameter(velHandle *handle, test::RandomText &random)
 {
     std::vector<std::string> paths;
@@ -155,7 +155,7 @@ bool parse(velHandle *handle, const SourceText &source)
     return parseVELData(handle, &lines, 0) == nullptr;
 }
 
-/// Nothing outside the statement's lines has changed.
+/// Expects that only the lines of the statement have changed.
 void expectSameSurroundings(const SourceText &before, const SourceText &after, LineRange lines)
 {
     const std::size_t begin = before.lineStart(lines.first);

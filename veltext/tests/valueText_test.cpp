@@ -1,4 +1,4 @@
-// What values a command file gives back as they were.
+// checkValueText: which values a command file keeps, and the mistakes in others.
 #include "veltext/valueText.h"
 
 #include "veltext/tests/newHandle.h"
@@ -19,7 +19,7 @@ void expectFault(std::string_view value, ValueFault fault, std::size_t position)
     EXPECT_EQ(check.position, position) << value;
 }
 
-/// The value after it went through a line of a command file.
+/// The value after it was read from a line of a command file.
 std::string readBack(const std::string &value)
 {
     const std::string line = "x = " + value;
@@ -33,7 +33,7 @@ std::string readBack(const std::string &value)
 
 } // namespace
 
-TEST(ValueText, AcceptsWhatAFileGivesBack)
+TEST(ValueText, AcceptsValuesThatAFileKeeps)
 {
     for (const char *value : {"", "a", "1.5 [kg s^-1]", "a, b c", "\\# kept", "a \\# b \\# c",
                               "back\\slash", "\xC3\xA4", "\xE4\xFF"}) {
@@ -46,9 +46,9 @@ TEST(ValueText, FindsEachFault)
 {
     expectFault("a\nb", ValueFault::ControlCharacter, 1);
     expectFault(std::string_view("a\0b", 3), ValueFault::ControlCharacter, 1);
-    expectFault("a # b", ValueFault::Remark, 2);
-    expectFault("#", ValueFault::Remark, 0);
-    expectFault("\\# #", ValueFault::Remark, 3);
+    expectFault("a # b", ValueFault::Comment, 2);
+    expectFault("#", ValueFault::Comment, 0);
+    expectFault("\\# #", ValueFault::Comment, 3);
     expectFault("a\\", ValueFault::FinalBackslash, 1);
     expectFault("a\\ \t", ValueFault::FinalBackslash, 1);
     expectFault("a\tb", ValueFault::WhiteSpace, 1);
@@ -58,15 +58,15 @@ TEST(ValueText, FindsEachFault)
     expectFault(" ", ValueFault::WhiteSpace, 0);
 }
 
-TEST(ValueText, NamesTheWorstFault)
+TEST(ValueText, ReportsTheWorstFault)
 {
     expectFault("a  # b\n", ValueFault::ControlCharacter, 6);
-    expectFault("a  # b\\", ValueFault::Remark, 3);
+    expectFault("a  # b\\", ValueFault::Comment, 3);
     expectFault("a  b\\", ValueFault::FinalBackslash, 4);
 }
 
-// The faults are real ones: the file would give something else back.
-TEST(ValueText, CallsNoGoodValueFaulty)
+// A file really changes the values that are reported.
+TEST(ValueText, ReportsOnlyValuesThatAFileChanges)
 {
     EXPECT_EQ(readBack("a # b"), "a");
     EXPECT_EQ(readBack("a\tb"), "a b");

@@ -1,5 +1,5 @@
-// The public header: a file read, compared and merged as another program would.
-// That it is all that such a program needs is shown by the sample of its document.
+// The public header: reads, compares and merges files as another program would do it.
+// The sample in docs/veltext.md shows that this header is enough for a program.
 #include "veltext/veltext.h"
 
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ TEST(CommandTextTest, HasTheTextAndTheData)
     EXPECT_EQ(text.walk("/NOTHING").node(), nullptr);
 }
 
-TEST(CommandTextTest, NamesTheLineAtFault)
+TEST(CommandTextTest, NamesTheLineOfTheMistake)
 {
     try {
         const CommandText text(std::string("A:\nEND\nb c\n"), "case.vel");
@@ -45,7 +45,7 @@ TEST(CommandTextTest, NamesTheLineAtFault)
     EXPECT_THROW((void)CommandText::read("/nowhere/at all"), Error);
 }
 
-TEST(Diff, OwnsWhatItGives)
+TEST(Diff, OwnsItsResult)
 {
     std::vector<Change> changes;
     {
@@ -76,7 +76,7 @@ TEST(MergeTest, KeepsTheTextOfOurs)
               "DOMAIN: Pipe # as built\r\n  Length = 3 [m]\r\n  Kind = Solid\r\nEND\r\n");
     EXPECT_TRUE(merged.conflicts.empty());
     EXPECT_FALSE(merged.isOneConflict);
-    EXPECT_EQ(merged.lostRemarks, 0U);
+    EXPECT_EQ(merged.lostComments, 0U);
 }
 
 TEST(MergeTest, MarksConflictsAndNamesThem)
@@ -91,7 +91,7 @@ TEST(MergeTest, MarksConflictsAndNamesThem)
     EXPECT_EQ(merged.conflicts[0].reason, "changed on both sides");
 }
 
-TEST(MergeTest, TakesTheOnlyVersionThatChangedAsItIs)
+TEST(MergeTest, ReturnsTheOnlyChangedVersionUnchanged)
 {
     const std::string changed = edited("/DOMAIN:Pipe/Kind", "Solid") + "# at the end";
     EXPECT_EQ(mergedWith(pipe, changed).bytes, changed);

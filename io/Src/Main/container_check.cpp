@@ -367,7 +367,7 @@ int rebuild_container(io_env &env, const io_reporter &report, const char *name,
     if (int code = iif_open(file, name, "w", options)) {
         return report.error(code, "%s", joined(messages.take()).c_str());
     }
-    result.remarks = messages.take();
+    result.messages = messages.take();
     result.datasets = file.index.count();
     result.dropped_bytes = std::max<std::int64_t>(data_end - file.index_position, 0);
     std::copy_if(before.begin(), before.end(), std::back_inserter(result.lost),

@@ -47,7 +47,7 @@ struct rebuild_result
 {
     std::int32_t datasets = 0;         ///< in the new index
     std::vector<located_dataset> lost; ///< live in the old index, not in the new one
-    std::vector<std::string> remarks;  ///< of the scan, a line each
+    std::vector<std::string> messages; ///< of the scan, a line each
     std::int64_t dropped_bytes = 0;    ///< after the last whole dataset, an index not counted
 };
 

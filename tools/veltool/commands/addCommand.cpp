@@ -1,14 +1,14 @@
-// veltool add: a new parameter in an object.
+// veltool add: adds a parameter to an object.
 #include "tools/veltool/support/editFile.h"
 
 namespace veltool {
 
 namespace {
 
-/// What helps with a path that exists already.
+/// What the user can do about a path that already exists.
 const char *advice(velHandle *handle, const std::string &path)
 {
-    return isObject(handle, path.c_str()) ? "" : "veltool set gives it another value";
+    return isObject(handle, path.c_str()) ? "" : "use veltool set to change its value";
 }
 
 class AddTask : public EditTask
@@ -22,10 +22,10 @@ public:
         const auto changeTree = [&](velHandle *handle) {
             path = velFullPath(handle, words[1].c_str());
             if (havePath(handle, path.c_str()))
-                throw editRefusal(file, path, "exists already", advice(handle, path));
+                throw editRefusal(file, path, "already exists", advice(handle, path));
             if (const char *message = velCreateParam(handle, path.c_str(), value.c_str()))
                 throw editRefusal(file, path, message,
-                                  "name an existing object and a new parameter");
+                                  "PATH must be a new parameter in an existing object");
             requireStorable(file, path, value);
             return true;
         };
@@ -44,9 +44,9 @@ const Command addCommand = {
     .passesOn = false,
     .purpose = "Add a parameter to an object",
     .details = "Writes a line after the last parameter of the object's last block; no other line "
-               "changes, and the former file stays as FILE.bak. Refused with status 1, nothing "
-               "written, if the rules would find something new, if the parameter exists, if its "
-               "object does not, and if no file can hold VALUE.",
+               "changes, and the former file stays as FILE.bak. Writes nothing and ends with "
+               "status 1 if there would be new findings, if the parameter exists, if its object "
+               "does not exist, or if a file cannot hold VALUE.",
     .make = makeTask<AddTask>,
 };
 

@@ -1,7 +1,7 @@
-// veltool check: what the rules find in command data.
+// veltool check: checks command data against the rules.
 //
-// Each file is parsed natively first: that finds the line of a text that cannot
-// be parsed, and gives the lines of the findings.
+// Each file is parsed without Perl first, to find the line of a syntax error and
+// the lines of the findings.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/json.h"
@@ -79,7 +79,7 @@ private:
         return result;
     }
 
-    /// Throws a Failure for a text that does not parse or nests too deep.
+    /// Throws a Failure for a text with a syntax error, or nested too deep.
     static void requireSound(const veltext::SourceText &text, const std::string &file)
     {
         const velHandlePtr handle = newHandle();
@@ -87,22 +87,22 @@ private:
         requireShallow(handle.get(), file);
     }
 
-    /// What else is to be known of the file, a line each.
+    /// Other facts about the file that the user should know, one per line.
     static std::string notes(const veltext::SourceText &text, const std::string &file,
                              const std::vector<velparser::UpgradeChange> &changes)
     {
         std::string lines;
         if (text.hasByteOrderMark())
-            lines += messageLine(file + ": begins with a byte order mark, which is skipped");
+            lines += messageLine(file + ": begins with a byte order mark, which is ignored");
         if (!changes.empty())
             lines += messageLine(file + ": was upgraded in memory before the check (" +
                                  std::to_string(changes.size()) +
                                  (changes.size() == 1 ? " change" : " changes") +
-                                 "); veltool upgrade --dry-run lists what changes");
+                                 "); veltool upgrade --dry-run lists the changes");
         return lines;
     }
 
-    /// A file that cannot be checked has an entry of its own in the JSON output.
+    /// Reports a file that cannot be checked; the JSON output has an entry for it.
     void addFailure(const std::string &file, const veltext::Error &failure,
                     FileResult *result) const
     {
@@ -165,9 +165,10 @@ const Command checkCommand = {
     .most = anyNumber,
     .passesOn = false,
     .purpose = "Check command data against the rules",
-    .details = "Loads each FILE, brings it up to the current version in memory, validates it with "
-               "units and bounds, and prints a line for each finding: FILE:LINE: PATH: sentence "
-               "[identifier]. Status 1 if there is one. FILE itself is not changed.",
+    .details =
+        "Loads each FILE, upgrades it in memory, checks it with units and bounds, and prints "
+        "a line for each finding: FILE:LINE: PATH: sentence [identifier]. Status 1 if there "
+        "is a finding. FILE itself does not change.",
     .make = makeTask<CheckTask>,
 };
 

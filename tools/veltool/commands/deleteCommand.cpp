@@ -1,4 +1,4 @@
-// veltool delete: a parameter, or an object with all below it.
+// veltool delete: deletes a parameter, or an object with everything in it.
 #include "tools/veltool/support/editFile.h"
 
 namespace veltool {
@@ -15,12 +15,12 @@ public:
         const auto changeTree = [&](velHandle *handle) {
             path = velFullPath(handle, words[1].c_str());
             if (path == "/")
-                throw editRefusal(file, path, "this is all that the file holds");
+                throw editRefusal(file, path, "the root cannot be deleted");
             const char *message = isObject(handle, path.c_str())
                                       ? deleteObjH(handle, path.c_str())
                                       : deleteParamH(handle, path.c_str());
             if (message)
-                throw editRefusal(file, path, message, "veltool tree shows what is there");
+                throw editRefusal(file, path, message, "veltool tree lists the existing paths");
             return true;
         };
         return editFile(file, {changeTree, [&](veltext::TextEdit *edit) { edit->remove(path); }});
@@ -36,10 +36,11 @@ const Command deleteCommand = {
     .most = 2,
     .passesOn = false,
     .purpose = "Delete a parameter or an object",
-    .details = "Takes out all lines that state the parameter, or all blocks that open the object, "
-               "with the remarks on them; no other line changes, and the former file stays as "
-               "FILE.bak. Refused with status 1, nothing written, when the rules would find "
-               "something new, and for what is not there.",
+    .details =
+        "Removes all lines that state the parameter, or all blocks of the object, with their "
+        "comments; no other line changes, and the former file stays as FILE.bak. Writes "
+        "nothing and ends with status 1 if there would be new findings, or if PATH does "
+        "not exist.",
     .make = makeTask<DeleteTask>,
 };
 

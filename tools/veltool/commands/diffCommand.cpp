@@ -1,4 +1,4 @@
-// veltool diff: what two files do not have in common.
+// veltool diff: lists the differences between two files by path.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/json.h"
@@ -73,9 +73,9 @@ const Command diffCommand = {
     .most = 2,
     .passesOn = false,
     .purpose = "Show what differs between two files",
-    .details = "Compares by path; order, wrapping and remarks do not count. A line for each "
-               "object or parameter: + only in B, - only in A, ~ with another value. Status 1 if "
-               "anything differs.",
+    .details = "Compares by path; order, wrapping and comments do not matter. Prints a line for "
+               "each object or parameter: + only in B, - only in A, ~ with another value. Status 1 "
+               "if there is a difference.",
     .make = makeTask<DiffTask>,
 };
 

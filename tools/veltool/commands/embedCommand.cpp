@@ -1,4 +1,4 @@
-// veltool embed: a VEL text into a def or res file, as its command data.
+// veltool embed: puts a command file into a def or res file, as its command data.
 #include "tools/veltool/ds/dsCommandData.h"
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
@@ -27,7 +27,7 @@ bool everyLineFits(const veltext::SourceText &text)
     return true;
 }
 
-/// The text as the dataset gives it back: without blanks at the ends of lines.
+/// The text as the dataset stores it: without blanks at the ends of lines.
 std::string stored(const veltext::SourceText &text)
 {
     std::string lines;
@@ -39,7 +39,7 @@ std::string stored(const veltext::SourceText &text)
     return lines;
 }
 
-/// The text itself where the container can hold it, else the formatted one.
+/// The text itself if the container can hold it, else the formatted text.
 std::string embeddable(const std::string &file)
 {
     const veltext::SourceText text = readText(file);
@@ -57,7 +57,7 @@ std::string embeddable(const std::string &file)
             return lines.bytes();
     }
     throw ContainerFailure(file + ": a def or res file cannot hold a line of more than " +
-                               std::to_string(commandLineLength) + " characters",
+                               std::to_string(commandLineLength) + " characters; shorten the value",
                            IO_NO_ROOM);
 }
 
@@ -68,7 +68,8 @@ public:
     {
         requireFile(words[1]);
         const std::string lines = embeddable(words[0]);
-        // Opening to write would make a missing file.
+        // Opening for writing would create a missing file, so it is opened for
+        // reading first.
         {
             Container existing;
             existing.open(IO_OPEN_PRIMARY, words[1]);
@@ -87,10 +88,10 @@ const Command embedCommand = {
     .fewest = 2,
     .most = 2,
     .passesOn = false,
-    .purpose = "Put a VEL text into a def or res file",
-    .details = "It takes the place of the command data that DEFFILE has. A text with lines of more "
-               "than 80 characters is stored formatted, without its remarks. A failure of the "
-               "library ends with its code (1 to 31).",
+    .purpose = "Put a command file into a def or res file",
+    .details = "Replaces the command data of DEFFILE. A text with lines of more than 80 characters "
+               "is stored formatted, without its comments. If the container library fails, the "
+               "status is its code (1 to 31).",
     .make = makeTask<EmbedTask>,
 };
 

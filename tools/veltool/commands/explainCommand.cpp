@@ -1,4 +1,4 @@
-// veltool explain: what the rules say of an object or parameter.
+// veltool explain: shows the rule fields of an object or parameter.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/json.h"
@@ -26,7 +26,7 @@ public:
         (void)rules.reportRuleFaults();
         const std::vector<velparser::RuleField> fields = rules.explain(text, file, path);
         if (fields.empty())
-            throw Refusal(file + ": " + path + ": no rule describes this");
+            throw Refusal(file + ": " + path + ": no rule describes this path");
         if (json_)
             printJson(path, fields);
         else
@@ -63,11 +63,10 @@ const Command explainCommand = {
     .fewest = 2,
     .most = 2,
     .passesOn = false,
-    .purpose = "Show what the rules say of an object or parameter",
-    .details = "Every field on a line as a rule writes it, and in \"Presence\" whether the item "
-               "is required or optional, and why. There need not be anything at PATH yet; what "
-               "is in FILE decides which cases of the rules hold. Status 1 if no rule describes "
-               "PATH.",
+    .purpose = "Show the rules for an object or parameter",
+    .details = "Prints each field as the rule states it, and in \"Presence\" whether the object or "
+               "parameter is required or optional, and why. PATH need not exist yet; the data in "
+               "FILE decides which cases of the rules apply. Status 1 if no rule describes PATH.",
     .make = makeTask<ExplainTask>,
 };
 

@@ -1,4 +1,4 @@
-// veltool extract: the command data of a def or res file as VEL text.
+// veltool extract: prints the command data of a def or res file.
 #include "tools/veltool/ds/dsCommandData.h"
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/output.h"
@@ -34,7 +34,7 @@ private:
     {
         std::error_code error;
         if (std::filesystem::equivalent(file, output_, error))
-            throw Failure(output_ + ": is the file that is read");
+            throw Failure(output_ + ": is the input file; nothing was written; name another file");
         veltext::writeFile(output_, lines);
     }
 
@@ -49,9 +49,9 @@ const Command extractCommand = {
     .fewest = 1,
     .most = 1,
     .passesOn = false,
-    .purpose = "Take the command data out of a def or res file",
-    .details = "Prints its lines as they stand in FILE. A failure of the library ends with its "
-               "code (1 to 31).",
+    .purpose = "Print the command data of a def or res file",
+    .details = "Prints the lines as they are stored in FILE. If the container library fails, the "
+               "status is its code (1 to 31).",
     .make = makeTask<ExtractTask>,
 };
 

@@ -1,4 +1,4 @@
-// veltool find: where a text occurs.
+// veltool find: shows where a text occurs.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/fileLoop.h"
@@ -15,8 +15,8 @@ namespace veltool {
 
 namespace {
 
-/// What is looked for: a text anywhere, and where it reads NAME=VALUE also the
-/// parameters of that name with that value.
+/// The search: a text anywhere in a path or value, and for NAME=VALUE also the
+/// parameters with this name and value.
 class Search
 {
 public:
@@ -29,7 +29,7 @@ public:
         value_.emplace(velTrim(std::string_view(text).substr(equals + 1)));
     }
 
-    [[nodiscard]] bool isHit(const veltext::TreeWalk &walk) const
+    [[nodiscard]] bool matches(const veltext::TreeWalk &walk) const
     {
         const velNodeInfo &info = walk.info();
         // The path ends in the name.
@@ -69,10 +69,10 @@ private:
         const velHandlePtr handle = newHandle();
         parseText(handle.get(), text, file);
         requireShallow(handle.get(), file);
-        std::optional<veltext::StatementTree> lines; // made for the first hit
+        std::optional<veltext::StatementTree> lines; // made for the first match
         veltext::TreeWalk walk(handle.get(), velFindNode(handle.get(), "/"), "/");
         for (walk.step(); walk.node(); walk.step()) {
-            if (!wanted_->isHit(walk))
+            if (!wanted_->matches(walk))
                 continue;
             if (!lines)
                 lines.emplace(text);
@@ -112,10 +112,10 @@ const Command findTextCommand = {
     .most = anyNumber,
     .passesOn = false,
     .purpose = "Show where a text occurs",
-    .details = "Objects and parameters whose name, path or value holds TEXT; capital and small "
-               "letters are the same, * stands for any characters and ? for any one. NAME=VALUE "
-               "finds the parameters of that name with that value too, each as a whole or with "
-               "wildcards. Prints FILE:LINE: PATH = VALUE; status 1 without a hit.",
+    .details = "Finds objects and parameters whose path or value contains TEXT; capital and small "
+               "letters are equal, * matches any characters and ? matches one. NAME=VALUE also "
+               "finds the parameters with exactly this name and value; both may have wildcards. "
+               "Prints FILE:LINE: PATH = VALUE. Status 1 without a match.",
     .make = makeTask<FindTask>,
 };
 

@@ -1,6 +1,7 @@
-// veltool format: the text that the editor would save, of what the file states.
-// The rule libraries are read natively, into a handle of their own: they give the
-// order of the objects, and none of their data.
+// veltool format: prints the text that the editor would save.
+//
+// The rule libraries are read without Perl into a separate handle. They decide the
+// order of the objects; their data is not in the text.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/fileLoop.h"
@@ -25,7 +26,7 @@ std::int32_t parseWidth(const std::string &text)
     const char *end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, width);
     if (error != std::errc() || stop != end || width < 0 || (width > 0 && width < narrowest))
-        throw Failure("--width takes 0 (no wrapping) or a number from 3 up, not \"" + text + '"');
+        throw Failure("--width must be 0 (no wrapping) or 3 or more, not \"" + text + '"');
     return width;
 }
 
@@ -34,11 +35,11 @@ class FormatTask : public Task
 public:
     void addOptions(Options &options) override
     {
-        options.text("--width", "N", width_, "Longest line; 0 wraps nothing",
+        options.text("--width", "N", width_, "Longest line; 0 for no wrapping",
                      std::to_string(velUsualWidth).c_str());
-        options.flag("--in-place,-i", inPlace_, "Replace each FILE, keeping FILE.bak");
+        options.flag("--in-place,-i", inPlace_, "Replace each FILE and keep FILE.bak");
         options.flag("--check,-c", check_,
-                     "Name each FILE that is not formatted; status 1 if there is one");
+                     "List each FILE that is not formatted; status 1 if there is one");
         options.text("--output,-o", "OUT", output_, "Write to OUT");
         options.atMostOneOf({"--in-place", "--check", "--output"});
     }
@@ -81,17 +82,18 @@ private:
         if (result == text.bytes())
             return statusGood;
         edited.replace(result);
-        tellOfRemarks(veltext::countRemarks(text), file, edited.backupName());
+        reportLostComments(veltext::countComments(text), file, edited.backupName());
         return statusGood;
     }
 
-    static void tellOfRemarks(std::size_t count, const std::string &file, const std::string &backup)
+    static void reportLostComments(std::size_t count, const std::string &file,
+                                   const std::string &backup)
     {
         if (count == 1)
-            report(file + ": 1 remark is not in the formatted text; " + backup + " has it");
+            report(file + ": 1 comment is not in the formatted text; " + backup + " has it");
         else if (count > 1)
             report(file + ": " + std::to_string(count) +
-                   " remarks are not in the formatted text; " + backup + " has them");
+                   " comments are not in the formatted text; " + backup + " has them");
     }
 
     int checkFormat(const std::string &file) const
@@ -123,7 +125,7 @@ private:
         return text;
     }
 
-    /// Whether the output would go to a regular file that is also read.
+    /// Whether the output file is the input file, and a regular one.
     [[nodiscard]] bool isItself(const std::string &file) const
     {
         std::error_code error;
@@ -147,9 +149,10 @@ const Command formatCommand = {
     .most = anyNumber,
     .passesOn = false,
     .purpose = "Print the text that the editor would save",
-    .details = "Parameters come first in each object, objects in the order that the editor gives "
-               "them; lines are wrapped, line ends are LF. Comments are not data and are left out, "
-               "and so is a byte order mark.",
+    .details =
+        "In each object, parameters come first; objects are in the order of the editor. Lines "
+        "are wrapped, line ends are LF. The text has no comments, because they are not data, "
+        "and no byte order mark.",
     .make = makeTask<FormatTask>,
 };
 

@@ -1,4 +1,4 @@
-// veltool get: one value.
+// veltool get: prints the value of a parameter.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/fileLoop.h"
@@ -38,7 +38,7 @@ private:
         require(getStringValue(handle.get(), path, &value), file);
         if (isObject(handle.get(), path))
             throw Failure(file + ": " + velFullPath(handle.get(), path) +
-                          " is an object; veltool tree shows it");
+                          " is an object; use veltool tree to show it");
         if (json_)
             out() << array_.next() << '{' << jsonMember("file", file) << ','
                   << jsonMember("path", velFullPath(handle.get(), path)) << ','
@@ -62,8 +62,8 @@ const Command getCommand = {
     .most = anyNumber,
     .passesOn = false,
     .purpose = "Print the value of a parameter",
-    .details = "The value stands on one line, as the database holds it: joined and without its "
-               "remark. With several files each value has its file's name before it.",
+    .details = "Prints the value on one line, without its comment. With several files, each line "
+               "begins with the name of the file.",
     .make = makeTask<GetTask>,
 };
 

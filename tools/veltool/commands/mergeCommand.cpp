@@ -1,4 +1,4 @@
-// veltool merge: three-way, by path, in OURS as its author wrote it.
+// veltool merge: merges two versions of a file by path, in the text of OURS.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/loadFiles.h"
@@ -32,9 +32,9 @@ public:
     void addOptions(Options &options) override
     {
         options.text("-o,--output", "OUT", output_, "Write to OUT, which may be OURS");
-        options.text("--name", "NAME", name_, "What messages call the file, instead of OURS");
+        options.text("--name", "NAME", name_, "Name of the file in messages, instead of OURS");
         options.number("--marker-size", "N", markerSize_, 1, longestMarker,
-                       "Length of conflict markers (7)");
+                       "Length of conflict markers; 7 without this option");
     }
 
     int run(const Words &words) override
@@ -43,7 +43,7 @@ public:
         name_ = name_.empty() ? words[1] : name_;
         if (!output_.empty() && kindOfFile(output_) == FileKind::Container)
             throw containerRefusal(output_);
-        // OUT may be one of the three: then nobody may change it until it is replaced.
+        // OUT may be one of the three files: it must not change before it is replaced.
         std::optional<veltext::FileLock> lock;
         if (isRegularFile(output_))
             lock.emplace(output_);
@@ -63,15 +63,23 @@ private:
     {
         write(merge.bytes);
         if (merge.isOneConflict) {
-            report(name_ + ": cannot be merged statement by statement; all of it is in conflict");
+            report(name_ +
+                   ": cannot be merged statement by statement; the whole file is one conflict");
             return statusFindings;
         }
         for (const veltext::MergeConflict &conflict : merge.conflicts)
             report(name_ + ": " + conflict.path + ": " + conflict.reason);
-        if (merge.lostRemarks > 0)
-            report(name_ + ": remarks of theirs that are not in the result: " +
-                   std::to_string(merge.lostRemarks));
+        reportLostComments(merge.lostComments);
         return merge.conflicts.empty() ? statusGood : statusFindings;
+    }
+
+    void reportLostComments(std::size_t count) const
+    {
+        if (count == 1)
+            report(name_ + ": 1 comment of THEIRS is not in the result");
+        else if (count > 1)
+            report(name_ + ": " + std::to_string(count) +
+                   " comments of THEIRS are not in the result");
     }
 
     void write(const std::string &bytes) const
@@ -96,9 +104,10 @@ const Command mergeCommand = {
     .most = 3,
     .passesOn = false,
     .purpose = "Merge two changed versions of a file",
-    .details = "Three-way, by path: what THEIRS changed since BASE is put into the text of OURS, "
-               "which otherwise stays as it is. What both changed differently stands between "
-               "conflict markers, and the status is 1. Prints the result, or writes it to OUT.",
+    .details = "A three-way merge by path: puts the changes from BASE to THEIRS into the text of "
+               "OURS, which does not change otherwise. Different changes of the same path are put "
+               "between conflict markers, and the status is 1. Prints the result, or writes it to "
+               "OUT.",
     .make = makeTask<MergeTask>,
 };
 

@@ -1,4 +1,4 @@
-// veltool perl: a script in the embedded interpreter.
+// veltool perl: runs a script in the embedded interpreter.
 #include "common/writeSignals.h"
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/output.h"
@@ -13,7 +13,7 @@ class PerlTask : public Task
 public:
     int run(const Words &words) override
     {
-        // A script may rely on what it would find under any other perl.
+        // The script gets the same signal actions as under any other perl.
         velEditor::restoreWriteSignals();
         int status = statusGood;
         const Words arguments(words.begin() + 1, words.end());
@@ -31,9 +31,10 @@ const Command perlCommand = {
     .most = anyNumber,
     .passesOn = true,
     .purpose = "Run a Perl script in the embedded interpreter",
-    .details = "The script finds VEL::Parser::Lite, VEL::Validate and API, and ARGS in @ARGV; "
-               "options behind SCRIPT are the script's. The exit status is the script's, or 2 "
-               "when it dies.",
+    .details =
+        "The script can use VEL::Parser::Lite, VEL::Validate and API, and finds ARGS in @ARGV. "
+        "Options after SCRIPT are passed to the script. The exit status is that of the "
+        "script, or 2 if it dies.",
     .make = makeTask<PerlTask>,
 };
 

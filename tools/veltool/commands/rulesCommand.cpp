@@ -1,4 +1,4 @@
-// veltool rules: for those who write rule libraries.
+// veltool rules: checks rule libraries, for their authors.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/commandLine.h"
@@ -16,7 +16,7 @@ namespace {
 /// The files of the libraries that the environment names.
 Words environmentLibraries()
 {
-    // Reports what is wrong with the environment as every reader of libraries does.
+    // Throws if the environment is wrong, with the same message as other commands.
     (void)newHandle(Libraries::Read);
     return velLibraryFiles();
 }
@@ -68,21 +68,23 @@ constexpr Command rulesCheckCommand = {
     .fewest = 0,
     .most = anyNumber,
     .passesOn = false,
-    .purpose = "Show what is wrong with rule libraries",
-    .details = "Reads the LIBRARY files together, in this order, or those that the environment "
-               "names, and prints a line for each fault: FILE:LINE: PATH: sentence [bad-rule]. "
-               "Status 1 when there is one.",
+    .purpose = "Check rule libraries for mistakes",
+    .details =
+        "Reads the LIBRARY files together, in this order, or without any the libraries of the "
+        "environment. Prints a line for each mistake: FILE:LINE: PATH: sentence [bad-rule]. "
+        "Status 1 if there is one.",
     .make = makeTask<RulesCheckTask>,
 };
+
+constexpr const Command *subCommands[] = {&rulesCheckCommand};
 
 class RulesTask : public Task
 {
 public:
     int run(const Words &words) override
     {
-        if (words[0] != "check")
-            throw Failure("unknown command \"rules " + words[0] + "\"; see veltool rules --help");
-        return runCommand(rulesCheckCommand, Words(words.begin() + 1, words.end()));
+        const Command &command = requireCommand(subCommands, "rules", words[0]);
+        return runCommand(command, Words(words.begin() + 1, words.end()));
     }
 };
 
@@ -94,8 +96,8 @@ const Command rulesCommand = {
     .fewest = 1,
     .most = anyNumber,
     .passesOn = true,
-    .purpose = "Show what is wrong with rule libraries",
-    .details = "veltool rules check --help shows words and options.",
+    .purpose = "Check rule libraries for mistakes",
+    .details = "veltool rules check --help shows arguments and options.",
     .make = makeTask<RulesTask>,
 };
 

@@ -1,16 +1,16 @@
-// veltool set: a new value for a parameter.
+// veltool set: changes the value of a parameter.
 #include "tools/veltool/support/editFile.h"
 
 namespace veltool {
 
 namespace {
 
-/// What helps with a path that cannot be set.
+/// What the user can do about a path that cannot be set.
 std::string advice(velHandle *handle, const std::string &path)
 {
     if (havePath(handle, path.c_str()))
-        return "name a parameter of the object";
-    return "veltool add adds a parameter; veltool tree shows what is there";
+        return "PATH must be a parameter";
+    return "use veltool add for a new parameter; veltool tree lists the existing paths";
 }
 
 class SetTask : public EditTask
@@ -45,10 +45,10 @@ const Command setCommand = {
     .most = 3,
     .passesOn = false,
     .purpose = "Give a parameter a new value",
-    .details = "Changes the lines of the parameter's last statement and no other; the former file "
-               "stays as FILE.bak. Refused with status 1, nothing written, if the rules would "
-               "find something new, if there is no parameter at PATH, and if no file can hold "
-               "VALUE. Waits while another veltool changes FILE.",
+    .details = "Changes only the lines of the parameter's last statement; the former file stays as "
+               "FILE.bak. Writes nothing and ends with status 1 if there would be new findings, if "
+               "there is no parameter at PATH, or if a file cannot hold VALUE. Waits while another "
+               "veltool changes FILE.",
     .make = makeTask<SetTask>,
 };
 

@@ -1,4 +1,4 @@
-// veltool tree: the objects and parameters of a file, in stored order.
+// veltool tree: shows the objects and parameters of a file, in stored order.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/json.h"
@@ -27,7 +27,8 @@ public:
             velFullPath(handle.get(), words.size() > 1 ? words[1].c_str() : "/");
         const velNode *start = velFindNode(handle.get(), path.c_str());
         if (!start)
-            throw Failure(words[0] + ": " + path + ": there is no such object or parameter");
+            throw Failure(words[0] + ": " + path +
+                          ": there is no such object or parameter; veltool find searches for it");
         veltext::TreeWalk walk(handle.get(), start, path);
         if (json_)
             printJson(walk);
@@ -46,7 +47,7 @@ private:
 
     void printText(veltext::TreeWalk &walk) const
     {
-        // The root has no line of its own; its children stand flush.
+        // The root has no line; its children have no indent.
         const std::size_t root = walk.path() == "/" ? 1 : 0;
         if (root)
             walk.step();
@@ -86,7 +87,7 @@ private:
         out() << '\n';
     }
 
-    /// Up to the beginning of the list of children.
+    /// Prints the element up to the beginning of its list of children.
     static void printElement(const veltext::TreeWalk &walk)
     {
         const velNodeInfo &info = walk.info();
@@ -109,7 +110,7 @@ const Command treeCommand = {
     .most = 2,
     .passesOn = false,
     .purpose = "Show objects and parameters",
-    .details = "All of FILE, or what stands at PATH and below, in the order of the file.",
+    .details = "Prints all of FILE, or PATH and everything below it, in the order of the file.",
     .make = makeTask<TreeTask>,
 };
 

@@ -1,10 +1,10 @@
-// veltool upgrade: old command data brought up to the current version.
+// veltool upgrade: changes old command data to the current version.
 //
-// 1. The rules upgrade the data in memory and tell what they changed.
-// 2. What was renamed is renamed in the text, where it stands.
-// 3. Everything else that the data now holds is edited into that text.
-// 4. The result, read anew, gives the upgraded data.
-// 5. The file is replaced, the former one stays as FILE.bak.
+// 1. The rules upgrade the data in memory and list the changes.
+// 2. New names are put into the text, in place of the old names.
+// 3. All other changes of the data are edited into that text.
+// 4. The result is read again; it must give the upgraded data.
+// 5. The file is replaced; the former file stays as FILE.bak.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/editFile.h"
@@ -28,8 +28,7 @@ class UpgradeTask : public Task
 public:
     void addOptions(Options &options) override
     {
-        options.flag("--dry-run,-n", dryRun_,
-                     "Write nothing; status 1 where something would change");
+        options.flag("--dry-run,-n", dryRun_, "Write nothing; status 1 if a file would change");
         options.flag("--json", json_, "Print an array of objects");
     }
 
@@ -72,7 +71,8 @@ private:
         return dryRun_ ? statusFindings : statusGood;
     }
 
-    /// Makes a change that is a new name; gives what is printed of any change.
+    /// Renames in the text if the change is a new name. Returns the output for the
+    /// change.
     std::string takeName(const std::string &file, const velparser::UpgradeChange &change,
                          veltext::TextEdit *names) const
     {
@@ -83,7 +83,7 @@ private:
         return json_ ? changeJson(file, line, change) : changeLine(file, line, change);
     }
 
-    /// Of the text with the new names.
+    /// Edits the remaining changes into the text with the new names.
     static std::string editedBytes(const veltext::SourceText &text, const Upgrade &upgrade,
                                    const std::string &file)
     {
@@ -98,7 +98,7 @@ private:
         const velHandlePtr reread = newHandle();
         parseText(reread.get(), veltext::SourceText(bytes), file);
         if (!veltext::haveSameData(veltext::TreeData(reread.get()), wanted))
-            throw Failure(file + ": the edited text would not read back as wanted; "
+            throw Failure(file + ": reading the edited text again would give other data; "
                                  "nothing was written");
         return bytes;
     }
@@ -117,10 +117,10 @@ const Command upgradeCommand = {
     .fewest = 1,
     .most = anyNumber,
     .passesOn = false,
-    .purpose = "Bring old command data up to the current version",
+    .purpose = "Upgrade old command data to the current version",
     .details = "Makes the changes that the rules know for later versions, and lists them: "
-               "FILE:LINE: PATH: change. Lines that no change is about stay as they are, remarks "
-               "included; the former file stays as FILE.bak.",
+               "FILE:LINE: PATH: change. Other lines do not change and keep their comments; the "
+               "former file stays as FILE.bak.",
     .make = makeTask<UpgradeTask>,
 };
 

@@ -1,4 +1,4 @@
-// veltool ds delete and ds copy.
+// veltool ds delete and ds copy: delete datasets, or copy them to another container.
 #include "tools/veltool/ds/dsCommands.h"
 #include "tools/veltool/ds/dsContainer.h"
 #include "veltext/heldSignals.h"
@@ -14,8 +14,8 @@ public:
     {
         requireFile(words[0]);
         DatasetName name(words[1], words[2], words[3]);
-        // Opening to write makes a missing file; opening to read does not, but
-        // would have to wait before it may write.
+        // Opening for writing would create a missing file, so it is opened for
+        // reading first.
         {
             Container existing;
             existing.open(IO_OPEN_PRIMARY, words[0]);
@@ -38,7 +38,7 @@ public:
     int run(const Words &words) override
     {
         if (words.size() != 2 && words.size() != 5)
-            throw Failure("wrong number of words; usage: veltool ds copy FROM TO [WHAT WHERE "
+            throw Failure("wrong number of arguments; usage: veltool ds copy FROM TO [WHAT WHERE "
                           "WHEN]");
         const bool all = words.size() == 2;
         DatasetName name(all ? "*" : words[2], all ? "*" : words[3], all ? "-1" : words[4]);
@@ -69,7 +69,7 @@ const Command dsDeleteCommand = {
     .most = 4,
     .passesOn = false,
     .purpose = "Mark datasets as deleted",
-    .details = "All that match, as in ds locate. Their bytes stay in the file.",
+    .details = "Deletes all datasets that ds locate finds. Their bytes stay in the file.",
     .make = makeTask<DeleteTask>,
 };
 
@@ -80,8 +80,8 @@ const Command dsCopyCommand = {
     .most = 5,
     .passesOn = false,
     .purpose = "Copy datasets into another file",
-    .details = "All live datasets of FROM, or those that match, are added to TO, which is made if "
-               "it does not exist. They keep their format.",
+    .details = "Adds all live datasets of FROM, or those that match, to TO, which is created if it "
+               "does not exist. The datasets keep their format.",
     .make = makeTask<CopyTask>,
 };
 

@@ -1,5 +1,5 @@
-// veltool ds verify and ds rebuild: damage in a container found, and its index
-// made anew.
+// veltool ds verify and ds rebuild: find damage in a container, and write its index
+// again.
 #include "tools/veltool/ds/dsCommands.h"
 #include "tools/veltool/ds/dsContainer.h"
 #include "tools/veltool/ds/dsProgress.h"
@@ -101,8 +101,8 @@ private:
                   << std::to_string(lost.when) << '\t' << std::to_string(lost.length) << '\t'
                   << std::to_string(lost.position) << '\n';
         }
-        for (const std::string &remark : result.remarks)
-            out() << "remark\t" << remark << '\n';
+        for (const std::string &message : result.messages)
+            out() << "remark\t" << message << '\n';
         if (result.dropped_bytes > 0)
             out() << "dropped\t" << std::to_string(result.dropped_bytes) << '\n';
     }
@@ -119,8 +119,8 @@ private:
         }
         out() << "],\"remarks\":[";
         before = {};
-        for (const std::string &remark : result.remarks)
-            out() << std::exchange(before, ",") << jsonString(remark);
+        for (const std::string &message : result.messages)
+            out() << std::exchange(before, ",") << jsonString(message);
         out() << "],\"dropped\":" << std::to_string(result.dropped_bytes) << "}\n";
     }
 
@@ -135,9 +135,10 @@ const Command dsVerifyCommand = {
     .fewest = 1,
     .most = 1,
     .passesOn = false,
-    .purpose = "Look at every byte and name the faults",
-    .details = "A line for each fault, separated by tabs: byte, code, text. The status is the "
-               "code of the first; the file is not changed.",
+    .purpose = "Check every byte and list the damage",
+    .details =
+        "Prints a line for each fault, separated by tabs: byte, code, text. The status is the "
+        "code of the first fault. The file does not change.",
     .make = makeTask<VerifyTask>,
 };
 
@@ -147,9 +148,10 @@ const Command dsRebuildCommand = {
     .fewest = 1,
     .most = 1,
     .passesOn = false,
-    .purpose = "Scan the file and write its index anew",
-    .details = "Says how many datasets there are, which are lost, and how many bytes behind the "
-               "last whole one were dropped. A scan that meets damage leaves the file as it is.",
+    .purpose = "Scan the file and write its index again",
+    .details = "Prints how many datasets there are, which are lost, and how many bytes after the "
+               "last complete dataset were dropped. If the scan finds damage, the file does not "
+               "change.",
     .make = makeTask<RebuildTask>,
 };
 

@@ -1,4 +1,4 @@
-// veltool ds: def and res files from the shell.
+// veltool ds: shows and changes the datasets of def and res files.
 #include "tools/veltool/ds/dsCommands.h"
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandLine.h"
@@ -17,12 +17,8 @@ class DsTask : public Task
 public:
     int run(const Words &words) override
     {
-        const std::string name = "ds " + words[0];
-        for (const Command *command : subCommands) {
-            if (name == command->name)
-                return runCommand(*command, Words(words.begin() + 1, words.end()));
-        }
-        throw Failure("unknown command \"" + name + "\"; see veltool ds --help");
+        const Command &command = requireCommand(subCommands, "ds", words[0]);
+        return runCommand(command, Words(words.begin() + 1, words.end()));
     }
 };
 
@@ -34,10 +30,10 @@ const Command dsCommand = {
     .fewest = 1,
     .most = anyNumber,
     .passesOn = true,
-    .purpose = "Look into def and res files and change them",
+    .purpose = "Show and change def and res files",
     .details = "Each of list, locate, read, write, delete, copy, verify, rebuild and unlock shows "
-               "its words and options with --help. The exit status is 0, 2 for misuse, or the "
-               "code that the library gives what fails (1 to 31).",
+               "its arguments and options with --help. The exit status is 0, 2 for a usage error, "
+               "or the code with which the container library fails (1 to 31).",
     .make = makeTask<DsTask>,
 };
 

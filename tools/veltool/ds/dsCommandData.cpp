@@ -1,4 +1,4 @@
-// Finds, reads and replaces the dataset of a container that has its command data.
+// Finds, reads and replaces the dataset with the command data of a container.
 #include "tools/veltool/ds/dsCommandData.h"
 
 #include "tools/veltool/ds/dsValues.h"
@@ -16,10 +16,10 @@ namespace {
 constexpr const char *commandWhat = "G/COMMANDS";
 constexpr const char *commandWhere = "EVERY";
 
-/// As many matches as are told apart.
+/// How many datasets with command data are compared by their WHEN.
 constexpr std::size_t candidates = 20;
 
-/// No match is no failure.
+/// The datasets with command data at a WHEN; may be empty.
 located_datasets findAt(Container &container, std::int32_t when)
 {
     open_file &file = container.primary();
@@ -31,7 +31,8 @@ located_datasets findAt(Container &container, std::int32_t when)
     return found;
 }
 
-/// Of more candidates than can be distinguished, the one at WHEN 0 counts.
+/// If there are too many candidates, only the one at WHEN 0 is used; `many` is then
+/// true.
 located_datasets findAll(Container &container, bool &many)
 {
     located_datasets found = findAt(container, -1);
@@ -71,7 +72,7 @@ void writeAt(Container &container, std::int32_t when, std::int32_t count, IO_dat
     container.request(IO_WRITE_PRIMARY_DS, name.header(), data);
 }
 
-/// Deletes all command data at a WHEN but that which was written last.
+/// Deletes all command data at a WHEN except the newest.
 void deleteFormer(Container &container, std::int32_t when)
 {
     located_datasets found = findAt(container, when);
@@ -128,8 +129,8 @@ void writeCommandData(const std::string &file, std::string_view lines)
     container.open(IO_OPEN_PRIMARY_WRITE, file);
     const std::optional<std::int32_t> former = findCommandData(container);
     const std::int32_t when = former.value_or(0);
-    // For a while both stand there under one name: whatever ends the program,
-    // one of them is whole.
+    // Between these two calls the file has both under one name, so that one of
+    // them is complete even if the program ends here.
     writeAt(container, when, count, storage.data());
     deleteFormer(container, when);
     container.close();

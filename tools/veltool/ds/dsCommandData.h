@@ -1,4 +1,4 @@
-// Command data inside def and res files: one dataset of lines.
+// The command data in a def or res file, which is one dataset of lines.
 #pragma once
 
 #include "tools/veltool/ds/dsContainer.h"
@@ -9,21 +9,20 @@
 
 namespace veltool {
 
-/// The longest line that the dataset holds.
+/// The longest line that the dataset can hold.
 inline constexpr std::size_t commandLineLength = IO_STRING_LENGTH;
 
-/// The WHEN of the command data of an open file, which is the largest that
-/// there is; none without command data. Of more than twenty only the one at
-/// WHEN 0 counts, as for the editor.
+/// The largest WHEN of the command data of an open file; nothing without command
+/// data. If there are more than twenty, only WHEN 0 is used, as in the editor.
 [[nodiscard]] std::optional<std::int32_t> findCommandData(Container &container);
 
-/// The lines of a file's command data, each with a line feed. Throws a
-/// ContainerFailure; the library's messages go to `routine`.
+/// The lines of the command data of a file, each with a line feed. The library's
+/// messages go to `routine`. Throws a ContainerFailure.
 [[nodiscard]] std::string readCommandData(const ReadableFile &file,
                                           io_error_routine routine = reportMessage);
 
-/// Puts lines of at most commandLineLength characters in the place of a file's
-/// command data. At every moment the file holds the former ones or the new.
+/// Replaces the command data of a file by lines of at most commandLineLength
+/// characters. At every moment the file has the former lines or the new ones.
 void writeCommandData(const std::string &file, std::string_view lines);
 
 } // namespace veltool

@@ -1,4 +1,4 @@
-// The commands behind `veltool ds`, one for each thing to do with a container.
+// The commands of `veltool ds`.
 #pragma once
 
 #include "tools/veltool/support/command.h"

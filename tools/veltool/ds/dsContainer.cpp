@@ -1,4 +1,4 @@
-// Opens and closes containers, and turns codes of the library into failures.
+// Opens and closes containers, and turns the library's codes into failures.
 #include "tools/veltool/ds/dsContainer.h"
 
 #include "tools/veltool/support/input.h"
@@ -19,7 +19,7 @@ std::int32_t parseWhen(const std::string &word)
     const char *end = word.data() + word.size();
     const auto [stop, error] = std::from_chars(word.data(), end, when);
     if (error != std::errc() || stop != end)
-        throw Failure("WHEN is no 32-bit number: \"" + word + "\"");
+        throw Failure("WHEN must be a whole number of 32 bits, not \"" + word + "\"");
     return when;
 }
 
@@ -71,7 +71,7 @@ ReadableFile::ReadableFile(const std::string &file) : name_(file), path_(file)
 void requireFile(const std::string &file)
 {
     if (file == standardInput)
-        throw Failure("standard input is only read, not changed; a file of that name is ./-");
+        throw Failure("cannot change standard input; name a file (./- for a file called -)");
 }
 
 int reportMessage(const char *text, std::int32_t length)

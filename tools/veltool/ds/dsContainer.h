@@ -1,7 +1,7 @@
-// An open def or res file, for commands.
+// Opens and accesses def and res files for commands.
 //
-// What the library says goes to standard error line by line, as it says it; a
-// code that is not 0 then ends the command with a ContainerFailure.
+// The messages of the container library go to standard error as they come. A code
+// that is not 0 then ends the command with a ContainerFailure.
 #pragma once
 
 #include "io/Src/Main/get_ds_location.h"
@@ -19,10 +19,10 @@ namespace veltool {
 class ContainerFailure : public Failure
 {
 public:
-    /// The text of the code follows `what`, which may be empty.
+    /// The message is `what` and the text of the code; `what` may be empty.
     ContainerFailure(const std::string &what, int code);
 
-    /// A sentence that needs no text of a code.
+    /// The message is the sentence alone, without the text of the code.
     [[nodiscard]] static ContainerFailure sentence(const std::string &text, int code)
     {
         return {text, code, Whole()};
@@ -35,7 +35,7 @@ private:
     ContainerFailure(const std::string &text, int code, Whole) : Failure(text, code) {}
 };
 
-/// Bytes in a temporary file that is gone with the object. Throws a Failure.
+/// A temporary file with these bytes; the destructor removes it. Throws a Failure.
 class TemporaryCopy
 {
 public:
@@ -52,16 +52,16 @@ private:
     std::string folder_;
 };
 
-/// A file to be read: itself, or for "-" a copy of standard input. Throws a
+/// A file to read. For "-" it is a temporary copy of standard input. Throws a
 /// Failure.
 class ReadableFile
 {
 public:
     explicit ReadableFile(const std::string &file);
 
-    /// Where it can be opened.
+    /// The path to open.
     [[nodiscard]] const std::string &path() const { return path_; }
-    /// As given, for messages.
+    /// The name that the user gave, for messages.
     [[nodiscard]] const std::string &name() const { return name_; }
 
 private:
@@ -70,19 +70,19 @@ private:
     std::string path_;
 };
 
-/// Throws a Failure for "-": a container that is to be changed is a file.
+/// Throws a Failure for "-": standard input cannot be changed.
 void requireFile(const std::string &file);
 
-/// The library's error routine: a line of standard error for each message.
+/// An error routine for the library that writes each message to standard error.
 int reportMessage(const char *text, std::int32_t length);
 
-/// A dataset's name as the words of a command line give it.
+/// The name of a dataset, from the words of a command line.
 struct DatasetName
 {
-    /// Throws a Failure where WHEN is no 32-bit number.
+    /// Throws a Failure if WHEN is not a whole number of 32 bits.
     DatasetName(std::string whatWord, std::string whereWord, const std::string &whenWord);
 
-    /// Points into this object.
+    /// A header for requests; it points into this object.
     [[nodiscard]] IO_header header();
 
     std::string what;
@@ -93,8 +93,8 @@ struct DatasetName
     std::int32_t blockfactor = 1;
 };
 
-/// The files of one command. Each function throws a ContainerFailure when the
-/// library fails.
+/// The open containers of one command. Each function throws a ContainerFailure if
+/// the library fails.
 class Container
 {
 public:
@@ -103,20 +103,21 @@ public:
     {
     }
 
-    /// IO_OPEN_PRIMARY and its like. Throws if a file to be read does not exist.
+    /// Opens with IO_OPEN_PRIMARY or a similar request. Throws if a file to read
+    /// does not exist.
     void open(io_request number, const std::string &file);
-    /// To read it.
+    /// Opens a file for reading.
     void open(const ReadableFile &file);
     void close(io_request number = IO_CLOSE_PRIMARY);
     void request(io_request number, IO_header header, IO_data &data);
 
     [[nodiscard]] open_file &primary() { return *session_.primary(); }
 
-    /// The datasets of the primary file that match, in the library's order. Throws
-    /// if there is none.
+    /// The matching datasets of the primary file, in the library's order. Throws if
+    /// there is none.
     [[nodiscard]] located_datasets locate(const DatasetName &name);
 
-    /// Throws unless the code is 0; names the primary file.
+    /// Throws if the code is not 0. The message names the primary file.
     void check(int code) const;
 
 private:

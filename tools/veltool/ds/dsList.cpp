@@ -1,4 +1,4 @@
-// veltool ds list and ds locate: what stands in a container.
+// veltool ds list and ds locate: list the datasets of a container.
 #include "tools/veltool/ds/dsCommands.h"
 #include "tools/veltool/ds/dsContainer.h"
 #include "tools/veltool/support/json.h"
@@ -16,7 +16,7 @@ std::string formatText(format_code format)
     return format.has_digit() ? text + format.second : text;
 }
 
-/// A deleted dataset's header may be beyond reading; then its fields are empty.
+/// The header of a deleted dataset may be unreadable; its fields are then empty.
 void printLine(const container_entry &entry)
 {
     const dataset_header &header = entry.header;
@@ -64,7 +64,7 @@ void printJson(const located_dataset &dataset)
           << jsonNumber("position", true, dataset.position) << '}';
 }
 
-/// One line for each, or one array of objects.
+/// Prints one line for each entry, or one array of objects.
 template <typename Entry>
 void print(const std::vector<Entry> &entries, bool json)
 {
@@ -97,7 +97,7 @@ public:
         container.open(file);
         std::vector<container_entry> entries;
         const int code = list_container(container.primary(), all_, entries);
-        // What stands in front of damage is shown as well.
+        // Shows the datasets before the damage as well.
         print(entries, json_);
         container.check(code);
         container.close();
@@ -141,8 +141,9 @@ const Command dsListCommand = {
     .most = 1,
     .passesOn = false,
     .purpose = "List datasets in the order of the file",
-    .details = "A line each, separated by tabs: status (Y live, N deleted), WHAT, WHERE, WHEN, "
-               "format, type, count, length, position.",
+    .details =
+        "Prints a line for each dataset, separated by tabs: status (Y live, N deleted), WHAT, "
+        "WHERE, WHEN, format, type, count, length, position.",
     .make = makeTask<ListTask>,
 };
 
@@ -153,9 +154,9 @@ const Command dsLocateCommand = {
     .most = 4,
     .passesOn = false,
     .purpose = "Find datasets by name",
-    .details = "WHAT and WHERE may be patterns (* ? [...]); a negative WHEN is any. A line for "
-               "each match, separated by tabs: WHAT, WHERE, WHEN, length, position. Status 17 "
-               "without a match.",
+    .details = "WHAT and WHERE may be patterns (* ? [...]); a negative WHEN matches all. Prints a "
+               "line for each match, separated by tabs: WHAT, WHERE, WHEN, length, position. "
+               "Status 17 without a match.",
     .make = makeTask<LocateTask>,
 };
 

@@ -1,4 +1,4 @@
-// Wraps the files that the library opens, and counts what is read from them.
+// Wraps the files that the library opens, and reports the position of each read.
 #include "tools/veltool/ds/dsProgress.h"
 
 #include <algorithm>
@@ -7,13 +7,13 @@ namespace veltool {
 
 namespace {
 
-/// Smaller files are read before anybody could wonder.
-constexpr std::int64_t worthTelling = 1024 * 1024;
+/// Files below this size, in bytes, are read at once and need no progress line.
+constexpr std::int64_t smallestSize = 1024 * 1024;
 
-class ToldFile : public io_file
+class ProgressFile : public io_file
 {
 public:
-    ToldFile(std::unique_ptr<io_file> base, std::int64_t size, ProgressLine &line)
+    ProgressFile(std::unique_ptr<io_file> base, std::int64_t size, ProgressLine &line)
         : base_(std::move(base)), size_(size), line_(line)
     {
     }
@@ -45,9 +45,9 @@ std::unique_ptr<io_file> ProgressEnv::open(const char *name, io_open how)
 {
     std::unique_ptr<io_file> file = base_.open(name, how);
     const std::int64_t size = file ? file->size() : 0;
-    if (size < worthTelling)
+    if (size < smallestSize)
         return file;
-    return std::make_unique<ToldFile>(std::move(file), size, line_);
+    return std::make_unique<ProgressFile>(std::move(file), size, line_);
 }
 
 } // namespace veltool

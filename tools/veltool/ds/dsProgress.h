@@ -1,4 +1,4 @@
-// Files that tell how far they have been read, on a terminal.
+// Files that show on a terminal how far they have been read.
 #pragma once
 
 #include "io/Src/Main/io_env.h"
@@ -6,8 +6,8 @@
 
 namespace veltool {
 
-/// The system's own files, with a progress line for those that take long.
-/// Outlives the files that it opens.
+/// The system's files, with a progress line for large ones. It must outlive the
+/// files that it opens.
 class ProgressEnv : public io_env
 {
 public:

@@ -1,4 +1,4 @@
-// veltool ds read: the elements of a dataset as text.
+// veltool ds read: prints the elements of a dataset as text.
 #include "tools/veltool/ds/dsCommands.h"
 #include "tools/veltool/ds/dsContainer.h"
 #include "tools/veltool/ds/dsValues.h"
@@ -30,7 +30,7 @@ private:
     void print(Container &container, std::int64_t position) const
     {
         open_file &file = container.primary();
-        // Nothing is allocated before the header is known to be true.
+        // The header is checked first: a damaged one could ask for too much memory.
         located_start start;
         container.check(read_located_dataset_start(file, position, start));
         reading_plan plan;
@@ -54,8 +54,9 @@ const Command dsReadCommand = {
     .most = 4,
     .passesOn = false,
     .purpose = "Print the data of a dataset",
-    .details = "One element a line; characters all on one line; a record of a structure is a line "
-               "with tabs between its values. Of several matches the first that ds locate shows.",
+    .details = "Prints one element per line, but characters all on one line, and a record of a "
+               "structure as a line with tabs between its values. Of several matches, the first of "
+               "ds locate is printed.",
     .make = makeTask<ReadTask>,
 };
 

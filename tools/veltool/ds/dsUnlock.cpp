@@ -1,4 +1,4 @@
-// veltool ds unlock: the lock file that a process left behind.
+// veltool ds unlock: removes a lock file that a dead process has left.
 #include "tools/veltool/ds/dsCommands.h"
 #include "tools/veltool/ds/dsContainer.h"
 #include "tools/veltool/ds/fileHolders.h"
@@ -15,7 +15,7 @@ namespace veltool {
 
 namespace {
 
-/// Tells one lock file from a later one of the same name.
+/// Identifies a lock file, to notice if another process creates a new one.
 struct LockIdentity
 {
     struct stat status = {};
@@ -40,7 +40,7 @@ LockIdentity identify(const std::string &lock)
 std::string describe(const lock_state &state)
 {
     if (!state.level)
-        return "locked; the lock file holds no level";
+        return "locked; the lock file has no level";
     const std::string level = std::to_string(*state.level);
     if (*state.level < 0)
         return "locked for writing (level " + level + ")";
@@ -58,7 +58,7 @@ class UnlockTask : public Task
 public:
     void addOptions(Options &options) override
     {
-        options.flag("--force", force_, "Remove the lock whoever holds it");
+        options.flag("--force", force_, "Remove the lock even if a process holds it");
     }
 
     int run(const Words &words) override
@@ -75,7 +75,7 @@ public:
         out() << file_ << ": " << describe(before.state) << '\n';
         report(findHolders(file_), before.status.st_uid);
         if (!force_ && !identify(lock).same(before))
-            refuse("the lock has just changed hands");
+            refuse("another process has just locked it");
         if (unlink(lock.c_str()) != 0 && errno != ENOENT)
             throw ContainerFailure::sentence(systemError(lock, errno).message(), IO_LOCKED);
         out() << file_ << ": lock removed\n";
@@ -90,7 +90,8 @@ private:
             throw ContainerFailure::sentence(file_ + ": the file does not exist", IO_ABSENT);
     }
 
-    /// Says who holds the file. Throws if somebody does, or may do, without --force.
+    /// Prints which processes hold the file. Without --force, throws if one does or
+    /// may do so.
     void report(const FileHolders &found, unsigned owner) const
     {
         for (const FileHolder &holder : found.holders)
@@ -98,11 +99,11 @@ private:
         const bool hidden = std::find(found.hiddenUsers.begin(), found.hiddenUsers.end(), owner) !=
                             found.hiddenUsers.end();
         if (!found.known)
-            out() << file_ << ": this system does not say which processes have it open\n";
+            out() << file_ << ": this system does not show which processes have it open\n";
         else if (hidden)
             out() << file_ << ": the processes of the user who made the lock cannot be seen\n";
         else if (found.holders.empty() && found.hiddenUsers.empty())
-            out() << file_ << ": no process of this machine has it open\n";
+            out() << file_ << ": no process on this machine has it open\n";
         else if (found.holders.empty())
             out() << file_ << ": no process that this user can see has it open\n";
         if (force_)
@@ -115,7 +116,7 @@ private:
 
     [[noreturn]] void refuse(const std::string &why) const
     {
-        throw ContainerFailure::sentence(file_ + ": not unlocked, since " + why +
+        throw ContainerFailure::sentence(file_ + ": not unlocked, because " + why +
                                              "; use --force to remove the lock anyway",
                                          IO_LOCKED);
     }
@@ -133,9 +134,10 @@ const Command dsUnlockCommand = {
     .most = 1,
     .passesOn = false,
     .purpose = "Remove the lock of a process that is gone",
-    .details = "Says how FILE is locked and which processes of this machine have it open. Removes "
-               "the lock file if there are none, or with --force. Status 21 if the lock stays. A "
-               "process of another machine cannot be seen.",
+    .details =
+        "Prints how FILE is locked and which processes on this machine have it open. Removes "
+        "the lock file if there are none, or with --force. Status 21 if the lock stays. It "
+        "cannot see processes on other machines.",
     .make = makeTask<UnlockTask>,
 };
 

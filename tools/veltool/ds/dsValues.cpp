@@ -1,4 +1,4 @@
-// Formats and parses the elements of datasets, type by type.
+// Formats and parses the elements of datasets.
 #include "tools/veltool/ds/dsValues.h"
 
 #include "tools/veltool/ds/dsContainer.h"
@@ -15,11 +15,11 @@ namespace veltool {
 
 namespace {
 
-/// Where the next value of each type stands in the arrays.
+/// The index of the next value of each type in the arrays.
 class ArrayCursor
 {
 public:
-    /// The index of the first of `number` values.
+    /// Takes `number` values and returns the index of the first.
     std::size_t take(element_type type, std::int64_t number)
     {
         std::int64_t &next = next_[static_cast<std::size_t>(type)];
@@ -33,7 +33,7 @@ private:
 
 void appendReal(std::string &line, double value, int digits)
 {
-    // As "%.*g" prints it, whatever the locale.
+    // The result of "%.*g", independent of the locale.
     char text[40];
     const auto end =
         std::to_chars(text, text + sizeof text, value, std::chars_format::general, digits);
@@ -106,7 +106,7 @@ bool parseReal(std::string_view field, Real &value)
     return error == std::errc() && stop == end;
 }
 
-/// Takes values off one line after the other.
+/// Reads the values of one line after the other into the arrays.
 class LineParser
 {
 public:
@@ -120,7 +120,7 @@ public:
         for (const type_entry &entry : type_.entries)
             parseEntry(entry);
         if (!rest_.empty())
-            fail("there is more on the line than its type holds", IO_READ_ERROR);
+            fail("too many values", IO_READ_ERROR);
     }
 
 private:
@@ -146,17 +146,17 @@ private:
             if (entry.type == IO_STRI)
                 storeString(field, entry.length, at);
             else if (!storeNumber(field, entry.type, at))
-                fail("no " + std::string(element_type_name(entry.type)) + ": \"" +
+                fail("not of type " + std::string(element_type_name(entry.type)) + ": \"" +
                          std::string(field) + '"',
                      IO_READ_ERROR);
         }
     }
 
-    /// The tab in front of all but the first value.
+    /// Takes the tab before each value but the first.
     void takeSeparator()
     {
         if (!atStart_ && (rest_.empty() || rest_[0] != '\t'))
-            fail(rest_.empty() ? "too few values" : "no tab behind a value", IO_BAD_STRING);
+            fail(rest_.empty() ? "too few values" : "missing tab after a value", IO_BAD_STRING);
         if (!atStart_)
             rest_.remove_prefix(1);
         atStart_ = false;

@@ -1,9 +1,9 @@
-// The data of a dataset as lines of text, both ways.
+// Converts the data of a dataset to lines of text and back.
 //
-// One element a line: INTR "%d", REAL "%.9g", DBLE "%.17g" (so that the same
-// bits come back), LOGL 1 or 0, STRI without trailing blanks. CHAR stands all on
-// one line. A structure is a record a line, with a tab between its values; the
-// characters of one entry stand together.
+// One element per line: INTR "%d", REAL "%.9g", DBLE "%.17g" (which keeps every
+// bit), LOGL 1 or 0, STRI without trailing blanks. All CHAR elements are on one
+// line. A structure has one record per line, with a tab between the values; the
+// characters of one entry have no tabs between them.
 #pragma once
 
 #include "io/Src/Main/element_arrays.h"
@@ -12,15 +12,15 @@
 
 namespace veltool {
 
-/// Prints `count` elements; throws a Failure when output falls short.
+/// Prints `count` elements. Throws a Failure if the output cannot be written.
 void printValues(const data_type &type, std::int32_t count, const IO_data &data);
 
-/// The elements of a text: its lines, or its characters.
+/// The number of elements in a text: its lines, or for CHAR its characters.
 [[nodiscard]] std::int32_t countElements(const data_type &type, std::string_view text);
 
-/// Fills arrays that have room for countElements(). Throws a ContainerFailure
-/// that names the line: 10 for what is no such value or one too many, 14 for
-/// a string too long, 18 for a record too short.
+/// Fills arrays with room for countElements() elements. Throws a ContainerFailure
+/// that names the line: code 10 for a wrong value or too many values, 14 for a
+/// string that is too long, 18 for too few values.
 void parseValues(const data_type &type, std::string_view text, IO_data &data);
 
 } // namespace veltool

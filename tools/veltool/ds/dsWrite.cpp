@@ -1,4 +1,4 @@
-// veltool ds write: a dataset from text.
+// veltool ds write: adds a dataset from a text.
 #include "tools/veltool/ds/dsCommands.h"
 #include "tools/veltool/ds/dsContainer.h"
 #include "tools/veltool/ds/dsValues.h"
@@ -11,8 +11,8 @@ namespace veltool {
 
 namespace {
 
-/// The attributes in the slots that the library takes. A text that is too long
-/// fills its slot without a NUL, which the library refuses.
+/// The attributes in the slots that the library needs. A text that is too long fills
+/// its slot without a NUL, and the library refuses it.
 std::vector<char> attributeSlots(const std::vector<std::string> &texts)
 {
     constexpr auto slot = static_cast<std::size_t>(IO_STRING_SLOT);
@@ -34,13 +34,13 @@ public:
         options.text("--format", "CC", format_, "Letter (F, U, u, L, l) and level (0-9, or none)");
         options.number("--blockfactor", "N", blockfactor_, "Elements of a block");
         options.texts("--attribute", "TEXT", attributes_,
-                      "Text that goes with the data; may be repeated");
+                      "Text to store with the data; may be repeated");
     }
 
     int run(const Words &words) override
     {
         if (format_.size() > 2)
-            throw Failure("--format takes one or two characters");
+            throw Failure("--format must be one or two characters");
         requireFile(words[0]);
         DatasetName name(words[1], words[2], words[3]);
         name.type = words[4];
@@ -48,7 +48,7 @@ public:
         std::vector<char> slots = attributeSlots(attributes_);
         auto attributeCount = static_cast<std::int32_t>(attributes_.size());
 
-        // The text is understood before the file is touched.
+        // The text is parsed before the file is opened.
         element_storage storage;
         name.count = readValues(name.type, storage);
 
@@ -94,10 +94,10 @@ const Command dsWriteCommand = {
     .fewest = 5,
     .most = 5,
     .passesOn = false,
-    .purpose = "Add a dataset, its data from standard input",
-    .details = "The data has the form in which ds read prints it. FILE is made if it does not "
-               "exist. TYPE is INTR, REAL, DBLE, LOGL, CHAR, STRI[:N] or the counts of a "
-               "structure's items, such as STRC{INTR:1 DBLE:3 STRI:1:8}.",
+    .purpose = "Add a dataset with data from standard input",
+    .details = "The data has the form that ds read prints. FILE is created if it does not exist. "
+               "TYPE is INTR, REAL, DBLE, LOGL, CHAR, STRI[:N], or the counts of the items of a "
+               "structure, such as STRC{INTR:1 DBLE:3 STRI:1:8}.",
     .make = makeTask<WriteTask>,
 };
 

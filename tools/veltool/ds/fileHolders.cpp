@@ -1,4 +1,4 @@
-// The platform's part: /proc of Linux.
+// Finds the processes that have a file open, through /proc of Linux.
 #include "tools/veltool/ds/fileHolders.h"
 
 #include <algorithm>
@@ -61,7 +61,7 @@ FileHolders findHolders(const std::string &file)
     FileHolders found;
     std::error_code error;
     fs::directory_iterator processes("/proc", error);
-    // Process 1 is always there: if it is not shown, neither are others.
+    // Process 1 always exists: if it is not shown, other processes are hidden, too.
     found.known = !error && fs::exists("/proc/self/fd", error) && fs::exists("/proc/1", error);
     struct stat status = {};
     if (!found.known || stat(file.c_str(), &status) != 0)

@@ -1,4 +1,4 @@
-// Which processes of this machine have a file open.
+// Finds the processes of this machine that have a file open.
 #pragma once
 
 #include <string>
@@ -10,22 +10,22 @@ namespace veltool {
 struct FileHolder
 {
     long process = 0;
-    std::string program; ///< as the system names it; may be empty
+    std::string program; ///< the name that the system shows; may be empty
 };
 
-/// All that could be found out.
+/// The result of a search.
 struct FileHolders
 {
-    /// False if this system does not say which files its processes have open.
+    /// False if this system does not show which files its processes have open.
     bool known = false;
 
-    std::vector<FileHolder> holders; ///< by process number; this process is not among them
+    std::vector<FileHolder> holders; ///< without this process, in the order of their numbers
 
-    /// Users, as numbers, with processes that this one may not look into.
+    /// The numbers of the users whose processes cannot be seen by this process.
     std::vector<unsigned> hiddenUsers;
 };
 
-/// Nobody holds a file that does not exist.
+/// Finds the processes that have the file open; none for a missing file.
 [[nodiscard]] FileHolders findHolders(const std::string &file);
 
 } // namespace veltool

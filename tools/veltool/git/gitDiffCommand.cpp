@@ -1,4 +1,4 @@
-// veltool git-diff: what git calls to show how a command file has changed.
+// veltool git-diff: git calls it to show how a command file has changed.
 #include "tools/veltool/git/gitProgram.h"
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/input.h"
@@ -12,14 +12,14 @@ namespace veltool {
 
 namespace {
 
-// PATH OLD-FILE OLD-HEX OLD-MODE NEW-FILE NEW-HEX NEW-MODE, and of a renamed
-// file its new path and what git found; of an unmerged one PATH alone.
+// git passes PATH OLD-FILE OLD-HEX OLD-MODE NEW-FILE NEW-HEX NEW-MODE; for a renamed
+// file also its new path and a text about it; for an unmerged file only PATH.
 constexpr std::size_t oldFile = 1;
 constexpr std::size_t newFile = 4;
 constexpr std::size_t newPath = 7;
 constexpr std::size_t mostWords = 9;
 
-/// The differences by path, a line each; nothing when one of the files is no
+/// The differences by path, one per line; nothing if one of the files is not
 /// command data.
 std::optional<std::string> differences(const std::string &before, const std::string &after)
 {
@@ -38,11 +38,11 @@ std::optional<std::string> differences(const std::string &before, const std::str
     }
 }
 
-/// As git shows texts.
+/// The differences by line, as git shows them.
 std::string textDifferences(const std::string &before, const std::string &after)
 {
     for (const std::string &file : {before, after})
-        (void)readInput(file); // git would take what cannot be read for a difference
+        (void)readInput(file); // git would show an unreadable file as a difference
     const GitResult shown = runGit({"diff", "--no-ext-diff", "--no-index", "--", before, after});
     if (shown.status > 1)
         throw Failure("git diff failed with status " + std::to_string(shown.status));
@@ -59,11 +59,11 @@ public:
             return statusGood;
         }
         if (words.size() < newPath)
-            throw Failure("too few words; git knows what to give: see veltool git-setup");
+            throw Failure("missing argument; git calls this command after veltool git-setup");
         const std::string &path = words.size() > newPath ? words[newPath] : words[0];
         out() << "diff --veltool a/" << words[0] << " b/" << path << '\n';
         const std::optional<std::string> lines = differences(words[oldFile], words[newFile]);
-        // Remarks, order and wrapping are shown where nothing else has changed.
+        // If the data is the same, show changes of comments, order and wrapping.
         if (lines && !lines->empty())
             out() << *lines;
         else
@@ -81,9 +81,10 @@ const Command gitDiffCommand = {
     .most = mostWords,
     .passesOn = false,
     .purpose = "Show git how a file has changed",
-    .details = "What git diff calls where git-setup has been run. Shows the differences by path "
-               "as diff does, or those of the text where the data is the same or cannot be read. "
-               "The status is 0, whether anything differs or not.",
+    .details =
+        "git diff calls this command after veltool git-setup. Prints the differences by path "
+        "as veltool diff does, or by line if the data is the same or cannot be read. The "
+        "status is 0 with and without differences.",
     .make = makeTask<GitDiffTask>,
 };
 

@@ -1,4 +1,4 @@
-// Starts git with a pipe for its output, and waits for its end.
+// Runs git and reads its output through a pipe.
 #include "tools/veltool/git/gitProgram.h"
 
 #include "common/writeSignals.h"
@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char *program = "git";
 
-/// Both ends of a pipe that no other program inherits.
+/// A pipe that started programs do not inherit.
 class Pipe
 {
 public:
@@ -45,7 +45,7 @@ public:
         ends_[1] = -1;
     }
 
-    /// Until the last writer has closed its end.
+    /// Reads until the last writer has closed its end.
     [[nodiscard]] std::string readAll() const
     {
         std::string text;
@@ -64,7 +64,7 @@ private:
     int ends_[2] = {-1, -1};
 };
 
-/// Gives the program the default actions of the signals that we ignore.
+/// Resets the signals that we ignore to their default actions in the program.
 class SpawnAttributes
 {
 public:

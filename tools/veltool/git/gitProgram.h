@@ -1,4 +1,4 @@
-// Running git.
+// Runs git.
 #pragma once
 
 #include "tools/veltool/support/command.h"
@@ -7,18 +7,18 @@
 
 namespace veltool {
 
-/// What git left when it ended.
+/// The exit status and the output of git.
 struct GitResult
 {
-    int status = 0; ///< 128 + signal for one that a signal ended
+    int status = 0; ///< 128 + signal if a signal ended git
     std::string out;
 };
 
-/// Runs git with these words, as they are: no shell sees them. What it says on
-/// standard error goes to ours. Throws a Failure when there is no git.
+/// Runs git with these arguments, without a shell. Its standard error is ours.
+/// Throws a Failure if git cannot be started.
 [[nodiscard]] GitResult runGit(const Words &words);
 
-/// As runGit; throws a Failure for a status that is not 0.
+/// The output of git. Throws a Failure if its status is not 0.
 std::string requireGit(const Words &words);
 
 } // namespace veltool

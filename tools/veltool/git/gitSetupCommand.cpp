@@ -1,4 +1,4 @@
-// veltool git-setup: tells git how to compare and merge command files.
+// veltool git-setup: configures git to compare and merge command files by path.
 #include "tools/veltool/git/gitProgram.h"
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/input.h"
@@ -16,8 +16,8 @@ namespace veltool {
 
 namespace {
 
-/// Names the drivers for files by their endings. A def or res file is never
-/// merged by lines, nor are its line ends touched.
+/// The drivers for files by their endings. A def or res file is never merged by
+/// lines, and its line ends are never changed.
 constexpr const char *attributeLines[] = {
     "*.vel diff=vel merge=vel",
     "*.def diff=veldata merge=binary -text",
@@ -38,7 +38,7 @@ std::string replaced(const std::string &text, char part, const char *other)
     return result;
 }
 
-/// As one word of the shell to which git hands its drivers.
+/// The text as one word for the shell in which git runs its drivers.
 std::string quoted(const std::string &text)
 {
     return '\'' + replaced(text, '\'', "'\\''") + '\'';
@@ -55,22 +55,22 @@ std::vector<Setting> settings()
     const std::string veltool = ownProgram();
     return {
         {"diff.vel.command", veltool + " git-diff --"},
-        // The block in which a change stands, where git compares lines.
+        // The block around a change, for git's comparison by lines.
         {"diff.vel.xfuncname", "^[ \t]*((&replace[ \t]+)?[A-Za-z_%][^=#]*:.*)$"},
-        // The command data; of a file without any the datasets, else a checksum.
+        // The command data; without any the list of datasets, else a checksum.
         {"diff.veldata.textconv", "f() { " + veltool + " extract -- \"$1\" 2>/dev/null || " +
                                       veltool +
                                       " ds list -- \"$1\" 2>/dev/null || cksum <\"$1\"; }; f"},
         {"merge.vel.name", "VEL command data by path"},
-        // What cannot be read as command data is merged by lines, and stays a
-        // conflict whatever comes of it.
+        // A file that is not command data is merged by lines, and always
+        // reported as a conflict.
         {"merge.vel.driver",
-         // A percent sign begins what git fills in.
+         // git replaces %O, %A and so on, so other percent signs are doubled.
          replaced(veltool, '%', "%%") +
              " merge --marker-size=%L --name=%P --output=%A -- %O %A %B || { s=$?; "
              "[ $s -eq 1 ] || git merge-file -q --marker-size=%L -L ours -L base -L theirs "
              "%A %O %B; exit $s; }"},
-        // A base made of several commits must not get conflict markers.
+        // A base that git makes from several commits must not get conflict markers.
         {"merge.vel.recursive", "binary"},
     };
 }
@@ -87,8 +87,8 @@ class GitSetupTask : public Task
 public:
     void addOptions(Options &options) override
     {
-        options.flag("--global", global_, "For all repositories of the user");
-        options.flag("--undo", undo_, "Take out what git-setup has put in");
+        options.flag("--global", global_, "Configure all repositories of the user");
+        options.flag("--undo", undo_, "Remove the changes of git-setup");
     }
 
     int run(const Words &) override
@@ -125,7 +125,7 @@ private:
             return std::string(configuration) + "/git/attributes";
         const char *home = std::getenv("HOME");
         if (!home || !*home)
-            throw Failure("HOME is not set");
+            throw Failure("cannot find the user's git attributes: HOME is not set");
         return std::string(home) + "/.config/git/attributes";
     }
 
@@ -142,7 +142,7 @@ private:
         out() << (undo_ ? "removed " : "set ") << setting.key << '\n';
     }
 
-    /// The file without our lines; with them behind it unless they are undone.
+    /// Adds our lines to the end of the file, or with --undo removes them.
     void changeAttributes(const std::string &file) const
     {
         std::error_code error;
@@ -211,9 +211,9 @@ const Command gitSetupCommand = {
     .most = 0,
     .passesOn = false,
     .purpose = "Let git compare and merge command files by path",
-    .details = "Sets up the drivers in the configuration of the repository around the current "
-               "folder, and names them for *.vel, *.def and *.res in its .gitattributes. Says what "
-               "it changed; a second time there is nothing to change.",
+    .details = "Adds the drivers to the configuration of the repository around the current folder, "
+               "and sets them for *.vel, *.def and *.res in its .gitattributes. Lists each change; "
+               "a second run changes nothing.",
     .make = makeTask<GitSetupTask>,
 };
 

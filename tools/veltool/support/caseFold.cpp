@@ -1,4 +1,4 @@
-// Folds ASCII by itself and other characters by the system's tables for UTF-8.
+// Makes small letters: ASCII directly, other characters by the system's UTF-8 tables.
 #include "tools/veltool/support/caseFold.h"
 
 #include <algorithm>
@@ -20,14 +20,14 @@ bool isAscii(char c)
     return static_cast<unsigned char>(c) < 0x80;
 }
 
-/// A locale whose characters are UTF-8; null where the system has none.
+/// A UTF-8 locale; null if the system does not have one.
 locale_t utf8Locale()
 {
     static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     return locale;
 }
 
-/// Uses a locale for this thread while it lives.
+/// Sets the locale of this thread as long as it lives.
 class LocaleScope
 {
 public:

@@ -1,4 +1,4 @@
-// Letters without their case, for comparisons.
+// Changes letters to small letters, for comparisons without regard to case.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace veltool {
 
-/// The text with small letters only, of any script. Bytes that are no UTF-8
-/// stay as they are. Does not depend on the locale of the process.
+/// The text with small letters only, in any script. Invalid UTF-8 bytes stay as
+/// they are. Does not depend on the locale of the process.
 [[nodiscard]] std::string foldCase(std::string_view text);
 
 } // namespace veltool

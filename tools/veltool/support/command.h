@@ -1,4 +1,4 @@
-// What a command is, and the table of all of them.
+// Defines a command of veltool, and the table of all commands.
 #pragma once
 
 #include "tools/veltool/support/failure.h"
@@ -12,52 +12,57 @@
 
 namespace veltool {
 
-/// Words of the command line without options.
+/// Words of a command line.
 using Words = std::vector<std::string>;
 
-/// One run of a command: made, told its options, run, thrown away.
+/// One run of a command. The command line creates it, sets its options, runs it
+/// once and destroys it.
 class Task
 {
 public:
     virtual ~Task() = default;
 
-    /// Declares the command's options; their values are members of the task.
+    /// Declares the options of the command; their values are members of the task.
     virtual void addOptions(Options &options) { (void)options; }
 
-    /// `words` are the words that are no options, as many as the command takes.
+    /// `words` are the arguments without options; their number is already checked.
+    /// Returns the exit status.
     [[nodiscard]] virtual int run(const Words &words) = 0;
 };
 
-/// As `most`: there is no limit.
+/// A `most` without a limit.
 inline constexpr std::size_t anyNumber = static_cast<std::size_t>(-1);
 
-/// An entry of the table; texts and functions are constants.
+/// An entry of the table. The texts are string literals.
 struct Command
 {
     const char *name;
-    const char *words; ///< as the usage shows them
-    std::size_t fewest;
-    std::size_t most;
-    bool passesOn;       ///< every word behind the first belongs to what that names
-    const char *purpose; ///< a phrase for the list of commands
-    const char *details; ///< shown by the command's --help
+    const char *words;   ///< the arguments, as the usage line shows them
+    std::size_t fewest;  ///< the smallest number of arguments
+    std::size_t most;    ///< the largest number of arguments
+    bool passesOn;       ///< all words after the first belong to that word's own command
+    const char *purpose; ///< the phrase in the list of commands
+    const char *details; ///< the text of the command's --help
     std::unique_ptr<Task> (*make)();
 };
 
 /// All commands, in the order in which --help lists them.
 [[nodiscard]] std::span<const Command *const> allCommands();
 
-/// Null for an unknown name.
-[[nodiscard]] const Command *findCommand(const std::string &name);
+/// The command that `word` names in a table of commands. `group` is the command
+/// that the table belongs to ("ds"), or empty. Throws a Failure for an unknown
+/// word; its message suggests the closest name.
+[[nodiscard]] const Command &requireCommand(std::span<const Command *const> table,
+                                            const std::string &group, const std::string &word);
 
-/// For `make`: a new task of type T.
+/// A value for `make`: creates a task of type T.
 template <typename T>
 std::unique_ptr<Task> makeTask()
 {
     return std::make_unique<T>();
 }
 
-// One file each.
+// Each is defined in its own file.
 extern const Command checkCommand;
 extern const Command formatCommand;
 extern const Command treeCommand;

@@ -1,4 +1,4 @@
-// Reads a file by what it holds: a text, or the command data of a container.
+// Reads command data from a text or from a container.
 #include "tools/veltool/support/commandData.h"
 
 #include "tools/veltool/ds/dsCommandData.h"
@@ -21,19 +21,19 @@ bool isRegularFile(const std::string &file)
     return file != standardInput && std::filesystem::is_regular_file(file, error);
 }
 
-/// One message says it all here: that of the code.
+/// Drops the library's messages: the text of its code is enough here.
 int dropMessage(const char *, std::int32_t)
 {
     return 0;
 }
 
-/// The command data of the container at `path`; `file` is named in messages.
+/// The command data of the container at `path`. Messages name `file`.
 veltext::SourceText readContainer(const std::string &path, const std::string &file)
 {
     try {
         return veltext::SourceText(readCommandData(ReadableFile(path), dropMessage));
     } catch (const ContainerFailure &failure) {
-        throw Failure(file + ": no command data can be read: " + io_code_text(failure.status()));
+        throw Failure(file + ": cannot read its command data: " + io_code_text(failure.status()));
     }
 }
 
@@ -56,8 +56,9 @@ FileKind kindOfFile(const std::string &file)
 
 Refusal containerRefusal(const std::string &file)
 {
-    return Refusal(file + ": is a def or res file; nothing was written; take its command data out "
-                          "with veltool extract, edit that, and put it back with veltool embed");
+    return Refusal(
+        file + ": is a def or res file; nothing was written; write its command data to "
+               "a file with veltool extract, edit that file, and put it back with veltool embed");
 }
 
 velHandlePtr newHandle(Libraries libraries)
@@ -74,8 +75,8 @@ velHandlePtr newHandle(Libraries libraries)
 
 velHandlePtr loadFile(const std::string &file, Libraries libraries)
 {
-    // The database reads a plain file by itself, without a copy of ours. The
-    // slower way serves pipes, and finds the line at fault.
+    // The fast way: the database reads a regular file directly. The slow way
+    // below reads pipes, and finds the line of a mistake.
     if (isRegularFile(file) && kindOfFile(file) == FileKind::Text) {
         velHandlePtr handle = newHandle(libraries);
         if (!loadVELFile(handle.get(), file.c_str(), "vel"))
@@ -88,7 +89,7 @@ velHandlePtr loadFile(const std::string &file, Libraries libraries)
 
 veltext::SourceText readText(const std::string &file)
 {
-    // Of a container, which may be large, only the command data is read.
+    // A container may be large; only its command data is read.
     if (kindOfFile(file) == FileKind::Container)
         return readContainer(file, file);
     std::string bytes = readInput(file);
@@ -123,8 +124,8 @@ void requireShallow(const velHandle *handle, const std::string &file)
 void throwTooDeep(const std::string &file)
 {
     throw Failure(file, 0,
-                  "objects nest deeper than " + std::to_string(mostLevels) +
-                      " levels; this command does not take such files");
+                  "objects are nested more than " + std::to_string(mostLevels) +
+                      " levels deep; this command cannot read such a file");
 }
 
 } // namespace veltool

@@ -1,7 +1,8 @@
-// Sorts the words of the command line, writes the help, and runs the command.
+// Separates options from arguments, writes the help, and runs the command.
 #include "tools/veltool/support/commandLine.h"
 
 #include "common/version.h"
+#include "tools/veltool/support/closestWord.h"
 #include "tools/veltool/support/output.h"
 
 #include <CLI/App.hpp>
@@ -14,7 +15,7 @@ namespace veltool {
 
 namespace {
 
-/// The usage line of a command, whose plain words CLI11 does not know.
+/// Writes the usage line of a command, because CLI11 does not know the arguments.
 class CommandFormatter : public CLI::Formatter
 {
 public:
@@ -30,9 +31,9 @@ private:
 };
 
 constexpr std::size_t helpWidth = 79;
-constexpr std::size_t purposeColumn = 26; ///< in the list of the commands
+constexpr std::size_t purposeColumn = 26; ///< in the list of commands
 
-/// The text broken into lines behind its blanks.
+/// The text in lines of at most `helpWidth` characters.
 std::string wrapWords(const std::string &text)
 {
     std::string wrapped;
@@ -65,7 +66,7 @@ bool takesValue(const CLI::Option &option)
     return option.get_items_expected_max() > 0;
 }
 
-/// Walks over the words and sorts each into options and plain words.
+/// Separates the words of a command line into options and arguments.
 class Splitter
 {
 public:
@@ -95,8 +96,21 @@ private:
     {
         const CLI::Option *option = app_.get_option_no_throw(name);
         if (!option)
-            throw Failure("unknown option " + name);
+            throw unknownOption(name);
         return *option;
+    }
+
+    /// The Failure for an option that the command does not have.
+    Failure unknownOption(const std::string &name) const
+    {
+        std::vector<std::string> known;
+        for (const CLI::Option *option : app_.get_options())
+            known.insert(known.end(), option->get_lnames().begin(), option->get_lnames().end());
+        const bool isLong = name.starts_with("--");
+        const std::string meant = isLong ? closestWord(name.substr(2), known) : "";
+        return Failure("unknown option \"" + name + '"' +
+                       (meant.empty() ? "; see " + app_.get_name() + " --help"
+                                      : "; did you mean \"--" + meant + "\"?"));
     }
 
     void longOption(const std::string &word)
@@ -112,7 +126,7 @@ private:
             throw Failure("option " + name + " takes no value");
     }
 
-    /// "-i", "-o OUT", "-oOUT" or several letters in one word.
+    /// Accepts "-i", "-o OUT", "-oOUT", and several letters in one word.
     void shortOptions(const std::string &word)
     {
         for (std::size_t i = 1; i < word.size(); ++i) {
@@ -154,8 +168,8 @@ private:
 
 std::string generalHelp()
 {
-    std::string text = "veltool: looks at, checks and edits VEL command files.\n\n"
-                       "Usage: veltool COMMAND [OPTIONS] WORDS...\n"
+    std::string text = "veltool: shows, checks and edits VEL command files.\n\n"
+                       "Usage: veltool COMMAND [OPTIONS] ARGUMENTS...\n"
                        "       veltool COMMAND --help\n"
                        "       veltool --version\n\nCommands:\n";
     for (const Command *command : allCommands()) {
@@ -166,9 +180,10 @@ std::string generalHelp()
             line.resize(purposeColumn, ' ');
         text += line + command->purpose + '\n';
     }
-    text += "\nExit status: 0 good; 1 findings, differences or no hit; 2 misuse or a failed "
-            "operation.\nFILE may be - for standard input where a command only reads.\n"
-            "-- ends the options; a VALUE that begins with a minus sign and a digit needs none.\n";
+    text += "\nExit status: 0 success; 1 findings, differences or no match; 2 usage error or\n"
+            "failed operation.\n"
+            "FILE may be - for standard input if the command only reads it.\n"
+            "-- ends the options. A VALUE such as -5 [Pa] does not need it.\n";
     return text;
 }
 
@@ -183,14 +198,14 @@ void checkCount(const Command &command, std::size_t count)
 {
     if (count >= command.fewest && count <= command.most)
         return;
-    throw Failure(std::string(count < command.fewest ? "too few" : "too many") +
-                  " words; usage: " + usageOf(command));
+    throw Failure(std::string(count < command.fewest ? "missing argument" : "too many arguments") +
+                  "; usage: " + usageOf(command));
 }
 
 int dispatch(const Words &words)
 {
     if (words.empty())
-        throw Failure("no command given; see veltool --help");
+        throw Failure("missing command; see veltool --help");
     if (words[0] == "--help" || words[0] == "-h") {
         out() << generalHelp();
         return statusGood;
@@ -199,13 +214,13 @@ int dispatch(const Words &words)
         out() << "veltool " VEL_VERSION "\n";
         return statusGood;
     }
-    const Command *command = findCommand(words[0]);
-    if (!command)
-        throw Failure("unknown command \"" + words[0] + "\"; see veltool --help");
-    return runCommand(*command, Words(words.begin() + 1, words.end()));
+    if (isOption(words[0]))
+        throw Failure("unknown option \"" + words[0] + "\"; see veltool --help");
+    const Command &command = requireCommand(allCommands(), "", words[0]);
+    return runCommand(command, Words(words.begin() + 1, words.end()));
 }
 
-/// Runs `work`; what it throws becomes a message and a status.
+/// Runs `work`. An exception becomes a message and a status.
 template <typename Work>
 int guarded(Work work)
 {
@@ -231,7 +246,8 @@ SplitWords splitWords(const CLI::App &app, const Words &words, bool passesOn)
 
 int runCommand(const Command &command, const Words &words)
 {
-    CLI::App app(std::string(command.purpose) + ".\n\n" + wrapWords(command.details));
+    CLI::App app(std::string(command.purpose) + ".\n\n" + wrapWords(command.details),
+                 std::string("veltool ") + command.name);
     app.set_help_flag("-h,--help", "Show this text");
     app.set_version_flag("--version", "veltool " VEL_VERSION, "Show the version");
     app.formatter(std::make_shared<CommandFormatter>(usageOf(command)));
@@ -240,7 +256,7 @@ int runCommand(const Command &command, const Words &words)
     task->addOptions(options);
 
     SplitWords split = splitWords(app, words, command.passesOn);
-    // CLI11 takes its words from the back of the list.
+    // CLI11 reads the list from its end.
     std::reverse(split.options.begin(), split.options.end());
     try {
         app.parse(split.options);

@@ -1,35 +1,38 @@
-// From the words of the command line to a run command.
+// Parses the command line and runs the command.
 //
-// The options of a command are declared with CLI11, which checks and converts
-// them and writes their help. Which words are options at all is decided here,
-// because values of set-ups begin with a minus sign, file names do too, and
-// scripts have options of their own:
+// CLI11 checks and converts the options of a command and writes their help. This
+// file decides which words are options, because values of parameters and names of
+// files may begin with a minus sign, and scripts have their own options:
 //
 // - `--` ends the options;
-// - a word is an option when it begins with `--`, or with `-` and a letter;
-//   so "-5 [Pa]", "-.5", "-(a + b)" and "-" are plain words;
-// - options may stand before, between and behind the plain words, except for a
-//   command that passes its words on: there they end at the first plain word.
+// - a word is an option if it begins with `--`, or with `-` and a letter; so
+//   "-5 [Pa]", "-.5", "-(a + b)" and "-" are arguments;
+// - options may come before, between and after the arguments; only for a command
+//   that passes its words on, they end at the first argument.
 #pragma once
 
 #include "tools/veltool/support/command.h"
 
 namespace veltool {
 
-/// Runs what `words` (without the program's name) ask for and gives the exit
-/// status. Everything printed has been handed to the system on return.
+/// Runs the command line `words` (without the name of the program) and returns the
+/// exit status. All output is written when it returns.
 [[nodiscard]] int runCommandLine(const Words &words);
 
-/// Runs one command with the words behind its name. Throws a Failure for misuse.
+/// Runs one command with the words after its name. Throws a Failure for a usage
+/// error.
 [[nodiscard]] int runCommand(const Command &command, const Words &words);
 
-/// The words of a command told apart; `options` each as one word, "--name" or
-/// "--name=value". Throws a Failure for an unknown option or a missing value.
+/// The words of a command line, separated. Each of `options` is "--name" or
+/// "--name=value"; `plain` are the arguments.
 struct SplitWords
 {
     Words options;
     Words plain;
 };
+
+/// Separates the words. Throws a Failure for an unknown option, whose message
+/// suggests the closest one, and for a missing value.
 [[nodiscard]] SplitWords splitWords(const CLI::App &app, const Words &words, bool passesOn);
 
 } // namespace veltool

@@ -1,4 +1,4 @@
-// Makes an edit in tree and text, compares both, asks the rules, replaces the file.
+// Makes an edit in data and text, compares both, checks the rules, replaces the file.
 #include "tools/veltool/support/editFile.h"
 
 #include "tools/veltool/support/commandData.h"
@@ -38,11 +38,11 @@ int EditTask::editFile(const std::string &file, const FileChange &change) const
     const velHandlePtr reread = newHandle();
     parseText(reread.get(), changed, file);
     if (!veltext::haveSameData(handle.get(), reread.get()))
-        throw Failure(file + ": the edited text would not read back as wanted; "
+        throw Failure(file + ": reading the edited text again would give other data; "
                              "nothing was written");
     if (printNewFindings(file, text, changed) && !force_) {
         out().flush(); // the findings come first
-        report(file + ": not written; use --force to write it anyway");
+        report(file + ": not written because of new findings; use --force to write it anyway");
         return statusFindings;
     }
     edited.replace(changed.bytes());

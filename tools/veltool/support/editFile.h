@@ -1,12 +1,12 @@
-// Editing one file with the rules watching: what set, add and delete share.
+// Edits one file and checks the rules: the common part of set, add and delete.
 //
 // 1. The database makes the change, or refuses it.
-// 2. The text is edited, nothing but what the change is about.
-// 3. The edited text, read again, gives the tree that the database now holds.
-// 4. The rules find nothing in it that they did not find before.
-// 5. The file is replaced, the former one stays as FILE.bak.
+// 2. The text is edited; only the changed characters or lines are different.
+// 3. The edited text is read again; it must give the data that the database has.
+// 4. The rules check the result; there must be no new findings.
+// 5. The file is replaced; the former file stays as FILE.bak.
 //
-// Other programs that edit the file wait from before 1 to after 5.
+// The file is locked from step 1 to 5; other programs that edit it wait.
 #pragma once
 
 #include "tools/veltool/support/command.h"
@@ -17,24 +17,24 @@
 
 namespace veltool {
 
-/// A change, told to the database and to the text.
+/// A change of a file, as one function for its data and one for its text.
 struct FileChange
 {
-    /// Changes the tree, which holds the file's data; false when there is
-    /// nothing to do. Throws a Refusal.
+    /// Changes the data of the file; false if there is nothing to do. Throws a
+    /// Refusal.
     std::function<bool(velHandle *handle)> changeTree;
     std::function<void(veltext::TextEdit *edit)> changeText;
 };
 
-/// The options of the editing commands.
+/// The base of the editing commands, with their options.
 class EditTask : public Task
 {
 public:
     void addOptions(Options &options) override;
 
 protected:
-    /// Gives the status. Findings that the change would bring are printed; it is
-    /// then made with --force only.
+    /// Makes the change and returns the status. Prints the new findings that the
+    /// change causes; if there are any, only --force makes the change.
     [[nodiscard]] int editFile(const std::string &file, const FileChange &change) const;
 
 private:
@@ -48,8 +48,8 @@ private:
 /// Throws a Refusal if no line of a file can hold the value.
 void requireStorable(const std::string &file, const std::string &path, const std::string &value);
 
-/// The bytes of a file that is to be edited as a text. Throws a Refusal for a
-/// def or res file, which are edited by way of extract and embed.
+/// The text of a file to edit. Throws a Refusal for a def or res file: users edit
+/// its command data with extract and embed.
 [[nodiscard]] veltext::SourceText readTextToEdit(const std::string &file);
 
 } // namespace veltool

@@ -1,4 +1,4 @@
-// Composes messages of failures and writes them to standard error.
+// Composes the messages of failures and writes them to standard error.
 #include "tools/veltool/support/failure.h"
 
 #include <cstdio>

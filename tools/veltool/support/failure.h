@@ -1,4 +1,4 @@
-// How a command ends, and what it throws when it cannot go on.
+// The exit statuses, and the exceptions that end a command.
 #pragma once
 
 #include "veltext/error.h"
@@ -7,19 +7,19 @@
 
 namespace veltool {
 
-/// The exit statuses. A command over several files ends with the highest; one
-/// that runs something else (a script) may end with that one's own.
+/// The exit statuses. A command with several files ends with the highest one; a
+/// command that runs a script may end with the script's own status.
 inline constexpr int statusGood = 0;
-inline constexpr int statusFindings = 1; ///< findings, differences, no hit, an edit refused
-inline constexpr int statusFailed = 2;   ///< misuse, or an operation failed
+inline constexpr int statusFindings = 1; ///< findings, differences, no match, refused edit
+inline constexpr int statusFailed = 2;   ///< usage error or failed operation
 
-/// Ends a command, or its work on one file, with status 2. The message is
-/// shown as `veltool: message`.
+/// Ends a command, or its work on one file, with status 2. The user sees
+/// `veltool: message`.
 class Failure : public veltext::Error
 {
 public:
     using veltext::Error::Error;
-    /// The exit status that it gives.
+    /// The exit status for this failure.
     [[nodiscard]] int status() const { return status_; }
 
 protected:
@@ -29,25 +29,25 @@ private:
     int status_ = statusFailed;
 };
 
-/// An edit that is not made, and leaves everything as it was: status 1.
+/// A refused edit, which changes nothing: status 1.
 class Refusal : public Failure
 {
 public:
     explicit Refusal(const std::string &message) : Failure(message, statusFindings) {}
 };
 
-/// A Refusal of an edit at a path: it names both, says that nothing was
-/// written, and ends with the advice, unless that is empty.
+/// A Refusal of an edit at a path: "FILE: PATH: message; nothing was written",
+/// followed by "; advice" unless that is empty.
 [[nodiscard]] Refusal editRefusal(const std::string &file, const std::string &path,
                                   const std::string &message, const std::string &advice = {});
 
-/// The status with which a command ends after an error: a Failure's own, else 2.
+/// The exit status after an error: that of a Failure, else 2.
 [[nodiscard]] int statusOf(const veltext::Error &error);
 
-/// The message as it is shown: `veltool: message`, ended by a line feed.
+/// The message as the user sees it: `veltool: message` and a line feed.
 [[nodiscard]] std::string messageLine(const std::string &message);
 
-/// Writes that to standard error.
+/// Writes messageLine(message) to standard error.
 void report(const std::string &message);
 
 using veltext::require;

@@ -1,4 +1,4 @@
-// Goes on with the next file after a failure, and keeps the highest status.
+// Works on files one after the other, and returns the highest status.
 #include "tools/veltool/support/fileLoop.h"
 
 #include "tools/veltool/support/loadFiles.h"

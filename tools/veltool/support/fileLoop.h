@@ -1,4 +1,4 @@
-// Doing the same to several files.
+// Runs the same work on several files.
 #pragma once
 
 #include "tools/veltool/support/command.h"
@@ -7,10 +7,9 @@
 
 namespace veltool {
 
-/// Runs `work` for each file in turn. One that fails gives its message and
-/// status 2, and the next is done. Gives the highest status. Throws a Failure,
-/// before anything is done, when "-" is named more than once: the second would
-/// be taken for an empty file.
+/// Runs `work` for each file and returns the highest status. A file that fails is
+/// reported, and the next file follows. Throws a Failure at the start if "-" is
+/// named more than once: the second would be read as an empty file.
 [[nodiscard]] int forEachFile(std::span<const std::string> files,
                               const std::function<int(const std::string &file)> &work);
 

@@ -1,4 +1,4 @@
-// Runs the work on one file and turns what it throws into a result.
+// Runs the work on one file and turns an exception into a result.
 #include "tools/veltool/support/fileResult.h"
 
 namespace veltool {

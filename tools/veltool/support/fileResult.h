@@ -1,4 +1,4 @@
-// The work on one file, done apart from the printing of what it gives.
+// The result of the work on one file, kept until it is printed.
 #pragma once
 
 #include "tools/veltool/support/failure.h"
@@ -8,7 +8,7 @@
 
 namespace veltool {
 
-/// What a command gives for one file.
+/// The status and the output of a command for one file.
 struct FileResult
 {
     int status = statusGood;
@@ -16,10 +16,10 @@ struct FileResult
     std::string err; ///< for standard error, whole lines
 };
 
-/// The work on the file of this name; it may throw a veltext::Error or bad_alloc.
+/// The work on one file; it may throw a veltext::Error or bad_alloc.
 using FileWork = std::function<FileResult(const std::string &file)>;
 
-/// Does the work; what it throws becomes a message and a status.
+/// Runs the work. An exception becomes a message and a status.
 [[nodiscard]] FileResult guardedResult(const FileWork &work, const std::string &file);
 
 } // namespace veltool

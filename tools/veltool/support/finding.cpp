@@ -1,4 +1,4 @@
-// Findings as the commands print and compare them.
+// Formats findings and changes as lines and JSON, and compares findings.
 #include "tools/veltool/support/finding.h"
 
 #include "tools/veltool/support/json.h"
@@ -19,7 +19,7 @@ bool isSameLine(const Finding &one, const Finding &other)
     return one.path == other.path && one.text == other.text && one.identifier == other.identifier;
 }
 
-/// The members that findings and changes have in common, after the opening brace.
+/// The JSON members that findings and changes have in common, with the opening brace.
 std::string placedMembers(std::string_view file, std::size_t line, const std::string &path,
                           const std::string &message)
 {

@@ -1,4 +1,4 @@
-// Findings as the commands print and compare them.
+// Formats findings and changes as lines and JSON, and compares findings.
 #pragma once
 
 #include "velparser/api/velparser.h"
@@ -11,8 +11,8 @@ namespace veltool {
 
 using velparser::Finding;
 
-/// Those of `after` whose lines are not among those of `before`; one that is there
-/// twice and was there once is new once.
+/// The findings of `after` that are not in `before`. A finding that occurs twice
+/// in `after` and once in `before` is new once.
 [[nodiscard]] std::vector<Finding> newFindings(std::vector<Finding> before,
                                                const std::vector<Finding> &after);
 

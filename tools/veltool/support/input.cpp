@@ -1,4 +1,4 @@
-// Reads a file or standard input, and refuses to edit the latter.
+// Reads a file or standard input, and refuses to edit standard input.
 #include "tools/veltool/support/input.h"
 
 #include "tools/veltool/support/failure.h"
@@ -17,7 +17,7 @@ std::string readInput(const std::string &file)
 void requireEditable(const std::string &file)
 {
     if (file == standardInput)
-        throw Failure("standard input cannot be edited in place");
+        throw Failure("cannot edit standard input in place; name a file");
 }
 
 } // namespace veltool

@@ -1,11 +1,11 @@
-// Reading a file that may be standard input.
+// Reads a file that may be standard input.
 #pragma once
 
 #include <string>
 
 namespace veltool {
 
-/// The name under which standard input is read.
+/// The file name that means standard input.
 inline constexpr const char *standardInput = "-";
 
 /// All bytes of a file, or of standard input for "-". Throws a veltext::Error.

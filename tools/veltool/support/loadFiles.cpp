@@ -1,4 +1,4 @@
-// Loads files at the same time where that is safe, else one after the other.
+// Loads files in parallel where that is safe, else one after the other.
 #include "tools/veltool/support/loadFiles.h"
 
 #include "tools/veltool/support/commandData.h"
@@ -14,8 +14,8 @@ namespace veltool {
 
 namespace {
 
-/// Whether it can be loaded while others are: the container library has one set
-/// of open files for the process, and a pipe tells only when read what it holds.
+/// Whether the file can be loaded in parallel with others. Containers cannot: their
+/// library has one set of open files for the process. A pipe may be a container.
 bool isPlainText(const std::string &file)
 {
     std::error_code error;
@@ -28,7 +28,8 @@ bool isTooDeep(const velHandlePtr &tree)
     return velDeepestBlock(tree.get()) > mostLevels;
 }
 
-/// Objects have no value on either side.
+/// Whether the difference is an object at a path that is too deep. An object has no
+/// value on either side.
 bool isTooDeep(const veltext::Difference &difference)
 {
     return !difference.oldValue && !difference.newValue &&
@@ -40,14 +41,14 @@ bool isTooDeep(const veltext::Difference &difference)
 void requireOneStandardInput(std::span<const std::string> files)
 {
     if (std::count(files.begin(), files.end(), standardInput) > 1)
-        throw Failure("only one of the files can be standard input");
+        throw Failure("only one file can be standard input (-); name the others");
 }
 
 std::vector<velHandlePtr> loadFiles(const Words &files)
 {
     requireOneStandardInput(files);
     const bool together = std::all_of(files.begin(), files.end(), isPlainText);
-    // Where there are no more threads to be had, async falls back on deferred.
+    // If no more threads can be created, async uses deferred instead.
     const std::launch how =
         together ? std::launch::async | std::launch::deferred : std::launch::deferred;
     std::vector<std::future<velHandlePtr>> loads;

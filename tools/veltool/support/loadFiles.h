@@ -1,4 +1,4 @@
-// Reading several files that a command needs together.
+// Loads several files that a command needs together.
 #pragma once
 
 #include "tools/veltool/support/command.h"
@@ -10,17 +10,17 @@
 
 namespace veltool {
 
-/// Loads every file into a handle of its own, in the order given. Standard
-/// input may be one of them. Every file that cannot be read or parsed gives
-/// its message; the last of these is thrown as a Failure.
+/// Loads each file into its own handle, in the given order. One of them may be
+/// standard input. Each file that cannot be read or parsed is reported; the last
+/// such message is thrown as a Failure.
 [[nodiscard]] std::vector<velHandlePtr> loadFiles(const Words &files);
 
-/// Throws a Failure when "-" is named more than once.
+/// Throws a Failure if "-" is named more than once.
 void requireOneStandardInput(std::span<const std::string> files);
 
-/// The trees of two files that are to be compared line by line: throws a Failure
-/// if what only one of them has nests too deep (mostLevels). A difference far down
-/// in both of them is only one line.
+/// Loads two files to compare. Throws a Failure if an object that only one file has
+/// is nested too deep (mostLevels): it would be printed with all levels. A deep
+/// difference between objects that both files have is only one line.
 [[nodiscard]] std::vector<velHandlePtr> loadFilesToCompare(const Words &files);
 
 } // namespace veltool

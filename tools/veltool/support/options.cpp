@@ -1,4 +1,4 @@
-// Declares a command's options with CLI11.
+// Declares the options of a command with CLI11.
 #include "tools/veltool/support/options.h"
 
 #include <CLI/App.hpp>
@@ -33,7 +33,7 @@ void Options::number(const char *names, const char *type, std::int32_t &value, c
 void Options::number(const char *names, const char *type, std::int32_t &value, std::int32_t least,
                      std::int32_t most, const char *help)
 {
-    // Without the validator's own description, which would repeat the range in the help.
+    // An empty description, because the help shows the range already.
     app_.add_option(names, value, help)
         ->type_name(type)
         ->check(CLI::Range(least, most).description(""));

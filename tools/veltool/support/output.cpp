@@ -1,4 +1,4 @@
-// Collects what is printed, and writes it to standard output in large pieces.
+// Collects the output and writes it to standard output in large pieces.
 #include "tools/veltool/support/output.h"
 
 #include "tools/veltool/support/failure.h"
@@ -44,7 +44,7 @@ void Output::flush()
 void Output::finish()
 {
     flush();
-    // Some file systems tell of a full disk only when the file is closed.
+    // Some file systems report a full disk only when the file is closed.
     if (close(STDOUT_FILENO) != 0 && errno != EBADF)
         throw systemError(outputName, errno);
 }

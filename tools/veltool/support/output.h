@@ -1,7 +1,7 @@
-// Standard output that notices when it falls short.
+// Standard output with error checks.
 //
-// Everything that a command prints passes here. A full disk, a closed pipe or
-// a missing standard output becomes a Failure, at the latest in `finish`.
+// All output of a command goes through this class. A full disk, a closed pipe or a
+// closed standard output becomes a Failure, at the latest in `finish`.
 #pragma once
 
 #include <string>
@@ -9,14 +9,14 @@
 
 namespace veltool {
 
-/// A buffer before standard output; one for the process, `out`.
+/// A buffer for standard output. The process has one object: `out()`.
 class Output
 {
 public:
     Output &operator<<(std::string_view text);
     Output &operator<<(char c);
 
-    /// Hands what was collected to the system. Throws a Failure.
+    /// Writes the collected text. Throws a Failure.
     void flush();
 
     /// Flushes and closes standard output. Throws a Failure.
@@ -24,7 +24,7 @@ public:
 
 private:
     std::string pending_;
-    bool failed_ = false; ///< said once; what follows is dropped
+    bool failed_ = false; ///< reported once; later output is dropped
 };
 
 /// The one standard output of the process.

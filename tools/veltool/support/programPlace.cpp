@@ -1,4 +1,4 @@
-// Looks for the Perl packages and libraries around the running executable.
+// Finds the Perl packages and rule libraries from the path of the executable.
 #include "tools/veltool/support/programPlace.h"
 
 #include <cstdlib>
@@ -16,7 +16,7 @@ constexpr const char *installedData = "share/veleditor";
 constexpr const char *startScript = "VEL/embeddedParserInit.pl";
 constexpr const char *ruleLibraries[] = {"rules.vel", "upgrades.vel"};
 
-/// The first of prefix/NAME and prefix/share/veleditor/NAME that holds `part`.
+/// The first of PREFIX/NAME and PREFIX/share/veleditor/NAME that contains `part`.
 fs::path shippedFolder(const char *name, const char *part)
 {
     const fs::path root = programFolder();
@@ -34,7 +34,7 @@ void setUnlessNamed(const char *variable, const std::string &value)
         setenv(variable, value.c_str(), 0);
 }
 
-/// Those of the shipped library names that the folder holds, as a list.
+/// The shipped libraries that are in the folder, separated by ';'.
 std::string libraryList(const fs::path &folder)
 {
     std::string list;
@@ -52,7 +52,7 @@ std::string programFolder()
 {
     std::error_code error;
     fs::path program = fs::read_symlink("/proc/self/exe", error);
-    if (error) // a root without /proc: the name by which the system has started it
+    if (error) // without /proc: the name with which the system started the program
         program = fs::canonical(reinterpret_cast<const char *>(getauxval(AT_EXECFN)), error);
     return error ? std::string() : program.parent_path().parent_path().string();
 }

@@ -1,19 +1,19 @@
-// Where the parts that ship with the program stand.
+// Finds the files that ship with the program.
 //
-// They are found from the place of the running executable: bin/ of a build
-// tree, with perl/ and libraries/ beside it, or of an installed prefix, with
-// share/veleditor/perl and share/veleditor/libraries.
+// The search starts at the folder bin/ of the running executable. In a build tree,
+// perl/ and libraries/ are beside it; in an installed prefix, they are in
+// share/veleditor/.
 #pragma once
 
 #include <string>
 
 namespace veltool {
 
-/// The folder above bin/; empty when the system does not tell.
+/// The folder above bin/; empty if the system does not give the path of the program.
 [[nodiscard]] std::string programFolder();
 
-/// Sets ZOT5_VEL_PARSER, ZOT5_VEL_LIBSDIR and ZOT5_VEL_LIBS to what ships with
-/// the program, each only where the environment does not name it.
+/// Sets ZOT5_VEL_PARSER, ZOT5_VEL_LIBSDIR and ZOT5_VEL_LIBS to the shipped files.
+/// A variable that is already set does not change.
 void completeEnvironment();
 
 } // namespace veltool

@@ -1,4 +1,4 @@
-// Writes the line of progress to a terminal, and wipes it out.
+// Writes the progress line to a terminal, and removes it.
 #include "tools/veltool/support/progressLine.h"
 
 #include <cstdio>

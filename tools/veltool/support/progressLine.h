@@ -1,4 +1,4 @@
-// How far a long run is, on a terminal.
+// Shows the progress of a long run on a terminal.
 #pragma once
 
 #include <chrono>
@@ -6,8 +6,8 @@
 
 namespace veltool {
 
-/// One line on standard error, from the second second on and only where that is
-/// a terminal; gone with the object.
+/// A line on standard error, shown after one second and only on a terminal. The
+/// destructor removes it.
 class ProgressLine
 {
 public:
@@ -16,10 +16,10 @@ public:
     ProgressLine(const ProgressLine &) = delete;
     ProgressLine &operator=(const ProgressLine &) = delete;
 
-    /// "12 of 100 files", or "12%" with an empty `what`.
+    /// Shows "12 of 100 files", or "12%" if `what` is empty.
     void update(std::int64_t done, std::int64_t total, const std::string &what = {});
 
-    /// Makes room for other output; the next update shows the line again.
+    /// Removes the line before other output; the next update shows it again.
     void clear();
 
 private:

@@ -1,4 +1,4 @@
-// What the rules say of command data, through the bridge.
+// Checks, upgrades and explains command data by the rules, through the bridge.
 #include "tools/veltool/support/ruleCheck.h"
 
 #include "tools/veltool/support/commandData.h"
@@ -15,13 +15,13 @@ namespace veltool {
 
 namespace {
 
-void requirePerlSide()
+void requirePerlPackages()
 {
     if (!std::getenv("ZOT5_VEL_PARSER"))
-        throw Failure("the Perl side was not found; set ZOT5_VEL_PARSER to its folder");
+        throw Failure("cannot find the Perl packages; set ZOT5_VEL_PARSER to their folder");
 }
 
-/// The faults of the rules; whatever else goes wrong with the libraries is a failure.
+/// The mistakes in rules. Throws a Failure if the libraries cannot be read.
 std::vector<Finding> readLibrariesInto(velparser::Session &session)
 {
     std::vector<Finding> faults;
@@ -32,7 +32,7 @@ std::vector<Finding> readLibrariesInto(velparser::Session &session)
         throw Failure(veltext::placedLibraryErrors(failure, lines));
     }
     if (!findLiteHandle(session))
-        throw Failure("the Perl side has no command database");
+        throw Failure("the Perl packages have created no command database; check ZOT5_VEL_PARSER");
     return faults;
 }
 
@@ -88,7 +88,7 @@ std::vector<Finding> validateLoadedData()
 
 RuleCheck::RuleCheck()
 {
-    requirePerlSide();
+    requirePerlPackages();
     faults_ = readLibrariesInto(velparser::defaultSession());
     require(velparser::setUnitsChecking(1));
     require(velparser::setBoundsChecking(1));
@@ -110,14 +110,14 @@ void RuleCheck::keepLibraries()
         libraryPaths_.insert(item.path);
 }
 
-/// A text that states an object of the libraries again makes it the user's,
-/// and what the libraries say in it cannot be told from what the text says:
-/// such an object is made anew.
+/// If a text states an object of the libraries again, the object is the user's, and
+/// the data of the libraries in it cannot be separated from that of the text. Such
+/// an object is deleted and created again.
 void RuleCheck::dropUserData() const
 {
     velHandle *handle = velparser::findLiteHandle();
-    // A text that ends in a continued line leaves that to the next; an empty
-    // one ends it, whatever comes of it.
+    // If the text ended in a continued line, an empty line ends the statement. A
+    // syntax error in it does not matter.
     (void)parseVELLineH(handle, "", 0);
     setVELStateH(handle, 0);
     for (const velChildInfo &child : topLevel()) {
@@ -191,7 +191,7 @@ std::vector<velparser::RuleField> RuleCheck::explain(const veltext::SourceText &
 
 std::vector<Finding> findRuleFaults(const std::vector<veltext::SourceText> &libraries)
 {
-    requirePerlSide();
+    requirePerlPackages();
     // None are read from files: the reading also tells the faults of what is there.
     velparser::Session session({.libraries = velparser::LibraryNames{}});
     (void)readLibrariesInto(session);

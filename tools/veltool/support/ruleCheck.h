@@ -1,8 +1,7 @@
-// What the rules say of command data, through the bridge.
+// Checks, upgrades and explains command data by the rules, through the bridge.
 //
-// The bridge has one instance with one database. The interpreter and the rule
-// libraries are loaded once; the command data of each text replaces that of
-// the one before.
+// The default session of the bridge loads the interpreter and the rule libraries
+// once. The command data of each text replaces that of the text before.
 #pragma once
 
 #include "tools/veltool/support/finding.h"
@@ -15,47 +14,46 @@
 
 namespace veltool {
 
-/// What an upgrade does to the data of a text.
+/// The result of an upgrade of a text.
 struct Upgrade
 {
-    std::vector<velparser::UpgradeChange> changes; ///< none when up to date
-    veltext::TreeData result;                      ///< without what only the libraries state
+    std::vector<velparser::UpgradeChange> changes; ///< empty if the text is up to date
+    veltext::TreeData result;                      ///< without data that only the libraries state
 };
 
-/// What the rules find in the data of a text.
+/// The result of a check of a text.
 struct Findings
 {
     std::vector<Finding> findings;
-    std::vector<velparser::UpgradeChange> changes; ///< of the upgrade before the check
+    std::vector<velparser::UpgradeChange> changes; ///< made by the upgrade before the check
 };
 
 class RuleCheck
 {
 public:
-    /// Throws a Failure when the interpreter or the libraries cannot be loaded.
+    /// Throws a Failure if the interpreter or the libraries cannot be loaded.
     RuleCheck();
 
-    /// Says on standard error what is wrong with the rules themselves. Gives
-    /// the status for that.
+    /// Reports the mistakes in the rules themselves on standard error. Returns the
+    /// exit status for them.
     [[nodiscard]] int reportRuleFaults() const;
 
-    // Each of these takes a text that parses; `file` is named in messages.
-    // Throws a Failure.
+    // These functions need a text without syntax errors. Messages name `file`. They
+    // throw a Failure.
 
-    /// Brings the data up to the current version in memory and validates it,
-    /// units and bounds included.
+    /// Upgrades the data in memory and validates it, with units and bounds.
     [[nodiscard]] Findings findings(const veltext::SourceText &text, const std::string &file);
 
-    /// Brings the data up to the current version.
+    /// Upgrades the data to the current version.
     [[nodiscard]] Upgrade upgrade(const veltext::SourceText &text, const std::string &file);
 
-    /// What the rules say of an object or parameter of the text, there or not;
-    /// no fields where there is no rule.
+    /// The rule fields of an object or parameter, which need not exist in the text.
+    /// Empty if there is no rule.
     [[nodiscard]] std::vector<velparser::RuleField>
     explain(const veltext::SourceText &text, const std::string &file, const std::string &path);
 
 private:
-    /// What the libraries have put at the top level.
+    /// An object of the libraries at the top level.
     struct LibraryObject
     {
         std::string path;
@@ -68,11 +66,11 @@ private:
 
     std::vector<Finding> faults_;
     std::vector<LibraryObject> libraries_;
-    std::unordered_set<std::string> libraryPaths_; ///< of all that the libraries state
+    std::unordered_set<std::string> libraryPaths_; ///< all paths that the libraries state
 };
 
-/// Reads these libraries and no others, and gives what is wrong with the rules
-/// in them. They are in a session of their own.
+/// Reads only these libraries, in a separate session, and returns the mistakes in
+/// their rules.
 [[nodiscard]] std::vector<Finding>
 findRuleFaults(const std::vector<veltext::SourceText> &libraries);
 

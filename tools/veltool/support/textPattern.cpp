@@ -1,4 +1,4 @@
-// Matches wildcards character by character, without regard to case.
+// Compares a text with a pattern, character by character and without regard to case.
 #include "tools/veltool/support/textPattern.h"
 
 #include "tools/veltool/support/caseFold.h"
@@ -7,7 +7,7 @@ namespace veltool {
 
 namespace {
 
-/// The bytes of the UTF-8 character at the beginning.
+/// The length in bytes of the UTF-8 character at the beginning.
 std::size_t characterLength(std::string_view text)
 {
     std::size_t length = 1;
@@ -16,18 +16,18 @@ std::size_t characterLength(std::string_view text)
     return length;
 }
 
-/// On a mismatch the last `*` takes one character more; earlier ones need not
-/// be tried again, so that no pattern takes more than pattern times text.
+/// After a mismatch, the last `*` takes one more character. Earlier ones need not
+/// be tried again, so that the time is at most pattern length times text length.
 bool matches(std::string_view pattern, std::string_view text)
 {
     std::size_t p = 0;
     std::size_t t = 0;
     std::size_t star = std::string_view::npos;
-    std::size_t behindStar = 0;
+    std::size_t afterStar = 0;
     while (t < text.size()) {
         if (p < pattern.size() && pattern[p] == '*') {
             star = p++;
-            behindStar = t;
+            afterStar = t;
         } else if (p < pattern.size() && pattern[p] == '?') {
             ++p;
             t += characterLength(text.substr(t));
@@ -36,7 +36,7 @@ bool matches(std::string_view pattern, std::string_view text)
             ++t;
         } else if (star != std::string_view::npos) {
             p = star + 1;
-            t = ++behindStar;
+            t = ++afterStar;
         } else {
             return false;
         }

@@ -1,4 +1,4 @@
-// What a search looks for: a text, perhaps with wildcards.
+// A search text, which may have wildcards.
 #pragma once
 
 #include <string>
@@ -6,22 +6,22 @@
 
 namespace veltool {
 
-/// A text in which `*` stands for any characters and `?` for any one; capital
-/// and small letters are the same.
+/// A text in which `*` matches any characters and `?` matches one character;
+/// capital and small letters are equal.
 class TextPattern
 {
 public:
     explicit TextPattern(std::string_view text);
 
-    /// Whether it fits some part of the text. A text always holds itself.
+    /// Whether it matches a part of the text, or all of it.
     [[nodiscard]] bool isIn(std::string_view text) const;
 
-    /// Whether it fits the text from end to end.
+    /// Whether it matches the whole text.
     [[nodiscard]] bool fits(std::string_view text) const;
 
 private:
     std::string folded_;
-    std::string anywhere_; ///< the same between two `*`; empty without wildcards
+    std::string anywhere_; ///< `folded_` between two `*`; empty without wildcards
 };
 
 } // namespace veltool

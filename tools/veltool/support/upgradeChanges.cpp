@@ -1,4 +1,4 @@
-// What the changes of an upgrade mean for names and places.
+// Finds the new names, moved parameters and lines after an upgrade.
 #include "tools/veltool/support/upgradeChanges.h"
 
 namespace veltool {
@@ -13,7 +13,7 @@ bool isRenaming(const UpgradeChange &change)
     return change.kind == ChangeKind::RenamedParameter || change.kind == ChangeKind::RenamedObject;
 }
 
-/// `path`, or a path below it, after `from` has become `to`.
+/// `path` after `from` was renamed to `to`; unchanged if it is not at or below `from`.
 std::string pathAfter(const std::string &path, const std::string &from, const std::string &to)
 {
     const bool concerned =

@@ -1,4 +1,4 @@
-// What the changes of an upgrade mean for names and places.
+// Finds the new names, moved parameters and lines after an upgrade.
 #pragma once
 
 #include "velparser/api/velparser.h"
@@ -11,24 +11,23 @@
 
 namespace veltool {
 
-/// The new name, where the change is one: Name of a parameter, TYPE or TYPE:Name of an
-/// object. Empty for other changes.
+/// The new path component if the change is a new name: Name of a parameter, TYPE or
+/// TYPE:Name of an object. Empty for other changes.
 [[nodiscard]] std::string newNameIn(const velparser::UpgradeChange &change);
 
-/// Where parameters that moved are in the end, and where they are in the text
-/// with the new names: one may move twice, and it or an object above it may be
-/// renamed after that.
+/// The moved parameters: the path in the text with the new names, by the final path.
+/// A parameter may move twice, and it or an object above it may be renamed later.
 [[nodiscard]] veltext::Moves movesIn(const std::vector<velparser::UpgradeChange> &changes);
 
-/// The lines of a text, by the paths that its data has after an upgrade.
+/// The lines of a text, found by the paths after an upgrade.
 class UpgradedLines
 {
 public:
     UpgradedLines(const veltext::SourceText &text,
                   const std::vector<velparser::UpgradeChange> &changes);
 
-    /// The line that an item came from, counted from 1; for an item that the
-    /// upgrade added, that of the nearest object above it; 0 if there is none.
+    /// The line of an object or parameter, counted from 1. If the upgrade added
+    /// it, the line of the nearest object above it; 0 if there is none.
     [[nodiscard]] std::size_t lineOf(const std::string &path) const;
 
 private:

@@ -1,4 +1,4 @@
-// Forks the workers, hands out files, and prints results in the order of the files.
+// Forks the workers, gives them files, and passes the results on in file order.
 #include "tools/veltool/support/workers.h"
 
 #include "common/writeSignals.h"
@@ -22,11 +22,12 @@ namespace veltool {
 
 namespace {
 
+constexpr const char *workerDied = "its worker process ended unexpectedly; try --jobs 1";
 constexpr std::size_t mostJobs = 256;
 constexpr std::size_t readSize = 1U << 16U;
-constexpr int begun = -1; ///< the status of a message that says only which file is next
+constexpr int begun = -1; ///< the status of a message that only names the next file
 
-/// What a worker sends: this, then the bytes of both texts.
+/// The head of a worker's message; the bytes of both texts follow.
 struct MessageHead
 {
     std::uint64_t file;
@@ -35,7 +36,7 @@ struct MessageHead
     std::int64_t status;
 };
 
-/// The number of the next file that nobody has taken, seen by all workers.
+/// The number of the next free file, in memory that all workers share.
 class SharedCounter
 {
 public:
@@ -44,7 +45,7 @@ public:
         void *memory = mmap(nullptr, sizeof(Number), PROT_READ | PROT_WRITE,
                             MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         if (memory == MAP_FAILED)
-            throw systemError("shared memory", errno);
+            throw systemError("cannot create shared memory", errno);
         number_ = new (memory) Number(0);
     }
     ~SharedCounter() { munmap(number_, sizeof(Number)); }
@@ -58,13 +59,13 @@ private:
     Number *number_;
 };
 
-/// One worker, seen from the process that prints.
+/// The main process's data about a worker.
 struct Worker
 {
     pid_t process = 0;
     int pipe = -1;
     std::string received;
-    std::optional<std::size_t> file; ///< the one that it works on
+    std::optional<std::size_t> file; ///< the file that it works on
 };
 
 class WorkerGroup
@@ -76,7 +77,7 @@ public:
     {
     }
 
-    /// Without their pipe workers that are left end by themselves.
+    /// Closes the pipes; remaining workers then end by themselves.
     ~WorkerGroup()
     {
         for (Worker &worker : workers_)
@@ -92,10 +93,10 @@ public:
         for (std::size_t i = 0; i < jobs; ++i)
             start();
         if (workers_.empty())
-            throw systemError("worker process", errno);
+            throw systemError("cannot start a worker process", errno);
         while (receive()) {
         }
-        // Files that nobody lived to take.
+        // Files that no worker was alive to take.
         while (printed_ < files_.size())
             fail(printed_);
         return status_;
@@ -122,7 +123,7 @@ private:
             workers_.push_back({.process = process, .pipe = ends[0], .received = {}, .file = {}});
     }
 
-    /// Leaves without the exit work of the process that it is a copy of.
+    /// Ends with _exit, because exit handlers belong to the main process.
     [[noreturn]] void workInChild(int pipe) const
     {
         for (std::size_t file = next_.take(); file < files_.size(); file = next_.take()) {
@@ -143,7 +144,7 @@ private:
         return veltext::writeAll(pipe, message) == 0;
     }
 
-    /// Waits for the next bytes of any worker; false when all have ended.
+    /// Waits for bytes from any worker; false if all workers have ended.
     bool receive()
     {
         std::vector<pollfd> pipes;
@@ -154,7 +155,7 @@ private:
         if (pipes.empty())
             return false;
         if (poll(pipes.data(), pipes.size(), -1) < 0 && errno != EINTR)
-            throw systemError("worker process", errno);
+            throw systemError("cannot read from a worker process", errno);
         for (const pollfd &pipe : pipes) {
             if (pipe.revents)
                 readFrom(pipe.fd);
@@ -200,7 +201,7 @@ private:
         worker.received.erase(0, worker.received.size() - rest.size());
     }
 
-    /// Prints the result when all before it have been.
+    /// Passes the result on as soon as all results before it are done.
     void keep(std::size_t file, FileResult result)
     {
         waiting_.emplace(file, std::move(result));
@@ -215,7 +216,7 @@ private:
 
     void fail(std::size_t file)
     {
-        keep(file, failed_(files_[file], Failure(files_[file], 0, "its worker process died")));
+        keep(file, failed_(files_[file], Failure(files_[file], 0, workerDied)));
     }
 
     static void end(Worker &worker)
@@ -233,7 +234,7 @@ private:
     const ResultSink &sink_;
     SharedCounter next_;
     std::vector<Worker> workers_;
-    std::map<std::size_t, FileResult> waiting_; ///< by file, those that came too early
+    std::map<std::size_t, FileResult> waiting_; ///< by file; waits for earlier files
     std::size_t printed_ = 0;
     int status_ = statusGood;
 };
@@ -261,7 +262,7 @@ std::size_t parseJobs(const std::string &text)
     const char *end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, jobs);
     if (error != std::errc() || stop != end || jobs == 0)
-        throw Failure("--jobs takes a number from 1 up, not \"" + text + '"');
+        throw Failure("--jobs must be a whole number of 1 or more, not \"" + text + '"');
     return jobs;
 }
 

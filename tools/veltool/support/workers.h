@@ -1,9 +1,8 @@
-// The same work on many files, spread over processes.
+// Runs the same work on many files, in several processes.
 //
-// The workers are copies of the process at the time of the call: what it has
-// loaded by then (interpreter, rules) is loaded once and shared. Each takes the
-// next file that nobody has, so that none waits for another, and sends what it
-// got through a pipe. Results come out in the order of the files all the same.
+// The workers are forked from this process, so that they share what it has loaded
+// (interpreter, rules). Each worker takes the next free file and sends its result
+// through a pipe. The results are passed on in the order of the files.
 #pragma once
 
 #include "tools/veltool/support/fileResult.h"
@@ -13,20 +12,19 @@
 
 namespace veltool {
 
-/// Takes the results, in the order of the files; what it throws ends the run.
+/// Receives the results in the order of the files. An exception ends the run.
 using ResultSink = std::function<void(const FileResult &result)>;
 
-/// Makes the result of a file that is not done; `failure` says why.
+/// Makes the result for a file that was not processed; `failure` says why.
 using FailureResult = std::function<FileResult(const std::string &file, const Failure &failure)>;
 
-/// Works on each file and gives the highest status. With one job, or one file,
-/// everything happens in this process. A worker that dies fails the file that
-/// it had; the others are still done.
+/// Works on each file and returns the highest status. With one job, or one file, all
+/// work is done in this process. If a worker dies, only its current file fails.
 [[nodiscard]] int workOnFiles(std::span<const std::string> files, std::size_t jobs,
                               const FileWork &work, const FailureResult &failed,
                               const ResultSink &sink);
 
-/// The number of a --jobs option, 1 or more. Throws a Failure.
+/// The number in a --jobs option, 1 or more. Throws a Failure.
 [[nodiscard]] std::size_t parseJobs(const std::string &text);
 
 } // namespace veltool

@@ -1,5 +1,5 @@
-// What every command makes of files that are missing, cut off, of the wrong
-// type or not to be read: a message that names the file, and a status.
+// Runs every command on files that are missing, truncated, of the wrong type or
+// unreadable, and expects a message that names the file, and the status.
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/tests/toolRun.h"
 
@@ -16,11 +16,11 @@
 namespace veltool::test {
 namespace {
 
-/// A run of a command in which "FILE" stands for the file at fault.
+/// The words of a run; "FILE" is replaced by the bad file.
 using Run = std::vector<std::string>;
 
-/// How each command is run on command data. A command that is not among these
-/// or in `others` fails the test, so that no new one is forgotten.
+/// The runs of each command that reads command data. A command that is neither here
+/// nor in `others` fails the test, so that no new command is forgotten.
 const std::multimap<std::string, Run> &runs()
 {
     static const std::multimap<std::string, Run> all = {
@@ -47,8 +47,8 @@ const std::multimap<std::string, Run> &runs()
     return all;
 }
 
-/// Commands whose file is no command data, or that take none; each has tests of
-/// its own for bad files.
+/// Commands that do not read one file of command data; each has its own tests for bad
+/// files.
 const std::vector<std::string> others = {"extract", "perl",      "ds",       "diff",
                                          "merge",   "git-setup", "git-diff", "completion"};
 
@@ -66,7 +66,7 @@ ToolRun runOn(Run run, const std::string &file)
     return runTool(run);
 }
 
-/// Nothing, no entries, or, of check, entries for the files that failed.
+/// Expects no output or an empty list; of check, entries for the failed files.
 void expectNoResult(const Run &words, const std::string &printed)
 {
     if (words[0] != "check" || printed.empty()) {
@@ -77,7 +77,7 @@ void expectNoResult(const Run &words, const std::string &printed)
         EXPECT_EQ(entry["id"], "error") << printed;
 }
 
-/// Every command gives this message about the file, alone, and status 2.
+/// Expects from every command only this message about the file, and status 2.
 void expectFailure(const std::string &file, const std::string &message)
 {
     for (const auto &[name, words] : runs()) {
@@ -152,26 +152,31 @@ TEST(BadInput, TruncatedContainer)
         const bool refused = isEdit(words);
         EXPECT_EQ(run.status, refused ? 1 : 2) << ::testing::PrintToString(words) << run.err;
         EXPECT_EQ(run.err.rfind("veltool: " + file + ": ", 0), 0U) << run.err;
-        EXPECT_NE(run.err.find(refused ? "veltool extract" : "no command data can be read"),
+        EXPECT_NE(run.err.find(refused ? "veltool extract" : "cannot read its command data"),
                   std::string::npos)
             << ::testing::PrintToString(words) << run.err;
     }
     EXPECT_EQ(folder.names(), std::vector<std::string>{"case.res"});
 }
 
-TEST(BadInput, EveryCommandKnowsItsOptionsAndWords)
+TEST(BadInput, EveryCommandKnowsItsOptionsAndArguments)
 {
     for (const Command *command : allCommands()) {
         const std::string name = command->name;
-        // What stands behind the first word of these belongs to that.
+        // These pass their options on to another command.
         if (command->passesOn)
             continue;
         const ToolRun unknown = runTool({name, "--no-such-option"});
         EXPECT_EQ(unknown.status, 2) << name;
-        EXPECT_EQ(unknown.err, "veltool: unknown option --no-such-option\n") << name;
+        EXPECT_EQ(unknown.err,
+                  "veltool: unknown option \"--no-such-option\"; see veltool " + name + " --help\n")
+            << name;
         EXPECT_EQ(runTool({name, "--version"}).status, 0) << name;
         if (command->fewest > 0) {
-            EXPECT_EQ(runTool({name}).status, 2) << name;
+            const ToolRun missing = runTool({name});
+            EXPECT_EQ(missing.status, 2) << name;
+            EXPECT_EQ(missing.err, "veltool: missing argument; usage: veltool " + name +
+                                       " [OPTIONS] " + command->words + '\n');
         }
     }
 }
@@ -194,8 +199,8 @@ TEST(BadInput, DeepNestingEndsWell)
     EXPECT_EQ(runTool({"upgrade", "--dry-run", file}).status, 0);
 }
 
-// The second would be taken for an empty file, which is a good one.
-TEST(BadInput, StandardInputStandsForOneFileOnly)
+// The second would be read as an empty file, which is valid.
+TEST(BadInput, StandardInputMayBeOneFileOnly)
 {
     const std::vector<Words> refused = {
         {"check", "-", "-"},         {"check", "--jobs", "2", "-", "-"},
@@ -206,7 +211,8 @@ TEST(BadInput, StandardInputStandsForOneFileOnly)
         const ToolRun result = runTool(run, "x = 1\n");
         EXPECT_EQ(result.status, 2) << run[0];
         EXPECT_EQ(result.out, "") << run[0];
-        EXPECT_EQ(result.err, "veltool: only one of the files can be standard input\n") << run[0];
+        EXPECT_EQ(result.err, "veltool: only one file can be standard input (-); name the others\n")
+            << run[0];
     }
 }
 

@@ -1,4 +1,4 @@
-// Folding of case: letters of several scripts, and bytes that are not characters.
+// foldCase: letters of several scripts, and bytes that are not characters.
 #include "tools/veltool/support/caseFold.h"
 
 #include <gtest/gtest.h>

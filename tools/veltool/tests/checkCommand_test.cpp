@@ -1,4 +1,5 @@
-// check: findings with their lines, over many files, by one or more processes.
+// veltool check, rules check and explain: findings with their lines, in many files,
+// with one or more processes.
 #include "tools/veltool/tests/ownRules.h"
 
 #include <nlohmann/json.hpp>
@@ -116,7 +117,7 @@ TEST_F(CheckTest, UpgradesInMemoryFirst)
               file + ":3: /PUMP:a/Head: 3 has no unit; write it as 3 [m] [missing-unit]\n");
     EXPECT_EQ(run.err, "veltool: " + file +
                            ": was upgraded in memory before the check (2 changes); veltool upgrade "
-                           "--dry-run lists what changes\n");
+                           "--dry-run lists the changes\n");
     EXPECT_EQ(folder_.read("old.vel"), text);
 }
 
@@ -145,25 +146,25 @@ TEST_F(CheckTest, GivesUnreadableFilesAnEntryInTheJson)
     }
 }
 
-TEST_F(CheckTest, NotesAByteOrderMarkAndSkipsIt)
+TEST_F(CheckTest, ReportsAByteOrderMarkAndIgnoresIt)
 {
     const std::string file = folder_.write("bad.vel", std::string("\xEF\xBB\xBF") + bad);
     const ToolRun run = runTool({"check", file});
     EXPECT_EQ(run.out, badFindings(file));
-    EXPECT_EQ(run.err, "veltool: " + file + ": begins with a byte order mark, which is skipped\n");
+    EXPECT_EQ(run.err, "veltool: " + file + ": begins with a byte order mark, which is ignored\n");
     EXPECT_EQ(
         runTool({"check", folder_.write("good.vel", std::string("\xEF\xBB\xBF") + good)}).status,
         0);
 }
 
-TEST_F(CheckTest, NamesTheLineOfTheBlockThatIsOpen)
+TEST_F(CheckTest, NamesTheLineOfTheOpenBlock)
 {
     const std::string file = folder_.write("open.vel", "PUMP: a\nEND\nPUMP: b\n  Kind = Screw\n");
     EXPECT_EQ(runTool({"check", file}).err,
               "veltool: " + file + ":3: 1 missing END statement(s) in input\n");
 }
 
-TEST_F(CheckTest, SaysInPlainWordsThatAMergeIsNotResolved)
+TEST_F(CheckTest, SaysThatAMergeIsNotResolved)
 {
     const std::string file =
         folder_.write("conflict.vel", "PUMP: a\n<<<<<<< ours\n  Kind = Screw\n=======\n"
@@ -188,7 +189,7 @@ TEST_F(CheckTest, GivesFileAndLineOfMistakesInLibraries)
         << refused.err;
 }
 
-TEST_F(CheckTest, HintsAtTheSemicolonBetweenLibraries)
+TEST_F(CheckTest, SuggestsTheSemicolonBetweenLibraries)
 {
     setenv("ZOT5_VEL_LIBS", "rules.vel:rules.vel", 1); // OwnRules restores it
     const ToolRun run = runTool({"check", folder_.write("good.vel", good)});
@@ -208,8 +209,8 @@ std::string nested(std::size_t levels)
     return text;
 }
 
-// What these commands print or keep grows with the square of the levels. The
-// address sanitizer maps more than any limit of memory lets it.
+// The output and the memory of these commands grow with the square of the depth.
+// The address sanitizer needs more address space than any useful limit.
 #ifdef __SANITIZE_ADDRESS__
 constexpr const char *memoryLimit = "";
 #else
@@ -240,8 +241,8 @@ TEST_F(CheckTest, ObjectsNestedTooDeepAreRefused)
             EXPECT_EQ(run.status, 2) << command;
             EXPECT_EQ(run.out, "");
             EXPECT_EQ(run.err, "veltool: " + file +
-                                   ": objects nest deeper than 10000 levels; this command does "
-                                   "not take such files\n");
+                                   ": objects are nested more than 10000 levels deep; this "
+                                   "command cannot read such a file\n");
         }
     }
     EXPECT_EQ(runTool({"format", "-o", "/dev/null", most}).status, 0);
@@ -249,7 +250,7 @@ TEST_F(CheckTest, ObjectsNestedTooDeepAreRefused)
     EXPECT_EQ(runShell("$VELTOOL diff " + most + ' ' + none + " >/dev/null").status, 1);
 }
 
-TEST_F(CheckTest, DoesTheOthersWhenOneFails)
+TEST_F(CheckTest, ContinuesWithTheNextFileIfOneFails)
 {
     const std::string one = folder_.write("one.vel", bad);
     const std::string broken = folder_.write("broken.vel", "PUMP: a\nno sense\n");
@@ -268,7 +269,8 @@ TEST_F(CheckTest, DoesTheOthersWhenOneFails)
     EXPECT_EQ(runTool({"check", fine, one, fine}).status, 1);
 }
 
-// The pipes can be opened only after the workers have opened them.
+// The files are pipes: the shell can open them only after the workers did, so it kills
+// the workers while they read.
 TEST_F(CheckTest, AFileWhoseWorkerDiedHasAnEntryInTheJson)
 {
     const std::string one = folder_.path("one.vel");
@@ -280,14 +282,15 @@ TEST_F(CheckTest, AFileWhoseWorkerDiedHasAnEntryInTheJson)
     EXPECT_EQ(run.status, 2);
     const auto entry = [](const std::string &file) {
         return R"({"file":")" + file +
-               R"(","line":0,"path":"","message":"its worker process died","id":"error"})";
+               R"(","line":0,"path":"","message":"its worker process ended unexpectedly; try --jobs 1","id":"error"})";
     };
     EXPECT_EQ(run.out, "[\n" + entry(one) + ",\n" + entry(two) + "\n]\n");
-    EXPECT_EQ(run.err, "veltool: " + one + ": its worker process died\nveltool: " + two +
-                           ": its worker process died\n");
+    EXPECT_EQ(run.err, "veltool: " + one +
+                           ": its worker process ended unexpectedly; try --jobs 1\nveltool: " +
+                           two + ": its worker process ended unexpectedly; try --jobs 1\n");
 }
 
-TEST_F(CheckTest, JobsChangeNothingOfTheOutput)
+TEST_F(CheckTest, JobsDoNotChangeTheOutput)
 {
     std::vector<std::string> words = {"check"};
     for (int i = 0; i < 40; ++i) {
@@ -307,7 +310,7 @@ TEST_F(CheckTest, JobsChangeNothingOfTheOutput)
         EXPECT_EQ(runTool({"check", "--jobs", jobs, words.back()}).status, 2);
 }
 
-TEST_F(CheckTest, OneFileDoesNotColourTheNext)
+TEST_F(CheckTest, OneFileDoesNotAffectTheNext)
 {
     const std::string own = folder_.write("own.vel", "RULES:\n"
                                                      "  OBJECT: PUMP\n"
@@ -326,7 +329,7 @@ TEST_F(CheckTest, OneFileDoesNotColourTheNext)
     EXPECT_EQ(run.out.find("required parameter \"Head\""), std::string::npos);
 }
 
-TEST_F(CheckTest, WhatOneFileLeavesUnfinishedIsNotOfTheNext)
+TEST_F(CheckTest, AnUnfinishedStatementDoesNotContinueInTheNextFile)
 {
     const std::string one = folder_.write("bad.vel", bad);
     for (const std::string rest :
@@ -338,7 +341,7 @@ TEST_F(CheckTest, WhatOneFileLeavesUnfinishedIsNotOfTheNext)
     }
 }
 
-TEST_F(CheckTest, ReportsWrongRulesOnceAndUsesTheSoundOnes)
+TEST_F(CheckTest, ReportsWrongRulesOnceAndUsesTheOthers)
 {
     const OwnRules wrong(std::string(pumpRules).insert(7, "  OBJECT: X\n    Bogus = 1\n  END\n"));
     const std::string one = folder_.write("bad.vel", bad);
@@ -359,13 +362,13 @@ TEST_F(CheckTest, FailsWithoutRules)
     EXPECT_EQ(run.err.rfind("veltool: ", 0), 0U) << run.err;
 }
 
-TEST_F(CheckTest, ShowsHowFarItIsOnATerminalOnly)
+TEST_F(CheckTest, ShowsProgressOnATerminalOnly)
 {
     if (!hasTerminals()) {
         GTEST_SKIP() << "there are no pseudo-terminals here";
     }
     folder_.write("good.vel", good);
-    // The first file comes late, so that the run is a long one.
+    // The first file is a slow pipe, so that the run takes more than a second.
     const std::string start = "cd " + folder_.path() +
                               " && mkfifo slow && { { sleep 1.2; cat good.vel; } > slow & "
                               "trap 'rm slow' EXIT; ";
@@ -402,7 +405,7 @@ const char *const faulty = "RULES:\n"
                            "  END\n"
                            "END\n";
 
-TEST_F(RulesTest, CheckNamesEachFaultWithItsLine)
+TEST_F(RulesTest, CheckListsEachMistakeWithItsLine)
 {
     const std::string file = folder_.write("my.vel", faulty);
     const ToolRun run = runTool({"rules", "check", file});
@@ -441,9 +444,9 @@ TEST_F(RulesTest, CheckReadsLibrariesTogether)
                               "correct the name or remove the field [bad-rule]\n");
 }
 
-TEST_F(RulesTest, CheckTakesTheLibrariesOfTheEnvironment)
+TEST_F(RulesTest, CheckUsesTheLibrariesOfTheEnvironment)
 {
-    EXPECT_EQ(runTool({"rules", "check"}).out, "") << "those that ship are sound";
+    EXPECT_EQ(runTool({"rules", "check"}).out, "") << "the shipped libraries have no mistakes";
     EXPECT_EQ(runTool({"rules", "check"}).status, 0);
     const OwnRules own(faulty);
     const ToolRun run = runTool({"rules", "check"});
@@ -453,7 +456,7 @@ TEST_F(RulesTest, CheckTakesTheLibrariesOfTheEnvironment)
     EXPECT_EQ(runTool({"rules", "check"}).status, 2);
 }
 
-TEST_F(RulesTest, CheckGoesOnBehindALibraryThatFails)
+TEST_F(RulesTest, CheckContinuesAfterALibraryThatFails)
 {
     const std::string file = folder_.write("my.vel", faulty);
     const std::string broken = folder_.write("broken.vel", "RULES:\nno sense\n");
@@ -492,7 +495,7 @@ TEST_F(CheckTest, ExplainShowsTheRule)
 
     const ToolRun none = runTool({"explain", file, "/VALVE:v"});
     EXPECT_EQ(none.status, 1);
-    EXPECT_EQ(none.err, "veltool: " + file + ": /VALVE:v: no rule describes this\n");
+    EXPECT_EQ(none.err, "veltool: " + file + ": /VALVE:v: no rule describes this path\n");
 }
 
 } // namespace

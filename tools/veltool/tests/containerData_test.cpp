@@ -1,5 +1,5 @@
-// Command data in def and res files: extract, embed, and the commands that
-// read it in place.
+// Command data in def and res files: extract, embed, and the commands that read it
+// directly.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace veltool::test {
 namespace {
 
 const std::string text = "DOMAIN: Pipe\n"
-                         "  Kind = Fluid # remark\n"
+                         "  Kind = Fluid # comment\n"
                          "  Location = Inlet, \\\n"
                          "    Outlet\n"
                          "END\n";
@@ -55,7 +55,7 @@ TEST_F(ContainerData, ComesOutAsItWentIn)
     EXPECT_EQ(runTool({"ds", "verify", file_}).out, "");
 }
 
-TEST_F(ContainerData, TakesThePlaceOfTheFormerOnes)
+TEST_F(ContainerData, ReplacesTheFormerCommandData)
 {
     ASSERT_EQ(write("G/COMMANDS", "EVERY", "3", "STRI", "A = 1\n"), 0);
     ASSERT_EQ(write("G/COMMANDS", "EVERY", "7", "STRI", "A = 2\n"), 0);
@@ -68,7 +68,7 @@ TEST_F(ContainerData, TakesThePlaceOfTheFormerOnes)
     EXPECT_EQ(std::count(located.begin(), located.end(), '\n'), 2) << located;
 }
 
-TEST_F(ContainerData, OfMoreThanTwentyTheOneAtZeroCounts)
+TEST_F(ContainerData, OfMoreThanTwentyTheOneAtZeroIsUsed)
 {
     for (int when = 0; when < 21; ++when) {
         ASSERT_EQ(write("G/COMMANDS", "EVERY", std::to_string(when), "STRI",
@@ -78,7 +78,7 @@ TEST_F(ContainerData, OfMoreThanTwentyTheOneAtZeroCounts)
     EXPECT_EQ(extracted(), "A = 0\n");
     EXPECT_EQ(runTool({"embed", vel_, file_}).status, 0);
     EXPECT_EQ(extracted(), text);
-    // Nothing but the one at zero was touched.
+    // Only the one at zero has changed.
     EXPECT_EQ(runTool({"ds", "read", file_, "G/COMMANDS", "EVERY", "1"}).out, "A = 1\n");
     const std::string located = runTool({"ds", "locate", file_, "G/COMMANDS", "EVERY", "-1"}).out;
     EXPECT_EQ(std::count(located.begin(), located.end(), '\n'), 21) << located;
@@ -105,8 +105,9 @@ TEST_F(ContainerData, OfAMissingFileIsOneSentence)
     EXPECT_EQ(runTool({"extract", none}).err, run.err);
 }
 
-/// Runs lines in the shell and kills them at random moments. How long a line
-/// takes is learned on the way: on a busy machine the first measure is worth little.
+/// Runs lines in the shell and kills them at random moments. It adjusts its estimate
+/// of the duration all the time, because the first measurement is inexact on a busy
+/// machine.
 class Killer
 {
 public:
@@ -137,7 +138,7 @@ private:
     int killed_ = 0;
 };
 
-TEST_F(ContainerData, AKilledEmbedLeavesTheFormerOrTheNew)
+TEST_F(ContainerData, AKilledEmbedKeepsTheFormerOrTheNewData)
 {
     std::string texts[2];
     std::string lines[2];
@@ -172,7 +173,7 @@ TEST_F(ContainerData, AKilledEmbedLeavesTheFormerOrTheNew)
     EXPECT_EQ(std::count(located.begin(), located.end(), '\n'), 1) << located;
 }
 
-TEST_F(ContainerData, AKilledWriteLeavesWhatWasThere)
+TEST_F(ContainerData, AKilledWriteKeepsTheOtherDatasets)
 {
     std::string values;
     for (int i = 0; i < 30000; ++i)
@@ -188,7 +189,7 @@ TEST_F(ContainerData, AKilledWriteLeavesWhatWasThere)
         const ToolRun run = killer.run(line(when));
         std::filesystem::remove(file_ + ".lck");
         const ToolRun read = runTool({"ds", "read", file_, "N", "P", std::to_string(when)});
-        // The data is there as a whole or not at all.
+        // The dataset is complete or does not exist.
         ASSERT_TRUE(read.status == 0 ? read.out == values : read.status == 17) << read.err;
         ASSERT_TRUE(read.status == 0 || run.status != 0);
         ASSERT_EQ(runTool({"ds", "read", file_, "N", "P", "0"}).out, values);
@@ -197,7 +198,7 @@ TEST_F(ContainerData, AKilledWriteLeavesWhatWasThere)
     EXPECT_EQ(runTool({"ds", "verify", file_}).out, "");
 }
 
-TEST_F(ContainerData, IsReadInPlace)
+TEST_F(ContainerData, IsReadDirectly)
 {
     ASSERT_EQ(runTool({"embed", vel_, file_}).status, 0);
     for (const char *command : {"tree", "format"})
@@ -224,7 +225,7 @@ TEST_F(ContainerData, IsNotFormattedOrSetInPlace)
 TEST_F(ContainerData, LongLinesAreStoredFormatted)
 {
     const std::string longLine =
-        "A = " + std::string(40, 'x') + ", " + std::string(40, 'y') + " # remark\n";
+        "A = " + std::string(40, 'x') + ", " + std::string(40, 'y') + " # comment\n";
     const std::string file = folder_.write("long.vel", longLine);
     EXPECT_EQ(runTool({"embed", file, file_}).status, 0);
     EXPECT_EQ(extracted(), runTool({"format", file}).out);
@@ -235,7 +236,7 @@ TEST_F(ContainerData, LongLinesAreStoredFormatted)
     EXPECT_EQ(runTool({"get", file_, "/A"}).out, unbroken + "\n");
 }
 
-TEST_F(ContainerData, ExamplesAreWhatTheirScriptMakes)
+TEST_F(ContainerData, ExamplesAreTheResultOfTheirScript)
 {
     const char *source = std::getenv("VEL_SOURCE_DIR");
     if (!source)
@@ -268,12 +269,13 @@ TEST_F(ContainerData, StandardInputIsReadOnly)
          }) {
         const ToolRun run = runTool(words);
         EXPECT_EQ(run.status, 2) << words[1];
-        EXPECT_EQ(run.err.rfind("veltool: standard input is only read", 0), 0U) << run.err;
+        EXPECT_EQ(run.err.rfind("veltool: cannot change standard input; name a file", 0), 0U)
+            << run.err;
         EXPECT_FALSE(std::filesystem::exists("-"));
     }
 }
 
-TEST_F(ContainerData, MessagesCallStandardInputByTheNameGiven)
+TEST_F(ContainerData, MessagesUseTheGivenNameOfStandardInput)
 {
     const ToolRun made =
         runTool({"ds", "write", folder_.path("b.def"), "W", "P", "1", "INTR"}, "1\n");
@@ -285,7 +287,7 @@ TEST_F(ContainerData, MessagesCallStandardInputByTheNameGiven)
               0U);
 }
 
-TEST_F(ContainerData, EndsWithTheLibrarysCode)
+TEST_F(ContainerData, ReturnsTheCodeOfTheLibrary)
 {
     EXPECT_EQ(runTool({"extract", file_}).status, 17);
     EXPECT_EQ(runTool({"tree", file_}).status, 2);

@@ -1,4 +1,4 @@
-// diff: what a user sees, and its exit statuses.
+// veltool diff: its output and its exit statuses.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ protected:
     TemporaryFolder folder_;
 };
 
-TEST_F(DiffTest, OrderWrappingAndRemarksAreNoDifference)
+TEST_F(DiffTest, OrderWrappingAndCommentsAreNotADifference)
 {
     const ToolRun run = diff(before, "FLOW:\r\n"
                                      "DOMAIN: Duct\r\n"
@@ -64,7 +64,7 @@ const std::string after = "FLOW:\n"
                           "  Title = My case\n"
                           "END\n";
 
-TEST_F(DiffTest, TellsOfEveryObjectAndParameter)
+TEST_F(DiffTest, ListsEveryObjectAndParameter)
 {
     const ToolRun run = diff(before, after);
     EXPECT_EQ(run.out, "~ /FLOW/DOMAIN:Duct/Kind = Fluid -> Solid\n"
@@ -97,7 +97,7 @@ TEST_F(DiffTest, PrintsJson)
     EXPECT_EQ(same.status, 0);
 }
 
-TEST_F(DiffTest, JsonOfBytesThatAreNoUtf8)
+TEST_F(DiffTest, JsonOfBytesThatAreNotUtf8)
 {
     const ToolRun run = runTool({"diff", "--json", folder_.write("a.vel", "x = \xFF\n"),
                                  folder_.write("b.vel", "x = 1\n")});
@@ -105,13 +105,13 @@ TEST_F(DiffTest, JsonOfBytesThatAreNoUtf8)
                        "\"oldBytes\":\"ff\",\"new\":\"1\"}\n]\n");
 }
 
-TEST_F(DiffTest, AParameterAndASingletonOfOneNameAreTwo)
+TEST_F(DiffTest, AParameterAndASingletonOfTheSameNameAreTwo)
 {
     EXPECT_EQ(diff("X = 1\ny = 1\n", "X:\nz = 1\nEND\ny = 1\n").out,
               "- /X = 1\n+ /X\n+ /X/z = 1\n");
 }
 
-TEST_F(DiffTest, SameNamesOfAnotherTypeAreOthers)
+TEST_F(DiffTest, TheSameNameWithAnotherTypeIsAnotherObject)
 {
     EXPECT_EQ(diff("A: x\nEND\n", "B: x\nEND\n").out, "- /A:x\n+ /B:x\n");
     EXPECT_EQ(diff("A: x\nEND\n", "A:\nEND\n").out, "- /A:x\n+ /A\n");
@@ -131,7 +131,7 @@ TEST_F(DiffTest, FindsManySiblingsInAnyOrder)
               "- /last = 1\n+ /first = 1\n");
 }
 
-TEST_F(DiffTest, DeepNestingIsNoHarm)
+TEST_F(DiffTest, DeepNestingDoesNoHarm)
 {
     std::string open;
     std::string close;
@@ -152,7 +152,7 @@ TEST_F(DiffTest, StandardInputForOneSide)
     EXPECT_EQ(runTool({"diff", file, "-"}, "x = 2\n").out, "~ /x = 1 -> 2\n");
     const ToolRun both = runTool({"diff", "-", "-"}, "x = 2\n");
     EXPECT_EQ(both.status, 2);
-    EXPECT_EQ(both.err, "veltool: only one of the files can be standard input\n");
+    EXPECT_EQ(both.err, "veltool: only one file can be standard input (-); name the others\n");
 }
 
 TEST_F(DiffTest, ComparesContainersWithTexts)
@@ -170,7 +170,7 @@ TEST_F(DiffTest, ComparesContainersWithTexts)
     EXPECT_EQ(run.status, 1);
 }
 
-TEST_F(DiffTest, TellsOfEveryFileThatCannotBeRead)
+TEST_F(DiffTest, ReportsEveryFileThatCannotBeRead)
 {
     const std::string good = folder_.write("good.vel", "x = 1\n");
     const std::string wrong = folder_.write("wrong.vel", "x = 1\nFLOW:\n");
@@ -205,7 +205,7 @@ TEST_F(DiffTest, SurvivesTruncationAndDamage)
     }
 }
 
-TEST_F(DiffTest, Misuse)
+TEST_F(DiffTest, ReportsUsageErrors)
 {
     const std::string file = folder_.write("a.vel", "x = 1\n");
     for (const std::vector<std::string> &words : {std::vector<std::string>{"diff"},

@@ -1,4 +1,4 @@
-// Takes the blocks out of a document, and runs its commands in the shell.
+// Reads the code blocks of a document, and runs its commands in the shell.
 #include "tools/veltool/tests/documentSamples.h"
 
 #include "tools/veltool/tests/toolRun.h"
@@ -15,8 +15,8 @@ namespace {
 
 struct Block
 {
-    std::string kind; ///< the word behind the fence
-    std::string name; ///< the word behind that
+    std::string kind; ///< the first word after the fence
+    std::string name; ///< the second word
     std::string text;
 };
 
@@ -40,7 +40,7 @@ std::vector<Block> blocksOf(const std::string &file)
     return blocks;
 }
 
-/// Runs every command of a console block and writes down what a user sees.
+/// Runs every command of a console block and returns the block as a user would see it.
 std::string replay(const std::string &console, const std::string &folder, const std::string &setup)
 {
     std::string seen;

@@ -1,4 +1,4 @@
-// veltool ds: containers written, listed, read, copied and deleted from the shell.
+// veltool ds: writes, lists, reads, copies, deletes, checks and unlocks containers.
 #include "io/bench/container_workloads.h"
 #include "tools/veltool/tests/toolRun.h"
 
@@ -20,7 +20,7 @@ protected:
         return runTool(words, input);
     }
 
-    /// Writes a dataset at WHERE "P", WHEN 1 and gives it as it is read back.
+    /// Writes a dataset at WHERE "P", WHEN 1, and returns what ds read prints.
     [[nodiscard]] std::string writtenAndRead(const std::string &type, const std::string &input,
                                              const std::string &format)
     {
@@ -48,7 +48,7 @@ protected:
     int files_ = 0;
 };
 
-TEST_F(Ds, GivesBackWhatWasWritten)
+TEST_F(Ds, ReadsBackWhatWasWritten)
 {
     for (const std::string format : {"u", "u5", "l3", "L", "F"}) {
         SCOPED_TRACE(format);
@@ -118,7 +118,7 @@ TEST_F(Ds, ListsInTheOrderOfTheFile)
     EXPECT_NE(expected.find("\nY\tB\tQ\t1\tu5\tREAL\t1\t"), std::string::npos) << expected;
 }
 
-TEST_F(Ds, ListsWithoutDeletedOnesUnlessAsked)
+TEST_F(Ds, ListsDeletedDatasetsOnlyWithAll)
 {
     const std::string file = sample();
     EXPECT_EQ(ds({"delete", file, "A", "P", "1"}).status, 0);
@@ -175,7 +175,7 @@ TEST_F(Ds, KeepsAttributesAndBlockFactor)
         << bytes;
 }
 
-TEST_F(Ds, CopiesAllOrWhatMatches)
+TEST_F(Ds, CopiesAllOrMatchingDatasets)
 {
     const std::string file = sample();
     const std::string all = folder_.path("all");
@@ -190,7 +190,7 @@ TEST_F(Ds, CopiesAllOrWhatMatches)
     EXPECT_EQ(ds({"read", some, "A", "P", "1"}).status, 17);
 }
 
-TEST_F(Ds, EndsWithTheLibrarysCode)
+TEST_F(Ds, ReturnsTheCodeOfTheLibrary)
 {
     const std::string file = sample();
     const std::string before = folder_.read("sample.res");
@@ -205,7 +205,7 @@ TEST_F(Ds, EndsWithTheLibrarysCode)
     EXPECT_EQ(ds({"write", file, "A", "P", "3", "WORD"}, "1\n").status, 12);
     EXPECT_EQ(ds({"write", file, "A", "P", "3", "INTR"}, "1\nx\n").status, 10);
     EXPECT_EQ(ds({"write", file, "A", "P", "3", "INTR"}, "1\nx\n").err,
-              "veltool: line 2: no INTR: \"x\": Error reading from disk.\n");
+              "veltool: line 2: not of type INTR: \"x\": Error reading from disk.\n");
     EXPECT_EQ(ds({"write", file, "A", "P", "3", "STRI:2"}, "abc\n").status, 14);
     EXPECT_EQ(ds({"write", file, "A", "P", "3", "STRC{INTR:2}"}, "1\n").status, 18);
     EXPECT_EQ(ds({"write", file, "A", "P", "3", "STRC{INTR:2}"}, "1\t2\t3\n").status, 10);
@@ -225,13 +225,13 @@ TEST_F(Ds, VerifiesASoundFile)
     EXPECT_EQ(folder_.read("sample.res"), before);
 }
 
-TEST_F(Ds, NamesAFaultWithItsByte)
+TEST_F(Ds, ReportsAFaultWithItsByte)
 {
     std::string bytes = folder_.read(std::filesystem::path(sample()).filename());
     bytes.resize(bytes.size() - 1);
     const std::string file = folder_.write("short.res", bytes);
     const ToolRun run = ds({"verify", file});
-    // The recorded size stands behind "*INFO" and its line feed.
+    // The recorded size comes after "*INFO" and its line feed.
     const std::string sizes = "6\t20\tthe recorded file size is " +
                               std::to_string(bytes.size() + 1) + ", the file has " +
                               std::to_string(bytes.size()) + " bytes\n";
@@ -243,7 +243,7 @@ TEST_F(Ds, NamesAFaultWithItsByte)
     EXPECT_EQ(folder_.read("short.res"), bytes);
 }
 
-TEST_F(Ds, RebuildsTheIndexAndSaysWhatIsLost)
+TEST_F(Ds, RebuildsTheIndexAndReportsLostDatasets)
 {
     const std::string file = sample();
     EXPECT_EQ(ds({"rebuild", file}).out, "datasets\t3\n");
@@ -264,7 +264,7 @@ TEST_F(Ds, RebuildsTheIndexAndSaysWhatIsLost)
     EXPECT_EQ(ds({"read", file, "B", "Q", "1"}).status, 17);
 }
 
-TEST_F(Ds, TellsARebuildInJson)
+TEST_F(Ds, PrintsARebuildAsJson)
 {
     const std::string file = sample();
     auto json = nlohmann::json::parse(ds({"rebuild", "--json", file}).out);
@@ -273,7 +273,7 @@ TEST_F(Ds, TellsARebuildInJson)
     EXPECT_TRUE(json["remarks"].empty());
     EXPECT_EQ(json["dropped"], 0);
 
-    // The index knows a dataset that was marked as deleted behind its back.
+    // The dataset is marked as deleted in the file, but not in the index.
     const auto list = nlohmann::json::parse(ds({"list", "--json", file}).out);
     const std::size_t second = list[1]["position"];
     std::string bytes = folder_.read("sample.res");
@@ -285,7 +285,7 @@ TEST_F(Ds, TellsARebuildInJson)
         EXPECT_EQ(json["lost"][0][key], list[1][key]) << key;
 }
 
-TEST_F(Ds, NamesFaultsBehindTheFirst)
+TEST_F(Ds, ReportsFaultsAfterTheFirst)
 {
     const std::string file = sample();
     const auto list = nlohmann::json::parse(ds({"list", "--json", file}).out);
@@ -302,7 +302,7 @@ TEST_F(Ds, NamesFaultsBehindTheFirst)
     EXPECT_EQ(ds({"verify", file}).status, faults[0]["code"]);
 }
 
-TEST_F(Ds, ShowsHowFarItIsOnATerminalOnly)
+TEST_F(Ds, ShowsProgressOnATerminalOnly)
 {
     if (!hasTerminals()) {
         GTEST_SKIP() << "there are no pseudo-terminals here";
@@ -310,7 +310,7 @@ TEST_F(Ds, ShowsHowFarItIsOnATerminalOnly)
     const std::string file = folder_.path("many.res");
     const std::string line =
         "script -qec '\"$VELTOOL\" ds verify \"" + file + "\"' /dev/null </dev/null";
-    // As many datasets as take over a second here, whatever this machine is.
+    // Enough datasets to take more than a second on this machine.
     ToolRun run;
     std::size_t shown = std::string::npos;
     for (int count = 400000; shown == std::string::npos; count *= 2) {
@@ -322,14 +322,14 @@ TEST_F(Ds, ShowsHowFarItIsOnATerminalOnly)
     }
     const ToolRun plain = ds({"verify", file});
     EXPECT_EQ(plain.out + plain.err, "");
-    // A number and "%", again and again on one line, which is empty in the end.
+    // The line shows numbers with "%" and is empty at the end.
     EXPECT_EQ(run.out[0], '\r');
     EXPECT_EQ(run.out.find('\n'), std::string::npos) << run.out;
     const std::string cleared = "\r\x1b[K";
     EXPECT_EQ(run.out.substr(run.out.size() - cleared.size()), cleared);
 }
 
-TEST_F(Ds, RefusesToRebuildWhatIsNoContainer)
+TEST_F(Ds, RefusesToRebuildAFileThatIsNotAContainer)
 {
     const std::string file = folder_.write("text", "FLOW:\nEND\n");
     EXPECT_EQ(ds({"rebuild", file}).status, 20);
@@ -338,8 +338,8 @@ TEST_F(Ds, RefusesToRebuildWhatIsNoContainer)
     EXPECT_FALSE(folder_.has("none"));
 }
 
-/// One sentence, in which the names stand as they were given.
-TEST_F(Ds, SaysInOneSentenceWhatDoesNotExist)
+/// The message is one sentence, with the names as they were given.
+TEST_F(Ds, ReportsInOneSentenceWhatDoesNotExist)
 {
     const std::string file = sample();
     const std::string absent = " no dataset matches WHAT \"A\", WHERE \"Z\" and any WHEN\n";
@@ -359,8 +359,8 @@ TEST_F(Ds, SaysInOneSentenceWhatDoesNotExist)
     EXPECT_FALSE(folder_.has("target"));
 }
 
-/// The bytes of a dataset that the index finds, with another text in it.
-TEST_F(Ds, ReadGivesTheCodeOfABadHeader)
+/// The index finds the dataset, but its header was changed.
+TEST_F(Ds, ReadReturnsTheCodeOfABadHeader)
 {
     const std::string file = folder_.path("bad.res");
     EXPECT_EQ(ds({"write", file, "A", "P", "1", "INTR", "--format", "u"}, "1\n2\n").status, 0);
@@ -376,8 +376,8 @@ TEST_F(Ds, ReadGivesTheCodeOfABadHeader)
                        "require > 127\nveltool: " +
                            file + ": Not enough allocated memory for requested IO operation.\n");
 
-    // The record after a NUMBER that nobody has compared with the file yet is bad:
-    // no memory is asked for that NUMBER.
+    // NUMBER is too large, and the record after it is bad: no memory may be
+    // allocated for NUMBER elements.
     const std::string large = folder_.path("large.res");
     std::string values;
     for (int i = 0; i < 1000; ++i)
@@ -396,7 +396,7 @@ TEST_F(Ds, ReadGivesTheCodeOfABadHeader)
     EXPECT_EQ(run.status, 14);
     EXPECT_EQ(run.out, "");
 
-    // Where the header is good, the NUMBER is compared with the file first.
+    // If the rest of the header is good, NUMBER is compared with the size of the file.
     const std::string plain = folder_.path("plain.res");
     EXPECT_EQ(ds({"write", plain, "A", "P", "1", "INTR", "--format", "u"}, values).status, 0);
     number = folder_.read("plain.res");
@@ -423,8 +423,8 @@ TEST_F(Ds, RefusesAnAttributeThatIsTooLong)
     }
 }
 
-/// A lock file of level 0 that nobody here made refuses every command that
-/// writes, those that read first too, and stays.
+/// With a lock file of level 0 from another program, every command that writes
+/// fails, also one that reads first, and the lock file stays.
 TEST_F(Ds, KeepsALockOfLevelZero)
 {
     const std::string file = sample();
@@ -443,8 +443,9 @@ TEST_F(Ds, KeepsALockOfLevelZero)
     EXPECT_EQ(folder_.read("sample.res.lck"), level);
 }
 
-/// A lock is removed only on demand, and only if nobody here holds the file.
-TEST_F(Ds, UnlocksWhatNoProcessHolds)
+/// Only ds unlock removes a lock, and only if no process on this machine has the file
+/// open.
+TEST_F(Ds, UnlocksAFileThatNoProcessHolds)
 {
     const std::string file = sample();
     EXPECT_EQ(ds({"unlock", file}).out, file + ": not locked\n");
@@ -456,15 +457,15 @@ TEST_F(Ds, UnlocksWhatNoProcessHolds)
     for (const Lock lock : {Lock{"        -1\n", "locked for writing (level -1)"},
                             Lock{"         2\n", "locked for reading (level 2)"},
                             Lock{"         0\n", "locked for reading (level 0)"},
-                            Lock{"what?", "locked; the lock file holds no level"}}) {
+                            Lock{"what?", "locked; the lock file has no level"}}) {
         folder_.write("sample.res.lck", lock.text);
         const ToolRun run = ds({"unlock", file});
         EXPECT_EQ(run.status, 0) << run.err;
-        // Without the rights of root there may be processes that cannot be seen.
+        // Without root rights, some processes may be hidden.
         const std::string line = file + ": no process ";
-        const std::size_t known = run.out.find(" of this machine has it open\n");
+        const std::size_t known = run.out.find("on this machine has it open\n");
         const std::string seen = known != std::string::npos
-                                     ? line + "of this machine has it open\n"
+                                     ? line + "on this machine has it open\n"
                                      : line + "that this user can see has it open\n";
         EXPECT_EQ(run.out, file + ": " + lock.said + '\n' + seen + file + ": lock removed\n");
         EXPECT_FALSE(folder_.has("sample.res.lck"));
@@ -474,11 +475,11 @@ TEST_F(Ds, UnlocksWhatNoProcessHolds)
     EXPECT_EQ(ds({"unlock", "-"}).status, 2);
 }
 
-TEST_F(Ds, LeavesTheLockOfAProcessThatHoldsTheFile)
+TEST_F(Ds, KeepsTheLockOfAProcessThatHoldsTheFile)
 {
     const std::string file = sample();
     folder_.write("sample.res.lck", "        -1\n");
-    // The shell itself holds the file open while it runs the tool.
+    // The shell has the file open while it runs the tool.
     const auto held = [&](const std::string &options) {
         return runShell("exec 9<'" + file + "'; \"$VELTOOL\" ds unlock " + options + " '" + file +
                         "' 2>&1 9<&-");
@@ -486,7 +487,7 @@ TEST_F(Ds, LeavesTheLockOfAProcessThatHoldsTheFile)
     ToolRun run = held("");
     EXPECT_EQ(run.status, 21);
     EXPECT_NE(run.out.find(file + ": open in process "), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find(": not unlocked, since process "), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find(": not unlocked, because process "), std::string::npos) << run.out;
     EXPECT_TRUE(folder_.has("sample.res.lck"));
     run = held("--force");
     EXPECT_EQ(run.status, 0) << run.out;
@@ -494,7 +495,7 @@ TEST_F(Ds, LeavesTheLockOfAProcessThatHoldsTheFile)
     EXPECT_FALSE(folder_.has("sample.res.lck"));
 }
 
-TEST_F(Ds, CallsMisuseTwo)
+TEST_F(Ds, ReturnsTwoForUsageErrors)
 {
     const std::string file = sample();
     EXPECT_EQ(ds({}).status, 2);

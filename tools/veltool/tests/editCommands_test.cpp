@@ -1,4 +1,4 @@
-// set, add, delete and perl: what needs the Perl side.
+// veltool set, add, delete and perl: changes of a file, refusals, and scripts.
 #include "tools/veltool/tests/ownRules.h"
 
 #include <nlohmann/json.hpp>
@@ -12,7 +12,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// A folder with a rule library of its own, which the runs use.
+/// A folder and a rule library that the runs use.
 class SetTest : public ::testing::Test
 {
 protected:
@@ -92,7 +92,9 @@ TEST_F(SetTest, IsRefusedWhenTheRulesFindSomethingNew)
     const std::string file = writeSample();
     const ToolRun run = set("/DOMAIN:d/Kind", "Gas");
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "veltool: " + file + ": not written; use --force to write it anyway\n");
+    EXPECT_EQ(run.err,
+              "veltool: " + file +
+                  ": not written because of new findings; use --force to write it anyway\n");
     EXPECT_EQ(run.out.rfind(file + ":5: /DOMAIN:d/Kind: ", 0), 0U) << run.out;
     EXPECT_NE(run.out.find("[not-allowed]\n"), std::string::npos) << run.out;
     EXPECT_EQ(folder_.read("a.vel"), sample_);
@@ -103,7 +105,7 @@ TEST_F(SetTest, IsRefusedWhenTheRulesFindSomethingNew)
     EXPECT_EQ(runTool({"get", file, "/DOMAIN:d/Kind"}).out, "Gas\n");
 }
 
-TEST_F(SetTest, OldFindingsAreNoHindrance)
+TEST_F(SetTest, OldFindingsDoNotMatter)
 {
     const std::string file =
         folder_.write("a.vel", "DOMAIN: d\n  Kind = Gas\n  No = 1\n  Note = x\nEND\n");
@@ -120,13 +122,14 @@ TEST_F(SetTest, RefusesWhatTheDatabaseRefuses)
     EXPECT_EQ(missing.err,
               "veltool: " + file +
                   ": /DOMAIN:d/No: setStringValue: requested object does not exist; nothing was "
-                  "written; veltool add adds a parameter; veltool tree shows what is there\n");
+                  "written; use veltool add for a new parameter; veltool tree lists the existing "
+                  "paths\n");
     const ToolRun object = set("/DOMAIN:d", "1");
     EXPECT_EQ(object.status, 1);
     EXPECT_EQ(object.err,
               "veltool: " + file +
                   ": /DOMAIN:d: setStringValue: requested object is not a parameter; nothing was "
-                  "written; name a parameter of the object\n");
+                  "written; PATH must be a parameter\n");
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
 }
 
@@ -143,7 +146,7 @@ TEST_F(SetTest, RefusesWhatAFileCannotHold)
 }
 
 // A program can give a parameter the value "a#b", but a line would end at the '#'.
-TEST_F(SetTest, RefusesAValueWithAHashThatNoBackslashPrecedes)
+TEST_F(SetTest, RefusesAValueWithAHashWithoutABackslash)
 {
     const std::string file = writeSample();
     for (const Words &words : {Words{"set", file, "/DOMAIN:d/Number", "a#b"},
@@ -175,9 +178,9 @@ TEST_F(SetTest, PointsToExtractForAContainer)
     const ToolRun run = runTool({"set", file, "/x", "1"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "veltool: " + file +
-                           ": is a def or res file; nothing was written; take its command data "
-                           "out with veltool extract, edit that, and put it back with veltool "
-                           "embed\n");
+                           ": is a def or res file; nothing was written; write its command data "
+                           "to a file with veltool extract, edit that file, and put it back with "
+                           "veltool embed\n");
 }
 
 TEST_F(SetTest, FollowsALinkAndReplacesAnOldBackup)
@@ -238,7 +241,7 @@ TEST_F(SetTest, GivesNewFindingsAsJson)
     EXPECT_EQ(runTool({"set", "--json", file, "/DOMAIN:d/Number", "3"}).out, "[]\n");
 }
 
-TEST_F(SetTest, AddWritesOneLineBehindTheLastParameter)
+TEST_F(SetTest, AddWritesOneLineAfterTheLastParameter)
 {
     const std::string file = writeSample();
     const ToolRun run = runTool({"add", file, "DOMAIN:d / Note", "-1 = \xFF"});
@@ -260,13 +263,13 @@ TEST_F(SetTest, AddIsRefused)
         return run.out + run.err;
     };
     EXPECT_EQ(refusal("/DOMAIN:d/Kind", "Solid"),
-              start + "/DOMAIN:d/Kind: exists already; nothing was written; veltool set gives it "
-                      "another value\n");
+              start + "/DOMAIN:d/Kind: already exists; nothing was written; use veltool set to "
+                      "change its value\n");
     EXPECT_EQ(refusal("/DOMAIN:d", "1"),
-              start + "/DOMAIN:d: exists already; nothing was written\n");
+              start + "/DOMAIN:d: already exists; nothing was written\n");
     EXPECT_EQ(refusal("/DOMAIN:e/Kind", "Solid"),
               start + "/DOMAIN:e/Kind: velCreateParam: parent object does not exist; nothing was "
-                      "written; name an existing object and a new parameter\n");
+                      "written; PATH must be a new parameter in an existing object\n");
     EXPECT_EQ(refusal("/DOMAIN:d/1 No Name", "1").rfind(start, 0), 0U);
     EXPECT_EQ(refusal("/DOMAIN:d/Note", "a # b"),
               start + "/DOMAIN:d/Note: value \"a # b\" cannot be stored in a file: '#' begins a "
@@ -275,7 +278,7 @@ TEST_F(SetTest, AddIsRefused)
               file +
                   ":9: /DOMAIN:d/Nte: DOMAIN has no parameter \"Nte\"; did you mean Note? "
                   "[unknown-parameter]\n" +
-                  start + "not written; use --force to write it anyway\n");
+                  start + "not written because of new findings; use --force to write it anyway\n");
     EXPECT_EQ(folder_.read("a.vel"), sample_);
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
 
@@ -283,7 +286,7 @@ TEST_F(SetTest, AddIsRefused)
     EXPECT_EQ(runTool({"get", file, "/DOMAIN:d/Nte"}).out, "1\n");
 }
 
-TEST_F(SetTest, DeleteTakesAllStatementsOut)
+TEST_F(SetTest, DeleteRemovesAllStatements)
 {
     const std::string file = writeSample();
     EXPECT_EQ(runTool({"delete", file, "/DOMAIN:d/Number"}).status, 0);
@@ -292,10 +295,10 @@ TEST_F(SetTest, DeleteTakesAllStatementsOut)
     EXPECT_EQ(folder_.read("a.vel.bak"), sample_);
 }
 
-TEST_F(SetTest, DeleteTakesAllBlocksOfAnObject)
+TEST_F(SetTest, DeleteRemovesAllBlocksOfAnObject)
 {
     const std::string block = "DOMAIN: e # first\n  Kind = Fluid\n  # note\nEND\n";
-    const std::string rest = "# before\nDOMAIN: d\n  Kind = Fluid\nEND\n# behind\n";
+    const std::string rest = "# before\nDOMAIN: d\n  Kind = Fluid\nEND\n# after\n";
     const std::string file =
         folder_.write("a.vel", block + rest + "&replace DOMAIN: e\n  Kind = Solid\nEND # of e");
     EXPECT_EQ(runTool({"delete", file, "/DOMAIN:e"}).status, 0);
@@ -316,13 +319,13 @@ TEST_F(SetTest, DeleteIsRefused)
     const ToolRun root = runTool({"delete", file, "/"});
     EXPECT_EQ(root.status, 1);
     EXPECT_EQ(root.err,
-              "veltool: " + file + ": /: this is all that the file holds; nothing was written\n");
+              "veltool: " + file + ": /: the root cannot be deleted; nothing was written\n");
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
     EXPECT_EQ(runTool({"delete", "--force", file, "/DOMAIN:d/Kind"}).status, 0);
     EXPECT_EQ(runTool({"find", file, "Kind=*"}).status, 1);
 }
 
-// The finding is about c before and after, but about another first one.
+// The finding is about /PUMP:c before and after, but refers to another first pump.
 TEST_F(SetTest, AFindingWithOtherRelatedPathsIsNotNew)
 {
     const OwnRules one("RULES:\n  OBJECT: PUMP\n    Maximum Count = 1\n  END\nEND\n");
@@ -398,7 +401,7 @@ TEST(Perl, ReportsAShortWrite)
     EXPECT_EQ(runShell("$VELTOOL perl " + script + " > /dev/full").status, 2);
 }
 
-TEST(Perl, SaysWhenThereIsNoPerlSide)
+TEST(Perl, ReportsMissingPerlPackages)
 {
     const TemporaryFolder folder;
     const std::string script = folder.write("print.pl", "print 1;\n");

@@ -1,4 +1,4 @@
-// Processes that have a file open: a child of the test, and one of another user.
+// findHolders: finds a child process of the test, and a process of another user.
 #include "tools/veltool/ds/fileHolders.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ protected:
     }
     ~Holders() override { std::filesystem::remove_all(folder_); }
 
-    /// What a child process finds, as the bits of its exit status.
+    /// The exit status of a child process that runs `look`.
     template <typename Look>
     static int inChild(Look look)
     {
@@ -47,7 +47,7 @@ TEST_F(Holders, AreTheOtherProcessesThatHaveItOpen)
         GTEST_SKIP() << "this system does not show its processes";
     EXPECT_TRUE(findHolders(file_).holders.empty());
     const std::ifstream held(file_);
-    EXPECT_TRUE(findHolders(file_).holders.empty()) << "the process that asks does not count";
+    EXPECT_TRUE(findHolders(file_).holders.empty()) << "this process does not count";
     const long parent = getpid();
     EXPECT_EQ(inChild([&] {
                   close(STDIN_FILENO);
@@ -59,7 +59,7 @@ TEST_F(Holders, AreTheOtherProcessesThatHaveItOpen)
     EXPECT_TRUE(findHolders(file_ + "none").holders.empty());
 }
 
-/// A process of another user cannot be looked into: its user is named instead.
+/// The files of another user's process are hidden; the result has the user instead.
 TEST_F(Holders, ThatCannotBeSeenAreReportedByTheirUser)
 {
     if (geteuid() != 0)

@@ -1,4 +1,4 @@
-// Several programs that change one file at the same time.
+// Runs several programs that change one file at the same time.
 #include "tools/veltool/tests/ownRules.h"
 
 #include <chrono>
@@ -18,7 +18,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// A lock on a file, held by the test itself.
+/// A lock of a file, held by the test.
 class HeldLock
 {
 public:
@@ -62,9 +62,9 @@ private:
 class FileLockTest : public ::testing::Test
 {
 protected:
-    /// Starts the command while the test holds the lock of `a.vel`, waits until
-    /// the command waits, gives the name to a file with other bytes, as another
-    /// veltool would, and unlocks.
+    /// Starts the command while the test holds the lock of `a.vel`. When the command
+    /// waits for the lock, replaces the file by one with other bytes, as another
+    /// veltool would do, and unlocks.
     ToolRun runWhileReplaced(const Words &words, const std::string &bytes)
     {
         auto lock = std::make_unique<HeldLock>(folder_.path("a.vel"));

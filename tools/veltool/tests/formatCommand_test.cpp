@@ -1,4 +1,4 @@
-// veltool format as a user runs it: what it prints, checks, writes and refuses.
+// veltool format: its output, --check, writing files, and refusals.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 
 const char *const rough = "A:\r\n"
                           "B: b\r\n"
-                          "END # remark\r\n"
+                          "END # comment\r\n"
                           "x=one two three four\r\n"
                           "END\r\n";
 
@@ -77,8 +77,8 @@ TEST(Format, WritesNothingThatOnlyALibraryStates)
     EXPECT_EQ(runShell(setting + " $VELTOOL format --check " + file).status, 0);
 }
 
-// A block below /RULES in a file is data like any other, and changes no order.
-TEST(Format, TakesTheOrderFromTheLibrariesAlone)
+// A block below /RULES in a file is normal data and does not change the order.
+TEST(Format, TakesTheOrderFromTheLibrariesOnly)
 {
     const TemporaryFolder folder;
     folder.write("own.vel", "RULES:\n"
@@ -107,7 +107,7 @@ TEST(Format, TakesTheOrderFromTheLibrariesAlone)
     EXPECT_EQ(folder.read("a.vel"), expected);
 }
 
-TEST(Format, LeavesAByteOrderMarkOut)
+TEST(Format, RemovesAByteOrderMark)
 {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", "\xEF\xBB\xBFx = 1\n");
@@ -129,7 +129,7 @@ TEST(Format, WrapsToTheWidth)
     EXPECT_EQ(runTool({"format", "--width", "0", wide}).out, folder.read("wide.vel"));
 }
 
-TEST(Format, RefusesWidthsThatAreNone)
+TEST(Format, RefusesInvalidWidths)
 {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", "x = 1\n");
@@ -152,7 +152,7 @@ TEST(Format, ReplacesTheFileAndKeepsABackup)
     const ToolRun run = runTool({"format", "--in-place", file});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "veltool: " + file + ": 1 remark is not in the formatted text; " + file +
+    EXPECT_EQ(run.err, "veltool: " + file + ": 1 comment is not in the formatted text; " + file +
                            ".bak has it\n");
     EXPECT_EQ(folder.read("a.vel"), formatted);
     EXPECT_EQ(folder.read("a.vel.bak"), rough);
@@ -162,7 +162,7 @@ TEST(Format, ReplacesTheFileAndKeepsABackup)
     EXPECT_EQ(status.st_mode & 07777, 0640U);
 }
 
-TEST(Format, LeavesAFormattedFileAlone)
+TEST(Format, DoesNotChangeAFormattedFile)
 {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", formatted);
@@ -206,7 +206,7 @@ TEST(Format, WritingOntoItselfKeepsABackup)
     EXPECT_EQ(folder.read("a.vel.bak"), rough);
 }
 
-TEST(Format, AFileThatCannotBeWrittenStaysWhole)
+TEST(Format, AFileThatCannotBeWrittenDoesNotChange)
 {
     const TemporaryFolder folder;
     std::string text;

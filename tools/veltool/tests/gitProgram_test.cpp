@@ -1,4 +1,4 @@
-// Starting git: a script in its place raises the signals that this program ignores.
+// runGit, with a script in place of git that raises the signals that we ignore.
 #include "tools/veltool/git/gitProgram.h"
 
 #include "common/writeSignals.h"
@@ -16,7 +16,7 @@
 namespace veltool::test {
 namespace {
 
-// We ignore the signals of failed writes; a git that we start does not.
+// veltool ignores the signals of failed writes; git must not inherit that.
 TEST(GitProgram, HasTheDefaultActionsOfTheSignalsThatWeIgnore)
 {
     std::string folder = (std::filesystem::temp_directory_path() / "git_test_XXXXXX").string();

@@ -1,4 +1,4 @@
-// git-setup and git-diff, on real repositories with a home of their own.
+// veltool git-setup and git-diff, in real repositories and a separate home folder.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ protected:
         return runShell("cd '" + folder_.path() + "' && " + line);
     }
 
-    /// In the repository.
+    /// Runs a line in the repository.
     ToolRun git(const std::string &line) { return shell("cd case && " + line); }
 
     void commit(const std::string &text, const std::string &message)
@@ -98,7 +98,7 @@ TEST_F(GitTest, SetsUpOnceAndUndoes)
     EXPECT_EQ(git("$VELTOOL git-setup --undo").out, "");
 }
 
-TEST_F(GitTest, UndoLeavesNoEmptyFileBehind)
+TEST_F(GitTest, UndoRemovesAnEmptyFile)
 {
     EXPECT_EQ(git("$VELTOOL git-setup && $VELTOOL git-setup --undo").status, 0);
     EXPECT_FALSE(folder_.has("case/.gitattributes"));
@@ -147,10 +147,10 @@ TEST_F(GitTest, DiffShowsPaths)
     EXPECT_NE(text.out.find(" DOMAIN: Pipe\n"), std::string::npos) << text.out; // the hunk's header
     EXPECT_NE(text.out.find("+  Pressure = 2 [bar]  # more\n"), std::string::npos) << text.out;
 
-    folder_.write("case/pipe.vel", "# only a remark\n" + base);
-    const ToolRun remark = git("git diff");
-    EXPECT_EQ(remark.out.rfind(head, 0), 0U) << remark.out;
-    EXPECT_NE(remark.out.find("\n+# only a remark\n"), std::string::npos) << remark.out;
+    folder_.write("case/pipe.vel", "# only a comment\n" + base);
+    const ToolRun comment = git("git diff");
+    EXPECT_EQ(comment.out.rfind(head, 0), 0U) << comment.out;
+    EXPECT_NE(comment.out.find("\n+# only a comment\n"), std::string::npos) << comment.out;
 
     folder_.write("case/pipe.vel", "DOMAIN: Pipe\n");
     const ToolRun cut = git("git diff");
@@ -174,7 +174,7 @@ TEST_F(GitTest, DiffOfAContainerShowsItsData)
             .status,
         0);
     commit(base, "base");
-    // Without command data it is told by its datasets.
+    // Without command data, the list of datasets is compared.
     EXPECT_EQ(git("echo 4 | $VELTOOL ds write -- '-a b.res' More EVERY 0 INTR").status, 0);
     EXPECT_NE(git("git diff").out.find("\n+Y\tMore\t"), std::string::npos);
     folder_.write("case/x", base);
@@ -186,7 +186,7 @@ TEST_F(GitTest, DiffOfAContainerShowsItsData)
     const ToolRun run = git("git diff");
     EXPECT_NE(run.out.find("\n-  Kind = Fluid\n+  Kind = Solid\n"), std::string::npos)
         << run.out << run.err;
-    // A damaged one is no reason for git to stop.
+    // A damaged file must not stop git.
     folder_.write("case/-a b.res", "*INFO\nno more");
     EXPECT_EQ(git("git diff").status, 0);
 }
@@ -220,7 +220,7 @@ TEST_F(GitTest, LeavesAConflictToTheUser)
     EXPECT_EQ(git("git status --porcelain").out, "UU pipe.vel\n");
 }
 
-TEST_F(GitTest, WhatCannotBeReadIsMergedByLinesAndStaysAConflict)
+TEST_F(GitTest, AFileThatCannotBeReadIsMergedByLinesAndStaysAConflict)
 {
     branch(with(base, "Flow = 0.5", "Flow"), with(base, "Fluid", "Solid"));
     const ToolRun run = git("git merge -q --no-edit other");
@@ -230,7 +230,7 @@ TEST_F(GitTest, WhatCannotBeReadIsMergedByLinesAndStaysAConflict)
     EXPECT_EQ(git("git status --porcelain").out, "UU pipe.vel\n");
 }
 
-TEST_F(GitTest, NamesOfAnyKindAreNoHarm)
+TEST_F(GitTest, WorksWithAnyNames)
 {
     EXPECT_EQ(shell("mkdir -p \"100%A it's/bin\" && cp \"$VELTOOL\" \"100%A it's/bin\" && "
                     "git init -q \"it's a case\" && cd \"it's a case\" && "
@@ -250,7 +250,7 @@ TEST_F(GitTest, NamesOfAnyKindAreNoHarm)
         << run.out << run.err;
 }
 
-TEST(GitDiff, TakesWhatGitGives)
+TEST(GitDiff, AcceptsTheArgumentsOfGit)
 {
     const TemporaryFolder folder;
     const std::string a = folder.write("a", "x = 1\n");

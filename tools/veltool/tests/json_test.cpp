@@ -1,4 +1,4 @@
-// JSON texts, members and arrays, compared as they are printed.
+// JSON strings, members and arrays, compared with their exact text.
 #include "tools/veltool/support/json.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@ TEST(Json, EscapesTexts)
     EXPECT_EQ(jsonString("a\"b\\c\n\x01\xC3\xA4"), "\"a\\\"b\\\\c\\n\\u0001\xC3\xA4\"");
 }
 
-TEST(Json, AddsTheBytesOfATextThatIsNoUtf8)
+TEST(Json, AddsTheBytesOfATextThatIsNotUtf8)
 {
     EXPECT_EQ(jsonMember("value", "ok"), "\"value\":\"ok\"");
     EXPECT_EQ(jsonMember("value", "a\xFF"), "\"value\":\"a\xEF\xBF\xBD\",\"valueBytes\":\"61ff\"");
@@ -21,7 +21,7 @@ TEST(Json, AddsTheBytesOfATextThatIsNoUtf8)
     EXPECT_EQ(jsonMember("line", std::size_t{12}), "\"line\":12");
 }
 
-TEST(Json, PutsOneElementALine)
+TEST(Json, PutsEachElementOnItsOwnLine)
 {
     JsonArray none;
     EXPECT_EQ(none.end(), "[]\n");

@@ -8,7 +8,7 @@ namespace {
 
 TEST(Manual, ItsSamplesAreTrue)
 {
-    // As for a user who has set nothing: with the rules that ship.
+    // With the shipped rules, as for a user without own settings.
     EXPECT_GT(replaySamples("docs/veltool.md", "unset ZOT5_VEL_LIBSDIR ZOT5_VEL_LIBS; "
                                                "veltool() { \"$VELTOOL\" \"$@\"; }"),
               6);

@@ -1,4 +1,4 @@
-// merge: what becomes of the text of OURS, and what is in conflict.
+// veltool merge: the resulting text, and the conflicts.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <gtest/gtest.h>
@@ -59,7 +59,7 @@ void expectClean(const ToolRun &run, const std::string &result)
     EXPECT_EQ(run.status, 0);
 }
 
-TEST_F(MergeTest, TakesWhatTheirsChangedAndKeepsTheTextOfOurs)
+TEST_F(MergeTest, TakesChangesOfTheirsAndKeepsTheTextOfOurs)
 {
     const std::string ours = with(with(base, "Cooling", "Hot"), "Kind = Fluid", "Kind  =  Solid");
     expectClean(merge(ours, with(base, "0.5", "0.7")), with(ours, "0.5", "0.7"));
@@ -67,7 +67,7 @@ TEST_F(MergeTest, TakesWhatTheirsChangedAndKeepsTheTextOfOurs)
                 with(ours, "0.5   # as measured", "0.7 # corrected"));
 }
 
-// The mark is not data: it stays at the start if OURS has it, and nowhere else.
+// The mark is not data: the result has it only if OURS has it.
 TEST_F(MergeTest, AByteOrderMarkStaysAsOursHasIt)
 {
     const std::string mark = "\xEF\xBB\xBF";
@@ -84,8 +84,8 @@ TEST_F(MergeTest, AByteOrderMarkStaysAsOursHasIt)
               mark + "<<<<<<< ours\nx = 1\n=======\nx = 2\n>>>>>>> theirs\n");
 }
 
-// Without an empty comment the backslash would continue the line. The second
-// object is written from its data, because THEIRS states it in two blocks.
+// Without an empty comment, the backslash would continue the line. The second
+// object is written from its data because THEIRS has it in two blocks.
 TEST_F(MergeTest, AValueThatEndsInABackslashKeepsTheLineAfterIt)
 {
     const std::string from = "A:\n  x = 1 # one\n  y = 2\nEND\n";
@@ -98,12 +98,12 @@ TEST_F(MergeTest, AValueThatEndsInABackslashKeepsTheLineAfterIt)
         "A:\n  x = 1 # one\n  y = 3\nEND\nB:\n  p = C:\\ #\n  q = 1\nEND\n");
 }
 
-TEST_F(MergeTest, ARemarkOfOursStaysOnAChangedLine)
+TEST_F(MergeTest, ACommentOfOursStaysOnAChangedLine)
 {
     const std::string ours = with(base, "# as measured", "# by us");
     const ToolRun run = merge(ours, with(base, "0.5   # as measured", "0.7 # corrected"));
     EXPECT_EQ(run.out, with(ours, "0.5", "0.7"));
-    EXPECT_EQ(run.err, said("remarks of theirs that are not in the result: 1"));
+    EXPECT_EQ(run.err, said("1 comment of THEIRS is not in the result"));
     EXPECT_EQ(run.status, 0);
 }
 
@@ -114,7 +114,7 @@ TEST_F(MergeTest, WrapsAsOursDoes)
                 with(ours, "Outlet Side", "Outlet Side, Lid"));
 }
 
-TEST_F(MergeTest, AddsWhereTheirsHasItWithItsRemarks)
+TEST_F(MergeTest, AddsAtTheSamePlaceWithComments)
 {
     const std::string ours = with(base, "Fluid", "Solid");
     const std::string added = "  # A new one\n"
@@ -128,13 +128,13 @@ TEST_F(MergeTest, AddsWhereTheirsHasItWithItsRemarks)
     expectClean(merge(ours, base + "LAST:\nEND\n"), ours + "LAST:\nEND\n");
 }
 
-TEST_F(MergeTest, ARemarkThatOursHasDoesNotComeTwice)
+TEST_F(MergeTest, ACommentThatOursHasIsNotRepeated)
 {
     const std::string ours = with(base, "Fluid", "Solid");
     expectClean(merge(ours, with(base, "DOMAIN", "TITLE:\nEND\nDOMAIN")), ours + "TITLE:\nEND\n");
 }
 
-TEST_F(MergeTest, TakesOutWhatTheirsDeletedInEveryPlace)
+TEST_F(MergeTest, RemovesEveryPlaceThatTheirsDeleted)
 {
     const std::string twice = "A: x\n  p = 1\n  q = 1\nEND\nA: x\n  p = 2 # again\nEND\nb = 1\n";
     expectClean(merge(with(twice, "b = 1", "b = 2"),
@@ -184,7 +184,7 @@ TEST_F(MergeTest, AddedDifferentlyIsAConflict)
 {
     const ToolRun run = merge("a = 1\nx = 1\n", "x = 2\na = 1\n", "a = 1\n");
     EXPECT_EQ(run.out, "a = 1\n<<<<<<< ours\nx = 1\n=======\nx = 2\n>>>>>>> theirs\n");
-    EXPECT_EQ(run.err, said("/x: added on both sides, not the same"));
+    EXPECT_EQ(run.err, said("/x: added on both sides, with different contents"));
     EXPECT_EQ(run.status, 1);
 }
 
@@ -207,7 +207,7 @@ TEST_F(MergeTest, DeletedHereAndChangedThereIsAConflict)
     EXPECT_EQ(oursDeleted.status, 1);
 }
 
-TEST_F(MergeTest, WhatBothDeletedInPartOrAltogetherIsGone)
+TEST_F(MergeTest, AnObjectThatBothDeletedInPartOrWhollyIsDeleted)
 {
     const std::string part = with(base, "    Kind = Outlet\n", "");
     const std::string all = with(base, outlet, "");
@@ -224,7 +224,7 @@ TEST_F(MergeTest, AParameterHereAndASingletonThereIsAConflict)
                 "a = 2\nX:\n  y = 1\nEND\n");
 }
 
-TEST_F(MergeTest, NoReaderTakesAConflict)
+TEST_F(MergeTest, EveryReaderRefusesAConflict)
 {
     const std::string file = folder_.write("conflict", merge("x = 1\n", "x = 2\n", "x = 0\n").out);
     const ToolRun run = runTool({"get", file, "/x"});
@@ -234,15 +234,16 @@ TEST_F(MergeTest, NoReaderTakesAConflict)
                            "delete the marker lines\n");
 }
 
-TEST_F(MergeTest, WhatCannotBeEditedSafelyIsOneConflict)
+TEST_F(MergeTest, AFileThatCannotBeEditedSafelyIsOneConflict)
 {
-    // What stands behind the last line would continue it.
+    // A statement after the last line would become part of it.
     const std::string ours = "z = 2\nw = 1 \\\n";
     const std::string theirs = "y = 1\nz = 1\n";
     const ToolRun run = merge(ours, theirs, "z = 1\n");
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out, "<<<<<<< ours\n" + ours + "=======\n" + theirs + ">>>>>>> theirs\n");
-    EXPECT_EQ(run.err, said("cannot be merged statement by statement; all of it is in conflict"));
+    EXPECT_EQ(run.err,
+              said("cannot be merged statement by statement; the whole file is one conflict"));
 }
 
 TEST_F(MergeTest, KeepsLineEndsAndAMissingLastOne)
@@ -336,7 +337,7 @@ TEST_F(MergeTest, SurvivesTruncationAndDamage)
     }
 }
 
-TEST_F(MergeTest, AShortWriteAndMisuseAreFailures)
+TEST_F(MergeTest, AShortWriteAndUsageErrorsAreFailures)
 {
     const std::string b = folder_.write("b", "x = 1\n");
     const std::string all = b + ' ' + b + ' ' + b;

@@ -1,5 +1,5 @@
-// merge on random versions of random files, held against a plain model: the
-// values by path.
+// Compares veltool merge with a simple model (values by path) on random versions of
+// random files.
 #include "tools/veltool/tests/toolRun.h"
 #include "veltext/tests/randomText.h"
 
@@ -25,10 +25,10 @@ struct Model
     std::map<std::string, Model> objects; ///< by their headers
 };
 
-/// What stands at each path; an object has no value.
+/// The value at each path; an object has no value.
 using Paths = std::map<std::string, std::optional<std::string>>;
 
-/// Texts put together.
+/// Concatenates texts.
 std::string joined(std::initializer_list<std::string_view> parts)
 {
     std::string all;
@@ -107,7 +107,7 @@ public:
         for (const auto &[header, object] : model.objects) {
             std::string block =
                 joined({indent, header, "\n", text(object, depth + 1), indent, "END\n"});
-            // Blocks that are opened twice, the second time for nothing new.
+            // Opens the block a second time, without contents.
             if (oneIn(6))
                 block += joined({indent, header, " # once more\n", indent, "END\n"});
             parts.push_back(std::move(block));
@@ -115,7 +115,7 @@ public:
         std::shuffle(parts.begin(), parts.end(), random_);
         std::string all;
         for (const std::string &part : parts)
-            all += joined({oneIn(5) ? indent + "# remark 1\n" : "", oneIn(8) ? "\n" : "", part});
+            all += joined({oneIn(5) ? indent + "# comment 1\n" : "", oneIn(8) ? "\n" : "", part});
         return all;
     }
 
@@ -147,7 +147,7 @@ private:
 
     std::string name() { return std::string("p") + static_cast<char>('a' + below(5)); }
 
-    /// A parameter may have the name of a singleton, seldom.
+    /// In rare cases a singleton has the name of a parameter.
     std::string header()
     {
         const std::string type =
@@ -164,7 +164,7 @@ private:
     std::mt19937 random_;
 };
 
-/// A parameter and a singleton at one path cannot be in one file.
+/// Whether no parameter and singleton have the same path, which a file cannot have.
 bool isPossible(const Model &model)
 {
     return std::all_of(model.objects.begin(), model.objects.end(), [&](const auto &object) {
@@ -199,7 +199,7 @@ bool hasOrphan(const Paths &paths)
     });
 }
 
-/// The merge by the book; nothing where there is a conflict.
+/// The merge by its definition; nothing if there is a conflict.
 std::optional<Paths> merged(const Paths &base, const Paths &ours, const Paths &theirs)
 {
     Paths result;
@@ -218,7 +218,7 @@ std::optional<Paths> merged(const Paths &base, const Paths &ours, const Paths &t
     return result;
 }
 
-/// What veltool reads in a text.
+/// The paths and values that veltool reads from a text.
 Paths readPaths(const TemporaryFolder &folder, const std::string &text)
 {
     const ToolRun run =
@@ -316,7 +316,7 @@ TEST_P(MergeProperty, HoldsOnRandomEdits)
     EXPECT_GT(clean + conflicting, 2);
 }
 
-/// The text with some lines left out, doubled or exchanged.
+/// The text with some lines removed, repeated or changed.
 std::string shuffled(const std::string &text, RandomCase *random)
 {
     std::vector<std::string> lines;
@@ -344,8 +344,8 @@ bool isReadable(const TemporaryFolder &folder, const std::string &text)
     return runTool({"tree", folder.write("tried", text)}).status == 0;
 }
 
-// Every style of the language: &replace, blocks opened again, lines joined in
-// the middle of words. What cannot be edited safely may be one conflict.
+// Uses every style of the language: &replace, blocks opened again, lines continued
+// inside words. A file that cannot be edited safely may become one conflict.
 TEST_P(MergeProperty, HoldsInEveryStyle)
 {
     RandomText texts(GetParam());

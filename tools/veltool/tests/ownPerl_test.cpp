@@ -1,4 +1,4 @@
-// A Perl side of the user's own that gives only texts, as the bridge asks for them.
+// Runs veltool with Perl packages of the user that return only texts.
 #include "tools/veltool/tests/ownRules.h"
 
 #include <gtest/gtest.h>

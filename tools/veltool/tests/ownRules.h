@@ -1,4 +1,4 @@
-// A rule library of a test's own, which the programs that it runs use.
+// A rule library for the programs that a test runs.
 #pragma once
 
 #include "tools/veltool/tests/toolRun.h"
@@ -8,7 +8,7 @@
 
 namespace veltool::test {
 
-/// Names a library in the environment, and the former ones again at the end.
+/// Sets the library in the environment; the destructor restores the former settings.
 class OwnRules
 {
 public:

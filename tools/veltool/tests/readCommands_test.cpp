@@ -1,4 +1,4 @@
-// tree, get and find.
+// veltool tree, get and find: their output and their exit statuses.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <nlohmann/json.hpp>
@@ -12,7 +12,7 @@ namespace {
 
 const char *const sample = "FLOW:\n"
                            "  DOMAIN: Duct\n"
-                           "    Option = Fluid # remark\n"
+                           "    Option = Fluid # comment\n"
                            "    Location = B1, \\\n"
                            "      B2\n"
                            "    M\xC3\xBC = M\xC3\x9CHLE\n"
@@ -119,7 +119,7 @@ TEST(Get, ReadsStandardInput)
     }
 }
 
-TEST(Get, SaysWhatIsNoParameter)
+TEST(Get, ReportsAPathThatIsNotAParameter)
 {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", sampleText());
@@ -130,7 +130,8 @@ TEST(Get, SaysWhatIsNoParameter)
               "veltool: " + file + ": getStringValue: value \"/FLOW/No\" does not exist\n");
     const ToolRun object = runTool({"get", file, "/FLOW"});
     EXPECT_EQ(object.status, 2);
-    EXPECT_EQ(object.err, "veltool: " + file + ": /FLOW is an object; veltool tree shows it\n");
+    EXPECT_EQ(object.err,
+              "veltool: " + file + ": /FLOW is an object; use veltool tree to show it\n");
 }
 
 TEST(Find, SearchesNamesPathsAndValuesWithoutCase)
@@ -148,14 +149,14 @@ TEST(Find, SearchesNamesPathsAndValuesWithoutCase)
                   ":6: /FLOW/DOMAIN:Duct/Mill = M\xC3\x9CHLE\n");
 }
 
-TEST(Find, GivesStatusOneWithoutAHit)
+TEST(Find, ReturnsOneWithoutAMatch)
 {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", sampleText());
-    const ToolRun run = runTool({"find", file, "remark"});
-    EXPECT_EQ(run.status, 1) << "a remark is no data";
+    const ToolRun run = runTool({"find", file, "comment"});
+    EXPECT_EQ(run.status, 1) << "a comment is not data";
     EXPECT_EQ(run.out + run.err, "");
-    EXPECT_EQ(runTool({"find", "--json", file, "remark"}).out, "[]\n");
+    EXPECT_EQ(runTool({"find", "--json", file, "comment"}).out, "[]\n");
 }
 
 TEST(Find, GivesAJsonArrayOverAllFiles)
@@ -165,20 +166,20 @@ TEST(Find, GivesAJsonArrayOverAllFiles)
     const std::string two = folder.write("two.vel", "\n\ny = \xFF"
                                                     "1\n");
     const ToolRun run = runTool({"find", "--json", one, two, "1"});
-    const auto hits = nlohmann::json::parse(run.out);
-    ASSERT_EQ(hits.size(), 2U);
-    EXPECT_EQ(hits[0]["line"], 1);
-    EXPECT_EQ(hits[0]["path"], "/x");
-    EXPECT_EQ(hits[0]["value"], "1");
-    EXPECT_TRUE(hits[0].contains("fileBytes"));
-    EXPECT_EQ(hits[1]["file"], two);
-    EXPECT_EQ(hits[1]["line"], 3);
-    EXPECT_EQ(hits[1]["valueBytes"], "ff31");
+    const auto matches = nlohmann::json::parse(run.out);
+    ASSERT_EQ(matches.size(), 2U);
+    EXPECT_EQ(matches[0]["line"], 1);
+    EXPECT_EQ(matches[0]["path"], "/x");
+    EXPECT_EQ(matches[0]["value"], "1");
+    EXPECT_TRUE(matches[0].contains("fileBytes"));
+    EXPECT_EQ(matches[1]["file"], two);
+    EXPECT_EQ(matches[1]["line"], 3);
+    EXPECT_EQ(matches[1]["valueBytes"], "ff31");
     const auto object = nlohmann::json::parse(runTool({"find", "--json", one, "A"}).out);
     EXPECT_TRUE(object[0]["value"].is_null());
 }
 
-TEST(Find, GoesOnAfterAFileThatFails)
+TEST(Find, ContinuesAfterAFileThatFails)
 {
     const TemporaryFolder folder;
     const std::string good = folder.write("good.vel", "x = 1\n");
@@ -192,7 +193,7 @@ TEST(Find, GoesOnAfterAFileThatFails)
                            bad + ":2: parseVELLineH: syntax error near \"no sense\"\n");
 }
 
-TEST(Looking, NeedsNoPerl)
+TEST(Reading, NeedsNoPerl)
 {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", "x = 1\n");
@@ -237,8 +238,9 @@ TEST(Get, PrintsTheValueOfManyFiles)
 std::string found(const std::string &file, const std::string &text)
 {
     std::string paths;
-    for (const auto &hit : nlohmann::json::parse(runTool({"find", "--json", file, "--", text}).out))
-        paths += hit["path"].get<std::string>() + ' ';
+    for (const auto &match :
+         nlohmann::json::parse(runTool({"find", "--json", file, "--", text}).out))
+        paths += match["path"].get<std::string>() + ' ';
     return paths;
 }
 
@@ -249,7 +251,7 @@ TEST(Find, TakesWildcards)
         folder.write("a.vel", "Pressure = 2 * p\nSpeed = 2 p\nMass = M\xC3\xBChle ?\n");
     EXPECT_EQ(found(file, "p*re"), "/Pressure ");
     EXPECT_EQ(found(file, "2*P"), "/Pressure /Speed ");
-    EXPECT_EQ(found(file, "2 * p"), "/Pressure ") << "as it stands";
+    EXPECT_EQ(found(file, "2 * p"), "/Pressure ") << "blanks around the star";
     EXPECT_EQ(found(file, "s?eed"), "/Speed ");
     EXPECT_EQ(found(file, "M?HLE ?"), "/Mass ") << "one character of two bytes";
     EXPECT_EQ(found(file, "*"), "/Pressure /Speed /Mass ");

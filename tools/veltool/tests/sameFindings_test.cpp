@@ -1,5 +1,5 @@
-// One bad file gives the same findings, word by word, in veltool check, in the
-// editor (which shows what the bridge says) and in Perl.
+// Checks that one bad file gives exactly the same findings in veltool check, in the
+// editor (through the bridge) and in Perl.
 #include "tools/veltool/tests/toolRun.h"
 #include "velparser/api/velparser.h"
 
@@ -26,7 +26,7 @@ std::vector<std::string> linesOf(const std::string &text)
     return lines;
 }
 
-/// Without "FILE:LINE: ".
+/// The findings of veltool check, without "FILE:LINE: ".
 std::vector<std::string> fromTool()
 {
     const ToolRun run = runTool({"check", mistakes()});
@@ -42,7 +42,7 @@ std::vector<std::string> fromTool()
     return lines;
 }
 
-/// The calls that the editor makes when it opens a file.
+/// The findings after the calls that the editor makes when it opens a file.
 std::vector<std::string> fromEditor()
 {
     EXPECT_STREQ(velparser::readVELLibraries(), nullptr);
@@ -54,7 +54,7 @@ std::vector<std::string> fromEditor()
     return linesOf(findings ? findings : "");
 }
 
-/// The packages under the system's perl, object by object.
+/// The findings of the packages under the system's perl, object by object.
 std::vector<std::string> fromPerl()
 {
     const TemporaryFolder folder;

@@ -1,4 +1,4 @@
-// Runs programs with their output in files of a new folder.
+// Runs programs and reads their output from files in a new folder.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <algorithm>
@@ -127,9 +127,9 @@ bool hasTerminals()
         return false;
     }
     const char *name = ::unlockpt(master) == 0 ? ::ptsname(master) : nullptr;
-    const bool stands = name != nullptr && ::access(name, R_OK | W_OK) == 0;
+    const bool exists = name != nullptr && ::access(name, R_OK | W_OK) == 0;
     ::close(master);
-    return stands;
+    return exists;
 }
 
 } // namespace veltool::test

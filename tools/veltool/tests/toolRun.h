@@ -1,4 +1,4 @@
-// Running the built veltool the way a shell does, and folders to run it in.
+// Runs the built veltool as a shell does, and creates folders for it.
 #pragma once
 
 #include <filesystem>
@@ -7,15 +7,15 @@
 
 namespace veltool::test {
 
-/// What a finished program left behind.
+/// The result of a finished program.
 struct ToolRun
 {
-    int status = -1; ///< 128 + signal for one that a signal ended
+    int status = -1; ///< 128 + signal if a signal ended it
     std::string out;
     std::string err;
 };
 
-/// A new folder, gone with the object.
+/// A new folder; the destructor removes it.
 class TemporaryFolder
 {
 public:
@@ -25,7 +25,7 @@ public:
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
 
     [[nodiscard]] std::string path(const std::string &name = {}) const;
-    /// Writes a file and gives its path.
+    /// Writes a file and returns its path.
     std::string write(const std::string &name, const std::string &bytes) const;
     [[nodiscard]] std::string read(const std::string &name) const;
     [[nodiscard]] bool has(const std::string &name) const;
@@ -39,10 +39,10 @@ private:
 /// Runs veltool with these words; `input` is its standard input.
 [[nodiscard]] ToolRun runTool(const std::vector<std::string> &words, const std::string &input = {});
 
-/// Runs a line in the shell, with $VELTOOL naming the program.
+/// Runs a line in the shell; $VELTOOL is the path of the program.
 [[nodiscard]] ToolRun runShell(const std::string &line);
 
-/// Whether this machine gives pseudo-terminals; a bare root may have none.
+/// Whether this machine has pseudo-terminals; a minimal root may not have them.
 [[nodiscard]] bool hasTerminals();
 
 } // namespace veltool::test

@@ -1,4 +1,4 @@
-// upgrade: the changes listed, and made in the text as its author wrote it.
+// veltool upgrade: lists the changes, and makes them in the author's text.
 #include "tools/veltool/tests/ownRules.h"
 
 #include <nlohmann/json.hpp>
@@ -143,8 +143,8 @@ TEST_F(UpgradeTest, ChangesOnlyTheLinesThatItMust)
     EXPECT_EQ(folder_.read("old.vel.bak"), oldText) << "not touched again";
 }
 
-// Renamed in its first word only it was another object: the block was written
-// anew at the end, without its remarks.
+// If only the first word were renamed, it would be another object, and the block
+// would be written again at the end, without its comments.
 TEST_F(UpgradeTest, KeepsTheBlockOfASingletonThatIsWrittenWithTwoWords)
 {
     const std::string file = folder_.write("old.vel", "PIPE : PIPE # pipe\n"
@@ -154,7 +154,7 @@ TEST_F(UpgradeTest, KeepsTheBlockOfASingletonThatIsWrittenWithTwoWords)
                                                       "x = 1\n");
     const ToolRun run = runTool({"upgrade", file});
     EXPECT_EQ(run.status, 0);
-    // No line for what no object of the file stands above.
+    // There is no line for /LANGUAGE/Version: the file has no object above it.
     EXPECT_EQ(run.out, file + ":1: /PIPE: renamed to LINE\n" + file +
                            ":1: /LINE/Wall: added with the value \"Smooth\"\n" + file +
                            ":0: /LANGUAGE/Version: set to 2\n");
@@ -194,7 +194,7 @@ std::string moveStep(const std::string &type, const std::string &name, const std
                                        "\nNew Name = " + newName + '\n');
 }
 
-TEST(UpgradeRemarks, FollowWhatMovesAndIsRenamedBehind)
+TEST(UpgradeComments, FollowParametersThatMoveAndAreRenamedAfterwards)
 {
     const std::string rules =
         "RULES:\n  Language Version = 2\n  OBJECT: PUMP\n    Free Parameters = Yes\n  END\n"
@@ -244,7 +244,7 @@ TEST_F(UpgradeTest, GivesJsonOverManyFiles)
     EXPECT_TRUE(folder_.has("old.vel.bak"));
 }
 
-TEST_F(UpgradeTest, RefusesWhatItCannotEdit)
+TEST_F(UpgradeTest, RefusesContainersAndStandardInput)
 {
     const std::string container = folder_.write("a.res", "*INFO\n                   0\n*ENDINFO\n");
     const ToolRun run = runTool({"upgrade", container});
@@ -253,7 +253,7 @@ TEST_F(UpgradeTest, RefusesWhatItCannotEdit)
     const ToolRun standard = runTool({"upgrade", "-"}, oldText);
     EXPECT_EQ(standard.status, 2);
     EXPECT_EQ(standard.out, "");
-    EXPECT_EQ(standard.err, "veltool: standard input cannot be edited in place\n");
+    EXPECT_EQ(standard.err, "veltool: cannot edit standard input in place; name a file\n");
 }
 
 TEST(Upgrade, BringsTheShippedExampleUpToDate)
@@ -268,7 +268,7 @@ TEST(Upgrade, BringsTheShippedExampleUpToDate)
     EXPECT_EQ(runShell(libraries + "$VELTOOL upgrade --dry-run " + file).status, 0);
     const ToolRun check = runShell(libraries + "$VELTOOL check " + file);
     EXPECT_EQ(check.out + check.err, "");
-    // Every remark outside what was removed is still there.
+    // Every comment outside the removed statements still exists.
     std::istringstream lines(text.str());
     for (std::string line; std::getline(lines, line);) {
         if (line.find('#') != std::string::npos) {

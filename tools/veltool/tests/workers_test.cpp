@@ -1,4 +1,4 @@
-// Work spread over processes: order, statuses, and workers that die.
+// workOnFiles with several processes: order, statuses, and workers that die.
 #include "tools/veltool/support/workers.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ FileResult failed(const std::string & /*file*/, const Failure &failure)
     return {failure.status(), {}, messageLine(failure.message())};
 }
 
-/// Everything printed, in order, and the status.
+/// All output in order, and the status.
 std::string run(const std::vector<std::string> &files, std::size_t jobs, const FileWork &work)
 {
     std::string text;
@@ -43,7 +43,7 @@ TEST(Workers, KeepTheOrderOfTheFiles)
     EXPECT_EQ(run({}, 2, name), "0");
 }
 
-TEST(Workers, HandOverLongTexts)
+TEST(Workers, PassLongTexts)
 {
     const std::string longText(1'000'000, 'x');
     EXPECT_EQ(run({"a", "b"}, 2,
@@ -53,7 +53,7 @@ TEST(Workers, HandOverLongTexts)
               longText + longText + '0');
 }
 
-TEST(Workers, DieWithOneFileOnly)
+TEST(Workers, DieWithTheirCurrentFileOnly)
 {
     const pid_t own = getpid();
     const auto work = [&](const std::string &file) {
@@ -62,13 +62,14 @@ TEST(Workers, DieWithOneFileOnly)
         return name(file);
     };
     EXPECT_EQ(run({"a", "deadly", "b", "c"}, 2, work),
-              "a\nveltool: deadly: its worker process died\nb\nc\n2");
-    EXPECT_EQ(run({"deadly", "deadly", "a"}, 2, work), "veltool: deadly: its worker process died\n"
-                                                       "veltool: deadly: its worker process died\n"
-                                                       "veltool: a: its worker process died\n2");
+              "a\nveltool: deadly: its worker process ended unexpectedly; try --jobs 1\nb\nc\n2");
+    EXPECT_EQ(run({"deadly", "deadly", "a"}, 2, work),
+              "veltool: deadly: its worker process ended unexpectedly; try --jobs 1\n"
+              "veltool: deadly: its worker process ended unexpectedly; try --jobs 1\n"
+              "veltool: a: its worker process ended unexpectedly; try --jobs 1\n2");
 }
 
-TEST(Workers, EndWithTheOneThatPrints)
+TEST(Workers, EndIfThePrintingFails)
 {
     const auto work = [](const std::string &file) { return name(file); };
     EXPECT_THROW((void)workOnFiles(std::vector<std::string>(50, "slow"), 2, work, failed,
@@ -76,7 +77,7 @@ TEST(Workers, EndWithTheOneThatPrints)
                  Failure);
 }
 
-TEST(Jobs, AreANumberFromOneUp)
+TEST(Jobs, AreANumberOfOneOrMore)
 {
     EXPECT_EQ(parseJobs("1"), 1U);
     EXPECT_EQ(parseJobs("64"), 64U);
