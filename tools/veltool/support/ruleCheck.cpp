@@ -192,7 +192,8 @@ std::vector<velparser::RuleField> RuleCheck::explain(const veltext::SourceText &
 std::vector<Finding> findRuleFaults(const std::vector<veltext::SourceText> &libraries)
 {
     requirePerlPackages();
-    // None are read from files: the reading also tells the faults of what is there.
+    // Reading libraries also reports mistakes in rules that are already loaded. So the
+    // session starts without library files, and reads again after these are loaded.
     velparser::Session session({.libraries = velparser::LibraryNames{}});
     (void)readLibrariesInto(session);
     for (const veltext::SourceText &library : libraries)
