@@ -1,8 +1,7 @@
 #!/bin/sh
-# Checks the form of the code and finds common mistakes: clang-format, clang-tidy,
-# shellcheck, the layers, words and documents (check-*). ./dev lint calls it from
-# the root of the tree, after it has built build/. With a revision, it checks only
-# files that differ from it.
+# Checks form and common mistakes: clang-format, clang-tidy, shellcheck,
+# perlcritic and the checks beside this script. Called by ./dev lint from the root of the
+# tree, with build/ built; with a revision, only files that differ from it.
 set -eu
 
 status=0
@@ -31,13 +30,15 @@ if [ -s "$work/sources" ]; then
     xargs -d '\n' clang-format --dry-run -Werror <"$work/sources" || finding "clang-format -i fixes these"
 fi
 
-# clang-tidy checks the sources that the build compiles, and their headers.
+# clang-tidy takes what the build compiles, but for GCC's precompiled headers,
+# which it cannot read; headers come with their sources.
+sed 's/ -Winvalid-pch -include [^ ]*//' build/compile_commands.json >"$work/compile_commands.json"
 sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/compile_commands.json |
     sed "s|^$(pwd -P)/||" | sort -u >"$work/compiled"
 comm -12 "$work/sources" "$work/compiled" >"$work/tidy"
 if [ -s "$work/tidy" ]; then
-    # Leave out the lines that only count suppressed warnings of system headers.
-    xargs -d '\n' -n 1 -P "$jobs" clang-tidy -p build --quiet <"$work/tidy" 2>"$work/tidy.errors" ||
+    # What a file would say about system headers is only counted: left out.
+    xargs -d '\n' -n 1 -P "$jobs" clang-tidy -p "$work" --quiet <"$work/tidy" 2>"$work/tidy.errors" ||
         finding "clang-tidy has findings"
     grep -vE '^[0-9]+ (warnings?|errors?).*generated|^Suppressed|^Use -header-filter' \
         "$work/tidy.errors" >&2 || true
@@ -61,8 +62,9 @@ if [ -s "$work/perl" ]; then
         finding "perlcritic has findings"
 fi
 
-tools/lint/check-layers || finding "check-layers has findings"
-tools/lint/check-documents || finding "check-documents has findings"
+for check in tools/lint/check-*; do
+    "$check" || finding "$check has findings"
+done
 
 [ "$status" -ne 0 ] || printf 'lint: %s sources, %s scripts: no findings\n' \
     "$(wc -l <"$work/sources")" "$(wc -l <"$work/scripts")"
