@@ -55,7 +55,7 @@ my @FIELDS = (
     { name => 'Inherits', kinds => ['OBJECT'], type => 'rule', element => 'inherits', own => 1,
         meaning => 'another rule, `OBJECT:OTHER` or `SINGLETON:OTHER`' },
     { name => 'Parents', kinds => ['OBJECT'], type => 'places', silent => 'anywhere', element => 'parents',
-        meaning => 'types it may stand in; `/` is the top level' },
+        meaning => 'types that may contain it; `/` is the top level' },
     { name => 'Required Parameters', kinds => [qw(OBJECT CASE)], type => 'names', default => '',
         silent => 'none', element => 'required', meaning => 'parameters that must be there' },
     { name => 'Optional Parameters', kinds => [qw(OBJECT CASE)], type => 'names', default => '',
