@@ -1,3 +1,4 @@
+// Warning boxes and the wait cursor of the help client.
 #include "help/HelpScreen.h"
 
 #include <QApplication>

@@ -1,5 +1,5 @@
-// What the help client shows on the screen of the program that uses it: one
-// kind of message box, and the wait cursor. Both do without an application
+// What the help client shows on the screen of the program that uses it: a
+// warning box and the wait cursor. Both also work without an application
 // object. GUI thread only.
 #pragma once
 
@@ -11,7 +11,7 @@ namespace velEditor {
 /// application object the text goes to the error stream.
 void showHelpWarning(const std::string &title, const std::string &text);
 
-/// The wait cursor while an object of this class lives.
+/// Shows the wait cursor as long as the object exists.
 class HelpWaitCursor
 {
 public:

@@ -1,3 +1,4 @@
+// Starts the viewer, connects to it and writes the commands.
 #include "help/JavaHelpServer.h"
 
 #include "common/error.h"
@@ -19,20 +20,18 @@ namespace {
 
 const bool helpDebugging = helpIsDebugged();
 
-/// Where the viewer is, seen from the help directory.
+/// The path of the viewer, relative to the help directory.
 constexpr char viewerSuffix[] = "\\..\\..\\HelpViewer\\OMBRAHelpViewer.exe";
 
-/// The viewer's greeting is its port number and fits into this, with room for
-/// an end mark.
+/// Bytes that the viewer's greeting, its port number, may have, end mark included.
 constexpr std::size_t greetingSize = 20;
-/// A viewer prints its port before anything that takes time; one that is silent
-/// for so long is not going to.
+/// A viewer prints its port first. After this time without output it has failed.
 constexpr std::chrono::seconds greetingLimit(20);
 constexpr int connectAttempts = 5;
 
 constexpr int standardOutput = 1;
 
-/// One line of the talk with the viewer, for whoever looks into it.
+/// Prints one step of the communication with the viewer, for debugging.
 void trace(const std::string &line)
 {
     if (helpDebugging) {
@@ -52,7 +51,8 @@ std::string applicationCode(const std::string &application)
     std::exit(-1);
 }
 
-/// The number that a text begins with, in C's notations, if it can be a port.
+/// The number at the start of a text (decimal, octal or hexadecimal as in C), if
+/// it can be a port.
 std::optional<unsigned short> parsePort(const std::string &text)
 {
     char *end = nullptr;
@@ -92,8 +92,8 @@ JavaHelpServer::~JavaHelpServer()
     JavaHelpServer::disconnect();
 }
 
-// The suffix is written for the platform of origin. Elsewhere it is the name of
-// a single file, which may exist, but most likely means a path.
+// The suffix has back-slashes. On this platform that is the name of one file,
+// which may exist; otherwise they are path separators.
 std::string JavaHelpServer::viewerPath() const
 {
     std::string path = helpDirectory_ + viewerSuffix;
@@ -196,7 +196,7 @@ void JavaHelpServer::send(const std::string &text)
     socket_->socketSend(text.data(), text.size());
 }
 
-// A viewer that cannot be told to quit has gone already: nothing to report.
+// If "QUIT" cannot be sent, the viewer has already ended: nothing to report.
 void JavaHelpServer::disconnect()
 {
     if (socket_ == nullptr)

@@ -1,11 +1,11 @@
-// The client of the help viewer: starts it on first use and tells it which
-// topics to show, one line of text a command (docs/help-protocol.md).
+// The client of the help viewer. It starts the viewer on first use and sends it
+// the topics to show, one line of text per command (docs/help-protocol.md).
 //
-// One viewer and one connection serve all requests. A viewer that has gone is
-// noticed by the next request, which reports it and fails; the one after that
-// starts a new viewer. Nothing here raises except `send`: failures are shown in
-// a warning box. GUI thread only; a request blocks, under the wait cursor,
-// while the viewer starts and until it has taken what is sent.
+// One viewer and one connection serve all requests. If the viewer has ended, the
+// next request reports that and fails; the request after it starts a new viewer.
+// Only `send` raises; all other failures are shown in a warning box. GUI thread
+// only. A request blocks, with the wait cursor, until the viewer has started and
+// has received the command.
 #pragma once
 
 #include <functional>
@@ -21,16 +21,15 @@ class Socket;
 class JavaHelpServer
 {
 public:
-    /// Kinds of help, as `showHelp` takes them; any other number is regular.
+    /// Kinds of help for `showHelp`; any other number means regular help.
     enum Kind { Pdf = 0, PlatformHelp = 1, RegularHelp = 2 };
 
-    /// Takes the title and the text of a warning.
+    /// Receives the title and the text of a warning.
     using Warning = std::function<void(const std::string &, const std::string &)>;
 
-    /// `application` names the program; only "DEFEditor" is known. Any other
-    /// name ends the process with status −1, after a message on the error
-    /// stream. Reads ZOT_HELP_DIR, KOA_TEST_HELP_DIR (which overrides it),
-    /// ZOT5MONO and QRP_LOCALE150.
+    /// `application` is the name of the program; only "DEFEditor" is known. Any
+    /// other name ends the process with status −1, after a message on the error
+    /// stream. Reads the environment (`readHelpEnvironment`).
     explicit JavaHelpServer(const std::string &application);
 
     /// Disconnects.
@@ -42,11 +41,10 @@ public:
     /// Starts the viewer and connects to it; does nothing while connected.
     virtual void start();
 
-    /// Sends "QUIT\n", as far as anyone is there to take it, and drops the
-    /// connection.
+    /// Sends "QUIT\n" if the viewer still runs, and closes the connection.
     virtual void disconnect();
 
-    /// Shows a topic. An empty topic leaves the choice to the viewer; `section`
+    /// Shows a topic. With an empty topic the viewer chooses the page; `section`
     /// may be empty.
     virtual void showHelp(const std::string &topic, const std::string &section, int kind);
 
@@ -55,22 +53,21 @@ public:
     virtual void send(const std::string &text);
 
     [[nodiscard]] bool isConnected() const { return socket_ != nullptr; }
-    /// The port of the viewer last connected to, 0 before.
+    /// The port of the last connection, 0 before the first one.
     [[nodiscard]] int port() const { return port_; }
 
-    /// Has warnings handed to a function instead of being shown in a box of
-    /// this library.
+    /// Passes warnings to a function instead of showing them in a box.
     void setWarning(Warning warning) { warning_ = std::move(warning); }
 
 private:
     [[nodiscard]] std::string viewerPath() const;
     [[nodiscard]] std::vector<std::string> commandLine() const;
-    /// What the viewer says of itself when it has been started.
+    /// What the viewer prints when it has started.
     struct Greeting
     {
         bool started = false;
-        std::string text;     ///< its first words
-        bool tooLong = false; ///< it said more than a port number
+        std::string text;     ///< the beginning of its output
+        bool tooLong = false; ///< it printed more than a port number
     };
     [[nodiscard]] Greeting startViewer();
     void connectTo(unsigned short port);
@@ -80,13 +77,13 @@ private:
 
     std::string helpDirectory_;
     std::string language_;
-    std::string runtime_; ///< runs the viewer; empty: it runs by itself
+    std::string runtime_; ///< program that runs the viewer; empty: none is needed
     int port_ = 0;
     std::unique_ptr<Socket> socket_; ///< null while not connected
-    std::string applicationCode_;    ///< the namespace of this program's topics
+    std::string applicationCode_;    ///< prefix of this program's topics
 
-    int viewer_ = 0;      ///< its process, 0 while there is none
-    int viewerPipe_ = -1; ///< its standard output; kept open so that it may write
+    int viewer_ = 0;      ///< process identifier, 0 while there is none
+    int viewerPipe_ = -1; ///< the viewer's standard output; open so that it can write
     Warning warning_;
 };
 

@@ -1,10 +1,9 @@
-// Starts a child program with one of its standard streams joined to a pipe.
+// Starts a child program with one of its standard streams connected to a pipe.
 //
-// The caller owns the parent's end of the pipe (`closePipe`) and looks after
-// the child: one that is no longer of interest is handed to `release`, so that
-// it leaves no zombie behind. GUI thread only. Failures are written to the
-// error stream; the names of system calls in those messages are the ones that
-// users of all platforms know them by.
+// The caller owns the parent's end of the pipe (`closePipe`) and the child. A
+// child that is no longer needed is passed to `release`, so that no zombie is
+// left. GUI thread only. Failures are written to the error stream; the messages
+// name the same system calls on all platforms.
 #pragma once
 
 #include <chrono>
@@ -17,28 +16,28 @@ namespace velEditor {
 class ProcessControl
 {
 public:
-    /// Starts `arguments` (the program first, looked up in the search path).
+    /// Starts the program `arguments[0]`, looked up in the search path.
     /// `stream` is the child's standard stream that becomes its end of the
-    /// pipe, 0 for input or 1 for output. An argument that reads "filedesc" is
-    /// replaced by the descriptor number of the child's end, at which the child
-    /// has the pipe too unless `noInherit` is set.
-    /// Gives the child's process identifier and writes the parent's end to
-    /// `p_fd`; 0 after a failure, `p_fd` is then left alone.
+    /// pipe, 0 for input or 1 for output. Each argument "filedesc" is replaced by
+    /// the descriptor number of the child's end; unless `noInherit` is set, the
+    /// pipe is open at that number in the child, too.
+    /// Returns the child's process identifier and writes the parent's end to
+    /// `p_fd`. Returns 0 on failure; `p_fd` does not change then.
     static int startProcess(const std::vector<std::string> &arguments, int *p_fd, int stream,
                             bool noInherit);
 
-    /// What one read of at most `size` bytes gives: empty at the end of the
-    /// stream, on failure, or when nothing has come for `limit`.
+    /// The result of one read of at most `size` bytes: empty at the end of the
+    /// stream, on failure, or if nothing arrives within `limit`.
     static std::string readOnce(int fd, std::size_t size, std::chrono::milliseconds limit);
 
     static void closePipe(int fd);
 
-    /// Asks a child to end. It still has to be released.
+    /// Asks a child to end. The caller must still release it.
     static void terminate(int process);
 
-    /// Leaves a child to itself. The system keeps what is left of it until it
-    /// has been waited for: that is done here, now or with a later call of
-    /// `startProcess` or `release`, without ever blocking.
+    /// Gives up a child. After it has ended, the system keeps its entry until it
+    /// is waited for: this call or a later call of `startProcess` or `release`
+    /// does that, without blocking.
     static void release(int process);
 };
 

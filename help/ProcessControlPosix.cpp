@@ -1,3 +1,4 @@
+// Child processes and their pipes, by POSIX calls.
 #include "help/ProcessControl.h"
 
 #include "common/writeSignals.h"
@@ -33,14 +34,14 @@ std::string reason(int code)
     return std::strerror(code);
 }
 
-/// The two ends as the two processes see them.
+/// The two ends of a pipe, by the process that uses them.
 struct Pipe
 {
     int child = -1;
     int parent = -1;
 };
 
-// Neither end is inherited by accident: the child is given its own explicitly.
+// No child inherits an end by default: each child gets its own end explicitly.
 int openPipe(int stream, Pipe &pipe)
 {
     int ends[2];
@@ -51,7 +52,7 @@ int openPipe(int stream, Pipe &pipe)
     return 0;
 }
 
-/// What is done in the child before the program starts.
+/// The steps in the child before the program starts.
 class FileActions
 {
 public:
@@ -60,7 +61,8 @@ public:
     FileActions(const FileActions &) = delete;
     FileActions &operator=(const FileActions &) = delete;
 
-    /// Gives an error code. Onto itself, a descriptor becomes inheritable.
+    /// Returns an error code. With `from` equal to `to` the descriptor becomes
+    /// inheritable.
     int duplicate(int from, int to)
     {
         return ::posix_spawn_file_actions_adddup2(&actions_, from, to);
@@ -72,8 +74,8 @@ private:
     posix_spawn_file_actions_t actions_;
 };
 
-/// The child has signals as a new program expects them, whatever its parent
-/// ignores or blocks.
+/// Gives the child the default signal handling, whatever its parent ignores or
+/// blocks.
 class SpawnAttributes
 {
 public:
@@ -106,7 +108,7 @@ std::vector<std::string> withDescriptor(std::vector<std::string> arguments, int 
     return arguments;
 }
 
-/// The child's identifier, `noProcess` after a message.
+/// The child's process identifier; `noProcess`, with a message, on failure.
 int spawn(std::vector<std::string> arguments, const FileActions &actions)
 {
     std::vector<char *> words;

@@ -1,3 +1,4 @@
+// The table of socket errors.
 #include "help/SocketErrors.h"
 
 #include <array>
@@ -23,7 +24,8 @@ constexpr std::array socketErrors{
     SocketError{10045, EOPNOTSUPP, "operation is not supported"},
     SocketError{10050, ENETDOWN, "network failure"},
     SocketError{10054, ECONNRESET, "connection reset"},
-    // What a send after a reset gives here; it has no number of its own there.
+    // A send after a reset fails with EPIPE here; the platform of origin has no
+    // number for it.
     SocketError{10054, EPIPE, "connection reset"},
     SocketError{10057, ENOTCONN, "socket not connected"},
     SocketError{10093, 0, "not initialized"},

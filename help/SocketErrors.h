@@ -5,9 +5,9 @@
 
 namespace velEditor {
 
-/// The text of a code, either this system's own (`errno`) or the number that
-/// the same failure had where the program comes from (10014 and up):
-/// "connection reset". A code without a text reads "error code %d".
+/// The text of a code, such as "connection reset". The code is an `errno` of this
+/// system or the number of the same failure on the platform of origin (10014 and
+/// up). The text of any other code is "error code %d".
 [[nodiscard]] std::string socketErrorText(int code);
 
 } // namespace velEditor

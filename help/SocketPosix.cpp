@@ -1,3 +1,4 @@
+// TCP connections by POSIX calls.
 #include "help/Socket.h"
 
 #include "common/error.h"
@@ -29,12 +30,12 @@ namespace {
 constexpr int noSocket = -1;
 constexpr int listenBacklog = 5;
 constexpr std::chrono::milliseconds retryPause(1000);
-/// How long one try to connect may take, for addresses that do not answer.
+/// Limit of one connection attempt, for addresses that do not answer.
 constexpr std::chrono::milliseconds connectLimit(1000);
-/// How long the sending of one text may take.
+/// Limit for sending one text.
 constexpr std::chrono::milliseconds sendLimit(5000);
 constexpr std::chrono::milliseconds sendPause(100);
-/// How often the confirmation of what was sent is looked for.
+/// Pause between two checks whether the peer has confirmed what was sent.
 constexpr std::chrono::milliseconds confirmPause(2);
 
 [[noreturn]] void raise(const std::string &text, int code)
@@ -42,8 +43,8 @@ constexpr std::chrono::milliseconds confirmPause(2);
     throw error(text + socketErrorText(code));
 }
 
-/// The first IPv4 address of a host, or the resolver's code. This computer is
-/// found also where the resolver does not know its name.
+/// Finds the first IPv4 address of a host. Returns 0 or the resolver's code.
+/// This computer is found even if the resolver does not know its name.
 int resolve(const std::string &host, sockaddr_in &address)
 {
     addrinfo hints{};
@@ -63,7 +64,7 @@ int resolve(const std::string &host, sockaddr_in &address)
     return 0;
 }
 
-/// Clears or sets what children inherit.
+/// Sets whether child processes inherit the descriptor.
 void setInheritable(int handle, bool inheritable)
 {
     ::fcntl(handle, F_SETFD, inheritable ? 0 : FD_CLOEXEC);
@@ -78,8 +79,8 @@ int newSocket()
     return handle;
 }
 
-/// `poll` for one event, again after signals. Its result; `limit` may be
-/// exceeded by as much as signals cost.
+/// The result of `poll` for one event. A signal starts the wait again, so it can
+/// take longer than `limit`.
 int pollFor(int handle, short event, std::chrono::milliseconds limit)
 {
     const auto whole = std::min<std::chrono::milliseconds::rep>(limit.count(), INT_MAX);
@@ -91,7 +92,7 @@ int pollFor(int handle, short event, std::chrono::milliseconds limit)
     return ready;
 }
 
-/// The result of a connection that was begun without blocking: an error code.
+/// Waits for a connection that was started without blocking. Returns an error code.
 int awaitConnection(int handle)
 {
     const int ready = pollFor(handle, POLLOUT, connectLimit);
@@ -105,7 +106,8 @@ int awaitConnection(int handle)
     return code;
 }
 
-/// One try. The handle blocks again afterwards. An error code.
+/// Makes one connection attempt; the handle blocks again afterwards. Returns an
+/// error code.
 int tryConnect(int handle, const sockaddr_in &address)
 {
     const int flags = ::fcntl(handle, F_GETFL);
@@ -117,7 +119,7 @@ int tryConnect(int handle, const sockaddr_in &address)
     return code;
 }
 
-/// Which of `events`, and of those that are reported in any case, have come.
+/// Which of `events`, or of those that `poll` always reports, have happened.
 short eventsOf(int handle, short events)
 {
     pollfd entry{handle, events, 0};
@@ -130,16 +132,15 @@ bool isLost(int handle)
     return (eventsOf(handle, 0) & (POLLHUP | POLLERR)) != 0;
 }
 
-/// Whether the peer sends no more. It may still receive: it has then closed only
-/// its sending half. Nothing tells this from a closed connection until something
-/// is sent.
+/// Whether the peer has closed its sending half. It may still receive; only a
+/// send shows whether the whole connection is closed.
 bool peerSendsNoMore(int handle)
 {
     return (eventsOf(handle, POLLRDHUP) & POLLRDHUP) != 0;
 }
 
-/// Whether the peer has received all that was sent. One that has closed the
-/// connection resets it instead.
+/// Whether the peer has received everything that was sent. A peer that has closed
+/// the connection resets it instead.
 bool arrives(int handle)
 {
     const auto end = std::chrono::steady_clock::now() + sendLimit;
@@ -184,8 +185,8 @@ std::string Socket::localHostName()
     return name.data();
 }
 
-// A socket whose connection failed is of no further use, so each try has a new
-// one.
+// A socket cannot be used again after a failed connection, so each attempt makes
+// a new one.
 void Socket::connectHostPort(const std::string &host, unsigned short port, int attempts)
 {
     Socket::closeAll();
@@ -250,7 +251,8 @@ std::string Socket::socketRecv(std::size_t size)
     return text;
 }
 
-// After an interruption the descriptor is gone as well, so that is no failure.
+// The descriptor is closed even if a signal interrupts the call, so EINTR is not
+// an error.
 void Socket::closeAll()
 {
     if (handle_ == noSocket)

@@ -1,13 +1,13 @@
-// The environment variables that the help client reads, all of them here.
-// docs/environment.md explains them.
+// Reads all environment variables of the help client. docs/environment.md
+// explains them.
 #pragma once
 
 #include <string>
 
 namespace velEditor {
 
-/// Where the help is and how its viewer is run. A variable that is absent gives
-/// what its member says.
+/// Where the help is and how its viewer is started. Each member names its
+/// variable and the value used if the variable is absent.
 struct HelpEnvironment
 {
     std::string folder;   ///< KOA_TEST_HELP_DIR, else ZOT_HELP_DIR, else empty
@@ -19,11 +19,11 @@ struct HelpEnvironment
 /// OMBHELP_SESSION_ID, else empty; read at each start of the viewer.
 [[nodiscard]] std::string helpSessionId();
 
-/// KOA_DEBUG_HELP: whether the talk with the viewer is printed.
+/// KOA_DEBUG_HELP: whether the communication with the viewer is printed.
 [[nodiscard]] bool helpIsDebugged();
 
-/// KOA_SOCKET_KEEP_INHERITABLE: whether programs that are started inherit
-/// accepted connections.
+/// KOA_SOCKET_KEEP_INHERITABLE: whether child processes inherit accepted
+/// connections.
 [[nodiscard]] bool socketsAreInherited();
 
 } // namespace velEditor

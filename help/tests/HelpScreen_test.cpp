@@ -1,4 +1,4 @@
-// What the client shows on the screen of its program: boxes and the wait cursor.
+// Tests what the client shows on the screen: warning boxes and the wait cursor.
 #include "help/HelpScreen.h"
 
 #include "common/error.h"
@@ -23,7 +23,7 @@ namespace {
 
 constexpr int ordinary = -1;
 
-/// The shape of the override cursor, `ordinary` where there is none.
+/// The shape of the override cursor, `ordinary` if there is none.
 int cursorShape()
 {
     const QCursor *cursor = QApplication::overrideCursor();
@@ -32,13 +32,13 @@ int cursorShape()
 
 volatile std::sig_atomic_t shapeAtAlarm = ordinary;
 
-// The signal comes while the program sleeps between two tries to connect.
+// The signal arrives while the program sleeps between two connection attempts.
 void lookAtCursor(int)
 {
     shapeAtAlarm = cursorShape();
 }
 
-/// A client whose commands are lost.
+/// A client that fails to send.
 class LosingServer : public JavaHelpServer
 {
 public:
@@ -100,7 +100,7 @@ void HelpScreenTest::warnsInABox()
 
 void HelpScreenTest::waitsWhileTheViewerStarts()
 {
-    qputenv("HELP_DOUBLE", "say 1\n"); // nobody listens there, which takes four seconds
+    qputenv("HELP_DOUBLE", "say 1\n"); // nobody listens there; the attempts take four seconds
     JavaHelpServer server("DEFEditor");
     int shapeAtWarning = Qt::BitmapCursor;
     server.setWarning(

@@ -1,3 +1,4 @@
+// Tests the help client with a program that takes the place of the viewer.
 #include "help/JavaHelpServer.h"
 
 #include "help/Socket.h"
@@ -24,8 +25,7 @@ namespace fs = std::filesystem;
 
 constexpr auto patience = 60s;
 
-// A help directory whose viewer is the double, and an environment that leads
-// there.
+// Makes a help directory with the viewer double, and an environment that names it.
 class JavaHelpServerTest : public testing::Test
 {
 protected:
@@ -43,7 +43,7 @@ protected:
             ::unsetenv(variable);
     }
 
-    // A viewer that is still ending may be writing its last note.
+    // Tries again because a viewer that is ending may still write its log.
     ~JavaHelpServerTest() override
     {
         std::error_code failure;
@@ -77,7 +77,7 @@ protected:
         return text.str();
     }
 
-    /// What the double has noted, once it ends with `line`.
+    /// The log of the viewer double; waits until it ends with `line`.
     std::string logUpTo(const std::string &line) const
     {
         const auto end = std::chrono::steady_clock::now() + patience;
@@ -86,7 +86,7 @@ protected:
         return log();
     }
 
-    /// What a session prints.
+    /// The output of the program helpSession.
     [[nodiscard]] std::string sessionOutput(const std::string &words) const
     {
         std::FILE *pipe = ::popen((HELP_TEST_SESSION " " + words).c_str(), "r");
@@ -169,7 +169,7 @@ TEST_F(JavaHelpServerTest, quitsTheViewerAtItsEnd)
     EXPECT_EQ(std::string(started) + "got ZOT:One\ngot QUIT\nended\n", logUpTo("ended"));
 }
 
-TEST_F(JavaHelpServerTest, startsAnewAfterDisconnecting)
+TEST_F(JavaHelpServerTest, startsAgainAfterDisconnecting)
 {
     const auto client = newClient();
     client->showHelp("One", "", 2);
@@ -241,7 +241,7 @@ TEST_F(JavaHelpServerTest, warnsOnTheErrorStreamWithoutAScreen)
         "\nWarning: Deskhall help server was not successfully started.\n"));
 }
 
-// A number outside 1 to 65535 is no port: it counts as if none had been parsed.
+// A number outside 1 to 65535 is treated like a text that is not a number.
 TEST_F(JavaHelpServerTest, wantsAPortFromTheViewer)
 {
     const struct
@@ -298,13 +298,13 @@ TEST_F(JavaHelpServerTest, saysThatItCannotConnect)
     EXPECT_FALSE(client->isConnected());
 }
 
-TEST_F(JavaHelpServerTest, reportsALostViewerOnceAndStartsAnew)
+TEST_F(JavaHelpServerTest, reportsALostViewerOnceAndStartsAgain)
 {
     set("HELP_DOUBLE", "leave");
     const auto client = newClient();
     client->showHelp("One", "", 2);
     EXPECT_EQ(std::string(started) + "got ZOT:One\nended\n", logUpTo("ended"));
-    // The log is closed shortly before the process ends.
+    // The viewer writes "ended" shortly before its process ends.
     while (warnings.empty() && client->isConnected()) {
         std::this_thread::sleep_for(50ms);
         client->showHelp("Two", "", 2);
@@ -319,7 +319,7 @@ TEST_F(JavaHelpServerTest, reportsALostViewerOnceAndStartsAnew)
     EXPECT_EQ(1U, warnings.size());
 }
 
-// A viewer that shuts down its sending half is not lost: it still takes requests.
+// A viewer that shuts down its sending half still receives requests.
 TEST_F(JavaHelpServerTest, keepsAViewerThatSendsNoMore)
 {
     set("HELP_DOUBLE", "half");
@@ -333,7 +333,7 @@ TEST_F(JavaHelpServerTest, keepsAViewerThatSendsNoMore)
     EXPECT_EQ(Lines(), warnings);
 }
 
-// The port is waited for at most 20 seconds; then no port was parsed.
+// The client waits at most 20 seconds for the port.
 TEST_F(JavaHelpServerTest, stopsReadingThePortAfterTwentySeconds)
 {
     set("HELP_DOUBLE", "silent");
@@ -346,7 +346,7 @@ TEST_F(JavaHelpServerTest, stopsReadingThePortAfterTwentySeconds)
     EXPECT_FALSE(client->isConnected());
 }
 
-// Whoever closes the editor is not told that the viewer has gone.
+// There is no warning if the viewer has ended before the editor closes.
 TEST_F(JavaHelpServerTest, closesInSilenceWithoutAViewer)
 {
     set("HELP_DOUBLE", "leave");

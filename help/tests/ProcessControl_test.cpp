@@ -1,3 +1,4 @@
+// Tests child processes: arguments, pipes, signals, failures and zombies.
 #include "help/ProcessControl.h"
 
 #include "common/writeSignals.h"
@@ -27,7 +28,7 @@ std::vector<std::string> child(std::vector<std::string> words)
     return words;
 }
 
-/// What is written to a pipe until its other end is closed.
+/// Everything written to a pipe until its other end is closed.
 std::string readAll(int fd)
 {
     std::string all;
@@ -39,7 +40,7 @@ std::string readAll(int fd)
     }
 }
 
-/// What a child that is started like this writes to its standard output.
+/// The standard output of a child started with these arguments.
 std::string outputOf(const std::vector<std::string> &words, bool noInherit = false)
 {
     int fd = -1;
@@ -52,7 +53,7 @@ std::string outputOf(const std::vector<std::string> &words, bool noInherit = fal
     return output;
 }
 
-/// What a failing start says; `fd` must stay as it was.
+/// The message of a start that fails; `fd` must not change.
 std::string complaintOf(const std::vector<std::string> &words, int stream)
 {
     int fd = -77;
@@ -62,7 +63,7 @@ std::string complaintOf(const std::vector<std::string> &words, int stream)
     return testing::internal::GetCapturedStderr();
 }
 
-/// Waits until the system knows nothing of a process any more.
+/// Waits until the system has no entry for the process any more.
 bool isForgotten(int process)
 {
     const auto end = std::chrono::steady_clock::now() + patience;
@@ -133,7 +134,7 @@ TEST(ProcessControl, leavesTheParentsStreamsAlone)
     EXPECT_EQ("still here", testing::internal::GetCapturedStdout());
 }
 
-// Our programs ignore the signals of failed writes; what they start does not.
+// Our programs ignore the signals of failed writes; their children do not.
 TEST(ProcessControl, startsChildrenWithOrdinarySignals)
 {
     ignoreWriteSignals();

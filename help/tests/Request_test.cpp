@@ -1,3 +1,4 @@
+// Tests which requests the viewer finds in bytes, and that it accepts any bytes.
 #include "help/viewer/Request.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Tests connections between two sockets on this computer, and their errors.
 #include "help/Socket.h"
 
 #include "common/error.h"
@@ -26,7 +27,7 @@ using namespace std::chrono_literals;
 
 constexpr auto patience = 60s;
 
-/// A connection through a listen port of this test.
+/// Both ends of a connection.
 class Pair
 {
 public:
@@ -42,7 +43,7 @@ public:
     std::unique_ptr<Socket> server;
 };
 
-/// The text that an action raises.
+/// The text of the error that an action raises.
 template <typename Action>
 std::string raisedBy(Action action)
 {
@@ -59,7 +60,7 @@ void send(Socket &socket, const std::string &text)
     socket.socketSend(text.data(), text.size());
 }
 
-/// Receives until `size` bytes are there or the peer has closed.
+/// Receives `size` bytes, or fewer if the peer closes the connection.
 std::string receive(Socket &socket, std::size_t size)
 {
     std::string all;
@@ -141,7 +142,7 @@ TEST(Socket, givesUpOnAPeerThatTakesNothing)
               raisedBy([&] { send(*pair.client, text); }));
 }
 
-/// How long so many attempts take on a port where nobody listens.
+/// The duration of so many attempts at a port where nobody listens.
 std::chrono::steady_clock::duration timeOfAttempts(int attempts)
 {
     const unsigned short port = freePort();
@@ -156,7 +157,7 @@ std::chrono::steady_clock::duration timeOfAttempts(int attempts)
 TEST(Socket, triesOnceAtLeast)
 {
     for (const int attempts : {1, 0, -3}) {
-        // A wait would make each try longer than a second; a busy machine one or the other.
+        // With a pause every run takes over a second; a busy machine slows only some.
         auto shortest = timeOfAttempts(attempts);
         for (int more = 0; more < 5 && shortest >= 900ms; ++more)
             shortest = std::min(shortest, timeOfAttempts(attempts));
@@ -204,7 +205,7 @@ TEST(Socket, noticesAPeerThatHasGone)
               raisedBy([&] { send(*pair.client, "x"); }));
 }
 
-// What the system calls a broken pipe (EPIPE) is a lost connection, too.
+// The system's "broken pipe" (EPIPE) is a lost connection, too.
 TEST(Socket, noticesAPeerThatHasGoneWithNothingUnread)
 {
     const Pair pair;
@@ -215,7 +216,7 @@ TEST(Socket, noticesAPeerThatHasGoneWithNothingUnread)
               raisedBy([&] { send(*pair.client, "y"); }));
 }
 
-// A peer that shuts down only its sending half is still there to receive.
+// A peer that shuts down only its sending half still receives.
 TEST(Socket, sendsToAPeerThatSendsNoMore)
 {
     const Pair pair;
@@ -306,7 +307,7 @@ TEST(Socket, saysThatItCouldNotWait)
     rlimit before{};
     ASSERT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &before));
     rlimit none = before;
-    none.rlim_cur = 0; // a wait for more descriptors than the limit is refused
+    none.rlim_cur = 0; // poll() refuses more descriptors than the limit
     ::setrlimit(RLIMIT_NOFILE, &none);
     const std::string text =
         raisedBy([&] { static_cast<void>(socket.waitForConnection(patience)); });

@@ -1,3 +1,5 @@
+// Tests the pages: how they are read, named, found and searched; and that the
+// pages of this help are complete and their links lead somewhere.
 #include "help/viewer/Topics.h"
 
 #include <QDir>
@@ -12,7 +14,7 @@ namespace velHelp {
 
 namespace {
 
-// A folder of pages, written by the test.
+// Has a folder of pages that the test writes.
 class TopicsTest : public testing::Test
 {
 protected:
@@ -141,7 +143,7 @@ TEST_F(TopicsTest, areShownInTheLanguageAskedFor)
     EXPECT_EQ("Start", titleOf(topics("").find("start")));
 }
 
-TEST_F(TopicsTest, takeNoLanguageForAPath)
+TEST_F(TopicsTest, areNotReadFromALanguageThatIsAPath)
 {
     page("secret/start.md", "# Secret\n");
     QDir(folder.path()).mkpath("help/en-us");
@@ -149,7 +151,7 @@ TEST_F(TopicsTest, takeNoLanguageForAPath)
         EXPECT_EQ(0, Topics(folder.filePath("help"), QString::fromLatin1(language)).all().size());
 }
 
-TEST_F(TopicsTest, doWithoutAFolder)
+TEST_F(TopicsTest, areNoneWithoutAFolder)
 {
     const Topics none(folder.filePath("absent"), "en-us");
     EXPECT_EQ(0, none.all().size());
@@ -163,7 +165,7 @@ TEST(TopicText, isEscapedForMarkdown)
     EXPECT_EQ("a\\*b\\[c\\]\\(d\\) \\<e\\> ü", escaped("a*b[c](d) <e> ü").toStdString());
 }
 
-// The pages that are shipped.
+// The pages of this help.
 class ShippedTopics : public testing::Test
 {
 protected:
@@ -188,7 +190,7 @@ TEST_F(ShippedTopics, describeObjectsOfTheRules)
     EXPECT_TRUE(boundary->text.contains("### Location"));
     ASSERT_NE(nullptr, topics.find("Boundaries"));
     EXPECT_EQ("topic-boundaries", topics.find("Boundaries")->name.toStdString());
-    // A topic of one type is the page of that type.
+    // A topic with only one type has no page but that of the type.
     ASSERT_NE(nullptr, topics.find("Heat conduction"));
     EXPECT_EQ("type-conductivity", topics.find("Heat conduction")->name.toStdString());
 }
@@ -210,7 +212,7 @@ TEST_F(ShippedTopics, explainTheFindings)
             << identifier;
 }
 
-// A page for every rule, as a plain look at the library counts them.
+// There is a page for every type, counted by the lines of the rule library.
 TEST_F(ShippedTopics, coverTheWholeRuleLibrary)
 {
     QFile rules(qEnvironmentVariable("VEL_SOURCE_DIR") + "/libraries/rules.vel");

@@ -1,4 +1,4 @@
-// The real viewer, started and asked by the real client.
+// Tests the real viewer, started by the real client.
 #include "help/JavaHelpServer.h"
 
 #include "common/error.h"
@@ -26,8 +26,8 @@ namespace fs = std::filesystem;
 
 constexpr auto patience = 60s;
 
-// The viewer is started through a runtime that notes start and end, and what
-// the viewer says that it shows.
+// A script starts the viewer; it logs the start, the end, and the pages that the
+// viewer reports.
 class ViewerTest : public testing::Test
 {
 protected:
@@ -63,7 +63,7 @@ protected:
 
     JavaHelpServer &client() { return *client_; }
 
-    /// The notes in a file, without what the toolkit may have to say.
+    /// Our lines in a log file, without messages of the toolkit.
     [[nodiscard]] std::string content(const char *name) const
     {
         std::ifstream file(folder_ / name);
@@ -75,7 +75,7 @@ protected:
         return notes;
     }
 
-    /// The notes, once the viewer has shown a page.
+    /// The log; waits until the viewer has shown a page.
     [[nodiscard]] std::string logUpTo(const std::string &page) const
     {
         const auto end = std::chrono::steady_clock::now() + patience;
@@ -85,7 +85,7 @@ protected:
         return content("log");
     }
 
-    /// The notes of a viewer that has ended.
+    /// The log; waits until the viewer has ended.
     std::string finalLog() const
     {
         const auto end = std::chrono::steady_clock::now() + patience;
@@ -114,8 +114,7 @@ int fuzzSeconds()
     return seconds != nullptr ? std::atoi(seconds) : 3;
 }
 
-/// Lines of all lengths and no length at all, beginnings of commands among
-/// them; never a whole command.
+/// Random bytes, some after the beginning of a command; never a valid command.
 std::string noise(std::mt19937 &random)
 {
     static const char *const beginnings[] = {"", "ZOT:\xff", "QUIT\x01", "OMBRA:/pdf\xc0",
@@ -127,7 +126,7 @@ std::string noise(std::mt19937 &random)
     return bytes;
 }
 
-/// One connection full of noise; how many bytes were taken.
+/// Sends noise over one connection. Returns the number of bytes sent.
 std::size_t attack(int port, std::mt19937 &random)
 {
     std::size_t sent = 0;
@@ -222,7 +221,7 @@ TEST_F(ViewerTest, survivesRandomBytes)
     client().showHelp("Master Contents", "", 2);
     EXPECT_EQ(std::string("started\n") + contents, logUpTo("Contents"));
 
-    // The viewer may refuse one of many connections; it must not fail.
+    // The viewer may refuse a connection; it must not fail.
     std::mt19937 random(1);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(fuzzSeconds());
     std::size_t sent = 0;

@@ -1,4 +1,4 @@
-// The viewer's window, used as a reader does.
+// Tests the viewer's window by its widgets, as a user works with it.
 #include "help/viewer/Window.h"
 
 #include "help/viewer/Browser.h"
@@ -53,7 +53,7 @@ private slots:
     void goesToASection();
     void goesToASectionOfItsFirstPage();
     void saysThatAPageIsUnknown();
-    void showsUnknownNamesAsTheyStand();
+    void showsUnknownNamesUnchanged();
     void goesBackAndForward();
     void forgetsWhatWasForward();
     void countsAPageAskedForTwiceOnce();
@@ -68,8 +68,8 @@ private slots:
     void zooms();
     void zoomsByTheWheel();
     void prints();
-    void printsNothingUnlessTold();
-    void tellsThatItWasClosed();
+    void printsNothingAfterCancel();
+    void reportsThatItWasClosed();
 };
 
 void HelpWindowTest::page(const QString &name, const QByteArray &content)
@@ -125,7 +125,7 @@ void HelpWindowTest::goesToASection()
     QCOMPARE(window_->page().verticalScrollBar()->value(), 0);
 }
 
-// The first window of a viewer has no size yet when it is made.
+// When the viewer makes its first window, the window does not have a size yet.
 void HelpWindowTest::goesToASectionOfItsFirstPage()
 {
     window_.reset();
@@ -153,7 +153,7 @@ void HelpWindowTest::saysThatAPageIsUnknown()
     QCOMPARE(window_->windowTitle(), QString("Walls - Help"));
 }
 
-void HelpWindowTest::showsUnknownNamesAsTheyStand()
+void HelpWindowTest::showsUnknownNamesUnchanged()
 {
     window_->showTopic("<b>*x*</b> [a](b) ![i](/etc/passwd) `c`", "");
     QVERIFY2(shown().contains("“<b>*x*</b> [a](b) ![i](/etc/passwd) `c`”"), qPrintable(shown()));
@@ -277,7 +277,7 @@ void HelpWindowTest::countsWhatItFinds()
     QCOMPARE(count.text(), QString("3 pages found"));
     field.setText("nothing like this");
     QCOMPARE(count.text(), QString("0 pages found"));
-    field.setText("search"); // nowhere but in the title
+    field.setText("search"); // only in the title
     QCOMPARE(child<QListWidget>("Hits").item(0)->text(), QString("Search"));
     field.setText(" ");
     QCOMPARE(count.text(), QString());
@@ -366,7 +366,7 @@ void HelpWindowTest::prints()
     QVERIFY2(walls > "Walls - Help: 2" && walls <= "Walls - Help: 9", qPrintable(walls));
 }
 
-void HelpWindowTest::printsNothingUnlessTold()
+void HelpWindowTest::printsNothingAfterCancel()
 {
     window_->showTopic("walls", "");
     const QString file = folder_->filePath("printed.pdf");
@@ -379,7 +379,7 @@ void HelpWindowTest::printsNothingUnlessTold()
     QVERIFY(!QFile::exists(file));
 }
 
-void HelpWindowTest::tellsThatItWasClosed()
+void HelpWindowTest::reportsThatItWasClosed()
 {
     const QSignalSpy closed(window_.get(), &Window::closed);
     window_->close();

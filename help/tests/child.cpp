@@ -1,10 +1,10 @@
-// The program that the process tests start. Its first word says what to do:
-//   arguments        prints the words after it, one a line
+// The program that the process tests start. Its first argument says what to do:
+//   arguments        prints the other arguments, one per line
 //   echo             copies standard input to standard output
 //   write FD TEXT    writes TEXT to descriptor FD
 //   inherits FD      prints whether the descriptor is open
-//   signals          prints whether a broken pipe and a file too large end it:
-//                    "default" or "other" for each
+//   signals          prints "default" or "other" for its handling of SIGPIPE and
+//                    SIGXFSZ
 //   sleep            does nothing for a minute
 #include <csignal>
 #include <cstdio>

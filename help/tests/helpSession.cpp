@@ -1,6 +1,6 @@
-// A session with the help viewer, from the command line: each argument is an
-// application name, "TOPIC|SECTION|KIND", or "disconnect". Warnings are printed.
-// The tests compare what is printed with KOA_DEBUG_HELP in the environment.
+// Uses the help client from the command line. The first argument is the name of
+// the application; each other one is "TOPIC|SECTION|KIND" or "disconnect". Prints
+// warnings. Tests compare the output, with KOA_DEBUG_HELP in the environment.
 #include "help/JavaHelpServer.h"
 
 #include <cstdio>

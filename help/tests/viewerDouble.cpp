@@ -1,11 +1,11 @@
-// Stands in for the help viewer in tests of its client. What happens is written
-// to the file HELP_DOUBLE_LOG, one line each: the start with all arguments, each
-// command received, the end. HELP_DOUBLE says how it behaves:
-//   (unset)     as a viewer should
-//   say TEXT    prints TEXT instead of a port, and stays
+// Takes the place of the help viewer in tests of its client. It logs to the file
+// HELP_DOUBLE_LOG, one line each: the start with all arguments, each command
+// received, the end. HELP_DOUBLE says how it behaves:
+//   (unset)     like the real viewer
+//   say TEXT    prints TEXT instead of a port, and keeps running
 //   leave       ends after one command
 //   half        shuts down its sending half once it is connected
-//   silent      prints nothing, and stays
+//   silent      prints nothing, and keeps running
 #include "common/error.h"
 #include "help/Socket.h"
 
@@ -35,7 +35,7 @@ void say(const std::string &text)
     std::fflush(stdout);
 }
 
-/// Stays for a minute, or as long as the test that has started it.
+/// Waits for a minute, or until the test that has started it ends.
 void lingerWithParent()
 {
     const pid_t parent = ::getppid();
@@ -43,7 +43,7 @@ void lingerWithParent()
         ::usleep(100'000);
 }
 
-/// The next line without its end; empty at the end of the connection.
+/// The next line without its line end; empty at the end of the connection.
 std::string receiveLine(velEditor::Socket &connection)
 {
     std::string line;

@@ -1,3 +1,4 @@
+// Shows, searches and zooms a page.
 #include "help/viewer/Browser.h"
 
 #include "help/viewer/Topics.h"
@@ -89,7 +90,7 @@ void Browser::resetZoom()
     zoomBy(-zoom_);
 }
 
-// The base class would zoom past the limits, and unknown to `resetZoom`.
+// The base class would ignore our limits, and `resetZoom` would not notice.
 void Browser::wheelEvent(QWheelEvent *event)
 {
     if (!event->modifiers().testFlag(Qt::ControlModifier)) {

@@ -1,4 +1,5 @@
-// The page: Markdown in a text browser that never opens anything by itself.
+// The page of the viewer: a text browser that shows Markdown and never follows a
+// link by itself.
 #pragma once
 
 #include <QTextBrowser>
@@ -14,19 +15,19 @@ public:
 
     void showPage(const QString &markdown);
 
-    /// Scrolls to the heading with this text, compared as names are; false
-    /// when the page has none.
+    /// Scrolls to the heading with this text, compared like names
+    /// (`normalized`); false if the page does not have it.
     bool showSection(const QString &section);
 
-    /// Makes the text larger or, with negative steps, smaller; within limits.
+    /// Makes the text larger or, with negative steps, smaller, within limits.
     void zoomBy(int steps);
     void resetZoom();
 
-    /// Goes to the first place of a text, else of its first word that is there,
-    /// and marks it; upper and lower case are the same.
+    /// Finds a text in the page, or else the first of its words that the page
+    /// has, and selects it. Case does not matter.
     void showText(const QString &text);
 
-    /// Pages are text: whatever they or their links name is not loaded.
+    /// Loads nothing: pages are text only.
     QVariant loadResource(int type, const QUrl &name) override;
 
 protected:
@@ -36,7 +37,7 @@ private:
     void frameTables();
 
     int zoom_ = 0;
-    int turned_ = 0; ///< of a zooming wheel, as its events count; less than a step
+    int turned_ = 0; ///< wheel rotation not yet used for zooming, less than a step
 };
 
 } // namespace velHelp

@@ -1,3 +1,4 @@
+// Listening ports, connections, and the requests in what they receive.
 #include "help/viewer/Listener.h"
 
 #include <QHostInfo>
@@ -8,7 +9,7 @@ namespace velHelp {
 namespace {
 
 constexpr qint64 readSize = 64 * 1024;
-/// How often a port is looked for that is free at all addresses.
+/// Attempts to find a port that is free at all addresses.
 constexpr int portTries = 20;
 
 QList<QHostAddress> ownAddresses()
@@ -22,7 +23,7 @@ QList<QHostAddress> ownAddresses()
     return addresses;
 }
 
-// A connection of this machine to one of its own addresses has that address at
+// A connection from this computer to one of its own addresses has that address at
 // both ends.
 bool isFromHere(const QTcpSocket &client)
 {
@@ -50,8 +51,8 @@ quint16 Listener::port() const
     return servers_.empty() ? quint16(0) : servers_.front()->serverPort();
 }
 
-// An address of the name that is none of this machine's cannot be listened on,
-// nor can a client come by it: only a taken port is a reason to try again.
+// The name may have an address that this computer does not have. Listening there
+// fails, and no client can use it. So only a port in use is a reason to try again.
 bool Listener::listenOn(quint16 port)
 {
     for (const QHostAddress &address : ownAddresses()) {

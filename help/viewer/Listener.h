@@ -1,8 +1,8 @@
-// Takes requests from programs on this machine.
+// Receives requests from programs on this computer.
 //
-// It listens on 127.0.0.1 and, at the same port, on the addresses that this
-// computer's name stands for, since that is what clients connect to; of these,
-// connections from other machines are closed unread. Nothing is ever sent.
+// It listens on 127.0.0.1 and, at the same port, on the addresses of this
+// computer's name, because clients connect to that name. It closes connections
+// from other computers without reading from them. It never sends anything.
 #pragma once
 
 #include "help/viewer/Request.h"
@@ -22,10 +22,10 @@ class Listener : public QObject
     Q_OBJECT
 
 public:
-    /// More connections than this are refused.
+    /// Further connections are refused.
     static constexpr int mostClients = 16;
 
-    /// Finds a free port; `port` is 0 when there is none.
+    /// Listens on a free port; `port` is 0 if there is none.
     Listener();
     ~Listener() override;
 
@@ -33,10 +33,10 @@ public:
     [[nodiscard]] bool hasClients() const { return clients_ > 0; }
 
 signals:
-    /// The last of the requests that have come together; earlier ones would
-    /// not be seen anyway.
+    /// The last of the requests that arrived together; nobody would see the
+    /// pages of the earlier ones.
     void requested(const velHelp::Request &request);
-    /// The last client has gone.
+    /// The last client has disconnected.
     void deserted();
 
 private:

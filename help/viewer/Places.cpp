@@ -1,3 +1,4 @@
+// Looks for the folders of the pages and of the icons.
 #include "help/viewer/Places.h"
 
 #include "help/viewer/Environment.h"
@@ -10,7 +11,7 @@ namespace velHelp {
 
 namespace {
 
-/// The first of these folders in which there is `content`; empty for none.
+/// The first of these folders that contains `content`; empty if none does.
 QString folderWith(const QString &content, const QStringList &folders)
 {
     for (const QString &folder : folders) {

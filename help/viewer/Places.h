@@ -1,5 +1,5 @@
-// Where the viewer finds what belongs to it: in the folders that the environment
-// names, as the editor does, else in its own build tree or installation.
+// Where the viewer finds its files: in the folders that the environment names, or
+// else in its build tree or installation.
 #pragma once
 
 #include <QIcon>

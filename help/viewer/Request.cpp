@@ -1,3 +1,4 @@
+// Parses the lines that the viewer receives.
 #include "help/viewer/Request.h"
 
 #include <QStringDecoder>
@@ -28,7 +29,7 @@ Request showing(const QString &target)
     return {Request::Show, target.left(mark).trimmed(), target.mid(mark + 1).trimmed()};
 }
 
-/// A document asked for by its file is looked for by the name of the file.
+/// A request for a document names its file; the topic is the name of that file.
 Request showingDocument(const QString &target)
 {
     Request request = showing(target);

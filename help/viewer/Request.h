@@ -1,6 +1,6 @@
-// What the viewer is asked for over its connection: lines of bytes that may
-// come from anyone on this machine, and so are taken for nothing but the names
-// of topics. See docs/help-protocol.md.
+// The requests that the viewer receives, as lines of bytes. They may come from any
+// program on this computer, so they are used only as names of topics. See
+// docs/help-protocol.md.
 #pragma once
 
 #include <QByteArray>
@@ -15,16 +15,16 @@ struct Request
 {
     enum Kind { Show, Quit };
     Kind kind = Show;
-    QString topic;   ///< may be empty: the contents
-    QString section; ///< may be empty: the beginning
+    QString topic;   ///< empty: the contents
+    QString section; ///< empty: the beginning of the page
 };
 
-/// The request in one line, without its end. Nothing for a line that is no
-/// command, is not UTF-8 or holds control characters.
+/// The request in one line, without its line end. Nothing if the line is not a
+/// command, is not UTF-8 or contains control characters.
 [[nodiscard]] std::optional<Request> parseRequest(const QByteArray &line);
 
-/// Cuts bytes into lines. A line beyond `longest` bytes is passed over to its
-/// end, without being kept.
+/// Splits bytes into lines. A line of more than `longest` bytes is skipped and
+/// not stored.
 class LineReader
 {
 public:
@@ -36,7 +36,7 @@ public:
 private:
     void append(const char *begin, qsizetype size);
 
-    QByteArray line_; ///< what has come of the current line
+    QByteArray line_; ///< the part of the current line received so far
     bool tooLong_ = false;
 };
 

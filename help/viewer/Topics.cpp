@@ -1,3 +1,4 @@
+// Reads the pages, and finds them by name or by their words.
 #include "help/viewer/Topics.h"
 
 #include <QDir>
@@ -14,14 +15,15 @@ namespace velHelp {
 namespace {
 
 constexpr qint64 largestPage = 4 << 20;
-/// More often than this no page repeats a word: those that are about it come first.
+/// Counts for a word in the title. No page repeats a word this often, so pages
+/// about the word come first.
 constexpr int titleWeight = 10'000;
 constexpr int excerptLength = 120;
 
 const QString fallbackLanguage = QStringLiteral("en-us");
 
-/// The folder names in which pages of a language are looked for, the best
-/// first. What is no language leaves the fallback alone.
+/// The names of the folders to search for pages of a language, the best first. If
+/// `language` is not a language, only the fallback is left.
 QStringList languageFolders(const QString &language)
 {
     QString name = language.toLower();
@@ -70,7 +72,7 @@ Topic parsePage(const QString &name, const QString &content)
     return topic;
 }
 
-/// How many single-character changes lead from one text to the other.
+/// The number of single-character changes that turn one text into the other.
 int editDistance(const QString &from, const QString &to)
 {
     std::vector<int> row(static_cast<std::size_t>(to.size()) + 1);
@@ -87,8 +89,8 @@ int editDistance(const QString &from, const QString &to)
     return row.back();
 }
 
-/// The less the nearer. A name that holds the other is near whatever its
-/// length.
+/// How much two names differ. If one contains the other, they are equally near
+/// whatever their lengths.
 int distance(const QString &wanted, const QString &name)
 {
     if (!wanted.isEmpty() && (name.contains(wanted) || wanted.contains(name)))
@@ -96,7 +98,7 @@ int distance(const QString &wanted, const QString &name)
     return editDistance(wanted, name);
 }
 
-// The title stands above the excerpt already.
+// The list shows the title above the excerpt, so the search starts after it.
 QString excerpt(const QString &text, const QString &word)
 {
     const qsizetype body = text.startsWith(u'#') ? text.indexOf(u'\n') : 0;
@@ -153,7 +155,7 @@ Topics::Topics(const QString &folder, const QString &language)
     index();
 }
 
-// Pages that a better language has given already are passed over.
+// Skips pages that a better language has already provided.
 void Topics::read(const QString &folder)
 {
     const QDir directory(folder);
@@ -169,7 +171,8 @@ void Topics::read(const QString &folder)
     }
 }
 
-// Where names meet, file names go before titles, and these before other names.
+// If several pages have the same name, file names win over titles, and titles win
+// over other names.
 void Topics::index()
 {
     const auto add = [this](const QString &name, qsizetype i) {

@@ -1,3 +1,4 @@
+// Joins the listener, the pages and the window.
 #include "help/viewer/Viewer.h"
 
 #include "help/viewer/Environment.h"
@@ -14,8 +15,7 @@ namespace {
 
 constexpr std::chrono::seconds clientLimit(60);
 
-/// For whoever looks into the talk between client and viewer. The standard
-/// output belongs to the client.
+/// Prints a step for debugging. Not on standard output, which the client reads.
 void trace(const QString &line)
 {
     static const bool isOn = environment::isDebugged();
@@ -36,7 +36,7 @@ Viewer::Viewer(const QString &folder, const QString &language)
     timer->start(clientLimit);
 }
 
-// Connections that are cut with the listener are of no interest any more.
+// The listener closes its connections; their signals must not arrive any more.
 Viewer::~Viewer()
 {
     listener_.disconnect(this);
@@ -61,7 +61,7 @@ void Viewer::show(const QString &topic, const QString &section)
                 QCoreApplication::exit(0);
         });
     }
-    window_->comeForward(); // a section has its place only when the page has its width
+    window_->comeForward(); // first, because places in the page depend on its width
     window_->showTopic(topic, section);
     trace(QLatin1String("showing ") + window_->windowTitle());
 }

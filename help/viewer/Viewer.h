@@ -1,10 +1,12 @@
-// The viewer as a whole: requests come in, the window shows topics, and the
-// program ends when nobody needs it any more.
+// The viewer as a whole: it receives requests, shows topics in its window, and
+// ends the program when nobody needs it any more.
 //
-// That is: on QUIT; when the user closes the window while no client is
-// connected (otherwise the window is only hidden and the next request brings it
-// back); when the last client goes while no window is open; and when nobody has
-// connected within a minute of the start.
+// The program ends
+// - on QUIT;
+// - when the user closes the window and no client is connected (otherwise the
+//   window is only hidden, and the next request shows it again);
+// - when the last client disconnects and the window is not visible;
+// - when nobody has connected within a minute after the start.
 #pragma once
 
 #include "help/viewer/Listener.h"
@@ -17,7 +19,7 @@ class Viewer : public QObject
     Q_OBJECT
 
 public:
-    /// Listens at once; the window is made with the first page.
+    /// Starts to listen; the window is made when the first page is shown.
     Viewer(const QString &folder, const QString &language);
     ~Viewer() override;
 

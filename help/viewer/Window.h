@@ -1,7 +1,6 @@
-// The window of the viewer: a page, and beside it the contents and the search.
+// The window of the viewer: a page, and next to it the contents and the search.
 //
-// It owns nothing of the help but the places the user has been to; the topics
-// outlive it. GUI thread only.
+// It does not own the topics, which must outlive it. GUI thread only.
 #pragma once
 
 #include "help/viewer/Topics.h"
@@ -32,23 +31,24 @@ class Window : public QMainWindow
     Q_OBJECT
 
 public:
-    /// Sets a printer up as the user wishes; false when nothing is to be printed.
+    /// Lets the user set up a printer; false if nothing is to be printed.
     using PrinterChoice = std::function<bool(QPrinter &)>;
 
     explicit Window(const Topics &topics);
     ~Window() override;
 
-    /// Shows a topic; an empty name is the contents, an unknown one a page that
-    /// says so and offers the nearest. The topic "Search" brings the search
-    /// field up as well. A section that the page does not have is its beginning.
+    /// Shows a topic. An empty name shows the contents; an unknown name shows a
+    /// page that says so and lists similar names. The topic "Search" shows the
+    /// search field, too. If the page does not have the section, its beginning
+    /// is shown.
     void showTopic(const QString &name, const QString &section);
 
-    /// Brings the window before the user, wherever it was.
+    /// Shows the window in front of all others, even if it was hidden or minimized.
     void comeForward();
 
     [[nodiscard]] Browser &page() { return *page_; }
 
-    /// Has printers set up by a function instead of a dialog.
+    /// Sets the function that sets up printers, instead of a dialog.
     void setPrinterChoice(PrinterChoice choice) { choosePrinter_ = std::move(choice); }
 
 signals:
@@ -59,12 +59,12 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    /// Where the user has been. Names that no page has are kept as well.
+    /// A page that the user has visited; its name may be unknown.
     struct Place
     {
         QString name;
         QString section;
-        int scrolled = 0; ///< pixels, when it was left
+        int scrolled = 0; ///< pixels, when the user left it
     };
 
     QWidget *makeContents();

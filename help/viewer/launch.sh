@@ -6,5 +6,5 @@ here=$(dirname -- "$0")
 for viewer in "$here/../../bin/velhelp" "$here/../../../../libexec/veleditor/velhelp"; do
     [ ! -x "$viewer" ] || exec "$viewer" "$@"
 done
-printf 'The help viewer velhelp is missing.\n' >&2
+printf '%s: cannot find velhelp; install the help viewer again\n' "$0" >&2
 exit 1

@@ -1,4 +1,4 @@
-// velhelp: shows the topics of the help, as an editor asks for them over a
+// velhelp, the help viewer: shows the topics that an editor requests over a
 // socket. The first line on standard output is the port at which it listens.
 #include "common/version.h"
 #include "common/writeSignals.h"
@@ -31,7 +31,7 @@ int main(int argc, char **argv)
 
     QCommandLineParser options;
     options.setApplicationDescription(
-        QStringLiteral("Shows help. Prints the port at which it takes requests."));
+        QStringLiteral("Shows help. Prints the port at which it receives requests."));
     options.addHelpOption();
     options.addVersionOption();
     const QCommandLineOption language(QStringLiteral("language"),
@@ -47,7 +47,7 @@ int main(int argc, char **argv)
 
     velHelp::Viewer viewer(velHelp::helpFolder(), options.value(language));
     if (viewer.port() == 0) {
-        std::fprintf(stderr, "velhelp: no port to listen on\n");
+        std::fprintf(stderr, "velhelp: cannot listen: no free port on this computer\n");
         return 1;
     }
     announce(viewer.port());
