@@ -1,5 +1,6 @@
-// Any bytes as a container: open, locate, read everything as stored and as other
-// types, verify, rebuild. The answer is always a code, and reading changes nothing.
+// Uses any bytes as a container: opens, locates, reads everything as stored and as
+// other types, verifies, rebuilds. Checks that each call returns a known code and
+// that reading does not change the file.
 #include "io/Src/Main/container_check.h"
 #include "io/Src/Main/io_session.h"
 
@@ -45,7 +46,7 @@ void read(io_session &session, std::int64_t position, const char *type)
     if (code != IO_NO_ROOM) {
         return;
     }
-    // 14 can also be a string that is too long, with no sizes given.
+    // 14 can also mean that a string is too long; then no sizes are set.
     element_counts counts = {};
     for (std::size_t i = 0; i < counts.size(); i++) {
         counts[i] = element_array_size(data, static_cast<element_type>(i));
@@ -73,7 +74,7 @@ void read(io_session &session, std::int64_t position, const char *type)
     arrays.data().offsets = offsets;
     arrays.data().offsets_size = 2;
     check_code(session.request(IO_READ_LOCATED_DS, ignore, &header, &arrays.data()));
-    // A client that states no width has slots of 80 characters, whatever the file says.
+    // Without a stated width a client's slots have 80 characters, whatever the file says.
     std::vector<char> slots(static_cast<std::size_t>(counts[IO_STRI] * IO_STRING_SLOT));
     IO_data plain = arrays.data();
     plain.strings = slots.data();

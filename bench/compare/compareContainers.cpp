@@ -1,3 +1,5 @@
+// Compares the container library with other ways to store arrays, and measures
+// how its times grow with the number of datasets.
 #include "bench/compare/comparisons.h"
 
 #include "bench/compare/side.h"
@@ -26,7 +28,7 @@ constexpr int zlibRounds = 9;
 constexpr int openRounds = 20;
 constexpr int locateRounds = 5;
 
-/// 0.9 of the speed, as a ratio of times.
+/// Ratio of times at 0.9 of the other side's speed.
 constexpr double nineTenths = 1.11;
 constexpr double openLimitMs = 5;
 constexpr double locateNanoseconds = 500; // 2,000,000 a second
@@ -77,7 +79,7 @@ std::size_t dataStart(const std::string &file)
     return found + tag.size();
 }
 
-/// Files of one run, gone with the object.
+/// The files of one run; the destructor deletes them.
 class Scratch
 {
 public:
@@ -111,8 +113,9 @@ void compareRaw(Scratch &scratch, const std::vector<double> &values)
 
     std::vector<double> back(values.size());
     Side read{[] {}, [&] { check(read_doubles(ours, back)); }};
-    // The same bytes of the same file into the same memory: how a file lies in the
-    // page cache, and how it lies to the memory, makes a difference of up to a third.
+    // Both sides read the same bytes of the same file into the same memory, because
+    // the place in the page cache and the alignment of the memory change the time by
+    // up to a third.
     const std::size_t from = dataStart(ours);
     Side plainRead{[] {}, [&] { readPlain(ours, back.data(), bytes, from); }};
     compare({&plainRead, &read}, rawRounds);
@@ -151,7 +154,7 @@ void compareZlib(Scratch &scratch, const std::string &type, const std::vector<Va
     report("ds read 64 MiB of " + type + ", level 5", reading, "zlib alone", inflating, 1.05);
 }
 
-/// The bytes of a small dataset as they stand in a file while others follow.
+/// The bytes of a small dataset in a file to which others will be added.
 std::string smallDataset(const std::string &file)
 {
     constexpr std::size_t infoBytes = 36;
@@ -162,8 +165,8 @@ std::string smallDataset(const std::string &file)
     return bytes.substr(infoBytes, end - infoBytes) + "*CRASH";
 }
 
-/// The same writes in the same order by nothing but the C library: format code
-/// and a length of zero, the rest up to the end mark, back to the length.
+/// Does the same writes in the same order with the C library alone: format code
+/// and a length of zero, the rest up to the end mark, then the length.
 void appendBare(const std::string &file, const std::string &dataset)
 {
     constexpr std::size_t head = 7;
@@ -221,7 +224,7 @@ void compareLocate(Scratch &scratch)
                  locateNanoseconds, "ns", 1);
 }
 
-/// What so many datasets take, in seconds.
+/// Times of the operations for one number of datasets, in seconds.
 struct Growth
 {
     double append = 0;
@@ -251,7 +254,7 @@ Growth measureGrowth(const std::string &file, int count)
         growth.scan =
             secondsOf([&] { ensure(datasets.scan("*5") == count / 10, "pattern search"); });
     }
-    // A size that is not the recorded one makes the next opening scan the file.
+    // If the size differs from the recorded one, the next opening scans the file.
     std::filesystem::resize_file(file, fileSize(file) - 1);
     io_reporter quiet(io_real_env());
     quiet.set_sink([](std::string_view) {});
@@ -280,8 +283,8 @@ void compareGrowth(const std::string &directory)
 {
     Scratch scratch(directory);
     const std::string file = scratch.path("many");
-    // Twice the datasets: twice the time, and more for a logarithm and for what no cache
-    // holds any more. What is quadratic takes four times as long.
+    // Twice the datasets may take twice the time, plus some for a logarithm and for
+    // data that no longer fits a cache. Quadratic work takes four times as long.
     constexpr double aim = 3;
     Growth former;
     for (const int count : {125000, 250000, 500000, 1000000}) {

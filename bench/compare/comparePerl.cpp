@@ -1,3 +1,4 @@
+// Compares calls of Perl methods with the cheapest possible call.
 #include "bench/compare/comparisons.h"
 
 #include "bench/compare/side.h"

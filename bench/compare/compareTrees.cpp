@@ -1,3 +1,4 @@
+// Compares the database with XML and JSON libraries and a hash map.
 #include "bench/compare/comparisons.h"
 
 #include "bench/compare/side.h"
@@ -37,7 +38,7 @@ std::string readWhole(const std::string &file)
     return text;
 }
 
-/// The files of one tree, and what was loaded from them last.
+/// The files of one tree, and the last tree loaded from each.
 class Comparison
 {
 public:
@@ -122,7 +123,7 @@ private:
         for (const std::string &path : paths) {
             const char *value = velFindValue(handle_.get(), path.c_str());
             if (!value)
-                throw Failure(path + ": no such value");
+                throw Failure(path + ": the tree has no such parameter");
             map.emplace(path, value);
         }
         std::size_t ourBytes = 0;

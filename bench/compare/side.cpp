@@ -1,3 +1,4 @@
+// Times the sides of a comparison and prints the table.
 #include "bench/compare/side.h"
 
 #include "bench/velbench/measure.h"
@@ -20,11 +21,11 @@ void printAim(double ratio, double aim)
         std::printf("  %5.2f  %s\n", aim, ratio <= aim ? "met" : "MISSED");
     else
         std::printf("\n");
-    // Whoever waits for a long comparison sees each line as it comes.
+    // A comparison can take long; show each line at once.
     std::fflush(stdout);
 }
 
-/// What this process used, in seconds.
+/// The processor time that this process has used, in seconds.
 double processorTime()
 {
     timespec time = {};

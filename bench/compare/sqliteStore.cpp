@@ -1,3 +1,4 @@
+// Fills and reads the SQLite table.
 #include "bench/compare/sqliteStore.h"
 
 #include "bench/velbench/measure.h"

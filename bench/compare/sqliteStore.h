@@ -1,4 +1,4 @@
-// SQLite as a store of blobs by name, in a file.
+// Stores blobs by name in an SQLite file, to compare with the container index.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ public:
     SqliteStore &operator=(const SqliteStore &) = delete;
 
     /// Looks up the blobs of these names, by a prepared statement and a unique text
-    /// key. Throws a Failure if one is not there.
+    /// key. Throws a Failure if one is missing.
     void lookUp(const std::vector<std::uint32_t> &numbers);
 
 private:

@@ -1,6 +1,6 @@
-// velcompare: our code beside that of others in one process. Each side is taken in
-// turn, several times; a line of the table gives the median of each, their ratio,
-// the ratio aimed at and whether it was met.
+// velcompare: compares our code with that of others in one process. It runs the
+// sides in turn, several times. A line of the table has the median of each, their
+// ratio, the ratio aimed at and whether it was met.
 #include "bench/compare/comparisons.h"
 #include "bench/compare/side.h"
 #include "bench/velbench/measure.h"

@@ -1,3 +1,4 @@
+// Generates a set-up from tables of block kinds and names.
 #include "bench/generate/sampleSetup.h"
 
 #include <array>
@@ -10,8 +11,8 @@ namespace {
 constexpr std::size_t shortestValue = 5;
 constexpr std::size_t longestValue = 60;
 
-/// A fixed sequence of pseudo-random numbers (splitmix64), so that the trees
-/// do not depend on a standard library.
+/// A fixed sequence of pseudo-random numbers (splitmix64); the trees must not
+/// depend on the standard library.
 class Sequence
 {
 public:
@@ -78,7 +79,7 @@ constexpr std::array<const char *, 6> scalarNames = {"Oxygen",  "Nitrogen", "Wat
 constexpr std::array<const char *, 3> probeNames = {"Probe", "Thermocouple", "Pressure Tap"};
 constexpr std::array<const char *, 3> outputNames = {"Transient Results", "Backup", "Monitor"};
 
-/// One kind of block and where it may be found below its parent.
+/// One kind of block, and how often it occurs in its parent.
 struct BlockKind
 {
     const char *type;
@@ -114,7 +115,7 @@ constexpr std::array<const char *, 8> units = {"[kg s^-1]", "[m s^-1]",  "[Pa]",
 constexpr std::array<const char *, 10> sentenceWords = {
     "taken", "from", "the", "measured", "case", "of", "north", "side", "after", "repair"};
 
-/// Makes the texts and walks the block kinds.
+/// Makes the texts, and walks through the kinds of blocks.
 class Generator
 {
 public:
@@ -153,7 +154,7 @@ private:
         }
     }
 
-    /// Between half and all of the names, in their order.
+    /// Writes between half and all of the names, in their order.
     void parameters(Words names)
     {
         const std::size_t first = sequence_.below(names.size() / 2 + 1);

@@ -1,3 +1,4 @@
+// Writes a tree as VEL, XML, JSON, or a list of paths.
 #include "bench/generate/treeWriter.h"
 
 #include "velapilt/src/velComponentText.h"
@@ -6,7 +7,7 @@ namespace velBench {
 
 namespace {
 
-/// What the writers share: the file, and the indentation of the open blocks.
+/// Common base of the writers: the file, and the indentation of the open blocks.
 class FileWriter : public TreeWriter
 {
 public:
@@ -62,7 +63,7 @@ public:
     }
 
 private:
-    /// Breaks behind the last blank that leaves room for the back-slash.
+    /// Breaks the line after the last blank that leaves room for the back-slash.
     void putWrapped(std::string line)
     {
         const std::string continuation = indent() + "  ";
@@ -145,7 +146,7 @@ public:
     }
 
 private:
-    /// Element names hold no blanks.
+    /// XML element names cannot contain blanks.
     static std::string element(std::string_view type)
     {
         std::string name(type);

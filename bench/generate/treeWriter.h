@@ -1,11 +1,12 @@
-// Writers of one tree in several notations.
+// Writes one tree in several notations.
 //
-// A generator drives a writer through its events, blocks properly nested; each
-// writer turns them into one notation and one file. The notations hold the
-// same things: a VEL block `TYPE: Name`, an XML element <TYPE name="Name">, a
-// JSON member "TYPE:Name" with an object; a parameter is a VEL assignment, an
-// XML element with its name and value as attributes, a JSON member with a
-// string.
+// A generator calls the writer with a sequence of properly nested events; each
+// writer turns them into one file in one notation:
+//
+// | tree      | VEL            | XML                              | JSON             |
+// |-----------|----------------|----------------------------------|------------------|
+// | block     | `TYPE: Name`   | <TYPE name="Name">               | "TYPE:Name": {…} |
+// | parameter | `Name = Value` | <param name="Name" value="…"/>   | "Name": "Value"  |
 #pragma once
 
 #include <cstdint>
@@ -28,16 +29,16 @@ public:
     virtual void parameter(std::string_view name, std::string_view value) = 0;
     virtual void close() = 0;
 
-    /// After the last event. False when not everything could be written.
+    /// Ends the file after the last event. False if not everything was written.
     [[nodiscard]] virtual bool finish() = 0;
 };
 
-/// VEL text, indented by two, long lines continued as the editor saves them.
+/// Writes VEL, indented by two, with long lines continued as the editor does.
 std::unique_ptr<TreeWriter> makeVelWriter(const std::string &file);
-/// XML and JSON with the same indentation.
+/// Write XML and JSON with the same indentation.
 std::unique_ptr<TreeWriter> makeXmlWriter(const std::string &file);
 std::unique_ptr<TreeWriter> makeJsonWriter(const std::string &file);
-/// The full path of every parameter, one a line, in the order of the tree.
+/// Writes the full path of every parameter, one per line, in the tree's order.
 std::unique_ptr<TreeWriter> makePathWriter(const std::string &file);
 
 } // namespace velBench

@@ -1,5 +1,6 @@
-// velgenerate PARAMETERS DIR: one made-up set-up as DIR/tree-PARAMETERS.vel,
-// .xml and .json, and the paths of its parameters as .paths.
+// velgenerate PARAMETERS DIR: writes one generated set-up to
+// DIR/tree-PARAMETERS.vel, .xml and .json, and the paths of its parameters to
+// .paths.
 #include "bench/generate/sampleSetup.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// Tests the generated set-up: its size, its shape, and that the writers agree.
 #include "bench/generate/sampleSetup.h"
 
 #include "velapilt/src/velapilt.h"
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::uint64_t parameters = 3000;
 
-/// Takes the events down.
+/// Records the events.
 class Listing : public TreeWriter
 {
 public:

@@ -1,4 +1,4 @@
-// The measurements run on a small file and print what they promise.
+// Runs each measurement on a small file and checks its output.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <nlohmann/json.hpp>
@@ -27,7 +27,7 @@ std::string minimalExample()
     return std::string(source ? source : "") + "/examples/minimal.vel";
 }
 
-/// What a call prints.
+/// The JSON object that a call prints.
 nlohmann::json measure(const std::string &words)
 {
     const ToolRun run = runBench(words);
@@ -51,7 +51,7 @@ protected:
     void SetUp() override
     {
         if (!std::filesystem::exists("/proc/self/statm"))
-            GTEST_SKIP() << "no /proc here, where the memory of the process is read";
+            GTEST_SKIP() << "without /proc the memory of the process cannot be read";
     }
 
     TemporaryFolder folder_;
@@ -95,7 +95,7 @@ TEST_F(VelbenchTest, LooksUp)
     EXPECT_EQ(result["bytes"], 250000 * (1 + 6 + 1 + 1));
     const std::string wrong = folder_.write("wrong", "/A:a/x\n/no\n");
     EXPECT_EQ(runBench("vel.lookup " + file_ + ' ' + wrong).err,
-              "velbench: vel.lookup: /no: no such value\n");
+              "velbench: vel.lookup: /no: the file has no such parameter\n");
 }
 
 TEST_F(VelbenchTest, CallsPerl)
@@ -142,7 +142,7 @@ TEST_F(VelbenchTest, WorksInTheEditor)
     }
     const auto rows = measure("editor.memory " + example);
     EXPECT_EQ(rows["params"], measure("editor.find " + example)["params"]);
-#ifndef __SANITIZE_ADDRESS__ // which has a heap of its own
+#ifndef __SANITIZE_ADDRESS__ // the sanitizer replaces the heap
     EXPECT_GT(rows["rss"], 0);
 #endif
     EXPECT_EQ(runBench("editor.edit " + folder_.path("missing")).status, 2);

@@ -1,4 +1,4 @@
-// The measurements, by what they need.
+// The measurements of velbench, grouped by the library that they need.
 #pragma once
 
 #include "bench/velbench/measure.h"
@@ -10,7 +10,7 @@ namespace velBench {
 
 using Arguments = std::vector<std::string>;
 
-/// One measurement. It throws a Failure when it cannot be made.
+/// One measurement. It throws a Failure if it cannot be done.
 struct Call
 {
     const char *name;
@@ -47,14 +47,14 @@ Result editorFindNext(const Arguments &arguments);
 Result editorScroll(const Arguments &arguments);
 Result editorMemory(const Arguments &arguments);
 
-/// Parameters of a VEL file, counted natively.
+/// The number of parameters in a VEL file, counted without the Perl side.
 [[nodiscard]] std::uint64_t countParameters(const std::string &file);
 
-/// The word with which this program runs itself as the editor.
+/// The argument with which this program starts itself as the editor.
 inline constexpr const char *editorChild = "editor.child";
 
-/// Runs the editor on the file and ends the process when its tree has been
-/// painted, after a line that says when that was.
+/// Runs the editor on the file. When the tree has been painted, prints the time
+/// and ends the process.
 int runEditorChild(int count, char **words);
 
 } // namespace velBench

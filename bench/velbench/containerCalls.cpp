@@ -1,4 +1,4 @@
-// Measurements of the def/res library, on files in a folder of the caller's.
+// Measures the container library, on files in the caller's folder.
 #include "bench/velbench/calls.h"
 
 #include "io/bench/container_workloads.h"
@@ -20,7 +20,7 @@ void check(int code)
         throw Failure(io_code_text(code));
 }
 
-/// A file in the caller's folder, gone with the object.
+/// A file in the caller's folder; the destructor deletes it.
 class BenchFile
 {
 public:
@@ -41,7 +41,7 @@ private:
     std::string path_;
 };
 
-/// The doubles of the DATA file, or generated ones.
+/// Doubles from the DATA file, or generated ones.
 std::vector<double> doublesOf(const Arguments &arguments)
 {
     if (arguments.size() < 2)
@@ -55,7 +55,8 @@ std::vector<double> doublesOf(const Arguments &arguments)
     return values;
 }
 
-/// What is done `params` times, with the memory that it leaves taken.
+/// Times `work`, which does something `params` times, and measures the memory that
+/// it keeps.
 Result measure(Result result, const std::function<void()> &reset, const std::function<void()> &work)
 {
     const std::int64_t before = residentBytes();

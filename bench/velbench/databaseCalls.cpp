@@ -1,3 +1,4 @@
+// Measures the command database: parse, format and look up.
 #include "bench/velbench/calls.h"
 
 #include "velapilt/src/velapilt.h"
@@ -23,7 +24,7 @@ void load(velHandle *handle, const std::string &file)
     require(loadVELFile(handle, file.c_str(), "vel"));
 }
 
-/// Walks without recursion: files may nest deeper than a stack would bear.
+/// Walks without recursion, because a file may nest too deep for the stack.
 std::uint64_t countParameters(velHandle *handle)
 {
     std::uint64_t count = 0;
@@ -96,16 +97,16 @@ Result velLookup(const Arguments &arguments)
     load(handle.get(), arguments[0]);
     result.rss = residentBytes() - before;
 
-    result.seconds = bestOf([&] { result.bytes = 0; },
-                            [&] {
-                                for (const std::uint32_t i : order) {
-                                    const char *value =
-                                        velFindValue(handle.get(), paths[i].c_str());
-                                    if (!value)
-                                        throw Failure(paths[i] + ": no such value");
-                                    result.bytes += std::strlen(value);
-                                }
-                            });
+    result.seconds =
+        bestOf([&] { result.bytes = 0; },
+               [&] {
+                   for (const std::uint32_t i : order) {
+                       const char *value = velFindValue(handle.get(), paths[i].c_str());
+                       if (!value)
+                           throw Failure(paths[i] + ": the file has no such parameter");
+                       result.bytes += std::strlen(value);
+                   }
+               });
     return result;
 }
 

@@ -1,6 +1,5 @@
-// The editor's start, measured on the editor's own code: this program runs
-// itself as the editor, on a platform without a display, and the editor tells
-// when its tree has been painted.
+// Measures the start of the editor. This program starts itself as the editor,
+// without a display, and the editor prints when its tree has been painted.
 #include "bench/velbench/calls.h"
 
 #include "tools/veltool/support/programPlace.h"
@@ -35,7 +34,7 @@ public:
     {
         if (event->type() == QEvent::Paint && !painting_ && isFilledTree(object->parent())) {
             painting_ = true;
-            // Arrives once the painting itself is done.
+            // This event arrives after the painting.
             QCoreApplication::postEvent(this, new QEvent(QEvent::User));
         }
         return false;
@@ -67,20 +66,20 @@ void watchPainting()
     QCoreApplication::instance()->installEventFilter(&watcher);
 }
 
-/// One start: seconds from before the process exists to the painted tree.
+/// One start: seconds from before the process exists until the tree is painted.
 struct Start
 {
     double seconds;
     std::int64_t rss;
 };
 
-/// Runs this program as the editor; what it says goes to the end that is given
-/// back.
+/// Runs this program as the editor. Returns the end of the pipe that receives its
+/// output.
 int spawnEditor(const std::string &file)
 {
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0)
-        throw Failure("no pipe");
+        throw Failure("cannot make a pipe");
     const pid_t child = fork();
     if (child == 0) {
         dup2(ends[1], STDOUT_FILENO);

@@ -1,6 +1,5 @@
-// What the editor does while its user works, measured on its real window, on a
-// platform without a display. Every time ends when the window has been painted
-// again, as far as anything has changed.
+// Measures the user's steps in the editor's real window, without a display. A
+// measurement ends when all changes in the window have been painted.
 #include "bench/velbench/calls.h"
 
 #include "common/error.h"
@@ -29,7 +28,7 @@ namespace {
 using velEditor::VELTree;
 using velEditor::VELTreeItem;
 
-/// A window on a file, with an application of its own.
+/// The editor's window with a file, and its own application object.
 class Window
 {
 public:
@@ -71,7 +70,7 @@ public:
         return rows;
     }
 
-    /// The last row whose value can be changed.
+    /// The last row with a value that can be changed.
     [[nodiscard]] VELTreeItem &editableRow()
     {
         VELTreeItem *last = nullptr;
@@ -98,7 +97,7 @@ Result result(const char *name, const std::string &file, std::uint64_t count)
     return {.name = name, .bytes = fileSize(file), .params = count};
 }
 
-/// Answers the dialog that waits: a list keeps its entry, a field gets a text.
+/// Answers the open dialog: keeps the entry of a list, fills a text field.
 void answerEdit()
 {
     auto *dialog = qobject_cast<velEditor::EditParamDialog *>(QApplication::activeModalWidget());
@@ -113,7 +112,7 @@ void answerEdit()
     dialog->doOk();
 }
 
-/// Bytes that the process has in use on its heap.
+/// Bytes in use on the heap of this process.
 std::int64_t heapBytes()
 {
     const struct mallinfo2 info = mallinfo2();

@@ -1,3 +1,4 @@
+// Reads clock and memory, repeats work, prints results.
 #include "bench/velbench/measure.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Measures calls of the embedded Perl interpreter.
 #include "bench/velbench/calls.h"
 
 #include "velparser/api/velBench.h"

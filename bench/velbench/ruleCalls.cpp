@@ -1,5 +1,5 @@
-// Validation as the programs do it, with the rules that the environment names
-// and all checks on.
+// Measures validation, with the rule libraries that the environment names and all
+// checks on.
 #include "bench/velbench/calls.h"
 
 #include "velparser/api/velparser.h"
@@ -32,13 +32,13 @@ void switchChecks(int on)
     require(velparser::setBoundsChecking(on));
 }
 
-/// Findings are no failure: they are what a validation is for.
+/// Validates the data; findings are not a failure of the measurement.
 void validate()
 {
     static_cast<void>(velparser::validateVELDataH());
 }
 
-/// What one cold run took and holds.
+/// Time and memory of one cold run.
 struct ColdRun
 {
     double seconds;
@@ -67,7 +67,7 @@ ColdRun runCold(const std::function<void()> &work)
 {
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0)
-        throw Failure("no pipe");
+        throw Failure("cannot make a pipe");
     const pid_t child = fork();
     if (child == 0)
         beColdChild(ends[1], work);
@@ -75,11 +75,11 @@ ColdRun runCold(const std::function<void()> &work)
     const std::unique_ptr<std::FILE, int (*)(std::FILE *)> in(fdopen(ends[0], "r"), std::fclose);
     double seconds = 0;
     long long rss = 0;
-    const bool told = in && std::fscanf(in.get(), coldFormat, &seconds, &rss) == 2;
+    const bool reported = in && std::fscanf(in.get(), coldFormat, &seconds, &rss) == 2;
     if (child > 0)
         waitpid(child, nullptr, 0);
-    if (!told)
-        throw Failure("the run in a fresh process failed");
+    if (!reported)
+        throw Failure("the run in a new process failed");
     return {seconds, rss};
 }
 
@@ -135,7 +135,7 @@ Result rulesEdit(const Arguments &arguments)
         validate();
     };
     const std::int64_t before = residentBytes();
-    // A value that is there already is no edit.
+    // Setting the current value again would not be an edit, so reset changes it.
     result.seconds = bestOf([&] { give(""); }, [&] { give(value.value_or("").c_str()); });
     result.rss = residentBytes() - before;
     return result;

@@ -1,5 +1,5 @@
-// velbench CALL ARGUMENTS: measures the code that the programs run and prints
-// one JSON object a line. Exit status 0, or 2 when a measurement was not made.
+// velbench CALL ARGUMENTS: measures the code of the programs and prints one JSON
+// object per line. Exit status 0, or 2 if a measurement failed.
 #include "bench/velbench/calls.h"
 #include "common/writeSignals.h"
 #include "tools/veltool/support/programPlace.h"
@@ -84,6 +84,6 @@ int main(int count, char **words)
             return usage(stderr, 2);
         return run(call, arguments);
     }
-    std::fprintf(stderr, "velbench: %s: no such call\n", words[1]);
+    std::fprintf(stderr, "velbench: unknown call \"%s\"; see velbench --help\n", words[1]);
     return 2;
 }

@@ -65,7 +65,7 @@ int write_one(const std::string &file, const char *type, std::size_t count, cons
     return close(session);
 }
 
-/// Where a name stands: room for one match.
+/// Room for one match of a locate.
 struct location
 {
     char strings[2 * IO_STRING_SLOT];

@@ -1,5 +1,5 @@
-// Passes everything on to another environment, and makes calls fail: the n-th
-// one, or the n-th and all after it.
+// An environment that passes every call to another one, and lets calls fail: the
+// n-th one, or the n-th and all after it.
 #pragma once
 
 #include "io/Src/Main/io_env.h"
@@ -15,7 +15,7 @@ public:
     /// half of its bytes.
     void fail(int call, int number, bool for_good);
 
-    /// Only writes count, or are failed.
+    /// Whether only writes are counted and fail.
     void writes_only(bool only) { writes_only_ = only; }
 
     /// Calls since fail(), or since the beginning.
@@ -29,7 +29,7 @@ public:
     void put_error(std::string_view line) override { base_.put_error(line); }
     void break_into_debugger() override { base_.break_into_debugger(); }
 
-    /// Counts a call; true, with errno, if it is one that fails.
+    /// Counts a call; true, with errno set, if it must fail.
     bool next_fails(bool is_write = false);
 
 private:

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Keeps the contents alive also when the name is removed, as a real file does.
+/// Keeps the contents after the name was removed, like a real open file.
 class memory_file : public io_file
 {
 public:

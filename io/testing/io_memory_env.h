@@ -20,11 +20,11 @@ public:
 
     bool exists(const std::string &name) const { return files.count(name) > 0; }
 
-    /// Contents; made where it is missing.
+    /// The contents of a file; makes the file if it is missing.
     std::string &operator[](const std::string &name);
 
     std::map<std::string, std::shared_ptr<std::string>> files;
-    std::set<std::string> read_only; ///< names that open for writing with EACCES
+    std::set<std::string> read_only; ///< names whose opening for writing fails with EACCES
     bool no_new_files = false;       ///< as in a folder without write permission
     std::map<std::string, std::string> variables;
     std::string trace;
@@ -32,6 +32,6 @@ public:
     int slept_ms = 0;
     int debugger_breaks = 0;
 
-    /// Called by every sleep: what happens elsewhere meanwhile.
+    /// Called by every sleep; plays what another process does meanwhile.
     void (*while_sleeping)(io_memory_env &) = nullptr;
 };

@@ -1,6 +1,6 @@
-// What the library writes into a client's arrays: never more than the client
-// stated, for every type and request that fills them, and what an independent
-// model says that a dataset reads back to.
+// Tests what the library writes into a client's arrays, for every type and every
+// request that fills them: never beyond the stated sizes, and the same values as an
+// independent model.
 #include "io/Src/Main/zot_primitives.h"
 #include "io/tests/io_client.h"
 
@@ -19,7 +19,7 @@ constexpr std::size_t guard_bytes = 600;
 #endif
 constexpr char guard = 0x5a;
 
-/// An array of exactly so many bytes; what is after it must stay as it is.
+/// An array of exactly so many bytes; checks that the bytes after it do not change.
 class stated_array
 {
 public:
@@ -133,14 +133,14 @@ constexpr const char *formats[] = {"F", "u", "u5", "l", "l9"};
 struct type_case
 {
     const char *type;
-    const char *as; ///< what it can be converted to, or null
+    const char *as; ///< a type that it can be converted to, or null
 };
 
 class ClientArraysOf : public ClientArrays, public ::testing::WithParamInterface<type_case>
 {
 };
 
-/// Each request that reads data, with arrays that hold it exactly.
+/// Sends each request that reads data, with arrays of exactly the size needed.
 TEST_P(ClientArraysOf, AreNeverFilledBeyondTheirEnds)
 {
     constexpr std::int32_t count = 120;
@@ -192,7 +192,7 @@ TEST_P(ClientArraysOf, ThatAreTooSmallStayAsTheyAre)
     }
 }
 
-/// A failure after a part was read leaves zeros, within the same bounds.
+/// A read that fails in the middle leaves zeros, within the same bounds.
 TEST_P(ClientArraysOf, AreEmptyAfterAFailedRead)
 {
     constexpr std::int32_t count = 120;
@@ -227,7 +227,7 @@ TEST_P(ClientArraysOf, AreEmptyAfterAFailedRead)
     }
 }
 
-/// Whatever a damaged file claims, the ends of the arrays hold.
+/// A damaged file cannot make the library write beyond the arrays.
 TEST_P(ClientArraysOf, AreNeverFilledBeyondTheirEndsByADamagedFile)
 {
     constexpr std::int32_t count = 120;
@@ -276,7 +276,7 @@ INSTANTIATE_TEST_SUITE_P(
                       type_case{"STRC{STRI:256 CHAR:2 INTR:1 REAL:1 DBLE:1 LOGL:1}",
                                 "STRC{STRI:256 CHAR:2 REAL:1 INTR:1 REAL:1 INTR:1}"}));
 
-/// Two strings of 256 characters in the two slots of 80 that a client has.
+/// The client has two slots of 80 for two strings of 256 characters.
 TEST_F(ClientArrays, LongStringsAreCutToTheSlotsOfTheClient)
 {
     for (const char *format : formats) {
@@ -298,7 +298,7 @@ TEST_F(ClientArrays, LongStringsAreCutToTheSlotsOfTheClient)
     }
 }
 
-/// The reading of one dataset leaves the room for the next locate as it was.
+/// Reading a dataset does not change the sizes that the next locate uses.
 TEST_F(ClientArrays, SizesThatWereLargeEnoughDoNotChange)
 {
     write("INTR", 3, "u");
@@ -325,7 +325,8 @@ TEST_F(ClientArrays, SizesThatWereLargeEnoughDoNotChange)
     EXPECT_EQ(client.data.strings_size, 40);
 }
 
-/// Arrays of no size at all are a question for the sizes; a missing one is not.
+/// With size 0 a locate only reports the sizes that it needs; a missing array is an
+/// error.
 TEST_F(ClientArrays, ALocateReportsTheSizesItNeeds)
 {
     write("INTR", 3, "u");
@@ -349,7 +350,7 @@ TEST_F(ClientArrays, ALocateReportsTheSizesItNeeds)
     }
 }
 
-/// Code 14 of a record that is too long says nothing about arrays and elements.
+/// If a record is too long, code 14 does not mean that arrays are too small.
 TEST_F(ClientArrays, ABadHeaderIsNotAQuestionForSizes)
 {
     write("INTR", 120, "u5");
@@ -428,7 +429,7 @@ TEST_F(ClientArrays, NumbersOfATextFileStayWithinTheirArrays)
     }
 }
 
-/// What a client may read, by a model that knows nothing of the library.
+/// The values that a client must read, computed without the library.
 class model
 {
 public:
@@ -452,7 +453,8 @@ public:
         return text;
     }
 
-    /// A string of a dataset with strings of `length`, read into slots for `room`.
+    /// A string from a dataset of strings of `length`, read into a slot for `room`
+    /// characters.
     static std::string read_back(const std::string &text, std::size_t length, std::size_t room,
                                  bool formatted)
     {

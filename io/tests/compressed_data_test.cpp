@@ -1,4 +1,5 @@
-// Compressed arrays: written, read back in each layout, damaged in each place.
+// Tests compressed arrays: writes them, reads them back in each layout, and damages
+// each part.
 #include "io/Src/Main/compressed_data.h"
 
 #include "io/Src/Main/data_io.h"
@@ -52,7 +53,7 @@ std::vector<std::int32_t> noise(std::size_t count)
     return values;
 }
 
-/// Compresses, but not to much less.
+/// Values that compress only a little.
 std::vector<std::int32_t> smooth_noise(std::size_t count)
 {
     std::vector<std::int32_t> values = noise(count);
@@ -88,7 +89,7 @@ protected:
         return env_["f"].substr(start, env_["f"].find("*ENDDATASET") - start);
     }
 
-    /// Puts another data area into the only dataset and reads it.
+    /// Replaces the data area of the only dataset and reads it.
     std::string read_area(const std::string &bytes, const char *blockfactor)
     {
         std::string whole = env_["f"];
@@ -316,8 +317,8 @@ TEST_F(CompressedData, LevelZeroIsRefusedOnReadingToo)
                                "iocnt: read data failed\n");
 }
 
-/// The length in front takes eight bytes, and the stream whole words: ones of a
-/// byte, four or eight.
+/// The length before the stream has eight bytes. The stream consists of whole words
+/// of one, four or eight bytes.
 TEST_F(CompressedData, WideLengthsAndWords)
 {
     std::vector<double> values(100, 1.5);
@@ -331,7 +332,7 @@ TEST_F(CompressedData, WideLengthsAndWords)
                           std::string(4, '\0') + stream);
 }
 
-/// A buffer of any size gives the same stream.
+/// The stream is the same for every buffer size.
 TEST_F(CompressedData, TheStreamDoesNotDependOnItsParts)
 {
     io_reporter report(env_);
@@ -355,8 +356,8 @@ TEST_F(CompressedData, TheStreamDoesNotDependOnItsParts)
     }
 }
 
-/// As large as what it was made of: kept, and to be recognised as ended without a
-/// byte of room to spare.
+/// A stream as large as its data is stored. Its end must be recognised although the
+/// buffer has no spare byte.
 TEST_F(CompressedData, AStreamAsLargeAsItsDataIsKept)
 {
     io_reporter report(env_);
@@ -393,7 +394,7 @@ TEST_F(CompressedData, AStreamAsLargeAsItsDataIsKept)
     EXPECT_EQ(tried, 20);
 }
 
-/// Long enough for many parts: the length in front is put there at the end.
+/// A stream of many parts gets its length when all parts are written.
 TEST_F(CompressedData, LongStreamsHaveTheirLengthInFront)
 {
     std::vector<std::int32_t> values = smooth_noise(1000000);
@@ -406,7 +407,7 @@ TEST_F(CompressedData, LongStreamsHaveTheirLengthInFront)
     EXPECT_EQ(client_.read("C", "D", 1), text_of({1, 2, 3}));
 }
 
-/// Given up on after several parts.
+/// The writer gives up compression after several parts.
 TEST_F(CompressedData, MuchThatDoesNotCompressIsStored)
 {
     std::vector<std::int32_t> values = noise(500000);

@@ -1,4 +1,5 @@
-// Listing, verifying and rebuilding, on sound files and on ones with known faults.
+// Tests listing, verifying and rebuilding, on sound files and on files with known
+// faults.
 #include "io/Src/Main/container_check.h"
 
 #include "io/tests/io_client.h"
@@ -27,7 +28,7 @@ protected:
         take_messages();
     }
 
-    /// "position text" a line.
+    /// One line "position text" for each fault.
     std::string faults()
     {
         std::string before = env_["f"];
@@ -109,7 +110,7 @@ TEST_F(ContainerCheck, FaultsHaveTheirPlaces)
     std::size_t line = sound.rfind("N\x1b"
                                    "A");
     env_["f"][line] = 'Y';
-    EXPECT_EQ(faults(), at(36, "A:P:1: is deleted, in the index it is not"));
+    EXPECT_EQ(faults(), at(36, "A:P:1: is deleted, but the index lists it as live"));
     env_["f"] = sound;
     std::size_t name = sound.rfind("Y\x1b"
                                    "C");
@@ -117,11 +118,11 @@ TEST_F(ContainerCheck, FaultsHaveTheirPlaces)
     EXPECT_EQ(faults(), at(third_, "D:P:3: the index has another name or length than the dataset"));
 }
 
-TEST_F(ContainerCheck, FaultsBehindTheFirst)
+TEST_F(ContainerCheck, FaultsAfterTheFirst)
 {
     std::string sound = env_["f"];
-    // The length of the first dataset, the data of the second, and a line of the
-    // index.
+    // Damages the length of the first dataset, the data of the second, and a line of
+    // the index.
     env_["f"][39] = static_cast<char>(env_["f"][39] ^ 0x01);
     std::size_t stream = sound.find("*DATA", static_cast<std::size_t>(second_) + 20) + 15;
     env_["f"][stream] = static_cast<char>(env_["f"][stream] ^ 0x40);
@@ -132,7 +133,8 @@ TEST_F(ContainerCheck, FaultsBehindTheFirst)
     EXPECT_EQ(text.find("36 recreate_indextable: Bad file: final dataset length field "), 0U)
         << text;
     EXPECT_NE(text.find(at(second_, "B:P:2: io_gunzip: Data error")), std::string::npos) << text;
-    EXPECT_NE(text.find(at(third_, "C:P:3: is live, in the index it is not")), std::string::npos)
+    EXPECT_NE(text.find(at(third_, "C:P:3: is live, but the index marks it as deleted")),
+              std::string::npos)
         << text;
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3) << text;
 }
@@ -153,7 +155,7 @@ TEST_F(ContainerCheck, RebuildingAFileThatWasCut)
 
 TEST_F(ContainerCheck, RebuildingSaysWhatTheIndexStillKnew)
 {
-    // The length of the last dataset points beyond the file; its index line is there.
+    // The length of the last dataset points beyond the file; its index line exists.
     std::string &bytes = env_["f"];
     bytes.replace(static_cast<std::size_t>(third_) + 3, 20, "             9999999");
     rebuild_result result;

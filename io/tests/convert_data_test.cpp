@@ -1,4 +1,5 @@
-// Conversions of each pair of types, at the limits of their ranges, and refusals.
+// Tests the conversion of each pair of types at the limits of their ranges, and the
+// pairs that are refused.
 #include "io/Src/Main/convert_data.h"
 
 #include "io/tests/io_client.h"

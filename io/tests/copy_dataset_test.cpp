@@ -1,4 +1,4 @@
-// Copies of one, some and all datasets; the target is read back and compared.
+// Tests copies of one, some and all datasets; reads the target back and compares.
 #include "io/Src/Main/copy_dataset.h"
 
 #include "io/tests/io_client.h"
@@ -35,7 +35,7 @@ protected:
         return client_.request(number, header.header(), data);
     }
 
-    /// What stands in the copy, with the format code of each.
+    /// The datasets of the copy with their format codes.
     std::string copied()
     {
         EXPECT_EQ(client_.request(IO_CLOSE_SECONDARY), IO_OK);
@@ -91,7 +91,7 @@ TEST_F(CopyDataset, CompressingAll)
     ASSERT_EQ(copy(IO_COPY_DS_COMPRESS_WHEN, "A", "P", -1), IO_OK);
     EXPECT_EQ(copied(), "A P 0 F  1\nB P 1 u5 2.5 2.5\nC Q 0 u  \"text\"\nB P 7 u5 9\n");
     ASSERT_EQ(client_.request(IO_OPEN_SECONDARY, "h"), IO_OK);
-    EXPECT_EQ(copy(IO_COPY_DS_COMPRESS_WHEN, "A", "P", 99), IO_OK); // nothing found is no failure
+    EXPECT_EQ(copy(IO_COPY_DS_COMPRESS_WHEN, "A", "P", 99), IO_OK); // no match is not a failure
 }
 
 TEST_F(CopyDataset, ByNameByPatternAndUnderANewName)
@@ -104,8 +104,7 @@ TEST_F(CopyDataset, ByNameByPatternAndUnderANewName)
                         "NEW PLACE 12 F  1\n");
 }
 
-/// Whatever the format, the record of the block factor is copied as it is, or
-/// stays absent.
+/// In every format, a copy keeps the record of the block factor, or its absence.
 TEST_F(CopyDataset, TheBlockFactorOnDiskIsKept)
 {
     ASSERT_EQ(client_.write_integers("F", "R", 1, {1}, "F"), IO_OK);
@@ -156,7 +155,7 @@ TEST_F(CopyDataset, BigEndianDataIsCopiedAsItIs)
     std::int64_t at = client_.position("C", "Q", 0);
     ASSERT_EQ(copy(IO_COPY_DATASET, "C", "Q", 0, at), IO_OK);
     env_.variables["ZOT_IO_TRACE"] = "1";
-    // A big-endian source, made from a small-endian one by hand.
+    // Makes a big-endian source from a little-endian one.
     std::string inner;
     auto counted = [](const std::string &text) {
         return std::string("\0\0\0", 3) + static_cast<char>(text.size()) + text;

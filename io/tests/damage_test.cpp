@@ -1,5 +1,5 @@
-// Files cut at every length and with every byte flipped, in every format:
-// whatever they are, the answer is a code, and a read-only open leaves them alone.
+// Cuts files at every length and flips every byte, in every format. Tests that each
+// call returns a known code and that a read-only opening does not change the file.
 #include "io/Src/Main/container_check.h"
 
 #include "io/tests/io_client.h"
@@ -56,7 +56,8 @@ protected:
         EXPECT_TRUE(code >= 0 && code < IO_CODE_COUNT) << what << ": " << code;
     }
 
-    /// Opens, locates, reads everything, verifies; the number of datasets read.
+    /// Opens, locates, reads everything and verifies. Returns the number of datasets
+    /// read.
     int exercise(const std::string &bytes, const std::string &what)
     {
         env_["g"] = bytes;
@@ -82,7 +83,7 @@ protected:
         return read;
     }
 
-    /// Opening to write and closing must give a file that opens.
+    /// After the file was opened for writing and closed, it must open again.
     void repair(const std::string &bytes, const std::string &what)
     {
         env_["g"] = bytes;
@@ -111,7 +112,7 @@ TEST_P(Damage, EveryLength)
     for (std::size_t length = 0; length <= whole_.size(); length++) {
         std::string what = "length " + std::to_string(length);
         int read = exercise(whole_.substr(0, length), what);
-        EXPECT_GE(read, last) << what; // what was whole before stays readable
+        EXPECT_GE(read, last) << what; // complete datasets stay readable
         last = read;
         repair(whole_.substr(0, length), what);
     }

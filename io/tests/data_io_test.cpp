@@ -1,4 +1,4 @@
-// Arrays of each type: the bytes in the file, and what is read from them.
+// Tests arrays of each type: the bytes in the file and the values read from them.
 #include "io/Src/Main/data_io.h"
 
 #include "io/tests/io_client.h"
@@ -174,7 +174,7 @@ TEST(DataIoBytes, BinaryStringsAreFilledWithBlanks)
     EXPECT_EQ(data_of("STRC{STRI:5}"), "ab        ");
 }
 
-/// Big-endian data is never written anew, so it is made here byte by byte.
+/// The library never writes new big-endian data, so the test makes it byte by byte.
 std::string big_endian_dataset(char letter, const std::string &type, const std::string &count,
                                const std::string &data)
 {
@@ -277,10 +277,10 @@ TEST(DataIoForeign, DataThatEndsEarlierThanItsLengthSays)
     EXPECT_EQ(take_messages(),
               "read_located_dataset_as: bad data set end tag: expected *ENDDATASET got"
               " \"xxxx*ENDDAT\"\niocnt: read data failed\n");
-    EXPECT_EQ(value, 0); // a read that fails gives no data at all
+    EXPECT_EQ(value, 0); // a read that fails returns no data
 }
 
-/// Damage behind a good index, so that no rebuild meets it first.
+/// The index is correct, so no rebuild finds the damage before the reader.
 TEST(DataIoForeign, DatasetsThatAreNotAsTheIndexSays)
 {
     io_memory_env env;

@@ -1,5 +1,5 @@
-// The table of element types, and data type strings: accepted ones as text, others
-// by their messages.
+// Tests the table of element types and the parser of data type strings: its results
+// as text, and the messages for strings that it refuses.
 #include "io/Src/Main/data_type.h"
 
 #include "io/Src/Main/element_arrays.h"
@@ -37,8 +37,8 @@ std::string structure_of(int entries)
     return text + "}";
 }
 
-/// What the table says of each type: name, array, bytes of a word and of the
-/// shortest formatted element, letter, properties, and what it converts to.
+/// The table entry of each type: name, array, bytes of a word and of the shortest
+/// formatted element, letter, properties, and the types that it converts to.
 TEST(DataType, TheTableOfElementTypes)
 {
     std::string text;
@@ -101,7 +101,7 @@ TEST(DataType, Structures)
 {
     EXPECT_EQ(parsed("STRC{INTR:1 REAL:2}"), "STRC INTR*1/0 REAL*2/0");
     EXPECT_EQ(parsed("STRC{STRI:4:80 CHAR:3}"), "STRC STRI*320/320 CHAR*3/0");
-    // Several blanks separate entries as one does.
+    // Several blanks separate entries like one blank.
     EXPECT_EQ(parsed("STRC{INTR:1  REAL:2    LOGL:1}"), "STRC INTR*1/0 REAL*2/0 LOGL*1/0");
 }
 

@@ -1,4 +1,5 @@
-// Deletions: the marks in the file and in the index, also after a crash between them.
+// Tests deletions: the marks in the file and in the index, also after a crash
+// between the two writes.
 #include "io/Src/Main/delete_ds.h"
 
 #include "io/testing/io_failing_env.h"
@@ -95,7 +96,7 @@ TEST_F(DeleteDs, AMarkThatTheIndexDoesNotKnowIsLeftAlone)
     EXPECT_EQ(take_messages(), "delete_process_sub: invalid format tag, should never arrive here\n"
                                "delete_bywhat: delete_process failed\n"
                                "delete_ds: delete_bywhat failed\niocnt: delete_ds failed\n");
-    // Its slot in the index was marked first, so no lookup finds it any more.
+    // Its slot in the index was marked first, so no look-up finds it any more.
     EXPECT_EQ(client_.locate("A", "P", 2), "code 17");
 }
 

@@ -1,5 +1,5 @@
-// Every call to the system fails once, or from some moment on: the answer is a
-// code, earlier datasets stay readable, and no lock is left behind.
+// Lets each system call fail once, or it and all later ones. Tests that the library
+// returns a code, that earlier datasets stay readable, and that no lock remains.
 #include "io/testing/io_failing_env.h"
 #include "io/tests/io_client.h"
 
@@ -27,8 +27,8 @@ void make_files(io_env &env)
     ASSERT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
 }
 
-/// Everything a client does, ending with both files closed. Codes are checked
-/// to be codes; what was asked for may or may not have been done.
+/// Sends every request and closes both files at the end. Checks only that the codes
+/// are known ones, because any request may fail.
 void use_everything(io_client &client, int call)
 {
     expect_code(client.request(IO_OPEN_PRIMARY_WRITE, "f"), call);
@@ -76,13 +76,13 @@ TEST_P(FailingCalls, NoneLosesAnything)
         }
         env.fail(0, 0, false);
         if (for_good) {
-            // Nothing could be removed any more, as if the process had been killed.
+            // No file could be removed any more, as if the process had been killed.
             memory.files.erase("f.lck");
             memory.files.erase("g.lck");
         }
         take_messages();
         io_client client(memory);
-        // A lock file whose removal was the call that failed stays; no other.
+        // A lock file may only stay if its removal was the call that failed.
         if (memory.exists("f.lck") || memory.exists("g.lck")) {
             EXPECT_NE(client.request(IO_OPEN_PRIMARY_WRITE, memory.exists("f.lck") ? "f" : "g"),
                       IO_OK);
@@ -97,7 +97,7 @@ TEST_P(FailingCalls, NoneLosesAnything)
     }
 }
 
-/// 20 bits of noise in 32: compresses, to more than is written at once.
+/// 20 bits of noise in 32: compresses to more bytes than one write takes.
 std::vector<std::int32_t> long_array()
 {
     std::vector<std::int32_t> values(150000);

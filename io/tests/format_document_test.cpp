@@ -1,4 +1,4 @@
-// The worked example of docs/container-format.md is what the library writes.
+// Tests that the library writes the example file of docs/container-format.md.
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Sixteen bytes a line: offset, hexadecimal, text.
+/// Sixteen bytes per line: offset, hexadecimal, text.
 std::string hex_dump(const std::string &bytes)
 {
     std::string out;

@@ -1,4 +1,4 @@
-// Formatted data whose lines are not as long as this library writes them.
+// Tests formatted data with lines of other lengths than this library writes.
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
@@ -85,15 +85,15 @@ TEST_F(FormattedLines, OfLogicalsMayEndWithTheirLastWord)
     EXPECT_EQ(read("LOGL", 1, "X\n"), "code 10");
 }
 
-/// A number that is cut would be another number.
+/// Filling up a cut number would give another number.
 TEST_F(FormattedLines, OfNumbersAreNotFilledUp)
 {
     EXPECT_EQ(read("INTR", 1, "        1\n"), "code 10");
     EXPECT_EQ(read("REAL", 1, "   1.00000000000E+0\n"), "code 10");
 }
 
-/// What the header claims is compared with what is left of the file, before
-/// anything is allocated for it.
+/// The library compares the header with the rest of the file before it allocates
+/// memory.
 TEST_F(FormattedLines, ThatTheFileCannotHoldAreRefused)
 {
     for (const char *type : {"STRI", "CHAR", "INTR", "REAL", "LOGL", "STRC{INTR:1}"}) {
@@ -122,8 +122,8 @@ TEST_F(FormattedLines, OfARecordWithoutItsLastEscHaveACodeOfTheirOwn)
               "5 6");
 }
 
-/// Code 14 is a question for room only where an array is too small. Else it is a
-/// failure like any other: with a message, and without a number of elements.
+/// Code 14 asks for larger arrays only if an array is too small. Otherwise it is a
+/// failure: with a message and without a number of elements.
 TEST_F(FormattedLines, ThatAreTooLongAreNoQuestionForRoom)
 {
     EXPECT_EQ(read("STRI:2", 1, "abc\n"), "code 14");
@@ -149,7 +149,7 @@ TEST_F(FormattedLines, ThatAreTooLongAreNoQuestionForRoom)
     EXPECT_EQ(take_messages(), too_long);
 }
 
-/// What is wrong with the dataset itself comes before what the request is for.
+/// A fault of the dataset is reported before one of the request.
 TEST_F(FormattedLines, OfABadDatasetKeepTheirCodeInACompressedRead)
 {
     EXPECT_EQ(read("INTR", 1, "         1\n"), "1");

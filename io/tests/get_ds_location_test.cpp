@@ -1,4 +1,4 @@
-// Searches of the index, compared with a look at every line of it.
+// Tests searches of the index; compares them with a scan of all lines.
 #include "io/Src/Main/get_ds_location.h"
 
 #include "io/tests/io_client.h"
@@ -120,9 +120,11 @@ TEST_F(Location, EqualWhensAreOrderedByWhatFromTheThirdCharacter)
     insert("BBa", "P", 3);
     insert("CCm", "P", 4);
     insert("D", "P", 3);
-    // The first two characters do not count, so BBa stands before AAz. Kept.
+    // The first two characters do not count, so BBa comes before AAz. Clients rely on
+    // that.
     EXPECT_EQ(find("*", "P", -1), "CCm:P:4 D:P:3 BBa:P:3 AAz:P:3 ");
-    // Found by WHERE, so ties fall to the texts of length and position: 1036, 3036, 36.
+    // Found by WHERE, so equal keys are ordered by the texts of length and position:
+    // 1036, 3036, 36.
     EXPECT_EQ(find("*", "P", 3), "BBa:P:3 D:P:3 AAz:P:3 ");
 }
 
@@ -135,7 +137,7 @@ TEST_F(Location, FindsWhatALookAtEveryLineFinds)
         std::int32_t when;
         bool operator<(const name &other) const
         {
-            // As the texts of the lines are ordered, ESC being below all others.
+            // The order of the lines as texts; ESC is less than all other characters.
             auto key = [](const name &one) {
                 return one.what + "\x1b" + one.where + "\x1b" + std::to_string(one.when) + "\x1b";
             };

@@ -1,4 +1,4 @@
-// Patterns against texts, each pair with its answer.
+// Tests patterns: a table of patterns and texts, and whether they match.
 #include "io/Src/Main/glob.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The slots of the index: their bytes, growth, sentinel and orders.
+// Tests the slots of the index: bytes, growth, sentinel and orders.
 #include "io/Src/Main/index_table.h"
 
 #include "io/Src/Main/get_ds_location.h"
@@ -96,7 +96,7 @@ TEST_F(IndexTable, SortsByBytesFromTheThirdOn)
     insert("A", "X", 0);
     table_.set_status(0, 'N');
     table_.sort_by_what();
-    // WHEN is compared as text; ESC is below every letter.
+    // WHEN is compared as text; ESC is less than every letter.
     EXPECT_EQ(lines(), "A X 0\nA Y 2\nAB X 0\nB X 10\nB X 9\n");
     EXPECT_EQ(table_.status(3), 'N');
 }

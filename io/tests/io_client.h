@@ -1,4 +1,4 @@
-// A client for tests: requests as one-line calls, results as text.
+// A client for tests: each request is one call, each result a text.
 #pragma once
 
 #include "io/Src/Main/io_session.h"
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-/// Everything that the error routine of any io_client received.
+/// Takes all messages that error routines of io_client objects received.
 std::string take_messages();
 int collect_message(const char *text, std::int32_t length);
 
@@ -23,7 +23,7 @@ public:
 
     io_session &session() { return session_; }
 
-    /// A request that needs the file name only, or nothing.
+    /// Sends a request that needs at most a file name.
     int request(io_request number, const char *filename = nullptr);
     int request(io_request number, IO_header header, IO_data &data);
 
@@ -36,15 +36,15 @@ public:
                       const std::vector<std::string> &lines, const char *format = nullptr);
     int remove(const char *what, const char *where, std::int32_t when);
 
-    /// "WHAT WHERE WHEN" a line, or "code N".
+    /// One line "WHAT WHERE WHEN" per match, or "code N".
     std::string locate(const char *what, const char *where, std::int32_t when,
                        io_request number = IO_LOCATE_PRIMARY);
 
     /// Position and length of the first match; 0 if there is none.
     std::int64_t position(const char *what, const char *where, std::int32_t when);
 
-    /// The values of the first match, blank-separated and of strings in
-    /// quotes; by type STRI, CHAR, INTR, REAL, DBLE, LOGL. Or "code N".
+    /// The values of the first match, separated by blanks, strings in quotes, in
+    /// the order STRI, CHAR, INTR, REAL, DBLE, LOGL; or "code N".
     std::string read(const char *what, const char *where, std::int32_t when, const char *as = "");
 
     /// The same for a dataset at a position.
@@ -56,7 +56,7 @@ private:
     io_session session_;
 };
 
-/// Arrays large enough for what `sizes` asks for, after a read that gave 14.
+/// Arrays of the sizes in `sizes`, after a read that returned 14.
 class io_arrays
 {
 public:

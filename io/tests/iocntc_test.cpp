@@ -1,4 +1,4 @@
-// The requests as clients send them: checks, codes, messages, and whole sessions.
+// Tests the requests of clients: checks, codes, messages, and whole sessions.
 #include "io/Src/Main/iocntc.h"
 
 #include "io/Src/Main/request_table.h"
@@ -431,7 +431,7 @@ TEST_F(Iocntc, ADatasetOfNothingNeedsNoData)
     EXPECT_EQ(client_.read("A", "B", 4), "");
 }
 
-/// What is kept of one file must not be given for another.
+/// The library must not return data that it kept from another file.
 TEST_F(Iocntc, AnotherFileStartsWithNothingRead)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
@@ -462,7 +462,7 @@ TEST_F(Iocntc, AnotherFileStartsWithNothingRead)
     EXPECT_EQ(first_block("h"), 21);
 }
 
-/// The code of the failed write stays, whatever fails after it and why.
+/// The code is that of the failed write, even if later calls fail, too.
 TEST_F(Iocntc, AFailedWriteOfCompressedDataIsAWriteError)
 {
     io_failing_env failing(env_);
@@ -527,7 +527,7 @@ TEST_F(Iocntc, CompressedRequestsNameAFormatThatIsNone)
     EXPECT_EQ(asked("u5", IO_WRITE_COMPRESSED), IO_OK);
 }
 
-/// White space at the end of WHAT and WHERE means nothing, whatever is asked.
+/// No request considers white space at the end of WHAT and WHERE.
 TEST_F(Iocntc, NamesAreTrimmedInEveryRequest)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
@@ -574,7 +574,7 @@ TEST_F(Iocntc, BlocksOfADatasetThatStatesNone)
     EXPECT_EQ(values[2], 100002);
 }
 
-/// The system's reason belongs to the line, before the line feed that ends it.
+/// The system's reason comes before the line feed that ends the message.
 TEST(Messages, TheReasonIsBeforeTheLineFeed)
 {
     io_memory_env env;
@@ -645,7 +645,8 @@ TEST_F(Iocntc, TheVariableOfTheTraceIsReadOnce)
     EXPECT_EQ(env_.trace, "TRACE> three\nTRACE> four\nTRACE> five\n");
 }
 
-/// A file that others read cannot be made busy; the message names the request.
+/// While others read a file, it cannot be locked for writing; the message names the
+/// request.
 TEST_F(Iocntc, RequestsThatWriteAreNamedWhereTheFileIsNotFree)
 {
     io_client other(env_);
@@ -705,7 +706,7 @@ TEST_F(Iocntc, DataTooLargeForNarrowLengthsGetsWideOnes)
     EXPECT_EQ(format_of("DBLE", 2147483647, "F"), "F ");
 }
 
-TEST(IoCodes, TextsStandAtTheirCodes)
+TEST(IoCodes, EachCodeHasItsText)
 {
     const char *const texts[] = {
         "Successful.",

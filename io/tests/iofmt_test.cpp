@@ -1,4 +1,4 @@
-// Format codes: what is chosen for a dataset, and the deleted mark of each.
+// Tests format codes: the choice for a dataset, and the deleted mark of each.
 #include "io/Src/Main/iofmt.h"
 
 #include "io/Src/Main/container_format.h"

@@ -1,5 +1,5 @@
-// Locks: the levels in the file as readers and writers come and go, in turn and at
-// the same time.
+// Tests locks: the levels in the lock file while readers and writers open and close
+// a container, in turn and at the same time.
 #include "io/Src/Main/lock_file.h"
 
 #include "io/tests/io_client.h"
@@ -126,7 +126,7 @@ TEST_F(LockFile, OddLockFiles)
     }
 }
 
-/// Somebody made it, and only he or ds unlock takes it away.
+/// Only its maker or `ds unlock` removes such a lock file.
 TEST_F(LockFile, OfLevelZeroRefusesEveryWriterEvenOneThatHasReadFirst)
 {
     env_["f.lck"] = "         0\n";
@@ -152,7 +152,7 @@ TEST_F(LockFile, OfLevelZeroRefusesEveryWriterEvenOneThatHasReadFirst)
     EXPECT_EQ(lock(), "         0\n");
 }
 
-/// In whatever order readers come and go, the lock stays.
+/// The lock stays, in whatever order readers open and close the file.
 TEST_F(LockFile, OfLevelZeroOutlivesSeveralReaders)
 {
     for (bool first_leaves_first : {true, false}) {
@@ -170,7 +170,7 @@ TEST_F(LockFile, OfLevelZeroOutlivesSeveralReaders)
     }
 }
 
-/// Both read the level before either of them writes its own.
+/// Both readers read the level before one of them writes its own.
 TEST_F(LockFile, OfLevelZeroOutlivesTwoReadersThatComeAtTheSameTime)
 {
     env_["f.lck"] = "         0\n";
@@ -197,7 +197,7 @@ TEST_F(LockFile, UnlockingWhatIsNotLockedIsTracedOnly)
     EXPECT_NE(env_.trace.find(line), std::string::npos) << env_.trace;
     EXPECT_EQ(take_messages(), "");
 
-    // Somebody else's lock is not ours to trace or to lower.
+    // A lock of another process is neither traced nor lowered.
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
     env_["f.lck"] = "         1\n";
     env_.trace.clear();
@@ -220,8 +220,8 @@ TEST_F(LockFile, ALockFileJustMadeGetsItsLevel)
     EXPECT_EQ(env_.slept_ms, 50);
 }
 
-/// Somebody makes a lock file between our look at it and our making it, or removes
-/// it between our look and our removing it.
+/// Plays another process: it makes the lock file after we have looked for it and
+/// before we make it, or removes it before we remove it.
 class crowded_env : public io_memory_env
 {
 public:
@@ -242,7 +242,7 @@ public:
         return io_memory_env::remove(name);
     }
 
-    std::string others; ///< what stands in it; empty: nobody makes one
+    std::string others; ///< the content of that lock file; empty: it is not made
     bool removed_first = false;
 };
 
@@ -297,7 +297,7 @@ TEST_F(LockFile, AReaderThatMayNotMakeTheLockFileGoesOn)
               std::string::npos);
 }
 
-/// The name fits the file system, but not with ".lck" at its end.
+/// The file system allows the name, but not with ".lck" at its end.
 TEST(LockFileName, ThatIsTooLongDoesNotStopAReader)
 {
     std::string form = ::testing::TempDir() + "lock_XXXXXX";
@@ -333,7 +333,7 @@ TEST_F(LockFile, ALockFileThatVanishedIsNoError)
               std::string::npos);
 }
 
-TEST_F(LockFile, AFailedOpenLeavesNoLevelBehind)
+TEST_F(LockFile, AFailedOpenLeavesNoLevel)
 {
     io_client client(env_);
     EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "absent"), IO_CANNOT_SEEK);
@@ -389,7 +389,7 @@ TEST_F(LockFile, AWriterThatEndsMeanwhileLetsUsIn)
 {
     io_client client(env_);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
-    // Between our close and our next attempt somebody writes, for two naps.
+    // Between our close and our next attempt another process writes, for two pauses.
     env_.while_sleeping = [](io_memory_env &env) {
         if (env.slept_ms == 2000) {
             env["f.lck"] = "        -1\n";

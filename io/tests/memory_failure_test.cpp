@@ -1,6 +1,6 @@
-// Every allocation fails once, or from some moment on: the answer is a code
-// with the message laid down for it, nothing that was in the file is lost, and
-// no lock is left behind.
+// Lets each allocation fail once, or it and all later ones. Tests that the library
+// returns a code with its message, that no data of the file is lost, and that no
+// lock remains.
 //
 // This program has an operator new of its own.
 #include "io/Src/Main/container_check.h"
@@ -108,9 +108,9 @@ void operator delete[](void *memory, const std::nothrow_t &) noexcept
 
 namespace {
 
-constexpr int most = 5000; ///< allocations that no operation here needs
+constexpr int most = 5000; ///< more allocations than any operation here needs
 
-/// Messages without any memory, since it may be out.
+/// Received messages, in static memory because allocations may fail.
 char heard[4096];
 std::size_t heard_bytes = 0;
 
@@ -234,7 +234,7 @@ protected:
         return request(session, IO_CLOSE_PRIMARY);
     }
 
-    /// Runs `work` with each of its allocations failing in turn; what was heard.
+    /// Runs `work` with each of its allocations failing in turn. Returns the messages.
     template <typename Work>
     std::string fail_each(Work work)
     {
@@ -268,7 +268,7 @@ protected:
 
     void expect_whole(int allocation)
     {
-        // Without memory for its name a lock file cannot be removed: that is said.
+        // Without memory for its name the lock file cannot be removed; a message says so.
         if (std::filesystem::remove(name_ + ".lck")) {
             std::string_view said(heard, heard_bytes);
             EXPECT_TRUE(GetParam() || said.find("iif_set_lock: malloc of ") != said.npos)
@@ -397,7 +397,7 @@ TEST_P(MemoryFailure, Copying)
 
 TEST_P(MemoryFailure, Deleting)
 {
-    // A deletion whose code is a failure may have been done all the same.
+    // A deletion that returns a failure may still have been done.
     fail_each([this](io_session &session) {
         int code = remove(session);
         return code == IO_NOT_FOUND ? IO_OK : code;
@@ -422,7 +422,7 @@ TEST(Memory, OfVerifyingDoesNotGrowWithTheData)
     EXPECT_LT(largest_allocation, std::size_t{3} << 20); // the table of the index is the largest
 }
 
-/// The index is no operator new's: a process of its own runs into its limit.
+/// The index does not use operator new, so a separate process gets a memory limit.
 TEST(Memory, OfTheIndexGivesOut)
 {
 #if defined(__SANITIZE_ADDRESS__)
@@ -466,7 +466,7 @@ TEST(Memory, OfBytesThatNobodyWantsGivesOut)
     EXPECT_STREQ(heard, "io_gunzip: Out of memory error\n");
 }
 
-/// zlib's memory is no operator new's either.
+/// zlib does not use operator new either.
 TEST(Memory, OfTheCompressorGivesOut)
 {
 #if defined(__SANITIZE_ADDRESS__)
@@ -486,7 +486,7 @@ TEST(Memory, OfTheCompressorGivesOut)
         void *for_messages = std::malloc(4000);
         const rlimit none = {1, 1};
         setrlimit(RLIMIT_AS, &none);
-        void *volatile taken = nullptr; // so that no compiler leaves it out
+        void *volatile taken = nullptr; // volatile, so that no compiler removes it
         do {
             taken = std::malloc(1000);
         } while (taken != nullptr);

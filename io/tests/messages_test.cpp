@@ -1,5 +1,5 @@
-// What goes wrong is named. Calls are made to fail one by one and files are
-// damaged byte by byte; among all that is said each message must be heard.
+// Tests that each message occurs: lets calls fail one by one, damages files byte by
+// byte, and looks for each message in the output.
 #include "io/testing/io_failing_env.h"
 #include "io/tests/io_client.h"
 
@@ -62,7 +62,7 @@ int large_request(io_client &client, io_request number, std::vector<double> &val
     return client.request(number, header.header(), data);
 }
 
-/// A header as long as the stream's buffer, so that parts of it fail on their own.
+/// Writes a header as long as the stream's buffer, so that each part of it can fail.
 int write_long_header(io_client &client)
 {
     constexpr std::int32_t count = 4000;
@@ -126,7 +126,7 @@ void use_files(io_client &client)
     text_request(client, IO_CLOSE_TEXT);
 }
 
-/// Everything said while the calls from the first to the last fail in turn.
+/// All messages while the calls from the first to the last fail in turn.
 std::string said_by_failing_calls(bool for_good)
 {
     std::string said;
@@ -226,7 +226,7 @@ TEST(Messages, OfCallsThatFail)
               });
 }
 
-/// A small file with data of each kind; `crashed` as a killed writer leaves it.
+/// A small file with data of each kind; with `crashed` as a killed writer leaves it.
 std::string sample(const char *format, bool crashed)
 {
     io_memory_env env;
@@ -245,8 +245,8 @@ std::string sample(const char *format, bool crashed)
     return crashed ? bytes : env["f"];
 }
 
-/// Everything said while a file is opened and its datasets are read, then deleted
-/// or copied.
+/// All messages while a file is opened and its datasets are read, then deleted or
+/// copied.
 std::string said_by(const std::string &bytes, bool copies)
 {
     io_memory_env env;

@@ -1,4 +1,4 @@
-// Opening and closing: which files are accepted, and which bytes closing leaves.
+// Tests opening and closing: which files are accepted, and the bytes after closing.
 #include "io/Src/Main/open_file.h"
 
 #include "io/tests/io_client.h"
@@ -55,7 +55,7 @@ TEST_F(OpenFile, AnEmptyFileOpenedToReadStaysEmpty)
     EXPECT_EQ(env_["f"], "");
 }
 
-/// White space at the end of a name means nothing, in an index of another writer too.
+/// White space at the end of a name does not count, even in another writer's index.
 TEST_F(OpenFile, NamesInAStoredIndexAreTrimmed)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
@@ -120,7 +120,7 @@ TEST_F(OpenFile, OnlyTwoOffsetWidthsExist)
               "iif_open: fail to read the INFO tag\niocnt: open the primary file failed\n");
 }
 
-/// However long the line of the file size is, its true width is reported.
+/// The message has the true width of the line with the file size, however long it is.
 TEST_F(OpenFile, ALongLineOfTheFileSizeHasAWidthToo)
 {
     for (std::size_t width : {64U, 65U, 100U, 4096U, 10000U}) {
@@ -206,21 +206,21 @@ TEST_F(OpenFile, ASessionThatEndsClosesItsFiles)
     EXPECT_EQ(client_.locate("A", "B", -1), "A B 1\n");
 }
 
-TEST_F(OpenFile, AShorterIndexLeavesNothingBehindIt)
+TEST_F(OpenFile, AShorterIndexLeavesNothingAfterIt)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
     ASSERT_EQ(client_.write_integers("A", "B", 1, {1}), IO_OK);
     ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
     std::string whole = env_["f"];
     env_["f"] += std::string(500, 'x');
-    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_BAD_FILE); // garbage behind the index
+    ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_BAD_FILE); // bytes after the index
     env_["f"] = whole + "*CRASH" + std::string(500, 'x');
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
     ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
     EXPECT_EQ(env_["f"], whole);
 }
 
-TEST_F(OpenFile, OpenedForWritingItsIndexIsWrittenAnew)
+TEST_F(OpenFile, OpenedForWritingItsIndexIsWrittenAgain)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
     ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);

@@ -1,4 +1,4 @@
-// The plain text file: lines written, numbers read, failures by their messages.
+// Tests the plain text file: lines written, numbers read, messages of failures.
 #include "io/Src/Main/plain_text.h"
 
 #include "io/tests/io_client.h"
@@ -76,7 +76,7 @@ TEST_F(PlainText, ReadingNumbers)
     EXPECT_EQ(ask(IO_READ_REALS), IO_READ_ERROR);
 }
 
-/// The numbers read before the bad line are not left in the array.
+/// The array does not keep the numbers read before the bad line.
 TEST_F(PlainText, AFailedReadGivesNoData)
 {
     std::int32_t integers[3] = {7, 7, 7};

@@ -1,5 +1,5 @@
-// Real files and real processes: killed writers, locks between two of them,
-// files beyond 4 GiB.
+// Tests real files with real processes: killed writers, locks between two
+// processes, files beyond 4 GiB.
 #include "io/Src/Main/container_check.h"
 #include "io/Src/Main/write_dataset.h"
 
@@ -34,7 +34,7 @@ protected:
 
     ~Process() override { fs::remove_all(folder_); }
 
-    /// A process that runs `work` with the writing end of a pipe.
+    /// Starts a process that runs `work` with the writing end of a pipe.
     pid_t start(const std::function<void(int)> &work)
     {
         int ends[2] = {};
@@ -50,7 +50,7 @@ protected:
         return child;
     }
 
-    /// One number from the pipe; −1 at its end.
+    /// The next number from the pipe; −1 at its end.
     int receive() const
     {
         int number = -1;
@@ -92,8 +92,8 @@ std::string text_of(const std::vector<std::int32_t> &values)
     return text;
 }
 
-/// Appends datasets from `first` on for as long as it lives, deletes every
-/// seventh again, closes now and then; sends each number that is done.
+/// Appends datasets from `first` on until the process is killed. Deletes every
+/// seventh, closes the file from time to time, and sends each finished number.
 void write_for_ever(const std::string &name, int first, int pipe)
 {
     static constexpr const char *formats[] = {"u", "F", "u5", "l", "l1"};
@@ -197,7 +197,7 @@ TEST_F(Process, TwoProcessesObeyTheLock)
     close(go[1]);
 }
 
-/// Writes a dataset whose data is a hole of the file.
+/// Writes a dataset whose data is a hole in the file (no blocks on the disk).
 int write_hole(open_file &file, format_code format, std::int32_t doubles)
 {
     pending_dataset pending;

@@ -1,4 +1,5 @@
-// The index built from the datasets, for files cut or damaged in each known way.
+// Tests the index built from the datasets, for files cut or damaged in each known
+// way.
 #include "io/Src/Main/index_file.h"
 
 #include "io/testing/io_failing_env.h"
@@ -98,7 +99,7 @@ TEST_F(Rebuild, AnIndexThatCannotBeTrusted)
         const char *to;
         const char *said;
     };
-    // The size stays right; each of these has to be noticed.
+    // The file size stays correct; each of these changes must be noticed.
     for (change one :
          {change{"*ENDINDEX", "*ENDINDEY", "missing end tag"},
           change{"Y\x1b"
@@ -128,7 +129,7 @@ TEST_F(Rebuild, AnIndexThatCannotBeTrusted)
     }
 }
 
-/// So long that it is read on its own, not with what stands around it.
+/// The index is so long that it is read separately from the bytes around it.
 TEST_F(Rebuild, AnIndexThatCannotBeRead)
 {
     auto number = [](std::size_t value) {
@@ -263,7 +264,8 @@ TEST_F(Rebuild, DeletedDatasetsAreSteppedOver)
               std::string::npos);
 }
 
-/// Wherever the file ends in it, it opens, and only that dataset is missing.
+/// Wherever the file is cut in this dataset, it opens, and only this dataset is
+/// missing.
 TEST_F(Rebuild, ACutDatasetWithAnOldMarkIsNoneAndTheOthersStay)
 {
     struct old_mark
@@ -336,7 +338,7 @@ TEST_F(Rebuild, LengthsOfADeletedDatasetThatDiffer)
               std::string::npos);
 }
 
-TEST_F(Rebuild, WritingGoesOnBehindTheLastWholeDataset)
+TEST_F(Rebuild, WritingContinuesAfterTheLastWholeDataset)
 {
     env_["f"] = crashed_.substr(0, crashed_.size() - 20);
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);

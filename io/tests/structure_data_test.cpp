@@ -1,4 +1,4 @@
-// Records: their bytes as text and binary, and lines that are refused.
+// Tests records: their bytes as text and binary, and lines that are refused.
 #include "io/Src/Main/structure_data.h"
 
 #include "io/tests/io_client.h"
@@ -48,7 +48,7 @@ protected:
     zot_io io_;
 };
 
-TEST_F(StructureData, ARecordIsALineWithEscBehindEveryItem)
+TEST_F(StructureData, ARecordIsALineWithEscAfterEveryItem)
 {
     open("");
     data_shape shape = shape_of("STRC{STRI:5 INTR:2 CHAR:2 REAL:1}", 1, IO_FORMATTED);

@@ -1,4 +1,4 @@
-// Writing datasets: the bytes of the file, refused headers, and writes that fail.
+// Tests writing: the bytes of the file, refused headers, and writes that fail.
 #include "io/Src/Main/write_dataset.h"
 
 #include "io/testing/io_failing_env.h"
@@ -180,7 +180,7 @@ TEST_F(WriteDataset, TheFirstChangeTakesTheIndexAway)
     EXPECT_EQ(env_["f"].substr(index), "*CRASH");
 }
 
-/// Appends to a file in which any one write may fail.
+/// Appends to a file while one write after the other fails.
 class FailedWrite : public ::testing::TestWithParam<bool>
 {
 protected:
@@ -203,7 +203,7 @@ TEST_P(FailedWrite, LeavesTheEarlierDatasetsAndTheFileWhole)
         env.fail(call, ENOSPC, for_good);
         int code = client.write_integers("C", "D", 1, std::vector<std::int32_t>(200, 7));
         failures += code != IO_OK ? 1 : 0;
-        // A write of the compressed array has a code of its own.
+        // A failed write of a compressed array has another code.
         EXPECT_TRUE(code == IO_OK || code == IO_DISK_FULL || code == IO_WRITE_ERROR) << code;
         int closed = client.request(IO_CLOSE_PRIMARY);
         EXPECT_TRUE(closed == IO_OK || closed == IO_DISK_FULL) << closed;
@@ -258,8 +258,8 @@ TEST_F(WriteDataset, WhatEndsAPartialDatasetMayFailToo)
     EXPECT_NE(said_when(false).find("write_dataset abort: fseek failed\n"), std::string::npos);
 }
 
-/// The stream gathers 256 KiB: what is written when they are full is what fails. So
-/// headers and data of all lengths near that are tried.
+/// The stream collects 256 KiB before it writes. The test uses headers and data of
+/// all lengths near that, so that the write fails in each part.
 TEST_F(WriteDataset, EachPartMayBeTheOneThatFails)
 {
     std::vector<char> attributes(3200 * IO_STRING_SLOT, 'x');

@@ -1,4 +1,4 @@
-// Numbers: the text or bytes written for them, and what readers accept.
+// Tests numbers: the text or bytes written for them, and what readers accept.
 #include "io/Src/Main/zot_numbers.h"
 
 #include "io/tests/io_client.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A file in memory with the primitives on it.
+/// A file in memory that the primitives use.
 class ZotNumbers : public ::testing::Test
 {
 protected:

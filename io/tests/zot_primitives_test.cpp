@@ -1,4 +1,4 @@
-// Strings and offsets: the bytes written for them, and what readers refuse.
+// Tests strings and offsets: the bytes written for them, and what readers refuse.
 #include "io/Src/Main/zot_primitives.h"
 
 #include "io/tests/io_client.h"
@@ -28,7 +28,7 @@ protected:
         io_.report = &report_;
     }
 
-    /// What `write` left in an empty file.
+    /// The bytes that `write` writes into an empty file.
     template <typename Write>
     std::string written(Write write)
     {

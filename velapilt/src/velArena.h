@@ -1,8 +1,8 @@
 // Memory for the nodes and texts of one handle.
 //
-// Small blocks come from large chunks, one after the other, so that what is
-// loaded together lies together; freed ones are kept by size and given out
-// again. Larger blocks come from the heap. Everything is freed with the arena.
+// Small blocks come from large chunks, one after the other, so that data loaded
+// together is close together. Freed blocks are kept by size and used again. Larger
+// blocks come from the heap. Everything is freed with the arena.
 #pragma once
 
 #include "velapilt/src/velPages.h"
@@ -33,7 +33,7 @@ public:
         return allocateSlowly(bytes);
     }
 
-    /// Takes a block back; `bytes` as it was asked for.
+    /// Frees a block; `bytes` is the size given to `allocate`.
     void release(void *block, std::size_t bytes) noexcept;
 
 private:

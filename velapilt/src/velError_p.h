@@ -1,4 +1,4 @@
-// Error texts and the trace: how the database says what went wrong.
+// Error texts and the trace of the database.
 #pragma once
 
 struct velHandle;
@@ -8,8 +8,8 @@ struct velHandle;
 /// message of the library is made here.
 [[gnu::format(printf, 2, 3)]] const char *velSetError(velHandle *handle, const char *format, ...);
 
-/// Overwrites the error text now and frees it with the next, so that a pointer
-/// kept for one message too long reads a text that says so.
+/// Overwrites the error text with a warning and frees it with the next one. So a
+/// caller that keeps a message for too long reads the warning.
 void velRetireError(velHandle *handle);
 
 /// The handle as the trace names it.

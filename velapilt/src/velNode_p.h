@@ -16,8 +16,8 @@
 ///          └─▶ child ──▶ child ──▶ child ┘
 ///
 /// No node holds its path: it is the parent's path and the node's own words.
-/// What a node needs of memory is what a large set-up costs; texts lie after
-/// their nodes in the arena.
+/// The size of a node decides the memory of a large set-up; texts come after their
+/// nodes in the arena.
 struct velNode
 {
     velNode *parent;     ///< not owned; null for the root
@@ -52,8 +52,8 @@ struct velNode
     /// Null where there is none, and for a Parameter.
     [[nodiscard]] velNode *firstChild() const { return isParam() ? nullptr : children.first; }
 
-    /// The bit by which a parent knows that it has no child of a word: most
-    /// statements are new, and then its children need not be looked through.
+    /// The bit that a word sets in its parent's `childWords`. If the bit is not set,
+    /// no child has the word and no search is needed; most statements are new.
     [[nodiscard]] static std::uint32_t wordBit(std::uint32_t word)
     {
         return 1U << (word * 0x9E3779B1U >> 27);

@@ -1,8 +1,7 @@
 // Operations that may call handlers, and the memory that they free.
 //
-// A handler may change the tree under the operation that called it. So what is
-// freed while a handler runs is kept, and given back when the outermost
-// operation ends.
+// A handler may change the tree during the operation that called it. So memory
+// that is freed while a handler runs is kept until the outermost operation ends.
 #pragma once
 
 #include "velapilt/src/velHandle_p.h"

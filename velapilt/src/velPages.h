@@ -1,10 +1,9 @@
 // Large blocks of memory.
 //
-// A set-up of a million parameters takes some hundred megabytes that are
-// written once and then read all over. On pages of the usual size the kernel
-// would be asked for each of them singly, and most reads would miss the
-// translation cache; blocks from here lie on large pages where the platform
-// has them.
+// A set-up of a million parameters needs some hundred megabytes, written once and
+// then read in any order. With pages of the usual size the kernel would provide
+// each page separately, and most reads would miss the translation cache. So these
+// blocks use large pages if the platform has them.
 #pragma once
 
 #include <cstddef>

@@ -1,10 +1,9 @@
-// What was found by its path, under a quick hash of the path text.
+// Remembers nodes that were found by their paths, under a quick hash of the path.
 //
-// A cache in front of the path table, no index of its own: it may forget what
-// it likes, and every answer is checked by the caller against the node itself.
-// Nodes are in sets of one cache line; a set that is full loses an entry. For
-// the check the memo keeps the path texts of some parents, as much as a few
-// bytes a node: one comparison then takes the place of a climb to the root.
+// It is a cache in front of the path table: it may forget any node, and the caller
+// checks every answer against the node itself. Nodes are in sets of one cache line;
+// a full set loses an entry. For the check the memo keeps the path texts of some
+// parents, a few bytes per node: one comparison then replaces the climb to the root.
 #pragma once
 
 #include "velapilt/src/velArray.h"

@@ -11,9 +11,9 @@
 // - Below a parent with few children a child is found by walking them, which
 //   lie side by side in memory.
 // - What was found by its path text is remembered under a quick hash of it, so
-//   that asking again need not walk down from the root (velPathMemo.h). Paths
-//   too long for that are walked from where the last such path led: whoever
-//   asks about a deep block asks about its parameters and neighbours next.
+//   that the next look-up need not walk down from the root (velPathMemo.h). The
+//   walk for a longer path starts where the last such path led, because callers
+//   look up the parameters and neighbours of a deep block next.
 //
 // A node that was unlinked while it had children leaves its descendants in the
 // table ("detached"). From then on paths are compared as texts throughout, for

@@ -16,7 +16,7 @@ velNode **linkAt(velNode **link, std::uint32_t position)
     return link;
 }
 
-/// The link that leads to `node`, or the last link if it is no child.
+/// The link that leads to `node`, or the last link if it is not a child.
 velNode **linkTo(velNode *parent, const velNode *node)
 {
     velNode **link = &parent->children.first;

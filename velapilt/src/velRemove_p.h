@@ -1,4 +1,4 @@
-// Removing nodes, and what became of a node that may have been removed.
+// Removes nodes, and finds the node that has taken the place of a removed one.
 //
 // A handler may delete a node and make another one at its path, and a node that
 // was removed before its children leaves them in the table. What a node is, and

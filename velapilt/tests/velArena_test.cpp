@@ -1,4 +1,5 @@
-// The arena: blocks of many sizes do not overlap, and released ones come again.
+// Tests the arena: blocks of many sizes do not overlap, and freed blocks are used
+// again.
 #include "velapilt/src/velArena.h"
 
 #include "velapilt/tests/velTestData.h"

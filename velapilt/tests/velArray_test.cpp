@@ -1,4 +1,5 @@
-// Arrays of each kind: growth, terminators, lengths, copies, and adds of another kind.
+// Tests arrays of each kind: growth, terminators, lengths, copies, and adds of
+// another kind.
 #include "velapilt/src/velArray.h"
 
 #include "velapilt/tests/velTestData.h"

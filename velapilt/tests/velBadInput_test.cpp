@@ -1,5 +1,5 @@
-// Input that is no command text, or too much of it: a message or success, the
-// same on every way in, and a handle that goes on working.
+// Tests input that is not command text, and too much input: every way to parse gives
+// the same message or success, and the handle can be used afterwards.
 #include "velapilt/src/velFile_p.h"
 #include "velapilt/src/velHandle_p.h"
 #include "velapilt/src/velScan.h"
@@ -34,7 +34,7 @@ std::string parseLines(const velHandlePtr &handle, std::string_view content)
     return parse(handle, text);
 }
 
-/// Both ways in give the same; afterwards the handle takes a sound text.
+/// Both ways to parse give the same result, and the handle then parses a sound text.
 void expectHarmless(std::string_view content)
 {
     const velHandlePtr handle(velCreateHandle());
@@ -163,7 +163,7 @@ TEST(VelBadInput, RandomWordsInCreating)
             const std::string value = random.text(random.below(5), "a\t\n\r\x1F\xFF ");
             const char *error = isParam ? velCreateParam(handle.get(), path.c_str(), value.c_str())
                                         : velCreateObject(handle.get(), path.c_str(), false);
-            if (error == nullptr) { // what was made is found, and can be read back
+            if (error == nullptr) { // the new node is found and can be read back
                 ASSERT_EQ(havePath(handle.get(), path.c_str()), 1) << path;
             }
         }
@@ -171,7 +171,7 @@ TEST(VelBadInput, RandomWordsInCreating)
     }
 }
 
-// --- Much of it --------------------------------------------------------------------------
+// --- Large input -------------------------------------------------------------------------
 
 constexpr std::size_t hundredMegabytes = 100U << 20;
 

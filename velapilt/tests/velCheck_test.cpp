@@ -1,5 +1,5 @@
-// What words and values may be made of, below lines and paths, which give some
-// characters a meaning of their own.
+// Tests which characters words and values may contain. It calls the checks directly,
+// because lines and paths give some characters a special meaning.
 #include "velapilt/src/velCheck_p.h"
 
 #include "velapilt/tests/velTestData.h"

@@ -1,4 +1,4 @@
-// Child lists, groups, searches.
+// Tests child lists, groups and searches.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -17,7 +17,7 @@ constexpr const char *flow = "FLOW:\n"
                              "Option = x\n"
                              "END\n";
 
-/// "name class type" a line.
+/// One line "name class type" per child.
 std::string childList(const velHandlePtr &handle, const char *path)
 {
     std::vector<velChildInfo> children;
@@ -31,7 +31,7 @@ std::string childList(const velHandlePtr &handle, const char *path)
     return text;
 }
 
-/// "class/type: indices" a line.
+/// One line "class/type: indices" per group.
 std::string groupList(const velHandlePtr &handle, const char *path)
 {
     std::vector<velGroupInfo> groups;

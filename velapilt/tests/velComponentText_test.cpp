@@ -1,5 +1,5 @@
-// Components of paths as text: made from words, taken apart, and made from what
-// the queries and the walk give of a node.
+// Tests components of paths as text: made from words, split, and made from the
+// results of queries and walks.
 #include "velapilt/src/velComponentText.h"
 
 #include "velapilt/src/velSpace.h"

@@ -1,4 +1,4 @@
-// Nesting: no part of the database may need a stack as deep as the tree.
+// Tests deep nesting: no part of the database may need a stack as deep as the tree.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -84,7 +84,7 @@ TEST(VelDepth, TenThousandBlocksAskedAndDeleted)
     EXPECT_EQ(stored(handle), "");
 }
 
-// Long paths are walked from where the last one led.
+// The walk for a long path starts where the last one led.
 TEST(VelDepth, LongPathsAreAnsweredInAnyOrder)
 {
     constexpr int depth = 4000;
@@ -155,7 +155,8 @@ TEST(VelDepth, DeepBlocksReadBackAsTheyWereSaved)
     }
 }
 
-/// Runs `work` in a process of its own; its peak memory in bytes, −1 if it failed.
+/// Runs `work` in a separate process. Returns its peak memory in bytes, −1 if it
+/// failed.
 template <typename Work>
 long long peakOf(Work work)
 {

@@ -1,4 +1,4 @@
-// Files: their lines, and loading them.
+// Tests files: reading their lines, and loading them.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -139,8 +139,8 @@ TEST_F(VelFile, APipe)
     EXPECT_EQ(stored(handle_), content);
 }
 
-// A signal ends the reading of a pipe in the midst of it.
-TEST_F(VelFile, AReadErrorBehindTheFirstBytes)
+// A signal ends the reading of a pipe in the middle.
+TEST_F(VelFile, AReadErrorAfterTheFirstBytes)
 {
     const std::string pipe = folder_.path("pipe");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
@@ -158,7 +158,7 @@ TEST_F(VelFile, AReadErrorBehindTheFirstBytes)
         while (unread > 0 && ::ioctl(file, FIONREAD, &unread) == 0) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        while (!isThrough) { // it waits for more by now, or will
+        while (!isThrough) { // the reader waits for more bytes, or soon will
             ::pthread_kill(reader, SIGUSR1);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
@@ -184,7 +184,7 @@ TEST_F(VelFile, AFileWithoutASize)
     if (std::ifstream("/proc/self/status").fail()) {
         GTEST_SKIP() << "no /proc here";
     }
-    // The kernel says 0 of it, and there is more.
+    // The kernel reports size 0 for this file, but it has content.
     EXPECT_NE(lines("/proc/self/status").find("Name:"), std::string::npos);
 }
 

@@ -1,4 +1,5 @@
-// From nodes to lines, in stored order and as a file is saved.
+// Tests the output of nodes as lines, in stored order and in the order of a saved
+// file.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -45,7 +46,7 @@ TEST(VelFormat, TheStoredOrder)
     EXPECT_EQ(partial(handle, "/", ""), flow);
 }
 
-// The first level stands flush with the header: kept.
+// The first level is not indented from its header; clients rely on that.
 TEST(VelFormat, ANodeWithItsHeader)
 {
     const velHandlePtr handle = parsed(flow);
@@ -65,7 +66,7 @@ TEST(VelFormat, WithAnIndent)
                                                          "      Option = x\n"
                                                          "    END\n"
                                                          "    Location = B1\n");
-    // It is a text of the caller's, not a number of blanks.
+    // The indentation is a text of the caller, not a number of blanks.
     EXPECT_EQ(partial(handle, "/FLOW/DOMAIN:d", "\t> "), "\t> BOUNDARY: in\n"
                                                          "\t>   Option = x\n"
                                                          "\t> END\n"
@@ -156,7 +157,7 @@ TEST(VelFormat, EqualPrioritiesGoByBytes)
               "A:\nEND\n"
               "A b: x\nEND\n"
               "A.b: x\nEND\n"
-              "A: X\nEND\n" // ':' stands behind '.' and before letters
+              "A: X\nEND\n" // ':' comes after '.' and before letters
               "A: _\nEND\n"
               "A: x\nEND\n"
               "AB: x\nEND\n"
@@ -195,7 +196,7 @@ TEST(VelFormat, PrioritiesFromTheRules)
                              "SILENT:\nEND\n"   // 6: an object rule without the parameter
                              "A:\nEND\n"        // 0 without any rule
                              "ODD:\nEND\n"      // an object in the place of the parameter
-                             "WORDS:\nEND\n"    // and 0 where it is no number
+                             "WORDS:\nEND\n"    // and 0 if it is not a number
                              "Z:\nEND\n"        //
                              "BELOW: a\nEND\n"  // −1, by the rule of singletons
                              "LATE: a\nEND\n"); // −5
@@ -255,7 +256,7 @@ TEST(VelFormat, LibraryDataIsNotSaved)
     EXPECT_EQ(saved(handle), "FLOW:\n  y = 2\nEND\n");
     EXPECT_EQ(saved(handle, "/RULES"), "x = 1\nUSER: u\nEND\n"); // asked for by itself
 
-    // Only that bit counts: what is valid or marked is saved as ever.
+    // Only that bit counts; the others do not change what is saved.
     for (const char *path : {"/FLOW", "/FLOW/y"}) {
         EXPECT_EQ(said(setValid(handle.get(), path, 1)), "");
         EXPECT_EQ(said(setValid(handle.get(), path, 2)), "");
@@ -287,7 +288,7 @@ TEST(VelFormat, SavedLinesAreWrapped)
     for (const std::int32_t width : {1, 2, -7}) {
         EXPECT_EQ(saved(handle, "/", width), "velWrapLine: requested line length too short");
     }
-    EXPECT_EQ(saved(parsed(""), "/", 1), ""); // no line to be too long
+    EXPECT_EQ(saved(parsed(""), "/", 1), ""); // no line is too long for the width
     velStringList lines;
     EXPECT_EQ(said(velWrapText(handle.get(), "/", 1, &lines)),
               "velWrapLine: requested line length too short");
@@ -335,8 +336,8 @@ TEST(VelFormat, RandomTreesReadBackAsTheyWere)
 
 // --- Read back ------------------------------------------------------------------------------
 
-/// A value of any bytes that a value can hold: no control characters but tabs,
-/// and a '#' only after a backslash.
+/// A random value: no control characters except tabs, and '#' only after a
+/// back-slash.
 std::string randomValue(Random &random, bool hasRuns)
 {
     std::string value;
@@ -361,7 +362,7 @@ std::string randomValue(Random &random, bool hasRuns)
     return value;
 }
 
-/// As a reader takes it: trimmed, every run of white space one blank.
+/// The value that a reader gets: trimmed, with one blank for each run of white space.
 std::string asRead(std::string_view value)
 {
     std::string result;
@@ -377,7 +378,8 @@ std::string asRead(std::string_view value)
     return result;
 }
 
-/// A set-up of nested blocks with such values; `asRead` of them is in the other.
+/// Makes two set-ups of nested blocks: one with random values, one with the values
+/// that a reader gets from them.
 void makeBoth(Random &random, bool hasRuns, const velHandlePtr &given, const velHandlePtr &expected)
 {
     std::string path;
@@ -396,8 +398,8 @@ void makeBoth(Random &random, bool hasRuns, const velHandlePtr &given, const vel
     }
 }
 
-// Every writer puts an empty comment after a value that ends in a backslash,
-// which would continue the line.
+// A back-slash at the end of a value would continue the line, so every writer puts
+// an empty comment after it.
 TEST(VelFormat, WhatIsWrittenReadsBackAtEveryWidth)
 {
     for (const bool hasRuns : {false, true}) {

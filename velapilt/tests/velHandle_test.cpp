@@ -1,4 +1,4 @@
-// The handle: its life, its error text, its trace.
+// Tests the handle: its life, its depth, its error text and its trace.
 #include "velapilt/src/velError_p.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -44,7 +44,7 @@ TEST(VelHandle, WhatMakesTheTree)
     EXPECT_EQ(havePath(byText.get(), "/"), 1);
 
     const velHandlePtr byLine(velCreateHandle());
-    EXPECT_EQ(said(parseVELLineH(byLine.get(), "# remark", 0)), "");
+    EXPECT_EQ(said(parseVELLineH(byLine.get(), "# comment", 0)), "");
     EXPECT_EQ(said(parseVELLineH(byLine.get(), "", 0)), "");
     EXPECT_EQ(havePath(byLine.get(), "/"), 0);
     EXPECT_EQ(said(parseVELLineH(byLine.get(), "x = 1", 0)), "");
@@ -223,7 +223,7 @@ TEST(VelHandle, LiteralMessagesLeaveTheErrorTextAlone)
 TEST(VelHandle, OnlyAFormatIsFormatted)
 {
     const velHandlePtr handle(velCreateHandle());
-    EXPECT_STREQ(velSetError(handle.get(), "as it stands"), "as it stands");
+    EXPECT_STREQ(velSetError(handle.get(), "not a format"), "not a format");
     EXPECT_STREQ(velSetError(handle.get(), "%d of %s", 3, "four"), "3 of four");
     EXPECT_STREQ(velRecordError(handle.get(), "100 % sure %s"), "100 % sure %s");
     EXPECT_STREQ(velRecordError(handle.get(), ""), "");
@@ -304,7 +304,7 @@ TEST(VelHandle, TheVariableIsAskedAtEachUse)
         }
         {
             const Environment debug("ZOT_VELAPI_DEBUG", "1");
-            // Made without it, the handle has no handler that prints changes.
+            // A handle made without the variable does not get the handler that prints changes.
             EXPECT_EQ(parse(handle, "x = 1\n"), "");
             static_cast<void>(parseVELLineH(handle.get(), "loud", 0));
         }

@@ -1,4 +1,4 @@
-// Change, replace and action handlers, and what they may do meanwhile.
+// Tests change, replace and action handlers, and what they may do while they run.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Calls a function of the test's on every change.
+/// Calls a function of the test on every change.
 class OnChange
 {
 public:
@@ -30,7 +30,7 @@ private:
     Action action_;
 };
 
-/// Writes down the actions: "word" or "word(argument)".
+/// Records the actions: "word" or "word(argument)".
 class ActionLog
 {
 public:
@@ -131,7 +131,7 @@ TEST(VelHandlers, TheMarksGoBeforeTheReport)
     EXPECT_EQ(seen, "0 0 2");
 }
 
-// A new node has its flags when it is reported, but is not yet current.
+// A new node already has its flags when it is reported, but it is not yet current.
 TEST(VelHandlers, WhatIsNewWhenItIsReported)
 {
     const velHandlePtr handle(velCreateHandle());
@@ -146,7 +146,7 @@ TEST(VelHandlers, WhatIsNewWhenItIsReported)
                     "/A/B:b/x: library 1, at /A/B:b\n");
 }
 
-// A line does not touch the marks of a parameter before it has reported it.
+// A line reports a parameter before it changes the parameter's marks.
 TEST(VelHandlers, ALineReportsBeforeItInvalidates)
 {
     const velHandlePtr handle = parsed("x = 1\n");
@@ -169,7 +169,7 @@ TEST(VelHandlers, AHandlerMayRegisterOthers)
     });
     EXPECT_EQ(parse(handle, "a = 1\nb = 2\nc = 3\n"), "");
     ASSERT_EQ(logs.size(), 3U);
-    EXPECT_EQ(logs[0]->take(), "/b: 2 <- -\n/c: 3 <- -\n"); // told of later changes
+    EXPECT_EQ(logs[0]->take(), "/b: 2 <- -\n/c: 3 <- -\n"); // receives later changes
     EXPECT_EQ(logs[1]->take(), "/c: 3 <- -\n");
     EXPECT_EQ(logs[2]->take(), "");
 }
@@ -221,7 +221,7 @@ TEST(VelHandlers, AHandlerMayDeleteWhatIsReported)
     EXPECT_EQ(havePath(handle.get(), "/A/B:no"), 0);
     EXPECT_EQ(said(velCreateParam(handle.get(), "/A/no", "x")), "");
     EXPECT_EQ(havePath(handle.get(), "/A/no"), 0);
-    // A block whose object is gone takes no lines, and ends as usual.
+    // A block whose object was deleted refuses lines, and ends as usual.
     EXPECT_EQ(parse(handle, "B: no\nx = 1\nEND\n"), "parseVELLineH: velUpdateObject failed");
     EXPECT_EQ(parse(handle, "B: no\nEND\ny = 1\n"), "");
     EXPECT_EQ(stored(handle), "A:\n  yes = 2\nEND\ny = 1\n");
@@ -246,7 +246,8 @@ TEST(VelHandlers, AHandlerMayDeleteTheCurrentObject)
     EXPECT_EQ(depth, 0);
 }
 
-// Only of the object asked for it counts that it is gone when the walk reaches it.
+// It is a failure only if the object to be deleted itself is gone when the walk
+// reaches it.
 TEST(VelHandlers, AHandlerMayDeleteWhatIsBeingDeleted)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nB:\ny = 2\nEND\nz = 3\nEND\nC:\nEND\n");
@@ -278,7 +279,7 @@ std::string deleteWith(const velHandlePtr &handle, const char *top, std::string_
     return said(deleteObjH(handle.get(), top));
 }
 
-// It was reported as a success while the object was still there.
+// Success was once reported although the object still existed.
 TEST(VelHandlers, AChildObjectThatAHandlerDeletesIsPassedOver)
 {
     const velHandlePtr handle = parsed("A:\nB:\nx = 1\ny = 2\nEND\nC:\nEND\nEND\n");
@@ -288,7 +289,7 @@ TEST(VelHandlers, AChildObjectThatAHandlerDeletesIsPassedOver)
     EXPECT_EQ(havePath(handle.get(), "/A"), 0);
 }
 
-// The walk never ended.
+// The walk once never ended.
 TEST(VelHandlers, AChildMadeAgainAfterItsTurnIsNotDeletedAgain)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nB:\nEND\nEND\n");
@@ -297,7 +298,7 @@ TEST(VelHandlers, AChildMadeAgainAfterItsTurnIsNotDeletedAgain)
               "velRemoveObjectH: removal of non-empty object, did you mean deleteObj?");
     EXPECT_EQ(havePath(handle.get(), "/A"), 0);
     EXPECT_EQ(havePath(handle.get(), "/A/B"), 0);
-    EXPECT_EQ(valueAt(handle, "/A/x"), "2"); // it answers to its old path
+    EXPECT_EQ(valueAt(handle, "/A/x"), "2"); // it is still found by its old path
 }
 
 TEST(VelHandlers, ARootWhoseChildIsMadeAgainKeepsIt)
@@ -308,8 +309,8 @@ TEST(VelHandlers, ARootWhoseChildIsMadeAgainKeepsIt)
     EXPECT_EQ(stored(handle), "x = 2\n");
 }
 
-// What is at the path of a child when its turn comes counts, not the node that
-// was there at the start. A child made meanwhile takes the mark of its parent.
+// The sweep uses the node that is at a child's path when its turn comes, not the one
+// at the start. A child made meanwhile gets the mark of its parent.
 TEST(VelHandlers, TheSweepOfAReplaceBlockTakesTheMarkFromWhatIsThereThen)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\ny = 1\nB:\nEND\nC:\nEND\nEND\n");
@@ -367,7 +368,7 @@ TEST(VelHandlers, TheTextsOutliveWhatAHandlerDeletes)
         if (std::exchange(isBusy, true)) {
             return;
         }
-        for (int i = 0; i < 50; ++i) { // whatever is freed is written over
+        for (int i = 0; i < 50; ++i) { // overwrites freed memory
             EXPECT_EQ(said(deleteObjH(handle.get(), "/")), "");
             EXPECT_EQ(said(velCreateParam(handle.get(), ("y" + std::to_string(i)).c_str(), "zzz")),
                       "");
@@ -399,7 +400,7 @@ TEST(VelHandlers, AnInterruptionStopsAParse)
     EXPECT_EQ(parse(handle, "A:\na = 1\nstop = 1\nb = 2\nEND\n"), "stopped by a handler");
     EXPECT_EQ(stored(handle), "A:\n  a = 1\n  stop = 1\nEND\n");
     EXPECT_STREQ(getCurrentPath(handle.get()), "/");
-    EXPECT_EQ(parse(handle, "A:\nb = 2\nEND\n"), ""); // it holds once
+    EXPECT_EQ(parse(handle, "A:\nb = 2\nEND\n"), ""); // the interruption counts once
     EXPECT_EQ(valueAt(handle, "/A/b"), "2");
 }
 
@@ -477,7 +478,7 @@ TEST(VelHandlers, ActionLines)
         {"> save a b  c", "save(a b c);\n"},    // the parser leaves single blanks
         {"  >>>save x = 1 ", "save(x = 1);\n"}, // no parameter
         {">save A: b", "save(A: b);\n"},
-        {">save x # remark", "save(x);\n"},
+        {">save x # comment", "save(x);\n"},
         {">", "\n"},
         {">>", "\n"},
         {"> > x", ">(x);\n"},
@@ -566,8 +567,8 @@ TEST(VelHandlers, AnActionMayChangeTheTreeAndParse)
     EXPECT_EQ(stored(handle), "A:\n  made = by action\n  y = 2\nEND\n");
 }
 
-// An action handler that fails in both ways once left its interruption behind
-// for the next operation.
+// When an action handler failed in both ways, its interruption once affected the
+// next operation.
 TEST(VelHandlers, AnInterruptionDoesNotOutliveItsOperation)
 {
     const velHandlePtr handle(velCreateHandle());
@@ -582,8 +583,8 @@ TEST(VelHandlers, AnInterruptionDoesNotOutliveItsOperation)
     EXPECT_EQ(parse(handle, "x = 3\n"), "");
 }
 
-// A handler that closes the block which is being opened once left its path
-// current for ever.
+// When a handler closed the block that was being opened, its path once stayed
+// current forever.
 TEST(VelHandlers, ABlockClosedWhileItOpens)
 {
     const velHandlePtr handle(velCreateHandle());
@@ -600,8 +601,8 @@ TEST(VelHandlers, ABlockClosedWhileItOpens)
     EXPECT_EQ(stored(handle), "A:\nEND\nx = 1\n");
 }
 
-// A handler that closes the block whose END sweeps it once left the depth
-// below zero.
+// When a handler closed the block whose END was sweeping it, the depth once became
+// negative.
 TEST(VelHandlers, ABlockClosedWhileItEnds)
 {
     const velHandlePtr handle(velCreateHandle());

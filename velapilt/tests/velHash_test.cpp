@@ -1,5 +1,5 @@
-// The hash against its definition written out plainly, and the growth of the
-// table of texts.
+// Tests the hash against a plain form of its definition, and the growth of the table
+// of texts.
 #include "velapilt/src/velHash.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -101,7 +101,7 @@ TEST(VelHash, KnownAnswers)
     EXPECT_EQ(function.hash("/"), 6U);
     EXPECT_EQ(function.hash("/A"), 10U);
     EXPECT_EQ(function.hash("/AB"), 11U);
-    EXPECT_EQ(function.hash("~"), 0U);            // 126 counts as nothing
+    EXPECT_EQ(function.hash("~"), 0U);            // 126 counts as 0
     EXPECT_EQ(function.hash("\x7F"), 0U);         // and so does 127
     EXPECT_EQ(function.hash("}"), 125U % 41U);    // 125 still counts
     EXPECT_EQ(function.hash("\x80"), 128U % 41U); // −128, then its magnitude
@@ -138,7 +138,7 @@ TEST(VelHash, AnExtendedHashIsThatOfTheWholeKey)
     }
 }
 
-// Words hold no character from 126 up, which side by side is taken for granted.
+// extendFour() assumes that words have no character from 126 up.
 TEST(VelHash, FourWordsSideBySide)
 {
     constexpr std::string_view characters = "\tAZaz09 ._{|}[]%:/";
@@ -256,7 +256,7 @@ TEST(VelHashTable, AnExistingKeyTakesTheNewValue)
     EXPECT_EQ(table.lookup("key"), asValue(2));
 }
 
-TEST(VelHashTable, KeysOfOneBucketAreToldApart)
+TEST(VelHashTable, KeysOfOneBucketAreDistinguished)
 {
     velHashTable table(1);
     ASSERT_EQ(plainHash(41, "~"), plainHash(41, ""));

@@ -1,4 +1,4 @@
-// Library files, by list and by environment.
+// Tests loading of library files, by list and by environment.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -63,10 +63,10 @@ TEST_F(VelLibraries, AListIsReadInItsOrder)
     const std::string folder = here();
     EXPECT_EQ(readList("a.vel", folder.c_str()), "a\n");
     EXPECT_EQ(readList("b.vel;a.vel", folder.c_str()), "b\na\n");
-    EXPECT_EQ(readList("a.vel;b.vel;", folder.c_str()), "a\nb\n"); // nothing behind the last
+    EXPECT_EQ(readList("a.vel;b.vel;", folder.c_str()), "a\nb\n"); // no item after the last ';'
     EXPECT_EQ(readList(";a.vel", folder.c_str()), "a\n");
     EXPECT_EQ(readList(":a.vel;b.vel", folder.c_str()), "a\nb\n");
-    // One is skipped: the ';' that ended the item before, or the one in front.
+    // One ';' or ':' before an item is skipped, whether or not it ended another item.
     EXPECT_EQ(readList("a.vel;:colon.vel", folder.c_str()), "a\ncolon\n");
     EXPECT_EQ(readList("::colon.vel", folder.c_str()), "colon\n");
     EXPECT_EQ(readList("sub/a.vel", folder.c_str()), "sub\n");
@@ -92,7 +92,7 @@ TEST_F(VelLibraries, AnEmptyItemIsTheDirectoryItself)
     EXPECT_EQ(readList("a.vel;;", folder.c_str()), refused);
 }
 
-TEST_F(VelLibraries, ItemsThatStandAlone)
+TEST_F(VelLibraries, ItemsWithoutTheDirectory)
 {
     const std::string folder = here();
     EXPECT_EQ(readList((folder + "/a.vel").c_str(), "/"), "a\n");
@@ -135,7 +135,7 @@ TEST_F(VelLibraries, TheDirectory)
         EXPECT_EQ(readList("a.vel", nullptr), noDirectory);
         EXPECT_EQ(readList("a.vel", "/no such folder"), noDirectory);
         EXPECT_EQ(readList("a.vel", file.c_str()), noDirectory);
-        EXPECT_EQ(readList("", "/no such folder"), noDirectory); // asked for before the list
+        EXPECT_EQ(readList("", "/no such folder"), noDirectory); // checked before the list
     }
     {
         const Environment given("ZOT5_VEL_LIBSDIR", folder);
@@ -144,7 +144,7 @@ TEST_F(VelLibraries, TheDirectory)
         EXPECT_EQ(readList("a.vel", "/no such folder"), noDirectory); // a given one is taken
         EXPECT_EQ(readList("a.vel", (folder + "/sub").c_str()), "sub\n");
     }
-    // One separator at its end, of either kind, is no part of the name.
+    // One separator of either kind at the end does not belong to the name.
     EXPECT_EQ(readList("", (folder + "/").c_str()), "none");
     EXPECT_EQ(readList("", (folder + "\\").c_str()), "none");
     EXPECT_EQ(readList("", (folder + "\\\\").c_str()), noDirectory);
@@ -160,7 +160,7 @@ TEST_F(VelLibraries, ByEnvironment)
     EXPECT_EQ(readByEnvironment("a.vel;b.vel", folder), "a\nb\n");
     EXPECT_EQ(readByEnvironment("", folder), "none");
     EXPECT_EQ(readByEnvironment(folder + "/b.vel", std::nullopt), "b\n");
-    // Without a directory that exists it is the current one, and messages say so.
+    // If the directory does not exist, the current one is used, and messages say so.
     EXPECT_EQ(
         readByEnvironment("no such.vel", std::nullopt),
         "Error reading library file .//no such.vel: loadFileData: .//no such.vel: open failed");

@@ -1,4 +1,4 @@
-// The process locale: Qt and Perl set it, and it must not matter.
+// Tests that the process locale, which Qt and Perl set, does not matter.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Runs a program; true if it could and said that all is well.
+/// Runs a program; true if it ran and returned 0.
 bool run(std::vector<std::string> words)
 {
     std::vector<char *> arguments;
@@ -29,7 +29,7 @@ bool run(std::vector<std::string> words)
            ::waitpid(child, &status, 0) == child && status == 0;
 }
 
-/// A German locale of the test's own for the life of the object.
+/// Sets a German locale, made by the test, for the life of the object.
 class GermanLocale
 {
 public:
@@ -52,7 +52,8 @@ private:
     bool isThere_ = false;
 };
 
-/// Everything that reads or writes numbers and classes of characters, as text.
+/// The results, as text, of everything that reads or writes numbers or checks
+/// classes of characters.
 std::string allOfIt()
 {
     const velHandlePtr handle(velCreateHandle());
@@ -98,7 +99,7 @@ void expectNoDifference(const std::string &characters, const std::string &expect
     }
     std::array<char, 8> text{};
     std::snprintf(text.data(), text.size(), "%.1f", 1.5);
-    ASSERT_STREQ(text.data(), "1,5"); // the locale is really in force
+    ASSERT_STREQ(text.data(), "1,5"); // the locale is really in use
     EXPECT_EQ(allOfIt(), expected);
 }
 

@@ -1,4 +1,4 @@
-// Memory: what is freed comes back.
+// Tests that freed memory is used again.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -22,10 +22,10 @@ std::size_t bytesHeld()
     return info.uordblks + info.hblkhd;
 }
 
-/// The heap may hand out a block that is a little larger than the one before.
+/// The heap may use a block that is slightly larger than the one before.
 constexpr std::ptrdiff_t heapSlack = 1024;
 
-/// What `cycle` leaves behind once it has run a few times.
+/// Bytes that `cycle` does not free after it has run a few times.
 template <typename Cycle>
 std::ptrdiff_t growthOf(int cycles, Cycle cycle)
 {

@@ -1,8 +1,9 @@
-// Memory that runs out at every possible place: a message, and a tree and a
-// table that still agree.
+// Lets memory run out at every possible place. Tests that there is a message and
+// that the tree and its table still agree.
 //
-// The program's allocations go through the functions below, which refuse one,
-// or all from one on (the linker turns malloc and aligned_alloc over to them).
+// All allocations of the program go through the functions below (the linker
+// redirects malloc and aligned_alloc to them). They refuse one allocation, or it and
+// all later ones.
 #include "velapilt/src/velSplit.h"
 #include "velapilt/src/velapilt.h"
 
@@ -110,7 +111,7 @@ constexpr const char *setup = "FLOW:\n"
                               "END\n"
                               "END\n";
 
-/// Every node is found under its path, and the whole reads back.
+/// Checks that every node is found by its path and that the saved tree reads back.
 void expectInStep(const velHandlePtr &handle)
 {
     const auto check = [&](const auto &again, const velNode *node,
@@ -136,8 +137,8 @@ void expectInStep(const velHandlePtr &handle)
 
 using Operation = std::function<const char *(velHandle *handle)>;
 
-/// Runs the operation on a new set-up with the n-th allocation refused, for
-/// every n; gives the messages.
+/// Runs the operation on a new set-up with the n-th allocation refused, for every
+/// n. Returns the messages.
 std::set<std::string> messagesOf(const Operation &operation)
 {
     std::set<std::string> messages;
@@ -148,12 +149,12 @@ std::set<std::string> messagesOf(const Operation &operation)
             refusesAllAfter = all;
             allocationsLeft = n;
             const char *message = operation(handle.get());
-            isThrough = allocationsLeft > 0; // it needs no more than that
+            isThrough = allocationsLeft > 0; // the operation needs fewer allocations
             allocationsLeft = unlimited;
             messages.insert(said(message));
             EXPECT_STREQ(getCurrentPath(handle.get()), "/");
             expectInStep(handle);
-            messages.insert(said(operation(handle.get()))); // it can be done again
+            messages.insert(said(operation(handle.get()))); // the operation can be repeated
             expectInStep(handle);
         }
     }
@@ -162,7 +163,7 @@ std::set<std::string> messagesOf(const Operation &operation)
 
 using Messages = std::set<std::string>;
 
-/// Runs `work` with the n-th allocation refused, all after it granted.
+/// Runs `work` with only the n-th allocation refused.
 template <typename Work>
 auto without(long n, Work work)
 {
@@ -213,7 +214,7 @@ TEST(VelNoMemory, Parsing)
 {
     std::string text;
     for (int i = 0; i < 120; ++i) {
-        text += "T" + std::to_string(i) + ": n\np" + std::to_string(i) + " = 1 # remark\nEND\n";
+        text += "T" + std::to_string(i) + ": n\np" + std::to_string(i) + " = 1 # comment\nEND\n";
     }
     velArray lines(velArrayKind::Strings);
     for (const std::string &line : linesOf(text)) {
@@ -231,8 +232,8 @@ std::string state(const velHandlePtr &handle)
     return std::to_string(depth) + " " + getCurrentPath(handle.get());
 }
 
-/// The messages of a header behind `open` blocks that are fed line by line;
-/// whatever fails, depth and current path agree.
+/// The messages of a header line inside `open` blocks, with each allocation refused
+/// in turn. Checks that depth and current path always agree.
 Messages messagesOfAHeader(int open)
 {
     Messages messages;
@@ -255,7 +256,7 @@ Messages messagesOfAHeader(int open)
     return messages;
 }
 
-// A header that failed once left its block open without a path.
+// A failed header once left a block open without a path.
 TEST(VelNoMemory, OpeningABlock)
 {
     constexpr const char *elsewhere = "parseVELLineH: Memory allocation error";
@@ -316,8 +317,8 @@ TEST(VelNoMemory, PushingAndChangingPaths)
               (Messages{"", "changePath: unable to create a full path"}));
 }
 
-// The descendants of a node that was removed before them stay in the table; a
-// growth that failed over them once lost everything.
+// The descendants of a node that was removed before them stay in the table. When
+// the table failed to grow with them, it once lost all entries.
 TEST(VelNoMemory, GrowingWithDetachedNodes)
 {
     constexpr std::string_view top = "/A LONG TYPE OF AN OBJECT:with a long name";

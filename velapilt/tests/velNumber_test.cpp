@@ -1,4 +1,4 @@
-// Numbers as values hold them.
+// Tests how numbers in values are read and rounded.
 #include "velapilt/src/velNumber.h"
 
 #include <gtest/gtest.h>
@@ -36,10 +36,10 @@ TEST(VelNumber, WhatIsRead)
         {"1e", 1},  // an exponent needs digits
         {"1e+", 1}, //
         {"1.5.2", 1.5},
-        {"1,5", 1}, // reading stops at what cannot continue a number
+        {"1,5", 1}, // reading stops at the first character that cannot belong to a number
         {"3 m", 3},
         {"3[m]", 3},
-        {"0x10", 0}, // no hexadecimal
+        {"0x10", 0}, // hexadecimal is not read
         {"1d3", 1},
         {"x1", 0},
         {"+-1", 0},

@@ -1,4 +1,4 @@
-// From lines to nodes.
+// Tests the parser: the nodes that lines make.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -168,12 +168,13 @@ TEST(VelParser, ContinuedLines)
     EXPECT_EQ(read("a \\\n= \\\n1\n"), "a = 1\n");
     EXPECT_EQ(read("A\\\n:\\\nb\nEND\n"), "A: b\nEND\n");
     EXPECT_EQ(read("a = b\\\\\nc\n"), "a = b\\c\n");  // one of the two is the marker
-    EXPECT_EQ(read("a = b \\ \t\nc\n"), "a = b c\n"); // white space behind it is dropped
+    EXPECT_EQ(read("a = b \\ \t\nc\n"), "a = b c\n"); // white space after it is dropped
     EXPECT_EQ(read("\\\n\\\na = 1\n"), "a = 1\n");
     EXPECT_EQ(read("a = b \\\n\nc = d\n"), "a = b\nc = d\n"); // an empty line ends it
 }
 
-// The joined text is looked at again: each line takes one '\\' off its end.
+// The parser checks the joined text again; each further line removes one '\\' from
+// its end.
 TEST(VelParser, SeveralBackSlashesAtTheEnd)
 {
     EXPECT_EQ(read("a = b\\\\\n\nc\nd = 1\n"), "a = bc\nd = 1\n");
@@ -183,14 +184,14 @@ TEST(VelParser, SeveralBackSlashesAtTheEnd)
 
 TEST(VelParser, CommentsAndContinuedLines)
 {
-    EXPECT_EQ(read("# remark \\\na = 1\nb = 2\n"), "b = 2\n"); // a comment continues too
+    EXPECT_EQ(read("# comment \\\na = 1\nb = 2\n"), "b = 2\n"); // a comment continues too
     EXPECT_EQ(read("a = 1, \\\n2 # two \\\n3\nb = 2\n"), "a = 1, 2\nb = 2\n");
-    EXPECT_EQ(read("a = 1 \\\n# remark\nb = 2\n"), "a = 1\nb = 2\n");
+    EXPECT_EQ(read("a = 1 \\\n# comment\nb = 2\n"), "a = 1\nb = 2\n");
     EXPECT_EQ(read("a = 1\\\n#2\n"), "a = 1\n");
     EXPECT_EQ(read("a = 1\\\\\n#2\n"), "a = 1\\#2\n"); // the joined text is what counts
 }
 
-// The joined line decides, whatever its parts look like.
+// Whether a line is END is decided after the pieces are joined.
 TEST(VelParser, EndIsRecognisedOnTheJoinedLine)
 {
     EXPECT_EQ(read("A:\nEN\\\nD\n"), "A:\nEND\n");
@@ -207,7 +208,7 @@ TEST(VelParser, TextBeforeAnEndOnTheJoinedLineMakesItNoEnd)
     EXPECT_EQ(read("A:\nx = \\\nEND\nEND\n"), "A:\n  x = END\nEND\n");
 }
 
-// A saved END whose indentation is beyond the width is written in such pieces.
+// END is saved in such pieces if its indentation is wider than the line.
 TEST(VelParser, EndAfterPiecesOfIndentationIsAnEnd)
 {
     EXPECT_EQ(read("A:\nB:\n      \\\n    \\\n  END\n  \\\nEND\n"), "A:\n  B:\n  END\nEND\n");
@@ -300,7 +301,7 @@ TEST(VelParser, ARefusedHeaderOpensNothing)
 TEST(VelParser, AFileMayBeFedLineByLine)
 {
     const velHandlePtr handle(velCreateHandle());
-    for (const char *text : {"A:", "B: b", "x = 1", "END", "END", "# remark", ""}) {
+    for (const char *text : {"A:", "B: b", "x = 1", "END", "END", "# comment", ""}) {
         EXPECT_EQ(line(handle, text), "") << text;
     }
     EXPECT_EQ(state(handle), "0 /");
@@ -379,7 +380,7 @@ std::string digestOf(std::string_view text)
         lines.addString(one);
     }
     velDigest digest{};
-    // It is stored whatever becomes of the lines.
+    // The digest is stored even if parsing fails.
     static_cast<void>(parseVELData(handle.get(), &lines, 0, nullptr, &digest));
     return hexadecimal(digest);
 }
@@ -405,8 +406,8 @@ TEST(VelParser, DataOfTheExpectedDigestIsMarked)
                                "/A/B Singleton 0\n"
                                "/A/B/x Param 0\n"
                                "/y Param 0\n");
-    // Each line takes back its node's own mark and those of the subtrees above
-    // (kept): what stays are leaves.
+    // Each line clears the mark of its node and of all subtrees above it, so only
+    // leaves stay marked. Clients rely on that.
     EXPECT_EQ(said(loadVELData(handle.get(), lines, 6, &digest, nullptr)), "");
     EXPECT_EQ(flagsOf(handle), "/ Object 0\n"
                                "/A Singleton 0\n"
@@ -454,7 +455,7 @@ TEST(VelParser, AReplaceBlockRemovesWhatItDoesNotRestate)
                             "B: kept\nz = 9\nEND\n"
                             "END\n"),
               "");
-    // Within the block its objects are restated too, so w went with its END.
+    // Objects in the block are restated, too, so its END deletes w.
     EXPECT_EQ(log.take(), "/A:a/v: 3 <- -\n"
                           "/A:a/B:kept/z: 9 <- 1\n"
                           "/A:a/B:kept/w: - <- 2\n"
@@ -536,13 +537,13 @@ TEST(VelParser, ARestatedObjectMayBeOpenedTwice)
 {
     EXPECT_EQ(read("A:\nB:\nx = 1\ny = 1\nEND\nEND\n"
                    "&replace A:\n"
-                   "B:\nx = 2\nEND\n" // y goes here
-                   "B:\ny = 3\nEND\n" // and x here
+                   "B:\nx = 2\nEND\n" // deletes y
+                   "B:\ny = 3\nEND\n" // deletes x
                    "END\n"),
               "A:\n  B:\n    y = 3\n  END\nEND\n");
 }
 
-TEST(VelParser, ReplaceBehindWhichSomethingElseStands)
+TEST(VelParser, ReplaceBeforeOtherStatements)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\ny = 1\nEND\n");
     EXPECT_EQ(parse(handle, "A:\n&replace x = 2\nEND\n"), ""); // replaces nothing else
@@ -554,7 +555,7 @@ TEST(VelParser, ReplaceBehindWhichSomethingElseStands)
     EXPECT_EQ(parse(handle, "&replace END\n"), "parseVELLineH: unmatched END");
     EXPECT_EQ(parse(handle, "&replace &replace A:\nEND\n"),
               "invalid object type \"&replace A\": leading character must be alphabetic or '_'");
-    EXPECT_EQ(parse(handle, "&replace   A: # remark\nEND\n"), "");
+    EXPECT_EQ(parse(handle, "&replace   A: # comment\nEND\n"), "");
     EXPECT_EQ(stored(handle), "A:\nEND\n");
 }
 
@@ -569,13 +570,13 @@ TEST(VelParser, AReplaceBlockEndedByAnErrorIsNotSwept)
                                "/A/x Param 0x200\n"
                                "/A/y Param 0\n");
     EXPECT_EQ(parse(handle, "&replace A:\ny = 2\nEND\n"), "");
-    // The old mark of x is taken for a restatement, once.
+    // The old mark of x counts as a restatement, once.
     EXPECT_EQ(stored(handle), "A:\n  x = 2\n  y = 2\nEND\n");
     EXPECT_EQ(parse(handle, "&replace A:\ny = 2\nEND\n"), "");
     EXPECT_EQ(stored(handle), "A:\n  y = 2\nEND\n");
 }
 
-// A mark that is left over replaces nothing: the word of the block decides.
+// A mark from an earlier block has no effect; only &replace at the block counts.
 TEST(VelParser, AnOldMarkSweepsNothing)
 {
     const velHandlePtr handle = parsed("A:\nB:\nx = 1\nEND\nEND\n");

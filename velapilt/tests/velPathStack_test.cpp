@@ -1,4 +1,4 @@
-// The current path and the stack under it.
+// Tests the current path and the stack of paths.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -59,7 +59,7 @@ TEST(VelPathStack, AParameterMayBeCurrent)
     const velHandlePtr handle = parsed(flow);
     EXPECT_EQ(said(pushPath(handle.get(), "/FLOW/DOMAIN:Fluid/Option")), "");
     EXPECT_EQ(current(handle), "/FLOW/DOMAIN:Fluid/Option");
-    // Nothing stands below a parameter.
+    // A parameter has no children.
     EXPECT_EQ(said(parseVELLineH(handle.get(), "x = 1", 0)),
               "parseVELLineH: velUpdateObject failed");
     EXPECT_EQ(said(velCreateParam(handle.get(), "x", "1")),
@@ -140,7 +140,7 @@ TEST(VelPathStack, APathWhoseNodeIsGoneStaysCurrent)
     EXPECT_EQ(said(changePath(handle.get(), ".")), "changePath: path is not found");
     EXPECT_EQ(stored(handle), "SOLVER:\nEND\n");
 
-    // Made anew it is current again, as a path is.
+    // An entry of the stack is a path: a new node at the path is current again.
     EXPECT_EQ(said(velCreateObject(handle.get(), "/FLOW", false)), "");
     EXPECT_EQ(said(velCreateObject(handle.get(), "/FLOW/DOMAIN:Fluid", false)), "");
     EXPECT_EQ(current(handle), "/FLOW/DOMAIN:Fluid");

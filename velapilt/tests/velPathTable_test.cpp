@@ -1,4 +1,4 @@
-// The path table under a handle: its growth, and what it finds.
+// Tests the path table of a handle: its growth and its look-ups.
 #include "velapilt/src/velHandle_p.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -43,7 +43,7 @@ TEST(VelPathTable, GrowsAtTheEntryThatFinds126)
     EXPECT_EQ(grownTo(126), 41);
     EXPECT_EQ(said(velCreateParam(handle.get(), "one more", "")), "");
     EXPECT_EQ(grownTo(127), 127);
-    // A table presized for nothing grows by what it holds, as an insert would.
+    // Presizing for 0 entries grows the table as an insert does.
     EXPECT_EQ(buckets(handle), 127);
     EXPECT_EQ(havePath(handle.get(), "/p0"), 1);
     EXPECT_EQ(havePath(handle.get(), "/one more"), 1);
@@ -60,7 +60,7 @@ TEST(VelPathTable, ObjectsGrowItAsParametersDo)
         ASSERT_EQ(said(error), "");
         ASSERT_EQ(handle->table.entries(), ++entries);
         if (i % 100 == 0) {
-            // Asking below a parent with many children enters what is pending.
+            // A look-up below a parent with many children enters the pending parameters.
             ASSERT_EQ(havePath(handle.get(), "/never"), 0);
         }
     }
@@ -152,7 +152,7 @@ TEST(VelPathTable, LongPathsAreFoundToo)
     EXPECT_EQ(havePath(handle.get(), path.substr(0, path.size() - 301).c_str()), 1);
 }
 
-// What was found is remembered; removing it must make it forgotten.
+// The table remembers found nodes; it must forget a removed one.
 TEST(VelPathTable, ARemovedNodeIsNotFoundAgain)
 {
     const velHandlePtr handle(velCreateHandle());

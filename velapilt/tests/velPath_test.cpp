@@ -1,4 +1,4 @@
-// Paths as texts.
+// Tests paths as texts: normal form, absolute path and parent path.
 #include "velapilt/src/velPath.h"
 
 #include "velapilt/src/velapilt.h"
@@ -27,7 +27,7 @@ std::string reduced(const std::string &component)
     return isTwice ? component.substr(0, colon) : component;
 }
 
-/// The normal form as its rules say it, one character deleted at a time.
+/// The normal form by its rules, which delete one character at a time.
 std::string plainNormalForm(std::string path)
 {
     constexpr const char *space = " \t\n\v\f\r";
@@ -37,7 +37,7 @@ std::string plainNormalForm(std::string path)
         return path;
     }
     path += '/';
-    // NOLINTBEGIN(bugprone-branch-clone): a rule each, in their order
+    // NOLINTBEGIN(bugprone-branch-clone): one branch per rule, in their order
     for (std::size_t i = 0; i < path.size();) {
         const char next = i + 1 < path.size() ? path[i + 1] : '\0';
         if (path[i] == '\t') {
@@ -187,7 +187,7 @@ TEST(VelPath, Parents)
     }
 }
 
-TEST(VelPath, FullPathsStandOnTheCurrentPath)
+TEST(VelPath, FullPathsContinueTheCurrentPath)
 {
     const velHandlePtr handle = parsed("FLOW:\n"
                                        "DOMAIN: Fluid\n"

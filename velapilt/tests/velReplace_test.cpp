@@ -1,4 +1,4 @@
-// &replace in random nestings, against a plain model of its marks.
+// Tests &replace in random nestings against a plain model of its marks.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -160,7 +160,7 @@ TEST(VelReplace, WhatIsCreatedMeanwhileCountsAsRestated)
 TEST(VelReplace, WhatIsAlreadyDeletedMeanwhile)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nB:\ny = 2\nEND\nz = 3\nEND\n");
-    // A handler that deletes the rest while the first is being swept.
+    // A handler deletes the other nodes while the first one is being swept.
     struct Data
     {
         velHandle *handle;

@@ -1,4 +1,4 @@
-// The quick look at a line against the plain one.
+// Tests the fast scan of a line against the plain one.
 #include "velapilt/src/velScan.h"
 
 #include "velapilt/src/velSpace.h"
@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::string_view junk = "= # \t=\n##  x==\r\xFF\n"; // must not be looked at
 
-/// Both looks at `line`: what the quick one calls plain is plain, and no plain
-/// line without blanks around it escapes it.
+/// Checks that both scans agree: a line that the fast scan calls plain is plain, and
+/// it recognises every plain line without blanks around it.
 void expectSame(const std::string &line)
 {
     const std::string text = line + "\n" + std::string(junk.substr(0, velScanSlack));

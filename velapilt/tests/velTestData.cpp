@@ -1,4 +1,4 @@
-// Results written as text, the log of changes, folders and environments of a test.
+// Results as text, the log of changes, and folders and environments of a test.
 #include "velapilt/tests/velTestData.h"
 
 #include <gtest/gtest.h>

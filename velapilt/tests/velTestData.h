@@ -1,7 +1,7 @@
-// What the tests of the database share: input as text, results as text.
+// Helpers of the database's tests: input as text, results as text.
 //
-// A message is given as text, the empty one for success. Lists are given as
-// lines, each ended by a line feed.
+// A message is a text, empty for success. A list is lines, each with a line feed at
+// its end.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -13,17 +13,17 @@
 #include <string_view>
 #include <vector>
 
-/// The message, or nothing for success.
+/// The message; empty for success.
 [[nodiscard]] std::string said(const char *message);
 
 [[nodiscard]] std::string asLines(const velStringList &list);
 [[nodiscard]] std::string asLines(const velArray &strings);
 [[nodiscard]] std::vector<std::string> linesOf(std::string_view text);
 
-/// Parses the lines of `text` in one go.
+/// Parses the lines of `text` in one call.
 std::string parse(const velHandlePtr &handle, std::string_view text, std::uint32_t flags = 0);
 
-/// A new handle that holds `text`.
+/// A new handle with the nodes of `text`.
 [[nodiscard]] velHandlePtr parsed(std::string_view text);
 
 /// The stored form below a path, or the message.
@@ -36,10 +36,10 @@ std::string parse(const velHandlePtr &handle, std::string_view text, std::uint32
 /// The value at a path, or the message.
 [[nodiscard]] std::string valueAt(const velHandlePtr &handle, const char *path);
 
-/// Every node, one a line in stored order, as "path kind flags": "/A/x Param 0x100".
+/// Every node in stored order, one line "path kind flags" each: "/A/x Param 0x100".
 [[nodiscard]] std::string flagsOf(const velHandlePtr &handle);
 
-/// Writes down what the change handlers are told, one change a line:
+/// Records the changes that a handler receives, one per line:
 /// "/A: created", "/A/x: new <- old" ("-" for no value), "/A: deleted".
 class ChangeLog
 {
@@ -48,7 +48,7 @@ public:
     ChangeLog(const ChangeLog &) = delete;
     ChangeLog &operator=(const ChangeLog &) = delete;
 
-    /// What has been written since the last call.
+    /// The records since the last call.
     [[nodiscard]] std::string take();
 
 private:
@@ -58,7 +58,8 @@ private:
     std::string text_;
 };
 
-/// An environment variable for the life of the object; without a value it is unset.
+/// Sets an environment variable for the life of the object; without a value, unsets
+/// it.
 class Environment
 {
 public:
@@ -72,7 +73,7 @@ private:
     std::optional<std::string> before_;
 };
 
-/// A folder of the test's own, removed with all in it.
+/// A folder of the test; the destructor deletes it with its content.
 class TemporaryFolder
 {
 public:
@@ -112,5 +113,5 @@ private:
     std::mt19937 engine_;
 };
 
-/// A set-up of the random kind: up to `objects` blocks, some of them nested.
+/// A random set-up: up to `objects` blocks, some of them nested.
 [[nodiscard]] std::string randomSetup(Random &random, std::size_t objects);

@@ -1,6 +1,6 @@
-// The tree and its path table against a plain model: a map from path texts to
-// nodes, and the procedures written out over it, every step by paths. Handlers
-// change the tree while it is changed, the same in the model.
+// Tests the tree and its path table against a plain model: a map from path texts to
+// nodes, with each operation written for that map. Handlers change the tree during
+// operations, and the model does the same.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -28,12 +28,12 @@ struct Step
     std::vector<std::string> lines; ///< of Replace: a &replace block of the root
 };
 
-/// What a handler does when a change is reported to it.
+/// A handler's reaction to a reported change.
 struct Reaction
 {
-    std::string trigger; ///< the change as it is logged, as far as the new value
+    std::string trigger; ///< the change as logged, up to the new value
     Step step;
-    int uses; ///< how often it still does so
+    int uses; ///< how many times it still reacts
 };
 
 std::string parentOf(const std::string &path)
@@ -139,7 +139,7 @@ private:
                        : "velCreateObject: unable to create object";
     }
 
-    /// What one line or create call does; false where it is refused.
+    /// Does the work of one line or create call; false if it is refused.
     bool update(const std::string &current, const std::string &component, velKind kind,
                 const std::string &value, std::uint32_t word)
     {
@@ -371,7 +371,7 @@ private:
         text += indent + "END\n";
     }
 
-    std::vector<std::unique_ptr<ModelNode>> nodes_; // removed ones too: some still answer
+    std::vector<std::unique_ptr<ModelNode>> nodes_; // removed ones, too: some are still found
     std::map<std::string, ModelNode *> table_;
     std::vector<Reaction> reactions_;
     std::string log_;
@@ -445,8 +445,8 @@ private:
 class Pair
 {
 public:
-    /// Gives whether the model was changed: a refused step that no handler was
-    /// told of changes nothing.
+    /// Returns whether the model has changed. A refused step without a report to a
+    /// handler changes nothing.
     bool perform(const Step &step, const std::vector<Reaction> &reactions)
     {
         model_.setReactions(reactions);
@@ -489,7 +489,7 @@ private:
 
 struct Play
 {
-    std::size_t wideness; ///< names of a type below each parent, so that paths are met again
+    std::size_t wideness; ///< names of a type below each parent; few, so that paths repeat
     std::size_t steps;
     bool removesNonEmpty;
     std::size_t reactions = 0; ///< of handlers to one step, at most
@@ -549,9 +549,9 @@ public:
             Reaction reaction{path() + random_.oneOf(changes), step(), 1};
             reaction.uses += static_cast<int>(random_.below(2));
             if (reaction.step.action == Action::Replace) {
-                continue; // a block of its own within a block would close both
+                continue; // a nested block would close both
             }
-            if (random_.once(2)) { // what is deleted comes again
+            if (random_.once(2)) { // a deleted node is made again
                 const std::string &trigger = reaction.trigger;
                 const bool isParam = trigger.ends_with(": -");
                 reaction.step.action = Action::Create;
@@ -629,7 +629,7 @@ TEST(VelTreeModel, WideTrees)
     }
 }
 
-// Non-empty nodes are taken out, which leaves their descendants in the table.
+// Removes non-empty nodes, which leaves their descendants in the table.
 TEST(VelTreeModel, NarrowTreesWithDetachedParts)
 {
     for (unsigned seed = 100; seed < 130; ++seed) {
@@ -644,7 +644,7 @@ TEST(VelTreeModel, WideTreesWithDetachedParts)
     }
 }
 
-// Handlers delete, make again and mark what the operation is at work on.
+// Handlers delete, make again and mark nodes that the operation is using.
 TEST(VelTreeModel, HandlersThatChangeTheTree)
 {
     for (unsigned seed = 300; seed < 340; ++seed) {

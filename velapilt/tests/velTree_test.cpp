@@ -1,4 +1,4 @@
-// Making, marking and removing nodes.
+// Tests making, marking and removing nodes.
 #include "velapilt/src/velapilt.h"
 
 #include "velapilt/tests/velTestData.h"
@@ -110,7 +110,7 @@ TEST(VelTree, TheSingletonFormIsNotPermittedInCreating)
     EXPECT_EQ(createObject(handle, "/SOLVER:SOLVER"),
               "velCreateObject: TYPE:TYPE form for singletons is not permitted");
     EXPECT_EQ(createObject(handle, "/SOLVER"), "");
-    // Further up it is the path of the singleton.
+    // Before the last component, TYPE:TYPE is the path of the singleton.
     EXPECT_EQ(createObject(handle, "/SOLVER:SOLVER/A:b"), "");
     EXPECT_EQ(havePath(handle.get(), "/SOLVER/A:b"), 1);
 }
@@ -175,7 +175,7 @@ TEST(VelTree, EveryCharacterOfAWord)
         const bool mayLead = isLetter || c == '_' || c == '%';
         const bool mayFollow = isLetter || isDigit ||
                                (std::string_view("\t .[]_{|}").find(c) != std::string_view::npos);
-        // Lines, for paths have meanings of their own for some characters.
+        // As lines, because some characters have a special meaning in paths.
         const std::string lead =
             said(parseVELLineH(handle.get(), (std::string(1, c) + "x=1").c_str(), 0));
         const bool isOther = (std::string_view("#&!>= \t\n\v\f\r\\").find(c) !=
@@ -253,7 +253,7 @@ TEST(VelTree, LibraryBits)
     EXPECT_EQ(isLibrary(handle.get(), "/FLOW"), 0);
     EXPECT_EQ(isLibrary(handle.get(), "/"), 0);
     EXPECT_EQ(isLibrary(handle.get(), "/NONE"), -1);
-    // Of a parameter it is its parent's bit that counts.
+    // For a parameter the bit of its parent counts.
     EXPECT_EQ(createParam(handle, "/RULES/mine", "1"), "");
     EXPECT_EQ(isLibrary(handle.get(), "/RULES/mine"), 1);
 }
@@ -316,7 +316,7 @@ TEST(VelTree, InvalidatingWithPropagation)
 {
     const velHandlePtr byParam = allValid();
     EXPECT_EQ(said(setValid(byParam.get(), "/A/B:b/x", 0, true)), "");
-    // Its owner loses its own mark, everything above that of its subtree.
+    // The owner loses its own mark; everything above loses the mark of its subtree.
     EXPECT_EQ(validity(byParam), "1 1 2 2 ");
 
     const velHandlePtr byObject = allValid();
@@ -332,8 +332,8 @@ TEST(VelTree, InvalidatingWithPropagation)
     EXPECT_EQ(validity(marking), "3 3 3 3 ");
 }
 
-// A line's word decides: 0 takes validity away, 0x100 or 0x400 alone give a
-// mark, every other word takes it away as well.
+// The flags of the line decide: 0x100 or 0x400 alone give a mark; 0 and every other
+// value remove it.
 TEST(VelTree, ValidityAfterALine)
 {
     const struct
@@ -359,7 +359,7 @@ TEST(VelTree, ValidityAfterALine)
     }
 }
 
-// The replace mark that a node has from its parent is not the line's.
+// The replace mark that a node gets from its parent does not belong to the line.
 TEST(VelTree, ValidityAfterALineBelowAMarkedNode)
 {
     const velHandlePtr handle = parsed("A:\nEND\n");
@@ -456,8 +456,8 @@ TEST(VelTree, DeletingAParameterAsAnObject)
     EXPECT_EQ(havePath(handle.get(), "/A/x"), 0);
 }
 
-// A node with children is refused only when it is out of tree and table; its
-// descendants go on answering to their old paths.
+// A node with children is refused only after it has left the tree and the table. Its
+// descendants are still found by their old paths.
 TEST(VelTree, RemovingANonEmptyNode)
 {
     const velHandlePtr handle = parsed(nested);
@@ -465,7 +465,7 @@ TEST(VelTree, RemovingANonEmptyNode)
     constexpr const char *refused =
         "velRemoveObjectH: removal of non-empty object, did you mean deleteObj?";
     EXPECT_EQ(deleteParam(handle, "/A"), refused);
-    EXPECT_EQ(log.take(), "/A: deleted\n"); // reported all the same
+    EXPECT_EQ(log.take(), "/A: deleted\n"); // reported anyway
     EXPECT_EQ(stored(handle), "C:\nEND\n");
     EXPECT_EQ(havePath(handle.get(), "/A"), 0);
     EXPECT_EQ(valueAt(handle, "/A/x"), "1");
@@ -476,7 +476,7 @@ TEST(VelTree, RemovingANonEmptyNode)
     EXPECT_EQ(log.take(), "/A/B:b/y: - <- 2\n");
     EXPECT_EQ(createParam(handle, "/A/n", "1"), "velCreateParam: parent object does not exist");
 
-    // A new node at the path has no children, and the old ones are not its.
+    // A new node at the path has no children; the old ones do not belong to it.
     EXPECT_EQ(createObject(handle, "/A"), "");
     EXPECT_EQ(deleteParam(handle, "/A/x"), "velRemoveObjectH: parent has no child list");
     EXPECT_EQ(createParam(handle, "/A/n", "1"), "");
@@ -489,7 +489,7 @@ TEST(VelTree, RemovingANonEmptyNode)
     EXPECT_EQ(valueAt(handle, "/A/x"), "9");
 }
 
-// What passes from a parent comes from the node that is at the parent's path.
+// Flags are inherited from the node that is now at the parent's path.
 TEST(VelTree, WhatIsLeftOfANonEmptyNodeHasNoFlagsFromIt)
 {
     const velHandlePtr handle(velCreateHandle());
@@ -568,8 +568,7 @@ TEST(VelTree, PlacesOnlyWhatIsThere)
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(said(velPlaceChild(handle.get(), "/A", 0)), "velPlaceChild: path not found");
     EXPECT_EQ(createObject(handle, "/A"), "");
-    EXPECT_EQ(said(velPlaceChild(handle.get(), "/", 0)),
-              "velPlaceChild: the root has no siblings");
+    EXPECT_EQ(said(velPlaceChild(handle.get(), "/", 0)), "velPlaceChild: the root has no siblings");
     EXPECT_EQ(said(velPlaceChild(handle.get(), "/A", 3)), "");
 }
 

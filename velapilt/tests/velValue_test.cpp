@@ -1,4 +1,4 @@
-// Reading and setting values.
+// Tests reading and setting values.
 #include "velapilt/src/velSplit.h"
 #include "velapilt/src/velapilt.h"
 
@@ -184,7 +184,7 @@ TEST(VelValue, Integers)
     EXPECT_EQ(number, 0);
 }
 
-// Rounded differently from a single value below zero.
+// Negative numbers in lists are rounded differently from single values.
 TEST(VelValue, IntegerLists)
 {
     EXPECT_EQ(integersOf("2.5, -2.5, -1.7, 1.4"), "3 -2 -1 1");
@@ -266,7 +266,7 @@ TEST(VelValue, Splitting)
     EXPECT_EQ(split("f(a,b), c"), "|f(a,b)|c|");
     EXPECT_EQ(split("f(a,(b,c),d),e"), "|f(a,(b,c),d)|e|");
     EXPECT_EQ(split("(a, b"), "|(a, b|");
-    EXPECT_EQ(split("a), b, c"), "|a), b, c|");  // below zero nothing splits
+    EXPECT_EQ(split("a), b, c"), "|a), b, c|");  // at a negative depth nothing splits
     EXPECT_EQ(split("a), (b, c"), "|a), (b|c|"); // until the depth is 0 again
     EXPECT_EQ(split("[a,b]"), "|[a|b]|");
 }

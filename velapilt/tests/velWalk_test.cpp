@@ -1,5 +1,5 @@
-// The walks of the tree: what they visit and in which order, written out as
-// lines; trees of no node and of very many levels; nodes removed meanwhile.
+// Tests the walks of the tree: the nodes they visit and their order, as lines; empty
+// trees, trees of very many levels, and nodes removed during the walk.
 #include "velapilt/src/velWalk_p.h"
 
 #include "velapilt/src/velHandle_p.h"
@@ -25,7 +25,7 @@ const char twoBlocks[] = "a = 1\n"
                          "LAST:\n"
                          "END\n";
 
-/// What a node is called below its parent.
+/// The component of a node: how its parent distinguishes it.
 std::string called(const velHandlePtr &handle, const velNode *node)
 {
     const std::string_view type = handle->words.view(node->type);
@@ -33,8 +33,8 @@ std::string called(const velHandlePtr &handle, const velNode *node)
     return std::string(type) + (type.empty() || name.empty() ? "" : ":") + std::string(name);
 }
 
-/// What velWalk comes to below a node: "+ X" on the way down, "- X" at the end of
-/// X, and "X" where it goes over. It goes over what `isOver` holds for.
+/// The steps of velWalk below a node: "+ X" for down, "- X" at the end of X, "X" for
+/// over. It goes over the nodes for which `isOver` is true.
 template <typename IsOver>
 std::string walked(const velHandlePtr &handle, const velNode *top, IsOver isOver)
 {
@@ -60,8 +60,8 @@ bool isParam(const velNode *node)
     return node->isParam();
 }
 
-/// A chain of objects, each with the next one as its only child. Nodes made by
-/// hand: the paths of so many levels would take gigabytes.
+/// A chain of objects, each with the next one as its only child. The nodes are made
+/// directly, because the paths of so many levels would need gigabytes.
 std::vector<velNode> chain(std::size_t levels)
 {
     std::vector<velNode> nodes(levels);

@@ -1,4 +1,4 @@
-// The words of a handle, and the comparison of short texts.
+// Tests the words of a handle, and the comparison of short texts.
 #include "velapilt/src/velWords.h"
 
 #include "velapilt/tests/velTestData.h"

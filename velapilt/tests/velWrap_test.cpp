@@ -1,4 +1,4 @@
-// Long lines in pieces.
+// Tests long lines cut into pieces.
 #include "velapilt/src/velWrap.h"
 
 #include "velapilt/src/velapilt.h"
@@ -32,7 +32,7 @@ TEST(VelWrap, WidthsThatAreTooShort)
     }
 }
 
-TEST(VelWrap, TheBlankStaysBehindItsWord)
+TEST(VelWrap, TheBlankStaysAfterItsWord)
 {
     EXPECT_EQ(wrapped("aaa bbb ccc ddd", 10), "aaa bbb \\\n"
                                               "  ccc ddd\n");
@@ -67,7 +67,7 @@ TEST(VelWrap, AHardCutDoesNotFallInFrontOfABlank)
                                        "bbbb\n");
 }
 
-// Even at the very start of a piece white space is a place to cut behind.
+// A piece may be cut after white space even at its very start.
 TEST(VelWrap, ABlankBeforeAWordThatIsTooLong)
 {
     EXPECT_EQ(wrapped(" xxxxxxxxxxxxxxx", 8), " \\\n"
@@ -110,7 +110,7 @@ TEST(VelWrap, NothingButBlanks)
                                         "  \n");
 }
 
-/// What the parser makes of the pieces, once as they stand and once whole.
+/// The tree that the parser makes of a text.
 std::string readBack(const std::string &text)
 {
     const velHandlePtr handle(velCreateHandle());

@@ -6,7 +6,7 @@
 #include <cstring>
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
-              "which format letters are native is laid down for little-endian machines");
+              "the table of native format letters assumes a little-endian processor");
 
 /// Reverses each of `count` numbers of `size` bytes (1, 4 or 8) in place;
 /// `numbers` needs no alignment.

@@ -1,4 +1,4 @@
-// Lists, verifies and rebuilds a container, with the index or past it.
+// Lists, verifies and rebuilds a container, with its index or by a scan.
 #include "io/Src/Main/container_check.h"
 
 #include "io/Src/Main/dataset_scan.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A reporter whose messages can be taken as one text.
+/// A reporter that collects messages.
 class collecting_reporter
 {
 public:
@@ -23,7 +23,7 @@ public:
 
     const io_reporter &reporter() const { return report_; }
 
-    /// What came since the last call, without line ends.
+    /// The messages since the last call, without line ends.
     std::vector<std::string> take()
     {
         std::vector<std::string> taken;
@@ -54,7 +54,7 @@ std::string name_of(const dataset_header &header)
     return header.what + ":" + header.where + ":" + std::to_string(header.when);
 }
 
-/// What the index is compared with.
+/// A dataset or deleted dataset that the scan found, to compare with the index.
 struct seen_dataset
 {
     bool live = true;
@@ -138,7 +138,7 @@ private:
             check_data(item);
         }
         if (is_index && item.end != size_) {
-            add(item.position, IO_BAD_FILE, "an index stands in front of the end of the file");
+            add(item.position, IO_BAD_FILE, "an index is not at the end of the file");
         }
         has_index_ = is_index;
         index_position_ = item.position;
@@ -216,7 +216,7 @@ private:
         std::string name =
             std::string(record.what) + ":" + record.where + ":" + std::to_string(record.when);
         if (damaged_.count(record.position) > 0) {
-            return; // named already
+            return; // already reported
         }
         if (found == found_.end()) {
             add(index_position_, IO_BAD_FILE,
@@ -227,7 +227,8 @@ private:
         const seen_dataset &item = found->second;
         if (item.live != (file_.index.status(slot) == 'Y')) {
             add(record.position, IO_BAD_FILE,
-                name + ": is " + (item.live ? "live" : "deleted") + ", in the index it is not");
+                name + (item.live ? ": is live, but the index marks it as deleted"
+                                  : ": is deleted, but the index lists it as live"));
         }
         bool same = record.length == item.length && (item.name.empty() || name == item.name);
         if (!same) {

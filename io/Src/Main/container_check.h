@@ -1,6 +1,5 @@
-// Looking at a container as a whole: what is in it, what is wrong with it,
-// and a new index where the old one is. For tools; clients that only read
-// and write datasets use iocntc().
+// Lists, verifies and rebuilds a whole container. For tools; clients that only
+// read and write datasets use iocntc().
 #pragma once
 
 #include "io/Src/Main/dataset_header.h"
@@ -24,7 +23,7 @@ struct container_entry
 /// `all` also the deleted ones, by a scan.
 [[nodiscard]] int list_container(open_file &file, bool all, std::vector<container_entry> &entries);
 
-/// Something that is wrong in a container.
+/// One thing that is wrong in a container.
 struct container_fault
 {
     std::int64_t position = 0; ///< byte of the file
@@ -32,26 +31,26 @@ struct container_fault
     std::string text; ///< without a line end
 };
 
-/// Called now and then with the bytes looked at and all there are.
+/// Called from time to time with the number of bytes checked and of all bytes.
 using container_progress = std::function<void(std::int64_t done, std::int64_t total)>;
 
-/// Looks at every byte of a file: sizes, tags, headers, data, the end of each
-/// dataset, the index. A code only if the file cannot be opened at all; faults in
-/// it are in `faults`, by position. The file is not changed.
+/// Checks every byte of a file: sizes, tags, headers, data, the end of each
+/// dataset, the index. Puts what is wrong into `faults`, by position. Returns a
+/// code only if the file cannot be opened. The file does not change.
 [[nodiscard]] int verify_container(io_env &env, const io_reporter &report, const char *name,
                                    std::vector<container_fault> &faults,
                                    const container_progress &progress = nullptr);
 
-/// What a rebuilding did.
+/// The result of a rebuild.
 struct rebuild_result
 {
     std::int32_t datasets = 0;         ///< in the new index
     std::vector<located_dataset> lost; ///< live in the old index, not in the new one
-    std::vector<std::string> messages; ///< of the scan, a line each
+    std::vector<std::string> messages; ///< of the scan, one line each
     std::int64_t dropped_bytes = 0;    ///< after the last whole dataset, an index not counted
 };
 
-/// Scans the file and writes its index again. A code, and an unchanged file, if
-/// the scan meets damage.
+/// Scans the file and writes its index again. If the scan finds damage, returns a
+/// code and does not change the file.
 [[nodiscard]] int rebuild_container(io_env &env, const io_reporter &report, const char *name,
                                     rebuild_result &result);
