@@ -61,6 +61,11 @@ set(VEL_TEST_RUNTIME ${CMAKE_BINARY_DIR}/tests/runtime)
 file(MAKE_DIRECTORY ${VEL_TEST_RUNTIME})
 file(CHMOD ${VEL_TEST_RUNTIME} DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
 
+# Where programs keep the state of a user. Configuring empties it:
+# it grows with every file that a test changes.
+set(VEL_TEST_STATE ${CMAKE_BINARY_DIR}/tests/state)
+file(REMOVE_RECURSE ${VEL_TEST_STATE})
+
 # How an ordinary perl loads the module. That perl is not linked to the sanitizer's
 # library, which must be loaded first. It frees nothing at its end, so leaks are not
 # checked.
@@ -81,6 +86,7 @@ function(vel_test_environment name)
         "LC_ALL=C.UTF-8"
         "QT_QPA_PLATFORM=offscreen"
         "XDG_RUNTIME_DIR=${VEL_TEST_RUNTIME}"
+        "XDG_STATE_HOME=${VEL_TEST_STATE}"
         "ZOT5_VEL_PARSER=${CMAKE_BINARY_DIR}/perl"
         "ZOT5_VEL_LIBSDIR=${CMAKE_BINARY_DIR}/libraries"
         "ZOT5_VEL_LIBS=rules.vel\\;upgrades.vel"

@@ -11,6 +11,7 @@
 //   storageFault   whether a file can hold a value               valueEdit.h
 //   diff, merge    versions of a file, path by path              (below)
 //   EditedFile     lock, backup and atomic replacement           replaceFile.h
+//   History        the versions that saves have replaced         history.h
 //   findFault      the line with the first mistake               textFault.h
 //
 // Paths are full paths in normal form: "/FLOW/DOMAIN:Duct/Option" is the
@@ -25,6 +26,7 @@
 #pragma once
 
 #include "veltext/error.h"
+#include "veltext/history.h"
 #include "veltext/replaceFile.h"
 #include "veltext/sourceText.h"
 #include "veltext/statementTree.h"

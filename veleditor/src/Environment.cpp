@@ -38,13 +38,4 @@ bool showsExpertItems()
     return std::getenv("ZOT5_VEL_EXPERT") != nullptr;
 }
 
-std::string stateFolder()
-{
-    if (const char *given = std::getenv("XDG_STATE_HOME"); given != nullptr && *given == '/')
-        return given;
-    if (const char *home = std::getenv("HOME"); home != nullptr && *home == '/')
-        return std::string(home) + "/.local/state";
-    return {};
-}
-
 } // namespace velEditor::environment

@@ -2,8 +2,6 @@
 // docs/environment.md explains them. The texts belong to the environment.
 #pragma once
 
-#include <string>
-
 namespace velEditor::environment {
 
 /// ZOT5ROOT: the folder that holds etc/icons/. Null, with a line on standard
@@ -18,9 +16,5 @@ namespace velEditor::environment {
 
 /// ZOT5_VEL_EXPERT: whether items for experts are shown.
 [[nodiscard]] bool showsExpertItems();
-
-/// XDG_STATE_HOME, else .local/state in HOME; empty where neither is an
-/// absolute path.
-[[nodiscard]] std::string stateFolder();
 
 } // namespace velEditor::environment

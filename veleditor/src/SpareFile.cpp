@@ -1,10 +1,10 @@
 #include "veleditor/src/SpareFile.h"
 
-#include "veleditor/src/Environment.h"
 #include "veleditor/src/TextFile.h"
 #include "veltext/error.h"
 #include "veltext/folder.h"
 #include "veltext/readFile.h"
+#include "veltext/stateFolder.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -31,10 +31,9 @@ constexpr std::size_t longestName = 200;
 /// environment names no place or it cannot be made.
 std::string userFolder()
 {
-    const std::filesystem::path state = environment::stateFolder();
-    if (state.empty())
+    const std::filesystem::path folder = veltext::stateFolder("saved");
+    if (folder.empty())
         return {};
-    const std::filesystem::path folder = state / "veleditor" / "saved";
     std::error_code failure;
     if (std::filesystem::create_directories(folder, failure))
         std::filesystem::permissions(folder, std::filesystem::perms::owner_all, failure);
