@@ -31,6 +31,30 @@ std::string bytesOf(const std::string &file)
     }
 }
 
+/// Whether a failure of the edit leaves all as it was, but for the value at its path.
+bool failsAsAWhole(const Edit &edit, const CommandData &data)
+{
+    switch (edit.kind) {
+    case Edit::Kind::SetValue:
+    case Edit::Kind::DeleteParameter:
+        return true;
+    case Edit::Kind::AddParameter:
+        return data.has(parentPath(edit.path));
+    case Edit::Kind::DeleteObject:
+    case Edit::Kind::ReplaceObject:
+        return !data.has(edit.path);
+    case Edit::Kind::AddObject:
+        break;
+    }
+    return false;
+}
+
+bool changesNothing(const Edit &done)
+{
+    return (done.kind == Edit::Kind::SetValue || done.kind == Edit::Kind::ReplaceObject) &&
+           done.oldText == done.newText;
+}
+
 } // namespace
 
 Document::Document(std::string file, QObject *parent) : QObject(parent), file_(std::move(file)) {}
@@ -56,7 +80,11 @@ Message Document::load()
     loadedText_ = bytesOf(file_);
     encoding_ = encodingOf(loadedText_);
     lastEdit_.reset();
-    revisionOnDisk_ = ++revision_;
+    revision_ = ++lastRevision_;
+    formerRevision_ = revision_;
+    revisionOnDisk_ = revision_;
+    isMarked_ = false;
+    emit loaded();
     emit reloaded();
     return std::nullopt;
 }
@@ -80,15 +108,16 @@ Message Document::switchBoundsChecksOn()
 
 Message Document::apply(Edit edit, Marking marking)
 {
-    const bool isNew = edit.position == Edit::atEnd;
-    Message failure = change(edit);
-    enterNewState(marking);
-    if (failure)
-        return failure;
-    lastEdit_ = edit;
-    report(edit, isNew);
-    emit applied(edit);
-    return std::nullopt;
+    return make(std::move(edit), marking);
+}
+
+Message Document::applyBetween(Edit edit, std::uint64_t from, std::uint64_t to)
+{
+    const std::optional<State> next =
+        revision_ == from ? std::optional(State{to, to != revisionOnDisk_}) : std::nullopt;
+    Message failure = make(std::move(edit), Marking::Modified, next);
+    lastEdit_.reset();
+    return failure;
 }
 
 Message Document::rollBack()
@@ -96,9 +125,34 @@ Message Document::rollBack()
     if (!lastEdit_)
         return std::nullopt;
     const Edit last = *std::exchange(lastEdit_, std::nullopt);
-    Message failure = apply(inverse(last));
+    Message failure = make(inverse(last), Marking::Modified, State{formerRevision_, isMarked_});
     lastEdit_.reset();
     return failure;
+}
+
+/// Makes a change that leads to the state `next`, or to a new one where that is none.
+Message Document::make(Edit edit, Marking marking, std::optional<State> next)
+{
+    const bool isNew = edit.position == Edit::atEnd;
+    const bool failsWhole = failsAsAWhole(edit, data_);
+    const std::optional<std::string> former = data_.value(edit.path);
+    const Message failure = change(edit);
+
+    const bool isSame =
+        failure ? failsWhole && data_.value(edit.path) == former : changesNothing(edit);
+    formerRevision_ = revision_;
+    if (!isSame)
+        revision_ = next && !failure ? next->revision : ++lastRevision_;
+    if (next && !failure)
+        mark(next->isMarked);
+    else if (marking == Marking::Modified)
+        mark(true);
+    if (failure)
+        return failure;
+    lastEdit_ = edit;
+    report(edit, isNew);
+    emit applied(edit);
+    return std::nullopt;
 }
 
 Message Document::upgrade()
@@ -203,29 +257,24 @@ void Document::report(const Edit &done, bool isNew)
 
 // --- Unsaved changes ------------------------------------------------------------------
 
-/// An edit that marks nothing leads to a state that counts as the one on the
-/// disk, if the state before did.
-void Document::enterNewState(Marking marking)
+void Document::mark(bool modified)
 {
-    if (marking == Marking::Modified) {
-        setModified();
+    if (!modified && !isMarked_)
         return;
-    }
-    const bool wasModified = isModified();
-    ++revision_;
-    if (!wasModified)
-        revisionOnDisk_ = revision_;
+    isMarked_ = modified;
+    emit modifiedMarked(modified);
 }
 
 void Document::setModified()
 {
-    ++revision_;
-    emit modifiedMarked(true);
+    revision_ = ++lastRevision_;
+    mark(true);
 }
 
 void Document::clearModified()
 {
     revisionOnDisk_ = revision_;
+    isMarked_ = false;
     emit modifiedMarked(false);
 }
 

@@ -69,8 +69,14 @@ public:
     /// `oldText` of the edit, and `position` of what is deleted, are found here.
     [[nodiscard]] Message apply(Edit edit, Marking marking = Marking::Modified);
 
-    /// Takes back the edit that was applied last, which is an edit as well: the
-    /// document stays modified. Nothing happens where there is none.
+    /// Makes a change that is known to lead from the state `from` to the state `to`,
+    /// as undo and redo do. The document is then marked if `to` is not on the disk.
+    /// In any state but `from` this is a change like any other.
+    [[nodiscard]] Message applyBetween(Edit edit, std::uint64_t from, std::uint64_t to);
+
+    /// Reverts the edit that was applied last, which is an edit as well: the data is
+    /// in the state before it, but the document stays marked. Nothing happens where
+    /// there is none.
     [[nodiscard]] Message rollBack();
 
     /// Brings the data up to the current version of the language: none when
@@ -80,13 +86,19 @@ public:
 
     // --- Unsaved changes -------------------------------------------------------
 
-    /// Counts the states of the data. No two states have the same number.
+    /// The number of the state that the data is in. Two states that may differ
+    /// never have the same one.
     [[nodiscard]] std::uint64_t revision() const { return revision_; }
 
-    /// Whether the data is in another state than when it was loaded or saved.
-    [[nodiscard]] bool isModified() const { return revision_ != revisionOnDisk_; }
+    /// The state that the last edit began with: `revision()` where it changed nothing.
+    [[nodiscard]] std::uint64_t formerRevision() const { return formerRevision_; }
 
+    [[nodiscard]] bool isModified() const { return isMarked_; }
+
+    /// The data may have been changed by something else than an edit.
     void setModified();
+
+    /// The data is now what is on the disk.
     void clearModified();
 
     // --- Validation --------------------------------------------------------------
@@ -103,6 +115,9 @@ public:
     [[nodiscard]] SaveResult save(const std::string &target);
 
 signals:
+    /// The file was read: no earlier edit can be undone.
+    void loaded();
+
     void valueChanged(const std::string &path, const std::string &value);
 
     /// A parameter or object has come: new after its siblings where `position`
@@ -127,13 +142,21 @@ signals:
     void validated(const std::string &path, const velEditor::Message &findings);
 
 private:
+    /// A state that is known, and whether it counts as modified.
+    struct State
+    {
+        std::uint64_t revision;
+        bool isMarked;
+    };
+
+    [[nodiscard]] Message make(Edit edit, Marking marking, std::optional<State> next = {});
     [[nodiscard]] Message change(Edit &edit);
     [[nodiscard]] Message addParameter(Edit &edit);
     [[nodiscard]] Message addObject(Edit &edit);
     [[nodiscard]] Message remove(Edit &edit);
     [[nodiscard]] Message replaceObject(Edit &edit);
     void report(const Edit &done, bool isNew);
-    void enterNewState(Marking marking);
+    void mark(bool modified);
     Message reportFindings(const std::string &path, const char *findings);
 
     std::string file_;
@@ -141,7 +164,10 @@ private:
     TextEncoding encoding_ = TextEncoding::Utf8;
     CommandData data_;
     std::uint64_t revision_ = 0;
+    std::uint64_t formerRevision_ = 0;
     std::uint64_t revisionOnDisk_ = 0;
+    std::uint64_t lastRevision_ = 0; ///< the highest number so far
+    bool isMarked_ = false;
     std::optional<Edit> lastEdit_; ///< what `rollBack` takes back
 };
 

@@ -8,6 +8,7 @@
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Text.h"
+#include "veleditor/src/UndoHistory.h"
 #include "veleditor/src/VELTree.h"
 #include "veleditor/src/WaitCursor.h"
 
@@ -48,7 +49,8 @@ QString asTitle(const std::string &fileName)
 } // namespace
 
 Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool safeMode)
-    : QWidget(parent), document_(new Document(std::move(fileName), this))
+    : QWidget(parent), document_(new Document(std::move(fileName), this)),
+      history_(new UndoHistory(*document_, this))
 {
     setObjectName(QString::fromUtf8(name));
     setIconAndLabel();
@@ -60,6 +62,7 @@ Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool saf
     tree_ = new VELTree(this, QStringLiteral("Tree"), document_);
     switchChecksOn();
     addMenus();
+    addUndo();
     setMinimumSize(300, 200);
     welcome_->hide();
 }

@@ -13,12 +13,14 @@
 #include <memory>
 #include <string>
 
+class QAction;
 class QMenu;
 class QMenuBar;
 
 namespace velEditor {
 
 class Document;
+class UndoHistory;
 class VELTree;
 struct SaveResult;
 
@@ -71,12 +73,19 @@ private:
     void addEditMenu(QMenuBar &bar);
     void addHelpMenu(QMenuBar &bar);
     void addRowMenu();
+    void addUndo();
+    void undo();
+    void redo();
+    void showSteps();
 
     static QString whatWasKept(const SaveResult &result);
     [[nodiscard]] bool confirmErrors();
     [[nodiscard]] bool mayClose();
 
     Document *document_;      ///< a child; its file is what a plain save overwrites
+    UndoHistory *history_;    ///< a child; what was done to the document
+    QAction *undo_ = nullptr; ///< a child; null until the menus are made
+    QAction *redo_ = nullptr; ///< the same
     VELTree *tree_ = nullptr; ///< a child widget; null until it is built
     std::unique_ptr<JavaHelpServer> helpServer_;
     QMenuBar *menuBar_ = nullptr;

@@ -18,6 +18,7 @@
 namespace velEditor {
 
 class Document;
+struct Edit;
 class EditParamDialog;
 class ErrorDialog;
 class FindDialog;
@@ -57,6 +58,10 @@ public:
 
     /// Opens a row and all above it, brings it into view and selects it.
     void showMatch(VELTreeItem &match);
+
+    /// Opens all above the row that an edit has changed, brings it into view and
+    /// selects it; where no such row is shown, the one of the object around it.
+    void showChange(const Edit &edit);
 
     // --- Whole tree and single rows, by key ----------------------------------
 
@@ -159,6 +164,7 @@ private:
     // Rows that are not shown stay so.
 
     void followDocument();
+    void rebuildInPlace();
     void showMark(bool modified);
     void showValue(const std::string &path, const std::string &value);
     void showAddedParameter(const std::string &path, int position);

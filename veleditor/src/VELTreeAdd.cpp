@@ -76,9 +76,12 @@ void VELTree::addExpertParamObj()
 
 void VELTree::showAddedObject(const std::string &path, int position)
 {
-    const bool isNewSection = position == Edit::atEnd && flowItem_ != nullptr &&
-                              path == childPath(flowItem_->path(), expertSection);
-    if (isNewSection)
+    const bool isNew = position == Edit::atEnd;
+    const bool isSection =
+        flowItem_ != nullptr && path == childPath(flowItem_->path(), expertSection);
+    if (!isNew)
+        rebuildInPlace();
+    else if (isSection)
         showExpertSection();
     else
         buildTree();

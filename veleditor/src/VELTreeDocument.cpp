@@ -34,8 +34,8 @@ void VELTree::followDocument()
     connect(document_, &Document::parameterAdded, this, &VELTree::showAddedParameter);
     connect(document_, &Document::objectAdded, this, &VELTree::showAddedObject);
     connect(document_, &Document::parameterRemoved, this, &VELTree::showRemovedParameter);
-    connect(document_, &Document::objectRemoved, this, &VELTree::buildTree);
-    connect(document_, &Document::reloaded, this, &VELTree::buildTree);
+    connect(document_, &Document::objectRemoved, this, &VELTree::rebuildInPlace);
+    connect(document_, &Document::reloaded, this, &VELTree::rebuildInPlace);
 }
 
 // --- The mark of unsaved changes ----------------------------------------------------

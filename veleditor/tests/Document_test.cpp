@@ -3,8 +3,7 @@
 // with a model of the data that knows nothing of edits' texts.
 #include "veleditor/src/Document.h"
 
-#include "velapilt/src/velapilt.h"
-#include "velparser/api/velparser.h"
+#include "veleditor/tests/DataText.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -22,129 +21,6 @@
 using namespace velEditor;
 
 namespace {
-
-// --- Data as text ---------------------------------------------------------------
-
-/// An object, or a parameter where there is a value.
-struct Node
-{
-    std::string component;
-    std::optional<std::string> value;
-    std::vector<Node> children;
-};
-
-std::string dump(const Node &node, const std::string &indent = {})
-{
-    std::string text;
-    for (const Node &child : node.children) {
-        text += indent + child.component;
-        text += child.value ? " = " + *child.value + "\n" : "\n" + dump(child, indent + "  ");
-    }
-    return text;
-}
-
-/// What children a path has, and what value.
-struct Reader
-{
-    std::vector<velChildInfo> (*children)(velHandle *handle, const std::string &path);
-    std::string (*value)(velHandle *handle, const std::string &path);
-    velHandle *handle;
-};
-
-Node readNode(const Reader &reader, const std::string &path, const std::string &component)
-{
-    Node node{component, std::nullopt, {}};
-    for (const velChildInfo &child : reader.children(reader.handle, path)) {
-        const std::string kind = child.className;
-        const std::string below = kind == "Object" ? child.type + ":" + child.name : child.name;
-        const std::string belowPath = (path == "/" ? "" : path) + "/" + below;
-        if (kind == "Param")
-            node.children.push_back({below, reader.value(reader.handle, belowPath), {}});
-        else if (velparser::isVELLibrary(belowPath.c_str()) != 1)
-            node.children.push_back(readNode(reader, belowPath, below));
-    }
-    return node;
-}
-
-/// The user data of the bridge, in stored order.
-Node storedData()
-{
-    const Reader reader{[](velHandle *, const std::string &path) {
-                            std::vector<velChildInfo> children;
-                            static_cast<void>(
-                                velparser::getChildList(path.c_str(), &children, nullptr));
-                            return children;
-                        },
-                        [](velHandle *, const std::string &path) {
-                            std::optional<std::string> value;
-                            static_cast<void>(velparser::getStringValue(path.c_str(), &value));
-                            return value.value_or("no value");
-                        },
-                        nullptr};
-    return readNode(reader, "/", {});
-}
-
-std::vector<std::string> writtenLines()
-{
-    velStringList lines;
-    if (velparser::getFormattedVEL("/", 79, &lines) != nullptr)
-        qFatal("the data cannot be written");
-    return {lines.begin(), lines.end()};
-}
-
-/// What another database reads from the text that would be saved.
-Node savedData()
-{
-    const velHandlePtr fresh(velCreateHandle());
-    std::vector<std::string> lines = writtenLines();
-    lines.push_back({}); // a text without any line would be refused
-    std::vector<const char *> texts;
-    texts.reserve(lines.size());
-    for (const std::string &line : lines)
-        texts.push_back(line.c_str());
-    if (const char *error =
-            loadVELData(fresh.get(), texts.data(), static_cast<std::int32_t>(texts.size())))
-        qFatal("%s", error);
-    const Reader reader{[](velHandle *handle, const std::string &path) {
-                            std::vector<velChildInfo> children;
-                            static_cast<void>(
-                                getChildList(handle, path.c_str(), &children, nullptr));
-                            return children;
-                        },
-                        [](velHandle *handle, const std::string &path) {
-                            const char *value = velFindValue(handle, path.c_str());
-                            return std::string(value != nullptr ? value : "no value");
-                        },
-                        fresh.get()};
-    return readNode(reader, "/", {});
-}
-
-/// The same with what a file does not keep left out: the order of objects, and
-/// how many blanks there are in a value.
-Node asSaved(Node node)
-{
-    std::stable_sort(node.children.begin(), node.children.end(),
-                     [](const Node &one, const Node &other) {
-                         if (one.value.has_value() != other.value.has_value())
-                             return one.value.has_value();
-                         return !one.value && one.component < other.component;
-                     });
-    for (Node &child : node.children) {
-        if (child.value)
-            child.value = QString::fromStdString(*child.value).simplified().toStdString();
-        child = asSaved(std::move(child));
-    }
-    return node;
-}
-
-/// Takes all user data out of the bridge.
-void forgetData()
-{
-    for (const Node &child : storedData().children) {
-        const std::string path = "/" + child.component;
-        static_cast<void>(velparser::deleteObj(path.c_str()));
-    }
-}
 
 // --- The model -------------------------------------------------------------------
 

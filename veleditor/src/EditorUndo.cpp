@@ -1,0 +1,86 @@
+// Undo and redo in the main window: their keys, and what they select.
+#include "veleditor/src/Boxes.h"
+#include "veleditor/src/Editor.h"
+#include "veleditor/src/Text.h"
+#include "veleditor/src/UndoHistory.h"
+#include "veleditor/src/VELTree.h"
+#include "veleditor/src/WaitCursor.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QKeySequence>
+#include <QTextDocument>
+
+namespace velEditor {
+
+namespace {
+
+/// A tip this long would be wider than most screens.
+constexpr int longestLine = 100;
+
+/// A tip shows what looks like markup as that, and breaks lines only in markup.
+QString asTip(const QString &text)
+{
+    if (text.size() <= longestLine && !Qt::mightBeRichText(text))
+        return text;
+    return Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
+}
+
+QAction *makeAction(QWidget &window, const QString &text, const char *name,
+                    const QList<QKeySequence> &keys)
+{
+    auto *action = new QAction(text, &window);
+    action->setObjectName(QString::fromLatin1(name));
+    action->setShortcuts(keys);
+    window.addAction(action); // for its keys
+    return action;
+}
+
+/// Changes nothing below a dialog, which may be about a row.
+bool isBelowDialog()
+{
+    return QApplication::activeModalWidget() != nullptr;
+}
+
+} // namespace
+
+void Editor::addUndo()
+{
+    undo_ = makeAction(*this, tr("&Undo"), "Undo", {QKeySequence(Qt::CTRL | Qt::Key_Z)});
+    redo_ = makeAction(
+        *this, tr("&Redo"), "Redo",
+        {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y)});
+    connect(undo_, &QAction::triggered, this, &Editor::undo);
+    connect(redo_, &QAction::triggered, this, &Editor::redo);
+    connect(history_, &UndoHistory::stepsChanged, this, &Editor::showSteps);
+    connect(history_, &UndoHistory::moved, tree_, &VELTree::showChange);
+    showSteps();
+}
+
+void Editor::showSteps()
+{
+    undo_->setEnabled(history_->canUndo());
+    redo_->setEnabled(history_->canRedo());
+    undo_->setToolTip(history_->canUndo() ? asTip(tr("Undo: ") + history_->undoText())
+                                          : tr("Nothing to undo"));
+    redo_->setToolTip(history_->canRedo() ? asTip(tr("Redo: ") + history_->redoText())
+                                          : tr("Nothing to redo"));
+}
+
+void Editor::undo()
+{
+    if (isBelowDialog())
+        return;
+    if (const Message failure = callWaiting([this] { return history_->undo(); }))
+        reportFailure(this, tr("Undo"), fromBytes(*failure));
+}
+
+void Editor::redo()
+{
+    if (isBelowDialog())
+        return;
+    if (const Message failure = callWaiting([this] { return history_->redo(); }))
+        reportFailure(this, tr("Redo"), fromBytes(*failure));
+}
+
+} // namespace velEditor

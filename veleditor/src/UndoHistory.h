@@ -1,0 +1,115 @@
+// The changes of a document that can be undone, and those that can be redone.
+//
+// A history listens to its document: every edit that changes the data becomes a
+// step, whoever applies it. Undo and redo apply edits as well, so that everything
+// that follows the document follows these too. The number of steps has no limit.
+//
+// An edit that is rolled back was never a step. A file that is loaded begins a new
+// history.
+#pragma once
+
+#include "veleditor/src/CommandData.h"
+#include "veleditor/src/Edit.h"
+
+#include <QObject>
+#include <QString>
+
+#include <cstdint>
+#include <vector>
+
+namespace velEditor {
+
+class Document;
+
+class UndoHistory : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Has no steps yet. The document (not owned) outlives the history.
+    explicit UndoHistory(Document &document, QObject *parent = nullptr);
+
+    [[nodiscard]] bool canUndo() const { return !done_.empty() && groupDepth_ == 0; }
+    [[nodiscard]] bool canRedo() const { return !undone_.empty() && groupDepth_ == 0; }
+
+    /// The name of the step that `undo` or `redo` is about: such as
+    /// "Normal Speed = 2.5 [m s^-1]", "Add Title = x" or "Delete Title", or the name
+    /// of a group. Empty where there is none.
+    [[nodiscard]] QString undoText() const;
+    [[nodiscard]] QString redoText() const;
+
+    /// Undo the last step, or redo the one that was undone last; nothing happens
+    /// where there is none, or inside a group. What was changed is validated, as
+    /// after the edit itself, but findings undo nothing. After a failure, which
+    /// gives what the database says, there are no steps any more.
+    [[nodiscard]] Message undo();
+    [[nodiscard]] Message redo();
+
+    void clear();
+
+    // --- Groups ------------------------------------------------------------------
+
+    /// All edits until the matching `endGroup` are one step of this name. A group
+    /// inside another is part of that. A group without edits is not a step.
+    void beginGroup(const QString &name);
+    void endGroup();
+
+signals:
+    /// There may be other steps.
+    void stepsChanged();
+
+    /// A step was undone or redone. `edit` is the last edit of that, as it was made
+    /// now.
+    void moved(const velEditor::Edit &edit);
+
+private:
+    /// An edit between two states of the document.
+    struct Change
+    {
+        Edit edit;
+        std::uint64_t before;
+        std::uint64_t after;
+    };
+
+    /// Changes in the order in which they were made.
+    struct Step
+    {
+        QString name; ///< of a group; that of a single edit follows from the edit
+        std::vector<Change> changes;
+    };
+
+    [[nodiscard]] static QString nameOf(const std::vector<Step> &steps);
+    [[nodiscard]] bool isRollBack() const;
+    void note(const Edit &edit);
+    void dropRolledBack();
+    [[nodiscard]] Message make(const Edit &edit, std::uint64_t from, std::uint64_t to);
+    Message finish(const Edit &last, Message failure);
+
+    Document &document_; ///< not owned
+    std::vector<Step> done_;
+    std::vector<Step> undone_;
+    std::vector<Step> discarded_; ///< undone, until the last edit cannot be rolled back
+    int groupDepth_ = 0;
+    bool isOpen_ = false;   ///< the last step is a group that takes the next edit
+    bool isMoving_ = false; ///< the edits are those of `undo` or `redo`
+    QString groupName_;
+};
+
+/// Makes the edits of its lifetime one step.
+class UndoGroup
+{
+public:
+    UndoGroup(UndoHistory &history, const QString &name) : history_(history)
+    {
+        history_.beginGroup(name);
+    }
+    ~UndoGroup() { history_.endGroup(); }
+
+    UndoGroup(const UndoGroup &) = delete;
+    UndoGroup &operator=(const UndoGroup &) = delete;
+
+private:
+    UndoHistory &history_;
+};
+
+} // namespace velEditor
