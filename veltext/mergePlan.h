@@ -28,8 +28,8 @@ struct MergeStep
     StepKind kind;
     std::string path;
     const velNode *base;       ///< null if BASE does not have the path
-    const velNode *ours;       ///< likewise
-    const velNode *theirs;     ///< likewise
+    const velNode *ours;       ///< null if OURS does not have it
+    const velNode *theirs;     ///< null if THEIRS does not have it
     const velNode *oursParent; ///< the object of OURS that contains it, or will
     /// The child of OURS that it follows in THEIRS; null if no child before it
     /// is in OURS.

@@ -68,8 +68,7 @@ void readStatement(const SourceText &source, std::size_t firstLine, Positions po
 /// singleton, "TYPE:". Without indent.
 [[nodiscard]] std::string headerText(std::string_view type, std::string_view name);
 
-/// How many comments a text has: a statement, or a line without one, has at most
-/// one.
+/// The number of comments in a text. A comment on continued lines counts once.
 [[nodiscard]] std::size_t countComments(const SourceText &source);
 
 } // namespace veltext

@@ -60,7 +60,7 @@ public:
 
     /// `index` must not be none.
     [[nodiscard]] const Node &node(Index index) const { return nodes_[index]; }
-    /// Likewise.
+    /// `index` must not be none.
     [[nodiscard]] const Stated &statement(Index index) const { return statements_[index]; }
 
     /// The last statement of the node at the path; null if there is none.

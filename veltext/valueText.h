@@ -16,7 +16,7 @@ enum class ValueFault {
     ControlCharacter, ///< a line cannot contain it
     Comment,          ///< a '#' without a backslash before it begins a comment
     FinalBackslash,   ///< it continues the line
-    WhiteSpace,       ///< blanks at the ends are lost; tabs and runs become one blank
+    WhiteSpace,       ///< blanks at the ends are lost; a tab or several blanks become one
 };
 
 /// The result of a check.
