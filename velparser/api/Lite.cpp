@@ -1,3 +1,5 @@
+// The table of the methods of VEL::Parser::Lite, and how Perl loads them.
+
 #include "velparser/api/LiteMethods_p.h"
 #include "velparser/api/Lite_p.h"
 

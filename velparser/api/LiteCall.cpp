@@ -1,3 +1,6 @@
+// What every method of VEL::Parser::Lite needs: arguments, results, and guards for
+// arguments whose code ends the object during the call.
+
 #include "velparser/api/Lite_p.h"
 
 #include <limits>

@@ -1,3 +1,5 @@
+// The methods of VEL::Parser::Lite that list names of children and search objects.
+
 #include "velparser/api/LiteMethods_p.h"
 
 namespace velparser {

@@ -1,3 +1,6 @@
+// The Perl object of VEL::Parser::Lite: creation, destruction, and the record that it
+// owns.
+
 #include "velparser/api/Lite_p.h"
 
 namespace velparser {
@@ -22,8 +25,8 @@ void freeRecord(pTHX_ LiteRecord *record)
     Safefree(record);
 }
 
-/// Called when the scalar behind an object goes: covers a derived class whose
-/// own DESTROY does not call ours.
+/// Called when the scalar of an object is freed. Needed for a derived class whose own
+/// DESTROY does not call ours.
 int freeWithScalar(pTHX_ SV *, MAGIC *magic)
 {
     if (char *record = std::exchange(magic->mg_ptr, nullptr))

@@ -1,3 +1,5 @@
+// The methods of VEL::Parser::Lite that create, delete, mark and find nodes of the tree.
+
 #include "velparser/api/LiteMethods_p.h"
 
 namespace velparser {

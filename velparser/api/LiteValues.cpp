@@ -1,3 +1,5 @@
+// The methods of VEL::Parser::Lite that read and set values.
+
 #include "velparser/api/LiteMethods_p.h"
 
 namespace velparser {

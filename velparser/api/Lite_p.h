@@ -17,8 +17,8 @@
 
 namespace velparser {
 
-/// What a VEL::Parser::Lite object stands for. It is allocated by Perl; the
-/// object is a reference to a scalar that holds its address, and owns it.
+/// The C++ data of a VEL::Parser::Lite object, allocated by Perl. The object is a
+/// reference to a scalar that contains the address of the record, and owns it.
 struct LiteRecord
 {
     velHandle *handle;    ///< owned if `owns`; null is never met
@@ -72,13 +72,13 @@ struct LiteMethod
 /// wraps `handle`. The caller owns the reference.
 [[nodiscard]] SV *newLiteReference(pTHX_ velHandle *handle, bool owns);
 
-/// Marks the scalars behind objects; its address cannot be forged, as the
-/// number in them could.
+/// Marks the scalars of objects. Its address cannot be forged; the number in a scalar
+/// could be.
 extern MGVTBL liteRecordMagic;
 
-/// The record behind an object of VEL::Parser::Lite or a class derived from
-/// it; null for anything else, also for an object that DESTROY has emptied, and
-/// where the package was never loaded.
+/// The record of an object of VEL::Parser::Lite or of a class derived from it. Null for
+/// anything else, for an object that DESTROY has emptied, and if the package was never
+/// loaded.
 [[nodiscard]] LiteRecord *findLiteRecord(pTHX_ SV *object);
 /// The same for the package's own methods, which only run once it is loaded.
 [[nodiscard]] inline LiteRecord *liteRecord(pTHX_ SV *object)
@@ -93,9 +93,9 @@ extern MGVTBL liteRecordMagic;
     return findLiteRecord(aTHX_ object);
 }
 
-/// Frees the record behind an object, which is no object of the package from
-/// then on. A message where the record is in use, and stays; null for an object
-/// that is empty already.
+/// Frees the record of an object. After that the object does not belong to the package.
+/// If the record is in use, it is kept and the result is a message. Null on success and
+/// for an object that is already empty.
 [[nodiscard]] const char *emptyObject(pTHX_ SV *object);
 
 /// Keeps an object, and with it its database, until releaseObject, whatever Perl
@@ -141,12 +141,12 @@ public:
     [[nodiscard]] std::int32_t integer(pTHX_ int i) const;
     /// A flag is a number: whether it is another one than 0.
     [[nodiscard]] bool flag(pTHX_ int i) const { return integer(aTHX_ i) != 0; }
-    /// The array behind a reference, kept alive until the method's end; croaks
+    /// The array that a reference points to, kept alive until the method's end; croaks
     /// "NAME is not an array reference".
     [[nodiscard]] AV *array(pTHX_ int i, const char *name) const;
     /// As array, but null for undef.
     [[nodiscard]] AV *optionalArray(pTHX_ int i, const char *name) const;
-    /// The scalar behind a reference, to be set; croaks "METHOD: value is not
+    /// The scalar that a reference points to, to be set; croaks "METHOD: value is not
     /// a reference", also for a reference to anything but a scalar.
     [[nodiscard]] SV *output(pTHX_ int i) const;
 
@@ -206,8 +206,8 @@ enum class UndefinedElement {
     Croaks, ///< "Undefined element in array or fetch error"
 };
 
-/// The byte texts of all elements, in a mortal buffer; a null stands behind the
-/// last. Valid as long as the array is not changed.
+/// The byte texts of all elements, in a mortal buffer, with a null after the
+/// last. Valid until the array is changed.
 [[nodiscard]] std::span<const char *> elementTexts(pTHX_ AV *array, UndefinedElement undefined);
 
 // --- Handlers (LiteHandlers.cpp) -----------------------------------------------

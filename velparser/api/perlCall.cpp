@@ -1,3 +1,5 @@
+// Calls of Perl code from C++: errors, results, and `exit` in Perl code.
+
 #include "velparser/api/perlCall_p.h"
 
 #include <unistd.h>

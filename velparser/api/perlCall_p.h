@@ -1,7 +1,7 @@
 // The one way in which C++ calls Perl code.
 //
-// A PerlFrame holds what the call leaves behind; callPerl makes the call with
-// every exception trapped; the result is read while the frame is open.
+// A PerlFrame owns the temporary values of a call. callPerl makes the call and traps every
+// exception. The result is read while the frame is open.
 #pragma once
 
 #include "velparser/api/perl_p.h"

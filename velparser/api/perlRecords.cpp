@@ -138,8 +138,8 @@ ChangeKind kindOf(std::string_view word)
     return ChangeKind::Unknown;
 }
 
-/// Where the object's class finds a method; null if it does not, or if the value is
-/// no object.
+/// Where the object's class finds a method; null if it does not, or if the value
+/// is not an object.
 CV *findMethod(pTHX_ SV *object, const char *method)
 {
     if (!SvROK(object) || !SvOBJECT(SvRV(object)))

@@ -1,6 +1,6 @@
 // Perl's headers, for the sources of this folder only.
 //
-// They are included here and nowhere else, behind the standard headers: Perl
+// They are included only here, after the standard headers: Perl
 // defines macros with everyday names, and a standard or Qt header read after
 // them does not compile. Calls take the interpreter explicitly (pTHX, aTHX).
 //

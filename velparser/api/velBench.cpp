@@ -1,3 +1,6 @@
+// The calls that only benchmarks and tests need: Perl text evaluated in the interpreter, a
+// minimal C method, and failures on purpose.
+
 #include "velparser/api/velBench.h"
 
 #include "velparser/api/velInstance_p.h"

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t slotBytes = IO_STRING_SLOT;
 
-/// As many WHENs as are told apart.
+/// The largest number of WHENs that a search returns.
 constexpr std::size_t candidates = 20;
 
 /// The library's own messages, as it prints them itself.
@@ -175,7 +175,7 @@ int load_vel_from_def(const char *file, AV *lines)
         code = readLines(dataset, lines);
     if (code == IO_OK)
         return close(file);
-    // The failure has been told; that of closing would hide it.
+    // The failure has been reported. A failure of closing would hide it.
     IO_data data;
     static_cast<void>(iocntc(IO_CLOSE_PRIMARY, printMessage, nullptr, &data));
     return code;

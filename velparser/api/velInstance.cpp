@@ -1,3 +1,5 @@
+// Instances of the Perl classes API and VEL::Validate, and the calls of their methods.
+
 #include "velparser/api/velInstance_p.h"
 
 #include "velparser/api/Lite_p.h"

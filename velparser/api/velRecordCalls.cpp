@@ -57,7 +57,7 @@ const char *callForRecords(velInstance *instance, const char *method,
 
 // --- Perl code that gives texts only ---------------------------------------------
 
-/// What is no fault of a rule is the message.
+/// Lines that are not faults of rules are the message.
 const char *faultsFromText(velInstance *instance, const char *text, std::vector<Finding> *faults)
 {
     std::string message;

@@ -8,8 +8,8 @@ namespace velparser {
 
 namespace {
 
-/// While it stands, Perl is as a script of its own expects it: words, name,
-/// no warnings that it has not asked for, `exit`, and END blocks of its own.
+/// While it exists, Perl has the state that a script expects: its own arguments, name,
+/// `exit` and END blocks, and no warnings that it has not enabled.
 class ScriptSetting
 {
 public:

@@ -19,7 +19,7 @@ struct velInstance;
 /// Which rule libraries are read.
 struct LibraryNames
 {
-    std::string folder; ///< of libraries whose name is no path; empty: the working folder
+    std::string folder; ///< of libraries named without a path; empty: the working folder
     std::string files;  ///< their names, separated by ';'; none: no library is read
 };
 

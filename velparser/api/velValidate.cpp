@@ -208,16 +208,15 @@ struct WalkLevel
     std::size_t next = 0;              ///< the child to be visited next
 };
 
-/// Walks the tree by paths and not by nodes: the validator is Perl code with
-/// the database in its hands and may change what is being walked. The levels
-/// stand in a vector, so that the depth of the data is not that of the stack.
+/// Walks the tree by paths and not by nodes, because the validator is Perl code that may
+/// change the tree during the walk. The levels are in a vector, so deep data does not
+/// need a deep stack.
 ///
-/// 1. enter() validates an object and lines up its child objects.
-/// 2. step() enters each that is not done by then.
-/// 3. Behind the last, leave() looks at all children again. Objects that have
-///    come, or become invalid, since the children were lined up are visited
-///    too, each once. When all children, parameters included, are done, so is
-///    the subtree.
+/// 1. enter() validates an object and lists its child objects.
+/// 2. step() enters each child that is not done yet.
+/// 3. After the last child, leave() checks all children again. Objects that were added
+///    or became invalid since they were listed are visited too, each once. When all
+///    children, including parameters, are done, the subtree is done.
 class Driver
 {
 public:
@@ -236,7 +235,7 @@ public:
 private:
     [[nodiscard]] const velNode *node() const { return velFindFullPath(handle_, path_.c_str()); }
 
-    /// Those of the node at the path; one that is gone needs nothing any more.
+    /// The flags of the node at the path. A node that is gone counts as done.
     [[nodiscard]] std::uint32_t flags() const
     {
         const velNode *found = node();
@@ -245,11 +244,11 @@ private:
 
     void mark(std::int32_t level) const
     {
-        // A node that is gone has nothing to be marked.
+        // A node that is gone cannot be marked.
         static_cast<void>(setValid(handle_, path_.c_str(), level));
     }
 
-    /// Calls `visit` with what each child is; true if all are done.
+    /// Calls `visit` for each child object that is not done; true if all children are done.
     template <class Visit>
     bool lookAtChildren(Visit visit) const
     {
@@ -267,8 +266,8 @@ private:
         return done;
     }
 
-    /// Validates the object at the path, and puts its children in line unless
-    /// all of them are known to be valid.
+    /// Validates the object at the path, and lists its children unless all of them are
+    /// known to be valid.
     void enter()
     {
         if (path_ == "/RULES") {
@@ -285,7 +284,7 @@ private:
         levels_.push_back(std::move(level));
     }
 
-    /// The next child of the innermost level, or, behind the last, its end.
+    /// Takes the next child of the innermost level, or ends the level after the last one.
     void step()
     {
         WalkLevel &level = levels_.back();

@@ -1,3 +1,5 @@
+// Starts and ends the Perl interpreter, and keeps its locale apart from the program's.
+
 #include "velparser/api/xsinit_p.h"
 
 #include "velparser/api/Lite_p.h"
@@ -17,7 +19,7 @@ PerlInterpreter *interpreter = nullptr;
 /// Null until the interpreter has chosen one.
 locale_t perlLocale = nullptr;
 
-/// Of PerlLocale objects that there are.
+/// The number of PerlLocale objects that exist.
 int perlLocaleDepth = 0;
 
 XSPROTO(exitOrDie)
@@ -66,8 +68,8 @@ locale_t pointLocale()
     return locale;
 }
 
-/// Perl sets the locale from the environment. The process gets its own back;
-/// Perl's stands aside for PerlLocale.
+/// Perl sets the locale from the environment. This restores the locale of the process
+/// and keeps Perl's for PerlLocale.
 class KeptLocale
 {
 public:
@@ -122,7 +124,7 @@ const char *startInterpreter(const std::string &directory)
     if (!my_perl)
         return "Error: Cannot parse perl code\n";
     perl_construct(my_perl);
-    // A script that ends itself with status 0 leaves no program behind.
+    // A script that exits with status 0 leaves no program to run.
     if (perl_parse(my_perl, xsInit, 4, words, nullptr) == 0 && PL_main_root) {
         interpreter = my_perl;
         std::atexit(flushAtExit);

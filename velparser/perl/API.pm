@@ -12,7 +12,7 @@ use VEL::Validate;
 
 =head1 NAME
 
-API - what the program asks of the Perl side
+API - the methods of the Perl side that the program calls
 
 =head1 SYNOPSIS
 
@@ -22,15 +22,15 @@ API - what the program asks of the Perl side
 
 =head1 DESCRIPTION
 
-One object of this class stands for the command data being worked on. It holds
-no rules of its own: those are L<VEL::Model>'s and L<VEL::Rules>'.
+One object of this class holds one set of command data. It contains no rules itself: these
+are in L<VEL::Model> and L<VEL::Rules>.
 
 Methods that return a message return nothing, or an empty text, on success.
-Methods that return an integer return 1 or 0. Everything else that goes wrong is
-an exception, which the program turns into a message, or -1.
+Methods that return an integer return 1 or 0. Every other failure is an exception,
+which the program turns into a message or -1.
 
-Where a method gives texts that are made of records, a second one, whose name ends in
-C<Records>, fills an array with the records themselves (see L<VEL::Record>).
+Some methods give texts that are made from records. For each of them a second method,
+whose name ends in C<Records>, fills an array with the records (see L<VEL::Record>).
 
 =head1 METHODS
 
@@ -82,8 +82,8 @@ sub parseVELData ($self, $lines, $library) {
 
 =item C<useLibraries($names, $folder)>
 
-From now on C<readLibraries> reads the libraries with these names, separated by C<;>,
-in this folder, and not those that the environment names.
+Makes C<readLibraries> read the libraries with these names, separated by C<;>, in this
+folder, instead of those that the environment names.
 
 =cut
 
@@ -94,13 +94,13 @@ sub useLibraries ($self, $names, $folder) {
 
 =item C<readLibraries>
 
-Reads the rule libraries that the environment names, unless told otherwise. What is wrong with the
-rules themselves is returned too, once, and the sound ones work.
+Reads the rule libraries that C<useLibraries> or else the environment names. Returns also
+the faults of the rules, once. The correct rules work.
 
 =item C<readLibrariesRecords($faults)>
 
-The same, but fills the array with what is wrong with the rules themselves, as
-findings; a message is only what could not be read.
+The same, but fills the array with the faults of the rules, as findings. The message is
+only about libraries that could not be read.
 
 =cut
 
@@ -124,7 +124,7 @@ sub readLibrariesRecords ($self, $faults) {
 =item C<updateSolverVEL>
 
 Brings the data up to the language version of the libraries. Returns the list of
-changes, a line each; empty when nothing had to be changed.
+changes, one line for each; empty if nothing had to be changed.
 
 =item C<updateSolverVELRecords($changes)>
 
@@ -138,7 +138,7 @@ sub updateSolverVEL ($self) {
     my $error = eval { $upgrade->run(\@changes); 1 } ? undef : $@;
     my @lines = map { change_line($_) } @changes;
     return join "\n", @lines if !defined $error;
-    # What was changed before stays changed, so it is reported too.
+    # The changes made before the failure remain, so they are reported too.
     die $upgrade->failed ? join("\n", @lines, $error) : $error;
 }
 
@@ -150,9 +150,9 @@ sub updateSolverVELRecords ($self, $changes) {
 
 =item C<getAllowedParamStrings($path, $values)>
 
-Fills the array with the values that a parameter may have: those that its rule
-lists, C<Yes> and C<No> for a logical, the names of the objects it may refer to;
-nothing where any value may be given.
+Fills the array with the values that a parameter may have: the values that its rule lists,
+C<Yes> and C<No> for a logical, or the names of the objects that it may refer to. The
+array is empty if any value is allowed.
 
 =cut
 
@@ -180,9 +180,8 @@ sub getAllowedParams ($self, $path, $names, $flag) {
 
 =item C<explainItem($path, $lines)>
 
-Fills the array with what the rules say of an object or parameter, there or not:
-lines of the form C<Field = text>, as a rule would write them. None where there
-is no rule.
+Fills the array with what the rules say about an object or parameter, whether it exists or
+not: lines of the form C<Field = text>, as in a rule. The array is empty without a rule.
 
 =item C<explainItemRecords($path, $fields)>
 
@@ -206,8 +205,8 @@ sub explainItemRecords ($self, $path, $fields) {
 
 =item C<isParamEditable($path)>
 
-1 when the parameter may be changed, else 0. In safe mode (validation level 2)
-only what a running solver reads again may be changed.
+1 if the parameter may be changed, else 0. In safe mode (validation level 2) only
+parameters that a running solver reads again may be changed.
 
 =cut
 

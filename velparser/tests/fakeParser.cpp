@@ -1,3 +1,5 @@
+// Folders with Perl code of a test's own, in place of the real packages.
+
 #include "velparser/tests/fakeParser.h"
 
 #include "velparser/api/velBench.h"

@@ -1,5 +1,5 @@
 // `exit` in Perl code, in ways that get past the overridden function, and
-// wherever it stands: the process must go on.
+// wherever it is: the process must go on.
 #include "velparser/tests/fakeParser.h"
 
 #include "velparser/api/velparser.h"

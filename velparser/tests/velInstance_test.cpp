@@ -285,7 +285,7 @@ TEST_F(VelInstance, AnArrayIsGivenUpOnFailure)
     SvREFCNT_dec_NN(MUTABLE_SV(array));
 }
 
-// --- The database behind the object ---------------------------------------------------
+// --- The database of the object -------------------------------------------------------
 
 TEST_F(VelInstance, TheDatabaseIsFoundOnceAndKept)
 {

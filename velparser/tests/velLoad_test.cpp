@@ -68,7 +68,7 @@ TEST(VelLoad, ArgumentsAreLookedAtBeforeTheObjectIsMade)
     EXPECT_STREQ(velparser::loadVELFromFile("x", "VEL"),
                  "fileType is invalid (it should be vel, def or res)");
     EXPECT_STREQ(velparser::loadVELData(nullptr, 1), "loadVELData : Invalid arguments");
-    // The container is read first too: its failure is the one that is told.
+    // The container is read first too, so its failure is reported.
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     EXPECT_STREQ(velparser::loadVELFromFile("/nowhere/x.def", "def"), "load_vel_from_def failed");

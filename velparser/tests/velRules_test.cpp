@@ -134,8 +134,8 @@ TEST_F(VelRules, MistakesGoAwayOneByOne)
     };
     Lines before = findings();
     ASSERT_EQ(before.size(), remedies.size()) << "a dozen";
-    for (const auto &mend : remedies) {
-        EXPECT_EQ(mend(), "");
+    for (const auto &fix : remedies) {
+        EXPECT_EQ(fix(), "");
         const Lines after = findings();
         EXPECT_EQ(after.size() + 1, before.size());
         for (const std::string &finding : after)

@@ -153,7 +153,7 @@ TEST(VelStartup, StartsWhenMendedAndOnlyOnce)
 {
     parser.write("VEL/embeddedParserInit.pl", "use API;\n$API::ran = 1;\n");
     ASSERT_STREQ(velparser::startVELParser(), nullptr);
-    parser.write("VEL/embeddedParserInit.pl", "this is no perl\n");
+    parser.write("VEL/embeddedParserInit.pl", "this is not Perl\n");
     EXPECT_STREQ(velparser::startVELParser(), nullptr);
     EXPECT_EQ(perl("$API::loaded"), "1");
     // Compiled, not run.

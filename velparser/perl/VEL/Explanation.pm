@@ -8,8 +8,6 @@ use Exporter qw(import);
 
 use VEL::Rules::Fields;
 
-our @EXPORT_OK = qw(explain);
-
 =head1 NAME
 
 VEL::Explanation - what the rules say of one object or parameter, in words
@@ -32,6 +30,8 @@ Empty where no rule speaks of it. C<tip> is true for a field that the tip of a r
 shows. C<$model> is the L<VEL::Model>.
 
 =cut
+
+our @EXPORT_OK = qw(explain);
 
 sub explain ($model, $path) {
     my ($above, $own) = VEL::Model::split_path($path);

@@ -10,14 +10,14 @@ use VEL::Value qw($NUMBER);
 
 =head1 NAME
 
-VEL::Expression - is a text an expression, and are its names known?
+VEL::Expression - checks expressions: their form and the names in them
 
 =head1 DESCRIPTION
 
 A Real may be given as an expression over the parameters of
-F</LIBRARY/EXPRESSIONS>. It is accepted when its parentheses balance and every
-name in it is known. Names may hold blanks, as parameter names do; brackets
-behind a number hold its unit. The unit of the whole is not looked at.
+F</LIBRARY/EXPRESSIONS>. It is accepted if its parentheses match and every
+name in it is known. Names may contain blanks, like parameter names. Brackets after a
+number contain its unit. The unit of the result is not checked.
 
 =head1 FUNCTIONS
 
@@ -68,7 +68,7 @@ sub fault ($text, $known, $used = undef) {
     return problem(@fault, value => $text);
 }
 
-# The key of the sentence, and what it is about.
+# The key of the sentence and the values of its placeholders.
 sub _fault ($text, $known, $used) {
     my $depth = 0;
     pos($text) = 0;
@@ -91,8 +91,8 @@ sub _fault ($text, $known, $used) {
     return $depth > 0 ? 'unclosed' : ();
 }
 
-# Looks at the name that has just been read. A name may hold brackets, so the
-# longest known reading is taken.
+# Checks the name that has just been read. A name may contain brackets, so the longest
+# known name is taken.
 sub _name_fault ($text, $name, $known, $used) {
     $name =~ s/\s+$//;
     if ($$text =~ /\G\s*(?=\()/gc) {

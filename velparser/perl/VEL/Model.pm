@@ -15,7 +15,7 @@ use VEL::Suggest;
 
 =head1 NAME
 
-VEL::Model - the data of one command database seen through its rules
+VEL::Model - answers questions about the data of one command database, using its rules
 
 =head1 SYNOPSIS
 
@@ -24,24 +24,23 @@ VEL::Model - the data of one command database seen through its rules
 
 =head1 DESCRIPTION
 
-There is one model for each database, shared by all that ask for it. It listens
-to the changes of the database, and so compiles the rules again only when a
-library has changed something below F</RULES>, and lists the objects of a type
-again only when objects have come or gone. It goes on listening after
-C<clearChangeHandlers>. A database that belongs to the program alone cannot be
-listened to; there the rules are read again at every C<refresh>.
+There is one model for each database, shared by all callers. It listens to the changes of
+the database. So it compiles the rules again only if a library has changed something below
+F</RULES>, and lists the objects of a type again only if objects were added or removed. It
+keeps listening after C<clearChangeHandlers>. It cannot listen to a database that the
+program owns; for such a database every C<refresh> reads the rules again.
 
-Rules count only as library data (see L<VEL::Rules::Library>): what command data
-states below F</RULES> changes none.
+Only library data can state rules (see L<VEL::Rules::Library>): command data below
+F</RULES> changes no rule.
 
 All paths may be relative to the current path.
 
 =cut
 
-# Every model there is, not owned.
+# All existing models, not owned.
 my @models;
 
-# A new thread begins without: databases stay in the thread that made them.
+# A new thread begins with none: databases stay in the thread that made them.
 sub CLONE { @models = (); return }
 
 =head1 METHODS
@@ -50,8 +49,7 @@ sub CLONE { @models = (); return }
 
 =item C<< VEL::Model->of($database) >>
 
-The model of a database, also when it is reached through another
-C<VEL::Parser::Lite> object.
+The model of a database, even if another C<VEL::Parser::Lite> object wraps it.
 
 =cut
 
@@ -79,9 +77,9 @@ sub of ($class, $database) {
     return $self;
 }
 
-# The handler is called for every parameter of a file that is loaded, so the
-# common case leaves at once. It goes when the handlers of the database are
-# cleared, and what it holds then listens again.
+# The handler is called for every parameter of a file that is loaded, so the common case
+# returns at once. It is destroyed when the handlers of the database are cleared; the object
+# that it owns then makes the model listen again.
 sub _listen ($self) {
     my $model = $self;
     weaken($model);
@@ -90,7 +88,7 @@ sub _listen ($self) {
     weaken($database);
     my $handler = sub {
         return if !$_[1] && defined $_[2] && $_[0] !~ m{^/(?:RULES|LIBRARY/EXPRESSIONS)/};
-        # A library that is read while the rules are not known.
+        # A library that is read before the rules are compiled.
         return if $again && $model && !$model->{rules} && !$model->{library} && $_[1] != 2
             && defined($_[1] ? 1 : $_[2]) && index($_[0], '/RULES/') == 0 && $database->isLibrary($_[0]) == 1;
         $model->_changed(@_) if $model;
@@ -113,8 +111,8 @@ sub _changed ($self, $path, $code, $new, $old) {
     return;
 }
 
-# Whether a change below /RULES is the data's. Before the first such change the tree
-# holds what the libraries state; from then on it is kept apart.
+# Whether a change below /RULES belongs to the data. Before the first such change the tree
+# contains what the libraries state; after it, a copy of that is kept.
 sub _is_data_change ($self, $path, $code, $new, $old) {
     my $is_gone = $code == 2 || ($code == 0 && !defined $new);
     if ($is_gone ? !$self->_is_inside_library($path) : $self->{database}->isLibrary($path) != 1) {
@@ -130,7 +128,7 @@ sub _is_data_change ($self, $path, $code, $new, $old) {
     return 0;
 }
 
-# Whether data has stated rules, or part of them.
+# Whether command data has stated rules, or parts of rules.
 sub _is_mixed ($self) {
     my $database = $self->{database};
     my @open = $database->havePath('/RULES') ? '/RULES' : ();
@@ -142,8 +140,8 @@ sub _is_mixed ($self) {
     return 0;
 }
 
-# Whether libraries alone have stated what is around a node that is gone. That of
-# /RULES itself says nothing: what was in it has gone before.
+# Whether only libraries have stated the parents of a node that is gone. /RULES itself
+# does not count: everything in it was removed before.
 sub _is_inside_library ($self, $path) {
     return 0 if $path eq '/RULES';
     for (my ($at) = split_path($path); $at ne '/'; ($at) = split_path($at)) {
@@ -152,7 +150,7 @@ sub _is_inside_library ($self, $path) {
     return 1;
 }
 
-# Marks rest on the rules under which they were set.
+# A mark is valid only with the rules under which it was set.
 sub _drop_rules ($self) {
     return if !$self->{rules};
     $self->{rules} = undef;
@@ -162,7 +160,7 @@ sub _drop_rules ($self) {
 
 =item C<clear_marks>
 
-Takes the mark off every object.
+Removes the mark of every object.
 
 =cut
 
@@ -189,10 +187,9 @@ sub has_rules_in_data ($self) { return $self->{database}->isLibrary('/RULES') ==
 
 =item C<on_change($listener)>
 
-Calls C<$listener> with path, code, new and old value for every object that
-comes or goes, every parameter that goes (code 0, no new value), and every change
-that is the data's below F</RULES>. The caller keeps the listener: the model does
-not own it.
+Calls C<$listener> with path, code, new and old value for every object that is added or
+removed, every parameter that is removed (code 0, no new value), and every change of
+command data below F</RULES>. The caller keeps the listener; the model does not own it.
 
 =cut
 
@@ -204,12 +201,13 @@ sub on_change ($self, $listener) {
 
 =item C<refresh>
 
-To be called before a round of questions: makes up for what could not be heard.
+Call this before a series of questions. It finds changes that the model could not listen
+to.
 
 =item C<forget>
 
-To be called after the libraries have been read: drops everything known of the
-database, and takes all marks away.
+Call this after the libraries have been read. It drops everything known about the database
+and removes all marks.
 
 =cut
 
@@ -233,7 +231,7 @@ sub forget ($self) {
 
 =item C<database>, C<rules>, C<compiled>
 
-The database; the rules as they are now; how often they have been compiled.
+The database; the current rules; how often they have been compiled.
 
 =cut
 
@@ -304,8 +302,8 @@ sub split_path ($path) {
 
 =item C<type_of($path)>
 
-The L<VEL::Rules::Type> of the object at a full path, or C<undef>. The path
-alone tells: nothing need stand there.
+The L<VEL::Rules::Type> of the object at a full path, or C<undef>. It depends only on the
+path: the object need not exist.
 
 =cut
 
@@ -461,12 +459,12 @@ sub object_path ($self, $types, $name) {
 
 =item C<is_beyond_count($path, $type)>
 
-Whether as many objects of that type as its rule allows stand before the one at
-a full path.
+Whether the object at a full path is beyond the maximum count of its type: enough objects
+of the type come before it in its parent.
 
 =item C<first_of_type($path, $type)>
 
-The path of the first of these objects; an empty list where the rule allows none.
+The path of the first of these objects; an empty list if the rule allows none.
 
 =cut
 
@@ -481,7 +479,7 @@ sub first_of_type ($self, $path, $type) {
     return $parent eq '/' ? "/$first" : "$parent/$first";
 }
 
-# Kept where there are many, so that all of them together are counted once.
+# Kept if the parent has many objects, so that they are counted only once.
 sub _first_of ($self, $parent, $type) {
     my $kept = $self->{first}{$type}{$parent};
     return $kept if $kept;
@@ -530,7 +528,7 @@ sub _names_of ($self, $type) {
 
 =cut
 
-# Runs its code when it goes, unless it was cancelled or the program ends.
+# Runs its code when it is destroyed, unless it was cancelled or the program ends.
 package VEL::Model::Again;
 
 sub DESTROY ($self) {

@@ -6,8 +6,6 @@ use feature 'signatures';
 
 use Exporter 'import';
 
-our @EXPORT_OK = qw(finding finding_line finding_lines change_text change_line field_line);
-
 =head1 NAME
 
 VEL::Record - what crosses the bridge as records, and how it reads as text
@@ -49,6 +47,8 @@ editor shows it.
 A finding.
 
 =cut
+
+our @EXPORT_OK = qw(finding finding_line finding_lines change_text change_line field_line);
 
 sub finding ($path, $text, $identifier, @related) {
     return { path => $path, text => $text, identifier => $identifier, related => \@related };

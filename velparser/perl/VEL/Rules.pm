@@ -13,7 +13,7 @@ use VEL::Rules::Type;
 
 =head1 NAME
 
-VEL::Rules - the rule libraries, compiled once, and the questions about them
+VEL::Rules - the rules of the libraries, compiled once
 
 =head1 SYNOPSIS
 
@@ -23,11 +23,11 @@ VEL::Rules - the rule libraries, compiled once, and the questions about them
 
 =head1 DESCRIPTION
 
-Holds everything under F</RULES> as Perl hashes. It knows types, names and
-values; what stands at a path of the command data is L<VEL::Model>'s matter.
+Contains everything under F</RULES> as Perl hashes. It knows types, names and values.
+L<VEL::Model> answers questions about paths of the command data.
 
-Three types exist even where no library speaks of them, because the program
-itself gives them a meaning: C<LANGUAGE> (the version of the data), C<LIBRARY>
+Three types exist even if no library describes them, because the program itself uses
+them: C<LANGUAGE> (the version of the data), C<LIBRARY>
 and its C<EXPRESSIONS>.
 
 =cut
@@ -44,8 +44,8 @@ my %BUILT_IN = (
 
 =item C<< VEL::Rules->new($top) >>
 
-Compiles the blocks below the one of F</RULES> (see L<VEL::Rules::Source>), which must not
-be used afterwards; no blocks make rules that know no type.
+Compiles the blocks below F</RULES> (see L<VEL::Rules::Source>), which must not be used
+afterwards. Without blocks the rules have no types.
 
 =cut
 
@@ -69,7 +69,7 @@ sub new ($class, $top) {
 
 =item C<faults>, C<fault_records>
 
-What is wrong with the rules, a line each; the same as findings (see L<VEL::Record>).
+The faults of the rules, one line for each; the same as findings (see L<VEL::Record>).
 
 =cut
 
@@ -79,7 +79,7 @@ sub fault_records ($self) { return $self->{source}->faults }
 
 =item C<is_empty>
 
-Whether no type is described at all: then nothing is known to be wrong.
+Whether no type is described at all. Then data has no findings.
 
 =cut
 
@@ -95,7 +95,7 @@ sub version ($self) { return $self->{version} }
 
 =item C<upgrades>
 
-The blocks of the upgrades, as L<VEL::Rules::Source> has them.
+The blocks of the upgrades (see L<VEL::Rules::Source>).
 
 =cut
 
@@ -121,7 +121,7 @@ sub types ($self) {
 
 =item C<general($name)>
 
-The L<VEL::Rules::Parameter> that holds for a name everywhere.
+The L<VEL::Rules::Parameter> that applies to a name everywhere.
 
 =cut
 
@@ -190,7 +190,7 @@ sub _is_whole_case ($self, $case) {
     return $case->{whole} //= $self->{source}->lacks($case, @VEL::Rules::Source::CONDITION) ? 0 : 1;
 }
 
-# The rule with what it inherits. $passed are the paths on the way here.
+# The rule with the fields that it inherits. $passed has the paths of the rules on the way here.
 sub _inherit ($self, $rule, $passed) {
     no warnings 'recursion';    # as deep as rules inherit each other
     return $rule->{resolved} if $rule->{resolved};

@@ -7,11 +7,9 @@ use feature 'signatures';
 use Exporter 'import';
 use List::Util qw(min);
 
-our @EXPORT_OK = qw(nearest);
-
 =head1 NAME
 
-VEL::Suggest - "did you mean": the known word that a mistyped one stands for
+VEL::Suggest - "did you mean": finds the known word nearest to a misspelt one
 
 =head1 FUNCTIONS
 
@@ -19,12 +17,14 @@ VEL::Suggest - "did you mean": the known word that a mistyped one stands for
 
 =item C<nearest($word, @known)>
 
-The known word nearest to C<$word>, or C<undef> when none is near enough: one
-slip (a letter too many, missing, wrong, or two swapped) for every three
-letters of it. Letter case counts for less than a slip, so a word that
-differs in case alone is always found. Of equals the first is taken.
+The known word nearest to C<$word>, or C<undef> if none is near enough: one typing error
+(an extra, missing or wrong letter, or two letters swapped) for every three letters.
+Letter case counts less than a typing error, so a word that differs only in case is
+always found. If several words are equally near, the first is taken.
 
 =cut
+
+our @EXPORT_OK = qw(nearest);
 
 sub nearest ($word, @known) {
     my $folded = lc $word;
@@ -35,15 +35,15 @@ sub nearest ($word, @known) {
     }
     my ($best, $least) = (undef, $limit + 1);
     for my $candidate (@near) {
-        my $slips = _slips($folded, lc $candidate, $least - 1);
-        ($best, $least) = ($candidate, $slips) if $slips < $least;
+        my $errors = _distance($folded, lc $candidate, $least - 1);
+        ($best, $least) = ($candidate, $errors) if $errors < $least;
     }
     return $best;
 }
 
-# Edit distance with swaps of neighbours, by rows; any number above $limit
-# where the distance is certain to exceed it.
-sub _slips ($from, $to, $limit) {
+# Edit distance with swaps of neighbours, row by row. If it is certainly above $limit, the
+# result is any number above $limit.
+sub _distance ($from, $to, $limit) {
     my @from = split //, $from;
     my @to   = split //, $to;
     my (@before, @above);
@@ -67,19 +67,19 @@ sub _slips ($from, $to, $limit) {
 
 =head1 METHODS
 
-For names by the thousand, which are asked for again and again.
+For thousands of names that are searched often.
 
 =over
 
 =item C<< VEL::Suggest->new($known) >>
 
-C<$known> is an array that does not change meanwhile.
+C<$known> is an array that does not change while the object exists.
 
 =item C<find($word)>
 
-As C<nearest>; but among more than a hundred words only those are found that
-differ by one slip, or by a letter moved elsewhere, in a time that does not
-depend on their number.
+Like C<nearest>. But among more than a hundred words it finds only words that differ by
+one typing error, or by one letter in another place, in a time that does not depend on
+their number.
 
 =cut
 
@@ -96,9 +96,9 @@ sub find ($self, $word) {
     return defined $found ? $known->[$found] : undef;
 }
 
-# Words that are one slip apart become the same when the one or the other, or
-# both, lose a letter. So each word is entered as it is and without each of its
-# letters, in favour of the first.
+# Two words that differ by one typing error become the same if one of them, or both, lose a
+# letter. So each word is entered as it is, and without each of its letters. The first word
+# wins.
 sub _places ($known) {
     my %place;
     for my $i (0 .. $#$known) {

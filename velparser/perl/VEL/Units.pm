@@ -9,12 +9,12 @@ use threads::shared;
 
 =head1 NAME
 
-VEL::Units - units of quantities: which there are, which go together, how they convert
+VEL::Units - units: which exist, which are compatible, and how numbers are converted
 
 =head1 DESCRIPTION
 
-The knowledge of units is udunits2's, reached through L<FFI::Platypus>; how a
-unit is written is laid down here, more strictly than that library would:
+The library udunits2 knows the units; it is called through L<FFI::Platypus>. This package
+defines how a unit is written, more strictly than the library:
 
     unit   := "1" | "%" | factor { " " factor } [ "/" factor ]
     factor := name [ "^" integer ]
@@ -28,21 +28,20 @@ C<C> and C<F> mean degrees Celsius and Fahrenheit: alone a temperature, in a
 product a difference of temperatures. Angles count as a quantity of their own:
 C<rad s^-1> and C<Hz> do not go together, nor do C<degree> and C<%>.
 
-The unit system is loaded when it is first needed. Both it and the module that
-reaches it want the decimal point, whatever the locale, and say things on
-standard error while they load that mean nothing to a user.
+The unit system is loaded when it is first needed. While it loads, the locale is changed
+so that it reads decimal points, and its messages for developers are suppressed.
 
 =cut
 
-# How names here are called over there: alone, and within a product.
+# The names in the unit system of our names: alone, and in a product.
 my %ALONE = (C => 'degC', F => 'degF', '%' => 'percent', rev => 'turn', deg => 'degree', cP => 'centipoise');
 my %WITHIN = (C => 'K', F => 'degR', degC => 'K', degF => 'degR', rev => 'turn', deg => 'degree',
     cP => 'centipoise');
 
-# Names that take prefixes as symbols do.
+# Names that take the same prefixes as symbols.
 my %TAKES_SYMBOL = map { $_ => 1 } qw(bar cal);
 
-# What the table writes with capitals in its words.
+# Words that have capitals in the table of units.
 my $CAPITALS = qr/^(?:UK|US|IT|EC|Canadian|Gregorian|Julian)(?=_)|^(?:Btus?|Celsius|Fahrenheit)\z
     |(?<=_)(?:Btus?|TNT)\z|Hg\z|(?<=deg|ree)s?_?(?:[CEFKNRTW]|Celsius)\z/x;
 
@@ -56,7 +55,7 @@ my $LONGEST = 200;
 my $FACTOR = qr/[A-Za-z_]+(?:\^[+-]?[1-9])?/;
 my $UNIT   = qr{1|%|$FACTOR(?: $FACTOR)*(?:/$FACTOR)?};
 
-# The functions of the unit system by name, what they take and what they give.
+# The functions of the unit system: names, types of arguments and of results.
 my @FUNCTIONS = (
     [ ut_set_error_message_handler => ['opaque'],                       'opaque' ],
     [ ut_read_xml                  => ['string'],                       'opaque' ],
@@ -75,7 +74,7 @@ my @FUNCTIONS = (
 my $IN_BASE_UNITS = 8;
 my $LONGEST_IN_BASE_UNITS = 512;
 
-# The name by which it is nearly always there.
+# The usual name of the library.
 my $LIBRARY = 'libudunits2.so.0';
 
 # The unit system, which all threads share. It is for one thread at a time: locked while
@@ -85,11 +84,11 @@ my $shared_system : shared;
 my ($system, $failure);
 my (%units, %converters);
 
-# How many units, and how many converters, are kept at a time.
+# The largest number of units, and of converters, that are kept.
 my $MOST = 1000;
 my $converter_count = 0;
 
-# What is kept belongs to the thread that asked for it, which may free it.
+# Kept units belong to the thread that made them; only it may free them.
 sub CLONE {
     (%units, %converters) = ();
     $converter_count = 0;
@@ -102,7 +101,7 @@ sub CLONE {
 
 =item C<load>
 
-Loads the unit system. Returns nothing, or why it cannot be had.
+Loads the unit system. Returns nothing, or a message if it cannot be loaded.
 
 =cut
 
@@ -139,8 +138,8 @@ sub _read_table ($silence) {
     return $table;
 }
 
-# The name under which the library can be loaded. That it is not to be had under
-# its usual one is told, if at all, when it is not found otherwise either.
+# The name under which the library can be loaded. The warning about its usual name is
+# suppressed: if the search fails too, that failure is reported.
 sub _library () {
     local $SIG{__WARN__} = sub ($text) {
         warn $text if $text !~ /^warning: error loading \Q$LIBRARY\E:/;
@@ -149,8 +148,7 @@ sub _library () {
     return $trial->find_symbol('ut_parse') ? $LIBRARY : _search();
 }
 
-# Where the library goes by another name; searching takes longer than all the
-# rest of loading.
+# For a library with another name. The search takes longer than all the rest of loading.
 sub _search () {
     require FFI::CheckLib;
     return FFI::CheckLib::find_lib(lib => 'udunits2') || die "the library udunits2 is not installed\n";
@@ -236,7 +234,7 @@ sub _is_found ($unit) {
     return 1;
 }
 
-# What udunits leaves out of account: the power of angles.
+# The power of angles in a unit, which the unit system ignores.
 sub _angle ($unit) {
     my $room = '';
     FFI::Platypus::Buffer::grow($room, $LONGEST_IN_BASE_UNITS);
@@ -248,7 +246,7 @@ sub _angle ($unit) {
 
 =item C<is_convertible($from, $to)>
 
-Whether quantities in the one unit can be had in the other.
+Whether quantities in one unit can be converted to the other.
 
 =cut
 
@@ -272,8 +270,8 @@ sub _converter ($from, $to) {
     return $converters{$from}{$to} = _make_converter($from, $to) // 0;
 }
 
-# The unit system also converts a time to a frequency, which is no conversion of
-# a quantity: zero then has no counterpart.
+# The unit system also converts a time to a frequency. This is not a conversion of one
+# quantity: zero has no counterpart then.
 sub _make_converter ($from, $to) {
     lock $shared_system;
     my ($one, $other) = (_unit($from), _unit($to));
@@ -286,7 +284,7 @@ sub _make_converter ($from, $to) {
 
 =item C<convert($number, $from, $to)>
 
-The number in the other unit; C<undef> where that cannot be.
+The number in the other unit; C<undef> if they are not compatible.
 
 =cut
 

@@ -9,18 +9,18 @@ use VEL::Version;
 
 =head1 NAME
 
-VEL::Upgrade - brings old command data up to the current language version
+VEL::Upgrade - upgrades old command data to the current language version
 
 =head1 DESCRIPTION
 
-The rules say in C<UPGRADE> blocks what changed in which version. Data states
-its version at F</LANGUAGE/Version>; data that states none is older than all.
-The steps of later versions run in the order of the versions. A step takes every
-object of its type anywhere; one without effect is no change. Nothing is ever
-overwritten: a new name that is already in use stops that one change.
+The C<UPGRADE> blocks of the rules say what changed in which version. Data states its
+version at F</LANGUAGE/Version>; data without a version is older than all. The steps of
+later versions run in the order of the versions. A step applies to every object of its
+type anywhere. A step without an effect is not a change. Nothing is overwritten: if a new
+name is already in use, that change is not made.
 
-Data that no step touches and that states no version is left alone; all other
-data states the version of the rules afterwards.
+Data that no step changes and that states no version is not changed. All other data
+states the version of the rules afterwards.
 
 =head1 METHODS
 
@@ -38,9 +38,9 @@ sub new ($class, $model) {
 
 =item C<run($changes)>
 
-Makes the changes and fills the array with them (see L<VEL::Record>); none when
-there was nothing to do. Dies when the database fails: the changes made until then
-stand, and are in the array.
+Makes the changes and fills the array with them (see L<VEL::Record>); none if nothing had
+to be changed. Dies if the database fails: the changes made before remain, and are in the
+array.
 
 =item C<failed>
 
@@ -81,8 +81,8 @@ sub failed ($self) { return $self->{failed} }
 
 =cut
 
-# What a renamed object takes along is found under its new path; it comes
-# directly behind it.
+# The objects inside a renamed object have new paths. They come directly after it in the
+# list.
 sub _run_step ($self, $step) {
     my $run   = $STEP{ $step->{'Action'} };
     my @paths = $self->_objects($step->{'Object Type'});
@@ -112,7 +112,7 @@ sub _set_version ($self, $stated, $newest) {
     return;
 }
 
-# The data's own objects of a type, wherever they are.
+# The objects of a type in the data, without those of libraries.
 sub _objects ($self, $type) {
     my @paths;
     $self->{database}->getObjectsByType($type, \@paths);
@@ -130,14 +130,14 @@ sub _note ($self, $kind, $path, %of) {
     return;
 }
 
-# A failure of the database here means that the tree is not what it was taken for.
+# A failure of the database here means that the tree is not as expected.
 sub _must ($self, $error) {
     return if !$error;
     $self->{failed} = 1;
     die "updateSolverVEL: $error\n";
 }
 
-# Makes the object where there is nothing; false where a parameter has its name.
+# Makes the object if it is missing; false if a parameter has its name.
 sub _have_object ($self, $path) {
     return $self->{database}->isObject($path) if $self->{database}->havePath($path);
     $self->_must($self->{database}->createObject($path, 0));
@@ -148,11 +148,11 @@ sub _has_parameter ($self, $path) {
     return $self->{database}->havePath($path) && !$self->{database}->isObject($path);
 }
 
-# --- Steps: each gets the path of one object and the fields of the step, and
-# gives the new path where it moves the object ---------------------------------
+# --- Steps: each takes the path of one object and the fields of the step, and
+# returns the new path if it moves the object -----------------------------------
 
-# Made at the end of the object; those behind the old place follow it there, so
-# that the order of the parameters is kept.
+# The new parameter is added at the end of the object. The parameters that came after the
+# old one are added again after it, so that the order is kept.
 sub _rename_parameter ($self, $path, $step) {
     my ($old, $new) = @$step{ 'Parameter', 'New Name' };
     my $database = $self->{database};
@@ -213,7 +213,7 @@ sub _remove_object ($self, $path, $step) {
     return;
 }
 
-# The type is part of the path, so the object is made anew and filled.
+# The type is part of the path, so a new object is made and filled.
 sub _rename_type ($self, $path, $step) {
     my ($parent, $component) = VEL::Model::split_path($path);
     my (undef, $name) = split /:/, $component, 2;

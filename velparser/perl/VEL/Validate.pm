@@ -15,7 +15,7 @@ use VEL::Version;
 
 =head1 NAME
 
-VEL::Validate - holds command data against the rules
+VEL::Validate - checks command data with the rules
 
 =head1 SYNOPSIS
 
@@ -25,18 +25,17 @@ VEL::Validate - holds command data against the rules
 
 =head1 DESCRIPTION
 
-A finding is a record (see L<VEL::Record>). As text it is one line: path, colon,
-blank, a sentence, and an identifier in brackets. F<docs/findings.md> explains every
-identifier.
+A finding is a record (see L<VEL::Record>). As text it is one line: path, colon, blank, a
+sentence, and an identifier in brackets. F<docs/findings.md> explains every identifier.
 
-An object without findings is marked valid, and so are its parameters; one with
-findings is not, so that they come again until they are fixed. Where something
-goes on which a mark rests (a required parameter is deleted, an object that
-others name), the mark is taken away.
+An object without findings is marked valid, and so are its parameters. An object with
+findings is not marked, so that they are reported again until they are fixed. If something
+that a mark depends on is removed (a required parameter, an object that others name), the
+mark is removed.
 
-One mistake gives one finding. Where the value of a parameter is wrong, or the
-parameter is missing, nothing is said of what a case waits for it to allow. Where a
-required name is misspelt, the finding about that name is the only one.
+One mistake gives one finding. If the value of a parameter is wrong, or the parameter is
+missing, nothing is reported about items that depend on it through a case. If a required
+name is misspelt, only the misspelt name is reported.
 
 =head1 METHODS
 
@@ -44,8 +43,7 @@ required name is misspelt, the finding about that name is the only one.
 
 =item C<< VEL::Validate->new($database) >>
 
-A validator for a L<VEL::Parser::Lite> object, with the checks of units and
-bounds off.
+A validator for a L<VEL::Parser::Lite> object. The checks of units and bounds are off.
 
 =cut
 
@@ -56,7 +54,7 @@ sub new ($class, $database) {
         units    => 0,
         bounds   => 0,
         marked   => 0,     # whether anything has been marked valid
-        rests_on => {},    # name of an object or expression => paths of objects that use it
+        users    => {},    # name of an object or expression => paths of objects that use it
         under    => { path => '/', known => 1 },
     }, $class;
     $self->{compiled} = $self->{model}->compiled;
@@ -69,9 +67,9 @@ sub new ($class, $database) {
 
 =item C<validateObject($path)>
 
-Looks at one object (or C</>): whether it may stand where it is, its own
-parameters, and what it lacks. Its child objects are looked at by calls of
-their own. Returns the findings as text, C<undef> when there are none.
+Checks one object (or C</>): its place, its own parameters, and whether anything is
+missing. Its child objects need calls of their own. Returns the findings as text, C<undef>
+if there are none.
 
 =item C<validateObjectRecords($path, $findings)>
 
@@ -106,8 +104,8 @@ sub _findings_at ($self, $path) {
 
 =item C<validateParam($path)>
 
-Looks at the value of one parameter. Returns the findings as text, C<undef> when
-there are none.
+Checks the value of one parameter. Returns the findings as text, C<undef> if there are
+none.
 
 =item C<validateParamRecords($path, $findings)>
 
@@ -141,8 +139,8 @@ sub _findings_of_parameter ($self, $path) {
 
 =item C<setUnitsChecking($on)>, C<setBoundsChecking($on)>
 
-Switch these checks on (1) or off (0). Switching one on takes all marks away.
-The checks stay off where the unit system cannot be had; the text says why.
+Switch these checks on (1) or off (0). Switching one on removes all marks. If the unit
+system cannot be loaded, the checks stay off and the text says why.
 
 =cut
 
@@ -192,7 +190,7 @@ sub _object_findings ($self, $path, $names) {
     return @findings;
 }
 
-# Told with the top level, as the walk of the program passes /RULES over.
+# Reported with the top level, because the walk of the program skips /RULES.
 sub _rules_findings ($self) {
     return if !$self->{model}->has_rules_in_data;
     return finding('/RULES', problem('rules-in-data'));
@@ -202,8 +200,8 @@ sub _no_object ($self, $path) {
     return finding($path, problem($self->{database}->havePath($path) ? 'no-object' : 'no-object-here'));
 }
 
-# Below an object of unknown type nothing can be said. The last answer is kept:
-# in a walk of the tree the parent has just been asked for.
+# Nothing is reported below an object of unknown type. The last answer is kept: in a walk of
+# the tree it is that of the parent.
 sub _is_known_chain ($self, $path) {
     my $last = $self->{under};
     my $known = 1;
@@ -231,8 +229,8 @@ sub _unknown_object ($self, $path, $parent, $component) {
     return finding($path, problem('unknown-object', type => $word, near => $near));
 }
 
-# The type that a mistyped one stands for: if possible, one that the parent, an object
-# of that variant, may hold.
+# The known type nearest to a misspelt one: if possible, one that the parent, an object of
+# that variant, may contain.
 sub _meant_type ($self, $word, $outer) {
     my @known = sort map { $_->{type} } $self->{model}->rules->types;
     unshift @known, sort keys %{ $outer->{objects} } if $outer;
@@ -260,8 +258,8 @@ sub _not_now ($self, $path, $parent, $outer, $word) {
     return finding($path, $problem, $self->_switches($parent, @cases));
 }
 
-# Whether one of these cases waits for a parameter whose own value is a finding, or
-# that is missing. That one mistake is the reason of all that depends on it.
+# Whether one of these cases depends on a parameter that has a wrong value or is missing.
+# That one mistake is the cause of everything that depends on it.
 sub _is_doubtful ($self, $path, $type, @cases) {
     my $doubts = $self->{doubts}{$path} //= {};
     return scalar grep { $doubts->{$_} //= $self->_is_doubtful_switch($path, $type, $_) }
@@ -278,15 +276,15 @@ sub _is_doubtful_switch ($self, $path, $type, $name) {
     }
     return 1 if grep { $_ eq $name } @{ $variant->{required} };
     return 1 if $self->_is_misspelt($path, $type, $variant, $name);
-    # It may itself wait for another one.
+    # It may itself depend on another one.
     local $self->{doubts}{$path}{$name} = 0;
     return $self->_is_doubtful($path, $type, $type->cases_with(['required'], $name));
 }
 
-# Not looked for in very large objects: each of their child objects may ask.
+# Not searched in very large objects: each of their child objects may ask for it.
 my $FEW_NAMES = 100;
 
-# Whether the object has an unknown parameter that most likely is this one.
+# Whether the object has an unknown parameter that is probably this one.
 sub _is_misspelt ($self, $path, $type, $variant, $name) {
     $self->{database}->getChildParamList($path, \my @names);
     return 0 if @names > $FEW_NAMES;
@@ -296,10 +294,10 @@ sub _is_misspelt ($self, $path, $type, $variant, $name) {
     } @names;
 }
 
-# How many answers are kept for the next question.
+# How many answers are kept.
 my $MOST_MEANT = 1000;
 
-# The parameter of that variant that an unknown name stands for, or undef.
+# The parameter of that variant nearest to an unknown name, or undef.
 sub _meant_name ($variant, $name) {
     my $meant = $variant->{meant} //= {};
     return $meant->{$name} if exists $meant->{$name};
@@ -308,12 +306,12 @@ sub _meant_name ($variant, $name) {
     return $meant->{$name} = $hints->find($name);
 }
 
-# Under which cases something would be right, such as "Kind = Inlet, Outlet".
+# The conditions under which something is allowed, such as "Kind = Inlet, Outlet".
 sub _conditions (@cases) {
     return [ map { compose('condition', parameter => $_->{parameter}, values => $_->{values}) } @cases ];
 }
 
-# The paths of the parameters that these cases wait for, as far as they are there.
+# The paths of the existing parameters on which these cases depend.
 sub _switches ($self, $path, @cases) {
     my %seen;
     return grep { !$seen{$_}++ && $self->{database}->havePath($_) } map { "$path/$_->{parameter}" } @cases;
@@ -357,12 +355,12 @@ sub _value_findings ($self, $path, $name, $value, $type, $variant) {
     return map { finding("$path/$name", $_, @switches, $self->_meant_objects($parameter, $_->{object})) } @problems;
 }
 
-# The path of the object that a misspelt name stands for.
+# The path of the object that is probably meant by a misspelt name.
 sub _meant_objects ($self, $parameter, $name) {
     return defined $name ? $self->{model}->object_path($parameter->{objects}, $name) : ();
 }
 
-# What the check of a value may ask; made once for each set of rules.
+# What the check of a value needs to know; made once for each set of rules.
 sub _asker ($self) {
     my $asker = $self->{asker} //= do {
         my $validator = $self;
@@ -385,7 +383,7 @@ sub _unknown_parameter ($self, $path, $name, $type, $variant) {
     return finding("$path/$name", problem('unknown-parameter', type => $type->{type}, name => $name, near => $near));
 }
 
-# A name that is there, but misspelt, is a finding already.
+# A misspelt name has its own finding and is not missing.
 sub _missing_findings ($self, $path, $type, $variant, $names) {
     my @findings;
     if (@{ $variant->{required} }) {
@@ -428,19 +426,19 @@ sub _mark ($self, $path, $names) {
     }
     $database->setValid($path, 1);
     $self->{marked} = 1;
-    $self->{rests_on}{$_}{$path} = 1 for @{ $self->{used} };
+    $self->{users}{$_}{$path} = 1 for @{ $self->{used} };
     return;
 }
 
-# A parameter has nothing below it, so its subtree is valid with it.
+# A parameter has no subtree, so the subtree mark is set with it.
 sub _mark_parameter ($self, $path) {
     $self->{database}->setValid($path, $_) for 1, 2;
     $self->{marked} = 1;
     return;
 }
 
-# A case that no longer holds may forbid child objects that were allowed when
-# they were looked at.
+# If a case no longer applies, child objects may not be allowed that were allowed when they
+# were checked.
 sub _recheck_children ($self, $path, $variant) {
     my $database = $self->{database};
     my @objects;
@@ -453,8 +451,8 @@ sub _recheck_children ($self, $path, $variant) {
     return;
 }
 
-# An object or a parameter has gone (or an object has come, which harms no mark),
-# or command data states rules, which is a finding.
+# Called if an object or parameter was removed (or an object was added, which affects no
+# mark), or if command data states rules, which is a finding.
 sub _gone ($self, $path, $code, $new, $old) {
     my $database = $self->{database};
     if ($path =~ m{^/RULES(?:/|\z)}) {
@@ -464,7 +462,7 @@ sub _gone ($self, $path, $code, $new, $old) {
     return if $code == 1 || !$self->{marked};
     my ($parent, $component) = VEL::Model::split_path($path);
     my $name  = $component =~ s/^[^:]*://r;
-    my $users = delete $self->{rests_on}{$name} // {};
+    my $users = delete $self->{users}{$name} // {};
     for my $user ($parent, keys %$users) {
         $database->setValidEx($user, 0, 1) if $database->isValid($user) > 0;
     }
@@ -484,7 +482,7 @@ sub _forget_marks ($self) {
     return if !$self->{marked};
     $self->{model}->clear_marks;
     $self->{marked}   = 0;
-    $self->{rests_on} = {};
+    $self->{users} = {};
     return;
 }
 

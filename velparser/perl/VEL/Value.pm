@@ -6,8 +6,6 @@ use feature 'signatures';
 
 use Exporter 'import';
 
-our @EXPORT_OK = qw(split_list logical is_number is_integer quantity $NUMBER);
-
 =head1 NAME
 
 VEL::Value - what the text of a value says: lists, logicals, numbers, quantities
@@ -27,6 +25,8 @@ A pattern for a decimal number: sign, digits, point, exponent. No hexadecimal,
 no C<inf>, no C<nan>.
 
 =cut
+
+our @EXPORT_OK = qw(split_list logical is_number is_integer quantity $NUMBER);
 
 our $NUMBER = qr/[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]+)?/;
 

@@ -1,3 +1,4 @@
+# The class API: each method that the program calls, with its results and messages.
 use strict;
 use warnings;
 use feature 'signatures';

@@ -34,7 +34,7 @@ for my $kind (qw(OBJECT SINGLETON PARAMETER CASE STEP UPGRADE)) {
 my @wrong;
 
 sub note_met ($path, $complaint) {
-    die "$path is no field of a rule" if !exists $met{$path};
+    die "$path is not a field of a rule" if !exists $met{$path};
     $met{$path}++;
     push @wrong, "$path: $complaint" if defined $complaint && $complaint ne '';
     return;
@@ -255,18 +255,18 @@ sub allow_objects ($path, @words) {
 }
 
 sub decide_parents ($path, $type) {
-    my @complaints = object_says($path) =~ /\[wrong-parent\]/ ? 'may not stand where it may' : ();
+    my @complaints = object_says($path) =~ /\[wrong-parent\]/ ? 'is not allowed in its own place' : ();
     my $inside = $type->{parents}{'/'} ? '/LANGUAGE' : '';
     $database->createObject($inside, 0) if $inside && !$database->havePath($inside);
     my $astray = "$inside/" . RuleSample::component($type);
     my $is_new = !$database->havePath($astray);
     $database->createObject($astray, 0) if $is_new;
-    push @complaints, 'may stand anywhere' if object_says($astray) !~ /\[wrong-parent\]/;
+    push @complaints, 'is allowed anywhere' if object_says($astray) !~ /\[wrong-parent\]/;
     $database->deleteObj($astray) if $is_new;
     return @complaints;
 }
 
-# Among all that may stand beside it the object is saved by priority, the
+# Among all objects that are allowed beside it the object is saved by priority, the
 # highest first.
 sub decide_priority ($path, $priority) {
     my ($parent) = VEL::Model::split_path($path);
@@ -277,7 +277,7 @@ sub decide_priority ($path, $priority) {
     $database->createObject($_, 0) for @new;
     my @order = map { priority_of($_) } saved_types($below);
     $database->deleteObj($_) for @new;
-    return "stands wrong: @order" if join(' ', sort { $b <=> $a } @order) ne "@order";
+    return "is in the wrong place: @order" if join(' ', sort { $b <=> $a } @order) ne "@order";
     return (grep { $_ == $priority } @order) && @order >= @beside ? () : 'is not saved';
 }
 

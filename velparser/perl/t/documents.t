@@ -1,10 +1,9 @@
-# The samples of the documents say what really happens.
+# The samples of the documents: what they show is compared with what really happens.
 #
-# A fenced block is told what it is by the word behind the fence: `rules` adds to
-# the rules of the page (without any, the shipped ones hold), `vel` is command
-# data of its own; what follows it is held against it: `findings`, `saved` text,
-# `changes` of the upgrade, the `message` of a failed load. `faults` are those of
-# the rules so far.
+# The word after the fence says what a block is: `rules` adds to the rules of the page
+# (without any, the shipped rules apply), `vel` is command data. The block after it is
+# compared with the result: `findings`, `saved` text, `changes` of the upgrade, the
+# `message` of a failed load. `faults` are the faults of the rules so far.
 use strict;
 use warnings;
 use feature 'signatures';

@@ -133,7 +133,7 @@ TEXT
     my @said      = split /\n/, findings_left($validator, $database);
     for my $remedy (@remedies) {
         my ($method, @arguments) = @$remedy;
-        is $database->$method(@arguments), undef, "mended: $arguments[0]";
+        is $database->$method(@arguments), undef, "fixed: $arguments[0]";
         my @left = split /\n/, findings_left($validator, $database);
         is scalar @left, @said - 1, 'one finding less';
         my %said = map { $_ => 1 } @said;

@@ -1,3 +1,4 @@
+# What `explain` says about objects and parameters, and why each one is allowed there.
 use strict;
 use warnings;
 use feature 'signatures';

@@ -1,3 +1,4 @@
+# Expressions: which texts are accepted, and the sentence about each mistake.
 use strict;
 use warnings;
 use Test::More;
@@ -15,7 +16,7 @@ sub fault {
 }
 
 is fault('Speed * Inlet Area'),             'none', 'names may hold blanks';
-is fault('2 * (Speed + 1 [m s^-1])'),       'none', 'brackets behind a number are a unit';
+is fault('2 * (Speed + 1 [m s^-1])'),       'none', 'brackets after a number are a unit';
 is fault('max(Speed, 0.5 [m s^-1]) ^ 2'),   'none', 'a function';
 is fault('sqrt (Speed)'),                   'none', 'a blank before the parenthesis';
 is fault('T[1] + Rate 2'),                  'none', 'brackets and digits in names';
@@ -23,7 +24,7 @@ is fault('if(Speed > 1, 2, 3)'),            'none', 'comparison';
 is fault('2   *   (  Speed  )'),            'none', 'any number of blanks';
 is fault("abs  \t(Speed)"),                 'none', 'also before a parenthesis';
 is fault('1  [m  s^-1] + Speed'),           'none', 'and before a unit';
-is fault('T[1]/Speed [s] + 1'),             'none', 'a unit behind a name';
+is fault('T[1]/Speed [s] + 1'),             'none', 'a unit after a name';
 is fault('-Speed/2e3'),                     'none', 'sign and exponent';
 
 is fault('2 * (Speed + 1'),   'has a "(" without a ")"; add ")"',            'a parenthesis that stays open';
@@ -42,7 +43,7 @@ my @used;
 VEL::Expression::fault('Speed + Inlet Area', \%known, \@used);
 is_deeply \@used, [ 'Speed', 'Inlet Area' ], 'the names that are used';
 VEL::Expression::fault('Rate 2 [s] * 3', \%known, \my @with_unit);
-is_deeply \@with_unit, ['Rate 2'], 'without a unit behind them';
+is_deeply \@with_unit, ['Rate 2'], 'without the unit after them';
 
 my %alike = map { $_ => 1 } map { "Speed $_" } 'a' .. 'j';
 is fault('Speed z', \%alike),

@@ -43,7 +43,7 @@ subtest 'elements that the code reads' => sub {
     is_deeply VEL::Rules::Fields::compile('SINGLETON', {}), VEL::Rules::Fields::compile('OBJECT', {}), 'SINGLETON';
 };
 
-# Words in the code that begin with a capital and are no field.
+# Words in the code that begin with a capital and are not fields.
 my %OTHER = map { $_ => 1 } (
     @VEL::Rules::Source::TYPES, keys %VEL::Rules::Source::ACTIONS,
     qw(Yes No Presence Parameters Objects Version),
@@ -112,12 +112,12 @@ subtest 'explain gives every field that is stated' => sub {
     delete @text{qw(Default)};
     my $text  = join "\n", map { "$_ = $text{$_}" } sort keys %text;
     my $model = VEL::Model->of(database("RULES:\nOBJECT: OTHER\nEND\nPARAMETER: P\n$text\nEND\nEND", "P = 1"));
-    my @told  = $model->explanation('/P');
-    my %given = map { @$_[ 0, 1 ] } @told;
+    my @explained  = $model->explanation('/P');
+    my %given = map { @$_[ 0, 1 ] } @explained;
     $text{$_} = 'Yes' for grep { $text{$_} eq 'on' } keys %text;
     delete $given{Presence};
     is_deeply \%given, \%text, 'of a parameter';
-    is_deeply [ map { $_->[0] } grep { $_->[2] } @told ], [ map { $_->{name} } grep { $_->{tip} } @fields ],
+    is_deeply [ map { $_->[0] } grep { $_->[2] } @explained ], [ map { $_->{name} } grep { $_->{tip} } @fields ],
         '... and which of them the tip of a row shows';
 };
 

@@ -59,14 +59,14 @@ subtest 'places' => sub {
     }
     for my $type (@types) {
         my $word = $type->{type};
-        push @odd, "$word: no rule says where it stands" if !$type->{parents};
+        push @odd, "$word: no rule says where it is allowed" if !$type->{parents};
         push @odd, map { "$word: $_ does not list it" }
             grep { $_ ne '/' && !$inside{$_}{$word} } keys %{ $type->{parents} };
     }
     for my $outer (sort keys %inside) {
         for my $word (sort keys %{ $inside{$outer} }) {
             my ($type) = grep { $_->{type} eq $word } @types;
-            push @odd, "$outer lists $word, which may not stand there" if !$type->{parents}{$outer};
+            push @odd, "$outer lists $word, which is not allowed there" if !$type->{parents}{$outer};
         }
     }
     is join("\n", @odd), '', 'lists of objects and parents agree';
@@ -78,9 +78,9 @@ subtest 'cases' => sub {
         for my $case (@{ $type->{cases} }) {
             my $switch = $type->parameter($type->plain_variant, $case->{parameter});
             my %values = map { $_ => 1 } $switch->{type} eq 'Logical' ? qw(Yes No) : @{ $switch->{values} // [] };
-            push @odd, "$type->{type}: $case->{label}: $case->{parameter} is no parameter"
+            push @odd, "$type->{type}: $case->{label}: $case->{parameter} is not a parameter"
                 if !grep { $_->{allowed}{ $case->{parameter} } } $sample->variants($type);
-            push @odd, map { "$type->{type}: $case->{label}: $_ is no value" }
+            push @odd, map { "$type->{type}: $case->{label}: $_ is not a value" }
                 grep { !$values{$_} } @{ $case->{values} };
         }
     }

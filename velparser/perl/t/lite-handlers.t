@@ -1,4 +1,4 @@
-# Handlers: what they are told, what they may do, and how they may fail.
+# Handlers: what they are given, what they may do, and how they may fail.
 use strict;
 use warnings;
 
@@ -22,11 +22,11 @@ sub loaded {
 
 sub text { return join ' ', map { $_ // 'undef' } @_ }
 
-# What they are told.
+# What they are given.
 {
     my $data = VEL::Parser::Lite::NEW();
-    my @told;
-    is_deeply [ $data->addChangeHandler(sub { push @told, text(@_) }) ], [], 'added, gives nothing';
+    my @calls;
+    is_deeply [ $data->addChangeHandler(sub { push @calls, text(@_) }) ], [], 'added, gives nothing';
     $data->createObject('/FLOW', 0);
     $data->createParam('/FLOW/A', 'one');
     $data->setStringValue('/FLOW/A', 'two');
@@ -34,7 +34,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     $data->createParam('/FLOW/A', 'three');
     $data->deleteParam('/FLOW/A');
     $data->deleteObj('/FLOW');
-    is_deeply \@told, [
+    is_deeply \@calls, [
         '/FLOW 1 undef undef',
         '/FLOW/A 0 one undef',
         '/FLOW/A 0 two one',
@@ -42,9 +42,9 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
         '/FLOW/A 0 undef three',
         '/FLOW 2 undef undef',
     ], 'path, code, new value, old value';
-    @told = ();
+    @calls = ();
     $data->loadVELData([ 'X: y', 'B = 1', 'END' ]);
-    is_deeply \@told, [ '/X:y 1 undef undef', '/X:y/B 0 1 undef' ], 'of a parse too';
+    is_deeply \@calls, [ '/X:y 1 undef undef', '/X:y/B 0 1 undef' ], 'of a parse too';
 }
 
 # In scalar context, one value of which is not looked at.
@@ -124,7 +124,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     my $answer;
     $data->addChangeHandler(sub { $answer = $data->DESTROY() });
     is $data->setStringValue('/FLOW/A', 'x'), undef, 'a handler that destroys the object';
-    is $answer, 'DESTROY: the object is in use', '... is told that it cannot';
+    is $answer, 'DESTROY: the object is in use', '... is refused';
     is $data->havePath('/FLOW/A'), 1, '... and the object stays';
 }
 
@@ -168,7 +168,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     $data->clearChangeHandlers;
     $data->addChangeHandler('no code');
     like died(sub { $data->setStringValue('/FLOW/A', 'w') }), qr/^Undefined subroutine|no code/,
-        'a handler that is no code';
+        'a handler that is not code';
 }
 {
     my $data = loaded();
@@ -210,20 +210,20 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
 # Actions.
 {
     my $data = VEL::Parser::Lite::NEW();
-    my @told;
+    my @calls;
     is $data->invokeAction('save', undef), 'no handler was found for action line', 'no handler';
-    is $data->registerActionHandler(sub { push @told, join '|', @_; return 1 }), undef, 'registered';
+    is $data->registerActionHandler(sub { push @calls, join '|', @_; return 1 }), undef, 'registered';
     is $data->loadVELLine('>>  save   file.vel ', 0), undef, 'a line';
-    is $data->loadVELLine('>save', 0), undef, 'a line with nothing behind the word';
+    is $data->loadVELLine('>save', 0), undef, 'a line with nothing after the word';
     is $data->invokeAction('save', [ 'a', 'b c', '', undef, 4 ]), undef, 'arguments';
     is $data->invokeAction('save', []), undef, 'an empty list';
     is $data->invokeAction('save', undef), undef, 'no list';
-    is_deeply \@told, [ 'save|file.vel', 'save|', 'save|a|b c|||4', 'save', 'save|' ], 'as told';
+    is_deeply \@calls, [ 'save|file.vel', 'save|', 'save|a|b c|||4', 'save', 'save|' ], 'as given';
 
-    @told = ();
-    is $data->registerActionHandler(sub { push @told, 'new'; return 0 }), undef, 'another';
+    @calls = ();
+    is $data->registerActionHandler(sub { push @calls, 'new'; return 0 }), undef, 'another';
     is $data->invokeAction('x', undef), undef, '... whatever it returns';
-    is "@told", 'new', '... takes the place of the first';
+    is "@calls", 'new', '... takes the place of the first';
     $data->registerActionHandler(sub { return 'no number' });
     is $data->invokeAction('x', undef), undef, '... also a text';
     $data->registerActionHandler(sub { return undef });

@@ -1,4 +1,4 @@
-# What the module and the packages leave behind: nothing. Counted, not timed.
+# Memory: the module and the packages free everything. Counted, not timed.
 use strict;
 use warnings;
 use feature 'signatures';

@@ -69,7 +69,7 @@ bless VEL::Parser::Lite::NEW(), 'NotDestroyed';
 }
 my $texted = bless VEL::Parser::Lite::NEW(), 'Texted';
 is $texted->createParam('/A', 1), undef, 'an object with operators of its own';
-is $texted->DESTROY, undef, '... works, and ends when it is told to';
+is $texted->DESTROY, undef, '... works, and ends when it is called';
 
 for my $forged (bless(\(my $address = 12345), 'Derived'), bless({}, 'Derived'), bless([], 'Derived'),
     bless(sub { 1 }, 'Derived'))

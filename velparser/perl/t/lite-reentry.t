@@ -54,7 +54,7 @@ sub value {
     return $value;
 }
 
-# An argument whose code ends the object. Each method is told so by its own way
+# An argument whose code ends the object. Each method learns of it in its own way
 # of reading that argument.
 my %call = (
     getStringValue     => sub { [ $_[0], \my $value ] },
@@ -80,10 +80,10 @@ for my $method (sort keys %call) {
     my $answer = $text{$method} // 1;
     {
         my $data = loaded();
-        my $told;
-        my $ending = code(sub { $told = $data->DESTROY; return $answer });
+        my $answered;
+        my $ending = code(sub { $answered = $data->DESTROY; return $answer });
         is died(sub { $data->$method(@{ $call{$method}->($ending) }) }), 'lived', "$method: ended";
-        is $told, $in_use, '... refuses it meanwhile';
+        is $answered, $in_use, '... refuses it meanwhile';
         is $data->havePath('/FLOW/A'), 1, '... and the object stays';
         Counted::gone();
         is $data->DESTROY, undef, '... until later';
@@ -170,13 +170,13 @@ for my $method (sort keys %call) {
     is $data->loadVELData($reference), undef, 'an element that drops the array';
     is value($data, '/V') . value($data, '/W'), 12, '... too late';
 
-    my @told;
-    $data->registerActionHandler(sub { @told = @_; return 1 });
+    my @given;
+    $data->registerActionHandler(sub { @given = @_; return 1 });
     my @words;
     @words = (fresh('first'), code(sub { $words[0] = 'x' x 500; return $data->DESTROY }), 5);
     my $action = fresh('an action');
     is $data->invokeAction($action, \@words), undef, 'a word that changes the others';
-    is join('|', @told), "an action|first|$in_use|5", '... too late';
+    is join('|', @given), "an action|first|$in_use|5", '... too late';
     is $words[2], 5, 'a number';
     is died(sub { $data->invokeAction('x', [ code(sub { die "no word\n" }) ]) }), "no word\n",
         'a word that dies';

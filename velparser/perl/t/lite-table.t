@@ -123,7 +123,7 @@ for my $name (sort keys %usage) {
     }
 }
 
-# Whatever stands where a text or a number is due is taken as one.
+# Any argument in the place of a text or a number is taken as one.
 {
     my %odd = (
         undef         => undef,
@@ -137,8 +137,8 @@ for my $name (sort keys %usage) {
         'no number'   => 'nan',
     );
     my $is_output = qr/^(?:self|array|data|value|childInfo|groupInfo|args)$/;
-    my @told;
-    local $SIG{__WARN__} = sub { push @told, $_[0] if $_[0] !~ /isn't numeric in subroutine entry/ };
+    my @warnings;
+    local $SIG{__WARN__} = sub { push @warnings, $_[0] if $_[0] !~ /isn't numeric in subroutine entry/ };
     for my $name (sort grep { !/^(?:NEW|DESTROY)$/ } keys %usage) {
         my @words = $usage{$name} =~ /\w+/g;
         my $gives_value = $name =~ /^get(?:String|Integer|Logical)Value$/;
@@ -161,7 +161,7 @@ for my $name (sort keys %usage) {
             }
         }
     }
-    is "@told", '', 'without warnings';
+    is "@warnings", '', 'without warnings';
 }
 
 my $pod = slurp($INC{'VEL/Parser/Lite.pm'});

@@ -85,7 +85,7 @@ is whole($data, '/X', 0), 'getObjectVELH: path not found', 'unknown';
 # Arrays of lines.
 my $second = VEL::Parser::Lite::NEW();
 is whole($second, '/', 0), '', 'nothing';
-is $second->loadVELData([ "A = 1\n", 'B = 2', '# remark', '' ]), undef, 'user data';
+is $second->loadVELData([ "A = 1\n", 'B = 2', '# comment', '' ]), undef, 'user data';
 is $second->loadLibraryData([ 'RULES:', 'END' ]), undef, 'library data';
 is $second->isLibrary('/RULES'), 1, '... is marked';
 is formatted($second, '/', 79), 'A = 1|B = 2', '... is not saved';

@@ -58,7 +58,7 @@ is $_->join, '', 'thread ' . $_->tid for @threads;
 # A thread that ends in the middle of a handler's error leaves it to no one.
 in_thread(sub {
     my $own = VEL::Parser::Lite::NEW();
-    $own->addChangeHandler(sub { die "left behind\n" });
+    $own->addChangeHandler(sub { die "not removed\n" });
     eval { $own->createParam('/A', 1) };
     return;
 });

@@ -92,7 +92,7 @@ $data->setStringValue('/FLOW/Text', $long);
 ok value(getStringValue => '/FLOW/Text') eq $long, 'a long text';
 $data->setStringValue('/FLOW/Text', 'short');
 
-# What may be handed over.
+# What may be passed.
 {
     package Tied;
     sub TIESCALAR { my ($class, $value) = @_; return bless { value => $value }, $class }

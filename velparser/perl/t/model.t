@@ -1,3 +1,4 @@
+# The model: answers about items of the data, and how it follows changes.
 use strict;
 use warnings;
 use Test::More;
@@ -215,7 +216,7 @@ subtest 'clearing the handlers of the database does not blind the model' => sub 
     like $values->(), qr/ Cleared Last\b/, 'also when a handler clears them';
 };
 
-subtest 'a database that was destroyed stands in nobody\'s way' => sub {
+subtest 'a destroyed database does not disturb others' => sub {
     my $gone = api($rules, $data);
     is $gone->{database}->DESTROY, undef, 'destroyed while its API is alive';
     my $new = eval { API->new } // die $@;

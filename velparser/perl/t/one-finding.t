@@ -29,7 +29,7 @@ RULES:
     CASE: Closed
       If Parameter = Kind
       Is One Of = Wall
-      Optional Parameters = Slip
+      Optional Parameters = Motion
     END
     CASE: Mass
       If Parameter = Rate Kind
@@ -67,20 +67,20 @@ TEXT
 is in_edge("Kind = Inlett\nMass Rate = 1"), <<'TEXT', 'and one that depends on it in turn';
 Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
 TEXT
-is in_edge("Kind = Wall\nActive = perhaps\nPower = 1"), <<'TEXT', 'a logical that is none';
+is in_edge("Kind = Wall\nActive = perhaps\nPower = 1"), <<'TEXT', 'a logical that is not one';
 Active: "perhaps" is not a logical value; use Yes or No [wrong-type]
 TEXT
-is in_edge("Kind = Wall\nPower = 1\nPROFILE:\nEND"), <<'TEXT', 'but a right value is no excuse, nor one that need not be there';
+is in_edge("Kind = Wall\nPower = 1\nPROFILE:\nEND"), <<'TEXT', 'but not after a correct value, nor without an optional one';
 Power: "Power" is only allowed when Active = Yes [unknown-parameter]
 PROFILE: PROFILE is only allowed when its EDGE has Kind = Inlet, Outlet [not-allowed]
 TEXT
-is in_edge("Kind = Inlett\nSlipp = 1"), <<'TEXT', 'a name that no case knows is a mistake of its own';
+is in_edge("Kind = Inlett\nMotionn = 1"), <<'TEXT', 'a name that no case knows is a mistake of its own';
 Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
-Slipp: EDGE has no parameter "Slipp"; correct the name or remove the parameter [unknown-parameter]
+Motionn: EDGE has no parameter "Motionn"; correct the name or remove the parameter [unknown-parameter]
 TEXT
 
 subtest 'a required name that is misspelt is not missing too' => sub {
-    is in_edge("Knd = Inlet\n$dependent"), <<'TEXT', 'a parameter; what depends on it is no mistake either';
+    is in_edge("Knd = Inlet\n$dependent"), <<'TEXT', 'a parameter; what depends on it is not reported either';
 Knd: EDGE has no parameter "Knd"; did you mean Kind? [unknown-parameter]
 TEXT
     is in_edge("Kind = Wall\nActve = Yes\nPower = 1"), <<'TEXT', 'one that need not be there';

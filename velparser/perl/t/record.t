@@ -116,7 +116,7 @@ subtest 'names and values that look like something else' => sub {
     is $validator->validateParam('/FLOW/PUMP:a/Gauge [1]'), finding_line($value), 'as text';
     is $validator->validateParamRecords('/FLOW/PUMP:a/Kind', \@findings), undef, 'a right value';
     is_deeply \@findings, [], 'empties the array';
-    is $validator->validateParam('/FLOW/PUMP:a/Kind'), undef, 'and is no text';
+    is $validator->validateParam('/FLOW/PUMP:a/Kind'), undef, 'and is not a text';
 };
 
 subtest 'findings as text' => sub {
@@ -212,7 +212,7 @@ subtest 'faults of rules' => sub {
     is_deeply [ map { [ @$_{qw(path identifier)} ] } @faults ], [ [ '/RULES/OBJECT:A/Typo', 'bad-rule' ] ], 'the fault';
     is api($wrong)->readLibraries, finding_line($faults[0]), 'as text';
     $api->readLibrariesRecords(\@faults);
-    is_deeply \@faults, [], 'told once';
+    is_deeply \@faults, [], 'reported once';
 };
 
 # What the records say is what the texts say, for all that ships.

@@ -22,7 +22,7 @@ subtest 'places' => sub {
     is faults($flow), '', 'listed and at home';
     is faults("${flow}OBJECT: FAN\nParents = FLOW, WALL\nEND"), "OBJECT:FAN/Parents: FAN is not listed in FLOW or WALL; add it to Required Objects or Optional Objects there\n",
         'a type that no list of its parents names';
-    is faults("${flow}OBJECT: FAN\nEND\nOBJECT: TOP\nParents = /, FLOW\nEND"), '', 'one that may stand anywhere';
+    is faults("${flow}OBJECT: FAN\nEND\nOBJECT: TOP\nParents = /, FLOW\nEND"), '', 'one that is allowed anywhere';
     is faults("${flow}OBJECT: BASE\nParents = FLOW\nEND\nOBJECT: FAN\nInherits = OBJECT:BASE\nParents = /\nEND"), '',
         'a rule that is there for its heirs';
     is faults("${flow}OBJECT: FAN\nParents = WALL\nEND\nOBJECT: HOUSE\nRequired Objects = FAN\nEND"), <<'TEXT', 'a type that requires what may not be in it';

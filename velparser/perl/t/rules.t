@@ -1,3 +1,4 @@
+# The compiled rules: fields, cases, inheritance, and the faults of rule libraries.
 use strict;
 use warnings;
 use feature 'signatures';

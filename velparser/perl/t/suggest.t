@@ -1,3 +1,4 @@
+# The names that are proposed for a misspelt one.
 use strict;
 use warnings;
 use Test::More;
@@ -12,7 +13,7 @@ is near('Inle'),      'Inlet',    'a letter missing';
 is near('Outlett'),   'Outlet',   'a letter too many';
 is near('Opemimg'),   'Opening',  'two letters wrong in a longer word';
 is near('WALL'),      'Wall',     'letter case alone';
-is near('wal'),       'Wall',     'letter case and a slip';
+is near('wal'),       'Wall',     'letter case and a typing error';
 is near('Inxyt'),     'none',     'two letters wrong in a short one';
 is near('Window'),    'none',     'too far from all';
 is near(''),          'none',     'nothing';

@@ -1,3 +1,4 @@
+# Units: which exist, which are compatible, and how numbers are converted.
 use strict;
 use warnings;
 use Test::More;

@@ -33,7 +33,7 @@ check 'a parameter is renamed in its place, in every object of the type',
 PUMP: a
   Before = 1
   Head = 2 [m]
-  Behind = 3
+  After = 3
   PUMP: inner
     Head = 4 [m]
   END
@@ -52,7 +52,7 @@ END
 PUMP: a
   Before = 1
   Pressure Rise = 2 [m]
-  Behind = 3
+  After = 3
   FAN: x
     Head = 5 [m]
   END
@@ -212,7 +212,7 @@ PUMP: c
 END
 TEXT
 
-subtest 'an object in the way of a parameter, a parameter in the way of an object' => sub {
+subtest 'an object has the name of a parameter, a parameter that of an object' => sub {
     my %step = (
         'Rename Parameter'   => "Parameter = Head\nNew Name = Rise",
         'Add Parameter'      => "Parameter = Rise\nNew Value = 1",
@@ -234,7 +234,7 @@ subtest 'a name that is the new type' => sub {
     is $api->updateSolverVEL, "/PIPE:b: renamed to LINE:b\n/LANGUAGE/Version: set to 2.0",
         'is left out, for it would be lost';
     $api->{database}->getStringValue('/PIPE:LINE/Length', \my $value);
-    is $value, '1', 'and stands as it was';
+    is $value, '1', 'and is as it was';
 };
 
 subtest 'where the version cannot be stated' => sub {

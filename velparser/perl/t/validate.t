@@ -1,3 +1,4 @@
+# The validator: every finding about data, and the marks of valid objects.
 use strict;
 use warnings;
 use feature 'signatures';
@@ -151,11 +152,11 @@ TEXT
     is in_domain("STRAY: s\nEND"), <<'TEXT', 'a place that no list of the parent names';
 STRAY:s: STRAY is not allowed in this DOMAIN; remove it [not-allowed]
 TEXT
-    is in_domain("BOUNDARX: w\nEND", "BOUNDARX: w\nEND"), <<'TEXT', 'of equal hints the one that may stand there';
+    is in_domain("BOUNDARX: w\nEND", "BOUNDARX: w\nEND"), <<'TEXT', 'of equal hints the one that is allowed there';
 BOUNDARX:w: Unknown object type "BOUNDARX"; did you mean BOUNDARY? [unknown-object]
 /BOUNDARX:w: Unknown object type "BOUNDARX"; did you mean BOUNDARA? [unknown-object]
 TEXT
-    is in_domain("PROBE: p\nEND"), '', 'a type without parents may stand anywhere';
+    is in_domain("PROBE: p\nEND"), '', 'a type without parents is allowed anywhere';
     is in_domain(join "\n", map { "BOUNDARY: w$_\nKind = Wall\nEND" } 1 .. 4), <<'TEXT', 'too many';
 BOUNDARY:w3: Only 2 BOUNDARY objects are allowed here; remove this one [too-many]
 BOUNDARY:w4: Only 2 BOUNDARY objects are allowed here; remove this one [too-many]
@@ -276,7 +277,7 @@ TEXT
     is $marks->($d), '0', 'no mark with a finding';
     is $look->($d), qq($d/Kind: "Gas" is not allowed here; use one of Fluid, Solid [not-allowed]), 'it comes again';
     $database->setStringValue("$d/Kind", 'Solid');
-    is $validator->validateParam("$d/Kind"), undef, 'mended';
+    is $validator->validateParam("$d/Kind"), undef, 'fixed';
     is $marks->("$d/Kind"), 3, 'the parameter is marked';
     is $look->($d), '', 'the object is right again';
 
@@ -375,13 +376,13 @@ subtest 'a mark set by another goes with a finding' => sub {
 };
 
 subtest 'new rules count at once' => sub {
-    my $told = '/X:x/PROBE:p/Odd: PROBE has no parameter "Odd"; correct the name or remove the parameter [unknown-parameter]';
+    my $expected = '/X:x/PROBE:p/Odd: PROBE has no parameter "Odd"; correct the name or remove the parameter [unknown-parameter]';
     my $look = sub ($text) {
         my $database  = database($rules, "X: x\nPROBE: p\nOdd = 1\nEND\nEND");
         my $validator = VEL::Validate->new($database);
         is $validator->validateObject('/X:x/PROBE:p'), undef, "$text: below an unknown type nothing is said";
         $database->loadLibraryData(lines("RULES:\nOBJECT: X\nEND\nEND"));
-        is $validator->validateObject('/X:x/PROBE:p'), $told, "$text: the type is known";
+        is $validator->validateObject('/X:x/PROBE:p'), $expected, "$text: the type is known";
         $database->deleteObj('/X:x/PROBE:p');
         $database->createObject('/X:x/DOMAIN:d', 0);
         $database->createParam('/X:x/DOMAIN:d/Names', 'q');
@@ -420,7 +421,7 @@ subtest 'deep nesting' => sub {
     my @said;
     local $SIG{__WARN__} = sub { push @said, @_ };
     $validator->setUnitsChecking(1);
-    is $database->isValid($path), 0, 'and taken back';
+    is $database->isValid($path), 0, 'and removed again';
     is "@said", '', 'without a warning';
 };
 

@@ -1,3 +1,4 @@
+# The texts of values: lists, logicals, numbers and quantities.
 use strict;
 use warnings;
 use Test::More;
@@ -19,9 +20,9 @@ is scalar(my @none = split_list(undef)), 0,                     'nor has nothing
 for my $text (qw(Yes yes Y TRUE t on 1 0.5 27)) { is logical($text), 1, "$text is yes" }
 for my $text (qw(No n FALSE f Off 0 0.4))       { is logical($text), 0, "$text is no" }
 is logical("  on\t "), 1, 'white space around a logical';
-is logical(undef),   undef, 'nothing is no logical';
+is logical(undef),   undef, 'undef is not a logical';
 for my $text ('', ' ', 'maybe', 'say yes', '-1') {
-    is logical($text), undef, qq("$text" is no logical);
+    is logical($text), undef, qq("$text" is not a logical);
 }
 
 # A value that the database reads as a logical is a logical, and says the same.
@@ -36,10 +37,10 @@ for my $text ('yes,', qw(yes Y tRUE t on no N False f oFF maybe 1 0 2 -1 +1 0.4 
 
 for my $text (qw(1 -1 +1 1. .5 1e5 -2.5E-3)) { ok is_number($text), "$text is a number" }
 for my $text ('', '1,5', '0x10', 'inf', 'nan', '1e', '1 2', '.', "1\n") {
-    ok !is_number($text), qq("$text" is no number);
+    ok !is_number($text), qq("$text" is not a number);
 }
 ok is_integer('-12'),   '-12 is a whole number';
-ok !is_integer($_), "$_ is no whole number" for '1.0', '1e3', '';
+ok !is_integer($_), "$_ is not a whole number" for '1.0', '1e3', '';
 
 sub shown {
     my @parts = quantity($_[0]) or return 'none';
@@ -50,7 +51,7 @@ is shown('0.5[kg s^-1]'),   '0.5 kg s^-1',      'no blank is needed';
 is shown('5 [ m ]'),        '5 m',              'blanks in the bracket';
 is shown('-2e3'),           '-2e3 bare',        'a bare number';
 is shown('5 [m'),           '5 open m',         'a bracket that does not close';
-is shown('5 [m] x'),        'none',             'something behind';
+is shown('5 [m] x'),        'none',             'something after it';
 is shown('5 m'),            'none',             'a unit without brackets';
 is shown('m 5 [m]'),        'none',             'something in front';
 is shown('5 x [m]'),        'none',             'or between';

@@ -1,5 +1,7 @@
 package VEL::Parser::Lite;
 
+# Loads the compiled module and documents its methods.
+
 use strict;
 use warnings;
 
@@ -54,7 +56,7 @@ An argument that is a flag (C<$isLibrary>, C<$includeLibrary>, C<$propagate>) is
 number, and set if it is not 0: C<'0.0'> and C<'yes'> are 0.
 
 Only a wrong call dies: a wrong number of arguments (C<Usage: ...>), something
-that is no object of this class (C<self is not of type VEL::Parser::Lite>), no
+that is not an object of this class (C<self is not of type VEL::Parser::Lite>), no
 array reference where one is due (C<array is not an array reference>, or the
 name of that argument), no reference to a scalar where one is due
 (C<VEL::Parser::Lite::getStringValue: value is not a reference>).
@@ -88,8 +90,8 @@ object that one of its own methods or handlers is using stays as it is.
 
 =item C<< $data->isSameDatabase($other) >>
 
-1 if both objects stand for the same database: one object, or several that wrap one
-database of the program. 0 otherwise, also if C<$other> is no object of this class, or
+1 if both objects belong to the same database: one object, or several that wrap one
+database of the program. 0 otherwise, also if C<$other> is not an object of this class, or
 one that has been destroyed.
 
 =back
@@ -344,7 +346,7 @@ itself does not matter. Replaces the handler before. Returns a message.
 =item C<< $data->invokeAction($action, $args) >>
 
 Calls the action handler with the word and the elements of the array; C<undef>
-stands for one empty text. Returns a message.
+counts as one empty text. Returns a message.
 
 =back
 

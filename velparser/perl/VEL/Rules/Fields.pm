@@ -12,26 +12,24 @@ VEL::Rules::Fields - the table of the fields that rules may state
 
 =head1 DESCRIPTION
 
-All that reads, checks, explains or documents rules takes the fields from here: the
-compiler, the review, C<explain>, the row's tip in the editor, the help pages and the
-tables in F<docs/rules.md>. A new field takes one entry, and the code that does what
-the field asks for.
+All code that reads, checks, explains or documents rules takes the fields from here: the
+compiler, the review, C<explain>, the tip of a row in the editor, the help pages and the
+tables in F<docs/rules.md>. A new field needs one entry here, and the code that uses it.
 
 An entry is a hash:
 
     name      as a rule writes it
-    kinds     the kinds of rule that may state it; what holds for OBJECT holds for
-              SINGLETON too
+    kinds     the kinds of rule that may state it; SINGLETON has the same fields as
+              OBJECT
     type      how its text is read, one of @TYPES
     meaning   a phrase for the documents and the help, in Markdown
-    default   the text that counts where no rule states the field; without it there
-              is no value then
-    silent    what the documents say of that, if it is not the default itself
+    default   the text that applies if no rule states the field; without it the field
+              then has no value
+    silent    what the documents write in that case, if not the default itself
     element   where the compiled value is in VEL::Rules::Type, a case of it, or
-              VEL::Rules::Parameter; without it the field is read where it is needed
-    only_for  'numbers' or 'lists' for a field of a parameter that means nothing for
-              others
-    own       1 if a rule does not take it over from the rule that it inherits
+              VEL::Rules::Parameter; without it the field is read where it is used
+    only_for  'numbers' or 'lists' for a field that only such parameters may have
+    own       1 if a rule does not inherit it
     tip       1 if the tip of a row in the editor shows it
 
 The order is that in which C<explain> gives the fields. A name may have two entries,

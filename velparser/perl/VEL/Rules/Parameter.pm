@@ -15,20 +15,20 @@ use VEL::Value qw(split_list logical is_integer quantity $NUMBER);
 
 =head1 NAME
 
-VEL::Rules::Parameter - what the rules say of one parameter in one place
+VEL::Rules::Parameter - what the rules say about one parameter in one place
 
 =head1 DESCRIPTION
 
-Made by L<VEL::Rules::Type> from every rule that touches the parameter there.
+L<VEL::Rules::Type> makes it from all rules that apply to the parameter there.
 The elements may be read directly: those of the fields of the rule (see
 L<VEL::Rules::Fields>; C<type> is String, Integer, Real or Logical), and
 
     name         of the parameter
-    ruled        1 when any rule speaks of it
-    untyped      1 when its type is at fault, and so not known
-    list         1 when the value is a list of these
-    unitless     1 when its unit is at fault: units and bounds are not checked
-    anything     1 when no value can be wrong
+    ruled        1 if any rule describes it
+    untyped      1 if its type is faulty, and so not known
+    list         1 if the value is a list
+    unitless     1 if its unit is faulty: units and bounds are not checked
+    anything     1 if no value can be wrong
 
 =cut
 
@@ -38,9 +38,9 @@ L<VEL::Rules::Fields>; C<type> is String, Integer, Real or Logical), and
 
 =item C<< VEL::Rules::Parameter->new($name, @rules) >>
 
-Merges the fields of the rules, a later one overriding the earlier field by
-field. Undefined rules are passed over. A bound, count or default that does not
-go with the rest is at fault (see C<faults>), and left out.
+Merges the fields of the rules. A later rule overrides an earlier one field by field.
+Undefined rules are skipped. A bound, count or default that contradicts other fields is a
+fault (see C<faults>) and is left out.
 
 =cut
 
@@ -70,8 +70,8 @@ sub _drop_faulty ($self) {
 
 =item C<faults>
 
-What is wrong with the rules themselves: a list of C<[field, sentence]> about
-bounds, counts and default that do not go with the rest.
+The faults of the rules: a list of C<[field, sentence]> about bounds, counts and defaults
+that contradict other fields.
 
 =cut
 
@@ -96,7 +96,7 @@ sub _find_faults ($self) {
     return (@faults, map { [ 'Default', sentence($_) ] } $self->_default_problems(!@faults));
 }
 
-# Whether a number needs no unit: there is none, or it is that of a plain number.
+# Whether a number needs no unit: the rule has no unit, or a dimensionless one.
 sub _may_be_bare ($self) {
     my $units = $self->{units} // '1';
     return $self->{bare} //= $units eq '1' || VEL::Units::is_dimensionless($units) ? 1 : 0;
@@ -110,7 +110,7 @@ sub _is_empty_range ($self) {
     return $order > 0 || ($order == 0 && $self->{exclusive}) ? 1 : 0;
 }
 
-# Names of objects and expressions are the data's, which is not there yet.
+# Names of objects and expressions are in the data, which is not loaded yet.
 sub _default_problems ($self, $bounds) {
     return if !defined $self->{default} || $self->{objects} || $self->{untyped};
     return $self->problems($self->{default}, { units => 1, bounds => $bounds, expressions => sub { {} } });
@@ -118,15 +118,15 @@ sub _default_problems ($self, $bounds) {
 
 =item C<problems($text, $asker)>
 
-What is wrong with a value: a list of problems of L<VEL::Findings>, with the name of
-the C<object> that is meant where a misspelt one is known. The asker is a hash of
+The problems of a value (see L<VEL::Findings>). A problem has the name of an C<object> if
+the value is probably a misspelt form of it. The asker is a hash of
 
     units, bounds    whether these are checked
-    objects          sub (types): the names of the objects there are, as a hash
-                     of a set and hints (see object_names of VEL::Model)
+    objects          sub (types): the names of the existing objects of these types
+                     (see object_names of VEL::Model)
     expressions      sub (): hash of the names that expressions may use
-    used             array onto which names of objects and expressions are
-                     pushed that the value rests on
+    used             array that receives the names of the objects and expressions that
+                     the value uses
 
 =cut
 
@@ -137,7 +137,7 @@ sub problems ($self, $text, $asker) {
     my @count   = $self->_count_problems(scalar @entries);
     my @wrong   = map { $self->_entry_problems($_, $asker) } @entries;
     return (@count, @wrong) if !@wrong || $text !~ /;/;
-    # The entries are not what they would be with the right separator.
+    # With the right separator the entries would be others.
     $wrong[0]{within} = 'separate-entries';
     return @wrong;
 }
@@ -197,7 +197,7 @@ sub _number_problems ($self, $text, $asker) {
     return $asker->{bounds} ? $self->_bound_problems($text, $number, $unit) : ();
 }
 
-# Something that is not a plain number: an expression, or plain text.
+# A text that is not a plain number: an expression, or other text.
 sub _text_problems ($self, $text, $asker) {
     return problem('no-integer', value => $text) if $self->{type} eq 'Integer';
     my $known = $asker->{expressions}->();
@@ -211,7 +211,7 @@ sub _text_problems ($self, $text, $asker) {
     return VEL::Expression::fault($text, $known, $asker->{used}) // ();
 }
 
-# With what the writer of something that is no number may have meant.
+# Proposes what the user probably meant.
 sub _no_number ($self, $text) {
     return problem('decimal-comma', value => $text) if $text =~ /^[+-]?[0-9]+,[0-9]+\s*(?:\[|\z)/;
     return problem('no-number', value => $text) if $self->_may_be_bare;
@@ -259,7 +259,7 @@ sub _bound_problems ($self, $text, $number, $unit) {
     return;
 }
 
-# Equal within what the conversion of a unit may cost.
+# Numbers are equal if they differ only by the rounding of a unit conversion.
 sub _compare ($one, $other) {
     my ($value, $bound) = ($one->[0], $other->[0]);
     return $value <=> $bound if abs($value) == 9**9**9;
@@ -267,8 +267,8 @@ sub _compare ($one, $other) {
     return abs($value - $bound) <= 1e-12 * $size ? 0 : $value <=> $bound;
 }
 
-# The number in those units, and by how much its own unit counts from another
-# zero: 32 [F] comes out near 0 [C] as the difference of larger numbers.
+# The number in those units, and the distance between the zeros of the two units: 32 [F] is
+# near 0 [C] as the difference of larger numbers.
 sub _measure ($number, $unit, $units) {
     return [ 0 + $number, 0 ] if !defined $unit || $unit eq $units;
     my $value = VEL::Units::convert($number, $unit, $units) // return undef;

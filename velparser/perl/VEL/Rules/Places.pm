@@ -8,12 +8,12 @@ use VEL::Findings qw(compose);
 
 =head1 NAME
 
-VEL::Rules::Places - whether each type may stand somewhere, and where it must
+VEL::Rules::Places - checks that each type has a place, and that required places are allowed
 
 =head1 DESCRIPTION
 
-A place must be allowed from both sides: a list of the parent names the type, and
-the C<Parents> of the type name the parent.
+Both rules must allow a place: a list of the parent contains the type, and the C<Parents>
+of the type contain the parent.
 
 =head1 METHODS
 
@@ -31,7 +31,7 @@ sub new ($class, $rules, $source, $heirs) {
         $class;
     for my $type ($rules->types) {
         my $word = $type->{type};
-        # Of an object and a singleton of the same type each place counts.
+        # If an object and a singleton have the same type, the places of both count.
         $self->{parents}{$word}{$_} = 1 for keys %{ $type->{parents} // {} };
         $self->{faulty}{$word}   = 1 if !$source->is_sound("/RULES/$type->{kind}:$word");
         $self->{anywhere}{$word} = 1 if !$type->{parents};
@@ -44,7 +44,7 @@ sub new ($class, $rules, $source, $heirs) {
 
 =item C<faults($block, $type)>
 
-What is wrong with the places of a type: a list of C<[path, sentence]>.
+The faults of the places of a type: a list of C<[path, sentence]>.
 
 =back
 
@@ -55,7 +55,7 @@ sub faults ($self, $block, $type) {
         @{ $type->{cases} });
 }
 
-# A base that is there for its heirs alone need not be listed.
+# A rule that exists only for its heirs need not be listed.
 sub _nowhere ($self, $block, $type) {
     my $parents = $type->{parents} // return;
     return if $parents->{'/'} || $self->{heirs}->has_heirs($block);
@@ -65,10 +65,10 @@ sub _nowhere ($self, $block, $type) {
     return [ $path, compose('unlisted-type', parents => [ sort keys %$parents ], type => $type->{type}) ];
 }
 
-# What is at fault already says nothing about places.
+# A faulty rule says nothing reliable about places.
 sub _is_faulty ($self, $word) { return $self->{faulty}{$word} || $self->{source}->is_misspelt($word) }
 
-# What a rule or a case of it requires, and may not be there.
+# Types that a rule or one of its cases requires although they are not allowed there.
 sub _contradictions ($self, $block, $type, $part) {
     my ($stated) = $part == $type ? $block : grep { $_->{kind} eq 'CASE' && $_->{name} eq $part->{label} } @{ $block->{blocks} };
     $stated //= $block;

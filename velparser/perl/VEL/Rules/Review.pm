@@ -14,16 +14,16 @@ use VEL::Version;
 
 =head1 NAME
 
-VEL::Rules::Review - whether rules that are sound one by one make sense together
+VEL::Rules::Review - finds rules that are correct by themselves but contradict each other
 
 =head1 DESCRIPTION
 
-L<VEL::Rules::Source> looks at each field by itself. What this finds takes the
-whole: a default that its own rule refuses, bounds that leave nothing, a case
-that can never hold, a rule for a parameter that no list names, a type that may
-stand nowhere, a name that is required and optional, an upgrade to a version later
-than that of the rules. Most often a name is misspelt. What is already known to be
-at fault is passed over, so that one slip is reported once.
+L<VEL::Rules::Source> checks each field by itself. This package finds contradictions: a
+default that its own rule does not allow, bounds without a value between them, a case that
+never applies, a rule for a parameter that no list contains, a type without a place, a
+name that is both required and optional, an upgrade to a version later than that of the
+rules. Usually a name is misspelt. Rules with known faults are skipped, so that one
+mistake is reported once.
 
 =head1 METHODS
 
@@ -31,7 +31,7 @@ at fault is passed over, so that one slip is reported once.
 
 =item C<< VEL::Rules::Review->new($rules, $source) >>
 
-For compiled L<VEL::Rules> and the L<VEL::Rules::Source> that they are made of.
+For compiled L<VEL::Rules> and their L<VEL::Rules::Source>.
 
 =cut
 
@@ -41,7 +41,7 @@ sub new ($class, $rules, $source) {
         source => $source,
         blocks => [ grep { $_->{kind} =~ /^(?:OBJECT|SINGLETON)$/ } @{ $source->top->{blocks} } ],
         faults => [],
-        told   => {},    # of a parameter: field and sentence
+        reported => {},  # by parameter: field and sentence
     }, $class;
 }
 
@@ -85,13 +85,13 @@ sub _review_block ($self, $block) {
     return;
 }
 
-# Of such a rule the lists are not known in full.
+# The lists of such a rule are not completely known.
 sub _is_open ($self, $block) {
     return 1 if !$self->{source}->is_sound($block->{path});
     return $self->{rules}->type($block->{kind}, $block->{name})->{free};
 }
 
-# Data would be brought to a version that it does not state afterwards.
+# After such an upgrade the data would not state the version that it has.
 sub _review_upgrade ($self, $block) {
     my $version = $self->{rules}->version // return;
     $self->_fault($block->{path}, compose('later-upgrade', name => $block->{name}, version => $version))
@@ -115,8 +115,8 @@ sub _twice ($block) {
 
 # --- Values: the bounds and defaults of a parameter as it is in one place --------
 
-# Each rule of a parameter in a block, the parameter as it is there, and the type in
-# which it is.
+# For each parameter rule in a block: the rule, the resulting parameter, and the type that
+# contains it.
 sub _parameters_of ($self, $block) {
     return if $block->{kind} eq 'UPGRADE';
     return [ $block, $self->{rules}->general($block->{name}), undef ] if $block->{kind} eq 'PARAMETER';
@@ -133,8 +133,8 @@ sub _parameters_of ($self, $block) {
 
 sub _case_of ($type, $inner) { return grep { $_->{label} eq $inner->{name} } @{ $type->{cases} } }
 
-# A fault is reported where its field is stated, and else once at the rule that makes
-# it one.
+# A fault is reported at the rule that states its field, or else once at the rule that
+# causes it.
 sub _review_values ($self, $rule, $parameter, $type) {
     return if !$self->{source}->is_sound($rule->{path});
     for my $fault ($parameter->faults) {
@@ -142,7 +142,7 @@ sub _review_values ($self, $rule, $parameter, $type) {
         if (exists $rule->{fields}{$field}) {
             $self->_fault("$rule->{path}/$field", $sentence);
         }
-        elsif (!$self->{told}{ $rule->{name} }{"$field $sentence"}++) {
+        elsif (!$self->{reported}{ $rule->{name} }{"$field $sentence"}++) {
             $self->_fault($rule->{path}, $sentence);
         }
     }
@@ -152,7 +152,7 @@ sub _review_values ($self, $rule, $parameter, $type) {
 
 sub _note_own_faults ($self, $rule, $parameter, $type) {
     return if !$self->{source}->is_sound($rule->{path});
-    $self->{told}{ $rule->{name} }{"$_->[0] $_->[1]"} = 1
+    $self->{reported}{ $rule->{name} }{"$_->[0] $_->[1]"} = 1
         for grep { exists $rule->{fields}{ $_->[0] } } $parameter->faults;
     return;
 }
@@ -160,8 +160,8 @@ sub _note_own_faults ($self, $rule, $parameter, $type) {
 my %ONLY_FOR;
 push @{ $ONLY_FOR{ $_->{only_for} } }, $_->{name} for grep { $_->{only_for} } VEL::Rules::Fields::entries('PARAMETER');
 
-# A general rule may leave the type to others; what holds in an object may not. Several
-# fields of the wrong kind have one reason: the type.
+# A general rule may leave the type to other rules; a rule inside an object may not.
+# Several fields of the wrong kind have one cause, the type, and so give one fault.
 sub _review_fields ($self, $rule, $parameter) {
     return if $parameter->{untyped};
     my $is    = $parameter->{type} . ($parameter->{list} ? ' List' : '');
@@ -174,9 +174,9 @@ sub _review_fields ($self, $rule, $parameter) {
     return;
 }
 
-# --- Names: what a rule of objects says of its parameters ------------------------
+# --- Names: what an object rule says about its parameters ------------------------
 
-# A base may hold rules for what only its heirs list.
+# A rule may describe parameters that only its heirs list.
 sub _review_names ($self, $block, $type) {
     my $heirs = $self->{heirs};
     return if $self->_is_open($block) || $heirs->has_open_heir($block);
@@ -214,7 +214,7 @@ sub _review_case ($self, $inner, $type, $lists) {
     return;
 }
 
-# Why the parameter can never have the value.
+# Why the parameter can never have this value.
 sub _value_fault ($parameter, $value) {
     return undef if $parameter->{objects};
     my %places = (value => $value, parameter => $parameter->{name});

@@ -13,25 +13,25 @@ use VEL::Value qw(split_list logical is_integer quantity);
 
 =head1 NAME
 
-VEL::Rules::Source - the rules as nested blocks, their faults taken out
+VEL::Rules::Source - the rules as nested blocks, without their faulty parts
 
 =head1 DESCRIPTION
 
-No text is read here: the command database has read it. A block is a hash:
+The command database has read the text already. A block is a hash:
 
     kind    OBJECT, SINGLETON, PARAMETER, CASE, UPGRADE, STEP; RULES on top
-    name    what stands after the colon; undef on top
+    name    the text after the colon; undef on top
     path    its place in the command data, for messages
     fields  name => text, as written
     blocks  the blocks inside, in order
 
-What a rule author got wrong is described in C<faults> and left out of the
-blocks, so that everything else works. A faulty C<Type> or C<Units> stays as
-C<undef>: the type or unit that another rule states does not hold in its place.
+Faulty parts are reported in C<faults> and left out of the blocks, so that everything else
+works. A faulty C<Type> or C<Units> remains as C<undef>, so that the type or unit of
+another rule does not replace it.
 
 =cut
 
-# What may stand in what.
+# The kinds of block that each kind may contain.
 my %BLOCKS = (
     RULES     => { map { $_ => 1 } qw(OBJECT SINGLETON PARAMETER UPGRADE) },
     OBJECT    => { map { $_ => 1 } qw(PARAMETER CASE) },
@@ -40,7 +40,7 @@ my %BLOCKS = (
     UPGRADE   => { STEP      => 1 },
 );
 
-# What a step must state for its action.
+# The fields that a step needs for its action.
 our %ACTIONS = (
     'Rename Parameter'   => [ 'Object Type', 'Parameter', 'New Name' ],
     'Remove Parameter'   => [ 'Object Type', 'Parameter' ],
@@ -60,11 +60,11 @@ my %TYPE = map { $_ => 1 } @TYPES;
 
 =item C<read_tree($database)>
 
-The blocks of F</RULES> in a command database, whoever stated them.
+The blocks of F</RULES> in a command database, stated by libraries or data.
 
 =item C<block($component, $path)>
 
-One of them, with nothing in it: C<$component> is the end of its path.
+An empty block: C<$component> is the last part of its path.
 
 =back
 
@@ -95,7 +95,7 @@ sub block ($component, $path) {
 
 =item C<< VEL::Rules::Source->new($top) >>
 
-Checks the blocks below the one of F</RULES>, which it keeps and changes.
+Checks the blocks below F</RULES>. It keeps and changes them.
 
 =cut
 
@@ -104,7 +104,7 @@ sub new ($class, $top) {
     my @named = grep { defined $_->{name} } @{ $self->{top}{blocks} };
     $self->{types} = { map { $_->{name} => 1 } grep { _describes_type($_->{kind}) } @named };
     $self->{hints} = VEL::Suggest->new([ sort keys %{ $self->{types} } ]);
-    # A rule whose kind is misspelt is reported. Those that name its type are right.
+    # A rule whose kind is misspelt is reported. Other rules may still name its type.
     my @kinds = sort keys %{ $BLOCKS{RULES} };
     $self->{misspelt} = { map { $_->{name} => 1 } grep { _describes_type(nearest($_->{kind}, @kinds) // '') } @named };
     delete @{ $self->{misspelt} }{ keys %{ $self->{types} } };
@@ -174,7 +174,7 @@ sub _check ($self, $block) {
     return;
 }
 
-# How the text of a field of each type is checked.
+# The check of the text, by type of field.
 my %CHECK;
 
 sub _check_fields ($self, $block) {
@@ -202,15 +202,15 @@ sub _check_fields ($self, $block) {
 
 =item C<lacks($block, @fields)>
 
-Notes a fault if the block does not state all of these fields, and it is not known
-already why. True if one is not there.
+Reports a fault if the block does not state all of these fields, unless a fault explains
+it already. True if a field is missing.
 
 =cut
 
 sub lacks ($self, $block, @needed) {
     my @missing = grep { !defined $block->{fields}{$_} } @needed;
-    my @untold  = grep { $self->is_sound("$block->{path}/$_") } @missing;
-    $self->fault($block->{path}, compose('missing-fields', named(@untold))) if @untold;
+    my @unreported = grep { $self->is_sound("$block->{path}/$_") } @missing;
+    $self->fault($block->{path}, compose('missing-fields', named(@unreported))) if @unreported;
     return scalar @missing;
 }
 
@@ -222,8 +222,8 @@ The fields that a case needs.
 
 our @CONDITION = ('If Parameter', 'Is One Of');
 
-# A block that lacks what it cannot work without is left out. A case may inherit
-# its condition, so that of an heir is looked at later.
+# A block without a field that it needs is left out. A case may inherit its condition, so
+# the cases of an heir are checked later.
 sub _is_whole ($self, $block, $outer) {
     my $fields = $block->{fields};
     my @needed = $block->{kind} eq 'CASE' ? (defined $outer->{fields}{'Inherits'} ? () : @CONDITION)
@@ -237,12 +237,12 @@ sub _is_whole ($self, $block, $outer) {
     return !$lacks;
 }
 
-# Each of these takes a reference to the text of a field of its type and gives a sentence
-# about it, or undef. Lists of types and names lose what is wrong in them.
+# Each of these takes a reference to the text of a field of its type, and returns a sentence
+# about its fault, or undef. Faulty entries are removed from lists of types and names.
 
 sub _field_text ($self, $text) { return undef }
 
-# What the command database takes as a type or name.
+# What the command database accepts as a type or name.
 my $NAME = qr/^[A-Za-z_%][A-Za-z0-9 .\[\]_{|}]*\z/;
 
 sub _field_name ($self, $text) { return $$text =~ $NAME ? undef : compose('bad-name', one => $$text) }
@@ -320,7 +320,7 @@ sub _known_types ($self, $text, $also) {
 
 =item C<near_type($word)>
 
-The type that a mistyped one stands for, or C<undef>.
+The known type nearest to a misspelt one, or C<undef>.
 
 =back
 

@@ -12,7 +12,7 @@ RuleSample - command data made from rules: an object of each type, as they want 
 
 =head1 DESCRIPTION
 
-One sample at a time stands in the database, in the place that its rule names,
+One sample at a time is in the database, in the place that its rule names,
 with every parameter that it may have; objects that values refer to are there
 too, all of them named C<Sample>.
 
@@ -56,7 +56,7 @@ sub clear ($self) {
     return;
 }
 
-# What stands in a path.
+# What is in a path.
 sub component ($type) { return $type->{kind} eq 'OBJECT' ? "$type->{type}:Sample" : $type->{type} }
 
 sub type_named ($self, $word) {
@@ -64,7 +64,7 @@ sub type_named ($self, $word) {
     return $type;
 }
 
-# The objects around one of this type, the switch set that lets it stand there.
+# The objects around one of this type, with the parameter set that allows it there.
 sub _make_place ($self, $type) {
     my ($place) = sort keys %{ $type->{parents} // { '/' => 1 } };
     return '' if $place eq '/';

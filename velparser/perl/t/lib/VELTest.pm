@@ -1,5 +1,7 @@
 package VELTest;
 
+# Helpers of the Perl tests: databases with rules and data, and their findings as text.
+
 use strict;
 use warnings;
 use feature 'signatures';
