@@ -27,10 +27,10 @@ bool hasColonInName(const std::string &file)
 
 /// The text to add to the message about a library that cannot be read. The first
 /// library that cannot be read has caused the message.
-std::string placeOfRefusal()
+std::string placeOfRefusal(const std::vector<std::string> &files)
 {
     const velHandlePtr handle(velCreateHandle());
-    for (const std::string &file : velLibraryFiles()) {
+    for (const std::string &file : files) {
         std::error_code error;
         if (!std::filesystem::exists(file, error) && hasColonInName(file))
             return "; separate the names in ZOT5_VEL_LIBS by ';', not by ':'";
@@ -62,26 +62,27 @@ std::pair<std::string, std::size_t> LibraryTexts::placeOf(std::string path) cons
     return {files_.empty() ? std::string() : files_.back(), 0};
 }
 
-LibraryTexts readLibraryTexts()
+LibraryTexts readLibraryTexts(const std::vector<std::string> &files)
 {
     LibraryTexts texts;
-    for (const std::string &file : velLibraryFiles()) {
+    for (const std::string &file : files) {
         if (const std::optional<SourceText> text = readSource(file))
             texts.add(file, *text);
     }
     return texts;
 }
 
-std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault> &faults)
+std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault> &faults,
+                                const std::vector<std::string> &files)
 {
     std::string result;
     if (failure) {
         const std::string_view text = failure;
         const bool isEnded = text.ends_with('\n');
         result = text.substr(0, text.size() - isEnded);
-        result += placeOfRefusal() + (isEnded ? "\n" : "");
+        result += placeOfRefusal(files) + (isEnded ? "\n" : "");
     }
-    const LibraryTexts texts = faults.empty() ? LibraryTexts() : readLibraryTexts();
+    const LibraryTexts texts = faults.empty() ? LibraryTexts() : readLibraryTexts(files);
     for (const RuleFault &fault : faults) {
         if (!result.empty())
             result += '\n';
@@ -89,6 +90,13 @@ std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault
         result += file + ':' + std::to_string(number) + ": " + fault.line;
     }
     return result;
+}
+
+std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault> &faults)
+{
+    return placedLibraryErrors(failure, faults,
+                               failure || !faults.empty() ? velLibraryFiles()
+                                                          : std::vector<std::string>());
 }
 
 } // namespace veltext

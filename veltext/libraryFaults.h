@@ -28,8 +28,8 @@ private:
     std::vector<StatementTree> trees_;
 };
 
-/// The libraries that the environment names, without those that cannot be read.
-[[nodiscard]] LibraryTexts readLibraryTexts();
+/// These library files, without those that cannot be read.
+[[nodiscard]] LibraryTexts readLibraryTexts(const std::vector<std::string> &files);
 
 /// A mistake in a rule, and the line of text that reports it.
 struct RuleFault
@@ -38,10 +38,14 @@ struct RuleFault
     std::string line;
 };
 
-/// The complete message after the libraries of the environment were read.
+/// The complete message after these library files were read.
 /// `failure` says why one of them cannot be read, or is null; `faults` are the
 /// mistakes in rules. The message has file and line of each mistake, and a hint
 /// if the list of library names is wrong.
+[[nodiscard]] std::string placedLibraryErrors(const char *failure,
+                                              const std::vector<RuleFault> &faults,
+                                              const std::vector<std::string> &files);
+/// The same for the libraries that the environment names.
 [[nodiscard]] std::string placedLibraryErrors(const char *failure,
                                               const std::vector<RuleFault> &faults);
 

@@ -4,7 +4,7 @@
 #include "bench/compare/comparisons.h"
 #include "bench/compare/side.h"
 #include "bench/velbench/measure.h"
-#include "tools/veltool/support/programPlace.h"
+#include "bench/velbench/surroundings.h"
 
 #include <cstdio>
 #include <exception>
@@ -39,7 +39,7 @@ int main(int count, char **words)
         else if (arguments.size() == 2 && arguments[0] == "growth")
             velBench::compareGrowth(arguments[1]);
         else if (arguments.size() == 1 && arguments[0] == "perl") {
-            veltool::completeEnvironment();
+            velBench::completeEnvironment();
             velBench::comparePerl();
         } else
             return usage();

@@ -1,8 +1,8 @@
 // velbench CALL ARGUMENTS: measures the code of the programs and prints one JSON
 // object per line. Exit status 0, or 2 if a measurement failed.
 #include "bench/velbench/calls.h"
+#include "bench/velbench/surroundings.h"
 #include "common/writeSignals.h"
-#include "tools/veltool/support/programPlace.h"
 
 #include <cstdio>
 #include <cstring>
@@ -71,7 +71,7 @@ int main(int count, char **words)
     velEditor::ignoreWriteSignals();
     if (count < 2)
         return usage(stderr, 2);
-    veltool::completeEnvironment();
+    velBench::completeEnvironment();
     if (std::strcmp(words[1], velBench::editorChild) == 0)
         return velBench::runEditorChild(count - 1, words + 1);
     if (std::strcmp(words[1], "--help") == 0)

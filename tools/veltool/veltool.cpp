@@ -1,7 +1,6 @@
 // veltool: shows, checks and edits command files from the shell, without a display.
 #include "common/writeSignals.h"
 #include "tools/veltool/support/commandLine.h"
-#include "tools/veltool/support/programPlace.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -25,7 +24,6 @@ int main(int count, char **words)
     occupyStandardStreams();
     // A closed pipe or a file that is too large then gives a message and a status.
     velEditor::ignoreWriteSignals();
-    veltool::completeEnvironment();
     const veltool::Words arguments(words + (count > 0 ? 1 : 0), words + count);
     return veltool::runCommandLine(arguments);
 }

@@ -33,6 +33,12 @@ std::string libraryDirectory(const char *otherwise)
     return given != nullptr && isDirectory(given) ? given : otherwise;
 }
 
+/// The folder that a caller names, else that of the environment.
+std::string chosenFolder(const char *directory)
+{
+    return directory == nullptr || *directory == '\0' ? libraryDirectory("") : directory;
+}
+
 /// Whether an item of the list is used as it is: ".…", "/…", "C:/…".
 bool standsAlone(std::string_view item)
 {
@@ -108,9 +114,13 @@ try {
 
 std::vector<std::string> velLibraryFiles()
 {
+    return velLibraryFiles(velEnvLibraryList(), libraryDirectory("./").c_str());
+}
+
+std::vector<std::string> velLibraryFiles(const char *list, const char *directory)
+{
     std::vector<std::string> files;
-    const char *list = velEnvLibraryList();
-    const std::string folder = libraryDirectory("./");
+    const std::string folder = chosenFolder(directory);
     if (list == nullptr || !isDirectory(folder)) {
         return files;
     }
@@ -126,8 +136,7 @@ std::vector<std::string> velLibraryFiles()
 
 const char *readNamedLibraries(velHandle *handle, const char *list, const char *directory)
 try {
-    const std::string folder =
-        directory == nullptr || *directory == '\0' ? libraryDirectory("") : directory;
+    const std::string folder = chosenFolder(directory);
     if (!isDirectory(folder)) {
         return "readNamedLibraries: unable to find a valid lib directory\n";
     }

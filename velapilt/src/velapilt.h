@@ -234,6 +234,8 @@ struct velDigest
 /// The files that readLibraries reads, in its order; none where it refuses to
 /// read any. Throws bad_alloc.
 [[nodiscard]] std::vector<std::string> velLibraryFiles();
+/// The same for readNamedLibraries.
+[[nodiscard]] std::vector<std::string> velLibraryFiles(const char *list, const char *directory);
 
 // --- Writing (velFormat.cpp) --------------------------------------------------
 

@@ -170,4 +170,10 @@ const char *runPerlScript(const std::string &script, const std::vector<std::stri
     return runPerlScript(defaultSession(), script, arguments, status);
 }
 
+const char *runPerlScript(const std::string &script, const std::vector<std::string> &arguments,
+                          const ScriptVariables &variables, int *status)
+{
+    return runPerlScript(defaultSession(), script, arguments, variables, status);
+}
+
 } // namespace velparser

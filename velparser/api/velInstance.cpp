@@ -3,6 +3,7 @@
 #include "velparser/api/velInstance_p.h"
 
 #include "velparser/api/Lite_p.h"
+#include "velparser/api/environment_p.h"
 #include "velparser/api/velparser.h"
 #include "velparser/api/xsinit_p.h"
 
@@ -82,10 +83,17 @@ const char *createObject(velInstance *instance)
     return nullptr;
 }
 
-/// Tells a new object which libraries to read.
+bool offersMethod(SV *object, const char *method)
+{
+    pTHX = velInterpreter();
+    return sv_isobject(object) && gv_fetchmethod(SvSTASH(SvRV(object)), method);
+}
+
+/// Tells a new object which libraries to read. One that does not ask to be told finds
+/// them in %ENV while it reads.
 const char *nameLibraries(velInstance *instance)
 {
-    if (!instance->libraries)
+    if (!instance->libraries || !offersMethod(instance->api, "useLibraries"))
         return nullptr;
     const auto &[folder, files] = *instance->libraries;
     const char *error = callVELInstanceMethod(
@@ -162,6 +170,14 @@ velHandle *findLiteHandle(velInstance *instance)
     instance->held = holdObject(aTHX_ entry);
     instance->database = record->handle;
     return instance->database;
+}
+
+ScriptVariables libraryVariables(const velInstance *instance)
+{
+    if (!instance->libraries || offersMethod(instance->api, "useLibraries"))
+        return {};
+    const auto &[folder, files] = *instance->libraries;
+    return {{libraryFolderVariable, folder.empty() ? "." : folder}, {libraryListVariable, files}};
 }
 
 void freeInstance(velInstance *instance)

@@ -46,6 +46,10 @@ void freeInstance(velInstance *instance);
 /// if need be. Null when there is none.
 [[nodiscard]] velHandle *findLiteHandle(velInstance *instance);
 
+/// What %ENV must hold while the object reads its libraries: nothing where it was told
+/// them, or where the session has none of its own.
+[[nodiscard]] ScriptVariables libraryVariables(const velInstance *instance);
+
 /// Calls a method with texts.
 [[nodiscard]] const char *callVELInstanceMethod(velInstance *instance, const char *method,
                                                 std::initializer_list<const char *> arguments);

@@ -1,4 +1,5 @@
 // Command data from files and from the caller, handed to the Perl object.
+#include "velparser/api/perlVariables_p.h"
 #include "velparser/api/velContainer_p.h"
 #include "velparser/api/velInstance_p.h"
 #include "velparser/api/velparser.h"
@@ -86,7 +87,10 @@ const char *readVELLibraries(Session &session)
         return error;
     if (const char *error = initVELInstance(session.instance()))
         return error;
-    return callVELInstanceMethod(session.instance(), "readLibraries", {});
+    return guarded(outOfMemory, [&] {
+        const PerlVariables entries(velInterpreter(), libraryVariables(session.instance()));
+        return callVELInstanceMethod(session.instance(), "readLibraries", {});
+    });
 }
 
 } // namespace velparser

@@ -3,6 +3,7 @@
 #include "velparser/api/velparser.h"
 
 #include "velparser/api/perlRecords_p.h"
+#include "velparser/api/perlVariables_p.h"
 #include "velparser/api/textRecords_p.h"
 #include "velparser/api/velInstance_p.h"
 #include "velparser/api/xsinit_p.h"
@@ -121,6 +122,7 @@ const char *readLibraries(Session &session, std::vector<Finding> *faults)
         return error;
     return guarded(outOfMemory, [&]() -> const char * {
         faults->clear();
+        const PerlVariables entries(velInterpreter(), libraryVariables(instance));
         if (givesRecords(instance, "readLibraries"))
             return callForRecords(instance, "readLibraries", {}, faults);
         const char *text = callVELInstanceMethod(instance, "readLibraries", {});

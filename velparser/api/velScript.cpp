@@ -1,6 +1,7 @@
 // Scripts of the user's in the embedded interpreter.
 #include "velparser/api/velInstance_p.h"
 
+#include "velparser/api/perlVariables_p.h"
 #include "velparser/api/velparser.h"
 #include "velparser/api/xsinit_p.h"
 
@@ -145,7 +146,8 @@ const char *flushOutput(pTHX_ velInstance *instance)
 }
 
 const char *runScript(Session &session, const std::string &script,
-                      const std::vector<std::string> &arguments, int *status)
+                      const std::vector<std::string> &arguments, const ScriptVariables &variables,
+                      int *status)
 {
     std::string text;
     if (const char *error = readScript(session.instance(), script, &text))
@@ -156,6 +158,7 @@ const char *runScript(Session &session, const std::string &script,
     openData(aTHX_ dataPart(text));
     int exitStatus = 0;
     const PerlFrame frame(aTHX);
+    const PerlVariables entries(aTHX_ variables);
     SV *error = sv_2mortal(runCode(aTHX_ asCode(script, text), &exitStatus));
     // $? while the END blocks run, which may change it.
     PL_statusvalue = exitStatus;
@@ -174,9 +177,17 @@ const char *runScript(Session &session, const std::string &script,
 const char *runPerlScript(Session &session, const std::string &script,
                           const std::vector<std::string> &arguments, int *status)
 {
+    return runPerlScript(session, script, arguments, {}, status);
+}
+
+const char *runPerlScript(Session &session, const std::string &script,
+                          const std::vector<std::string> &arguments,
+                          const ScriptVariables &variables, int *status)
+{
     if (const char *error = startVELParser())
         return error;
-    return guarded(outOfMemory, [&] { return runScript(session, script, arguments, status); });
+    return guarded(outOfMemory,
+                   [&] { return runScript(session, script, arguments, variables, status); });
 }
 
 } // namespace velparser

@@ -35,6 +35,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct velHandle;
@@ -199,5 +200,16 @@ namespace velparser {
                                         const std::vector<std::string> &arguments, int *status);
 [[nodiscard]] const char *runPerlScript(Session &session, const std::string &script,
                                         const std::vector<std::string> &arguments, int *status);
+
+/// Names and values of environment variables.
+using ScriptVariables = std::vector<std::pair<std::string, std::string>>;
+/// The same with these in %ENV while the script runs; programs that it starts get
+/// them too. Afterwards they are as before.
+[[nodiscard]] const char *runPerlScript(const std::string &script,
+                                        const std::vector<std::string> &arguments,
+                                        const ScriptVariables &variables, int *status);
+[[nodiscard]] const char *runPerlScript(Session &session, const std::string &script,
+                                        const std::vector<std::string> &arguments,
+                                        const ScriptVariables &variables, int *status);
 
 } // namespace velparser

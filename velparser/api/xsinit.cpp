@@ -3,6 +3,7 @@
 #include "velparser/api/xsinit_p.h"
 
 #include "velparser/api/Lite_p.h"
+#include "velparser/api/environment_p.h"
 #include "velparser/api/velInstance_p.h"
 #include "velparser/api/velparser.h"
 
@@ -172,7 +173,7 @@ const char *startVELParser()
         makeDefaultInstance();
         return nullptr;
     }
-    const char *directory = std::getenv("ZOT5_VEL_PARSER");
+    const char *directory = packagesOfEnvironment();
     if (!directory)
         exitWithoutParser();
     return guarded(outOfMemory, [&] { return startVELParser(std::string(directory)); });

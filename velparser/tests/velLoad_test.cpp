@@ -7,6 +7,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -35,7 +36,12 @@ sub parseVELData {
     ($argument, @parsed) = ($flag, @$lines);
     return $fail eq 'parse' ? 'cannot parse' : undef;
 }
-sub readLibraries { return @_ == 1 ? $fail : 'too many arguments' }
+our @variables = qw(ZOT5_VEL_LIBSDIR ZOT5_VEL_LIBS);
+our $named;
+sub readLibraries {
+    $named = join '|', map { $_ // '-' } @ENV{@variables};
+    return @_ == 1 ? $fail : 'too many arguments';
+}
 1;
 )perl";
 
@@ -157,6 +163,25 @@ TEST(VelLoad, Libraries)
     failIn("parse");
     EXPECT_STREQ(velparser::readVELLibraries(), "parse");
     failIn("");
+}
+
+TEST(VelLoad, AnObjectThatCannotBeToldFindsTheLibrariesInTheEnvironment)
+{
+    ASSERT_EQ(perl("@former = delete @ENV{@API::variables}; 1"), "1");
+    velparser::Session session({.libraries = velparser::LibraryNames{"here", "a.vel;b.vel"}});
+    EXPECT_STREQ(velparser::readVELLibraries(session), nullptr);
+    EXPECT_EQ(perl("$API::named"), "here|a.vel;b.vel");
+    std::vector<velparser::Finding> faults;
+    EXPECT_STREQ(velparser::readLibraries(session, &faults), nullptr);
+    EXPECT_EQ(perl("$API::named"), "here|a.vel;b.vel");
+    EXPECT_STREQ(velparser::readVELLibraries(), nullptr);
+    EXPECT_EQ(perl("$API::named"), "-|-");
+    // One that can is told, and finds nothing there.
+    ASSERT_EQ(perl("*API::useLibraries = sub { $told = qq{@_[1, 2]}; return }; 1"), "1");
+    velparser::Session other({.libraries = velparser::LibraryNames{"there", "c.vel"}});
+    EXPECT_STREQ(velparser::readVELLibraries(other), nullptr);
+    EXPECT_EQ(perl("delete $API::{useLibraries}; qq{$told $API::named}"), "c.vel there -|-");
+    perl("defined $former[$_] and $ENV{$API::variables[$_]} = $former[$_] for 0, 1");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "velparser/api/velparser.h"
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,30 @@ TEST(VelScript, TakesItsWords)
     EXPECT_EQ(printed("print scalar(@ARGV), q{ }"), "0 status 0");
     EXPECT_EQ(printed("print $0 =~ /script file.pl$/ && $0 eq __FILE__ ? 'named ' : $0"),
               "named status 0");
+}
+
+TEST(VelScript, HasVariablesOfItsOwnInTheEnvironment)
+{
+    const char *name = "VEL_SCRIPT_TEST";
+    const velparser::ScriptVariables variables{{name, "one two"}};
+    const std::string script =
+        parser.write("variables.pl", "my $child = `printf %s \"\\$VEL_SCRIPT_TEST\"`;"
+                                     "my $seen = $ENV{VEL_SCRIPT_TEST};"
+                                     "$ENV{VEL_SCRIPT_TEST} = 'changed';"
+                                     "exit($seen eq 'one two' && $child eq $seen ? 5 : 6);");
+    const auto run = [&] {
+        int status = -1;
+        EXPECT_EQ(shown(velparser::runPerlScript(script, {}, variables, &status)), "(null)");
+        return status;
+    };
+    EXPECT_EQ(run(), 5);
+    EXPECT_EQ(std::getenv(name), nullptr);
+    EXPECT_EQ(perl("exists $ENV{VEL_SCRIPT_TEST} ? 'left' : 'gone'"), "gone");
+    // What was there before comes back.
+    perl("$ENV{VEL_SCRIPT_TEST} = 'former'");
+    EXPECT_EQ(run(), 5);
+    EXPECT_STREQ(std::getenv(name), "former");
+    perl("delete $ENV{VEL_SCRIPT_TEST}");
 }
 
 TEST(VelScript, ExitEndsItWithAStatus)

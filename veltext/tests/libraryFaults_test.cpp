@@ -12,7 +12,7 @@
 namespace veltext {
 namespace {
 
-/// A new folder for libraries, set in the environment.
+/// A new folder for libraries.
 class LibraryFaultsTest : public ::testing::Test
 {
 protected:
@@ -22,7 +22,6 @@ protected:
         if (!mkdtemp(name.data()))
             throw std::runtime_error("no temporary folder");
         folder_ = name;
-        setenv("ZOT5_VEL_LIBSDIR", name.c_str(), 1);
     }
     ~LibraryFaultsTest() override { std::filesystem::remove_all(folder_); }
 
@@ -33,12 +32,16 @@ protected:
     }
 
     /// The errors of reading these libraries, with file and line.
-    static std::string errorsOf(const char *names)
+    [[nodiscard]] std::string errorsOf(const char *names) const
     {
-        setenv("ZOT5_VEL_LIBS", names, 1);
         const velHandlePtr handle(velCreateHandle());
-        const char *errors = readLibraries(handle.get());
-        return errors ? placedLibraryErrors(errors, {}) : "";
+        const char *errors = readNamedLibraries(handle.get(), names, folder_.c_str());
+        return errors ? placedLibraryErrors(errors, {}, filesOf(names)) : "";
+    }
+
+    [[nodiscard]] std::vector<std::string> filesOf(const char *names) const
+    {
+        return velLibraryFiles(names, folder_.c_str());
     }
 
     std::filesystem::path folder_;
@@ -75,32 +78,49 @@ TEST_F(LibraryFaultsTest, AddsFileAndLineToMistakesInRules)
 {
     write("a.vel", "RULES:\n  OBJECT: A\n    Parents = B\n  END\nEND\n");
     const std::string b = write("b.vel", "RULES:\n  OBJECT: B\n    Typo = 1\n  END\nEND\n");
-    setenv("ZOT5_VEL_LIBS", "a.vel;b.vel", 1);
+    const std::vector<std::string> files = filesOf("a.vel;b.vel");
     const std::string placed = b + ":3: /RULES/OBJECT:B/Typo: unknown field [bad-rule]\n" + b +
                                ":2: /RULES/OBJECT:B/Missing: is missing [bad-rule]";
     const std::vector<RuleFault> faults = {
         {"/RULES/OBJECT:B/Typo", "/RULES/OBJECT:B/Typo: unknown field [bad-rule]"},
         {"/RULES/OBJECT:B/Missing", "/RULES/OBJECT:B/Missing: is missing [bad-rule]"}};
-    EXPECT_EQ(placedLibraryErrors(nullptr, faults), placed);
-    EXPECT_EQ(placedLibraryErrors("not read", faults), "not read\n" + placed);
-    EXPECT_EQ(placedLibraryErrors("not read\n", {}), "not read\n");
+    EXPECT_EQ(placedLibraryErrors(nullptr, faults, files), placed);
+    EXPECT_EQ(placedLibraryErrors("not read", faults, files), "not read\n" + placed);
+    EXPECT_EQ(placedLibraryErrors("not read\n", {}, files), "not read\n");
 }
 
 TEST_F(LibraryFaultsTest, KeepsTheLineEndOfAMessageAfterTheHint)
 {
     write("bad.vel", "RULES:\n  no statement\nEND\n");
-    setenv("ZOT5_VEL_LIBS", "bad.vel", 1);
-    EXPECT_EQ(placedLibraryErrors("not read\n", {}), "not read (line 2)\n");
+    EXPECT_EQ(placedLibraryErrors("not read\n", {}, filesOf("bad.vel")), "not read (line 2)\n");
 }
 
-TEST_F(LibraryFaultsTest, ListsTheFilesInTheOrderOfTheEnvironment)
+TEST_F(LibraryFaultsTest, TakesTheLibrariesOfTheEnvironmentWithoutAList)
 {
-    setenv("ZOT5_VEL_LIBS", ":a.vel;/b.vel;;./c.vel;", 1);
+    const std::string file = write("bad.vel", "RULES:\n  no statement\nEND\n");
+    setenv("ZOT5_VEL_LIBSDIR", folder_.c_str(), 1);
+    setenv("ZOT5_VEL_LIBS", "bad.vel", 1);
+    EXPECT_EQ(placedLibraryErrors("not read\n", {}), "not read (line 2)\n");
+    EXPECT_EQ(placedLibraryErrors(nullptr, {{"/RULES", "here"}}), file + ":1: here");
+    unsetenv("ZOT5_VEL_LIBS");
+    unsetenv("ZOT5_VEL_LIBSDIR");
+}
+
+TEST_F(LibraryFaultsTest, ListsTheFilesInTheOrderOfTheList)
+{
+    const char *list = ":a.vel;/b.vel;;./c.vel;";
     const std::string folder = folder_.string();
-    EXPECT_EQ(velLibraryFiles(),
-              (std::vector<std::string>{folder + "/a.vel", "/b.vel", folder + "/", "./c.vel"}));
+    const std::vector<std::string> files = {folder + "/a.vel", "/b.vel", folder + "/", "./c.vel"};
+    EXPECT_EQ(velLibraryFiles(list, folder.c_str()), files);
+    EXPECT_EQ(velLibraryFiles(nullptr, folder.c_str()), std::vector<std::string>());
+    EXPECT_EQ(velLibraryFiles(list, (folder + "/none").c_str()), std::vector<std::string>());
+    setenv("ZOT5_VEL_LIBSDIR", folder.c_str(), 1);
+    setenv("ZOT5_VEL_LIBS", list, 1);
+    EXPECT_EQ(velLibraryFiles(), files);
+    EXPECT_EQ(velLibraryFiles("a.vel", ""), std::vector<std::string>{folder + "/a.vel"});
     unsetenv("ZOT5_VEL_LIBS");
     EXPECT_EQ(velLibraryFiles(), std::vector<std::string>());
+    unsetenv("ZOT5_VEL_LIBSDIR");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "common/writeSignals.h"
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/output.h"
+#include "tools/veltool/support/programPlace.h"
 #include "velparser/api/velparser.h"
 
 namespace veltool {
@@ -17,7 +18,10 @@ public:
         velEditor::restoreWriteSignals();
         int status = statusGood;
         const Words arguments(words.begin() + 1, words.end());
-        require(velparser::runPerlScript(words[0], arguments, &status));
+        const Places places = findPlaces();
+        if (places.packages)
+            require(velparser::startVELParser(*places.packages));
+        require(velparser::runPerlScript(words[0], arguments, variablesOf(places), &status));
         return status;
     }
 };

@@ -5,6 +5,7 @@
 #include "tools/veltool/support/fileLoop.h"
 #include "tools/veltool/support/json.h"
 #include "tools/veltool/support/output.h"
+#include "tools/veltool/support/programPlace.h"
 #include "tools/veltool/support/ruleCheck.h"
 #include "veltext/libraryFaults.h"
 #include "veltext/sourceText.h"
@@ -13,12 +14,12 @@ namespace veltool {
 
 namespace {
 
-/// The files of the libraries that the environment names.
-Words environmentLibraries()
+/// The files of the libraries that the environment names, or that ship with veltool.
+Words namedLibraries()
 {
     // Throws if the environment is wrong, with the same message as other commands.
     (void)newHandle(Libraries::Read);
-    return velLibraryFiles();
+    return libraryFiles(findPlaces());
 }
 
 class RulesCheckTask : public Task
@@ -31,7 +32,7 @@ public:
 
     int run(const Words &words) override
     {
-        const Words files = words.empty() ? environmentLibraries() : words;
+        const Words files = words.empty() ? namedLibraries() : words;
         int status = forEachFile(files, [this](const std::string &file) { return load(file); });
         JsonArray array;
         for (const Finding &fault : findRuleFaults(libraries_)) {

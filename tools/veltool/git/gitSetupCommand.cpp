@@ -1,6 +1,7 @@
 // veltool git-setup: configures git to compare and merge command files by path.
 #include "tools/veltool/git/gitProgram.h"
 #include "tools/veltool/support/command.h"
+#include "tools/veltool/support/environment.h"
 #include "tools/veltool/support/input.h"
 #include "tools/veltool/support/output.h"
 #include "tools/veltool/support/programPlace.h"
@@ -8,7 +9,6 @@
 #include "veltext/sourceText.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <unistd.h>
 
@@ -120,13 +120,10 @@ private:
             runGit({"config", "--global", "--type=path", "core.attributesFile"});
         if (named.status == 0)
             return withoutLineEnd(named.out);
-        const char *configuration = std::getenv("XDG_CONFIG_HOME");
-        if (configuration && *configuration)
-            return std::string(configuration) + "/git/attributes";
-        const char *home = std::getenv("HOME");
-        if (!home || !*home)
+        const std::string settings = environment::settingsFolder();
+        if (settings.empty())
             throw Failure("cannot find the user's git attributes: HOME is not set");
-        return std::string(home) + "/.config/git/attributes";
+        return settings + "/git/attributes";
     }
 
     void configure(const Setting &setting) const

@@ -3,6 +3,7 @@
 
 #include "tools/veltool/ds/dsCommandData.h"
 #include "tools/veltool/support/input.h"
+#include "tools/veltool/support/programPlace.h"
 #include "veltext/libraryFaults.h"
 #include "veltext/textFault.h"
 
@@ -68,8 +69,13 @@ velHandlePtr newHandle(Libraries libraries)
         throw std::bad_alloc();
     if (libraries == Libraries::Skip)
         return handle;
-    if (const char *errors = readLibraries(handle.get()))
-        throw Failure(veltext::placedLibraryErrors(errors, {}));
+    const Places places = findPlaces();
+    const auto named = librariesOf(places);
+    const char *errors =
+        named ? readNamedLibraries(handle.get(), named->files.c_str(), named->folder.c_str())
+              : readLibraries(handle.get());
+    if (errors)
+        throw Failure(veltext::placedLibraryErrors(errors, {}, libraryFiles(places)));
     return handle;
 }
 

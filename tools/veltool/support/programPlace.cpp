@@ -1,9 +1,10 @@
 // Finds the Perl packages and rule libraries from the path of the executable.
 #include "tools/veltool/support/programPlace.h"
 
-#include <cstdlib>
+#include "tools/veltool/support/environment.h"
+#include "velapilt/src/velapilt.h"
+
 #include <filesystem>
-#include <string>
 #include <sys/auxv.h>
 
 namespace veltool {
@@ -28,10 +29,12 @@ fs::path shippedFolder(const char *name, const char *part)
     return {};
 }
 
-void setUnlessNamed(const char *variable, const std::string &value)
+/// What the environment names, else what ships, if that is there.
+std::optional<std::string> namedOr(const char *variable, const std::string &shipped)
 {
-    if (!value.empty())
-        setenv(variable, value.c_str(), 0);
+    if (std::optional<std::string> named = environment::valueOf(variable))
+        return named;
+    return shipped.empty() ? std::nullopt : std::optional<std::string>(shipped);
 }
 
 /// The shipped libraries that are in the folder, separated by ';'.
@@ -57,12 +60,47 @@ std::string programFolder()
     return error ? std::string() : program.parent_path().parent_path().string();
 }
 
-void completeEnvironment()
+Places findPlaces()
 {
-    setUnlessNamed("ZOT5_VEL_PARSER", shippedFolder("perl", startScript).string());
-    setUnlessNamed("ZOT5_VEL_LIBSDIR", shippedFolder("libraries", ruleLibraries[0]).string());
-    if (const char *folder = std::getenv("ZOT5_VEL_LIBSDIR"))
-        setUnlessNamed("ZOT5_VEL_LIBS", libraryList(folder));
+    Places places;
+    places.packages = namedOr(environment::packages, shippedFolder("perl", startScript).string());
+    places.libraryFolder =
+        namedOr(environment::libraryFolder, shippedFolder("libraries", ruleLibraries[0]).string());
+    places.libraryList =
+        namedOr(environment::libraryList,
+                places.libraryFolder ? libraryList(*places.libraryFolder) : std::string());
+    return places;
+}
+
+std::optional<velparser::LibraryNames> librariesOf(const Places &places)
+{
+    if (!places.libraryList)
+        return std::nullopt;
+    std::error_code error;
+    const bool isThere = places.libraryFolder && fs::is_directory(*places.libraryFolder, error);
+    return velparser::LibraryNames{.folder = isThere ? *places.libraryFolder : "./",
+                                   .files = *places.libraryList};
+}
+
+std::vector<std::string> libraryFiles(const Places &places)
+{
+    const std::optional<velparser::LibraryNames> libraries = librariesOf(places);
+    if (!libraries)
+        return {};
+    return velLibraryFiles(libraries->files.c_str(), libraries->folder.c_str());
+}
+
+std::vector<std::pair<std::string, std::string>> variablesOf(const Places &places)
+{
+    std::vector<std::pair<std::string, std::string>> variables;
+    const auto add = [&](const char *name, const std::optional<std::string> &value) {
+        if (value)
+            variables.emplace_back(name, *value);
+    };
+    add(environment::packages, places.packages);
+    add(environment::libraryFolder, places.libraryFolder);
+    add(environment::libraryList, places.libraryList);
+    return variables;
 }
 
 } // namespace veltool

@@ -2,6 +2,7 @@
 #include "tools/veltool/support/ruleCheck.h"
 
 #include "tools/veltool/support/commandData.h"
+#include "tools/veltool/support/environment.h"
 #include "tools/veltool/support/failure.h"
 #include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velapilt.h"
@@ -9,27 +10,34 @@
 #include "veltext/libraryFaults.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace veltool {
 
 namespace {
 
-void requirePerlPackages()
+/// The places. Throws a Failure if there are no Perl packages.
+Places requirePlaces()
 {
-    if (!std::getenv("ZOT5_VEL_PARSER"))
-        throw Failure("cannot find the Perl packages; set ZOT5_VEL_PARSER to their folder");
+    Places places = findPlaces();
+    if (!places.packages)
+        throw Failure(std::string("cannot find the Perl packages; set ") + environment::packages +
+                      " to their folder");
+    return places;
 }
 
-/// The mistakes in rules. Throws a Failure if the libraries cannot be read.
-std::vector<Finding> readLibrariesInto(velparser::Session &session)
+/// Reads the libraries of the session and gives the mistakes in rules. Throws a Failure
+/// if the libraries cannot be read.
+std::vector<Finding> readLibrariesInto(velparser::Session &session, const Places &places)
 {
     std::vector<Finding> faults;
-    if (const char *failure = velparser::readLibraries(session, &faults)) {
+    const char *failure = velparser::startVELParser(*places.packages);
+    if (!failure)
+        failure = velparser::readLibraries(session, &faults);
+    if (failure) {
         std::vector<veltext::RuleFault> lines;
         for (const Finding &fault : faults)
             lines.push_back({fault.path, lineOf(fault)});
-        throw Failure(veltext::placedLibraryErrors(failure, lines));
+        throw Failure(veltext::placedLibraryErrors(failure, lines, libraryFiles(places)));
     }
     if (!findLiteHandle(session))
         throw Failure("the Perl packages have created no command database; check ZOT5_VEL_PARSER");
@@ -42,10 +50,10 @@ void loadLibrary(velparser::Session &session, const velStringList &lines)
                             static_cast<std::int32_t>(lines.size())));
 }
 
-std::vector<velChildInfo> topLevel()
+std::vector<velChildInfo> topLevel(velparser::Session &session)
 {
     std::vector<velChildInfo> children;
-    require(velparser::getChildList("/", &children, nullptr));
+    require(velparser::getChildList(session, "/", &children, nullptr));
     return children;
 }
 
@@ -64,18 +72,19 @@ std::string_view firstLine(std::string_view text)
     return text.substr(0, text.find('\n'));
 }
 
-std::vector<velparser::UpgradeChange> upgradeLoadedData(const std::string &file)
+std::vector<velparser::UpgradeChange> upgradeLoadedData(velparser::Session &session,
+                                                        const std::string &file)
 {
     std::vector<velparser::UpgradeChange> changes;
-    if (const char *failure = velparser::upgrade(&changes))
+    if (const char *failure = velparser::upgrade(session, &changes))
         throw Failure(file + ": " + std::string(firstLine(failure)));
     return changes;
 }
 
-std::vector<Finding> validateLoadedData()
+std::vector<Finding> validateLoadedData(velparser::Session &session)
 {
     std::vector<Finding> findings;
-    const char *failure = velparser::validate("/", &findings);
+    const char *failure = velparser::validate(session, "/", &findings);
     for (std::string_view rest = failure ? failure : ""; !rest.empty();) {
         const std::string_view line = firstLine(rest);
         findings.push_back({.path = {}, .identifier = {}, .text = std::string(line)});
@@ -87,25 +96,24 @@ std::vector<Finding> validateLoadedData()
 } // namespace
 
 RuleCheck::RuleCheck()
+    : places_(requirePlaces()), session_({.libraries = librariesOf(places_)}),
+      faults_(readLibrariesInto(session_, places_))
 {
-    requirePerlPackages();
-    faults_ = readLibrariesInto(velparser::defaultSession());
-    require(velparser::setUnitsChecking(1));
-    require(velparser::setBoundsChecking(1));
+    require(velparser::setUnitsChecking(session_, 1));
+    require(velparser::setBoundsChecking(session_, 1));
     keepLibraries();
 }
 
 void RuleCheck::keepLibraries()
 {
-    for (const velChildInfo &child : topLevel()) {
+    for (const velChildInfo &child : topLevel(session_)) {
         if (isParameter(child))
             continue;
         LibraryObject &object = libraries_.emplace_back();
         object.path = pathOf(child);
-        require(
-            getObjectVELH(velparser::findLiteHandle(), object.path.c_str(), &object.lines, true));
+        require(getObjectVELH(findLiteHandle(session_), object.path.c_str(), &object.lines, true));
     }
-    const veltext::TreeData all(velparser::findLiteHandle());
+    const veltext::TreeData all(findLiteHandle(session_));
     for (const veltext::TreeData::Item &item : all.items())
         libraryPaths_.insert(item.path);
 }
@@ -113,36 +121,36 @@ void RuleCheck::keepLibraries()
 /// If a text states an object of the libraries again, the object is the user's, and
 /// the data of the libraries in it cannot be separated from that of the text. Such
 /// an object is deleted and created again.
-void RuleCheck::dropUserData() const
+void RuleCheck::dropUserData()
 {
-    velHandle *handle = velparser::findLiteHandle();
+    velHandle *handle = findLiteHandle(session_);
     // If the text ended in a continued line, an empty line ends the statement. A
     // syntax error in it does not matter.
     (void)parseVELLineH(handle, "", 0);
     setVELStateH(handle, 0);
-    for (const velChildInfo &child : topLevel()) {
+    for (const velChildInfo &child : topLevel(session_)) {
         const std::string path = pathOf(child);
         if (isParameter(child)) {
-            require(velparser::deleteParam(path.c_str()));
+            require(velparser::deleteParam(session_, path.c_str()));
             continue;
         }
         if (isLibrary(handle, path.c_str()) == 1)
             continue;
-        require(velparser::deleteObj(path.c_str()));
+        require(velparser::deleteObj(session_, path.c_str()));
         const auto object =
             std::find_if(libraries_.begin(), libraries_.end(),
                          [&](const LibraryObject &each) { return each.path == path; });
         if (object != libraries_.end())
-            loadLibrary(velparser::defaultSession(), object->lines);
+            loadLibrary(session_, object->lines);
     }
 }
 
-void RuleCheck::load(const veltext::SourceText &text, const std::string &file) const
+void RuleCheck::load(const veltext::SourceText &text, const std::string &file)
 {
     dropUserData();
     const velStringList lines = text.parsedLines().takeStrings();
     const auto count = static_cast<std::int32_t>(lines.size());
-    if (const char *message = velparser::loadVELData(lines.data(), count))
+    if (const char *message = velparser::loadVELData(session_, lines.data(), count))
         throwParseFailure(text, file, message, Libraries::Read);
 }
 
@@ -150,7 +158,7 @@ int RuleCheck::reportRuleFaults() const
 {
     if (faults_.empty())
         return statusGood;
-    const veltext::LibraryTexts libraries = veltext::readLibraryTexts();
+    const veltext::LibraryTexts libraries = veltext::readLibraryTexts(libraryFiles(places_));
     for (const Finding &fault : faults_) {
         const auto [file, line] = libraries.placeOf(fault.path);
         report(file + ':' + std::to_string(line) + ": " + lineOf(fault));
@@ -161,17 +169,17 @@ int RuleCheck::reportRuleFaults() const
 Findings RuleCheck::findings(const veltext::SourceText &text, const std::string &file)
 {
     load(text, file);
-    std::vector<velparser::UpgradeChange> changes = upgradeLoadedData(file);
-    return {.findings = validateLoadedData(), .changes = std::move(changes)};
+    std::vector<velparser::UpgradeChange> changes = upgradeLoadedData(session_, file);
+    return {.findings = validateLoadedData(session_), .changes = std::move(changes)};
 }
 
 Upgrade RuleCheck::upgrade(const veltext::SourceText &text, const std::string &file)
 {
     load(text, file);
-    Upgrade upgrade{.changes = upgradeLoadedData(file), .result = {}};
+    Upgrade upgrade{.changes = upgradeLoadedData(session_, file), .result = {}};
     const velHandlePtr own = newHandle();
     parseText(own.get(), text, file);
-    const veltext::TreeData upgraded(velparser::findLiteHandle());
+    const veltext::TreeData upgraded(findLiteHandle(session_));
     for (const veltext::TreeData::Item &item : upgraded.items()) {
         if (!libraryPaths_.contains(item.path) || velFindNode(own.get(), item.path.c_str()))
             upgrade.result.add(item);
@@ -185,20 +193,20 @@ std::vector<velparser::RuleField> RuleCheck::explain(const veltext::SourceText &
 {
     load(text, file);
     std::vector<velparser::RuleField> fields;
-    require(velparser::explainItem(path.c_str(), &fields), file);
+    require(velparser::explainItem(session_, path.c_str(), &fields), file);
     return fields;
 }
 
 std::vector<Finding> findRuleFaults(const std::vector<veltext::SourceText> &libraries)
 {
-    requirePerlPackages();
+    const Places places = requirePlaces();
     // Reading libraries also reports mistakes in rules that are already loaded. So the
     // session starts without library files, and reads again after these are loaded.
     velparser::Session session({.libraries = velparser::LibraryNames{}});
-    (void)readLibrariesInto(session);
+    (void)readLibrariesInto(session, places);
     for (const veltext::SourceText &library : libraries)
         loadLibrary(session, library.parsedLines().takeStrings());
-    return readLibrariesInto(session);
+    return readLibrariesInto(session, places);
 }
 
 } // namespace veltool

@@ -1,10 +1,11 @@
 // Checks, upgrades and explains command data by the rules, through the bridge.
 //
-// The default session of the bridge loads the interpreter and the rule libraries
-// once. The command data of each text replaces that of the text before.
+// One session of the bridge loads the interpreter and the rule libraries once. The
+// command data of each text replaces that of the text before.
 #pragma once
 
 #include "tools/veltool/support/finding.h"
+#include "tools/veltool/support/programPlace.h"
 #include "veltext/sourceText.h"
 #include "veltext/treeData.h"
 
@@ -61,9 +62,11 @@ private:
     };
 
     void keepLibraries();
-    void dropUserData() const;
-    void load(const veltext::SourceText &text, const std::string &file) const;
+    void dropUserData();
+    void load(const veltext::SourceText &text, const std::string &file);
 
+    Places places_;
+    velparser::Session session_;
     std::vector<Finding> faults_;
     std::vector<LibraryObject> libraries_;
     std::unordered_set<std::string> libraryPaths_; ///< all paths that the libraries state
