@@ -1,15 +1,15 @@
-// Inside of VEL::Parser::Lite: one record per Perl object, one row per method.
+// The C++ side of VEL::Parser::Lite: one record per Perl object, one row per method.
 //
 // The same sources are linked into the program, which registers
 // VEL::Parser::Lite::bootstrap with its interpreter, and built as a module that
-// an ordinary perl loads. They call no function of libperl that a perl program
-// does not export, and nothing else of the bridge than perlCall_p.h.
+// an ordinary perl loads. They call only functions of libperl that a perl program
+// exports, and only perlCall_p.h of the bridge.
 //
 // How a method runs. `callMethod` (Lite.cpp) is the only entry: it checks the
 // number of arguments and the object, and calls the body of the method's row.
 // The body takes its arguments from a LiteCall, calls one function of the
-// database, and gives the result, made by the LiteCall too. Whatever can croak
-// comes before or after the life of any C++ object with a destructor.
+// database, and returns the result, which the LiteCall makes too. Code that can croak
+// runs only while no C++ object with a destructor exists.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -21,16 +21,16 @@ namespace velparser {
 /// reference to a scalar that contains the address of the record, and owns it.
 struct LiteRecord
 {
-    velHandle *handle;    ///< owned if `owns`; null is never met
-    std::int32_t owns;    ///< 1: made by NEW, 0: wraps a database of the program's
-    std::int16_t running; ///< handlers of this record that run at this moment
+    velHandle *handle;    ///< owned if `owns`; never null
+    std::int32_t owns;    ///< 1: made by NEW, 0: wraps a database of the program
+    std::int16_t running; ///< number of handlers of this record that are running
     std::int16_t guards;  ///< see LiteCall::guard and holdObject
     AV *changeHandlers;   ///< owned; code references; null unless `owns`
     SV *actionHandler;    ///< owned; code reference or null
 };
 static_assert(sizeof(LiteRecord) == 4 * sizeof(void *));
 
-/// While it is, it must not be freed.
+/// A record in use must not be freed.
 [[nodiscard]] inline bool isInUse(const LiteRecord *record)
 {
     return record->running > 0 || record->guards > 0;
@@ -40,14 +40,14 @@ static_assert(sizeof(LiteRecord) == 4 * sizeof(void *));
 struct LiteContext
 {
     HV *package;      ///< of VEL::Parser::Lite; one reference is held
-    SV *handlerError; ///< owned; with what a handler died, until it is rethrown
-    bool exitPending; ///< a handler called `exit`, which goes on likewise
+    SV *handlerError; ///< owned; the error of a handler that died, until it is rethrown
+    bool exitPending; ///< a handler called `exit`, which continues later
     AV *wrappers;     ///< owned; addresses of wrapping records with an action handler
-    int running;      ///< handlers of all records that run at this moment
+    int running;      ///< number of handlers of all records that are running
 };
 
-/// Its place among the contexts of all modules, the same in every interpreter;
-/// −1 while none has loaded the package.
+/// The index of the context in Perl's table of module contexts, the same in every
+/// interpreter; −1 until an interpreter has loaded the package.
 extern int liteContextIndex;
 
 [[nodiscard]] inline LiteContext &liteContext(pTHX)
@@ -61,7 +61,7 @@ class LiteCall;
 struct LiteMethod
 {
     const char *name;
-    /// Gives a mortal or immortal scalar, or null for a method without result.
+    /// Returns a mortal or immortal scalar, or null for a method without a result.
     SV *(*body)(pTHX_ LiteCall &call);
     const char *usage;
 };
@@ -80,10 +80,10 @@ extern MGVTBL liteRecordMagic;
 /// anything else, for an object that DESTROY has emptied, and if the package was never
 /// loaded.
 [[nodiscard]] LiteRecord *findLiteRecord(pTHX_ SV *object);
-/// The same for the package's own methods, which only run once it is loaded.
+/// The same for methods of the package itself, which run only after it is loaded.
 [[nodiscard]] inline LiteRecord *liteRecord(pTHX_ SV *object)
 {
-    // Nearly always: an object of the package itself, with no other mark.
+    // The usual case: an object of the package itself, without other magic.
     if (SvROK(object) && SvOBJECT(SvRV(object)) &&
         SvSTASH(SvRV(object)) == liteContext(aTHX).package) {
         const MAGIC *magic = SvMAGIC(SvRV(object));
@@ -98,8 +98,8 @@ extern MGVTBL liteRecordMagic;
 /// for an object that is already empty.
 [[nodiscard]] const char *emptyObject(pTHX_ SV *object);
 
-/// Keeps an object, and with it its database, until releaseObject, whatever Perl
-/// code does with its own references. What it gives is for releaseObject.
+/// Keeps an object and its database alive until releaseObject, even if Perl code drops all
+/// its references. Pass the result to releaseObject.
 [[nodiscard]] SV *holdObject(pTHX_ SV *object);
 void releaseObject(pTHX_ SV *held);
 
@@ -109,7 +109,7 @@ void releaseObject(pTHX_ SV *held);
 // --- One call of a method (LiteCall.cpp) -----------------------------------------
 
 /// The arguments and the result of one call. Has no destructor: croak may jump
-/// over it. Argument 0 is the object, where the method has one.
+/// over it. Argument 0 is the object, if the method has one.
 class LiteCall
 {
 public:
@@ -122,14 +122,14 @@ public:
     [[nodiscard]] velHandle *handle() const { return record_->handle; }
     [[nodiscard]] SV *argument(pTHX_ int i) const { return PL_stack_base[first_ + i]; }
 
-    /// Keeps the object, its record, and the texts taken after this alive until
-    /// the method's end, whatever Perl code runs meanwhile.
+    /// Keeps the object, its record, and the texts taken after this alive until the end
+    /// of the method, whatever Perl code runs until then.
     void guard(pTHX);
-    /// guard, for the arguments themselves too.
+    /// Like guard, also for the arguments themselves.
     void guardArguments(pTHX);
-    /// To be called first by a method that may run handlers: a guard where there
-    /// are any. What handlers died with in an operation that the program began by
-    /// itself, and never asked for, is dropped.
+    /// A method that may run handlers calls this first. It is a guard if there are
+    /// handlers. It drops an error of a handler that was left from an operation of the
+    /// program itself.
     void keepAlive(pTHX);
 
     [[nodiscard]] const char *text(pTHX_ int i) const
@@ -139,19 +139,19 @@ public:
     }
     /// Clamped to 32 bits.
     [[nodiscard]] std::int32_t integer(pTHX_ int i) const;
-    /// A flag is a number: whether it is another one than 0.
+    /// A flag is a number; true if it is not 0.
     [[nodiscard]] bool flag(pTHX_ int i) const { return integer(aTHX_ i) != 0; }
     /// The array that a reference points to, kept alive until the method's end; croaks
     /// "NAME is not an array reference".
     [[nodiscard]] AV *array(pTHX_ int i, const char *name) const;
-    /// As array, but null for undef.
+    /// Like array, but null for undef.
     [[nodiscard]] AV *optionalArray(pTHX_ int i, const char *name) const;
     /// The scalar that a reference points to, to be set; croaks "METHOD: value is not
     /// a reference", also for a reference to anything but a scalar.
     [[nodiscard]] SV *output(pTHX_ int i) const;
 
-    /// The message as a result, undef for null. Where the method may run
-    /// handlers, rethrows the error of one that died during the operation.
+    /// The message as a result, undef for null. If the method may run handlers, this
+    /// rethrows the error of a handler that died during the operation.
     [[nodiscard]] SV *message(pTHX_ const char *text) const
     {
         if (mayRunHandlers_)
@@ -181,8 +181,8 @@ void replaceElements(pTHX_ AV *target, AV *values);
 [[nodiscard]] AV *newArray(pTHX_ const velStringList &texts);
 [[nodiscard]] AV *newArray(pTHX_ const std::vector<std::int32_t> &numbers);
 
-/// Runs a query that fills a List, and fills the Perl array with the result;
-/// also on failure, then with nothing. Gives the method's result.
+/// Runs a query that fills a List, and fills the Perl array with the result. After a
+/// failure the array is empty. Returns the method's result.
 template <class List, class Query>
 [[nodiscard]] SV *fillArray(pTHX_ const LiteCall &call, AV *target, Query query)
 {
@@ -193,14 +193,14 @@ template <class List, class Query>
         error = query(&list);
         values = newArray(aTHX_ list);
     }
-    // The array's old elements may run code when they go, and the error text of
-    // the database with it.
+    // The old elements of the array may run code when they are freed, and that code may
+    // change the error text of the database.
     SV *message = call.message(aTHX_ error);
     replaceElements(aTHX_ target, values);
     return message;
 }
 
-/// What an element that is undefined or missing means to elementTexts.
+/// How elementTexts treats an undefined or missing element.
 enum class UndefinedElement {
     Empty,  ///< the empty text
     Croaks, ///< "Undefined element in array or fetch error"
@@ -212,19 +212,18 @@ enum class UndefinedElement {
 
 // --- Handlers (LiteHandlers.cpp) -----------------------------------------------
 
-/// Has the record's change handlers called for every change of its database.
+/// Makes the database call the record's change handlers for every change.
 [[nodiscard]] const char *watchChanges(LiteRecord *record);
 
-/// Takes a record that is about to be freed out of reach of the database.
+/// Removes a record from the database before the record is freed.
 void forgetWrapper(pTHX_ const LiteRecord *record);
 
-/// The error with which a handler died since this was last asked; the caller
-/// owns it. Null if none did. To be asked after every operation that may run
-/// handlers. Where a handler called `exit` and other Perl code is running below,
-/// this is where the exit goes on.
+/// The error of a handler that died since the last call of this; the caller owns it.
+/// Null if none died. Call it after every operation that may run handlers. If a handler
+/// called `exit` while other Perl code was running below, the exit continues here.
 [[nodiscard]] SV *takeHandlerError(pTHX);
 
-/// Forgets such an error, unless it is that of an operation still at work.
+/// Drops such an error, unless its operation is still running.
 void dropHandlerError(pTHX);
 
 } // namespace velparser

@@ -8,12 +8,11 @@
 
 namespace velparser {
 
-/// A scope and a frame of temporaries. All that was made mortal within it is
-/// freed when it ends. Frames nest; they are left by return, never by croak.
+/// A scope and a frame of temporaries. Mortal values made within it are freed when it ends. Frames
+/// nest; they are left by return, never by croak.
 ///
-/// The floor of the temporaries is kept here and not by SAVETMPS: an `exit`
-/// empties Perl's own stack of saved values, and with it would go what frames
-/// further out still use.
+/// The floor of the temporaries is kept here and not by SAVETMPS: an `exit` empties
+/// Perl's own stack of saved values, and outer frames would lose values that they use.
 class PerlFrame
 {
 public:
@@ -49,10 +48,10 @@ struct PerlTarget
     SV *code = nullptr;
 };
 
-/// What a call gave; valid until the frame ends.
+/// The result of a call; valid until the frame ends.
 struct PerlResult
 {
-    I32 count;   ///< number of values that came back
+    I32 count;   ///< number of returned values
     SV *value;   ///< the first of them; null if there is none
     SV *error;   ///< a copy of $@ if the code died, else null
     bool exited; ///< the code called `exit`; see callPerl
@@ -64,19 +63,20 @@ struct PerlResult
 ///
 /// `exit` unwinds all Perl code that is running, down to the first call from
 /// C++. It is stopped here, so that the C++ code in between can finish.
-/// - Where Perl code is running below this call, `exited` is set: nothing may
-///   be asked of Perl any more but resumeExit, which unwinds further.
-/// - At the first call it is `exited` too while exit is allowed; else it has
-///   become the error "exit(N) called" (see allowPerlExit). In a child that Perl
-///   code has forked, the process ends there, with that status.
+/// - If Perl code is running below this call, `exited` is set. After that, only
+///   resumeExit may be called, which unwinds further.
+/// - At the first call `exited` is set too if exit is allowed; otherwise the result is
+///   the error "exit(N) called" (see allowPerlExit). A child that Perl code has forked
+///   ends here with that status.
 [[nodiscard]] PerlResult callPerl(pTHX_ PerlTarget target, std::span<SV *const> arguments,
                                   I32 context);
 
-/// Calls C++ code as callPerl calls Perl code: what it calls in turn is trapped.
+/// Calls C++ code like callPerl calls Perl code: exceptions of Perl code that it calls are
+/// trapped.
 [[nodiscard]] PerlResult callXsub(pTHX_ XSUBADDR_t xsub, std::span<SV *const> arguments,
                                   I32 context);
 
-/// Evaluates Perl text as callPerl calls code.
+/// Evaluates Perl text like callPerl calls code.
 [[nodiscard]] PerlResult evalPerlText(pTHX_ SV *text, I32 context);
 
 /// Whether `exit` may end the process: true at first, as in an ordinary perl.
@@ -85,7 +85,7 @@ struct PerlResult
 void allowPerlExit(bool allow);
 [[nodiscard]] bool isPerlExitAllowed();
 
-/// Goes on with an `exit` that callPerl has stopped.
+/// Continues an `exit` that callPerl has stopped.
 [[noreturn]] void resumeExit(pTHX);
 
 /// Room for the arguments of a call, freed with the frame.
@@ -99,27 +99,24 @@ void allowPerlExit(bool allow);
     return SvGMAGICAL(value) || (SvROK(value) && SvAMAGIC(value));
 }
 
-/// The value itself, or, for one that makes its text by running code (an
-/// object, a tied scalar), that text as a mortal scalar: reading the result
-/// never runs code outside of a trap.
+/// The value itself, or, if its text is made by running code (an object, a tied scalar),
+/// that text as a mortal scalar. Reading the result never runs code outside of a trap.
 [[nodiscard]] SV *plainValue(pTHX_ SV *value);
 
-/// The byte texts of all elements, as a mortal array of plain scalars. Null
-/// when the array or an element is tied to code that died; `error` is then what
-/// it died with.
+/// The byte texts of all elements, as a mortal array of plain scalars. Null if the array or
+/// an element is tied to code that died; `error` is then its error.
 [[nodiscard]] AV *plainTexts(pTHX_ AV *values, SV **error);
 
-/// Converts the value to an integer where that runs code (objects, tied
-/// scalars); any other value comes back as it is.
+/// Converts the value to an integer if that runs code (objects, tied scalars). Any other
+/// value is returned unchanged.
 [[nodiscard]] PerlResult tryInteger(pTHX_ SV *value);
 
 /// True for a reference and by Perl's rule for anything else; never runs code.
 [[nodiscard]] bool isTrue(pTHX_ SV *value);
 
-/// The bytes of a text, ended by NUL: each character below 256 a byte, or, if
-/// there is one above, the text's UTF-8 form; "" for undef. Valid while `value`
-/// and the current temporaries live. May run code, and so croak, for tied and
-/// overloaded values.
+/// The bytes of a text, ended by NUL: one byte for each character below 256, or the text's
+/// UTF-8 form if it has a larger character; "" for undef. Valid while `value` and the
+/// current temporaries live. May run code, and so croak, for tied and overloaded values.
 [[nodiscard]] const char *makeByteText(pTHX_ SV *value);
 [[nodiscard]] inline const char *byteText(pTHX_ SV *value)
 {
