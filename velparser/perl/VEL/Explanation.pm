@@ -10,14 +10,13 @@ use VEL::Rules::Fields;
 
 =head1 NAME
 
-VEL::Explanation - what the rules say of one object or parameter, in words
+VEL::Explanation - describes the rules for one object or parameter
 
 =head1 DESCRIPTION
 
-Gives the fields as a rule writes them. A field that no rule states is given with
-its default where it has one, and left out otherwise. The field C<Presence>, which
-no rule can write, says whether the item is required or optional at its place, and
-which list of which rule or case says so.
+Gives the fields as a rule writes them. A field that no rule states has its default, or is
+left out if it has none. The field C<Presence>, which no rule can state, says whether the
+item is required or optional in its place, and which list of which rule or case says so.
 
 =head1 FUNCTIONS
 
@@ -25,9 +24,9 @@ which list of which rule or case says so.
 
 =item C<explain($model, $path)>
 
-A list of C<[field, text, tip]> for the object or parameter at a full path, there or not.
-Empty where no rule speaks of it. C<tip> is true for a field that the tip of a row
-shows. C<$model> is the L<VEL::Model>.
+A list of C<[field, text, tip]> for the object or parameter at a full path, whether it
+exists or not. Empty if no rule describes it. C<tip> is true for a field that the tip of a
+row shows. C<$model> is the L<VEL::Model>.
 
 =cut
 
@@ -52,8 +51,7 @@ sub _is_parameter ($model, $path) {
     return $database->havePath($path) && !$database->isObject($path);
 }
 
-# The fields that say something else than the rule of the type: what holds with the
-# cases that hold.
+# The fields that include the lists of the cases that apply.
 my %IN_TYPE = (
     'Required Parameters' => sub ($type, $variant) { return $variant->{required} },
     'Optional Parameters' => sub ($type, $variant) { return _others($variant->{order}, $variant->{required}) },
@@ -75,7 +73,7 @@ sub _type_fields ($type, $variant) {
     } VEL::Rules::Fields::entries($type->{kind});
 }
 
-# The fields that say nothing about every parameter.
+# The fields that apply only to some parameters.
 my %IN_PARAMETER = (
     'Type'             => sub ($parameter) { return $parameter->{type} . ($parameter->{list} ? ' List' : '') },
     'Bounds Exclusive' => sub ($parameter) {
@@ -92,7 +90,7 @@ sub _parameter_fields ($parameter, $presence) {
     } VEL::Rules::Fields::entries('PARAMETER');
 }
 
-# Whether a parameter is required, and why; empty where no rule says anything.
+# Whether a parameter is required, and why; empty if no rule describes it.
 sub _parameter_presence ($name, $type, $variant) {
     return '' if !$type;
     return _presence($type, $variant, $name, 'required', 'optional', 'Parameters')
@@ -111,7 +109,7 @@ sub _object_presence ($type, $owner, $variant, $above) {
     return ($is_parent ? 'optional' : 'not allowed here') . ', by "Parents" of ' . _rule_name($type);
 }
 
-# What the lists that apply say of a name; undef where none names it.
+# Which of the lists that apply contains a name; undef if none does.
 sub _presence ($type, $variant, $name, $required, $optional, $word) {
     for my $list ([ $required, 'required', "Required $word" ], [ $optional, 'optional', "Optional $word" ]) {
         my ($key, $state, $field) = @$list;
@@ -123,7 +121,7 @@ sub _presence ($type, $variant, $name, $required, $optional, $word) {
     return undef;
 }
 
-# A name that only cases that do not apply allow.
+# For a name that is only in the lists of cases that do not apply.
 sub _inactive ($type, $name, @lists) {
     my @cases = $type->cases_with(\@lists, $name) or return undef;
     return 'not used here, only in ' . join ' or ', map { _source_name($type, $_) } @cases;

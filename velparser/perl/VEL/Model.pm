@@ -333,7 +333,8 @@ sub variant_at ($self, $path, $type) {
 
 =item C<parameter_at($path)>
 
-The L<VEL::Rules::Parameter> for the parameter at a full path, there or not.
+The L<VEL::Rules::Parameter> for the parameter at a full path, whether it exists or
+not.
 
 =cut
 
@@ -400,7 +401,7 @@ sub allowed_parameters ($self, $path, $missing_only) {
 
 =item C<allowed_values($path)>
 
-The values that the parameter may have; none where its rule lists none.
+The values that the parameter may have; none if its rule lists none.
 
 =cut
 
@@ -414,8 +415,8 @@ sub allowed_values ($self, $path) {
 
 =item C<explanation($path)>
 
-What the rules say of the object or parameter at a path, there or not: a list of
-C<[field, text, tip]>, see L<VEL::Explanation>. Empty where there is no rule.
+What the rules say about the object or parameter at a path, whether it exists or
+not: a list of C<[field, text, tip]>, see L<VEL::Explanation>. Empty if there is no rule.
 
 =cut
 

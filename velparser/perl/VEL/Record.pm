@@ -8,7 +8,7 @@ use Exporter 'import';
 
 =head1 NAME
 
-VEL::Record - what crosses the bridge as records, and how it reads as text
+VEL::Record - the records that cross the bridge, and their text
 
 =head1 SYNOPSIS
 
@@ -17,8 +17,8 @@ VEL::Record - what crosses the bridge as records, and how it reads as text
 
 =head1 DESCRIPTION
 
-Packages work with records, which are plain hashes. Text is made of them here and
-nowhere else, and never read back.
+Packages work with records, which are plain hashes. Only this package makes text from
+them; text is never read back.
 
 A I<finding> has
 

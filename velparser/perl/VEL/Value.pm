@@ -8,12 +8,12 @@ use Exporter 'import';
 
 =head1 NAME
 
-VEL::Value - what the text of a value says: lists, logicals, numbers, quantities
+VEL::Value - reads the text of a value: lists, logicals, numbers, quantities
 
 =head1 DESCRIPTION
 
-All values are text. These functions read it as the command database does;
-none of them depends on the locale.
+All values are text. These functions read it like the command database does. None of
+them depends on the locale.
 
 =head1 FUNCTIONS
 
@@ -93,9 +93,9 @@ sub is_integer ($text) { return $text =~ /^[+-]?[0-9]+\z/ ? 1 : 0 }
 =item C<quantity($text)>
 
 The number and the text of the unit (C<undef> without brackets) of a quantity
-such as C<0.5 [kg s^-1]>. A bracket that does not close gives a reference to
-what follows it in place of the unit. An empty list where the text does not
-begin with a number, or holds more than number and unit.
+such as C<0.5 [kg s^-1]>. If the bracket is not closed, the result has a
+reference to the text after it in place of the unit. An empty list if the text does not
+begin with a number, or contains more than number and unit.
 
 =cut
 

@@ -8,14 +8,14 @@ use VEL::Value qw(split_list);
 
 =head1 NAME
 
-VEL::Rules::Heirs - what the heirs of a rule list, in long lines of heirs too
+VEL::Rules::Heirs - finds what the heirs of a rule list, fast for long chains of heirs too
 
 =head1 DESCRIPTION
 
-The rules are numbered so that the heirs of each, direct or not, follow it: they
-have the numbers from its own up to an end. For each name the numbers of the rules
-that list it are kept in order, so that a question about all heirs of a rule is a
-search in that order, however many heirs there are.
+The rules are numbered so that the heirs of a rule, direct or not, follow it: they have
+the numbers from its own up to an end. For each name the numbers of the rules that list it
+are kept in order. So a question about all heirs of a rule is one binary search, whatever
+the number of heirs.
 
 =head1 METHODS
 
@@ -24,7 +24,7 @@ search in that order, however many heirs there are.
 =item C<< VEL::Rules::Heirs->new($blocks, $is_open) >>
 
 For the blocks of the rules of objects (see L<VEL::Rules::Source>). C<$is_open>
-tells of a block whether what it lists is not known in full.
+returns true for a block whose lists are not completely known.
 
 =cut
 
@@ -39,8 +39,8 @@ sub new ($class, $blocks, $is_open) {
     return $self;
 }
 
-# Without recursion: as deep as rules inherit each other. A block comes off the
-# stack twice, before its heirs and after them.
+# Without recursion, because chains of heirs may be long. A block is taken off the stack
+# twice, before its heirs and after them.
 sub _number ($self, $heirs, $is_open) {
     my @stack = reverse @{ $heirs->{''} // [] };
     while (my $next = pop @stack) {
@@ -80,7 +80,7 @@ Whether the rule or one of its heirs lists the parameter itself.
 
 =item C<names($block)>
 
-All names that these list, some of them repeated.
+All names that the rule and its heirs list, some of them repeated.
 
 =back
 
@@ -105,7 +105,7 @@ sub _range ($self, $block) {
     return ($first, $self->{end}{ $block->{path} });
 }
 
-# Whether one of the numbers, which ascend, is that of the rule or an heir.
+# Whether one of the ascending numbers belongs to the rule or an heir.
 sub _has_any ($self, $numbers, $block) {
     my ($first, $end) = $self->_range($block);
     my ($low, $high) = (0, scalar @$numbers);

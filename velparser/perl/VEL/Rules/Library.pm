@@ -12,9 +12,9 @@ VEL::Rules::Library - what the rule libraries state, kept apart from the data
 
 =head1 DESCRIPTION
 
-Command data may state F</RULES> too. That changes values in the tree of the
-database, but no rule: rules count only as library data. So the rules are
-compiled from this copy, into which L<VEL::Model> enters what libraries change.
+Command data may contain F</RULES> too. It then changes values in the tree of the
+database, but no rule: only library data can state rules. So the rules are compiled from
+this copy. L<VEL::Model> enters the changes made by libraries.
 
 A block is a hash of C<fields> (name => text), C<blocks> (component => block) and
 C<number>, by which the blocks of one parent are ordered.
@@ -25,19 +25,19 @@ C<number>, by which the blocks of one parent are ordered.
 
 =item C<< VEL::Rules::Library->new >>
 
-One that states nothing.
+A copy without rules.
 
 =item C<< VEL::Rules::Library->from_tree($database) >>
 
-What is library data below F</RULES> at this moment. What data has changed there
-before cannot be known, so a block that data has stated again is left out.
+The present library data below F</RULES>. Earlier changes made by command data cannot be
+known, so a block that command data has also stated is left out.
 
 =cut
 
 =item C<< VEL::Rules::Library->before_change($database, $path, $code, $old) >>
 
-What is below F</RULES> but for one change that data has just made there, the
-first: path, code and old value are as a handler gets them.
+The blocks below F</RULES> as they were before command data made its first change there,
+just now. Path, code and old value are those that a handler gets.
 
 =cut
 

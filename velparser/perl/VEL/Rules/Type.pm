@@ -10,7 +10,7 @@ use VEL::Value qw(logical);
 
 =head1 NAME
 
-VEL::Rules::Type - what the rules say of one type of object, inheritance resolved
+VEL::Rules::Type - what the rules say about one type of object, with inherited fields
 
 =head1 DESCRIPTION
 
@@ -18,20 +18,20 @@ The elements may be read directly: those of the fields of the rule (see
 L<VEL::Rules::Fields>), and
 
     kind, type      OBJECT or SINGLETON, and the type word
-    cases           what is added by values of its parameters, in rule order: a
-                    hash each, with its label and the elements of its fields
-    switches        the parameters that the cases look at
-    cased           hash of the parameters on which some case has a rule
+    cases           its cases in rule order: a hash each, with its label and the elements
+                    of its fields
+    switches        the parameters that decide whether the cases apply
+    cased           hash of the parameters for which some case has a rule
 
-What holds for one object of the type depends on its cases. All objects for
-which the same cases hold share one I<variant>, a hash:
+What is allowed in an object of the type depends on the cases that apply to it. All
+objects with the same cases share one I<variant>, a hash:
 
     order             names of its parameters: required, optional, by case
     allowed           hash of these
-    required          names of those that must be there
-    required_objects  types that must be there
+    required          names of the required parameters
+    required_objects  required types
     objects           hash of the types that its lists allow
-    cases             the cases that hold
+    cases             the cases that apply
 
 =cut
 
@@ -64,8 +64,8 @@ sub _case ($rule) {
     return $case;
 }
 
-# For each switch and value the numbers of the cases that hold, so that the
-# cases of an object cost one look-up a switch.
+# For each switch and value the numbers of the cases that apply, so that finding the cases
+# of an object takes one look-up for each switch.
 sub _index_switches ($self) {
     my (@switches, %cases_of, %cased);
     for my $number (0 .. $#{ $self->{cases} }) {
@@ -80,7 +80,7 @@ sub _index_switches ($self) {
     return;
 }
 
-# Logicals are compared by what they say, all others exactly.
+# Logicals are compared by their meaning, all other values exactly.
 sub _switch_value ($self, $switch, $text) {
     $self->{logical}{$switch} //= $self->_merge($switch)->{type} eq 'Logical' ? 1 : 0;
     return $text if !$self->{logical}{$switch};
@@ -89,7 +89,7 @@ sub _switch_value ($self, $switch, $text) {
 
 =item C<plain_variant>
 
-The variant for which no case holds.
+The variant to which no case applies.
 
 =cut
 
@@ -97,8 +97,8 @@ sub plain_variant ($self) { return $self->{plain} //= $self->_variant('') }
 
 =item C<variant($value_of)>
 
-The variant for an object whose parameters C<$value_of> tells: a sub that gives
-the text of a parameter by name, or C<undef>.
+The variant for an object. C<$value_of> is a sub that gives the text of a parameter by
+name, or C<undef>.
 
 =cut
 
@@ -139,12 +139,12 @@ sub _once (@names) {
 
 =item C<parameter($variant, $name)>
 
-The L<VEL::Rules::Parameter> for a parameter of an object, known to its lists
-or not. Kept where a rule speaks of it: names that only the data has may be many.
+The L<VEL::Rules::Parameter> for a parameter of an object, in its lists or not. It is kept
+only if a rule describes it, because data may have many other names.
 
 =item C<is_ruled($name)>
 
-Whether any rule speaks of the parameter. If not, no value of it can be wrong.
+Whether any rule describes the parameter. If not, every value is correct.
 
 =cut
 
@@ -174,8 +174,8 @@ sub listed_parameters ($self) {
 
 =item C<cases_with($list, $name)>
 
-The cases, holding or not, whose list (C<required>, C<optional>,
-C<required_objects> or C<optional_objects>, or several) names C<$name>.
+The cases, whether they apply or not, whose list (C<required>, C<optional>,
+C<required_objects> or C<optional_objects>, or several) contains C<$name>.
 
 =cut
 
@@ -186,7 +186,7 @@ sub cases_with ($self, $lists, $name) {
     return @{ $self->{cases} }[ grep { !$seen{$_}++ } sort { $a <=> $b } @numbers ];
 }
 
-# For each list and name the numbers of the cases, as there may be many of all.
+# For each list and name the numbers of the cases, because there may be many of each.
 sub _index_names ($self) {
     my %naming;
     for my $number (0 .. $#{ $self->{cases} }) {
