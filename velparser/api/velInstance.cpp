@@ -89,8 +89,8 @@ bool offersMethod(SV *object, const char *method)
     return sv_isobject(object) && gv_fetchmethod(SvSTASH(SvRV(object)), method);
 }
 
-/// Tells a new object which libraries to read. One that does not ask to be told finds
-/// them in %ENV while it reads.
+/// Passes the names of the libraries to a new object. An object without the method
+/// useLibraries finds them in %ENV while it reads.
 const char *nameLibraries(velInstance *instance)
 {
     if (!instance->libraries || !offersMethod(instance->api, "useLibraries"))

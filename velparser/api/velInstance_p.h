@@ -46,8 +46,8 @@ void freeInstance(velInstance *instance);
 /// if need be. Null when there is none.
 [[nodiscard]] velHandle *findLiteHandle(velInstance *instance);
 
-/// What %ENV must hold while the object reads its libraries: nothing where it was told
-/// them, or where the session has none of its own.
+/// What %ENV must contain while the object reads its libraries: nothing if useLibraries
+/// passed them, or if the session has none of its own.
 [[nodiscard]] ScriptVariables libraryVariables(const velInstance *instance);
 
 /// Calls a method with texts.

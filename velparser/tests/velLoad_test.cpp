@@ -176,11 +176,11 @@ TEST(VelLoad, AnObjectThatCannotBeToldFindsTheLibrariesInTheEnvironment)
     EXPECT_EQ(perl("$API::named"), "here|a.vel;b.vel");
     EXPECT_STREQ(velparser::readVELLibraries(), nullptr);
     EXPECT_EQ(perl("$API::named"), "-|-");
-    // One that can is told, and finds nothing there.
-    ASSERT_EQ(perl("*API::useLibraries = sub { $told = qq{@_[1, 2]}; return }; 1"), "1");
+    // A class with useLibraries is given the names, and finds nothing there.
+    ASSERT_EQ(perl("*API::useLibraries = sub { $given = qq{@_[1, 2]}; return }; 1"), "1");
     velparser::Session other({.libraries = velparser::LibraryNames{"there", "c.vel"}});
     EXPECT_STREQ(velparser::readVELLibraries(other), nullptr);
-    EXPECT_EQ(perl("delete $API::{useLibraries}; qq{$told $API::named}"), "c.vel there -|-");
+    EXPECT_EQ(perl("delete $API::{useLibraries}; qq{$given $API::named}"), "c.vel there -|-");
     perl("defined $former[$_] and $ENV{$API::variables[$_]} = $former[$_] for 0, 1");
 }
 

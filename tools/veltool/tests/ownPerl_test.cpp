@@ -12,15 +12,9 @@ use strict;
 BEGIN { push @INC, "$ENV{VEL_BUILD_DIR}/perl" }
 use VEL::Parser::Lite;
 sub new { return bless { database => VEL::Parser::Lite::NEW() }, shift }
-sub useLibraries {
-    my ($self, @named) = @_;
-    $self->{named} = \@named;
-    return '';
-}
 sub readLibraries {
     my ($self) = @_;
-    my $database = $self->{database};
-    my $error = $self->{named} ? $database->readNamedLibraries(@{ $self->{named} }) : $database->readLibraries;
+    my $error = $self->{database}->readLibraries;
     return $error if $error;
     return $self->{database}->havePath('/RULES/OBJECT:X')
         ? "/RULES/OBJECT:X/Y: no rule of mine [bad-rule]\n" : '';
