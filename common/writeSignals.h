@@ -19,7 +19,7 @@ inline void restoreWriteSignals()
 
 /// Makes such writes fail from now on, in this process only: a forked child gets
 /// the default actions. `posix_spawn` does not run the fork handlers; its callers
-/// use `addWriteSignals` to list the signals that the child resets.
+/// use `SpawnAttributes`, which resets both in the child.
 inline void ignoreWriteSignals()
 {
     std::signal(SIGPIPE, SIG_IGN);

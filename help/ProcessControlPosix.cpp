@@ -1,7 +1,7 @@
 // Child processes and their pipes, by POSIX calls.
 #include "help/ProcessControl.h"
 
-#include "common/writeSignals.h"
+#include "common/spawnAttributes.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -72,33 +72,6 @@ public:
 
 private:
     posix_spawn_file_actions_t actions_;
-};
-
-/// Gives the child the default signal handling, whatever its parent ignores or
-/// blocks.
-class SpawnAttributes
-{
-public:
-    SpawnAttributes()
-    {
-        sigset_t none;
-        sigset_t defaults;
-        sigemptyset(&none);
-        sigemptyset(&defaults);
-        addWriteSignals(defaults);
-        ::posix_spawnattr_init(&attributes_);
-        ::posix_spawnattr_setsigmask(&attributes_, &none);
-        ::posix_spawnattr_setsigdefault(&attributes_, &defaults);
-        ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    }
-    ~SpawnAttributes() { ::posix_spawnattr_destroy(&attributes_); }
-    SpawnAttributes(const SpawnAttributes &) = delete;
-    SpawnAttributes &operator=(const SpawnAttributes &) = delete;
-
-    [[nodiscard]] const posix_spawnattr_t *get() const { return &attributes_; }
-
-private:
-    posix_spawnattr_t attributes_;
 };
 
 std::vector<std::string> withDescriptor(std::vector<std::string> arguments, int descriptor)

@@ -1,7 +1,7 @@
 // Runs git and reads its output through a pipe.
 #include "tools/veltool/git/gitProgram.h"
 
-#include "common/writeSignals.h"
+#include "common/spawnAttributes.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -64,29 +64,6 @@ private:
     int ends_[2] = {-1, -1};
 };
 
-/// Resets the signals that we ignore to their default actions in the program.
-class SpawnAttributes
-{
-public:
-    SpawnAttributes()
-    {
-        sigset_t defaults;
-        sigemptyset(&defaults);
-        velEditor::addWriteSignals(defaults);
-        posix_spawnattr_init(&attributes_);
-        posix_spawnattr_setsigdefault(&attributes_, &defaults);
-        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF);
-    }
-    ~SpawnAttributes() { posix_spawnattr_destroy(&attributes_); }
-    SpawnAttributes(const SpawnAttributes &) = delete;
-    SpawnAttributes &operator=(const SpawnAttributes &) = delete;
-
-    [[nodiscard]] const posix_spawnattr_t *get() const { return &attributes_; }
-
-private:
-    posix_spawnattr_t attributes_;
-};
-
 pid_t start(const Words &words, int output)
 {
     std::vector<char *> arguments{const_cast<char *>(program)};
@@ -96,7 +73,7 @@ pid_t start(const Words &words, int output)
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    const SpawnAttributes attributes;
+    const velEditor::SpawnAttributes attributes;
     pid_t child = 0;
     const int error =
         posix_spawnp(&child, program, &actions, attributes.get(), arguments.data(), environ);
