@@ -52,7 +52,7 @@ std::string EditedFile::backupName() const
     return backupNameOf(name_);
 }
 
-void EditedFile::replace(std::string_view bytes) const
+void EditedFile::replace(std::string_view bytes, Former former) const
 {
     const HeldSignals held;
     TemporaryFile temporary(lock_.target(), name_);
@@ -64,7 +64,8 @@ void EditedFile::replace(std::string_view bytes) const
     if (!isUnchanged(lock_.status(), now))
         throw Error(name_ +
                     ": another program has changed this file; nothing was written; try again");
-    makeBackup(lock_.target(), backupName(), Backup::Both);
+    if (former == Former::Backup)
+        makeBackup(lock_.target(), backupName(), Backup::Both);
     temporary.rename(lock_.target());
 }
 

@@ -12,6 +12,12 @@
 
 namespace veltext {
 
+/// What becomes of the bytes that a file had.
+enum class Former {
+    Backup, ///< they are kept as FILE.bak
+    Drop,
+};
+
 /// A file that is changed in place.
 class EditedFile
 {
@@ -25,13 +31,16 @@ public:
     /// has the right, its owner. A link is followed. Throws an Error and leaves
     /// the file unchanged if this fails, or if another program has changed the
     /// file since the object was created.
-    void replace(std::string_view bytes) const;
+    void replace(std::string_view bytes, Former former = Former::Backup) const;
+
+    /// As the caller gave it.
+    [[nodiscard]] const std::string &name() const { return name_; }
 
     /// FILE.bak in the folder of the given name.
     [[nodiscard]] std::string backupName() const;
 
 private:
-    std::string name_; ///< as the caller gave it
+    std::string name_;
     FileLock lock_;
 };
 

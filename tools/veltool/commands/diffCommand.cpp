@@ -1,34 +1,11 @@
 // veltool diff: lists the differences between two files by path.
 #include "tools/veltool/support/command.h"
-#include "tools/veltool/support/commandData.h"
-#include "tools/veltool/support/json.h"
+#include "tools/veltool/support/differences.h"
 #include "tools/veltool/support/loadFiles.h"
-#include "tools/veltool/support/output.h"
-#include "veltext/treeDiff.h"
 
 namespace veltool {
 
 namespace {
-
-const char *wordOf(veltext::DifferenceKind kind)
-{
-    switch (kind) {
-    case veltext::DifferenceKind::Added:
-        return "added";
-    case veltext::DifferenceKind::Removed:
-        return "removed";
-    default:
-        return "changed";
-    }
-}
-
-void printJson(const veltext::Difference &difference)
-{
-    out() << '{' << jsonMember("path", difference.path) << ','
-          << jsonMember("kind", wordOf(difference.kind)) << ','
-          << jsonMember("old", difference.oldValue) << ',' << jsonMember("new", difference.newValue)
-          << '}';
-}
 
 class DiffTask : public Task
 {
@@ -41,23 +18,7 @@ public:
     int run(const Words &words) override
     {
         const std::vector<velHandlePtr> trees = loadFilesToCompare(words);
-        velHandle *const before = trees[0].get();
-        velHandle *const after = trees[1].get();
-        bool isSame = true;
-        JsonArray array;
-        veltext::compareTrees(before, velFindNode(before, "/"), after, velFindNode(after, "/"), "/",
-                              [&](const veltext::Difference &difference) {
-                                  isSame = false;
-                                  if (!json_) {
-                                      out() << lineOf(difference) << '\n';
-                                      return;
-                                  }
-                                  out() << array.next();
-                                  printJson(difference);
-                              });
-        if (json_)
-            out() << array.end();
-        return isSame ? statusGood : statusFindings;
+        return printDifferences(trees[0].get(), trees[1].get(), json_);
     }
 
 private:

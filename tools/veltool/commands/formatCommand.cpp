@@ -7,6 +7,7 @@
 #include "tools/veltool/support/fileLoop.h"
 #include "tools/veltool/support/input.h"
 #include "tools/veltool/support/output.h"
+#include "tools/veltool/support/replacement.h"
 #include "veltext/backup.h"
 #include "veltext/replaceFile.h"
 #include "veltext/statementTree.h"
@@ -41,6 +42,7 @@ public:
         options.flag("--check,-c", check_,
                      "List each FILE that is not formatted; status 1 if there is one");
         options.text("--output,-o", "OUT", output_, "Write to OUT");
+        replacement_.addOptions(options);
         options.atMostOneOf({"--in-place", "--check", "--output"});
     }
 
@@ -81,19 +83,22 @@ private:
         const std::string result = formattedText(text, file);
         if (result == text.bytes())
             return statusGood;
-        edited.replace(result);
-        reportLostComments(veltext::countComments(text), file, edited.backupName());
+        replacement_.replace(edited, result);
+        reportLostComments(veltext::countComments(text), file,
+                           replacement_.makesBackup() ? edited.backupName() : "");
         return statusGood;
     }
 
+    /// `backup` has them; empty if nothing has.
     static void reportLostComments(std::size_t count, const std::string &file,
                                    const std::string &backup)
     {
-        if (count == 1)
-            report(file + ": 1 comment is not in the formatted text; " + backup + " has it");
-        else if (count > 1)
-            report(file + ": " + std::to_string(count) +
-                   " comments are not in the formatted text; " + backup + " has them");
+        if (count == 0)
+            return;
+        const bool isOne = count == 1;
+        report(file + ": " + (isOne ? "1 comment is" : std::to_string(count) + " comments are") +
+               " not in the formatted text" +
+               (backup.empty() ? "" : "; " + backup + (isOne ? " has it" : " has them")));
     }
 
     int checkFormat(const std::string &file) const
@@ -132,6 +137,7 @@ private:
         return veltext::isSameFile(file, output_) && std::filesystem::is_regular_file(file, error);
     }
 
+    Replacement replacement_;
     std::string width_;
     std::int32_t columns_ = velUsualWidth;
     bool inPlace_ = false;

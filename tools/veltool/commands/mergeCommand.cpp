@@ -3,9 +3,9 @@
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/loadFiles.h"
 #include "tools/veltool/support/output.h"
+#include "tools/veltool/support/replacement.h"
 #include "veltext/fileLock.h"
 #include "veltext/mergeText.h"
-#include "veltext/replaceFile.h"
 #include "veltext/veltext.h"
 
 #include <filesystem>
@@ -35,6 +35,7 @@ public:
         options.text("--name", "NAME", name_, "Name of the file in messages, instead of OURS");
         options.number("--marker-size", "N", markerSize_, 1, longestMarker,
                        "Length of conflict markers; 7 without this option");
+        replacement_.addOptions(options);
     }
 
     int run(const Words &words) override
@@ -87,9 +88,10 @@ private:
         if (output_.empty())
             out() << bytes;
         else
-            veltext::writeFile(output_, bytes);
+            replacement_.write(output_, bytes);
     }
 
+    Replacement replacement_;
     std::string output_;
     std::string name_;
     int markerSize_ = veltext::usualMarkerSize;

@@ -12,9 +12,9 @@
 #include "tools/veltool/support/input.h"
 #include "tools/veltool/support/json.h"
 #include "tools/veltool/support/output.h"
+#include "tools/veltool/support/replacement.h"
 #include "tools/veltool/support/ruleCheck.h"
 #include "tools/veltool/support/upgradeChanges.h"
-#include "veltext/replaceFile.h"
 
 #include <algorithm>
 #include <optional>
@@ -30,6 +30,7 @@ public:
     {
         options.flag("--dry-run,-n", dryRun_, "Write nothing; status 1 if a file would change");
         options.flag("--json", json_, "Print an array of objects");
+        replacement_.addOptions(options);
     }
 
     int run(const Words &files) override
@@ -65,7 +66,8 @@ private:
         for (const velparser::UpgradeChange &change : upgrade.changes)
             listed.push_back(takeName(file, change, &names));
         if (!dryRun_)
-            edited->replace(editedBytes(veltext::SourceText(names.bytes()), upgrade, file));
+            replacement_.replace(*edited,
+                                 editedBytes(veltext::SourceText(names.bytes()), upgrade, file));
         for (const std::string &line : listed)
             out() << (json_ ? array_.next() : "") << line;
         return dryRun_ ? statusFindings : statusGood;
@@ -103,6 +105,7 @@ private:
         return bytes;
     }
 
+    Replacement replacement_;
     bool dryRun_ = false;
     bool json_ = false;
     std::optional<RuleCheck> rules_;

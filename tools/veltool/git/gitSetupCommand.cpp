@@ -67,7 +67,7 @@ std::vector<Setting> settings()
         {"merge.vel.driver",
          // git replaces %O, %A and so on, so other percent signs are doubled.
          replaced(veltool, '%', "%%") +
-             " merge --marker-size=%L --name=%P --output=%A -- %O %A %B || { s=$?; "
+             " merge --no-backup --marker-size=%L --name=%P --output=%A -- %O %A %B || { s=$?; "
              "[ $s -eq 1 ] || git merge-file -q --marker-size=%L -L ours -L base -L theirs "
              "%A %O %B; exit $s; }"},
         // A base that git makes from several commits must not get conflict markers.

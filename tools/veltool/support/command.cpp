@@ -8,10 +8,10 @@ namespace veltool {
 namespace {
 
 constexpr const Command *commands[] = {
-    &checkCommand,   &formatCommand,   &treeCommand,    &getCommand,     &findTextCommand,
-    &setCommand,     &addCommand,      &deleteCommand,  &upgradeCommand, &diffCommand,
-    &mergeCommand,   &gitSetupCommand, &gitDiffCommand, &explainCommand, &rulesCommand,
-    &extractCommand, &embedCommand,    &perlCommand,    &dsCommand,
+    &checkCommand, &formatCommand,  &treeCommand,     &getCommand,     &findTextCommand,
+    &setCommand,   &addCommand,     &deleteCommand,   &upgradeCommand, &diffCommand,
+    &mergeCommand, &historyCommand, &gitSetupCommand, &gitDiffCommand, &explainCommand,
+    &rulesCommand, &extractCommand, &embedCommand,    &perlCommand,    &dsCommand,
 };
 
 } // namespace

@@ -7,7 +7,6 @@
 #include "tools/veltool/support/output.h"
 #include "tools/veltool/support/ruleCheck.h"
 #include "tools/veltool/support/upgradeChanges.h"
-#include "veltext/replaceFile.h"
 #include "veltext/treeDiff.h"
 #include "veltext/valueEdit.h"
 
@@ -17,6 +16,7 @@ void EditTask::addOptions(Options &options)
 {
     options.flag("--force", force_, "Write even if there are new findings");
     options.flag("--json", json_, "Print new findings as an array of objects");
+    replacement_.addOptions(options);
 }
 
 int EditTask::editFile(const std::string &file, const FileChange &change) const
@@ -45,7 +45,7 @@ int EditTask::editFile(const std::string &file, const FileChange &change) const
         report(file + ": not written because of new findings; use --force to write it anyway");
         return statusFindings;
     }
-    edited.replace(changed.bytes());
+    replacement_.replace(edited, changed.bytes());
     return statusGood;
 }
 

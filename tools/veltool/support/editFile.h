@@ -10,6 +10,7 @@
 #pragma once
 
 #include "tools/veltool/support/command.h"
+#include "tools/veltool/support/replacement.h"
 #include "velapilt/src/velapilt.h"
 #include "veltext/textEdit.h"
 
@@ -41,6 +42,7 @@ private:
     [[nodiscard]] bool printNewFindings(const std::string &file, const veltext::SourceText &before,
                                         const veltext::SourceText &after) const;
 
+    Replacement replacement_;
     bool force_ = false;
     bool json_ = false;
 };

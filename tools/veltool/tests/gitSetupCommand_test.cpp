@@ -110,6 +110,9 @@ TEST_F(GitTest, SetsUpForAllRepositories)
     EXPECT_EQ(folder_.read(".config/git/attributes"), allAttributes);
     EXPECT_EQ(git("git check-attr merge x.vel").out, "x.vel: merge: vel\n");
     EXPECT_EQ(git("git config merge.vel.recursive").out, "binary\n");
+    // What git merges are temporary files, whose versions nobody wants.
+    EXPECT_NE(git("git config merge.vel.driver").out.find(" merge --no-backup "),
+              std::string::npos);
     EXPECT_FALSE(folder_.has("case/.gitattributes"));
     EXPECT_EQ(shell("$VELTOOL git-setup --global --undo").status, 0);
     EXPECT_FALSE(folder_.has(".config/git/attributes"));
