@@ -14,6 +14,13 @@
 
 namespace velparser {
 
+/// An object at the top level that libraries have made.
+struct LibraryObject
+{
+    std::string path;
+    velStringList lines;
+};
+
 struct velInstance
 {
     SV *api = nullptr;             ///< owned; null until initVELInstance has succeeded
@@ -22,6 +29,8 @@ struct velInstance
     SV *held = nullptr;            ///< owned; the object that keeps the database
 
     std::optional<LibraryNames> libraries; ///< of the session; none: the environment's
+
+    std::vector<LibraryObject> kept{}; ///< by keepLibraries
 
     /// For tests: the call that fails, and with which message.
     const char *failingCall = nullptr;

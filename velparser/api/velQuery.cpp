@@ -2,30 +2,13 @@
 // about rules to the Perl object.
 #include "velparser/api/velparser.h"
 
-#include "velparser/api/Lite_p.h"
+#include "velparser/api/velHandlers_p.h"
 #include "velparser/api/velInstance_p.h"
 #include "velparser/api/xsinit_p.h"
 
 namespace velparser {
 
 namespace {
-
-/// Runs a database operation that may call handlers written in Perl. Where one
-/// died, what it died with is the result.
-template <class Operation>
-const char *runWithHandlers(Session &session, Operation operation)
-{
-    pTHX = velInterpreter();
-    const PerlLocale locale;
-    dropHandlerError(aTHX);
-    const char *error = operation();
-    SV *died = takeHandlerError(aTHX);
-    if (!died)
-        return error;
-    const PerlFrame frame(aTHX);
-    sv_2mortal(died);
-    return keepMessage(session.instance(), plainValue(aTHX_ died));
-}
 
 /// What the queries for lists of texts say when memory runs out.
 struct ListMessages

@@ -68,6 +68,16 @@ namespace velparser {
 [[nodiscard]] const char *readLibraries(std::vector<Finding> *faults);
 [[nodiscard]] const char *readLibraries(Session &session, std::vector<Finding> *faults);
 
+/// Remembers the data of a session as that of its libraries, for clearData. To be called
+/// after the libraries were read and before other data is loaded.
+[[nodiscard]] const char *keepLibraries(Session &session);
+/// Deletes all data that is not of the libraries: the session is as it was at
+/// keepLibraries, but for its validation level and handlers, which are called for the
+/// deletions. A session that works on many texts one after the other thus reads and
+/// compiles its rules once. Without keepLibraries, objects of the libraries that data has
+/// stated again are deleted.
+[[nodiscard]] const char *clearData(Session &session);
+
 /// Loads command data; `type` is "vel", "def" or "res".
 [[nodiscard]] const char *loadVELFromFile(const char *file, const char *type);
 [[nodiscard]] const char *loadVELFromFile(Session &session, const char *file, const char *type);

@@ -154,6 +154,69 @@ TEST(VelSession, ChangesOfOneAreNotSeenInTheOther)
     EXPECT_EQ(isParamEditable(other, "/FLOW/Length"), 1);
 }
 
+/// All that a session has, its libraries included.
+std::string allOf(Session &session)
+{
+    velStringList lines;
+    EXPECT_EQ(said(getObjectVELH(findLiteHandle(session), "/", &lines, true)), "");
+    std::string text;
+    for (const std::string_view line : lines)
+        text.append(line).append("\n");
+    return text;
+}
+
+TEST(VelSession, ClearDataLeavesTheLibraries)
+{
+    Session session = openSession("pipes.vel");
+    EXPECT_EQ(said(keepLibraries(session)), "");
+    const std::string before = allOf(session);
+    load(session, {"Loose = 1", "FLOW:", "Length = 50", "PIPE: One", "END", "END"});
+    EXPECT_NE(said(validateVELDataH(session)), "");
+    EXPECT_EQ(said(clearData(session)), "");
+    EXPECT_EQ(allOf(session), before);
+    EXPECT_EQ(textOf(session), "");
+    load(session, {"FLOW:", "Length = 5", "END"});
+    EXPECT_EQ(said(validateVELDataH(session)), "");
+    EXPECT_EQ(textOf(session), "FLOW:\n  Length = 5\nEND\n");
+}
+
+TEST(VelSession, ClearDataCreatesRulesAgainThatDataHasStated)
+{
+    Session session = openSession("pipes.vel");
+    EXPECT_EQ(said(keepLibraries(session)), "");
+    const std::string before = allOf(session);
+    const std::vector<std::string> names = namesInFlow(session);
+    EXPECT_EQ(said(clearData(session)), "");
+    load(session, {"RULES:", "SINGLETON: FLOW", "Optional Parameters = Mine", "END", "END"});
+    EXPECT_NE(allOf(session), before);
+    EXPECT_EQ(said(clearData(session)), "");
+    EXPECT_EQ(allOf(session), before);
+    EXPECT_EQ(isVELLibrary(session, "/RULES/SINGLETON:FLOW"), 1);
+    EXPECT_EQ(namesInFlow(session), names);
+}
+
+TEST(VelSession, ClearDataEndsAStatementThatWasNotFinished)
+{
+    Session session = openSession("pipes.vel");
+    EXPECT_EQ(said(keepLibraries(session)), "");
+    load(session, {"A = 1 \\"});
+    EXPECT_EQ(said(clearData(session)), "");
+    load(session, {"B = 2"});
+    EXPECT_EQ(textOf(session), "B = 2\n");
+}
+
+TEST(VelSession, ClearDataOfOneLeavesTheOther)
+{
+    Session one = openSession("pipes.vel");
+    Session other = openSession("pipes.vel");
+    EXPECT_EQ(said(keepLibraries(one)), "");
+    load(one, {"A = 1"});
+    load(other, {"A = 2"});
+    EXPECT_EQ(said(clearData(one)), "");
+    EXPECT_EQ(textOf(one), "");
+    EXPECT_EQ(textOf(other), "A = 2\n");
+}
+
 TEST(VelSession, OneAfterTheOtherWithOtherLibraries)
 {
     for (int i = 0; i < 3; ++i) {

@@ -4,7 +4,6 @@
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/environment.h"
 #include "tools/veltool/support/failure.h"
-#include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velapilt.h"
 #include "velparser/api/velparser.h"
 #include "veltext/libraryFaults.h"
@@ -50,23 +49,6 @@ void loadLibrary(velparser::Session &session, const velStringList &lines)
                             static_cast<std::int32_t>(lines.size())));
 }
 
-std::vector<velChildInfo> topLevel(velparser::Session &session)
-{
-    std::vector<velChildInfo> children;
-    require(velparser::getChildList(session, "/", &children, nullptr));
-    return children;
-}
-
-bool isParameter(const velChildInfo &child)
-{
-    return std::string_view(child.className) == "Param";
-}
-
-std::string pathOf(const velChildInfo &child)
-{
-    return '/' + velComponentOf(child);
-}
-
 std::string_view firstLine(std::string_view text)
 {
     return text.substr(0, text.find('\n'));
@@ -101,53 +83,15 @@ RuleCheck::RuleCheck()
 {
     require(velparser::setUnitsChecking(session_, 1));
     require(velparser::setBoundsChecking(session_, 1));
-    keepLibraries();
-}
-
-void RuleCheck::keepLibraries()
-{
-    for (const velChildInfo &child : topLevel(session_)) {
-        if (isParameter(child))
-            continue;
-        LibraryObject &object = libraries_.emplace_back();
-        object.path = pathOf(child);
-        require(getObjectVELH(findLiteHandle(session_), object.path.c_str(), &object.lines, true));
-    }
+    require(velparser::keepLibraries(session_));
     const veltext::TreeData all(findLiteHandle(session_));
     for (const veltext::TreeData::Item &item : all.items())
         libraryPaths_.insert(item.path);
 }
 
-/// If a text states an object of the libraries again, the object is the user's, and
-/// the data of the libraries in it cannot be separated from that of the text. Such
-/// an object is deleted and created again.
-void RuleCheck::dropUserData()
-{
-    velHandle *handle = findLiteHandle(session_);
-    // If the text ended in a continued line, an empty line ends the statement. A
-    // syntax error in it does not matter.
-    (void)parseVELLineH(handle, "", 0);
-    setVELStateH(handle, 0);
-    for (const velChildInfo &child : topLevel(session_)) {
-        const std::string path = pathOf(child);
-        if (isParameter(child)) {
-            require(velparser::deleteParam(session_, path.c_str()));
-            continue;
-        }
-        if (isLibrary(handle, path.c_str()) == 1)
-            continue;
-        require(velparser::deleteObj(session_, path.c_str()));
-        const auto object =
-            std::find_if(libraries_.begin(), libraries_.end(),
-                         [&](const LibraryObject &each) { return each.path == path; });
-        if (object != libraries_.end())
-            loadLibrary(session_, object->lines);
-    }
-}
-
 void RuleCheck::load(const veltext::SourceText &text, const std::string &file)
 {
-    dropUserData();
+    require(velparser::clearData(session_));
     const velStringList lines = text.parsedLines().takeStrings();
     const auto count = static_cast<std::int32_t>(lines.size());
     if (const char *message = velparser::loadVELData(session_, lines.data(), count))

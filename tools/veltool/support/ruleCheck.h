@@ -54,21 +54,11 @@ public:
     explain(const veltext::SourceText &text, const std::string &file, const std::string &path);
 
 private:
-    /// An object of the libraries at the top level.
-    struct LibraryObject
-    {
-        std::string path;
-        velStringList lines;
-    };
-
-    void keepLibraries();
-    void dropUserData();
     void load(const veltext::SourceText &text, const std::string &file);
 
     Places places_;
     velparser::Session session_;
     std::vector<Finding> faults_;
-    std::vector<LibraryObject> libraries_;
     std::unordered_set<std::string> libraryPaths_; ///< all paths that the libraries state
 };
 
