@@ -1,3 +1,4 @@
+// Builds the dialog for a new parameter, and checks its name and value.
 #include "veleditor/src/AddParamDialog.h"
 
 #include "veleditor/src/Boxes.h"
@@ -30,8 +31,8 @@ bool isLetterOrDigit(char c)
     return c != '_' && c != ' ' && nameCharacters.find(c) != std::string_view::npos;
 }
 
-/// The first character of UTF-8 text that no name may hold; empty when there
-/// is none.
+/// The first character in a UTF-8 text that names cannot contain; empty if there is
+/// none.
 QString firstWrongCharacter(const std::string &name)
 {
     const std::size_t place = name.find_first_not_of(nameCharacters);
@@ -47,8 +48,7 @@ std::string parameterPath(const std::string &objectPath, const std::string &name
     return (objectPath == "/" ? std::string() : objectPath) + '/' + name;
 }
 
-/// The first parameter that the rules require and the object does not have; empty
-/// where there is none.
+/// The first required parameter that the object does not have; empty if it has all.
 QString missingParameter(const std::string &objectPath)
 {
     const QString required = ruleField(objectPath, QLatin1String("Required Parameters"));
@@ -117,7 +117,7 @@ void AddParamDialog::addFreeName(QVBoxLayout &layout, const QString &path)
     nameEntry_->setAccessibleName(tr("Name of the new parameter"));
     connect(nameEntry_, &QLineEdit::textChanged, this, &AddParamDialog::saveParamName);
     nameEntry_->setText(missingParameter(objectPath_));
-    nameEntry_->selectAll(); // typing replaces it
+    nameEntry_->selectAll(); // so that typing replaces it
     nameField_ = nameEntry_;
     row->addWidget(nameEntry_);
     layout.addLayout(row);
@@ -131,10 +131,10 @@ void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
     QComboBox *list = makeList("editable combo", tr("Name of the new parameter"), this);
     list->setEditable(true);
     list->setInsertPolicy(QComboBox::NoInsert);
-    list->setCompleter(nullptr); // it would replace what the user types
+    list->setCompleter(nullptr); // a completer would change typed names
     for (const char *name : names)
         list->addItem(fromBytes(name));
-    list->lineEdit()->selectAll(); // typing begins another name
+    list->lineEdit()->selectAll(); // so that typing replaces it
     paramName_ = names[0];
     connect(list, &QComboBox::textActivated, this, &AddParamDialog::saveParamName);
     connect(list, &QComboBox::editTextChanged, this, &AddParamDialog::saveParamName);
@@ -162,7 +162,7 @@ std::string AddParamDialog::storedName() const
     return toBytes(fromBytes(withoutUnderscores(paramName_)).simplified());
 }
 
-// A name that no parameter can have would be part of some other path.
+// A name that no parameter can have would make another path, so it is not looked up.
 void AddParamDialog::offerValue()
 {
     if (valueEntry_ == nullptr)

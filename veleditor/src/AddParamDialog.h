@@ -1,9 +1,9 @@
-// Asks for the name and value of a parameter to be added to an object: by a
-// list of the names that the rules allow there, by a free name where they allow
-// any, and not at all where they allow none.
+// Asks for the name and value of a parameter to add to an object. If the rules name
+// the allowed parameters, the user chooses from a list; if they allow any name, the
+// user types it; if they allow none, the dialog only says so.
 //
-// The value starts with the default of the named parameter, and is chosen from a
-// list where the rules name the allowed values.
+// The value starts with the default of the parameter. If the rules name the allowed
+// values, the user chooses from a list.
 #pragma once
 
 #include "veleditor/src/TextEncoding.h"
@@ -26,25 +26,25 @@ class AddParamDialog : public QDialog
     Q_OBJECT
 
 public:
-    /// Asks the rules what may be added to the object at `objectPath`; a
-    /// failure is shown in a box and counts as nothing. `encoding` is that of the
-    /// file.
+    /// Asks the rules which parameters may be added to the object at `objectPath`;
+    /// a failure is shown in a box and counts as none. `encoding` is the encoding
+    /// of the file.
     AddParamDialog(QWidget *parent, const QString &caption, const std::string &objectPath,
                    TextEncoding encoding);
 
-    /// What was chosen, in bytes; complete once the dialog was accepted. The
-    /// value is on one line, without white space at its ends.
+    /// The chosen name and value, in bytes; complete when the dialog was accepted.
+    /// The value is one line without white space at its ends.
     [[nodiscard]] const std::string &paramName() const { return paramName_; }
     [[nodiscard]] std::string value() const;
 
-    /// The name as the database has it: a blank for an underscore and for any
-    /// number of blanks.
+    /// The name as the database stores it: one blank for each underscore and for
+    /// each run of blanks.
     [[nodiscard]] std::string storedName() const;
 
 public slots:
-    /// Accepts when name and value are such as this command file can hold; else
-    /// says why not, goes to the field that is wrong and stays open. Underscores
-    /// in the name become blanks.
+    /// Accepts if this command file can contain the name and the value. Otherwise
+    /// says why not, moves the focus to the wrong field and stays open. Replaces
+    /// underscores in the name with blanks.
     void checkOK();
     void saveParamName(const QString &name);
 
@@ -64,9 +64,9 @@ private:
     std::string objectPath_;
     TextEncoding encoding_;
     std::string paramName_;
-    QLineEdit *nameEntry_ = nullptr;   ///< where any name is allowed, else null
-    QWidget *nameField_ = nullptr;     ///< that entry or the list of names
-    ValueEntry *valueEntry_ = nullptr; ///< null where nothing can be added
+    QLineEdit *nameEntry_ = nullptr;   ///< null unless any name is allowed
+    QWidget *nameField_ = nullptr;     ///< the entry or the list of names
+    ValueEntry *valueEntry_ = nullptr; ///< null if nothing can be added
 };
 
 } // namespace velEditor

@@ -1,3 +1,4 @@
+// Keeps the first error, and ends the event loops because of it.
 #include "veleditor/src/Application.h"
 
 #include <QDialog>
@@ -43,8 +44,8 @@ bool Application::notify(QObject *receiver, QEvent *event)
     return false;
 }
 
-// `exit` is for the main loop alone: called without one it would make every
-// later dialog return at once, also that of the emergency save.
+// `exit` is only for the main loop: without one, every later dialog would return at
+// once, including that of the emergency save.
 void Application::keep(std::exception_ptr error)
 {
     if (!error_)
@@ -66,7 +67,7 @@ int Application::run()
     return result;
 }
 
-// The toolkit closes the windows in the order in which it happens to keep them.
+// The toolkit itself closes the windows in no defined order.
 void Application::closeAllWindows()
 {
     const QWidgetList windows = topLevelWidgets();

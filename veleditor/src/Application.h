@@ -1,10 +1,10 @@
-// The application object: the place where errors end that were thrown while an
-// event was handled.
+// The application object: it catches errors that are thrown while an event is
+// handled.
 //
-// The toolkit cannot carry an exception through its event loops. The first
-// error is therefore caught where the event was delivered and kept; open
-// dialogs are rejected, so that the loops that wait for them end; the main loop
-// is left; and `run` throws the error on, out of all loops. `main` handles it.
+// The toolkit cannot pass an exception through its event loops. So the application
+// catches the first error and keeps it, rejects open dialogs to end their loops,
+// and leaves the main loop. Then `run` throws the error again, outside all loops.
+// `main` handles it.
 #pragma once
 
 #include <QApplication>
@@ -18,32 +18,32 @@ class Application : public QApplication
     Q_OBJECT
 
 public:
-    /// Takes the toolkit's own options out of `argc` and `argv`, which must
-    /// outlive the object.
+    /// Removes the toolkit's options from `argc` and `argv`, which must outlive the
+    /// object.
     Application(int &argc, char **argv);
 
     bool notify(QObject *receiver, QEvent *event) override;
 
-    /// Runs the event loop and gives its result. Throws the error that was
-    /// kept meanwhile.
+    /// Runs the event loop and returns its result. Throws the kept error, if there
+    /// is one.
     int run();
 
-    /// Closes the windows that belong to no other, and then the rest. As soon
-    /// as one declines, those that are left stay: dialogs do not close before
-    /// the user has agreed to close the window that they belong to.
+    /// Closes the windows without a parent, then all others. Stops if a window
+    /// refuses: a dialog must not close before the user has agreed to close its
+    /// parent window.
     static void closeAllWindows();
 
-    /// Throws the kept error, if there is one, and forgets it. To be called
-    /// after a dialog was run outside `run`.
+    /// Throws the kept error, if there is one, and forgets it. Call it after running
+    /// a dialog outside `run`.
     void rethrow();
 
     /// Whether `run` has begun.
     [[nodiscard]] bool hasRun() const { return hasRun_; }
 
-    /// An error is kept: nothing must be asked of the user any more.
+    /// Whether there is a kept error. If so, ask the user nothing more.
     [[nodiscard]] bool failed() const { return error_ != nullptr; }
 
-    /// Whether the running application, of whatever class, has failed.
+    /// Whether the running application, of this or another class, has failed.
     [[nodiscard]] static bool hasFailed();
 
 private:

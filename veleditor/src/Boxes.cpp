@@ -1,3 +1,4 @@
+// Shows message boxes that fit the screen, and passes them to tests.
 #include "veleditor/src/Boxes.h"
 
 #include "veleditor/src/Application.h"
@@ -22,9 +23,8 @@ namespace velEditor {
 
 namespace {
 
-/// The width of the longest line that still fits a box on this screen, in
-/// pixels. The toolkit makes no box wider than this limit of its own; a label
-/// that insisted would be cut off.
+/// The width of the longest line that fits into a box on this screen, in pixels. The
+/// toolkit does not make boxes wider than this and would cut off a wider label.
 int widestLine(const QWidget &box)
 {
     constexpr int besideText = 100; // icon, margins and gaps
@@ -33,14 +33,14 @@ int widestLine(const QWidget &box)
     return limit - besideText;
 }
 
-/// The height that the text of a box may have on this screen, in pixels.
+/// The largest height of a box's text on this screen, in pixels.
 int highestText(const QWidget &box)
 {
     return box.screen()->availableGeometry().height() / 2;
 }
 
-// A toolkit box takes Escape and its frame's close for its only button, or for
-// one with a fitting role. Here they count only where the box says so.
+// In a toolkit box, Escape and the frame's close button press the only button or
+// one with a suitable role. Here they work only if the box allows it.
 class PlainBox : public QMessageBox
 {
 public:
@@ -50,9 +50,9 @@ public:
         setObjectName(QStringLiteral("MessageBox"));
         setAccessibleName(box.title);
         makeSmallDialog(*this);
-        setAttribute(Qt::WA_WindowPropagation); // the font of the window below
+        setAttribute(Qt::WA_WindowPropagation); // use the font of the parent window
         setTextFormat(Qt::PlainText);
-        setInformativeText(box.remark);
+        setInformativeText(box.details);
         for (QLabel *label : findChildren<QLabel *>()) {
             label->setTextFormat(Qt::PlainText);
             keepLinesWhole(*label);
@@ -60,8 +60,8 @@ public:
         keepButtonsOnScreen();
     }
 
-    /// To be called once the buttons are in: a short text must not cut the
-    /// title off. Icons would make some of the buttons look unlike the others.
+    /// Call this when the box has its buttons. Makes the box wide enough for its
+    /// title, and removes icons, which only some of the buttons would have.
     void finish()
     {
         for (QAbstractButton *button : buttons())
@@ -87,11 +87,11 @@ protected:
     }
 
 private:
-    /// Icon, buttons and gaps of a title bar, in pixels.
+    /// Width of the icon, buttons and gaps of a title bar, in pixels.
     static constexpr int titleBarExtras = 140;
 
-    // The texts have their line ends where they are meant to be; the toolkit
-    // would wrap them at 500 pixels.
+    // The texts already have their line ends; the toolkit would wrap them at 500
+    // pixels.
     void keepLinesWhole(QLabel &label)
     {
         label.ensurePolished();
@@ -100,9 +100,9 @@ private:
             label.setMinimumWidth(qMin(label.sizeHint().width(), widestLine(*this)));
     }
 
-    // A text may hold a value of any length, with no blanks in it, or as many lines
-    // as a rule library has faults: a word that is wider than the box is broken,
-    // and what the screen has no room for is scrolled.
+    // A text may contain a long value without blanks, or a line for each fault in a
+    // rule library. So a word wider than the box is broken, and a text higher than
+    // the screen is scrolled.
     void keepButtonsOnScreen()
     {
         for (const char *name : {"qt_msgbox_label", "qt_msgbox_informativelabel"}) {
@@ -122,7 +122,7 @@ private:
         wrapped->setObjectName(QStringLiteral("WrappedText"));
         const bool fits = wrapped->minimumHeight() <= highestText(*this);
         delete layout()->replaceWidget(&label, fits ? wrapped : scrolled(wrapped));
-        label.hide(); // the box still has its text
+        label.hide(); // the box keeps its text
     }
 
     QWidget *scrolled(WrappingLabel *text)
@@ -170,7 +170,7 @@ int show(PlainBox &window, const QList<QAbstractButton *> &buttons)
     return static_cast<int>(buttons.indexOf(window.clickedButton()));
 }
 
-// One role for all buttons keeps them in the order in which they are added.
+// With one role for all buttons, the toolkit keeps their order.
 int showButtons(QWidget *parent, const MessageBox &box, const QStringList &texts)
 {
     PlainBox window(box, parent);
@@ -184,14 +184,14 @@ int showButtons(QWidget *parent, const MessageBox &box, const QStringList &texts
     return show(window, buttons);
 }
 
-void tell(QWidget *parent, QMessageBox::Icon icon, const QString &title, const QString &text,
-          const QString &remark = QString())
+void showText(QWidget *parent, QMessageBox::Icon icon, const QString &title, const QString &text,
+              const QString &details = QString())
 {
     MessageBox box;
     box.icon = icon;
     box.title = title;
     box.text = text;
-    box.remark = remark;
+    box.details = details;
     box.canEscape = true;
     static_cast<void>(ask(parent, box));
 }
@@ -200,18 +200,18 @@ void tell(QWidget *parent, QMessageBox::Icon icon, const QString &title, const Q
 
 void inform(QWidget *parent, const QString &title, const QString &text)
 {
-    tell(parent, QMessageBox::Information, title, text);
+    showText(parent, QMessageBox::Information, title, text);
 }
 
 void warn(QWidget *parent, const QString &title, const QString &text)
 {
-    tell(parent, QMessageBox::Warning, title, text);
+    showText(parent, QMessageBox::Warning, title, text);
 }
 
 void reportFailure(QWidget *parent, const QString &title, const QString &text,
-                   const QString &remark)
+                   const QString &details)
 {
-    tell(parent, QMessageBox::Critical, title, text, remark);
+    showText(parent, QMessageBox::Critical, title, text, details);
 }
 
 int ask(QWidget *parent, const MessageBox &box)
@@ -258,8 +258,8 @@ int run(QDialog &dialog)
     if (Application::hasFailed())
         return QDialog::Rejected;
     const int result = dialog.exec();
-    // A window manager that sees a box and then its dialog close may still be
-    // giving the keys to the dialog, and would leave them nowhere.
+    // If a box and then its dialog close, a window manager may still be moving the
+    // keyboard focus to the dialog; then no window would have it.
     if (QWidget *parent = dialog.parentWidget())
         parent->activateWindow();
     return result;

@@ -1,9 +1,8 @@
-// Everything that the editor asks or tells the user in a box of the toolkit:
-// message boxes and the file dialog. All of them pass here, so that their form
-// is settled once and a test can answer in the user's place.
+// All message boxes of the editor, and its file dialog. They are made here, so that
+// all have the same form and a test can answer instead of the user.
 //
-// Every text is shown as it stands, never as markup. Nothing is asked any more
-// once the application has failed: each question then gives its "no".
+// Every text is shown as plain text, never as markup. After the application has
+// failed, no question is shown; each returns its "no".
 #pragma once
 
 #include <QMessageBox>
@@ -17,19 +16,19 @@ class QWidget;
 
 namespace velEditor {
 
-/// One message box as the user sees it.
+/// The content of one message box.
 struct MessageBox
 {
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QString title;
     QString text;
-    /// Below the text, where there is more to say; empty for nothing.
-    QString remark;
-    /// In the order shown; none stands for one button "&Ok".
+    /// More text, shown below `text`; may be empty.
+    QString details;
+    /// The buttons in the order shown; none means one button "&Ok".
     QStringList buttons;
     /// The button that Return presses.
     int defaultButton = 0;
-    /// Whether Escape and the window frame close the box; it then gives −1.
+    /// Whether Escape and the window frame close the box, which then returns −1.
     bool canEscape = false;
 };
 
@@ -38,31 +37,32 @@ struct MessageBox
 void inform(QWidget *parent, const QString &title, const QString &text);
 void warn(QWidget *parent, const QString &title, const QString &text);
 void reportFailure(QWidget *parent, const QString &title, const QString &text,
-                   const QString &remark = QString());
+                   const QString &details = QString());
 
 // --- Questions ----------------------------------------------------------------
 
-/// The index of the button that was pressed, −1 for none.
+/// Shows the box. Returns the index of the pressed button, −1 for none.
 [[nodiscard]] int ask(QWidget *parent, const MessageBox &box);
 
-/// A question with the standard buttons Yes and No, of which No is the default.
+/// Asks a question with the standard buttons Yes and No; No is the default.
 [[nodiscard]] bool askYesNo(QWidget *parent, const QString &title, const QString &text);
 
-/// The name of a file to be written, empty when the user cancels.
+/// Asks for the name of a file to write; empty if the user cancels.
 [[nodiscard]] QString askSaveFileName(QWidget *parent, const QString &title,
                                       const QString &proposal);
 
-/// Runs a dialog modally and gives its result.
+/// Runs a dialog modally and returns its result.
 int run(QDialog &dialog);
 
 // --- Answers for tests --------------------------------------------------------
 
-/// While set, boxes are not shown: the function is given each and its result
-/// is the index of the button pressed. Of `askYesNo` the buttons are "Yes" and
-/// "No". An empty function restores the real boxes.
+/// Sets a function that answers boxes instead of showing them. It receives each box
+/// and returns the index of the pressed button; the buttons of `askYesNo` are "Yes"
+/// and "No". An empty function restores the real boxes.
 void setBoxAnswers(std::function<int(const MessageBox &)> answers);
 
-/// The same for the file dialog: given title and proposal, gives the name.
+/// The same for the file dialog; the function receives title and proposal and returns
+/// the name.
 void setFileNameAnswers(std::function<QString(const QString &, const QString &)> answers);
 
 } // namespace velEditor

@@ -1,8 +1,8 @@
-// The command data of a document: what the database holds, and the changes that
-// a document makes to it. All of it goes through the bridge.
+// The command data of a document: queries, and the changes that a document makes. All
+// calls go through the bridge.
 //
-// A change gives what the database says of a failure, and nothing for success.
-// After a failure part of the change may have been made.
+// A change returns the database's message on failure, nothing on success. After a
+// failure part of the change may have been made.
 #pragma once
 
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace velEditor {
 
-/// What a call said that did not succeed, in bytes as the bridge gave it.
+/// The message of a failed call, in the bytes of the bridge; nothing for success.
 using Message = std::optional<std::string>;
 
 /// The message of a call of the bridge, which the next call may overwrite.
@@ -23,28 +23,28 @@ using Message = std::optional<std::string>;
 class CommandData
 {
 public:
-    // --- What is there ------------------------------------------------------
+    // --- Queries ------------------------------------------------------------
 
     /// Whether there is an object or parameter at a path.
     [[nodiscard]] bool has(const std::string &path) const;
 
-    /// The value of a parameter; none where there is none.
+    /// The value of a parameter; none if there is no such parameter.
     [[nodiscard]] std::optional<std::string> value(const std::string &path) const;
 
-    /// What the children of an object add to its path, in stored order; none where
-    /// it is not there.
+    /// The path components of an object's children, in stored order; empty if the
+    /// object does not exist.
     [[nodiscard]] std::vector<std::string> components(const std::string &path) const;
 
-    /// The place of a parameter or object among its siblings; −1 where there is
-    /// none.
+    /// The place of a parameter or object among its siblings, from 0; −1 if it does
+    /// not exist.
     [[nodiscard]] int position(const std::string &path, bool isParameter) const;
 
-    /// An object and all below it; see Edit.h for the form.
+    /// The text of an object and all below it; see Edit.h for the form.
     [[nodiscard]] std::string block(const std::string &path) const;
 
-    // --- Text as a command file has it, read into the data --------------------
-    // `opening` has the lines that open the objects around; none: as the path
-    // has them.
+    // --- Reading text in the form of a command file ---------------------------
+    // `opening` has the lines that open the objects around the new item; if it is
+    // empty, the components of the path are used.
 
     [[nodiscard]] Message readParameter(const std::string &path, const std::string &value,
                                         std::vector<std::string> opening = {});
@@ -55,7 +55,7 @@ public:
 
     [[nodiscard]] Message setValue(const std::string &path, const std::string &value);
 
-    /// Make what is not there, at a place among its siblings.
+    /// Make a new parameter or object at a place among its siblings.
     [[nodiscard]] Message putParameter(const std::string &path, const std::string &value,
                                        int position);
     [[nodiscard]] Message putObject(const std::string &path, const std::string &block,
@@ -65,10 +65,10 @@ public:
     [[nodiscard]] Message deleteObject(const std::string &path);
 };
 
-/// The path of what holds the item at a path; "/" at the top.
+/// The path of the parent of the item at a path; "/" at the top.
 [[nodiscard]] std::string parentPath(const std::string &path);
 
-/// What a path has after its last '/'.
+/// The part of a path after its last '/'.
 [[nodiscard]] std::string lastComponent(const std::string &path);
 
 /// The path of a child of the object at a path.

@@ -1,3 +1,4 @@
+// Backups, spare copies, and writing of the target.
 #include "veleditor/src/CommandFile.h"
 
 #include "veleditor/src/SpareFile.h"
@@ -24,7 +25,7 @@ namespace velEditor {
 
 namespace {
 
-/// The permissions of a file, and nothing when it has none to copy.
+/// The permissions of a file, if it exists.
 class Permissions
 {
 public:
@@ -36,7 +37,7 @@ public:
         permissions_ = status.permissions();
     }
 
-    /// A failure leaves what the system gives new files.
+    /// Sets them on a file. On failure the file keeps the system's default.
     void giveTo(const std::string &file) const
     {
         std::error_code ignored;
@@ -65,7 +66,7 @@ std::string textOf(const velStringList &lines)
     return text;
 }
 
-/// All bytes of a file; nothing if they cannot be read.
+/// All bytes of a file; nothing if it cannot be read.
 std::optional<std::string> bytesOf(const std::string &file)
 {
     try {
@@ -75,11 +76,11 @@ std::optional<std::string> bytesOf(const std::string &file)
     }
 }
 
-/// A target that is there, and stays as it is until a spare copy is complete.
+/// An existing target. It does not change until a spare copy is complete.
 class Overwriting
 {
 public:
-    /// Opens it, without waiting for whoever might read from a pipe.
+    /// Opens the target, without waiting for a reader if it is a pipe.
     Overwriting(const std::string &target, const Permissions &permissions)
         : target_(target), permissions_(permissions),
           descriptor_(::open(target.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)),
@@ -99,8 +100,8 @@ public:
     [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
     [[nodiscard]] const std::string &failure() const { return failure_; }
 
-    /// Replaces what the target holds. Afterwards the former data has the name
-    /// `backup`, if that is not empty and can be had.
+    /// Replaces the content of the target. Afterwards the former data is in `backup`,
+    /// if that name is not empty and can be used.
     SaveResult replace(const std::string &text, const std::string &backup)
     {
         const std::optional<std::string> former = isRegular_ ? bytesOf(target_) : std::nullopt;
@@ -156,14 +157,14 @@ private:
     }
 
     std::string target_;
-    const Permissions &permissions_; ///< what a regular file is given
+    const Permissions &permissions_; ///< for a regular file
     int descriptor_;                 ///< owned; −1 if the target cannot be opened
     std::string failure_;
     bool isRegular_ = false;
 };
 
-/// The name that the former data of a target is to have: none where another
-/// file has the loaded data, or where the target leads to that name.
+/// The name for the backup of a target's former data. Empty if another file has the
+/// loaded data, or if the target is a link to that name.
 std::string nameForFormer(const std::string &loaded, const std::string &target, bool isMoved)
 {
     std::string name = veltext::backupNameOf(target);
@@ -190,7 +191,7 @@ SaveResult overwrite(const std::string &loaded, const std::string &target,
     return result;
 }
 
-/// Writes to a target that is not there yet.
+/// Writes a target that does not exist yet.
 SaveResult create(const std::string &target, const Permissions &permissions,
                   const std::string &backup)
 {
@@ -210,10 +211,10 @@ SaveResult create(const std::string &target, const Permissions &permissions,
 
 } // namespace
 
-// 1. The loaded file becomes the backup.
-// 2. A target that is there anyway is overwritten once there is a spare copy.
-// 3. Any other target is created. One that is not complete is removed: the next
-//    save would otherwise put it in the backup's place.
+// 1. Move the loaded file to the backup.
+// 2. If the target still exists, make a spare copy, then overwrite the target.
+// 3. Otherwise create the target. Remove it if it is incomplete; the next save would
+//    replace the backup with it.
 SaveResult writeCommandFile(const std::string &loaded, const std::string &target)
 {
     const Permissions permissions(loaded);

@@ -1,4 +1,4 @@
-// Loading, edits and their reports, validation, saving.
+// Loading, edits and their signals, validation, saving.
 #include "veleditor/src/Document.h"
 
 #include "velparser/api/velparser.h"
@@ -18,7 +18,7 @@ namespace {
 
 constexpr unsigned safeModeLevel = 2;
 
-/// The bytes of a regular file; none of any other, or where it cannot be read.
+/// The bytes of a regular file; empty for any other file and if it cannot be read.
 std::string bytesOf(const std::string &file)
 {
     std::error_code unknown;
@@ -180,8 +180,8 @@ Message Document::change(Edit &edit)
     return replaceObject(edit);
 }
 
-// A command file that states a parameter again gives it another value and leaves
-// it in its place.
+// If a command file states a parameter again, the parameter gets the new value and
+// keeps its place.
 Message Document::addParameter(Edit &edit)
 {
     if (edit.position != Edit::atEnd)

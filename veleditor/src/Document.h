@@ -1,12 +1,12 @@
-// The command file that is edited: the file, its text as it was loaded, the
-// data, and whether that differs from what is on the disk.
+// The command file that is edited: its name, its loaded text, its data, and whether
+// the data differs from the file on the disk.
 //
-// Every change of the data passes `apply`. Each is reported by one signal of its
-// kind and then, as a complete edit, by `applied`; with its inverse the data can
-// be brought back exactly. A document knows nothing of windows: whoever shows it
-// listens to its signals.
+// Every change of the data goes through `apply`. It emits one signal for the kind of
+// change, then `applied` with the complete edit; applying the inverse of that edit
+// restores the data exactly. A document does not know any window; windows connect to
+// its signals.
 //
-// The data is that of the bridge's default instance, of which a process has one.
+// The data is that of the bridge's default session; a process has one.
 #pragma once
 
 #include "veleditor/src/CommandData.h"
@@ -30,31 +30,31 @@ public:
     /// Whether an edit marks the document as modified.
     enum class Marking { Modified, None };
 
-    /// Nothing is read yet.
+    /// Reads nothing yet.
     explicit Document(std::string file, QObject *parent = nullptr);
 
     [[nodiscard]] const std::string &file() const { return file_; }
 
     // --- Loading -------------------------------------------------------------
 
-    /// Reads the rule libraries that the environment names. Gives what is wrong with
-    /// them, with file and line.
+    /// Reads the rule libraries that the environment names. Returns their faults, with
+    /// file and line.
     [[nodiscard]] Message readLibraries();
 
-    /// Reads the file into the data. Gives why it is refused, with the line.
+    /// Reads the file into the data. Returns why it is refused, with the line.
     [[nodiscard]] Message load();
 
-    /// The bytes of the file when it was loaded. None are kept of a pipe or
-    /// device, which gives them only once.
+    /// The bytes of the file when it was loaded. Empty for a pipe or device, which can
+    /// be read only once.
     [[nodiscard]] const std::string &loadedText() const { return loadedText_; }
 
-    /// In which encoding typed values are stored: that of the loaded text.
+    /// The encoding of the loaded text; typed values are stored in it.
     [[nodiscard]] TextEncoding encoding() const { return encoding_; }
 
-    /// From then on only what a running solver reads again may be changed.
+    /// From now on only values that a running solver reads again can be changed.
     void setSafeMode();
 
-    /// Give why units or bounds cannot be checked.
+    /// Return why units or bounds cannot be checked.
     [[nodiscard]] Message switchUnitsChecksOn();
     [[nodiscard]] Message switchBoundsChecksOn();
 
@@ -62,11 +62,11 @@ public:
 
     [[nodiscard]] const CommandData &data() const { return data_; }
 
-    /// Makes a change. On success the signals follow. A failure gives what the
-    /// database says; the change may have been made in part, nothing is
-    /// reported, and the document is marked anyway.
+    /// Makes a change and emits its signals. On failure returns the database's
+    /// message and emits no signal; part of the change may have been made, and the
+    /// document is marked as modified.
     ///
-    /// `oldText` of the edit, and `position` of what is deleted, are found here.
+    /// Fills in `oldText` of the edit and, for a deletion, `position`.
     [[nodiscard]] Message apply(Edit edit, Marking marking = Marking::Modified);
 
     /// Makes a change that is known to lead from the state `from` to the state `to`,
@@ -79,9 +79,9 @@ public:
     /// there is none.
     [[nodiscard]] Message rollBack();
 
-    /// Brings the data up to the current version of the language: none when
-    /// nothing had to be changed, else the text that lists the changes. Neither
-    /// marks the document nor reports: whoever calls tells the user first.
+    /// Upgrades the data to the current version of the language. Returns the list of
+    /// changes as text, none if nothing had to change. Neither marks the document nor
+    /// emits signals, because the caller informs the user first.
     [[nodiscard]] Message upgrade();
 
     // --- Unsaved changes -------------------------------------------------------
@@ -102,7 +102,7 @@ public:
     void clearModified();
 
     // --- Validation --------------------------------------------------------------
-    // None when all is valid, else the findings, one a line.
+    // They return the findings, one per line; none if there are none.
 
     [[nodiscard]] Message validate();
     [[nodiscard]] Message validateObject(const std::string &path);
@@ -110,8 +110,8 @@ public:
 
     // --- Saving --------------------------------------------------------------------
 
-    /// Writes the data to a file; see writeCommandFile. What was written to its
-    /// end is what is on the disk from then on, under whatever name.
+    /// Writes the data to a file; see writeCommandFile. If all of it was written, the
+    /// document is no longer modified, whatever the name of the file.
     [[nodiscard]] SaveResult save(const std::string &target);
 
 signals:
@@ -120,25 +120,24 @@ signals:
 
     void valueChanged(const std::string &path, const std::string &value);
 
-    /// A parameter or object has come: new after its siblings where `position`
-    /// is `Edit::atEnd`, else put back at that place.
+    /// A parameter or object was added: after its siblings if `position` is
+    /// `Edit::atEnd`, else at that place.
     void parameterAdded(const std::string &path, int position);
     void objectAdded(const std::string &path, int position);
 
     void parameterRemoved(const std::string &path);
     void objectRemoved(const std::string &path);
 
-    /// All of the data may be other data.
+    /// All of the data may have changed.
     void reloaded();
 
-    /// A change as it was made: complete, so that it has an inverse. Comes after
-    /// the signal of its kind.
+    /// The complete edit, which has an inverse. Comes after the signal of its kind.
     void applied(const velEditor::Edit &edit);
 
-    /// The document was marked, also when it was so before.
+    /// The mark was set, perhaps to the same value as before.
     void modifiedMarked(bool modified);
 
-    /// Findings for what is at `path` and below it; none when it is valid.
+    /// The findings for the item at `path` and all below it; none if it is valid.
     void validated(const std::string &path, const velEditor::Message &findings);
 
 private:
@@ -168,7 +167,7 @@ private:
     std::uint64_t revisionOnDisk_ = 0;
     std::uint64_t lastRevision_ = 0; ///< the highest number so far
     bool isMarked_ = false;
-    std::optional<Edit> lastEdit_; ///< what `rollBack` takes back
+    std::optional<Edit> lastEdit_; ///< the edit that `rollBack` reverts
 };
 
 } // namespace velEditor

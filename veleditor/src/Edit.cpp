@@ -1,4 +1,4 @@
-// Making edits, and their inverses.
+// Makes edits and their inverses.
 #include "veleditor/src/Edit.h"
 
 #include <utility>

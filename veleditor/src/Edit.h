@@ -1,9 +1,9 @@
-// One change of the command data, as a plain value: what is needed to make it
-// and to take it back.
+// One change of the command data as a plain value, with all that is needed to make it
+// and to undo it.
 //
-// Texts. Of a parameter it is the value, as the database stores it. Of an object
-// it is its block, a statement a line and not indented: "TYPE : Name" or
-// "TYPE :", then "Name = value" and blocks like it in stored order, then "END".
+// The text of a parameter is its value as the database stores it. The text of an
+// object is its block, one statement per line, not indented: "TYPE : Name" or
+// "TYPE :", then "Name = value" and nested blocks in stored order, then "END".
 #pragma once
 
 #include <string>
@@ -22,7 +22,7 @@ struct Edit
         ReplaceObject,
     };
 
-    /// The place of something new: after its siblings.
+    /// The place of a new item: after its siblings.
     static constexpr int atEnd = -1;
 
     Kind kind = Kind::SetValue;
@@ -30,41 +30,41 @@ struct Edit
     /// The full path of the parameter or object.
     std::string path;
 
-    /// The text before the change; empty where there was nothing.
+    /// The text before the change; empty if there was none.
     std::string oldText;
 
-    /// The text after it; empty where there is nothing. With `atEnd` the text of
-    /// what is added is as a command file has it, and the database reads it as
-    /// it reads a file; at any other place it is stored exactly.
+    /// The text after the change; empty if there is none. Text added `atEnd` is in the
+    /// form of a command file, and the database reads it like a file; at any other
+    /// place the text is stored exactly.
     std::string newText;
 
-    /// The place among the siblings, counted from 0, or `atEnd`. A change of a
-    /// value has none.
+    /// The place among the siblings, counted from 0, or `atEnd`. Not used for a change
+    /// of a value.
     int position = atEnd;
 
-    /// The lines that open the objects around what is added `atEnd`, where they
-    /// are worded as the user sees them; none: as the path has them.
+    /// The lines that open the objects around an item added `atEnd`, as the user sees
+    /// them; if empty, the components of the path are used.
     std::vector<std::string> opening = {};
 
     bool operator==(const Edit &) const = default;
 };
 
-// --- Edits to apply. What was there before is found by Document::apply. -----------
+// --- Edits to apply; Document::apply fills in the former text ---------------------
 
 [[nodiscard]] Edit settingValue(std::string path, std::string value);
 
-/// `value` as a command file has it.
+/// `value` is in the form of a command file.
 [[nodiscard]] Edit addingParameter(std::string path, std::string value,
                                    std::vector<std::string> opening = {});
 
 [[nodiscard]] Edit deletingParameter(std::string path);
 
-/// `block` as a command file has it.
+/// `block` is in the form of a command file.
 [[nodiscard]] Edit addingObject(std::string path, std::string block);
 
 [[nodiscard]] Edit deletingObject(std::string path);
 
-/// The edit that takes `done` back, which is complete: Document::applied gave it.
+/// The edit that undoes `done`, a complete edit from Document::applied.
 [[nodiscard]] Edit inverse(const Edit &done);
 
 } // namespace velEditor

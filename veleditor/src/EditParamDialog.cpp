@@ -1,3 +1,4 @@
+// Builds the dialog for a value, and checks what was typed.
 #include "veleditor/src/EditParamDialog.h"
 
 #include "veleditor/src/Boxes.h"
@@ -48,8 +49,8 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
     setMinimumWidth(fewestPixels);
 }
 
-// A current value that is not among the allowed ones is shown, but cannot be
-// chosen again once another is.
+// If the current value is not an allowed one, it is shown, but the user cannot choose
+// it again after choosing another.
 void EditParamDialog::addList(QVBoxLayout &layout, const QString &name)
 {
     layout.addWidget(makeLabel(tr("Select a new value for: ") + name, this));
@@ -82,7 +83,7 @@ void EditParamDialog::doOk()
         accept();
 }
 
-// An untouched field leaves the value as it is, byte for byte.
+// If the user has not changed the field, the value keeps its bytes.
 bool EditParamDialog::takeText()
 {
     const QTextDocument &text = *textField_->document();

@@ -23,11 +23,11 @@ namespace velEditor {
 
 namespace {
 
-// Where the tree stands in the window.
+// The place of the tree in the window.
 constexpr QPoint treeTopLeft(10, 40);
 constexpr int treeRightGap = 6;
 constexpr int treeBottomGap = 11;
-/// What the two columns leave of the window's width.
+/// The part of the window's width that the two columns do not use, in pixels.
 constexpr int columnsGap = 15;
 
 QIcon iconBelow(const char *root)
@@ -39,7 +39,7 @@ QIcon iconBelow(const char *root)
     return icon;
 }
 
-/// Qt takes "[*]" in a title for the place of a mark of its own, unless it stands twice.
+/// Qt replaces "[*]" in a title with its own mark unless it is doubled.
 QString asTitle(const std::string &fileName)
 {
     const QString mark = QStringLiteral("[*]");
@@ -155,9 +155,9 @@ void Editor::showHelp(const char *topic)
     helpServer_->showHelp(topic, "", JavaHelpServer::RegularHelp);
 }
 
-/// The topic that the row's rule names. Where it names none, that of an object
-/// is its type, as its label has it before the colon, and a parameter is a
-/// section of its object's topic.
+/// Shows the topic that the row's rule names. If the rule names none, the topic of an
+/// object is its type, the text before the colon of its label; a parameter is a
+/// section in the topic of its object.
 void Editor::helpOnRow()
 {
     const VELTreeItem *row = tree_->selectedItem();
@@ -212,7 +212,7 @@ void Editor::helpOnHelp()
     showHelp("Help On Help");
 }
 
-/// Validates; true when the data is to be written.
+/// Validates; true if the data may be written.
 bool Editor::confirmErrors()
 {
     const Message errors = callWaiting([this] { return document_->validate(); });
@@ -222,15 +222,15 @@ bool Editor::confirmErrors()
     return run(dialog) == QDialog::Accepted;
 }
 
-/// What a box about a failed save says besides the failure: which file now has
-/// the former data, and which the new.
+/// The details in a box about a failed save: which files have the former and the new
+/// data.
 QString Editor::whatWasKept(const SaveResult &result)
 {
     QStringList kept;
     if (!result.backup.empty())
-        kept += tr("The file as it was before is kept in\n  ") + fromBytes(result.backup);
+        kept += tr("The former file is kept in\n  ") + fromBytes(result.backup);
     else if (result.outcome == SaveOutcome::Unchanged)
-        kept += tr("The file itself is as it was before.");
+        kept += tr("The file itself has not changed.");
     if (!result.newData.empty())
         kept += tr("Your modifications are kept in\n  ") + fromBytes(result.newData);
     return kept.join(u'\n');
@@ -280,8 +280,8 @@ bool Editor::mayClose()
     }
 }
 
-// Leaving the loop directly, instead of asking the application to quit, keeps
-// the window from being asked a second time.
+// Leaves the loop directly; asking the application to quit would ask this window a
+// second time.
 void Editor::closeEvent(QCloseEvent *event)
 {
     if (!mayClose()) {

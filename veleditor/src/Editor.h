@@ -1,8 +1,7 @@
-// The main window: has the document loaded, shows it as a tree, has it saved and
-// validated, asks before changes are lost, and has help shown.
+// The main window: loads, shows, validates and saves the document, asks before
+// changes are lost, and shows help.
 //
-// One window edits one command file for the life of the process. Everything
-// happens on the GUI thread.
+// One window edits one command file for the life of the process. GUI thread only.
 #pragma once
 
 #include "help/JavaHelpServer.h"
@@ -30,19 +29,19 @@ class Editor : public QWidget
 
 public:
     /// Reads the rule libraries, loads `fileName` and builds the tree, while a
-    /// welcome label is on screen. `name` (may be null) is the object's name.
-    /// Throws `fileError` with the loader's text when the file cannot be
-    /// loaded, and `error` when the tree cannot be built.
+    /// welcome label is shown. `name` is the object name, or null. Throws
+    /// `fileError` with the loader's text if the file cannot be loaded, and `error`
+    /// if the tree cannot be built.
     Editor(QWidget *parent, const char *name, std::string fileName, bool safeMode);
     ~Editor() override;
 
     [[nodiscard]] Document &document() { return *document_; }
     [[nodiscard]] VELTree &tree() { return *tree_; }
 
-    /// Validates and writes the document to `target`, the loaded file having
-    /// become `target`.bak; see CommandFile.h. False when the user declines to save
-    /// with errors, or when not everything could be written, after a box that
-    /// says so. True also when `target` could not be opened, after its box.
+    /// Validates the document, moves the loaded file to `target`.bak and writes
+    /// `target`; see CommandFile.h. False if the user does not want to save with
+    /// errors, or if not everything could be written, after a box that says so. True
+    /// also if `target` could not be opened, after its box.
     bool save(const std::string &target);
 
 public slots:
@@ -82,15 +81,15 @@ private:
     [[nodiscard]] bool confirmErrors();
     [[nodiscard]] bool mayClose();
 
-    Document *document_;      ///< a child; its file is what a plain save overwrites
-    UndoHistory *history_;    ///< a child; what was done to the document
+    Document *document_;      ///< a child; Save writes to its file
+    UndoHistory *history_;    ///< a child; the edits that can be undone
     QAction *undo_ = nullptr; ///< a child; null until the menus are made
     QAction *redo_ = nullptr; ///< the same
     VELTree *tree_ = nullptr; ///< a child widget; null until it is built
     std::unique_ptr<JavaHelpServer> helpServer_;
     QMenuBar *menuBar_ = nullptr;
     QString buildLabel_;
-    std::unique_ptr<QLabel> welcome_; ///< a window of its own; hidden once the tree stands
+    std::unique_ptr<QLabel> welcome_; ///< a separate window; hidden when the tree is built
 };
 
 } // namespace velEditor

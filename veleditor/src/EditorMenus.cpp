@@ -17,7 +17,7 @@ QMenu *addMenu(QMenuBar &bar, const QString &title, const char *name)
     QMenu *menu = bar.addMenu(title);
     menu->setObjectName(QString::fromLatin1(name));
     menu->setAccessibleName(menu->title().remove(u'&'));
-    menu->setFont(bar.font()); // a window has the desktop's by itself
+    menu->setFont(bar.font()); // a menu is a window and would use the desktop's font
     return menu;
 }
 
@@ -89,8 +89,8 @@ void Editor::addHelpMenu(QMenuBar &bar)
     addHelpEntry(tr("&Help On Help"), "HelpOnHelp", &Editor::helpOnHelp);
 }
 
-// The menu that the Menu key and Shift+F10 open at the selected row. Its keys
-// work without it too; the menu bar is laid down and has no place for them.
+// The menu that the Menu key and Shift+F10 open at the selected row. Its shortcuts
+// also work without it. They are not in the menu bar, whose entries are fixed.
 void Editor::addRowMenu()
 {
     auto *menu = new QMenu(tr("Row"), tree_);
@@ -105,7 +105,7 @@ void Editor::addRowMenu()
                                  auto *receiver, auto slot) {
         QAction *entry = addEntry(*menu, text, name, shortcut);
         connect(entry, &QAction::triggered, receiver, slot);
-        addAction(entry); // for its key
+        addAction(entry); // for its shortcut
         return entry;
     };
     QAction *copyPath =

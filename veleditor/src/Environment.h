@@ -1,11 +1,11 @@
-// The environment variables that the editor reads, all of them here.
-// docs/environment.md explains them. The texts belong to the environment.
+// Reads all environment variables of the editor. docs/environment.md explains them.
+// The texts belong to the environment.
 #pragma once
 
 namespace velEditor::environment {
 
-/// ZOT5ROOT: the folder that holds etc/icons/. Null, with a line on standard
-/// error, where it is not set.
+/// ZOT5ROOT: the folder that contains etc/icons/. If it is not set: null, with a line
+/// on standard error.
 [[nodiscard]] const char *rootFolder();
 
 /// ZOTBUILDID: the name of the build. Null as for rootFolder().

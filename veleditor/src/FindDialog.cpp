@@ -1,3 +1,4 @@
+// The dialog for the text to find, and each step of the search.
 #include "veleditor/src/FindDialog.h"
 
 #include "veleditor/src/Boxes.h"
@@ -18,7 +19,7 @@ namespace {
 QPushButton *plainButton(const QString &text, const char *name, QWidget *parent)
 {
     QPushButton *button = makeButton(text, name, parent);
-    button->setAutoDefault(false); // Return belongs to the entry
+    button->setAutoDefault(false); // the entry handles Return
     return button;
 }
 
@@ -32,7 +33,7 @@ FindDialog::FindDialog(VELTree *tree) : QDialog(tree), tree_(tree), entry_(new Q
 
     auto *layout = new QVBoxLayout(this);
     layout->setSpacing(10);
-    layout->setContentsMargins(10, 6, 10, 6); // all of it fits the size below
+    layout->setContentsMargins(10, 6, 10, 6); // so that everything fits the size below
     layout->addWidget(makeLabel(tr("Enter the string to find:"), this));
     entry_->setObjectName(QStringLiteral("Text"));
     entry_->setAccessibleName(tr("Text to find"));
@@ -76,7 +77,7 @@ void FindDialog::find()
         return;
     }
     tree_->showMatch(*match);
-    nextItem_ = rowBehind(*match);
+    nextItem_ = rowAfter(*match);
 }
 
 void FindDialog::reportNotFound(const QString &text)

@@ -1,8 +1,8 @@
-// Asks for a text and steps from match to match through the command tree.
+// Asks for a text and goes from match to match in the command tree.
 //
-// The dialog blocks the other windows while it is visible, but it is shown
-// without a loop of its own. It belongs to the tree, remembers where the next
-// search starts, and must be told when rows disappear.
+// The visible dialog blocks the other windows, but it does not run its own event
+// loop. It belongs to the tree, remembers where the next search starts, and must be
+// informed when rows are deleted.
 #pragma once
 
 #include <QDialog>
@@ -27,13 +27,13 @@ public:
     /// Selects the whole text, so that typing replaces it, and shows the dialog.
     void showForTyping();
 
-    /// Where the next search starts; null: nowhere, it reports "Not Found" and
-    /// the one after it starts at the top. Not owned.
+    /// The row where the next search starts, not owned. If it is null, the next
+    /// search reports "Not Found", and the one after it starts at the top.
     [[nodiscard]] VELTreeItem *nextItem() const { return nextItem_; }
     void setNextItem(VELTreeItem *item) { nextItem_ = item; }
 
 public slots:
-    /// One step: shows and selects the next match, or says that there is none.
+    /// Shows and selects the next match, or says that there is none.
     void find();
 
 private:

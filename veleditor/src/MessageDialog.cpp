@@ -1,3 +1,4 @@
+// Shows messages, and writes them to a file.
 #include "veleditor/src/MessageDialog.h"
 
 #include "veleditor/src/Boxes.h"
@@ -29,8 +30,7 @@ QLabel *wrappedLabel(const QString &text, const char *name, QWidget *parent)
     return label;
 }
 
-/// Sets the lines of a text off from each other where they are wrapped: each
-/// goes on further in than it begins.
+/// Indents the continuation of wrapped lines, so that each message can be recognised.
 void indentWrappedLines(QTextDocument &document)
 {
     QTextBlockFormat hanging;

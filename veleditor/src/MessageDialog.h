@@ -1,10 +1,9 @@
-// Dialogs that show a block of messages and can write it to a file; as a
-// question they also return the user's yes or no.
+// Dialogs that show a list of messages and can write it to a file. As a question they
+// also return the user's yes or no.
 //
-// An informing dialog is modeless and deletes itself when it is closed; the
-// caller creates it with `new`, gives it a parent and shows it. A question is
-// run modally by its caller, who owns it: accepted is yes, rejected is no or
-// closed.
+// A dialog that only informs is modeless and deletes itself when it closes; the caller
+// creates it with `new`, gives it a parent and shows it. A question belongs to its
+// caller, who runs it modally: accepted means yes, rejected means no or closed.
 #pragma once
 
 #include <QDialog>
@@ -21,16 +20,16 @@ class MessageDialog : public QDialog
     Q_OBJECT
 
 public:
-    /// `messages` are bytes as the database gave them; `question` is shown in
-    /// question mode only.
+    /// `messages` are the bytes of the database; `question` is shown only in question
+    /// mode.
     MessageDialog(QWidget *parent, const QString &name, const QString &title,
                   const QString &heading, const QString &fileButtonText,
                   const QString &defaultFileName, std::string_view messages, bool questionMode,
                   const QString &question);
 
 public slots:
-    /// Asks for a file and writes the messages shown to it, in UTF-8. The
-    /// dialog stays open.
+    /// Asks for a file and writes the messages to it, in UTF-8. The dialog stays
+    /// open.
     void writeMessagesToFile();
 
 private:
@@ -40,7 +39,7 @@ private:
     QTextEdit *messageArea_;
 };
 
-/// The findings of a validation; as a question, whether to save all the same.
+/// The findings of a validation; as a question, whether to save anyway.
 class ErrorDialog : public MessageDialog
 {
     Q_OBJECT
@@ -49,7 +48,7 @@ public:
     ErrorDialog(QWidget *parent, const QString &name, std::string_view messages, bool questionMode);
 };
 
-/// What the upgrade of a command file has changed.
+/// The changes that an upgrade has made.
 class VELUpgradeMessagesDialog : public MessageDialog
 {
     Q_OBJECT

@@ -1,3 +1,4 @@
+// Colours and lengths of the texts in the rows.
 #include "veleditor/src/RowDelegate.h"
 
 #include "veleditor/src/Text.h"
@@ -17,7 +18,7 @@ constexpr QColor expertColour(255, 140, 0);
 constexpr QColor valueColour(0, 200, 0);
 constexpr QColor highlightColour(0, 0, 255);
 
-/// The colour of a row's text; none for the normal one.
+/// The colour of a row's text; none for the normal colour.
 std::optional<QColor> textColour(const VELTreeItem &item, int column)
 {
     if (!item.isEditable())
@@ -50,7 +51,7 @@ void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInde
 {
     QStyledItemDelegate::initStyleOption(option, index);
     option->palette.setColor(QPalette::Highlight, highlightColour);
-    option->palette.setColor(QPalette::HighlightedText, Qt::white); // in any palette
+    option->palette.setColor(QPalette::HighlightedText, Qt::white); // in every palette
 
     const auto *tree = qobject_cast<const VELTree *>(option->widget);
     if (tree == nullptr)

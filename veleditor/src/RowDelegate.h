@@ -1,6 +1,5 @@
-// Paints the rows of the command tree in the colours that tell the user what
-// can be changed: orange for expert parameters, green for the values of all
-// others.
+// Paints the rows of the command tree in colours that show what can be changed:
+// orange for expert parameters, green for the values of all others.
 #pragma once
 
 #include <QStyledItemDelegate>
@@ -14,12 +13,12 @@ class RowDelegate : public QStyledItemDelegate
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    /// The first 1,000 characters of a text: a line of a command file may hold
-    /// millions, and all that are given would be laid out.
+    /// The first 1,000 characters of a text. A line of a command file may have
+    /// millions, and the view would lay out all of them.
     [[nodiscard]] QString displayText(const QVariant &value, const QLocale &locale) const override;
 
-    /// Where the vertical scroll bar covers the end of a column, a text ends
-    /// before it.
+    /// Paints a row. If the vertical scroll bar covers the end of a column, the text
+    /// ends before it.
     void paint(QPainter *painter, const QStyleOptionViewItem &option,
                const QModelIndex &index) const override;
 

@@ -1,3 +1,4 @@
+// Texts about a row, from the fields of its rule.
 #include "veleditor/src/RowHelp.h"
 
 #include "veleditor/src/RuleFields.h"

@@ -1,6 +1,6 @@
-// What the rules say of a row of the command tree, in words for the user. The
-// rules are asked when the words are wanted, so that they are those of the
-// moment: what an object needs may hang on the values in it.
+// Describes a row of the command tree by its rules, as text for the user. The rules
+// are asked each time, because the requirements of an object may depend on the current
+// values in it.
 #pragma once
 
 #include <QString>
@@ -9,15 +9,15 @@ namespace velEditor {
 
 class VELTreeItem;
 
-/// The whole text of a column, which the screen may have cut, whether and how
-/// the parameter can be changed, its description, type, units and bounds. Rich
-/// text, so that it is wrapped.
+/// The tip of a row: the whole text of the column, which the screen may cut; whether
+/// the parameter can be changed; its description, type, units and bounds. As rich
+/// text, so that the toolkit wraps it.
 [[nodiscard]] QString rowToolTip(const VELTreeItem &row, int column);
 
-/// The same with everything else that the rules say.
+/// The same with all other fields of the rule.
 [[nodiscard]] QString rowWhatsThis(const VELTreeItem &row);
 
-/// The help topic that the rule names; empty where it names none.
+/// The help topic that the rule names; empty if it names none.
 [[nodiscard]] QString rowHelpTopic(const VELTreeItem &row);
 
 } // namespace velEditor

@@ -1,4 +1,4 @@
-// What the rules say of an item, as text for the screen.
+// Asks the bridge for the fields of a rule and writes them as text.
 #include "veleditor/src/RuleFields.h"
 
 #include "veleditor/src/Text.h"

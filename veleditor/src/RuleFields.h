@@ -1,5 +1,5 @@
-// What the rules say of an object or a parameter, field by field, as a rule
-// would write it.
+// The fields of the rule for an object or a parameter, as texts in the form of a rule
+// library.
 #pragma once
 
 #include <QString>
@@ -9,19 +9,19 @@
 
 namespace velEditor {
 
-/// "Units" and "kg s^-1".
+/// A field and its text, such as "Units" and "kg s^-1".
 struct RuleField
 {
     QString name;
     QString text;
-    bool inTip = false; ///< the tip of a row shows it
+    bool inTip = false; ///< whether the tip of a row shows it
 };
 
-/// The fields for the item at a database path, there or not; none where there is
-/// no rule, or where the rules fail.
+/// The fields for the item at a database path, which need not exist. Empty if there is
+/// no rule or if the rules fail.
 [[nodiscard]] std::vector<RuleField> ruleFields(const std::string &path);
 
-/// The text of one field; empty where the rule does not have it.
+/// The text of one field; empty if the rule does not have it.
 [[nodiscard]] QString ruleField(const std::string &path, QLatin1String name);
 
 } // namespace velEditor

@@ -1,3 +1,4 @@
+// Computes places and sizes within the screen.
 #include "veleditor/src/ScreenPlace.h"
 
 #include <QScreen>
@@ -8,8 +9,8 @@ namespace velEditor {
 
 namespace {
 
-/// The frame that a window manager puts around a window is known only after it
-/// is shown: room for a title bar and for a border that can be grasped.
+/// The estimated frame of a window: a title bar and a border. The real one is known
+/// only when the window is shown.
 QMargins expectedFrame(const QWidget &window)
 {
     constexpr int border = 6;

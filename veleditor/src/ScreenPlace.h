@@ -1,4 +1,4 @@
-// Where a window goes on the screen.
+// Places windows on the screen.
 #pragma once
 
 #include <QMargins>
@@ -8,17 +8,17 @@ class QWidget;
 
 namespace velEditor {
 
-/// The place nearest to `wanted` at which a window and the `frame` around it
-/// lie within `available`: moved as little as that takes, and made smaller only
-/// if it is larger than the screen.
+/// The place nearest to `wanted` where a window and its `frame` are within
+/// `available`. Moves the window as little as possible, and makes it smaller only if
+/// it is larger than the screen.
 [[nodiscard]] QRect placeWithin(QRect wanted, const QRect &available, const QMargins &frame);
 
-/// Shows a window at `wanted`, in the coordinates of its contents, or as near to
-/// it as the screen allows.
+/// Shows a window with its contents at `wanted`, or as near to it as the screen
+/// allows.
 void showOnScreen(QWidget &window, const QRect &wanted);
 
-/// The size nearest to `wanted` that a window with its frame has room for on the
-/// screen of `window`.
+/// The size nearest to `wanted` at which a window and its frame fit on the screen of
+/// `window`.
 [[nodiscard]] QSize sizeOnScreen(const QWidget &window, const QSize &wanted);
 
 } // namespace velEditor

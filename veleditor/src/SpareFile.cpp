@@ -1,3 +1,4 @@
+// Writes and checks spare files.
 #include "veleditor/src/SpareFile.h"
 
 #include "veleditor/src/TextFile.h"
@@ -24,11 +25,11 @@ namespace {
 
 constexpr mode_t permissionBits = 07777;
 
-/// As much of a file's name as leaves room for what is appended.
+/// Bytes of the file's name that are used; the rest is for the suffix.
 constexpr std::size_t longestName = 200;
 
-/// Where the user's own files of this kind are, made if need be; empty if the
-/// environment names no place or it cannot be made.
+/// The user's folder for spare files; made if needed. Empty if the environment does
+/// not name a place or the folder cannot be made.
 std::string userFolder()
 {
     const std::filesystem::path folder = veltext::stateFolder("saved");
@@ -40,7 +41,7 @@ std::string userFolder()
     return std::filesystem::is_directory(folder, failure) ? folder.string() : std::string();
 }
 
-// As far as the user may; without the right the file is the user's own.
+// A user without the right to change the owner remains the owner.
 void copyOwnerAndMode(const std::string &from, int descriptor)
 {
     struct stat status = {};
@@ -76,7 +77,7 @@ SpareFile::~SpareFile()
         static_cast<void>(std::remove(name_.c_str()));
 }
 
-/// Writes to a new file in a folder. The first error is the one that is kept.
+/// Writes a new file in a folder. Keeps the first error.
 bool SpareFile::write(const std::string &folder, const std::string &file, std::string_view bytes)
 {
     const std::string shortName =

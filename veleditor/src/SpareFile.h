@@ -1,5 +1,5 @@
-// A complete file under a name of its own, made before another file is
-// overwritten: a copy of what that file holds, or the text that it is to hold.
+// A complete file with a new name, made before another file is overwritten: a copy of
+// that file's content, or its new text.
 #pragma once
 
 #include <string>
@@ -10,36 +10,36 @@ namespace velEditor {
 class SpareFile
 {
 public:
-    /// Writes `bytes` beside `file`, or where that cannot be done to the user's
-    /// own folder for such files. What has been written is synced, read again
-    /// and compared. The file has the permissions of `file`, or belongs to the
-    /// user alone if that is not a regular file.
+    /// Writes `bytes` next to `file` or, if that fails, to the user's folder for such
+    /// files. Syncs the spare file, reads it again and compares it. It gets the
+    /// permissions of `file`; if `file` is not a regular file, only the user may read
+    /// it.
     SpareFile(const std::string &file, std::string_view bytes);
 
-    /// Removes the file unless it was kept.
+    /// Deletes the file unless `keep` was called.
     ~SpareFile();
 
     SpareFile(const SpareFile &) = delete;
     SpareFile &operator=(const SpareFile &) = delete;
 
-    /// Whether all of it is on the disk. If not, there is no file.
+    /// Whether all bytes are on the disk. If not, there is no file.
     [[nodiscard]] bool isComplete() const { return !name_.empty(); }
 
-    /// Why not, in the system's words.
+    /// Why the file is not complete: the system's message.
     [[nodiscard]] const std::string &error() const { return error_; }
 
-    /// Leaves the file where it is, and gives its name.
+    /// Keeps the file in its place and returns its name.
     std::string keep();
 
-    /// Gives the file another name, in the place of a file that has it. False,
-    /// and nothing is done, if the name is a folder's or on another disk.
+    /// Renames the file, replacing an existing file. False, without a change, if
+    /// `name` is a folder or on another disk.
     bool becomes(const std::string &name);
 
 private:
     [[nodiscard]] bool write(const std::string &folder, const std::string &file,
                              std::string_view bytes);
 
-    std::string name_; ///< empty: there is no file, or it is no longer ours
+    std::string name_; ///< empty if there is no file or it was kept
     std::string error_;
 };
 

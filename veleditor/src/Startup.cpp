@@ -28,21 +28,21 @@ namespace velEditor {
 
 namespace {
 
-/// What `--help` prints.
+/// The output of `--help`.
 constexpr char helpText[] =
     "usage: veledit [-safe] FILE\n"
     "\n"
-    "Shows a VEL command file as a tree in a window and changes it under the rules\n"
-    "of rule libraries. FILE is the last word. Options of the toolkit, such as\n"
-    "-style, may precede it.\n"
+    "Shows a VEL command file as a tree and lets you change it by the rules of rule\n"
+    "libraries. FILE is the last argument. Options of the toolkit, such as -style, may\n"
+    "precede it.\n"
     "\n"
     "  -safe      edit only what may change while the solver runs on the file\n"
-    "  --help     print this text, if it is the only word\n"
-    "  --version  print the version, if it is the only word\n"
+    "  --help     print this text, if it is the only argument\n"
+    "  --version  print the version, if it is the only argument\n"
     "\n"
-    "A file with such a name is opened as ./--help.\n";
+    "To open a file with the name --help, write ./--help.\n";
 
-/// What a command line of one word asks for besides a window; null for a file.
+/// The answer to an argument that is the only one; null if it is a file name.
 const char *answerTo(std::string_view word)
 {
     if (word == "--help")
@@ -52,7 +52,7 @@ const char *answerTo(std::string_view word)
     return nullptr;
 }
 
-/// Shown beside the main window's corner, not over it.
+/// Shows a dialog next to the main window's corner, not on top of it.
 void showBeside(const Editor &editor, QDialog &dialog)
 {
     dialog.move(editor.pos() + QPoint(50, 50));
@@ -60,8 +60,8 @@ void showBeside(const Editor &editor, QDialog &dialog)
     dialog.repaint();
 }
 
-/// Brings the data up to the current version of the language and offers to
-/// show what that changed.
+/// Upgrades the data to the current version of the language and offers to show the
+/// changes.
 void upgrade(Application &application, Editor &editor)
 {
     const Message changes = callWaiting([&] { return editor.document().upgrade(); });
@@ -107,15 +107,15 @@ int runSession(Application &application, std::unique_ptr<Editor> &editor,
     return application.run();
 }
 
-/// Whether somebody can see a box: not on the platforms without a screen.
+/// Whether the platform has a screen on which a box can be seen.
 bool hasScreen()
 {
     const QString platform = QGuiApplication::platformName();
     return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
 }
 
-/// A program that was started from a desktop has no console. A failure of its
-/// start, which is there already, is then shown in a box as well.
+/// Shows a failure of the start in a box, too, if standard error is not a terminal: a
+/// program started from a desktop does not have a console.
 void showWithoutConsole(const Application &application, const std::string &text)
 {
     if (application.hasRun() || ::isatty(STDERR_FILENO) != 0 || !hasScreen())
@@ -123,7 +123,7 @@ void showWithoutConsole(const Application &application, const std::string &text)
     reportFailure(nullptr, Editor::tr("Command File Editor"), fromBytes(text));
 }
 
-/// Gives what it has printed.
+/// Saves the emergency copy. Returns the text that it has printed.
 std::string saveInEmergency(Editor &editor, const std::string &fileName)
 {
     std::string announcement = "Attempting to save VEL to " + fileName;
@@ -134,7 +134,7 @@ std::string saveInEmergency(Editor &editor, const std::string &fileName)
 
 QtMessageHandler usualMessages = nullptr;
 
-// A toolkit that finds no display tells why and aborts; the telling is enough.
+// Without a display the toolkit prints the reason and aborts. Printing is enough.
 void endInsteadOfAborting(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     if (type != QtFatalMsg) {
@@ -158,9 +158,9 @@ bool isSafeMode(int argc, char **argv)
 
 int runEditor(int argc, char **argv)
 {
-    // Kept: the emergency copy takes the second word as it was given, the file
-    // to edit is the last that the toolkit leaves. They differ when options
-    // precede the file name.
+    // The name of the emergency copy is made from the first argument as given; the
+    // file to edit is the last argument that the toolkit leaves. They differ if options
+    // precede the file name. Users rely on both.
     const std::string emergencyName = std::string(argc > 1 ? argv[1] : "") + ".emergency";
     ignoreWriteSignals();
     if (const char *answer = argc == 2 ? answerTo(argv[1]) : nullptr)

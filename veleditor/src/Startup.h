@@ -1,16 +1,15 @@
-// What the program does from its first to its last instruction.
+// The whole run of the program.
 #pragma once
 
 namespace velEditor {
 
-/// Runs the editor on the last word of the command line and gives the exit
-/// status: the event loop's, or 0 after an error, which is reported on the
-/// console. If that is not a terminal, an error before the event loop is shown
-/// in a box as well. An editor error also leaves a copy of the command data in
-/// the second word of the command line with ".emergency" appended.
+/// Runs the editor on the file that the last argument names. Returns the status of the
+/// event loop, or 0 after an error, which is reported on the console. If that is not a
+/// terminal, an error before the event loop is also shown in a box. After an error of
+/// the editor, a copy of the command data is saved as `argv[1]` + ".emergency".
 ///
-/// "--help" or "--version" as the only word is answered on standard output
-/// without a display; the status is 1 if the answer could not be written.
+/// If the only argument is "--help" or "--version", prints the answer without a
+/// display; the status is 1 if the answer could not be written.
 int runEditor(int argc, char **argv);
 
 } // namespace velEditor

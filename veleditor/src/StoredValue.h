@@ -1,4 +1,4 @@
-// The value that the database has for a parameter.
+// Reads the value of a parameter from the database.
 #pragma once
 
 #include "velparser/api/velparser.h"
@@ -8,7 +8,7 @@
 
 namespace velEditor {
 
-/// None where there is no such path, or nothing that has a value.
+/// None if the path does not exist or does not have a value.
 [[nodiscard]] inline std::optional<std::string> storedValue(const std::string &path)
 {
     std::optional<std::string> value;

@@ -1,3 +1,4 @@
+// Decodes, encodes and shortens texts.
 #include "veleditor/src/Text.h"
 
 #include <QByteArrayView>
@@ -11,7 +12,7 @@ namespace velEditor {
 
 namespace {
 
-/// More than a row has room for, and a dozen lines or so of a tool tip.
+/// More than the width of a row, and about a dozen lines of a tool tip.
 constexpr int mostCharacters = 1000;
 
 bool isAscii(std::string_view bytes)
@@ -20,7 +21,7 @@ bool isAscii(std::string_view bytes)
                         [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
-/// The text in UTF-8, or a null string for bytes that are not.
+/// The text of UTF-8 bytes; a null string if they are not valid UTF-8.
 QString decodeUtf8(std::string_view bytes)
 {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
@@ -34,7 +35,7 @@ bool fitsLatin1(const QString &text)
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
 }
 
-/// Whether one character takes two places of a text.
+/// Whether the character at `i` is a surrogate pair, two elements of the text.
 bool isPair(const QString &text, qsizetype i)
 {
     return i + 1 < text.size() && text[i].isHighSurrogate() && text[i + 1].isLowSurrogate();
@@ -45,7 +46,7 @@ bool isWhiteSpace(QChar c)
     return c == u' ' || (c >= u'\t' && c <= u'\r');
 }
 
-// What a document puts between its paragraphs and at line breaks inside one.
+// Replaces the separators that a document uses between and inside its paragraphs.
 QString withLineBreaks(const QTextDocument &document, QChar lineBreak)
 {
     QString text = document.toRawText();

@@ -1,4 +1,4 @@
-// Telling UTF-8 from Latin-1, and storing typed text in either.
+// Distinguishes UTF-8 from Latin-1, and encodes typed text.
 #include "veleditor/src/TextEncoding.h"
 
 #include "veleditor/src/Text.h"
@@ -30,8 +30,8 @@ std::size_t skipAscii(std::string_view bytes, std::size_t i)
     return i;
 }
 
-/// What may follow the first byte of a character: how many bytes, and the range
-/// of the first of them. All others are 0x80 to 0xBF.
+/// The bytes that may follow the first byte of a character: how many, and the range
+/// of the first of them. The others are 0x80 to 0xBF.
 struct Sequence
 {
     std::size_t following;
@@ -39,7 +39,7 @@ struct Sequence
     unsigned char high;
 };
 
-/// None follow a byte that begins no character.
+/// The bytes that follow `first`; none if no character begins with it.
 Sequence sequenceAfter(unsigned char first)
 {
     if (first >= 0xC2 && first <= 0xDF)
@@ -90,8 +90,9 @@ QString lackingCharacter(const QString &text)
 
 QString whyNotLatin1(const QString &text)
 {
-    return sentence("The encoding of this command file is Latin-1, which has no character \"") +
-           lackingCharacter(text) + sentence("\".\nPlease correct the value before continuing.");
+    return sentence("The encoding of this command file is Latin-1, which does not have the "
+                    "character \"") +
+           lackingCharacter(text) + sentence("\".\nPlease use another character.");
 }
 
 } // namespace
@@ -129,9 +130,8 @@ EncodedText encode(const QString &text, TextEncoding encoding)
     if (fromBytes(bytes) != text)
         return {{},
                 sentence("The encoding of this command file is Latin-1. This value would be "
-                         "read as\n\"") +
-                    fromBytes(bytes) +
-                    sentence("\".\nPlease correct the value before continuing.")};
+                         "read back as\n\"") +
+                    fromBytes(bytes) + sentence("\".\nPlease change the value.")};
     return {std::move(bytes), {}};
 }
 

@@ -1,3 +1,4 @@
+// Writes, synchronises and closes a text file.
 #include "veleditor/src/TextFile.h"
 
 #include <cerrno>
@@ -9,7 +10,7 @@ namespace velEditor {
 
 namespace {
 
-// Pipes and devices have nothing to bring to a disk, and say so.
+// For pipes and devices fsync() fails, because they are not on a disk.
 bool synchronise(std::FILE *file)
 {
     if (std::fflush(file) != 0)

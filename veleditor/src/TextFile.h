@@ -1,5 +1,5 @@
-// A text file that is written from start to end, with every failure kept: a
-// full disk often shows only when the data leaves the buffers.
+// Writes a text file from start to end and keeps the first failure. A full disk often
+// shows only when the buffers are written.
 #pragma once
 
 #include <cstdio>
@@ -12,28 +12,28 @@ namespace velEditor {
 class TextFile
 {
 public:
-    /// Opens `name` for writing and truncates what was there.
+    /// Opens `name` for writing and truncates it.
     explicit TextFile(const std::string &name);
 
-    /// Takes over an open descriptor, which is written to from where it is.
+    /// Takes ownership of an open descriptor; writes from its current position.
     explicit TextFile(int descriptor);
 
-    /// Closes the file; failures are then lost.
+    /// Closes the file; a failure is lost.
     ~TextFile() = default;
 
     TextFile(const TextFile &) = delete;
     TextFile &operator=(const TextFile &) = delete;
 
-    /// Whether it could be opened.
+    /// Whether the file could be opened.
     [[nodiscard]] bool isOpen() const { return file_ != nullptr; }
 
-    /// Does nothing after the first failure.
+    /// Writes `text`; does nothing after the first failure.
     void write(std::string_view text);
 
-    /// Brings everything to the disk and closes. True when all of it arrived.
+    /// Writes everything to the disk and closes. True if nothing failed.
     [[nodiscard]] bool close();
 
-    /// What failed first, in the system's words; empty while nothing has.
+    /// The system's message of the first failure; empty if there is none.
     [[nodiscard]] const std::string &error() const { return error_; }
 
 private:

@@ -1,4 +1,4 @@
-// The walk through the database that makes the rows.
+// Walks through the database and makes the rows.
 #include "veleditor/src/TreeBuilder.h"
 
 #include "common/error.h"
@@ -46,7 +46,7 @@ HiddenItems::HiddenItems()
 {
 }
 
-// The queries answer −1 for a failure, which counts as yes like any number but 0.
+// The queries return −1 on failure, which counts as yes like any number except 0.
 bool HiddenItems::hide(const std::string &path) const
 {
     if (!showLibrary_ && velparser::isVELLibrary(path.c_str()) != 0)
@@ -74,7 +74,7 @@ BuiltTree TreeBuilder::build()
     return std::move(tree_);
 }
 
-// `path_` is the item's own path here.
+// `path_` is the item's path here.
 void TreeBuilder::enter(VELTreeItem *item, std::size_t parentPathLength)
 {
     Level level{item, nullptr, isFlowPath(path_), parentPathLength, {}, 0};
@@ -100,9 +100,9 @@ void TreeBuilder::showNextChild()
     Level &level = levels_.back();
     const velChildInfo &child = level.children[level.next++];
 
-    // Kept: whatever has a value under this name is shown as a parameter, also
-    // an object that shares its name with a parameter beside it. A name without
-    // a value is reported as a failure, which means the same.
+    // If there is a value at this path, the row is shown as a parameter, even if it is
+    // an object with the same name as a parameter next to it. Users rely on that. For
+    // a path without a value the query fails, which means the same.
     std::optional<std::string> value;
     static_cast<void>(velparser::getStringValue(child.name.c_str(), &value));
 

@@ -1,8 +1,8 @@
 // Makes the rows of the command tree from the database.
 //
-// The rows are made apart from any view, which takes the finished tree over in
-// one step. The walk keeps its own stack, so that no depth of nesting is too
-// deep for it, and one growing path text.
+// The rows are made outside the view, which receives the finished tree in one step.
+// The walk has its own stack, so that nesting may have any depth, and one text for
+// the current path.
 #pragma once
 
 #include "velparser/api/velparser.h"
@@ -16,21 +16,21 @@ namespace velEditor {
 
 class VELTreeItem;
 
-/// The finished rows, and those that the tree view keeps in mind.
+/// The finished rows, and those that the tree view remembers.
 struct BuiltTree
 {
     std::unique_ptr<VELTreeItem> root;
 
-    /// The last filled top-level object whose path begins with "/FLOW"; the
-    /// last row made directly under it; and its "EXPERT PARAMETERS" section.
-    /// Null where there is none; not owned.
+    /// The last filled top-level object whose path begins with "/FLOW"; the last row
+    /// made directly under it; and its "EXPERT PARAMETERS" section. Null if there is
+    /// none; not owned.
     VELTreeItem *flowItem = nullptr;
     VELTreeItem *lastFlowChild = nullptr;
     VELTreeItem *expertItem = nullptr;
 };
 
-/// What is not shown: library data and expert items, unless the environment
-/// variables VELEDITOR_SHOW_LIBRARY and ZOT5_VEL_EXPERT exist.
+/// Decides which items are hidden: library data and expert items, unless the
+/// environment variables VELEDITOR_SHOW_LIBRARY and ZOT5_VEL_EXPERT are set.
 class HiddenItems
 {
 public:
@@ -48,14 +48,14 @@ class TreeBuilder
 public:
     TreeBuilder() = default;
 
-    /// Leaves the current path of the database as it was, also on failure.
+    /// Restores the current path of the database, also after a failure.
     ~TreeBuilder();
 
     TreeBuilder(const TreeBuilder &) = delete;
     TreeBuilder &operator=(const TreeBuilder &) = delete;
 
-    /// Throws `error` ("getChildList : ", "pushPath : " or "popPath : " and the
-    /// database's text). To be called once.
+    /// Builds the tree; call it only once. Throws `error` ("getChildList : ",
+    /// "pushPath : " or "popPath : " and the database's text).
     [[nodiscard]] BuiltTree build();
 
 private:
@@ -77,7 +77,7 @@ private:
                           const std::optional<std::string> &value, std::string component);
 
     HiddenItems hidden_;
-    std::string path_{"/"}; ///< of the object being filled, or of its child in hand
+    std::string path_{"/"}; ///< of the object being filled, or of its current child
     std::vector<Level> levels_;
     BuiltTree tree_;
 };

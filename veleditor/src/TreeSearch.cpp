@@ -1,3 +1,4 @@
+// Walks through the rows and compares their texts.
 #include "veleditor/src/TreeSearch.h"
 
 #include "veleditor/src/VELTreeItem.h"
@@ -8,8 +9,8 @@ namespace velEditor {
 
 namespace {
 
-// A walk through the rows that remembers at which child it is of each parent:
-// asking a row for its place among its siblings takes a search.
+// Walks through the rows and remembers its place in each parent, because asking a row
+// for its place among its siblings needs a search.
 class Walk
 {
 public:
@@ -61,7 +62,7 @@ bool textMatches(QStringView text, QStringView pattern)
     return false;
 }
 
-VELTreeItem *rowBehind(VELTreeItem &item)
+VELTreeItem *rowAfter(VELTreeItem &item)
 {
     Walk walk(item);
     walk.step();

@@ -1,4 +1,4 @@
-// Searching the rows of the command tree for a text.
+// Searches the rows of the command tree for a text.
 #pragma once
 
 #include <QString>
@@ -7,18 +7,18 @@ namespace velEditor {
 
 class VELTreeItem;
 
-/// Whether `text` holds `pattern`, upper and lower case alike, by one scan that
-/// never looks at a character twice. Kept with what follows from that: a
-/// pattern of one character or none never matches, and "aab" does not match
-/// "ab", since the character that ends a partial match cannot begin another.
+/// Whether `text` contains `pattern`, regardless of case, by one scan that reads each
+/// character once. So a pattern of fewer than two characters never matches, and "aab"
+/// does not match "ab", because the character that ends a partial match cannot begin
+/// another one. Users rely on this.
 [[nodiscard]] bool textMatches(QStringView text, QStringView pattern);
 
-/// The row behind `item` when all branches are read from top to bottom, open
-/// or not; null behind the last.
-[[nodiscard]] VELTreeItem *rowBehind(VELTreeItem &item);
+/// The row after `item` when all branches, open or closed, are read from top to
+/// bottom; null after the last row.
+[[nodiscard]] VELTreeItem *rowAfter(VELTreeItem &item);
 
-/// The first row from `start` on, itself included, whose label or value
-/// matches; null when there is none, or no start.
+/// The first row from `start` on, `start` included, whose label or value matches. Null
+/// if there is none or `start` is null.
 [[nodiscard]] VELTreeItem *findRow(VELTreeItem *start, const QString &pattern);
 
 } // namespace velEditor

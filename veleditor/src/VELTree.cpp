@@ -1,4 +1,4 @@
-// The view: its columns, how it is built, and the right button.
+// The view: its columns, its construction, and the right button.
 #include "veleditor/src/VELTree.h"
 
 #include "veleditor/src/Document.h"
@@ -40,7 +40,7 @@ VELTree::VELTree(QWidget *parent, const QString &name, Document *document)
     setRootIsDecorated(false);
     setEditTriggers(NoEditTriggers);
     setUniformRowHeights(true);
-    setFrameShape(NoFrame); // the columns take the whole width
+    setFrameShape(NoFrame); // so that the columns use the whole width
     header()->setSectionResizeMode(QHeaderView::Interactive);
     header()->setStretchLastSection(false);
     setColumnWidth(VELTreeItem::Value, valueColumnPixels);
@@ -104,17 +104,16 @@ bool VELTree::columnsFit() const
     return header()->length() <= maximumViewportSize().width();
 }
 
-// The columns take the whole width of the view, and the vertical scroll bar then
-// covers the end of the second one. What the bar covers is no reason for another
-// bar.
+// The columns use the whole width of the view, and the vertical scroll bar covers the
+// end of the second one. That must not make the horizontal bar appear.
 void VELTree::updateGeometries()
 {
     setHorizontalScrollBarPolicy(columnsFit() ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
     QTreeWidget::updateGeometries();
 }
 
-// Nor is it a reason for the view to move sideways. The toolkit sets the range
-// again before it scrolls to a row.
+// Nor must the view move sideways. The toolkit sets the range again before it scrolls
+// to a row.
 void VELTree::keepFromMovingSideways()
 {
     if (columnsFit())
@@ -127,9 +126,9 @@ void VELTree::contextMenuEvent(QContextMenuEvent *event)
         emit menuRequested(placeBesideRow());
 }
 
-// The toolkit takes a double click of any button for a wish to edit. The second
-// release of the right button belongs to the first click: were it another one,
-// the two would undo each other.
+// The toolkit starts editing after a double click of any button. The second release of
+// the right button must not count as another click, because two clicks would undo each
+// other.
 void VELTree::mouseDoubleClickEvent(QMouseEvent *event)
 {
     if (event->button() == Qt::LeftButton)
@@ -153,7 +152,7 @@ void VELTree::openOrClose(QTreeWidgetItem *, QPoint point, int)
         setOpen(item, !item->isExpanded());
 }
 
-// The pending layout makes each change a mere note; the view is laid out once.
+// With a pending layout, the view only notes each change and is laid out once.
 void VELTree::setOpen(QTreeWidgetItem *item, bool open)
 {
     scheduleDelayedItemsLayout();

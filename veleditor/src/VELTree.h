@@ -1,10 +1,9 @@
-// The command tree: the data of a document as two columns of names and values,
-// and the operations with which the user changes it.
+// The command tree: shows the data of a document as two columns of names and values,
+// and has the operations with which the user changes it.
 //
-// The tree is built whole from the database and again whenever its structure
-// has changed; a rebuild invalidates every pointer to a row. The operations
-// change the document, and the rows follow its signals. The document's mark of
-// unsaved changes shows in the title of the tree's parent widget.
+// The tree is built as a whole from the database. A rebuild invalidates every pointer
+// to a row. The operations change the document, and the rows follow its signals. The
+// title of the tree's parent widget shows the mark of unsaved changes.
 #pragma once
 
 #include "veleditor/src/VELTreeItem.h"
@@ -28,8 +27,8 @@ class VELTree : public QTreeWidget
     Q_OBJECT
 
 public:
-    /// Builds the tree at once; throws as `buildTree` does. The document (not
-    /// owned) outlives the tree; without one the tree has its own, of no file.
+    /// Builds the tree; throws like `buildTree`. The document is not owned and must
+    /// outlive the tree. Without one, the tree makes its own, without a file.
     VELTree(QWidget *parent, const QString &name, Document *document = nullptr);
     ~VELTree() override;
 
@@ -39,24 +38,24 @@ public:
     void clearModified();
     [[nodiscard]] bool isModified() const;
 
-    // --- Rows (not owned; null where there is none) -------------------------
+    // --- Rows (not owned; null if there is none) ----------------------------
 
-    /// The top-level flow object, the last row that was built directly under
-    /// it, and its section of expert parameters.
+    /// The top-level flow object, the last row built directly under it, and its
+    /// section of expert parameters.
     [[nodiscard]] VELTreeItem *flowItem() const { return flowItem_; }
     [[nodiscard]] VELTreeItem *lastFlowChild() const { return lastFlowChild_; }
     [[nodiscard]] VELTreeItem *expertItem() const { return expertItem_; }
 
-    /// The row that `addParameter` made last.
+    /// The row that the last `addParameter` made.
     [[nodiscard]] VELTreeItem *lastAddedItem() const { return lastAddedItem_; }
 
-    /// What the user has selected, which may differ from where the keyboard is.
+    /// The selected row, which may differ from the row with the keyboard focus.
     [[nodiscard]] VELTreeItem *selectedItem() const;
 
     /// The topmost row.
     [[nodiscard]] VELTreeItem *firstItem() const;
 
-    /// Opens a row and all above it, brings it into view and selects it.
+    /// Opens a row and all above it, scrolls to it and selects it.
     void showMatch(VELTreeItem &match);
 
     /// Opens all above the row that an edit has changed, brings it into view and
@@ -65,67 +64,69 @@ public:
 
     // --- Whole tree and single rows, by key ----------------------------------
 
-    /// Opens every row, or closes all but the topmost; the selected row, or the
-    /// one above it that is still shown, stays in view and selected.
+    /// Open every row, or close all except the topmost. The selected row, or the
+    /// nearest one above it that is still shown, stays visible and selected.
     void openAll();
     void closeAll();
 
-    /// Puts the database path, or the value, of the selected row on the
-    /// clipboard; nothing where there is none.
+    /// Copy the database path or the value of the selected row to the clipboard; do
+    /// nothing if there is none.
     void copyPath() const;
     void copyValue() const;
 
-    /// Shows what the rules say of the selected row, beside it.
+    /// Shows the rule of the selected row next to it.
     void explainRow();
 
-    /// Where a menu or an explanation of the selected row belongs: below it, in
-    /// global coordinates; the top of the tree where no row is selected.
+    /// The place for a menu or an explanation of the selected row, in global
+    /// coordinates: below the row, or at the top of the tree if no row is selected.
     [[nodiscard]] QPoint placeBesideRow() const;
 
 public slots:
-    /// Throws `error` when the database cannot be walked; see TreeBuilder.
+    /// Builds all rows again. Throws `error` if the database cannot be read; see
+    /// TreeBuilder.
     void buildTree();
 
-    /// Asks for a new value and stores it. Where the value does not validate, its
-    /// errors are shown and the former value is put back; the mark of unsaved
-    /// changes stays. When the user closes the errors, the dialog comes back with
-    /// what was typed.
+    /// Asks for a new value and stores it. If the value is not valid, shows its
+    /// errors and restores the former value; the mark of unsaved changes stays. When
+    /// the user closes the errors, the dialog opens again with the typed text.
     void editParam(velEditor::VELTreeItem *item);
     void editQListItem(QTreeWidgetItem *item);
 
-    /// Adds the section of expert parameters to the flow object, once. Without
-    /// a flow object one is made and the tree is built anew, which throws as
-    /// `buildTree` does.
+    /// Adds the section of expert parameters to the flow object, once. If there is no
+    /// flow object, makes one and builds the tree again, which throws like
+    /// `buildTree`.
     void addExpertParamObj();
 
-    /// Asks for a name and a value and adds the parameter to the selected
-    /// object, or to the object that holds the selected parameter.
+    /// Asks for a name and a value and adds the parameter to the selected object, or
+    /// to the object of the selected parameter.
     void addParameter();
     void editCurrParameter();
 
     /// Deletes the selected parameter if the user agrees.
     void deleteParam();
 
-    /// Sorts by a column; below 0 the order of the database is kept from then on.
+    /// Sorts by a column; a negative number keeps the order of the database from now
+    /// on.
     void setSorting(int column, bool ascending);
     void setSorting(int column);
 
-    /// Shows the dialog for the text to find; the search starts behind the
-    /// selected row.
+    /// Shows the dialog for the text to find; the search starts after the selected
+    /// row.
     void doFind();
 
-    /// The next step of the search, without the dialog if there has been one.
+    /// Finds the next match; shows the dialog if nothing was searched yet.
     void doFindNext();
 
-    /// Opens the row at a global point if it was closed and closes it if it was
-    /// open, and all below it likewise.
+    /// Opens the row at a global point and all below it if the row was closed, else
+    /// closes them.
     void openOrClose(QTreeWidgetItem *item, QPoint point, int column);
 
 signals:
-    /// A menu was asked for by key; the right button has other work.
+    /// The user has requested a menu by key. (The right button opens and closes
+    /// branches.)
     void menuRequested(QPoint globalPoint);
 
-    /// The right button was released over a row, or over none.
+    /// The right button was released on a row, or on none.
     void rightButtonClicked(QTreeWidgetItem *item, QPoint globalPoint, int column);
 
 protected:
@@ -136,15 +137,15 @@ protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
 private:
-    /// Whether the view would hold all columns if it had no vertical scroll bar.
+    /// Whether all columns would fit the view without a vertical scroll bar.
     [[nodiscard]] bool columnsFit() const;
     void keepFromMovingSideways();
 
-    /// A value that did not validate, until the user has closed its errors.
+    /// A value that was not valid, until the user closes its errors.
     struct RefusedValue
     {
         VELTreeItem *item = nullptr;
-        const ErrorDialog *errors = nullptr;     ///< only compared
+        const ErrorDialog *errors = nullptr;     ///< only to compare; may be deleted
         std::unique_ptr<EditParamDialog> dialog; ///< as the user left it
     };
 
@@ -160,8 +161,8 @@ private:
     void removeRow(VELTreeItem &row);
     void forget(const VELTreeItem &item);
 
-    // --- What follows the document ------------------------------------------
-    // Rows that are not shown stay so.
+    // --- Following the document ---------------------------------------------
+    // Hidden items stay hidden.
 
     void followDocument();
     void rebuildInPlace();
@@ -175,14 +176,14 @@ private:
     [[nodiscard]] VELTreeItem *rowAt(const std::string &path, bool isParameter) const;
     [[nodiscard]] VELTreeItem *rowBefore(const VELTreeItem &object, int position) const;
 
-    Document *document_;              ///< a child where it is the tree's own
-    bool isRightDoubleClick_ = false; ///< from its second press to its release
+    Document *document_;              ///< a child if the tree made it
+    bool isRightDoubleClick_ = false; ///< from the second press to its release
     VELTreeItem *flowItem_ = nullptr;
     VELTreeItem *lastFlowChild_ = nullptr;
     VELTreeItem *expertItem_ = nullptr;
     VELTreeItem *lastAddedItem_ = nullptr;
     FindDialog *findDialog_ = nullptr; ///< a child; null until the first search
-    RefusedValue refused_;             ///< all null where there is none
+    RefusedValue refused_;             ///< all null if there is none
 };
 
 } // namespace velEditor

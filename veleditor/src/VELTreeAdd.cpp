@@ -1,4 +1,4 @@
-// The operations of the tree that add to the command data.
+// The tree's operations that add to the command data.
 #include "veleditor/src/AddParamDialog.h"
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/Document.h"
@@ -15,8 +15,8 @@ namespace {
 const char expertSection[] = "EXPERT PARAMETERS";
 const char usualFlowObject[] = "/FLOW:Analysis";
 
-/// The edit that adds the section of expert parameters to the flow object, or a
-/// flow object with it where there is none.
+/// The edit that adds the section of expert parameters to the flow object. If there is
+/// no flow object, the edit adds one with the section.
 Edit addingExpertSection(const VELTreeItem *flowItem)
 {
     if (flowItem != nullptr)
@@ -25,7 +25,7 @@ Edit addingExpertSection(const VELTreeItem *flowItem)
     return addingObject(usualFlowObject, "FLOW : Analysis\nEXPERT PARAMETERS :\nEND\nEND\n");
 }
 
-/// The child row of a parameter; null where there is none.
+/// The child row of a parameter; null if there is none.
 VELTreeItem *parameterRow(const VELTreeItem &object, const std::string &name)
 {
     for (int i = 0; i < object.childCount(); ++i) {
@@ -36,8 +36,8 @@ VELTreeItem *parameterRow(const VELTreeItem &object, const std::string &name)
     return nullptr;
 }
 
-/// The labels of an object and of all around it below the root, which open their
-/// blocks in command text.
+/// The labels of an object and of its ancestors below the root; they open the blocks in
+/// command text.
 std::vector<std::string> openingLabels(VELTreeItem &object)
 {
     std::vector<std::string> labels;
@@ -133,7 +133,7 @@ void VELTree::addParameter()
     viewport()->update();
 }
 
-// Where the object already had the parameter, the new row replaces its row.
+// If the object already had the parameter, the new row replaces the old one.
 void VELTree::showNewParameter(VELTreeItem &target, const std::string &name, VELTreeItem *former)
 {
     const bool wasSelected = former != nullptr && former->isSelected();

@@ -1,4 +1,4 @@
-// How the rows and the title follow the document.
+// Updates the rows and the title when the document changes.
 #include "veleditor/src/Document.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/TreeBuilder.h"
@@ -14,7 +14,7 @@ namespace {
 
 const QLatin1String modifiedMark(" - Modified");
 
-/// The child row with this component of its path; null where there is none.
+/// The child row with this path component; null if there is none.
 VELTreeItem *childRow(const VELTreeItem &object, const std::string &component, bool isParameter)
 {
     for (int i = 0; i < object.childCount(); ++i) {
@@ -71,8 +71,8 @@ void VELTree::showValue(const std::string &path, const std::string &value)
         row->setValue(fromBytes(value));
 }
 
-// A new parameter is shown before all others, where the user sees it; one that
-// comes back has its former place.
+// A new parameter is shown before all others, where the user sees it; a restored one
+// has its former place.
 void VELTree::showAddedParameter(const std::string &path, int position)
 {
     VELTreeItem *object = rowAt(parentPath(path), false);
@@ -102,11 +102,11 @@ void VELTree::removeRow(VELTreeItem &row)
 {
     forget(row);
     delete &row;
-    clearSelection(); // the view selects a neighbour, which nobody chose
+    clearSelection(); // the view selects a neighbour that the user did not choose
 }
 
-/// The row of a parameter or object; null where none is shown. The selected one
-/// comes first: most changes are made to it.
+/// The row of a parameter or object; null if none is shown. Tries the selected row
+/// first, because most changes concern it.
 VELTreeItem *VELTree::rowAt(const std::string &path, bool isParameter) const
 {
     VELTreeItem *selected = selectedItem();
@@ -121,8 +121,8 @@ VELTreeItem *VELTree::rowAt(const std::string &path, bool isParameter) const
     return row;
 }
 
-/// The row of the last child that is shown and stored before a place; null where
-/// there is none.
+/// The row of the last shown child that is stored before a place; null if there is
+/// none.
 VELTreeItem *VELTree::rowBefore(const VELTreeItem &object, int position) const
 {
     std::vector<std::string> before = document_->data().components(object.path());

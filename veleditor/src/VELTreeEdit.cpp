@@ -1,4 +1,4 @@
-// The operations of the tree that change or delete what is there.
+// The tree's operations that change or delete parameters.
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/Document.h"
 #include "veleditor/src/EditParamDialog.h"
@@ -52,9 +52,9 @@ void VELTree::refuseEdit(const QString &name)
             "whose values are shown in green can be edited."));
 }
 
-// Where the database refuses a value, the dialog comes back at once. Where the
-// value does not validate, the dialog waits until the user has closed the errors,
-// which do not block the window.
+// If the database refuses the value, the dialog opens again at once. If the value is
+// not valid, it opens again when the user closes the errors, which do not block the
+// window.
 void VELTree::askForValue(VELTreeItem &item, std::unique_ptr<EditParamDialog> dialog)
 {
     while (run(*dialog) == QDialog::Accepted) {
@@ -121,7 +121,7 @@ void VELTree::deleteParam()
         removeRow(*item); // kept: what the database says is not looked at
 }
 
-/// Lets go of a row that is about to be deleted.
+/// Drops all pointers to a row before it is deleted.
 void VELTree::forget(const VELTreeItem &item)
 {
     if (lastAddedItem_ == &item)

@@ -29,7 +29,7 @@ void VELTree::doFind()
     findDialog_->setSearchText(text);
 
     VELTreeItem *selected = selectedItem();
-    VELTreeItem *start = selected != nullptr ? rowBehind(*selected) : nullptr;
+    VELTreeItem *start = selected != nullptr ? rowAfter(*selected) : nullptr;
     findDialog_->setNextItem(start != nullptr ? start : firstItem());
     findDialog_->showForTyping();
 }

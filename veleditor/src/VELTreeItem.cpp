@@ -1,4 +1,4 @@
-// A row: its label and path from its component, and what it shows.
+// A row: its label and path from its component, and its texts.
 #include "veleditor/src/VELTreeItem.h"
 
 #include "velapilt/src/velComponentText.h"
@@ -14,8 +14,8 @@ namespace velEditor {
 
 namespace {
 
-// Nearly always a row goes behind the last one, which needs no search.
-int positionBehind(const QTreeWidgetItem &parent, const QTreeWidgetItem *after)
+// A row is nearly always added after the last one, which needs no search.
+int positionAfter(const QTreeWidgetItem &parent, const QTreeWidgetItem *after)
 {
     if (after == nullptr)
         return 0;
@@ -36,7 +36,7 @@ VELTreeItem::VELTreeItem(VELTreeItem *parent, const QTreeWidgetItem *after, cons
     if (value)
         value_ = std::move(*value);
     if (parent != nullptr)
-        parent->insertChild(positionBehind(*parent, after), this);
+        parent->insertChild(positionAfter(*parent, after), this);
 }
 
 VELTreeItem *VELTreeItem::from(QTreeWidgetItem *item)

@@ -1,4 +1,4 @@
-// What the tree offers by key besides the menu entries.
+// The tree's keys that have no entry in the menu bar.
 #include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
@@ -30,9 +30,8 @@ void VELTree::closeAll()
         setCurrentItem(row);
 }
 
-// What opens everything, or a match of the search, counts rows with nothing in
-// them as open too. The key Left would first close such a row, to be seen by
-// nobody, before it goes to the object around it.
+// Expand All and the search also mark rows without children as open. The key Left would
+// first close such a row, invisibly, before it goes to the parent.
 QModelIndex VELTree::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
 {
     QTreeWidgetItem *row = currentItem();

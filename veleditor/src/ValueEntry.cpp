@@ -1,3 +1,4 @@
+// Switches between the list and the field, and fills them.
 #include "veleditor/src/ValueEntry.h"
 
 #include "veleditor/src/RuleFields.h"
@@ -25,7 +26,7 @@ ValueEntry::ValueEntry(const QString &accessibleName, TextEncoding encoding, QWi
 void ValueEntry::offer(const std::string &path)
 {
     if (path == path_)
-        return; // what was chosen stays
+        return; // keep what was chosen
     path_ = path;
     allowed_ = {};
     QString proposal;
@@ -39,7 +40,7 @@ void ValueEntry::offer(const std::string &path)
         offerList(proposal);
     QWidget *shown = allowed_.empty() ? static_cast<QWidget *>(field_) : list_;
     QWidget *hidden = allowed_.empty() ? static_cast<QWidget *>(list_) : field_;
-    hidden->hide(); // first: the dialog would make room for both
+    hidden->hide(); // hide first, or the dialog grows for both
     shown->show();
     setFocusProxy(shown);
 }
@@ -56,7 +57,7 @@ void ValueEntry::offerText(const QString &proposal)
 {
     if (plainText(*field_->document()) == proposal_) {
         field_->setPlainText(proposal);
-        field_->selectAll(); // typing replaces a default
+        field_->selectAll(); // so that typing replaces the default
     }
     proposal_ = proposal;
 }

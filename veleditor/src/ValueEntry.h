@@ -1,5 +1,5 @@
-// Where the user gives the value of a new parameter: a list where the rules name
-// the allowed values, else a text field. Both start with the rule's default.
+// Asks for the value of a new parameter: a list if the rules name the allowed values,
+// else a text field. Both start with the rule's default.
 #pragma once
 
 #include "veleditor/src/TextEncoding.h"
@@ -19,16 +19,16 @@ class ValueEntry : public QWidget
     Q_OBJECT
 
 public:
-    /// An empty text field. `accessibleName` says what to enter; what is typed is
-    /// stored in `encoding`.
+    /// An empty text field. `accessibleName` says what to enter; typed text is
+    /// encoded in `encoding`.
     ValueEntry(const QString &accessibleName, TextEncoding encoding, QWidget *parent);
 
-    /// Offers what the rules say of the parameter at this path; an empty path
-    /// stands for a parameter without a rule. A text that the user has typed
-    /// stays. Nothing is chosen in a list whose parameter has no default.
+    /// Offers the allowed values and the default of the parameter at this path; an
+    /// empty path means a parameter without a rule. Typed text stays. Without a
+    /// default no entry of the list is chosen.
     void offer(const std::string &path);
 
-    /// In bytes, on one line, without white space at its ends; empty where
+    /// The value as one line of bytes without white space at its ends; empty if
     /// nothing was chosen or typed.
     [[nodiscard]] EncodedText value() const;
 
@@ -39,9 +39,9 @@ private:
     TextEncoding encoding_;
     QComboBox *list_;
     QTextEdit *field_;
-    std::string path_;      ///< of the parameter that is offered
-    velStringList allowed_; ///< the entries of the list; none while the field is shown
-    QString proposal_;      ///< the default that the field was last given
+    std::string path_;      ///< of the offered parameter
+    velStringList allowed_; ///< the entries of the list; none if the field is shown
+    QString proposal_;      ///< the last default put into the field
 };
 
 } // namespace velEditor

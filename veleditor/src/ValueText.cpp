@@ -1,3 +1,4 @@
+// The texts for values that are refused.
 #include "veleditor/src/ValueText.h"
 
 #include "veltext/valueEdit.h"
@@ -21,17 +22,18 @@ QString whyFileCannotHold(std::string_view value)
     const veltext::ValueCheck check = veltext::checkValueText(value);
     switch (check.fault) {
     case veltext::ValueFault::ControlCharacter:
-        return sentence("A value cannot hold control characters.\n"
-                        "Please correct the value before continuing.");
+        return sentence("A value cannot contain control characters.\n"
+                        "Please remove them.");
     case veltext::ValueFault::Comment:
-        return sentence("A value cannot hold the character \"#\": it begins a comment in a "
-                        "command file.\nWrite \"\\#\" where you mean the character itself.");
+        return sentence("A value cannot contain the character \"#\", which begins a comment in a "
+                        "command file.\nPlease write \"\\#\" for the character itself.");
     case veltext::ValueFault::FinalBackslash:
         if (check.position + 1 == value.size())
-            break; // the empty comment after it keeps it
-        return sentence("A value cannot end in a back-slash and blanks: the line would continue "
-                        "in a command file.\nPlease correct the value before continuing.");
-    case veltext::ValueFault::WhiteSpace: // several blanks mean what one does
+            break; // saved with an empty comment after it
+        return sentence("A value cannot end in a back-slash and blanks, because its line in the "
+                        "command file would continue.\nPlease remove the blanks or the "
+                        "back-slash.");
+    case veltext::ValueFault::WhiteSpace: // several blanks mean the same as one
     case veltext::ValueFault::None:
         break;
     }

@@ -1,8 +1,8 @@
-// What a value may be so that a command file gives it back when it is read
-// again. The database stores any text; saving is too late to find out.
+// Checks whether a value can be saved in a command file and read back unchanged. The
+// database stores any text, and at the time of saving it is too late to refuse one.
 //
-// A value may end in a back-slash: whoever writes its line puts an empty comment
-// after it, ` #`, so that the line does not continue.
+// A value may end in a back-slash: the writer of its line adds an empty comment, ` #`,
+// so that the line does not continue.
 #pragma once
 
 #include <QString>
@@ -12,11 +12,11 @@
 
 namespace velEditor {
 
-/// Why a command file could not hold this value, as a sentence for the user;
-/// empty when it can.
+/// Why a command file cannot contain this value, as a text for the user; empty if it
+/// can.
 [[nodiscard]] QString whyFileCannotHold(std::string_view value);
 
-/// The line of command text that sets a parameter to such a value.
+/// The line of command text that sets a parameter to a value.
 [[nodiscard]] std::string parameterLine(const std::string &name, const std::string &value);
 
 } // namespace velEditor

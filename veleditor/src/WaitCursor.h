@@ -1,5 +1,5 @@
-// The wait cursor, shown while an object of this class lives: around calls that may
-// take long, since no event is handled during them.
+// Shows the wait cursor as long as an object of this class exists. For calls that may
+// take long, because no events are handled during them.
 #pragma once
 
 #include <QApplication>
@@ -17,7 +17,7 @@ public:
     WaitCursor &operator=(const WaitCursor &) = delete;
 };
 
-/// Runs a long operation and gives its result.
+/// Runs a long operation and returns its result.
 template <typename Operation>
 [[nodiscard]] auto callWaiting(Operation operation)
 {

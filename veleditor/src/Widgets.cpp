@@ -1,3 +1,4 @@
+// Makes the widgets of the dialogs.
 #include "veleditor/src/Widgets.h"
 
 #include "veleditor/src/WrappingLabel.h"
@@ -22,7 +23,7 @@ namespace {
 
 constexpr int buttonSpacing = 5;
 
-/// The width that one part of a dialog may have on its screen, in pixels.
+/// The largest width of one part of a dialog on its screen, in pixels.
 int widestPart(const QWidget &parent)
 {
     return parent.screen()->availableGeometry().width() * 3 / 4;

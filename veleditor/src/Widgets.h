@@ -1,9 +1,8 @@
-// The labels, buttons and fields that the dialogs are made of, each with the
-// settings that all of them share: texts are shown as they stand, never as
-// markup; a test and a screen reader find every control by its name; a tab
-// leaves a field.
+// Makes the labels, buttons and fields of the dialogs with common settings: texts are
+// plain text, never markup; every control has a name for tests and screen readers; the
+// tab key leaves a field.
 //
-// What is made belongs to the given parent.
+// Each widget belongs to the given parent.
 #pragma once
 
 #include <QString>
@@ -18,36 +17,35 @@ class QWidget;
 
 namespace velEditor {
 
-/// The path of an object may be longer than the screen is wide: such a text is
-/// wrapped, inside a word where it has no blanks.
+/// A label that wraps its text, inside a word if needed: the path of an object may be
+/// wider than the screen.
 [[nodiscard]] QLabel *makeLabel(const QString &text, QWidget *parent);
 
-/// `name` is the object's.
+/// A push button; `name` is its object name.
 [[nodiscard]] QPushButton *makeButton(const QString &text, const char *name, QWidget *parent);
 
-/// Ctrl+Return presses this button from anywhere in the dialog: in a text field,
-/// Return alone types a line break.
+/// Lets Ctrl+Return press this button anywhere in the dialog, because Return alone
+/// types a line break in a text field.
 void pressOnCtrlReturn(QPushButton &button, QDialog &dialog);
 
-/// Adds a row with "&Ok", which is given back to be connected and which
-/// Ctrl+Return presses, and "&Cancel", which rejects the dialog.
+/// Adds a row with "&Ok" and "&Cancel". Ctrl+Return presses "&Ok", which is returned
+/// to be connected; "&Cancel" rejects the dialog.
 [[nodiscard]] QPushButton *addOkAndCancel(QVBoxLayout &layout, QDialog &dialog);
 
-/// A list to choose from, not wider than the screen whatever its entries are;
-/// `accessibleName` says what they are.
+/// A list to choose from, never wider than the screen; `accessibleName` says what its
+/// entries are.
 [[nodiscard]] QComboBox *makeList(const char *name, const QString &accessibleName, QWidget *parent);
 
-/// A field of several lines; `accessibleName` says what belongs into it.
+/// A field of several lines; `accessibleName` says what to enter.
 [[nodiscard]] QTextEdit *makeTextField(const char *name, const QString &accessibleName,
                                        QWidget *parent);
 
-/// Gives a dialog its name and title, and the font of the window it belongs to,
-/// which windows do not inherit by themselves.
+/// Sets the name and title of a dialog, and the font of its parent window, which
+/// windows do not inherit by default.
 void setUpDialog(QDialog &dialog, const QString &name, const QString &title);
 
-/// Leaves only the close button in the title bar: there is nothing to see in a
-/// small dialog that fills the screen, or in one that is an icon while it blocks
-/// the other windows.
+/// Leaves only the close button in the title bar. A small dialog need not fill the
+/// screen, and it must not be minimized while it blocks the other windows.
 void makeSmallDialog(QDialog &dialog);
 
 } // namespace velEditor

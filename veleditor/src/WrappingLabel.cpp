@@ -1,3 +1,4 @@
+// Lays out and paints the lines of the label.
 #include "veleditor/src/WrappingLabel.h"
 
 #include <QEvent>
@@ -10,7 +11,7 @@ WrappingLabel::WrappingLabel(const QString &text, int width, QWidget *parent)
     : QLabel(text, parent), narrowest_(width)
 {
     setTextFormat(Qt::PlainText);
-    setWordWrap(true); // a height that depends on the width
+    setWordWrap(true); // so that the height depends on the width
     ensurePolished();
     setNarrowest(width);
 }

@@ -1,6 +1,5 @@
-// A label for a text with words that may be longer than any line: it breaks the
-// lines between words where it can, and inside a word where it must. A label of
-// the toolkit cuts such a word off.
+// A label for a text with very long words: it breaks lines between words or, if a word
+// is longer than a line, inside the word. A label of the toolkit cuts such a word off.
 #pragma once
 
 #include <QLabel>
@@ -13,7 +12,7 @@ class WrappingLabel : public QLabel
     Q_OBJECT
 
 public:
-    /// Shows plain text, `width` pixels wide or wider, and as high as it needs.
+    /// Shows plain text, at least `width` pixels wide and as high as needed.
     WrappingLabel(const QString &text, int width, QWidget *parent);
 
     void setNarrowest(int width);
@@ -27,12 +26,12 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    /// The lines of the text at a width; kept until another width is asked for.
+    /// The lines of the text at a width; cached for the last width.
     const QTextLayout &lines(int width) const;
 
     int narrowest_;
     mutable QTextLayout lines_;
-    mutable int linesWidth_ = -1; ///< what `lines_` was made for; −1 for nothing
+    mutable int linesWidth_ = -1; ///< the width of `lines_`; −1 if there are none
 };
 
 } // namespace velEditor

@@ -1,3 +1,4 @@
+// The program veleditor.
 #include "veleditor/src/Startup.h"
 
 int main(int argc, char **argv)

@@ -1,4 +1,5 @@
-// What the dialog for a new parameter offers: names, defaults and lists of values.
+// Tests what the dialog for a new parameter offers: names, defaults and lists of
+// values.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/AddParamDialog.h"
@@ -44,8 +45,8 @@ QStringList entries(const QComboBox &list)
     return texts;
 }
 
-/// What the dialog offers as the value: "[a | b] b" for a list with its choice,
-/// else the text of the field.
+/// The value part of the dialog as text: "[a | b] b" for a list with its choice, else
+/// the text of the field.
 QString offeredValue(const AddParamDialog &dialog)
 {
     const auto *list = dialog.findChild<QComboBox *>("Values");
@@ -65,20 +66,19 @@ void AddProposalsTest::offersNamesInTheOrderOfTheRules()
     select("/FLOW:A/DOMAIN:D");
     onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
         auto *list = dialog.findChild<QComboBox *>("editable combo");
-        QCOMPARE(entries(*list), QStringList({"Location", "Reference Pressure", "Remark"}));
+        QCOMPARE(entries(*list), QStringList({"Location", "Reference Pressure", "Reviewer"}));
         QCOMPARE(dialog.paramName(), std::string("Location"));
         QTest::keyClick(list, Qt::Key_Down);
         QTest::keyClick(list, Qt::Key_Down);
-        QCOMPARE(dialog.paramName(), std::string("Remark"));
+        QCOMPARE(dialog.paramName(), std::string("Reviewer"));
         dialog.findChild<QTextEdit *>("Value")->setPlainText("third");
         pressButton(dialog, "Ok");
     });
     tree().addParameter();
-    QCOMPARE(row("/FLOW:A/DOMAIN:D/Remark").value(), QString("third"));
+    QCOMPARE(row("/FLOW:A/DOMAIN:D/Reviewer").value(), QString("third"));
 }
 
-// Also where only the kind of the object requires it: it came after all the
-// optional ones.
+// Also if only the kind of the object requires it; it was once after all optional ones.
 void AddProposalsTest::offersAMissingRequiredParameterFirst()
 {
     open(newFile("pump.vel", pumpText));
@@ -91,14 +91,14 @@ void AddProposalsTest::offersAMissingRequiredParameterFirst()
     });
     tree().addParameter();
 
-    // Where any name may be added, the entry starts with it.
+    // If any name may be added, the entry starts with the missing one.
     open(
         newFile("notes.vel", "NOTES: n\nAuthor = me\nEND\nNOTES: m\nAuthor = me\nDate = 1\nEND\n"));
     select("/NOTES:n");
     onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
         auto *name = dialog.findChild<QLineEdit *>("Name");
         QCOMPARE(name->text(), QString("Date"));
-        QCOMPARE(name->selectedText(), QString("Date")); // typing replaces it
+        QCOMPARE(name->selectedText(), QString("Date")); // so that typing replaces it
         dialog.findChild<QTextEdit *>("Value")->setPlainText("today");
         pressButton(dialog, "Ok");
     });
@@ -144,7 +144,7 @@ void AddProposalsTest::startsWithTheDefault()
     QCOMPARE(row("/PUMP:p/Note").value(), QString("checked"));
 }
 
-// The same lists as when such a value is edited.
+// The lists are the same as for editing such a value.
 void AddProposalsTest::offersAllowedValuesLogicalValuesAndObjectsAsAList()
 {
     open(newFile("pump.vel", pumpText));
@@ -159,7 +159,7 @@ void AddProposalsTest::offersAllowedValuesLogicalValuesAndObjectsAsAList()
         QCOMPARE(offered("Source"), QString("[north | south] "));
         QCOMPARE(offered("Serial_Number"), QString());
         QCOMPARE(offered("Sour"), QString());
-        QCOMPARE(offered(" Source"), QString()); // no such name can be added
+        QCOMPARE(offered(" Source"), QString()); // this name cannot be added
         QCOMPARE(offered("../PUMP:p/Source"), QString());
         QCOMPARE(offered("Source"), QString("[north | south] "));
         auto *list = dialog.findChild<QComboBox *>("Values");
@@ -172,7 +172,7 @@ void AddProposalsTest::offersAllowedValuesLogicalValuesAndObjectsAsAList()
     QCOMPARE(row("/PUMP:p/Source").value(), QString("south"));
 }
 
-// The dialog was as wide as the longest name.
+// The dialog was once as wide as the longest name.
 void AddProposalsTest::fitsTheScreenWithALongEntry()
 {
     const QByteArray name = "North" + QByteArray("OfTheMeetingRoom").repeated(12);
@@ -257,7 +257,7 @@ void AddProposalsTest::leavesTypedNamesAsTheyAre()
         select(pump);
         onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
             auto *names = dialog.findChild<QComboBox *>("editable combo");
-            QApplication::setActiveWindow(&dialog); // a completer works for the focus alone
+            QApplication::setActiveWindow(&dialog); // a completer needs the focus
             names->setFocus();
             names->lineEdit()->selectAll();
             QTest::keyClicks(names->lineEdit(), name);

@@ -1,5 +1,5 @@
-// What the window does when the database fails where only a lack of memory
-// would make it. The calls of its session fail on request.
+// Tests the window when a call of the database fails that usually fails only without
+// memory. Here the calls of the session fail on request.
 #include "veleditor/tests/EditorTest.h"
 
 #include "common/error.h"
@@ -19,7 +19,7 @@ private:
         velparser::failCall(velparser::defaultSession(), call, message);
     }
 
-    /// What a rebuild of the tree throws.
+    /// The text of the error that a rebuild of the tree throws.
     QString thrown();
 
 private slots:
@@ -61,7 +61,7 @@ void BridgeFailureTest::keepsTheBackupWhenNothingCanBeWritten()
                                 "to\n  " +
                                 file() +
                                 "\nmemory error\nYour modifications are still in the editor.\n"
-                                "Remark: The file as it was before is kept in\n  " +
+                                "Details: The former file is kept in\n  " +
                                 file() + ".bak\n[Ok], Escape"));
     QVERIFY(tree().isModified());
     QVERIFY(!QFile::exists(file()));

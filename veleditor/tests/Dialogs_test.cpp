@@ -1,4 +1,4 @@
-// The message dialogs and the boxes themselves, as they are on screen.
+// Tests the message dialogs and the real boxes on the screen.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/MessageDialog.h"
@@ -19,7 +19,7 @@ using namespace velEditor;
 
 namespace {
 
-/// As on a desktop that has an icon for some of the buttons.
+/// The style of a desktop that has icons for some of the buttons.
 class IconStyle : public QProxyStyle
 {
 public:
@@ -125,7 +125,7 @@ void DialogsTest::asksAboutErrors()
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 }
 
-// A message that is wrapped goes on further in than the next one begins.
+// The continuation of a wrapped message is indented.
 void DialogsTest::setsMessagesOffFromEachOther()
 {
     const QString message = QString("word ").repeated(60).trimmed();
@@ -224,7 +224,7 @@ void DialogsTest::saysWhenMessagesCannotBeWritten()
 
 MessageBox DialogsTest::question()
 {
-    setBoxAnswers({}); // the real ones
+    setBoxAnswers({}); // use the real boxes
     MessageBox box;
     box.icon = QMessageBox::Warning;
     box.title = "Title";
@@ -268,11 +268,11 @@ void DialogsTest::pressesTheDefaultButtonOnReturn()
     QCOMPARE(ask(nullptr, box), 1);
 }
 
-// With icons on some of them the buttons would look like those of two programs.
+// With icons on only some of them, the buttons would look inconsistent.
 void DialogsTest::hasPlainButtons()
 {
     setBoxAnswers({});
-    static auto *const style = new IconStyle; // the application's, once it is set
+    static auto *const style = new IconStyle; // setStyle() takes ownership
     QApplication::setStyle(style);
     const auto look = [](QMessageBox &box, const QStringList &texts) {
         QCOMPARE(buttons(box), texts);
@@ -286,7 +286,7 @@ void DialogsTest::hasPlainButtons()
     QVERIFY(!askYesNo(nullptr, "Title", "Text"));
 }
 
-// The lines end where the text ends them.
+// Lines break only where the text has line ends.
 void DialogsTest::keepsLinesWhole()
 {
     const QString line = "Use \"Edit->Add Expert Parameter\" to add a parameter to this section.";
@@ -320,16 +320,16 @@ void DialogsTest::wrapsWhatNoScreenHolds()
     QCOMPARE(ask(nullptr, box), -1);
 }
 
-// A value without blanks was cut off at the edge of the box.
+// A value without blanks was once cut off at the edge of the box.
 void DialogsTest::breaksWordsThatNoLineHolds()
 {
     const QString word = QString("0123456789").repeated(40);
-    for (const bool isRemark : {false, true}) {
+    for (const bool isDetails : {false, true}) {
         onDialog<QMessageBox>([&](QMessageBox &box) {
             QVERIFY(box.width() <= box.screen()->availableGeometry().width());
             auto *label = box.findChild<QLabel *>("WrappedText");
             QVERIFY(label->isVisible());
-            QCOMPARE(label->text(), isRemark ? "Kept in\n" + word : "x = " + word + "\nReally?");
+            QCOMPARE(label->text(), isDetails ? "Kept in\n" + word : "x = " + word + "\nReally?");
             QVERIFY(box.rect().contains(QRect(label->mapTo(&box, QPoint()), label->size())));
             const int lines = label->height() / label->fontMetrics().height();
             QVERIFY(lines * label->width() >= label->fontMetrics().horizontalAdvance(word));
@@ -349,15 +349,15 @@ void DialogsTest::breaksWordsThatNoLineHolds()
             box.reject();
         });
         MessageBox box = question();
-        if (isRemark)
-            box.remark = "Kept in\n" + word;
+        if (isDetails)
+            box.details = "Kept in\n" + word;
         else
             box.text = "x = " + word + "\nReally?";
         QCOMPARE(ask(nullptr, box), -1);
     }
 }
 
-// The faults of a rule library filled the screen, and the buttons stood below it.
+// A long list of faults in a rule library once pushed the buttons below the screen.
 void DialogsTest::scrollsWhatNoScreenHolds()
 {
     MessageBox box = question();
@@ -389,7 +389,7 @@ void DialogsTest::staysOnEscapeAndFrame()
         QVERIFY(box.isVisible());
         box.close();
         QVERIFY(box.isVisible());
-        box.reject(); // as the application does when it fails
+        box.reject(); // like a failing application
     });
     QCOMPARE(ask(nullptr, question()), -1);
 }

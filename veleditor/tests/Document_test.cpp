@@ -1,6 +1,6 @@
-// The document, without any window: loading, edits and their signals, the mark of
-// unsaved changes, validation and saving. A history of random edits is compared
-// with a model of the data that knows nothing of edits' texts.
+// Tests the document without a window: loading, edits and their signals, the mark of
+// unsaved changes, validation and saving. Also compares a history of random edits
+// with a model of the data that does not use the edits' texts.
 #include "veleditor/src/Document.h"
 
 #include "veleditor/tests/DataText.h"
@@ -91,8 +91,8 @@ private:
     Node root_;
 };
 
-/// Random edits of a document, made in a model as well, and taken back and made
-/// again in any number.
+/// Makes random edits of a document and of a model, and undoes and repeats any number
+/// of them.
 class History
 {
 public:
@@ -103,18 +103,18 @@ public:
                          [this](const Edit &edit) { last_ = edit; });
     }
 
-    /// One step; false where the document refuses it.
+    /// Makes one step; false if the document refuses it.
     [[nodiscard]] bool step()
     {
         const unsigned kind = below(10);
         if (kind < 2)
-            return takeBack();
+            return undo();
         if (kind == 2)
             return makeAgain();
         return makeNew(kind);
     }
 
-    [[nodiscard]] bool takeBack()
+    [[nodiscard]] bool undo()
     {
         if (done_.empty())
             return true;
@@ -127,11 +127,11 @@ public:
         return true;
     }
 
-    [[nodiscard]] bool canTakeBack() const { return !done_.empty(); }
+    [[nodiscard]] bool canUndo() const { return !done_.empty(); }
     [[nodiscard]] const Model &model() const { return model_; }
 
 private:
-    /// An edit, and the model as it was before it, or, once taken back, after it.
+    /// An edit, and the model before it or, if the edit is undone, after it.
     struct Done
     {
         Edit edit;
@@ -236,7 +236,7 @@ private:
     std::vector<Done> undone_;
 };
 
-/// What the tests begin with.
+/// The data at the start of each test.
 const char start[] = "FLOW: Analysis\n"
                      "  Title = First run\n"
                      "  DOMAIN: Duct\n"
@@ -269,7 +269,7 @@ class DocumentTest : public QObject
 private:
     /// Loads a file with this content.
     void open(const QByteArray &content = start);
-    /// What has been reported since the last call, one signal a line.
+    /// The signals since the last call, one per line.
     std::string reports();
     [[nodiscard]] QString path(const char *name) const { return folder_->filePath(name); }
 
@@ -380,13 +380,12 @@ void DocumentTest::keepsWhatItLoaded()
     QVERIFY(document_->encoding() == TextEncoding::Latin1);
 }
 
-// A pipe has given its text when the data was read: the next reader would wait for
-// a writer that never comes.
+// A pipe can be read only once: a second reader would wait for a writer forever.
 void DocumentTest::keepsNothingOfAPipe()
 {
     const std::string pipe = path("pipe").toStdString();
     QCOMPARE(::mkfifo(pipe.c_str(), 0600), 0);
-    const unsigned limit = ::alarm(20); // ends a test that waits
+    const unsigned limit = ::alarm(20); // ends a test that hangs
     std::thread writer([pipe] {
         QFile file(QString::fromStdString(pipe));
         if (file.open(QIODevice::WriteOnly))
@@ -429,11 +428,12 @@ void DocumentTest::setsAValue()
 void DocumentTest::addsAParameterAsAFileWould()
 {
     open();
-    QCOMPARE(document_->apply(addingParameter("/FLOW:Analysis/DOMAIN:Duct/Remark", " two  words ")),
-             std::nullopt);
+    QCOMPARE(
+        document_->apply(addingParameter("/FLOW:Analysis/DOMAIN:Duct/Reviewer", " two  words ")),
+        std::nullopt);
     QCOMPARE(reports(), "modified\n"
-                        "parameter /FLOW:Analysis/DOMAIN:Duct/Remark -1\n"
-                        "applied /FLOW:Analysis/DOMAIN:Duct/Remark [] [two words] 3\n");
+                        "parameter /FLOW:Analysis/DOMAIN:Duct/Reviewer -1\n"
+                        "applied /FLOW:Analysis/DOMAIN:Duct/Reviewer [] [two words] 3\n");
     QCOMPARE(document_->apply(addingParameter("/Top", "1")), std::nullopt);
     QCOMPARE(document_->data().value("/Top"), "1");
     QCOMPARE(document_->rollBack(), std::nullopt);
@@ -473,8 +473,9 @@ void DocumentTest::addsToAnObjectThatIsThere()
     QCOMPARE(document_->apply(addingObject(duct, "DOMAIN: Duct\nEND\n")), std::nullopt);
     QCOMPARE(QString::fromStdString(reports()).section('\n', 0, 1).section(' ', 0, 1),
              QString("modified\napplied /FLOW:Analysis/DOMAIN:Duct")); // there is nothing to show
-    QCOMPARE(document_->apply(addingObject(duct, "DOMAIN: Duct\nKind = Solid\nRemark = x\nEND\n")),
-             std::nullopt);
+    QCOMPARE(
+        document_->apply(addingObject(duct, "DOMAIN: Duct\nKind = Solid\nReviewer = x\nEND\n")),
+        std::nullopt);
     QVERIFY(QString::fromStdString(reports()).startsWith("modified\nreloaded\napplied"));
     QCOMPARE(document_->data().value(duct + "/Kind"), "Solid");
     QCOMPARE(document_->rollBack(), std::nullopt);
@@ -567,8 +568,8 @@ void DocumentTest::takesRandomEditsBack()
         if (step % 10 == 0)
             QCOMPARE(dump(asSaved(savedData())), dump(asSaved(history.model().root())));
     }
-    while (history.canTakeBack()) {
-        QVERIFY(history.takeBack());
+    while (history.canUndo()) {
+        QVERIFY(history.undo());
         QCOMPARE(dump(storedData()), dump(history.model().root()));
     }
     QCOMPARE(dump(storedData()), startDump);

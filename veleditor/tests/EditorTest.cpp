@@ -1,3 +1,4 @@
+// Opens the window for a test, answers boxes and reports forgotten dialogs.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/Application.h"
@@ -48,8 +49,8 @@ QString buttonText(const MessageBox &box)
 QString boxText(const MessageBox &box)
 {
     QString text = iconText(box.icon) + QLatin1String(": ") + box.title + u'\n' + box.text + u'\n';
-    if (!box.remark.isEmpty())
-        text += QLatin1String("Remark: ") + box.remark + u'\n';
+    if (!box.details.isEmpty())
+        text += QLatin1String("Details: ") + box.details + u'\n';
     return text + buttonText(box);
 }
 
@@ -78,8 +79,7 @@ void EditorTest::init()
     });
 }
 
-// A dialog that is still there at the next look waits for somebody who will not
-// come.
+// A dialog that is still open at the next check will never be answered.
 void EditorTest::rejectWaitingDialog()
 {
     auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());

@@ -1,13 +1,13 @@
-// The base of all tests that drive the real window.
+// The base class of all tests that use the real window.
 //
-// A test class derives from EditorTest, has one private slot for each user
-// action, and ends its source with VEL_EDITOR_TEST. Each slot runs in a process
-// of its own, since the bridge keeps its one command database for the life of
-// the process; the program given a slot's name runs that one alone.
+// A test class derives from EditorTest, has one private slot for each user action, and
+// ends its source with VEL_EDITOR_TEST. Each slot runs in a separate process, because
+// the bridge keeps its command database for the life of the process. The program runs
+// only one slot if its name is given as an argument.
 //
-// Message boxes are answered by `answer`, in advance and in order, and noted
-// down in `boxes`. A box that nobody expected, or an answer that nobody asked
-// for, fails the test; so does a dialog that is left waiting.
+// `answer` gives the answers to message boxes in advance and in order; `boxes` records
+// the boxes. The test fails if there is an unexpected box, an answer that was not
+// used, or a dialog that stays open.
 #pragma once
 
 #include "veleditor/src/Boxes.h"
@@ -32,9 +32,9 @@ class EditorTest : public QObject
 protected:
     // --- The window ---------------------------------------------------------
 
-    /// A copy of a file of the tests' data folder, in a folder of its own.
+    /// Copies a file of the tests' data folder to a new folder.
     QString copyOf(const QString &dataFile);
-    /// A file with this content there.
+    /// Writes a file with this content to the same folder.
     QString newFile(const QString &name, const QByteArray &content);
     /// Opens the window on a file and shows it.
     Editor &open(const QString &file, bool safeMode = false);
@@ -45,29 +45,29 @@ protected:
 
     // --- Rows ---------------------------------------------------------------
 
-    /// The row with this database path; fails the test when there is none.
+    /// The row with this database path; fails the test if there is none.
     VELTreeItem &row(const char *path);
     void select(const char *path);
     void doubleClick(const char *path);
 
-    /// Makes the title of duct.vel "Second run", which is not saved then.
+    /// Changes the title of duct.vel to "Second run", without saving.
     void changeSomething();
 
     // --- Keys, boxes and dialogs -----------------------------------------------
 
-    /// Presses keys in the main window, as "Ctrl+S".
+    /// Presses keys such as "Ctrl+S" in the main window.
     void press(const char *keys);
 
-    /// The button that the next unanswered box will have pressed.
+    /// Sets the button that answers the next box without an answer.
     void answer(int button = 0) { answers_.append(button); }
 
-    /// The boxes so far: "Warning: title", the text, "Remark: ..." where there is
-    /// one, and on the last line the buttons, as "[&Yes] | &No, Escape": in square
-    /// brackets what Return presses, "Escape" where that key closes the box. A
-    /// box that is given no buttons reads "Ok".
+    /// The boxes so far: "Warning: title", the text, "Details: ..." if there are
+    /// details, and on the last line the buttons, such as "[&Yes] | &No, Escape".
+    /// Square brackets mark the button that Return presses; "Escape" means that this
+    /// key closes the box. For a box without buttons the line has "Ok".
     QStringList boxes;
 
-    /// Uses the next modal dialog of a class, when it is up.
+    /// Uses the next modal dialog of a class when it is shown.
     template <typename Dialog, typename Use>
     void onDialog(Use use)
     {
@@ -85,7 +85,7 @@ protected:
         timer->start(1);
     }
 
-    /// The visible window of a class; null when there is none.
+    /// The visible window of a class; null if there is none.
     template <typename Window>
     static Window *visible()
     {
@@ -97,7 +97,7 @@ protected:
         return nullptr;
     }
 
-    /// The same where there must be one; else the test ends.
+    /// The same; ends the test if there is none.
     template <typename Window>
     static Window &shown()
     {
@@ -107,7 +107,7 @@ protected:
         return *window;
     }
 
-    /// Runs Perl code in the interpreter of the program.
+    /// Runs Perl code in the program's interpreter.
     void runPerl(const QByteArray &code);
 
     static QByteArray contentOf(const QString &file);
@@ -125,15 +125,15 @@ private:
     std::unique_ptr<Editor> editor_;
     QList<int> answers_;
     int awaitedDialogs_ = 0;
-    QTimer watch_; ///< looks for dialogs that nobody answers
+    QTimer watch_; ///< checks for dialogs without an answer
     QWidget *waiting_ = nullptr;
 };
 
 /// Presses the child button with this object name.
 void pressButton(QWidget &window, const char *name);
 
-/// Runs each slot of the test in a process of its own; see above. A test that
-/// runs the program itself has no application object.
+/// Runs each slot of the test in a separate process; see above. A test that runs the
+/// program itself does not have an application object.
 int runEditorTest(QObject &test, int argc, char **argv, bool withApplication);
 
 } // namespace velEditor

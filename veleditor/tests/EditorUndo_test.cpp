@@ -170,7 +170,7 @@ void EditorUndoTest::selectsTheObjectOfWhatIsGone()
 {
     open(copyOf("duct.vel"));
     const std::string in = std::string(duct) + "/BOUNDARY:in";
-    apply(addingParameter(std::string(duct) + "/Remark", "x"));
+    apply(addingParameter(std::string(duct) + "/Reviewer", "x"));
     press("Ctrl+Z");
     QCOMPARE(selectedPath(), duct);
     apply(deletingObject(in));

@@ -1,4 +1,4 @@
-// The main window: loading, menus, validating, and how it looks.
+// Tests the main window: loading, menus, validation, and its look.
 #include "veleditor/tests/EditorTest.h"
 
 #include "common/error.h"
@@ -23,7 +23,7 @@ class EditorWindowTest : public EditorTest
     Q_OBJECT
 
 private:
-    /// Replaces a Perl routine by one with this body.
+    /// Replaces the body of a Perl routine.
     void replaceRoutine(const QByteArray &name, const QByteArray &body);
 
 private slots:
@@ -87,7 +87,7 @@ void EditorWindowTest::replaceRoutine(const QByteArray &name, const QByteArray &
             "};\n1;\n");
 }
 
-// Callers by name and number rely on them.
+// Callers use the slots by name and number.
 void EditorWindowTest::declaresItsSlotsInOrder()
 {
     const auto slotsOf = [](const QMetaObject &meta) {
@@ -407,7 +407,7 @@ void EditorWindowTest::fitsTheTreeIntoTheWindow()
     QCOMPARE(tree().geometry(), QRect(10, 40, 285, 150));
     QCOMPARE(tree().columnWidth(0), 300 - 100 - 15);
 
-    // No room is left for the names: their column stays as it is.
+    // There is no room left for the names: the width of their column does not change.
     tree().setColumnWidth(1, 400);
     editor().resize(320, 200);
     QCOMPARE(tree().columnWidth(0), 300 - 100 - 15);

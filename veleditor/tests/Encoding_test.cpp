@@ -1,4 +1,4 @@
-// What the user types is stored in the encoding of the file.
+// Tests that typed text is stored in the encoding of the file.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/AddParamDialog.h"
@@ -16,7 +16,7 @@ class EncodingTest : public EditorTest
 private:
     /// Types a value for a parameter and saves.
     void typeAndSave(const char *path, const QString &text);
-    /// Types a text that is refused, then one that is not.
+    /// Types a text that is refused, then one that is accepted.
     template <typename Dialog>
     void typeTwice(Dialog &dialog, const QString &refused, const QString &accepted);
 
@@ -76,7 +76,7 @@ void EncodingTest::typeTwice(Dialog &dialog, const QString &refused, const QStri
     answer();
     pressButton(dialog, "Ok");
     QVERIFY(dialog.isVisible());
-    QCOMPARE(field(dialog).toPlainText(), refused); // what was typed is still there
+    QCOMPARE(field(dialog).toPlainText(), refused); // the typed text stays
     type(dialog, accepted);
     pressButton(dialog, "Ok");
 }
@@ -110,7 +110,7 @@ void EncodingTest::takesTheEncodingFromCommentsToo()
     QCOMPARE(contentOf(file()), flow(wide().toLatin1()));
 }
 
-// A file may hold values in both encodings.
+// A file may have values in both encodings.
 void EncodingTest::keepsTheEncodingOfAValue()
 {
     open(newFile("both.vel", "# \xE4\n" + flow("\xCE\xBB = 3")));
@@ -142,8 +142,8 @@ void EncodingTest::refusesWhatTheFileCannotRepresent()
     tree().editParam(&row(title));
     QCOMPARE(boxes,
              QStringList(QString::fromUtf8(
-                 "Warning: Edit Parameter\nThe encoding of this command file is Latin-1, which has "
-                 "no character \"€\".\nPlease correct the value before continuing.\n[Ok], "
+                 "Warning: Edit Parameter\nThe encoding of this command file is Latin-1, which "
+                 "does not have the character \"€\".\nPlease use another character.\n[Ok], "
                  "Escape")));
     QCOMPARE(row(title).value(), QString("5 EUR"));
 }

@@ -1,4 +1,4 @@
-// Searching the tree.
+// Tests the search of the tree.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/FindDialog.h"
@@ -16,7 +16,7 @@ class FindDialogTest : public EditorTest
 
 private:
     FindDialog &dialog();
-    /// The path of the selected row.
+    /// The path of the selected row, which is the match.
     QString found();
     static QString notFound(const QString &text);
     void search(const QString &text);
@@ -33,8 +33,8 @@ private slots:
     void neverFindsASingleLetter();
     void keepsTheTextForTheNextTime();
     void findsOnWithoutTheDialog();
-    void startsAnewAfterARebuild();
-    void startsAnewAfterItsRowWasDeleted();
+    void startsAgainAfterARebuild();
+    void startsAgainAfterItsRowWasDeleted();
 };
 
 FindDialog &FindDialogTest::dialog()
@@ -61,7 +61,7 @@ void FindDialogTest::search(const QString &text)
     QTest::keyClick(entry, Qt::Key_Return);
 }
 
-// As in every dialog with a text field, Ctrl+Return does what the dialog is for.
+// Ctrl+Return presses the main button, as in every dialog with a text field.
 void FindDialogTest::findsOnCtrlReturn()
 {
     open(copyOf("duct.vel"));
@@ -121,7 +121,7 @@ void FindDialogTest::scrollsToTheMatch()
         const QRect place = tree().visualItemRect(tree().selectedItem());
         QVERIFY(!place.isEmpty());
         QVERIFY(tree().viewport()->rect().contains(place.center()));
-        answer(); // the next match is behind the last
+        answer(); // there is no match after the last one
         search("no such row");
     }
 }
@@ -136,7 +136,7 @@ void FindDialogTest::findsTheNextMatchAndWrapsAround()
     QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind"));
     search("kind");
     QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:out/Kind"));
-    // That was the very last row of the tree.
+    // That was the last row of the tree.
     answer();
     search("kind");
     QCOMPARE(boxes, QStringList(notFound("kind")));
@@ -164,14 +164,14 @@ void FindDialogTest::startsBehindTheSelection()
     QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind"));
     pressButton(dialog(), "Close");
 
-    // Behind an object with children comes the first of them, also if it is closed.
+    // After an object, even a closed one, comes its first child.
     select("/LANGUAGE");
     tree().doFind();
     search("version");
     QCOMPARE(found(), QString("/LANGUAGE/Version"));
     pressButton(dialog(), "Close");
 
-    // Behind the last row comes the first.
+    // After the last row comes the first.
     select("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:out/Kind");
     tree().doFind();
     search("root");
@@ -206,7 +206,7 @@ void FindDialogTest::keepsTheTextForTheNextTime()
 void FindDialogTest::findsOnWithoutTheDialog()
 {
     open(copyOf("duct.vel"));
-    press("Ctrl+N"); // nothing was searched yet: the dialog
+    press("Ctrl+N"); // nothing was searched yet, so the dialog opens
     search("kind");
     pressButton(dialog(), "Close");
     press("Ctrl+N");
@@ -214,7 +214,7 @@ void FindDialogTest::findsOnWithoutTheDialog()
     QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind"));
 }
 
-void FindDialogTest::startsAnewAfterARebuild()
+void FindDialogTest::startsAgainAfterARebuild()
 {
     open(copyOf("duct.vel"));
     tree().doFind();
@@ -226,11 +226,11 @@ void FindDialogTest::startsAnewAfterARebuild()
     QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/Kind"));
 }
 
-void FindDialogTest::startsAnewAfterItsRowWasDeleted()
+void FindDialogTest::startsAgainAfterItsRowWasDeleted()
 {
     open(copyOf("duct.vel"));
     tree().doFind();
-    search("kind"); // of the duct: the search goes on at its Location
+    search("kind"); // of the duct; the search continues at its Location
     pressButton(dialog(), "Close");
     select("/FLOW:Analysis/DOMAIN:Duct/Location");
     answer();

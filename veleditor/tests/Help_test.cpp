@@ -1,5 +1,5 @@
-// The Help menu: what a viewer is asked for, and how it is left. A double that
-// notes what it receives stands in for the viewer.
+// Tests the Help menu: the requests to the viewer, and the end of the viewer. A test
+// program takes the place of the viewer and logs what it receives.
 #include "veleditor/tests/EditorTest.h"
 
 #include <QAction>
@@ -13,12 +13,12 @@ class EditorHelpTest : public EditorTest
     Q_OBJECT
 
 private:
-    /// Opens the window with a viewer to ask.
+    /// Opens the window with a viewer.
     void openWithViewer();
     void choose(const char *entry);
-    /// What the viewer has noted, once it ends with `last`.
+    /// The viewer's log; waits until it ends with `last`.
     QString notesUpTo(const QString &last);
-    /// Asks for help, closes the window with this answer, and compares.
+    /// Requests help, closes the window with this answer, and compares the log.
     void quitsTheViewer(int button);
 
 private slots:
@@ -107,7 +107,7 @@ void EditorHelpTest::asksForTheSelectedRow()
     press("F1");
     select("/FLOW:Analysis/EXPERT PARAMETERS");
     press("F1");
-    select("/FLOW:Analysis/DOMAIN:Duct"); // its rule names a topic
+    select("/FLOW:Analysis/DOMAIN:Duct"); // the rule names a topic
     press("F1");
     select("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Mass Flow Rate");
     press("F1");

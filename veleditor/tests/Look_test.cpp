@@ -1,6 +1,6 @@
-// What every window has to look like and to say, whatever the palette and the
-// scale: nothing is cut off, every control has a name, a key and a place in the
-// order of the tab key. Run at the usual scale and at twice that.
+// Tests every window for all palettes and scales: nothing is cut off; every control
+// has a name, a key and a place in the tab order. Runs at the usual scale and at
+// twice that.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/AddParamDialog.h"
@@ -89,7 +89,7 @@ void LookTest::forEachWindow(const std::function<void(QWidget &)> &look)
     box.icon = QMessageBox::Warning;
     box.title = "A title that is longer than the text";
     box.text = "Text";
-    box.remark = "Remark";
+    box.details = "Details";
     box.buttons = QStringList{"&Delete The Parameter", "&Cancel"};
     static_cast<void>(ask(&editor(), box));
 }
@@ -129,7 +129,7 @@ void LookTest::cutsNothingOff()
             const auto *label = qobject_cast<const QLabel *>(widget);
             if (label != nullptr && !label->wordWrap() && !label->text().isEmpty())
                 QVERIFY2(label->width() >= label->sizeHint().width(), qPrintable(where));
-            // Inside the window, and no sibling over it.
+            // The widget is inside the window, and no sibling covers it.
             const QRect place(widget->mapTo(&window, QPoint()), widget->size());
             QVERIFY2(window.rect().contains(place), qPrintable(where));
         }
@@ -193,7 +193,7 @@ void LookTest::reachesEveryControlByKey()
     });
 }
 
-// The texts stand out from what is behind them; the marks stay what they are.
+// Texts contrast with their background; the colours of the rows do not change.
 void LookTest::isLegibleInADarkPalette()
 {
     takeDarkPalette();

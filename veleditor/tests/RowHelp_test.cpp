@@ -1,4 +1,4 @@
-// What the editor tells about a row, and what it offers for one by key.
+// Tests the texts about a row, and the keys for the selected row.
 #include "veleditor/tests/EditorTest.h"
 
 #include <QAccessible>
@@ -18,7 +18,7 @@ class RowHelpTest : public EditorTest
     Q_OBJECT
 
 private:
-    /// Opens a file under rules that say much of what is in it.
+    /// Opens a file with rules that describe its parameters in detail.
     void openDescribed();
     static QString plain(const QString &rich);
     QMenu *shownMenu();
@@ -116,7 +116,7 @@ void RowHelpTest::tellsTheRulesOfAnObject()
                      "Presence: optional, by \"Optional Objects\" of OBJECT:FLOW"));
 }
 
-// A screen reader is told the same as the tool tip says.
+// A screen reader gets the same text as the tool tip.
 void RowHelpTest::tellsWhatCanBeChangedWithoutColour()
 {
     openDescribed();
@@ -183,7 +183,7 @@ void RowHelpTest::explainsARowOnRequest()
     }));
     QWhatsThis::hideText();
 
-    // The same by pointing.
+    // The same with the mouse.
     const QPoint place = tree().visualItemRect(&row(flowRate)).center();
     QHelpEvent ask(QEvent::QueryWhatsThis, place, tree().viewport()->mapToGlobal(place));
     QVERIFY(QApplication::sendEvent(tree().viewport(), &ask));
@@ -214,12 +214,12 @@ void RowHelpTest::opensItsMenuByKey()
                                       "--\n"
                                       "&What's This?  Shift+F1\n"
                                       "&Help on Row  F1\n"));
-    // Just below the row.
+    // The place is directly below the row.
     const QRect place = tree().visualItemRect(&row("/FLOW:Analysis/DOMAIN:Duct/Kind"));
     QCOMPARE(menu->pos().y(), tree().viewport()->mapToGlobal(place.bottomLeft()).y());
     menu->close();
 
-    // The Menu key comes as an event of its own.
+    // The Menu key comes as a context-menu event.
     tree().clearSelection();
     QContextMenuEvent key(QContextMenuEvent::Keyboard, QPoint(5, 5), QPoint(5, 5));
     QApplication::sendEvent(&tree(), &key);
@@ -264,7 +264,7 @@ void RowHelpTest::copiesPathAndValue()
     press("Ctrl+Shift+C");
     QCOMPARE(clipboard->text(), QString("/FLOW:Analysis/DOMAIN:Duct/Location"));
 
-    // An object has a path only.
+    // An object has a path but no value.
     select("/FLOW:Analysis/DOMAIN:Duct");
     press("Ctrl+C");
     QCOMPARE(clipboard->text(), QString("/FLOW:Analysis/DOMAIN:Duct/Location"));
@@ -291,7 +291,7 @@ void RowHelpTest::expandsAndCollapsesAll()
     QCOMPARE(tree().selectedItem(), &row("/FLOW:Analysis"));
 }
 
-// A row that was opened with all others, or found, took the first press for itself.
+// After Expand All or a search, the first press once only closed the row.
 void RowHelpTest::leavesAParameterAtOnePressOfLeft()
 {
     open(copyOf("duct.vel"));

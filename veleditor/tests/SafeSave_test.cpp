@@ -1,5 +1,5 @@
-// No save destroys the only copy of the data: what happens where the file cannot
-// be moved to its .bak, where it is not a regular file, and where the disk is full.
+// Tests that no save destroys the only copy of the data: if the file cannot be moved
+// to its .bak, if it is not a regular file, and if the disk is full.
 #include "veleditor/tests/EditorTest.h"
 
 #include "velparser/api/velparser.h"
@@ -22,7 +22,7 @@ namespace {
 int syncedFiles = 0;
 int syncedFolders = 0;
 
-// Files of this process cannot grow beyond a size, as on a full disk.
+// Limits the size of files that this process writes, like a full disk.
 class FileSizeLimit
 {
 public:
@@ -40,7 +40,7 @@ private:
     rlimit before_{};
 };
 
-/// A user without rights, for as long as the object lives. Only for root.
+/// Switches to a user without rights for the life of the object. Only for root.
 class OtherUser
 {
 public:
@@ -80,13 +80,13 @@ public:
 private:
     /// Opens duct.vel with a change, and a folder that the .bak cannot replace.
     void openWithoutRoomForABackup();
-    /// What the box about a failed save says, with the system's reason.
-    [[nodiscard]] QString failureBox(const QString &reason, const QString &remark) const;
-    /// The names in the folder of the file that no save should have left.
+    /// The box about a failed save, with the system's reason.
+    [[nodiscard]] QString failureBox(const QString &reason, const QString &details) const;
+    /// Files in the folder that a save should not leave there.
     [[nodiscard]] QStringList leftOver() const;
 
     QByteArray before_;
-    static constexpr rlim_t tooSmall = 100; ///< bytes, for what is written
+    static constexpr rlim_t tooSmall = 100; ///< bytes, less than a save writes
 
 private slots:
     void keepsTheFileWhereThereIsRoomForNoCopy();
@@ -111,10 +111,10 @@ void SafeSaveTest::openWithoutRoomForABackup()
     changeSomething();
 }
 
-QString SafeSaveTest::failureBox(const QString &reason, const QString &remark) const
+QString SafeSaveTest::failureBox(const QString &reason, const QString &details) const
 {
     return "Critical: Error Saving File\nUnable to save your modifications to\n  " + file() + '\n' +
-           reason + "\nYour modifications are still in the editor.\nRemark: " + remark +
+           reason + "\nYour modifications are still in the editor.\nDetails: " + details +
            "\n[Ok], Escape";
 }
 
@@ -124,8 +124,8 @@ QStringList SafeSaveTest::leftOver() const
            QDir(folder() + "/state/veleditor/saved").entryList(QDir::Files);
 }
 
-// If neither a copy of the file nor the new text can be written first, the save
-// says so and changes nothing.
+// If there is room neither for a copy of the file nor for the new text, the save
+// reports that and changes nothing.
 void SafeSaveTest::keepsTheFileWhereThereIsRoomForNoCopy()
 {
     openWithoutRoomForABackup();
@@ -134,8 +134,7 @@ void SafeSaveTest::keepsTheFileWhereThereIsRoomForNoCopy()
         const FileSizeLimit limit(tooSmall);
         QVERIFY(!editor().save(file().toStdString()));
     }
-    QCOMPARE(boxes,
-             QStringList(failureBox("File too large", "The file itself is as it was before.")));
+    QCOMPARE(boxes, QStringList(failureBox("File too large", "The file itself has not changed.")));
     QCOMPARE(contentOf(file()), before_);
     QVERIFY(tree().isModified());
     QCOMPARE(leftOver(), QStringList());
@@ -157,14 +156,13 @@ void SafeSaveTest::restoresTheFileWhenWritingItFails()
         const FileSizeLimit limit(static_cast<rlim_t>(before_.size()));
         QVERIFY(!editor().save(file().toStdString()));
     }
-    QCOMPARE(boxes,
-             QStringList(failureBox("File too large", "The file itself is as it was before.")));
+    QCOMPARE(boxes, QStringList(failureBox("File too large", "The file itself has not changed.")));
     QCOMPARE(contentOf(file()), before_);
     QCOMPARE(leftOver(), QStringList());
 }
 
-// Kept: whether the file could be moved is not looked at. The copy then is in the
-// user's own folder until the file is complete.
+// The save does not check whether the file could be moved. The copy is then in the
+// user's folder until the file is complete.
 void SafeSaveTest::savesInAFolderThatCannotBeWrittenTo()
 {
     if (geteuid() != 0)
@@ -193,7 +191,7 @@ void SafeSaveTest::neverMovesADevice()
     QVERIFY(QFile::remove(file()));
     QCOMPARE(mkfifo(qPrintable(file()), 0600), 0);
     answer();
-    QVERIFY(editor().save(file().toStdString())); // nobody reads: it cannot be opened
+    QVERIFY(editor().save(file().toStdString())); // without a reader it cannot be opened
     QCOMPARE(boxes.size(), 1);
     QVERIFY2(boxes[0].contains("\nThis may be due to the OMBRA ZOT-Solver run having completed."),
              qPrintable(boxes[0]));
@@ -257,8 +255,8 @@ void SafeSaveTest::doesNotWaitForTheReaderOfAPipe()
     QVERIFY(!tree().isModified());
 }
 
-// A move between two names of one file does nothing, and writing would then
-// change both.
+// Moving between two names of one file does nothing, and writing would then change
+// both.
 void SafeSaveTest::keepsWhatASecondNameOfTheFileHolds()
 {
     open(copyOf("duct.vel"));
@@ -270,7 +268,7 @@ void SafeSaveTest::keepsWhatASecondNameOfTheFileHolds()
     QVERIFY(contentOf(file()).contains("Second run"));
 }
 
-// The link would take the place of the data that it leads to.
+// The link would replace the data that it points to.
 void SafeSaveTest::keepsWhatALinkToTheBackupLeadsTo()
 {
     const QString link = folder() + "/link.vel";
@@ -289,7 +287,7 @@ void SafeSaveTest::keepsWhatALinkToTheBackupLeadsTo()
     QVERIFY(contentOf(file()).contains("Second run"));
 }
 
-// Somebody's file that has the name of the emergency copy is not lost either.
+// A file that already has the name of the emergency copy is not lost either.
 void SafeSaveTest::keepsTheFormerDataOfAnotherTarget()
 {
     open(copyOf("duct.vel"));
@@ -303,7 +301,7 @@ void SafeSaveTest::keepsTheFormerDataOfAnotherTarget()
     }
     QCOMPARE(contentOf(target), QByteArray(50, 'x'));
     QCOMPARE(contentOf(target + ".bak"), before_);
-    QVERIFY2(boxes[0].contains("The file as it was before is kept in\n  " + target + ".bak"),
+    QVERIFY2(boxes[0].contains("The former file is kept in\n  " + target + ".bak"),
              qPrintable(boxes[0]));
     QCOMPARE(leftOver(), QStringList());
 }

@@ -1,4 +1,4 @@
-// Saving the command data, and closing the window with and without it.
+// Tests saving, and closing the window with and without saving.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/MessageDialog.h"
@@ -24,9 +24,9 @@ class SavingTest : public EditorTest
     Q_OBJECT
 
 private:
-    /// Makes a locale with a decimal comma the process's own.
+    /// Sets a locale with a decimal comma for the process.
     bool takeCommaLocale();
-    /// Closes the window and tells whether it has gone.
+    /// Closes the window; true if it was closed.
     bool closes();
 
 private slots:
@@ -82,7 +82,7 @@ const char ductFormatted[] = "LANGUAGE:\n"
                              "  END\n"
                              "END\n";
 
-// Files of this process cannot grow beyond a size, as on a full disk.
+// Limits the size of files that this process writes, like a full disk.
 class FileSizeLimit
 {
 public:
@@ -128,7 +128,7 @@ void SavingTest::savesAndKeepsTheFormerFile()
     QCOMPARE(editor().windowTitle(), file());
     QVERIFY(!tree().isModified());
 
-    // The next one puts the last state in the place of the older backup.
+    // The next save replaces the backup with the last state.
     editor().doSave();
     QCOMPARE(contentOf(file() + ".bak"), QByteArray(ductFormatted));
 }
@@ -175,7 +175,8 @@ void SavingTest::keepsThePermissionsOfTheFile()
     QCOMPARE(QFile::permissions(file()) & (owner | QFile::ReadGroup | QFile::ReadOther), owner);
 }
 
-// Kept: the folder decides whether a file in it can be moved. The mark stays.
+// The folder's permissions decide whether a file can be moved. The file stays
+// read-only.
 void SavingTest::replacesAFileMarkedReadOnly()
 {
     open(copyOf("duct.vel"));
@@ -187,7 +188,7 @@ void SavingTest::replacesAFileMarkedReadOnly()
     QCOMPARE(QFile::permissions(file()) & owner, QFile::Permissions(QFile::ReadOwner));
 }
 
-// Kept: it is the link that is moved.
+// The link itself is moved, not the file that it points to.
 void SavingTest::leavesAloneWhatALinkLeadsTo()
 {
     const QString original = copyOf("duct.vel");
@@ -202,7 +203,7 @@ void SavingTest::leavesAloneWhatALinkLeadsTo()
     QCOMPARE(QFile::symLinkTarget(link + ".bak"), original);
 }
 
-// Kept: the save goes on where the file could not be moved.
+// The save continues if the file could not be moved.
 void SavingTest::savesWithoutABackupWhereNoneCanBeMade()
 {
     open(copyOf("duct.vel"));
@@ -221,7 +222,7 @@ void SavingTest::savesToAnotherName()
     const QString target = folder() + "/copy.vel";
     QVERIFY(editor().save(target.toStdString()));
     QCOMPARE(contentOf(target), QByteArray(ductFormatted));
-    // Kept: it is the loaded file that becomes the backup.
+    // The loaded file becomes the backup.
     QVERIFY(!QFile::exists(file()));
     QCOMPARE(contentOf(target + ".bak"), before);
 }
@@ -260,7 +261,7 @@ void SavingTest::saysWhenItCannotOpenTheTarget()
     changeSomething();
     const QString target = folder() + "/absent/duct.vel";
     answer();
-    QVERIFY(editor().save(target.toStdString())); // kept: it counts as saved
+    QVERIFY(editor().save(target.toStdString())); // it counts as saved
     QCOMPARE(boxes,
              QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
                          target +
@@ -269,7 +270,7 @@ void SavingTest::saysWhenItCannotOpenTheTarget()
     QCOMPARE(editor().windowTitle(), file() + " - Modified");
 }
 
-// The former file has been moved by then, and the user is told where to.
+// The former file has been moved by then; the box says where it is.
 void SavingTest::saysWhenTheTargetIsAFolder()
 {
     open(copyOf("duct.vel"));
@@ -283,7 +284,7 @@ void SavingTest::saysWhenTheTargetIsAFolder()
              QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
                          target +
                          "\nThis may be due to the OMBRA ZOT-Solver run having completed.\n"
-                         "Remark: The file as it was before is kept in\n  " +
+                         "Details: The former file is kept in\n  " +
                          target + ".bak\n[Ok], Escape"));
     QCOMPARE(contentOf(target + ".bak"), before);
     QVERIFY(tree().isModified());
@@ -303,7 +304,7 @@ void SavingTest::saysWhenItCannotWriteAll()
              QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
                          file() +
                          "\nFile too large\nYour modifications are still in the editor.\n"
-                         "Remark: The file as it was before is kept in\n  " +
+                         "Details: The former file is kept in\n  " +
                          file() + ".bak\n[Ok], Escape"));
     QCOMPARE(contentOf(file() + ".bak"), before);
     QVERIFY(tree().isModified());
@@ -356,7 +357,7 @@ void SavingTest::staysWhenTheUserContinues()
     QVERIFY(tree().isModified());
 }
 
-// Exit closes all windows, in whatever order the toolkit keeps them.
+// Exit closes all windows, in any order.
 void SavingTest::keepsTheErrorsUntilTheUserHasAnswered()
 {
     open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
@@ -403,7 +404,7 @@ void SavingTest::savesAndQuits()
     QCOMPARE(contentOf(file()), QByteArray(ductFormatted));
 }
 
-// Kept: a target that cannot be opened counts as saved, after its box.
+// A target that cannot be opened counts as saved, after its box.
 void SavingTest::quitsWhenTheTargetCannotBeOpened()
 {
     QVERIFY(QDir().mkpath(folder() + "/run"));

@@ -1,6 +1,5 @@
-// The program from its first to its last instruction. Each test runs all of it
-// in a process of its own, with what the user does prepared before the
-// application exists.
+// Tests the whole run of the program. Each test runs it in a separate process; the
+// user's actions are prepared before the application exists.
 #include "veleditor/tests/EditorTest.h"
 
 #include "common/error.h"
@@ -30,11 +29,11 @@ using namespace velEditor;
 
 namespace {
 
-// How often a signal came with the wait cursor and without it.
+// How often a signal arrived with the wait cursor and without it.
 volatile std::sig_atomic_t waiting = 0;
 volatile std::sig_atomic_t notWaiting = 0;
 
-/// What happens once the main window is in its event loop.
+/// The user's actions when the main window is in its event loop.
 std::function<void(Editor &)> inTheLoop;
 
 Editor *mainWindow()
@@ -46,9 +45,9 @@ Editor *mainWindow()
     return nullptr;
 }
 
-// Called with each application object that is made. A zero timer first fires in
-// the welcome's event round or in a start-up box, where the window is not yet
-// shown or blocked; it waits until no dialog is modal any more.
+// Called for each new application object. A zero timer can fire while the welcome
+// label or a start-up box is shown, when the window is not yet visible or is blocked;
+// so it waits until there is no modal dialog any more.
 void prepareUse()
 {
     auto *timer = new QTimer(qApp);
@@ -64,7 +63,7 @@ void prepareUse()
     timer->start(1);
 }
 
-// Throws while the first message box waits, then answers what comes after it.
+// Throws while the first message box is open, then answers the later ones.
 void failInABox()
 {
     auto *timer = new QTimer(qApp);
@@ -82,7 +81,7 @@ void failInABox()
     timer->start(1);
 }
 
-/// What the program left behind.
+/// The result of a run of the program.
 struct Run
 {
     int status = -1;
@@ -96,15 +95,15 @@ class StartupTest : public EditorTest
     Q_OBJECT
 
 private:
-    /// Gives the program that is run next a screen of this size.
+    /// Sets the size of the screen for the next run of the program.
     void setScreen(int width, int height);
-    /// Runs the real program, which has no display, with these words.
+    /// Runs the real program with these arguments and without a display.
     static Run runWithoutDisplay(const QStringList &words);
-    /// Runs the program with these words after its name.
+    /// Runs the program with these arguments.
     Run run(const QStringList &words, std::function<void(Editor &)> use = {});
-    /// A Perl side of its own: the real one with these lines added to API.pm.
+    /// Uses a copy of the Perl side with these lines added to API.pm.
     void addToPerlSide(const QByteArray &lines);
-    /// A Perl side whose tree cannot be built again once it has been.
+    /// Uses a Perl side with which the tree can be built only once.
     void breakRebuilds();
 
 private slots:
@@ -167,7 +166,7 @@ Run StartupTest::run(const QStringList &words, std::function<void(Editor &)> use
         dup2(before[i], i + 1);
         result.output += QString::fromUtf8(contentOf(files[i]));
     }
-    // Words of the toolkit about this platform, which the test framework notes.
+    // Messages of the toolkit about this platform, which the test framework prints.
     static const QRegularExpression toolkit("^Q(WARN|DEBUG|INFO) .*\n",
                                             QRegularExpression::MultilineOption);
     result.output.remove(toolkit);
@@ -243,7 +242,7 @@ void StartupTest::answersHelpAndVersionWithoutADisplay()
     QCOMPARE(version.status, 0);
     QCOMPARE(version.output, QString("veledit " VEL_VERSION "\n"));
 
-    // Any other place is one for a file name.
+    // With another argument, the last one is a file name.
     QCOMPARE(runWithoutDisplay({"-safe", "--help"}).status, 1);
 }
 
@@ -293,7 +292,7 @@ void StartupTest::takesSafeModeFromAnywhere()
 
 void StartupTest::reportsAFileThatCannotBeLoaded()
 {
-    // Behind the file, -safe is the file.
+    // After the file name, -safe is a file name.
     const Run result = run({copyOf("duct.vel"), "-safe"});
     QCOMPARE(result.status, 0);
     QVERIFY2(result.output.startsWith("File error encountered:\nreadTextFile: -safe: open failed"),
@@ -301,7 +300,7 @@ void StartupTest::reportsAFileThatCannotBeLoaded()
     QVERIFY(!QFile::exists("-safe.emergency"));
 }
 
-// The last word is the file, whatever it looks like, and still counts as an option.
+// The last argument is always the file; it also counts as an option.
 void StartupTest::opensAFileNamedLikeAnOption()
 {
     newFile("-safe", "FLOW: A\nEND\n");
@@ -327,8 +326,8 @@ void StartupTest::endsWithTheStatusOfItsLoop()
     QCOMPARE(result.status, 3);
 }
 
-// The rules send a signal while they upgrade and validate; the cursor is looked
-// at when it arrives.
+// The rules send a signal while they upgrade and validate; the handler checks the
+// cursor.
 void StartupTest::waitsWithTheWaitCursor()
 {
     addToPerlSide("require VEL::Upgrade; require VEL::Validate;\n"
@@ -379,7 +378,7 @@ void StartupTest::setScreen(int width, int height)
     qputenv("QT_QPA_PLATFORM", QFile::encodeName("offscreen:configfile=" + configuration));
 }
 
-// The window and what a window manager puts around it lie within the screen.
+// The window and its frame are within the screen.
 void StartupTest::keepsTheWindowOnASmallScreen()
 {
     setScreen(683, 384);
@@ -508,12 +507,12 @@ void StartupTest::savesInEmergency()
     QCOMPARE(result.status, 0);
     QVERIFY(contentOf(file + ".emergency").startsWith("LANGUAGE:\n  Version = 2.1\nEND\nFLOW:"));
     QCOMPARE(contentOf(file + ".emergency.bak"), before);
-    QVERIFY(!QFile::exists(file)); // kept: the loaded file is the one that is moved
+    QVERIFY(!QFile::exists(file)); // the loaded file was moved
 }
 
 void StartupTest::showsChangesBeforeFindings()
 {
-    answer(0); // the changes are looked at
+    answer(0); // show the changes
     answer();  // the findings
     answer(1); // quit without saving
     QStringList shown;
@@ -531,7 +530,7 @@ void StartupTest::showsChangesBeforeFindings()
     QCOMPARE(shown, QStringList({"VEL Upgrade Messages", "Command File Errors"}));
 }
 
-// Kept: the second word as it was given, even if the toolkit has taken it.
+// The name is the first argument as given, even if it is an option of the toolkit.
 void StartupTest::namesTheCopyByTheWordAsGiven()
 {
     const QString file = copyOf("duct.vel");
@@ -571,8 +570,8 @@ void StartupTest::savesInEmergencyToTheSecondWord()
     QVERIFY(!QFile::exists(file));
 }
 
-// The error comes while a dialog waits in a loop of its own, and the emergency
-// save has a question to ask.
+// The error is thrown while a dialog runs its own event loop; the emergency save then
+// asks a question.
 void StartupTest::savesInEmergencyFromWithinADialog()
 {
     const QString file = newFile("bad.vel", "FLOW: Analysis\nTitle = x\nDOMAIN: Duct\nKind = No\n"
@@ -595,8 +594,8 @@ void StartupTest::savesInEmergencyFromWithinADialog()
     QVERIFY(contentOf(file + ".emergency").contains("  DOMAIN: Other\n"));
 }
 
-// The error comes while a box of the start waits; the question of the emergency
-// save must still be asked.
+// The error is thrown while a box of the start is open; the emergency save must still
+// ask its question.
 void StartupTest::savesInEmergencyBeforeTheLoop()
 {
     const QString file = newFile("old.vel", "LANGUAGE:\nVersion = 2.0\nEND\n"

@@ -1,4 +1,4 @@
-// The encoding of a text, and what is refused because of it.
+// Tests the encoding of texts, and which texts are refused because of it.
 #include "veleditor/src/Text.h"
 #include "veleditor/src/TextEncoding.h"
 
@@ -26,8 +26,9 @@ private slots:
     void refusesWhatTheEncodingLacks();
 };
 
-// Every text of two bytes, and of three and four around each border: it is UTF-8
-// exactly if the tree shows it as that, and so if it is the same bytes again.
+// Checks every text of two bytes, and those of three and four bytes around each limit:
+// it counts as UTF-8 exactly if the tree shows it as UTF-8, that is, if encoding the
+// shown text gives the same bytes.
 void TextEncodingTest::agreesWithWhatIsShown()
 {
     const QByteArray borders("\x00\x41\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xEC"
@@ -80,7 +81,7 @@ void TextEncodingTest::knowsTheEncodingOfALongText()
     }
 }
 
-// A file may hold values in both encodings: each keeps its own.
+// A file may have values in both encodings; each value keeps its encoding.
 void TextEncodingTest::keepsTheEncodingOfTheFormerValue()
 {
     for (const TextEncoding file : {TextEncoding::Utf8, TextEncoding::Latin1}) {
@@ -118,12 +119,13 @@ void TextEncodingTest::refusesWhatTheEncodingLacks_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("reason");
-    const QString lacks = "The encoding of this command file is Latin-1, which has no character \"";
+    const QString lacks =
+        "The encoding of this command file is Latin-1, which does not have the character \"";
     QTest::newRow("one") << QString::fromUtf8("5 €") << lacks + QString::fromUtf8("€\".\n");
     QTest::newRow("two places") << QString::fromUcs4(U"x\U0001D6E5")
                                 << lacks + QString::fromUcs4(U"\U0001D6E5\".\n");
     QTest::newRow("read as UTF-8")
-        << QString::fromUtf8("Ã¤") << QString::fromUtf8("would be read as\n\"ä\".\n");
+        << QString::fromUtf8("Ã¤") << QString::fromUtf8("would be read back as\n\"ä\".\n");
 }
 
 void TextEncodingTest::refusesWhatTheEncodingLacks()

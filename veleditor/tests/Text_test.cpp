@@ -1,4 +1,4 @@
-// Bytes and characters, what a value may hold, and how the search matches.
+// Tests bytes and characters, the values that a file can contain, and the search.
 #include "veleditor/src/Text.h"
 #include "veleditor/src/TreeSearch.h"
 #include "veleditor/src/ValueText.h"
@@ -78,8 +78,8 @@ void TextTest::givesDocumentsAsLines()
     QCOMPARE(plainText(document), QString::fromUtf16(u"one\ntwo\nthree\u00A0four"));
 }
 
-// White space at both ends of a typed value is removed and line breaks become
-// blanks. A no-break space belongs to the value.
+// White space at both ends of a typed value is removed; line breaks become blanks; a
+// no-break space stays.
 void TextTest::takesTypedValuesAsOneLine()
 {
     const auto value = [](const char16_t *typed) {
@@ -105,7 +105,7 @@ void TextTest::shortensLongTexts()
     QCOMPARE(shortened(longest), longest);
     QCOMPARE(shortened(longest + u'x'), longest + ellipsis);
 
-    // Characters are counted, however many places each takes.
+    // Surrogate pairs count as one character.
     const QString delta = QString::fromUcs4(U"\U0001D6E5");
     QCOMPARE(shortened(longest.chopped(1) + delta), longest.chopped(1) + delta);
     QCOMPARE(shortened(longest.chopped(1) + delta + u'x'), longest.chopped(1) + delta + ellipsis);
@@ -124,10 +124,10 @@ void TextTest::knowsWhatAFileCannotHold_data()
     QTest::newRow("tab") << QByteArray("a\tb") << QString();
     QTest::newRow("above 127") << QByteArray("\x80\xFF") << QString();
     QTest::newRow("escaped") << QByteArray("a \\# b") << QString();
-    QTest::newRow("remark") << QByteArray("a # b") << QString("#");
-    QTest::newRow("remark first") << QByteArray("#") << QString("#");
-    QTest::newRow("remark behind an escaped one") << QByteArray("\\##") << QString("#");
-    // A comment after it in the file keeps it, unless white space comes between.
+    QTest::newRow("comment") << QByteArray("a # b") << QString("#");
+    QTest::newRow("comment first") << QByteArray("#") << QString("#");
+    QTest::newRow("comment after an escaped #") << QByteArray("\\##") << QString("#");
+    // An empty comment in the file keeps a final back-slash unless blanks follow it.
     QTest::newRow("back-slash") << QByteArray("a\\") << QString();
     QTest::newRow("only a back-slash") << QByteArray("\\") << QString();
     QTest::newRow("back-slash and blanks") << QByteArray("a \\ \t") << QString("back-slash");
@@ -166,7 +166,7 @@ void TextTest::matches_data()
                                << "kinds" << false;
     QTest::newRow("umlauts") << QString::fromUtf8("GRÖSSE") << QString::fromUtf8("größ").chopped(1)
                              << true;
-    // Kept, all of these.
+    // These are effects of the one-pass scan that users rely on.
     QTest::newRow("one character") << "abc"
                                    << "b" << false;
     QTest::newRow("no character") << "abc"

@@ -1,3 +1,4 @@
+// Writes the rows of the command tree as text.
 #include "veleditor/tests/TreeText.h"
 
 #include "veleditor/src/VELTree.h"

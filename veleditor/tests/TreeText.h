@@ -1,4 +1,4 @@
-// What the command tree shows, as text that a test can compare.
+// The content of the command tree as text, for comparisons in tests.
 #pragma once
 
 #include <QString>
@@ -7,9 +7,9 @@ namespace velEditor {
 
 class VELTree;
 
-/// A line for each row, closed branches included, two blanks a level: the
-/// label, for a parameter " = " and the value, then "*" where it may be edited
-/// and "!" where it is in the expert section.
+/// One line for each row, closed branches included, indented by two blanks per level:
+/// the label, for a parameter " = " and the value, then "*" if it can be edited and
+/// "!" if it is in the expert section.
 [[nodiscard]] QString treeText(const VELTree &tree);
 
 } // namespace velEditor

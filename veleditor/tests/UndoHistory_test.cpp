@@ -157,7 +157,7 @@ private:
         return document_.isModified() ? QString() : "an edit left no mark";
     }
 
-    // Each edit changes something, so that a group is no step exactly if it is empty.
+    // Each edit changes something, so only an empty group is not a step.
     bool makeOne()
     {
         const std::string value = "v" + std::to_string(++values_) + " [m s^-1]";
@@ -436,7 +436,7 @@ void UndoHistoryTest::marksWhatIsNotOnTheDisk()
     QVERIFY(document_->isModified());
     QCOMPARE(marks, "+++-+");
 
-    // A change that marks nothing is one all the same once it is undone.
+    // A change that does not mark the document can be undone, too.
     open();
     QCOMPARE(document_->apply(deletingObject(duct), Document::Marking::None), std::nullopt);
     QVERIFY(!document_->isModified());
@@ -508,7 +508,7 @@ void UndoHistoryTest::validatesWhatCameBack()
             });
     apply(settingValue(kind, "Elsewhere"));
     apply(settingValue(kind, "Outlet"));
-    apply(addingParameter(std::string(duct) + "/Remark", "x"));
+    apply(addingParameter(std::string(duct) + "/Reviewer", "x"));
     undo();
     undo();
     undo();

@@ -1,4 +1,4 @@
-// Adding a parameter, and the section of expert parameters.
+// Tests adding a parameter and the section of expert parameters.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/AddParamDialog.h"
@@ -24,10 +24,10 @@ private:
     static QStringList labels(const AddParamDialog &dialog);
     /// Of the rows.
     static QList<int> spacings(const AddParamDialog &dialog);
-    /// Replaces the question for the names that may be added.
+    /// Replaces the Perl routine that returns the names that may be added.
     void replaceAllowedParams(const QByteArray &body);
     static void enter(AddParamDialog &dialog, const QString &name, const QString &value);
-    /// Adds under the expert section with these entries and gives the boxes.
+    /// Adds a parameter to the expert section with these entries. Returns the boxes.
     void addExpert(const QString &name, const QString &value, bool accepted);
 
 private slots:
@@ -150,13 +150,13 @@ void VELTreeAddTest::addsFromAList()
                               "Select the new parameter to add, and enter a value", "Value:"}));
         auto *list = dialog.findChild<QComboBox *>("editable combo");
         QVERIFY(list->isEditable());
-        QCOMPARE(list->count(), 1); // all others are there already
-        QCOMPARE(list->currentText(), QString("Remark"));
+        QCOMPARE(list->count(), 1); // all others already exist
+        QCOMPARE(list->currentText(), QString("Reviewer"));
         dialog.findChild<QTextEdit *>("Value")->setPlainText("checked");
         pressButton(dialog, "Ok");
     });
     tree().addParameter();
-    QCOMPARE(row("/FLOW:Analysis/DOMAIN:Duct/Remark").value(), QString("checked"));
+    QCOMPARE(row("/FLOW:Analysis/DOMAIN:Duct/Reviewer").value(), QString("checked"));
 }
 
 void VELTreeAddTest::removesWhiteSpaceAtTheEndsOfTheValue()
@@ -176,7 +176,7 @@ void VELTreeAddTest::removesWhiteSpaceAtTheEndsOfTheValue()
     QCOMPARE(row("/PUMP:p/Speed").value(), QString("7"));
 }
 
-// It would continue the line that adds the parameter.
+// A final back-slash would continue the line that adds the parameter.
 void VELTreeAddTest::takesAFinalBackslash()
 {
     open(copyOf("duct.vel"));
@@ -208,7 +208,7 @@ void VELTreeAddTest::pressesOkOnCtrlReturn()
         tree().addParameter();
         QCOMPARE(tree().lastAddedItem()->value(), QString(entry.value));
     }
-    // The free name has the keys at first.
+    // The entry for a free name has the focus at first.
     replaceAllowedParams("@{$_[2]} = ('-1'); return ''");
     onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
         enter(dialog, "Stroke", "2");
@@ -306,7 +306,7 @@ void VELTreeAddTest::fitsTheScreenWithALongPath_data()
     QTest::newRow("no blanks") << "ReturnAir" + QByteArray("OfTheMeetingRoom").repeated(12);
 }
 
-// The dialog was as wide as the path is long, its Cancel beyond the screen; a path
+// The dialog was once as wide as the path, with Cancel beyond the screen, and a path
 // without blanks was cut off.
 void VELTreeAddTest::fitsTheScreenWithALongPath()
 {
@@ -353,7 +353,7 @@ void VELTreeAddTest::changesAParameterThatIsThereAlready()
                                       "      max loops = 9 * !\n"
                                       "      solver build = 17 !\n"));
 
-    // It has the place of a new one.
+    // The row is at the place of a new one.
     select("/FLOW:Analysis/DOMAIN:Duct");
     onDialog<AddParamDialog>([&](AddParamDialog &dialog) {
         enter(dialog, "Location", "B3");
@@ -366,7 +366,7 @@ void VELTreeAddTest::changesAParameterThatIsThereAlready()
                                       "      Reference Pressure = 1 *\n"));
 }
 
-// The view selected the row beside it.
+// The view once selected the row next to it.
 void VELTreeAddTest::keepsTheSelectionOnAReplacedRow()
 {
     open(copyOf("duct.vel"));
@@ -380,8 +380,8 @@ void VELTreeAddTest::keepsTheSelectionOnAReplacedRow()
     QCOMPARE(tree().selectedItem()->value(), QString("B3"));
 }
 
-// Adding a name that the rules make read-only changes nothing, whether the object
-// has such a parameter or not.
+// Adding a parameter that the rules make read-only changes nothing, whether or not the
+// object has it.
 void VELTreeAddTest::refusesANewNameThatTheRulesMakeReadOnly()
 {
     open(newFile("pump.vel", pumpText));
@@ -426,7 +426,7 @@ void VELTreeAddTest::leavesAParameterThatCannotBeChanged()
     QVERIFY(!tree().isModified());
 }
 
-// In safe mode, where no row is shown for it.
+// In safe mode no row is shown for it.
 void VELTreeAddTest::leavesAHiddenParameterThatCannotBeChanged()
 {
     open(copyOf("duct.vel"), true);
@@ -443,7 +443,7 @@ void VELTreeAddTest::leavesAHiddenParameterThatCannotBeChanged()
     QCOMPARE(value.value_or(""), std::string("2"));
 }
 
-// The object's name has a character that no line of a command file can hold.
+// The object's name has a character that a line of a command file cannot contain.
 void VELTreeAddTest::reportsWhatTheDatabaseRefuses()
 {
     open(copyOf("duct.vel"));
@@ -542,11 +542,11 @@ void VELTreeAddTest::refusesBadEntries_data()
                                       << "1" << character("/");
     QTest::newRow("beyond ASCII") << QString("a") + u'\u00e4' << "1"
                                   << character(QString(u'\u00e4'));
-    QTest::newRow("a remark")
+    QTest::newRow("a comment")
         << "a"
         << "1 # one"
-        << "Warning: Add Parameter\nA value cannot hold the character \"#\": it begins "
-           "a comment in a command file.\nWrite \"\\#\" where you mean the character "
+        << "Warning: Add Parameter\nA value cannot contain the character \"#\", which begins "
+           "a comment in a command file.\nPlease write \"\\#\" for the character "
            "itself.\n[Ok], Escape";
 }
 
@@ -562,7 +562,7 @@ void VELTreeAddTest::refusesBadEntries()
     QVERIFY(!tree().isModified());
 }
 
-// The keys stayed at the button, where what was typed next went nowhere.
+// The focus once stayed at the button, so that typing had no effect.
 void VELTreeAddTest::returnsToTheFieldThatIsWrong()
 {
     open(copyOf("duct.vel"));
@@ -677,7 +677,7 @@ void VELTreeAddTest::makesAFlowObjectForTheExpertSection()
                                        "  SEALED : s\n"
                                        "  FLOW : Analysis\n"
                                        "    EXPERT PARAMETERS : !\n"));
-    QVERIFY(!tree().isModified()); // kept
+    QVERIFY(!tree().isModified()); // this change does not mark the document
     QCOMPARE(tree().expertItem(), &row("/FLOW:Analysis/EXPERT PARAMETERS"));
 }
 

@@ -1,4 +1,4 @@
-// Changing and deleting a parameter.
+// Tests changing and deleting a parameter.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/EditParamDialog.h"
@@ -21,9 +21,9 @@ class VELTreeEditTest : public EditorTest
 private:
     /// The value that the database has.
     static QString stored(const char *path);
-    /// Types a text over what the dialog's field holds.
+    /// Replaces the text of the dialog's field by typing.
     static void type(EditParamDialog &dialog, const QString &text);
-    /// Replaces the text of the field, also with what no key types.
+    /// Replaces the text of the field, also with characters that cannot be typed.
     static void paste(EditParamDialog &dialog, const QString &text);
     static void choose(EditParamDialog &dialog, const QString &entry);
 
@@ -186,8 +186,8 @@ void VELTreeEditTest::putsARefusedValueBack()
     QVERIFY(tree().isModified());
 }
 
-// The typed text was lost. A list of errors does not block the window, so the
-// dialog waits until the user has closed it.
+// The typed text was once lost. A list of errors does not block the window, so the
+// dialog opens again when the user has closed the list.
 void VELTreeEditTest::comesBackWithARefusedText()
 {
     open(copyOf("duct.vel"));
@@ -238,7 +238,7 @@ void VELTreeEditTest::comesBackAsOftenAsAValueIsRefused()
         QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString("z"));
         pressButton(dialog, "Cancel");
     });
-    shown<ErrorDialog>().close(); // the frame
+    shown<ErrorDialog>().close(); // the button in the frame
     QTRY_COMPARE(times, 3);
     QTRY_VERIFY(visible<EditParamDialog>() == nullptr);
     QCOMPARE(stored(pressure), QString("1"));
@@ -252,7 +252,7 @@ void VELTreeEditTest::comesBackWhenTheRowIsEditedBeforeTheErrorsAreClosed()
         pressButton(dialog, "Ok");
     });
     doubleClick(pressure);
-    // Another row begins with its own value.
+    // The dialog of another row begins with the value of that row.
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
         QCOMPARE(dialog.findChild<QTextEdit *>("Value")->toPlainText(), QString("First run"));
         pressButton(dialog, "Cancel");
@@ -260,7 +260,7 @@ void VELTreeEditTest::comesBackWhenTheRowIsEditedBeforeTheErrorsAreClosed()
     doubleClick(title);
     shown<ErrorDialog>().accept();
     QTest::qWait(0);
-    QVERIFY(visible<EditParamDialog>() == nullptr); // the user went on to something else
+    QVERIFY(visible<EditParamDialog>() == nullptr); // the user has done something else
 
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
         type(dialog, "many");
@@ -323,7 +323,7 @@ void VELTreeEditTest::showsACurrentValueThatIsNotAllowed()
         pressButton(dialog, "Ok");
     });
     doubleClick("/FLOW:A/DOMAIN:D/Kind");
-    // Nothing was chosen; what does not validate is there as before.
+    // Nothing was chosen; the invalid value is unchanged.
     QVERIFY(visible<ErrorDialog>() != nullptr);
     QCOMPARE(stored("/FLOW:A/DOMAIN:D/Kind"), QString("Plasma"));
 }
@@ -344,7 +344,7 @@ void VELTreeEditTest::makesLineBreaksBlanks()
     QCOMPARE(row(title).value(), QString("two lines"));
 }
 
-// A correct number was refused as it had a line break after it.
+// A correct number with a line break after it was once refused.
 void VELTreeEditTest::removesWhiteSpaceAtTheEndsBeforeTheCheck()
 {
     open(copyOf("duct.vel"));
@@ -361,7 +361,7 @@ void VELTreeEditTest::removesWhiteSpaceAtTheEndsBeforeTheCheck()
     QCOMPARE(row(pressure).value(), QString("7"));
 }
 
-// Return alone types a line break into a field.
+// Return alone types a line break in a field.
 void VELTreeEditTest::pressesOkOnCtrlReturn()
 {
     open(copyOf("duct.vel"));
@@ -417,11 +417,11 @@ void VELTreeEditTest::refusesWhatAFileCannotHold()
     answer();
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
         const auto *field = dialog.findChild<QTextEdit *>("Value");
-        type(dialog, " 5 # remark ");
+        type(dialog, " 5 # comment ");
         pressButton(dialog, "Ok");
         QVERIFY(dialog.isVisible());
         QCOMPARE(dialog.focusWidget(), field);
-        QCOMPARE(field->toPlainText(), QString(" 5 # remark "));
+        QCOMPARE(field->toPlainText(), QString(" 5 # comment "));
         paste(dialog, QString("5") + QChar(27) + "6");
         pressButton(dialog, "Ok");
         QVERIFY(dialog.isVisible());
@@ -430,17 +430,17 @@ void VELTreeEditTest::refusesWhatAFileCannotHold()
         pressButton(dialog, "Ok");
     });
     doubleClick(title);
-    QCOMPARE(boxes,
-             QStringList(
-                 {"Warning: Edit Parameter\nA value cannot hold the character \"#\": it begins a "
-                  "comment in a command file.\nWrite \"\\#\" where you mean the character itself.\n"
-                  "[Ok], Escape",
-                  "Warning: Edit Parameter\nA value cannot hold control characters.\n"
-                  "Please correct the value before continuing.\n[Ok], Escape"}));
+    QCOMPARE(
+        boxes,
+        QStringList({"Warning: Edit Parameter\nA value cannot contain the character \"#\", which "
+                     "begins a comment in a command file.\nPlease write \"\\#\" for the character "
+                     "itself.\n[Ok], Escape",
+                     "Warning: Edit Parameter\nA value cannot contain control characters.\n"
+                     "Please remove them.\n[Ok], Escape"}));
     QCOMPARE(stored(title), QString("5 \\# kept"));
 }
 
-// The writer of its line puts an empty comment after it, so that it comes back.
+// The writer of its line adds an empty comment, so that the value reads back.
 void VELTreeEditTest::takesAFinalBackslash()
 {
     open(copyOf("duct.vel"));
@@ -452,7 +452,7 @@ void VELTreeEditTest::takesAFinalBackslash()
     QCOMPARE(stored(title), QString("C:\\results\\"));
     QVERIFY(editor().save(file().toStdString()));
 
-    // The file gives back the value, and the line after it.
+    // The value and the line after it are read back from the file.
     const char *const others[] = {title, "/FLOW:Analysis/Run Mode"};
     for (const char *path : others)
         QCOMPARE(velparser::setStringValue(path, "other"), nullptr);
@@ -494,7 +494,7 @@ void VELTreeEditTest::staysInTheEncodingOfTheFile()
              QByteArray("FLOW: A\n  Title = K\xE4se\xF6\n  Run Mode = plain\xF6\nEND\n"));
 }
 
-// The rules say whether a parameter may be empty; one that is can be edited again.
+// The rules decide whether a value may be empty; an empty one can be edited again.
 void VELTreeEditTest::takesAnEmptyValue()
 {
     open(copyOf("duct.vel"));
@@ -531,7 +531,7 @@ void VELTreeEditTest::choosesNothingForAnEmptyValue()
     QCOMPARE(stored(boundaryKind), QString("Wall"));
 }
 
-// The rules may have taken the parameter away. The dialog comes back at once.
+// The rules may have deleted the parameter. The dialog opens again at once.
 void VELTreeEditTest::saysWhenAValueCannotBeStored()
 {
     open(copyOf("duct.vel"));
@@ -617,8 +617,8 @@ void VELTreeEditTest::deletesAParameter()
     QVERIFY(tree().isModified());
 }
 
-// The view selected the row beside it: the same keys, pressed again, deleted one
-// parameter after the other.
+// The view once selected the next row, so that the same keys deleted one parameter
+// after the other.
 void VELTreeEditTest::selectsNothingAfterADelete()
 {
     open(copyOf("duct.vel"));
@@ -634,14 +634,14 @@ void VELTreeEditTest::selectsNothingAfterADelete()
     press("Ctrl+D");
     QVERIFY2(boxes.value(0).startsWith("Warning: Deleting Parameter\nOnly orange"),
              qPrintable(boxes.value(0)));
-    // The keys go on from where they were.
+    // The keyboard focus stays at its place.
     QVERIFY(tree().currentItem() != nullptr);
     QTest::keyClick(&tree(), Qt::Key_Down);
     QCOMPARE(tree().selectedItems().size(), 1);
 }
 
-// The box of a table with many thousands of numbers went beyond the screen, and
-// nothing but its buttons closes it.
+// For a table of many thousand numbers, the box was once larger than the screen, and
+// only its buttons close it.
 void VELTreeEditTest::showsItsButtonsBelowALongValue()
 {
     const QByteArray numbers = QByteArray("12.5, ").repeated(4000);

@@ -1,4 +1,4 @@
-// The command tree: what it shows, in which colours, and how it opens.
+// Tests the command tree: its texts, its colours, and how branches open.
 #include "veleditor/tests/EditorTest.h"
 
 #include "common/error.h"
@@ -22,7 +22,7 @@ private:
     bool cellHas(const char *path, int column, const QColor &colour);
     bool isGreen(const char *path, int column);
     bool isOrange(const char *path, int column);
-    /// Of the row, which is selected for it.
+    /// The colour of the row when it is selected.
     QColor selectionColour(const char *path);
 
 private slots:
@@ -140,7 +140,7 @@ void VELTreeTest::acceptsTheExpertSectionOnlyInTheFlowObject()
     QVERIFY(!row("/EXPERT PARAMETERS/y").isInExpertSection());
 }
 
-// Kept: a value under the child's name decides what it is.
+// If there is a value at the child's path, the row is a parameter.
 void VELTreeTest::showsAnObjectNamedLikeAParameterAsThatParameter()
 {
     open(newFile("same.vel", "FLOW: A\nD = 3\nDOMAIN: D\nKind = Fluid\nEND\nEND\n"));
@@ -218,8 +218,7 @@ void VELTreeTest::paintsWhatCanBeChanged()
     QVERIFY(!isOrange("/FLOW:Analysis/EXPERT PARAMETERS", VELTreeItem::Name));
 }
 
-// The colours of the rows and of the selection are the same whether the window is
-// active, behind another one, or disabled.
+// Rows and selection have the same colours in an active, inactive or disabled window.
 void VELTreeTest::keepsItsColoursInEveryState()
 {
     open(copyOf("duct.vel"));
@@ -269,8 +268,8 @@ void VELTreeTest::hasTwoColumns()
     QVERIFY(tree().style() != editor().style());
 }
 
-// The columns fill the view. When the vertical bar appeared, the horizontal one
-// came too, and the view moved sideways by the width of the bar.
+// The columns fill the view. When the vertical bar appeared, the horizontal one once
+// appeared, too, and the view moved sideways by the width of the bar.
 void VELTreeTest::needsNoHorizontalBarBesideTheVerticalOne()
 {
     QByteArray text = "FLOW: A\n";
@@ -290,7 +289,7 @@ void VELTreeTest::needsNoHorizontalBarBesideTheVerticalOne()
     QCOMPARE(tree().columnWidth(VELTreeItem::Name), nameWidth); // as the window says
     QCOMPARE(tree().columnWidth(VELTreeItem::Value), 400);
 
-    // Nor does a resized window or a value that is wider than its column.
+    // A resized window or a value wider than its column must not need it either.
     editor().resize(700, 500);
     tree().scrollTo(tree().model()->index(0, VELTreeItem::Value));
     tree().scrollTo(tree().currentIndex().siblingAtColumn(VELTreeItem::Value));
@@ -299,8 +298,8 @@ void VELTreeTest::needsNoHorizontalBarBesideTheVerticalOne()
     QVERIFY(!tree().horizontalScrollBar()->isVisible());
     QCOMPARE(tree().header()->offset(), 0);
 
-    // Nor does the view move where it scrolls to a value, as after a click on it.
-    // The next event might put it back: no event is handled before the check.
+    // The view must not move when it scrolls to a value, as after a click on it. The
+    // next event might move it back, so the check comes before any event.
     const QModelIndex name = tree().currentIndex().siblingAtColumn(VELTreeItem::Name);
     tree().scrollTo(name.siblingAtColumn(VELTreeItem::Value));
     QCOMPARE(tree().header()->offset(), 0);
@@ -376,7 +375,7 @@ void VELTreeTest::opensAndClosesBranchesWithTheRightButton()
     QVERIFY(!row("/FLOW:Analysis/DOMAIN:Duct").isExpanded());
     QVERIFY(!row("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in").isExpanded());
 
-    // A double click is one click.
+    // A double click counts as one click.
     clickFlow();
     const QPoint place = tree().visualItemRect(&flow).center();
     QTest::mouseDClick(tree().viewport(), Qt::RightButton, Qt::NoModifier, place);
@@ -385,7 +384,7 @@ void VELTreeTest::opensAndClosesBranchesWithTheRightButton()
     clickFlow();
     QVERIFY(!flow.isExpanded());
 
-    // Over no row nothing happens.
+    // A click beside the rows does nothing.
     QTest::mouseClick(tree().viewport(), Qt::RightButton, Qt::NoModifier,
                       tree().viewport()->rect().bottomRight() - QPoint(5, 5));
     QVERIFY(!flow.isExpanded());
@@ -442,7 +441,7 @@ void VELTreeTest::showsTheFirstThousandCharactersOfAValue()
     const QModelIndex cell = tree().indexFromItem(&row("/FLOW:A/Title"), VELTreeItem::Value);
     const auto *delegate = qobject_cast<QStyledItemDelegate *>(tree().itemDelegate());
     QCOMPARE(delegate->displayText(cell.data(), QLocale::c()), value + QChar(0x2026));
-    QCOMPARE(row("/FLOW:A/Title").value(), value + "xyz"); // what is copied and edited
+    QCOMPARE(row("/FLOW:A/Title").value(), value + "xyz"); // copied and edited whole
 }
 
 void VELTreeTest::showsAnEmptyValue()
@@ -469,7 +468,7 @@ void VELTreeTest::takesAFailedQuestionForYes()
 void VELTreeTest::throwsWhenTheDatabaseFails()
 {
     open(copyOf("duct.vel"));
-    // While the tree asks about an item, the rules delete it.
+    // The rules delete an item while the tree queries it.
     runPerl("no warnings 'redefine';\n"
             "*API::isItemExpert = sub {\n"
             "    my ($self, $path) = @_;\n"
@@ -487,7 +486,8 @@ void VELTreeTest::throwsWhenTheDatabaseFails()
              QString("getChildList : getChildList: unable to find the requested path"));
     QCOMPARE(tree().flowItem(), nullptr);
 
-    // The database stands where it stood: relative names are found at the top.
+    // The current path of the database has not changed: relative names are found at
+    // the top.
     std::optional<std::string> value;
     QCOMPARE(velparser::getStringValue("LANGUAGE/Version", &value), nullptr);
     QCOMPARE(value.value_or(""), std::string("2.1"));

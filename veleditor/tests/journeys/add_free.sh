@@ -1,6 +1,6 @@
 #!/bin/sh
-# A parameter of any name is added where the rules allow any. A name that cannot
-# be is refused, and underscores become blanks.
+# Adds a parameter with a free name where the rules allow any. An invalid name is
+# refused, and underscores become blanks.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel

@@ -1,6 +1,6 @@
 #!/bin/sh
-# A parameter is added to an object whose rules name what it may hold: the list
-# offers what is not there yet. The selected row is a parameter of the object.
+# Adds a parameter to an object whose rules name the allowed ones. The list offers
+# those that the object does not have. The selected row is a parameter of the object.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use - <<'FILE'
@@ -16,7 +16,7 @@ select_row 'Kind = Fluid'
 press ctrl+a
 await 'Add Parameter'
 
-# Reference Pressure comes first, then Remark. A value must be given.
+# Reference Pressure comes first, then Reviewer. A value is required.
 press Down Tab
 press alt+o
 await 'Missing Parameter Value'
@@ -26,7 +26,7 @@ write 'seen'
 press alt+o
 await "$file - Modified"
 
-# What is typed replaces the first name.
+# Typing replaces the first name.
 press ctrl+a
 await 'Add Parameter'
 write 'Trace Level'
@@ -36,6 +36,6 @@ press alt+o
 await "$file - Modified"
 press ctrl+s
 await "$file"
-is_saved '/Location/a\    Remark = seen\n    Trace Level = 2'
+is_saved '/Location/a\    Reviewer = seen\n    Trace Level = 2'
 press ctrl+q
 ends_well

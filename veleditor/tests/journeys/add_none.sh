@@ -1,5 +1,5 @@
 #!/bin/sh
-# Where nothing can be added the dialog says so, and changes nothing.
+# If nothing can be added, the dialog says so and changes nothing.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use - <<'FILE'

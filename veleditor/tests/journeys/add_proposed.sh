@@ -1,6 +1,6 @@
 #!/bin/sh
-# The dialog for a new parameter begins with a required one that is missing and with
-# the default of its rule. Where the rules name the values there is a list.
+# The dialog for a new parameter starts with a missing required one and the default of
+# its rule. If the rules name the values, there is a list.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use - <<'FILE'
@@ -28,7 +28,7 @@ await 'Add Parameter'
 press ctrl+Return
 await "$file - Modified"
 
-# Running is a logical, for which nothing is chosen at first.
+# Running is a logical; nothing is chosen at first.
 press ctrl+a
 await 'Add Parameter'
 press alt+o

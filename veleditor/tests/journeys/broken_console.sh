@@ -1,6 +1,6 @@
 #!/bin/sh
-# The reader of the editor's standard error has gone when the editor must give up:
-# its words are lost, the emergency copy is not.
+# The reader of the editor's standard error has ended when the editor fails: its
+# message is lost, the emergency copy is not.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use - <<'FILE'
@@ -13,7 +13,7 @@ FILE
 break_rebuilds /SEALED:Box
 mkfifo "$display_dir/console"
 # A pipe can be opened for writing only while somebody could read from it.
-# shellcheck disable=SC2016 # the inner shell's words
+# shellcheck disable=SC2016 # expanded by the inner shell
 display_open sh -c 'exec 4<>"$1"; exec 2>"$1" 4<&-; shift; exec "$@"' sh \
     "$display_dir/console" "$VEL_SOURCE_DIR/veledit" "$file"
 await "$file"
@@ -22,7 +22,7 @@ ends_well
 same "$former" "$file.emergency.bak"
 grep -qx '  EXPERT PARAMETERS:' "$file.emergency" || fail "the data is not in the emergency file"
 
-# A help viewer that cannot start has words, too; the editor stays.
+# A help viewer that cannot start prints a message, too; the editor keeps running.
 ZOT5_VEL_PARSER=$VEL_BUILD_DIR/perl
 ZOT_HELP_DIR=$display_dir/nowhere
 export ZOT_HELP_DIR

@@ -1,5 +1,5 @@
 #!/bin/sh
-# The three answers to the question that a window with unsaved changes asks.
+# Gives the three answers to the question before a window with unsaved changes closes.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 change_title() {
@@ -18,7 +18,7 @@ await 'Unsaved Changes'
 press alt+c
 await "$file - Modified"
 
-# The frame asks too; Escape is no answer.
+# The button in the frame asks, too; Escape is not an answer.
 press alt+F4
 await 'Unsaved Changes'
 press Escape alt+q

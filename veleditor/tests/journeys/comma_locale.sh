@@ -1,6 +1,6 @@
 #!/bin/sh
-# A real set-up, with units and bounds, is opened, changed and saved where numbers
-# are written with a comma: the file is the same, byte for byte, as elsewhere.
+# Opens, changes and saves a real set-up with units and bounds in a locale with a
+# decimal comma: the file is the same, byte for byte, as in other locales.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 export ZOT5_VEL_LIBSDIR="$VEL_BUILD_DIR/libraries" ZOT5_VEL_LIBS='rules.vel;upgrades.vel'
@@ -8,7 +8,7 @@ export LOCPATH="$display_dir/locales"
 mkdir "$LOCPATH"
 localedef -i de_DE -f UTF-8 "$LOCPATH/de_DE.UTF-8" || fail "cannot make the locale"
 
-# save_under LOCALE POINT: where POINT is what stands before decimals.
+# save_under LOCALE POINT: saves in a locale whose decimal point is POINT.
 save_under() {
     export LC_ALL="$1"
     [ "$(locale decimal_point)" = "$2" ] || fail "$1 does not write $2 before decimals"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# A parameter is deleted after a question, not otherwise.
+# A parameter is deleted only after a question.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel
@@ -10,13 +10,13 @@ await 'Deleting Parameter'
 press alt+c
 await "$file"
 
-# Escape is no answer.
+# Escape is not an answer.
 press ctrl+d
 await 'Deleting Parameter'
 press Escape alt+d
 await "$file - Modified"
 
-# Nothing is selected then: the same keys again delete nothing.
+# Nothing is selected then; pressing the same keys again deletes nothing.
 press ctrl+d
 await 'Deleting Parameter'
 press Return
@@ -25,7 +25,7 @@ press ctrl+s
 await "$file"
 is_saved '/Title = First run/d'
 
-# What cannot be changed cannot be deleted either.
+# A parameter that cannot be changed cannot be deleted either.
 select_row 'Version = 2.1'
 press ctrl+d
 await 'Deleting Parameter'

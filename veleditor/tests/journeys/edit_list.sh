@@ -1,6 +1,6 @@
 #!/bin/sh
-# A value is chosen from the list of those that the rules allow, which a
-# double-click opens. Escape leaves everything as it is.
+# A double click opens the list of allowed values; the user chooses one. Escape changes
+# nothing.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel

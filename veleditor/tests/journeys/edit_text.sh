@@ -1,6 +1,6 @@
 #!/bin/sh
-# A value is typed over, marked as a change, and saved; the former file is kept.
-# Ctrl+Return presses Ok, and a line break at the end does no harm.
+# The user types another value and saves; the title shows the change, and the former
+# file is kept. Ctrl+Return presses Ok, and a line break at the end is removed.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel
@@ -26,6 +26,6 @@ press ctrl+s
 await "$file"
 is_saved 's/Title = By hand/Title = By key/'
 
-# Nothing is left to ask about.
+# There are no unsaved changes, so no question.
 press ctrl+q
 ends_well

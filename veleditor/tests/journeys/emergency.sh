@@ -1,7 +1,7 @@
 #!/bin/sh
-# The editor's own work fails while it builds its rows anew, as it does when an
-# expert section is added where there is no flow object: the program ends, says
-# why, and leaves the data in an emergency file.
+# The editor fails while it builds its rows again, which it does when it adds an expert
+# section with a flow object. The program ends, says why, and saves the data to an
+# emergency file.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use - <<'FILE'

@@ -1,6 +1,6 @@
 #!/bin/sh
-# The same while a dialog is open: it goes away, and the question that a save with
-# errors asks is asked and heeded.
+# The editor fails while a dialog is open. The dialog closes, and the emergency save
+# asks whether to save with errors and follows the answer.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use - <<'FILE'
@@ -14,8 +14,8 @@ break_rebuilds /SEALED:Box
 
 lists_of_errors() { xdotool search --onlyvisible --name '^Command File Errors$' | wc -l; }
 
-# to_failure: through the first errors, whose list stays open, to the failure. The
-# list is another one then: the question.
+# to_failure: closes the box about the first errors, whose list stays open, and
+# triggers the failure. The next list is the question.
 to_failure() {
     open_editor 'Command File Validation Errors'
     press Return

@@ -1,6 +1,6 @@
 #!/bin/sh
-# The expert section is added once, behind everything else in the flow object; the
-# second time the user is told that it is there.
+# The expert section is added once, after everything else in the flow object; the
+# second time a box says that it already exists.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use - <<'FILE'
@@ -19,7 +19,7 @@ await 'Add Expert Parameter Section'
 press Return
 await "$file - Modified"
 
-# Its row is there, below the domain's, and takes parameters.
+# Its row is below the domain's and accepts parameters.
 press Home asterisk End ctrl+a
 await 'Add Parameter'
 write 'sweep count'

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Without a flow object the section comes with one. That counts as no change, which
-# is how it has always been, but it is saved.
+# Without a flow object, the section is added with one. The title does not show that as
+# a change, but it is saved.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use - <<'FILE'

@@ -1,6 +1,6 @@
 #!/bin/sh
-# The search finds what stands in closed branches, whatever the case, goes on from
-# place to place, and begins again at the top after the last.
+# The search looks in closed branches and ignores case. It goes from match to match and
+# starts again at the top after the last one.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel
@@ -18,7 +18,8 @@ press ctrl+s
 await "$file"
 is_saved 's/Kind = Outlet/Kind = Wall/'
 
-# From the root there are three; the fourth step finds none, the fifth the first.
+# From the root there are three matches; the fourth step finds none, the fifth the
+# first.
 press Home ctrl+f
 await Find
 write KIND

@@ -1,9 +1,9 @@
 #!/bin/sh
-# The help viewer by itself: its window has the icon of the program and lies on the
-# screen, and no failed write ends it.
+# The help viewer alone: its window has the icon of the program and is within the
+# screen, and a failed write does not end the viewer.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
-# With and without what the launcher sets.
+# With and without the variables that the launcher sets.
 for root in "$ZOT5ROOT" ''; do
     ZOT5ROOT=$root
     display_open "$VEL_BUILD_DIR/bin/velhelp" 'Tutorials'
@@ -23,7 +23,7 @@ if [ "$1" -gt 1000 ] || [ "$2" -gt 760 ]; then
     fail "the window is larger than the screen: $size"
 fi
 
-# Closed by the user it ends with status 0, if it is still there.
+# If it still runs, it ends with status 0 when the user closes it.
 kill -s XFSZ "$display_program"
 kill -s PIPE "$display_program"
 xdotool windowactivate --sync "$window"

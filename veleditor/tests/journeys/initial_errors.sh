@@ -1,6 +1,6 @@
 #!/bin/sh
-# A file with errors opens all the same, after a warning and with the list of them,
-# which can be written to a file.
+# A file with errors opens after a warning and with a list of the errors, which can be
+# written to a file.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use - <<'FILE'

@@ -1,33 +1,34 @@
-# What the journeys share: each is one way of a user through the real program in
-# a real window, by keys and mouse, on a display of its own. A journey reads this
-# file first; CTest gives it VEL_SOURCE_DIR, VEL_BUILD_DIR and the environment of
-# the editor. It may run beside others, as root or not, and without /proc, a
-# message bus or a name for the computer.
+# Functions for all journeys. A journey is one task of a user in the real program with
+# a real window, by keys and mouse, on its own display. A journey reads this file
+# first; CTest sets VEL_SOURCE_DIR, VEL_BUILD_DIR and the environment of the editor.
+# Journeys may run in parallel, as root or not, and without /proc, a message bus or a
+# name for the computer.
 #
 #   use FILE            $file is a copy of a file of the tests' data, in $folder
 #   use -               the same with the text on standard input
-#   open_editor TITLE [WORD..]   starts the program with the words (else $file) and
+#   open_editor TITLE [ARG..]    starts the program with the arguments (else $file) and
 #                       waits for the window of that title
-#   press KEY..         keys, as "ctrl+s"
+#   press KEY..         presses keys such as "ctrl+s"
 #   write TEXT          types a text
-#   await TITLE         waits until the window of that title has the keys
+#   await TITLE         waits until the window of that title has the focus
 #   select_row LINE     selects the row that shows this line of $file
-#   double_click_row    what the mouse does with the selected row
+#   double_click_row    double-clicks the selected row
 #   enter_value TEXT    answers the open dialog with this text and Ok
-#   is_saved [SED]      $file is now the former one with this edit, which its .bak is
-#   is_untouched        $file is the former one, and has no new .bak
+#   is_saved [SED]      checks that $file is the former one with this edit, and that
+#                       its .bak is the former one
+#   is_untouched        checks that $file has not changed and has no new .bak
 #   same EXPECTED FILE  compares two files, and shows where they differ
 #   writes_messages TITLE TEXT   the open dialog, of that title, writes exactly this
 #                       text to a file
-#   ends_well           waits for the program to end with status 0 and no words
+#   ends_well           waits for the program to end with status 0 and no output
 #   ends_saying TEXT    the same with this on its standard error
 #   break_rebuilds PATH gives the program a Perl side on which the first tree is built
 #                       and the next one cannot be; PATH is an object of $file
 #   ends_in_emergency   waits for the program to end for that reason
 #
-# The title is what tells where a user stands: it names the dialog or box that
-# has the keys, and whether there are unsaved changes. Every wait has an end, and
-# a journey that waits in vain fails and says for what.
+# A journey follows the program by the title of the focused window: it names the dialog
+# or box, and shows whether there are unsaved changes. Every wait has a limit; after
+# it the journey fails and says what it was waiting for.
 set -eu
 # shellcheck source=tools/display.sh
 . "$VEL_SOURCE_DIR/tools/display.sh"
@@ -60,8 +61,8 @@ open_editor() {
     await "$title"
 }
 
-# The tree shows a row for each line of a formatted file but the ENDs, in the
-# same order, below its root; Trace Level is left out as an expert item.
+# Below its root the tree shows one row for each line of a formatted file except END,
+# in the same order; Trace Level is hidden as an expert item.
 row_number() {
     sed -e 's/^ *//' -e '/^END$/d' -e '/^Trace Level/d' "$file" |
         grep -Fnx -m 1 -- "$1" | cut -d : -f 1
@@ -74,7 +75,7 @@ select_row() {
     press --repeat "$row" Down
 }
 
-# The selection is the only thing of this blue: prints where it is on the screen.
+# Prints the place of the selection on the screen; nothing else has this blue.
 selection_place() {
     display_grab "$display_dir/look.png"
     convert "$display_dir/look.png" -fill black +opaque '#0000ff' -trim \
@@ -134,7 +135,7 @@ ends_saying() {
 
 ends_well() { ends_saying ''; }
 
-# Asked for the second time about the object, this Perl side deletes it.
+# At the second query about the object, this Perl side deletes it.
 break_rebuilds() {
     mkdir "$display_dir/perl"
     ln -s "$ZOT5_VEL_PARSER"/* "$display_dir/perl"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# What the menus offer is reached by their letters and by the mouse.
+# The menu entries can be used by their letters and with the mouse.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel
@@ -39,7 +39,7 @@ press alt+f s
 await "$file"
 is_saved 's/Title = First run/Title = By hand/'
 
-# The File menu is the first of the bar, Exit its last entry.
+# File is the first menu of the bar, Exit its last entry.
 xdotool mousemove --window "$(xdotool getwindowfocus)" 15 12 click 1
 press Up Return
 ends_well

@@ -1,7 +1,7 @@
 #!/bin/sh
-# A value that the rules refuse is explained and taken back, in the row and in the
-# data, while the mark of a change stays. Then the dialog comes back with what was
-# typed.
+# If the rules refuse a value, a list says why, and the former value is restored in the
+# row and in the data; the mark of a change stays. Then the dialog opens again with
+# the typed text.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel
@@ -19,7 +19,7 @@ press ctrl+s
 await "$file"
 is_saved
 
-# What is typed after the row's value shows that it is the former one.
+# Text typed at the end of the field shows that the row has its former value.
 press ctrl+e
 await 'Edit Parameter'
 press End

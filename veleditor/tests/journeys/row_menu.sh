@@ -1,9 +1,9 @@
 #!/bin/sh
-# The menu of the selected row, by the Menu key and Shift+F10, and its keys: values
-# and paths are copied, and everything is closed and opened.
+# The menu of the selected row, opened by the Menu key and Shift+F10, and its
+# shortcuts: copies values and paths, closes and opens all branches.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
-# paste_as_title: what was copied becomes the value of the flow's title.
+# paste_as_title: makes the copied text the value of the flow's title.
 paste_as_title() {
     select_row "$1"
     press ctrl+e
@@ -26,8 +26,8 @@ press shift+F10 c
 paste_as_title 'Title = 0.5'
 is_saved 's,Title = 0.5,Title = /FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Mass Flow Rate,'
 
-# Closed, the second row below the root is the flow object; opened, it is the
-# version, which cannot be changed.
+# With closed branches, the second row below the root is the flow object; with open
+# ones it is the version, which cannot be changed.
 press ctrl+minus Home Down Down ctrl+shift+c
 paste_as_title 'Title = /FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Mass Flow Rate'
 is_saved 's,Title = .*,Title = /FLOW:Analysis,'

@@ -1,6 +1,6 @@
 #!/bin/sh
-# In safe mode only what a running solver reads again can be changed, and the title
-# says so.
+# In safe mode only values that a running solver reads again can be changed, and the
+# title says so.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel

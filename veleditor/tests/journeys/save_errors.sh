@@ -1,5 +1,5 @@
 #!/bin/sh
-# Data with errors is saved only when the user says so.
+# Data with errors is saved only if the user agrees.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel
@@ -15,7 +15,7 @@ press alt+n
 await "$file - Modified"
 is_untouched
 
-# The same on the way out: the window stays.
+# The same when the user exits: the window stays open.
 press ctrl+q
 await 'Unsaved Changes'
 press alt+s

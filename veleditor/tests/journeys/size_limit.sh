@@ -1,6 +1,6 @@
 #!/bin/sh
-# A file may not grow beyond a limit of the system: the save is refused with the
-# reason, the former file is whole, and the changes are still there.
+# A limit of the system keeps the file from growing: the save fails with the reason,
+# the former file is complete, and the changes are still in the editor.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 words=$(printf 'word %.0s' $(seq 3000))
@@ -13,7 +13,7 @@ FLOW: Analysis
   Title = $words
 END
 FILE
-# shellcheck disable=SC2016 # the inner shell's words
+# shellcheck disable=SC2016 # expanded by the inner shell
 display_open sh -c 'ulimit -f 8; exec "$@"' sh "$VEL_SOURCE_DIR/veledit" "$file"
 await "$file"
 press ctrl+p

@@ -1,6 +1,6 @@
 #!/bin/sh
-# At twice the scale the screen has room for half as much: the window and its frame
-# lie on it as a whole.
+# At twice the scale the screen has half as much room: the window and its frame are
+# still within the screen.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 QT_SCALE_FACTOR=2
@@ -9,7 +9,7 @@ use duct.vel
 open_editor "$file"
 window=$(xdotool getwindowfocus)
 
-# The left, upper, right and lower edge of the window with its frame.
+# Prints the left, upper, right and lower edge of the window with its frame.
 edges() {
     { xwininfo -id "$window" && xprop -id "$window" _NET_FRAME_EXTENTS; } | awk '
         /Absolute upper-left X/ { x = $NF }

@@ -1,7 +1,6 @@
 #!/bin/sh
-# Whoever starts the editor from a desktop has no console: a file that cannot be
-# loaded is reported in a box, besides the words on standard error. On a terminal
-# the words are enough.
+# A user who starts the editor from a desktop does not see a console. So a file that
+# cannot be loaded is reported in a box, too, unless standard error is a terminal.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 words="File error encountered:
@@ -11,7 +10,7 @@ press Return
 ends_saying "$words
 "
 
-# A failure while the first rows are built, with nothing to save.
+# The first build of the rows fails; there is nothing to save.
 use duct.vel
 break_rebuilds /FLOW:Analysis/DOMAIN:Duct
 # shellcheck disable=SC2016 # a variable of Perl

@@ -1,6 +1,6 @@
 #!/bin/sh
-# A file whose folder has gone cannot be saved: the user is told, and the changes
-# stay until it can. Who saves on the way out has been told, too.
+# If the folder of the file was removed, saving fails: a box says so, and the changes
+# stay until they can be saved. Saving on exit shows the same box.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel

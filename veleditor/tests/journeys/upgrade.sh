@@ -1,11 +1,11 @@
 #!/bin/sh
-# An old file is brought up to date when it is opened. The user looks at what
-# changed or does not; the change is saved only on request.
+# An old file is upgraded when it is opened. The user can look at the changes; they are
+# saved only on request.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use old.vel
 
-# Yes: the messages are shown, and can be written to a file.
+# Yes: the editor shows the messages, which can be written to a file.
 open_editor 'Command File Updated.'
 press alt+y
 await 'VEL Upgrade Messages'
@@ -21,7 +21,7 @@ press alt+q
 ends_well
 is_untouched
 
-# No, which is what Return says. The rows are those of the new data.
+# No, which Return presses. The rows show the new data.
 open_editor 'Command File Updated.'
 press Return
 await "$file - Modified"

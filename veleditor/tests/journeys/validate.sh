@@ -1,5 +1,5 @@
 #!/bin/sh
-# The user asks whether all is well, before and after a mistake.
+# The user validates the data before and after a mistake.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 use duct.vel

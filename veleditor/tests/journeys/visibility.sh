@@ -1,6 +1,6 @@
 #!/bin/sh
-# Items for experts and what comes from the rule libraries are shown only when
-# their variables are set, to anything.
+# Items for experts and data of the rule libraries are shown only if their variables
+# are set, to any value.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
 finds() {
