@@ -22,7 +22,7 @@ struct Finding
     bool operator==(const Finding &) const = default;
 };
 
-/// What an upgrade did to one item.
+/// What an upgrade did to one item. kindOf() in perlRecords.cpp has the Perl words.
 enum class ChangeKind {
     Unknown, ///< a Perl side that gives no records: only path and text are known
     RenamedParameter,

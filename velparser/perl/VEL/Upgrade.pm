@@ -48,7 +48,9 @@ Whether the database has refused a change.
 
 =cut
 
-my %STEP = (
+# What each action does. VEL::Rules::Source has what it needs, VEL::Record the words for
+# what it changed; another kind of change also needs a line in velRecords.h.
+our %STEP = (
     'Rename Parameter'   => \&_rename_parameter,
     'Remove Parameter'   => \&_remove_parameter,
     'Add Parameter'      => \&_add_parameter,

@@ -188,6 +188,10 @@ TEXT
     is_deeply [ map { change_text($_) } @changes ], \@texts, 'which has its text with it';
     is api($steps, $data)->updateSolverVEL, join("\n", map { change_line($_) } @changes), 'the specified text';
     is_deeply [ sort keys %VEL::Record::CHANGE ], [ sort map { $_->{kind} } @changes ], 'all kinds';
+    open my $in, '<', source_folder() . '/velparser/api/perlRecords.cpp' or die $!;
+    is_deeply [ sort map { /\{"([a-z-]+)", ChangeKind::/ } <$in> ], [ sort keys %VEL::Record::CHANGE ],
+        'which the bridge knows too';
+    close $in;
     api($steps, "FLOW:\nEND")->updateSolverVELRecords(\@changes);
     is_deeply \@changes, [], 'no change empties the array';
 };

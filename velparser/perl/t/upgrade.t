@@ -5,6 +5,8 @@ use Test::More;
 use FindBin;
 use lib "$FindBin::Bin/lib";
 
+use VEL::Rules::Source;
+use VEL::Upgrade;
 use VEL::Version;
 use VELTest;
 
@@ -211,6 +213,9 @@ PUMP: c
   DRIVE = direct
 END
 TEXT
+
+is_deeply [ sort keys %VEL::Upgrade::STEP ], [ sort keys %VEL::Rules::Source::ACTIONS ],
+    'every action that a rule may state is done, and no other';
 
 subtest 'an object has the name of a parameter, a parameter that of an object' => sub {
     my %step = (

@@ -40,7 +40,7 @@ my %BLOCKS = (
     UPGRADE   => { STEP      => 1 },
 );
 
-# The fields that a step needs for its action.
+# The fields that a step needs for its action. VEL::Upgrade does it.
 our %ACTIONS = (
     'Rename Parameter'   => [ 'Object Type', 'Parameter', 'New Name' ],
     'Remove Parameter'   => [ 'Object Type', 'Parameter' ],
