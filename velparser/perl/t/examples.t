@@ -34,7 +34,12 @@ sub survives ($api, $name) {
     return $saved;
 }
 
-for my $name (qw(minimal.vel duct.vel cyclone.vel heat-exchanger.vel)) {
+my @right = qw(minimal.vel duct.vel cyclone.vel heat-exchanger.vel);
+
+is join(' ', sort map { s{.*/}{}r } glob "$folder/*.vel"), join(' ', sort @right, qw(old-version.vel mistakes.vel)),
+    'this test looks at every example';
+
+for my $name (@right) {
     subtest $name => sub {
         my $api = loaded(read_example($name));
         is $api->updateSolverVEL, '', 'is in the present version';

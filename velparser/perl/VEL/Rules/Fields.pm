@@ -15,6 +15,7 @@ VEL::Rules::Fields - the table of the fields that rules may state
 All code that reads, checks, explains or documents rules takes the fields from here: the
 compiler, the review, C<explain>, the tip of a row in the editor, the help pages and the
 tables in F<docs/rules.md>. A new field needs one entry here, and the code that uses it.
+F<t/fields.t> lists the elements too, and prints the tables for F<docs/rules.md>.
 
 An entry is a hash:
 
