@@ -80,6 +80,13 @@ int reportMessage(const char *text, std::int32_t length)
     return 0;
 }
 
+io_reporter toStandardError()
+{
+    io_reporter reporter(io_real_env());
+    reporter.set_routine(reportMessage);
+    return reporter;
+}
+
 DatasetName::DatasetName(std::string whatWord, std::string whereWord, const std::string &whenWord)
     : what(std::move(whatWord)), where(std::move(whereWord)), when(parseWhen(whenWord))
 {

@@ -76,6 +76,9 @@ void requireFile(const std::string &file);
 /// An error routine for the library that writes each message to standard error.
 int reportMessage(const char *text, std::int32_t length);
 
+/// A reporter that writes each message to standard error.
+[[nodiscard]] io_reporter toStandardError();
+
 /// The name of a dataset, from the words of a command line.
 struct DatasetName
 {

@@ -1,8 +1,7 @@
-// veltool ds list and ds locate: list the datasets of a container.
+// veltool ds list: lists the datasets of a container.
 #include "tools/veltool/ds/dsCommands.h"
 #include "tools/veltool/ds/dsContainer.h"
-#include "tools/veltool/support/json.h"
-#include "tools/veltool/support/output.h"
+#include "tools/veltool/ds/dsPrint.h"
 
 #include "io/Src/Main/container_check.h"
 
@@ -17,14 +16,14 @@ std::string formatText(format_code format)
 }
 
 /// The header of a deleted dataset may be unreadable; its fields are then empty.
-void printLine(const container_entry &entry)
+std::string entryLine(const container_entry &entry)
 {
     const dataset_header &header = entry.header;
     const bool known = entry.has_header;
-    out() << entry.status << '\t' << header.what << '\t' << header.where << '\t'
-          << (known ? std::to_string(header.when) : "") << '\t' << formatText(entry.format) << '\t'
-          << header.type << '\t' << (known ? std::to_string(header.count) : "") << '\t'
-          << std::to_string(entry.length) << '\t' << std::to_string(entry.position) << '\n';
+    return std::string(1, entry.status) + '\t' + header.what + '\t' + header.where + '\t' +
+           (known ? std::to_string(header.when) : "") + '\t' + formatText(entry.format) + '\t' +
+           header.type + '\t' + (known ? std::to_string(header.count) : "") + '\t' +
+           std::to_string(entry.length) + '\t' + std::to_string(entry.position);
 }
 
 std::string jsonNumber(std::string_view name, bool known, std::int64_t number)
@@ -37,48 +36,17 @@ std::string jsonText(std::string_view name, bool known, const std::string &text)
     return jsonMember(name, known ? text.c_str() : nullptr);
 }
 
-void printJson(const container_entry &entry)
+std::string entryJson(const container_entry &entry)
 {
     const dataset_header &header = entry.header;
     const bool known = entry.has_header;
-    out() << '{' << jsonMember("status", std::string(1, entry.status)) << ','
-          << jsonText("what", known, header.what) << ',' << jsonText("where", known, header.where)
-          << ',' << jsonNumber("when", known, header.when) << ','
-          << jsonMember("format", formatText(entry.format)) << ','
-          << jsonText("type", known, header.type) << ',' << jsonNumber("count", known, header.count)
-          << ',' << jsonNumber("length", true, entry.length) << ','
-          << jsonNumber("position", true, entry.position) << '}';
-}
-
-void printLine(const located_dataset &dataset)
-{
-    out() << dataset.what << '\t' << dataset.where << '\t' << std::to_string(dataset.when) << '\t'
-          << std::to_string(dataset.length) << '\t' << std::to_string(dataset.position) << '\n';
-}
-
-void printJson(const located_dataset &dataset)
-{
-    out() << '{' << jsonMember("what", dataset.what) << ',' << jsonMember("where", dataset.where)
-          << ',' << jsonNumber("when", true, dataset.when) << ','
-          << jsonNumber("length", true, dataset.length) << ','
-          << jsonNumber("position", true, dataset.position) << '}';
-}
-
-/// Prints one line for each entry, or one array of objects.
-template <typename Entry>
-void print(const std::vector<Entry> &entries, bool json)
-{
-    JsonArray array;
-    for (const Entry &entry : entries) {
-        if (json) {
-            out() << array.next();
-            printJson(entry);
-        } else {
-            printLine(entry);
-        }
-    }
-    if (json)
-        out() << array.end();
+    return '{' + jsonMember("status", std::string(1, entry.status)) + ',' +
+           jsonText("what", known, header.what) + ',' + jsonText("where", known, header.where) +
+           ',' + jsonNumber("when", known, header.when) + ',' +
+           jsonMember("format", formatText(entry.format)) + ',' +
+           jsonText("type", known, header.type) + ',' + jsonNumber("count", known, header.count) +
+           ',' + jsonNumber("length", true, entry.length) + ',' +
+           jsonNumber("position", true, entry.position) + '}';
 }
 
 class ListTask : public Task
@@ -98,7 +66,7 @@ public:
         std::vector<container_entry> entries;
         const int code = list_container(container.primary(), all_, entries);
         // Shows the datasets before the damage as well.
-        print(entries, json_);
+        printEach(entries, json_, entryLine, entryJson);
         container.check(code);
         container.close();
         return statusGood;
@@ -106,29 +74,6 @@ public:
 
 private:
     bool all_ = false;
-    bool json_ = false;
-};
-
-class LocateTask : public Task
-{
-public:
-    void addOptions(Options &options) override
-    {
-        options.flag("--json", json_, "Print a JSON array");
-    }
-
-    int run(const Words &words) override
-    {
-        const DatasetName name(words[1], words[2], words[3]);
-        const ReadableFile file(words[0]);
-        Container container;
-        container.open(file);
-        print(container.locate(name), json_);
-        container.close();
-        return statusGood;
-    }
-
-private:
     bool json_ = false;
 };
 
@@ -145,19 +90,6 @@ const Command dsListCommand = {
         "Prints a line for each dataset, separated by tabs: status (Y live, N deleted), WHAT, "
         "WHERE, WHEN, format, type, count, length, position.",
     .make = makeTask<ListTask>,
-};
-
-const Command dsLocateCommand = {
-    .name = "ds locate",
-    .words = "FILE WHAT WHERE WHEN",
-    .fewest = 4,
-    .most = 4,
-    .passesOn = false,
-    .purpose = "Find datasets by name",
-    .details = "WHAT and WHERE may be patterns (* ? [...]); a negative WHEN matches all. Prints a "
-               "line for each match, separated by tabs: WHAT, WHERE, WHEN, length, position. "
-               "Status 17 without a match.",
-    .make = makeTask<LocateTask>,
 };
 
 } // namespace veltool
