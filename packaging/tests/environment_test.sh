@@ -20,7 +20,7 @@ printf '| `GONE_NAME` | x |\n' >>"$scratch/docs/environment.md"
 echo 'auto y = qEnvironmentVariable("NEW_NAME");' >>"$scratch/src/environment.cpp"
 echo 'auto z = std::getenv("GOOD_NAME");' >"$scratch/src/other.cpp"
 said=$("$check" "$scratch") && status=0 || status=$?
-expect "each mistake" "1:src/other.cpp:1: reads the environment, which only its layer's environment file does
+expect "each mistake" "1:src/other.cpp:1: reads the environment; only the environment file of its layer may do that
 docs/environment.md:1: has no row for NEW_NAME
 docs/environment.md:2: no program reads GONE_NAME" "$status:$said"
 finish
