@@ -39,7 +39,8 @@ private:
         case StatementKind::Unfinished:
             tree_.unfinishedLine_ = statement.lines.first;
             break;
-        default:
+        case StatementKind::Nothing:
+        case StatementKind::Action:
             break;
         }
     }

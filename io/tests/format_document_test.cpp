@@ -1,4 +1,5 @@
-// Tests that the library writes the example file of docs/container-format.md.
+// Tests that docs/container-format.md has every type, and a file that the library writes.
+#include "io/Src/Main/element_type.h"
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
@@ -31,6 +32,21 @@ std::string hex_dump(const std::string &bytes)
         out += "  " + text + "\n";
     }
     return out;
+}
+
+TEST(FormatDocument, NamesEveryElementType)
+{
+    const char *root = std::getenv("VEL_SOURCE_DIR");
+    if (root == nullptr) {
+        GTEST_SKIP() << "VEL_SOURCE_DIR is not set";
+    }
+    std::ifstream document(std::string(root) + "/docs/container-format.md");
+    std::stringstream text;
+    text << document.rdbuf();
+    for (const element_traits &type : element_table) {
+        EXPECT_NE(text.str().find(std::string("`") + type.name + "`"), std::string::npos)
+            << type.name;
+    }
 }
 
 TEST(FormatDocument, TheWorkedExampleIsTrue)

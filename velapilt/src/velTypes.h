@@ -6,7 +6,7 @@
 #include <vector>
 
 /// The columns to which a command file is wrapped unless its writer is
-/// asked for others.
+/// asked for others. The documents state the number too.
 inline constexpr std::int32_t velUsualWidth = 79;
 
 /// What a node is.

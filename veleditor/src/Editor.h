@@ -44,6 +44,7 @@ public:
     /// also if `target` could not be opened, after its box.
     bool save(const std::string &target);
 
+    // Callers know these by name and number. What a new menu entry does is private.
 public slots:
     void doSave();
     void validateData();

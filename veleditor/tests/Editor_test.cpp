@@ -49,6 +49,7 @@ private slots:
     void goesOnWithoutUnitsAndBounds();
     void checksUnitsAndBounds();
     void offersEverythingInItsMenus();
+    void isDescribedWithMenusAndKeys();
     void fitsTheTreeIntoTheWindow();
     void saysThatAllIsValid();
     void showsWhatIsNotValid();
@@ -390,6 +391,33 @@ void EditorWindowTest::offersEverythingInItsMenus()
                            "--\n"
                            "&Help On Help\n"
                            "\n"));
+}
+
+// The tables of menu entries and keys in the document.
+void EditorWindowTest::isDescribedWithMenusAndKeys()
+{
+    open(copyOf("duct.vel"));
+    QFile file(qEnvironmentVariable("VEL_SOURCE_DIR") + "/docs/editor.md");
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString page = QString::fromUtf8(file.readAll());
+    for (const QAction *menu : editor().findChild<QMenuBar *>()->actions()) {
+        if (menu->menu() == nullptr)
+            continue;
+        for (const QAction *entry : menu->menu()->actions()) {
+            const QString keys = entry->shortcut().toString();
+            const QString row = "| " + menu->text() + " | " + entry->text() + " | " + keys +
+                                (keys.isEmpty() ? "| " : " | ");
+            QVERIFY2(entry->isSeparator() || page.contains(QString(row).remove(u'&')),
+                     qPrintable(row));
+        }
+    }
+    const QString keys = page.section("\n## All keys\n", 1).section("\n## ", 0, 0);
+    for (const QAction *entry : editor().findChild<QMenu *>("RowMenu")->actions()) {
+        const QString key = entry->shortcut().toString();
+        // The keys of the menu bar share a row: "Ctrl+ A D E".
+        const bool isThere = keys.contains(key) || keys.contains(' ' + key.right(1) + ' ');
+        QVERIFY2(isThere, qPrintable(key));
+    }
 }
 
 void EditorWindowTest::fitsTheTreeIntoTheWindow()

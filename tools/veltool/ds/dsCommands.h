@@ -1,4 +1,5 @@
-// The commands of `veltool ds`.
+// The commands of `veltool ds`. A new one gets a line here and in the table of dsCommand.cpp,
+// and its name in the words and details there.
 #pragma once
 
 #include "tools/veltool/support/command.h"

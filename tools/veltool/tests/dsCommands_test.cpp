@@ -1,4 +1,5 @@
 // veltool ds: writes, lists, reads, copies, deletes, checks and unlocks containers.
+#include "io/Src/Main/element_type.h"
 #include "io/bench/container_workloads.h"
 #include "tools/veltool/tests/toolRun.h"
 
@@ -47,6 +48,13 @@ protected:
     TemporaryFolder folder_;
     int files_ = 0;
 };
+
+TEST_F(Ds, NamesEveryElementTypeInTheHelp)
+{
+    const std::string help = ds({"write", "--help"}).out;
+    for (const element_traits &type : element_table)
+        EXPECT_NE(help.find(type.name), std::string::npos) << type.name;
+}
 
 TEST_F(Ds, ReadsBackWhatWasWritten)
 {
