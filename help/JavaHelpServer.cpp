@@ -64,14 +64,15 @@ std::optional<unsigned short> parsePort(const std::string &text)
 
 const char *kindName(int kind)
 {
-    switch (kind) {
+    switch (static_cast<JavaHelpServer::Kind>(kind)) {
     case JavaHelpServer::Pdf:
         return "PDF";
     case JavaHelpServer::PlatformHelp:
         return "DH";
-    default:
-        return "regular";
+    case JavaHelpServer::RegularHelp:
+        break;
     }
+    return "regular"; // any other number as well
 }
 
 } // namespace

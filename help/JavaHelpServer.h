@@ -22,7 +22,7 @@ class JavaHelpServer
 {
 public:
     /// Kinds of help for `showHelp`; any other number means regular help.
-    enum Kind { Pdf = 0, PlatformHelp = 1, RegularHelp = 2 };
+    enum Kind : int { Pdf = 0, PlatformHelp = 1, RegularHelp = 2 };
 
     /// Receives the title and the text of a warning.
     using Warning = std::function<void(const std::string &, const std::string &)>;

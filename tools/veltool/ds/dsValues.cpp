@@ -15,6 +15,29 @@ namespace veltool {
 
 namespace {
 
+/// How the values of a type are in a line.
+enum class Notation {
+    Characters, ///< side by side, one character each
+    Text,       ///< a field without its trailing blanks
+    Number      ///< a field
+};
+
+Notation notationOf(element_type type)
+{
+    switch (type) {
+    case IO_CHAR:
+        return Notation::Characters;
+    case IO_STRI:
+        return Notation::Text;
+    case IO_INTR:
+    case IO_REAL:
+    case IO_DBLE:
+    case IO_LOGL:
+        break;
+    }
+    return Notation::Number;
+}
+
 /// The index of the next value of each type in the arrays.
 class ArrayCursor
 {
@@ -75,8 +98,9 @@ void appendEntry(std::string &line, const type_entry &entry, const IO_data &data
 {
     const std::size_t first = cursor.take(entry.type, entry.values());
     const std::size_t end = first + static_cast<std::size_t>(entry.values());
+    const bool sideBySide = notationOf(entry.type) == Notation::Characters;
     for (std::size_t at = first; at < end; ++at) {
-        if (at > first && entry.type != IO_CHAR)
+        if (at > first && !sideBySide)
             line += '\t';
         appendValue(line, entry.type, data, at, slot);
     }
@@ -84,7 +108,7 @@ void appendEntry(std::string &line, const type_entry &entry, const IO_data &data
 
 bool isCharacters(const data_type &type)
 {
-    return !type.structure && type.single() == IO_CHAR;
+    return !type.structure && notationOf(type.single()) == Notation::Characters;
 }
 
 std::string_view withoutFinalLineFeed(std::string_view text)
@@ -133,23 +157,37 @@ private:
     {
         const auto values = static_cast<std::size_t>(entry.values());
         const std::size_t first = cursor_.take(entry.type, entry.values());
-        if (entry.type == IO_CHAR) {
-            takeSeparator();
-            if (rest_.size() < values)
-                fail("too few characters", IO_BAD_STRING);
-            rest_.copy(data_.chars + first, values);
-            rest_.remove_prefix(values);
-            return;
+        switch (notationOf(entry.type)) {
+        case Notation::Characters:
+            takeCharacters(values, first);
+            break;
+        case Notation::Text:
+            for (std::size_t at = first; at < first + values; ++at)
+                storeString(takeField(), entry.length, at);
+            break;
+        case Notation::Number:
+            for (std::size_t at = first; at < first + values; ++at)
+                takeNumber(entry.type, at);
+            break;
         }
-        for (std::size_t at = first; at < first + values; ++at) {
-            const std::string_view field = takeField();
-            if (entry.type == IO_STRI)
-                storeString(field, entry.length, at);
-            else if (!storeNumber(field, entry.type, at))
-                fail("not of type " + std::string(element_type_name(entry.type)) + ": \"" +
-                         std::string(field) + '"',
-                     IO_READ_ERROR);
-        }
+    }
+
+    void takeCharacters(std::size_t values, std::size_t first)
+    {
+        takeSeparator();
+        if (rest_.size() < values)
+            fail("too few characters", IO_BAD_STRING);
+        rest_.copy(data_.chars + first, values);
+        rest_.remove_prefix(values);
+    }
+
+    void takeNumber(element_type type, std::size_t at)
+    {
+        const std::string_view field = takeField();
+        if (!storeNumber(field, type, at))
+            fail("not of type " + std::string(element_type_name(type)) + ": \"" +
+                     std::string(field) + '"',
+                 IO_READ_ERROR);
     }
 
     /// Takes the tab before each value but the first.

@@ -17,9 +17,10 @@ const char *wordOf(veltext::DifferenceKind kind)
         return "added";
     case veltext::DifferenceKind::Removed:
         return "removed";
-    default:
-        return "changed";
+    case veltext::DifferenceKind::Changed:
+        break;
     }
+    return "changed";
 }
 
 void printJson(const veltext::Difference &difference)
