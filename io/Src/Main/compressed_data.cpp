@@ -33,7 +33,7 @@ public:
     {
     }
 
-    int write(const void *data, std::int32_t count)
+    [[nodiscard]] int write(const void *data, std::int32_t count)
     {
         const io_reporter &report = *io_.report;
         std::int64_t buffer_bytes = std::min(count * word_, part_bytes);
@@ -65,7 +65,7 @@ public:
 private:
     bool begun() const { return io_.stream.tell() != length_at_; }
 
-    int put(const void *bytes, std::size_t count, bool last)
+    [[nodiscard]] int put(const void *bytes, std::size_t count, bool last)
     {
         if (!begun()) {
             if (int code = put_length(last ? static_cast<std::int64_t>(count) : 0)) {
@@ -76,13 +76,13 @@ private:
         return io_.stream.write(bytes, count) ? IO_OK : failed();
     }
 
-    int put_length(std::int64_t bytes)
+    [[nodiscard]] int put_length(std::int64_t bytes)
     {
         return zotwriteOffset(io_, format_, bytes) == IO_OK ? IO_OK : failed();
     }
 
     /// Nothing of the array is left to a later write, whose failure has another code.
-    int complete(std::int64_t bytes)
+    [[nodiscard]] int complete(std::int64_t bytes)
     {
         if (length_known_) {
             return io_.stream.flush() ? IO_OK : failed();
@@ -98,7 +98,7 @@ private:
     }
 
     /// What is there of the stream is no longer than the data that follows.
-    int put_stored_mark()
+    [[nodiscard]] int put_stored_mark()
     {
         if (begun() && !io_.stream.seek(length_at_)) {
             return failed();
@@ -107,7 +107,7 @@ private:
         return code == IO_OK ? IO_COMPRESSION : code;
     }
 
-    int failed() const
+    [[nodiscard]] int failed() const
     {
         return io_.report->zotsystemErr(IO_WRITE_ERROR,
                                         "write_compressed_dataarray: (fwrite failed) syserr:");
@@ -133,7 +133,7 @@ public:
     {
     }
 
-    int read()
+    [[nodiscard]] int read()
     {
         while (left_ > 0) {
             std::int64_t length = 0;
@@ -161,7 +161,7 @@ private:
     }
 
     /// After −1: all the rest if exactly so much is there, else one block.
-    int stored()
+    [[nodiscard]] int stored()
     {
         std::int64_t bytes = rest_of_area() == left_ ? left_ : std::min(left_, block_);
         auto wanted = static_cast<std::size_t>(bytes);
@@ -198,7 +198,7 @@ private:
         return part_ != nullptr;
     }
 
-    int compressed(std::int64_t length)
+    [[nodiscard]] int compressed(std::int64_t length)
     {
         const io_reporter &report = *io_.report;
         if (length <= 0 || length > std::numeric_limits<std::int32_t>::max()) {
@@ -216,7 +216,7 @@ private:
 
     /// The first stream may hold everything or one block; later ones a block.
     /// It is read in parts that stay in the processor's cache.
-    int inflate_part(std::int64_t length)
+    [[nodiscard]] int inflate_part(std::int64_t length)
     {
         const io_reporter &report = *io_.report;
         if (!has_part()) {
@@ -265,8 +265,8 @@ private:
     byte_buffer part_; ///< compressed bytes on their way
 };
 
-int bad_compressed_format(const io_reporter &report, const char *function, int code,
-                          format_code format)
+[[nodiscard]] int bad_compressed_format(const io_reporter &report, const char *function, int code,
+                                        format_code format)
 {
     return report.error(code, "%s: bad compressed format %c%c\n", function, format.letter,
                         format.second);

@@ -71,7 +71,7 @@ public:
     {
     }
 
-    int run(const io_reporter &report, const char *name)
+    [[nodiscard]] int run(const io_reporter &report, const char *name)
     {
         open_options options;
         options.load_index = false;
@@ -177,7 +177,7 @@ private:
         }
     }
 
-    int read_all(const located_start &start, const data_shape &shape)
+    [[nodiscard]] int read_all(const located_start &start, const data_shape &shape)
     {
         if (int code = skim_data(file_.io, shape)) {
             return code;
@@ -248,7 +248,7 @@ private:
     std::set<std::int64_t> damaged_;             ///< where the scan stopped
 };
 
-int list_live(open_file &file, std::vector<container_entry> &entries)
+[[nodiscard]] int list_live(open_file &file, std::vector<container_entry> &entries)
 {
     for (std::int32_t slot = 0; slot < file.index.count(); slot++) {
         if (file.index.status(slot) != 'Y') {
@@ -277,7 +277,7 @@ int list_live(open_file &file, std::vector<container_entry> &entries)
     return IO_OK;
 }
 
-int list_all(open_file &file, std::vector<container_entry> &entries)
+[[nodiscard]] int list_all(open_file &file, std::vector<container_entry> &entries)
 {
     std::int64_t size = file.io.stream.size();
     if (size == 0) {

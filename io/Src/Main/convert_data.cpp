@@ -41,7 +41,7 @@ public:
     {
     }
 
-    int item(const type_entry &from, const type_entry &to, std::int64_t values)
+    [[nodiscard]] int item(const type_entry &from, const type_entry &to, std::int64_t values)
     {
         if (!enough(from.type, values)) {
             return report_.error(IO_NO_ROOM, "convert_data: not enough %s input data",

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::int64_t block_bytes = 1024 * 1024;
 
-int check_source(open_file &from, std::int64_t position)
+[[nodiscard]] int check_source(open_file &from, std::int64_t position)
 {
     char bytes[IO_FORMAT_BYTES] = {};
     bool there =
@@ -27,7 +27,7 @@ int check_source(open_file &from, std::int64_t position)
 }
 
 /// The source's start, and that its data ends where its length says.
-int open_source(open_file &from, std::int64_t position, located_start &source)
+[[nodiscard]] int open_source(open_file &from, std::int64_t position, located_start &source)
 {
     if (int code = check_source(from, position)) {
         return code;
@@ -41,7 +41,7 @@ int open_source(open_file &from, std::int64_t position, located_start &source)
     return read_end_tag(from, source.format);
 }
 
-int copy_bytes(open_file &from, const located_start &source, open_file &to)
+[[nodiscard]] int copy_bytes(open_file &from, const located_start &source, open_file &to)
 {
     const io_reporter &report = *to.report;
     std::int64_t left = source.data_end - source.data;
@@ -83,7 +83,8 @@ bool keeps_its_bytes(const located_start &source, const data_shape &shape)
 }
 
 /// Reads the data and writes it again in the default format.
-int copy_anew(open_file &from, const located_start &source, const data_shape &shape, open_file &to)
+[[nodiscard]] int copy_anew(open_file &from, const located_start &source, const data_shape &shape,
+                            open_file &to)
 {
     if (int code = check_data_claim(from.io, shape)) {
         return code;
@@ -99,7 +100,7 @@ int copy_anew(open_file &from, const located_start &source, const data_shape &sh
     return write_dataset(to, "", source.header, storage.data());
 }
 
-int copy_compressing(open_file &from, std::int64_t position, open_file &to)
+[[nodiscard]] int copy_compressing(open_file &from, std::int64_t position, open_file &to)
 {
     located_start source;
     data_shape shape;
@@ -120,7 +121,7 @@ int copy_compressing(open_file &from, std::int64_t position, open_file &to)
 
 /// Calls copy(position) for every live dataset that is wanted(record).
 template <typename Wanted, typename Copy>
-int copy_each(open_file &from, Wanted wanted, Copy copy)
+[[nodiscard]] int copy_each(open_file &from, Wanted wanted, Copy copy)
 {
     for (std::int32_t slot = 0; slot < from.index.count(); slot++) {
         located_dataset record = {};

@@ -23,7 +23,7 @@ std::vector<std::uint8_t> plain_logicals(const std::uint8_t *values, std::int32_
     return plain;
 }
 
-int write_strings(zot_io &io, const data_shape &shape, const IO_data &data)
+[[nodiscard]] int write_strings(zot_io &io, const data_shape &shape, const IO_data &data)
 {
     auto length = static_cast<std::size_t>(shape.type.entries.front().length);
     std::string padded;
@@ -41,7 +41,7 @@ int write_strings(zot_io &io, const data_shape &shape, const IO_data &data)
     return IO_OK;
 }
 
-int read_strings(zot_io &io, const data_shape &shape, IO_data &data)
+[[nodiscard]] int read_strings(zot_io &io, const data_shape &shape, IO_data &data)
 {
     auto length = static_cast<std::size_t>(shape.type.entries.front().length);
     std::size_t room = string_slot_bytes(data) - 1;
@@ -61,13 +61,13 @@ int read_strings(zot_io &io, const data_shape &shape, IO_data &data)
     return IO_OK;
 }
 
-int write_chars(zot_io &io, const data_shape &shape, const IO_data &data)
+[[nodiscard]] int write_chars(zot_io &io, const data_shape &shape, const IO_data &data)
 {
     auto count = static_cast<std::size_t>(shape.count);
     return zotwriteString(io, shape.format, std::string_view(data.chars, count), count);
 }
 
-int read_chars(zot_io &io, const data_shape &shape, IO_data &data)
+[[nodiscard]] int read_chars(zot_io &io, const data_shape &shape, IO_data &data)
 {
     auto count = static_cast<std::size_t>(shape.count);
     if (count > 0 && !shape.format.formatted()) {
@@ -83,7 +83,7 @@ int read_chars(zot_io &io, const data_shape &shape, IO_data &data)
     return IO_OK;
 }
 
-int write_array(zot_io &io, const data_shape &shape, const IO_data &data)
+[[nodiscard]] int write_array(zot_io &io, const data_shape &shape, const IO_data &data)
 {
     switch (shape.type.single()) {
     case IO_STRI:
@@ -102,7 +102,7 @@ int write_array(zot_io &io, const data_shape &shape, const IO_data &data)
     return IO_UNKNOWN_ERROR;
 }
 
-int read_array(zot_io &io, const data_shape &shape, IO_data &data)
+[[nodiscard]] int read_array(zot_io &io, const data_shape &shape, IO_data &data)
 {
     switch (shape.type.single()) {
     case IO_STRI:
@@ -121,7 +121,7 @@ int read_array(zot_io &io, const data_shape &shape, IO_data &data)
     return IO_UNKNOWN_ERROR;
 }
 
-int read_compressed(zot_io &io, const data_shape &shape, IO_data &data)
+[[nodiscard]] int read_compressed(zot_io &io, const data_shape &shape, IO_data &data)
 {
     element_type type = shape.type.single();
     void *array = element_array(data, type);
@@ -135,7 +135,7 @@ int read_compressed(zot_io &io, const data_shape &shape, IO_data &data)
     return IO_OK;
 }
 
-int read_any(zot_io &io, const data_shape &shape, IO_data &data)
+[[nodiscard]] int read_any(zot_io &io, const data_shape &shape, IO_data &data)
 {
     if (shape.type.structure) {
         return read_structure(io, shape, data);
@@ -148,7 +148,7 @@ int read_any(zot_io &io, const data_shape &shape, IO_data &data)
     return compressed ? read_compressed(io, shape, data) : read_array(io, shape, data);
 }
 
-int too_short(zot_io &io, std::int64_t left)
+[[nodiscard]] int too_short(zot_io &io, std::int64_t left)
 {
     return io.report->error(IO_READ_ERROR,
                             "read_data: the header claims more data than the %lld bytes that are"
@@ -171,7 +171,7 @@ bool comes_in_elements(const data_shape &shape)
            element_of(shape.type.single()).has_length;
 }
 
-int skim_elements(zot_io &io, const data_shape &shape)
+[[nodiscard]] int skim_elements(zot_io &io, const data_shape &shape)
 {
     constexpr std::int64_t part_bytes = 256 * 1024;
     std::int64_t each = std::max<std::int64_t>(shape.type.bytes(), 1);

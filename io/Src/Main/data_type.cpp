@@ -28,13 +28,13 @@ bool parse_count(std::string_view text, std::int32_t &count)
     return digits && parse_decimal(text, count) && count >= 1;
 }
 
-int unknown_type(const io_reporter &report, const std::string &text)
+[[nodiscard]] int unknown_type(const io_reporter &report, const std::string &text)
 {
     return report.error(IO_PARSE_ERROR, "parseStructure: unrecognised type code \"%s\"",
                         text.c_str());
 }
 
-int parse_single(const io_reporter &report, std::string_view text, data_type &type)
+[[nodiscard]] int parse_single(const io_reporter &report, std::string_view text, data_type &type)
 {
     std::string whole(text);
     std::optional<element_type> found = find_type(text);
@@ -88,7 +88,7 @@ bool parse_entry(std::string_view text, type_entry &entry)
     return true;
 }
 
-int parse_entries(const io_reporter &report, std::string_view body, data_type &type)
+[[nodiscard]] int parse_entries(const io_reporter &report, std::string_view body, data_type &type)
 {
     for (int counted = 0;; counted++) {
         std::size_t blank = body.find(' ');
@@ -113,7 +113,7 @@ int parse_entries(const io_reporter &report, std::string_view body, data_type &t
     }
 }
 
-int parse_record(const io_reporter &report, std::string_view text, data_type &type)
+[[nodiscard]] int parse_record(const io_reporter &report, std::string_view text, data_type &type)
 {
     type.structure = true;
     if (text.empty() || text[0] != '{') {

@@ -35,7 +35,8 @@ public:
     {
     }
 
-    int text(std::string_view key, const char *name, std::size_t most, std::string &value)
+    [[nodiscard]] int text(std::string_view key, const char *name, std::size_t most,
+                           std::string &value)
     {
         std::string record;
         if (int code = zotreadHdrString(io_, format_, most, record)) {
@@ -50,7 +51,7 @@ public:
     }
 
     /// A text that a lookup must be able to name.
-    int name(std::string_view key, const char *name, std::string &value)
+    [[nodiscard]] int name(std::string_view key, const char *name, std::string &value)
     {
         if (int code = text(key, name, IO_RECORD_MAX, value)) {
             return code;
@@ -58,7 +59,8 @@ public:
         return value.empty() || has_control_characters(value) ? bad(name, value) : IO_OK;
     }
 
-    int number(std::string_view key, const char *name, std::int32_t least, std::int32_t &value)
+    [[nodiscard]] int number(std::string_view key, const char *name, std::int32_t least,
+                             std::int32_t &value)
     {
         std::string digits;
         if (int code = text(key, name, IO_RECORD_MAX, digits)) {
@@ -67,13 +69,13 @@ public:
         return parse_decimal(digits, value) && value >= least ? IO_OK : bad(name, digits);
     }
 
-    int bad(const char *name, const std::string &record)
+    [[nodiscard]] int bad(const char *name, const std::string &record)
     {
         return io_.report->error(IO_BAD_FORMAT, "read_header: bad %s record %s in %s\n", name,
                                  record.c_str(), file_.c_str());
     }
 
-    int attributes(std::vector<std::string> &values)
+    [[nodiscard]] int attributes(std::vector<std::string> &values)
     {
         std::int32_t count = 0;
         if (int code = number(IO_KEY_ATTRIBUTES, "numattrb", 0, count)) {
@@ -93,7 +95,7 @@ public:
     }
 
     /// The record after NUMBER may be the data tag: looks and goes back.
-    int blockfactor(std::int32_t &value)
+    [[nodiscard]] int blockfactor(std::int32_t &value)
     {
         std::int64_t start = io_.stream.tell();
         bool present = at_blockfactor();

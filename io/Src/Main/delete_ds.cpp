@@ -4,7 +4,7 @@
 namespace {
 
 /// Writes the mark over the format code of the dataset at `position`.
-int delete_process_sub(open_file &file, std::int64_t position)
+[[nodiscard]] int delete_process_sub(open_file &file, std::int64_t position)
 {
     const io_reporter &report = *file.report;
     io_stream &stream = file.io.stream;
@@ -33,7 +33,7 @@ int delete_process_sub(open_file &file, std::int64_t position)
     return IO_OK;
 }
 
-int delete_process(open_file &file, const located_dataset &record)
+[[nodiscard]] int delete_process(open_file &file, const located_dataset &record)
 {
     located_dataset line = {};
     if (int code = parseindex(*file.report, file.index.line(record.slot), line)) {
@@ -44,7 +44,7 @@ int delete_process(open_file &file, const located_dataset &record)
     return delete_process_sub(file, line.position);
 }
 
-int delete_bywhat(open_file &file, const located_datasets &found)
+[[nodiscard]] int delete_bywhat(open_file &file, const located_datasets &found)
 {
     for (const located_dataset &record : found) {
         if (int code = delete_process(file, record)) {

@@ -60,7 +60,10 @@ public:
     }
 
     /// Below, at or above the prefix; the text is NUL-terminated.
-    int compare(const char *text) const { return std::strncmp(text, bytes_, length_); }
+    [[nodiscard]] int compare(const char *text) const
+    {
+        return std::strncmp(text, bytes_, length_);
+    }
     bool too_long() const { return too_long_; }
 
 private:
@@ -72,8 +75,9 @@ private:
 /// Collects the live lines among the ordered ones, from the `low`-th on, that
 /// begin with the key; slot(i) is the i-th in that order, text(slot) what is compared.
 template <typename Slot, typename Text>
-int collect(const io_reporter &report, const index_table &index, const search_key &key,
-            std::int32_t low, Slot slot, Text text, const char *failure, located_datasets &found)
+[[nodiscard]] int collect(const io_reporter &report, const index_table &index,
+                          const search_key &key, std::int32_t low, Slot slot, Text text,
+                          const char *failure, located_datasets &found)
 {
     std::int32_t high = key.too_long() ? low : index.count();
     // The first match is near `low` more often than not: widen from there.
@@ -109,8 +113,8 @@ int collect(const io_reporter &report, const index_table &index, const search_ke
     return IO_OK;
 }
 
-int by_what(const io_reporter &report, index_table &index, const char *what, const char *where,
-            std::int32_t when, located_datasets &found)
+[[nodiscard]] int by_what(const io_reporter &report, index_table &index, const char *what,
+                          const char *where, std::int32_t when, located_datasets &found)
 {
     if (glob_has_pattern(what)) {
         return report.error(
@@ -139,8 +143,8 @@ int by_what(const io_reporter &report, index_table &index, const char *what, con
         "get_ds_location: parseindex failed\n", found);
 }
 
-int by_where(const io_reporter &report, index_table &index, const char *where, std::int32_t when,
-             located_datasets &found)
+[[nodiscard]] int by_where(const io_reporter &report, index_table &index, const char *where,
+                           std::int32_t when, located_datasets &found)
 {
     const std::vector<std::int32_t> &order = index.where_order();
     search_key key;
@@ -154,8 +158,8 @@ int by_where(const io_reporter &report, index_table &index, const char *where, s
         "get_ds_location: parsewhere failed\n", found);
 }
 
-int full_scan(const io_reporter &report, index_table &index, const char *what, const char *where,
-              std::int32_t when, located_datasets &found)
+[[nodiscard]] int full_scan(const io_reporter &report, index_table &index, const char *what,
+                            const char *where, std::int32_t when, located_datasets &found)
 {
     for (std::int32_t slot = 0; slot < index.count(); slot++) {
         if (index.status(slot) == 'N') {
@@ -196,15 +200,15 @@ private:
     const char *name_;
 };
 
-int malloc_failed(const io_reporter &report, const char *function)
+[[nodiscard]] int malloc_failed(const io_reporter &report, const char *function)
 {
     return report.zotsystemErr(IO_NO_ROOM, "%s: (malloc failed) syserr:", function);
 }
 
 /// get_ds_location() for the one of the pattern searches that is named.
-int locate_for(const char *function, const io_reporter &report, index_table &index,
-               location_mode mode, const char *what, const char *where, std::int32_t when,
-               located_datasets &found)
+[[nodiscard]] int locate_for(const char *function, const io_reporter &report, index_table &index,
+                             location_mode mode, const char *what, const char *where,
+                             std::int32_t when, located_datasets &found)
 {
     try {
         return get_ds_location(report, index, mode, what, where, when, found);
@@ -213,8 +217,8 @@ int locate_for(const char *function, const io_reporter &report, index_table &ind
     }
 }
 
-int locate_all_what(const io_reporter &report, index_table &index, const char *what,
-                    const char *where, std::int32_t when, located_datasets &found)
+[[nodiscard]] int locate_all_what(const io_reporter &report, index_table &index, const char *what,
+                                  const char *where, std::int32_t when, located_datasets &found)
 {
     if (int code =
             locate_for("locate_all_what", report, index, IO_SORT_WHAT, what, nullptr, -1, found)) {
@@ -226,8 +230,8 @@ int locate_all_what(const io_reporter &report, index_table &index, const char *w
     return IO_OK;
 }
 
-int locate_all_where(const io_reporter &report, index_table &index, const char *what,
-                     const char *where, std::int32_t when, located_datasets &found)
+[[nodiscard]] int locate_all_where(const io_reporter &report, index_table &index, const char *what,
+                                   const char *where, std::int32_t when, located_datasets &found)
 {
     if (int code = locate_for("locate_all_where", report, index, IO_SORT_WHERE, what, where, when,
                               found)) {
@@ -246,8 +250,8 @@ int locate_all_where(const io_reporter &report, index_table &index, const char *
 }
 
 /// Marks what the index says is deleted, and gives what is live in its order.
-int update_subindex(const io_reporter &report, const index_table &index, located_datasets &found,
-                    located_datasets &live)
+[[nodiscard]] int update_subindex(const io_reporter &report, const index_table &index,
+                                  located_datasets &found, located_datasets &live)
 {
     try {
         live.reserve(found.size());
@@ -281,8 +285,8 @@ void sort_by_when(const io_reporter &report, located_datasets &found)
     report.trace("sorted %d datasets by WHEN", count);
 }
 
-int find_live(const io_reporter &report, index_table &index, const char *what, const char *where,
-              std::int32_t when, located_datasets &found)
+[[nodiscard]] int find_live(const io_reporter &report, index_table &index, const char *what,
+                            const char *where, std::int32_t when, located_datasets &found)
 {
     if (!index.sorted()) {
         report.trace("sorting whatlist in locate_dataset");

@@ -23,7 +23,7 @@ std::int64_t tag_bytes(std::string_view tag)
     return static_cast<std::int64_t>(tag.size()) + 1;
 }
 
-int write_index_lines(open_file &file, std::int64_t length)
+[[nodiscard]] int write_index_lines(open_file &file, std::int64_t length)
 {
     zot_io &io = file.io;
     if (int code = zotwriteOffset(io, IO_FORMATTED, length)) {
@@ -135,7 +135,7 @@ class index_loader
 public:
     index_loader(open_file &file, std::int64_t size) : file_(file), io_(file.io), size_(size) {}
 
-    int load()
+    [[nodiscard]] int load()
     {
         if (int code = find_position()) {
             return code;
@@ -153,9 +153,12 @@ public:
     std::int64_t position() const { return position_; }
 
 private:
-    int fail(const char *message) { return file_.report->error(IO_BAD_FILE, "%s", message); }
+    [[nodiscard]] int fail(const char *message)
+    {
+        return file_.report->error(IO_BAD_FILE, "%s", message);
+    }
 
-    int find_position()
+    [[nodiscard]] int find_position()
     {
         std::int64_t last = size_ - offset_bytes(file_);
         if (last < first_dataset_position(file_) || !io_.stream.seek(last)) {
@@ -171,7 +174,7 @@ private:
         return IO_OK;
     }
 
-    int read_start()
+    [[nodiscard]] int read_start()
     {
         char code[IO_FORMAT_BYTES];
         if (io_.stream.read(code, sizeof code) != sizeof code || code[0] != 'F' ||
@@ -195,7 +198,7 @@ private:
     }
 
     /// The lines, whose bytes the length gives; it has to fit the file exactly.
-    int read_text(std::string &text)
+    [[nodiscard]] int read_text(std::string &text)
     {
         std::int64_t here = io_.stream.tell();
         std::int64_t bytes = length_ - (here - start_) - tag_bytes(IO_TAG_END_INDEX);
@@ -227,7 +230,7 @@ private:
         return !possible || file_.index.reserve(count + IO_INDEX_GROWTH);
     }
 
-    int split(std::string_view text)
+    [[nodiscard]] int split(std::string_view text)
     {
         auto count = static_cast<std::int32_t>(count_);
         line_check check(first_dataset_position(file_), position_);

@@ -108,7 +108,7 @@ private:
     int descriptor_ = -1;
 };
 
-int open_flags(io_open how)
+[[nodiscard]] int open_flags(io_open how)
 {
     switch (how) {
     case io_open::read:

@@ -36,7 +36,7 @@ Bytef *bytes_of(const void *memory)
 
 /// Z_STREAM_END if the stream ends with the last byte of its room. zlib may have
 /// written that byte and not have said so: it does where there is room for one more.
-int end_of_room(z_stream &stream)
+[[nodiscard]] int end_of_room(z_stream &stream)
 {
     Bytef *end = stream.next_out;
     Bytef beyond = 0;
@@ -50,8 +50,8 @@ int end_of_room(z_stream &stream)
 /// One deflate() after the other until the stream ends, the room of `in_left`
 /// bytes does, or the sink refuses. All but the last part goes to the sink; the
 /// last is in the buffer.
-int deflate_all(z_stream &stream, std::int64_t in_left, io_deflate_buffer buffer,
-                const io_deflate_sink &take, bool &refused)
+[[nodiscard]] int deflate_all(z_stream &stream, std::int64_t in_left, io_deflate_buffer buffer,
+                              const io_deflate_sink &take, bool &refused)
 {
     std::int64_t room = in_left;
     int result = Z_OK;
@@ -81,8 +81,8 @@ int deflate_all(z_stream &stream, std::int64_t in_left, io_deflate_buffer buffer
 
 /// Inflates until the stream ends, the source does, or the room does. With a
 /// dump all of it goes there.
-int inflate_all(z_stream &stream, const io_inflate_source &source, std::int64_t out_left,
-                dump *forgotten)
+[[nodiscard]] int inflate_all(z_stream &stream, const io_inflate_source &source,
+                              std::int64_t out_left, dump *forgotten)
 {
     int result = Z_OK;
     while (result == Z_OK) {
@@ -104,7 +104,7 @@ int inflate_all(z_stream &stream, const io_inflate_source &source, std::int64_t 
     return result;
 }
 
-int inflate_failed(const io_reporter &report, int result)
+[[nodiscard]] int inflate_failed(const io_reporter &report, int result)
 {
     switch (result) {
     case Z_BUF_ERROR:

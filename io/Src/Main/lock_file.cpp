@@ -34,7 +34,7 @@ std::int64_t read_lock_text(io_env &env, const char *name, char (&text)[lock_tex
 
 /// Level of the lock file; nothing if there is no lock file. 21 if it cannot
 /// be read.
-int read_level(open_file &file, std::optional<std::int32_t> &level)
+[[nodiscard]] int read_level(open_file &file, std::optional<std::int32_t> &level)
 {
     std::string name = lock_file_name(file);
     lock_state state = read_lock_file(*file.env, name.c_str());
@@ -62,13 +62,13 @@ bool write_level(io_file &lock, std::int32_t level)
            lock.truncate(static_cast<std::int64_t>(text.size()));
 }
 
-int open_failed(const open_file &file, const std::string &name, const char *purpose)
+[[nodiscard]] int open_failed(const open_file &file, const std::string &name, const char *purpose)
 {
     return file.report->zotsystemErr(IO_LOCKED, "iif_set_lock: error opening lockfile %s for %s",
                                      name.c_str(), purpose);
 }
 
-int store_level(open_file &file, std::int32_t level, bool exists)
+[[nodiscard]] int store_level(open_file &file, std::int32_t level, bool exists)
 {
     std::string name = lock_file_name(file);
     io_open how = exists ? io_open::update : io_open::create_new;
@@ -90,7 +90,7 @@ int store_level(open_file &file, std::int32_t level, bool exists)
     return code;
 }
 
-int lock_to_write(open_file &file, std::optional<std::int32_t> level)
+[[nodiscard]] int lock_to_write(open_file &file, std::optional<std::int32_t> level)
 {
     std::string lock = lock_file_name(file);
     bool own = file.lock_taken && file.lock_level == 1 && level == 1 && !file.lock_was_zero;
@@ -118,7 +118,7 @@ int lock_to_write(open_file &file, std::optional<std::int32_t> level)
     return IO_OK;
 }
 
-int lock_to_read(open_file &file, std::optional<std::int32_t> level)
+[[nodiscard]] int lock_to_read(open_file &file, std::optional<std::int32_t> level)
 {
     std::string name = lock_file_name(file);
     if (level && *level < 0) {

@@ -46,7 +46,7 @@ std::unique_ptr<io_file> open_stream(open_file &file, char access, bool may_crea
 /// The code of `work`, or 28 with a message that names the function whose
 /// memory gave out.
 template <typename Work>
-int guarded(const open_file &file, const char *function, Work work)
+[[nodiscard]] int guarded(const open_file &file, const char *function, Work work)
 {
     try {
         return work();
@@ -57,7 +57,7 @@ int guarded(const open_file &file, const char *function, Work work)
 }
 
 /// Undoes an opening; returns `code`.
-int abandon(open_file &file, int code)
+[[nodiscard]] int abandon(open_file &file, int code)
 {
     // What the opening failed for is the code; nothing has been written yet.
     if (file.io.stream) {
@@ -71,7 +71,7 @@ int abandon(open_file &file, int code)
     return code;
 }
 
-int check_start(open_file &file)
+[[nodiscard]] int check_start(open_file &file)
 {
     const io_reporter &report = *file.report;
     char start[info_tag_bytes + 1];
@@ -104,7 +104,7 @@ int check_start(open_file &file)
 }
 
 /// Reads the line of the file size, whose length is the offset width.
-int read_recorded_size(open_file &file, std::int64_t &recorded)
+[[nodiscard]] int read_recorded_size(open_file &file, std::int64_t &recorded)
 {
     const io_reporter &report = *file.report;
     if (!file.io.stream.seek(info_tag_bytes)) {
@@ -139,7 +139,8 @@ int read_recorded_size(open_file &file, std::int64_t &recorded)
     return IO_OK;
 }
 
-int load_index(open_file &file, std::int64_t recorded, std::int64_t size, bool force_rebuild)
+[[nodiscard]] int load_index(open_file &file, std::int64_t recorded, std::int64_t size,
+                             bool force_rebuild)
 {
     const io_reporter &report = *file.report;
     if (recorded == size && !force_rebuild) {
@@ -157,7 +158,7 @@ int load_index(open_file &file, std::int64_t recorded, std::int64_t size, bool f
     return recreate_indextable(file, size);
 }
 
-int read_container(open_file &file, open_options options)
+[[nodiscard]] int read_container(open_file &file, open_options options)
 {
     std::int64_t size = file.io.stream.size();
     if (size < 0) {
@@ -178,7 +179,7 @@ int read_container(open_file &file, open_options options)
     return options.load_index ? load_index(file, recorded, size, options.force_rebuild) : IO_OK;
 }
 
-int write_size(open_file &file)
+[[nodiscard]] int write_size(open_file &file)
 {
     const io_reporter &report = *file.report;
     // A shorter index than before would leave old bytes after the new end.
@@ -214,7 +215,7 @@ void trace_crash_tag(const open_file &file, crash_tag result)
     }
 }
 
-int write_index_and_size(open_file &file)
+[[nodiscard]] int write_index_and_size(open_file &file)
 {
     file.report->trace("iif_flush: writing final index");
     if (!file.io.stream.seek(file.index_position)) {
@@ -232,7 +233,7 @@ int write_index_and_size(open_file &file)
 
 /// Locks, opens, reads what is needed; what it leaves on failure is for
 /// abandon().
-int iif_open_file(open_file &file, char access, open_options options)
+[[nodiscard]] int iif_open_file(open_file &file, char access, open_options options)
 {
     const io_reporter &report = *file.report;
     bool writes = access == 'w' || access == 'a';
@@ -253,7 +254,7 @@ int iif_open_file(open_file &file, char access, open_options options)
 }
 
 /// setfilebusyflag() once the file is open for writing.
-int mark_busy(open_file &file)
+[[nodiscard]] int mark_busy(open_file &file)
 {
     if (file.lock_level > 1 || (file.lock_level == 1 && file.lock_was_zero)) {
         return file.report->error(
@@ -273,7 +274,7 @@ int mark_busy(open_file &file)
 // 1. Until the file is open for writing: close, wait, open again, ten times.
 // 2. Refuse where others read it.
 // 3. Write −1 into the lock file, once.
-int become_busy(open_file &file, bool may_create)
+[[nodiscard]] int become_busy(open_file &file, bool may_create)
 {
     const io_reporter &report = *file.report;
     std::string name = file.name;

@@ -10,7 +10,7 @@ std::int64_t tag_bytes(format_code format, std::string_view tag)
     return static_cast<std::int64_t>(tag.size()) + (format.formatted() ? 1 : 0);
 }
 
-int read_format(open_file &file, std::int64_t position, format_code &format)
+[[nodiscard]] int read_format(open_file &file, std::int64_t position, format_code &format)
 {
     const io_reporter &report = *file.report;
     if (!file.io.stream.seek(position)) {
@@ -35,14 +35,15 @@ int read_format(open_file &file, std::int64_t position, format_code &format)
     return IO_OK;
 }
 
-int bad_length(const open_file &file, std::int64_t length)
+[[nodiscard]] int bad_length(const open_file &file, std::int64_t length)
 {
     return file.report->error(IO_BAD_FILE, "read_located_dataset_start: bad dataset length %lld",
                               static_cast<long long>(length));
 }
 
 /// Everything is read in the stored type, then converted.
-int read_converted(open_file &file, const data_shape &shape, const data_type &wanted, IO_data &data)
+[[nodiscard]] int read_converted(open_file &file, const data_shape &shape, const data_type &wanted,
+                                 IO_data &data)
 {
     element_storage stored;
     element_counts counts = total_counts(shape.type, shape.count);

@@ -14,7 +14,7 @@ void put_text(char *to, const std::string &text)
 }
 
 /// 14 if there are more attributes than slots.
-int put_attributes(const std::vector<std::string> &attributes, IO_header &header)
+[[nodiscard]] int put_attributes(const std::vector<std::string> &attributes, IO_header &header)
 {
     auto count = static_cast<std::int32_t>(attributes.size());
     if (header.attribute_count != nullptr) {
@@ -42,8 +42,8 @@ void put_format(format_code format, char *to)
 }
 
 /// read_data_as(). `asks` says that code 14 is a question for room, not a failure.
-int read_or_ask(open_file &file, const located_start &start, std::string_view asked, IO_data &data,
-                bool &asks)
+[[nodiscard]] int read_or_ask(open_file &file, const located_start &start, std::string_view asked,
+                              IO_data &data, bool &asks)
 {
     asks = false;
     reading_plan plan;

@@ -68,7 +68,7 @@ void append_entry(std::string &line, const type_entry &entry, const IO_data &dat
     }
 }
 
-int write_formatted(zot_io &io, const data_shape &shape, const IO_data &data)
+[[nodiscard]] int write_formatted(zot_io &io, const data_shape &shape, const IO_data &data)
 {
     array_cursor cursor;
     std::string line;
@@ -85,14 +85,14 @@ int write_formatted(zot_io &io, const data_shape &shape, const IO_data &data)
     return IO_OK;
 }
 
-int bad_item(zot_io &io, std::string_view item)
+[[nodiscard]] int bad_item(zot_io &io, std::string_view item)
 {
     return io.report->error(IO_READ_ERROR, "read_data: not a number: \"%s\"",
                             std::string(item).c_str());
 }
 
-int store_string(zot_io &io, std::string_view item, std::int32_t length, IO_data &data,
-                 std::int64_t at)
+[[nodiscard]] int store_string(zot_io &io, std::string_view item, std::int32_t length,
+                               IO_data &data, std::int64_t at)
 {
     item = zottrimEnd(item);
     if (item.size() > static_cast<std::size_t>(length)) {
@@ -103,8 +103,8 @@ int store_string(zot_io &io, std::string_view item, std::int32_t length, IO_data
     return IO_OK;
 }
 
-int store_item(zot_io &io, const type_entry &entry, std::string_view item, IO_data &data,
-               std::int64_t at)
+[[nodiscard]] int store_item(zot_io &io, const type_entry &entry, std::string_view item,
+                             IO_data &data, std::int64_t at)
 {
     switch (entry.type) {
     case IO_STRI:
@@ -124,8 +124,8 @@ int store_item(zot_io &io, const type_entry &entry, std::string_view item, IO_da
     return IO_UNKNOWN_ERROR;
 }
 
-int store_entry(zot_io &io, const type_entry &entry, std::string_view &line, IO_data &data,
-                std::int64_t start)
+[[nodiscard]] int store_entry(zot_io &io, const type_entry &entry, std::string_view &line,
+                              IO_data &data, std::int64_t start)
 {
     for (std::int64_t i = start; i < start + entry.values(); i++) {
         std::size_t end = line.find(IO_ESC);
@@ -153,7 +153,7 @@ std::size_t line_limit(const data_type &type)
     return static_cast<std::size_t>(sum);
 }
 
-int read_formatted(zot_io &io, const data_shape &shape, IO_data &data)
+[[nodiscard]] int read_formatted(zot_io &io, const data_shape &shape, IO_data &data)
 {
     array_cursor cursor;
     std::size_t limit = line_limit(shape.type);
@@ -180,7 +180,8 @@ int read_formatted(zot_io &io, const data_shape &shape, IO_data &data)
     return IO_OK;
 }
 
-int write_string(zot_io &io, const type_entry &entry, const IO_data &data, std::int64_t at)
+[[nodiscard]] int write_string(zot_io &io, const type_entry &entry, const IO_data &data,
+                               std::int64_t at)
 {
     auto length = static_cast<std::size_t>(entry.length);
     std::string text(get_string(data, at, length));
@@ -188,13 +189,14 @@ int write_string(zot_io &io, const type_entry &entry, const IO_data &data, std::
     return io.stream.write(text.data(), length) ? IO_OK : io_write_code();
 }
 
-int write_chars(zot_io &io, const type_entry &entry, const IO_data &data, std::int64_t start)
+[[nodiscard]] int write_chars(zot_io &io, const type_entry &entry, const IO_data &data,
+                              std::int64_t start)
 {
     bool written = io.stream.write(data.chars + start, static_cast<std::size_t>(entry.count));
     return written ? IO_OK : io_write_code();
 }
 
-int read_chars(zot_io &io, const type_entry &entry, IO_data &data, std::int64_t start)
+[[nodiscard]] int read_chars(zot_io &io, const type_entry &entry, IO_data &data, std::int64_t start)
 {
     auto bytes = static_cast<std::size_t>(entry.count);
     std::size_t got = io.stream.read(data.chars + start, bytes);
@@ -202,8 +204,8 @@ int read_chars(zot_io &io, const type_entry &entry, IO_data &data, std::int64_t 
 }
 
 /// Writes or reads the values of an entry, numbers in the dataset's byte order.
-int write_entry(zot_io &io, const data_shape &shape, const type_entry &entry, const IO_data &data,
-                std::int64_t start)
+[[nodiscard]] int write_entry(zot_io &io, const data_shape &shape, const type_entry &entry,
+                              const IO_data &data, std::int64_t start)
 {
     switch (entry.type) {
     case IO_STRI:
@@ -222,8 +224,8 @@ int write_entry(zot_io &io, const data_shape &shape, const type_entry &entry, co
     return IO_UNKNOWN_ERROR;
 }
 
-int read_entry(zot_io &io, const data_shape &shape, const type_entry &entry, IO_data &data,
-               std::int64_t start)
+[[nodiscard]] int read_entry(zot_io &io, const data_shape &shape, const type_entry &entry,
+                             IO_data &data, std::int64_t start)
 {
     switch (entry.type) {
     case IO_STRI:

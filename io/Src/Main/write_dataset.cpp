@@ -14,7 +14,7 @@ std::int64_t data_bytes(const data_type &type, std::int32_t count)
     return large ? IO_WIDE_FROM : count * bytes;
 }
 
-int write_parts(open_file &file, pending_dataset &pending)
+[[nodiscard]] int write_parts(open_file &file, pending_dataset &pending)
 {
     const io_reporter &report = *file.report;
     zot_io &io = file.io;
@@ -31,7 +31,7 @@ int write_parts(open_file &file, pending_dataset &pending)
     return IO_OK;
 }
 
-int write_code_and_placeholder(open_file &file, const pending_dataset &pending)
+[[nodiscard]] int write_code_and_placeholder(open_file &file, const pending_dataset &pending)
 {
     const io_reporter &report = *file.report;
     zot_io &io = file.io;
@@ -55,7 +55,7 @@ int write_code_and_placeholder(open_file &file, const pending_dataset &pending)
 }
 
 /// The second length and the tag after it, then the first length.
-int write_lengths(open_file &file, const pending_dataset &pending)
+[[nodiscard]] int write_lengths(open_file &file, const pending_dataset &pending)
 {
     const io_reporter &report = *file.report;
     zot_io &io = file.io;
@@ -85,7 +85,7 @@ int write_lengths(open_file &file, const pending_dataset &pending)
     return IO_OK;
 }
 
-int finish(open_file &file, pending_dataset &pending)
+[[nodiscard]] int finish(open_file &file, pending_dataset &pending)
 {
     const io_reporter &report = *file.report;
     if (int code = write_tag(file.io, pending.format, IO_TAG_END_DATASET)) {

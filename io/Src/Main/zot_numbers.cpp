@@ -19,8 +19,8 @@ constexpr std::size_t chunk_bytes = 64 * 1024;
 
 // Binary arrays
 
-int write_words(zot_io &io, format_code format, const void *values, std::int64_t count,
-                std::size_t size)
+[[nodiscard]] int write_words(zot_io &io, format_code format, const void *values,
+                              std::int64_t count, std::size_t size)
 {
     const auto *bytes = static_cast<const char *>(values);
     auto left = static_cast<std::size_t>(count) * size;
@@ -41,8 +41,8 @@ int write_words(zot_io &io, format_code format, const void *values, std::int64_t
     return IO_OK;
 }
 
-int read_words(zot_io &io, format_code format, const char *function, void *values,
-               std::int64_t count, std::size_t size)
+[[nodiscard]] int read_words(zot_io &io, format_code format, const char *function, void *values,
+                             std::int64_t count, std::size_t size)
 {
     auto bytes = static_cast<std::size_t>(count) * size;
     std::size_t got = io.stream.read(values, bytes);
@@ -67,7 +67,7 @@ void append_aligned(std::string &line, const char *text, std::size_t length, std
 
 /// Writes `count` fields, `per_line` a line; append(line, i) adds the i-th.
 template <typename Append>
-int write_fields(zot_io &io, std::int64_t count, int per_line, Append append)
+[[nodiscard]] int write_fields(zot_io &io, std::int64_t count, int per_line, Append append)
 {
     std::string line;
     for (std::int64_t i = 0; i < count; i++) {
@@ -83,7 +83,7 @@ int write_fields(zot_io &io, std::int64_t count, int per_line, Append append)
     return IO_OK;
 }
 
-int bad_line(zot_io &io, const char *function, const std::string &line)
+[[nodiscard]] int bad_line(zot_io &io, const char *function, const std::string &line)
 {
     return io.report->error(IO_READ_ERROR, "%s: not a line of numbers: \"%s\"", function,
                             line.c_str());
@@ -92,7 +92,7 @@ int bad_line(zot_io &io, const char *function, const std::string &line)
 /// Reads lines until `count` values are there; split(line, i, room, n) puts
 /// the values of a line from the i-th on and sets their number.
 template <typename Split>
-int read_fields(zot_io &io, const char *function, std::int64_t count, Split split)
+[[nodiscard]] int read_fields(zot_io &io, const char *function, std::int64_t count, Split split)
 {
     std::string line;
     for (std::int64_t i = 0; i < count;) {
@@ -181,7 +181,7 @@ bool split_fields(std::string_view line, Value *values, std::size_t room, std::s
 }
 
 template <typename Real>
-int read_reals(zot_io &io, const char *function, Real *values, std::int64_t count)
+[[nodiscard]] int read_reals(zot_io &io, const char *function, Real *values, std::int64_t count)
 {
     auto split = [values](std::string_view line, std::int64_t first, std::size_t room,
                           std::size_t &got) {

@@ -17,13 +17,13 @@ std::string_view cut(std::string_view text, std::size_t width)
     return text.substr(0, std::min(width, text.find_first_of(ends)));
 }
 
-int put(zot_io &io, const void *bytes, std::size_t count)
+[[nodiscard]] int put(zot_io &io, const void *bytes, std::size_t count)
 {
     return io.stream.write(bytes, count) ? IO_OK : io_write_code();
 }
 
 template <typename Integer>
-int put_number(zot_io &io, format_code format, Integer number)
+[[nodiscard]] int put_number(zot_io &io, format_code format, Integer number)
 {
     if (format.swapped()) {
         swap_bytes(&number, 1, sizeof number);
@@ -32,7 +32,7 @@ int put_number(zot_io &io, format_code format, Integer number)
 }
 
 template <typename Integer>
-int get_number(zot_io &io, format_code format, const char *function, Integer &number)
+[[nodiscard]] int get_number(zot_io &io, format_code format, const char *function, Integer &number)
 {
     std::size_t got = io.stream.read(&number, sizeof number);
     if (got != sizeof number) {
@@ -44,7 +44,7 @@ int get_number(zot_io &io, format_code format, const char *function, Integer &nu
     return IO_OK;
 }
 
-int put_offset_text(zot_io &io, std::int64_t offset)
+[[nodiscard]] int put_offset_text(zot_io &io, std::int64_t offset)
 {
     char digits[24];
     char *end = std::to_chars(digits, digits + sizeof digits, offset).ptr;
@@ -61,7 +61,7 @@ int put_offset_text(zot_io &io, std::int64_t offset)
     return put(io, line.data(), line.size());
 }
 
-int get_offset_text(zot_io &io, std::int64_t &offset)
+[[nodiscard]] int get_offset_text(zot_io &io, std::int64_t &offset)
 {
     auto width = static_cast<std::size_t>(io.offset_width);
     std::string line;
