@@ -1,8 +1,8 @@
 #!/bin/sh
 # Builds and runs every measurement. Usage: bench/run.sh [BUILD-DIR]
 #
-# Configures BUILD-DIR (default: build-bench in the source tree) for release with
-# VEL_BENCH. Its folder bench-data has the generated data, and a line for each
+# Configures BUILD-DIR (default: build-bench in the source tree) with the preset
+# `bench`. Its folder bench-data has the generated data, and a line for each
 # measurement in velbench.json. Standard output has one table: the measurements
 # with a comparison or a limit, with the ratio, the wanted ratio and whether it
 # was met; and the other times.
@@ -51,8 +51,7 @@ mkdir -p "$data"
 : >"$results"
 : >"$table"
 say "building in $build"
-quietly "$data/configure.log" cmake -G Ninja -S "$root" -B "$build" \
-    -DCMAKE_BUILD_TYPE=Release -DVEL_TESTS=OFF -DVEL_BENCH=ON
+quietly "$data/configure.log" cmake --preset bench -S "$root" -B "$build"
 quietly "$data/build.log" ninja -C "$build" -j "$(nproc)" \
     velbench velgenerate velcompare perl_packages rule_libraries
 
