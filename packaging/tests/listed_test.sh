@@ -31,7 +31,7 @@ for folder in */tests */*/tests; do
     [ -f "$folder/CMakeLists.txt" ] || continue
     # shellcheck disable=SC2046 # no name has a blank
     expect "tests in $folder" "" \
-        "$(unlisted "$folder/CMakeLists.txt" $(stems $(find "$folder" -name '*_test.cpp')))"
+        "$(unlisted "$folder/CMakeLists.txt" $(stems $(find "$folder" -name '*_test.cpp' -o -name '*_test.sh')))"
 done
 journeys=veleditor/tests/journeys
 # shellcheck disable=SC2046
