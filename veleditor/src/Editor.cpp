@@ -7,6 +7,7 @@
 #include "veleditor/src/Environment.h"
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/src/RowHelp.h"
+#include "veleditor/src/Strip.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/UndoHistory.h"
 #include "veleditor/src/VELTree.h"
@@ -17,6 +18,7 @@
 #include <QIcon>
 #include <QMenuBar>
 
+#include <algorithm>
 #include <utility>
 
 namespace velEditor {
@@ -27,6 +29,8 @@ namespace {
 constexpr QPoint treeTopLeft(10, 40);
 constexpr int treeRightGap = 6;
 constexpr int treeBottomGap = 11;
+/// At least this much is between the menus and the strip.
+constexpr int stripGap = 40;
 /// The part of the window's width that the two columns do not use, in pixels.
 constexpr int columnsGap = 15;
 
@@ -61,8 +65,9 @@ Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool saf
     loadCommandData(safeMode);
     tree_ = new VELTree(this, QStringLiteral("Tree"), document_);
     switchChecksOn();
-    addMenus();
     addUndo();
+    addMenus();
+    addStrip();
     setMinimumSize(300, 200);
     welcome_->hide();
 }
@@ -293,11 +298,22 @@ void Editor::closeEvent(QCloseEvent *event)
     QCoreApplication::exit(0);
 }
 
+// Between the last menu and the tree's right edge.
+void Editor::placeStrip()
+{
+    const int left = menuBar_->actionGeometry(menuBar_->actions().constLast()).right() + stripGap;
+    const int height = menuBar_->height() > 0 ? menuBar_->height() : strip_->sizeHint().height();
+    const int bottom = std::min(height, treeTopLeft.y()) - 1;
+    strip_->fit(QRect(QPoint(left, 0), QPoint(width() - treeRightGap, bottom)));
+}
+
 void Editor::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     if (menuBar_ != nullptr)
         menuBar_->setGeometry(0, 0, width(), menuBar_->heightForWidth(width()));
+    if (strip_ != nullptr)
+        placeStrip();
     if (tree_ == nullptr)
         return;
     tree_->setGeometry(

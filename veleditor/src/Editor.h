@@ -19,6 +19,7 @@ class QMenuBar;
 namespace velEditor {
 
 class Document;
+class Strip;
 class UndoHistory;
 class VELTree;
 struct SaveResult;
@@ -74,6 +75,8 @@ private:
     void addHelpMenu(QMenuBar &bar);
     void addRowMenu();
     void addUndo();
+    void addStrip();
+    void placeStrip();
     void undo();
     void redo();
     void showSteps();
@@ -89,6 +92,7 @@ private:
     VELTree *tree_ = nullptr; ///< a child widget; null until it is built
     std::unique_ptr<JavaHelpServer> helpServer_;
     QMenuBar *menuBar_ = nullptr;
+    Strip *strip_ = nullptr; ///< a child; null until the menus are made
     QString buildLabel_;
     std::unique_ptr<QLabel> welcome_; ///< a separate window; hidden when the tree is built
 };

@@ -1,6 +1,7 @@
-// The menus of the main window.
+// The menus and the tool strip of the main window.
 #include "veleditor/src/Application.h"
 #include "veleditor/src/Editor.h"
+#include "veleditor/src/Strip.h"
 #include "veleditor/src/VELTree.h"
 
 #include <QAction>
@@ -131,11 +132,24 @@ void Editor::addRowMenu()
 
     const auto open = [menu](QPoint place) { menu->popup(place); };
     connect(tree_, &VELTree::menuRequested, this, open);
-    auto *key = new QAction(tr("Menu of Row"), this);
+    auto *key = new QAction(tr("&Menu of Row"), this);
     key->setObjectName(QStringLiteral("OpenRowMenu"));
     key->setShortcut(QKeySequence(Qt::SHIFT | Qt::Key_F10));
     connect(key, &QAction::triggered, this, [this, open] { open(tree_->placeBesideRow()); });
     addAction(key);
+}
+
+// What belongs to the window itself has no entry in its menus.
+void Editor::addStrip()
+{
+    strip_ = new Strip(this);
+    strip_->addButton(*undo_, "Undo");
+    strip_->addButton(*redo_, "Redo");
+    for (QAction *action : actions()) {
+        strip_->menu().addAction(action);
+        if (action == redo_)
+            strip_->menu().addSeparator();
+    }
 }
 
 } // namespace velEditor

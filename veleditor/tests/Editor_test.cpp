@@ -166,7 +166,7 @@ void EditorWindowTest::givesMenusItsFont()
         ++found;
         QCOMPARE(menu->font(), editor().font());
     }
-    QCOMPARE(found, 4); // three of the bar, one of the row
+    QCOMPARE(found, 5); // three of the bar, one of the row, one of the strip
 }
 
 void EditorWindowTest::hasItsFont()
