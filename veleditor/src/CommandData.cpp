@@ -2,6 +2,7 @@
 #include "veleditor/src/CommandData.h"
 
 #include "velapilt/src/velComponentText.h"
+#include "veleditor/src/ComponentLabel.h"
 #include "veleditor/src/StoredValue.h"
 #include "veleditor/src/ValueText.h"
 #include "velparser/api/velparser.h"
@@ -31,23 +32,6 @@ std::vector<velChildInfo> childrenOf(const std::string &path)
     return children;
 }
 
-/// The line that opens an object: "TYPE : Name" or "TYPE :".
-std::string openingLine(const std::string &component)
-{
-    const std::size_t colon = component.find(':');
-    if (colon == std::string::npos)
-        return component + " :";
-    return component.substr(0, colon) + " : " + component.substr(colon + 1);
-}
-
-std::string componentOfLine(const std::string &line)
-{
-    const std::size_t end = line.find(" :");
-    if (end == std::string::npos || end + 2 == line.size())
-        return line.substr(0, end);
-    return line.substr(0, end) + ':' + line.substr(end + 3);
-}
-
 std::vector<std::string> linesOf(const std::string &text)
 {
     std::vector<std::string> lines;
@@ -65,7 +49,7 @@ std::vector<std::string> openingLines(const std::string &path)
     std::vector<std::string> lines;
     for (std::size_t start = 1; start < path.size();) {
         const std::size_t end = std::min(path.find('/', start), path.size());
-        lines.push_back(openingLine(path.substr(start, end - start)));
+        lines.push_back(labelOf(path.substr(start, end - start)));
         start = end + 1;
     }
     return lines;
@@ -96,7 +80,7 @@ Message putLine(std::string &path, const std::string &line)
     if (end != std::string::npos)
         return copied(velparser::createParam(childPath(path, line.substr(0, end)).c_str(),
                                              line.c_str() + end + assignment.size()));
-    path = childPath(path, componentOfLine(line));
+    path = childPath(path, componentOfLabel(line));
     return copied(velparser::createObject(path.c_str()));
 }
 
@@ -163,7 +147,7 @@ std::string CommandData::block(const std::string &path) const
         std::vector<velChildInfo> children;
         std::size_t next = 0;
     };
-    std::string text = openingLine(lastComponent(path)) + '\n';
+    std::string text = labelOf(lastComponent(path)) + '\n';
     std::vector<Level> levels{{path, childrenOf(path)}};
     while (!levels.empty()) {
         Level &level = levels.back();
@@ -178,7 +162,7 @@ std::string CommandData::block(const std::string &path) const
         if (isParam(child)) {
             text.append(component).append(assignment).append(value(below).value_or("")) += '\n';
         } else {
-            text.append(openingLine(component)) += '\n';
+            text.append(labelOf(component)) += '\n';
             levels.push_back({below, childrenOf(below)});
         }
     }

@@ -2,6 +2,7 @@
 #include "veleditor/src/Editor.h"
 
 #include "common/error.h"
+#include "velapilt/src/velComponentText.h"
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/Document.h"
 #include "veleditor/src/Environment.h"
@@ -177,7 +178,7 @@ void Editor::helpOnRow()
         helpServer_->showHelp(toBytes(topic), "", JavaHelpServer::RegularHelp);
         return;
     }
-    const QString type = object->label().section(QLatin1String(" :"), 0, 0);
+    const QString type = fromBytes(velSplitComponent(object->component()).type);
     helpServer_->showHelp(toBytes(type), isParameter ? toBytes(row->label()) : std::string(),
                           JavaHelpServer::RegularHelp);
 }

@@ -3,6 +3,7 @@
 
 #include "common/error.h"
 #include "velapilt/src/velComponentText.h"
+#include "veleditor/src/ComponentLabel.h"
 #include "veleditor/src/Environment.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTreeItem.h"
@@ -32,11 +33,7 @@ bool isFlowPath(std::string_view path)
 
 QString rowLabel(const velChildInfo &child)
 {
-    if (isKind(child, "Object"))
-        return fromBytes(child.type) + QLatin1String(" : ") + fromBytes(child.name);
-    if (isKind(child, "Singleton"))
-        return fromBytes(child.type) + QLatin1String(" :");
-    return fromBytes(child.name);
+    return fromBytes(isKind(child, "Param") ? child.name : labelOf(velComponentOf(child)));
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // Steps from the edits of a document, and the way back and forth along them.
 #include "veleditor/src/UndoHistory.h"
 
+#include "velapilt/src/velComponentText.h"
+#include "veleditor/src/ComponentLabel.h"
 #include "veleditor/src/Document.h"
 #include "veleditor/src/Text.h"
 
@@ -10,10 +12,11 @@ namespace velEditor {
 
 namespace {
 
-/// The item at a path as its row shows it.
-QString labelOf(const std::string &path)
+/// The object at a path as its row shows it, but a singleton by its type alone.
+QString objectAt(const std::string &path)
 {
-    return fromBytes(lastComponent(path)).replace(u':', QLatin1String(" : "));
+    const std::string component = lastComponent(path);
+    return fromBytes(velSplitComponent(component).hasColon ? labelOf(component) : component);
 }
 
 QString assignment(const Edit &edit, const std::string &value)
@@ -31,13 +34,13 @@ QString nameOf(const Edit &edit)
     case Edit::Kind::DeleteParameter:
         return UndoHistory::tr("Delete %1").arg(fromBytes(lastComponent(edit.path)));
     case Edit::Kind::AddObject:
-        return UndoHistory::tr("Add %1").arg(labelOf(edit.path));
+        return UndoHistory::tr("Add %1").arg(objectAt(edit.path));
     case Edit::Kind::DeleteObject:
-        return UndoHistory::tr("Delete %1").arg(labelOf(edit.path));
+        return UndoHistory::tr("Delete %1").arg(objectAt(edit.path));
     case Edit::Kind::ReplaceObject:
         break;
     }
-    return UndoHistory::tr("Change %1").arg(labelOf(edit.path));
+    return UndoHistory::tr("Change %1").arg(objectAt(edit.path));
 }
 
 /// Brings the marks of validity up to date, as the window does after such an edit.

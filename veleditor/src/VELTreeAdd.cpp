@@ -1,6 +1,7 @@
 // The tree's operations that add to the command data.
 #include "veleditor/src/AddParamDialog.h"
 #include "veleditor/src/Boxes.h"
+#include "veleditor/src/ComponentLabel.h"
 #include "veleditor/src/Document.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/VELTree.h"
@@ -89,8 +90,7 @@ void VELTree::showAddedObject(const std::string &path, int position)
 
 void VELTree::showExpertSection()
 {
-    expertItem_ = new VELTreeItem(flowItem_, lastFlowChild_,
-                                  QString::fromLatin1(expertSection) + QLatin1String(" :"),
+    expertItem_ = new VELTreeItem(flowItem_, lastFlowChild_, fromBytes(labelOf(expertSection)),
                                   std::nullopt, expertSection);
     expertItem_->setInExpertSection(true);
     flowItem_->setExpanded(true);

@@ -1,7 +1,7 @@
 // A row: its label and path from its component, and its texts.
 #include "veleditor/src/VELTreeItem.h"
 
-#include "velapilt/src/velComponentText.h"
+#include "veleditor/src/ComponentLabel.h"
 #include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Text.h"
 
@@ -62,18 +62,13 @@ std::string VELTreeItem::path() const
 
 std::string VELTreeItem::formedLabel(LabelForm form) const
 {
-    const velComponentParts parts = velSplitComponent(component_);
-    if (form == LabelForm::Singleton)
-        return component_ + " :";
-    if (form == LabelForm::Parameter || !parts.hasColon)
-        return component_;
-    return std::string(parts.type).append(" : ").append(parts.name);
+    return form == LabelForm::Object ? labelOf(component_) : component_;
 }
 
 void VELTreeItem::setLabel(const QString &label)
 {
     ownLabel_ = QString();
-    for (const LabelForm form : {LabelForm::Parameter, LabelForm::Object, LabelForm::Singleton}) {
+    for (const LabelForm form : {LabelForm::Parameter, LabelForm::Object}) {
         labelForm_ = form;
         if (fromBytes(formedLabel(form)) == label)
             return;

@@ -71,8 +71,7 @@ private:
     /// How the label is made from the component.
     enum class LabelForm : unsigned char {
         Parameter, ///< the component itself
-        Object,    ///< "TYPE : Name" for "TYPE:Name"
-        Singleton, ///< "TYPE :" for "TYPE"
+        Object,    ///< `labelOf` the component
         Own,       ///< not from the component: it is in `ownLabel_`
     };
 
