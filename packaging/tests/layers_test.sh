@@ -53,6 +53,11 @@ END
 file veleditor/src/Tree.cpp <<'END'
 #include "velapilt/src/velapilt.h"
 #include <perl.h>
+#include "veltext/veltext.h"
+END
+file veltext/veltext.h <<'END'
+#include "velparser/api/velparser.h"
+#include <QString>
 END
 file help/a.h <<'END'
 #include "help/b.h"
@@ -67,7 +72,10 @@ velapilt/src/velBad.cpp:5: "velBad.h" is not a file, seen from the root of the t
 velapilt/src/velBad.cpp:1: its own header "velapilt/src/velBad.h" comes first
 veleditor/src/Tree.cpp:1: veleditor must not use velapilt ("velapilt/src/velapilt.h")
 veleditor/src/Tree.cpp:2: veleditor must not use <perl.h>
+veleditor/src/Tree.cpp:3: veleditor must not use "veltext/veltext.h", which includes the database
 velparser/api/Lite.cpp:1: "velapilt/src/velNode_p.h" is private to velapilt
+veltext/veltext.h:1: veltext must not use velparser ("velparser/api/velparser.h")
+veltext/veltext.h:2: veltext must not use <QString>
 help/a.h:1: included in a circle: help/a.h -> help/b.h -> help/a.h' "$status:$said"
 
 finish
