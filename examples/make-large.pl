@@ -90,8 +90,8 @@ sub probe {
 
 block('LANGUAGE:', 'Version = 3.0');
 block('LIBRARY:', sub {
-    block('EXPRESSIONS:', 'Supply Temperature = 291.15 [K]', 'Room Volume = 52.5 [m^3]',
-        'Heat of a Person = 75 [W] / Room Volume');
+        block('EXPRESSIONS:', 'Supply Temperature = 291.15 [K]', 'Room Volume = 52.5 [m^3]',
+            'Heat of a Person = 75 [W] / Room Volume');
 });
 put('FLOW:');
 my ($tail, $room) = (14, 0);

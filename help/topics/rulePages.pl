@@ -138,7 +138,7 @@ my @FACTS = (
     [ 'Unit', sub ($rules, $parameter) {
             my $units = $parameter->{units} // return undef;
             return $units eq '1' ? 'none' : code($units);
-        }, 'Units' ],
+    }, 'Units' ],
     [ 'Range', sub ($rules, $parameter) { return range($parameter) },
         'Lower Bound', 'Upper Bound', 'Bounds Exclusive' ],
     [ 'Entries', sub ($rules, $parameter) { return entries($parameter) }, 'Minimum Entries', 'Maximum Entries' ],
@@ -146,15 +146,15 @@ my @FACTS = (
         'Allowed Values' ],
     [ 'Names an object of type', sub ($rules, $parameter) {
             return type_links($rules, @{ $parameter->{objects} // [] });
-        }, 'Allowed Objects' ],
+    }, 'Allowed Objects' ],
     [ 'Proposed', sub ($rules, $parameter) {
             return defined $parameter->{default} ? code($parameter->{default}) : undef;
-        }, 'Default' ],
+    }, 'Default' ],
     [ 'Editor', sub ($rules, $parameter) { return $parameter->{editable} ? undef : 'cannot be changed' },
         'Editable' ],
     [ 'Safe mode', sub ($rules, $parameter) {
             return $parameter->{running} ? 'may be changed while the solver runs' : undef;
-        }, 'Editable While Running' ],
+    }, 'Editable While Running' ],
     [ 'Expert', sub ($rules, $parameter) { return $parameter->{expert} ? 'shown only with expert items' : undef },
         'Expert' ],
 );
@@ -166,8 +166,8 @@ my @NO_FACTS = ('Description', 'Help Topic', 'Expressions', 'Output Ordering Pri
 my %has_fact = map { $_ => 1 } @NO_FACTS, map { @$_[ 2 .. $#$_ ] } @FACTS;
 for my $entry (grep { !$has_fact{ $_->{name} } } VEL::Rules::Fields::entries('PARAMETER')) {
     push @FACTS, [ $entry->{name}, sub ($rules, $parameter) {
-        my $text = VEL::Rules::Fields::text_of($entry, $parameter->{ $entry->{element} });
-        return defined $text ? code($text) : undef;
+            my $text = VEL::Rules::Fields::text_of($entry, $parameter->{ $entry->{element} });
+            return defined $text ? code($text) : undef;
     } ];
 }
 
@@ -242,10 +242,10 @@ sub parameters_page ($rules, @types) {
     return "<!-- chapter: Guide; order: 90; also: Parameters -->\n# All parameters\n\n"
         . "Every parameter that the rule libraries know, and the types that have it.\n\n"
         . join '', map { my $name = $_;
-            '- **' . plain($name) . '**: '
-                . list(map { '[' . plain($_->{type}) . '](' . page_name($rules, $_) . '.md#'
-                        . slug($name) . ')' } @{ $types_of{$name} })
-                . "\n" } sort { lc $a cmp lc $b || $a cmp $b } keys %types_of;
+        '- **' . plain($name) . '**: '
+            . list(map { '[' . plain($_->{type}) . '](' . page_name($rules, $_) . '.md#'
+                    . slug($name) . ')' } @{ $types_of{$name} })
+            . "\n" } sort { lc $a cmp lc $b || $a cmp $b } keys %types_of;
 }
 
 my @KINDS = (

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Checks form and common mistakes: clang-format, clang-tidy, shellcheck,
+# Checks form and common mistakes: clang-format, clang-tidy, shellcheck, perltidy,
 # perlcritic and the checks beside this script. Called by ./dev lint from the root of the
 # tree, with build/ built; with a revision, only files that differ from it.
 set -eu
@@ -55,9 +55,10 @@ fi
 
 {
     grep -E '\.(pm|pl|t)$' "$work/files" || true
-    grep -xE 'tools/(lint/check-|manual/make-).*' "$work/files" || true
+    grep -xE 'tools/(lint/(check|tidy)-|manual/make-).*' "$work/files" || true
 } >"$work/perl"
 if [ -s "$work/perl" ]; then
+    xargs -d '\n' tools/lint/tidy-perl <"$work/perl" || finding "tools/lint/tidy-perl -i fixes these"
     xargs -d '\n' perlcritic --profile .perlcriticrc --quiet <"$work/perl" ||
         finding "perlcritic has findings"
 fi

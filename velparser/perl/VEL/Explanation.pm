@@ -101,7 +101,7 @@ sub _parameter_presence ($name, $type, $variant) {
 sub _object_presence ($type, $owner, $variant, $above) {
     my $found = $owner
         && (_presence($owner, $variant, $type->{type}, 'required_objects', 'optional_objects', 'Objects')
-            // _inactive($owner, $type->{type}, 'required_objects', 'optional_objects'));
+        // _inactive($owner, $type->{type}, 'required_objects', 'optional_objects'));
     return $found if $found;
     return 'optional: ' . _rule_name($type) . ' has no "Parents"' if !$type->{parents};
     my $is_parent = $type->{parents}{ $above eq '/' ? '/' : $owner ? $owner->{type} : '' };

@@ -325,9 +325,9 @@ sub variant_at ($self, $path, $type) {
     return $type->plain_variant if !@{ $type->{switches} };
     my $database = $self->{database};
     return $type->variant(sub ($name) {
-        my $value;
-        $database->getStringValue("$path/$name", \$value);
-        return $value;
+            my $value;
+            $database->getStringValue("$path/$name", \$value);
+            return $value;
     });
 }
 

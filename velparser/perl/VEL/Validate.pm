@@ -390,10 +390,10 @@ sub _missing_findings ($self, $path, $type, $variant, $names) {
         my %missing = map { $_ => 1 } @{ $variant->{required} };
         delete @missing{ @$names, keys %{ $self->{meant} } };
         push @findings, map { finding($path, problem('missing-parameter', name => $_),
-            $self->_demanding($path, $type, $variant, 'required', $_)) } grep { $missing{$_} } @{ $variant->{required} };
+                $self->_demanding($path, $type, $variant, 'required', $_)) } grep { $missing{$_} } @{ $variant->{required} };
     }
     return (@findings, map { finding($path, problem('missing-object', type => $_),
-        $self->_demanding($path, $type, $variant, 'required_objects', $_)) } $self->_missing_types($path, $variant));
+                $self->_demanding($path, $type, $variant, 'required_objects', $_)) } $self->_missing_types($path, $variant));
 }
 
 sub _missing_types ($self, $path, $variant) {

@@ -33,10 +33,10 @@ subtest 'entries are whole' => sub {
 subtest 'elements that the code reads' => sub {
     my %elements = (
         OBJECT => [qw(description help inherits parents required optional free required_objects optional_objects
-            maximum expert priority)],
+                maximum expert priority)],
         CASE      => [qw(description parameter values required optional required_objects optional_objects)],
         PARAMETER => [qw(description help type units lower upper exclusive values objects minimum maximum default
-            editable running expert expressions priority)],
+                editable running expert expressions priority)],
     );
     is_deeply [ sort keys %{ VEL::Rules::Fields::compile($_, {}) } ], [ sort @{ $elements{$_} } ], $_
         for sort keys %elements;

@@ -100,7 +100,7 @@ subtest 'places' => sub {
     my @warnings;
     local $SIG{__WARN__} = sub { push @warnings, @_ };
     my $validator = validator(database("RULES:\nSINGLETON: A\nParents = /\nOptional Parameters = B\nPARAMETER: B\n"
-        . "Type = Real\nUnits = m\nEND\nEND\nEND", "A:\nB = x\nC = 1\nEND\nD:\nEND"));
+                . "Type = Real\nUnits = m\nEND\nEND\nEND", "A:\nB = x\nC = 1\nEND\nD:\nEND"));
     $validator->validateObject($_) for '/', '/A', '/D', '/E', '/A/B';
     is "@warnings", '', 'none is missing';
 };

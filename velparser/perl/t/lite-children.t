@@ -8,8 +8,8 @@ use VEL::Parser::Lite;
 
 my $data = VEL::Parser::Lite::NEW();
 is $data->loadVELData([
-    'FLOW:', 'BOUNDARY: in', 'BOUNDARY: sub', 'END', 'END', 'BOUNDARY: out', 'END',
-    'Option = x', 'SOLVER:', 'END', 'END' ]), undef, 'data';
+        'FLOW:', 'BOUNDARY: in', 'BOUNDARY: sub', 'END', 'END', 'BOUNDARY: out', 'END',
+        'Option = x', 'SOLVER:', 'END', 'END' ]), undef, 'data';
 is $data->loadLibraryData([ 'RULES:', 'BOUNDARY: in', 'END', 'END' ]), undef, 'library data';
 
 sub list {

@@ -71,8 +71,8 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
 
     @order = ();
     $data->addChangeHandler(sub {
-        push @order, 'adding';
-        $data->addChangeHandler(sub { push @order, 'added' });
+            push @order, 'adding';
+            $data->addChangeHandler(sub { push @order, 'added' });
     });
     $data->setStringValue('/FLOW/A', 'z');
     is "@order", 'adding', 'one that is added is called from the next change on';
@@ -97,10 +97,10 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     my $data = loaded();
     my $depth = 0;
     $data->addChangeHandler(sub {
-        my ($path, $code, $new) = @_;
-        $data->getStringValue($path, \my $value);
-        is $value, $new, "the new value of $path is in place";
-        $data->setStringValue('/FLOW/B', $new + 1) if $new < 13;
+            my ($path, $code, $new) = @_;
+            $data->getStringValue($path, \my $value);
+            is $value, $new, "the new value of $path is in place";
+            $data->setStringValue('/FLOW/B', $new + 1) if $new < 13;
     });
     is $data->setStringValue('/FLOW/A', 10), undef, 'a handler that changes other values';
     $data->getStringValue('/FLOW/B', \my $value);
@@ -160,8 +160,8 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     my $data = loaded();
     my $inner;
     $data->addChangeHandler(sub {
-        die "inner\n" if $_[0] eq '/FLOW/B';
-        $inner = died(sub { $data->setStringValue('/FLOW/B', 'x') });
+            die "inner\n" if $_[0] eq '/FLOW/B';
+            $inner = died(sub { $data->setStringValue('/FLOW/B', 'x') });
     });
     is died(sub { $data->setStringValue('/FLOW/A', 'x') }), 'lived', 'an error caught by a handler';
     is $inner, "inner\n", '... stays with it';

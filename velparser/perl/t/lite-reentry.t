@@ -124,8 +124,8 @@ for my $method (sort keys %call) {
 
     my ($name, $text) = (fresh('/FLOW/Watched'), fresh('t' x 50));
     my $adding = code(sub {
-        $data->addChangeHandler(sub { $name = 'z' x 5000; undef $text; return });
-        return fresh('w' x 50);
+            $data->addChangeHandler(sub { $name = 'z' x 5000; undef $text; return });
+            return fresh('w' x 50);
     });
     is $data->createParam($name, $adding), undef, 'a value that adds a handler';
     is value($data, '/FLOW/Watched'), 'w' x 50, '... which comes too late';
@@ -219,8 +219,8 @@ like shift @warnings, qr/^\s*\(in cleanup\) not heard/, 'an element that dies as
     my $data = loaded();
     my $said;
     $data->addChangeHandler(do {
-        my $leaving = Leaving->new(sub { $said = died(sub { $data->havePath('/') }) });
-        sub { return $leaving }
+            my $leaving = Leaving->new(sub { $said = died(sub { $data->havePath('/') }) });
+            sub { return $leaving }
     });
     is $data->DESTROY, undef, 'handlers that go with their object';
     is $said, 'self is not of type VEL::Parser::Lite', '... find it gone';
@@ -231,8 +231,8 @@ like shift @warnings, qr/^\s*\(in cleanup\) not heard/, 'an element that dies as
     my $data = loaded();
     my @said;
     $data->registerActionHandler(do {
-        my $leaving = Leaving->new(sub { push @said, $data->DESTROY });
-        sub { return $leaving }
+            my $leaving = Leaving->new(sub { push @said, $data->DESTROY });
+            sub { return $leaving }
     });
     is $data->registerActionHandler(sub { 1 }), undef, 'a handler that ends the object as it goes';
     is scalar(@said), 1, '... once';

@@ -148,7 +148,7 @@ for my $name (sort keys %usage) {
                 my $object = VEL::Parser::Lite::NEW();
                 $object->loadVELData([ 'FLOW:', 'A = 1', 'END' ]);
                 my @arguments = map {
-                          $_ eq 'self' ? $object
+                    $_ eq 'self' ? $object
                         : $_ eq 'value' && $gives_value ? \my $value
                         : /^(?:array|data|childInfo|groupInfo|args)$/ ? []
                         : '/FLOW/A'

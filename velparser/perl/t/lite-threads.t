@@ -57,10 +57,10 @@ is $_->join, '', 'thread ' . $_->tid for @threads;
 
 # A thread that ends in the middle of a handler's error leaves it to no one.
 in_thread(sub {
-    my $own = VEL::Parser::Lite::NEW();
-    $own->addChangeHandler(sub { die "not removed\n" });
-    eval { $own->createParam('/A', 1) };
-    return;
+        my $own = VEL::Parser::Lite::NEW();
+        $own->addChangeHandler(sub { die "not removed\n" });
+        eval { $own->createParam('/A', 1) };
+        return;
 });
 $data->addChangeHandler(sub { return });
 is eval { $data->createParam('/A', 'again'); 1 }, 1, 'the error of another thread is not raised here';
@@ -68,11 +68,11 @@ $data->getStringValue('/A', \my $value);
 is $value, 'again', 'the database of the main thread is as it was';
 
 my $below = in_thread(sub {
-    my $outer = VEL::Parser::Lite::NEW();
-    $outer->createParam('/A', 'outer');
-    my $inner = in_thread(sub { return work(9) });
-    $outer->getStringValue('/A', \my $kept);
-    return "$inner$kept";
+        my $outer = VEL::Parser::Lite::NEW();
+        $outer->createParam('/A', 'outer');
+        my $inner = in_thread(sub { return work(9) });
+        $outer->getStringValue('/A', \my $kept);
+        return "$inner$kept";
 });
 is $below, 'outer', 'a thread of a thread';
 

@@ -12,10 +12,10 @@ local $SIG{__WARN__} = sub { push @warnings, @_ };
 
 my $data = VEL::Parser::Lite::NEW();
 is $data->loadVELData([
-    'FLOW:',         'Text = some text',  'Number = 2.5', 'Minus = -2.5',
-    'Yes = Yes sir', 'No = off',          'Maybe = maybe', 'List = Cartesian, (1, 2), 3',
-    'Numbers = 1.7, -1.7, -2.5, x', 'Logicals = Yes, off, 1', 'Mixed = Yes, perhaps',
-    'Empty =', 'END' ]), undef, 'data';
+        'FLOW:',         'Text = some text',  'Number = 2.5', 'Minus = -2.5',
+        'Yes = Yes sir', 'No = off',          'Maybe = maybe', 'List = Cartesian, (1, 2), 3',
+        'Numbers = 1.7, -1.7, -2.5, x', 'Logicals = Yes, off, 1', 'Mixed = Yes, perhaps',
+        'Empty =', 'END' ]), undef, 'data';
 
 sub value {
     my ($method, $path) = @_;

@@ -78,13 +78,13 @@ TEXT
 subtest 'related paths' => sub {
     is_deeply related($rules, "FLOW:\nPUMP: a\nKind = Driven\nEND\nEND"),
         [ [ '/FLOW/PUMP:a', 'missing-parameter', '/FLOW/PUMP:a/Kind' ],
-          [ '/FLOW/PUMP:a', 'missing-object',    '/FLOW/PUMP:a/Kind' ] ],
+        [ '/FLOW/PUMP:a', 'missing-object',    '/FLOW/PUMP:a/Kind' ] ],
         'the parameter whose value makes something required';
     is_deeply related($rules, "FLOW:\nPUMP: a\nEND\nEND"), [ [ '/FLOW/PUMP:a', 'missing-parameter' ] ],
         'none where the rule itself requires it';
     is_deeply related($rules, "FLOW:\nPUMP: a\nKind = Free\nRest = 1\nCOVER:\nEND\nEND\nEND"),
         [ [ '/FLOW/PUMP:a/Rest', 'unknown-parameter', '/FLOW/PUMP:a/Kind' ],
-          [ '/FLOW/PUMP:a/COVER', 'not-allowed', '/FLOW/PUMP:a/Kind' ] ],
+        [ '/FLOW/PUMP:a/COVER', 'not-allowed', '/FLOW/PUMP:a/Kind' ] ],
         'the parameter whose value forbids something';
     is_deeply related($rules, "FLOW:\nPUMP: a\nKind = Driven\nSpeed = 1\nGauge [Pa] = hgih\nMOTOR:\nEND\nEND\nEND"),
         [ [ '/FLOW/PUMP:a/Gauge [Pa]', 'not-allowed', '/FLOW/PUMP:a/Kind' ] ],

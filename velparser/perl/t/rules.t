@@ -39,8 +39,8 @@ END
         kind => 'RULES', name => undef, path => '/RULES',
         fields => { 'Language Version' => '1.0', 'Note' => 'a = b: \# not a comment, continued', 'Silent' => '' },
         blocks => [ {
-            kind => 'OBJECT', name => 'WALL PART', path => '/RULES/OBJECT:WALL PART', fields => {},
-            blocks => [ $case->('CASE:One', 'One', 'If Parameter' => 'Kind'), $case->('CASE', undef) ],
+                kind => 'OBJECT', name => 'WALL PART', path => '/RULES/OBJECT:WALL PART', fields => {},
+                blocks => [ $case->('CASE:One', 'One', 'If Parameter' => 'Kind'), $case->('CASE', undef) ],
         } ],
     }, 'are those of the database';
     is_deeply VEL::Rules::Source::read_tree(VEL::Parser::Lite::NEW()),

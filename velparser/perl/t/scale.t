@@ -100,7 +100,7 @@ subtest 'questions asked of long lines of heirs, counted' => sub {
     my %asked;
     for my $heirs (200, 400) {
         my @lines = ('OBJECT: T0', 'PARAMETER: Size', 'END', 'END', map {
-            ("OBJECT: T$_", 'Inherits = OBJECT:T' . ($_ - 1), 'PARAMETER: Size', 'Expert = Yes', 'END', 'END')
+                ("OBJECT: T$_", 'Inherits = OBJECT:T' . ($_ - 1), 'PARAMETER: Size', 'Expert = Yes', 'END', 'END')
         } 1 .. $heirs);
         splice @lines, -4, 0, 'Required Parameters = Size';
         my $faults;
@@ -116,7 +116,7 @@ subtest 'comparisons of names where many are wrong, counted' => sub {
         my $names = join ', ', map { "Name $_ $_" } 1 .. $count;
         my $faults;
         my $made = calls('VEL::Suggest::_slips' => sub {
-            $faults = () = rule_lines('OBJECT: T', "Required Parameters = $names", @rules, 'END')->faults;
+                $faults = () = rule_lines('OBJECT: T', "Required Parameters = $names", @rules, 'END')->faults;
         });
         is $faults, $count, "$count faults";
         return $made;
@@ -158,8 +158,8 @@ subtest 'names in the list of a case, counted' => sub {
 
 subtest 'suggestions for an object with many children, counted' => sub {
     my $database = database("RULES:\nOBJECT: T\nOptional Parameters = Kind\nOptional Objects = C\nCASE: x\n"
-        . "If Parameter = Kind\nIs One Of = a\nOptional Objects = D\nEND\nEND\nOBJECT: C\nParents = T\nEND\n"
-        . "OBJECT: D\nParents = T\nEND\nEND");
+            . "If Parameter = Kind\nIs One Of = a\nOptional Objects = D\nEND\nEND\nOBJECT: C\nParents = T\nEND\n"
+            . "OBJECT: D\nParents = T\nEND\nEND");
     is $database->loadVELData([ 'T: t', (map { "X$_ = 1" } 1 .. 10), (map { ("D: d$_", 'END') } 1 .. 100), 'END' ]), undef, 'loaded';
     my $validator = VEL::Validate->new($database);
     my $found = 0;
@@ -187,7 +187,7 @@ TEXT
     my $validator = VEL::Validate->new($database);
     my ($found, $path) = (0);
     my $taken = seconds(sub {
-        $found += defined $validator->validateObject($path = $path_of->($_)) for 1 .. $count;
+            $found += defined $validator->validateObject($path = $path_of->($_)) for 1 .. $count;
     });
     is $found, 0, "$name: valid";
     is $database->isValid($path) & 1, 1, "$name: to the last";

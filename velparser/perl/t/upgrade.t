@@ -252,7 +252,7 @@ subtest 'where the version cannot be stated' => sub {
 
 subtest 'a failure of the database' => sub {
     my $api = api(steps("Action = Add Parameter\nObject Type = PUMP\nParameter = Head\nNew Value = 1",
-        "Action = Remove Object\nObject Type = FAN"), "PUMP: a\nEND\nFAN: b\nEND");
+            "Action = Remove Object\nObject Type = FAN"), "PUMP: a\nEND\nFAN: b\nEND");
     no warnings 'redefine';
     local *VEL::Parser::Lite::deleteObj = sub { return 'no such thing' };
     is eval { $api->updateSolverVEL; 1 }, undef, 'is an exception';

@@ -358,7 +358,7 @@ subtest 'without rules nothing is known to be wrong' => sub {
 subtest 'a mark rests on the expressions that a value names' => sub {
     for my $value ('Inlet Speed', '2 * Inlet Speed') {
         my $database = database($rules, "LIBRARY:\nEXPRESSIONS:\nInlet Speed = 1 [m s^-1]\nEND\nEND\n"
-            . "FLOW:\nDOMAIN: d\nKind = Fluid\nSpeed = $value\nSTART:\nEND\nEND\nEND");
+                . "FLOW:\nDOMAIN: d\nKind = Fluid\nSpeed = $value\nSTART:\nEND\nEND\nEND");
         my $validator = validator($database);
         is $validator->validateObject('/FLOW/DOMAIN:d'), undef, "$value: is known";
         $database->deleteParam('/LIBRARY/EXPRESSIONS/Inlet Speed');
