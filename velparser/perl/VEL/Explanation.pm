@@ -6,6 +6,7 @@ use feature 'signatures';
 
 use Exporter qw(import);
 
+use VEL::Path qw(split_path);
 use VEL::Rules::Fields;
 
 =head1 NAME
@@ -33,7 +34,7 @@ row shows. C<$model> is the L<VEL::Model>.
 our @EXPORT_OK = qw(explain);
 
 sub explain ($model, $path) {
-    my ($above, $own) = VEL::Model::split_path($path);
+    my ($above, $own) = split_path($path);
     my $owner    = $above eq '/' ? undef : $model->type_of($above);
     my $variant  = $owner && $model->variant_at($above, $owner);
     my $type     = _is_parameter($model, $path) ? undef : $model->type_of($path);

@@ -8,6 +8,7 @@ use Scalar::Util qw(weaken);
 
 use VEL::Explanation;
 use VEL::Parser::Lite;
+use VEL::Path qw(split_path last_component split_component name_at);
 use VEL::Rules;
 use VEL::Rules::Library;
 use VEL::Rules::Source;
@@ -289,17 +290,6 @@ sub full_path ($self, $path) {
     return VEL::Parser::Lite::cleanPath($database->getCurrentPath . "/$clean");
 }
 
-=item C<split_path($path)>
-
-The path of the parent (C</> for the top level) and the last component.
-
-=cut
-
-sub split_path ($path) {
-    my $slash = rindex $path, '/';
-    return (substr($path, 0, $slash) || '/', substr $path, $slash + 1);
-}
-
 =item C<type_of($path)>
 
 The L<VEL::Rules::Type> of the object at a full path, or C<undef>. It depends only on the
@@ -308,10 +298,9 @@ path: the object need not exist.
 =cut
 
 sub type_of ($self, $path) {
-    my $types     = ($self->{rules} // $self->_compile)->{types};
-    my $component = substr $path, rindex($path, '/') + 1;
-    my $colon     = index $component, ':';
-    return $colon < 0 ? $types->{SINGLETON}{$component} : $types->{OBJECT}{ substr $component, 0, $colon };
+    my $types = ($self->{rules} // $self->_compile)->{types};
+    my ($type, $name) = split_component(last_component($path));
+    return $types->{ defined $name ? 'OBJECT' : 'SINGLETON' }{$type};
 }
 
 =item C<variant_at($path, $type)>
@@ -339,10 +328,8 @@ not.
 =cut
 
 sub parameter_at ($self, $path) {
-    my $slash = rindex $path, '/';
-    my $owner = substr $path, 0, $slash;
-    my $name  = substr $path, $slash + 1;
-    my $type  = $self->type_of($owner) // return $self->{rules}->general($name);
+    my ($owner, $name) = split_path($path);
+    my $type = $self->type_of($owner) // return $self->{rules}->general($name);
     my $variant = $type->{cased}{$name} ? $self->variant_at($owner, $type) : $type->plain_variant;
     return $variant->{parameters}{$name} // $type->parameter($variant, $name);
 }
@@ -451,7 +438,7 @@ sub object_path ($self, $types, $name) {
         my %path;
         for my $type (@$types) {
             $self->{database}->getObjectsByType($type, \my @paths);
-            $path{ _name_of($_) } //= $_ for grep { !m{^/RULES/} } @paths;
+            $path{ name_at($_) } //= $_ for grep { !m{^/RULES/} } @paths;
         }
         \%path;
     };
@@ -513,14 +500,12 @@ sub expression_names ($self) {
     };
 }
 
-sub _name_of ($path) { return substr($path, 1 + rindex $path, '/') =~ s/^[^:]*://r }
-
 sub _names_of ($self, $type) {
     return $self->{names}{$type} //= do {
         my @paths;
         $self->{database}->getObjectsByType($type, \@paths);
         my %seen;
-        my @names = grep { !$seen{$_}++ } map { _name_of($_) } grep { !m{^/RULES/} } @paths;
+        my @names = grep { !$seen{$_}++ } map { name_at($_) } grep { !m{^/RULES/} } @paths;
         +{ list => \@names, set => \%seen, hints => VEL::Suggest->new(\@names) };
     };
 }

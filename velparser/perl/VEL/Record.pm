@@ -6,6 +6,8 @@ use feature 'signatures';
 
 use Exporter 'import';
 
+use VEL::Path qw(last_component);
+
 =head1 NAME
 
 VEL::Record - the records that cross the bridge, and their text
@@ -71,12 +73,12 @@ The change in words, and C<PATH: change>.
 =cut
 
 our %CHANGE = (
-    'rename-parameter' => sub ($change) { return sprintf 'renamed to "%s"', _last_of($change->{new_path}) },
+    'rename-parameter' => sub ($change) { return sprintf 'renamed to "%s"', last_component($change->{new_path}) },
     'remove-parameter' => sub ($change) { return qq(removed; it was "$change->{old}") },
     'add-parameter'    => sub ($change) { return qq(added with the value "$change->{new}") },
     'change-value'     => sub ($change) { return qq(changed from "$change->{old}" to "$change->{new}") },
     'move-parameter'   => sub ($change) { return "moved to $change->{new_path}" },
-    'rename-object'    => sub ($change) { return 'renamed to ' . _last_of($change->{new_path}) },
+    'rename-object'    => sub ($change) { return 'renamed to ' . last_component($change->{new_path}) },
     'remove-object'    => sub ($change) { return 'removed with everything in it' },
     'set-version'      => sub ($change) {
         return defined $change->{old} ? "changed from $change->{old} to $change->{new}" : "set to $change->{new}";
@@ -86,8 +88,6 @@ our %CHANGE = (
 sub change_text ($change) { return $CHANGE{ $change->{kind} }->($change) }
 
 sub change_line ($change) { return "$change->{path}: " . change_text($change) }
-
-sub _last_of ($path) { return substr $path, 1 + rindex $path, '/' }
 
 =item C<field_line($field)>
 

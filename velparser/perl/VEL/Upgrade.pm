@@ -5,6 +5,7 @@ use warnings;
 use feature 'signatures';
 
 use VEL::Model;
+use VEL::Path qw(split_path split_component);
 use VEL::Version;
 
 =head1 NAME
@@ -217,8 +218,8 @@ sub _remove_object ($self, $path, $step) {
 
 # The type is part of the path, so a new object is made and filled.
 sub _rename_type ($self, $path, $step) {
-    my ($parent, $component) = VEL::Model::split_path($path);
-    my (undef, $name) = split /:/, $component, 2;
+    my ($parent, $component) = split_path($path);
+    my (undef, $name) = split_component($component);
     return if defined $name && $name eq $step->{'New Name'};    # TYPE:TYPE would be a singleton
     my $renamed = defined $name ? "$step->{'New Name'}:$name" : $step->{'New Name'};
     my $new     = ($parent eq '/' ? '' : $parent) . "/$renamed";

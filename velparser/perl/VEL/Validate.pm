@@ -8,6 +8,7 @@ use Scalar::Util qw(weaken);
 
 use VEL::Findings qw(problem finding compose counted);
 use VEL::Model;
+use VEL::Path qw(split_path split_component name_at);
 use VEL::Record qw(finding_lines);
 use VEL::Suggest qw(nearest);
 use VEL::Units;
@@ -130,7 +131,7 @@ sub _findings_of_parameter ($self, $path) {
     my $error = $self->{database}->getStringValue($path, \$value);
     return finding($path, problem('no-parameter-here'))
         if $error || $self->{database}->isObject($path);
-    my ($owner, $name) = VEL::Model::split_path($path);
+    my ($owner, $name) = split_path($path);
     @$self{qw(used doubts meant)} = ([], {}, {});
     my @findings = $self->_parameter_findings($owner, $name, $value // '');
     $self->_mark_parameter($path) if !@findings;
@@ -171,7 +172,7 @@ sub _object_findings ($self, $path, $names) {
     return ((map { $self->_parameter_findings('/', $_, '') } @$names), $self->_rules_findings)
         if $path eq '/';
     return if $model->rules->is_empty;
-    my ($parent, $component) = VEL::Model::split_path($path);
+    my ($parent, $component) = split_path($path);
     return if !$self->_is_known_chain($parent);
     my $type = $model->type_of($path);
     return $self->_unknown_object($path, $parent, $component) if !$type;
@@ -205,7 +206,7 @@ sub _no_object ($self, $path) {
 sub _is_known_chain ($self, $path) {
     my $last = $self->{under};
     my $known = 1;
-    for (my $at = $path; $at ne '/'; ($at) = VEL::Model::split_path($at)) {
+    for (my $at = $path; $at ne '/'; ($at) = split_path($at)) {
         if ($at eq $last->{path}) {
             $known = $last->{known};
             last;
@@ -221,7 +222,7 @@ sub _is_known_chain ($self, $path) {
 
 sub _unknown_object ($self, $path, $parent, $component) {
     my $rules = $self->{model}->rules;
-    my ($word, $name) = split /:/, $component, 2;
+    my ($word, $name) = split_component($component);
     return finding($path, problem(defined $name ? 'takes-no-name' : 'needs-name', type => $word))
         if $rules->type(defined $name ? 'SINGLETON' : 'OBJECT', $word);
     my $outer = $parent eq '/' ? undef : $self->{model}->type_of($parent);
@@ -399,7 +400,7 @@ sub _missing_findings ($self, $path, $type, $variant, $names) {
 sub _missing_types ($self, $path, $variant) {
     return if !@{ $variant->{required_objects} };
     $self->{database}->getChildObjectList($path, \my @objects);
-    my %have = map { s/:.*//sr => 1 } @objects;
+    my %have = map { (split_component($_))[0] => 1 } @objects;
     my @missing = grep { !$have{$_} } @{ $variant->{required_objects} } or return;
     my $rules   = $self->{model}->rules;
     my @unknown = grep { !$rules->type('OBJECT', $_) && !$rules->type('SINGLETON', $_) } sort keys %have;
@@ -460,9 +461,8 @@ sub _gone ($self, $path, $code, $new, $old) {
         return;
     }
     return if $code == 1 || !$self->{marked};
-    my ($parent, $component) = VEL::Model::split_path($path);
-    my $name  = $component =~ s/^[^:]*://r;
-    my $users = delete $self->{users}{$name} // {};
+    my ($parent) = split_path($path);
+    my $users = delete $self->{users}{ name_at($path) } // {};
     for my $user ($parent, keys %$users) {
         $database->setValidEx($user, 0, 1) if $database->isValid($user) > 0;
     }

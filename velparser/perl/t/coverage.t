@@ -8,6 +8,7 @@ use FindBin;
 use lib "$FindBin::Bin/lib";
 
 use VEL::Model;
+use VEL::Path qw(split_path);
 use VELTest;
 
 use RuleSample;
@@ -269,7 +270,7 @@ sub decide_parents ($path, $type) {
 # Among all objects that are allowed beside it the object is saved by priority, the
 # highest first.
 sub decide_priority ($path, $priority) {
-    my ($parent) = VEL::Model::split_path($path);
+    my ($parent) = split_path($path);
     my $below  = $parent eq '/' ? '' : $parent;
     my ($word) = $parent =~ m{/([^/:]*)[^/]*\z};
     my @beside = grep { $_->{parents}{ $word || '/' } } $sample->types;

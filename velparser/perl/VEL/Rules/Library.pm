@@ -4,6 +4,7 @@ use strict;
 use warnings;
 use feature 'signatures';
 
+use VEL::Path qw(split_path);
 use VEL::Rules::Source;
 
 =head1 NAME
@@ -96,7 +97,7 @@ sub add_block ($self, $path) {
 }
 
 sub set_field ($self, $path, $value) {
-    my ($owner, $name) = _split($path);
+    my ($owner, $name) = split_path($path);
     my $fields = $self->_find($owner, 1)->{fields};
     return 0 if exists $fields->{$name} && $fields->{$name} eq ($value // '');
     $fields->{$name} = $value // '';
@@ -104,15 +105,10 @@ sub set_field ($self, $path, $value) {
 }
 
 sub remove ($self, $path) {
-    my ($owner, $name) = _split($path);
+    my ($owner, $name) = split_path($path);
     my $block = $self->_find($owner, 0) // return 0;
     $self->{last} = '';
     return defined delete $block->{fields}{$name} || defined delete $block->{blocks}{$name};
-}
-
-sub _split ($path) {
-    my $slash = rindex $path, '/';
-    return (substr($path, 0, $slash), substr $path, $slash + 1);
 }
 
 # The block at a path, made where it is missing if C<$make>. The last one is

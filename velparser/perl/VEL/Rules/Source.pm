@@ -5,6 +5,7 @@ use warnings;
 use feature 'signatures';
 
 use VEL::Findings qw(compose named choice);
+use VEL::Path qw(split_path split_component);
 use VEL::Record qw(finding);
 use VEL::Rules::Fields;
 use VEL::Suggest qw(nearest);
@@ -85,7 +86,7 @@ sub read_tree ($database) {
 }
 
 sub block ($component, $path) {
-    my ($kind, $name) = split /:/, $component, 2;
+    my ($kind, $name) = split_component($component);
     return { kind => $kind, name => $name, path => $path, fields => {}, blocks => [] };
 }
 
@@ -129,8 +130,8 @@ Notes a fault found by a later stage.
 
 sub fault ($self, $path, $sentence) {
     push @{ $self->{faults} }, finding($path, $sentence, 'bad-rule');
-    for (my $at = $path; $at ne '' && !$self->{unsound}{$at}++;) {
-        $at = substr $at, 0, rindex $at, '/';
+    for (my $at = $path; $at ne '/' && !$self->{unsound}{$at}++;) {
+        ($at) = split_path($at);
     }
     return;
 }
