@@ -166,7 +166,8 @@ sub getAllowedParamStrings ($self, $path, $values) {
 Fills the array with the names of the parameters that an object may have: with
 flag 0 all of them, in rule order; with flag 1 those that it does not have yet,
 first the required ones, then the others, each in rule order. The single entry
-C<-1> means any name.
+C<-1> means any name. With flag 2 only the required ones that it does not have yet,
+even if any name is allowed.
 
 =cut
 
@@ -174,7 +175,8 @@ sub getAllowedParams ($self, $path, $names, $flag) {
     return 'getAllowedParams: no path' if !defined $path;
     return "getAllowedParams: there is no object at $path"
         if $path ne '/' && !$self->{database}->isObject($path);
-    @$names = $self->{model}->allowed_parameters($path, $flag);
+    my $model = $self->{model};
+    @$names = $flag == 2 ? $model->missing_parameters($path) : $model->allowed_parameters($path, $flag);
     return '';
 }
 

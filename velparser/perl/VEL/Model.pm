@@ -380,11 +380,24 @@ sub allowed_parameters ($self, $path, $missing_only) {
     return -1 if $type->{free};
     my $variant = $self->variant_at($path, $type);
     return @{ $variant->{order} } if !$missing_only;
-    my $database = $self->{database};
-    my @missing  = grep { !$database->havePath("$path/$_") } @{ $variant->{order} };
+    my @missing  = $self->_missing($path, @{ $variant->{order} });
     my %required = map { $_ => 1 } @{ $variant->{required} };
     return ((grep { $required{$_} } @missing), grep { !$required{$_} } @missing);
 }
+
+=item C<missing_parameters($path)>
+
+The names of the required parameters that the object does not have, in rule order.
+
+=cut
+
+sub missing_parameters ($self, $path) {
+    $path = $self->full_path($path);
+    my $type = $self->type_of($path) // return;
+    return $self->_missing($path, @{ $self->variant_at($path, $type)->{required} });
+}
+
+sub _missing ($self, $path, @names) { return grep { !$self->{database}->havePath("$path/$_") } @names }
 
 =item C<allowed_values($path)>
 

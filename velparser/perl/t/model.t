@@ -22,6 +22,7 @@ RULES:
   SINGLETON: SECRETS
     Expert = Yes
     Free Parameters = Yes
+    Required Parameters = Code, Anything
   END
   OBJECT: DOMAIN
     Required Parameters = Kind
@@ -88,6 +89,10 @@ subtest 'allowed parameters' => sub {
     is asked('getAllowedParams', '/FLOW/DOMAIN:Right', 1), 'Active, Neighbour, Neighbours, Remark, Fixed',
         'without those of a case that does not hold';
     is asked('getAllowedParams', '/FLOW/SECRETS', $_), '-1', "free parameters, flag $_" for 0, 1;
+    is asked('getAllowedParams', '/FLOW/DOMAIN:Left',  2), 'Model', 'what is required and missing, alone';
+    is asked('getAllowedParams', '/FLOW/DOMAIN:Right', 2), '',      'nothing is missing';
+    is asked('getAllowedParams', '/FLOW/SECRETS', 2), 'Code', 'what is missing where any name is allowed';
+    is asked('getAllowedParams', '/', 2), '', 'nothing is missing at the top';
     is asked('getAllowedParams', '/FLOW', 1), '', 'none';
     is asked('getAllowedParams', '/',     1), '', 'none at the top';
     is asked('getAllowedParams', '/FLOW/DOMAIN:Nowhere', 1),
