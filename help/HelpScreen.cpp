@@ -24,14 +24,16 @@ void showHelpWarning(const std::string &title, const std::string &text)
 
 HelpWaitCursor::HelpWaitCursor() : shown_(qApp != nullptr)
 {
-    if (shown_)
+    if (shown_) {
         QApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
+    }
 }
 
 HelpWaitCursor::~HelpWaitCursor()
 {
-    if (shown_)
+    if (shown_) {
         QApplication::restoreOverrideCursor();
+    }
 }
 
 } // namespace velEditor

@@ -42,8 +42,9 @@ void trace(const std::string &line)
 
 std::string applicationCode(const std::string &application)
 {
-    if (application == "DEFEditor")
+    if (application == "DEFEditor") {
         return "ZOT";
+    }
     std::fprintf(stderr,
                  "GUI: FATAL: JavaHelpServer does not recognize %s as valid KOA application.\n"
                  "Terminating...\n",
@@ -57,8 +58,9 @@ std::optional<unsigned short> parsePort(const std::string &text)
 {
     char *end = nullptr;
     const long number = std::strtol(text.c_str(), &end, 0);
-    if (end == text.c_str() || number < 1 || number > 65535)
+    if (end == text.c_str() || number < 1 || number > 65535) {
         return std::nullopt;
+    }
     return static_cast<unsigned short>(number);
 }
 
@@ -99,19 +101,21 @@ std::string JavaHelpServer::viewerPath() const
 {
     std::string path = helpDirectory_ + viewerSuffix;
     std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored))
+    if (!std::filesystem::exists(path, ignored)) {
         std::replace(path.begin() + static_cast<std::ptrdiff_t>(helpDirectory_.size()), path.end(),
                      '\\', '/');
+    }
     return path;
 }
 
 std::vector<std::string> JavaHelpServer::commandLine() const
 {
     std::vector<std::string> words;
-    if (!runtime_.empty())
+    if (!runtime_.empty()) {
         words.push_back(runtime_);
-    words.insert(words.end(), {viewerPath(), "--language", language_, "--sessionID",
-                               helpSessionId()});
+    }
+    words.insert(words.end(),
+                 {viewerPath(), "--language", language_, "--sessionID", helpSessionId()});
     return words;
 }
 
@@ -119,13 +123,15 @@ JavaHelpServer::Greeting JavaHelpServer::startViewer()
 {
     const std::vector<std::string> words = commandLine();
     std::string line = "DH Helpserver command line = \"";
-    for (const std::string &word : words)
+    for (const std::string &word : words) {
         line += word + ' ';
+    }
     trace(line + '"');
 
     viewer_ = ProcessControl::startProcess(words, &viewerPipe_, standardOutput, true);
-    if (viewer_ == 0)
+    if (viewer_ == 0) {
         return {};
+    }
     std::string text = ProcessControl::readOnce(viewerPipe_, greetingSize, greetingLimit);
     const bool tooLong = text.size() >= greetingSize;
     text.resize(std::min(text.size(), greetingSize - 1));
@@ -141,27 +147,30 @@ void JavaHelpServer::connectTo(unsigned short port)
 
 void JavaHelpServer::start()
 {
-    if (socket_ != nullptr)
+    if (socket_ != nullptr) {
         return;
+    }
     std::string failure;
     {
         const HelpWaitCursor wait;
         const Greeting greeting = startViewer();
         const auto port = greeting.tooLong ? std::nullopt : parsePort(greeting.text);
-        if (!greeting.started)
+        if (!greeting.started) {
             failure = "Deskhall help server was not successfully started.";
-        else if (!port)
+        } else if (!port) {
             failure = "Deskhall help server was not successfully started.  Returned: '" +
                       greeting.text + "'";
-        else
+        } else {
             try {
                 connectTo(*port);
             } catch (const error &problem) {
                 failure = "Error connecting to Deskhall help server: " + problem.message();
             }
+        }
     }
-    if (failure.empty())
+    if (failure.empty()) {
         return;
+    }
     ProcessControl::terminate(viewer_);
     forgetViewer();
     warn(failure);
@@ -172,15 +181,17 @@ void JavaHelpServer::showHelp(const std::string &topic, const std::string &secti
     trace(std::string("Displaying ") + kindName(kind) + " help for topic=" + topic +
           ", section=" + section);
     start();
-    if (socket_ == nullptr)
+    if (socket_ == nullptr) {
         return;
+    }
 
     std::string command = kind == Pdf            ? "OMBRA:/pdf/"
                           : kind == PlatformHelp ? "DH2:file:"
                                                  : applicationCode_ + ":";
     command += topic;
-    if (!section.empty())
+    if (!section.empty()) {
         command += "#" + section;
+    }
     command += "\n";
     trace("Help server command: " + command + " Length=" + std::to_string(command.size()));
     try {
@@ -200,8 +211,9 @@ void JavaHelpServer::send(const std::string &text)
 // If "QUIT" cannot be sent, the viewer has already ended: nothing to report.
 void JavaHelpServer::disconnect()
 {
-    if (socket_ == nullptr)
+    if (socket_ == nullptr) {
         return;
+    }
     trace("Disconnecting from DH helpServer");
     try {
         const HelpWaitCursor wait;

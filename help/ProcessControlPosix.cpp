@@ -45,8 +45,9 @@ struct Pipe
 int openPipe(int stream, Pipe &pipe)
 {
     int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0)
+    if (::pipe2(ends, O_CLOEXEC) != 0) {
         return errno;
+    }
     pipe.child = ends[stream];
     pipe.parent = ends[1 - stream];
     return 0;
@@ -86,15 +87,17 @@ int spawn(std::vector<std::string> arguments, const FileActions &actions)
 {
     std::vector<char *> words;
     words.reserve(arguments.size() + 1);
-    for (std::string &argument : arguments)
+    for (std::string &argument : arguments) {
         words.push_back(argument.data());
+    }
     words.push_back(nullptr);
 
     const SpawnAttributes attributes;
     pid_t process = noProcess;
     if (const int error = ::posix_spawnp(&process, words.front(), actions.get(), attributes.get(),
-                                         words.data(), environ))
+                                         words.data(), environ)) {
         return fail("_spawnvp(" + arguments.front() + ") - " + reason(error));
+    }
     return process;
 }
 
@@ -121,26 +124,31 @@ int ProcessControl::startProcess(const std::vector<std::string> &arguments, int 
                                  bool noInherit)
 {
     collectReleased();
-    if (arguments.empty())
+    if (arguments.empty()) {
         return fail("not enough arguments");
-    if (p_fd == nullptr || stream < 0 || stream > 1)
+    }
+    if (p_fd == nullptr || stream < 0 || stream > 1) {
         return fail("error in argument p_fd");
+    }
 
     Pipe pipe;
-    if (const int error = openPipe(stream, pipe))
+    if (const int error = openPipe(stream, pipe)) {
         return fail("_pipe() error -" + reason(error));
+    }
 
     FileActions actions;
     int error = actions.duplicate(pipe.child, stream);
-    if (error == 0 && !noInherit && pipe.child != stream)
+    if (error == 0 && !noInherit && pipe.child != stream) {
         error = actions.duplicate(pipe.child, pipe.child);
+    }
     const int process = error == 0 ? spawn(withDescriptor(arguments, pipe.child), actions)
                                    : fail("_dup2() error - " + reason(error));
     closePipe(pipe.child);
-    if (process == noProcess)
+    if (process == noProcess) {
         closePipe(pipe.parent);
-    else
+    } else {
         *p_fd = pipe.parent;
+    }
     return process;
 }
 
@@ -153,14 +161,17 @@ std::string ProcessControl::readOnce(int fd, std::size_t size, std::chrono::mill
         pollfd readable{fd, POLLIN, 0};
         const int ready =
             ::poll(&readable, 1, static_cast<int>(std::max(left.count(), decltype(left)::rep{0})));
-        if (ready < 0 && errno == EINTR)
+        if (ready < 0 && errno == EINTR) {
             continue;
-        if (ready <= 0)
+        }
+        if (ready <= 0) {
             return {};
+        }
         std::string text(size, '\0');
         const ssize_t count = ::read(fd, text.data(), size);
-        if (count < 0 && errno == EINTR)
+        if (count < 0 && errno == EINTR) {
             continue;
+        }
         text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
         return text;
     }
@@ -168,20 +179,23 @@ std::string ProcessControl::readOnce(int fd, std::size_t size, std::chrono::mill
 
 void ProcessControl::closePipe(int fd)
 {
-    if (fd >= 0)
+    if (fd >= 0) {
         ::close(fd);
+    }
 }
 
 void ProcessControl::terminate(int process)
 {
-    if (process > noProcess)
+    if (process > noProcess) {
         ::kill(process, SIGTERM);
+    }
 }
 
 void ProcessControl::release(int process)
 {
-    if (process > noProcess)
+    if (process > noProcess) {
         released().push_back(process);
+    }
     collectReleased();
 }
 

@@ -36,8 +36,9 @@ constexpr std::array socketErrors{
 std::string socketErrorText(int code)
 {
     for (const SocketError &error : socketErrors) {
-        if (code != 0 && (code == error.origin || code == error.local))
+        if (code != 0 && (code == error.origin || code == error.local)) {
             return error.text;
+        }
     }
     return "error code " + std::to_string(code);
 }

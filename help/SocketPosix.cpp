@@ -52,8 +52,9 @@ int resolve(const std::string &host, sockaddr_in &address)
     hints.ai_socktype = SOCK_STREAM;
     addrinfo *found = nullptr;
     if (const int code = ::getaddrinfo(host.c_str(), nullptr, &hints, &found)) {
-        if (host != Socket::localHostName())
+        if (host != Socket::localHostName()) {
             return code;
+        }
         address = {};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -73,8 +74,9 @@ void setInheritable(int handle, bool inheritable)
 int newSocket()
 {
     const int handle = ::socket(AF_INET, SOCK_STREAM, 0);
-    if (handle == noSocket)
+    if (handle == noSocket) {
         raise("Socket error: ", errno);
+    }
     setInheritable(handle, false);
     return handle;
 }
@@ -86,9 +88,9 @@ int pollFor(int handle, short event, std::chrono::milliseconds limit)
     const auto whole = std::min<std::chrono::milliseconds::rep>(limit.count(), INT_MAX);
     pollfd entry{handle, event, 0};
     int ready = 0;
-    do
+    do {
         ready = ::poll(&entry, 1, static_cast<int>(whole));
-    while (ready < 0 && errno == EINTR);
+    } while (ready < 0 && errno == EINTR);
     return ready;
 }
 
@@ -96,10 +98,12 @@ int pollFor(int handle, short event, std::chrono::milliseconds limit)
 int awaitConnection(int handle)
 {
     const int ready = pollFor(handle, POLLOUT, connectLimit);
-    if (ready < 0)
+    if (ready < 0) {
         return errno;
-    if (ready == 0)
+    }
+    if (ready == 0) {
         return ETIMEDOUT;
+    }
     int code = 0;
     socklen_t size = sizeof code;
     ::getsockopt(handle, SOL_SOCKET, SO_ERROR, &code, &size);
@@ -113,8 +117,9 @@ int tryConnect(int handle, const sockaddr_in &address)
     const int flags = ::fcntl(handle, F_GETFL);
     ::fcntl(handle, F_SETFL, flags | O_NONBLOCK);
     int code = 0;
-    if (::connect(handle, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+    if (::connect(handle, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
         code = errno == EINPROGRESS || errno == EINTR ? awaitConnection(handle) : errno;
+    }
     ::fcntl(handle, F_SETFL, flags);
     return code;
 }
@@ -147,10 +152,12 @@ bool arrives(int handle)
     for (;;) {
         int unconfirmed = 0;
         const bool isConfirmed = ::ioctl(handle, SIOCOUTQ, &unconfirmed) != 0 || unconfirmed == 0;
-        if (isLost(handle))
+        if (isLost(handle)) {
             return false;
-        if (isConfirmed || std::chrono::steady_clock::now() >= end)
+        }
+        if (isConfirmed || std::chrono::steady_clock::now() >= end) {
             return true;
+        }
         std::this_thread::sleep_for(confirmPause);
     }
 }
@@ -179,9 +186,10 @@ bool Socket::hostHasNetworkOrder()
 std::string Socket::localHostName()
 {
     std::array<char, HOST_NAME_MAX + 1> name{};
-    if (::gethostname(name.data(), name.size() - 1) != 0)
+    if (::gethostname(name.data(), name.size() - 1) != 0) {
         throw error("Socket::localHostName - GetComputerName returned error code: " +
                     std::to_string(errno));
+    }
     return name.data();
 }
 
@@ -195,18 +203,21 @@ void Socket::connectHostPort(const std::string &host, unsigned short port, int a
     attempts_ = attempts;
 
     sockaddr_in address{};
-    if (const int code = resolve(host, address))
+    if (const int code = resolve(host, address)) {
         raise("Socket::connectHostPort - gethostbyname call failed with error: ", code);
+    }
     address.sin_port = htons(port);
 
     int code = 0;
     for (int tries = 0; tries < std::max(attempts, 1); ++tries) {
-        if (tries > 0)
+        if (tries > 0) {
             std::this_thread::sleep_for(retryPause);
+        }
         handle_ = newSocket();
         code = tryConnect(handle_, address);
-        if (code == 0)
+        if (code == 0) {
             return;
+        }
         Socket::closeAll();
     }
     throw error("Socket::connectHostPort - connect call failed. Could not connect to host: " +
@@ -216,37 +227,43 @@ void Socket::connectHostPort(const std::string &host, unsigned short port, int a
 void Socket::socketSend(const char *text, std::size_t length)
 {
     const std::string failed = "Socket::socketSend - send  call failed with error: ";
-    if (handle_ == noSocket)
+    if (handle_ == noSocket) {
         raise(failed, ENOTCONN);
-    if (isLost(handle_))
+    }
+    if (isLost(handle_)) {
         raise(failed, ECONNRESET);
+    }
     const auto end = std::chrono::steady_clock::now() + sendLimit;
     for (std::size_t sent = 0; sent < length;) {
         const ssize_t count =
             ::send(handle_, text + sent, length - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (count >= 0)
+        if (count >= 0) {
             sent += static_cast<std::size_t>(count);
-        else if (errno == EWOULDBLOCK && std::chrono::steady_clock::now() < end)
+        } else if (errno == EWOULDBLOCK && std::chrono::steady_clock::now() < end) {
             pollFor(handle_, POLLOUT, sendPause);
-        else if (errno != EINTR)
+        } else if (errno != EINTR) {
             raise(failed, errno);
+        }
     }
-    if (peerSendsNoMore(handle_) && !arrives(handle_))
+    if (peerSendsNoMore(handle_) && !arrives(handle_)) {
         raise(failed, ECONNRESET);
+    }
 }
 
 std::string Socket::socketRecv(std::size_t size)
 {
     const std::string failed = "Socket::socketRecv - recv call failed with error: ";
-    if (handle_ == noSocket)
+    if (handle_ == noSocket) {
         raise(failed, ENOTCONN);
+    }
     std::string text(size, '\0');
     ssize_t count = 0;
-    do
+    do {
         count = ::recv(handle_, text.data(), size, 0);
-    while (count < 0 && errno == EINTR);
-    if (count < 0)
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
         raise(failed, errno);
+    }
     text.resize(static_cast<std::size_t>(count));
     return text;
 }
@@ -255,12 +272,14 @@ std::string Socket::socketRecv(std::size_t size)
 // an error.
 void Socket::closeAll()
 {
-    if (handle_ == noSocket)
+    if (handle_ == noSocket) {
         return;
+    }
     const int closed = ::close(handle_);
     handle_ = noSocket;
-    if (closed != 0 && errno != EINTR)
+    if (closed != 0 && errno != EINTR) {
         raise("Socket::closeAll - closesocket call failed with error: ", errno);
+    }
 }
 
 void Socket::openListenPort(unsigned short port)
@@ -268,8 +287,9 @@ void Socket::openListenPort(unsigned short port)
     closeAll();
     host_ = localHostName();
     sockaddr_in address{};
-    if (const int code = resolve(host_, address))
+    if (const int code = resolve(host_, address)) {
         raise("Socket error: ", code);
+    }
     address.sin_port = htons(port);
 
     handle_ = newSocket();
@@ -286,17 +306,21 @@ void Socket::openListenPort(unsigned short port)
 
 std::unique_ptr<Socket> Socket::waitForConnection(std::chrono::seconds limit)
 {
-    if (handle_ == noSocket)
+    if (handle_ == noSocket) {
         throw error("The listen port is not open.");
+    }
     const int ready = pollFor(handle_, POLLIN, limit);
-    if (ready < 0)
+    if (ready < 0) {
         raise("Socket::waitForConnection - select call failed with error: ", errno);
-    if (ready == 0)
+    }
+    if (ready == 0) {
         throw error("Connection timeout after " + std::to_string(limit.count()) + " seconds");
+    }
     auto connection = std::make_unique<Socket>();
     connection->handle_ = ::accept(handle_, nullptr, nullptr);
-    if (connection->handle_ == noSocket)
+    if (connection->handle_ == noSocket) {
         raise("Socket::waitForConnection - accept call failed with error: ", errno);
+    }
     setInheritable(connection->handle_, socketsAreInherited());
     connection->host_ = host_;
     connection->port_ = port_;

@@ -27,22 +27,27 @@ bool isLink(const std::string &file)
 bool isMovable(const std::string &file)
 {
     struct stat status = {};
-    if (::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+    if (::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         return false;
+    }
     return !isLink(file) || !isSameFile(std::filesystem::path(file).parent_path().string(), "/dev");
 }
 
 bool moveTo(const std::string &backup, const std::string &file)
 {
-    if (!isMovable(file))
+    if (!isMovable(file)) {
         return false;
+    }
     const bool isBackup = isSameFile(file, backup);
-    if (isBackup && isLink(file))
+    if (isBackup && isLink(file)) {
         return false; // the link would replace the data that it leads to
+    }
     // rename() between two names of one file does nothing.
     const bool isSecondName = isBackup && !isLink(backup);
-    if (isSecondName ? ::unlink(file.c_str()) == 0 : std::rename(file.c_str(), backup.c_str()) == 0)
+    if (isSecondName ? ::unlink(file.c_str()) == 0
+                     : std::rename(file.c_str(), backup.c_str()) == 0) {
         return true;
+    }
     // An earlier save that failed may have moved it already.
     std::error_code unknown;
     const bool isGone = !std::filesystem::exists(file, unknown);
@@ -60,8 +65,9 @@ void addName(const std::string &backup, const std::string &file)
         return;
     }
     struct stat status = {};
-    if (::stat(file.c_str(), &status) != 0)
+    if (::stat(file.c_str(), &status) != 0) {
         throw systemError(backup, errno);
+    }
     TemporaryFile copy(backup, backup);
     copy.copyOwner(status);
     copy.fill(readBytes(file), status.st_mode);
@@ -77,8 +83,9 @@ std::string backupNameOf(const std::string &file)
 
 bool makeBackup(const std::string &file, const std::string &backup, Backup way)
 {
-    if (way == Backup::Move)
+    if (way == Backup::Move) {
         return moveTo(backup, file);
+    }
     addName(backup, file);
     return true;
 }

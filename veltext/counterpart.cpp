@@ -11,7 +11,7 @@ namespace {
 
 bool isNamedObject(const velNodeInfo &info)
 {
-    return info.kind == velObject && info.name;
+    return info.kind == velObject && info.name != nullptr;
 }
 
 /// The path component of a singleton or parameter, which is a single word.
@@ -24,10 +24,12 @@ const char *singleWord(const velNodeInfo &info)
 
 bool haveSameComponent(const velNodeInfo &a, const velNodeInfo &b)
 {
-    if (isNamedObject(a) != isNamedObject(b))
+    if (isNamedObject(a) != isNamedObject(b)) {
         return false;
-    if (isNamedObject(a))
+    }
+    if (isNamedObject(a)) {
         return std::strcmp(a.name, b.name) == 0 && std::strcmp(a.type, b.type) == 0;
+    }
     return std::strcmp(singleWord(a), singleWord(b)) == 0;
 }
 
@@ -37,19 +39,23 @@ bool areSameSort(const velNodeInfo &a, const velNodeInfo &b)
 }
 
 Counterpart::Counterpart(velHandle *tree, const velNode *parent)
-    : tree_(tree), expected_(parent ? velFirstChild(parent) : nullptr), hasParent_(parent)
+    : tree_(tree), expected_(parent != nullptr ? velFirstChild(parent) : nullptr),
+      hasParent_(parent != nullptr)
 {
 }
 
 const velNode *Counterpart::find(const velNodeInfo &child, const std::string &parentPath)
 {
-    if (!hasParent_)
+    if (!hasParent_) {
         return nullptr;
+    }
     const velNode *found = expected_;
-    if (!found || !haveSameComponent(velDescribe(tree_, found), child))
+    if (found == nullptr || !haveSameComponent(velDescribe(tree_, found), child)) {
         found = velFindNode(tree_, (parentPath + '/' + velComponentOf(child)).c_str());
-    if (found)
+    }
+    if (found != nullptr) {
         expected_ = velNextSibling(found);
+    }
     return found;
 }
 

@@ -7,10 +7,12 @@ namespace veltext::environment {
 
 std::string stateHome()
 {
-    if (const char *given = std::getenv("XDG_STATE_HOME"); given != nullptr && *given == '/')
+    if (const char *given = std::getenv("XDG_STATE_HOME"); given != nullptr && *given == '/') {
         return given;
-    if (const char *home = std::getenv("HOME"); home != nullptr && *home == '/')
+    }
+    if (const char *home = std::getenv("HOME"); home != nullptr && *home == '/') {
         return std::string(home) + "/.local/state";
+    }
     return {};
 }
 

@@ -17,8 +17,9 @@ std::string placeText(const std::string &file, std::size_t line)
 
 void require(const char *message, const std::string &where)
 {
-    if (message)
+    if (message != nullptr) {
         throw where.empty() ? Error(message) : Error(where, 0, message);
+    }
 }
 
 Error systemError(const std::string &what, int error)

@@ -35,8 +35,9 @@ FileLock::FileLock(const std::string &file)
         waitForLock(descriptor_);
         struct stat named;
         if (fstat(descriptor_, &status_) == 0 && stat(file.c_str(), &named) == 0 &&
-            isSameFile(status_, named))
+            isSameFile(status_, named)) {
             return;
+        }
     }
 }
 
@@ -48,24 +49,29 @@ FileLock::~FileLock()
 /// Throws the reason why the file cannot be locked, also if it no longer exists.
 void FileLock::open(const std::string &file)
 {
-    if (stat(file.c_str(), &status_) != 0)
+    if (stat(file.c_str(), &status_) != 0) {
         throw systemError(file, errno);
-    if (!S_ISREG(status_.st_mode))
+    }
+    if (!S_ISREG(status_.st_mode)) {
         throw Error(file, 0, "is not a regular file");
+    }
     std::error_code error;
     target_ = std::filesystem::canonical(file, error).string();
-    if (error)
+    if (error) {
         throw systemError(file, error.value());
+    }
     // If the name belongs to a pipe by now, opening must not wait.
     descriptor_ = ::open(target_.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor_ < 0)
+    if (descriptor_ < 0) {
         throw systemError(file, errno);
+    }
 }
 
 void FileLock::close()
 {
-    if (descriptor_ >= 0)
+    if (descriptor_ >= 0) {
         ::close(descriptor_);
+    }
     descriptor_ = -1;
 }
 

@@ -16,10 +16,11 @@ std::string folderOf(const std::string &file)
 void flushFolderOf(const std::string &file)
 {
     const int descriptor = open(folderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
+    if (descriptor < 0) {
         return;
+    }
     // Some file systems refuse this; nothing more can be done for the data then.
-    (void)fsync(descriptor);
+    static_cast<void>(fsync(descriptor));
     close(descriptor);
 }
 

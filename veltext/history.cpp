@@ -49,11 +49,13 @@ public:
     {
         // A pipe must not make the program wait.
         descriptor_ = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-        if (descriptor_ < 0 && errno != ENOENT)
+        if (descriptor_ < 0 && errno != ENOENT) {
             throw systemError(file, errno);
+        }
         struct stat status = {};
-        if (descriptor_ >= 0 && (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)))
+        if (descriptor_ >= 0 && (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode))) {
             close();
+        }
     }
     ~OpenFile() { close(); }
     OpenFile(const OpenFile &) = delete;
@@ -64,8 +66,9 @@ public:
 private:
     void close()
     {
-        if (descriptor_ >= 0)
+        if (descriptor_ >= 0) {
             ::close(descriptor_);
+        }
         descriptor_ = -1;
     }
 
@@ -75,8 +78,9 @@ private:
 /// Whether an entry has the content of a version that is about to be kept.
 bool hasContent(const HistoryStore &store, const HistoryEntry &entry, const VersionObject &version)
 {
-    if (entry.content != version.content || entry.size != version.size)
+    if (entry.content != version.content || entry.size != version.size) {
         return false;
+    }
     try {
         return haveSameContent(store.object(entry.object), version.bytes);
     } catch (const Error &) {
@@ -91,8 +95,9 @@ History::History(const std::string &file) : History(file, stateFolder("history")
 History::History(const std::string &file, std::string folder, Clock clock)
     : name_(file), path_(canonicalPath(file)), folder_(std::move(folder)), clock_(std::move(clock))
 {
-    if (!folder_.empty())
+    if (!folder_.empty()) {
         folder_ += '/' + stateNameOf(path_);
+    }
 }
 
 std::string History::keep(const std::string &program) const
@@ -112,10 +117,12 @@ std::string History::keep(const std::string &program) const
 std::string History::keepOrThrow(const std::string &program) const
 {
     const OpenFile file(path_);
-    if (file.descriptor() < 0)
+    if (file.descriptor() < 0) {
         return {};
-    if (folder_.empty())
+    }
+    if (folder_.empty()) {
         throw Error("neither XDG_STATE_HOME nor HOME names a folder");
+    }
     makePrivateFolder(std::filesystem::path(folder_).parent_path().string());
     makePrivateFolder(folder_);
     const HistoryLock lock(folder_, true);
@@ -135,8 +142,9 @@ std::string History::keepOrThrow(const std::string &program) const
     } else {
         entry.object = same->object;
         entry.stored = same->stored;
-        if (same == entries.rbegin())
+        if (same == entries.rbegin()) {
             entries.pop_back();
+        }
     }
     entries.push_back(std::move(entry));
     expireVersions(&entries, now);
@@ -148,13 +156,15 @@ VersionList History::list() const
 {
     VersionList list;
     std::error_code error;
-    if (folder_.empty() || !std::filesystem::exists(folder_, error))
+    if (folder_.empty() || !std::filesystem::exists(folder_, error)) {
         return list;
+    }
     const HistoryLock lock(folder_, false);
     StoredVersions stored = HistoryStore(folder_).load();
     list.faults = std::move(stored.faults);
-    for (auto entry = stored.entries.rbegin(); entry != stored.entries.rend(); ++entry)
+    for (auto entry = stored.entries.rbegin(); entry != stored.entries.rend(); ++entry) {
         list.versions.push_back({entry->time, entry->size, entry->program, entry->object});
+    }
     return list;
 }
 
@@ -166,9 +176,10 @@ std::string History::read(const Version &version) const
         bytes += part;
         return bytes.size() <= version.size;
     });
-    if (!isWhole || bytes.size() != version.size)
+    if (!isWhole || bytes.size() != version.size) {
         throw Error(name_ + ": the version in " + folder_ + '/' + std::to_string(version.object) +
                     ".gz is damaged");
+    }
     return bytes;
 }
 

@@ -16,8 +16,9 @@ Text parsed(const std::string &bytes)
 {
     try {
         Text text(bytes);
-        if (velDeepestBlock(text->tree()) <= mostLevels)
+        if (velDeepestBlock(text->tree()) <= mostLevels) {
             return text;
+        }
     } catch (const Error &) {
         // It is not VEL.
     }
@@ -35,8 +36,9 @@ Text parsed(const History &history, const Version &version)
 
 std::optional<std::size_t> changesBetween(const Text &before, const Text &after)
 {
-    if (!before || !after)
+    if (!before || !after) {
         return {};
+    }
     std::size_t count = 0;
     velHandle *const a = before->tree();
     velHandle *const b = after->tree();
@@ -52,7 +54,7 @@ std::vector<std::optional<std::size_t>> countChanges(const History &history,
                                                      const std::string *current)
 {
     std::vector<std::optional<std::size_t>> counts;
-    Text after = current ? parsed(*current) : Text();
+    Text after = current != nullptr ? parsed(*current) : Text();
     for (const Version &version : versions) {
         Text before = parsed(history, version);
         counts.push_back(changesBetween(before, after));

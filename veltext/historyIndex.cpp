@@ -54,8 +54,9 @@ std::string escaped(const std::string &text)
     std::string result;
     for (const char c : text) {
         char code[4] = {c, '\0'};
-        if (needsEscape(static_cast<unsigned char>(c)))
+        if (needsEscape(static_cast<unsigned char>(c))) {
             std::snprintf(code, sizeof code, "%%%02X", static_cast<unsigned char>(c));
+        }
         result += code;
     }
     return result;
@@ -69,8 +70,9 @@ std::string unescaped(std::string_view text)
         std::size_t length = 1;
         if (c == '%' && text.size() > 2 &&
             std::from_chars(text.data() + 1, text.data() + 3, c, hexadecimal).ptr ==
-                text.data() + 3)
+                text.data() + 3) {
             length = 3;
+        }
         result += static_cast<char>(c);
         text.remove_prefix(length);
     }
@@ -113,11 +115,13 @@ private:
 /// The line without its checksum; nothing if it does not fit.
 std::optional<std::string_view> checkedLine(std::string_view line)
 {
-    if (line.size() <= sumDigits || line[line.size() - sumDigits - 1] != ' ')
+    if (line.size() <= sumDigits || line[line.size() - sumDigits - 1] != ' ') {
         return {};
+    }
     const std::string_view text = line.substr(0, line.size() - sumDigits - 1);
-    if (line.substr(line.size() - sumDigits) != hexOf(sumOf(text)))
+    if (line.substr(line.size() - sumDigits) != hexOf(sumOf(text))) {
         return {};
+    }
     return text;
 }
 
@@ -130,8 +134,9 @@ public:
     void take(std::string_view line)
     {
         const std::optional<std::string_view> text = checkedLine(line);
-        if (!text || !takeText(*text))
+        if (!text || !takeText(*text)) {
             ++index_.badLines;
+        }
     }
 
     HistoryIndex finish()
@@ -145,21 +150,26 @@ private:
     {
         LineWords words(text);
         const std::string_view kind = words.word();
-        if (kind == formatWord)
+        if (kind == formatWord) {
             return takeFormat(words);
-        if (kind == fileWord)
+        }
+        if (kind == fileWord) {
             return true; // for people
-        if (kind == versionWord)
+        }
+        if (kind == versionWord) {
             return takeVersion(words);
-        if (kind == endWord)
+        }
+        if (kind == endWord) {
             return takeEnd(words);
+        }
         return false;
     }
 
     bool takeFormat(LineWords words)
     {
-        if (words.number<std::uint64_t>() != formatNumber)
+        if (words.number<std::uint64_t>() != formatNumber) {
             throw Error(name_, 0, "was written by a later version of the programs");
+        }
         hasFormat_ = words.areNumbers();
         return hasFormat_;
     }
@@ -173,8 +183,9 @@ private:
         entry.object = words.number<std::uint64_t>();
         entry.content = words.number<std::uint32_t>(hexadecimal);
         entry.program = unescaped(words.rest());
-        if (words.areNumbers())
+        if (words.areNumbers()) {
             index_.entries.push_back(std::move(entry));
+        }
         return words.areNumbers();
     }
 
@@ -207,11 +218,12 @@ std::string indexText(const std::string &file, const std::vector<HistoryEntry> &
 {
     std::string text = summed(std::string(formatWord) + ' ' + std::to_string(formatNumber));
     text += summed(std::string(fileWord) + ' ' + escaped(file));
-    for (const HistoryEntry &entry : entries)
+    for (const HistoryEntry &entry : entries) {
         text += summed(std::string(versionWord) + ' ' + std::to_string(entry.time) + ' ' +
                        std::to_string(entry.size) + ' ' + std::to_string(entry.stored) + ' ' +
                        std::to_string(entry.object) + ' ' + hexOf(entry.content) + ' ' +
                        escaped(entry.program));
+    }
     text += summed(std::string(endWord) + ' ' + std::to_string(entries.size()));
     return text;
 }

@@ -51,8 +51,9 @@ std::vector<std::string> namesIn(const std::string &folder)
     std::vector<std::string> names;
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error))
+         entry.increment(error)) {
         names.push_back(entry->path().filename().string());
+    }
     return names;
 }
 
@@ -81,20 +82,23 @@ HistoryLock::HistoryLock(const std::string &folder, bool mustHold)
 {
     const std::string name = folder + '/' + lockName;
     descriptor_ = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerOnly);
-    if (descriptor_ < 0 && mustHold)
+    if (descriptor_ < 0 && mustHold) {
         throw systemError(name, errno);
+    }
     const auto end = std::chrono::steady_clock::now() + longestWait;
     while (descriptor_ >= 0 && flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
         const bool isBusy = errno == EWOULDBLOCK || errno == EINTR;
         // Where a file system has no locks, nothing is locked.
-        if (!isBusy)
+        if (!isBusy) {
             return;
+        }
         if (std::chrono::steady_clock::now() < end) {
             std::this_thread::sleep_for(pause);
             continue;
         }
-        if (!mustHold)
+        if (!mustHold) {
             return;
+        }
         close(descriptor_);
         throw Error(name, 0, "another program has held the lock for too long");
     }
@@ -102,8 +106,9 @@ HistoryLock::HistoryLock(const std::string &folder, bool mustHold)
 
 HistoryLock::~HistoryLock()
 {
-    if (descriptor_ >= 0)
+    if (descriptor_ >= 0) {
         close(descriptor_);
+    }
 }
 
 StoredVersions HistoryStore::load() const
@@ -114,12 +119,14 @@ StoredVersions HistoryStore::load() const
     const bool exists = fs::exists(name, error);
     HistoryIndex index = parseIndex(exists ? readBytes(name) : "", name);
     stored.entries = std::move(index.entries);
-    if (!index.isWhole && (exists || !objectNumbers().empty()))
+    if (!index.isWhole && (exists || !objectNumbers().empty())) {
         stored.faults.push_back(name + ": " + (exists ? "is damaged" : "is missing") +
                                 "; the versions in it are taken from the files beside it");
+    }
     dropMissing(&stored);
-    if (!index.isWhole)
+    if (!index.isWhole) {
         adoptObjects(&stored);
+    }
     return stored;
 }
 
@@ -157,8 +164,9 @@ std::vector<std::uint64_t> HistoryStore::objectNumbers() const
 {
     std::vector<std::uint64_t> numbers;
     for (const std::string &name : namesIn(folder_)) {
-        if (const std::uint64_t number = numberIn(name))
+        if (const std::uint64_t number = numberIn(name)) {
             numbers.push_back(number);
+        }
     }
     std::sort(numbers.begin(), numbers.end());
     return numbers;
@@ -172,11 +180,13 @@ void HistoryStore::dropMissing(StoredVersions *stored) const
         const std::string name = objectName(entry.object);
         std::error_code error;
         const std::uintmax_t size = fs::file_size(name, error);
-        if (!error && size == entry.stored)
+        if (!error && size == entry.stored) {
             return false;
-        if (reported.insert(entry.object).second)
+        }
+        if (reported.insert(entry.object).second) {
             stored->faults.push_back(name + ": " + (error ? "is missing" : "is damaged") +
                                      "; the version in it is lost");
+        }
         return true;
     });
 }
@@ -186,11 +196,13 @@ void HistoryStore::dropMissing(StoredVersions *stored) const
 void HistoryStore::adoptObjects(StoredVersions *stored) const
 {
     std::set<std::uint64_t> named;
-    for (const HistoryEntry &entry : stored->entries)
+    for (const HistoryEntry &entry : stored->entries) {
         named.insert(entry.object);
+    }
     for (const std::uint64_t number : objectNumbers()) {
-        if (named.contains(number))
+        if (named.contains(number)) {
             continue;
+        }
         const HistoryEntry entry = entryOf(number, object(number));
         if (entry.object == 0) {
             stored->faults.push_back(objectName(number) +
@@ -207,12 +219,14 @@ void HistoryStore::adoptObjects(StoredVersions *stored) const
 void HistoryStore::removeUnnamed(const std::vector<HistoryEntry> &entries) const
 {
     std::set<std::uint64_t> named;
-    for (const HistoryEntry &entry : entries)
+    for (const HistoryEntry &entry : entries) {
         named.insert(entry.object);
+    }
     for (const std::string &name : namesIn(folder_)) {
         const std::uint64_t number = numberIn(name);
-        if (number ? !named.contains(number) : isTemporary(name))
+        if (number ? !named.contains(number) : isTemporary(name)) {
             unlink((folder_ + '/' + name).c_str());
+        }
     }
 }
 

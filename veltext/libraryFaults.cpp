@@ -15,8 +15,9 @@ namespace {
 std::string inParentheses(const TextFault &fault)
 {
     std::string text = fault.line ? " (line " + std::to_string(fault.line) + ')' : "";
-    if (fault.isExplained)
+    if (fault.isExplained) {
         text += "; " + fault.message;
+    }
     return text;
 }
 
@@ -32,13 +33,16 @@ std::string placeOfRefusal(const std::vector<std::string> &files)
     const velHandlePtr handle(velCreateHandle());
     for (const std::string &file : files) {
         std::error_code error;
-        if (!std::filesystem::exists(file, error) && hasColonInName(file))
+        if (!std::filesystem::exists(file, error) && hasColonInName(file)) {
             return "; separate the names in ZOT5_VEL_LIBS by ';', not by ':'";
+        }
         const std::optional<SourceText> text = readSource(file);
-        if (!handle || !text)
+        if (!handle || !text) {
             return {};
-        if (const std::optional<TextFault> fault = findFault(*text, handle.get()))
+        }
+        if (const std::optional<TextFault> fault = findFault(*text, handle.get())) {
             return inParentheses(*fault);
+        }
     }
     return {};
 }
@@ -55,8 +59,9 @@ std::pair<std::string, std::size_t> LibraryTexts::placeOf(std::string path) cons
 {
     for (; !path.empty(); path.resize(path.rfind('/'))) {
         for (std::size_t i = trees_.size(); i-- > 0;) {
-            if (const StatementTree::Stated *stated = trees_[i].lastOf(path))
+            if (const StatementTree::Stated *stated = trees_[i].lastOf(path)) {
                 return {files_[i], stated->lines.first + 1};
+            }
         }
     }
     return {files_.empty() ? std::string() : files_.back(), 0};
@@ -66,8 +71,9 @@ LibraryTexts readLibraryTexts(const std::vector<std::string> &files)
 {
     LibraryTexts texts;
     for (const std::string &file : files) {
-        if (const std::optional<SourceText> text = readSource(file))
+        if (const std::optional<SourceText> text = readSource(file)) {
             texts.add(file, *text);
+        }
     }
     return texts;
 }
@@ -76,7 +82,7 @@ std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault
                                 const std::vector<std::string> &files)
 {
     std::string result;
-    if (failure) {
+    if (failure != nullptr) {
         const std::string_view text = failure;
         const bool isEnded = text.ends_with('\n');
         result = text.substr(0, text.size() - isEnded);
@@ -84,8 +90,9 @@ std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault
     }
     const LibraryTexts texts = faults.empty() ? LibraryTexts() : readLibraryTexts(files);
     for (const RuleFault &fault : faults) {
-        if (!result.empty())
+        if (!result.empty()) {
             result += '\n';
+        }
         const auto [file, number] = texts.placeOf(fault.path);
         result += file + ':' + std::to_string(number) + ": " + fault.line;
     }
@@ -95,8 +102,8 @@ std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault
 std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault> &faults)
 {
     return placedLibraryErrors(failure, faults,
-                               failure || !faults.empty() ? velLibraryFiles()
-                                                          : std::vector<std::string>());
+                               failure != nullptr || !faults.empty() ? velLibraryFiles()
+                                                                     : std::vector<std::string>());
 }
 
 } // namespace veltext

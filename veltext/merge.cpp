@@ -15,19 +15,23 @@ namespace {
 /// The reason of a conflict, for the user.
 std::string reasonOf(const MergeStep &step)
 {
-    if (!step.theirs)
+    if (step.theirs == nullptr) {
         return "changed in ours, deleted in theirs";
-    if (!step.ours)
+    }
+    if (step.ours == nullptr) {
         return "deleted in ours, changed in theirs";
-    return step.base ? "changed on both sides" : "added on both sides, with different contents";
+    }
+    return step.base != nullptr ? "changed on both sides"
+                                : "added on both sides, with different contents";
 }
 
 std::vector<MergeConflict> conflictsOf(const std::vector<MergeStep> &steps)
 {
     std::vector<MergeConflict> conflicts;
     for (const MergeStep &step : steps) {
-        if (step.kind == StepKind::Conflict)
+        if (step.kind == StepKind::Conflict) {
             conflicts.push_back({step.path, reasonOf(step)});
+        }
     }
     return conflicts;
 }
@@ -47,8 +51,9 @@ bool take(const std::vector<MergeStep> &steps, StepKind kind, const MergeTrees &
 {
     bool isAny = false;
     for (const MergeStep &step : steps) {
-        if (step.kind != kind)
+        if (step.kind != kind) {
             continue;
+        }
         takeTheirs(trees, step.path);
         isAny = true;
     }
@@ -60,11 +65,13 @@ bool take(const std::vector<MergeStep> &steps, StepKind kind, const MergeTrees &
 bool isAsWanted(const MergedText &merged, const MergeTrees &trees,
                 const std::vector<MergeStep> &steps)
 {
-    if (steps.empty())
+    if (steps.empty()) {
         return true;
+    }
     take(steps, StepKind::Take, trees);
-    if (!holds(merged.render(Resolution::Ours), trees.ours))
+    if (!holds(merged.render(Resolution::Ours), trees.ours)) {
         return false;
+    }
     return !take(steps, StepKind::Conflict, trees) ||
            holds(merged.render(Resolution::Theirs), trees.ours);
 }
@@ -77,17 +84,19 @@ Merge merge(const CommandText &base, CommandText ours, const CommandText &theirs
     const std::string &baseBytes = base.source().bytes();
     const std::string &oursBytes = ours.source().bytes();
     const std::string &theirsBytes = theirs.source().bytes();
-    if (oursBytes == baseBytes || theirsBytes == baseBytes || oursBytes == theirsBytes)
+    if (oursBytes == baseBytes || theirsBytes == baseBytes || oursBytes == theirsBytes) {
         return {.bytes = oursBytes == baseBytes ? theirsBytes : oursBytes, .conflicts = {}};
+    }
     const MergeTrees trees{base.tree(), ours.tree(), theirs.tree()};
     const std::vector<MergeStep> steps = planMerge(trees);
     const MergedText merged({base.source(), ours.source(), theirs.source()}, trees, steps);
     Merge result{.bytes = merged.render(Resolution::Marked, markerSize),
                  .conflicts = conflictsOf(steps)};
-    if (!isAsWanted(merged, trees, steps))
+    if (!isAsWanted(merged, trees, steps)) {
         return {.bytes = wholeConflict(ours.source(), theirs.source(), markerSize),
                 .conflicts = {},
                 .isOneConflict = true};
+    }
     result.lostComments =
         countLostComments(base.source(), theirs.source(), SourceText(result.bytes));
     return result;

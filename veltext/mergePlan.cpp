@@ -19,13 +19,17 @@ struct Side
     velHandle *tree;
     const velNode *node;
 
-    [[nodiscard]] bool isObject() const { return node && velDescribe(tree, node).kind != velParam; }
+    [[nodiscard]] bool isObject() const
+    {
+        return node != nullptr && velDescribe(tree, node).kind != velParam;
+    }
 };
 
 bool areSame(const Side &a, const Side &b, const std::string &path)
 {
-    if (!a.node || !b.node)
-        return !a.node && !b.node;
+    if (a.node == nullptr || b.node == nullptr) {
+        return a.node == nullptr && b.node == nullptr;
+    }
     return haveSameData(a.tree, a.node, b.tree, b.node, path);
 }
 
@@ -74,12 +78,12 @@ private:
         Counterpart inBase(trees_.base, level.base);
         Counterpart inOurs(trees_.ours, level.ours);
         const velNode *previous = nullptr;
-        for (const velNode *theirs = velFirstChild(level.theirs); theirs;
+        for (const velNode *theirs = velFirstChild(level.theirs); theirs != nullptr;
              theirs = velNextSibling(theirs)) {
             const velNodeInfo info = velDescribe(trees_.theirs, theirs);
             const velNode *ours = inOurs.find(info, level.path);
             plan(level, info, {inBase.find(info, level.path), ours, theirs}, previous);
-            previous = ours ? ours : previous;
+            previous = ours != nullptr ? ours : previous;
         }
     }
 
@@ -87,10 +91,12 @@ private:
     {
         Counterpart inBase(trees_.base, level.base);
         Counterpart inTheirs(trees_.theirs, level.theirs);
-        for (const velNode *ours = velFirstChild(level.ours); ours; ours = velNextSibling(ours)) {
+        for (const velNode *ours = velFirstChild(level.ours); ours != nullptr;
+             ours = velNextSibling(ours)) {
             const velNodeInfo info = velDescribe(trees_.ours, ours);
-            if (!inTheirs.find(info, level.path))
+            if (inTheirs.find(info, level.path) == nullptr) {
                 plan(level, info, {inBase.find(info, level.path), ours, nullptr}, nullptr);
+            }
         }
     }
 
@@ -108,20 +114,24 @@ private:
         const Side ours{trees_.ours, child.ours};
         const Side theirs{trees_.theirs, child.theirs};
         // A shortcut: in a large file most parameters are unchanged.
-        if (isSameParam(ours, theirs))
+        if (isSameParam(ours, theirs)) {
             return;
+        }
         std::string path = level.path + '/' + velComponentOf(info);
         if (ours.isObject() && theirs.isObject()) {
             const velNode *common = base.isObject() ? base.node : nullptr;
             levels_.push_back({common, ours.node, theirs.node, std::move(path)});
             return;
         }
-        if (areSame(ours, theirs, path) || areSame(base, theirs, path))
+        if (areSame(ours, theirs, path) || areSame(base, theirs, path)) {
             return;
+        }
         // OURS deleted the whole object, THEIRS only parts of it: OURS is right.
-        if (!ours.node && !hasNews(base, theirs, path))
+        if (ours.node == nullptr && !hasNews(base, theirs, path)) {
             return;
-        const bool isClear = theirs.node ? areSame(base, ours, path) : !hasNews(base, ours, path);
+        }
+        const bool isClear =
+            theirs.node != nullptr ? areSame(base, ours, path) : !hasNews(base, ours, path);
         const StepKind kind = isClear ? StepKind::Take : StepKind::Conflict;
         steps_.push_back(
             {kind, std::move(path), child.base, child.ours, child.theirs, level.ours, previous});
@@ -129,11 +139,12 @@ private:
 
     static bool isSameParam(const Side &a, const Side &b)
     {
-        if (!a.node || !b.node)
+        if (a.node == nullptr || b.node == nullptr) {
             return false;
+        }
         const char *valueOfA = velDescribe(a.tree, a.node).value;
         const char *valueOfB = velDescribe(b.tree, b.node).value;
-        return valueOfA && valueOfB && std::strcmp(valueOfA, valueOfB) == 0;
+        return valueOfA != nullptr && valueOfB != nullptr && std::strcmp(valueOfA, valueOfB) == 0;
     }
 
     const MergeTrees &trees_;
@@ -153,13 +164,14 @@ void takeTheirs(const MergeTrees &trees, const std::string &path)
     const velNode *theirs = velFindNode(trees.theirs, path.c_str());
     const velKind oursKind = velKindOf(trees.ours, path.c_str());
     const velKind theirsKind = velKindOf(trees.theirs, path.c_str());
-    if (oursKind != velNone && oursKind != theirsKind)
+    if (oursKind != velNone && oursKind != theirsKind) {
         require(deleteObjH(trees.ours, path.c_str()));
-    for (TreeWalk walk(trees.theirs, theirs, path); walk.node(); walk.step()) {
+    }
+    for (TreeWalk walk(trees.theirs, theirs, path); walk.node() != nullptr; walk.step()) {
         const char *where = walk.path().c_str();
         const velNodeInfo &info = walk.info();
         require(info.kind == velParam
-                    ? velCreateParam(trees.ours, where, info.value ? info.value : "")
+                    ? velCreateParam(trees.ours, where, info.value != nullptr ? info.value : "")
                     : velCreateObject(trees.ours, where, false));
     }
 }

@@ -36,8 +36,9 @@ std::string linesOf(const SourceText &source, LineRange lines, const std::string
     std::string text;
     for (std::size_t i = 0; i < lines.count; ++i) {
         std::string_view line = source.line(lines.first + i);
-        if (line.ends_with('\r'))
+        if (line.ends_with('\r')) {
             line.remove_suffix(1);
+        }
         text.append(line).append(lineEnd);
     }
     return text;
@@ -61,17 +62,21 @@ std::string blockText(velHandle *tree, const velNode *node, const std::string &i
     std::string text;
     std::vector<std::string> open; ///< the indents of the open blocks
     const auto closeTo = [&](std::size_t depth) {
-        for (; open.size() > depth; open.pop_back())
+        for (; open.size() > depth; open.pop_back()) {
             text.append(open.back()).append("END").append(lineEnd);
+        }
     };
-    for (TreeWalk walk(tree, node, "/"); walk.node(); walk.step()) {
+    for (TreeWalk walk(tree, node, "/"); walk.node() != nullptr; walk.step()) {
         closeTo(walk.depth());
         const std::string inner = indent + std::string(2 * walk.depth(), ' ');
         const char *value = walk.info().value;
-        text.append(inner).append(statementOf(walk.info())).append(guardOf(value ? value : ""));
+        text.append(inner)
+            .append(statementOf(walk.info()))
+            .append(guardOf(value != nullptr ? value : ""));
         text.append(lineEnd);
-        if (walk.info().kind != velParam)
+        if (walk.info().kind != velParam) {
             open.push_back(inner);
+        }
     }
     closeTo(0);
     return text;
@@ -82,8 +87,9 @@ std::vector<const velNode *> nodesOf(const std::vector<MergeStep> &steps,
 {
     std::vector<const velNode *> nodes;
     for (const MergeStep &step : steps) {
-        for (const auto member : members)
+        for (const auto member : members) {
             nodes.push_back(step.*member);
+        }
     }
     return nodes;
 }
@@ -100,15 +106,17 @@ public:
           inTheirs_(texts.theirs, trees.theirs, nodesOf(steps, {&MergeStep::theirs}))
     {
         for (std::size_t i = 0; i < texts.ours.lineCount(); ++i) {
-            if (isCommentLine(texts.ours.line(i)))
+            if (isCommentLine(texts.ours.line(i))) {
                 commentsOfOurs_.insert(velTrim(texts.ours.line(i)));
+            }
         }
     }
 
     std::vector<LineEdit> edits(const std::vector<MergeStep> &steps)
     {
-        for (const MergeStep &step : steps)
+        for (const MergeStep &step : steps) {
             edit(step);
+        }
         std::stable_sort(edits_.begin(), edits_.end(), [](const LineEdit &a, const LineEdit &b) {
             return a.first != b.first ? a.first < b.first : a.count == 0 && b.count > 0;
         });
@@ -118,7 +126,7 @@ public:
 private:
     [[nodiscard]] bool isParam(velHandle *tree, const velNode *node) const
     {
-        return node && velDescribe(tree, node).kind == velParam;
+        return node != nullptr && velDescribe(tree, node).kind == velParam;
     }
 
     void edit(const MergeStep &step)
@@ -135,11 +143,13 @@ private:
         for (const Place &place : places) {
             const bool isLast = &place == &places.back();
             // Of several assignments only the last one counts.
-            if (areParams && !isLast)
+            if (areParams && !isLast) {
                 continue;
+            }
             std::string theirs;
-            if (isLast)
+            if (isLast) {
                 theirs = areParams && !isConflict ? newAssignment(step, place) : theirsText(step);
+            }
             edits_.push_back({place.lines.first, place.lines.count,
                               bytesOf(texts_.ours, place.lines), std::move(theirs), isConflict});
         }
@@ -148,8 +158,9 @@ private:
     [[nodiscard]] std::size_t insertionLine(const MergeStep &step) const
     {
         const std::vector<Place> &before = inOurs_.of(step.previous);
-        if (!before.empty())
+        if (!before.empty()) {
             return before.back().endLine();
+        }
         const std::vector<Place> &around = inOurs_.of(step.oursParent);
         return around.empty() ? texts_.ours.lineCount() : around.back().bodyLine;
     }
@@ -163,12 +174,13 @@ private:
         const std::vector<Place> &later = inTheirs_.of(step.theirs);
         if (!former.empty() && !later.empty() &&
             bytesOf(texts_.base, former.back().lines) == bytesOf(texts_.ours, place.lines) &&
-            indentOf(texts_.theirs, later.back()) == indentOf(texts_.ours, place))
+            indentOf(texts_.theirs, later.back()) == indentOf(texts_.ours, place)) {
             return linesOf(texts_.theirs, later.back().lines, lineEnd_);
+        }
         const char *value = velDescribe(trees_.theirs, step.theirs).value;
         const SourceText statement(bytesOf(texts_.ours, place.lines));
-        return spliced(statement,
-                       valueSplice(statement, {0, statement.lineCount()}, value ? value : ""));
+        return spliced(statement, valueSplice(statement, {0, statement.lineCount()},
+                                              value != nullptr ? value : ""));
     }
 
     /// The text of THEIRS: its own lines if they are in one place, else lines
@@ -176,13 +188,15 @@ private:
     [[nodiscard]] std::string theirsText(const MergeStep &step) const
     {
         const std::vector<Place> &places = inTheirs_.of(step.theirs);
-        if (places.empty())
+        if (places.empty()) {
             return "";
-        if (places.size() > 1 && !isParam(trees_.theirs, step.theirs))
+        }
+        if (places.size() > 1 && !isParam(trees_.theirs, step.theirs)) {
             return blockText(trees_.theirs, step.theirs, indentOf(texts_.theirs, places.back()),
                              lineEnd_);
+        }
         LineRange lines = places.back().lines;
-        if (!step.ours) {
+        if (step.ours == nullptr) {
             const std::size_t first = firstCommentAbove(lines.first);
             lines.count += lines.first - first;
             lines.first = first;
@@ -195,8 +209,9 @@ private:
     [[nodiscard]] std::size_t firstCommentAbove(std::size_t line) const
     {
         while (line > 0 && isCommentLine(texts_.theirs.line(line - 1)) &&
-               !commentsOfOurs_.contains(velTrim(texts_.theirs.line(line - 1))))
+               !commentsOfOurs_.contains(velTrim(texts_.theirs.line(line - 1)))) {
             --line;
+        }
         return line;
     }
 
@@ -218,10 +233,12 @@ public:
 
     void add(std::string_view text)
     {
-        if (text.empty())
+        if (text.empty()) {
             return;
-        if (!bytes_.empty() && bytes_.back() != '\n')
+        }
+        if (!bytes_.empty() && bytes_.back() != '\n') {
             bytes_ += lineEnd_;
+        }
         bytes_ += text;
     }
 
@@ -248,8 +265,9 @@ std::vector<std::string> commentsOf(const SourceText &source)
     Statement statement;
     for (std::size_t line = 0; line < source.lineCount(); line += statement.lines.count) {
         readStatement(source, line, Positions::Skip, &statement);
-        if (statement.comment < statement.text.size())
+        if (statement.comment < statement.text.size()) {
             comments.push_back(statement.text.substr(statement.comment));
+        }
     }
     return comments;
 }
@@ -269,10 +287,11 @@ std::string MergedText::render(Resolution resolution, std::size_t markerSize) co
     for (const LineEdit &edit : edits_) {
         text.add(bytesOf(ours_, {line, edit.first - line}));
         line = edit.first + edit.count;
-        if (edit.isConflict && resolution == Resolution::Marked)
+        if (edit.isConflict && resolution == Resolution::Marked) {
             text.addConflict(edit.ours, edit.theirs, markerSize);
-        else
+        } else {
             text.add(edit.isConflict && resolution == Resolution::Ours ? edit.ours : edit.theirs);
+        }
     }
     text.add(bytesOf(ours_, {line, ours_.lineCount() - line}));
     return byteOrderMarkOf(ours_) + text.take();
@@ -290,8 +309,9 @@ std::size_t countLostComments(const SourceText &base, const SourceText &theirs,
 {
     std::unordered_set<std::string> known;
     for (const SourceText *text : {&base, &result}) {
-        for (std::string &comment : commentsOf(*text))
+        for (std::string &comment : commentsOf(*text)) {
             known.insert(std::move(comment));
+        }
     }
     const std::vector<std::string> comments = commentsOf(theirs);
     return static_cast<std::size_t>(

@@ -20,8 +20,9 @@ public:
     explicit Descriptor(int number) : number_(number) {}
     ~Descriptor()
     {
-        if (number_ >= 0)
+        if (number_ >= 0) {
             close(number_);
+        }
     }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
@@ -37,8 +38,9 @@ private:
 std::string readBytes(const std::string &file)
 {
     const Descriptor in(open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (in.number() < 0)
+    if (in.number() < 0) {
         throw systemError(file, errno);
+    }
     return readBytes(in.number(), file);
 }
 
@@ -48,10 +50,12 @@ std::string readBytes(int descriptor, const std::string &name)
     for (std::size_t end = 0;;) {
         bytes.resize(end + blockSize);
         const ssize_t count = read(descriptor, bytes.data() + end, blockSize);
-        if (count < 0 && errno == EINTR)
+        if (count < 0 && errno == EINTR) {
             continue;
-        if (count < 0)
+        }
+        if (count < 0) {
             throw systemError(name, errno);
+        }
         end += static_cast<std::size_t>(count);
         if (count == 0) {
             bytes.resize(end);

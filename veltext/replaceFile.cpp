@@ -36,11 +36,13 @@ mode_t maskedNewFileMode()
 void writeStraight(const std::string &file, std::string_view bytes)
 {
     const int descriptor = open(file.c_str(), O_WRONLY | O_CLOEXEC);
-    if (descriptor < 0)
+    if (descriptor < 0) {
         throw systemError(file, errno);
+    }
     const int error = writeAll(descriptor, bytes);
-    if (close(descriptor) != 0 || error)
+    if (close(descriptor) != 0 || error) {
         throw systemError(file, error ? error : errno);
+    }
 }
 
 } // namespace
@@ -59,13 +61,16 @@ void EditedFile::replace(std::string_view bytes, Former former) const
     temporary.copyOwner(lock_.status());
     temporary.fill(bytes, lock_.status().st_mode);
     struct stat now;
-    if (stat(lock_.target().c_str(), &now) != 0)
+    if (stat(lock_.target().c_str(), &now) != 0) {
         throw systemError(name_, errno);
-    if (!isUnchanged(lock_.status(), now))
+    }
+    if (!isUnchanged(lock_.status(), now)) {
         throw Error(name_ +
                     ": another program has changed this file; nothing was written; try again");
-    if (former == Former::Backup)
+    }
+    if (former == Former::Backup) {
         makeBackup(lock_.target(), backupName(), Backup::Both);
+    }
     temporary.rename(lock_.target());
 }
 
@@ -77,8 +82,9 @@ void writeFile(const std::string &file, std::string_view bytes)
         writeStraight(file, bytes);
         return;
     }
-    if (exists && access(file.c_str(), W_OK) != 0)
+    if (exists && access(file.c_str(), W_OK) != 0) {
         throw systemError(file, errno);
+    }
     std::error_code error;
     const std::string target = exists ? std::filesystem::canonical(file, error).string() : file;
     const HeldSignals held;

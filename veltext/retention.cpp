@@ -20,8 +20,9 @@ std::uint64_t storedBytes(const std::vector<HistoryEntry> &entries)
 {
     std::set<std::uint64_t> counted;
     std::uint64_t bytes = 0;
-    for (const HistoryEntry &entry : entries)
+    for (const HistoryEntry &entry : entries) {
         bytes += counted.insert(entry.object).second ? entry.stored : 0;
+    }
     return bytes;
 }
 
@@ -34,12 +35,14 @@ void expireVersions(std::vector<HistoryEntry> *entries, std::int64_t now)
     for (auto entry = entries->rbegin(); entry != entries->rend(); ++entry) {
         // A time in the future is that of a clock that has gone backwards.
         const bool isRecent = entry->time >= now - secondsOfADay;
-        if (kept.size() < mostVersions && (isRecent || days.insert(dayOf(entry->time)).second))
+        if (kept.size() < mostVersions && (isRecent || days.insert(dayOf(entry->time)).second)) {
             kept.push_back(std::move(*entry));
+        }
     }
     std::reverse(kept.begin(), kept.end());
-    while (storedBytes(kept) > mostHistoryBytes)
+    while (storedBytes(kept) > mostHistoryBytes) {
         kept.erase(kept.begin());
+    }
     *entries = std::move(kept);
 }
 

@@ -30,8 +30,9 @@ std::string_view SourceText::line(std::size_t line) const
 {
     const std::size_t start = lineStart(line);
     std::string_view text(bytes_.data() + start, lineStart(line + 1) - start);
-    if (!text.empty() && text.back() == '\n')
+    if (!text.empty() && text.back() == '\n') {
         text.remove_suffix(1);
+    }
     return text;
 }
 
@@ -50,8 +51,9 @@ velArray SourceText::parsedLines() const
 {
     velArray lines(velArrayKind::Strings);
     for (std::size_t i = 0; i < lineCount(); ++i) {
-        if (!lines.addString(parsedLine(i)))
+        if (!lines.addString(parsedLine(i))) {
             throw std::bad_alloc();
+        }
     }
     return lines;
 }
@@ -78,12 +80,14 @@ std::size_t byteOrderMarkLength(std::string_view bytes)
 std::optional<SourceText> readSource(const std::string &file)
 {
     std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error))
+    if (!std::filesystem::is_regular_file(file, error)) {
         return std::nullopt;
+    }
     std::ifstream in(file, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(in), {}};
-    if (!in.is_open() || in.bad())
+    if (!in.is_open() || in.bad()) {
         return std::nullopt;
+    }
     return SourceText(std::move(bytes));
 }
 

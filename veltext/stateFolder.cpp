@@ -58,24 +58,30 @@ std::string stateNameOf(const std::string &path)
 
 void makePrivateFolder(const std::string &folder)
 {
-    if (mkdir(folder.c_str(), ownerOnly) == 0)
+    if (mkdir(folder.c_str(), ownerOnly) == 0) {
         return;
+    }
     const int error = errno;
     const std::filesystem::path parent = std::filesystem::path(folder).parent_path();
     if (error == ENOENT && !parent.empty() && parent != folder) {
         std::error_code unknown;
-        if (!std::filesystem::exists(parent, unknown))
+        if (!std::filesystem::exists(parent, unknown)) {
             makePrivateFolder(parent.string());
-        if (mkdir(folder.c_str(), ownerOnly) == 0)
+        }
+        if (mkdir(folder.c_str(), ownerOnly) == 0) {
             return;
+        }
     }
     struct stat status = {};
-    if (stat(folder.c_str(), &status) != 0)
+    if (stat(folder.c_str(), &status) != 0) {
         throw systemError(folder, error);
-    if (!S_ISDIR(status.st_mode))
+    }
+    if (!S_ISDIR(status.st_mode)) {
         throw systemError(folder, ENOTDIR);
-    if ((status.st_mode & othersBits) != 0 && chmod(folder.c_str(), ownerOnly) != 0)
+    }
+    if ((status.st_mode & othersBits) != 0 && chmod(folder.c_str(), ownerOnly) != 0) {
         throw systemError(folder, errno);
+    }
 }
 
 } // namespace veltext

@@ -13,8 +13,9 @@ namespace {
 std::size_t findComment(std::string_view text)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '#' && (i == 0 || text[i - 1] != '\\'))
+        if (text[i] == '#' && (i == 0 || text[i - 1] != '\\')) {
             return i;
+        }
     }
     return text.size();
 }
@@ -24,10 +25,11 @@ std::string singleBlanks(std::string_view text)
 {
     std::string result;
     for (const char c : velTrim(text)) {
-        if (!velIsSpace(c))
+        if (!velIsSpace(c)) {
             result += c;
-        else if (result.back() != ' ')
+        } else if (result.back() != ' ') {
             result += ' ';
+        }
     }
     return result;
 }
@@ -43,11 +45,13 @@ bool joinLines(const SourceText &source, Positions positions, Statement *stateme
         text += line;
         if (positions == Positions::Keep) {
             const auto start = static_cast<std::size_t>(line.data() - source.bytes().data());
-            for (std::size_t i = 0; i < line.size(); ++i)
+            for (std::size_t i = 0; i < line.size(); ++i) {
                 statement->positions.push_back(start + i);
+            }
         }
-        if (!text.ends_with('\\'))
+        if (!text.ends_with('\\')) {
             return true;
+        }
         text.pop_back();
         statement->positions.resize(std::min(statement->positions.size(), text.size()));
     }
@@ -65,8 +69,9 @@ std::string headerComponent(std::string_view text, std::size_t colon)
 void classify(std::string_view text, Statement *statement)
 {
     text = velTrim(text);
-    if (text.starts_with(replaceWord))
+    if (text.starts_with(replaceWord)) {
         text = velTrim(text.substr(replaceWord.size()));
+    }
     if (text.empty()) {
         statement->kind = StatementKind::Nothing;
     } else if (text == "END") {

@@ -25,7 +25,7 @@ public:
     {
         const std::size_t length = path_.size();
         path_.append(1, '/').append(statement.component);
-        const velNode *node = handle ? velFindNode(handle, path_.c_str()) : nullptr;
+        const velNode *node = handle != nullptr ? velFindNode(handle, path_.c_str()) : nullptr;
         const std::size_t body = statement.lines.first + statement.lines.count;
         blocks_.push_back({length, node, {statement.lines, body}});
     }
@@ -52,19 +52,22 @@ StatementPlaces::StatementPlaces(const SourceText &source, velHandle *handle,
 {
     std::unordered_set<std::string> components; ///< of the wanted nodes, to skip most look-ups
     for (const velNode *node : wanted) {
-        if (node && places_.try_emplace(node).second)
+        if (node != nullptr && places_.try_emplace(node).second) {
             components.insert(velComponentOf(velDescribe(handle, node)));
+        }
     }
-    if (places_.empty())
+    if (places_.empty()) {
         return;
+    }
     OpenBlocks open;
     Statement statement;
     const auto close = [&](std::size_t endLine) {
         OpenBlocks::Block block = open.close();
         const auto found = places_.find(block.node);
         block.place.lines.count = endLine - block.place.lines.first;
-        if (found != places_.end())
+        if (found != places_.end()) {
             found->second.push_back(block.place);
+        }
     };
     for (std::size_t line = 0; line < source.lineCount(); line += statement.lines.count) {
         readStatement(source, line, Positions::Skip, &statement);

@@ -31,7 +31,7 @@ private:
             open_.push_back(state(statement));
             break;
         case StatementKind::Parameter:
-            (void)state(statement);
+            static_cast<void>(state(statement));
             break;
         case StatementKind::End:
             close(statement.lines);
@@ -56,19 +56,21 @@ private:
         tree_.statements_.push_back(
             {.lines = statement.lines, .node = node, .previous = last, .block = block});
         last = index;
-        if (open_.empty())
+        if (open_.empty()) {
             tree_.lastTopLevel_ = index;
-        else if (statement.kind == StatementKind::Parameter)
+        } else if (statement.kind == StatementKind::Parameter) {
             tree_.statements_[block].lastParameter = index;
-        else
+        } else {
             tree_.statements_[block].lastObject = index;
+        }
         return index;
     }
 
     void close(LineRange lines)
     {
-        if (open_.empty())
+        if (open_.empty()) {
             return;
+        }
         tree_.statements_[open_.back()].end = lines;
         open_.pop_back();
     }
@@ -101,8 +103,9 @@ StatementTree::Index StatementTree::findNearest(std::string_view path) const
     while (path.size() > 1) {
         const std::size_t end = path.find('/', 1);
         const Index child = findChild(index, path.substr(1, end == path.npos ? end : end - 1));
-        if (child == none)
+        if (child == none) {
             return index;
+        }
         index = child;
         path.remove_prefix(end == path.npos ? path.size() : end);
     }
@@ -118,8 +121,9 @@ StatementTree::Index StatementTree::findChild(Index parent, std::string_view com
 const StatementTree::Stated *StatementTree::lastOf(std::string_view path) const
 {
     const Index index = find(path);
-    if (index == none || nodes_[index].last == none)
+    if (index == none || nodes_[index].last == none) {
         return nullptr;
+    }
     return &statements_[nodes_[index].last];
 }
 
@@ -140,8 +144,9 @@ void StatementTree::rename(Index index, const std::string &component)
 StatementTree::Index StatementTree::findOrMake(Index parent, const std::string &component)
 {
     const Index found = findChild(parent, component);
-    if (found != none)
+    if (found != none) {
         return found;
+    }
     const auto index = static_cast<Index>(nodes_.size());
     nodes_.push_back({.parent = parent, .last = none, .component = component});
     children_.emplace(Key{parent, nodes_.back().component}, index);

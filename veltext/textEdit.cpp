@@ -50,14 +50,18 @@ public:
 
     std::string write()
     {
-        for (const auto &[index, value] : edit_.values_)
+        for (const auto &[index, value] : edit_.values_) {
             splices_.push_back(valueSplice(source_, statement(index).lines, value));
-        for (const auto &[index, component] : edit_.components_)
+        }
+        for (const auto &[index, component] : edit_.components_) {
             splices_.push_back(componentSplice(source_, statement(index).lines, component));
-        for (const LineRange &lines : edit_.removed_)
+        }
+        for (const LineRange &lines : edit_.removed_) {
             splices_.push_back({source_.lineStart(lines.first), endOf(lines), {}});
-        for (const auto &[node, paths] : edit_.additions_)
+        }
+        for (const auto &[node, paths] : edit_.additions_) {
             insert(node, paths);
+        }
         return apply();
     }
 
@@ -79,21 +83,25 @@ private:
             std::string text;
             for (const std::string &path : paths) {
                 const TextEdit::Added &added = edit_.added_.at(path);
-                if (added.isObject == objects)
+                if (added.isObject == objects) {
                     render(added, indentFor(header, objects), &text);
+                }
             }
-            if (!text.empty())
+            if (!text.empty()) {
                 splices_.push_back({place(header, objects), place(header, objects), text});
+            }
         }
     }
 
     std::size_t place(Index header, bool isObject) const
     {
-        if (header == StatementTree::none)
+        if (header == StatementTree::none) {
             return source_.lineStart(edit_.tree_.unfinishedLine());
+        }
         const Stated &block = statement(header);
-        if (isObject)
+        if (isObject) {
             return source_.lineStart(block.end.first);
+        }
         const Index sibling = block.lastParameter;
         return endOf(sibling == StatementTree::none ? block.lines : statement(sibling).lines);
     }
@@ -110,8 +118,9 @@ private:
         const Index like = isObject ? block.lastObject : block.lastParameter;
         const Index other = isObject ? block.lastParameter : block.lastObject;
         for (const Index sibling : {like, other}) {
-            if (sibling != StatementTree::none)
+            if (sibling != StatementTree::none) {
                 return indentOf(source_, statement(sibling).lines);
+            }
         }
         return indentOf(source_, block.lines) + indentStep(block);
     }
@@ -119,8 +128,9 @@ private:
     /// The indent of the block in addition to that of the block around it.
     std::string indentStep(const Stated &block) const
     {
-        if (block.block == StatementTree::none)
+        if (block.block == StatementTree::none) {
             return usualIndent;
+        }
         const std::string own = indentOf(source_, block.lines);
         const std::string outer = indentOf(source_, statement(block.block).lines);
         return own.starts_with(outer) ? own.substr(outer.size()) : usualIndent;
@@ -133,8 +143,9 @@ private:
             line(indent + added.component + (added.value.empty() ? " =" : " = ") + added.value +
                      guard,
                  text);
-            if (!added.comment.empty())
+            if (!added.comment.empty()) {
                 text->insert(text->size() - lineEnd_.size(), ' ' + added.comment);
+            }
             return;
         }
         const velComponentParts parts = velSplitComponent(added.component);
@@ -142,8 +153,9 @@ private:
         for (const bool objects : {false, true}) {
             for (const std::string &path : added.children) {
                 const TextEdit::Added &child = edit_.added_.at(path);
-                if (child.isObject == objects)
+                if (child.isObject == objects) {
                     render(child, indent + usualIndent, text);
+                }
             }
         }
         line(indent + "END", text);
@@ -155,8 +167,9 @@ private:
         velArray pieces(velArrayKind::Strings);
         veltext::require(velWrapLine(statement.c_str(), velUsualWidth, &pieces));
         const velStringList lines = pieces.takeStrings();
-        for (const char *piece : lines)
+        for (const char *piece : lines) {
             text->append(piece).append(lineEnd_);
+        }
     }
 
     std::string apply()
@@ -167,8 +180,9 @@ private:
         std::string result;
         std::size_t done = 0;
         for (const Splice &splice : splices_) {
-            if (splice.begin < done) // inside a block that was removed
+            if (splice.begin < done) { // inside a block that was removed
                 continue;
+            }
             result.append(source_.bytes(), done, splice.begin - done);
             done = splice.end;
             append(splice, &result);
@@ -202,8 +216,9 @@ TextEdit::TextEdit(const SourceText &source) : source_(source), tree_(source) {}
 TextEdit::Index TextEdit::require(const std::string &path) const
 {
     const Index index = tree_.find(path);
-    if (index == StatementTree::none)
+    if (index == StatementTree::none) {
         throw Error(path + ": the file does not contain this object or parameter");
+    }
     return index;
 }
 
@@ -218,8 +233,9 @@ void TextEdit::remove(const std::string &path)
          i = tree_.statement(i).previous) {
         LineRange lines = tree_.statement(i).lines;
         const LineRange end = tree_.statement(i).end;
-        if (end.count > 0)
+        if (end.count > 0) {
             lines.count = end.first + end.count - lines.first;
+        }
         removed_.push_back(lines);
     }
 }
@@ -227,8 +243,10 @@ void TextEdit::remove(const std::string &path)
 void TextEdit::rename(const std::string &path, const std::string &component)
 {
     const Index node = require(path);
-    for (Index i = tree_.node(node).last; i != StatementTree::none; i = tree_.statement(i).previous)
+    for (Index i = tree_.node(node).last; i != StatementTree::none;
+         i = tree_.statement(i).previous) {
         components_[i] = component;
+    }
     tree_.rename(node, component);
 }
 
@@ -263,10 +281,11 @@ void TextEdit::add(const std::string &path, Added added)
 {
     const std::string parent = parentOf(path);
     const auto above = added_.find(parent);
-    if (above != added_.end())
+    if (above != added_.end()) {
         above->second.children.push_back(path);
-    else
+    } else {
         additions_[require(parent)].push_back(path);
+    }
     added_.emplace(path, std::move(added));
 }
 

@@ -16,8 +16,9 @@ namespace {
 /// Seven or more equal characters at the start, followed by a blank or nothing.
 bool isConflictMarker(std::string_view line)
 {
-    if (line.empty() || std::string_view("<|=>").find(line[0]) == std::string_view::npos)
+    if (line.empty() || std::string_view("<|=>").find(line[0]) == std::string_view::npos) {
         return false;
+    }
     const std::size_t size = std::min(line.find_first_not_of(line[0]), line.size());
     return size >= usualMarkerSize && (size == line.size() || velIsSpace(line[size]));
 }
@@ -25,9 +26,10 @@ bool isConflictMarker(std::string_view line)
 /// A sentence for a line that is not meant as a statement, else empty.
 std::string explanation(const SourceText &text, std::size_t line)
 {
-    if (isConflictMarker(text.parsedLine(line)))
+    if (isConflictMarker(text.parsedLine(line))) {
         return "a conflict marker of a merge; keep one of the two sides and delete the marker "
                "lines";
+    }
     return {};
 }
 
@@ -40,10 +42,12 @@ public:
 
     void follow(std::size_t line, std::size_t depth)
     {
-        for (; open_.size() > depth; open_.pop_back())
+        for (; open_.size() > depth; open_.pop_back()) {
             noteEnd(line);
-        while (open_.size() < depth)
+        }
+        while (open_.size() < depth) {
             open_.push_back(line);
+        }
     }
 
     [[nodiscard]] TextFault missingEnd() const
@@ -51,10 +55,11 @@ public:
         TextFault fault{.line = open_.back() + 1,
                         .message =
                             std::to_string(open_.size()) + " missing END statement(s) in input"};
-        if (suspectEnd_ > 0)
+        if (suspectEnd_ > 0) {
             fault.message += "; the END in line " + std::to_string(suspectEnd_ + 1) +
                              " closes the block of line " + std::to_string(suspectHeader_ + 1) +
                              ", but is indented differently";
+        }
         return fault;
     }
 
@@ -64,8 +69,9 @@ private:
     void noteEnd(std::size_t line)
     {
         if (suspectEnd_ > 0 || leadingBlanks(text_.line(line)).size() >=
-                                   leadingBlanks(text_.line(open_.back())).size())
+                                   leadingBlanks(text_.line(open_.back())).size()) {
             return;
+        }
         suspectHeader_ = open_.back();
         suspectEnd_ = line;
     }
@@ -79,8 +85,9 @@ private:
 velHandlePtr handleWithLibraries()
 {
     velHandlePtr handle(velCreateHandle());
-    if (handle)
-        (void)readLibraries(handle.get());
+    if (handle) {
+        static_cast<void>(readLibraries(handle.get()));
+    }
     return handle;
 }
 
@@ -88,10 +95,11 @@ velHandlePtr handleWithLibraries()
 
 std::optional<TextFault> findFault(const SourceText &text, velHandle *handle)
 {
-    if (isContainer(text.bytes()))
+    if (isContainer(text.bytes())) {
         return TextFault{.message = "this is a def or res file where a text is expected; take its "
                                     "command data out with veltool extract",
                          .isExplained = true};
+    }
     BlockLines blocks(text);
     for (std::size_t i = 0; i < text.lineCount(); ++i) {
         const std::string line(text.parsedLine(i));
@@ -100,7 +108,7 @@ std::optional<TextFault> findFault(const SourceText &text, velHandle *handle)
             return TextFault{i + 1, sentence.empty() ? message : sentence, !sentence.empty()};
         }
         std::int32_t depth = 0;
-        (void)getVELStateH(handle, &depth);
+        static_cast<void>(getVELStateH(handle, &depth));
         blocks.follow(i, static_cast<std::size_t>(depth));
     }
     return blocks.isEmpty() ? std::nullopt : std::optional(blocks.missingEnd());
@@ -115,13 +123,16 @@ std::string explainRefusal(const std::string &file, const std::string &message)
 {
     const std::optional<SourceText> text = readSource(file);
     const velHandlePtr handle = handleWithLibraries();
-    if (!text || !handle)
+    if (!text || !handle) {
         return message;
+    }
     const std::optional<TextFault> fault = findFault(*text, handle.get());
-    if (!fault)
+    if (!fault) {
         return message;
-    if (fault->isExplained)
+    }
+    if (fault->isExplained) {
         return message + '\n' + placed(file, *fault);
+    }
     return fault->message + " (" + file + ':' + std::to_string(fault->line) + ')';
 }
 

@@ -25,11 +25,13 @@ void removeWhatIsGone(const TreeData &before, const TreeData &after, TextEdit *e
 {
     std::string removed; // removes everything below it, too
     for (const TreeData::Item &item : before.items()) {
-        if (isBelow(item.path, removed))
+        if (isBelow(item.path, removed)) {
             continue;
+        }
         const TreeData::Item *now = after.find(item.path);
-        if (now && isSameKind(*now, item))
+        if (now != nullptr && isSameKind(*now, item)) {
             continue;
+        }
         edit->remove(item.path);
         removed = item.path;
     }
@@ -39,8 +41,9 @@ std::string movedComment(const std::string &path, const TreeData &before, const 
                          const TextEdit &edit)
 {
     const auto move = moves.find(path);
-    if (move == moves.end() || !before.find(move->second))
+    if (move == moves.end() || before.find(move->second) == nullptr) {
         return {};
+    }
     return edit.commentOf(move->second);
 }
 
@@ -49,11 +52,12 @@ std::string movedComment(const std::string &path, const TreeData &before, const 
 TreeData::TreeData(velHandle *handle)
 {
     TreeWalk walk(handle, velFindNode(handle, "/"), "/");
-    for (walk.step(); walk.node(); walk.step()) {
+    for (walk.step(); walk.node() != nullptr; walk.step()) {
         const velNodeInfo &info = walk.info();
         std::optional<std::string> value;
-        if (info.kind == velParam)
-            value = info.value ? info.value : "";
+        if (info.kind == velParam) {
+            value = info.value != nullptr ? info.value : "";
+        }
         add({walk.path(), std::move(value)});
     }
 }
@@ -75,7 +79,7 @@ bool haveSameData(const TreeData &a, const TreeData &b)
     return a.items().size() == b.items().size() &&
            std::all_of(a.items().begin(), a.items().end(), [&](const TreeData::Item &item) {
                const TreeData::Item *other = b.find(item.path);
-               return other && other->value == item.value;
+               return other != nullptr && other->value == item.value;
            });
 }
 
@@ -84,14 +88,15 @@ void editTowards(const TreeData &before, const TreeData &after, const Moves &mov
     removeWhatIsGone(before, after, edit);
     for (const TreeData::Item &item : after.items()) {
         const TreeData::Item *was = before.find(item.path);
-        const bool isKept = was && isSameKind(*was, item);
-        if (!isKept && item.value)
+        const bool isKept = (was != nullptr) && isSameKind(*was, item);
+        if (!isKept && item.value) {
             edit->addParameter(item.path, *item.value,
                                movedComment(item.path, before, moves, *edit));
-        else if (!isKept)
+        } else if (!isKept) {
             edit->addObject(item.path);
-        else if (was->value != item.value)
+        } else if (was->value != item.value) {
             edit->setValue(item.path, *item.value);
+        }
     }
 }
 

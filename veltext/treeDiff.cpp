@@ -19,7 +19,7 @@ std::string prefixOf(const std::string &path)
 
 const char *text(const char *value)
 {
-    return value ? value : "";
+    return value != nullptr ? value : "";
 }
 
 /// Walks through both trees. It has its own stack, so the depth has no limit.
@@ -42,8 +42,9 @@ public:
                 level.next = velNextSibling(child);
                 compareChild(level, child);
             } else {
-                if (level.matched < velChildCount(level.newNode))
+                if (level.matched < velChildCount(level.newNode)) {
                     reportAdded(level);
+                }
                 open_.pop_back();
             }
         }
@@ -52,7 +53,7 @@ public:
     /// Reports a node that only one side has, with everything below it.
     void report(DifferenceKind kind, velHandle *tree, const velNode *node, const std::string &path)
     {
-        for (TreeWalk walk(tree, node, path); walk.node(); walk.step()) {
+        for (TreeWalk walk(tree, node, path); walk.node() != nullptr; walk.step()) {
             const char *value = walk.info().kind == velParam ? text(walk.info().value) : nullptr;
             const bool isOld = kind == DifferenceKind::Removed;
             visit_({kind, walk.path(), isOld ? value : nullptr, isOld ? nullptr : value});
@@ -75,11 +76,12 @@ private:
     {
         const velNodeInfo info = velDescribe(old_, child);
         const velNode *other = level.inNew.find(info, path_);
-        level.matched += other ? 1 : 0;
-        if (other)
+        level.matched += other != nullptr ? 1 : 0;
+        if (other != nullptr) {
             compare(child, info, other, velDescribe(new_, other));
-        else
+        } else {
             report(DifferenceKind::Removed, old_, child, path_ + '/' + velComponentOf(info));
+        }
     }
 
     /// `path_` is the path of the parent; the root has no component.
@@ -89,8 +91,9 @@ private:
         if (oldInfo.kind == velParam && newInfo.kind == velParam) {
             const char *oldValue = text(oldInfo.value);
             const char *newValue = text(newInfo.value);
-            if (std::strcmp(oldValue, newValue) != 0)
+            if (std::strcmp(oldValue, newValue) != 0) {
                 visit_({DifferenceKind::Changed, pathOf(oldInfo), oldValue, newValue});
+            }
         } else if (!areSameSort(oldInfo, newInfo)) {
             const std::string path = pathOf(oldInfo);
             report(DifferenceKind::Removed, old_, oldNode, path);
@@ -105,20 +108,22 @@ private:
     void reportAdded(const Level &level)
     {
         Counterpart inOld(old_, level.oldNode);
-        for (const velNode *child = velFirstChild(level.newNode); child;
+        for (const velNode *child = velFirstChild(level.newNode); child != nullptr;
              child = velNextSibling(child)) {
             const velNodeInfo info = velDescribe(new_, child);
-            if (!inOld.find(info, path_))
+            if (inOld.find(info, path_) == nullptr) {
                 report(DifferenceKind::Added, new_, child, path_ + '/' + velComponentOf(info));
+            }
         }
     }
 
     const std::string &pathOf(const velNodeInfo &child)
     {
-        if (!startIsOpen_)
+        if (!startIsOpen_) {
             startIsOpen_ = true; // `path_` already is the path of the start
-        else
+        } else {
             path_.append(1, '/').append(velComponentOf(child));
+        }
         return path_;
     }
 
@@ -140,10 +145,12 @@ char signOf(DifferenceKind kind)
 std::string lineOf(const Difference &difference)
 {
     std::string line = signOf(difference.kind) + (' ' + difference.path);
-    if (difference.oldValue)
+    if (difference.oldValue != nullptr) {
         line.append(" = ").append(difference.oldValue);
-    if (difference.newValue)
-        line.append(difference.oldValue ? " -> " : " = ").append(difference.newValue);
+    }
+    if (difference.newValue != nullptr) {
+        line.append(difference.oldValue != nullptr ? " -> " : " = ").append(difference.newValue);
+    }
     return line;
 }
 
@@ -151,12 +158,13 @@ void compareTrees(velHandle *oldTree, const velNode *oldNode, velHandle *newTree
                   const velNode *newNode, const std::string &path, const DifferenceVisitor &visit)
 {
     Comparison comparison(oldTree, newTree, path, visit);
-    if (oldNode && newNode)
+    if (oldNode != nullptr && newNode != nullptr) {
         comparison.run(oldNode, newNode);
-    else if (oldNode)
+    } else if (oldNode != nullptr) {
         comparison.report(DifferenceKind::Removed, oldTree, oldNode, path);
-    else if (newNode)
+    } else if (newNode != nullptr) {
         comparison.report(DifferenceKind::Added, newTree, newNode, path);
+    }
 }
 
 bool haveSameData(velHandle *a, velHandle *b)

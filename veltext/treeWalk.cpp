@@ -8,14 +8,15 @@ namespace veltext {
 TreeWalk::TreeWalk(const velHandle *handle, const velNode *start, std::string path)
     : handle_(handle), node_(start), path_(std::move(path))
 {
-    if (node_)
+    if (node_ != nullptr) {
         info_ = velDescribe(handle_, node_);
+    }
 }
 
 void TreeWalk::step()
 {
     const velNode *child = velFirstChild(node_);
-    if (!child) {
+    if (child == nullptr) {
         skipChildren();
         return;
     }
@@ -47,9 +48,10 @@ void TreeWalk::enter(const velNode *node)
 
 std::string statementOf(const velNodeInfo &info)
 {
-    if (info.kind == velParam)
-        return std::string(info.name) + " = " + (info.value ? info.value : "");
-    return headerText(info.type, info.name ? info.name : "");
+    if (info.kind == velParam) {
+        return std::string(info.name) + " = " + (info.value != nullptr ? info.value : "");
+    }
+    return headerText(info.type, info.name != nullptr ? info.name : "");
 }
 
 } // namespace veltext

@@ -48,10 +48,11 @@ std::size_t lineOf(const SourceText &source, LineRange lines, std::size_t positi
     std::size_t line = lines.first;
     for (std::size_t end = lines.first + lines.count; end - line > 1;) {
         const std::size_t middle = line + (end - line) / 2;
-        if (source.lineStart(middle) > position)
+        if (source.lineStart(middle) > position) {
             end = middle;
-        else
+        } else {
             line = middle;
+        }
     }
     return line;
 }
@@ -94,8 +95,9 @@ public:
         for (;;) {
             const std::size_t length = nextPiece(value, column);
             text += value.substr(0, length);
-            if (length == value.size())
+            if (length == value.size()) {
                 return text;
+            }
             text += '\\' + style_.lineEnd + style_.indent;
             column = style_.indent.size();
             value.remove_prefix(length);
@@ -109,8 +111,9 @@ private:
         const std::size_t line = lineOf(source_, statement_.lines, statement_.positions[begin]);
         const std::size_t next = source_.lineStart(line + 1);
         std::size_t i = begin;
-        while (i < end && statement_.positions[i] < next)
+        while (i < end && statement_.positions[i] < next) {
             ++i;
+        }
         return i;
     }
 
@@ -126,13 +129,15 @@ private:
         const std::size_t last = statement_.positions[old.end - 1];
         const std::size_t lastLine = lineOf(source_, lines, last);
         style_.width = last + 1 - source_.lineStart(lastLine);
-        for (std::size_t line = lines.first; line < lastLine; ++line)
+        for (std::size_t line = lines.first; line < lastLine; ++line) {
             style_.width = std::max(style_.width, velTrimEnd(source_.line(line)).size());
+        }
         style_.indent = leadingBlanks(source_.line(lines.first + 1));
         style_.lineEnd = source_.lineEnd(lines.first);
         style_.entryEach = pieces_.size() > 2;
-        for (std::size_t i = 0; i + 1 < pieces_.size(); ++i)
+        for (std::size_t i = 0; i + 1 < pieces_.size(); ++i) {
             style_.entryEach = style_.entryEach && isOneEntry(piece(i));
+        }
     }
 
     static bool isOneEntry(std::string_view text)
@@ -156,8 +161,9 @@ private:
         while (kept + 1 < pieces_.size()) {
             const std::string_view old = piece(kept);
             if (value->size() <= old.size() || !value->starts_with(old) ||
-                (*value)[old.size()] == ' ')
+                (*value)[old.size()] == ' ') {
                 break;
+            }
             value->remove_prefix(old.size());
             ++kept;
         }
@@ -167,19 +173,23 @@ private:
     std::size_t nextPiece(std::string_view value, std::size_t column) const
     {
         const bool fits = column + value.size() <= style_.width;
-        if (fits && !style_.entryEach)
+        if (fits && !style_.entryEach) {
             return value.size();
+        }
         std::size_t best = value.size();
         Parentheses parentheses;
         for (std::size_t i = 1; i < value.size(); ++i) {
             parentheses.pass(value[i - 1]);
             const bool isEntry = endsEntry(value, i) && parentheses.areClosed();
-            if (style_.entryEach && isEntry)
+            if (style_.entryEach && isEntry) {
                 return i;
-            if (fits || !(isEntry || value[i - 1] == ' '))
+            }
+            if (fits || !(isEntry || value[i - 1] == ' ')) {
                 continue;
-            if (column + i + 1 > style_.width && best < value.size())
+            }
+            if (column + i + 1 > style_.width && best < value.size()) {
                 break;
+            }
             best = i;
         }
         return best;
@@ -188,8 +198,9 @@ private:
     /// Whether an entry ends before `i`: after a comma and the blank that may follow.
     static bool endsEntry(std::string_view value, std::size_t i)
     {
-        if (value[i - 1] == ',')
+        if (value[i - 1] == ',') {
             return value[i] != ' ';
+        }
         return value[i - 1] == ' ' && i > 1 && value[i - 2] == ',';
     }
 
@@ -244,16 +255,18 @@ Splice valueSplice(const SourceText &source, LineRange lines, std::string_view v
     readStatement(source, lines.first, Positions::Keep, &statement);
     const TextRange old = findValue(statement);
     std::string_view guard = guardOf(value);
-    if (statement.comment < statement.text.size()) // the comment does the same, after a blank
+    if (statement.comment < statement.text.size()) { // the comment does the same, after a blank
         guard = guard.substr(0, old.end == statement.comment ? 1 : 0);
+    }
     if (old.begin == old.end) {
         const std::size_t afterEquals = statement.positions[statement.text.find('=')] + 1;
         return firstValue(source, afterEquals, std::string(value).append(guard));
     }
     const std::size_t end = statement.positions[old.end - 1] + 1;
     Splice splice{statement.positions[old.begin], end, std::string(value)};
-    if (lines.count > 1 && !value.empty())
+    if (lines.count > 1 && !value.empty()) {
         splice.text = Wrapper(source, statement, old).wrap(value, &splice.begin);
+    }
     splice.text += guard;
     return splice;
 }

@@ -21,8 +21,9 @@ std::size_t findControlCharacter(std::string_view value)
 std::size_t findComment(std::string_view value)
 {
     std::size_t found = value.find('#');
-    while (found != none && found > 0 && value[found - 1] == '\\')
+    while (found != none && found > 0 && value[found - 1] == '\\') {
         found = value.find('#', found + 1);
+    }
     return found;
 }
 
@@ -36,8 +37,9 @@ std::size_t findLostWhiteSpace(std::string_view value)
 {
     char previous = ' ';
     for (std::size_t i = 0; i < value.size(); ++i) {
-        if (value[i] == '\t' || (value[i] == ' ' && previous == ' '))
+        if (value[i] == '\t' || (value[i] == ' ' && previous == ' ')) {
             return i;
+        }
         previous = value[i];
     }
     return value.ends_with(' ') ? value.size() - 1 : none;
@@ -47,14 +49,18 @@ std::size_t findLostWhiteSpace(std::string_view value)
 
 ValueCheck checkValueText(std::string_view value)
 {
-    if (const std::size_t i = findControlCharacter(value); i != none)
+    if (const std::size_t i = findControlCharacter(value); i != none) {
         return {ValueFault::ControlCharacter, i};
-    if (const std::size_t i = findComment(value); i != none)
+    }
+    if (const std::size_t i = findComment(value); i != none) {
         return {ValueFault::Comment, i};
-    if (const std::size_t i = findFinalBackslash(value); i != none)
+    }
+    if (const std::size_t i = findFinalBackslash(value); i != none) {
         return {ValueFault::FinalBackslash, i};
-    if (const std::size_t i = findLostWhiteSpace(value); i != none)
+    }
+    if (const std::size_t i = findLostWhiteSpace(value); i != none) {
         return {ValueFault::WhiteSpace, i};
+    }
     return {};
 }
 

@@ -10,12 +10,14 @@ namespace veltext {
 CommandText::CommandText(SourceText source, const std::string &name)
     : source_(std::move(source)), tree_(velCreateHandle())
 {
-    if (!tree_)
+    if (!tree_) {
         throw std::bad_alloc();
+    }
     const velArray lines = source_.parsedLines();
     const char *message = parseVELData(tree_.get(), &lines, 0);
-    if (!message)
+    if (message == nullptr) {
         return;
+    }
     const velHandlePtr other(velCreateHandle());
     const std::optional<TextFault> fault = other ? findFault(source_, other.get()) : std::nullopt;
     throw Error(name, fault ? fault->line : 0, fault ? fault->message : message);
@@ -29,7 +31,7 @@ CommandText CommandText::read(const std::string &file)
 std::optional<std::string> CommandText::value(const std::string &path) const
 {
     const char *value = velFindValue(tree_.get(), path.c_str());
-    return value ? std::optional<std::string>(value) : std::nullopt;
+    return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
 }
 
 TreeWalk CommandText::walk(const std::string &path) const
@@ -40,7 +42,7 @@ TreeWalk CommandText::walk(const std::string &path) const
 std::vector<Change> diff(const CommandText &before, const CommandText &after)
 {
     const auto owned = [](const char *value) {
-        return value ? std::optional<std::string>(value) : std::nullopt;
+        return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
     };
     std::vector<Change> changes;
     compareTrees(before.tree(), velFindNode(before.tree(), "/"), after.tree(),

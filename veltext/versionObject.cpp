@@ -45,8 +45,9 @@ public:
         : limit_(limit), comment_(header.program), block_(blockSize, '\0')
     {
         if (deflateInit2(&stream_, level, Z_DEFLATED, gzipWindow, usualMemory,
-                         Z_DEFAULT_STRATEGY) != Z_OK)
+                         Z_DEFAULT_STRATEGY) != Z_OK) {
             throw std::bad_alloc();
+        }
         header_.time = static_cast<uLong>(header.time);
         header_.os = unknownSystem;
         header_.comment = bytesOf(comment_);
@@ -87,8 +88,9 @@ class Inflater
 public:
     explicit Inflater(std::string_view object) : object_(object)
     {
-        if (inflateInit2(&stream_, gzipWindow) != Z_OK)
+        if (inflateInit2(&stream_, gzipWindow) != Z_OK) {
             throw std::bad_alloc();
+        }
         // zlib changes nothing there.
         stream_.next_in = const_cast<Bytef *>(reinterpret_cast<const Bytef *>(object.data()));
         header_.comment = bytesOf(comment_);
@@ -112,10 +114,12 @@ public:
             state = inflate(&stream_, Z_NO_FLUSH);
             rest -= given - stream_.avail_in;
             const std::size_t size = block.size() - stream_.avail_out;
-            if (size > 0 && !sink(std::string_view(block).substr(0, size)))
+            if (size > 0 && !sink(std::string_view(block).substr(0, size))) {
                 return false;
-            if (state == Z_STREAM_END)
+            }
+            if (state == Z_STREAM_END) {
                 return rest == 0;
+            }
         }
         return false;
     }
@@ -135,8 +139,9 @@ private:
 /// All after the header, if it is one of ours.
 std::string_view withoutHeader(std::string_view object)
 {
-    if (object.size() <= fixedHeader || object[flagsAt] != commentFlag)
+    if (object.size() <= fixedHeader || object[flagsAt] != commentFlag) {
         return {};
+    }
     const std::size_t end = object.find('\0', fixedHeader);
     return end == std::string_view::npos ? std::string_view() : object.substr(end + 1);
 }
@@ -151,17 +156,21 @@ VersionObject compressVersion(int descriptor, const std::string &name, const Obj
     std::string block(blockSize, '\0');
     for (;;) {
         const ssize_t count = ::read(descriptor, block.data(), block.size());
-        if (count < 0 && errno == EINTR)
+        if (count < 0 && errno == EINTR) {
             continue;
-        if (count < 0)
+        }
+        if (count < 0) {
             throw systemError(name, errno);
+        }
         const auto size = static_cast<std::size_t>(count);
         object.size += size;
         object.content = static_cast<std::uint32_t>(crc32_z(object.content, bytesOf(block), size));
-        if (!deflater.add(block, size, size == 0))
+        if (!deflater.add(block, size, size == 0)) {
             throw Error(name, 0, "takes more than " + std::to_string(limit) + " bytes compressed");
-        if (size == 0)
+        }
+        if (size == 0) {
             break;
+        }
     }
     object.bytes = deflater.take();
     return object;
@@ -176,10 +185,12 @@ bool haveSameContent(std::string_view one, std::string_view other)
 bool expandVersion(std::string_view object, ObjectHeader *header, const ContentSink &sink)
 {
     Inflater inflater(object);
-    if (!inflater.run(sink))
+    if (!inflater.run(sink)) {
         return false;
-    if (header)
+    }
+    if (header != nullptr) {
         *header = inflater.header();
+    }
     return true;
 }
 

@@ -10,10 +10,12 @@ int writeAll(int descriptor, std::string_view text)
 {
     while (!text.empty()) {
         const ssize_t written = write(descriptor, text.data(), text.size());
-        if (written < 0 && errno == EINTR)
+        if (written < 0 && errno == EINTR) {
             continue;
-        if (written < 0)
+        }
+        if (written < 0) {
             return errno;
+        }
         text.remove_prefix(static_cast<std::size_t>(written));
     }
     return 0;

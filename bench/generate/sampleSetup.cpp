@@ -123,8 +123,9 @@ public:
 
     void run()
     {
-        for (std::uint64_t i = 1; left_ > 0; ++i)
+        for (std::uint64_t i = 1; left_ > 0; ++i) {
             block(flowKind, "Run " + std::to_string(i));
+        }
     }
 
 private:
@@ -138,8 +139,9 @@ private:
     {
         writer_.open(kind.type, name);
         parameters(kind.parameters);
-        for (const BlockKind &child : kind.children)
+        for (const BlockKind &child : kind.children) {
             blocks(child);
+        }
         writer_.close();
     }
 
@@ -148,8 +150,9 @@ private:
         const std::uint64_t count = sequence_.between(kind.fewest, kind.most);
         for (std::uint64_t i = 1; i <= count && left_ > 0; ++i) {
             std::string name;
-            if (!kind.names.empty())
+            if (!kind.names.empty()) {
                 name = std::string(pick(kind.names)) + ' ' + std::to_string(i);
+            }
             block(kind, name);
         }
     }
@@ -158,19 +161,22 @@ private:
     void parameters(Words names)
     {
         const std::size_t first = sequence_.below(names.size() / 2 + 1);
-        for (std::size_t i = first; i < names.size() && left_ > 0; ++i, --left_)
+        for (std::size_t i = first; i < names.size() && left_ > 0; ++i, --left_) {
             writer_.parameter(names[i], value());
+        }
     }
 
     std::string value()
     {
         std::string text = anyValue();
-        while (text.size() < shortestValue)
+        while (text.size() < shortestValue) {
             text += " [1]";
+        }
         if (text.size() > longestValue) {
             text.resize(longestValue);
-            while (text.back() == ' ' || text.back() == ',')
+            while (text.back() == ' ' || text.back() == ',') {
                 text.pop_back();
+            }
         }
         return text;
     }
@@ -215,8 +221,9 @@ private:
     std::string locations()
     {
         std::string text;
-        for (std::uint64_t i = sequence_.between(2, 6); i > 0; --i)
+        for (std::uint64_t i = sequence_.between(2, 6); i > 0; --i) {
             text += "Surface " + std::to_string(sequence_.below(900)) + (i > 1 ? ", " : "");
+        }
         return text;
     }
 
@@ -228,8 +235,9 @@ private:
     std::string sentence()
     {
         std::string text = pick(sentenceWords);
-        for (std::uint64_t i = sequence_.between(2, 8); i > 0; --i)
+        for (std::uint64_t i = sequence_.between(2, 8); i > 0; --i) {
             text.append(" ").append(pick(sentenceWords));
+        }
         return text;
     }
 

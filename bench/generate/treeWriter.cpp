@@ -45,8 +45,9 @@ public:
     void open(std::string_view type, std::string_view name) override
     {
         std::string line = indent().append(type).append(":");
-        if (!name.empty())
+        if (!name.empty()) {
             line.append(" ").append(name);
+        }
         putLine(line);
         ++depth_;
     }
@@ -69,8 +70,9 @@ private:
         const std::string continuation = indent() + "  ";
         while (line.size() > velUsualWidth) {
             const std::size_t blank = line.rfind(' ', velUsualWidth - 2);
-            if (blank == std::string::npos || blank < continuation.size())
+            if (blank == std::string::npos || blank < continuation.size()) {
                 break;
+            }
             putLine(line.substr(0, blank + 1) + '\\');
             line.replace(0, blank + 1, continuation);
         }
@@ -115,8 +117,9 @@ public:
     void open(std::string_view type, std::string_view name) override
     {
         std::string line = indent().append("<").append(element(type));
-        if (!name.empty())
+        if (!name.empty()) {
             line.append(" name=\"").append(escapeXml(name)).append("\"");
+        }
         putLine(line.append(">"));
         types_.emplace_back(element(type));
         ++depth_;
@@ -151,8 +154,9 @@ private:
     {
         std::string name(type);
         for (char &c : name) {
-            if (c == ' ')
+            if (c == ' ') {
                 c = '_';
+            }
         }
         return name;
     }
@@ -210,8 +214,9 @@ private:
     {
         std::string quoted = "\"";
         for (const char c : text) {
-            if (c == '"' || c == '\\')
+            if (c == '"' || c == '\\') {
                 quoted += '\\';
+            }
             quoted += c;
         }
         return quoted + '"';

@@ -89,8 +89,9 @@ TEST(TreeWriters, HoldTheSameTree)
     ASSERT_EQ(loadVELFile(handle.get(), (stem + ".vel").c_str(), "vel"), nullptr);
     std::istringstream paths(readFile(stem + ".paths"));
     std::uint64_t found = 0;
-    for (std::string path; std::getline(paths, path); ++found)
+    for (std::string path; std::getline(paths, path); ++found) {
         ASSERT_NE(velFindValue(handle.get(), path.c_str()), nullptr) << path;
+    }
     EXPECT_EQ(found, parameters);
 
     std::istringstream text(readFile(stem + ".vel"));

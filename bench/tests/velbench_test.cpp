@@ -24,7 +24,7 @@ std::string minimalExample()
 {
     const char *source = std::getenv("VEL_SOURCE_DIR");
     EXPECT_NE(source, nullptr);
-    return std::string(source ? source : "") + "/examples/minimal.vel";
+    return std::string(source != nullptr ? source : "") + "/examples/minimal.vel";
 }
 
 /// The JSON object that a call prints.
@@ -50,8 +50,9 @@ class VelbenchTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        if (!std::filesystem::exists("/proc/self/statm"))
+        if (!std::filesystem::exists("/proc/self/statm")) {
             GTEST_SKIP() << "without /proc the memory of the process cannot be read";
+        }
     }
 
     TemporaryFolder folder_;

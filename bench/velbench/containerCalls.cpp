@@ -16,8 +16,9 @@ constexpr int smallDatasets = 20000;
 
 void check(int code)
 {
-    if (code != IO_OK)
+    if (code != IO_OK) {
         throw Failure(io_code_text(code));
+    }
 }
 
 /// A file in the caller's folder; the destructor deletes it.
@@ -44,14 +45,16 @@ private:
 /// Doubles from the DATA file, or generated ones.
 std::vector<double> doublesOf(const Arguments &arguments)
 {
-    if (arguments.size() < 2)
+    if (arguments.size() < 2) {
         return container_workloads::sample_doubles(generatedBytes);
+    }
     std::vector<double> values(fileSize(arguments[1]) / sizeof(double));
     std::ifstream in(arguments[1], std::ios::binary);
     in.read(reinterpret_cast<char *>(values.data()),
             static_cast<std::streamsize>(values.size() * sizeof(double)));
-    if (!in)
+    if (!in) {
         throw Failure(arguments[1] + ": cannot be read");
+    }
     return values;
 }
 
@@ -88,8 +91,9 @@ Result readDoubles(const char *name, const char *format, const Arguments &argume
     Result result = measure(
         resultOf(name, values), [] {},
         [&] { check(container_workloads::read_doubles(file.path(), values)); });
-    if (std::memcmp(values.data(), written.data(), values.size() * sizeof(double)) != 0)
+    if (std::memcmp(values.data(), written.data(), values.size() * sizeof(double)) != 0) {
         throw Failure("what was read is not what was written");
+    }
     return result;
 }
 

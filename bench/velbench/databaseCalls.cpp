@@ -14,8 +14,9 @@ constexpr std::size_t lookups = 1000000;
 velHandlePtr newHandle()
 {
     velHandlePtr handle(velCreateHandle());
-    if (!handle)
+    if (!handle) {
         throw Failure("memory error");
+    }
     return handle;
 }
 
@@ -32,11 +33,12 @@ std::uint64_t countParameters(velHandle *handle)
     while (!pending.empty()) {
         const velNode *node = pending.back();
         pending.pop_back();
-        for (; node; node = velNextSibling(node)) {
-            if (velDescribe(handle, node).kind == velParam)
+        for (; node != nullptr; node = velNextSibling(node)) {
+            if (velDescribe(handle, node).kind == velParam) {
                 ++count;
-            else if (const velNode *child = velFirstChild(node))
+            } else if (const velNode *child = velFirstChild(node)) {
                 pending.push_back(child);
+            }
         }
     }
     return count;
@@ -77,8 +79,9 @@ Result velFormat(const Arguments &arguments)
     velStringList lines;
     require(velWrapText(handle.get(), "/", velUsualWidth, &lines));
     result.rss = residentBytes() - before;
-    for (const char *line : lines)
+    for (const char *line : lines) {
         result.bytes += std::strlen(line) + 1;
+    }
 
     result.seconds =
         bestOf([&] { lines = velStringList(); },
@@ -102,8 +105,9 @@ Result velLookup(const Arguments &arguments)
                [&] {
                    for (const std::uint32_t i : order) {
                        const char *value = velFindValue(handle.get(), paths[i].c_str());
-                       if (!value)
+                       if (value == nullptr) {
                            throw Failure(paths[i] + ": the file has no such parameter");
+                       }
                        result.bytes += std::strlen(value);
                    }
                });

@@ -47,7 +47,7 @@ private:
     static bool isFilledTree(const QObject *object)
     {
         const auto *tree = qobject_cast<const QTreeWidget *>(object);
-        return tree && tree->topLevelItemCount() > 0;
+        return tree != nullptr && tree->topLevelItemCount() > 0;
     }
 
     static void tell()
@@ -78,8 +78,9 @@ struct Start
 int spawnEditor(const std::string &file)
 {
     std::array<int, 2> ends{};
-    if (pipe(ends.data()) != 0)
+    if (pipe(ends.data()) != 0) {
         throw Failure("cannot make a pipe");
+    }
     const pid_t child = fork();
     if (child == 0) {
         dup2(ends[1], STDOUT_FILENO);
@@ -100,11 +101,12 @@ Start startEditor(const std::string &file)
                                                               std::fclose);
     std::string said;
     std::array<char, 4096> line{};
-    while (in && std::fgets(line.data(), line.size(), in.get())) {
+    while (in && std::fgets(line.data(), line.size(), in.get()) != nullptr) {
         double shown = 0;
         long rss = 0;
-        if (std::sscanf(line.data(), shownFormat, &shown, &rss) == 2)
+        if (std::sscanf(line.data(), shownFormat, &shown, &rss) == 2) {
             return {shown - begin, rss};
+        }
         said += line.data();
     }
     throw Failure("the editor did not show its tree:\n" + said);
@@ -124,8 +126,9 @@ Result editorOpen(const Arguments &arguments)
     setenv("ZOTBUILDID", "velbench", 0);
     for (int run = 0; run < runs; ++run) {
         const Start start = startEditor(file);
-        while (waitpid(-1, nullptr, WNOHANG) > 0)
+        while (waitpid(-1, nullptr, WNOHANG) > 0) {
             continue;
+        }
         result.seconds = std::min(result.seconds, start.seconds);
         result.rss = start.rss;
     }

@@ -65,8 +65,9 @@ public:
     [[nodiscard]] std::uint64_t rowCount()
     {
         std::uint64_t rows = 0;
-        for (QTreeWidgetItemIterator i(&tree()); *i != nullptr; ++i)
+        for (QTreeWidgetItemIterator i(&tree()); *i != nullptr; ++i) {
             ++rows;
+        }
         return rows;
     }
 
@@ -76,11 +77,13 @@ public:
         VELTreeItem *last = nullptr;
         for (QTreeWidgetItemIterator i(&tree()); *i != nullptr; ++i) {
             VELTreeItem *row = VELTreeItem::from(*i);
-            if (row->hasValue() && row->isEditable())
+            if (row->hasValue() && row->isEditable()) {
                 last = row;
+            }
         }
-        if (last == nullptr)
+        if (last == nullptr) {
             throw Failure("no value can be changed");
+        }
         return *last;
     }
 
@@ -101,8 +104,9 @@ Result result(const char *name, const std::string &file, std::uint64_t count)
 void answerEdit()
 {
     auto *dialog = qobject_cast<velEditor::EditParamDialog *>(QApplication::activeModalWidget());
-    if (dialog == nullptr)
+    if (dialog == nullptr) {
         return;
+    }
     if (auto *field = dialog->findChild<QTextEdit *>()) {
         const QString text = field->toPlainText();
         field->selectAll();

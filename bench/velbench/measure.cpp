@@ -30,8 +30,9 @@ std::int64_t residentBytes()
     std::ifstream status("/proc/self/statm");
     std::int64_t total = 0;
     std::int64_t resident = 0;
-    if (!(status >> total >> resident))
+    if (!(status >> total >> resident)) {
         throw Failure("the memory of the process cannot be read");
+    }
     return resident * sysconf(_SC_PAGESIZE);
 }
 
@@ -65,8 +66,9 @@ std::uint64_t fileSize(const std::string &file)
 {
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(file, error);
-    if (error)
+    if (error) {
         throw Failure(file + ": " + error.message());
+    }
     return size;
 }
 
@@ -74,18 +76,21 @@ std::vector<std::string> readLines(const std::string &file)
 {
     std::ifstream in(file, std::ios::binary);
     std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);)
+    for (std::string line; std::getline(in, line);) {
         lines.push_back(line);
-    if (lines.empty())
+    }
+    if (lines.empty()) {
         throw Failure(file + ": no lines could be read");
+    }
     return lines;
 }
 
 std::vector<std::uint32_t> fixedOrder(std::size_t size, std::size_t count)
 {
     std::vector<std::uint32_t> order(count);
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         order[i] = static_cast<std::uint32_t>(i % size);
+    }
     std::uint64_t state = 20;
     for (std::size_t i = count; i > 1; --i) {
         state = state * 6364136223846793005U + 1442695040888963407U;
@@ -96,8 +101,9 @@ std::vector<std::uint32_t> fixedOrder(std::size_t size, std::size_t count)
 
 void require(const char *message)
 {
-    if (message)
+    if (message != nullptr) {
         throw Failure(message);
+    }
 }
 
 } // namespace velBench

@@ -39,8 +39,9 @@ Result measure(const char *name, const std::function<void()> &work)
 Result perlCall(const Arguments &)
 {
     return measure("perl.call", [] {
-        for (std::uint64_t i = 0; i < calls; ++i)
+        for (std::uint64_t i = 0; i < calls; ++i) {
             require(velparser::callPerlMethod("benchCall", "/FLOW"));
+        }
     });
 }
 

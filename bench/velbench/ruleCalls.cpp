@@ -66,20 +66,24 @@ struct ColdRun
 ColdRun runCold(const std::function<void()> &work)
 {
     std::array<int, 2> ends{};
-    if (pipe(ends.data()) != 0)
+    if (pipe(ends.data()) != 0) {
         throw Failure("cannot make a pipe");
+    }
     const pid_t child = fork();
-    if (child == 0)
+    if (child == 0) {
         beColdChild(ends[1], work);
+    }
     close(ends[1]);
     const std::unique_ptr<std::FILE, int (*)(std::FILE *)> in(fdopen(ends[0], "r"), std::fclose);
     double seconds = 0;
     long long rss = 0;
     const bool reported = in && std::fscanf(in.get(), coldFormat, &seconds, &rss) == 2;
-    if (child > 0)
+    if (child > 0) {
         waitpid(child, nullptr, 0);
-    if (!reported)
+    }
+    if (!reported) {
         throw Failure("the run in a new process failed");
+    }
     return {seconds, rss};
 }
 

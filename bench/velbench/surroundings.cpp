@@ -9,8 +9,9 @@ namespace velBench {
 
 void completeEnvironment()
 {
-    for (const auto &[name, value] : veltool::variablesOf(veltool::findPlaces()))
+    for (const auto &[name, value] : veltool::variablesOf(veltool::findPlaces())) {
         setenv(name.c_str(), value.c_str(), 0);
+    }
 }
 
 } // namespace velBench

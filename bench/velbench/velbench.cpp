@@ -47,8 +47,9 @@ constexpr Call calls[] = {
 int usage(std::FILE *to, int status)
 {
     std::fputs("usage: velbench CALL ARGUMENTS\n\n", to);
-    for (const Call &call : calls)
+    for (const Call &call : calls) {
         std::fprintf(to, "  %-14s %-11s %s\n", call.name, call.arguments, call.purpose);
+    }
     return std::fflush(to) == 0 ? status : 2;
 }
 
@@ -69,19 +70,24 @@ int run(const Call &call, const velBench::Arguments &arguments)
 int main(int count, char **words)
 {
     velEditor::ignoreWriteSignals();
-    if (count < 2)
+    if (count < 2) {
         return usage(stderr, 2);
+    }
     velBench::completeEnvironment();
-    if (std::strcmp(words[1], velBench::editorChild) == 0)
+    if (std::strcmp(words[1], velBench::editorChild) == 0) {
         return velBench::runEditorChild(count - 1, words + 1);
-    if (std::strcmp(words[1], "--help") == 0)
+    }
+    if (std::strcmp(words[1], "--help") == 0) {
         return usage(stdout, 0);
+    }
     const velBench::Arguments arguments(words + 2, words + count);
     for (const Call &call : calls) {
-        if (std::strcmp(call.name, words[1]) != 0)
+        if (std::strcmp(call.name, words[1]) != 0) {
             continue;
-        if (arguments.size() < call.fewest || arguments.size() > call.most)
+        }
+        if (arguments.size() < call.fewest || arguments.size() > call.most) {
             return usage(stderr, 2);
+        }
         return run(call, arguments);
     }
     std::fprintf(stderr, "velbench: unknown call \"%s\"; see velbench --help\n", words[1]);

@@ -75,8 +75,10 @@ void HelpScreenTest::init()
     QDir(folder_.path()).mkpath("HelpViewer");
     QFile::link(HELP_TEST_DOUBLE, folder_.filePath("HelpViewer/OMBRAHelpViewer.exe"));
     qputenv("ZOT_HELP_DIR", QFile::encodeName(folder_.filePath("doc/zot")));
-    for (const char *variable : {"KOA_TEST_HELP_DIR", "ZOT5MONO", "HELP_DOUBLE", "HELP_DOUBLE_LOG"})
+    for (const char *variable :
+         {"KOA_TEST_HELP_DIR", "ZOT5MONO", "HELP_DOUBLE", "HELP_DOUBLE_LOG"}) {
         qunsetenv(variable);
+    }
 }
 
 void HelpScreenTest::warnsInABox()
@@ -86,8 +88,9 @@ void HelpScreenTest::warnsInABox()
     user.setSingleShot(true);
     connect(&user, &QTimer::timeout, this, [&seen] {
         auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (box == nullptr)
+        if (box == nullptr) {
             return;
+        }
         seen << box->windowTitle() << box->text() << (box->parent() == nullptr ? "alone" : "child");
         QCOMPARE(box->icon(), QMessageBox::Warning);
         QCOMPARE(box->textFormat(), Qt::PlainText);

@@ -39,17 +39,18 @@ protected:
         set("ZOT_HELP_DIR", helpDirectory());
         set("HELP_DOUBLE_LOG", (folder_ / "log").string());
         for (const char *variable : {"KOA_TEST_HELP_DIR", "ZOT5MONO", "QRP_LOCALE150",
-                                     "OMBHELP_SESSION_ID", "KOA_DEBUG_HELP", "HELP_DOUBLE"})
+                                     "OMBHELP_SESSION_ID", "KOA_DEBUG_HELP", "HELP_DOUBLE"}) {
             ::unsetenv(variable);
+        }
     }
 
     // Tries again because a viewer that is ending may still write its log.
     ~JavaHelpServerTest() override
     {
         std::error_code failure;
-        do
+        do {
             fs::remove_all(folder_, failure);
-        while (failure);
+        } while (failure);
     }
 
     static void set(const char *name, const std::string &value)
@@ -81,8 +82,9 @@ protected:
     std::string logUpTo(const std::string &line) const
     {
         const auto end = std::chrono::steady_clock::now() + patience;
-        while (!log().ends_with(line + "\n") && std::chrono::steady_clock::now() < end)
+        while (!log().ends_with(line + "\n") && std::chrono::steady_clock::now() < end) {
             std::this_thread::sleep_for(10ms);
+        }
         return log();
     }
 
@@ -91,8 +93,9 @@ protected:
     {
         std::FILE *pipe = ::popen((HELP_TEST_SESSION " " + words).c_str(), "r");
         std::string text;
-        for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+        for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
             text += static_cast<char>(c);
+        }
         ::pclose(pipe);
         return text;
     }

@@ -34,8 +34,9 @@ std::string readAll(int fd)
     std::string all;
     for (;;) {
         const std::string part = ProcessControl::readOnce(fd, 100, patience);
-        if (part.empty())
+        if (part.empty()) {
             return all;
+        }
         all += part;
     }
 }
@@ -45,8 +46,9 @@ std::string outputOf(const std::vector<std::string> &words, bool noInherit = fal
 {
     int fd = -1;
     const int process = ProcessControl::startProcess(child(words), &fd, 1, noInherit);
-    if (process == 0)
+    if (process == 0) {
         return "not started";
+    }
     std::string output = readAll(fd);
     ProcessControl::closePipe(fd);
     ::waitpid(process, nullptr, 0);
@@ -69,8 +71,9 @@ bool isForgotten(int process)
     const auto end = std::chrono::steady_clock::now() + patience;
     while (std::chrono::steady_clock::now() < end) {
         ProcessControl::release(0);
-        if (::kill(process, 0) != 0)
+        if (::kill(process, 0) != 0) {
             return true;
+        }
         std::this_thread::sleep_for(10ms);
     }
     return false;

@@ -13,10 +13,12 @@ namespace {
 std::string requestText(const QByteArray &line)
 {
     const auto request = parseRequest(line);
-    if (!request)
+    if (!request) {
         return "dropped";
-    if (request->kind == Request::Quit)
+    }
+    if (request->kind == Request::Quit) {
         return "quit";
+    }
     return (request->topic + " | " + request->section).toStdString();
 }
 
@@ -54,8 +56,9 @@ TEST(Request, isNothingElse)
 {
     for (const char *line :
          {"", "QUIT ", "quit", "zot:x", "ZOT", "OMBRA:x", "DH2:x", "GET / HTTP/1.1", "ZOT:\x01",
-          "ZOT:a\tb", "ZOT:\xff\xfe", "ZOT:\x7f", " ZOT:x"})
+          "ZOT:a\tb", "ZOT:\xff\xfe", "ZOT:\x7f", " ZOT:x"}) {
         EXPECT_EQ("dropped", requestText(line)) << line;
+    }
     EXPECT_EQ("dropped", requestText(QByteArray("ZOT:a\0b", 7)));
 }
 
@@ -73,8 +76,9 @@ TEST(LineReader, givesTheSameHoweverTheBytesCome)
     for (qsizetype step = 1; step <= text.size(); ++step) {
         LineReader reader;
         QList<QByteArray> lines;
-        for (qsizetype at = 0; at < text.size(); at += step)
+        for (qsizetype at = 0; at < text.size(); at += step) {
             lines += reader.feed(text.mid(at, step));
+        }
         ASSERT_EQ("first|second|/3", joined(lines)) << step;
     }
 }
@@ -91,8 +95,9 @@ TEST(LineReader, keepsLinesOfTheGreatestLength)
 TEST(LineReader, dropsEndlessLines)
 {
     LineReader reader;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         ASSERT_EQ("/0", joined(reader.feed(QByteArray(10'000, 'x'))));
+    }
     EXPECT_EQ("ZOT:ok/1", joined(reader.feed("\nZOT:ok\n")));
 }
 
@@ -103,8 +108,9 @@ TEST(LineReader, takesAnyBytes)
     int requests = 0;
     for (int i = 0; i < 2000; ++i) {
         QByteArray bytes(static_cast<qsizetype>(random() % 3000), '\0');
-        for (char &byte : bytes)
+        for (char &byte : bytes) {
             byte = static_cast<char>(random());
+        }
         for (const QByteArray &line : reader.feed(bytes)) {
             ASSERT_LE(line.size(), LineReader::longest);
             requests += parseRequest(line).has_value() ? 1 : 0;

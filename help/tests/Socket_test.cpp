@@ -66,8 +66,9 @@ std::string receive(Socket &socket, std::size_t size)
     std::string all;
     while (all.size() < size) {
         const std::string part = socket.socketRecv(size - all.size());
-        if (part.empty())
+        if (part.empty()) {
             break;
+        }
         all += part;
     }
     return all;
@@ -125,8 +126,9 @@ TEST(Socket, sendsMoreThanThePeerTakesAtOnce)
     const std::string text(3'000'000, 'x');
     // A child process reads, since both ends block.
     const pid_t reader = ::fork();
-    if (reader == 0)
+    if (reader == 0) {
         ::_exit(receive(*pair.server, text.size()) == text ? 0 : 1);
+    }
     send(*pair.client, text);
     int status = -1;
     ASSERT_EQ(reader, ::waitpid(reader, &status, 0));
@@ -159,8 +161,9 @@ TEST(Socket, triesOnceAtLeast)
     for (const int attempts : {1, 0, -3}) {
         // With a pause every run takes over a second; a busy machine slows only some.
         auto shortest = timeOfAttempts(attempts);
-        for (int more = 0; more < 5 && shortest >= 900ms; ++more)
+        for (int more = 0; more < 5 && shortest >= 900ms; ++more) {
             shortest = std::min(shortest, timeOfAttempts(attempts));
+        }
         EXPECT_LT(shortest, 900ms);
     }
 }

@@ -54,10 +54,11 @@ TEST_F(TopicsTest, areReadWithTheirFiling)
     threePages();
     const Topics all = topics();
     QString text;
-    for (const Topic &topic : all.all())
+    for (const Topic &topic : all.all()) {
         text += QStringLiteral("%1|%2|%3|%4|%5\n")
                     .arg(topic.name, topic.title, topic.chapter, QString::number(topic.order),
                          topic.also.join(u','));
+    }
     EXPECT_EQ("plain|plain||0|\n"
               "inlet|Inlets|Objects|1|\n"
               "walls|WALL HEAT|Objects|2|Hot Walls,Surfaces\n",
@@ -70,10 +71,12 @@ TEST_F(TopicsTest, areFoundByAnyName)
     threePages();
     const Topics all = topics();
     for (const char *name :
-         {"walls", "Walls", "wall heat", "WALL-HEAT", " wall: heat! ", "hot walls", "surfaces"})
+         {"walls", "Walls", "wall heat", "WALL-HEAT", " wall: heat! ", "hot walls", "surfaces"}) {
         EXPECT_EQ("WALL HEAT", titleOf(all.find(name))) << name;
-    for (const char *name : {"", "heat", "../en-us/walls", "walls.md", "/etc/passwd"})
+    }
+    for (const char *name : {"", "heat", "../en-us/walls", "walls.md", "/etc/passwd"}) {
         EXPECT_EQ("none", titleOf(all.find(name))) << name;
+    }
 }
 
 TEST_F(TopicsTest, preferFileNamesToTitlesToOtherNames)
@@ -147,8 +150,9 @@ TEST_F(TopicsTest, areNotReadFromALanguageThatIsAPath)
 {
     page("secret/start.md", "# Secret\n");
     QDir(folder.path()).mkpath("help/en-us");
-    for (const char *language : {"../secret", "/etc", "..", "en-us/../../secret", "."})
+    for (const char *language : {"../secret", "/etc", "..", "en-us/../../secret", "."}) {
         EXPECT_EQ(0, Topics(folder.filePath("help"), QString::fromLatin1(language)).all().size());
+    }
 }
 
 TEST_F(TopicsTest, areNoneWithoutAFolder)
@@ -199,17 +203,21 @@ TEST_F(ShippedTopics, describeTheFieldsOfRules)
 {
     const Topic *fields = topics.find("Fields of rules");
     ASSERT_NE(nullptr, fields);
-    for (const char *field : {"Parents", "Units", "If Parameter", "To Object", "Language Version"})
+    for (const char *field :
+         {"Parents", "Units", "If Parameter", "To Object", "Language Version"}) {
         EXPECT_TRUE(fields->text.contains(QStringLiteral("\n| `%1` | ").arg(field))) << field;
+    }
 }
 
 TEST_F(ShippedTopics, explainTheFindings)
 {
     const Topic *findings = topics.find("Findings");
     ASSERT_NE(nullptr, findings);
-    for (const char *identifier : {"missing-parameter", "wrong-unit", "rules-in-data", "bad-rule"})
+    for (const char *identifier :
+         {"missing-parameter", "wrong-unit", "rules-in-data", "bad-rule"}) {
         EXPECT_TRUE(findings->text.contains(QStringLiteral("\n### %1\n").arg(identifier)))
             << identifier;
+    }
 }
 
 // There is a page for every type, counted by the lines of the rule library.
@@ -220,8 +228,9 @@ TEST_F(ShippedTopics, coverTheWholeRuleLibrary)
     int types = 0;
     for (const QByteArray &line : rules.readAll().split('\n')) {
         for (const char *kind : {"  OBJECT: ", "  SINGLETON: "}) {
-            if (!line.startsWith(kind))
+            if (!line.startsWith(kind)) {
                 continue;
+            }
             const QString type = QString::fromUtf8(line).section(u':', 1).trimmed();
             ++types;
             EXPECT_NE(nullptr, topics.find("type " + type)) << type.toStdString();
@@ -240,8 +249,10 @@ TEST_F(ShippedTopics, linkToPagesAndHeadingsThatExist)
             const Topic *target = topics.find(match.captured(1));
             ASSERT_NE(nullptr, target) << (page.name + ": " + match.captured(0)).toStdString();
             bool isThere = match.captured(2).isEmpty();
-            for (auto headings = heading.globalMatch(target->text); !isThere && headings.hasNext();)
+            for (auto headings = heading.globalMatch(target->text);
+                 !isThere && headings.hasNext();) {
                 isThere = normalized(headings.next().captured(1)) == normalized(match.captured(2));
+            }
             EXPECT_TRUE(isThere) << (page.name + ": " + match.captured(0)).toStdString();
         }
     }

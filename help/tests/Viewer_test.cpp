@@ -55,8 +55,9 @@ protected:
     ~ViewerTest() override
     {
         client_->disconnect();
-        if (fs::exists(folder_ / "log"))
+        if (fs::exists(folder_ / "log")) {
             finalLog();
+        }
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
     }
@@ -69,8 +70,9 @@ protected:
         std::ifstream file(folder_ / name);
         std::string notes;
         for (std::string line; std::getline(file, line);) {
-            if (line == "started" || line.starts_with("ended ") || line.starts_with("velhelp: "))
+            if (line == "started" || line.starts_with("ended ") || line.starts_with("velhelp: ")) {
                 notes += line + "\n";
+            }
         }
         return notes;
     }
@@ -80,8 +82,9 @@ protected:
     {
         const auto end = std::chrono::steady_clock::now() + patience;
         const std::string last = "velhelp: showing " + page + " - Help\n";
-        while (!content("log").ends_with(last) && std::chrono::steady_clock::now() < end)
+        while (!content("log").ends_with(last) && std::chrono::steady_clock::now() < end) {
             std::this_thread::sleep_for(20ms);
+        }
         return content("log");
     }
 
@@ -89,8 +92,9 @@ protected:
     std::string finalLog() const
     {
         const auto end = std::chrono::steady_clock::now() + patience;
-        while (!fs::exists(folder_ / "finished") && std::chrono::steady_clock::now() < end)
+        while (!fs::exists(folder_ / "finished") && std::chrono::steady_clock::now() < end) {
             std::this_thread::sleep_for(20ms);
+        }
         return content("finished");
     }
 
@@ -121,8 +125,9 @@ std::string noise(std::mt19937 &random)
                                              "DH2:\x02"};
     std::string bytes = beginnings[random() % 5];
     bytes.resize(bytes.size() + random() % 20'000);
-    for (char &byte : bytes)
+    for (char &byte : bytes) {
         byte = static_cast<char>(byte != '\0' ? byte : random());
+    }
     return bytes;
 }
 
@@ -225,8 +230,9 @@ TEST_F(ViewerTest, survivesRandomBytes)
     std::mt19937 random(1);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(fuzzSeconds());
     std::size_t sent = 0;
-    while (std::chrono::steady_clock::now() < end)
+    while (std::chrono::steady_clock::now() < end) {
         sent += attack(client().port(), random);
+    }
     EXPECT_GT(sent, 100'000U);
 
     client().showHelp("Tutorials", "", 2);

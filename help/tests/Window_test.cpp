@@ -89,8 +89,9 @@ void HelpWindowTest::init()
     QByteArray text = "<!-- chapter: Objects -->\n# Walls\n\n[up](master-contents.md) "
                       "[down](#far-below) [out](http://example.com/) [file](file:///etc/passwd) "
                       "[none](nowhere.md)\n\n";
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         text += i == 30 ? "## Midway\n\n" : "A paragraph of text, longer than a narrow page.\n\n";
+    }
     page("walls.md", text + "## Far below\n\nThe <b>end</b>. ![x](/etc/passwd)\n");
     topics_ = std::make_unique<Topics>(folder_->path(), "en-us");
     window_ = std::make_unique<Window>(*topics_);
@@ -213,8 +214,9 @@ void HelpWindowTest::followsLinks()
     QCOMPARE(window_->page().textCursor().block().text(), QString("Far below"));
     emit window_->page().anchorClicked(QUrl("master-contents.md"));
     QCOMPARE(window_->windowTitle(), QString("Contents - Help"));
-    for (const char *link : {"http://example.com/", "file:///etc/passwd", "//host/x"})
+    for (const char *link : {"http://example.com/", "file:///etc/passwd", "//host/x"}) {
         emit window_->page().anchorClicked(QUrl(link));
+    }
     QCOMPARE(window_->windowTitle(), QString("Contents - Help"));
     emit window_->page().anchorClicked(QUrl("help:walls"));
     QCOMPARE(window_->windowTitle(), QString("Walls - Help"));
@@ -233,8 +235,9 @@ void HelpWindowTest::loadsNothing()
 void HelpWindowTest::listsTheContents()
 {
     QStringList lines;
-    for (QTreeWidgetItemIterator item(&child<QTreeWidget>("Contents")); *item != nullptr; ++item)
+    for (QTreeWidgetItemIterator item(&child<QTreeWidget>("Contents")); *item != nullptr; ++item) {
         lines.append(((*item)->parent() != nullptr ? "  " : "") + (*item)->text(0));
+    }
     QCOMPARE(lines, QStringList({"Guide", "  Contents", "  Search", "Objects", "  Walls"}));
 }
 
@@ -309,13 +312,15 @@ void HelpWindowTest::zooms()
 {
     window_->showTopic("", "");
     const int normal = window_->page().font().pointSize();
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         trigger("ZoomIn");
+    }
     QCOMPARE(window_->page().font().pointSize(), normal + 3);
     trigger("ZoomOut");
     QCOMPARE(window_->page().font().pointSize(), normal + 2);
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         trigger("ZoomOut");
+    }
     QVERIFY(window_->page().font().pointSize() >= 1);
     trigger("ZoomReset");
     QCOMPARE(window_->page().font().pointSize(), normal);

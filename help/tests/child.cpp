@@ -19,15 +19,17 @@ namespace {
 
 int printArguments(int count, char **words)
 {
-    for (int i = 2; i < count; ++i)
+    for (int i = 2; i < count; ++i) {
         std::printf("%s\n", words[i]);
+    }
     return 0;
 }
 
 int echo()
 {
-    for (int c = std::getchar(); c != EOF; c = std::getchar())
+    for (int c = std::getchar(); c != EOF; c = std::getchar()) {
         std::putchar(c);
+    }
     return 0;
 }
 
@@ -51,17 +53,23 @@ int printSignals()
 int main(int count, char **words)
 {
     const std::string_view task = count > 1 ? words[1] : "";
-    if (task == "arguments")
+    if (task == "arguments") {
         return printArguments(count, words);
-    if (task == "echo")
+    }
+    if (task == "echo") {
         return echo();
-    if (task == "write" && count == 4)
+    }
+    if (task == "write" && count == 4) {
         return writeTo(std::atoi(words[2]), words[3]);
-    if (task == "inherits" && count == 3)
+    }
+    if (task == "inherits" && count == 3) {
         return std::puts(::fcntl(std::atoi(words[2]), F_GETFD) < 0 ? "closed" : "open") < 0;
-    if (task == "signals")
+    }
+    if (task == "signals") {
         return printSignals();
-    if (task == "sleep")
+    }
+    if (task == "sleep") {
         return static_cast<int>(::sleep(60));
+    }
     return 2;
 }

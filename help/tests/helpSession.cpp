@@ -22,17 +22,19 @@ void show(velEditor::JavaHelpServer &server, const std::string &request)
 
 int main(int count, char **words)
 {
-    if (count < 2)
+    if (count < 2) {
         return 2;
+    }
     velEditor::JavaHelpServer server(words[1]);
     server.setWarning([](const std::string &title, const std::string &text) {
         std::printf("[%s] %s\n", title.c_str(), text.c_str());
     });
     for (int i = 2; i < count; ++i) {
-        if (std::string(words[i]) == "disconnect")
+        if (std::string(words[i]) == "disconnect") {
             server.disconnect();
-        else
+        } else {
             show(server, words[i]);
+        }
     }
     return 0;
 }

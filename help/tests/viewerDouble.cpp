@@ -23,8 +23,9 @@ void note(const std::string &line)
 {
     const char *name = std::getenv("HELP_DOUBLE_LOG");
     std::FILE *file = name != nullptr ? std::fopen(name, "a") : nullptr;
-    if (file == nullptr)
+    if (file == nullptr) {
         return;
+    }
     std::fputs((line + "\n").c_str(), file);
     std::fclose(file);
 }
@@ -39,8 +40,9 @@ void say(const std::string &text)
 void lingerWithParent()
 {
     const pid_t parent = ::getppid();
-    for (int i = 0; i < 600 && ::getppid() == parent; ++i)
+    for (int i = 0; i < 600 && ::getppid() == parent; ++i) {
         ::usleep(100'000);
+    }
 }
 
 /// The next line without its line end; empty at the end of the connection.
@@ -49,8 +51,9 @@ std::string receiveLine(velEditor::Socket &connection)
     std::string line;
     for (;;) {
         const std::string byte = connection.socketRecv(1);
-        if (byte.empty() || byte == "\n")
+        if (byte.empty() || byte == "\n") {
             return line;
+        }
         line += byte;
     }
 }
@@ -61,14 +64,17 @@ void serve(const std::string &conduct)
     listener.openListenPort(0);
     say(std::to_string(listener.port()) + "\n");
     const auto connection = listener.waitForConnection(std::chrono::seconds(60));
-    if (conduct == "half")
+    if (conduct == "half") {
         ::shutdown(connection->handle(), SHUT_WR);
+    }
     for (;;) {
         const std::string line = receiveLine(*connection);
-        if (!line.empty())
+        if (!line.empty()) {
             note("got " + line);
-        if (line.empty() || line == "QUIT" || conduct == "leave")
+        }
+        if (line.empty() || line == "QUIT" || conduct == "leave") {
             return;
+        }
     }
 }
 
@@ -77,16 +83,18 @@ void serve(const std::string &conduct)
 int main(int count, char **words)
 {
     std::string start = "started";
-    for (int i = 1; i < count; ++i)
+    for (int i = 1; i < count; ++i) {
         start += std::string(" '") + words[i] + "'";
+    }
     note(start);
 
     const char *variable = std::getenv("HELP_DOUBLE");
     const std::string conduct = variable != nullptr ? variable : "";
     if (conduct.substr(0, 4) == "say ") {
         say(conduct.substr(4));
-        if (conduct.size() > 4)
+        if (conduct.size() > 4) {
             lingerWithParent();
+        }
         return 0;
     }
     if (conduct == "silent") {

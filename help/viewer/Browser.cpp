@@ -44,8 +44,9 @@ void Browser::frameTables()
 {
     for (QTextFrame *frame : document()->rootFrame()->childFrames()) {
         auto *table = qobject_cast<QTextTable *>(frame);
-        if (table == nullptr)
+        if (table == nullptr) {
             continue;
+        }
         QTextTableFormat format = table->format();
         format.setBorder(1);
         format.setBorderCollapse(true);
@@ -58,8 +59,9 @@ bool Browser::showSection(const QString &section)
 {
     const QString wanted = normalized(section);
     for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
-        if (block.blockFormat().headingLevel() == 0 || normalized(block.text()) != wanted)
+        if (block.blockFormat().headingLevel() == 0 || normalized(block.text()) != wanted) {
             continue;
+        }
         setTextCursor(QTextCursor(block));
         const QRectF place = document()->documentLayout()->blockBoundingRect(block);
         verticalScrollBar()->setValue(static_cast<int>(place.top()));
@@ -73,8 +75,9 @@ void Browser::showText(const QString &text)
     const QString phrase = text.simplified();
     for (const QString &wanted : QStringList(phrase) + phrase.split(u' ')) {
         moveCursor(QTextCursor::Start);
-        if (find(wanted))
+        if (find(wanted)) {
             return;
+        }
     }
 }
 

@@ -17,8 +17,9 @@ QList<QHostAddress> ownAddresses()
     QList<QHostAddress> addresses{QHostAddress(QHostAddress::LocalHost)};
     for (const QHostAddress &address :
          QHostInfo::fromName(QHostInfo::localHostName()).addresses()) {
-        if (address.protocol() == QAbstractSocket::IPv4Protocol && !addresses.contains(address))
+        if (address.protocol() == QAbstractSocket::IPv4Protocol && !addresses.contains(address)) {
             addresses.append(address);
+        }
     }
     return addresses;
 }
@@ -40,8 +41,9 @@ void refuse(QTcpSocket &client)
 
 Listener::Listener()
 {
-    for (int tries = 0; tries < portTries && !listenOn(0); ++tries)
+    for (int tries = 0; tries < portTries && !listenOn(0); ++tries) {
         servers_.clear();
+    }
 }
 
 Listener::~Listener() = default;
@@ -61,8 +63,9 @@ bool Listener::listenOn(quint16 port)
         connect(listening, &QTcpServer::newConnection, this,
                 [this, listening] { acceptFrom(*listening); });
         if (!server->listen(address, port)) {
-            if (servers_.empty() || server->serverError() == QAbstractSocket::AddressInUseError)
+            if (servers_.empty() || server->serverError() == QAbstractSocket::AddressInUseError) {
                 return false;
+            }
             continue;
         }
         port = server->serverPort();
@@ -74,10 +77,11 @@ bool Listener::listenOn(quint16 port)
 void Listener::acceptFrom(QTcpServer &server)
 {
     while (QTcpSocket *client = server.nextPendingConnection()) {
-        if (isFromHere(*client) && clients_ < mostClients)
+        if (isFromHere(*client) && clients_ < mostClients) {
             serve(*client);
-        else
+        } else {
             refuse(*client);
+        }
     }
 }
 
@@ -91,8 +95,9 @@ void Listener::serve(QTcpSocket &client)
     connect(&client, &QTcpSocket::disconnected, this, [this, &client] {
         client.deleteLater();
         --clients_;
-        if (clients_ == 0)
+        if (clients_ == 0) {
             emit deserted();
+        }
     });
 }
 
@@ -101,14 +106,17 @@ void Listener::readFrom(QTcpSocket &client, LineReader &reader)
     std::optional<Request> last;
     for (const QByteArray &line : reader.feed(client.readAll())) {
         const std::optional<Request> request = parseRequest(line);
-        if (!request)
+        if (!request) {
             continue;
+        }
         last = request;
-        if (request->kind == Request::Quit)
+        if (request->kind == Request::Quit) {
             break;
+        }
     }
-    if (last)
+    if (last) {
         emit requested(*last);
+    }
 }
 
 } // namespace velHelp

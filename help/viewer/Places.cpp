@@ -15,8 +15,9 @@ namespace {
 QString folderWith(const QString &content, const QStringList &folders)
 {
     for (const QString &folder : folders) {
-        if (!folder.isEmpty() && QFileInfo::exists(folder + content))
+        if (!folder.isEmpty() && QFileInfo::exists(folder + content)) {
             return folder;
+        }
     }
     return {};
 }
@@ -27,7 +28,8 @@ QString helpFolder()
 {
     const QString here = QCoreApplication::applicationDirPath();
     return folderWith(QStringLiteral("/en-us"),
-                      {environment::testHelpFolder(), environment::helpFolder(), here + QLatin1String("/../help"),
+                      {environment::testHelpFolder(), environment::helpFolder(),
+                       here + QLatin1String("/../help"),
                        here + QLatin1String("/../../share/veleditor/help")});
 }
 
@@ -38,10 +40,12 @@ QIcon programIcon()
                                     {environment::rootFolder(), here + QLatin1String("/.."),
                                      here + QLatin1String("/../../share/veleditor")});
     QIcon icon;
-    if (root.isEmpty())
+    if (root.isEmpty()) {
         return icon;
-    for (const char *file : {"ZOT.png", "ZOT32x32.png", "ZOT48x48.png"})
+    }
+    for (const char *file : {"ZOT.png", "ZOT32x32.png", "ZOT48x48.png"}) {
         icon.addFile(root + QLatin1String("/etc/icons/") + QLatin1String(file));
+    }
     return icon;
 }
 

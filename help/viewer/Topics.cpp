@@ -31,8 +31,9 @@ QStringList languageFolders(const QString &language)
     name.replace(u'_', u'-');
     static const QRegularExpression form(QStringLiteral("^[a-z]{2,8}(-[a-z0-9]{1,8})*$"));
     QStringList folders;
-    if (form.match(name).hasMatch())
+    if (form.match(name).hasMatch()) {
         folders << name << name.section(u'-', 0, 0);
+    }
     folders << fallbackLanguage;
     folders.removeDuplicates();
     return folders;
@@ -43,13 +44,15 @@ void readFiling(const QString &comment, Topic &topic)
     for (const QString &field : comment.split(u';')) {
         const QString name = field.section(u':', 0, 0).trimmed();
         const QString value = field.section(u':', 1).trimmed();
-        if (name == QLatin1String("chapter"))
+        if (name == QLatin1String("chapter")) {
             topic.chapter = value;
-        else if (name == QLatin1String("order"))
+        } else if (name == QLatin1String("order")) {
             topic.order = value.toInt();
-        else if (name == QLatin1String("also"))
-            for (const QString &other : value.split(u',', Qt::SkipEmptyParts))
+        } else if (name == QLatin1String("also")) {
+            for (const QString &other : value.split(u',', Qt::SkipEmptyParts)) {
                 topic.also.append(other.trimmed());
+            }
+        }
     }
 }
 
@@ -67,8 +70,9 @@ Topic parsePage(const QString &name, const QString &content)
     }
     static const QRegularExpression heading(QStringLiteral("^# +(.*?) *$"),
                                             QRegularExpression::MultilineOption);
-    if (const auto match = heading.match(topic.text); match.hasMatch())
+    if (const auto match = heading.match(topic.text); match.hasMatch()) {
         topic.title = match.captured(1);
+    }
     return topic;
 }
 
@@ -93,8 +97,9 @@ int editDistance(const QString &from, const QString &to)
 /// whatever their lengths.
 int distance(const QString &wanted, const QString &name)
 {
-    if (!wanted.isEmpty() && (name.contains(wanted) || wanted.contains(name)))
+    if (!wanted.isEmpty() && (name.contains(wanted) || wanted.contains(name))) {
         return 0;
+    }
     return editDistance(wanted, name);
 }
 
@@ -103,8 +108,9 @@ QString excerpt(const QString &text, const QString &word)
 {
     const qsizetype body = text.startsWith(u'#') ? text.indexOf(u'\n') : 0;
     const qsizetype at = body < 0 ? -1 : text.indexOf(word, body, Qt::CaseInsensitive);
-    if (at < 0)
+    if (at < 0) {
         return {};
+    }
     const qsizetype begin = text.lastIndexOf(u'\n', at) + 1;
     const qsizetype end = text.indexOf(u'\n', at);
     QString line = text.mid(begin, end < 0 ? -1 : end - begin);
@@ -126,8 +132,9 @@ QString normalized(const QString &text)
             gap = true;
             continue;
         }
-        if (gap && !name.isEmpty())
+        if (gap && !name.isEmpty()) {
             name += u'-';
+        }
         gap = false;
         name += c;
     }
@@ -138,8 +145,9 @@ QString escaped(const QString &text)
 {
     QString plain;
     for (const QChar c : text) {
-        if (c.unicode() < 0x80 && (c.isPunct() || c.isSymbol()))
+        if (c.unicode() < 0x80 && (c.isPunct() || c.isSymbol())) {
             plain += u'\\';
+        }
         plain += c;
     }
     return plain;
@@ -147,8 +155,9 @@ QString escaped(const QString &text)
 
 Topics::Topics(const QString &folder, const QString &language)
 {
-    for (const QString &name : languageFolders(language))
+    for (const QString &name : languageFolders(language)) {
         read(folder + u'/' + name);
+    }
     std::stable_sort(topics_.begin(), topics_.end(), [](const Topic &a, const Topic &b) {
         return std::tie(a.chapter, a.order, a.title) < std::tie(b.chapter, b.order, b.title);
     });
@@ -166,8 +175,9 @@ void Topics::read(const QString &folder)
         const bool isKnown = std::any_of(topics_.begin(), topics_.end(),
                                          [&](const Topic &topic) { return topic.name == page; });
         QFile file(directory.filePath(name));
-        if (!isKnown && file.size() <= largestPage && file.open(QIODevice::ReadOnly))
+        if (!isKnown && file.size() <= largestPage && file.open(QIODevice::ReadOnly)) {
             topics_.append(parsePage(page, QString::fromUtf8(file.readAll())));
+        }
     }
 }
 
@@ -177,16 +187,20 @@ void Topics::index()
 {
     const auto add = [this](const QString &name, qsizetype i) {
         const QString key = normalized(name);
-        if (!key.isEmpty() && !byName_.contains(key))
+        if (!key.isEmpty() && !byName_.contains(key)) {
             byName_.insert(key, i);
+        }
     };
-    for (qsizetype i = 0; i < topics_.size(); ++i)
-        add(topics_[i].name, i);
-    for (qsizetype i = 0; i < topics_.size(); ++i)
-        add(topics_[i].title, i);
     for (qsizetype i = 0; i < topics_.size(); ++i) {
-        for (const QString &other : topics_[i].also)
+        add(topics_[i].name, i);
+    }
+    for (qsizetype i = 0; i < topics_.size(); ++i) {
+        add(topics_[i].title, i);
+    }
+    for (qsizetype i = 0; i < topics_.size(); ++i) {
+        for (const QString &other : topics_[i].also) {
             add(other, i);
+        }
     }
 }
 
@@ -200,14 +214,16 @@ QList<const Topic *> Topics::nearest(const QString &name, int count) const
 {
     const QString wanted = normalized(name).left(100);
     QList<std::tuple<int, QString, qsizetype>> ranking;
-    for (auto entry = byName_.constBegin(); entry != byName_.constEnd(); ++entry)
+    for (auto entry = byName_.constBegin(); entry != byName_.constEnd(); ++entry) {
         ranking.append({distance(wanted, entry.key()), entry.key(), entry.value()});
+    }
     std::sort(ranking.begin(), ranking.end());
 
     QList<const Topic *> found;
     for (const auto &[rank, key, i] : ranking) {
-        if (found.size() < count && !found.contains(&topics_[i]))
+        if (found.size() < count && !found.contains(&topics_[i])) {
             found.append(&topics_[i]);
+        }
     }
     return found;
 }
@@ -222,12 +238,14 @@ QList<Hit> Topics::search(const QString &text) const
             const auto inTitle = topic.title.count(word, Qt::CaseInsensitive);
             const auto inText = topic.text.count(word, Qt::CaseInsensitive);
             hit.score += static_cast<int>(inTitle * titleWeight + inText);
-            if (hit.excerpt.isEmpty())
+            if (hit.excerpt.isEmpty()) {
                 hit.excerpt = excerpt(topic.text, word);
+            }
             return inTitle + inText > 0;
         });
-        if (hasAll && !words.isEmpty())
+        if (hasAll && !words.isEmpty()) {
             hits.append(hit);
+        }
     }
     std::stable_sort(hits.begin(), hits.end(),
                      [](const Hit &a, const Hit &b) { return a.score > b.score; });

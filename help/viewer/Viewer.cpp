@@ -19,8 +19,9 @@ constexpr std::chrono::seconds clientLimit(60);
 void trace(const QString &line)
 {
     static const bool isOn = environment::isDebugged();
-    if (isOn)
+    if (isOn) {
         std::fprintf(stderr, "velhelp: %s\n", qPrintable(line));
+    }
 }
 
 } // namespace
@@ -44,10 +45,11 @@ Viewer::~Viewer()
 
 void Viewer::handle(const Request &request)
 {
-    if (request.kind == Request::Quit)
+    if (request.kind == Request::Quit) {
         QCoreApplication::exit(0);
-    else
+    } else {
         show(request.topic, request.section);
+    }
 }
 
 void Viewer::show(const QString &topic, const QString &section)
@@ -57,8 +59,9 @@ void Viewer::show(const QString &topic, const QString &section)
         window_ = std::make_unique<Window>(*topics_);
         connect(window_.get(), &Window::closed, this, [this] {
             trace(QStringLiteral("closed"));
-            if (!listener_.hasClients())
+            if (!listener_.hasClients()) {
                 QCoreApplication::exit(0);
+            }
         });
     }
     window_->comeForward(); // first, because places in the page depend on its width
@@ -68,8 +71,9 @@ void Viewer::show(const QString &topic, const QString &section)
 
 void Viewer::endIfUnused()
 {
-    if (!listener_.hasClients() && !isOpen())
+    if (!listener_.hasClients() && !isOpen()) {
         QCoreApplication::exit(0);
+    }
 }
 
 } // namespace velHelp

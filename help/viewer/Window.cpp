@@ -80,18 +80,22 @@ QWidget *Window::makeContents()
     contents_->setHeaderHidden(true);
     QTreeWidgetItem *chapter = nullptr;
     for (const Topic &topic : topics_.all()) {
-        if (topic.chapter.isEmpty())
+        if (topic.chapter.isEmpty()) {
             continue;
-        if (chapter == nullptr || chapter->text(0) != topic.chapter)
+        }
+        if (chapter == nullptr || chapter->text(0) != topic.chapter) {
             chapter = new QTreeWidgetItem(contents_, {topic.chapter});
+        }
         auto *item = new QTreeWidgetItem(chapter, {topic.title});
         item->setData(0, nameRole, topic.name);
     }
-    if (contents_->topLevelItemCount() > 0)
+    if (contents_->topLevelItemCount() > 0) {
         contents_->topLevelItem(0)->setExpanded(true);
+    }
     const auto open = [this](const QTreeWidgetItem *item) {
-        if (const QString name = item->data(0, nameRole).toString(); !name.isEmpty())
+        if (const QString name = item->data(0, nameRole).toString(); !name.isEmpty()) {
             showTopic(name, QString());
+        }
     };
     connect(contents_, &QTreeWidget::itemClicked, this, open);
     connect(contents_, &QTreeWidget::itemActivated, this, open);
@@ -157,22 +161,25 @@ void Window::showTopic(const QString &name, const QString &section)
 {
     const Place place{name.isEmpty() ? contentsTopic : name, section};
     if (!isHere(place)) {
-        if (here_ >= 0)
+        if (here_ >= 0) {
             places_[here_].scrolled = page_->verticalScrollBar()->value();
+        }
         places_.resize(here_ + 1);
         places_.append(place);
         ++here_;
     }
     display(place);
-    if (normalized(name) == normalized(searchTopic))
+    if (normalized(name) == normalized(searchTopic)) {
         beginSearch();
+    }
 }
 
 // A double click requests the same page twice; "Back" counts it once.
 bool Window::isHere(const Place &place) const
 {
-    if (here_ < 0 || places_[here_].section != place.section)
+    if (here_ < 0 || places_[here_].section != place.section) {
         return false;
+    }
     const Topic *topic = topics_.find(place.name);
     return topic != nullptr ? topic == topics_.find(places_[here_].name)
                             : place.name == places_[here_].name;
@@ -182,10 +189,11 @@ void Window::display(const Place &place)
 {
     const Topic *topic = topics_.find(place.name);
     page_->showPage(topic != nullptr ? topic->text : unknownPage(place.name));
-    if (place.scrolled > 0)
+    if (place.scrolled > 0) {
         page_->verticalScrollBar()->setValue(place.scrolled);
-    else if (!place.section.isEmpty())
+    } else if (!place.section.isEmpty()) {
         page_->showSection(place.section);
+    }
     setWindowTitle((topic != nullptr ? topic->title : tr("No such page")) + tr(" - Help"));
     selectInContents(topic);
     updateTravel();
@@ -207,12 +215,14 @@ QString Window::unknownPage(const QString &name) const
     QString text = tr("# No such page\n\nThe help has no page with the name “%1”.\n\n")
                        .arg(escaped(name.left(longestName)));
     const QList<const Topic *> nearest = topics_.nearest(name, nearestCount);
-    if (nearest.isEmpty())
+    if (nearest.isEmpty()) {
         return text + tr("The help has no pages at all: its folder is missing or empty. "
                          "Install the help again.\n");
+    }
     text += tr("These have similar names:\n\n");
-    for (const Topic *topic : nearest)
+    for (const Topic *topic : nearest) {
         text += QStringLiteral("- [%1](%2.md)\n").arg(escaped(topic->title), topic->name);
+    }
     return text;
 }
 
@@ -248,8 +258,9 @@ void Window::print()
 {
     QPrinter printer;
     printer.setDocName(windowTitle());
-    if (choosePrinter_(printer))
+    if (choosePrinter_(printer)) {
         page_->print(&printer);
+    }
 }
 
 void Window::beginSearch()
@@ -275,8 +286,9 @@ void Window::search(const QString &text)
 
 void Window::openHit(const QListWidgetItem *item)
 {
-    if (item == nullptr)
+    if (item == nullptr) {
         return;
+    }
     showTopic(item->data(nameRole).toString(), QString());
     page_->showText(searchField_->text());
 }
@@ -287,11 +299,13 @@ void Window::openHit(const QListWidgetItem *item)
 void Window::openLink(const QUrl &link)
 {
     if (!link.host().isEmpty() ||
-        (!link.scheme().isEmpty() && link.scheme() != QLatin1String("help")))
+        (!link.scheme().isEmpty() && link.scheme() != QLatin1String("help"))) {
         return;
+    }
     QString name = link.path();
-    if (name.endsWith(QLatin1String(".md")))
+    if (name.endsWith(QLatin1String(".md"))) {
         name.chop(3);
+    }
     showTopic(name.isEmpty() ? places_[here_].name : name, link.fragment(QUrl::FullyDecoded));
 }
 

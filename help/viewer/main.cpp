@@ -52,7 +52,8 @@ int main(int argc, char **argv)
     }
     announce(viewer.port());
     const QStringList topics = options.positionalArguments();
-    if (!topics.isEmpty())
+    if (!topics.isEmpty()) {
         viewer.show(topics.join(u' '), QString());
+    }
     return QCoreApplication::exec();
 }

@@ -52,7 +52,8 @@ private:
         ActionLog &log = *static_cast<ActionLog *>(userData);
         EXPECT_EQ(handle, log.handle_);
         log.text_ += action;
-        for (const char *const *argument = arguments; argument && *argument; ++argument) {
+        for (const char *const *argument = arguments; argument != nullptr && *argument != nullptr;
+             ++argument) {
             log.text_ += "(" + std::string(*argument) + ")";
         }
         log.text_ += arguments == nullptr ? "\n" : ";\n";

@@ -71,7 +71,9 @@ TEST(VelTree, NodesDescribeThemselves)
     const velHandlePtr handle = parsed("FLOW:\nDOMAIN: d\nx = 1\nEND\nEND\n");
     const auto described = [&](const char *path) {
         const velNodeInfo info = velDescribe(handle.get(), velFindNode(handle.get(), path));
-        const auto orNull = [](const char *text) { return std::string(text ? text : "null"); };
+        const auto orNull = [](const char *text) {
+            return std::string(text != nullptr ? text : "null");
+        };
         return std::string(velKindWord(info.kind)) + " " + orNull(info.type) + " " +
                orNull(info.name) + " " + orNull(info.value);
     };
@@ -547,8 +549,9 @@ TEST(VelTree, PlacesAChildAmongItsSiblings)
         std::vector<velChildInfo> children;
         EXPECT_EQ(said(getChildList(handle.get(), "/A", &children, nullptr)), "");
         std::string names;
-        for (const velChildInfo &child : children)
+        for (const velChildInfo &child : children) {
             names += child.name;
+        }
         return names;
     };
     EXPECT_EQ(order("/A/c", 0), "cab");

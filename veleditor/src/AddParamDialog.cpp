@@ -36,8 +36,9 @@ bool isLetterOrDigit(char c)
 QString firstWrongCharacter(const std::string &name)
 {
     const std::size_t place = name.find_first_not_of(nameCharacters);
-    if (place == std::string::npos)
+    if (place == std::string::npos) {
         return QString();
+    }
     const auto wrong = QString::fromUtf8(name.c_str() + place);
     return wrong.left(wrong[0].isHighSurrogate() ? 2 : 1);
 }
@@ -53,8 +54,9 @@ QString missingParameter(const std::string &objectPath)
 {
     const QString required = ruleField(objectPath, QLatin1String("Required Parameters"));
     for (const QString &name : required.split(QLatin1String(", "), Qt::SkipEmptyParts)) {
-        if (!storedValue(parameterPath(objectPath, toBytes(name))))
+        if (!storedValue(parameterPath(objectPath, toBytes(name)))) {
             return name;
+        }
     }
     return QString();
 }
@@ -76,18 +78,20 @@ AddParamDialog::AddParamDialog(QWidget *parent, const QString &caption,
     auto *layout = new QVBoxLayout(this);
 
     velStringList names;
-    if (const char *error = velparser::getAllowedParams(objectPath.c_str(), &names, 1))
+    if (const char *error = velparser::getAllowedParams(objectPath.c_str(), &names, 1)) {
         warn(parent, tr("Error"), fromBytes(error));
+    }
 
     const QString path = fromBytes(objectPath);
     if (names.empty()) {
         addRefusal(*layout, path);
         return;
     }
-    if (names.size() == 1 && std::string_view(names[0]) == "-1")
+    if (names.size() == 1 && std::string_view(names[0]) == "-1") {
         addFreeName(*layout, path);
-    else
+    } else {
         addNameList(*layout, path, names);
+    }
     addValueAndButtons(*layout);
 }
 
@@ -132,8 +136,9 @@ void AddParamDialog::addNameList(QVBoxLayout &layout, const QString &path,
     list->setEditable(true);
     list->setInsertPolicy(QComboBox::NoInsert);
     list->setCompleter(nullptr); // a completer would change typed names
-    for (const char *name : names)
+    for (const char *name : names) {
         list->addItem(fromBytes(name));
+    }
     list->lineEdit()->selectAll(); // so that typing replaces it
     paramName_ = names[0];
     connect(list, &QComboBox::textActivated, this, &AddParamDialog::saveParamName);
@@ -165,8 +170,9 @@ std::string AddParamDialog::storedName() const
 // A name that no parameter can have would make another path, so it is not looked up.
 void AddParamDialog::offerValue()
 {
-    if (valueEntry_ == nullptr)
+    if (valueEntry_ == nullptr) {
         return;
+    }
     const std::string name = storedName();
     const bool isName =
         !name.empty() && isLetterOrDigit(paramName_.front()) && firstWrongCharacter(name).isEmpty();
@@ -180,10 +186,12 @@ std::string AddParamDialog::value() const
 
 void AddParamDialog::checkOK()
 {
-    if (nameEntry_ != nullptr)
+    if (nameEntry_ != nullptr) {
         saveParamName(nameEntry_->text());
-    if (!checkNameStart() || !checkValueGiven() || !checkNameCharacters() || !checkValueFits())
+    }
+    if (!checkNameStart() || !checkValueGiven() || !checkNameCharacters() || !checkValueFits()) {
         return;
+    }
     if (paramName_.find('_') != std::string::npos) {
         paramName_ = withoutUnderscores(paramName_);
         inform(this, tr("Underscores replaced"),
@@ -212,8 +220,9 @@ bool AddParamDialog::checkNameStart()
 bool AddParamDialog::checkValueGiven()
 {
     const EncodedText given = valueEntry_->value();
-    if (!given.bytes.empty() || !given.refusal.isEmpty())
+    if (!given.bytes.empty() || !given.refusal.isEmpty()) {
         return true;
+    }
     refuse(*valueEntry_, tr("Missing Parameter Value"),
            tr("You must enter a parameter value before continuing."));
     return false;
@@ -222,8 +231,9 @@ bool AddParamDialog::checkValueGiven()
 bool AddParamDialog::checkNameCharacters()
 {
     const QString wrong = firstWrongCharacter(paramName_);
-    if (wrong.isEmpty())
+    if (wrong.isEmpty()) {
         return true;
+    }
     refuse(*nameField_, tr("Invalid Parameter Name"),
            tr("Error: \"") + wrong +
                tr("\" is not a valid character in a parameter name.\nPlease correct your "
@@ -235,8 +245,9 @@ bool AddParamDialog::checkValueFits()
 {
     const EncodedText given = valueEntry_->value();
     const QString reason = given.refusal.isEmpty() ? whyFileCannotHold(given.bytes) : given.refusal;
-    if (reason.isEmpty())
+    if (reason.isEmpty()) {
         return true;
+    }
     refuse(*valueEntry_, windowTitle(), reason);
     return false;
 }

@@ -12,8 +12,9 @@ namespace {
 void closePopups()
 {
     while (QWidget *popup = QApplication::activePopupWidget()) {
-        if (!popup->close())
+        if (!popup->close()) {
             popup->hide();
+        }
     }
 }
 
@@ -22,8 +23,9 @@ void rejectDialogs()
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows) {
         auto *dialog = qobject_cast<QDialog *>(window);
-        if (dialog != nullptr && dialog->isVisible())
+        if (dialog != nullptr && dialog->isVisible()) {
             dialog->reject();
+        }
     }
 }
 
@@ -48,12 +50,14 @@ bool Application::notify(QObject *receiver, QEvent *event)
 // once, including that of the emergency save.
 void Application::keep(std::exception_ptr error)
 {
-    if (!error_)
+    if (!error_) {
         error_ = std::move(error);
+    }
     closePopups();
     rejectDialogs();
-    if (running_)
+    if (running_) {
         exit(0);
+    }
 }
 
 int Application::run()
@@ -74,16 +78,18 @@ void Application::closeAllWindows()
     for (QWidget *window : windows) {
         const bool isOwn = window->parentWidget() == nullptr &&
                            window->windowType() == Qt::Window && window->isVisible();
-        if (isOwn && !window->close())
+        if (isOwn && !window->close()) {
             return;
+        }
     }
     QApplication::closeAllWindows();
 }
 
 void Application::rethrow()
 {
-    if (error_)
+    if (error_) {
         std::rethrow_exception(std::exchange(error_, nullptr));
+    }
 }
 
 bool Application::hasFailed()

@@ -64,26 +64,29 @@ public:
     /// title, and removes icons, which only some of the buttons would have.
     void finish()
     {
-        for (QAbstractButton *button : buttons())
+        for (QAbstractButton *button : buttons()) {
             button->setIcon(QIcon());
+        }
         makeRoomForTitle();
     }
 
 protected:
     void keyPressEvent(QKeyEvent *event) override
     {
-        if (!canEscape_ && event->matches(QKeySequence::Cancel))
+        if (!canEscape_ && event->matches(QKeySequence::Cancel)) {
             event->accept();
-        else
+        } else {
             QMessageBox::keyPressEvent(event);
+        }
     }
 
     void closeEvent(QCloseEvent *event) override
     {
-        if (canEscape_)
+        if (canEscape_) {
             QMessageBox::closeEvent(event);
-        else
+        } else {
             event->ignore();
+        }
     }
 
 private:
@@ -96,8 +99,9 @@ private:
     {
         label.ensurePolished();
         label.setWordWrap(false);
-        if (!label.text().isEmpty())
+        if (!label.text().isEmpty()) {
             label.setMinimumWidth(qMin(label.sizeHint().width(), widestLine(*this)));
+        }
     }
 
     // A text may contain a long value without blanks, or a line for each fault in a
@@ -106,8 +110,9 @@ private:
     void keepButtonsOnScreen()
     {
         for (const char *name : {"qt_msgbox_label", "qt_msgbox_informativelabel"}) {
-            if (auto *label = findChild<QLabel *>(QString::fromLatin1(name)))
+            if (auto *label = findChild<QLabel *>(QString::fromLatin1(name))) {
                 wrapWhereNeeded(*label);
+            }
         }
     }
 
@@ -116,8 +121,9 @@ private:
         const QRect room(0, 0, widestLine(*this), QWIDGETSIZE_MAX);
         const QRect text = label.fontMetrics().boundingRect(
             room, Qt::TextWordWrap | Qt::TextExpandTabs, label.text());
-        if (text.height() <= highestText(*this) && text.width() <= room.width())
+        if (text.height() <= highestText(*this) && text.width() <= room.width()) {
             return;
+        }
         auto *wrapped = new WrappingLabel(label.text(), room.width(), this);
         wrapped->setObjectName(QStringLiteral("WrappedText"));
         const bool fits = wrapped->minimumHeight() <= highestText(*this);
@@ -142,8 +148,9 @@ private:
     void makeRoomForTitle()
     {
         auto *grid = qobject_cast<QGridLayout *>(layout());
-        if (grid == nullptr)
+        if (grid == nullptr) {
             return;
+        }
         const int width = fontMetrics().horizontalAdvance(windowTitle()) + titleBarExtras;
         grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
     }
@@ -177,8 +184,9 @@ int showButtons(QWidget *parent, const MessageBox &box, const QStringList &texts
     QList<QAbstractButton *> buttons;
     for (const QString &text : texts) {
         QPushButton *button = window.addButton(text, QMessageBox::ActionRole);
-        if (buttons.size() == box.defaultButton)
+        if (buttons.size() == box.defaultButton) {
             window.setDefaultButton(button);
+        }
         buttons.append(button);
     }
     return show(window, buttons);
@@ -216,18 +224,21 @@ void reportFailure(QWidget *parent, const QString &title, const QString &text,
 
 int ask(QWidget *parent, const MessageBox &box)
 {
-    if (Application::hasFailed())
+    if (Application::hasFailed()) {
         return -1;
-    if (boxAnswers())
+    }
+    if (boxAnswers()) {
         return boxAnswers()(box);
+    }
     const QStringList ok{QCoreApplication::translate("velEditor::Boxes", "&Ok")};
     return showButtons(parent, box, box.buttons.isEmpty() ? ok : box.buttons);
 }
 
 bool askYesNo(QWidget *parent, const QString &title, const QString &text)
 {
-    if (Application::hasFailed())
+    if (Application::hasFailed()) {
         return false;
+    }
     MessageBox box;
     box.icon = QMessageBox::Question;
     box.title = title;
@@ -246,22 +257,26 @@ bool askYesNo(QWidget *parent, const QString &title, const QString &text)
 
 QString askSaveFileName(QWidget *parent, const QString &title, const QString &proposal)
 {
-    if (Application::hasFailed())
+    if (Application::hasFailed()) {
         return QString();
-    if (fileNameAnswers())
+    }
+    if (fileNameAnswers()) {
         return fileNameAnswers()(title, proposal);
+    }
     return QFileDialog::getSaveFileName(parent, title, proposal);
 }
 
 int run(QDialog &dialog)
 {
-    if (Application::hasFailed())
+    if (Application::hasFailed()) {
         return QDialog::Rejected;
+    }
     const int result = dialog.exec();
     // If a box and then its dialog close, a window manager may still be moving the
     // keyboard focus to the dialog; then no window would have it.
-    if (QWidget *parent = dialog.parentWidget())
+    if (QWidget *parent = dialog.parentWidget()) {
         parent->activateWindow();
+    }
     return result;
 }
 

@@ -64,8 +64,9 @@ Message readInto(std::vector<std::string> lines, const std::vector<std::string> 
 
     std::vector<const char *> texts;
     texts.reserve(lines.size());
-    for (const std::string &line : lines)
+    for (const std::string &line : lines) {
         texts.push_back(line.c_str());
+    }
     return copied(velparser::loadVELData(texts.data(), static_cast<std::int32_t>(texts.size())));
 }
 
@@ -77,9 +78,10 @@ Message putLine(std::string &path, const std::string &line)
         return std::nullopt;
     }
     const std::size_t end = line.find(assignment);
-    if (end != std::string::npos)
+    if (end != std::string::npos) {
         return copied(velparser::createParam(childPath(path, line.substr(0, end)).c_str(),
                                              line.c_str() + end + assignment.size()));
+    }
     path = childPath(path, componentOfLabel(line));
     return copied(velparser::createObject(path.c_str()));
 }
@@ -121,8 +123,9 @@ std::optional<std::string> CommandData::value(const std::string &path) const
 std::vector<std::string> CommandData::components(const std::string &path) const
 {
     std::vector<std::string> components;
-    for (const velChildInfo &child : childrenOf(path))
+    for (const velChildInfo &child : childrenOf(path)) {
         components.push_back(velComponentOf(child));
+    }
     return components;
 }
 
@@ -131,8 +134,9 @@ int CommandData::position(const std::string &path, bool isParameter) const
     const std::string component = lastComponent(path);
     int position = 0;
     for (const velChildInfo &child : childrenOf(parentPath(path))) {
-        if (isParam(child) == isParameter && velComponentOf(child) == component)
+        if (isParam(child) == isParameter && velComponentOf(child) == component) {
             return position;
+        }
         ++position;
     }
     return -1;
@@ -174,16 +178,18 @@ std::string CommandData::block(const std::string &path) const
 Message CommandData::readParameter(const std::string &path, const std::string &value,
                                    std::vector<std::string> opening)
 {
-    if (opening.empty())
+    if (opening.empty()) {
         opening = openingLines(parentPath(path));
+    }
     return readInto(std::move(opening), {parameterLine(lastComponent(path), value)});
 }
 
 Message CommandData::readObject(const std::string &path, const std::string &block,
                                 std::vector<std::string> opening)
 {
-    if (opening.empty())
+    if (opening.empty()) {
         opening = openingLines(parentPath(path));
+    }
     return readInto(std::move(opening), linesOf(block));
 }
 
@@ -194,8 +200,9 @@ Message CommandData::setValue(const std::string &path, const std::string &value)
 
 Message CommandData::putParameter(const std::string &path, const std::string &value, int position)
 {
-    if (Message failure = copied(velparser::createParam(path.c_str(), value.c_str())))
+    if (Message failure = copied(velparser::createParam(path.c_str(), value.c_str()))) {
         return failure;
+    }
     return place(path, position);
 }
 
@@ -203,8 +210,9 @@ Message CommandData::putObject(const std::string &path, const std::string &block
 {
     std::string current = parentPath(path);
     for (const std::string &line : linesOf(block)) {
-        if (Message failure = putLine(current, line))
+        if (Message failure = putLine(current, line)) {
             return failure;
+        }
     }
     return place(path, position);
 }

@@ -41,8 +41,9 @@ public:
     void giveTo(const std::string &file) const
     {
         std::error_code ignored;
-        if (known_)
+        if (known_) {
             std::filesystem::permissions(file, permissions_, ignored);
+        }
     }
 
 private:
@@ -61,8 +62,9 @@ void writeLines(TextFile &file, const velStringList &lines)
 std::string textOf(const velStringList &lines)
 {
     std::string text;
-    for (const char *line : lines)
+    for (const char *line : lines) {
         text.append(line).append("\n");
+    }
     return text;
 }
 
@@ -91,8 +93,9 @@ public:
     }
     ~Overwriting()
     {
-        if (descriptor_ >= 0)
+        if (descriptor_ >= 0) {
             ::close(descriptor_);
+        }
     }
     Overwriting(const Overwriting &) = delete;
     Overwriting &operator=(const Overwriting &) = delete;
@@ -106,10 +109,12 @@ public:
     {
         const std::optional<std::string> former = isRegular_ ? bytesOf(target_) : std::nullopt;
         std::optional<SpareFile> copy;
-        if (former)
+        if (former) {
             copy.emplace(target_, *former);
-        if (copy && copy->isComplete())
+        }
+        if (copy && copy->isComplete()) {
             return replaceCopied(text, *former, *copy, backup);
+        }
         return replaceUncopied(text, copy ? copy->error() : std::string());
     }
 
@@ -119,23 +124,27 @@ private:
     {
         permissions_.giveTo(target_);
         if (write(text)) {
-            if (!backup.empty() && copy.becomes(backup))
+            if (!backup.empty() && copy.becomes(backup)) {
                 return {SaveOutcome::Written, {}, backup, {}};
+            }
             return {SaveOutcome::Written, {}, {}, {}};
         }
         const std::string reason = failure_;
-        if (write(former) && bytesOf(target_) == former)
+        if (write(former) && bytesOf(target_) == former) {
             return {SaveOutcome::Unchanged, reason, {}, {}};
+        }
         return {SaveOutcome::Failed, reason, copy.keep(), {}};
     }
 
     SaveResult replaceUncopied(const std::string &text, const std::string &whyNoCopy)
     {
         SpareFile spare(target_, text);
-        if (!spare.isComplete())
+        if (!spare.isComplete()) {
             return {SaveOutcome::Unchanged, whyNoCopy.empty() ? spare.error() : whyNoCopy, {}, {}};
-        if (write(text))
+        }
+        if (write(text)) {
             return {SaveOutcome::Written, {}, {}, {}};
+        }
         return {SaveOutcome::Failed, failure_, {}, spare.keep()};
     }
 
@@ -179,15 +188,18 @@ SaveResult overwrite(const std::string &loaded, const std::string &target,
                      const Permissions &permissions, const std::string &backup)
 {
     Overwriting overwriting(target, permissions);
-    if (!overwriting.isOpen())
+    if (!overwriting.isOpen()) {
         return {SaveOutcome::NotOpened, overwriting.failure(), backup, {}};
+    }
     velStringList lines;
-    if (const char *failure = velparser::getFormattedVEL("/", velUsualWidth, &lines))
+    if (const char *failure = velparser::getFormattedVEL("/", velUsualWidth, &lines)) {
         return {SaveOutcome::Unchanged, failure, backup, {}};
+    }
     SaveResult result =
         overwriting.replace(textOf(lines), nameForFormer(loaded, target, !backup.empty()));
-    if (result.backup.empty())
+    if (result.backup.empty()) {
         result.backup = backup;
+    }
     return result;
 }
 
@@ -198,13 +210,16 @@ SaveResult create(const std::string &target, const Permissions &permissions,
     TextFile file(target);
     velStringList lines;
     const char *failure = velparser::getFormattedVEL("/", velUsualWidth, &lines);
-    if (!file.isOpen())
+    if (!file.isOpen()) {
         return {SaveOutcome::NotOpened, file.error(), backup, {}};
+    }
     permissions.giveTo(target);
-    if (failure == nullptr)
+    if (failure == nullptr) {
         writeLines(file, lines);
-    if (file.close() && failure == nullptr)
+    }
+    if (file.close() && failure == nullptr) {
         return {SaveOutcome::Written, {}, backup, {}};
+    }
     static_cast<void>(std::remove(target.c_str()));
     return {SaveOutcome::Failed, failure != nullptr ? failure : file.error(), backup, {}};
 }
@@ -226,8 +241,10 @@ SaveResult writeCommandFile(const std::string &loaded, const std::string &target
     SaveResult result = isThere ? overwrite(loaded, target, permissions, backup)
                                 : create(target, permissions, backup);
     veltext::flushFolderOf(target);
-    if (std::filesystem::path(loaded).parent_path() != std::filesystem::path(target).parent_path())
+    if (std::filesystem::path(loaded).parent_path() !=
+        std::filesystem::path(target).parent_path()) {
         veltext::flushFolderOf(loaded);
+    }
     return result;
 }
 

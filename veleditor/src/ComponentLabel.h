@@ -23,8 +23,9 @@ namespace velEditor {
 {
     const std::size_t end = label.find(" :");
     std::string component(label.substr(0, end));
-    if (end != std::string_view::npos && end + 2 < label.size())
+    if (end != std::string_view::npos && end + 2 < label.size()) {
         component.append(":").append(label.substr(end + 3));
+    }
     return component;
 }
 

@@ -22,8 +22,9 @@ constexpr unsigned safeModeLevel = 2;
 std::string bytesOf(const std::string &file)
 {
     std::error_code unknown;
-    if (!std::filesystem::is_regular_file(file, unknown))
+    if (!std::filesystem::is_regular_file(file, unknown)) {
         return {};
+    }
     try {
         return veltext::readBytes(file);
     } catch (const veltext::Error &) {
@@ -67,16 +68,18 @@ Message Document::readLibraries()
     const char *failure = velparser::readLibraries(&faults);
     std::vector<veltext::RuleFault> lines;
     lines.reserve(faults.size());
-    for (const velparser::Finding &fault : faults)
+    for (const velparser::Finding &fault : faults) {
         lines.push_back({fault.path, lineOf(fault)});
+    }
     std::string errors = veltext::placedLibraryErrors(failure, lines);
     return errors.empty() ? Message() : Message(std::move(errors));
 }
 
 Message Document::load()
 {
-    if (const char *failure = velparser::loadVELFromFile(file_.c_str(), "vel"))
+    if (const char *failure = velparser::loadVELFromFile(file_.c_str(), "vel")) {
         return veltext::explainRefusal(file_, failure);
+    }
     loadedText_ = bytesOf(file_);
     encoding_ = encodingOf(loadedText_);
     lastEdit_.reset();
@@ -122,8 +125,9 @@ Message Document::applyBetween(Edit edit, std::uint64_t from, std::uint64_t to)
 
 Message Document::rollBack()
 {
-    if (!lastEdit_)
+    if (!lastEdit_) {
         return std::nullopt;
+    }
     const Edit last = *std::exchange(lastEdit_, std::nullopt);
     Message failure = make(inverse(last), Marking::Modified, State{formerRevision_, isMarked_});
     lastEdit_.reset();
@@ -141,14 +145,17 @@ Message Document::make(Edit edit, Marking marking, std::optional<State> next)
     const bool isSame =
         failure ? failsWhole && data_.value(edit.path) == former : changesNothing(edit);
     formerRevision_ = revision_;
-    if (!isSame)
+    if (!isSame) {
         revision_ = next && !failure ? next->revision : ++lastRevision_;
-    if (next && !failure)
+    }
+    if (next && !failure) {
         mark(next->isMarked);
-    else if (marking == Marking::Modified)
+    } else if (marking == Marking::Modified) {
         mark(true);
-    if (failure)
+    }
+    if (failure) {
         return failure;
+    }
     lastEdit_ = edit;
     report(edit, isNew);
     emit applied(edit);
@@ -184,11 +191,13 @@ Message Document::change(Edit &edit)
 // keeps its place.
 Message Document::addParameter(Edit &edit)
 {
-    if (edit.position != Edit::atEnd)
+    if (edit.position != Edit::atEnd) {
         return data_.putParameter(edit.path, edit.newText, edit.position);
+    }
     const std::optional<std::string> former = data_.value(edit.path);
-    if (Message failure = data_.readParameter(edit.path, edit.newText, edit.opening))
+    if (Message failure = data_.readParameter(edit.path, edit.newText, edit.opening)) {
         return failure;
+    }
     const std::string stored = data_.value(edit.path).value_or("");
     edit =
         former
@@ -200,12 +209,14 @@ Message Document::addParameter(Edit &edit)
 
 Message Document::addObject(Edit &edit)
 {
-    if (edit.position != Edit::atEnd)
+    if (edit.position != Edit::atEnd) {
         return data_.putObject(edit.path, edit.newText, edit.position);
+    }
     const bool isThere = data_.has(edit.path);
     const std::string former = isThere ? data_.block(edit.path) : std::string();
-    if (Message failure = data_.readObject(edit.path, edit.newText, edit.opening))
+    if (Message failure = data_.readObject(edit.path, edit.newText, edit.opening)) {
         return failure;
+    }
     edit = {isThere ? Edit::Kind::ReplaceObject : Edit::Kind::AddObject, edit.path, former,
             data_.block(edit.path), data_.position(edit.path, false)};
     return std::nullopt;
@@ -224,8 +235,9 @@ Message Document::replaceObject(Edit &edit)
 {
     edit.position = data_.position(edit.path, false);
     edit.oldText = data_.block(edit.path);
-    if (Message failure = data_.deleteObject(edit.path))
+    if (Message failure = data_.deleteObject(edit.path)) {
         return failure;
+    }
     return data_.putObject(edit.path, edit.newText, edit.position);
 }
 
@@ -249,8 +261,9 @@ void Document::report(const Edit &done, bool isNew)
         emit objectRemoved(done.path);
         break;
     case Edit::Kind::ReplaceObject:
-        if (done.oldText != done.newText)
+        if (done.oldText != done.newText) {
             emit reloaded();
+        }
         break;
     }
 }
@@ -259,8 +272,9 @@ void Document::report(const Edit &done, bool isNew)
 
 void Document::mark(bool modified)
 {
-    if (!modified && !isMarked_)
+    if (!modified && !isMarked_) {
         return;
+    }
     isMarked_ = modified;
     emit modifiedMarked(modified);
 }
@@ -307,8 +321,9 @@ Message Document::reportFindings(const std::string &path, const char *findings)
 SaveResult Document::save(const std::string &target)
 {
     SaveResult result = writeCommandFile(file_, target);
-    if (result.outcome == SaveOutcome::Written)
+    if (result.outcome == SaveOutcome::Written) {
         clearModified();
+    }
     return result;
 }
 

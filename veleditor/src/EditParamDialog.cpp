@@ -39,12 +39,14 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
     value_ = former_;
     encoding_ = encodingInPlaceOf(former_, fileEncoding);
 
-    if (const char *error = velparser::getAllowedParamStrings(path.c_str(), &allowed_))
+    if (const char *error = velparser::getAllowedParamStrings(path.c_str(), &allowed_)) {
         warn(parent, tr("Error"), fromBytes(error));
-    if (allowed_.empty())
+    }
+    if (allowed_.empty()) {
         addTextField(*layout, item.label(), item.value());
-    else
+    } else {
         addList(*layout, item.label());
+    }
     connect(addOkAndCancel(*layout, *this), &QPushButton::clicked, this, &EditParamDialog::doOk);
     setMinimumWidth(fewestPixels);
 }
@@ -58,8 +60,9 @@ void EditParamDialog::addList(QVBoxLayout &layout, const QString &name)
     list_->setPlaceholderText(fromBytes(former_));
     int current = -1;
     for (const char *allowed : allowed_) {
-        if (allowed == former_)
+        if (allowed == former_) {
             current = list_->count();
+        }
         list_->addItem(fromBytes(allowed));
     }
     list_->setCurrentIndex(current);
@@ -79,8 +82,9 @@ void EditParamDialog::addTextField(QVBoxLayout &layout, const QString &name, con
 
 void EditParamDialog::doOk()
 {
-    if (textField_ == nullptr || takeText())
+    if (textField_ == nullptr || takeText()) {
         accept();
+    }
 }
 
 // If the user has not changed the field, the value keeps its bytes.

@@ -39,8 +39,9 @@ QIcon iconBelow(const char *root)
 {
     const QString folder = fromBytes(root) + QLatin1String("/etc/icons/");
     QIcon icon;
-    for (const char *file : {"ZOT.png", "ZOT32x32.png", "ZOT48x48.png"})
+    for (const char *file : {"ZOT.png", "ZOT32x32.png", "ZOT48x48.png"}) {
         icon.addFile(folder + QLatin1String(file), QSize(), QIcon::Normal);
+    }
     return icon;
 }
 
@@ -80,8 +81,9 @@ void Editor::setIconAndLabel()
     const char *root = environment::rootFolder();
     const char *build = environment::buildName();
     buildLabel_ = build != nullptr ? QLatin1String("ZOT-") + fromBytes(build) : tr("VEL Editor");
-    if (root != nullptr && build != nullptr)
+    if (root != nullptr && build != nullptr) {
         setWindowIcon(iconBelow(root));
+    }
 }
 
 void Editor::makeHelpServer()
@@ -110,29 +112,34 @@ void Editor::showWelcome()
 
 void Editor::loadCommandData(bool safeMode)
 {
-    if (const Message errors = document_->readLibraries())
+    if (const Message errors = document_->readLibraries()) {
         warn(this, tr("Command File Library Errors"),
              tr("The following errors were encountered reading \nCommand File Library "
                 "files:\n\n") +
                  fromBytes(*errors));
-    if (const Message failure = document_->load())
+    }
+    if (const Message failure = document_->load()) {
         throw fileError(*failure);
-    if (safeMode)
+    }
+    if (safeMode) {
         document_->setSafeMode();
+    }
 }
 
 void Editor::switchChecksOn()
 {
-    if (const Message errors = document_->switchUnitsChecksOn())
+    if (const Message errors = document_->switchUnitsChecksOn()) {
         warn(this, tr("Units Checking Disabled"),
              tr("Errors were encountered initialising units checking. \nThe program will "
                 "continue but units checking will \nbe disabled.\n\n") +
                  fromBytes(*errors));
-    if (const Message errors = document_->switchBoundsChecksOn())
+    }
+    if (const Message errors = document_->switchBoundsChecksOn()) {
         warn(this, tr("Bounds Checking Disabled"),
              tr("Errors were encountered initialising bounds checking. \nThe program will "
                 "continue but bounds checking will \nbe disabled.\n\n") +
                  fromBytes(*errors));
+    }
 }
 
 void Editor::doSave()
@@ -222,8 +229,9 @@ void Editor::helpOnHelp()
 bool Editor::confirmErrors()
 {
     const Message errors = callWaiting([this] { return document_->validate(); });
-    if (!errors)
+    if (!errors) {
         return true;
+    }
     ErrorDialog dialog(this, QStringLiteral("Errors"), *errors, true);
     return run(dialog) == QDialog::Accepted;
 }
@@ -233,22 +241,26 @@ bool Editor::confirmErrors()
 QString Editor::whatWasKept(const SaveResult &result)
 {
     QStringList kept;
-    if (!result.backup.empty())
+    if (!result.backup.empty()) {
         kept += tr("The former file is kept in\n  ") + fromBytes(result.backup);
-    else if (result.outcome == SaveOutcome::Unchanged)
+    } else if (result.outcome == SaveOutcome::Unchanged) {
         kept += tr("The file itself has not changed.");
-    if (!result.newData.empty())
+    }
+    if (!result.newData.empty()) {
         kept += tr("Your modifications are kept in\n  ") + fromBytes(result.newData);
+    }
     return kept.join(u'\n');
 }
 
 bool Editor::save(const std::string &target)
 {
-    if (!confirmErrors())
+    if (!confirmErrors()) {
         return false;
+    }
     const SaveResult result = document_->save(target);
-    if (result.outcome == SaveOutcome::Written)
+    if (result.outcome == SaveOutcome::Written) {
         return true;
+    }
 
     const QString kept = whatWasKept(result);
     const QString text = tr("Unable to save your modifications to\n  ") + fromBytes(target);
@@ -268,8 +280,9 @@ bool Editor::save(const std::string &target)
 
 bool Editor::mayClose()
 {
-    if (!document_->isModified())
+    if (!document_->isModified()) {
         return true;
+    }
     MessageBox box;
     box.icon = QMessageBox::Warning;
     box.title = tr("Unsaved Changes");
@@ -311,17 +324,21 @@ void Editor::placeStrip()
 void Editor::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    if (menuBar_ != nullptr)
+    if (menuBar_ != nullptr) {
         menuBar_->setGeometry(0, 0, width(), menuBar_->heightForWidth(width()));
-    if (strip_ != nullptr)
+    }
+    if (strip_ != nullptr) {
         placeStrip();
-    if (tree_ == nullptr)
+    }
+    if (tree_ == nullptr) {
         return;
+    }
     tree_->setGeometry(
         QRect(treeTopLeft, QPoint(width() - treeRightGap, height() - treeBottomGap)));
     const int nameWidth = width() - tree_->columnWidth(VELTreeItem::Value) - columnsGap;
-    if (nameWidth >= 0)
+    if (nameWidth >= 0) {
         tree_->setColumnWidth(VELTreeItem::Name, nameWidth);
+    }
     tree_->update();
 }
 

@@ -27,8 +27,9 @@ QAction *addEntry(QMenu &menu, const QString &text, const char *name,
 {
     QAction *entry = menu.addAction(text);
     entry->setObjectName(QString::fromLatin1(name));
-    if (!shortcut.isEmpty())
+    if (!shortcut.isEmpty()) {
         entry->setShortcut(QKeySequence(shortcut));
+    }
     return entry;
 }
 
@@ -98,8 +99,9 @@ void Editor::addRowMenu()
     menu->setObjectName(QStringLiteral("RowMenu"));
     menu->setAccessibleName(tr("Selected row"));
     menu->setFont(font());
-    for (QAction *entry : findChild<QMenu *>(QStringLiteral("EditMenu"))->actions())
+    for (QAction *entry : findChild<QMenu *>(QStringLiteral("EditMenu"))->actions()) {
         menu->addAction(entry);
+    }
     menu->addSeparator();
 
     const auto addRowEntry = [&](const QString &text, const char *name, const QString &shortcut,
@@ -147,8 +149,9 @@ void Editor::addStrip()
     strip_->addButton(*redo_, "Redo");
     for (QAction *action : actions()) {
         strip_->menu().addAction(action);
-        if (action == redo_)
+        if (action == redo_) {
             strip_->menu().addSeparator();
+        }
     }
 }
 

@@ -21,8 +21,9 @@ constexpr int longestLine = 100;
 /// A tip shows what looks like markup as that, and breaks lines only in markup.
 QString asTip(const QString &text)
 {
-    if (text.size() <= longestLine && !Qt::mightBeRichText(text))
+    if (text.size() <= longestLine && !Qt::mightBeRichText(text)) {
         return text;
+    }
     return Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
 }
 
@@ -69,18 +70,22 @@ void Editor::showSteps()
 
 void Editor::undo()
 {
-    if (isBelowDialog())
+    if (isBelowDialog()) {
         return;
-    if (const Message failure = callWaiting([this] { return history_->undo(); }))
+    }
+    if (const Message failure = callWaiting([this] { return history_->undo(); })) {
         reportFailure(this, tr("Undo"), fromBytes(*failure));
+    }
 }
 
 void Editor::redo()
 {
-    if (isBelowDialog())
+    if (isBelowDialog()) {
         return;
-    if (const Message failure = callWaiting([this] { return history_->redo(); }))
+    }
+    if (const Message failure = callWaiting([this] { return history_->redo(); })) {
         reportFailure(this, tr("Redo"), fromBytes(*failure));
+    }
 }
 
 } // namespace velEditor

@@ -11,8 +11,9 @@ namespace {
 const char *featureVariable(const char *name)
 {
     const char *value = std::getenv(name);
-    if (value == nullptr)
+    if (value == nullptr) {
         std::fprintf(stderr, "%s not set; some features will not be available\n", name);
+    }
     return value;
 }
 

@@ -61,8 +61,9 @@ MessageDialog::MessageDialog(QWidget *parent, const QString &name, const QString
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(wrappedLabel(heading, "Heading", this));
     layout->addWidget(messageArea_);
-    if (questionMode)
+    if (questionMode) {
         layout->addWidget(wrappedLabel(question, "Question", this));
+    }
     addButtons(*layout, fileButtonText, questionMode);
     resize(sizeOnScreen(*this, QSize(600, 300)));
 }
@@ -76,8 +77,9 @@ void MessageDialog::addButtons(QVBoxLayout &layout, const QString &fileButtonTex
         makeButton(questionMode ? tr("&Yes") : tr("&Ok"), questionMode ? "Yes" : "Ok", this);
     connect(accepting, &QPushButton::clicked, this, &QDialog::accept);
     row->addWidget(accepting);
-    if (!questionMode)
+    if (!questionMode) {
         pressOnCtrlReturn(*accepting, *this);
+    }
     if (questionMode) {
         QPushButton *no = makeButton(tr("&No"), "No", this);
         connect(no, &QPushButton::clicked, this, &QDialog::reject);
@@ -94,15 +96,17 @@ void MessageDialog::writeMessagesToFile()
     const QString proposal =
         defaultFileName_.isEmpty() ? QStringLiteral("errormessages.txt") : defaultFileName_;
     const QString fileName = askSaveFileName(this, tr("Select File"), proposal);
-    if (fileName.isEmpty())
+    if (fileName.isEmpty()) {
         return;
+    }
 
     TextFile file(toBytes(fileName));
     file.write(toBytes(plainText(*messageArea_->document())));
-    if (!file.close())
+    if (!file.close()) {
         reportFailure(this, tr("Error Writing File"),
                       tr("Unable to write the messages to\n  ") + fileName + u'\n' +
                           fromBytes(file.error()));
+    }
 }
 
 ErrorDialog::ErrorDialog(QWidget *parent, const QString &name, std::string_view messages,

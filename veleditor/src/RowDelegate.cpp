@@ -21,12 +21,15 @@ constexpr QColor highlightColour(0, 0, 255);
 /// The colour of a row's text; none for the normal colour.
 std::optional<QColor> textColour(const VELTreeItem &item, int column)
 {
-    if (!item.isEditable())
+    if (!item.isEditable()) {
         return std::nullopt;
-    if (item.isInExpertSection())
+    }
+    if (item.isInExpertSection()) {
         return expertColour;
-    if (column == VELTreeItem::Value)
+    }
+    if (column == VELTreeItem::Value) {
         return valueColour;
+    }
     return std::nullopt;
 }
 
@@ -42,8 +45,9 @@ void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
 {
     QStyleOptionViewItem visible = option;
     const auto *tree = qobject_cast<const VELTree *>(option.widget);
-    if (tree != nullptr && tree->horizontalScrollBar()->maximum() == 0)
+    if (tree != nullptr && tree->horizontalScrollBar()->maximum() == 0) {
         visible.rect.setRight(qMin(option.rect.right(), tree->viewport()->rect().right()));
+    }
     QStyledItemDelegate::paint(painter, visible, index);
 }
 
@@ -54,13 +58,16 @@ void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInde
     option->palette.setColor(QPalette::HighlightedText, Qt::white); // in every palette
 
     const auto *tree = qobject_cast<const VELTree *>(option->widget);
-    if (tree == nullptr)
+    if (tree == nullptr) {
         return;
+    }
     const VELTreeItem *item = VELTreeItem::from(tree->itemFromIndex(index));
-    if (item == nullptr)
+    if (item == nullptr) {
         return;
-    if (const auto colour = textColour(*item, index.column()))
+    }
+    if (const auto colour = textColour(*item, index.column())) {
         option->palette.setColor(QPalette::Text, *colour);
+    }
 }
 
 } // namespace velEditor

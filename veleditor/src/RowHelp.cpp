@@ -24,8 +24,9 @@ QString wrapped(const QStringList &lines)
 QStringList heading(const VELTreeItem &row, const QString &text)
 {
     QStringList lines{shortened(text)};
-    if (const QString state = row.state(); !state.isEmpty())
+    if (const QString state = row.state(); !state.isEmpty()) {
         lines.append(u'(' + state + u')');
+    }
     return lines;
 }
 
@@ -36,10 +37,11 @@ QString rowToolTip(const VELTreeItem &row, int column)
     QStringList lines =
         heading(row, column == VELTreeItem::Name || !row.hasValue() ? row.label() : row.value());
     for (const RuleField &field : ruleFields(row.path())) {
-        if (field.name == descriptionField)
+        if (field.name == descriptionField) {
             lines.append(field.text);
-        else if (field.inTip)
+        } else if (field.inTip) {
             lines.append(field.name + QLatin1String(": ") + field.text);
+        }
     }
     return wrapped(lines);
 }
@@ -48,10 +50,11 @@ QString rowWhatsThis(const VELTreeItem &row)
 {
     QStringList lines = heading(row, row.label());
     for (const RuleField &field : ruleFields(row.path())) {
-        if (field.name == descriptionField)
+        if (field.name == descriptionField) {
             lines.append(field.text);
-        else if (field.name != topicField)
+        } else if (field.name != topicField) {
             lines.append(field.name + QLatin1String(": ") + field.text);
+        }
     }
     return wrapped(lines);
 }

@@ -33,11 +33,13 @@ constexpr std::size_t longestName = 200;
 std::string userFolder()
 {
     const std::filesystem::path folder = veltext::stateFolder("saved");
-    if (folder.empty())
+    if (folder.empty()) {
         return {};
+    }
     std::error_code failure;
-    if (std::filesystem::create_directories(folder, failure))
+    if (std::filesystem::create_directories(folder, failure)) {
         std::filesystem::permissions(folder, std::filesystem::perms::owner_all, failure);
+    }
     return std::filesystem::is_directory(folder, failure) ? folder.string() : std::string();
 }
 
@@ -45,8 +47,9 @@ std::string userFolder()
 void copyOwnerAndMode(const std::string &from, int descriptor)
 {
     struct stat status = {};
-    if (::stat(from.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (::stat(from.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return;
+    }
     static_cast<void>(!::fchown(descriptor, status.st_uid, status.st_gid));
     static_cast<void>(::fchmod(descriptor, status.st_mode & permissionBits));
 }
@@ -64,17 +67,20 @@ bool holds(const std::string &file, std::string_view bytes)
 
 SpareFile::SpareFile(const std::string &file, std::string_view bytes)
 {
-    if (write(veltext::folderOf(file), file, bytes))
+    if (write(veltext::folderOf(file), file, bytes)) {
         return;
+    }
     const std::string other = userFolder();
-    if (!other.empty())
+    if (!other.empty()) {
         static_cast<void>(write(other, file, bytes));
+    }
 }
 
 SpareFile::~SpareFile()
 {
-    if (!name_.empty())
+    if (!name_.empty()) {
         static_cast<void>(std::remove(name_.c_str()));
+    }
 }
 
 /// Writes a new file in a folder. Keeps the first error.
@@ -99,8 +105,9 @@ bool SpareFile::write(const std::string &folder, const std::string &file, std::s
     } else {
         failure = std::strerror(errno);
     }
-    if (error_.empty())
+    if (error_.empty()) {
         error_ = failure;
+    }
     return false;
 }
 
@@ -111,8 +118,9 @@ std::string SpareFile::keep()
 
 bool SpareFile::becomes(const std::string &name)
 {
-    if (std::rename(name_.c_str(), name.c_str()) != 0)
+    if (std::rename(name_.c_str(), name.c_str()) != 0) {
         return false;
+    }
     name_.clear();
     veltext::flushFolderOf(name);
     return true;

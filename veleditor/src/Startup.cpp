@@ -45,10 +45,12 @@ constexpr char helpText[] =
 /// The answer to an argument that is the only one; null if it is a file name.
 const char *answerTo(std::string_view word)
 {
-    if (word == "--help")
+    if (word == "--help") {
         return helpText;
-    if (word == "--version")
+    }
+    if (word == "--version") {
         return "veledit " VEL_VERSION "\n";
+    }
     return nullptr;
 }
 
@@ -65,17 +67,19 @@ void showBeside(const Editor &editor, QDialog &dialog)
 void upgrade(Application &application, Editor &editor)
 {
     const Message changes = callWaiting([&] { return editor.document().upgrade(); });
-    if (!changes)
+    if (!changes) {
         return;
+    }
     const std::string messages = "The following changes were made:\n\n" + *changes;
     const bool showChanges =
         askYesNo(&editor, Editor::tr("Command File Updated."),
                  Editor::tr("The Command File has been updated to be consistent with\nthis "
                             "version of OMBRA ZOT.\n\nDo you want to see the changes made?"));
     application.rethrow();
-    if (showChanges)
+    if (showChanges) {
         showBeside(editor, *new VELUpgradeMessagesDialog(
                                &editor, QStringLiteral("Command File Updates"), messages));
+    }
     editor.tree().setModified();
     editor.tree().buildTree();
 }
@@ -83,8 +87,9 @@ void upgrade(Application &application, Editor &editor)
 void validateFirst(Application &application, Editor &editor)
 {
     const Message findings = callWaiting([&] { return editor.document().validate(); });
-    if (!findings)
+    if (!findings) {
         return;
+    }
     MessageBox box;
     box.icon = QMessageBox::Warning;
     box.title = Editor::tr("Command File Validation Errors");
@@ -118,8 +123,9 @@ bool hasScreen()
 /// program started from a desktop does not have a console.
 void showWithoutConsole(const Application &application, const std::string &text)
 {
-    if (application.hasRun() || ::isatty(STDERR_FILENO) != 0 || !hasScreen())
+    if (application.hasRun() || ::isatty(STDERR_FILENO) != 0 || !hasScreen()) {
         return;
+    }
     reportFailure(nullptr, Editor::tr("Command File Editor"), fromBytes(text));
 }
 
@@ -148,8 +154,9 @@ void endInsteadOfAborting(QtMsgType type, const QMessageLogContext &context, con
 bool isSafeMode(int argc, char **argv)
 {
     for (int i = 0; i < argc; ++i) {
-        if (std::string_view(argv[i]) == "-safe")
+        if (std::string_view(argv[i]) == "-safe") {
             return true;
+        }
     }
     return false;
 }
@@ -163,8 +170,9 @@ int runEditor(int argc, char **argv)
     // precede the file name. Users rely on both.
     const std::string emergencyName = std::string(argc > 1 ? argv[1] : "") + ".emergency";
     ignoreWriteSignals();
-    if (const char *answer = argc == 2 ? answerTo(argv[1]) : nullptr)
+    if (const char *answer = argc == 2 ? answerTo(argv[1]) : nullptr) {
         return std::fputs(answer, stdout) >= 0 && std::fflush(stdout) == 0 ? 0 : 1;
+    }
     usualMessages = qInstallMessageHandler(endInsteadOfAborting);
     Application application(argc, argv);
     qInstallMessageHandler(usualMessages);
@@ -187,8 +195,9 @@ int runEditor(int argc, char **argv)
         report = "Unexpected error encountered.";
     }
     std::fprintf(stderr, "%s\n", report.c_str());
-    if (savesData && editor != nullptr)
+    if (savesData && editor != nullptr) {
         report += '\n' + saveInEmergency(*editor, emergencyName);
+    }
     showWithoutConsole(application, report);
     return 0;
 }

@@ -42,11 +42,13 @@ void Strip::addButton(QAction &action, const char *name)
 void Strip::fit(const QRect &room)
 {
     int width = more_->sizeHint().width();
-    for (const QToolButton *button : buttons_)
+    for (const QToolButton *button : buttons_) {
         width += button->sizeHint().width();
+    }
     const bool showsAll = width <= room.width();
-    if (!showsAll)
+    if (!showsAll) {
         width = more_->sizeHint().width();
+    }
     setGeometry(room.right() + 1 - width, room.top(), width, room.height());
 
     int left = 0;

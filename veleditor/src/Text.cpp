@@ -72,8 +72,9 @@ QString withLineBreaks(const QTextDocument &document, QChar lineBreak)
 QString fromBytes(std::string_view bytes)
 {
     const auto size = static_cast<qsizetype>(bytes.size());
-    if (isAscii(bytes))
+    if (isAscii(bytes)) {
         return QString::fromLatin1(bytes.data(), size);
+    }
     const QString text = decodeUtf8(bytes);
     return text.isNull() ? QString::fromLatin1(bytes.data(), size) : text;
 }
@@ -86,8 +87,9 @@ std::string toBytes(const QString &text)
 std::string toBytesInPlaceOf(const QString &text, std::string_view old)
 {
     const bool oldIsLatin1 = !isAscii(old) && decodeUtf8(old).isNull();
-    if (oldIsLatin1 && fitsLatin1(text))
+    if (oldIsLatin1 && fitsLatin1(text)) {
         return text.toLatin1().toStdString();
+    }
     return toBytes(text);
 }
 
@@ -107,8 +109,9 @@ QString typedValue(const QTextDocument &document)
 QString shortened(const QString &text)
 {
     qsizetype end = 0;
-    for (int i = 0; i < mostCharacters && end < text.size(); ++i)
+    for (int i = 0; i < mostCharacters && end < text.size(); ++i) {
         end += isPair(text, end) ? 2 : 1;
+    }
     return end == text.size() ? text : text.left(end) + QChar(u'\u2026');
 }
 

@@ -22,11 +22,13 @@ std::size_t skipAscii(std::string_view bytes, std::size_t i)
     std::uint64_t word = 0;
     for (; i + sizeof word <= bytes.size(); i += sizeof word) {
         std::memcpy(&word, bytes.data() + i, sizeof word);
-        if ((word & highBits) != 0)
+        if ((word & highBits) != 0) {
             break;
+        }
     }
-    while (i < bytes.size() && static_cast<unsigned char>(bytes[i]) < 0x80)
+    while (i < bytes.size() && static_cast<unsigned char>(bytes[i]) < 0x80) {
         ++i;
+    }
     return i;
 }
 
@@ -42,8 +44,9 @@ struct Sequence
 /// The bytes that follow `first`; none if no character begins with it.
 Sequence sequenceAfter(unsigned char first)
 {
-    if (first >= 0xC2 && first <= 0xDF)
+    if (first >= 0xC2 && first <= 0xDF) {
         return {1, 0x80, 0xBF};
+    }
     if (first >= 0xE0 && first <= 0xEF) {
         const unsigned char low = first == 0xE0 ? 0xA0 : 0x80;
         const unsigned char high = first == 0xED ? 0x9F : 0xBF;
@@ -61,14 +64,16 @@ Sequence sequenceAfter(unsigned char first)
 bool skipCharacter(std::string_view bytes, std::size_t &i)
 {
     const Sequence sequence = sequenceAfter(static_cast<unsigned char>(bytes[i]));
-    if (sequence.following == 0 || bytes.size() - i <= sequence.following)
+    if (sequence.following == 0 || bytes.size() - i <= sequence.following) {
         return false;
+    }
     for (std::size_t k = 1; k <= sequence.following; ++k) {
         const auto byte = static_cast<unsigned char>(bytes[i + k]);
         const bool fits =
             k == 1 ? byte >= sequence.low && byte <= sequence.high : byte >= 0x80 && byte <= 0xBF;
-        if (!fits)
+        if (!fits) {
             return false;
+        }
     }
     i += sequence.following + 1;
     return true;
@@ -100,8 +105,9 @@ QString whyNotLatin1(const QString &text)
 bool isUtf8(std::string_view bytes)
 {
     for (std::size_t i = skipAscii(bytes, 0); i < bytes.size(); i = skipAscii(bytes, i)) {
-        if (!skipCharacter(bytes, i))
+        if (!skipCharacter(bytes, i)) {
             return false;
+        }
     }
     return true;
 }
@@ -113,25 +119,29 @@ TextEncoding encodingOf(std::string_view text)
 
 TextEncoding encodingInPlaceOf(std::string_view former, TextEncoding file)
 {
-    if (skipAscii(former, 0) == former.size())
+    if (skipAscii(former, 0) == former.size()) {
         return file;
+    }
     return encodingOf(former);
 }
 
 EncodedText encode(const QString &text, TextEncoding encoding)
 {
-    if (encoding == TextEncoding::Utf8)
+    if (encoding == TextEncoding::Utf8) {
         return {toBytes(text), {}};
+    }
     const bool fits =
         std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= lastLatin1; });
-    if (!fits)
+    if (!fits) {
         return {{}, whyNotLatin1(text)};
+    }
     std::string bytes = text.toLatin1().toStdString();
-    if (fromBytes(bytes) != text)
+    if (fromBytes(bytes) != text) {
         return {{},
                 sentence("The encoding of this command file is Latin-1. This value would be "
                          "read back as\n\"") +
                     fromBytes(bytes) + sentence("\".\nPlease change the value.")};
+    }
     return {std::move(bytes), {}};
 }
 

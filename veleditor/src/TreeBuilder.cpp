@@ -17,8 +17,9 @@ namespace {
 
 void throwOn(const char *message, const char *step)
 {
-    if (message != nullptr)
+    if (message != nullptr) {
         throw error(std::string(step) + " : " + message);
+    }
 }
 
 bool isKind(const velChildInfo &child, std::string_view kind)
@@ -46,15 +47,17 @@ HiddenItems::HiddenItems()
 // The queries return −1 on failure, which counts as yes like any number except 0.
 bool HiddenItems::hide(const std::string &path) const
 {
-    if (!showLibrary_ && velparser::isVELLibrary(path.c_str()) != 0)
+    if (!showLibrary_ && velparser::isVELLibrary(path.c_str()) != 0) {
         return true;
+    }
     return !showExpert_ && velparser::isItemExpert(path.c_str()) != 0;
 }
 
 TreeBuilder::~TreeBuilder()
 {
-    for (std::size_t i = 0; i < levels_.size(); ++i)
+    for (std::size_t i = 0; i < levels_.size(); ++i) {
         static_cast<void>(velparser::popPathH());
+    }
 }
 
 BuiltTree TreeBuilder::build()
@@ -63,10 +66,11 @@ BuiltTree TreeBuilder::build()
                                                std::nullopt, std::string());
     enter(tree_.root.get(), 0);
     while (!levels_.empty()) {
-        if (levels_.back().next < levels_.back().children.size())
+        if (levels_.back().next < levels_.back().children.size()) {
             showNextChild();
-        else
+        } else {
             leave();
+        }
     }
     return std::move(tree_);
 }
@@ -75,8 +79,9 @@ BuiltTree TreeBuilder::build()
 void TreeBuilder::enter(VELTreeItem *item, std::size_t parentPathLength)
 {
     Level level{item, nullptr, isFlowPath(path_), parentPathLength, {}, 0};
-    if (level.isFlow)
+    if (level.isFlow) {
         tree_.flowItem = item;
+    }
     throwOn(velparser::getChildList(path_.c_str(), &level.children, nullptr), "getChildList");
     throwOn(velparser::pushPathH(path_.c_str()), "pushPath");
     levels_.push_back(std::move(level));
@@ -85,8 +90,9 @@ void TreeBuilder::enter(VELTreeItem *item, std::size_t parentPathLength)
 void TreeBuilder::leave()
 {
     const Level &level = levels_.back();
-    if (level.isFlow)
+    if (level.isFlow) {
         tree_.lastFlowChild = level.lastChild;
+    }
     path_.resize(level.pathLength);
     levels_.pop_back();
     throwOn(velparser::popPathH(), "popPath");
@@ -105,26 +111,29 @@ void TreeBuilder::showNextChild()
 
     const std::size_t length = path_.size();
     std::string component = value ? child.name : velComponentOf(child);
-    if (path_ != "/")
+    if (path_ != "/") {
         path_ += '/';
+    }
     path_ += component;
     if (hidden_.hide(path_)) {
         path_.resize(length);
         return;
     }
     VELTreeItem *item = makeItem(level, child, value, std::move(component));
-    if (isKind(child, "Param"))
+    if (isKind(child, "Param")) {
         path_.resize(length);
-    else
+    } else {
         enter(item, length);
+    }
 }
 
 VELTreeItem *TreeBuilder::makeItem(Level &level, const velChildInfo &child,
                                    const std::optional<std::string> &value, std::string component)
 {
     std::optional<QString> shown;
-    if (value)
+    if (value) {
         shown = fromBytes(*value);
+    }
     auto *item = new VELTreeItem(level.item, level.lastChild, rowLabel(child), std::move(shown),
                                  std::move(component));
     level.lastChild = item;
@@ -132,8 +141,9 @@ VELTreeItem *TreeBuilder::makeItem(Level &level, const velChildInfo &child,
         tree_.expertItem = item;
         item->setInExpertSection(true);
     }
-    if (isKind(child, "Param"))
+    if (isKind(child, "Param")) {
         item->setEditable(velparser::isParamEditable(path_.c_str()) != 0);
+    }
     return item;
 }
 

@@ -16,8 +16,9 @@ class Walk
 public:
     explicit Walk(VELTreeItem &start) : row_(&start)
     {
-        for (QTreeWidgetItem *child = &start; child->parent() != nullptr; child = child->parent())
+        for (QTreeWidgetItem *child = &start; child->parent() != nullptr; child = child->parent()) {
             places_.insert(places_.begin(), child->parent()->indexOfChild(child));
+        }
     }
 
     [[nodiscard]] VELTreeItem *row() const { return VELTreeItem::from(row_); }
@@ -50,14 +51,16 @@ private:
 
 bool textMatches(QStringView text, QStringView pattern)
 {
-    if (pattern.size() < 2)
+    if (pattern.size() < 2) {
         return false;
+    }
     qsizetype matched = 0;
     for (const QChar c : text) {
-        if (c.toUpper() != pattern[matched].toUpper())
+        if (c.toUpper() != pattern[matched].toUpper()) {
             matched = 0;
-        else if (++matched == pattern.size())
+        } else if (++matched == pattern.size()) {
             return true;
+        }
     }
     return false;
 }
@@ -71,11 +74,14 @@ VELTreeItem *rowAfter(VELTreeItem &item)
 
 VELTreeItem *findRow(VELTreeItem *start, const QString &pattern)
 {
-    if (start == nullptr)
+    if (start == nullptr) {
         return nullptr;
-    for (Walk walk(*start); VELTreeItem *row = walk.row(); walk.step()) {
-        if (textMatches(row->label(), pattern) || textMatches(row->value(), pattern))
+    }
+    for (Walk walk(*start); walk.row() != nullptr; walk.step()) {
+        VELTreeItem *row = walk.row();
+        if (textMatches(row->label(), pattern) || textMatches(row->value(), pattern)) {
             return row;
+        }
     }
     return nullptr;
 }

@@ -46,10 +46,11 @@ QString nameOf(const Edit &edit)
 /// Brings the marks of validity up to date, as the window does after such an edit.
 void validateAfter(Document &document, const Edit &edit)
 {
-    if (edit.kind == Edit::Kind::SetValue)
+    if (edit.kind == Edit::Kind::SetValue) {
         static_cast<void>(document.validateParameter(edit.path));
-    else if (edit.kind == Edit::Kind::AddParameter)
+    } else if (edit.kind == Edit::Kind::AddParameter) {
         static_cast<void>(document.validateObject(parentPath(edit.path)));
+    }
 }
 
 } // namespace
@@ -62,8 +63,9 @@ UndoHistory::UndoHistory(Document &document, QObject *parent) : QObject(parent),
 
 QString UndoHistory::nameOf(const std::vector<Step> &steps)
 {
-    if (steps.empty())
+    if (steps.empty()) {
         return QString();
+    }
     const Step &step = steps.back();
     return shortened(step.name.isEmpty() ? velEditor::nameOf(step.changes.front().edit)
                                          : step.name);
@@ -98,13 +100,15 @@ bool UndoHistory::isRollBack() const
 
 void UndoHistory::note(const Edit &edit)
 {
-    if (isMoving_ || document_.formerRevision() == document_.revision())
+    if (isMoving_ || document_.formerRevision() == document_.revision()) {
         return;
+    }
     if (isRollBack()) {
         dropRolledBack();
     } else {
-        if (!isOpen_)
+        if (!isOpen_) {
             done_.push_back({groupName_, {}});
+        }
         isOpen_ = groupDepth_ > 0;
         done_.back().changes.push_back({edit, document_.formerRevision(), document_.revision()});
         discarded_ = std::exchange(undone_, {});
@@ -124,16 +128,18 @@ void UndoHistory::dropRolledBack()
 
 void UndoHistory::beginGroup(const QString &name)
 {
-    if (groupDepth_++ > 0)
+    if (groupDepth_++ > 0) {
         return;
+    }
     groupName_ = name;
     emit stepsChanged();
 }
 
 void UndoHistory::endGroup()
 {
-    if (--groupDepth_ > 0)
+    if (--groupDepth_ > 0) {
         return;
+    }
     groupName_.clear();
     isOpen_ = false;
     emit stepsChanged();
@@ -143,13 +149,15 @@ void UndoHistory::endGroup()
 
 Message UndoHistory::undo()
 {
-    if (!canUndo())
+    if (!canUndo()) {
         return std::nullopt;
+    }
     Step step = std::move(done_.back());
     done_.pop_back();
     Message failure;
-    for (auto change = step.changes.rbegin(); change != step.changes.rend() && !failure; ++change)
+    for (auto change = step.changes.rbegin(); change != step.changes.rend() && !failure; ++change) {
         failure = make(inverse(change->edit), change->after, change->before);
+    }
     const Edit last = inverse(step.changes.front().edit);
     undone_.push_back(std::move(step));
     return finish(last, std::move(failure));
@@ -157,13 +165,15 @@ Message UndoHistory::undo()
 
 Message UndoHistory::redo()
 {
-    if (!canRedo())
+    if (!canRedo()) {
         return std::nullopt;
+    }
     Step step = std::move(undone_.back());
     undone_.pop_back();
     Message failure;
-    for (auto change = step.changes.begin(); change != step.changes.end() && !failure; ++change)
+    for (auto change = step.changes.begin(); change != step.changes.end() && !failure; ++change) {
         failure = make(change->edit, change->before, change->after);
+    }
     const Edit last = step.changes.back().edit;
     done_.push_back(std::move(step));
     return finish(last, std::move(failure));
@@ -174,8 +184,9 @@ Message UndoHistory::make(const Edit &edit, std::uint64_t from, std::uint64_t to
     isMoving_ = true;
     Message failure = document_.applyBetween(edit, from, to);
     isMoving_ = false;
-    if (!failure)
+    if (!failure) {
         validateAfter(document_, edit);
+    }
     return failure;
 }
 

@@ -66,8 +66,9 @@ void VELTree::buildTree()
     lastFlowChild_ = nullptr;
     expertItem_ = nullptr;
     lastAddedItem_ = nullptr;
-    if (findDialog_ != nullptr)
+    if (findDialog_ != nullptr) {
         findDialog_->setNextItem(nullptr);
+    }
     clear();
 
     BuiltTree built = TreeBuilder().build();
@@ -116,14 +117,16 @@ void VELTree::updateGeometries()
 // to a row.
 void VELTree::keepFromMovingSideways()
 {
-    if (columnsFit())
+    if (columnsFit()) {
         horizontalScrollBar()->setRange(0, 0);
+    }
 }
 
 void VELTree::contextMenuEvent(QContextMenuEvent *event)
 {
-    if (event->reason() == QContextMenuEvent::Keyboard)
+    if (event->reason() == QContextMenuEvent::Keyboard) {
         emit menuRequested(placeBesideRow());
+    }
 }
 
 // The toolkit starts editing after a double click of any button. The second release of
@@ -131,25 +134,28 @@ void VELTree::contextMenuEvent(QContextMenuEvent *event)
 // other.
 void VELTree::mouseDoubleClickEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton)
+    if (event->button() == Qt::LeftButton) {
         QTreeWidget::mouseDoubleClickEvent(event);
-    else if (event->button() == Qt::RightButton)
+    } else if (event->button() == Qt::RightButton) {
         isRightDoubleClick_ = true;
+    }
 }
 
 void VELTree::mouseReleaseEvent(QMouseEvent *event)
 {
     QTreeWidget::mouseReleaseEvent(event);
-    if (event->button() != Qt::RightButton || std::exchange(isRightDoubleClick_, false))
+    if (event->button() != Qt::RightButton || std::exchange(isRightDoubleClick_, false)) {
         return;
+    }
     const QPoint point = event->position().toPoint();
     emit rightButtonClicked(itemAt(point), event->globalPosition().toPoint(), columnAt(point.x()));
 }
 
 void VELTree::openOrClose(QTreeWidgetItem *, QPoint point, int)
 {
-    if (QTreeWidgetItem *item = itemAt(viewport()->mapFromGlobal(point)))
+    if (QTreeWidgetItem *item = itemAt(viewport()->mapFromGlobal(point))) {
         setOpen(item, !item->isExpanded());
+    }
 }
 
 // With a pending layout, the view only notes each change and is laid out once.
@@ -160,10 +166,12 @@ void VELTree::setOpen(QTreeWidgetItem *item, bool open)
     while (!rows.empty()) {
         QTreeWidgetItem *row = rows.back();
         rows.pop_back();
-        if (row->childCount() > 0)
+        if (row->childCount() > 0) {
             row->setExpanded(open);
-        for (int i = 0; i < row->childCount(); ++i)
+        }
+        for (int i = 0; i < row->childCount(); ++i) {
             rows.push_back(row->child(i));
+        }
     }
 }
 

@@ -20,9 +20,10 @@ const char usualFlowObject[] = "/FLOW:Analysis";
 /// no flow object, the edit adds one with the section.
 Edit addingExpertSection(const VELTreeItem *flowItem)
 {
-    if (flowItem != nullptr)
+    if (flowItem != nullptr) {
         return addingObject(childPath(flowItem->path(), expertSection),
                             "EXPERT PARAMETERS :\nEND\n");
+    }
     return addingObject(usualFlowObject, "FLOW : Analysis\nEXPERT PARAMETERS :\nEND\nEND\n");
 }
 
@@ -31,8 +32,9 @@ VELTreeItem *parameterRow(const VELTreeItem &object, const std::string &name)
 {
     for (int i = 0; i < object.childCount(); ++i) {
         VELTreeItem *row = VELTreeItem::from(object.child(i));
-        if (row->hasValue() && row->component() == name && row->label() == fromBytes(name))
+        if (row->hasValue() && row->component() == name && row->label() == fromBytes(name)) {
             return row;
+        }
     }
     return nullptr;
 }
@@ -43,8 +45,9 @@ std::vector<std::string> openingLabels(VELTreeItem &object)
 {
     std::vector<std::string> labels;
     for (VELTreeItem *row = &object; row->parent() != nullptr;
-         row = VELTreeItem::from(row->parent()))
+         row = VELTreeItem::from(row->parent())) {
         labels.insert(labels.begin(), row->labelBytes());
+    }
     return labels;
 }
 
@@ -65,13 +68,15 @@ void VELTree::addExpertParamObj()
     // usual name marks nothing.
     if (flowItem_ == nullptr) {
         static_cast<void>(document_->apply(addingExpertSection(nullptr), Document::Marking::None));
-        if (flowItem_ == nullptr)
+        if (flowItem_ == nullptr) {
             buildTree();
+        }
         return;
     }
     static_cast<void>(document_->apply(addingExpertSection(flowItem_)));
-    if (expertItem_ == nullptr)
+    if (expertItem_ == nullptr) {
         showExpertSection();
+    }
     viewport()->update();
 }
 
@@ -80,12 +85,13 @@ void VELTree::showAddedObject(const std::string &path, int position)
     const bool isNew = position == Edit::atEnd;
     const bool isSection =
         flowItem_ != nullptr && path == childPath(flowItem_->path(), expertSection);
-    if (!isNew)
+    if (!isNew) {
         rebuildInPlace();
-    else if (isSection)
+    } else if (isSection) {
         showExpertSection();
-    else
+    } else {
         buildTree();
+    }
 }
 
 void VELTree::showExpertSection()
@@ -106,12 +112,14 @@ void VELTree::addParameter()
                 "an object and try again."));
         return;
     }
-    if (target->hasValue())
+    if (target->hasValue()) {
         target = VELTreeItem::from(target->parent());
+    }
 
     AddParamDialog dialog(this, tr("Add Parameter"), target->path(), document_->encoding());
-    if (run(dialog) != QDialog::Accepted)
+    if (run(dialog) != QDialog::Accepted) {
         return;
+    }
     const std::string name = dialog.storedName();
     const std::string path = childPath(target->path(), name);
     if (velparser::isParamEditable(path.c_str()) == 0) {
@@ -128,8 +136,9 @@ void VELTree::addParameter()
         return;
     }
     showNewParameter(*target, name, former);
-    if (const Message errors = document_->validateObject(target->path()))
+    if (const Message errors = document_->validateObject(target->path())) {
         showErrors(*errors);
+    }
     viewport()->update();
 }
 
@@ -142,10 +151,12 @@ void VELTree::showNewParameter(VELTreeItem &target, const std::string &name, VEL
         delete former;
     }
     VELTreeItem *row = parameterRow(target, name);
-    if (row == nullptr)
+    if (row == nullptr) {
         row = addParameterRow(target, nullptr, name);
-    if (wasSelected)
+    }
+    if (wasSelected) {
         setCurrentItem(row);
+    }
     lastAddedItem_ = row;
     target.setExpanded(true);
     scrollToItem(row);

@@ -19,8 +19,9 @@ VELTreeItem *childRow(const VELTreeItem &object, const std::string &component, b
 {
     for (int i = 0; i < object.childCount(); ++i) {
         VELTreeItem *row = VELTreeItem::from(object.child(i));
-        if (row->hasValue() == isParameter && row->component() == component)
+        if (row->hasValue() == isParameter && row->component() == component) {
             return row;
+        }
     }
     return nullptr;
 }
@@ -58,8 +59,9 @@ bool VELTree::isModified() const
 void VELTree::showMark(bool modified)
 {
     QString title = parentWidget()->windowTitle();
-    if (title.endsWith(modifiedMark))
+    if (title.endsWith(modifiedMark)) {
         title.chop(modifiedMark.size());
+    }
     parentWidget()->setWindowTitle(modified ? title + modifiedMark : title);
 }
 
@@ -67,8 +69,9 @@ void VELTree::showMark(bool modified)
 
 void VELTree::showValue(const std::string &path, const std::string &value)
 {
-    if (VELTreeItem *row = rowAt(path, true))
+    if (VELTreeItem *row = rowAt(path, true)) {
         row->setValue(fromBytes(value));
+    }
 }
 
 // A new parameter is shown before all others, where the user sees it; a restored one
@@ -77,8 +80,9 @@ void VELTree::showAddedParameter(const std::string &path, int position)
 {
     VELTreeItem *object = rowAt(parentPath(path), false);
     const bool isNew = position == Edit::atEnd;
-    if (object == nullptr || (!isNew && HiddenItems().hide(path)))
+    if (object == nullptr || (!isNew && HiddenItems().hide(path))) {
         return;
+    }
     VELTreeItem *row = addParameterRow(*object, isNew ? nullptr : rowBefore(*object, position),
                                        lastComponent(path));
     row->setEditable(velparser::isParamEditable(path.c_str()) != 0);
@@ -94,8 +98,9 @@ VELTreeItem *VELTree::addParameterRow(VELTreeItem &object, const VELTreeItem *af
 
 void VELTree::showRemovedParameter(const std::string &path)
 {
-    if (VELTreeItem *row = rowAt(path, true))
+    if (VELTreeItem *row = rowAt(path, true)) {
         removeRow(*row);
+    }
 }
 
 void VELTree::removeRow(VELTreeItem &row)
@@ -110,8 +115,9 @@ void VELTree::removeRow(VELTreeItem &row)
 VELTreeItem *VELTree::rowAt(const std::string &path, bool isParameter) const
 {
     VELTreeItem *selected = selectedItem();
-    if (selected != nullptr && selected->hasValue() == isParameter && selected->path() == path)
+    if (selected != nullptr && selected->hasValue() == isParameter && selected->path() == path) {
         return selected;
+    }
     VELTreeItem *row = firstItem();
     for (std::size_t start = 1; start < path.size() && row != nullptr;) {
         const std::size_t end = std::min(path.find('/', start), path.size());
@@ -129,8 +135,9 @@ VELTreeItem *VELTree::rowBefore(const VELTreeItem &object, int position) const
     before.resize(std::min(before.size(), static_cast<std::size_t>(position)));
     for (auto component = before.rbegin(); component != before.rend(); ++component) {
         for (const bool isParameter : {true, false}) {
-            if (VELTreeItem *row = childRow(object, *component, isParameter))
+            if (VELTreeItem *row = childRow(object, *component, isParameter)) {
                 return row;
+            }
         }
     }
     return nullptr;

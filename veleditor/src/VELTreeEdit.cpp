@@ -15,34 +15,39 @@ namespace velEditor {
 
 void VELTree::editQListItem(QTreeWidgetItem *item)
 {
-    if (VELTreeItem *row = VELTreeItem::from(item))
+    if (VELTreeItem *row = VELTreeItem::from(item)) {
         editParam(row);
+    }
 }
 
 void VELTree::editCurrParameter()
 {
-    if (VELTreeItem *item = selectedItem())
+    if (VELTreeItem *item = selectedItem()) {
         editParam(item);
-    else
+    } else {
         warn(this, tr("Edit Parameter"),
              tr("Please select the parameter you wish to edit and try again.\n"));
+    }
 }
 
 void VELTree::editParam(VELTreeItem *item)
 {
-    if (item == nullptr)
+    if (item == nullptr) {
         return;
+    }
     if (!item->isEditable()) {
-        if (item->hasValue())
+        if (item->hasValue()) {
             refuseEdit(item->label());
+        }
         return;
     }
     RefusedValue refused = std::exchange(refused_, {});
-    if (refused.item == item)
+    if (refused.item == item) {
         askForValue(*item, std::move(refused.dialog));
-    else
+    } else {
         askForValue(*item, std::make_unique<EditParamDialog>(this, tr("Edit Parameter"), *item,
                                                              document_->encoding()));
+    }
 }
 
 void VELTree::refuseEdit(const QString &name)
@@ -59,8 +64,9 @@ void VELTree::askForValue(VELTreeItem &item, std::unique_ptr<EditParamDialog> di
 {
     while (run(*dialog) == QDialog::Accepted) {
         const QString former = item.value();
-        if (!storeValue(item, dialog->value()))
+        if (!storeValue(item, dialog->value())) {
             continue;
+        }
         if (ErrorDialog *errors = validateValue(item, former)) {
             refused_ = {&item, errors, std::move(dialog)};
             connect(
@@ -73,30 +79,35 @@ void VELTree::askForValue(VELTreeItem &item, std::unique_ptr<EditParamDialog> di
 
 void VELTree::askAgain(const ErrorDialog *errors)
 {
-    if (refused_.errors != errors)
+    if (refused_.errors != errors) {
         return;
-    if (window()->isVisible() && QApplication::activeModalWidget() == nullptr)
+    }
+    if (window()->isVisible() && QApplication::activeModalWidget() == nullptr) {
         editParam(refused_.item);
-    else
+    } else {
         refused_ = {};
+    }
 }
 
 bool VELTree::storeValue(VELTreeItem &item, const std::string &value)
 {
     const Message refused = document_->apply(settingValue(item.path(), value));
-    if (refused)
+    if (refused) {
         warn(this, tr("Edit Parameter"), fromBytes(*refused));
+    }
     return !refused;
 }
 
 ErrorDialog *VELTree::validateValue(VELTreeItem &item, const QString &former)
 {
     const Message messages = document_->validateParameter(item.path());
-    if (!messages)
+    if (!messages) {
         return nullptr;
+    }
     ErrorDialog *errors = showErrors(*messages);
-    if (document_->rollBack())
+    if (document_->rollBack()) {
         item.setValue(former);
+    }
     return errors;
 }
 
@@ -115,24 +126,30 @@ void VELTree::deleteParam()
     box.text = tr("You are about to delete the parameter\n") + item->label() + tr(" = ") +
                item->value() + tr("\nThis cannot be undone.\nDo you really want to do this?");
     box.buttons = QStringList{tr("&Delete The Parameter"), tr("&Cancel")};
-    if (ask(this, box) != 0)
+    if (ask(this, box) != 0) {
         return;
-    if (document_->apply(deletingParameter(item->path())))
+    }
+    if (document_->apply(deletingParameter(item->path()))) {
         removeRow(*item); // kept: what the database says is not looked at
+    }
 }
 
 /// Drops all pointers to a row before it is deleted.
 void VELTree::forget(const VELTreeItem &item)
 {
-    if (lastAddedItem_ == &item)
+    if (lastAddedItem_ == &item) {
         lastAddedItem_ = nullptr;
-    if (lastFlowChild_ == &item)
+    }
+    if (lastFlowChild_ == &item) {
         lastFlowChild_ = VELTreeItem::from(
             item.parent()->child(item.parent()->indexOfChild(lastFlowChild_) - 1));
-    if (findDialog_ != nullptr && findDialog_->nextItem() == &item)
+    }
+    if (findDialog_ != nullptr && findDialog_->nextItem() == &item) {
         findDialog_->setNextItem(nullptr);
-    if (refused_.item == &item)
+    }
+    if (refused_.item == &item) {
         refused_ = {};
+    }
 }
 
 ErrorDialog *VELTree::showErrors(const std::string &messages)

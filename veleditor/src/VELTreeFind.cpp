@@ -12,8 +12,9 @@ VELTreeItem *VELTree::firstItem() const
 
 void VELTree::showMatch(VELTreeItem &match)
 {
-    for (QTreeWidgetItem *row = &match; row != nullptr; row = row->parent())
+    for (QTreeWidgetItem *row = &match; row != nullptr; row = row->parent()) {
         row->setExpanded(true);
+    }
     scrollToItem(&match);
     setCurrentItem(&match);
 }
@@ -36,10 +37,11 @@ void VELTree::doFind()
 
 void VELTree::doFindNext()
 {
-    if (findDialog_ == nullptr)
+    if (findDialog_ == nullptr) {
         doFind();
-    else
+    } else {
         findDialog_->find();
+    }
 }
 
 } // namespace velEditor

@@ -17,11 +17,13 @@ namespace {
 // A row is nearly always added after the last one, which needs no search.
 int positionAfter(const QTreeWidgetItem &parent, const QTreeWidgetItem *after)
 {
-    if (after == nullptr)
+    if (after == nullptr) {
         return 0;
+    }
     const int count = parent.childCount();
-    if (count > 0 && parent.child(count - 1) == after)
+    if (count > 0 && parent.child(count - 1) == after) {
         return count;
+    }
     return parent.indexOfChild(const_cast<QTreeWidgetItem *>(after)) + 1;
 }
 
@@ -33,10 +35,12 @@ VELTreeItem::VELTreeItem(VELTreeItem *parent, const QTreeWidgetItem *after, cons
       inExpertSection_(parent != nullptr && parent->inExpertSection_)
 {
     setLabel(label);
-    if (value)
+    if (value) {
         value_ = std::move(*value);
-    if (parent != nullptr)
+    }
+    if (parent != nullptr) {
         parent->insertChild(positionAfter(*parent, after), this);
+    }
 }
 
 VELTreeItem *VELTreeItem::from(QTreeWidgetItem *item)
@@ -47,10 +51,12 @@ VELTreeItem *VELTreeItem::from(QTreeWidgetItem *item)
 std::string VELTreeItem::path() const
 {
     std::vector<const VELTreeItem *> rows;
-    for (const VELTreeItem *row = this; row->parent() != nullptr; row = from(row->parent()))
+    for (const VELTreeItem *row = this; row->parent() != nullptr; row = from(row->parent())) {
         rows.push_back(row);
-    if (rows.empty())
+    }
+    if (rows.empty()) {
         return "/";
+    }
 
     std::string path;
     for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
@@ -70,8 +76,9 @@ void VELTreeItem::setLabel(const QString &label)
     ownLabel_ = QString();
     for (const LabelForm form : {LabelForm::Parameter, LabelForm::Object}) {
         labelForm_ = form;
-        if (fromBytes(formedLabel(form)) == label)
+        if (fromBytes(formedLabel(form)) == label) {
             return;
+        }
     }
     labelForm_ = LabelForm::Own;
     ownLabel_ = label;
@@ -96,10 +103,12 @@ void VELTreeItem::setValue(const QString &value)
 
 QString VELTreeItem::state() const
 {
-    if (!hasValue_)
+    if (!hasValue_) {
         return QString();
-    if (!editable_)
+    }
+    if (!editable_) {
         return QCoreApplication::translate("velEditor::VELTreeItem", "cannot be changed");
+    }
     return inExpertSection_
                ? QCoreApplication::translate("velEditor::VELTreeItem",
                                              "expert parameter, can be changed")
@@ -109,16 +118,20 @@ QString VELTreeItem::state() const
 QVariant VELTreeItem::data(int column, int role) const
 {
     if (role == Qt::DisplayRole || role == Qt::EditRole) {
-        if (column == Name)
+        if (column == Name) {
             return label();
+        }
         return hasValue_ ? QVariant(value_) : QVariant();
     }
-    if (role == Qt::ToolTipRole)
+    if (role == Qt::ToolTipRole) {
         return rowToolTip(*this, column);
-    if (role == Qt::WhatsThisRole)
+    }
+    if (role == Qt::WhatsThisRole) {
         return rowWhatsThis(*this);
-    if (role == Qt::AccessibleDescriptionRole)
+    }
+    if (role == Qt::AccessibleDescriptionRole) {
         return state();
+    }
     return QTreeWidgetItem::data(column, role);
 }
 

@@ -12,22 +12,26 @@ namespace velEditor {
 void VELTree::openAll()
 {
     expandAll();
-    if (VELTreeItem *row = selectedItem())
+    if (VELTreeItem *row = selectedItem()) {
         scrollToItem(row);
+    }
 }
 
 void VELTree::closeAll()
 {
     collapseAll();
     VELTreeItem *top = firstItem();
-    if (top == nullptr)
+    if (top == nullptr) {
         return;
+    }
     top->setExpanded(true);
     QTreeWidgetItem *row = selectedItem();
-    while (row != nullptr && row->parent() != nullptr && !row->parent()->isExpanded())
+    while (row != nullptr && row->parent() != nullptr && !row->parent()->isExpanded()) {
         row = row->parent();
-    if (row != nullptr)
+    }
+    if (row != nullptr) {
         setCurrentItem(row);
+    }
 }
 
 // Expand All and the search also mark rows without children as open. The key Left would
@@ -35,28 +39,32 @@ void VELTree::closeAll()
 QModelIndex VELTree::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
 {
     QTreeWidgetItem *row = currentItem();
-    if (row != nullptr && row->childCount() == 0)
+    if (row != nullptr && row->childCount() == 0) {
         row->setExpanded(false);
+    }
     return QTreeWidget::moveCursor(action, modifiers);
 }
 
 void VELTree::copyPath() const
 {
-    if (const VELTreeItem *row = selectedItem())
+    if (const VELTreeItem *row = selectedItem()) {
         QGuiApplication::clipboard()->setText(fromBytes(row->path()));
+    }
 }
 
 void VELTree::copyValue() const
 {
     const VELTreeItem *row = selectedItem();
-    if (row != nullptr && row->hasValue())
+    if (row != nullptr && row->hasValue()) {
         QGuiApplication::clipboard()->setText(row->value());
+    }
 }
 
 void VELTree::explainRow()
 {
-    if (const VELTreeItem *row = selectedItem())
+    if (const VELTreeItem *row = selectedItem()) {
         QWhatsThis::showText(placeBesideRow(), rowWhatsThis(*row), this);
+    }
 }
 
 QPoint VELTree::placeBesideRow() const
@@ -64,8 +72,9 @@ QPoint VELTree::placeBesideRow() const
     const VELTreeItem *row = selectedItem();
     const QRect shown = viewport()->rect();
     const QRect place = row != nullptr ? visualItemRect(row) & shown : QRect();
-    if (place.isEmpty())
+    if (place.isEmpty()) {
         return viewport()->mapToGlobal(shown.topLeft());
+    }
     return viewport()->mapToGlobal(place.bottomLeft() + QPoint(indentation(), 0));
 }
 

@@ -19,13 +19,15 @@ template <typename IsOpen, typename Use>
 void forEachOpenRow(VELTreeItem *top, IsOpen isOpen, Use use)
 {
     std::vector<std::pair<VELTreeItem *, std::string>> rows;
-    if (top != nullptr)
+    if (top != nullptr) {
         rows.emplace_back(top, "/");
+    }
     while (!rows.empty()) {
         const auto [row, path] = std::move(rows.back());
         rows.pop_back();
-        if (row->childCount() == 0 || !isOpen(*row, path))
+        if (row->childCount() == 0 || !isOpen(*row, path)) {
             continue;
+        }
         use(*row, path);
         for (int i = 0; i < row->childCount(); ++i) {
             VELTreeItem *child = VELTreeItem::from(row->child(i));
@@ -65,8 +67,9 @@ void VELTree::rebuildInPlace()
         firstItem(),
         [&](const VELTreeItem &, const std::string &path) { return open.count(path) > 0; },
         [](VELTreeItem &row, const std::string &) { row.setExpanded(true); });
-    if (VELTreeItem *row = selectedPath.empty() ? nullptr : rowAt(selectedPath, isParameter))
+    if (VELTreeItem *row = selectedPath.empty() ? nullptr : rowAt(selectedPath, isParameter)) {
         setCurrentItem(row);
+    }
     executeDelayedItemsLayout();
     verticalScrollBar()->setValue(place);
 }
@@ -79,10 +82,12 @@ void VELTree::showChange(const Edit &edit)
         path = parentPath(path);
         row = rowAt(path, false);
     }
-    if (row == nullptr)
+    if (row == nullptr) {
         return;
-    for (QTreeWidgetItem *above = row->parent(); above != nullptr; above = above->parent())
+    }
+    for (QTreeWidgetItem *above = row->parent(); above != nullptr; above = above->parent()) {
         above->setExpanded(true);
+    }
     setCurrentItem(row);
     scrollToItem(row);
 }

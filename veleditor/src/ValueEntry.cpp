@@ -25,8 +25,9 @@ ValueEntry::ValueEntry(const QString &accessibleName, TextEncoding encoding, QWi
 
 void ValueEntry::offer(const std::string &path)
 {
-    if (path == path_)
+    if (path == path_) {
         return; // keep what was chosen
+    }
     path_ = path;
     allowed_ = {};
     QString proposal;
@@ -34,10 +35,11 @@ void ValueEntry::offer(const std::string &path)
         static_cast<void>(velparser::getAllowedParamStrings(path.c_str(), &allowed_));
         proposal = ruleField(path, QLatin1String("Default"));
     }
-    if (allowed_.empty())
+    if (allowed_.empty()) {
         offerText(proposal);
-    else
+    } else {
         offerList(proposal);
+    }
     QWidget *shown = allowed_.empty() ? static_cast<QWidget *>(field_) : list_;
     QWidget *hidden = allowed_.empty() ? static_cast<QWidget *>(list_) : field_;
     hidden->hide(); // hide first, or the dialog grows for both
@@ -48,8 +50,9 @@ void ValueEntry::offer(const std::string &path)
 void ValueEntry::offerList(const QString &proposal)
 {
     list_->clear();
-    for (const char *allowed : allowed_)
+    for (const char *allowed : allowed_) {
         list_->addItem(fromBytes(allowed));
+    }
     list_->setCurrentIndex(list_->findText(proposal, Qt::MatchExactly | Qt::MatchCaseSensitive));
 }
 
@@ -64,8 +67,9 @@ void ValueEntry::offerText(const QString &proposal)
 
 EncodedText ValueEntry::value() const
 {
-    if (allowed_.empty())
+    if (allowed_.empty()) {
         return encode(typedValue(*field_->document()), encoding_);
+    }
     const int chosen = list_->currentIndex();
     return {chosen >= 0 ? allowed_[static_cast<std::size_t>(chosen)] : std::string(), {}};
 }

@@ -28,8 +28,9 @@ QString whyFileCannotHold(std::string_view value)
         return sentence("A value cannot contain the character \"#\", which begins a comment in a "
                         "command file.\nPlease write \"\\#\" for the character itself.");
     case veltext::ValueFault::FinalBackslash:
-        if (check.position + 1 == value.size())
+        if (check.position + 1 == value.size()) {
             break; // saved with an empty comment after it
+        }
         return sentence("A value cannot end in a back-slash and blanks, because its line in the "
                         "command file would continue.\nPlease remove the blanks or the "
                         "back-slash.");

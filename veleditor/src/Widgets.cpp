@@ -37,8 +37,9 @@ QLabel *makeLabel(const QString &text, QWidget *parent)
     label->setTextFormat(Qt::PlainText);
     label->ensurePolished();
     const int widest = widestPart(*parent);
-    if (label->sizeHint().width() > widest)
+    if (label->sizeHint().width() > widest) {
         return new WrappingLabel(text, widest, parent);
+    }
     return label.release();
 }
 

@@ -40,8 +40,9 @@ QSize WrappingLabel::minimumSizeHint() const
 void WrappingLabel::changeEvent(QEvent *event)
 {
     QLabel::changeEvent(event);
-    if (event->type() != QEvent::FontChange)
+    if (event->type() != QEvent::FontChange) {
         return;
+    }
     linesWidth_ = -1;
     setNarrowest(narrowest_);
 }
@@ -56,8 +57,9 @@ void WrappingLabel::paintEvent(QPaintEvent *)
 
 const QTextLayout &WrappingLabel::lines(int width) const
 {
-    if (linesWidth_ == width)
+    if (linesWidth_ == width) {
         return lines_;
+    }
     linesWidth_ = width;
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);

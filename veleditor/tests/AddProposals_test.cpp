@@ -40,8 +40,9 @@ const char pump[] = "/PUMP:p";
 QStringList entries(const QComboBox &list)
 {
     QStringList texts;
-    for (int i = 0; i < list.count(); ++i)
+    for (int i = 0; i < list.count(); ++i) {
         texts.append(list.itemText(i));
+    }
     return texts;
 }
 
@@ -51,10 +52,12 @@ QString offeredValue(const AddParamDialog &dialog)
 {
     const auto *list = dialog.findChild<QComboBox *>("Values");
     const auto *field = dialog.findChild<QTextEdit *>("Value");
-    if (list->isVisible() == field->isVisible())
+    if (list->isVisible() == field->isVisible()) {
         qFatal("one of list and field is to be visible");
-    if (field->isVisible())
+    }
+    if (field->isVisible()) {
         return field->toPlainText();
+    }
     return '[' + entries(*list).join(" | ") + "] " + list->currentText();
 }
 

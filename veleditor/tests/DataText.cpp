@@ -30,10 +30,11 @@ Node readNode(const Reader &reader, const std::string &path, const std::string &
         const std::string kind = child.className;
         const std::string below = kind == "Object" ? child.type + ":" + child.name : child.name;
         const std::string belowPath = (path == "/" ? "" : path) + "/" + below;
-        if (kind == "Param")
+        if (kind == "Param") {
             node.children.push_back({below, reader.value(belowPath), {}});
-        else if (!reader.isLibrary(belowPath))
+        } else if (!reader.isLibrary(belowPath)) {
             node.children.push_back(readNode(reader, belowPath, below));
+        }
     }
     return node;
 }
@@ -42,16 +43,18 @@ std::vector<const char *> pointersTo(const std::vector<std::string> &lines)
 {
     std::vector<const char *> texts;
     texts.reserve(lines.size() + 1);
-    for (const std::string &line : lines)
+    for (const std::string &line : lines) {
         texts.push_back(line.c_str());
+    }
     texts.push_back(""); // a text without any line would be refused
     return texts;
 }
 
 void stopOn(const char *failure)
 {
-    if (failure != nullptr)
+    if (failure != nullptr) {
         qFatal("%s", failure);
+    }
 }
 
 } // namespace
@@ -125,13 +128,15 @@ Node asSaved(Node node)
 {
     std::stable_sort(node.children.begin(), node.children.end(),
                      [](const Node &one, const Node &other) {
-                         if (one.value.has_value() != other.value.has_value())
+                         if (one.value.has_value() != other.value.has_value()) {
                              return one.value.has_value();
+                         }
                          return !one.value && one.component < other.component;
                      });
     for (Node &child : node.children) {
-        if (child.value)
+        if (child.value) {
             child.value = QString::fromStdString(*child.value).simplified().toStdString();
+        }
         child = asSaved(std::move(child));
     }
     return node;

@@ -71,8 +71,9 @@ QStringList DialogsTest::labels(const QWidget &window)
 {
     QStringList texts;
     for (const QLabel *label : window.findChildren<QLabel *>()) {
-        if (!label->text().isEmpty())
+        if (!label->text().isEmpty()) {
             texts.append(label->text());
+        }
     }
     return texts;
 }
@@ -85,8 +86,9 @@ QStringList DialogsTest::buttons(const QWidget &window)
         return a->mapTo(&window, QPoint()).x() < b->mapTo(&window, QPoint()).x();
     });
     QStringList texts;
-    for (const QPushButton *button : found)
+    for (const QPushButton *button : found) {
         texts.append(button->text());
+    }
     return texts;
 }
 
@@ -252,8 +254,9 @@ void DialogsTest::keepsButtonsInTheirOrder()
             const QStringList texts{"&First", "&Second", "&Third"};
             QCOMPARE(buttons(box), texts);
             for (QAbstractButton *button : box.buttons()) {
-                if (button->text() == texts[i])
+                if (button->text() == texts[i]) {
                     QTest::mouseClick(button, Qt::LeftButton);
+                }
             }
         });
         QCOMPARE(ask(nullptr, question()), i);
@@ -276,8 +279,9 @@ void DialogsTest::hasPlainButtons()
     QApplication::setStyle(style);
     const auto look = [](QMessageBox &box, const QStringList &texts) {
         QCOMPARE(buttons(box), texts);
-        for (const QAbstractButton *button : box.buttons())
+        for (const QAbstractButton *button : box.buttons()) {
             QVERIFY(button->icon().isNull());
+        }
         box.reject();
     };
     onDialog<QMessageBox>([&](QMessageBox &box) { look(box, {"&Ok"}); });
@@ -349,10 +353,11 @@ void DialogsTest::breaksWordsThatNoLineHolds()
             box.reject();
         });
         MessageBox box = question();
-        if (isDetails)
+        if (isDetails) {
             box.details = "Kept in\n" + word;
-        else
+        } else {
             box.text = "x = " + word + "\nReally?";
+        }
         QCOMPARE(ask(nullptr, box), -1);
     }
 }

@@ -45,10 +45,11 @@ public:
     {
         Node *object = at(parent);
         const auto there = find(*object, child.component);
-        if (there == object->children.end())
+        if (there == object->children.end()) {
             object->children.push_back(std::move(child));
-        else
+        } else {
             there->value = child.value;
+        }
     }
 
     void remove(const std::string &path)
@@ -82,8 +83,9 @@ private:
     {
         for (const Node &child : node.children) {
             const std::string below = path + "/" + child.component;
-            if (child.value.has_value() == parameters)
+            if (child.value.has_value() == parameters) {
                 found.push_back(below);
+            }
             collect(child, below, parameters, found);
         }
     }
@@ -107,21 +109,25 @@ public:
     [[nodiscard]] bool step()
     {
         const unsigned kind = below(10);
-        if (kind < 2)
+        if (kind < 2) {
             return undo();
-        if (kind == 2)
+        }
+        if (kind == 2) {
             return makeAgain();
+        }
         return makeNew(kind);
     }
 
     [[nodiscard]] bool undo()
     {
-        if (done_.empty())
+        if (done_.empty()) {
             return true;
+        }
         Done done = std::move(done_.back());
         done_.pop_back();
-        if (document_.apply(inverse(done.edit)))
+        if (document_.apply(inverse(done.edit))) {
             return false;
+        }
         std::swap(done.other, model_);
         undone_.push_back(std::move(done));
         return true;
@@ -140,12 +146,14 @@ private:
 
     bool makeAgain()
     {
-        if (undone_.empty())
+        if (undone_.empty()) {
             return true;
+        }
         Done done = std::move(undone_.back());
         undone_.pop_back();
-        if (document_.apply(done.edit))
+        if (document_.apply(done.edit)) {
             return false;
+        }
         std::swap(done.other, model_);
         done_.push_back(std::move(done));
         return true;
@@ -159,10 +167,12 @@ private:
                                          : kind < 8 ? addObject()
                                          : kind < 9 ? remove(true)
                                                     : remove(false);
-        if (!edit)
+        if (!edit) {
             return true;
-        if (document_.apply(*edit))
+        }
+        if (document_.apply(*edit)) {
             return false;
+        }
         done_.push_back({last_, std::move(before)});
         undone_.clear();
         return true;
@@ -171,8 +181,9 @@ private:
     std::optional<Edit> set()
     {
         const std::optional<std::string> path = one(model_.paths(true));
-        if (!path)
+        if (!path) {
             return std::nullopt;
+        }
         static const std::vector<std::string> values{
             "two  blanks", "a\tb", "", "ends in \\", "\\# no comment", "\xC3\xA4", "= 3"};
         const std::string value = below(2) == 0 ? *one(values) : plainValue();
@@ -196,8 +207,9 @@ private:
         const bool isSingleton = below(4) == 0;
         const std::string component = isSingleton ? "EXPERT PARAMETERS" : "DOMAIN:d" + name;
         const std::string path = childPath(object, component);
-        if (model_.at(path) != nullptr)
+        if (model_.at(path) != nullptr) {
             return std::nullopt;
+        }
         const std::string value = plainValue();
         model_.add(object,
                    {component,
@@ -211,8 +223,9 @@ private:
     std::optional<Edit> remove(bool parameter)
     {
         const std::optional<std::string> path = one(model_.paths(parameter));
-        if (!path)
+        if (!path) {
             return std::nullopt;
+        }
         model_.remove(*path);
         return parameter ? deletingParameter(*path) : deletingObject(*path);
     }
@@ -221,8 +234,9 @@ private:
 
     std::optional<std::string> one(const std::vector<std::string> &texts)
     {
-        if (texts.empty())
+        if (texts.empty()) {
             return std::nullopt;
+        }
         return texts[below(static_cast<unsigned>(texts.size()))];
     }
 
@@ -308,8 +322,9 @@ private slots:
 void DocumentTest::open(const QByteArray &content)
 {
     QFile file(path("file.vel"));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
         qFatal("cannot write");
+    }
     file.close();
     document_ = std::make_unique<Document>(file.fileName().toStdString());
     QCOMPARE(document_->load(), std::nullopt);
@@ -388,8 +403,9 @@ void DocumentTest::keepsNothingOfAPipe()
     const unsigned limit = ::alarm(20); // ends a test that hangs
     std::thread writer([pipe] {
         QFile file(QString::fromStdString(pipe));
-        if (file.open(QIODevice::WriteOnly))
+        if (file.open(QIODevice::WriteOnly)) {
             file.write("FLOW: Analysis\n  Title = \xE4\nEND\n");
+        }
     });
     Document document(pipe);
     const Message failure = document.load();
@@ -552,8 +568,9 @@ void DocumentTest::marksNothingWhenToldSo()
 void DocumentTest::takesRandomEditsBack_data()
 {
     QTest::addColumn<unsigned>("seed");
-    for (unsigned seed = 1; seed <= 12; ++seed)
+    for (unsigned seed = 1; seed <= 12; ++seed) {
         QTest::addRow("%u", seed) << seed;
+    }
 }
 
 void DocumentTest::takesRandomEditsBack()
@@ -565,8 +582,9 @@ void DocumentTest::takesRandomEditsBack()
     for (int step = 0; step < 300; ++step) {
         QVERIFY(history.step());
         QCOMPARE(dump(storedData()), dump(history.model().root()));
-        if (step % 10 == 0)
+        if (step % 10 == 0) {
             QCOMPARE(dump(asSaved(savedData())), dump(asSaved(history.model().root())));
+        }
     }
     while (history.canUndo()) {
         QVERIFY(history.undo());
@@ -580,8 +598,9 @@ void DocumentTest::keepsDeepObjects()
 {
     constexpr int depth = 3000;
     QByteArray text;
-    for (int i = 0; i < depth; ++i)
+    for (int i = 0; i < depth; ++i) {
         text += "D: d\n";
+    }
     text += "x = 1\n" + QByteArray("END\n").repeated(depth);
     open(text);
     const std::vector<std::string> before = writtenLines();

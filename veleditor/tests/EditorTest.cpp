@@ -49,16 +49,18 @@ QString buttonText(const MessageBox &box)
 QString boxText(const MessageBox &box)
 {
     QString text = iconText(box.icon) + QLatin1String(": ") + box.title + u'\n' + box.text + u'\n';
-    if (!box.details.isEmpty())
+    if (!box.details.isEmpty()) {
         text += QLatin1String("Details: ") + box.details + u'\n';
+    }
     return text + buttonText(box);
 }
 
 QString dialogText(const QDialog &dialog)
 {
     QString text = dialog.windowTitle();
-    for (const QTextEdit *area : dialog.findChildren<QTextEdit *>())
+    for (const QTextEdit *area : dialog.findChildren<QTextEdit *>()) {
         text += u'\n' + area->toPlainText();
+    }
     return text;
 }
 
@@ -71,8 +73,9 @@ void EditorTest::init()
     watch_.start(watchMilliseconds);
     setBoxAnswers([this](const MessageBox &box) {
         boxes.append(boxText(box));
-        if (!answers_.isEmpty())
+        if (!answers_.isEmpty()) {
             return answers_.takeFirst();
+        }
         QTest::qFail(qPrintable(QLatin1String("unexpected box: ") + boxes.last()), __FILE__,
                      __LINE__);
         return -1;
@@ -112,8 +115,9 @@ QString EditorTest::newFile(const QString &name, const QByteArray &content)
 {
     const QString path = folder_.filePath(name);
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
         qFatal("cannot write %s", qPrintable(path));
+    }
     return path;
 }
 
@@ -127,8 +131,9 @@ void EditorTest::runPerl(const QByteArray &code)
 QByteArray EditorTest::contentOf(const QString &file)
 {
     QFile source(file);
-    if (!source.open(QIODevice::ReadOnly))
+    if (!source.open(QIODevice::ReadOnly)) {
         qFatal("cannot read %s", qPrintable(file));
+    }
     return source.readAll();
 }
 
@@ -147,8 +152,9 @@ VELTreeItem &EditorTest::row(const char *path)
 {
     for (QTreeWidgetItemIterator i(&tree()); *i != nullptr; ++i) {
         VELTreeItem *item = VELTreeItem::from(*i);
-        if (item->path() == path)
+        if (item->path() == path) {
             return *item;
+        }
     }
     qFatal("there is no row %s", path);
 }
@@ -181,8 +187,9 @@ void EditorTest::press(const char *keys)
 void pressButton(QWidget &window, const char *name)
 {
     auto *button = window.findChild<QAbstractButton *>(QString::fromLatin1(name));
-    if (button == nullptr)
+    if (button == nullptr) {
         qFatal("there is no button %s", name);
+    }
     QTest::mouseClick(button, Qt::LeftButton);
 }
 
@@ -201,8 +208,10 @@ int runAllAlone(const QMetaObject &test, const QString &program)
     int failed = 0;
     for (int i = 0; i < test.methodCount(); ++i) {
         const QMetaMethod method = test.method(i);
-        if (isTest(method) && QProcess::execute(program, {QString::fromLatin1(method.name())}) != 0)
+        if (isTest(method) &&
+            QProcess::execute(program, {QString::fromLatin1(method.name())}) != 0) {
             ++failed;
+        }
     }
     return failed;
 }
@@ -213,8 +222,9 @@ int runEditorTest(QObject &test, int argc, char **argv, bool withApplication)
 {
     if (argc > 1) {
         std::optional<Application> application;
-        if (withApplication)
+        if (withApplication) {
             application.emplace(argc, argv);
+        }
         return QTest::qExec(&test, argc, argv);
     }
     const QCoreApplication application(argc, argv);

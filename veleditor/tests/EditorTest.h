@@ -75,8 +75,9 @@ protected:
         auto *timer = new QTimer(this);
         connect(timer, &QTimer::timeout, this, [this, timer, use] {
             auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget());
-            if (dialog == nullptr)
+            if (dialog == nullptr) {
                 return;
+            }
             timer->stop();
             timer->deleteLater();
             --awaitedDialogs_;
@@ -91,8 +92,9 @@ protected:
     {
         for (QWidget *window : QApplication::topLevelWidgets()) {
             auto *wanted = qobject_cast<Window *>(window);
-            if (wanted != nullptr && wanted->isVisible())
+            if (wanted != nullptr && wanted->isVisible()) {
                 return wanted;
+            }
         }
         return nullptr;
     }
@@ -102,8 +104,9 @@ protected:
     static Window &shown()
     {
         auto *window = visible<Window>();
-        if (window == nullptr)
+        if (window == nullptr) {
             qFatal("there is no %s", Window::staticMetaObject.className());
+        }
         return *window;
     }
 

@@ -75,8 +75,9 @@ private slots:
 QAction &EditorUndoTest::action(const char *name)
 {
     auto *found = editor().findChild<QAction *>(QString::fromLatin1(name));
-    if (found == nullptr)
+    if (found == nullptr) {
         qFatal("there is no action %s", name);
+    }
     return *found;
 }
 
@@ -188,8 +189,9 @@ void EditorUndoTest::selectsTheObjectOfWhatIsGone()
 void EditorUndoTest::opensAndScrollsToTheRow()
 {
     QByteArray text = contentOf(copyOf("duct.vel"));
-    for (int i = 0; i < 60; ++i)
+    for (int i = 0; i < 60; ++i) {
         text += "NOTES: n" + QByteArray::number(i) + "\nAuthor = a\nEND\n";
+    }
     open(newFile("long.vel", text));
     apply(settingValue(title, "a"));
     apply(settingValue("/NOTES:n59/Author", "b"));
@@ -343,8 +345,9 @@ void EditorUndoTest::saysWhyItCannotUndo()
     QCOMPARE(velparser::deleteParam(title), nullptr);
     answer();
     press("Ctrl+Z");
-    QCOMPARE(boxes.last(),
-             QString("Critical: Undo\nsetStringValue: requested object does not exist\n[Ok], Escape"));
+    QCOMPARE(
+        boxes.last(),
+        QString("Critical: Undo\nsetStringValue: requested object does not exist\n[Ok], Escape"));
     QVERIFY(!action("Undo").isEnabled());
 }
 
@@ -370,8 +373,9 @@ void EditorUndoTest::changeAtRandom(std::mt19937 &random)
         static_cast<void>(document().apply(deletingParameter(parameter)));
         break;
     case 1:
-        if (object != "/")
+        if (object != "/") {
             apply(deletingObject(object));
+        }
         break;
     case 2:
         apply(addingObject(childPath(object, "DOMAIN:d" + number),
@@ -407,8 +411,9 @@ void EditorUndoTest::showsWhatAFreshLoadShows()
             tree().buildTree();
             QCOMPARE(followed, sortedRows(*tree().firstItem()));
         }
-        if (step % 100 != 0)
+        if (step % 100 != 0) {
             continue;
+        }
         const QString rows = sortedRows(*tree().firstItem());
         const std::vector<std::string> lines = writtenLines();
         QVERIFY(document().save(document().file()).outcome == SaveOutcome::Written);

@@ -63,8 +63,9 @@ QString menuText(const QMenu &menu)
     QString text;
     for (const QAction *entry : menu.actions()) {
         text += entry->isSeparator() ? QString("--") : entry->text();
-        if (!entry->shortcut().isEmpty())
+        if (!entry->shortcut().isEmpty()) {
             text += "  " + entry->shortcut().toString();
+        }
         text += u'\n';
     }
     return text;
@@ -74,8 +75,9 @@ const QLabel &welcomeLabel()
 {
     for (const QWidget *window : QApplication::topLevelWidgets()) {
         const auto *label = qobject_cast<const QLabel *>(window);
-        if (label != nullptr && label->objectName() == "Welcome")
+        if (label != nullptr && label->objectName() == "Welcome") {
             return *label;
+        }
     }
     qFatal("there is no welcome");
 }
@@ -94,8 +96,9 @@ void EditorWindowTest::declaresItsSlotsInOrder()
     const auto slotsOf = [](const QMetaObject &meta) {
         QStringList names;
         for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-            if (meta.method(i).methodType() == QMetaMethod::Slot)
+            if (meta.method(i).methodType() == QMetaMethod::Slot) {
                 names.append(meta.method(i).methodSignature());
+            }
         }
         return names.join(u' ');
     };
@@ -144,8 +147,9 @@ void EditorWindowTest::givesDialogsItsFont()
     open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
     press("Ctrl+V");
     press("Ctrl+F");
-    for (const QDialog *dialog : editor().findChildren<QDialog *>())
+    for (const QDialog *dialog : editor().findChildren<QDialog *>()) {
         QCOMPARE(dialog->font(), editor().font());
+    }
     setBoxAnswers({});
     onDialog<QMessageBox>([&](QMessageBox &box) {
         QCOMPARE(box.font(), editor().font());
@@ -161,8 +165,9 @@ void EditorWindowTest::givesMenusItsFont()
     const QList<QMenu *> menus = editor().findChildren<QMenu *>();
     int found = 0;
     for (const QMenu *menu : menus) {
-        if (menu->objectName().isEmpty())
+        if (menu->objectName().isEmpty()) {
             continue;
+        }
         ++found;
         QCOMPARE(menu->font(), editor().font());
     }
@@ -366,8 +371,9 @@ void EditorWindowTest::offersEverythingInItsMenus()
     QString text;
     for (const QAction *menu : bar->actions()) {
         titles.append(menu->isSeparator() ? QString("--") : menu->text());
-        if (menu->menu() != nullptr)
+        if (menu->menu() != nullptr) {
             text += menuText(*menu->menu()) + u'\n';
+        }
     }
     QCOMPARE(titles, QStringList({"&File", "&Edit", "--", "&Help"}));
     QCOMPARE(text, QString("&Save  Ctrl+S\n"
@@ -401,8 +407,9 @@ void EditorWindowTest::isDescribedWithMenusAndKeys()
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QString page = QString::fromUtf8(file.readAll());
     for (const QAction *menu : editor().findChild<QMenuBar *>()->actions()) {
-        if (menu->menu() == nullptr)
+        if (menu->menu() == nullptr) {
             continue;
+        }
         for (const QAction *entry : menu->menu()->actions()) {
             const QString keys = entry->shortcut().toString();
             const QString row = "| " + menu->text() + " | " + entry->text() + " | " + keys +

@@ -112,8 +112,9 @@ void FindDialogTest::findsAtThePressOfItsButton()
 void FindDialogTest::scrollsToTheMatch()
 {
     QByteArray text = "FLOW: A\n";
-    for (int i = 0; i < 500; ++i)
+    for (int i = 0; i < 500; ++i) {
         text += "p" + QByteArray::number(i) + " = x\n";
+    }
     open(newFile("many.vel", text + "END\n"));
     tree().doFind();
     for (const char *name : {"p490", "p3"}) {

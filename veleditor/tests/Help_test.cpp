@@ -47,16 +47,18 @@ void EditorHelpTest::openWithViewer()
     qputenv("ZOT_HELP_DIR", QFile::encodeName(folder() + "/doc/zot"));
     qputenv("HELP_DOUBLE_LOG", QFile::encodeName(folder() + "/log"));
     for (const char *variable :
-         {"KOA_TEST_HELP_DIR", "ZOT5MONO", "QRP_LOCALE150", "OMBHELP_SESSION_ID", "HELP_DOUBLE"})
+         {"KOA_TEST_HELP_DIR", "ZOT5MONO", "QRP_LOCALE150", "OMBHELP_SESSION_ID", "HELP_DOUBLE"}) {
         qunsetenv(variable);
+    }
     open(copyOf("duct.vel"));
 }
 
 void EditorHelpTest::choose(const char *entry)
 {
     auto *action = editor().findChild<QAction *>(entry);
-    if (action == nullptr)
+    if (action == nullptr) {
         qFatal("there is no entry %s", entry);
+    }
     QVERIFY(action->isEnabled());
     action->trigger();
 }
@@ -82,8 +84,9 @@ void EditorHelpTest::asksForTheTopicsOfTheMenu()
 {
     openWithViewer();
     for (const char *entry : {"HelpOnEditor", "HelpOnExpertParams", "HelpContents", "HelpTutorials",
-                              "HelpSearch", "HelpOnHelp"})
+                              "HelpSearch", "HelpOnHelp"}) {
         choose(entry);
+    }
     QCOMPARE(notesUpTo("got ZOT:Help On Help"), QString(started) + "got ZOT:Def File Editor\n"
                                                                    "got ZOT:Expert Parameters\n"
                                                                    "got ZOT:Master Contents\n"

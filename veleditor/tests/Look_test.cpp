@@ -44,8 +44,9 @@ void LookTest::takeDarkPalette()
 {
     QPalette dark(QColor(45, 45, 45));
     dark.setColor(QPalette::Base, QColor(30, 30, 30));
-    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText}) {
         dark.setColor(role, QColor(230, 230, 230));
+    }
     dark.setColor(QPalette::HighlightedText, Qt::black);
     QApplication::setPalette(dark);
 }
@@ -104,16 +105,18 @@ void LookTest::cutsNothingOff_data()
 void LookTest::cutsNothingOff()
 {
     QFETCH(bool, isDark);
-    if (isDark)
+    if (isDark) {
         takeDarkPalette();
+    }
     forEachWindow([](QWidget &window) {
         for (const QWidget *widget : window.findChildren<QWidget *>()) {
             const bool shows = qobject_cast<const QLabel *>(widget) != nullptr ||
                                qobject_cast<const QPushButton *>(widget) != nullptr ||
                                qobject_cast<const QLineEdit *>(widget) != nullptr ||
                                qobject_cast<const QComboBox *>(widget) != nullptr;
-            if (!shows || !widget->isVisible() || widget->parentWidget()->inherits("QComboBox"))
+            if (!shows || !widget->isVisible() || widget->parentWidget()->inherits("QComboBox")) {
                 continue;
+            }
             const QSize needed = qobject_cast<const QLabel *>(widget) != nullptr
                                      ? QSize(0, widget->heightForWidth(widget->width()))
                                      : widget->minimumSizeHint();
@@ -127,8 +130,9 @@ void LookTest::cutsNothingOff()
             QVERIFY2(widget->width() >= needed.width(), qPrintable(where));
             QVERIFY2(widget->height() >= needed.height(), qPrintable(where));
             const auto *label = qobject_cast<const QLabel *>(widget);
-            if (label != nullptr && !label->wordWrap() && !label->text().isEmpty())
+            if (label != nullptr && !label->wordWrap() && !label->text().isEmpty()) {
                 QVERIFY2(label->width() >= label->sizeHint().width(), qPrintable(where));
+            }
             // The widget is inside the window, and no sibling covers it.
             const QRect place(widget->mapTo(&window, QPoint()), widget->size());
             QVERIFY2(window.rect().contains(place), qPrintable(where));
@@ -153,19 +157,22 @@ void LookTest::namesEveryControl()
             const bool isPart = (menu != nullptr && menu->title().isEmpty()) ||
                                 widget->objectName().startsWith("qt_") ||
                                 widget->parentWidget()->inherits("QComboBox");
-            if (!isControl || isPart)
+            if (!isControl || isPart) {
                 continue;
+            }
             QAccessibleInterface *face = QAccessible::queryAccessibleInterface(widget);
             const QString where = window.windowTitle() + ": " + widget->metaObject()->className() +
                                   ' ' + widget->objectName();
-            if (face == nullptr)
+            if (face == nullptr) {
                 qFatal("no accessible face: %s", qPrintable(where));
+            }
             QVERIFY2(!face->text(QAccessible::Name).isEmpty(), qPrintable(where));
             const bool isOfABox = qobject_cast<QMessageBox *>(&window) != nullptr;
             QVERIFY2(isOfABox || !widget->objectName().isEmpty(), qPrintable(where));
         }
-        for (const QAction *action : window.actions())
+        for (const QAction *action : window.actions()) {
             QVERIFY2(!action->objectName().isEmpty(), qPrintable(action->text()));
+        }
     });
 }
 
@@ -188,8 +195,9 @@ void LookTest::reachesEveryControlByKey()
             QVERIFY2(!mnemonics.contains(key.toString()), qPrintable(where));
             mnemonics.append(key.toString());
         }
-        for (const QTextEdit *field : window.findChildren<QTextEdit *>())
+        for (const QTextEdit *field : window.findChildren<QTextEdit *>()) {
             QVERIFY2(field->tabChangesFocus(), qPrintable(window.windowTitle()));
+        }
     });
 }
 
@@ -208,8 +216,9 @@ void LookTest::isLegibleInADarkPalette()
         const QImage picture = tree().viewport()->grab(part).toImage();
         QSet<QRgb> colours;
         for (int y = 0; y < picture.height(); ++y) {
-            for (int x = 0; x < picture.width(); ++x)
+            for (int x = 0; x < picture.width(); ++x) {
                 colours.insert(picture.pixelColor(x, y).rgb());
+            }
         }
         return colours;
     };

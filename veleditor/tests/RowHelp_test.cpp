@@ -79,8 +79,9 @@ QString RowHelpTest::menuText(const QMenu &menu)
     QString text;
     for (const QAction *entry : menu.actions()) {
         text += entry->isSeparator() ? QString("--") : entry->text();
-        if (!entry->shortcut().isEmpty())
+        if (!entry->shortcut().isEmpty()) {
             text += "  " + entry->shortcut().toString();
+        }
         text += entry->isEnabled() ? "\n" : "  (off)\n";
     }
     return text;
@@ -139,13 +140,15 @@ void RowHelpTest::tellsWhatCanBeChangedWithoutColour()
 
     tree().showMatch(row(flowRate));
     QAccessibleInterface *table = QAccessible::queryAccessibleInterface(&tree());
-    if (table == nullptr)
+    if (table == nullptr) {
         qFatal("the tree has no accessible face");
+    }
     QStringList descriptions;
     for (int i = 0; i < table->childCount(); ++i) {
         const QAccessibleInterface *cell = table->child(i);
-        if (cell != nullptr && cell->text(QAccessible::Name) == "2 [kg s^-1]")
+        if (cell != nullptr && cell->text(QAccessible::Name) == "2 [kg s^-1]") {
             descriptions.append(cell->text(QAccessible::Description));
+        }
     }
     QCOMPARE(descriptions, QStringList("can be changed"));
 }
@@ -196,8 +199,9 @@ void RowHelpTest::opensItsMenuByKey()
     select("/FLOW:Analysis/DOMAIN:Duct/Kind");
     press("Shift+F10");
     QMenu *menu = shownMenu();
-    if (menu == nullptr)
+    if (menu == nullptr) {
         qFatal("there is no menu");
+    }
     QCOMPARE(menuText(*menu), QString("&Add Parameter  Ctrl+A\n"
                                       "&Edit Parameter  Ctrl+E\n"
                                       "&Delete Parameter  Ctrl+D\n"
@@ -224,8 +228,9 @@ void RowHelpTest::opensItsMenuByKey()
     QContextMenuEvent key(QContextMenuEvent::Keyboard, QPoint(5, 5), QPoint(5, 5));
     QApplication::sendEvent(&tree(), &key);
     menu = shownMenu();
-    if (menu == nullptr)
+    if (menu == nullptr) {
         qFatal("there is no menu");
+    }
     QVERIFY(menuText(*menu).contains("&Copy Path  Ctrl+Shift+C  (off)\n"
                                      "Copy &Value  Ctrl+C  (off)\n"));
     menu->close();
@@ -279,15 +284,17 @@ void RowHelpTest::expandsAndCollapsesAll()
     select("/FLOW:Analysis");
     press("Ctrl++");
     for (const char *path : {"/LANGUAGE", "/FLOW:Analysis", "/FLOW:Analysis/DOMAIN:Duct",
-                             "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in"})
+                             "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in"}) {
         QVERIFY2(row(path).isExpanded(), path);
+    }
 
     select("/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in/Kind");
     press("Ctrl+-");
     QVERIFY(row("/").isExpanded());
     for (const char *path : {"/LANGUAGE", "/FLOW:Analysis", "/FLOW:Analysis/DOMAIN:Duct",
-                             "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in"})
+                             "/FLOW:Analysis/DOMAIN:Duct/BOUNDARY:in"}) {
         QVERIFY2(!row(path).isExpanded(), path);
+    }
     QCOMPARE(tree().selectedItem(), &row("/FLOW:Analysis"));
 }
 

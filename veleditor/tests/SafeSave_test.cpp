@@ -165,8 +165,9 @@ void SafeSaveTest::restoresTheFileWhenWritingItFails()
 // user's folder until the file is complete.
 void SafeSaveTest::savesInAFolderThatCannotBeWrittenTo()
 {
-    if (geteuid() != 0)
+    if (geteuid() != 0) {
         QSKIP("only root can become somebody else");
+    }
     open(copyOf("duct.vel"));
     changeSomething();
     QVERIFY(QDir().mkpath(folder() + "/state"));
@@ -175,8 +176,9 @@ void SafeSaveTest::savesInAFolderThatCannotBeWrittenTo()
     QCOMPARE(chmod(qPrintable(folder()), 0755), 0);
     {
         const OtherUser user;
-        if (!user.mayUse(file()) || !user.mayUse(qEnvironmentVariable("ZOT5_VEL_PARSER")))
+        if (!user.mayUse(file()) || !user.mayUse(qEnvironmentVariable("ZOT5_VEL_PARSER"))) {
             QSKIP("somebody else may not use the folders of this test");
+        }
         QVERIFY(editor().save(file().toStdString()));
     }
     QVERIFY(contentOf(file()).contains("Second run"));

@@ -140,8 +140,9 @@ void SavingTest::savesLinesOf79Columns()
     QVERIFY(editor().save(file().toStdString()));
     const QByteArrayList lines = contentOf(file()).split('\n');
     QVERIFY(lines.size() > 5);
-    for (const QByteArray &line : lines)
+    for (const QByteArray &line : lines) {
         QVERIFY(line.size() <= 79);
+    }
     QVERIFY(lines[1].endsWith('\\'));
     QVERIFY(lines[2].startsWith("    words"));
 }
@@ -158,8 +159,9 @@ void SavingTest::savesEveryByteAsItWas()
 
 void SavingTest::savesTheSameUnderACommaLocale()
 {
-    if (!takeCommaLocale())
+    if (!takeCommaLocale()) {
         QSKIP("this system can make no locale with a decimal comma");
+    }
     open(copyOf("duct.vel"));
     changeSomething();
     QVERIFY(editor().save(file().toStdString()));
@@ -361,13 +363,15 @@ void SavingTest::staysWhenTheUserContinues()
 void SavingTest::keepsTheErrorsUntilTheUserHasAnswered()
 {
     open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
-    for (int i = 0; i < 12; ++i)
+    for (int i = 0; i < 12; ++i) {
         editor().validateData();
+    }
     tree().setModified();
     const auto visibleLists = [this] {
         qsizetype count = 0;
-        for (const auto *list : editor().findChildren<ErrorDialog *>())
+        for (const auto *list : editor().findChildren<ErrorDialog *>()) {
             count += list->isVisible() ? 1 : 0;
+        }
         return count;
     };
     QCOMPARE(visibleLists(), 12);

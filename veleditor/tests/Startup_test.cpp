@@ -39,8 +39,9 @@ std::function<void(Editor &)> inTheLoop;
 Editor *mainWindow()
 {
     for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (auto *editor = qobject_cast<Editor *>(window))
+        if (auto *editor = qobject_cast<Editor *>(window)) {
             return editor;
+        }
     }
     return nullptr;
 }
@@ -53,9 +54,11 @@ void prepareUse()
     auto *timer = new QTimer(qApp);
     QObject::connect(timer, &QTimer::timeout, timer, [timer] {
         Editor *editor = mainWindow();
-        if (editor == nullptr || !editor->isVisible() || QApplication::activeModalWidget() ||
-            QThread::currentThread()->loopLevel() != 1)
+        if (editor == nullptr || !editor->isVisible() ||
+            QApplication::activeModalWidget() != nullptr ||
+            QThread::currentThread()->loopLevel() != 1) {
             return;
+        }
         timer->stop();
         timer->deleteLater();
         inTheLoop(*editor);
@@ -144,11 +147,13 @@ Run StartupTest::run(const QStringList &words, std::function<void(Editor &)> use
     qAddPreRoutine(prepareUse);
 
     QByteArrayList texts{"veleditor"};
-    for (const QString &word : words)
+    for (const QString &word : words) {
         texts.append(word.toUtf8());
+    }
     std::vector<char *> argv;
-    for (QByteArray &text : texts)
+    for (QByteArray &text : texts) {
         argv.push_back(text.data());
+    }
     argv.push_back(nullptr);
 
     const QString files[] = {folder() + "/stdout", folder() + "/stderr"};
@@ -181,8 +186,9 @@ void StartupTest::addToPerlSide(const QByteArray &lines)
     for (const char *folderName : {"", "/VEL"}) {
         const QDir from(real + folderName);
         for (const QString &name : from.entryList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
-            if (name != "API.pm" && name != "VEL")
+            if (name != "API.pm" && name != "VEL") {
                 QVERIFY(QFile::link(from.filePath(name), own + folderName + '/' + name));
+            }
         }
     }
     QByteArray api = contentOf(real + "/API.pm");
@@ -216,8 +222,9 @@ Run StartupTest::runWithoutDisplay(const QStringList &words)
     program.setProcessEnvironment(environment);
     program.start(qEnvironmentVariable("VEL_SOURCE_DIR") + "/veledit", words);
     Run result;
-    if (program.waitForFinished() && program.exitStatus() == QProcess::NormalExit)
+    if (program.waitForFinished() && program.exitStatus() == QProcess::NormalExit) {
         result.status = program.exitCode();
+    }
     result.output = QString::fromUtf8(program.readAllStandardOutput());
     result.output += QString::fromUtf8(program.readAllStandardError());
     return result;
@@ -235,8 +242,9 @@ void StartupTest::answersHelpAndVersionWithoutADisplay()
     const Run help = runWithoutDisplay({"--help"});
     QCOMPARE(help.status, 0);
     QVERIFY2(help.output.startsWith("usage: veledit [-safe] FILE\n"), qPrintable(help.output));
-    for (const char *option : {"-safe", "--help", "--version"})
+    for (const char *option : {"-safe", "--help", "--version"}) {
         QVERIFY2(help.output.contains(QLatin1String("\n  ") + option), option);
+    }
 
     const Run version = runWithoutDisplay({"--version"});
     QCOMPARE(version.status, 0);
@@ -248,11 +256,13 @@ void StartupTest::answersHelpAndVersionWithoutADisplay()
 
 void StartupTest::ignoresTheSignalsOfFailedWrites()
 {
-    for (const int signal : {SIGPIPE, SIGXFSZ})
+    for (const int signal : {SIGPIPE, SIGXFSZ}) {
         std::signal(signal, SIG_DFL);
+    }
     run({copyOf("duct.vel")});
-    for (const int signal : {SIGPIPE, SIGXFSZ})
+    for (const int signal : {SIGPIPE, SIGXFSZ}) {
         QVERIFY(std::signal(signal, SIG_IGN) == SIG_IGN);
+    }
 }
 
 void StartupTest::opensTheLastWord()
@@ -519,8 +529,9 @@ void StartupTest::showsChangesBeforeFindings()
     run({newFile("old.vel", "LANGUAGE:\nVersion = 2.0\nEND\n"
                             "FLOW: A\nMode = Steady\nDOMAIN: D\nEND\nEND\n")},
         [&](Editor &editor) {
-            for (const auto *dialog : editor.findChildren<MessageDialog *>())
+            for (const auto *dialog : editor.findChildren<MessageDialog *>()) {
                 shown.append(dialog->windowTitle());
+            }
             editor.close();
         });
     QCOMPARE(boxes.size(), 3);

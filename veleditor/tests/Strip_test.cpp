@@ -45,16 +45,18 @@ private slots:
 QWidget &StripTest::strip()
 {
     auto *found = editor().findChild<QWidget *>("strip", Qt::FindDirectChildrenOnly);
-    if (found == nullptr)
+    if (found == nullptr) {
         qFatal("there is no strip");
+    }
     return *found;
 }
 
 QToolButton &StripTest::button(const char *name)
 {
     auto *found = strip().findChild<QToolButton *>(QString::fromLatin1(name));
-    if (found == nullptr)
+    if (found == nullptr) {
         qFatal("there is no button %s", name);
+    }
     return *found;
 }
 
@@ -67,15 +69,17 @@ QStringList StripTest::shownButtons()
 {
     QList<const QToolButton *> buttons;
     for (const QToolButton *found : strip().findChildren<QToolButton *>()) {
-        if (found->isVisible())
+        if (found->isVisible()) {
             buttons.append(found);
+        }
     }
     std::sort(buttons.begin(), buttons.end(),
               [](const auto *one, const auto *other) { return one->x() < other->x(); });
     QStringList names;
-    for (const QToolButton *found : buttons)
+    for (const QToolButton *found : buttons) {
         names.append(QAccessible::queryAccessibleInterface(const_cast<QToolButton *>(found))
                          ->text(QAccessible::Name));
+    }
     return names;
 }
 
@@ -166,8 +170,9 @@ void StripTest::listsWhatHasNoMenuEntry()
     open(copyOf("duct.vel"));
     QStringList entries;
     for (const QAction *action : button("More").menu()->actions()) {
-        if (!action->isSeparator())
+        if (!action->isSeparator()) {
             entries.append(action->text().remove(u'&') + u'|' + action->shortcut().toString());
+        }
     }
     QCOMPARE(entries,
              QStringList({"Undo|Ctrl+Z", "Redo|Ctrl+Shift+Z", "Copy Path|Ctrl+Shift+C",
@@ -175,17 +180,21 @@ void StripTest::listsWhatHasNoMenuEntry()
                           "What's This?|Shift+F1", "Help on Row|F1", "Menu of Row|Shift+F10"}));
 
     QSet<const QAction *> listed;
-    for (const QAction *action : button("More").menu()->actions())
+    for (const QAction *action : button("More").menu()->actions()) {
         listed.insert(action);
+    }
     for (const QAction *menu : editor().findChild<QMenuBar *>("MenuBar")->actions()) {
-        if (menu->menu() == nullptr)
+        if (menu->menu() == nullptr) {
             continue;
-        for (const QAction *action : menu->menu()->actions())
+        }
+        for (const QAction *action : menu->menu()->actions()) {
             listed.insert(action);
+        }
     }
     for (const QAction *action : editor().findChildren<QAction *>()) {
-        if (!action->isSeparator() && !action->objectName().isEmpty())
+        if (!action->isSeparator() && !action->objectName().isEmpty()) {
             QVERIFY2(listed.contains(action), qPrintable(action->objectName()));
+        }
     }
 }
 
@@ -195,8 +204,9 @@ void StripTest::takesNoFocus()
     QStringList inOrder;
     const QWidget *widget = &editor();
     do {
-        if (widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus) != 0)
+        if (widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus) != 0) {
             inOrder.append(widget->objectName());
+        }
         widget = widget->nextInFocusChain();
     } while (widget != &editor());
     QCOMPARE(inOrder, QStringList({"Tree"}));

@@ -39,16 +39,21 @@ void TextEncodingTest::agreesWithWhatIsShown()
         const bool isShown = fromBytes(bytes).toUtf8() == raw;
         QVERIFY2(isUtf8(bytes) == isShown, raw.toHex().constData());
     };
-    for (int a = 0; a < 256; ++a)
-        for (int b = 0; b < 256; ++b)
+    for (int a = 0; a < 256; ++a) {
+        for (int b = 0; b < 256; ++b) {
             check({static_cast<char>(a), static_cast<char>(b)});
-    for (const char a : borders)
-        for (const char b : borders)
+        }
+    }
+    for (const char a : borders) {
+        for (const char b : borders) {
             for (const char c : borders) {
                 check({a, b, c});
-                for (const char d : borders)
+                for (const char d : borders) {
                     check({a, b, c, d});
+                }
             }
+        }
+    }
 }
 
 void TextEncodingTest::knowsTheEncodingOfAText_data()

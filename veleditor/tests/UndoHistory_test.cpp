@@ -41,8 +41,9 @@ void collectPaths(const Node &node, const std::string &path, bool parameters,
 {
     for (const Node &child : node.children) {
         const std::string below = path + "/" + child.component;
-        if (child.value.has_value() == parameters)
+        if (child.value.has_value() == parameters) {
             found.push_back(below);
+        }
         collectPaths(child, below, parameters, found);
     }
 }
@@ -75,12 +76,15 @@ public:
     QString step()
     {
         const unsigned kind = below(100);
-        if (kind < 27)
+        if (kind < 27) {
             return move(false);
-        if (kind < 45)
+        }
+        if (kind < 45) {
             return move(true);
-        if (kind < 48)
+        }
+        if (kind < 48) {
             return save();
+        }
         return edit(kind < 55);
     }
 
@@ -88,10 +92,12 @@ public:
     QString playAll()
     {
         QString fault;
-        while (history_.canUndo() && fault.isEmpty())
+        while (history_.canUndo() && fault.isEmpty()) {
             fault = move(false);
-        while (history_.canRedo() && fault.isEmpty())
+        }
+        while (history_.canRedo() && fault.isEmpty()) {
             fault = move(true);
+        }
         return fault;
     }
 
@@ -110,17 +116,22 @@ private:
     {
         const std::size_t next = forward ? current_ + 1 : current_ - 1;
         const bool can = forward ? next < states_.size() : current_ > 0;
-        if (can != (forward ? history_.canRedo() : history_.canUndo()))
+        if (can != (forward ? history_.canRedo() : history_.canUndo())) {
             return "there is a step too many or too few";
-        if (const Message failure = forward ? history_.redo() : history_.undo())
+        }
+        if (const Message failure = forward ? history_.redo() : history_.undo()) {
             return QString::fromStdString(*failure);
-        if (!can)
+        }
+        if (!can) {
             return {};
+        }
         current_ = next;
-        if (dump(storedData()) != states_[current_].text)
+        if (dump(storedData()) != states_[current_].text) {
             return "another state came back";
-        if (document_.isModified() != (states_[current_].number != onDisk_))
+        }
+        if (document_.isModified() != (states_[current_].number != onDisk_)) {
             return "the mark is wrong";
+        }
         return {};
     }
 
@@ -136,23 +147,27 @@ private:
         const std::uint64_t before = document_.revision();
         if (inGroup) {
             const UndoGroup group(history_, "several");
-            for (unsigned i = below(4); i > 0; --i)
+            for (unsigned i = below(4); i > 0; --i) {
                 makeOne();
+            }
         } else if (below(10) == 0) {
             const Message failure = makeOne() ? document_.rollBack() : std::nullopt;
-            if (failure)
+            if (failure) {
                 return QString::fromStdString(*failure);
+            }
         } else {
             makeOne();
         }
-        if (document_.revision() == before)
+        if (document_.revision() == before) {
             return dump(storedData()) == states_[current_].text ? QString()
                                                                 : "a change is not a state";
+        }
         states_.resize(++current_);
         states_.push_back({dump(storedData()), ++lastNumber_});
         for (const bool parameters : {true, false}) {
-            for (std::string &path : storedPaths(parameters))
+            for (std::string &path : storedPaths(parameters)) {
                 seen_.insert(std::move(path));
+            }
         }
         return document_.isModified() ? QString() : "an edit left no mark";
     }
@@ -246,8 +261,9 @@ private slots:
 void UndoHistoryTest::open(const QByteArray &content)
 {
     QFile file(folder_->filePath("file.vel"));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
         qFatal("cannot write");
+    }
     file.close();
     document_ = std::make_unique<Document>(file.fileName().toStdString());
     history_ = std::make_unique<UndoHistory>(*document_);
@@ -561,9 +577,10 @@ void UndoHistoryTest::compareWithFreshLoad(const std::set<std::string> &seenPath
     QCOMPARE(writtenLines(), writtenLines(fresh));
     const char *findings = velparser::validateVELDataH(fresh);
     QCOMPARE(inOrder(document_->validate().value_or("").c_str()), inOrder(findings));
-    for (const std::string &path : seenPaths)
+    for (const std::string &path : seenPaths) {
         QCOMPARE(velparser::isVELLibrary(path.c_str()),
                  velparser::isVELLibrary(fresh, path.c_str()));
+    }
 }
 
 void UndoHistoryTest::playsRandomStepsBackAndForth()
@@ -573,8 +590,9 @@ void UndoHistoryTest::playsRandomStepsBackAndForth()
     for (int step = 1; step <= 10000; ++step) {
         const QString fault = player.step();
         QVERIFY2(fault.isEmpty(), qPrintable(QString("%1: %2").arg(step).arg(fault)));
-        if (step % 500 == 0)
+        if (step % 500 == 0) {
             compareWithFreshLoad(player.seenPaths());
+        }
     }
     const QString fault = player.playAll();
     QVERIFY2(fault.isEmpty(), qPrintable(fault));

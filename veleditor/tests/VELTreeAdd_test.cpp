@@ -78,16 +78,18 @@ const char pump[] = "/PUMP:p";
 QStringList VELTreeAddTest::labels(const AddParamDialog &dialog)
 {
     QStringList texts;
-    for (const QLabel *label : dialog.findChildren<QLabel *>())
+    for (const QLabel *label : dialog.findChildren<QLabel *>()) {
         texts.append(label->text());
+    }
     return texts;
 }
 
 QList<int> VELTreeAddTest::spacings(const AddParamDialog &dialog)
 {
     QList<int> pixels;
-    for (const QHBoxLayout *row : dialog.layout()->findChildren<QHBoxLayout *>())
+    for (const QHBoxLayout *row : dialog.layout()->findChildren<QHBoxLayout *>()) {
         pixels.append(row->spacing());
+    }
     return pixels;
 }
 
@@ -99,10 +101,11 @@ void VELTreeAddTest::replaceAllowedParams(const QByteArray &body)
 
 void VELTreeAddTest::enter(AddParamDialog &dialog, const QString &name, const QString &value)
 {
-    if (auto *entry = dialog.findChild<QLineEdit *>("Name"))
+    if (auto *entry = dialog.findChild<QLineEdit *>("Name")) {
         entry->setText(name);
-    else
+    } else {
         dialog.findChild<QComboBox *>("editable combo")->setEditText(name);
+    }
     dialog.findChild<QTextEdit *>("Value")->setPlainText(value);
 }
 
@@ -238,8 +241,9 @@ void VELTreeAddTest::addsToTheRoot()
 void VELTreeAddTest::scrollsToTheNewRow()
 {
     QByteArray text = "FLOW: A\n";
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 300; ++i) {
         text += "p" + QByteArray::number(i) + " = x\n";
+    }
     open(newFile("many.vel", text + "END\n"));
     tree().showMatch(row("/FLOW:A/p299"));
     replaceAllowedParams("@{$_[2]} = ('-1'); return ''");
@@ -497,8 +501,9 @@ void VELTreeAddTest::addExpert(const QString &name, const QString &value, bool a
         enter(dialog, name, value);
         pressButton(dialog, "Ok");
         QCOMPARE(dialog.isVisible(), !accepted);
-        if (dialog.isVisible())
+        if (dialog.isVisible()) {
             dialog.reject();
+        }
     });
     tree().addParameter();
 }

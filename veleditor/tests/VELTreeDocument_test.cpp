@@ -35,8 +35,9 @@ QString VELTreeDocumentTest::labelsInDuct()
 {
     QStringList labels;
     const VELTreeItem &object = row(duct);
-    for (int i = 0; i < object.childCount(); ++i)
+    for (int i = 0; i < object.childCount(); ++i) {
         labels.append(object.child(i)->text(VELTreeItem::Name));
+    }
     return labels.join(u',');
 }
 

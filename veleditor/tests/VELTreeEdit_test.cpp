@@ -71,16 +71,18 @@ const char pressure[] = "/FLOW:Analysis/DOMAIN:Duct/Reference Pressure";
 QString VELTreeEditTest::stored(const char *path)
 {
     std::optional<std::string> value;
-    if (velparser::getStringValue(path, &value) != nullptr || !value)
+    if (velparser::getStringValue(path, &value) != nullptr || !value) {
         return QString();
+    }
     return QString::fromStdString(*value);
 }
 
 void VELTreeEditTest::type(EditParamDialog &dialog, const QString &text)
 {
     auto *field = dialog.findChild<QTextEdit *>("Value");
-    if (field == nullptr)
+    if (field == nullptr) {
         qFatal("there is no text field");
+    }
     field->selectAll();
     QTest::keyClicks(field, text);
 }
@@ -95,13 +97,15 @@ void VELTreeEditTest::paste(EditParamDialog &dialog, const QString &text)
 void VELTreeEditTest::choose(EditParamDialog &dialog, const QString &entry)
 {
     auto *list = dialog.findChild<QComboBox *>("Values");
-    if (list == nullptr)
+    if (list == nullptr) {
         qFatal("there is no list");
+    }
     const int index = list->findText(entry);
     QVERIFY(index >= 0);
     list->setFocus();
-    while (list->currentIndex() != index)
+    while (list->currentIndex() != index) {
         QTest::keyClick(list, list->currentIndex() < index ? Qt::Key_Down : Qt::Key_Up);
+    }
 }
 
 void VELTreeEditTest::editsByFreeText()
@@ -131,8 +135,9 @@ void VELTreeEditTest::editsByList()
         auto *list = dialog.findChild<QComboBox *>("Values");
         QVERIFY(!list->isEditable());
         QStringList entries;
-        for (int i = 0; i < list->count(); ++i)
+        for (int i = 0; i < list->count(); ++i) {
             entries.append(list->itemText(i));
+        }
         QCOMPARE(entries, QStringList({"Inlet", "Outlet", "Wall"}));
         QCOMPARE(list->currentText(), QString("Inlet"));
         choose(dialog, "Wall");
@@ -454,8 +459,9 @@ void VELTreeEditTest::takesAFinalBackslash()
 
     // The value and the line after it are read back from the file.
     const char *const others[] = {title, "/FLOW:Analysis/Run Mode"};
-    for (const char *path : others)
+    for (const char *path : others) {
         QCOMPARE(velparser::setStringValue(path, "other"), nullptr);
+    }
     QCOMPARE(velparser::loadVELFromFile(file().toUtf8(), "vel"), nullptr);
     QCOMPARE(stored(title), QString("C:\\results\\"));
     QCOMPARE(stored("/FLOW:Analysis/Run Mode"), QString("Steady"));

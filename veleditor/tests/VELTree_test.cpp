@@ -173,8 +173,9 @@ bool VELTreeTest::cellHas(const char *path, int column, const QColor &colour)
     const QImage picture = tree().viewport()->grab(cell).toImage();
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
-            if (picture.pixelColor(x, y) == colour)
+            if (picture.pixelColor(x, y) == colour) {
                 return true;
+            }
         }
     }
     return false;
@@ -273,8 +274,9 @@ void VELTreeTest::hasTwoColumns()
 void VELTreeTest::needsNoHorizontalBarBesideTheVerticalOne()
 {
     QByteArray text = "FLOW: A\n";
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         text += "DOMAIN: d" + QByteArray::number(i) + "\nKind = Fluid\nEND\n";
+    }
     open(newFile("many.vel", text + "END\n"));
     QCoreApplication::processEvents();
     QVERIFY(!tree().verticalScrollBar()->isVisible());
@@ -327,15 +329,17 @@ void VELTreeTest::endsTextsBeforeTheScrollBar()
         const int right = picture.width() - 1;
         for (int x = right; x > 0; --x) {
             for (int y = 0; y < picture.height(); ++y) {
-                if (picture.pixelColor(x, y) != picture.pixelColor(right, 0))
+                if (picture.pixelColor(x, y) != picture.pixelColor(right, 0)) {
                     return right - x;
+                }
             }
         }
         return right;
     };
     QByteArray text = "FLOW: A\nTitle = " + QByteArray("_").repeated(2000) + "\n";
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         text += "p" + QByteArray::number(i) + " = x\n";
+    }
     open(newFile("long.vel", text + "END\n"));
     tree().openAll();
     QCoreApplication::processEvents();
@@ -406,16 +410,19 @@ void VELTreeTest::showsDeeplyNestedObjects()
 {
     constexpr int levels = 3000;
     QByteArray text;
-    for (int i = 0; i < levels; ++i)
+    for (int i = 0; i < levels; ++i) {
         text += "SEALED: s\n";
+    }
     text += "x = 1\n";
-    for (int i = 0; i < levels; ++i)
+    for (int i = 0; i < levels; ++i) {
         text += "END\n";
+    }
     open(newFile("deep.vel", text));
     const QTreeWidgetItem *item = tree().topLevelItem(0);
     int depth = 0;
-    for (; item->childCount() > 0; item = item->child(0))
+    for (; item->childCount() > 0; item = item->child(0)) {
         ++depth;
+    }
     QCOMPARE(depth, levels + 1);
     QCOMPARE(item->text(0), QString("x"));
     tree().openOrClose(nullptr, tree().viewport()->mapToGlobal(QPoint(5, 5)), 0);

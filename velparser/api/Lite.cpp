@@ -88,8 +88,9 @@ struct Entry
 
 constexpr auto entries = [] {
     std::array<Entry, std::size(methods)> all{};
-    for (std::size_t i = 0; i < all.size(); ++i)
+    for (std::size_t i = 0; i < all.size(); ++i) {
         all[i] = {&methods[i], argumentCount(methods[i].usage), takesObject(methods[i].usage)};
+    }
     return all;
 }();
 
@@ -115,20 +116,24 @@ XSPROTO(callMethod)
     dXSARGS;
     PERL_UNUSED_VAR(sp);
     const auto &entry = *static_cast<const Entry *>(XSANY.any_ptr);
-    if (items != entry.arguments)
+    if (items != entry.arguments) {
         croak_xs_usage(cv, entry.method->usage);
+    }
     LiteRecord *record = nullptr;
     if (entry.object) {
         record = liteRecord(aTHX_ ST(0));
-        if (!record && !(entry.method->body == liteDestroy && isEmptied(aTHX_ ST(0))))
+        if (record == nullptr && !(entry.method->body == liteDestroy && isEmptied(aTHX_ ST(0)))) {
             croak("self is not of type VEL::Parser::Lite");
+        }
     }
     LiteCall call(*entry.method, ax, items, record);
-    if (argumentsRunCode(aTHX_ & ST(entry.object), &ST(items)))
+    if (argumentsRunCode(aTHX_ & ST(entry.object), &ST(items))) {
         call.guardArguments(aTHX);
+    }
     SV *result = runBody(aTHX_ * entry.method, call);
-    if (!result)
+    if (result == nullptr) {
         XSRETURN_EMPTY;
+    }
     ST(0) = result;
     XSRETURN(1);
 }

@@ -13,18 +13,19 @@ namespace {
 /// object that owns it, nor the other way round.
 bool mayHaveHandlers(pTHX_ const LiteRecord *record)
 {
-    return !record->owns || record->actionHandler || AvFILLp(record->changeHandlers) >= 0 ||
-           liteContext(aTHX).wrappers;
+    return !record->owns || record->actionHandler != nullptr ||
+           AvFILLp(record->changeHandlers) >= 0 || (liteContext(aTHX).wrappers != nullptr);
 }
 
 /// Whether reading the elements runs code, which may change the array.
 bool elementsRunCode(pTHX_ AV *array)
 {
-    if (SvRMAGICAL(array))
+    if (SvRMAGICAL(array)) {
         return true;
+    }
     const std::span<SV *> elements(AvARRAY(array), static_cast<std::size_t>(AvFILLp(array) + 1));
-    return std::ranges::any_of(elements,
-                               [&](SV *element) { return element && runsCode(aTHX_ element); });
+    return std::ranges::any_of(
+        elements, [&](SV *element) { return element != nullptr && runsCode(aTHX_ element); });
 }
 
 const char *copiedText(pTHX_ const char *text)
@@ -35,8 +36,9 @@ const char *copiedText(pTHX_ const char *text)
 /// A number's text would change the caller's element; it is made of a copy.
 const char *elementText(pTHX_ SV *element, bool copy)
 {
-    if (SvPOK(element) && !copy)
+    if (SvPOK(element) && !copy) {
         return byteText(aTHX_ element);
+    }
     SV *plain = sv_2mortal(newSV(0));
     sv_setsv_nomg(plain, element);
     return copiedText(aTHX_ byteText(aTHX_ plain));
@@ -51,11 +53,13 @@ bool isPlainScalar(SV *value)
 
 void LiteCall::guard(pTHX)
 {
-    if (copyTexts_)
+    if (copyTexts_) {
         return;
+    }
     copyTexts_ = true;
-    if (!record_)
+    if (record_ == nullptr) {
         return;
+    }
     sv_2mortal(SvREFCNT_inc_simple_NN(SvRV(argument(aTHX_ 0))));
     // Perl restores it when the method is left, by an exception too.
     SAVEI16(record_->guards);
@@ -64,16 +68,18 @@ void LiteCall::guard(pTHX)
 
 void LiteCall::guardArguments(pTHX)
 {
-    for (int i = 0; i < count_; ++i)
+    for (int i = 0; i < count_; ++i) {
         sv_2mortal(SvREFCNT_inc_simple_NN(argument(aTHX_ i)));
+    }
     guard(aTHX);
 }
 
 void LiteCall::keepAlive(pTHX)
 {
     mayRunHandlers_ = true;
-    if (mayHaveHandlers(aTHX_ record_) || liteContext(aTHX).handlerError)
+    if (mayHaveHandlers(aTHX_ record_) || (liteContext(aTHX).handlerError != nullptr)) {
         guard(aTHX);
+    }
     dropHandlerError(aTHX);
 }
 
@@ -90,8 +96,9 @@ AV *LiteCall::array(pTHX_ int i, const char *name) const
 {
     SV *value = argument(aTHX_ i);
     SvGETMAGIC(value);
-    if (!SvROK(value) || SvTYPE(SvRV(value)) != SVt_PVAV)
+    if (!SvROK(value) || SvTYPE(SvRV(value)) != SVt_PVAV) {
         croak("%s is not an array reference", name);
+    }
     return MUTABLE_AV(sv_2mortal(SvREFCNT_inc_simple_NN(SvRV(value))));
 }
 
@@ -106,15 +113,17 @@ SV *LiteCall::output(pTHX_ int i) const
 {
     SV *value = argument(aTHX_ i);
     SvGETMAGIC(value);
-    if (!SvROK(value) || !isPlainScalar(SvRV(value)))
+    if (!SvROK(value) || !isPlainScalar(SvRV(value))) {
         croak("VEL::Parser::Lite::%s: value is not a reference", method_.name);
+    }
     return SvRV(value);
 }
 
 void LiteCall::rethrow(pTHX)
 {
-    if (SV *error = takeHandlerError(aTHX))
+    if (SV *error = takeHandlerError(aTHX)) {
         croak_sv(sv_2mortal(error));
+    }
 }
 
 SV *LiteCall::number(pTHX_ IV value) const
@@ -136,8 +145,9 @@ void replaceElements(pTHX_ AV *target, AV *values)
 {
     av_clear(target);
     const SSize_t count = AvFILLp(values) + 1;
-    if (count == 0)
+    if (count == 0) {
         return;
+    }
     if (SvRMAGICAL(target)) {
         const bool tied = SvTIED_mg(MUTABLE_SV(target), PERL_MAGIC_tied);
         for (SSize_t i = 0; i < count; ++i) {
@@ -148,19 +158,22 @@ void replaceElements(pTHX_ AV *target, AV *values)
         return;
     }
     av_extend(target, count - 1);
-    for (SSize_t i = 0; i < count; ++i)
+    for (SSize_t i = 0; i < count; ++i) {
         av_store(target, i, SvREFCNT_inc_simple_NN(AvARRAY(values)[i]));
+    }
 }
 
 AV *newArray(pTHX_ const velStringList &texts)
 {
     AV *array = newAV();
     sv_2mortal(MUTABLE_SV(array));
-    if (texts.empty())
+    if (texts.empty()) {
         return array;
+    }
     av_extend(array, static_cast<SSize_t>(texts.size()) - 1);
-    for (const char *text : texts)
+    for (const char *text : texts) {
         av_push(array, text ? newSVpv(text, 0) : newSV(0));
+    }
     return array;
 }
 
@@ -168,8 +181,9 @@ AV *newArray(pTHX_ const std::vector<std::int32_t> &numbers)
 {
     AV *array = newAV();
     sv_2mortal(MUTABLE_SV(array));
-    for (const std::int32_t number : numbers)
+    for (const std::int32_t number : numbers) {
         av_push(array, newSViv(number));
+    }
     return array;
 }
 
@@ -181,12 +195,14 @@ std::span<const char *> elementTexts(pTHX_ AV *array, UndefinedElement undefined
     auto **texts = reinterpret_cast<const char **>(SvPVX(buffer));
     for (std::size_t i = 0; i < count; ++i) {
         SV **place = av_fetch(array, static_cast<SSize_t>(i), 0);
-        SV *element = place ? *place : &PL_sv_undef;
-        if (copies)
+        SV *element = place != nullptr ? *place : &PL_sv_undef;
+        if (copies) {
             sv_2mortal(SvREFCNT_inc_simple_NN(element));
+        }
         SvGETMAGIC(element);
-        if (!SvOK(element) && undefined == UndefinedElement::Croaks)
+        if (!SvOK(element) && undefined == UndefinedElement::Croaks) {
             croak("Undefined element in array or fetch error");
+        }
         texts[i] = SvOK(element) ? elementText(aTHX_ element, copies) : "";
     }
     texts[count] = nullptr;

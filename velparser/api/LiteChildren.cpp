@@ -63,8 +63,9 @@ AV *newEntries(pTHX_ const std::vector<Info> &infos, SV *(*newEntry)(pTHX_ const
 {
     AV *entries = newAV();
     sv_2mortal(MUTABLE_SV(entries));
-    for (const Info &info : infos)
+    for (const Info &info : infos) {
         av_push(entries, newEntry(aTHX_ info));
+    }
     return entries;
 }
 
@@ -73,12 +74,14 @@ const char *childEntries(pTHX_ velHandle *handle, const char *path, AV **childre
 {
     std::vector<velChildInfo> childInfos;
     std::vector<velGroupInfo> groupInfos;
-    const char *error = getChildList(handle, path, children ? &childInfos : nullptr,
-                                     groups ? &groupInfos : nullptr);
-    if (children)
+    const char *error = getChildList(handle, path, children != nullptr ? &childInfos : nullptr,
+                                     groups != nullptr ? &groupInfos : nullptr);
+    if (children != nullptr) {
         *children = newEntries(aTHX_ childInfos, newChildEntry);
-    if (groups)
+    }
+    if (groups != nullptr) {
         *groups = newEntries(aTHX_ groupInfos, newGroupEntry);
+    }
     return error;
 }
 
@@ -111,13 +114,16 @@ SV *liteGetChildList(pTHX_ LiteCall &call)
     AV *groupTarget = call.optionalArray(aTHX_ 3, "groupInfo");
     AV *children = nullptr;
     AV *groups = nullptr;
-    const char *error = childEntries(aTHX_ call.handle(), path, childTarget ? &children : nullptr,
-                                     groupTarget ? &groups : nullptr);
+    const char *error =
+        childEntries(aTHX_ call.handle(), path, childTarget != nullptr ? &children : nullptr,
+                     groupTarget != nullptr ? &groups : nullptr);
     SV *message = call.message(aTHX_ error);
-    if (childTarget)
+    if (childTarget != nullptr) {
         replaceElements(aTHX_ childTarget, children);
-    if (groupTarget)
+    }
+    if (groupTarget != nullptr) {
         replaceElements(aTHX_ groupTarget, groups);
+    }
     return message;
 }
 

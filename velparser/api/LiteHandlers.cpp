@@ -47,15 +47,18 @@ SV *newErrorText(pTHX_ const char *text)
 /// True if the call went well; else what went wrong is put aside.
 bool checkResult(pTHX_ velHandle *handle, const PerlResult &result, const char *complaint)
 {
-    if (!result.exited && !result.error && !complaint)
+    if (!result.exited && result.error == nullptr && complaint == nullptr) {
         return true;
+    }
     LiteContext &context = liteContext(aTHX);
     SvREFCNT_dec(context.handlerError);
     context.handlerError = nullptr;
-    if (result.exited)
+    if (result.exited) {
         context.exitPending = true;
-    else
-        context.handlerError = result.error ? newSVsv(result.error) : newErrorText(aTHX_ complaint);
+    } else {
+        context.handlerError =
+            result.error != nullptr ? newSVsv(result.error) : newErrorText(aTHX_ complaint);
+    }
     velInterrupt(handle, handlerDied);
     return false;
 }
@@ -69,7 +72,7 @@ int refuseDepth(pTHX_ velHandle *handle)
 
 SV *mortalText(pTHX_ const char *text)
 {
-    return text ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
+    return text != nullptr ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
 }
 
 /// One handler; the caller's $@ is kept.
@@ -78,9 +81,10 @@ bool callChangeHandler(pTHX_ LiteRecord *record, SV *handler, const char *path, 
 {
     PerlFrame frame(aTHX);
     save_scalar(PL_errgv);
-    if (!handler)
+    if (handler == nullptr) {
         return checkResult(aTHX_ record->handle, PerlResult{},
                            "missing array elt in change handlers");
+    }
     // A handler may take itself off the list while it runs.
     sv_2mortal(SvREFCNT_inc_simple_NN(handler));
     const std::array arguments{mortalText(aTHX_ path), sv_2mortal(newSViv(code)),
@@ -100,18 +104,21 @@ int callChangeHandlers(const char *path, std::int32_t code, const char *newValue
     auto *record = static_cast<LiteRecord *>(userData);
     AV *const list = record->changeHandlers;
     const SSize_t count = AvFILLp(list) + 1;
-    if (count == 0)
+    if (count == 0) {
         return 0;
+    }
     const HandlerScope running(aTHX_ record);
-    if (running.isTooDeep())
+    if (running.isTooDeep()) {
         return refuseDepth(aTHX_ record->handle);
+    }
     // A handler may put another list in its place.
     SvREFCNT_inc_simple_void_NN(list);
     int called = 0;
     while (called < count && list == record->changeHandlers) {
         SV *handler = AvARRAY(list)[called++];
-        if (!callChangeHandler(aTHX_ record, handler, path, code, newValue, oldValue))
+        if (!callChangeHandler(aTHX_ record, handler, path, code, newValue, oldValue)) {
             break;
+        }
     }
     SvREFCNT_dec_NN(list);
     return called;
@@ -120,24 +127,29 @@ int callChangeHandlers(const char *path, std::int32_t code, const char *newValue
 std::span<SV *> actionArguments(pTHX_ const char *action, const char *const *arguments)
 {
     static const char *const none[] = {"", nullptr};
-    if (!arguments)
+    if (arguments == nullptr) {
         arguments = none;
+    }
     std::size_t count = 0;
-    while (arguments[count])
+    while (arguments[count] != nullptr) {
         ++count;
+    }
     const std::span<SV *> values = mortalValues(aTHX_ 1 + count);
     values[0] = mortalText(aTHX_ action);
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         values[1 + i] = mortalText(aTHX_ arguments[i]);
+    }
     return values;
 }
 
 const char *actionComplaint(I32 count)
 {
-    if (count == 0)
+    if (count == 0) {
         return "Missing return value from call_sv on action handler";
-    if (count > 1)
+    }
+    if (count > 1) {
         return "Too many return values from call_sv on action handler";
+    }
     return nullptr;
 }
 
@@ -147,15 +159,17 @@ int runAction(pTHX_ LiteRecord *record, velHandle *handle, const char *action,
               const char *const *arguments)
 {
     const HandlerScope running(aTHX_ record);
-    if (running.isTooDeep())
+    if (running.isTooDeep()) {
         return refuseDepth(aTHX_ handle);
+    }
     PerlFrame frame(aTHX);
     save_scalar(PL_errgv);
     SV *handler = sv_2mortal(SvREFCNT_inc_simple_NN(record->actionHandler));
     const std::span<SV *> values = actionArguments(aTHX_ action, arguments);
     const PerlResult result = callPerl(aTHX_{nullptr, handler}, values, G_LIST);
-    if (checkResult(aTHX_ handle, result, actionComplaint(result.count)))
+    if (checkResult(aTHX_ handle, result, actionComplaint(result.count))) {
         checkResult(aTHX_ handle, tryInteger(aTHX_ result.value), nullptr);
+    }
     return 1;
 }
 
@@ -169,9 +183,11 @@ int callOwnersAction(velHandle *handle, const char *action, const char *const *a
 SSize_t wrapperIndex(pTHX_ const LiteRecord *record)
 {
     AV *wrappers = liteContext(aTHX).wrappers;
-    for (SSize_t i = 0; wrappers && i <= AvFILLp(wrappers); ++i)
-        if (SvIVX(AvARRAY(wrappers)[i]) == PTR2IV(record))
+    for (SSize_t i = 0; (wrappers != nullptr) && i <= AvFILLp(wrappers); ++i) {
+        if (SvIVX(AvARRAY(wrappers)[i]) == PTR2IV(record)) {
             return i;
+        }
+    }
     return -1;
 }
 
@@ -182,8 +198,9 @@ int callWrappersAction(velHandle *handle, const char *action, const char *const 
 {
     dTHX;
     auto *record = static_cast<LiteRecord *>(userData);
-    if (wrapperIndex(aTHX_ record) < 0 || record->handle != handle)
+    if (wrapperIndex(aTHX_ record) < 0 || record->handle != handle) {
         return 0;
+    }
     return runAction(aTHX_ record, handle, action, arguments);
 }
 
@@ -191,8 +208,9 @@ const char *registerWrapper(pTHX_ LiteRecord *record)
 {
     if (wrapperIndex(aTHX_ record) < 0) {
         AV *&wrappers = liteContext(aTHX).wrappers;
-        if (!wrappers)
+        if (wrappers == nullptr) {
             wrappers = newAV();
+        }
         av_push(wrappers, newSViv(PTR2IV(record)));
     }
     return addActionHandler(record->handle, callWrappersAction, record);
@@ -208,8 +226,9 @@ const char *watchChanges(LiteRecord *record)
 void forgetWrapper(pTHX_ const LiteRecord *record)
 {
     const SSize_t i = wrapperIndex(aTHX_ record);
-    if (i >= 0)
+    if (i >= 0) {
         sv_setiv(AvARRAY(liteContext(aTHX).wrappers)[i], 0);
+    }
 }
 
 SV *takeHandlerError(pTHX)
@@ -225,8 +244,9 @@ SV *takeHandlerError(pTHX)
 void dropHandlerError(pTHX)
 {
     LiteContext &context = liteContext(aTHX);
-    if (context.running > 0)
+    if (context.running > 0) {
         return;
+    }
     SvREFCNT_dec(context.handlerError);
     context.handlerError = nullptr;
     context.exitPending = false;
@@ -235,8 +255,9 @@ void dropHandlerError(pTHX)
 SV *liteAddChangeHandler(pTHX_ LiteCall &call)
 {
     LiteRecord *record = call.record();
-    if (!record->owns)
+    if (!record->owns) {
         croak("VEL::Parser::Lite::addChangeHandler: the database belongs to another object");
+    }
     av_push(record->changeHandlers, newSVsv(call.argument(aTHX_ 1)));
     return nullptr;
 }
@@ -244,8 +265,9 @@ SV *liteAddChangeHandler(pTHX_ LiteCall &call)
 SV *liteClearChangeHandlers(pTHX_ LiteCall &call)
 {
     // What a handler holds may add handlers as it goes: to the new list.
-    if (AV *&list = call.record()->changeHandlers)
+    if (AV *&list = call.record()->changeHandlers) {
         sv_2mortal(MUTABLE_SV(std::exchange(list, newAV())));
+    }
     return nullptr;
 }
 
@@ -268,7 +290,7 @@ SV *liteInvokeAction(pTHX_ LiteCall &call)
     const char *action = call.text(aTHX_ 1);
     AV *array = call.optionalArray(aTHX_ 2, "args");
     const char **arguments =
-        array ? elementTexts(aTHX_ array, UndefinedElement::Empty).data() : nullptr;
+        array != nullptr ? elementTexts(aTHX_ array, UndefinedElement::Empty).data() : nullptr;
     return call.message(aTHX_ invokeAction(call.handle(), action, arguments));
 }
 

@@ -14,12 +14,14 @@ constexpr char packageName[] = "VEL::Parser::Lite";
 /// than a crash.
 void freeRecord(pTHX_ LiteRecord *record)
 {
-    if (isInUse(record))
+    if (isInUse(record)) {
         return;
-    if (record->owns)
+    }
+    if (record->owns) {
         velDestroyHandle(record->handle);
-    else
+    } else {
         forgetWrapper(aTHX_ record);
+    }
     SvREFCNT_dec(MUTABLE_SV(record->changeHandlers));
     SvREFCNT_dec(record->actionHandler);
     Safefree(record);
@@ -29,8 +31,9 @@ void freeRecord(pTHX_ LiteRecord *record)
 /// DESTROY does not call ours.
 int freeWithScalar(pTHX_ SV *, MAGIC *magic)
 {
-    if (char *record = std::exchange(magic->mg_ptr, nullptr))
+    if (char *record = std::exchange(magic->mg_ptr, nullptr)) {
         freeRecord(aTHX_ reinterpret_cast<LiteRecord *>(record));
+    }
     return 0;
 }
 
@@ -52,11 +55,13 @@ bool hasContext(pTHX)
 
 MAGIC *findMagic(SV *scalar)
 {
-    if (SvTYPE(scalar) < SVt_PVMG)
+    if (SvTYPE(scalar) < SVt_PVMG) {
         return nullptr;
+    }
     MAGIC *first = SvMAGIC(scalar);
-    if (first && first->mg_virtual == &liteRecordMagic)
+    if (first != nullptr && first->mg_virtual == &liteRecordMagic) {
         return first;
+    }
     return mg_findext(scalar, PERL_MAGIC_ext, &liteRecordMagic);
 }
 
@@ -64,10 +69,13 @@ MAGIC *findMagic(SV *scalar)
 /// else.
 MAGIC *findObjectMagic(pTHX_ SV *object)
 {
-    if (!hasContext(aTHX) || !SvROK(object) || !SvOBJECT(SvRV(object)))
+    if (!hasContext(aTHX) || !SvROK(object) || !SvOBJECT(SvRV(object))) {
         return nullptr;
-    if (SvSTASH(SvRV(object)) != liteContext(aTHX).package && !sv_derived_from(object, packageName))
+    }
+    if (SvSTASH(SvRV(object)) != liteContext(aTHX).package &&
+        !sv_derived_from(object, packageName)) {
         return nullptr;
+    }
     return findMagic(SvRV(object));
 }
 
@@ -82,8 +90,9 @@ SV *newLiteReference(pTHX_ velHandle *handle, bool owns)
     Newxz(record, 1, LiteRecord);
     record->handle = handle;
     record->owns = owns;
-    if (owns)
+    if (owns) {
         record->changeHandlers = newAV();
+    }
     SV *object = sv_setref_pv(newSV(0), packageName, record);
     MAGIC *magic = sv_magicext(SvRV(object), nullptr, PERL_MAGIC_ext, &liteRecordMagic,
                                reinterpret_cast<const char *>(record), 0);
@@ -94,17 +103,19 @@ SV *newLiteReference(pTHX_ velHandle *handle, bool owns)
 LiteRecord *findLiteRecord(pTHX_ SV *object)
 {
     const MAGIC *magic = findObjectMagic(aTHX_ object);
-    return magic ? reinterpret_cast<LiteRecord *>(magic->mg_ptr) : nullptr;
+    return magic != nullptr ? reinterpret_cast<LiteRecord *>(magic->mg_ptr) : nullptr;
 }
 
 const char *emptyObject(pTHX_ SV *object)
 {
     MAGIC *magic = findObjectMagic(aTHX_ object);
-    if (!magic || !magic->mg_ptr)
+    if (magic == nullptr || magic->mg_ptr == nullptr) {
         return nullptr;
+    }
     auto *record = reinterpret_cast<LiteRecord *>(magic->mg_ptr);
-    if (isInUse(record))
+    if (isInUse(record)) {
         return "DESTROY: the object is in use";
+    }
     // First of all: what goes with the record may run code that has the object.
     magic->mg_ptr = nullptr;
     sv_setiv(SvRV(object), 0);
@@ -120,25 +131,28 @@ SV *holdObject(pTHX_ SV *object)
 
 void releaseObject(pTHX_ SV *held)
 {
-    if (LiteRecord *record = findLiteRecord(aTHX_ held))
+    if (LiteRecord *record = findLiteRecord(aTHX_ held)) {
         --record->guards;
+    }
     SvREFCNT_dec_NN(held);
 }
 
 bool isEmptied(pTHX_ SV *object)
 {
     const MAGIC *magic = findObjectMagic(aTHX_ object);
-    return magic && !magic->mg_ptr;
+    return magic != nullptr && magic->mg_ptr == nullptr;
 }
 
 SV *liteNew(pTHX_ LiteCall &)
 {
     velHandle *handle = velCreateHandle();
-    if (!handle)
+    if (handle == nullptr) {
         croak("VEL::Parser::Lite::NEW: out of memory");
+    }
     SV *object = sv_2mortal(newLiteReference(aTHX_ handle, true));
-    if (const char *error = watchChanges(liteRecord(aTHX_ object)))
+    if (const char *error = watchChanges(liteRecord(aTHX_ object))) {
         croak("VEL::Parser::Lite::NEW: %s", error);
+    }
     return object;
 }
 
@@ -153,7 +167,7 @@ SV *liteIsSameDatabase(pTHX_ LiteCall &call)
     SV *argument = call.argument(aTHX_ 1);
     SvGETMAGIC(argument);
     const LiteRecord *other = findLiteRecord(aTHX_ argument);
-    return call.number(aTHX_ other && other->handle == call.handle());
+    return call.number(aTHX_(other != nullptr) && other->handle == call.handle());
 }
 
 } // namespace velparser

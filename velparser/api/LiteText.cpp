@@ -27,8 +27,9 @@ void addNode(const velNodeInfo &info, std::string *text)
     *text += velComponentOf(info);
     *text += '\n';
     // A value may be any text.
-    if (info.value)
+    if (info.value != nullptr) {
         text->append(std::to_string(std::strlen(info.value))).append(":").append(info.value);
+    }
     *text += '\n';
 }
 
@@ -39,15 +40,17 @@ std::string treeText(const velHandle *handle, const velNode *top)
     while (!open.empty()) {
         const velNode *node = open.back();
         open.pop_back();
-        if (!node) {
+        if (node == nullptr) {
             text += '.';
             continue;
         }
         addNode(velDescribe(handle, node), &text);
-        if (node != top)
+        if (node != top) {
             open.push_back(velNextSibling(node));
-        if (const velNode *child = velFirstChild(node))
+        }
+        if (const velNode *child = velFirstChild(node)) {
             open.push_back(child);
+        }
     }
     return text;
 }
@@ -57,8 +60,9 @@ std::string treeText(const velHandle *handle, const velNode *top)
 SV *liteGetTreeText(pTHX_ LiteCall &call)
 {
     const velNode *node = velFindNode(call.handle(), call.text(aTHX_ 1));
-    if (!node)
+    if (node == nullptr) {
         return &PL_sv_undef;
+    }
     const std::string text = treeText(call.handle(), node);
     return sv_2mortal(newSVpvn(text.data(), text.size()));
 }
@@ -94,8 +98,9 @@ SV *liteLoadVELLine(pTHX_ LiteCall &call)
 SV *liteGetVELState(pTHX_ LiteCall &call)
 {
     std::int32_t depth = 0;
-    if (const char *error = getVELStateH(call.handle(), &depth))
+    if (const char *error = getVELStateH(call.handle(), &depth)) {
         croak("%s", error);
+    }
     return call.number(aTHX_ depth);
 }
 

@@ -102,8 +102,9 @@ SV *liteChangePath(pTHX_ LiteCall &call)
 SV *liteCleanPath(pTHX_ LiteCall &call)
 {
     const char *path = call.text(aTHX_ 0);
-    if (velIsCleanPath(path))
+    if (velIsCleanPath(path)) {
         return call.string(aTHX_ path);
+    }
     return call.string(aTHX_ velCleanPath(path));
 }
 

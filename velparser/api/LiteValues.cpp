@@ -19,8 +19,9 @@ const char *setToValue(pTHX_ LiteCall &call, const char *path, SV *target)
         return nullptr;
     }
     std::optional<std::string> none;
-    if (const char *error = getStringValue(call.handle(), path, &none))
+    if (const char *error = getStringValue(call.handle(), path, &none)) {
         return error;
+    }
     sv_set_undef(target);
     return nullptr;
 }
@@ -31,8 +32,9 @@ SV *integerValue(pTHX_ LiteCall &call, IntegerQuery query)
     SV *target = call.output(aTHX_ 2);
     std::int32_t value = 0;
     const char *error = query(call.handle(), path, &value);
-    if (!error)
+    if (error == nullptr) {
         sv_setiv_mg(target, value);
+    }
     return call.message(aTHX_ error);
 }
 
@@ -52,8 +54,9 @@ SV *liteGetStringValue(pTHX_ LiteCall &call)
     const char *path = call.text(aTHX_ 1);
     SV *target = call.output(aTHX_ 2);
     const char *error = setToValue(aTHX_ call, path, target);
-    if (!error)
+    if (error == nullptr) {
         SvSETMAGIC(target);
+    }
     return call.message(aTHX_ error);
 }
 

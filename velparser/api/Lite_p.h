@@ -87,8 +87,9 @@ extern MGVTBL liteRecordMagic;
     if (SvROK(object) && SvOBJECT(SvRV(object)) &&
         SvSTASH(SvRV(object)) == liteContext(aTHX).package) {
         const MAGIC *magic = SvMAGIC(SvRV(object));
-        if (magic && magic->mg_virtual == &liteRecordMagic)
+        if (magic != nullptr && magic->mg_virtual == &liteRecordMagic) {
             return reinterpret_cast<LiteRecord *>(magic->mg_ptr);
+        }
     }
     return findLiteRecord(aTHX_ object);
 }
@@ -154,9 +155,10 @@ public:
     /// rethrows the error of a handler that died during the operation.
     [[nodiscard]] SV *message(pTHX_ const char *text) const
     {
-        if (mayRunHandlers_)
+        if (mayRunHandlers_) {
             rethrow(aTHX);
-        return text ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
+        }
+        return text != nullptr ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
     }
     [[nodiscard]] SV *number(pTHX_ IV value) const;
     /// Uses the calling operation's own scalar: valid until it runs again.

@@ -15,7 +15,8 @@ pid_t exitOwner = 0;
 
 I32 callTarget(pTHX_ PerlTarget target, I32 flags)
 {
-    return target.method ? call_method(target.method, flags) : call_sv(target.code, flags);
+    return target.method != nullptr ? call_method(target.method, flags)
+                                    : call_sv(target.code, flags);
 }
 
 /// Pushes the arguments, calls, and takes the results off the stack, which is
@@ -27,8 +28,9 @@ PerlResult callOnOwnStack(pTHX_ PerlTarget target, std::span<SV *const> argument
         PUSHSTACKi(PERLSI_MAGIC);
         PUSHMARK(SP);
         EXTEND(SP, static_cast<SSize_t>(arguments.size()));
-        for (SV *argument : arguments)
+        for (SV *argument : arguments) {
             PUSHs(argument);
+        }
         PUTBACK;
     }
 
@@ -52,8 +54,9 @@ bool callTrapped(pTHX_ PerlTarget target, std::span<SV *const> arguments, I32 co
     dJMPENV;
     int jumped = 0;
     JMPENV_PUSH(jumped);
-    if (jumped == 0)
+    if (jumped == 0) {
         result = callOnOwnStack(aTHX_ target, arguments, context);
+    }
     JMPENV_POP;
     return jumped == 0;
 }
@@ -62,8 +65,9 @@ bool callTrapped(pTHX_ PerlTarget target, std::span<SV *const> arguments, I32 co
 XSPROTO(makeText)
 {
     dXSARGS;
-    if (items != 1)
+    if (items != 1) {
         croak_xs_usage(cv, "value");
+    }
     const char *text = byteText(aTHX_ ST(0));
     ST(0) = sv_2mortal(newSVpv(text, 0));
     XSRETURN(1);
@@ -72,8 +76,9 @@ XSPROTO(makeText)
 XSPROTO(makeTexts)
 {
     dXSARGS;
-    if (items != 1)
+    if (items != 1) {
         croak_xs_usage(cv, "array");
+    }
     AV *values = MUTABLE_AV(SvRV(ST(0)));
     AV *texts = newAV();
     SV *reference = sv_2mortal(newRV_noinc(MUTABLE_SV(texts)));
@@ -89,8 +94,9 @@ XSPROTO(makeTexts)
 XSPROTO(makeInteger)
 {
     dXSARGS;
-    if (items != 1)
+    if (items != 1) {
         croak_xs_usage(cv, "value");
+    }
     ST(0) = sv_2mortal(newSViv(SvIV(ST(0))));
     XSRETURN(1);
 }
@@ -99,8 +105,9 @@ XSPROTO(makeInteger)
 XSPROTO(evaluate)
 {
     dXSARGS;
-    if (items != 1)
+    if (items != 1) {
         croak_xs_usage(cv, "text");
+    }
     SV *text = ST(0);
     SP -= items;
     PUTBACK;
@@ -135,14 +142,17 @@ PerlResult callPerl(pTHX_ PerlTarget target, std::span<SV *const> arguments, I32
     const SSize_t floor = PL_tmps_floor;
     const I32 status = PL_statusvalue;
     PerlResult result{0, nullptr, nullptr, true};
-    if (callTrapped(aTHX_ target, arguments, context, result))
+    if (callTrapped(aTHX_ target, arguments, context, result)) {
         return result;
+    }
     PL_markstack_ptr = PL_markstack + mark;
     PL_tmps_floor = floor;
-    if (exitAllowed || !isFirstCall(aTHX))
+    if (exitAllowed || !isFirstCall(aTHX)) {
         return result;
-    if (isForkedChild())
+    }
+    if (isForkedChild()) {
         endChild(aTHX);
+    }
     SV *error = sv_2mortal(newSVpvf("exit(%d) called", static_cast<int>(STATUS_EXIT)));
     PL_statusvalue = status;
     return {context == G_SCALAR ? 1 : 0, &PL_sv_undef, error, false};
@@ -163,8 +173,9 @@ PerlResult evalPerlText(pTHX_ SV *text, I32 context)
 void allowPerlExit(bool allow)
 {
     exitAllowed = allow;
-    if (exitOwner == 0)
+    if (exitOwner == 0) {
         exitOwner = getpid();
+    }
 }
 
 bool isPerlExitAllowed()
@@ -185,10 +196,11 @@ std::span<SV *> mortalValues(pTHX_ std::size_t count)
 
 SV *plainValue(pTHX_ SV *value)
 {
-    if (!runsCode(aTHX_ value))
+    if (!runsCode(aTHX_ value)) {
         return value;
+    }
     const PerlResult result = callXsub(aTHX_ makeText, std::array{value}, G_SCALAR);
-    return result.error || result.exited
+    return result.error != nullptr || result.exited
                ? sv_2mortal(newSVpvs("(an object whose text cannot be made)"))
                : result.value;
 }
@@ -198,13 +210,14 @@ AV *plainTexts(pTHX_ AV *values, SV **error)
     SV *reference = sv_2mortal(newRV_inc(MUTABLE_SV(values)));
     const PerlResult result = callXsub(aTHX_ makeTexts, std::array{reference}, G_SCALAR);
     *error = result.error;
-    return result.error || result.exited ? nullptr : MUTABLE_AV(SvRV(result.value));
+    return result.error != nullptr || result.exited ? nullptr : MUTABLE_AV(SvRV(result.value));
 }
 
 PerlResult tryInteger(pTHX_ SV *value)
 {
-    if (!runsCode(aTHX_ value))
+    if (!runsCode(aTHX_ value)) {
         return {1, value, nullptr, false};
+    }
     return callXsub(aTHX_ makeInteger, std::array{value}, G_SCALAR);
 }
 
@@ -216,18 +229,22 @@ bool isTrue(pTHX_ SV *value)
 const char *makeByteText(pTHX_ SV *value)
 {
     SvGETMAGIC(value);
-    if (SvPOK(value) && !SvUTF8(value))
+    if (SvPOK(value) && !SvUTF8(value)) {
         return SvPVX_const(value);
-    if (!SvOK(value))
+    }
+    if (!SvOK(value)) {
         return "";
+    }
     STRLEN length = 0;
     const char *text = SvPV_nomg(value, length);
-    if (!SvUTF8(value))
+    if (!SvUTF8(value)) {
         return text;
+    }
     bool wide = true;
     U8 *bytes = bytes_from_utf8(reinterpret_cast<const U8 *>(text), &length, &wide);
-    if (wide)
+    if (wide) {
         return text;
+    }
     SV *narrow = newSV_type(SVt_PV);
     sv_usepvn_flags(narrow, reinterpret_cast<char *>(bytes), length, SV_HAS_TRAILING_NUL);
     return SvPVX_const(sv_2mortal(narrow));

@@ -27,8 +27,9 @@ public:
         pTHX = perl_;
         PL_tmps_floor = base_;
         FREETMPS;
-        while (PL_scopestack_ix > scope_)
+        while (PL_scopestack_ix > scope_) {
             LEAVE;
+        }
         PL_tmps_floor = floor_;
     }
     PerlFrame(const PerlFrame &) = delete;
@@ -120,8 +121,9 @@ void allowPerlExit(bool allow);
 [[nodiscard]] const char *makeByteText(pTHX_ SV *value);
 [[nodiscard]] inline const char *byteText(pTHX_ SV *value)
 {
-    if (SvPOK(value) && !SvUTF8(value) && !SvGMAGICAL(value))
+    if (SvPOK(value) && !SvUTF8(value) && !SvGMAGICAL(value)) {
         return SvPVX_const(value);
+    }
     return makeByteText(aTHX_ value);
 }
 

@@ -19,8 +19,9 @@ constexpr char listMark = '@';
 SV *heldTarget(pTHX_ SV *reference, svtype type)
 {
     SvGETMAGIC(reference);
-    if (!SvROK(reference) || SvTYPE(SvRV(reference)) != type)
+    if (!SvROK(reference) || SvTYPE(SvRV(reference)) != type) {
         return nullptr;
+    }
     return sv_2mortal(SvREFCNT_inc_NN(SvRV(reference)));
 }
 
@@ -32,11 +33,12 @@ void pushText(pTHX_ AV *texts, SV **value)
 /// Their number, and each of them.
 void pushTexts(pTHX_ AV *texts, SV **list)
 {
-    AV *values = list ? MUTABLE_AV(heldTarget(aTHX_ * list, SVt_PVAV)) : nullptr;
-    const SSize_t count = values ? static_cast<SSize_t>(av_count(values)) : 0;
+    AV *values = list != nullptr ? MUTABLE_AV(heldTarget(aTHX_ * list, SVt_PVAV)) : nullptr;
+    const SSize_t count = values != nullptr ? static_cast<SSize_t>(av_count(values)) : 0;
     av_push(texts, newSViv(count));
-    for (SSize_t i = 0; i < count; ++i)
+    for (SSize_t i = 0; i < count; ++i) {
         pushText(aTHX_ texts, av_fetch(values, i, 0));
+    }
 }
 
 void pushEntry(pTHX_ AV *texts, HV *record, const char *name)
@@ -44,29 +46,34 @@ void pushEntry(pTHX_ AV *texts, HV *record, const char *name)
     const bool isList = *name == listMark;
     const char *key = isList ? name + 1 : name;
     SV **entry = hv_fetch(record, key, static_cast<I32>(std::strlen(key)), 0);
-    if (isList)
+    if (isList) {
         pushTexts(aTHX_ texts, entry);
-    else
+    } else {
         pushText(aTHX_ texts, entry);
+    }
 }
 
 /// Called as Perl code so that what it calls in turn is trapped.
 XSPROTO(makeRecordTexts)
 {
     dXSARGS;
-    if (items < 1)
+    if (items < 1) {
         croak_xs_usage(cv, "records, names");
+    }
     AV *records = MUTABLE_AV(SvRV(ST(0)));
     AV *texts = newAV();
     SV *reference = sv_2mortal(newRV_noinc(MUTABLE_SV(texts)));
     const auto count = static_cast<SSize_t>(av_count(records));
     for (SSize_t i = 0; i < count; ++i) {
         SV **element = av_fetch(records, i, 0);
-        HV *record = element ? MUTABLE_HV(heldTarget(aTHX_ * element, SVt_PVHV)) : nullptr;
-        if (!record)
+        HV *record =
+            element != nullptr ? MUTABLE_HV(heldTarget(aTHX_ * element, SVt_PVHV)) : nullptr;
+        if (record == nullptr) {
             croak("a record is not a hash");
-        for (I32 name = 1; name < items; ++name)
+        }
+        for (I32 name = 1; name < items; ++name) {
             pushEntry(aTHX_ texts, record, SvPVX_const(ST(name)));
+        }
     }
     ST(0) = reference;
     XSRETURN(1);
@@ -84,14 +91,15 @@ public:
         std::ranges::transform(names, arguments.begin() + 1,
                                [&](const char *name) { return sv_2mortal(newSVpv(name, 0)); });
         const PerlResult result = callXsub(aTHX_ makeRecordTexts, arguments, G_SCALAR);
-        if (result.error || result.exited)
-            error_ = result.error ? result.error : sv_2mortal(newSVpvs("exit called"));
-        else
+        if (result.error != nullptr || result.exited) {
+            error_ = result.error != nullptr ? result.error : sv_2mortal(newSVpvs("exit called"));
+        } else {
             texts_ = MUTABLE_AV(SvRV(result.value));
+        }
     }
 
     [[nodiscard]] SV *error() const { return error_; }
-    [[nodiscard]] bool atEnd() const { return error_ || next_ > AvFILLp(texts_); }
+    [[nodiscard]] bool atEnd() const { return error_ != nullptr || next_ > AvFILLp(texts_); }
 
     [[nodiscard]] std::string text()
     {
@@ -104,8 +112,9 @@ public:
         pTHX = perl_;
         SV *count = next();
         std::vector<std::string> texts(static_cast<std::size_t>(SvIV(count)));
-        for (std::string &each : texts)
+        for (std::string &each : texts) {
             each = text();
+        }
         return texts;
     }
 
@@ -132,8 +141,9 @@ ChangeKind kindOf(std::string_view word)
         {"set-version", ChangeKind::SetVersion},
     };
     for (const auto &[name, kind] : kinds) {
-        if (name == word)
+        if (name == word) {
             return kind;
+        }
     }
     return ChangeKind::Unknown;
 }
@@ -142,10 +152,11 @@ ChangeKind kindOf(std::string_view word)
 /// is not an object.
 CV *findMethod(pTHX_ SV *object, const char *method)
 {
-    if (!SvROK(object) || !SvOBJECT(SvRV(object)))
+    if (!SvROK(object) || !SvOBJECT(SvRV(object))) {
         return nullptr;
+    }
     GV *found = gv_fetchmethod_autoload(SvSTASH(SvRV(object)), method, FALSE);
-    return found && isGV(found) ? GvCV(found) : nullptr;
+    return found != nullptr && isGV(found) ? GvCV(found) : nullptr;
 }
 
 } // namespace
@@ -159,7 +170,7 @@ bool hasRecords(pTHX_ SV *object, const char *method)
 {
     const CV *texts = findMethod(aTHX_ object, method);
     const CV *records = findMethod(aTHX_ object, recordsMethod(method).c_str());
-    return records && (!texts || CvSTASH(texts) == CvSTASH(records));
+    return records != nullptr && ((texts == nullptr) || CvSTASH(texts) == CvSTASH(records));
 }
 
 SV *addRecords(pTHX_ AV *records, std::vector<Finding> *findings)

@@ -10,15 +10,16 @@ namespace {
 void setEntry(pTHX_ const std::string &name, SV *value)
 {
     SV **entry = hv_fetch(GvHVn(PL_envgv), name.data(), static_cast<I32>(name.size()), 1);
-    if (entry)
+    if (entry != nullptr) {
         sv_setsv_mg(*entry, value);
+    }
 }
 
 /// A copy, owned by the caller; null where there is none.
 SV *copyOfEntry(pTHX_ const std::string &name)
 {
     SV **entry = hv_fetch(GvHVn(PL_envgv), name.data(), static_cast<I32>(name.size()), 0);
-    return entry ? newSVsv(*entry) : nullptr;
+    return entry != nullptr ? newSVsv(*entry) : nullptr;
 }
 
 } // namespace
@@ -40,10 +41,11 @@ PerlVariables::~PerlVariables()
     const PerlFrame frame(aTHX);
     for (std::size_t i = 0; i < variables_.size(); ++i) {
         const std::string &name = variables_[i].first;
-        if (former_[i])
+        if (former_[i] != nullptr) {
             setEntry(aTHX_ name, sv_2mortal(former_[i]));
-        else
+        } else {
             hv_delete(GvHVn(PL_envgv), name.data(), static_cast<I32>(name.size()), G_DISCARD);
+        }
     }
 }
 

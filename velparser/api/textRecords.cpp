@@ -21,8 +21,9 @@ bool isIdentifier(std::string_view word)
 std::string_view takePath(std::string_view *line)
 {
     const std::size_t end = line->starts_with('/') ? line->find(pathEnd) : line->npos;
-    if (end == line->npos)
+    if (end == line->npos) {
         return {};
+    }
     const std::string_view path = line->substr(0, end);
     line->remove_prefix(end + pathEnd.size());
     return path;
@@ -48,8 +49,9 @@ Finding findingFromLine(std::string_view line)
 std::vector<Finding> findingsFromText(std::string_view text)
 {
     std::vector<Finding> findings;
-    for (const std::string_view line : linesOf(text))
+    for (const std::string_view line : linesOf(text)) {
         findings.push_back(findingFromLine(line));
+    }
     return findings;
 }
 
@@ -64,8 +66,9 @@ UpgradeChange changeFromLine(std::string_view line)
 RuleField fieldFromLine(std::string_view line)
 {
     const std::size_t end = line.find(fieldEnd);
-    if (end == line.npos)
+    if (end == line.npos) {
         return {.name = std::string(line), .text = {}};
+    }
     return {.name = std::string(line.substr(0, end)),
             .text = std::string(line.substr(end + fieldEnd.size()))};
 }

@@ -15,8 +15,9 @@ XSPROTO(echo)
 {
     dXSARGS;
     dXSTARG;
-    if (items != 2)
+    if (items != 2) {
         croak_xs_usage(cv, "self, text");
+    }
     PERL_UNUSED_VAR(sp);
     STRLEN length = 0;
     const char *text = SvPV(ST(1), length);
@@ -29,33 +30,39 @@ XSPROTO(echo)
 
 const char *evalPerl(const std::string &code, std::string *result)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
+    }
     pTHX = velInterpreter();
     const PerlLocale locale;
     const PerlFrame frame(aTHX);
     SV *text = sv_2mortal(newSVpvn(code.data(), code.size()));
     const PerlResult value = evalPerlText(aTHX_ text, G_SCALAR);
-    if (value.error)
+    if (value.error != nullptr) {
         return keepMessage(defaultInstance(), plainValue(aTHX_ value.error));
-    if (result)
+    }
+    if (result != nullptr) {
         *result = byteText(aTHX_ plainValue(aTHX_ value.value));
+    }
     return nullptr;
 }
 
 const char *callPerlMethod(const char *method, const char *argument)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
-    if (const char *error = initVELInstance(defaultInstance()))
+    }
+    if (const char *error = initVELInstance(defaultInstance())) {
         return error;
+    }
     return callVELInstanceMethod(defaultInstance(), method, {argument});
 }
 
 const char *registerEchoMethod()
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
+    }
     pTHX = velInterpreter();
     newXS("VEL::Bench::echo", echo, __FILE__);
     return nullptr;
@@ -63,7 +70,7 @@ const char *registerEchoMethod()
 
 void failCall(Session &session, const char *call, const char *message)
 {
-    session.instance()->failingCall = message ? call : nullptr;
+    session.instance()->failingCall = message != nullptr ? call : nullptr;
     session.instance()->failure = message;
 }
 

@@ -21,8 +21,9 @@ std::string pathOf(const velChildInfo &child)
 const char *loadKept(velHandle *handle, const velInstance *instance, const std::string &path)
 {
     const auto object = std::ranges::find(instance->kept, path, &LibraryObject::path);
-    if (object == instance->kept.end())
+    if (object == instance->kept.end()) {
         return nullptr;
+    }
     return loadLibraryData(handle, object->lines.data(),
                            static_cast<std::int32_t>(object->lines.size()));
 }
@@ -33,26 +34,31 @@ const char *loadKept(velHandle *handle, const velInstance *instance, const std::
 const char *clearChild(velHandle *handle, const velInstance *instance, const velChildInfo &child)
 {
     const std::string path = pathOf(child);
-    if (isParameter(child))
+    if (isParameter(child)) {
         return deleteParamH(handle, path.c_str());
-    if (isLibrary(handle, path.c_str()) == 1)
+    }
+    if (isLibrary(handle, path.c_str()) == 1) {
         return nullptr;
+    }
     const char *error = deleteObjH(handle, path.c_str());
-    return error ? error : loadKept(handle, instance, path);
+    return error != nullptr ? error : loadKept(handle, instance, path);
 }
 
 const char *clearTopLevel(velHandle *handle, const velInstance *instance)
 {
     // If the text ended in a continued line, an empty line ends the statement. A
     // syntax error in it does not matter.
-    (void)parseVELLineH(handle, "", 0);
+    static_cast<void>(parseVELLineH(handle, "", 0));
     setVELStateH(handle, 0);
     std::vector<velChildInfo> children;
-    if (const char *error = ::getChildList(handle, "/", &children, nullptr))
+    if (const char *error = ::getChildList(handle, "/", &children, nullptr)) {
         return error;
-    for (const velChildInfo &child : children)
-        if (const char *error = clearChild(handle, instance, child))
+    }
+    for (const velChildInfo &child : children) {
+        if (const char *error = clearChild(handle, instance, child)) {
             return error;
+        }
+    }
     return nullptr;
 }
 
@@ -64,16 +70,19 @@ const char *keepLibraries(Session &session)
         session, "keepLibraries: error finding Lite API handle",
         [&](velHandle *handle) -> const char * {
             std::vector<velChildInfo> children;
-            if (const char *error = ::getChildList(handle, "/", &children, nullptr))
+            if (const char *error = ::getChildList(handle, "/", &children, nullptr)) {
                 return error;
+            }
             std::vector<LibraryObject> kept;
             for (const velChildInfo &child : children) {
-                if (isParameter(child))
+                if (isParameter(child)) {
                     continue;
+                }
                 LibraryObject &object = kept.emplace_back(LibraryObject{pathOf(child), {}});
                 if (const char *error =
-                        getObjectVELH(handle, object.path.c_str(), &object.lines, true))
+                        getObjectVELH(handle, object.path.c_str(), &object.lines, true)) {
                     return error;
+                }
             }
             session.instance()->kept = std::move(kept);
             return nullptr;

@@ -101,8 +101,9 @@ int open(const char *file)
     data.filename = file;
     data.filename_length = static_cast<std::int32_t>(std::strlen(file));
     const int code = iocntc(IO_OPEN_PRIMARY, printMessage, nullptr, &data);
-    if (code != IO_OK)
+    if (code != IO_OK) {
         std::printf("Fail to open the def/res file\n");
+    }
     return code;
 }
 
@@ -110,16 +111,18 @@ int close(const char *file)
 {
     IO_data data;
     const int code = iocntc(IO_CLOSE_PRIMARY, printMessage, nullptr, &data);
-    if (code != IO_OK)
+    if (code != IO_OK) {
         std::printf("Fail to close the %s file\n", file);
+    }
     return code;
 }
 
 int locate(CommandDataset &dataset)
 {
     int code = dataset.locate();
-    if (code == IO_OK)
+    if (code == IO_OK) {
         return IO_OK;
+    }
     if (code == IO_NOT_FOUND) {
         std::printf("The file you have specified does not contain Command File data.\n\n"
                     "            Definition files created in versions of ZOT-5 earlier than "
@@ -128,16 +131,18 @@ int locate(CommandDataset &dataset)
     }
     dataset.takeLargestWhen();
     code = dataset.locate();
-    if (code != IO_OK)
+    if (code != IO_OK) {
         std::printf("Can not locate the Command File data from the input file. Code: %i\n", code);
+    }
     return code;
 }
 
 void pushLines(AV *lines, std::span<const char> records)
 {
     pTHX = velInterpreter();
-    for (; !records.empty(); records = records.subspan(slotBytes))
+    for (; !records.empty(); records = records.subspan(slotBytes)) {
         av_push(lines, newSVpvf("%s\n", records.data()));
+    }
 }
 
 int readLines(CommandDataset &dataset, AV *lines)
@@ -167,14 +172,17 @@ int readLines(CommandDataset &dataset, AV *lines)
 
 int load_vel_from_def(const char *file, AV *lines)
 {
-    if (const int code = open(file))
+    if (const int code = open(file)) {
         return code;
+    }
     CommandDataset dataset;
     int code = locate(dataset);
-    if (code == IO_OK)
+    if (code == IO_OK) {
         code = readLines(dataset, lines);
-    if (code == IO_OK)
+    }
+    if (code == IO_OK) {
         return close(file);
+    }
     // The failure has been reported. A failure of closing would hide it.
     IO_data data;
     static_cast<void>(iocntc(IO_CLOSE_PRIMARY, printMessage, nullptr, &data));

@@ -17,8 +17,9 @@ const char *runWithHandlers(Session &session, Operation operation)
     dropHandlerError(aTHX);
     const char *error = operation();
     SV *died = takeHandlerError(aTHX);
-    if (!died)
+    if (!died) {
         return error;
+    }
     const PerlFrame frame(aTHX);
     sv_2mortal(died);
     return keepMessage(session.instance(), plainValue(aTHX_ died));

@@ -13,10 +13,12 @@ namespace {
 
 const char *checkInstance(const velInstance *instance)
 {
-    if (!instance)
+    if (instance == nullptr) {
         return "Invalid (NULL) instance handle";
-    if (!instance->api)
+    }
+    if (instance->api == nullptr) {
         return "Invalid (uninitialized) instance handle";
+    }
     return nullptr;
 }
 
@@ -45,12 +47,15 @@ const char *callForText(velInstance *instance, const char *method, std::span<SV 
 {
     pTHX = velInterpreter();
     const PerlResult result = callObject(aTHX_ instance, method, arguments);
-    if (result.count != 1)
+    if (result.count != 1) {
         return "Unexpected return value (not 1) from perl_call_method in callVELInstanceMethod";
-    if (result.error)
+    }
+    if (result.error != nullptr) {
         return keepMessage(instance, plainValue(aTHX_ result.error));
-    if (!SvOK(result.value))
+    }
+    if (!SvOK(result.value)) {
         return nullptr;
+    }
     const char *text = keepMessage(instance, plainValue(aTHX_ result.value));
     return *text ? text : nullptr;
 }
@@ -73,12 +78,15 @@ const char *createObject(velInstance *instance)
     const std::array arguments{sv_2mortal(newSVpvs("API"))};
     SV *constructor = sv_2mortal(newSVpvs("API::new"));
     const PerlResult result = callPerl(aTHX_{nullptr, constructor}, arguments, G_SCALAR);
-    if (result.count != 1)
+    if (result.count != 1) {
         return "Unexpected return value from perl_call_argv in initVELInstance";
-    if (result.error)
+    }
+    if (result.error != nullptr) {
         return keepMessage(instance, plainValue(aTHX_ result.error));
-    if (!SvOK(result.value))
+    }
+    if (!SvOK(result.value)) {
         return "Error creating new API object in initVELInstance";
+    }
     instance->api = newSVsv(result.value);
     return nullptr;
 }
@@ -93,13 +101,14 @@ bool offersMethod(SV *object, const char *method)
 /// useLibraries finds them in %ENV while it reads.
 const char *nameLibraries(velInstance *instance)
 {
-    if (!instance->libraries || !offersMethod(instance->api, "useLibraries"))
+    if (!instance->libraries || !offersMethod(instance->api, "useLibraries")) {
         return nullptr;
+    }
     const auto &[folder, files] = *instance->libraries;
     const char *error = callVELInstanceMethod(
         instance, "useLibraries", {files.c_str(), folder.empty() ? "." : folder.c_str()});
     // The next call has to try, and to complain, again.
-    if (error) {
+    if (error != nullptr) {
         pTHX = velInterpreter();
         SvREFCNT_dec(std::exchange(instance->api, nullptr));
     }
@@ -116,10 +125,11 @@ void forgetFile(pTHX_ const char *package)
 /// The entry "database" of the object, if that is a hash.
 SV *databaseEntry(pTHX_ SV *api)
 {
-    if (!SvROK(api) || SvTYPE(SvRV(api)) != SVt_PVHV)
+    if (!SvROK(api) || SvTYPE(SvRV(api)) != SVt_PVHV) {
         return nullptr;
+    }
     SV **entry = hv_fetchs(MUTABLE_HV(SvRV(api)), "database", 0);
-    return entry ? *entry : nullptr;
+    return entry != nullptr ? *entry : nullptr;
 }
 
 } // namespace
@@ -128,10 +138,12 @@ const char *keepMessage(velInstance *instance, SV *text)
 {
     pTHX = velInterpreter();
     const char *bytes = byteText(aTHX_ text);
-    if (!instance->message)
+    if (instance->message == nullptr) {
         instance->message = newSVpvs("");
-    if (instance->message != text)
+    }
+    if (instance->message != text) {
         sv_setpv(instance->message, bytes);
+    }
     return SvPVX_const(instance->message);
 }
 
@@ -139,34 +151,41 @@ SV *requirePackage(pTHX_ const char *package)
 {
     SV *text = sv_2mortal(newSVpvf("require %s;", package));
     SV *error = evalPerlText(aTHX_ text, G_VOID).error;
-    if (error)
+    if (error != nullptr) {
         forgetFile(aTHX_ package);
+    }
     return error;
 }
 
 const char *initVELInstance(velInstance *instance)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
-    if (!instance)
+    }
+    if (instance == nullptr) {
         return "Invalid (NULL) instance handle";
-    if (instance->api)
+    }
+    if (instance->api != nullptr) {
         return nullptr;
+    }
     const char *error = createObject(instance);
-    return error ? error : nameLibraries(instance);
+    return error != nullptr ? error : nameLibraries(instance);
 }
 
 velHandle *findLiteHandle(velInstance *instance)
 {
-    if (instance && instance->database)
+    if (instance != nullptr && instance->database != nullptr) {
         return instance->database;
-    if (initVELInstance(instance))
+    }
+    if (initVELInstance(instance) != nullptr) {
         return nullptr;
+    }
     pTHX = velInterpreter();
     SV *entry = databaseEntry(aTHX_ instance->api);
-    const LiteRecord *record = entry ? findLiteRecord(aTHX_ entry) : nullptr;
-    if (!record)
+    const LiteRecord *record = entry != nullptr ? findLiteRecord(aTHX_ entry) : nullptr;
+    if (record == nullptr) {
         return nullptr;
+    }
     instance->held = holdObject(aTHX_ entry);
     instance->database = record->handle;
     return instance->database;
@@ -174,34 +193,39 @@ velHandle *findLiteHandle(velInstance *instance)
 
 ScriptVariables libraryVariables(const velInstance *instance)
 {
-    if (!instance->libraries || offersMethod(instance->api, "useLibraries"))
+    if (!instance->libraries || offersMethod(instance->api, "useLibraries")) {
         return {};
+    }
     const auto &[folder, files] = *instance->libraries;
     return {{libraryFolderVariable, folder.empty() ? "." : folder}, {libraryListVariable, files}};
 }
 
 void freeInstance(velInstance *instance)
 {
-    if (!velInterpreter())
+    if (velInterpreter() == nullptr) {
         return;
+    }
     pTHX = velInterpreter();
     const PerlLocale locale;
     const PerlFrame frame(aTHX);
     // The validator has the database, which has the validator.
-    if (instance->database)
+    if (instance->database != nullptr) {
         velSetUserData(instance->database, nullptr, nullptr);
+    }
     instance->database = nullptr;
     SvREFCNT_dec(std::exchange(instance->api, nullptr));
-    if (SV *held = std::exchange(instance->held, nullptr))
+    if (SV *held = std::exchange(instance->held, nullptr)) {
         releaseObject(aTHX_ held);
+    }
     SvREFCNT_dec(std::exchange(instance->message, nullptr));
 }
 
 const char *callVELInstanceMethod(velInstance *instance, const char *method,
                                   std::initializer_list<const char *> arguments)
 {
-    if (const char *error = checkInstance(instance))
+    if (const char *error = checkInstance(instance)) {
         return error;
+    }
     pTHX = velInterpreter();
     const PerlLocale locale;
     PerlFrame frame(aTHX);
@@ -211,8 +235,9 @@ const char *callVELInstanceMethod(velInstance *instance, const char *method,
 const char *callVELInstanceValues(velInstance *instance, const char *method,
                                   std::span<SV *const> arguments)
 {
-    if (const char *error = checkInstance(instance))
+    if (const char *error = checkInstance(instance)) {
         return error;
+    }
     pTHX = velInterpreter();
     const PerlLocale locale;
     PerlFrame frame(aTHX);
@@ -230,16 +255,19 @@ int callVELInstanceMethodInt(velInstance *instance, const char *method,
     const PerlLocale locale;
     PerlFrame frame(aTHX);
     const PerlResult result = callObject(aTHX_ instance, method, mortalTexts(aTHX_ arguments));
-    if (result.count != 1)
+    if (result.count != 1) {
         return printUnexpectedCount(result.count);
-    if (result.error) {
+    }
+    if (result.error != nullptr) {
         keepMessage(instance, plainValue(aTHX_ result.error));
         return -1;
     }
-    if (SvIOK(result.value))
+    if (SvIOK(result.value)) {
         return static_cast<int>(static_cast<std::uint32_t>(SvIV(result.value)));
-    if (SvOK(result.value))
+    }
+    if (SvOK(result.value)) {
         keepMessage(instance, plainValue(aTHX_ result.value));
+    }
     return -1;
 }
 
@@ -247,17 +275,19 @@ const char *getAnyValue(velInstance *instance, const char *method, const char *p
 {
     pTHX = velInterpreter();
     const char *error = checkInstance(instance);
-    if (!error && !path)
+    if (error == nullptr && path == nullptr) {
         error = "Invalid path in getAnyValue";
-    if (!error) {
+    }
+    if (error == nullptr) {
         const PerlLocale locale;
         PerlFrame frame(aTHX);
         const std::array arguments{sv_2mortal(newSVpv(path, 0)),
                                    sv_2mortal(newRV_inc(MUTABLE_SV(array)))};
         error = callForText(instance, method, arguments);
     }
-    if (error)
+    if (error != nullptr) {
         SvREFCNT_dec(MUTABLE_SV(array));
+    }
     return error;
 }
 
@@ -266,8 +296,9 @@ SV *newLiteObject(velHandle *handle)
     pTHX = velInterpreter();
     const PerlLocale locale;
     PerlFrame frame(aTHX);
-    if (requirePackage(aTHX_ "VEL::Parser::Lite"))
+    if (requirePackage(aTHX_ "VEL::Parser::Lite") != nullptr) {
         return nullptr;
+    }
     return newLiteReference(aTHX_ handle, false);
 }
 

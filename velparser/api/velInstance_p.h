@@ -111,11 +111,13 @@ template <class Work>
 {
     return guarded(outOfMemory, [&]() -> const char * {
         velHandle *handle = findLiteHandle(session);
-        if (!handle)
+        if (!handle) {
             return missing;
+        }
         const velInstance *instance = session.instance();
-        if (instance->failingCall && std::string_view(missing).starts_with(instance->failingCall))
+        if (instance->failingCall && std::string_view(missing).starts_with(instance->failingCall)) {
             return instance->failure;
+        }
         return work(handle);
     });
 }

@@ -36,13 +36,16 @@ const char *copyTexts(pTHX_ Session &session, AV *array, const ListMessages &mes
     const PerlFrame frame(aTHX);
     SV *error = nullptr;
     AV *texts = plainTexts(aTHX_ array, &error);
-    if (!texts)
-        return error ? keepMessage(session.instance(), plainValue(aTHX_ error))
-                     : messages.cannotAllocate;
+    if (texts == nullptr) {
+        return error != nullptr ? keepMessage(session.instance(), plainValue(aTHX_ error))
+                                : messages.cannotAllocate;
+    }
     velArray copies(velArrayKind::Strings);
-    for (SSize_t i = 0; i <= AvFILLp(texts); ++i)
-        if (!copies.addString({SvPVX_const(AvARRAY(texts)[i]), SvCUR(AvARRAY(texts)[i])}))
+    for (SSize_t i = 0; i <= AvFILLp(texts); ++i) {
+        if (!copies.addString({SvPVX_const(AvARRAY(texts)[i]), SvCUR(AvARRAY(texts)[i])})) {
             return messages.cannotCopy;
+        }
+    }
     *list = copies.takeStrings();
     return nullptr;
 }
@@ -51,26 +54,31 @@ const char *copyTexts(pTHX_ Session &session, AV *array, const ListMessages &mes
 const char *checkListQuery(const Session &session, const velStringList *list,
                            const ListMessages &messages)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
-    if (!session.instance())
+    }
+    if (session.instance() == nullptr) {
         return "Invalid (NULL) instance handle";
-    if (!session.instance()->api)
+    }
+    if (session.instance()->api == nullptr) {
         return "Invalid (uninitialized) instance handle";
-    return list ? nullptr : messages.noText;
+    }
+    return list != nullptr ? nullptr : messages.noText;
 }
 
 /// A method that fills an array with texts about one path.
 const char *listTexts(Session &session, const char *method, const char *path,
                       const ListMessages &messages, velStringList *list)
 {
-    if (const char *error = checkListQuery(session, list, messages))
+    if (const char *error = checkListQuery(session, list, messages)) {
         return error;
+    }
     pTHX = velInterpreter();
     const PerlLocale locale;
     AV *array = newAV();
-    if (const char *error = getAnyValue(session.instance(), method, path, array))
+    if (const char *error = getAnyValue(session.instance(), method, path, array)) {
         return error;
+    }
     const char *error = guarded(messages.cannotAllocate,
                                 [&] { return copyTexts(aTHX_ session, array, messages, list); });
     SvREFCNT_dec_NN(MUTABLE_SV(array));
@@ -81,7 +89,7 @@ const char *listTexts(Session &session, const char *method, const char *path,
 
 velHandle *findLiteHandle(Session &session)
 {
-    return startVELParser() ? nullptr : findLiteHandle(session.instance());
+    return startVELParser() != nullptr ? nullptr : findLiteHandle(session.instance());
 }
 
 const char *getStringValue(Session &session, const char *path, std::optional<std::string> *value)
@@ -176,27 +184,30 @@ const char *setValidationLevelH(Session &session, unsigned level)
 int isVELLibrary(Session &session, const char *path)
 {
     velHandle *handle = findLiteHandle(session);
-    return handle ? isLibrary(handle, path) : -1;
+    return handle != nullptr ? isLibrary(handle, path) : -1;
 }
 
 const char *updateSolverVEL(Session &session)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
+    }
     return callVELInstanceMethod(session.instance(), "updateSolverVEL", {});
 }
 
 int isParamEditable(Session &session, const char *path)
 {
-    if (startVELParser())
+    if (startVELParser() != nullptr) {
         return -1;
+    }
     return callVELInstanceMethodInt(session.instance(), "isParamEditable", {path});
 }
 
 int isItemExpert(Session &session, const char *path)
 {
-    if (startVELParser())
+    if (startVELParser() != nullptr) {
         return -1;
+    }
     return callVELInstanceMethodInt(session.instance(), "isItemExpert", {path});
 }
 
@@ -207,8 +218,9 @@ const char *getAllowedParamStrings(Session &session, const char *path, velString
 
 const char *getAllowedParams(Session &session, const char *path, velStringList *names, int flag)
 {
-    if (const char *error = checkListQuery(session, names, nameMessages))
+    if (const char *error = checkListQuery(session, names, nameMessages)) {
         return error;
+    }
     pTHX = velInterpreter();
     const PerlLocale locale;
     const PerlFrame frame(aTHX);
@@ -217,8 +229,9 @@ const char *getAllowedParams(Session &session, const char *path, velStringList *
                                sv_2mortal(newRV_noinc(MUTABLE_SV(array))),
                                sv_2mortal(newSViv(flag))};
     if (const char *error =
-            callVELInstanceValues(session.instance(), "getAllowedParams", arguments))
+            callVELInstanceValues(session.instance(), "getAllowedParams", arguments)) {
         return error;
+    }
     return guarded(nameMessages.cannotAllocate,
                    [&] { return copyTexts(aTHX_ session, array, nameMessages, names); });
 }

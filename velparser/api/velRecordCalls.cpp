@@ -24,11 +24,13 @@ const char *keepText(velInstance *instance, const std::string &text)
 /// What must be right before a method is called for records.
 const char *checkQuery(const velInstance *instance, const void *records, const char *noRecords)
 {
-    if (!instance)
+    if (instance == nullptr) {
         return "Invalid (NULL) instance handle";
-    if (!instance->api)
+    }
+    if (instance->api == nullptr) {
         return "Invalid (uninitialized) instance handle";
-    return records ? nullptr : noRecords;
+    }
+    return records != nullptr ? nullptr : noRecords;
 }
 
 bool givesRecords(const velInstance *instance, const char *method)
@@ -64,15 +66,18 @@ const char *faultsFromText(velInstance *instance, const char *text, std::vector<
     std::string message;
     for (const std::string_view line : linesOf(text)) {
         Finding fault = findingFromLine(line);
-        if (fault.identifier == faultIdentifier)
+        if (fault.identifier == faultIdentifier) {
             faults->push_back(std::move(fault));
-        else
+        } else {
             message.append(line) += '\n';
+        }
     }
-    if (faults->empty())
+    if (faults->empty()) {
         return text;
-    if (message.empty())
+    }
+    if (message.empty()) {
         return nullptr;
+    }
     message.pop_back();
     return keepText(instance, message);
 }
@@ -81,10 +86,11 @@ const char *faultsFromText(velInstance *instance, const char *text, std::vector<
 const char *changesFromText(velInstance *instance, const char *text,
                             std::vector<UpgradeChange> *changes)
 {
-    for (const std::string_view line : linesOf(text ? text : "")) {
+    for (const std::string_view line : linesOf(text != nullptr ? text : "")) {
         changes->push_back(changeFromLine(line));
-        if (changes->back().path.empty())
+        if (changes->back().path.empty()) {
             return keepText(instance, std::string(line));
+        }
     }
     return nullptr;
 }
@@ -98,14 +104,17 @@ const char *explainByTexts(velInstance *instance, const char *path, std::vector<
     SV *error = nullptr;
     const std::array arguments{sv_2mortal(newSVpv(path, 0)),
                                sv_2mortal(newRV_noinc(MUTABLE_SV(array)))};
-    if (const char *message = callVELInstanceValues(instance, "explainItem", arguments))
+    if (const char *message = callVELInstanceValues(instance, "explainItem", arguments)) {
         return message;
+    }
     AV *lines = plainTexts(aTHX_ array, &error);
-    if (!lines)
-        return error ? keepMessage(instance, plainValue(aTHX_ error)) : "exit called";
-    for (SSize_t i = 0; i <= AvFILLp(lines); ++i)
+    if (lines == nullptr) {
+        return error != nullptr ? keepMessage(instance, plainValue(aTHX_ error)) : "exit called";
+    }
+    for (SSize_t i = 0; i <= AvFILLp(lines); ++i) {
         fields->push_back(
             fieldFromLine({SvPVX_const(AvARRAY(lines)[i]), SvCUR(AvARRAY(lines)[i])}));
+    }
     return nullptr;
 }
 
@@ -113,30 +122,36 @@ const char *explainByTexts(velInstance *instance, const char *path, std::vector<
 
 const char *readLibraries(Session &session, std::vector<Finding> *faults)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
-    if (const char *error = initVELInstance(session.instance()))
+    }
+    if (const char *error = initVELInstance(session.instance())) {
         return error;
+    }
     velInstance *instance = session.instance();
-    if (const char *error = checkQuery(instance, faults, "readLibraries: invalid arguments"))
+    if (const char *error = checkQuery(instance, faults, "readLibraries: invalid arguments")) {
         return error;
+    }
     return guarded(outOfMemory, [&]() -> const char * {
         faults->clear();
         const PerlVariables entries(velInterpreter(), libraryVariables(instance));
-        if (givesRecords(instance, "readLibraries"))
+        if (givesRecords(instance, "readLibraries")) {
             return callForRecords(instance, "readLibraries", {}, faults);
+        }
         const char *text = callVELInstanceMethod(instance, "readLibraries", {});
-        return text ? faultsFromText(instance, text, faults) : nullptr;
+        return text != nullptr ? faultsFromText(instance, text, faults) : nullptr;
     });
 }
 
 const char *upgrade(Session &session, std::vector<UpgradeChange> *changes)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
+    }
     velInstance *instance = session.instance();
-    if (const char *error = checkQuery(instance, changes, "upgrade: invalid arguments"))
+    if (const char *error = checkQuery(instance, changes, "upgrade: invalid arguments")) {
         return error;
+    }
     return guarded(outOfMemory, [&]() -> const char * {
         std::vector<UpgradeChange> made;
         const char *error =
@@ -144,28 +159,33 @@ const char *upgrade(Session &session, std::vector<UpgradeChange> *changes)
                 ? callForRecords(instance, "updateSolverVEL", {}, &made)
                 : changesFromText(instance, callVELInstanceMethod(instance, "updateSolverVEL", {}),
                                   &made);
-        if (!error)
+        if (error == nullptr) {
             *changes = std::move(made);
+        }
         return error;
     });
 }
 
 const char *explainItem(Session &session, const char *path, std::vector<RuleField> *fields)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
+    }
     velInstance *instance = session.instance();
-    if (const char *error = checkQuery(instance, fields, "Invalid text array in explainItem\n"))
+    if (const char *error = checkQuery(instance, fields, "Invalid text array in explainItem\n")) {
         return error;
-    if (!path)
+    }
+    if (path == nullptr) {
         return "Invalid path in getAnyValue";
+    }
     return guarded(outOfMemory, [&]() -> const char * {
         std::vector<RuleField> found;
         const char *error = givesRecords(instance, "explainItem")
                                 ? callForRecords(instance, "explainItem", {path}, &found)
                                 : explainByTexts(instance, path, &found);
-        if (!error)
+        if (error == nullptr) {
             *fields = std::move(found);
+        }
         return error;
     });
 }

@@ -6,11 +6,13 @@ namespace velparser {
 std::string lineOf(const Finding &finding)
 {
     std::string line = finding.path;
-    if (!line.empty())
+    if (!line.empty()) {
         line += ": ";
+    }
     line += finding.text;
-    if (!finding.identifier.empty())
+    if (!finding.identifier.empty()) {
         line += " [" + finding.identifier + ']';
+    }
     return line;
 }
 

@@ -19,8 +19,9 @@ public:
     {
         AV *words = get_av("ARGV", GV_ADD);
         av_clear(words);
-        for (const std::string &argument : arguments)
+        for (const std::string &argument : arguments) {
             av_push(words, newSVpvn(argument.data(), argument.size()));
+        }
         sv_setpv_mg(get_sv("0", GV_ADD), script.c_str());
         PL_dowarn = G_WARN_OFF;
         PL_endav = nullptr;
@@ -50,14 +51,17 @@ const char *readScript(velInstance *instance, const std::string &script, std::st
     std::FILE *file = std::fopen(script.c_str(), "rb");
     std::array<char, 65536> piece;
     std::size_t got = 0;
-    while (file && (got = std::fread(piece.data(), 1, piece.size(), file)) > 0)
+    while (file != nullptr && (got = std::fread(piece.data(), 1, piece.size(), file)) > 0) {
         text->append(piece.data(), got);
-    const bool failed = !file || std::ferror(file);
+    }
+    const bool failed = (file == nullptr) || std::ferror(file);
     const int reason = errno;
-    if (file)
+    if (file != nullptr) {
         std::fclose(file);
-    if (!failed)
+    }
+    if (!failed) {
         return nullptr;
+    }
     pTHX = velInterpreter();
     PerlFrame frame(aTHX);
     return keepMessage(instance, sv_2mortal(newSVpvf("runPerlScript: cannot read %s: %s",
@@ -78,8 +82,9 @@ std::string_view dataPart(std::string_view text)
     std::size_t first = std::string_view::npos;
     for (const std::string_view mark : {"\n__END__\n", "\n__DATA__\n"}) {
         const std::size_t at = text.find(mark);
-        if (at >= first)
+        if (at >= first) {
             continue;
+        }
         first = at;
         data = text.substr(at + mark.size());
     }
@@ -88,8 +93,9 @@ std::string_view dataPart(std::string_view text)
 
 void openData(pTHX_ std::string_view data)
 {
-    if (data.empty())
+    if (data.empty()) {
         return;
+    }
     sv_setpvn(get_sv("VEL::Parser::scriptData", GV_ADD), data.data(), data.size());
     const PerlFrame frame(aTHX);
     SV *code = sv_2mortal(newSVpvs("open main::DATA, '<', \\$VEL::Parser::scriptData;"));
@@ -101,8 +107,9 @@ XSPROTO(runEndBlocks)
     dXSARGS;
     PERL_UNUSED_VAR(cv);
     PERL_UNUSED_VAR(items);
-    if (PL_endav)
+    if (PL_endav) {
         call_list(PL_scopestack_ix, PL_endav);
+    }
     my_exit(static_cast<U32>(STATUS_EXIT));
 }
 
@@ -110,9 +117,10 @@ XSPROTO(runEndBlocks)
 /// Its exit status goes to `status`.
 SV *stepError(pTHX_ const PerlResult &result, int *status)
 {
-    if (result.exited)
+    if (result.exited) {
         *status = STATUS_EXIT;
-    return result.error ? newSVsv(plainValue(aTHX_ result.error)) : nullptr;
+    }
+    return result.error != nullptr ? newSVsv(plainValue(aTHX_ result.error)) : nullptr;
 }
 
 SV *runCode(pTHX_ const std::string &code, int *status)
@@ -134,11 +142,13 @@ SV *runEnd(pTHX_ int *status)
 const char *flushOutput(pTHX_ velInstance *instance)
 {
     PerlIO *output = PerlIO_stdout();
-    if (!*output)
+    if (*output == nullptr) {
         return nullptr;
+    }
     errno = 0;
-    if (PerlIO_flush(output) == 0 && !PerlIO_error(output))
+    if (PerlIO_flush(output) == 0 && !PerlIO_error(output)) {
         return nullptr;
+    }
     const int reason = errno ? errno : EIO;
     PerlFrame frame(aTHX);
     return keepMessage(instance, sv_2mortal(newSVpvf("runPerlScript: standard output: %s",
@@ -150,8 +160,9 @@ const char *runScript(Session &session, const std::string &script,
                       int *status)
 {
     std::string text;
-    if (const char *error = readScript(session.instance(), script, &text))
+    if (const char *error = readScript(session.instance(), script, &text)) {
         return error;
+    }
     pTHX = velInterpreter();
     const PerlLocale locale;
     const ScriptSetting setting(aTHX_ script, arguments);
@@ -163,12 +174,15 @@ const char *runScript(Session &session, const std::string &script,
     // $? while the END blocks run, which may change it.
     PL_statusvalue = exitStatus;
     SV *endError = sv_2mortal(runEnd(aTHX_ & exitStatus));
-    if (error || endError)
-        return keepMessage(session.instance(), error ? error : endError);
-    if (const char *shortWrite = flushOutput(aTHX_ session.instance()))
+    if (error != nullptr || endError != nullptr) {
+        return keepMessage(session.instance(), error != nullptr ? error : endError);
+    }
+    if (const char *shortWrite = flushOutput(aTHX_ session.instance())) {
         return shortWrite;
-    if (status)
+    }
+    if (status != nullptr) {
         *status = exitStatus & 0xff;
+    }
     return nullptr;
 }
 
@@ -184,8 +198,9 @@ const char *runPerlScript(Session &session, const std::string &script,
                           const std::vector<std::string> &arguments,
                           const ScriptVariables &variables, int *status)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
+    }
     return guarded(outOfMemory,
                    [&] { return runScript(session, script, arguments, variables, status); });
 }

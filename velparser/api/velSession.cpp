@@ -17,8 +17,9 @@ struct DefaultSession
 
     void make()
     {
-        if (!session.instance_)
+        if (session.instance_ == nullptr) {
             session.instance_ = new (std::nothrow) velInstance{};
+        }
     }
 };
 
@@ -46,8 +47,9 @@ Session &Session::operator=(Session &&other) noexcept
 
 Session::~Session()
 {
-    if (!instance_)
+    if (instance_ == nullptr) {
         return;
+    }
     freeInstance(instance_);
     delete instance_;
 }

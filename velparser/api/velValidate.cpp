@@ -31,8 +31,9 @@ void releaseValidationData(void *data)
     auto *validation = static_cast<ValidationData *>(data);
     SvREFCNT_dec(validation->validator);
     // Perl code that has kept the object finds it empty, not the handle gone.
-    if (validation->database)
+    if (validation->database != nullptr) {
         static_cast<void>(emptyObject(aTHX_ validation->database));
+    }
     SvREFCNT_dec(validation->database);
     delete validation;
 }
@@ -48,20 +49,25 @@ const char *createValidator(velHandle *handle, ValidationData *validation)
     pTHX = velInterpreter();
     const PerlLocale locale;
     const PerlFrame frame(aTHX);
-    if (SV *error = requirePackage(aTHX_ "VEL::Validate"))
+    if (SV *error = requirePackage(aTHX_ "VEL::Validate")) {
         return recordText(aTHX_ handle, "validateVELDataLTH: Internal error: ", error);
+    }
     validation->database = newLiteObject(handle);
-    if (!validation->database)
+    if (validation->database == nullptr) {
         return "validateVELDataLTH: memory error";
+    }
     const std::array arguments{sv_2mortal(newSVpvs("VEL::Validate")), validation->database};
     const PerlResult result = callPerl(aTHX_{"new", nullptr}, arguments, G_SCALAR);
-    if (result.count != 1)
+    if (result.count != 1) {
         return "validateVELDataLTH: Unexpected return value from call_argv";
-    if (result.error)
+    }
+    if (result.error != nullptr) {
         return recordText(aTHX_ handle,
                           "validateVELDataLTH: Internal error creating validator: ", result.error);
-    if (!SvOK(result.value))
+    }
+    if (!SvOK(result.value)) {
         return "validateVELDataLTH: Error creating new validator object";
+    }
     validation->validator = newSVsv(result.value);
     return nullptr;
 }
@@ -81,15 +87,18 @@ const char *callValidator(pTHX_ velHandle *handle, const char *method, const cha
     values[0] = validatorOf(handle);
     std::ranges::copy(arguments, values.begin() + 1);
     const PerlResult result = callPerl(aTHX_{method, nullptr}, values, G_SCALAR);
-    if (result.count != 1)
+    if (result.count != 1) {
         return "Unexpected return value (not 1) from perl_call_method in callValidationMethod";
-    if (result.error)
+    }
+    if (result.error != nullptr) {
         return recordText(aTHX_ handle,
                           std::string("validateVELDataLTH: Internal error calling ") + specified +
                               ": ",
                           result.error);
-    if (!SvOK(result.value))
+    }
+    if (!SvOK(result.value)) {
         return nullptr;
+    }
     const char *text = byteText(aTHX_ plainValue(aTHX_ result.value));
     return *text ? velRecordError(handle, text) : nullptr;
 }
@@ -117,8 +126,9 @@ public:
 
     void validate(const char *path) override
     {
-        if (const char *text = callValidationMethod(handle_, "validateObject", {path}))
+        if (const char *text = callValidationMethod(handle_, "validateObject", {path})) {
             add(text);
+        }
     }
     void addFailure(std::string_view line) override { add(line); }
 
@@ -128,8 +138,9 @@ private:
     void add(std::string_view text)
     {
         text_ += text;
-        if (!text.empty() && text.back() != '\n')
+        if (!text.empty() && text.back() != '\n') {
             text_ += '\n';
+        }
     }
 
     velHandle *handle_;
@@ -149,10 +160,12 @@ public:
 
     void validate(const char *path) override
     {
-        if (hasRecords_)
+        if (hasRecords_) {
             return addRecordsAt(path);
-        if (const char *text = callValidationMethod(handle_, method_, {path}))
+        }
+        if (const char *text = callValidationMethod(handle_, method_, {path})) {
             add(findingsFromText(text));
+        }
     }
     void addFailure(std::string_view line) override
     {
@@ -177,15 +190,17 @@ private:
                                    sv_2mortal(newRV_noinc(MUTABLE_SV(records)))};
         const char *failure =
             callValidator(aTHX_ handle_, recordsMethod_.c_str(), method_, arguments);
-        if (!failure && av_count(records) > 0) {
-            if (SV *error = addRecords(aTHX_ records, &findings_))
+        if (failure == nullptr && av_count(records) > 0) {
+            if (SV *error = addRecords(aTHX_ records, &findings_)) {
                 failure = recordText(aTHX_ handle_,
                                      std::string("validateVELDataLTH: Internal error calling ") +
                                          method_ + ": ",
                                      error);
+            }
         }
-        for (const std::string_view line : linesOf(failure ? failure : ""))
+        for (const std::string_view line : linesOf(failure != nullptr ? failure : "")) {
             addFailure(line);
+        }
     }
 
     velHandle *handle_;
@@ -228,8 +243,9 @@ public:
     void run()
     {
         enter();
-        while (!levels_.empty())
+        while (!levels_.empty()) {
             step();
+        }
     }
 
 private:
@@ -239,7 +255,7 @@ private:
     [[nodiscard]] std::uint32_t flags() const
     {
         const velNode *found = node();
-        return found ? velDescribe(handle_, found).flags : doneFlags;
+        return found != nullptr ? velDescribe(handle_, found).flags : doneFlags;
     }
 
     void mark(std::int32_t level) const
@@ -257,11 +273,13 @@ private:
         for (const velNode *child = found ? velFirstChild(found) : nullptr; child;
              child = velNextSibling(child)) {
             const velNodeInfo info = velDescribe(handle_, child);
-            if (isDone(info))
+            if (isDone(info)) {
                 continue;
+            }
             done = false;
-            if (info.kind != velParam)
+            if (info.kind != velParam) {
                 visit(velComponentOf(info));
+            }
         }
         return done;
     }
@@ -275,10 +293,12 @@ private:
             mark(2);
             return;
         }
-        if (!(flags() & velFlagValid))
+        if (!(flags() & velFlagValid)) {
             collector_->validate(path_.c_str());
-        if (flags() & velFlagSubtreeValid)
+        }
+        if (flags() & velFlagSubtreeValid) {
             return;
+        }
         WalkLevel level{path_.size(), {}};
         lookAtChildren([&](std::string child) { level.children.push_back(std::move(child)); });
         levels_.push_back(std::move(level));
@@ -288,41 +308,50 @@ private:
     void step()
     {
         WalkLevel &level = levels_.back();
-        if (level.next == level.children.size())
+        if (level.next == level.children.size()) {
             return leave();
-        if (makeChildPath(path_.c_str(), level.children[level.next++].c_str(), &path_))
+        }
+        if (makeChildPath(path_.c_str(), level.children[level.next++].c_str(), &path_) != nullptr) {
             throw std::bad_alloc();
+        }
         const std::size_t depth = levels_.size();
         enterChild();
-        if (levels_.size() == depth)
+        if (levels_.size() == depth) {
             backToParent();
+        }
     }
 
     void enterChild()
     {
         const velNode *found = node();
-        if (!found)
+        if (found == nullptr) {
             return;
+        }
         const velNodeInfo info = velDescribe(handle_, found);
-        if (info.kind == velParam || isDone(info))
+        if (info.kind == velParam || isDone(info)) {
             return;
-        if (info.kind == velObject || info.kind == velSingleton)
+        }
+        if (info.kind == velObject || info.kind == velSingleton) {
             enter();
-        else
+        } else {
             collector_->addFailure("Internal error: unknown object type");
+        }
     }
 
     void leave()
     {
         WalkLevel &level = levels_.back();
         std::vector<std::string> open;
-        if (lookAtChildren([&](std::string child) { open.push_back(std::move(child)); }))
+        if (lookAtChildren([&](std::string child) { open.push_back(std::move(child)); })) {
             mark(2);
-        if (!open.empty() && addUnvisited(level, std::move(open)))
+        }
+        if (!open.empty() && addUnvisited(level, std::move(open))) {
             return;
+        }
         levels_.pop_back();
-        if (!levels_.empty())
+        if (!levels_.empty()) {
             backToParent();
+        }
     }
 
     /// True if there were any.
@@ -359,12 +388,14 @@ const char *velValidationDriver(velHandle *handle, const std::string &path, Make
 /// The path as the walk takes it; a message if there is nothing to be walked.
 const char *findStart(velHandle *handle, const char *path, std::string *clean)
 {
-    if (const char *error = initValidationData(handle))
+    if (const char *error = initValidationData(handle)) {
         return error;
+    }
     const bool root = std::string_view(path) == "/";
     *clean = root ? "/" : velCleanPath(path); // not resolved: kept
-    if (!root && !velFindFullPath(handle, clean->c_str()))
+    if (!root && velFindFullPath(handle, clean->c_str()) == nullptr) {
         return "validateVELData: path does not exist\n";
+    }
     return nullptr;
 }
 
@@ -372,25 +403,29 @@ const char *findStart(velHandle *handle, const char *path, std::string *clean)
 
 const char *initValidationData(velHandle *handle)
 {
-    if (velUserData(handle))
+    if (velUserData(handle) != nullptr) {
         return nullptr;
+    }
     auto *validation = new (std::nothrow) ValidationData;
-    if (!validation)
+    if (validation == nullptr) {
         return "initValidationData: memory error";
+    }
     velSetUserData(handle, validation, releaseValidationData);
     const char *error = guarded("initValidationData: memory error",
                                 [&] { return createValidator(handle, validation); });
     // Without a validator the next call has to try, and to complain, again.
-    if (error)
+    if (error != nullptr) {
         velSetUserData(handle, nullptr, nullptr);
+    }
     return error;
 }
 
 const char *callValidationMethod(velHandle *handle, const char *method,
                                  std::initializer_list<const char *> arguments)
 {
-    if (const char *error = initValidationData(handle))
+    if (const char *error = initValidationData(handle)) {
         return error;
+    }
     pTHX = velInterpreter();
     const PerlLocale locale;
     const PerlFrame frame(aTHX);
@@ -403,8 +438,9 @@ const char *callValidationMethod(velHandle *handle, const char *method,
 const char *validateVELData(velHandle *handle, const char *path)
 {
     std::string start;
-    if (const char *error = findStart(handle, path, &start))
+    if (const char *error = findStart(handle, path, &start)) {
         return error;
+    }
     return velValidationDriver(
         handle, start, [&] { return TextCollector(handle); },
         [&](const TextCollector &collector) {
@@ -415,8 +451,9 @@ const char *validateVELData(velHandle *handle, const char *path)
 const char *validateVELData(velHandle *handle, const char *path, std::vector<Finding> *findings)
 {
     std::string start;
-    if (const char *error = findStart(handle, path, &start))
+    if (const char *error = findStart(handle, path, &start)) {
         return error;
+    }
     return velValidationDriver(
         handle, start, [&] { return RecordCollector(handle, "validateObject"); },
         [&](RecordCollector &collector) {
@@ -433,33 +470,40 @@ const char *validateVELDataH(Session &session)
 
 const char *validateVELObjectH(Session &session, const char *path)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
-    if (!path)
+    }
+    if (path == nullptr) {
         return "validateObject : Invalid arguments\n";
+    }
     return withDatabase(session, noHandle,
                         [&](velHandle *handle) { return validateVELData(handle, path); });
 }
 
 const char *validate(Session &session, const char *path, std::vector<Finding> *findings)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
-    if (!path || !findings)
+    }
+    if (path == nullptr || findings == nullptr) {
         return "validate: invalid arguments";
+    }
     return withDatabase(session, noHandle,
                         [&](velHandle *handle) { return validateVELData(handle, path, findings); });
 }
 
 const char *validateParameter(Session &session, const char *path, std::vector<Finding> *findings)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
-    if (!path || !findings)
+    }
+    if (path == nullptr || findings == nullptr) {
         return "validateParameter : Invalid arguments";
+    }
     return withDatabase(session, noHandle, [&](velHandle *handle) -> const char * {
-        if (const char *error = initValidationData(handle))
+        if (const char *error = initValidationData(handle)) {
             return error;
+        }
         RecordCollector collector(handle, "validateParam");
         collector.validate(path);
         *findings = collector.take();
@@ -469,10 +513,12 @@ const char *validateParameter(Session &session, const char *path, std::vector<Fi
 
 const char *validateParameter(Session &session, const char *path)
 {
-    if (const char *error = startVELParser())
+    if (const char *error = startVELParser()) {
         return error;
-    if (!path)
+    }
+    if (path == nullptr) {
         return "validateParameter : Invalid arguments";
+    }
     return withDatabase(session, noHandle, [&](velHandle *handle) {
         return callValidationMethod(handle, "validateParam", {path});
     });

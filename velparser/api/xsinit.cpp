@@ -29,8 +29,9 @@ XSPROTO(exitOrDie)
     PERL_UNUSED_VAR(cv);
     PERL_UNUSED_VAR(sp);
     const IV status = items > 0 ? SvIV(ST(0)) : 0;
-    if (isPerlExitAllowed())
+    if (isPerlExitAllowed()) {
         my_exit(static_cast<U32>(status & 0xff));
+    }
     croak("exit(%" IVdf ") called", status);
 }
 
@@ -48,8 +49,9 @@ void overrideExit(pTHX)
 void initPerlSystem()
 {
     static bool done = false;
-    if (std::exchange(done, true))
+    if (std::exchange(done, true)) {
         return;
+    }
     static char empty[] = "";
     static char *words[] = {empty, nullptr};
     int count = 1;
@@ -76,14 +78,16 @@ class KeptLocale
 public:
     KeptLocale() : thread_(uselocale(nullptr))
     {
-        if (const char *names = setlocale(LC_ALL, nullptr))
+        if (const char *names = setlocale(LC_ALL, nullptr)) {
             process_ = names;
+        }
     }
     ~KeptLocale()
     {
         perlLocale = uselocale(thread_);
-        if (perlLocale == LC_GLOBAL_LOCALE)
+        if (perlLocale == LC_GLOBAL_LOCALE) {
             perlLocale = pointLocale();
+        }
         setlocale(LC_ALL, process_.c_str());
     }
     KeptLocale(const KeptLocale &) = delete;
@@ -122,8 +126,9 @@ const char *startInterpreter(const std::string &directory)
     initPerlSystem();
     const KeptLocale kept;
     PerlInterpreter *my_perl = perl_alloc();
-    if (!my_perl)
+    if (my_perl == nullptr) {
         return "Error: Cannot parse perl code\n";
+    }
     perl_construct(my_perl);
     // A script that exits with status 0 leaves no program to run.
     if (perl_parse(my_perl, xsInit, 4, words, nullptr) == 0 && PL_main_root) {
@@ -163,27 +168,31 @@ PerlLocale::PerlLocale() : outer_(perlLocaleDepth++ == 0 ? uselocale(perlLocale)
 // inner one would bring the freed one back.
 PerlLocale::~PerlLocale()
 {
-    if (--perlLocaleDepth == 0)
+    if (--perlLocaleDepth == 0) {
         perlLocale = uselocale(outer_);
+    }
 }
 
 const char *startVELParser()
 {
-    if (interpreter) {
+    if (interpreter != nullptr) {
         makeDefaultInstance();
         return nullptr;
     }
     const char *directory = packagesOfEnvironment();
-    if (!directory)
+    if (directory == nullptr) {
         exitWithoutParser();
+    }
     return guarded(outOfMemory, [&] { return startVELParser(std::string(directory)); });
 }
 
 const char *startVELParser(const std::string &packages)
 {
-    if (!interpreter)
-        if (const char *error = guarded(outOfMemory, [&] { return startInterpreter(packages); }))
+    if (interpreter == nullptr) {
+        if (const char *error = guarded(outOfMemory, [&] { return startInterpreter(packages); })) {
             return error;
+        }
+    }
     makeDefaultInstance();
     return nullptr;
 }

@@ -15,8 +15,9 @@ namespace {
 std::filesystem::path makeFolder()
 {
     std::string name = (std::filesystem::temp_directory_path() / "velparser-XXXXXX").string();
-    if (!mkdtemp(name.data()))
+    if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("no temporary folder");
+    }
     return name;
 }
 
@@ -34,16 +35,18 @@ FakeParser::FakeParser(std::initializer_list<std::pair<const char *, std::string
     write("VEL/embeddedParserInit.pl", "use API;\n");
     std::filesystem::create_directories(folder_ / "VEL/Parser");
     std::filesystem::copy(realLite(), folder_ / "VEL/Parser/Lite.pm");
-    for (const auto &[name, text] : files)
+    for (const auto &[name, text] : files) {
         write(name, text);
+    }
     setenv("ZOT5_VEL_PARSER", folder_.c_str(), 1);
 }
 
 FakeParser::~FakeParser()
 {
     // The child of a death test ends too.
-    if (getpid() != owner_)
+    if (getpid() != owner_) {
         return;
+    }
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
 }
@@ -60,10 +63,10 @@ std::string perl(const std::string &code)
 {
     std::string result;
     const char *error = velparser::evalPerl(code, &result);
-    return error ? std::string("died: ") + error : result;
+    return error != nullptr ? std::string("died: ") + error : result;
 }
 
 std::string shown(const char *message)
 {
-    return message ? message : "(null)";
+    return message != nullptr ? message : "(null)";
 }

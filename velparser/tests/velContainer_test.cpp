@@ -71,8 +71,9 @@ protected:
         names.when = when;
         names.count = static_cast<std::int32_t>(lines.size());
         std::vector<char> records(lines.size() * slot + 1);
-        for (std::size_t i = 0; i < lines.size(); ++i)
+        for (std::size_t i = 0; i < lines.size(); ++i) {
             std::strncpy(&records[i * slot], lines[i].c_str(), slot - 1);
+        }
         std::vector<std::int32_t> numbers(lines.size());
         IO_data data;
         data.strings = records.data();
@@ -211,8 +212,9 @@ TEST_F(VelContainer, TheLargestOfSeveralWhens)
 
 TEST_F(VelContainer, MoreWhensThanAreToldApart)
 {
-    for (int when = 1; when <= 21; ++when)
+    for (int when = 1; when <= 21; ++when) {
         write("G/COMMANDS", when, {"A = " + std::to_string(when)});
+    }
     EXPECT_EQ(load(), "load_vel_from_def failed|"
                       "Can not locate the Command File data from the input file. Code: 17\n");
     // Nothing is reported then, so WHEN 0 is asked for.

@@ -73,7 +73,7 @@ protected:
     std::string message()
     {
         pTHX = velparser::velInterpreter();
-        return instance_.message ? SvPV_nolen(instance_.message) : "(none)";
+        return instance_.message != nullptr ? SvPV_nolen(instance_.message) : "(none)";
     }
 
     /// An instance whose API::new is this code.

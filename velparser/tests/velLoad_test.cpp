@@ -91,10 +91,11 @@ TEST(VelLoad, FileOrTypeMissing)
 
 TEST(VelLoad, TypeUnknown)
 {
-    for (const char *type : {"VEL", "", "vel ", "ve", "Def"})
+    for (const char *type : {"VEL", "", "vel ", "ve", "Def"}) {
         EXPECT_STREQ(velparser::loadVELFromFile("x", type),
                      "fileType is invalid (it should be vel, def or res)")
             << type;
+    }
 }
 
 TEST(VelLoad, TextFile)

@@ -28,8 +28,9 @@ void *allocate(std::size_t size)
         ranOut = true;
         return nullptr;
     }
-    if (allowed > 0)
+    if (allowed > 0) {
         --allowed;
+    }
     return std::malloc(size ? size : 1);
 }
 
@@ -38,8 +39,9 @@ void *allocate(std::size_t size)
 // Inlined into a caller, one of them alone looks like a mismatch to the compiler.
 [[gnu::noinline]] void *operator new(std::size_t size)
 {
-    if (void *memory = allocate(size))
+    if (void *memory = allocate(size)) {
         return memory;
+    }
     throw std::bad_alloc();
 }
 
@@ -100,8 +102,9 @@ int failures(const std::function<void()> &call)
         allowed = count;
         call();
         allowed = -1;
-        if (!ranOut)
+        if (!ranOut) {
             return count;
+        }
     }
 }
 
@@ -115,9 +118,10 @@ std::set<std::string> complaints(const std::function<const char *()> &call)
         allowed = count;
         message = call();
         allowed = -1;
-        if (!ranOut)
+        if (!ranOut) {
             return said;
-        said.insert(message ? message : "(null)");
+        }
+        said.insert(message != nullptr ? message : "(null)");
     }
 }
 
@@ -140,7 +144,7 @@ TEST(VelMemoryFirst, AnInterpreterWithoutAnInstance)
         allowed = count++;
         error = velparser::startVELParser();
         allowed = -1;
-    } while (error);
+    } while (error != nullptr);
     ASSERT_EQ(velparser::defaultInstance(), nullptr);
 
     velStringList list;
@@ -152,8 +156,9 @@ TEST(VelMemoryFirst, AnInterpreterWithoutAnInstance)
              [&] { return velparser::loadVELData(&line, 1); },
              [&] { return velparser::getAllowedParamStrings("/A", &list); },
              [&] { return velparser::getAllowedParams("/A", &list, 0); },
-         })
+         }) {
         EXPECT_STREQ(withNothing(call), "Invalid (NULL) instance handle");
+    }
     EXPECT_STREQ(withNothing([] { return velparser::setStringValue("/A", "1"); }),
                  "setStringValue: error finding Lite API handle");
     testing::internal::CaptureStderr();
@@ -174,13 +179,16 @@ TEST_F(VelMemory, QuestionsAndChanges)
 {
     std::optional<std::string> value;
     velStringList list;
-    EXPECT_GT(failures([&] { (void)velparser::getStringValue(parameter.c_str(), &value); }), 0);
-    failures([] { (void)velparser::setStringValue(parameter.c_str(), name.c_str()); });
-    failures([&] { (void)velparser::getFormattedVEL("/", 20, &list); });
-    failures([] { (void)velparser::pushPathH(object.c_str()); });
-    for (int i = 0; i < 100; ++i)
-        failures([] { (void)velparser::popPathH(); });
-    failures([] { (void)velparser::isVELLibrary(object.c_str()); });
+    EXPECT_GT(
+        failures([&] { static_cast<void>(velparser::getStringValue(parameter.c_str(), &value)); }),
+        0);
+    failures([] { static_cast<void>(velparser::setStringValue(parameter.c_str(), name.c_str())); });
+    failures([&] { static_cast<void>(velparser::getFormattedVEL("/", 20, &list)); });
+    failures([] { static_cast<void>(velparser::pushPathH(object.c_str())); });
+    for (int i = 0; i < 100; ++i) {
+        failures([] { static_cast<void>(velparser::popPathH()); });
+    }
+    failures([] { static_cast<void>(velparser::isVELLibrary(object.c_str())); });
     EXPECT_EQ(complaints([&] { return velparser::getAllowedParamStrings("/A", &list); }),
               (std::set<std::string>{"getAllowedParamStrings: cannot malloc text",
                                      "getAllowedParamStrings: cannot malloc (*text)[i]"}));
@@ -191,15 +199,17 @@ TEST_F(VelMemory, QuestionsAndChanges)
     EXPECT_EQ(list.size(), 8u);
     std::vector<velChildInfo> children;
     std::vector<velGroupInfo> groups;
-    failures([&] { (void)velparser::getChildList(object.c_str(), &children, &groups); });
+    failures(
+        [&] { static_cast<void>(velparser::getChildList(object.c_str(), &children, &groups)); });
     EXPECT_EQ(children.size(), 1u);
-    failures([] { (void)velparser::deleteParam(parameter.c_str()); });
-    failures([] { (void)velparser::deleteObj(object.c_str()); });
+    failures([] { static_cast<void>(velparser::deleteParam(parameter.c_str())); });
+    failures([] { static_cast<void>(velparser::deleteObj(object.c_str())); });
 }
 
 TEST_F(VelMemory, AMethodThatIsCalledFromPerl)
 {
-    EXPECT_GT(failures([] { (void)velparser::isParamEditable(parameter.c_str()); }), 0);
+    EXPECT_GT(failures([] { static_cast<void>(velparser::isParamEditable(parameter.c_str())); }),
+              0);
     EXPECT_EQ(velparser::isParamEditable(parameter.c_str()), 1);
 }
 
@@ -207,7 +217,7 @@ TEST_F(VelMemory, Loading)
 {
     const std::string line = "Parameter " + name + " = " + name;
     const char *lines[] = {line.c_str()};
-    EXPECT_GT(failures([&] { (void)velparser::loadVELData(lines, 1); }), 0);
+    EXPECT_GT(failures([&] { static_cast<void>(velparser::loadVELData(lines, 1)); }), 0);
     EXPECT_STREQ(velparser::loadVELData(lines, 1), nullptr);
 }
 
@@ -217,8 +227,10 @@ TEST_F(VelMemory, Validation)
     EXPECT_EQ(said.count("initValidationData: memory error"), 1u);
     EXPECT_EQ(said.count("velValidationDriver: memory error"), 1u);
     EXPECT_EQ(said.count("(null)"), 0u);
-    EXPECT_GT(failures([] { (void)velparser::validateVELObjectH(object.c_str()); }), 0);
-    EXPECT_GT(failures([] { (void)velparser::validateParameter(parameter.c_str()); }), 0);
+    EXPECT_GT(failures([] { static_cast<void>(velparser::validateVELObjectH(object.c_str())); }),
+              0);
+    EXPECT_GT(failures([] { static_cast<void>(velparser::validateParameter(parameter.c_str())); }),
+              0);
     EXPECT_STREQ(velparser::validateParameter(parameter.c_str()),
                  "a finding that is long enough for the heap");
 }
@@ -227,7 +239,8 @@ TEST_F(VelMemory, AScript)
 {
     const std::string script = parser.write("script.pl", "our $ran++;\n");
     const std::vector<std::string> words{name};
-    EXPECT_GT(failures([&] { (void)velparser::runPerlScript(script, words, nullptr); }), 0);
+    EXPECT_GT(
+        failures([&] { static_cast<void>(velparser::runPerlScript(script, words, nullptr)); }), 0);
     EXPECT_NE(perl("$main::ran"), "0");
 }
 

@@ -64,8 +64,9 @@ const FakeParser parser({{"API.pm", fakeApi}});
 std::string listed(const velStringList &list)
 {
     std::string text;
-    for (const char *item : list)
+    for (const char *item : list) {
         text += std::string(item) + '|';
+    }
     return text;
 }
 
@@ -163,8 +164,9 @@ TEST_F(VelQueryReady, MakesAndPlacesChildren)
         std::vector<velChildInfo> children;
         EXPECT_STREQ(velparser::getChildList("/FLOW", &children, nullptr), nullptr);
         std::string names;
-        for (const velChildInfo &child : children)
+        for (const velChildInfo &child : children) {
             names += child.name + ' ';
+        }
         return names;
     };
     EXPECT_STREQ(velparser::createObject("/FLOW/NEW:it"), nullptr);

@@ -182,8 +182,9 @@ TEST_F(VelRecords, ChangesAreWhatTheUpgradeGives)
     EXPECT_EQ(lineOf(changes[0]), "/A/B: other words");
     EXPECT_EQ(changes[1].oldValue, "\"1\n\"");
     std::vector<ChangeKind> kinds;
-    for (const UpgradeChange &change : changes)
+    for (const UpgradeChange &change : changes) {
         kinds.push_back(change.kind);
+    }
     EXPECT_EQ(kinds, (std::vector<ChangeKind>{
                          ChangeKind::RenamedParameter, ChangeKind::ChangedValue,
                          ChangeKind::RemovedParameter, ChangeKind::AddedParameter,

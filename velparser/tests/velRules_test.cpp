@@ -25,15 +25,16 @@ constexpr bool isInstrumented = false;
 
 std::string said(const char *message)
 {
-    return message ? message : "";
+    return message != nullptr ? message : "";
 }
 
 Lines linesOf(const std::string &text)
 {
     Lines lines;
     std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
+    for (std::string line; std::getline(stream, line);) {
         lines.push_back(line);
+    }
     return lines;
 }
 
@@ -41,15 +42,16 @@ Lines linesOf(const std::string &text)
 std::string example(const char *variable, const std::string &name)
 {
     const char *folder = std::getenv(variable);
-    return std::string(folder ? folder : ".") + "/examples/" + name;
+    return std::string(folder != nullptr ? folder : ".") + "/examples/" + name;
 }
 
 std::vector<const char *> pointers(const Lines &lines)
 {
     std::vector<const char *> result;
     result.reserve(lines.size());
-    for (const std::string &line : lines)
+    for (const std::string &line : lines) {
         result.push_back(line.c_str());
+    }
     return result;
 }
 
@@ -138,8 +140,9 @@ TEST_F(VelRules, MistakesGoAwayOneByOne)
         EXPECT_EQ(fix(), "");
         const Lines after = findings();
         EXPECT_EQ(after.size() + 1, before.size());
-        for (const std::string &finding : after)
+        for (const std::string &finding : after) {
             EXPECT_NE(std::find(before.begin(), before.end(), finding), before.end()) << finding;
+        }
         before = after;
     }
     EXPECT_EQ(before, Lines());
@@ -167,10 +170,13 @@ TEST_F(VelRules, AnOldSetUpIsUpgradedOnce)
 std::vector<std::string> examples()
 {
     std::vector<std::string> files;
-    for (const char *variable : {"VEL_SOURCE_DIR", "VEL_BUILD_DIR"})
-        for (const auto &entry : std::filesystem::directory_iterator(example(variable, "")))
-            if (entry.path().extension() == ".vel")
+    for (const char *variable : {"VEL_SOURCE_DIR", "VEL_BUILD_DIR"}) {
+        for (const auto &entry : std::filesystem::directory_iterator(example(variable, ""))) {
+            if (entry.path().extension() == ".vel") {
                 files.push_back(entry.path());
+            }
+        }
+    }
     return files;
 }
 
@@ -178,8 +184,9 @@ template <class Record>
 Lines composed(const std::vector<Record> &records)
 {
     Lines lines;
-    for (const Record &record : records)
+    for (const Record &record : records) {
         lines.push_back(lineOf(record));
+    }
     return lines;
 }
 
@@ -202,8 +209,9 @@ TEST_F(VelRules, RecordsReadAsTheTextsDo)
         EXPECT_EQ(said(velparser::validate("/", &records)), "");
         EXPECT_EQ(composed(changes), changesAsText) << file;
         EXPECT_EQ(composed(records), findingsAsText) << file;
-        for (const velparser::Finding &finding : records)
+        for (const velparser::Finding &finding : records) {
             EXPECT_FALSE(finding.path.empty() || finding.identifier.empty()) << lineOf(finding);
+        }
         changed += changes.size();
         found += records.size();
         TearDown();

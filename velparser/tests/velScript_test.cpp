@@ -27,7 +27,7 @@ std::string run(const std::string &text, const std::vector<std::string> &argumen
     const std::string script = parser.write("script file.pl", text);
     int status = -1;
     const char *error = velparser::runPerlScript(script, arguments, &status);
-    return error ? error : "status " + std::to_string(status);
+    return error != nullptr ? error : "status " + std::to_string(status);
 }
 
 std::string printed(const std::string &text, const std::vector<std::string> &arguments = {})
@@ -99,8 +99,9 @@ TEST(VelScript, ExitIsAnExceptionAgainAfterwards)
 
 TEST(VelScript, ManyExitsLeaveNothingBehind)
 {
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         ASSERT_EQ(run("my @kept = (1) x 100; for my $x (@kept) { exit 2 }"), "status 2");
+    }
     EXPECT_EQ(printed("print 'still here '"), "still here status 0");
 }
 

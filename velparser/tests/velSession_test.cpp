@@ -20,7 +20,7 @@ namespace {
 
 std::string said(const char *message)
 {
-    return message ? message : "";
+    return message != nullptr ? message : "";
 }
 
 /// The libraries of these tests, written once.
@@ -45,8 +45,9 @@ public:
     }
     ~Libraries()
     {
-        if (getpid() == owner_)
+        if (getpid() == owner_) {
             std::filesystem::remove_all(folder_);
+        }
     }
     Libraries(const Libraries &) = delete;
     Libraries &operator=(const Libraries &) = delete;
@@ -57,8 +58,9 @@ private:
     void write(const std::string &name, const std::vector<std::string> &lines) const
     {
         std::ofstream file(folder_ + '/' + name);
-        for (const std::string &line : lines)
+        for (const std::string &line : lines) {
             file << line << '\n';
+        }
     }
 
     std::string folder_;
@@ -103,8 +105,9 @@ std::vector<std::string> namesInFlow(Session &session)
     EXPECT_EQ(said(loadVELData(session, flow, 2)), "");
     EXPECT_EQ(said(getAllowedParams(session, "/FLOW", &names, 0)), "");
     std::vector<std::string> result;
-    for (const std::string_view name : names)
+    for (const std::string_view name : names) {
         result.emplace_back(name);
+    }
     return result;
 }
 
@@ -113,8 +116,9 @@ std::string textOf(Session &session)
     velStringList lines;
     EXPECT_EQ(said(getFormattedVEL(session, "/", 80, &lines)), "");
     std::string text;
-    for (const std::string_view line : lines)
+    for (const std::string_view line : lines) {
         text.append(line).append("\n");
+    }
     return text;
 }
 
@@ -160,8 +164,9 @@ std::string allOf(Session &session)
     velStringList lines;
     EXPECT_EQ(said(getObjectVELH(findLiteHandle(session), "/", &lines, true)), "");
     std::string text;
-    for (const std::string_view line : lines)
+    for (const std::string_view line : lines) {
         text.append(line).append("\n");
+    }
     return text;
 }
 
@@ -280,8 +285,9 @@ public:
             break;
         }
         log_.back() += textOf(session_);
-        for (const std::string &name : namesInFlow(session_))
+        for (const std::string &name : namesInFlow(session_)) {
             log_.back() += name + ';';
+        }
     }
 
     [[nodiscard]] const std::vector<std::string> &log() const { return log_; }
@@ -309,18 +315,21 @@ TEST(VelSession, AHistoryIsTheSameWhateverGoesOnBesideIt)
     std::minstd_rand turns(3);
     for (int left[] = {steps, steps}; left[0] + left[1] > 0;) {
         const unsigned turn = turns() % 2;
-        if (left[turn]-- > 0)
+        if (left[turn]-- > 0) {
             (turn ? tanks : pipes).step();
-        else
+        } else {
             left[turn] = 0;
+        }
     }
     for (const auto &[files, seed, together] :
          {std::tuple("pipes.vel", 7U, &pipes), std::tuple("tanks.vel", 11U, &tanks)}) {
         History alone(files, seed);
-        for (int i = 0; i < steps; ++i)
+        for (int i = 0; i < steps; ++i) {
             alone.step();
-        for (int i = 0; i < steps; ++i)
+        }
+        for (int i = 0; i < steps; ++i) {
             ASSERT_EQ(together->log()[i], alone.log()[i]) << files << ", step " << i;
+        }
     }
 }
 
@@ -439,11 +448,13 @@ TEST(VelSession, ItsPerlObjectsGoWithIt)
 
 TEST(VelSession, ManySessionsNeedNoMoreMemory)
 {
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
         liveThrough(i);
+    }
     const std::size_t before = mallinfo2().uordblks;
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         liveThrough(i);
+    }
     EXPECT_LT(mallinfo2().uordblks, before + 20'000);
 }
 

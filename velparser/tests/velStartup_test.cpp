@@ -194,20 +194,23 @@ TEST(VelStartup, LeavesTheLocaleOfTheProcessAlone)
 /// A locale with a comma in numbers, made where the system has none.
 bool chooseGermanNumbers()
 {
-    if (std::setlocale(LC_ALL, "de_DE.UTF-8"))
+    if (std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr) {
         return true;
+    }
     const std::string made = (parser.folder() / "de_DE.UTF-8").string();
     const std::string command = "localedef -i de_DE -f UTF-8 " + made + " 2>&1";
-    if (std::system(command.c_str()) != 0) // NOLINT(bugprone-command-processor, cert-env33-c)
+    if (std::system(command.c_str()) != 0) { // NOLINT(bugprone-command-processor, cert-env33-c)
         return false;
+    }
     setenv("LOCPATH", parser.folder().c_str(), 1);
     return std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
 }
 
 TEST(VelStartup, NumbersHaveAPointInAnyLocale)
 {
-    if (!chooseGermanNumbers())
+    if (!chooseGermanNumbers()) {
         GTEST_SKIP() << "no locale with a comma in numbers";
+    }
     ASSERT_STREQ(std::localeconv()->decimal_point, ",");
     EXPECT_EQ(perl("1.5 + 1"), "2.5");
     EXPECT_EQ(perl("'1.5' + 1"), "2.5");

@@ -130,8 +130,9 @@ TEST_F(VelValidate, APathThatIsNotAFullOneDoesNotExist)
     const velHandlePtr data = load({"FLOW:", "DOMAIN: a", "END", "END"});
     ASSERT_STREQ(pushPath(data.get(), "/FLOW"), nullptr);
     for (const char *path :
-         {"", " ", ".", "FLOW", "DOMAIN:a", "./DOMAIN:a", "../FLOW", "/FLOW/..", "/FLOW/../FLOW"})
+         {"", " ", ".", "FLOW", "DOMAIN:a", "./DOMAIN:a", "../FLOW", "/FLOW/..", "/FLOW/../FLOW"}) {
         EXPECT_EQ(validated(data.get(), path), "validateVELData: path does not exist\n") << path;
+    }
     EXPECT_EQ(calls(), "");
     EXPECT_EQ(validated(data.get(), " //FLOW / "), "(null)");
     EXPECT_EQ(calls(), "/FLOW /FLOW/DOMAIN:a");
@@ -187,8 +188,9 @@ TEST_F(VelValidate, AnUnknownPath)
 TEST_F(VelValidate, DeepData)
 {
     const velHandlePtr data(velCreateHandle());
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 2000; ++i) {
         ASSERT_STREQ(parseVELLineH(data.get(), "A:", 0), nullptr);
+    }
     EXPECT_EQ(validated(data.get()), "(null)");
     EXPECT_EQ(perl("scalar @VEL::Validate::calls"), "2001");
     EXPECT_EQ(isValid(data.get(), "/"), 3);
@@ -271,8 +273,9 @@ TEST_F(VelValidate, ManyFindings)
 {
     std::vector<std::string> headers;
     std::vector<const char *> lines;
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 300; ++i) {
         headers.push_back("A: a" + std::to_string(i));
+    }
     for (const std::string &header : headers) {
         lines.push_back(header.c_str());
         lines.push_back("END");
@@ -446,8 +449,9 @@ TEST(VelValidateDefault, WithoutADatabase)
 {
     EXPECT_STREQ(velparser::validateVELDataH(), "validateVELDataH: error finding Lite API handle");
     for (const char *error : {velparser::validateVELObjectH("/"), velparser::validateParameter("/"),
-                              velparser::setUnitsChecking(1), velparser::setBoundsChecking(1)})
+                              velparser::setUnitsChecking(1), velparser::setBoundsChecking(1)}) {
         EXPECT_STREQ(error, "validateVELObjectH: error finding Lite API handle");
+    }
 }
 
 TEST(VelValidateDefault, Calls)

@@ -37,13 +37,15 @@ protected:
     std::string listing() const
     {
         std::vector<std::string> lines;
-        for (const auto &entry : fs::directory_iterator(folder_))
+        for (const auto &entry : fs::directory_iterator(folder_)) {
             lines.push_back(entry.path().filename().string() + ' ' +
                             (entry.is_directory() ? "folder" : readBytes(entry.path().string())));
+        }
         std::sort(lines.begin(), lines.end());
         std::string text;
-        for (const std::string &line : lines)
+        for (const std::string &line : lines) {
             text += line + ',';
+        }
         return text;
     }
 
@@ -68,10 +70,11 @@ TEST_P(BackupTest, NeverReplacesAFolder)
 {
     const std::string file = write("a", "new");
     fs::create_directory(folder_ / "a.bak");
-    if (GetParam() == Backup::Move)
+    if (GetParam() == Backup::Move) {
         EXPECT_FALSE(makeBackup(file, backupNameOf(file), GetParam()));
-    else
+    } else {
         EXPECT_THROW(makeBackup(file, backupNameOf(file), GetParam()), Error);
+    }
     EXPECT_EQ(listing(), "a new,a.bak folder,");
 }
 

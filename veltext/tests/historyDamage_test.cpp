@@ -93,8 +93,9 @@ TEST_F(HistoryDamageTest, LostVersionsComeBackInTheirOrder)
     const std::string index = readBytes(folder_.stored("index"));
     // The lines of c, and of b for the second time.
     std::string damaged = index;
-    for (const char *time : {"1700000120", "1700000180"})
+    for (const char *time : {"1700000120", "1700000180"}) {
         damaged[damaged.find(time)] = '2';
+    }
     writeStored("index", damaged);
     EXPECT_EQ(folder_.contents(), (Texts{"d = 4\n", "c = 3\n", "b = 2\n", "a = 1\n"}));
 }
@@ -132,8 +133,9 @@ TEST_F(HistoryDamageTest, AFlippedByteOfAnObjectIsNeverAWrongContent)
             std::string damaged = object;
             damaged[place] = static_cast<char>(damaged[place] ^ bits);
             writeStored("2.gz", damaged);
-            for (const std::string &content : folder_.contents())
+            for (const std::string &content : folder_.contents()) {
                 EXPECT_TRUE(allSet_.contains(content) || content == "damaged") << place;
+            }
         }
     }
 }
@@ -173,7 +175,7 @@ TEST_F(HistoryDamageTest, ALaterFormatIsLeftAlone)
 {
     const std::string later = "veleditor-history 2 f66ac0d8\n";
     writeStored("index", later);
-    EXPECT_THROW((void)folder_.history().list(), Error);
+    EXPECT_THROW(static_cast<void>(folder_.history().list()), Error);
     EXPECT_NE(folder_.keep("d = 4\n").find("later version"), std::string::npos);
     EXPECT_EQ(readBytes(folder_.stored("index")), later);
     EXPECT_TRUE(fs::exists(folder_.stored("1.gz")));
@@ -188,8 +190,9 @@ TEST(HistoryIndexTest, IsAsItsDocumentShows)
     const std::string document =
         readBytes(std::string(std::getenv("VEL_SOURCE_DIR")) + "/docs/history.md");
     std::string indented;
-    for (const char c : "    " + shown.substr(0, shown.size() - 1))
+    for (const char c : "    " + shown.substr(0, shown.size() - 1)) {
         indented += c == '\n' ? std::string("\n    ") : std::string(1, c);
+    }
     EXPECT_NE(document.find(indented + '\n'), std::string::npos) << indented;
     EXPECT_TRUE(parseIndex(shown, "index").isWhole);
 }

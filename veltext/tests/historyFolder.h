@@ -59,8 +59,9 @@ public:
     [[nodiscard]] std::vector<std::string> contents() const
     {
         std::vector<std::string> contents;
-        for (const Version &version : history().list().versions)
+        for (const Version &version : history().list().versions) {
             contents.push_back(contentOf(version));
+        }
         return contents;
     }
 

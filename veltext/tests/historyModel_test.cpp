@@ -43,23 +43,29 @@ std::vector<ModelVersion> expired(const std::vector<ModelVersion> &versions, std
     std::vector<ModelVersion> kept;
     for (std::size_t i = 0; i < versions.size(); ++i) {
         bool hasLater = false;
-        for (std::size_t j = i + 1; j < versions.size(); ++j)
+        for (std::size_t j = i + 1; j < versions.size(); ++j) {
             hasLater = hasLater || (!isOfTheLastDay(versions[j], now) &&
                                     dayOf(versions[j].time) == dayOf(versions[i].time));
-        if (isOfTheLastDay(versions[i], now) || !hasLater)
+        }
+        if (isOfTheLastDay(versions[i], now) || !hasLater) {
             kept.push_back(versions[i]);
+        }
     }
-    if (kept.size() > 100)
+    if (kept.size() > 100) {
         kept.erase(kept.begin(), kept.end() - 100);
+    }
     for (;;) {
         std::map<std::string, std::uint64_t> stored;
         std::uint64_t sum = 0;
-        for (const ModelVersion &version : kept)
+        for (const ModelVersion &version : kept) {
             stored[version.content] = version.stored;
-        for (const auto &[content, bytes] : stored)
+        }
+        for (const auto &[content, bytes] : stored) {
             sum += bytes;
-        if (sum <= 50'000'000)
+        }
+        if (sum <= 50'000'000) {
             return kept;
+        }
         kept.erase(kept.begin());
     }
 }
@@ -84,20 +90,23 @@ TEST(HistoryModel, EveryStepIsThatOfTheModel)
         folder.now += isQuick ? random() % 20 : randomStep(random);
         const std::string content = "x = " + std::to_string(random() % (isQuick ? 1000 : 5)) + '\n';
         ASSERT_EQ(folder.keep(content), "");
-        if (!model.empty() && model.back().content == content)
+        if (!model.empty() && model.back().content == content) {
             model.pop_back();
+        }
         model.push_back({folder.now, content});
         model = expired(model, folder.now);
 
         std::vector<ModelVersion> listed;
         const VersionList list = folder.history().list();
         ASSERT_TRUE(list.faults.empty());
-        for (const Version &version : list.versions)
+        for (const Version &version : list.versions) {
             listed.insert(listed.begin(), {version.time, folder.history().read(version)});
+        }
         ASSERT_TRUE(listed == model) << "step " << step;
         std::set<std::uint64_t> objects;
-        for (const Version &version : list.versions)
+        for (const Version &version : list.versions) {
             objects.insert(version.object);
+        }
         const auto files =
             std::distance(std::filesystem::directory_iterator(folder.history().folder()), {});
         ASSERT_EQ(static_cast<std::size_t>(files), objects.size() + 2) << "step " << step;
@@ -116,16 +125,18 @@ TEST(HistoryModel, LimitsOfSizeAreThoseOfTheModel)
         std::map<std::uint64_t, std::uint64_t> stored;
         for (std::size_t i = 0; i < count; ++i) {
             const std::uint64_t object = 1 + random() % 80;
-            if (!stored.contains(object))
+            if (!stored.contains(object)) {
                 stored[object] = std::min<std::uint64_t>(random() % largest, mostHistoryBytes);
+            }
             entries.push_back({now, 0, stored[object], object, 0, {}});
             model.push_back({now, std::to_string(object), stored[object]});
             now += randomStep(random);
         }
         expireVersions(&entries, now);
         std::vector<ModelVersion> kept;
-        for (const HistoryEntry &entry : entries)
+        for (const HistoryEntry &entry : entries) {
             kept.push_back({entry.time, std::to_string(entry.object), entry.stored});
+        }
         ASSERT_TRUE(kept == expired(model, now)) << "round " << round;
     }
 }

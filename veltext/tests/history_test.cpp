@@ -39,8 +39,9 @@ mode_t modeOf(const std::string &path)
 Texts namesIn(const std::string &folder)
 {
     Texts names;
-    for (const auto &entry : fs::directory_iterator(folder))
+    for (const auto &entry : fs::directory_iterator(folder)) {
         names.push_back(entry.path().filename().string());
+    }
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -83,8 +84,9 @@ TEST_F(HistoryTest, ListsTheNewestFirst)
 TEST_F(HistoryTest, KeepsAnyBytes)
 {
     std::string all;
-    for (int c = 0; c < 256; ++c)
+    for (int c = 0; c < 256; ++c) {
         all += static_cast<char>(c);
+    }
     EXPECT_EQ(folder_.keep(all, "a b%\n\x7f"), "");
     EXPECT_EQ(folder_.keep(""), "");
     EXPECT_EQ(folder_.contents(), (Texts{"", all}));
@@ -93,8 +95,9 @@ TEST_F(HistoryTest, KeepsAnyBytes)
 
 TEST_F(HistoryTest, StoresEqualContentsOnce)
 {
-    for (const char *text : {"a", "b", "a", "b", "a"})
+    for (const char *text : {"a", "b", "a", "b", "a"}) {
         EXPECT_EQ(folder_.keep(text, text), "");
+    }
     EXPECT_EQ(folder_.contents(), (Texts{"a", "b", "a", "b", "a"}));
     EXPECT_EQ(namesIn(folder_.history().folder()), (Texts{"1.gz", "2.gz", "index", "lock"}));
 }
@@ -117,8 +120,9 @@ TEST_F(HistoryTest, IsForTheUserAlone)
     EXPECT_EQ(folder_.keep("a"), "");
     EXPECT_EQ(modeOf(folder_.state()), 0700U);
     EXPECT_EQ(modeOf(folder_.history().folder()), 0700U);
-    for (const std::string &name : namesIn(folder_.history().folder()))
+    for (const std::string &name : namesIn(folder_.history().folder())) {
         EXPECT_EQ(modeOf(folder_.stored(name)), 0600U) << name;
+    }
 }
 
 TEST_F(HistoryTest, KnowsAFileByWhereLinksLead)
@@ -128,8 +132,9 @@ TEST_F(HistoryTest, KnowsAFileByWhereLinksLead)
     fs::create_symlink(folder_.file(), link);
     fs::create_directory(folder_.path() / "sub");
     const std::string roundabout = folder_.path() / "sub" / ".." / "duct.vel";
-    for (const std::string &name : {link, roundabout})
+    for (const std::string &name : {link, roundabout}) {
         EXPECT_EQ(History(name, folder_.state(), {}).folder(), folder_.history().folder());
+    }
 }
 
 TEST_F(HistoryTest, FilesOfTheSameNameHaveTheirOwn)
@@ -268,14 +273,16 @@ TEST_F(HistoryTest, TwoWritersAtOnceLoseNothing)
         for (int i = 0; i < rounds; ++i) {
             test::HistoryFolder::write(other, name + std::to_string(i));
             fs::rename(other, file);
-            if (!folder_.history().keep(std::string(1, name)).empty())
+            if (!folder_.history().keep(std::string(1, name)).empty()) {
                 return false;
+            }
         }
         return true;
     };
     const pid_t child = ::fork();
-    if (child == 0)
+    if (child == 0) {
         ::_exit(write('a') ? 0 : 1);
+    }
     EXPECT_TRUE(write('b'));
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);

@@ -19,8 +19,9 @@ protected:
     LibraryFaultsTest()
     {
         std::string name = (std::filesystem::temp_directory_path() / "libraries-XXXXXX").string();
-        if (!mkdtemp(name.data()))
+        if (mkdtemp(name.data()) == nullptr) {
             throw std::runtime_error("no temporary folder");
+        }
         folder_ = name;
     }
     ~LibraryFaultsTest() override { std::filesystem::remove_all(folder_); }
@@ -36,7 +37,7 @@ protected:
     {
         const velHandlePtr handle(velCreateHandle());
         const char *errors = readNamedLibraries(handle.get(), names, folder_.c_str());
-        return errors ? placedLibraryErrors(errors, {}, filesOf(names)) : "";
+        return errors != nullptr ? placedLibraryErrors(errors, {}, filesOf(names)) : "";
     }
 
     [[nodiscard]] std::vector<std::string> filesOf(const char *names) const

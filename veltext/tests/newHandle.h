@@ -10,8 +10,9 @@ namespace veltext::test {
 inline velHandlePtr newHandle()
 {
     velHandlePtr handle(velCreateHandle());
-    if (!handle)
+    if (!handle) {
         throw std::bad_alloc();
+    }
     return handle;
 }
 

@@ -23,18 +23,21 @@ std::string RandomText::next()
 {
     text_.clear();
     lineEnd_ = oneIn(4) ? "\r\n" : "\n";
-    for (std::size_t i = 1 + below(4); i > 0; --i)
+    for (std::size_t i = 1 + below(4); i > 0; --i) {
         block(0);
-    if (oneIn(3))
+    }
+    if (oneIn(3)) {
         text_.resize(text_.size() - lineEnd_.size());
+    }
     return text_;
 }
 
 std::string RandomText::value()
 {
     std::string text;
-    for (std::size_t i = below(12); i > 0; --i)
+    for (std::size_t i = below(12); i > 0; --i) {
         text += (text.empty() ? "" : " ") + pick(words);
+    }
     return text;
 }
 
@@ -69,19 +72,22 @@ void RandomText::statement(const std::string &text, std::size_t depth, bool mayW
     const bool wraps = mayWrap && oneIn(3);
     for (const char c : text) {
         text_ += c;
-        if (wraps && oneIn(8))
+        if (wraps && oneIn(8)) {
             text_ += blanks(1) + '\\' + blanks(1) + lineEnd_ + blanks(6);
+        }
     }
-    if (oneIn(5))
+    if (oneIn(5)) {
         text_ += blanks(3) + comment();
+    }
     text_ += blanks(2) + lineEnd_;
 }
 
 std::string RandomText::blanks(std::size_t most)
 {
     std::string text(below(most + 1), ' ');
-    if (!text.empty() && oneIn(5))
+    if (!text.empty() && oneIn(5)) {
         text.back() = '\t';
+    }
     return text;
 }
 

@@ -84,13 +84,15 @@ std::string valueOf(const SourceText &source, LineRange lines)
     for (std::size_t i = equals + 1; i < statement.comment; ++i) {
         EXPECT_EQ(source.bytes()[statement.positions[i]], statement.text[i]);
         const char c = statement.text[i];
-        if (!velIsSpace(c))
+        if (!velIsSpace(c)) {
             value += c;
-        else if (!value.empty() && value.back() != ' ')
+        } else if (!value.empty() && value.back() != ' ') {
             value += ' ';
+        }
     }
-    if (value.ends_with(' '))
+    if (value.ends_with(' ')) {
         value.pop_back();
+    }
     return value;
 }
 
@@ -103,16 +105,18 @@ TEST(StatementTree, AgreesWithTheDatabaseOnRandomTexts)
         const SourceText source(random.next());
         const velHandlePtr handle = newHandle();
         const velArray lines = source.parsedLines();
-        if (parseVELData(handle.get(), &lines, 0))
+        if (parseVELData(handle.get(), &lines, 0) != nullptr) {
             continue;
+        }
         ++parsed;
         const StatementTree tree(source);
         TreeWalk walk(handle.get(), velFindNode(handle.get(), "/"), "/");
-        for (walk.step(); walk.node(); walk.step()) {
+        for (walk.step(); walk.node() != nullptr; walk.step()) {
             const StatementTree::Stated *stated = tree.lastOf(walk.path());
             ASSERT_NE(stated, nullptr) << walk.path() << " in\n" << source.bytes();
-            if (walk.info().kind != velParam)
+            if (walk.info().kind != velParam) {
                 continue;
+            }
             ++parameters;
             ASSERT_EQ(valueOf(source, stated->lines), walk.info().value) << walk.path() << " in\n"
                                                                          << source.bytes();

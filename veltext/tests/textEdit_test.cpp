@@ -57,8 +57,9 @@ TEST(TextEdit, AddsAValueThatEndsInABackslash)
     for (std::size_t length = 1; length < 200; ++length) {
         for (const char *filling : {"a", "a b", "a, "}) {
             std::string value;
-            while (value.size() < length)
+            while (value.size() < length) {
                 value += filling;
+            }
             value.resize(length);
             value.back() = '\\';
             const SourceText text(withParameter("A:\n  y = 1\nEND\n", "/A/x", value));
@@ -161,7 +162,7 @@ TEST(TextEdit, AddsObjectsWithTheirContents)
 TEST(TextEdit, ReportsAPathThatTheTextDoesNotState)
 {
     try {
-        (void)without("A:\nEND\n", "/A/x");
+        static_cast<void>(without("A:\nEND\n", "/A/x"));
         FAIL();
     } catch (const Error &failure) {
         EXPECT_EQ(failure.message(), "/A/x: the file does not contain this object or parameter");
@@ -181,8 +182,9 @@ public:
     RandomEdit(velHandle *handle, test::RandomText &random) : handle_(handle), random_(random)
     {
         TreeWalk walk(handle, velFindNode(handle, "/"), "/");
-        for (; walk.node(); walk.step())
+        for (; walk.node() != nullptr; walk.step()) {
             (walk.info().kind == velParam ? parameters_ : objects_).push_back(walk.path());
+        }
     }
 
     /// False if the chosen kind of change is impossible.
@@ -207,8 +209,9 @@ public:
 private:
     bool choose(const std::vector<std::string> &from)
     {
-        if (!from.empty())
+        if (!from.empty()) {
             path_ = from[random_.below(from.size())];
+        }
         return !from.empty();
     }
 
@@ -216,8 +219,9 @@ private:
     {
         choose(objects_);
         path_ = (path_ == "/" ? "" : path_) + (random_.below(2) ? "/New Name" : "/x");
-        if (havePath(handle_, path_.c_str()))
+        if (havePath(handle_, path_.c_str())) {
             return false;
+        }
         const std::string value = random_.value();
         addition_ = true;
         edit->addParameter(path_, value);
@@ -226,8 +230,9 @@ private:
 
     bool set(TextEdit *edit)
     {
-        if (!choose(parameters_))
+        if (!choose(parameters_)) {
             return false;
+        }
         const std::string value = random_.value();
         edit->setValue(path_, value);
         return setStringValue(handle_, path_.c_str(), value.c_str()) == nullptr;
@@ -236,8 +241,9 @@ private:
     bool remove(const std::vector<std::string> &from,
                 const char *(*deleteNode)(velHandle *, const char *), TextEdit *edit)
     {
-        if (!choose(from) || path_ == "/")
+        if (!choose(from) || path_ == "/") {
             return false;
+        }
         removal_ = true;
         edit->remove(path_);
         return deleteNode(handle_, path_.c_str()) == nullptr;
@@ -254,8 +260,9 @@ private:
 
 void addLines(LineRange lines, std::set<std::size_t> *all)
 {
-    for (std::size_t i = 0; i < lines.count; ++i)
+    for (std::size_t i = 0; i < lines.count; ++i) {
         all->insert(lines.first + i);
+    }
 }
 
 /// The lines that state a path: those of all statements, or of the last one.
@@ -263,13 +270,15 @@ std::set<std::size_t> linesOf(const StatementTree &tree, const std::string &path
 {
     std::set<std::size_t> lines;
     const StatementTree::Index node = tree.find(path);
-    if (node == StatementTree::none)
+    if (node == StatementTree::none) {
         return lines;
+    }
     for (auto i = tree.node(node).last; i != StatementTree::none;
          i = all ? tree.statement(i).previous : StatementTree::none) {
         LineRange range = tree.statement(i).lines;
-        if (tree.statement(i).end.count > 0)
+        if (tree.statement(i).end.count > 0) {
             range.count = tree.statement(i).end.first + tree.statement(i).end.count - range.first;
+        }
         addLines(range, &lines);
     }
     return lines;
@@ -280,8 +289,9 @@ std::string otherLines(const SourceText &source, const std::set<std::size_t> &li
 {
     std::string text;
     for (std::size_t i = 0; i < source.lineCount(); ++i) {
-        if (lines.contains(i))
+        if (lines.contains(i)) {
             continue;
+        }
         text += source.line(i);
         // A last line without a line end gets one when a line is added after it.
         const bool isLast = i + 1 == source.lineCount() && !source.bytes().ends_with('\n');
@@ -297,13 +307,15 @@ TEST(TextEdit, RandomEditsChangeNoOtherLineAndGiveTheTreeEditedInMemory)
     for (int round = 0; round < 800; ++round) {
         SourceText source(random.next());
         const velHandlePtr handle = newHandle();
-        if (!parse(handle.get(), source))
+        if (!parse(handle.get(), source)) {
             continue;
+        }
         for (std::size_t k = 1 + random.below(8); k > 0; --k) {
             TextEdit edit(source);
             RandomEdit change(handle.get(), random);
-            if (!change.make(&edit))
+            if (!change.make(&edit)) {
                 continue;
+            }
             const SourceText edited(edit.bytes());
             const auto before = change.isAddition() ? std::set<std::size_t>()
                                                     : linesOf(StatementTree(source), change.path(),
@@ -330,11 +342,13 @@ std::string sortedData(velHandle *handle)
 {
     std::set<std::string> lines;
     const TreeData data(handle);
-    for (const TreeData::Item &item : data.items())
+    for (const TreeData::Item &item : data.items()) {
         lines.insert(item.path + (item.value ? " = " + *item.value : "") + '\n');
+    }
     std::string text;
-    for (const std::string &line : lines)
+    for (const std::string &line : lines) {
         text += line;
+    }
     return text;
 }
 
@@ -347,8 +361,9 @@ TEST(EditTowards, GivesOneTextTheDataOfAnother)
         const SourceText to(random.next());
         const velHandlePtr have = newHandle();
         const velHandlePtr want = newHandle();
-        if (!parse(have.get(), from) || !parse(want.get(), to))
+        if (!parse(have.get(), from) || !parse(want.get(), to)) {
             continue;
+        }
         TextEdit edit(from);
         editTowards(TreeData(have.get()), TreeData(want.get()), {}, &edit);
         const SourceText edited(edit.bytes());

@@ -24,7 +24,7 @@ std::string walk(velHandle *handle, const char *path, const char *skipped = "")
 {
     std::string listing;
     TreeWalk walk(handle, velFindNode(handle, path), path);
-    while (walk.node()) {
+    while (walk.node() != nullptr) {
         listing += std::to_string(walk.depth()) + ' ' + walk.path() + " | " +
                    statementOf(walk.info()) + '\n';
         walk.path() == skipped ? walk.skipChildren() : walk.step();
@@ -60,15 +60,18 @@ TEST(TreeWalk, IsNotLimitedByTheStack)
 {
     constexpr std::size_t levels = 20000;
     std::string text;
-    for (std::size_t i = 0; i < levels; ++i)
+    for (std::size_t i = 0; i < levels; ++i) {
         text += "A: a\n";
-    for (std::size_t i = 0; i < levels; ++i)
+    }
+    for (std::size_t i = 0; i < levels; ++i) {
         text += "END\n";
+    }
     const velHandlePtr handle = parsed(text);
     TreeWalk walk(handle.get(), velFindNode(handle.get(), "/"), "/");
     std::size_t deepest = 0;
-    for (; walk.node(); walk.step())
+    for (; walk.node() != nullptr; walk.step()) {
         deepest = std::max(deepest, walk.depth());
+    }
     EXPECT_EQ(deepest, levels);
 }
 

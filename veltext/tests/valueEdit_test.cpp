@@ -73,8 +73,9 @@ TEST(ReplaceValue, IsFastForAStatementWithManyLines)
 {
     // A linear search for each line would take ten seconds.
     std::string text = "L = one";
-    for (int i = 0; i < 100000; ++i)
+    for (int i = 0; i < 100000; ++i) {
         text += ", \\\n  one";
+    }
     const std::clock_t start = std::clock();
     EXPECT_EQ(edit(text + '\n', "two"), "L = two\n");
     EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 2);
@@ -114,8 +115,10 @@ TEST(ReplaceValue, GuardsAFinalBackslashWithAnEmptyComment)
 
 TEST(StorageFault, IsFoundInValuesThatAFileDoesNotKeep)
 {
-    for (const char *value : {"", "a b", "a \\# b", "-5 [Pa]", "a = b : c", "\xC3\xA4\xFF", "\\ a"})
+    for (const char *value :
+         {"", "a b", "a \\# b", "-5 [Pa]", "a = b : c", "\xC3\xA4\xFF", "\\ a"}) {
         EXPECT_EQ(storageFault(value), "");
+    }
     EXPECT_EQ(storageFault("a # b"),
               "value \"a # b\" cannot be stored in a file: '#' begins a comment; write \\#");
     EXPECT_EQ(storageFault("a\\"), "value \"a\\\" cannot be stored in a file: a backslash at its "
@@ -123,8 +126,9 @@ TEST(StorageFault, IsFoundInValuesThatAFileDoesNotKeep)
     EXPECT_EQ(storageFault("a\nb"),
               "value \"a\nb\" cannot be stored in a file: control character number 10 "
               "is not allowed");
-    for (const char *value : {"#", "a\tb", " a", "a ", "a  b", "a\r"})
+    for (const char *value : {"#", "a\tb", " a", "a ", "a  b", "a\r"}) {
         EXPECT_NE(storageFault(value), "") << value;
+    }
 }
 
 /// The path of a random parameter.
@@ -132,9 +136,10 @@ std::string randomParameter(velHandle *handle, test::RandomText &random)
 {
     std::vector<std::string> paths;
     TreeWalk walk(handle, velFindNode(handle, "/"), "/");
-    for (walk.step(); walk.node(); walk.step()) {
-        if (walk.info().kind == velParam)
+    for (walk.step(); walk.node() != nullptr; walk.step()) {
+        if (walk.info().kind == velParam) {
             paths.push_back(walk.path());
+        }
     }
     return paths.empty() ? "" : paths[random.below(paths.size())];
 }
@@ -144,8 +149,9 @@ std::string wholeTree(velHandle *handle)
     velStringList lines;
     EXPECT_EQ(getObjectVELH(handle, "/", &lines, true), nullptr);
     std::string text;
-    for (const char *line : lines)
+    for (const char *line : lines) {
         text.append(line).append(1, '\n');
+    }
     return text;
 }
 
@@ -173,12 +179,14 @@ TEST(ReplaceValue, EditsRandomTextsAsTheDatabaseDoes)
     for (int round = 0; round < 600; ++round) {
         SourceText source(random.next());
         const velHandlePtr handle = newHandle();
-        if (!parse(handle.get(), source))
+        if (!parse(handle.get(), source)) {
             continue;
+        }
         for (int k = 0; k < 6; ++k) {
             const std::string path = randomParameter(handle.get(), random);
-            if (path.empty())
+            if (path.empty()) {
                 break;
+            }
             const StatementTree tree(source);
             const StatementTree::Stated *stated = tree.lastOf(path);
             ASSERT_NE(stated, nullptr);

@@ -27,8 +27,9 @@ TEST(CommandTextTest, HasTheTextAndTheData)
     EXPECT_EQ(text.value("/DOMAIN:Pipe"), std::nullopt);
     EXPECT_EQ(text.value("/DOMAIN:Pipe/Width"), std::nullopt);
     std::string paths;
-    for (TreeWalk walk = text.walk("/DOMAIN:Pipe"); walk.node(); walk.step())
+    for (TreeWalk walk = text.walk("/DOMAIN:Pipe"); walk.node() != nullptr; walk.step()) {
         paths += walk.path() + ' ';
+    }
     EXPECT_EQ(paths, "/DOMAIN:Pipe /DOMAIN:Pipe/Length /DOMAIN:Pipe/Kind ");
     EXPECT_EQ(text.walk("/NOTHING").node(), nullptr);
 }
@@ -42,7 +43,7 @@ TEST(CommandTextTest, NamesTheLineOfTheMistake)
         EXPECT_EQ(error.message(), "case.vel:3: parseVELLineH: syntax error near \"b c\"");
         EXPECT_EQ(error.line(), 3U);
     }
-    EXPECT_THROW((void)CommandText::read("/nowhere/at all"), Error);
+    EXPECT_THROW(static_cast<void>(CommandText::read("/nowhere/at all")), Error);
 }
 
 TEST(Diff, OwnsItsResult)
@@ -55,9 +56,10 @@ TEST(Diff, OwnsItsResult)
         EXPECT_TRUE(diff(before, before).empty());
     }
     std::string lines;
-    for (const Change &change : changes)
+    for (const Change &change : changes) {
         lines += std::to_string(static_cast<int>(change.kind)) + ' ' + change.path + ' ' +
                  change.oldValue.value_or("-") + ' ' + change.newValue.value_or("-") + '\n';
+    }
     EXPECT_EQ(lines, "2 /DOMAIN:Pipe/Length 2.5 [m] 3 [m]\n"
                      "1 /DOMAIN:Pipe/Kind Fluid -\n"
                      "0 /DOMAIN:Pipe/WALL:w - -\n");

@@ -21,11 +21,13 @@ public:
         std::string path;
         const auto changeTree = [&](velHandle *handle) {
             path = velFullPath(handle, words[1].c_str());
-            if (havePath(handle, path.c_str()))
+            if (havePath(handle, path.c_str())) {
                 throw editRefusal(file, path, "already exists", advice(handle, path));
-            if (const char *message = velCreateParam(handle, path.c_str(), value.c_str()))
+            }
+            if (const char *message = velCreateParam(handle, path.c_str(), value.c_str())) {
                 throw editRefusal(file, path, message,
                                   "PATH must be a new parameter in an existing object");
+            }
             requireStorable(file, path, value);
             return true;
         };

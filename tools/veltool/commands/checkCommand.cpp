@@ -41,8 +41,9 @@ public:
         ProgressLine progress;
         std::int64_t done = 0;
         const auto print = [&](const FileResult &result) {
-            if (!result.out.empty() || !result.err.empty())
+            if (!result.out.empty() || !result.err.empty()) {
                 progress.clear();
+            }
             printResult(result);
             progress.update(++done, static_cast<std::int64_t>(files.size()), "files");
         };
@@ -52,8 +53,9 @@ public:
                 return failedResult(file, failure);
             },
             print);
-        if (json_)
+        if (json_) {
             out() << array_.end();
+        }
         return std::max(status, ruleStatus);
     }
 
@@ -67,8 +69,9 @@ private:
         result.err = notes(text, file, found.changes);
         std::optional<UpgradedLines> lines; // made for the first finding
         for (const Finding &finding : found.findings) {
-            if (!lines)
+            if (!lines) {
                 lines.emplace(text, found.changes);
+            }
             if (finding.path.empty()) {
                 addFailure(file, Failure(file, 0, finding.text), &result);
                 continue;
@@ -92,13 +95,15 @@ private:
                              const std::vector<velparser::UpgradeChange> &changes)
     {
         std::string lines;
-        if (text.hasByteOrderMark())
+        if (text.hasByteOrderMark()) {
             lines += messageLine(file + ": begins with a byte order mark, which is ignored");
-        if (!changes.empty())
+        }
+        if (!changes.empty()) {
             lines += messageLine(file + ": was upgraded in memory before the check (" +
                                  std::to_string(changes.size()) +
                                  (changes.size() == 1 ? " change" : " changes") +
                                  "); veltool upgrade --dry-run lists the changes");
+        }
         return lines;
     }
 
@@ -108,10 +113,11 @@ private:
     {
         result->err += messageLine(failure.message());
         result->status = statusOf(failure);
-        if (json_)
+        if (json_) {
             add(file, failure.line(),
                 {.path = {}, .identifier = errorIdentifier, .text = failure.sentence()},
                 &result->out);
+        }
     }
 
     FileResult checkOrFail(const std::string &file)
@@ -136,16 +142,18 @@ private:
     void add(const std::string &file, std::size_t line, const Finding &finding,
              std::string *text) const
     {
-        if (json_)
+        if (json_) {
             *text += (text->empty() ? "" : ",\n") + findingJson(file, line, finding);
-        else
+        } else {
             *text += findingLine(file, line, finding);
+        }
     }
 
     void printResult(const FileResult &result)
     {
-        if (json_ && !result.out.empty())
+        if (json_ && !result.out.empty()) {
             out() << array_.next();
+        }
         out() << result.out;
         std::fwrite(result.err.data(), 1, result.err.size(), stderr);
     }

@@ -14,13 +14,15 @@ public:
         std::string path;
         const auto changeTree = [&](velHandle *handle) {
             path = velFullPath(handle, words[1].c_str());
-            if (path == "/")
+            if (path == "/") {
                 throw editRefusal(file, path, "the root cannot be deleted");
+            }
             const char *message = isObject(handle, path.c_str())
                                       ? deleteObjH(handle, path.c_str())
                                       : deleteParamH(handle, path.c_str());
-            if (message)
+            if (message != nullptr) {
                 throw editRefusal(file, path, message, "veltool tree lists the existing paths");
+            }
             return true;
         };
         return editFile(file, {changeTree, [&](veltext::TextEdit *edit) { edit->remove(path); }});

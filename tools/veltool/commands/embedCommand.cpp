@@ -13,16 +13,18 @@ std::string formattedLines(velHandle *handle)
     velStringList lines;
     require(getFormattedVEL(handle, "/", velUsualWidth, &lines));
     std::string text;
-    for (const char *line : lines)
+    for (const char *line : lines) {
         text.append(line).append(1, '\n');
+    }
     return text;
 }
 
 bool everyLineFits(const veltext::SourceText &text)
 {
     for (std::size_t i = 0; i < text.lineCount(); ++i) {
-        if (text.line(i).size() > commandLineLength)
+        if (text.line(i).size() > commandLineLength) {
             return false;
+        }
     }
     return true;
 }
@@ -50,11 +52,13 @@ std::string embeddable(const std::string &file)
     for (const veltext::SourceText &candidate : {text, veltext::SourceText(data)}) {
         const veltext::SourceText lines(stored(candidate));
         const velHandlePtr again = newHandle();
-        if (!everyLineFits(lines))
+        if (!everyLineFits(lines)) {
             continue;
+        }
         parseText(again.get(), lines, file);
-        if (formattedLines(again.get()) == data)
+        if (formattedLines(again.get()) == data) {
             return lines.bytes();
+        }
     }
     throw ContainerFailure(file + ": a def or res file cannot hold a line of more than " +
                                std::to_string(commandLineLength) + " characters; shorten the value",

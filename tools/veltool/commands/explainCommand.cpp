@@ -23,22 +23,25 @@ public:
         requireShallow(handle.get(), file);
         const std::string path = velFullPath(handle.get(), words[1].c_str());
         RuleCheck rules;
-        (void)rules.reportRuleFaults();
+        static_cast<void>(rules.reportRuleFaults());
         const std::vector<velparser::RuleField> fields = rules.explain(text, file, path);
-        if (fields.empty())
+        if (fields.empty()) {
             throw Refusal(file + ": " + path + ": no rule describes this path");
-        if (json_)
+        }
+        if (json_) {
             printJson(path, fields);
-        else
+        } else {
             printText(fields);
+        }
         return statusGood;
     }
 
 private:
     static void printText(const std::vector<velparser::RuleField> &fields)
     {
-        for (const velparser::RuleField &field : fields)
+        for (const velparser::RuleField &field : fields) {
             out() << field.name << " = " << field.text << '\n';
+        }
     }
 
     static void printJson(const std::string &path, const std::vector<velparser::RuleField> &fields)

@@ -22,10 +22,11 @@ public:
     {
         const ReadableFile file(words[0]);
         const std::string lines = readCommandData(file);
-        if (output_.empty() || output_ == "-")
+        if (output_.empty() || output_ == "-") {
             out() << lines;
-        else
+        } else {
             write(file.path(), lines);
+        }
         return statusGood;
     }
 
@@ -33,8 +34,9 @@ private:
     void write(const std::string &file, const std::string &lines) const
     {
         std::error_code error;
-        if (std::filesystem::equivalent(file, output_, error))
+        if (std::filesystem::equivalent(file, output_, error)) {
             throw Failure(output_ + ": is the input file; nothing was written; name another file");
+        }
         veltext::writeFile(output_, lines);
     }
 

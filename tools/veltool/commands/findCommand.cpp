@@ -23,8 +23,9 @@ public:
     explicit Search(const std::string &text) : text_(text)
     {
         const std::size_t equals = text.find('=');
-        if (equals == std::string::npos)
+        if (equals == std::string::npos) {
             return;
+        }
         name_.emplace(velTrim(std::string_view(text).substr(0, equals)));
         value_.emplace(velTrim(std::string_view(text).substr(equals + 1)));
     }
@@ -33,9 +34,10 @@ public:
     {
         const velNodeInfo &info = walk.info();
         // The path ends in the name.
-        if (text_.isIn(walk.path()) || (info.value && text_.isIn(info.value)))
+        if (text_.isIn(walk.path()) || ((info.value != nullptr) && text_.isIn(info.value))) {
             return true;
-        return name_ && info.value && name_->fits(info.name) && value_->fits(info.value);
+        }
+        return name_ && info.value != nullptr && name_->fits(info.name) && value_->fits(info.value);
     }
 
 private:
@@ -57,8 +59,9 @@ public:
         wanted_.emplace(words.back());
         const std::span<const std::string> files(words.data(), words.size() - 1);
         int status = forEachFile(files, [this](const std::string &file) { return search(file); });
-        if (json_)
+        if (json_) {
             out() << array_.end();
+        }
         return status == statusGood && !found_ ? statusFindings : status;
     }
 
@@ -71,11 +74,13 @@ private:
         requireShallow(handle.get(), file);
         std::optional<veltext::StatementTree> lines; // made for the first match
         veltext::TreeWalk walk(handle.get(), velFindNode(handle.get(), "/"), "/");
-        for (walk.step(); walk.node(); walk.step()) {
-            if (!wanted_->matches(walk))
+        for (walk.step(); walk.node() != nullptr; walk.step()) {
+            if (!wanted_->matches(walk)) {
                 continue;
-            if (!lines)
+            }
+            if (!lines) {
                 lines.emplace(text);
+            }
             print(file, lines->lineOf(walk.path()), walk);
         }
         return statusGood;
@@ -92,8 +97,9 @@ private:
             return;
         }
         out() << file << ':' << std::to_string(line) << ": " << walk.path();
-        if (value)
+        if (value != nullptr) {
             out() << " = " << value;
+        }
         out() << '\n';
     }
 

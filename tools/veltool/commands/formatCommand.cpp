@@ -26,8 +26,9 @@ std::int32_t parseWidth(const std::string &text)
     std::int32_t width = 0;
     const char *end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, width);
-    if (error != std::errc() || stop != end || width < 0 || (width > 0 && width < narrowest))
+    if (error != std::errc() || stop != end || width < 0 || (width > 0 && width < narrowest)) {
         throw Failure("--width must be 0 (no wrapping) or 3 or more, not \"" + text + '"');
+    }
     return width;
 }
 
@@ -48,41 +49,48 @@ public:
 
     int run(const Words &files) override
     {
-        if (!width_.empty())
+        if (!width_.empty()) {
             columns_ = parseWidth(width_);
-        if (files.size() > 1 && !inPlace_ && !check_)
+        }
+        if (files.size() > 1 && !inPlace_ && !check_) {
             throw Failure("several files need --in-place or --check");
+        }
         return forEachFile(files, [this](const std::string &file) { return format(file); });
     }
 
 private:
     int format(const std::string &file) const
     {
-        if (inPlace_)
+        if (inPlace_) {
             return formatInPlace(file);
-        if (check_)
+        }
+        if (check_) {
             return checkFormat(file);
+        }
         const velHandlePtr handle = loadFile(file);
         const std::string text = formatted(handle.get(), file);
-        if (output_.empty() || output_ == standardInput)
+        if (output_.empty() || output_ == standardInput) {
             out() << text;
-        else if (isItself(file))
+        } else if (isItself(file)) {
             return formatInPlace(file);
-        else
+        } else {
             veltext::writeFile(output_, text);
+        }
         return statusGood;
     }
 
     int formatInPlace(const std::string &file) const
     {
-        if (kindOfFile(file) == FileKind::Container)
+        if (kindOfFile(file) == FileKind::Container) {
             throw containerRefusal(file);
+        }
         requireEditable(file);
         veltext::EditedFile edited(file);
         const veltext::SourceText text = readText(file);
         const std::string result = formattedText(text, file);
-        if (result == text.bytes())
+        if (result == text.bytes()) {
             return statusGood;
+        }
         replacement_.replace(edited, result);
         reportLostComments(veltext::countComments(text), file,
                            replacement_.makesBackup() ? edited.backupName() : "");
@@ -93,8 +101,9 @@ private:
     static void reportLostComments(std::size_t count, const std::string &file,
                                    const std::string &backup)
     {
-        if (count == 0)
+        if (count == 0) {
             return;
+        }
         const bool isOne = count == 1;
         report(file + ": " + (isOne ? "1 comment is" : std::to_string(count) + " comments are") +
                " not in the formatted text" +
@@ -104,8 +113,9 @@ private:
     int checkFormat(const std::string &file) const
     {
         const veltext::SourceText text = readText(file);
-        if (formattedText(text, file) == text.bytes())
+        if (formattedText(text, file) == text.bytes()) {
             return statusGood;
+        }
         out() << file << ": not formatted\n";
         return statusFindings;
     }
@@ -120,13 +130,15 @@ private:
     std::string formatted(velHandle *handle, const std::string &file) const
     {
         requireShallow(handle, file);
-        if (!rules_)
+        if (!rules_) {
             rules_ = newHandle(Libraries::Read);
+        }
         velStringList lines;
         require(velWrapTextByRules(handle, rules_.get(), "/", columns_, &lines), file);
         std::string text;
-        for (const char *line : lines)
+        for (const char *line : lines) {
             text.append(line).append(1, '\n');
+        }
         return text;
     }
 

@@ -24,8 +24,9 @@ public:
         const bool named = files.size() > 1;
         const int status =
             forEachFile(files, [&](const std::string &file) { return print(file, named); });
-        if (json_)
+        if (json_) {
             out() << array_.end();
+        }
         return status;
     }
 
@@ -36,15 +37,17 @@ private:
         const char *path = path_.c_str();
         std::optional<std::string> value;
         require(getStringValue(handle.get(), path, &value), file);
-        if (isObject(handle.get(), path))
+        if (isObject(handle.get(), path)) {
             throw Failure(file + ": " + velFullPath(handle.get(), path) +
                           " is an object; use veltool tree to show it");
-        if (json_)
+        }
+        if (json_) {
             out() << array_.next() << '{' << jsonMember("file", file) << ','
                   << jsonMember("path", velFullPath(handle.get(), path)) << ','
                   << jsonMember("value", value.value_or("")) << '}';
-        else
+        } else {
             out() << (named ? file + ": " : "") << value.value_or("") << '\n';
+        }
         return statusGood;
     }
 

@@ -29,8 +29,9 @@ std::string timeText(std::int64_t seconds, TimeForm form)
     const std::time_t time = seconds;
     std::tm parts = {};
     const bool isLocal = form == TimeForm::Local;
-    if ((isLocal ? localtime_r(&time, &parts) : gmtime_r(&time, &parts)) == nullptr)
+    if ((isLocal ? localtime_r(&time, &parts) : gmtime_r(&time, &parts)) == nullptr) {
         return std::to_string(seconds);
+    }
     constexpr std::size_t room = 64;
     char text[room];
     const std::size_t size =
@@ -64,18 +65,21 @@ public:
     int run(const Words &words) override
     {
         const std::string &file = words[0];
-        if (file == standardInput)
+        if (file == standardInput) {
             throw Failure("standard input has no history; name a file");
-        if (restore_ != 0)
+        }
+        if (restore_ != 0) {
             return restore(file);
+        }
         const veltext::History history(file);
         const veltext::VersionList list = readList(file, history);
         if (show_ != 0) {
             out() << bytesOf(file, history, list, show_);
             return statusGood;
         }
-        if (diff_ != 0)
+        if (diff_ != 0) {
             return printDiff(file, bytesOf(file, history, list, diff_));
+        }
         printList(file, history, list.versions);
         return list.faults.empty() ? statusGood : statusFindings;
     }
@@ -84,10 +88,12 @@ private:
     static veltext::VersionList readList(const std::string &file, const veltext::History &history)
     {
         veltext::VersionList list = history.list();
-        for (const std::string &fault : list.faults)
+        for (const std::string &fault : list.faults) {
             report(fault);
-        if (list.versions.empty() && !exists(file))
+        }
+        if (list.versions.empty() && !exists(file)) {
             throw systemError(file, ENOENT);
+        }
         return list;
     }
 
@@ -95,10 +101,11 @@ private:
                                const veltext::VersionList &list, std::int32_t number)
     {
         const std::size_t count = list.versions.size();
-        if (static_cast<std::size_t>(number) > count)
+        if (static_cast<std::size_t>(number) > count) {
             throw Refusal(
                 file + ": the history has no version " + std::to_string(number) +
                 (count == 0 ? "; it is empty" : "; the oldest is " + std::to_string(count)));
+        }
         return history.read(list.versions[static_cast<std::size_t>(number) - 1]);
     }
 
@@ -118,13 +125,15 @@ private:
     {
         const veltext::History history(file);
         std::optional<veltext::EditedFile> edited;
-        if (exists(file))
+        if (exists(file)) {
             edited.emplace(file);
+        }
         const std::string bytes = bytesOf(file, history, readList(file, history), restore_);
-        if (!edited)
+        if (!edited) {
             veltext::writeFile(file, bytes);
-        else if (readInput(file) != bytes)
+        } else if (readInput(file) != bytes) {
             replacement_.replace(*edited, bytes);
+        }
         return statusGood;
     }
 
@@ -132,19 +141,22 @@ private:
                    const std::vector<veltext::Version> &versions) const
     {
         std::string current;
-        if (exists(file))
+        if (exists(file)) {
             current = readInput(file);
+        }
         const std::vector<std::optional<std::size_t>> changes =
             countChanges(history, versions, exists(file) ? &current : nullptr);
         JsonArray array;
         for (std::size_t i = 0; i < versions.size(); ++i) {
-            if (json_)
+            if (json_) {
                 out() << array.next() << versionJson(i + 1, versions[i], changes[i]);
-            else
+            } else {
                 out() << versionLine(i + 1, versions[i], changes[i]);
+            }
         }
-        if (json_)
+        if (json_) {
             out() << array.end();
+        }
     }
 
     static std::string versionLine(std::size_t number, const veltext::Version &version,

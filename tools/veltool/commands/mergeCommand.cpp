@@ -42,12 +42,14 @@ public:
     {
         requireOneStandardInput(words);
         name_ = name_.empty() ? words[1] : name_;
-        if (!output_.empty() && kindOfFile(output_) == FileKind::Container)
+        if (!output_.empty() && kindOfFile(output_) == FileKind::Container) {
             throw containerRefusal(output_);
+        }
         // OUT may be one of the three files: it must not change before it is replaced.
         std::optional<veltext::FileLock> lock;
-        if (isRegularFile(output_))
+        if (isRegularFile(output_)) {
             lock.emplace(output_);
+        }
         veltext::SourceText sources[] = {readText(words[0]), readText(words[1]),
                                          readText(words[2])};
         std::vector<veltext::CommandText> texts;
@@ -68,27 +70,30 @@ private:
                    ": cannot be merged statement by statement; the whole file is one conflict");
             return statusFindings;
         }
-        for (const veltext::MergeConflict &conflict : merge.conflicts)
+        for (const veltext::MergeConflict &conflict : merge.conflicts) {
             report(name_ + ": " + conflict.path + ": " + conflict.reason);
+        }
         reportLostComments(merge.lostComments);
         return merge.conflicts.empty() ? statusGood : statusFindings;
     }
 
     void reportLostComments(std::size_t count) const
     {
-        if (count == 1)
+        if (count == 1) {
             report(name_ + ": 1 comment of THEIRS is not in the result");
-        else if (count > 1)
+        } else if (count > 1) {
             report(name_ + ": " + std::to_string(count) +
                    " comments of THEIRS are not in the result");
+        }
     }
 
     void write(const std::string &bytes) const
     {
-        if (output_.empty())
+        if (output_.empty()) {
             out() << bytes;
-        else
+        } else {
             replacement_.write(output_, bytes);
+        }
     }
 
     Replacement replacement_;

@@ -19,8 +19,9 @@ public:
         int status = statusGood;
         const Words arguments(words.begin() + 1, words.end());
         const Places places = findPlaces();
-        if (places.packages)
+        if (places.packages) {
             require(velparser::startVELParser(*places.packages));
+        }
         require(velparser::runPerlScript(words[0], arguments, variablesOf(places), &status));
         return status;
     }

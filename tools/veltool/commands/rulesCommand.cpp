@@ -18,7 +18,7 @@ namespace {
 Words namedLibraries()
 {
     // Throws if the environment is wrong, with the same message as other commands.
-    (void)newHandle(Libraries::Read);
+    static_cast<void>(newHandle(Libraries::Read));
     return libraryFiles(findPlaces());
 }
 
@@ -37,14 +37,16 @@ public:
         JsonArray array;
         for (const Finding &fault : findRuleFaults(libraries_)) {
             const auto [file, line] = places_.placeOf(fault.path);
-            if (json_)
+            if (json_) {
                 out() << array.next() << findingJson(file, line, fault);
-            else
+            } else {
                 out() << findingLine(file, line, fault);
+            }
             status = std::max(status, statusFindings);
         }
-        if (json_)
+        if (json_) {
             out() << array.end();
+        }
         return status;
     }
 

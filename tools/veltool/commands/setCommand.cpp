@@ -8,8 +8,9 @@ namespace {
 /// What the user can do about a path that cannot be set.
 std::string advice(velHandle *handle, const std::string &path)
 {
-    if (havePath(handle, path.c_str()))
+    if (havePath(handle, path.c_str())) {
         return "PATH must be a parameter";
+    }
     return "use veltool add for a new parameter; veltool tree lists the existing paths";
 }
 
@@ -24,10 +25,12 @@ public:
         const auto changeTree = [&](velHandle *handle) {
             path = velFullPath(handle, words[1].c_str());
             const char *former = velFindValue(handle, path.c_str());
-            if (former && value == former)
+            if (former != nullptr && value == former) {
                 return false;
-            if (const char *message = setStringValue(handle, path.c_str(), value.c_str()))
+            }
+            if (const char *message = setStringValue(handle, path.c_str(), value.c_str())) {
                 throw editRefusal(file, path, message, advice(handle, path));
+            }
             requireStorable(file, path, value);
             return true;
         };

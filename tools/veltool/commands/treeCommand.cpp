@@ -26,14 +26,16 @@ public:
         const std::string path =
             velFullPath(handle.get(), words.size() > 1 ? words[1].c_str() : "/");
         const velNode *start = velFindNode(handle.get(), path.c_str());
-        if (!start)
+        if (start == nullptr) {
             throw Failure(words[0] + ": " + path +
                           ": there is no such object or parameter; veltool find searches for it");
+        }
         veltext::TreeWalk walk(handle.get(), start, path);
-        if (json_)
+        if (json_) {
             printJson(walk);
-        else
+        } else {
             printText(walk);
+        }
         return statusGood;
     }
 
@@ -49,9 +51,10 @@ private:
     {
         // The root has no line; its children have no indent.
         const std::size_t root = walk.path() == "/" ? 1 : 0;
-        if (root)
+        if (root) {
             walk.step();
-        while (walk.node()) {
+        }
+        while (walk.node() != nullptr) {
             if (isHidden(walk)) {
                 walk.skipChildren();
                 continue;
@@ -66,7 +69,7 @@ private:
     {
         std::size_t open = 0; ///< elements whose list of children has begun
         bool first = true;    ///< in the innermost list
-        while (walk.node()) {
+        while (walk.node() != nullptr) {
             if (isHidden(walk)) {
                 walk.skipChildren();
                 continue;
@@ -75,15 +78,17 @@ private:
                 out() << "]}";
                 first = false;
             }
-            if (!first)
+            if (!first) {
                 out() << ",\n";
+            }
             printElement(walk);
             ++open;
             first = true;
             walk.step();
         }
-        for (; open > 0; --open)
+        for (; open > 0; --open) {
             out() << "]}";
+        }
         out() << '\n';
     }
 

@@ -39,8 +39,9 @@ public:
         const int ruleStatus = rules_->reportRuleFaults();
         const int status =
             forEachFile(files, [this](const std::string &file) { return upgrade(file); });
-        if (json_)
+        if (json_) {
             out() << array_.end();
+        }
         return std::max(status, ruleStatus);
     }
 
@@ -58,18 +59,22 @@ private:
         requireShallow(handle.get(), file);
         const Upgrade upgrade = rules_->upgrade(text, file);
 
-        if (upgrade.changes.empty())
+        if (upgrade.changes.empty()) {
             return statusGood;
+        }
 
         veltext::TextEdit names(text);
         std::vector<std::string> listed;
-        for (const velparser::UpgradeChange &change : upgrade.changes)
+        for (const velparser::UpgradeChange &change : upgrade.changes) {
             listed.push_back(takeName(file, change, &names));
-        if (!dryRun_)
+        }
+        if (!dryRun_) {
             replacement_.replace(*edited,
                                  editedBytes(veltext::SourceText(names.bytes()), upgrade, file));
-        for (const std::string &line : listed)
+        }
+        for (const std::string &line : listed) {
             out() << (json_ ? array_.next() : "") << line;
+        }
         return dryRun_ ? statusFindings : statusGood;
     }
 
@@ -80,8 +85,9 @@ private:
     {
         const std::size_t line = names->tree().lineOf(change.path);
         const std::string name = newNameIn(change);
-        if (!name.empty() && names->tree().find(change.path) != veltext::StatementTree::none)
+        if (!name.empty() && names->tree().find(change.path) != veltext::StatementTree::none) {
             names->rename(change.path, name);
+        }
         return json_ ? changeJson(file, line, change) : changeLine(file, line, change);
     }
 
@@ -99,9 +105,10 @@ private:
         std::string bytes = edit.bytes();
         const velHandlePtr reread = newHandle();
         parseText(reread.get(), veltext::SourceText(bytes), file);
-        if (!veltext::haveSameData(veltext::TreeData(reread.get()), wanted))
+        if (!veltext::haveSameData(veltext::TreeData(reread.get()), wanted)) {
             throw Failure(file + ": reading the edited text again would give other data; "
                                  "nothing was written");
+        }
         return bytes;
     }
 

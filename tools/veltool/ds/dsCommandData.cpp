@@ -26,8 +26,9 @@ located_datasets findAt(Container &container, std::int32_t when)
     located_datasets found;
     const int code =
         find_datasets(*file.report, file.index, commandWhat, commandWhere, when, found);
-    if (code != IO_NOT_FOUND)
+    if (code != IO_NOT_FOUND) {
         container.check(code);
+    }
     return found;
 }
 
@@ -58,8 +59,9 @@ std::string readLines(Container &container, std::int64_t position)
     reading_plan plan;
     container.check(plan_reading(file, start, "STRI", plan));
     element_storage storage;
-    if (!storage.allocate(plan.counts(), IO_STRING_SLOT))
+    if (!storage.allocate(plan.counts(), IO_STRING_SLOT)) {
         container.check(file.report->no_memory("extract", storage.bytes()));
+    }
     container.check(read_planned(file, start, plan, storage.data()));
     return joinLines(storage.data(), plan.stored.count);
 }
@@ -80,8 +82,9 @@ void deleteFormer(Container &container, std::int32_t when)
         found.begin(), found.end(),
         [](const located_dataset &a, const located_dataset &b) { return a.position < b.position; });
     found.erase(newest);
-    if (!found.empty())
+    if (!found.empty()) {
         container.check(delete_located(container.primary(), found));
+    }
 }
 
 } // namespace
@@ -90,8 +93,9 @@ std::optional<std::int32_t> findCommandData(Container &container)
 {
     bool many = false;
     const located_datasets found = findAll(container, many);
-    if (found.empty())
+    if (found.empty()) {
         return std::nullopt;
+    }
     return found.front().when;
 }
 
@@ -101,14 +105,16 @@ std::string readCommandData(const ReadableFile &file, io_error_routine routine)
     container.open(file);
     bool many = false;
     const located_datasets found = findAll(container, many);
-    if (found.empty() && many)
+    if (found.empty() && many) {
         throw ContainerFailure::sentence(
             file.name() + ": Can not locate the Command File data from the input file. Code: " +
                 std::to_string(IO_NOT_FOUND) + " (of more than " + std::to_string(candidates) +
                 " datasets with Command File data none has WHEN 0)",
             IO_NOT_FOUND);
-    if (found.empty())
+    }
+    if (found.empty()) {
         throw ContainerFailure(file.name() + ": does not contain Command File data", IO_NOT_FOUND);
+    }
     std::string lines = readLines(container, found.front().position);
     container.close();
     return lines;
@@ -120,8 +126,9 @@ void writeCommandData(const std::string &file, std::string_view lines)
     type.entries = {{IO_STRI, 1, static_cast<std::int32_t>(commandLineLength)}};
     const std::int32_t count = countElements(type, lines);
     element_storage storage;
-    if (!storage.allocate(total_counts(type, count), type.string_slot()))
+    if (!storage.allocate(total_counts(type, count), type.string_slot())) {
         throw ContainerFailure(file, IO_NO_MEMORY);
+    }
     parseValues(type, lines, storage.data());
 
     const veltext::HeldSignals held;

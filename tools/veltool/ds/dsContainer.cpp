@@ -18,8 +18,9 @@ std::int32_t parseWhen(const std::string &word)
     std::int32_t when = 0;
     const char *end = word.data() + word.size();
     const auto [stop, error] = std::from_chars(word.data(), end, when);
-    if (error != std::errc() || stop != end)
+    if (error != std::errc() || stop != end) {
         throw Failure("WHEN must be a whole number of 32 bits, not \"" + word + "\"");
+    }
     return when;
 }
 
@@ -39,8 +40,9 @@ ContainerFailure::ContainerFailure(const std::string &what, int code)
 TemporaryCopy::TemporaryCopy(std::string_view bytes)
     : folder_((std::filesystem::temp_directory_path() / "veltool-XXXXXX").string())
 {
-    if (!mkdtemp(folder_.data()))
+    if (mkdtemp(folder_.data()) == nullptr) {
         throw systemError(folder_, errno);
+    }
     try {
         veltext::writeFile(path(), bytes);
     } catch (...) {
@@ -70,8 +72,9 @@ ReadableFile::ReadableFile(const std::string &file) : name_(file), path_(file)
 
 void requireFile(const std::string &file)
 {
-    if (file == standardInput)
+    if (file == standardInput) {
         throw Failure("cannot change standard input; name a file (./- for a file called -)");
+    }
 }
 
 int reportMessage(const char *text, std::int32_t length)
@@ -108,8 +111,9 @@ void Container::open(io_request number, const std::string &file)
 {
     name_ = file;
     std::error_code error;
-    if (number == IO_OPEN_PRIMARY && !std::filesystem::exists(file, error) && !error)
+    if (number == IO_OPEN_PRIMARY && !std::filesystem::exists(file, error) && !error) {
         throw ContainerFailure::sentence(file + ": the file does not exist", IO_CANNOT_SEEK);
+    }
     IO_data data;
     data.filename = file.c_str();
     request(number, {}, data);
@@ -138,16 +142,18 @@ located_datasets Container::locate(const DatasetName &name)
     located_datasets found;
     const int code = find_datasets(*file.report, file.index, name.what.c_str(), name.where.c_str(),
                                    name.when, found);
-    if (code == IO_NOT_FOUND)
+    if (code == IO_NOT_FOUND) {
         throw ContainerFailure::sentence(name_ + ": no dataset matches " + describe(name), code);
+    }
     check(code);
     return found;
 }
 
 void Container::check(int code) const
 {
-    if (code != IO_OK)
+    if (code != IO_OK) {
         throw ContainerFailure(name_, code);
+    }
 }
 
 } // namespace veltool

@@ -11,17 +11,19 @@ class CopyTask : public Task
 public:
     int run(const Words &words) override
     {
-        if (words.size() != 2 && words.size() != 5)
+        if (words.size() != 2 && words.size() != 5) {
             throw Failure("wrong number of arguments; usage: veltool ds copy FROM TO [WHAT WHERE "
                           "WHEN]");
+        }
         const bool all = words.size() == 2;
         DatasetName name(all ? "*" : words[2], all ? "*" : words[3], all ? "-1" : words[4]);
         requireFile(words[1]);
         const ReadableFile from(words[0]);
         Container container;
         container.open(from);
-        if (!all)
+        if (!all) {
             static_cast<void>(container.locate(name));
+        }
         container.open(IO_OPEN_SECONDARY, words[1]);
         std::int64_t byName[] = {0, 0};
         IO_data data;

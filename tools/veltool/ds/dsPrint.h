@@ -21,13 +21,15 @@ template <typename Entry, typename Line, typename Object>
 void printEach(const std::vector<Entry> &entries, bool json, Line line, Object object)
 {
     if (!json) {
-        for (const Entry &entry : entries)
+        for (const Entry &entry : entries) {
             out() << line(entry) << '\n';
+        }
         return;
     }
     JsonArray array;
-    for (const Entry &entry : entries)
+    for (const Entry &entry : entries) {
         out() << array.next() << object(entry);
+    }
     out() << array.end();
 }
 

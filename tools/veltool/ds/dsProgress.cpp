@@ -45,8 +45,9 @@ std::unique_ptr<io_file> ProgressEnv::open(const char *name, io_open how)
 {
     std::unique_ptr<io_file> file = base_.open(name, how);
     const std::int64_t size = file ? file->size() : 0;
-    if (size < smallestSize)
+    if (size < smallestSize) {
         return file;
+    }
     return std::make_unique<ProgressFile>(std::move(file), size, line_);
 }
 

@@ -36,8 +36,9 @@ private:
         reading_plan plan;
         container.check(plan_reading(file, start, as_, plan));
         element_storage storage;
-        if (!storage.allocate(plan.counts(), plan.wanted.string_slot()))
+        if (!storage.allocate(plan.counts(), plan.wanted.string_slot())) {
             container.check(file.report->no_memory("ds read", storage.bytes()));
+        }
         container.check(read_planned(file, start, plan, storage.data()));
         printValues(plan.wanted, plan.stored.count, storage.data());
     }

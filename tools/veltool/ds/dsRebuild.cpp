@@ -24,12 +24,14 @@ public:
     {
         requireFile(words[0]);
         rebuild_result result;
-        if (const int code = rebuild(words[0], result))
+        if (const int code = rebuild(words[0], result)) {
             throw ContainerFailure(words[0], code);
-        if (json_)
+        }
+        if (json_) {
             printJson(result);
-        else
+        } else {
             printLines(result);
+        }
         return statusGood;
     }
 
@@ -43,24 +45,29 @@ private:
     static void printLines(const rebuild_result &result)
     {
         out() << "datasets\t" << std::to_string(result.datasets) << '\n';
-        for (const located_dataset &lost : result.lost)
+        for (const located_dataset &lost : result.lost) {
             out() << "lost\t" << lineOf(lost) << '\n';
-        for (const std::string &message : result.messages)
+        }
+        for (const std::string &message : result.messages) {
             out() << "remark\t" << message << '\n';
-        if (result.dropped_bytes > 0)
+        }
+        if (result.dropped_bytes > 0) {
             out() << "dropped\t" << std::to_string(result.dropped_bytes) << '\n';
+        }
     }
 
     static void printJson(const rebuild_result &result)
     {
         out() << "{\"datasets\":" << std::to_string(result.datasets) << ",\"lost\":[";
         std::string_view before;
-        for (const located_dataset &lost : result.lost)
+        for (const located_dataset &lost : result.lost) {
             out() << std::exchange(before, ",") << jsonOf(lost);
+        }
         out() << "],\"remarks\":[";
         before = {};
-        for (const std::string &message : result.messages)
+        for (const std::string &message : result.messages) {
             out() << std::exchange(before, ",") << jsonString(message);
+        }
         out() << "],\"dropped\":" << std::to_string(result.dropped_bytes) << "}\n";
     }
 

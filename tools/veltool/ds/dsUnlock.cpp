@@ -32,18 +32,21 @@ LockIdentity identify(const std::string &lock)
 {
     LockIdentity identity;
     identity.state = read_lock_file(io_real_env(), lock.c_str());
-    if (lstat(lock.c_str(), &identity.status) == 0)
+    if (lstat(lock.c_str(), &identity.status) == 0) {
         identity.state.exists = true;
+    }
     return identity;
 }
 
 std::string describe(const lock_state &state)
 {
-    if (!state.level)
+    if (!state.level) {
         return "locked; the lock file has no level";
+    }
     const std::string level = std::to_string(*state.level);
-    if (*state.level < 0)
+    if (*state.level < 0) {
         return "locked for writing (level " + level + ")";
+    }
     return "locked for reading (level " + level + ")";
 }
 
@@ -74,10 +77,12 @@ public:
         }
         out() << file_ << ": " << describe(before.state) << '\n';
         report(findHolders(file_), before.status.st_uid);
-        if (!force_ && !identify(lock).same(before))
+        if (!force_ && !identify(lock).same(before)) {
             refuse("another process has just locked it");
-        if (unlink(lock.c_str()) != 0 && errno != ENOENT)
+        }
+        if (unlink(lock.c_str()) != 0 && errno != ENOENT) {
             throw ContainerFailure::sentence(systemError(lock, errno).message(), IO_LOCKED);
+        }
         out() << file_ << ": lock removed\n";
         return statusGood;
     }
@@ -86,32 +91,38 @@ private:
     void requireContainer() const
     {
         struct stat ignored = {};
-        if (stat(file_.c_str(), &ignored) != 0)
+        if (stat(file_.c_str(), &ignored) != 0) {
             throw ContainerFailure::sentence(file_ + ": the file does not exist", IO_ABSENT);
+        }
     }
 
     /// Prints which processes hold the file. Without --force, throws if one does or
     /// may do so.
     void report(const FileHolders &found, unsigned owner) const
     {
-        for (const FileHolder &holder : found.holders)
+        for (const FileHolder &holder : found.holders) {
             out() << file_ << ": open in " << describe(holder) << '\n';
+        }
         const bool hidden = std::find(found.hiddenUsers.begin(), found.hiddenUsers.end(), owner) !=
                             found.hiddenUsers.end();
-        if (!found.known)
+        if (!found.known) {
             out() << file_ << ": this system does not show which processes have it open\n";
-        else if (hidden)
+        } else if (hidden) {
             out() << file_ << ": the processes of the user who made the lock cannot be seen\n";
-        else if (found.holders.empty() && found.hiddenUsers.empty())
+        } else if (found.holders.empty() && found.hiddenUsers.empty()) {
             out() << file_ << ": no process on this machine has it open\n";
-        else if (found.holders.empty())
+        } else if (found.holders.empty()) {
             out() << file_ << ": no process that this user can see has it open\n";
-        if (force_)
+        }
+        if (force_) {
             return;
-        if (!found.holders.empty())
+        }
+        if (!found.holders.empty()) {
             refuse(describe(found.holders.front()) + " holds the file");
-        if (!found.known || hidden)
+        }
+        if (!found.known || hidden) {
             refuse("a process may hold the file");
+        }
     }
 
     [[noreturn]] void refuse(const std::string &why) const

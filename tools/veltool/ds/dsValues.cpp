@@ -100,8 +100,9 @@ void appendEntry(std::string &line, const type_entry &entry, const IO_data &data
     const std::size_t end = first + static_cast<std::size_t>(entry.values());
     const bool sideBySide = notationOf(entry.type) == Notation::Characters;
     for (std::size_t at = first; at < end; ++at) {
-        if (at > first && !sideBySide)
+        if (at > first && !sideBySide) {
             line += '\t';
+        }
         appendValue(line, entry.type, data, at, slot);
     }
 }
@@ -120,11 +121,13 @@ template <typename Real>
 bool parseReal(std::string_view field, Real &value)
 {
     const std::size_t begin = field.find_first_not_of(' ');
-    if (begin == std::string_view::npos)
+    if (begin == std::string_view::npos) {
         return false;
+    }
     field = withoutTrailingBlanks(field.substr(begin));
-    if (field.size() > 1 && field[0] == '+' && field[1] != '-')
+    if (field.size() > 1 && field[0] == '+' && field[1] != '-') {
         field.remove_prefix(1);
+    }
     const char *end = field.data() + field.size();
     const auto [stop, error] = std::from_chars(field.data(), end, value);
     return error == std::errc() && stop == end;
@@ -141,10 +144,12 @@ public:
         ++number_;
         rest_ = line;
         atStart_ = true;
-        for (const type_entry &entry : type_.entries)
+        for (const type_entry &entry : type_.entries) {
             parseEntry(entry);
-        if (!rest_.empty())
+        }
+        if (!rest_.empty()) {
             fail("too many values", IO_READ_ERROR);
+        }
     }
 
 private:
@@ -162,12 +167,14 @@ private:
             takeCharacters(values, first);
             break;
         case Notation::Text:
-            for (std::size_t at = first; at < first + values; ++at)
+            for (std::size_t at = first; at < first + values; ++at) {
                 storeString(takeField(), entry.length, at);
+            }
             break;
         case Notation::Number:
-            for (std::size_t at = first; at < first + values; ++at)
+            for (std::size_t at = first; at < first + values; ++at) {
                 takeNumber(entry.type, at);
+            }
             break;
         }
     }
@@ -175,8 +182,9 @@ private:
     void takeCharacters(std::size_t values, std::size_t first)
     {
         takeSeparator();
-        if (rest_.size() < values)
+        if (rest_.size() < values) {
             fail("too few characters", IO_BAD_STRING);
+        }
         rest_.copy(data_.chars + first, values);
         rest_.remove_prefix(values);
     }
@@ -184,19 +192,22 @@ private:
     void takeNumber(element_type type, std::size_t at)
     {
         const std::string_view field = takeField();
-        if (!storeNumber(field, type, at))
+        if (!storeNumber(field, type, at)) {
             fail("not of type " + std::string(element_type_name(type)) + ": \"" +
                      std::string(field) + '"',
                  IO_READ_ERROR);
+        }
     }
 
     /// Takes the tab before each value but the first.
     void takeSeparator()
     {
-        if (!atStart_ && (rest_.empty() || rest_[0] != '\t'))
+        if (!atStart_ && (rest_.empty() || rest_[0] != '\t')) {
             fail(rest_.empty() ? "too few values" : "missing tab after a value", IO_BAD_STRING);
-        if (!atStart_)
+        }
+        if (!atStart_) {
             rest_.remove_prefix(1);
+        }
         atStart_ = false;
     }
 
@@ -213,8 +224,9 @@ private:
     void storeString(std::string_view field, std::int32_t length, std::size_t at)
     {
         field = withoutTrailingBlanks(field);
-        if (field.size() > static_cast<std::size_t>(length))
+        if (field.size() > static_cast<std::size_t>(length)) {
             fail("a string is longer than " + std::to_string(length) + " characters", IO_NO_ROOM);
+        }
         char *slot = data_.strings + at * type_.string_slot();
         field.copy(slot, field.size());
         slot[field.size()] = '\0';
@@ -260,8 +272,9 @@ void printValues(const data_type &type, std::int32_t count, const IO_data &data)
     for (std::int32_t i = 0; i < count; ++i) {
         line.clear();
         for (const type_entry &entry : type.entries) {
-            if (&entry != type.entries.data())
+            if (&entry != type.entries.data()) {
                 line += '\t';
+            }
             appendEntry(line, entry, data, cursor, slot);
         }
         out() << line << '\n';
@@ -275,8 +288,9 @@ std::int32_t countElements(const data_type &type, std::string_view text)
         count = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
         count += !text.empty() && !text.ends_with('\n') ? 1 : 0;
     }
-    if (count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
+    if (count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
         throw ContainerFailure("too many elements", IO_NO_ROOM);
+    }
     return static_cast<std::int32_t>(count);
 }
 

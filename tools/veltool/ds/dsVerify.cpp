@@ -23,8 +23,9 @@ public:
     {
         const ReadableFile file(words[0]);
         std::vector<container_fault> faults;
-        if (const int code = verify(file.path(), faults))
+        if (const int code = verify(file.path(), faults)) {
             throw ContainerFailure(words[0], code);
+        }
         print(faults);
         return faults.empty() ? statusGood : faults.front().code;
     }
@@ -42,14 +43,16 @@ private:
         for (const container_fault &fault : faults) {
             const std::string position = std::to_string(fault.position);
             const std::string code = std::to_string(fault.code);
-            if (json_)
+            if (json_) {
                 out() << array.next() << "{\"position\":" << position << ",\"code\":" << code << ','
                       << jsonMember("text", fault.text) << '}';
-            else
+            } else {
                 out() << position << '\t' << code << '\t' << fault.text << '\n';
+            }
         }
-        if (json_)
+        if (json_) {
             out() << array.end();
+        }
     }
 
     bool json_ = false;

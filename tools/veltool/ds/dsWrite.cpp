@@ -20,8 +20,9 @@ std::vector<char> attributeSlots(const std::vector<std::string> &texts)
     for (std::size_t i = 0; i < texts.size(); ++i) {
         const std::string_view text = zottrimEnd(texts[i]);
         text.copy(slots.data() + i * slot, slot);
-        if (text.size() >= slot)
+        if (text.size() >= slot) {
             slots[(i + 1) * slot - 1] = text.back();
+        }
     }
     return slots;
 }
@@ -39,8 +40,9 @@ public:
 
     int run(const Words &words) override
     {
-        if (format_.size() > 2)
+        if (format_.size() > 2) {
             throw Failure("--format must be one or two characters");
+        }
         requireFile(words[0]);
         DatasetName name(words[1], words[2], words[3]);
         name.type = words[4];
@@ -71,12 +73,14 @@ private:
         io_reporter reporter(io_real_env());
         reporter.set_routine(reportMessage);
         data_type type;
-        if (const int code = parseStructure(reporter, typeText, type))
+        if (const int code = parseStructure(reporter, typeText, type)) {
             throw ContainerFailure(typeText, code);
+        }
         const std::string text = readInput(standardInput);
         const std::int32_t count = countElements(type, text);
-        if (!storage.allocate(total_counts(type, count), type.string_slot()))
+        if (!storage.allocate(total_counts(type, count), type.string_slot())) {
             throw ContainerFailure({}, IO_NO_MEMORY);
+        }
         parseValues(type, text, storage.data());
         return count;
     }

@@ -20,13 +20,15 @@ Look lookInto(const fs::path &process, const struct stat &file)
 {
     std::error_code error;
     fs::directory_iterator entries(process / "fd", error);
-    if (error)
+    if (error) {
         return error == std::errc::permission_denied ? Look::Hidden : Look::Absent;
+    }
     for (; entries != fs::directory_iterator(); entries.increment(error)) {
         struct stat open = {};
         if (stat(entries->path().c_str(), &open) == 0 && open.st_dev == file.st_dev &&
-            open.st_ino == file.st_ino)
+            open.st_ino == file.st_ino) {
             return Look::Open;
+        }
     }
     return Look::Absent;
 }
@@ -64,20 +66,23 @@ FileHolders findHolders(const std::string &file)
     // Process 1 always exists: if it is not shown, other processes are hidden, too.
     found.known = !error && fs::exists("/proc/self/fd", error) && fs::exists("/proc/1", error);
     struct stat status = {};
-    if (!found.known || stat(file.c_str(), &status) != 0)
+    if (!found.known || stat(file.c_str(), &status) != 0) {
         return found;
+    }
     const std::string self = std::to_string(getpid());
     for (; processes != fs::directory_iterator(); processes.increment(error)) {
         const fs::path process = processes->path();
         const std::string number = process.filename();
-        if (!isNumber(number) || number == self)
+        if (!isNumber(number) || number == self) {
             continue;
+        }
         const Look look = lookInto(process, status);
         struct stat owner = {};
-        if (look == Look::Open)
+        if (look == Look::Open) {
             found.holders.push_back({std::stol(number), programOf(process)});
-        else if (look == Look::Hidden && stat(process.c_str(), &owner) == 0)
+        } else if (look == Look::Hidden && stat(process.c_str(), &owner) == 0) {
             found.hiddenUsers.push_back(owner.st_uid);
+        }
     }
     sortOut(found);
     return found;

@@ -41,11 +41,13 @@ std::optional<std::string> differences(const std::string &before, const std::str
 /// The differences by line, as git shows them.
 std::string textDifferences(const std::string &before, const std::string &after)
 {
-    for (const std::string &file : {before, after})
-        (void)readInput(file); // git would show an unreadable file as a difference
+    for (const std::string &file : {before, after}) {
+        static_cast<void>(readInput(file)); // git would show an unreadable file as a difference
+    }
     const GitResult shown = runGit({"diff", "--no-ext-diff", "--no-index", "--", before, after});
-    if (shown.status > 1)
+    if (shown.status > 1) {
         throw Failure("git diff failed with status " + std::to_string(shown.status));
+    }
     return shown.out;
 }
 
@@ -58,16 +60,18 @@ public:
             out() << "* Unmerged path " << words[0] << '\n';
             return statusGood;
         }
-        if (words.size() < newPath)
+        if (words.size() < newPath) {
             throw Failure("missing argument; git calls this command after veltool git-setup");
+        }
         const std::string &path = words.size() > newPath ? words[newPath] : words[0];
         out() << "diff --veltool a/" << words[0] << " b/" << path << '\n';
         const std::optional<std::string> lines = differences(words[oldFile], words[newFile]);
         // If the data is the same, show changes of comments, order and wrapping.
-        if (lines && !lines->empty())
+        if (lines && !lines->empty()) {
             out() << *lines;
-        else
+        } else {
             out() << textDifferences(words[oldFile], words[newFile]);
+        }
         return statusGood;
     }
 };

@@ -23,8 +23,9 @@ class Pipe
 public:
     Pipe()
     {
-        if (pipe2(ends_, O_CLOEXEC) != 0)
+        if (pipe2(ends_, O_CLOEXEC) != 0) {
             throw systemError(program, errno);
+        }
     }
 
     ~Pipe()
@@ -40,8 +41,9 @@ public:
 
     void closeWriting()
     {
-        if (ends_[1] >= 0)
+        if (ends_[1] >= 0) {
             close(ends_[1]);
+        }
         ends_[1] = -1;
     }
 
@@ -52,10 +54,12 @@ public:
         char block[4096];
         for (;;) {
             const ssize_t count = read(ends_[0], block, sizeof block);
-            if (count < 0 && errno == EINTR)
+            if (count < 0 && errno == EINTR) {
                 continue;
-            if (count <= 0)
+            }
+            if (count <= 0) {
                 return text;
+            }
             text.append(block, static_cast<std::size_t>(count));
         }
     }
@@ -67,8 +71,9 @@ private:
 pid_t start(const Words &words, int output)
 {
     std::vector<char *> arguments{const_cast<char *>(program)};
-    for (const std::string &word : words)
+    for (const std::string &word : words) {
         arguments.push_back(const_cast<char *>(word.c_str()));
+    }
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -78,8 +83,9 @@ pid_t start(const Words &words, int output)
     const int error =
         posix_spawnp(&child, program, &actions, attributes.get(), arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (error)
+    if (error) {
         throw systemError(program, error);
+    }
     return child;
 }
 
@@ -94,8 +100,9 @@ GitResult runGit(const Words &words)
     result.out = pipe.readAll();
     int state = 0;
     while (waitpid(child, &state, 0) < 0) {
-        if (errno != EINTR)
+        if (errno != EINTR) {
             throw systemError(program, errno);
+        }
     }
     constexpr int signalBase = 128;
     result.status = WIFEXITED(state) ? WEXITSTATUS(state) : signalBase + WTERMSIG(state);
@@ -105,9 +112,10 @@ GitResult runGit(const Words &words)
 std::string requireGit(const Words &words)
 {
     GitResult result = runGit(words);
-    if (result.status != 0)
+    if (result.status != 0) {
         throw Failure("git " + words.front() + " failed with status " +
                       std::to_string(result.status));
+    }
     return std::move(result.out);
 }
 

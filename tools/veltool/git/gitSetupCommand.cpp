@@ -33,8 +33,9 @@ struct Setting
 std::string replaced(const std::string &text, char part, const char *other)
 {
     std::string result;
-    for (const char c : text)
+    for (const char c : text) {
         result += c == part ? std::string(other) : std::string(1, c);
+    }
     return result;
 }
 
@@ -77,8 +78,9 @@ std::vector<Setting> settings()
 
 std::string withoutLineEnd(std::string text)
 {
-    while (text.ends_with('\n'))
+    while (text.ends_with('\n')) {
         text.pop_back();
+    }
     return text;
 }
 
@@ -94,8 +96,9 @@ public:
     int run(const Words &) override
     {
         const std::string attributes = global_ ? userAttributes() : repositoryAttributes();
-        for (const Setting &setting : settings())
+        for (const Setting &setting : settings()) {
             configure(setting);
+        }
         changeAttributes(attributes);
         return statusGood;
     }
@@ -118,11 +121,13 @@ private:
     {
         const GitResult named =
             runGit({"config", "--global", "--type=path", "core.attributesFile"});
-        if (named.status == 0)
+        if (named.status == 0) {
             return withoutLineEnd(named.out);
+        }
         const std::string settings = environment::settingsFolder();
-        if (settings.empty())
+        if (settings.empty()) {
             throw Failure("cannot find the user's git attributes: HOME is not set");
+        }
         return settings + "/git/attributes";
     }
 
@@ -130,12 +135,14 @@ private:
     {
         const GitResult former = runGit(config({"--get", setting.key}));
         const bool isThere = former.status == 0;
-        if (undo_ ? !isThere : isThere && former.out == setting.value + '\n')
+        if (undo_ ? !isThere : isThere && former.out == setting.value + '\n') {
             return;
-        if (undo_)
+        }
+        if (undo_) {
             requireGit(config({"--unset-all", setting.key}));
-        else
+        } else {
             requireGit(config({"--replace-all", setting.key, setting.value}));
+        }
         out() << (undo_ ? "removed " : "set ") << setting.key << '\n';
     }
 
@@ -146,11 +153,13 @@ private:
         const bool exists = std::filesystem::exists(file, error);
         const std::string former = exists ? readInput(file) : "";
         const std::string text = undo_ ? withoutOurLines(former) : withOurLines(former);
-        if (text == former)
+        if (text == former) {
             return;
+        }
         if (text.empty()) {
-            if (unlink(file.c_str()) != 0)
+            if (unlink(file.c_str()) != 0) {
                 throw systemError(file, errno);
+            }
         } else {
             std::filesystem::create_directories(std::filesystem::path(file).parent_path(), error);
             veltext::writeFile(file, text);
@@ -161,8 +170,9 @@ private:
     static bool isOurs(std::string_view line)
     {
         for (const char *ours : attributeLines) {
-            if (line == ours)
+            if (line == ours) {
                 return true;
+            }
         }
         return false;
     }
@@ -172,9 +182,10 @@ private:
         const veltext::SourceText source(text);
         std::string rest;
         for (std::size_t i = 0; i < source.lineCount(); ++i) {
-            if (!isOurs(source.line(i)))
+            if (!isOurs(source.line(i))) {
                 rest +=
                     text.substr(source.lineStart(i), source.lineStart(i + 1) - source.lineStart(i));
+            }
         }
         return rest;
     }
@@ -184,12 +195,15 @@ private:
         const veltext::SourceText source(text);
         for (const char *ours : attributeLines) {
             bool isThere = false;
-            for (std::size_t i = 0; i < source.lineCount(); ++i)
+            for (std::size_t i = 0; i < source.lineCount(); ++i) {
                 isThere = isThere || source.line(i) == ours;
-            if (isThere)
+            }
+            if (isThere) {
                 continue;
-            if (!text.empty() && text.back() != '\n')
+            }
+            if (!text.empty() && text.back() != '\n') {
                 text += '\n';
+            }
             text.append(ours).append(1, '\n');
         }
         return text;

@@ -68,8 +68,9 @@ std::string foldCharacters(std::string_view text)
 
 std::string foldCase(std::string_view text)
 {
-    if (!std::all_of(text.begin(), text.end(), isAscii) && utf8Locale())
+    if (!std::all_of(text.begin(), text.end(), isAscii) && utf8Locale() != nullptr) {
         return foldCharacters(text);
+    }
     std::string folded(text);
     std::transform(folded.begin(), folded.end(), folded.begin(), smallLetter);
     return folded;

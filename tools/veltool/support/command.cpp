@@ -27,8 +27,9 @@ const Command &requireCommand(std::span<const Command *const> table, const std::
     const std::string prefix = group.empty() ? "" : group + ' ';
     std::vector<std::string> known;
     for (const Command *command : table) {
-        if (prefix + word == command->name)
+        if (prefix + word == command->name) {
             return *command;
+        }
         known.push_back(std::string(command->name).substr(prefix.size()));
     }
     const std::string meant = closestWord(word, known);

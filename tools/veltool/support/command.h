@@ -23,7 +23,7 @@ public:
     virtual ~Task() = default;
 
     /// Declares the options of the command; their values are members of the task.
-    virtual void addOptions(Options &options) { (void)options; }
+    virtual void addOptions(Options &options) { static_cast<void>(options); }
 
     /// `words` are the arguments without options; their number is already checked.
     /// Returns the exit status.

@@ -47,8 +47,9 @@ FileKind kindOf(std::string_view firstBytes)
 
 FileKind kindOfFile(const std::string &file)
 {
-    if (!isRegularFile(file))
+    if (!isRegularFile(file)) {
         return FileKind::Text;
+    }
     std::ifstream in(file, std::ios::binary);
     std::string start(veltext::containerStartLength, '\0');
     in.read(start.data(), static_cast<std::streamsize>(start.size()));
@@ -65,17 +66,20 @@ Refusal containerRefusal(const std::string &file)
 velHandlePtr newHandle(Libraries libraries)
 {
     velHandlePtr handle(velCreateHandle());
-    if (!handle)
+    if (!handle) {
         throw std::bad_alloc();
-    if (libraries == Libraries::Skip)
+    }
+    if (libraries == Libraries::Skip) {
         return handle;
+    }
     const Places places = findPlaces();
     const auto named = librariesOf(places);
     const char *errors =
         named ? readNamedLibraries(handle.get(), named->files.c_str(), named->folder.c_str())
               : readLibraries(handle.get());
-    if (errors)
+    if (errors != nullptr) {
         throw Failure(veltext::placedLibraryErrors(errors, {}, libraryFiles(places)));
+    }
     return handle;
 }
 
@@ -85,8 +89,9 @@ velHandlePtr loadFile(const std::string &file, Libraries libraries)
     // below reads pipes, and finds the line of a mistake.
     if (isRegularFile(file) && kindOfFile(file) == FileKind::Text) {
         velHandlePtr handle = newHandle(libraries);
-        if (!loadVELFile(handle.get(), file.c_str(), "vel"))
+        if (loadVELFile(handle.get(), file.c_str(), "vel") == nullptr) {
             return handle;
+        }
     }
     velHandlePtr handle = newHandle(libraries);
     parseText(handle.get(), readText(file), file);
@@ -96,11 +101,13 @@ velHandlePtr loadFile(const std::string &file, Libraries libraries)
 veltext::SourceText readText(const std::string &file)
 {
     // A container may be large; only its command data is read.
-    if (kindOfFile(file) == FileKind::Container)
+    if (kindOfFile(file) == FileKind::Container) {
         return readContainer(file, file);
+    }
     std::string bytes = readInput(file);
-    if (kindOf(bytes) == FileKind::Container)
+    if (kindOf(bytes) == FileKind::Container) {
         return readContainer(TemporaryCopy(bytes).path(), file);
+    }
     return veltext::SourceText(std::move(bytes));
 }
 
@@ -116,15 +123,17 @@ void parseText(velHandle *handle, const veltext::SourceText &text, const std::st
 {
     const velArray lines = text.parsedLines();
     const char *error = parseVELData(handle, &lines, 0);
-    if (!error)
+    if (error == nullptr) {
         return;
+    }
     throwParseFailure(text, file, error);
 }
 
 void requireShallow(const velHandle *handle, const std::string &file)
 {
-    if (velDeepestBlock(handle) > mostLevels)
+    if (velDeepestBlock(handle) > mostLevels) {
         throwTooDeep(file);
+    }
 }
 
 void throwTooDeep(const std::string &file)

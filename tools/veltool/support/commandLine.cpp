@@ -56,8 +56,9 @@ bool isAsciiLetter(char c)
 
 bool isOption(const std::string &word)
 {
-    if (word.size() < 2 || word[0] != '-')
+    if (word.size() < 2 || word[0] != '-') {
         return false;
+    }
     return word[1] == '-' || isAsciiLetter(word[1]);
 }
 
@@ -95,8 +96,9 @@ private:
     const CLI::Option &find(const std::string &name) const
     {
         const CLI::Option *option = app_.get_option_no_throw(name);
-        if (!option)
+        if (option == nullptr) {
             throw unknownOption(name);
+        }
         return *option;
     }
 
@@ -104,8 +106,9 @@ private:
     Failure unknownOption(const std::string &name) const
     {
         std::vector<std::string> known;
-        for (const CLI::Option *option : app_.get_options())
+        for (const CLI::Option *option : app_.get_options()) {
             known.insert(known.end(), option->get_lnames().begin(), option->get_lnames().end());
+        }
         const bool isLong = name.starts_with("--");
         const std::string meant = isLong ? closestWord(name.substr(2), known) : "";
         return Failure("unknown option \"" + name + '"' +
@@ -118,12 +121,13 @@ private:
         const std::size_t equals = word.find('=');
         const std::string name = word.substr(0, equals);
         const CLI::Option &option = find(name);
-        if (equals == std::string::npos)
+        if (equals == std::string::npos) {
             add(option, name, nullptr);
-        else if (takesValue(option))
+        } else if (takesValue(option)) {
             addValue(option, name, word.substr(equals + 1));
-        else
+        } else {
             throw Failure("option " + name + " takes no value");
+        }
     }
 
     /// Accepts "-i", "-o OUT", "-oOUT", and several letters in one word.
@@ -143,20 +147,22 @@ private:
 
     void add(const CLI::Option &option, const std::string &name, const std::string *value)
     {
-        if (!takesValue(option))
+        if (!takesValue(option)) {
             split_.options.push_back("--" + option.get_lnames().front());
-        else if (value)
+        } else if (value != nullptr) {
             addValue(option, name, *value);
-        else if (position_ + 1 < words_.size())
+        } else if (position_ + 1 < words_.size()) {
             addValue(option, name, words_[++position_]);
-        else
+        } else {
             throw Failure("option " + name + " needs a value");
+        }
     }
 
     void addValue(const CLI::Option &option, const std::string &name, const std::string &value)
     {
-        if (value.empty())
+        if (value.empty()) {
             throw Failure("option " + name + " needs a value");
+        }
         split_.options.push_back("--" + option.get_lnames().front() + '=' + value);
     }
 
@@ -174,10 +180,11 @@ std::string generalHelp()
                        "       veltool --version\n\nCommands:\n";
     for (const Command *command : allCommands()) {
         std::string line = "  " + std::string(command->name) + ' ' + command->words;
-        if (line.size() + 2 > purposeColumn)
+        if (line.size() + 2 > purposeColumn) {
             line += '\n' + std::string(purposeColumn, ' ');
-        else
+        } else {
             line.resize(purposeColumn, ' ');
+        }
         text += line + command->purpose + '\n';
     }
     text += "\nExit status: 0 success; 1 findings, differences or no match; 2 usage error or\n"
@@ -196,16 +203,18 @@ std::string usageOf(const Command &command)
 
 void checkCount(const Command &command, std::size_t count)
 {
-    if (count >= command.fewest && count <= command.most)
+    if (count >= command.fewest && count <= command.most) {
         return;
+    }
     throw Failure(std::string(count < command.fewest ? "missing argument" : "too many arguments") +
                   "; usage: " + usageOf(command));
 }
 
 int dispatch(const Words &words)
 {
-    if (words.empty())
+    if (words.empty()) {
         throw Failure("missing command; see veltool --help");
+    }
     if (words[0] == "--help" || words[0] == "-h") {
         out() << generalHelp();
         return statusGood;
@@ -214,8 +223,9 @@ int dispatch(const Words &words)
         out() << "veltool " VEL_VERSION "\n";
         return statusGood;
     }
-    if (isOption(words[0]))
+    if (isOption(words[0])) {
         throw Failure("unknown option \"" + words[0] + "\"; see veltool --help");
+    }
     const Command &command = requireCommand(allCommands(), "", words[0]);
     return runCommand(command, Words(words.begin() + 1, words.end()));
 }

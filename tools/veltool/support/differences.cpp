@@ -47,8 +47,9 @@ int printDifferences(velHandle *before, velHandle *after, bool json)
                               out() << array.next();
                               printJson(difference);
                           });
-    if (json)
+    if (json) {
         out() << array.end();
+    }
     return isSame ? statusGood : statusFindings;
 }
 

@@ -37,9 +37,10 @@ int EditTask::editFile(const std::string &file, const FileChange &change) const
     const veltext::SourceText changed(edit.bytes());
     const velHandlePtr reread = newHandle();
     parseText(reread.get(), changed, file);
-    if (!veltext::haveSameData(handle.get(), reread.get()))
+    if (!veltext::haveSameData(handle.get(), reread.get())) {
         throw Failure(file + ": reading the edited text again would give other data; "
                              "nothing was written");
+    }
     if (printNewFindings(file, text, changed) && !force_) {
         out().flush(); // the findings come first
         report(file + ": not written because of new findings; use --force to write it anyway");
@@ -53,7 +54,7 @@ bool EditTask::printNewFindings(const std::string &file, const veltext::SourceTe
                                 const veltext::SourceText &after) const
 {
     RuleCheck rules;
-    (void)rules.reportRuleFaults();
+    static_cast<void>(rules.reportRuleFaults());
     const Findings now = rules.findings(after, file);
     if (now.findings.empty()) {
         out() << (json_ ? JsonArray().end() : "");
@@ -64,30 +65,35 @@ bool EditTask::printNewFindings(const std::string &file, const veltext::SourceTe
     const UpgradedLines lines(after, now.changes);
     JsonArray array;
     for (const Finding &finding : fresh) {
-        if (finding.path.empty())
+        if (finding.path.empty()) {
             throw Failure(file, 0, finding.text + "; nothing was written");
+        }
         const std::size_t line = lines.lineOf(finding.path);
-        if (json_)
+        if (json_) {
             out() << array.next() << findingJson(file, line, finding);
-        else
+        } else {
             out() << findingLine(file, line, finding);
+        }
     }
-    if (json_)
+    if (json_) {
         out() << array.end();
+    }
     return !fresh.empty();
 }
 
 void requireStorable(const std::string &file, const std::string &path, const std::string &value)
 {
-    if (const std::string fault = veltext::storageFault(value); !fault.empty())
+    if (const std::string fault = veltext::storageFault(value); !fault.empty()) {
         throw editRefusal(file, path, fault);
+    }
 }
 
 veltext::SourceText readTextToEdit(const std::string &file)
 {
     std::string bytes = readInput(file);
-    if (kindOf(bytes) == FileKind::Container)
+    if (kindOf(bytes) == FileKind::Container) {
         throw containerRefusal(file);
+    }
     return veltext::SourceText(std::move(bytes));
 }
 

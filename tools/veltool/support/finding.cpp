@@ -35,10 +35,11 @@ std::vector<Finding> newFindings(std::vector<Finding> before, const std::vector<
     for (const Finding &finding : after) {
         const auto known = std::ranges::find_if(
             before, [&](const Finding &each) { return isSameLine(each, finding); });
-        if (known == before.end())
+        if (known == before.end()) {
             fresh.push_back(finding);
-        else
+        } else {
             before.erase(known);
+        }
     }
     return fresh;
 }

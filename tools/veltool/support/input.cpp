@@ -16,8 +16,9 @@ std::string readInput(const std::string &file)
 
 void requireEditable(const std::string &file)
 {
-    if (file == standardInput)
+    if (file == standardInput) {
         throw Failure("cannot edit standard input in place; name a file");
+    }
 }
 
 } // namespace veltool

@@ -33,7 +33,7 @@ std::string hexadecimal(std::string_view text)
 bool isValidUtf8(std::string_view text)
 {
     try {
-        (void)dump(text, Json::error_handler_t::strict);
+        static_cast<void>(dump(text, Json::error_handler_t::strict));
         return true;
     } catch (const Json::type_error &) {
         return false;
@@ -50,14 +50,15 @@ std::string jsonMember(std::string_view name, std::string_view text)
     const std::string value = jsonString(text);
     std::string member = jsonString(name) + ':' + value;
     // Only a text with a replacement character can be invalid; most have none.
-    if (value.find(replacementCharacter) != std::string::npos && !isValidUtf8(text))
+    if (value.find(replacementCharacter) != std::string::npos && !isValidUtf8(text)) {
         member += ',' + jsonString(std::string(name) + "Bytes") + ":\"" + hexadecimal(text) + '"';
+    }
     return member;
 }
 
 std::string jsonMember(std::string_view name, const char *text)
 {
-    return text ? jsonMember(name, std::string_view(text)) : jsonString(name) + ":null";
+    return text != nullptr ? jsonMember(name, std::string_view(text)) : jsonString(name) + ":null";
 }
 
 std::string jsonMember(std::string_view name, std::size_t number)

@@ -32,7 +32,7 @@ bool isTooDeep(const velHandlePtr &tree)
 /// value on either side.
 bool isTooDeep(const veltext::Difference &difference)
 {
-    return !difference.oldValue && !difference.newValue &&
+    return difference.oldValue == nullptr && difference.newValue == nullptr &&
            std::count(difference.path.begin(), difference.path.end(), '/') > mostLevels;
 }
 
@@ -40,8 +40,9 @@ bool isTooDeep(const veltext::Difference &difference)
 
 void requireOneStandardInput(std::span<const std::string> files)
 {
-    if (std::count(files.begin(), files.end(), standardInput) > 1)
+    if (std::count(files.begin(), files.end(), standardInput) > 1) {
         throw Failure("only one file can be standard input (-); name the others");
+    }
 }
 
 std::vector<velHandlePtr> loadFiles(const Words &files)
@@ -52,8 +53,9 @@ std::vector<velHandlePtr> loadFiles(const Words &files)
     const std::launch how =
         together ? std::launch::async | std::launch::deferred : std::launch::deferred;
     std::vector<std::future<velHandlePtr>> loads;
-    for (const std::string &file : files)
+    for (const std::string &file : files) {
         loads.push_back(std::async(how, [&file] { return loadFile(file); }));
+    }
 
     std::vector<velHandlePtr> handles;
     std::exception_ptr last;
@@ -62,14 +64,16 @@ std::vector<velHandlePtr> loadFiles(const Words &files)
         try {
             handles.push_back(load.get());
         } catch (const veltext::Error &failure) {
-            if (last)
+            if (last) {
                 report(lastMessage);
+            }
             last = std::current_exception();
             lastMessage = failure.message();
         }
     }
-    if (last)
+    if (last) {
         std::rethrow_exception(last);
+    }
     return handles;
 }
 
@@ -77,15 +81,17 @@ std::vector<velHandlePtr> loadFilesToCompare(const Words &files)
 {
     std::vector<velHandlePtr> trees = loadFiles(files);
     if (std::none_of(trees.begin(), trees.end(),
-                     [](const velHandlePtr &tree) { return isTooDeep(tree); }))
+                     [](const velHandlePtr &tree) { return isTooDeep(tree); })) {
         return trees;
+    }
     velHandle *const a = trees[0].get();
     velHandle *const b = trees[1].get();
     veltext::compareTrees(
         a, velFindNode(a, "/"), b, velFindNode(b, "/"), "/",
         [&](const veltext::Difference &difference) {
-            if (isTooDeep(difference))
+            if (isTooDeep(difference)) {
                 throwTooDeep(files[difference.kind == veltext::DifferenceKind::Added ? 1 : 0]);
+            }
         });
     return trees;
 }

@@ -15,8 +15,9 @@ void Options::text(const char *names, const char *type, std::string &value, cons
                    const char *usual)
 {
     CLI::Option *option = app_.add_option(names, value, help)->type_name(type);
-    if (usual)
+    if (usual != nullptr) {
         option->default_str(usual);
+    }
 }
 
 void Options::texts(const char *names, const char *type, std::vector<std::string> &values,
@@ -41,9 +42,11 @@ void Options::number(const char *names, const char *type, std::int32_t &value, s
 
 void Options::atMostOneOf(std::initializer_list<const char *> names)
 {
-    for (auto first = names.begin(); first != names.end(); ++first)
-        for (auto second = first + 1; second != names.end(); ++second)
+    for (auto first = names.begin(); first != names.end(); ++first) {
+        for (auto second = first + 1; second != names.end(); ++second) {
             app_.get_option(*first)->excludes(app_.get_option(*second));
+        }
+    }
 }
 
 } // namespace veltool

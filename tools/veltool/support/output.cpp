@@ -19,8 +19,9 @@ constexpr const char *outputName = "standard output";
 Output &Output::operator<<(std::string_view text)
 {
     pending_ += text;
-    if (pending_.size() >= enoughBytes)
+    if (pending_.size() >= enoughBytes) {
         flush();
+    }
     return *this;
 }
 
@@ -33,8 +34,9 @@ void Output::flush()
 {
     const std::string text = std::move(pending_);
     pending_.clear();
-    if (failed_)
+    if (failed_) {
         return;
+    }
     if (const int error = veltext::writeAll(STDOUT_FILENO, text)) {
         failed_ = true;
         throw systemError(outputName, error);
@@ -45,8 +47,9 @@ void Output::finish()
 {
     flush();
     // Some file systems report a full disk only when the file is closed.
-    if (close(STDOUT_FILENO) != 0 && errno != EBADF)
+    if (close(STDOUT_FILENO) != 0 && errno != EBADF) {
         throw systemError(outputName, errno);
+    }
 }
 
 Output &out()

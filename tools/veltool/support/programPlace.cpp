@@ -23,8 +23,9 @@ fs::path shippedFolder(const char *name, const char *part)
     const fs::path root = programFolder();
     for (const fs::path &folder : {root / name, root / installedData / name}) {
         std::error_code error;
-        if (fs::exists(folder / part, error))
+        if (fs::exists(folder / part, error)) {
             return folder;
+        }
     }
     return {};
 }
@@ -32,8 +33,9 @@ fs::path shippedFolder(const char *name, const char *part)
 /// What the environment names, else what ships, if that is there.
 std::optional<std::string> namedOr(const char *variable, const std::string &shipped)
 {
-    if (std::optional<std::string> named = environment::valueOf(variable))
+    if (std::optional<std::string> named = environment::valueOf(variable)) {
         return named;
+    }
     return shipped.empty() ? std::nullopt : std::optional<std::string>(shipped);
 }
 
@@ -43,8 +45,9 @@ std::string libraryList(const fs::path &folder)
     std::string list;
     for (const char *name : ruleLibraries) {
         std::error_code error;
-        if (fs::exists(folder / name, error))
+        if (fs::exists(folder / name, error)) {
             list.append(list.empty() ? "" : ";").append(name);
+        }
     }
     return list;
 }
@@ -55,8 +58,9 @@ std::string programFolder()
 {
     std::error_code error;
     fs::path program = fs::read_symlink("/proc/self/exe", error);
-    if (error) // without /proc: the name with which the system started the program
+    if (error) { // without /proc: the name with which the system started the program
         program = fs::canonical(reinterpret_cast<const char *>(getauxval(AT_EXECFN)), error);
+    }
     return error ? std::string() : program.parent_path().parent_path().string();
 }
 
@@ -74,8 +78,9 @@ Places findPlaces()
 
 std::optional<velparser::LibraryNames> librariesOf(const Places &places)
 {
-    if (!places.libraryList)
+    if (!places.libraryList) {
         return std::nullopt;
+    }
     std::error_code error;
     const bool isThere = places.libraryFolder && fs::is_directory(*places.libraryFolder, error);
     return velparser::LibraryNames{.folder = isThere ? *places.libraryFolder : "./",
@@ -85,8 +90,9 @@ std::optional<velparser::LibraryNames> librariesOf(const Places &places)
 std::vector<std::string> libraryFiles(const Places &places)
 {
     const std::optional<velparser::LibraryNames> libraries = librariesOf(places);
-    if (!libraries)
+    if (!libraries) {
         return {};
+    }
     return velLibraryFiles(libraries->files.c_str(), libraries->folder.c_str());
 }
 
@@ -94,8 +100,9 @@ std::vector<std::pair<std::string, std::string>> variablesOf(const Places &place
 {
     std::vector<std::pair<std::string, std::string>> variables;
     const auto add = [&](const char *name, const std::optional<std::string> &value) {
-        if (value)
+        if (value) {
             variables.emplace_back(name, *value);
+        }
     };
     add(environment::packages, places.packages);
     add(environment::libraryFolder, places.libraryFolder);

@@ -19,8 +19,9 @@ ProgressLine::~ProgressLine()
 void ProgressLine::update(std::int64_t done, std::int64_t total, const std::string &what)
 {
     const auto now = Clock::now();
-    if (!terminal_ || total <= 0 || now < next_)
+    if (!terminal_ || total <= 0 || now < next_) {
         return;
+    }
     next_ = now + std::chrono::milliseconds(200);
     shown_ = true;
     const std::string text =
@@ -31,8 +32,9 @@ void ProgressLine::update(std::int64_t done, std::int64_t total, const std::stri
 
 void ProgressLine::clear()
 {
-    if (shown_)
+    if (shown_) {
         std::fputs("\r\x1b[K", stderr);
+    }
     shown_ = false;
 }
 

@@ -26,10 +26,12 @@ void Replacement::write(const std::string &file, std::string_view bytes) const
 
 void Replacement::keepVersion(const std::string &file) const
 {
-    if (noBackup_)
+    if (noBackup_) {
         return;
-    if (const std::string message = veltext::History(file).keep("veltool"); !message.empty())
+    }
+    if (const std::string message = veltext::History(file).keep("veltool"); !message.empty()) {
         report(message);
+    }
 }
 
 } // namespace veltool

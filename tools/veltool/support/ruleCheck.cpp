@@ -18,9 +18,10 @@ namespace {
 Places requirePlaces()
 {
     Places places = findPlaces();
-    if (!places.packages)
+    if (!places.packages) {
         throw Failure(std::string("cannot find the Perl packages; set ") + environment::packages +
                       " to their folder");
+    }
     return places;
 }
 
@@ -30,16 +31,19 @@ std::vector<Finding> readLibrariesInto(velparser::Session &session, const Places
 {
     std::vector<Finding> faults;
     const char *failure = velparser::startVELParser(*places.packages);
-    if (!failure)
+    if (failure == nullptr) {
         failure = velparser::readLibraries(session, &faults);
-    if (failure) {
+    }
+    if (failure != nullptr) {
         std::vector<veltext::RuleFault> lines;
-        for (const Finding &fault : faults)
+        for (const Finding &fault : faults) {
             lines.push_back({fault.path, lineOf(fault)});
+        }
         throw Failure(veltext::placedLibraryErrors(failure, lines, libraryFiles(places)));
     }
-    if (!findLiteHandle(session))
+    if (findLiteHandle(session) == nullptr) {
         throw Failure("the Perl packages have created no command database; check ZOT5_VEL_PARSER");
+    }
     return faults;
 }
 
@@ -58,8 +62,9 @@ std::vector<velparser::UpgradeChange> upgradeLoadedData(velparser::Session &sess
                                                         const std::string &file)
 {
     std::vector<velparser::UpgradeChange> changes;
-    if (const char *failure = velparser::upgrade(session, &changes))
+    if (const char *failure = velparser::upgrade(session, &changes)) {
         throw Failure(file + ": " + std::string(firstLine(failure)));
+    }
     return changes;
 }
 
@@ -67,7 +72,7 @@ std::vector<Finding> validateLoadedData(velparser::Session &session)
 {
     std::vector<Finding> findings;
     const char *failure = velparser::validate(session, "/", &findings);
-    for (std::string_view rest = failure ? failure : ""; !rest.empty();) {
+    for (std::string_view rest = failure != nullptr ? failure : ""; !rest.empty();) {
         const std::string_view line = firstLine(rest);
         findings.push_back({.path = {}, .identifier = {}, .text = std::string(line)});
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
@@ -85,8 +90,9 @@ RuleCheck::RuleCheck()
     require(velparser::setBoundsChecking(session_, 1));
     require(velparser::keepLibraries(session_));
     const veltext::TreeData all(findLiteHandle(session_));
-    for (const veltext::TreeData::Item &item : all.items())
+    for (const veltext::TreeData::Item &item : all.items()) {
         libraryPaths_.insert(item.path);
+    }
 }
 
 void RuleCheck::load(const veltext::SourceText &text, const std::string &file)
@@ -94,14 +100,16 @@ void RuleCheck::load(const veltext::SourceText &text, const std::string &file)
     require(velparser::clearData(session_));
     const velStringList lines = text.parsedLines().takeStrings();
     const auto count = static_cast<std::int32_t>(lines.size());
-    if (const char *message = velparser::loadVELData(session_, lines.data(), count))
+    if (const char *message = velparser::loadVELData(session_, lines.data(), count)) {
         throwParseFailure(text, file, message, Libraries::Read);
+    }
 }
 
 int RuleCheck::reportRuleFaults() const
 {
-    if (faults_.empty())
+    if (faults_.empty()) {
         return statusGood;
+    }
     const veltext::LibraryTexts libraries = veltext::readLibraryTexts(libraryFiles(places_));
     for (const Finding &fault : faults_) {
         const auto [file, line] = libraries.placeOf(fault.path);
@@ -125,8 +133,10 @@ Upgrade RuleCheck::upgrade(const veltext::SourceText &text, const std::string &f
     parseText(own.get(), text, file);
     const veltext::TreeData upgraded(findLiteHandle(session_));
     for (const veltext::TreeData::Item &item : upgraded.items()) {
-        if (!libraryPaths_.contains(item.path) || velFindNode(own.get(), item.path.c_str()))
+        if (!libraryPaths_.contains(item.path) ||
+            velFindNode(own.get(), item.path.c_str()) != nullptr) {
             upgrade.result.add(item);
+        }
     }
     return upgrade;
 }
@@ -147,9 +157,10 @@ std::vector<Finding> findRuleFaults(const std::vector<veltext::SourceText> &libr
     // Reading libraries also reports mistakes in rules that are already loaded. So the
     // session starts without library files, and reads again after these are loaded.
     velparser::Session session({.libraries = velparser::LibraryNames{}});
-    (void)readLibrariesInto(session, places);
-    for (const veltext::SourceText &library : libraries)
+    static_cast<void>(readLibrariesInto(session, places));
+    for (const veltext::SourceText &library : libraries) {
         loadLibrary(session, library.parsedLines().takeStrings());
+    }
     return readLibrariesInto(session, places);
 }
 

@@ -11,8 +11,9 @@ namespace {
 std::size_t characterLength(std::string_view text)
 {
     std::size_t length = 1;
-    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U)
+    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
         ++length;
+    }
     return length;
 }
 
@@ -48,8 +49,9 @@ bool matches(std::string_view pattern, std::string_view text)
 
 TextPattern::TextPattern(std::string_view text) : folded_(foldCase(text))
 {
-    if (folded_.find_first_of("*?") != std::string::npos)
+    if (folded_.find_first_of("*?") != std::string::npos) {
         anywhere_ = '*' + folded_ + '*';
+    }
 }
 
 bool TextPattern::isIn(std::string_view text) const

@@ -25,8 +25,9 @@ std::string pathAfter(const std::string &path, const std::string &from, const st
 
 std::string newNameIn(const UpgradeChange &change)
 {
-    if (!isRenaming(change))
+    if (!isRenaming(change)) {
         return {};
+    }
     return change.newPath.substr(change.newPath.rfind('/') + 1);
 }
 
@@ -39,9 +40,10 @@ veltext::Moves movesIn(const std::vector<UpgradeChange> &changes)
             moves[change.newPath] = earlier ? earlier.mapped() : change.path;
         } else if (isRenaming(change)) {
             veltext::Moves after;
-            for (const auto &[now, before] : moves)
+            for (const auto &[now, before] : moves) {
                 after[pathAfter(now, change.path, change.newPath)] =
                     pathAfter(before, change.path, change.newPath);
+            }
             moves = std::move(after);
         }
     }
@@ -55,8 +57,9 @@ UpgradedLines::UpgradedLines(const veltext::SourceText &text,
     for (const UpgradeChange &change : changes) {
         const std::string name = newNameIn(change);
         const veltext::StatementTree::Index node = tree_.find(change.path);
-        if (!name.empty() && node != veltext::StatementTree::none)
+        if (!name.empty() && node != veltext::StatementTree::none) {
             tree_.rename(node, name);
+        }
     }
 }
 

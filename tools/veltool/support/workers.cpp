@@ -44,8 +44,9 @@ public:
     {
         void *memory = mmap(nullptr, sizeof(Number), PROT_READ | PROT_WRITE,
                             MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-        if (memory == MAP_FAILED)
+        if (memory == MAP_FAILED) {
             throw systemError("cannot create shared memory", errno);
+        }
         number_ = new (memory) Number(0);
     }
     ~SharedCounter() { munmap(number_, sizeof(Number)); }
@@ -80,8 +81,9 @@ public:
     /// Closes the pipes; remaining workers then end by themselves.
     ~WorkerGroup()
     {
-        for (Worker &worker : workers_)
+        for (Worker &worker : workers_) {
             end(worker);
+        }
     }
 
     WorkerGroup(const WorkerGroup &) = delete;
@@ -90,15 +92,18 @@ public:
     int run(std::size_t jobs)
     {
         workers_.reserve(jobs);
-        for (std::size_t i = 0; i < jobs; ++i)
+        for (std::size_t i = 0; i < jobs; ++i) {
             start();
-        if (workers_.empty())
+        }
+        if (workers_.empty()) {
             throw systemError("cannot start a worker process", errno);
+        }
         while (receive()) {
         }
         // Files that no worker was alive to take.
-        while (printed_ < files_.size())
+        while (printed_ < files_.size()) {
             fail(printed_);
+        }
         return status_;
     }
 
@@ -106,31 +111,36 @@ private:
     void start()
     {
         int ends[2];
-        if (pipe(ends) != 0)
+        if (pipe(ends) != 0) {
             return;
+        }
         const pid_t process = fork();
         if (process == 0) {
             velEditor::ignoreWriteSignals(); // a worker is this program, not another one
             close(ends[0]);
-            for (const Worker &other : workers_)
+            for (const Worker &other : workers_) {
                 close(other.pipe);
+            }
             workInChild(ends[1]);
         }
         close(ends[1]);
-        if (process < 0)
+        if (process < 0) {
             close(ends[0]);
-        else
+        } else {
             workers_.push_back({.process = process, .pipe = ends[0], .received = {}, .file = {}});
+        }
     }
 
     /// Ends with _exit, because exit handlers belong to the main process.
     [[noreturn]] void workInChild(int pipe) const
     {
         for (std::size_t file = next_.take(); file < files_.size(); file = next_.take()) {
-            if (!send(pipe, file, {.status = begun, .out = {}, .err = {}}))
+            if (!send(pipe, file, {.status = begun, .out = {}, .err = {}})) {
                 _exit(statusFailed);
-            if (!send(pipe, file, guardedResult(work_, files_[file])))
+            }
+            if (!send(pipe, file, guardedResult(work_, files_[file]))) {
                 _exit(statusFailed);
+            }
         }
         _exit(statusGood);
     }
@@ -149,16 +159,20 @@ private:
     {
         std::vector<pollfd> pipes;
         for (const Worker &worker : workers_) {
-            if (worker.pipe >= 0)
+            if (worker.pipe >= 0) {
                 pipes.push_back({.fd = worker.pipe, .events = POLLIN, .revents = 0});
+            }
         }
-        if (pipes.empty())
+        if (pipes.empty()) {
             return false;
-        if (poll(pipes.data(), pipes.size(), -1) < 0 && errno != EINTR)
+        }
+        if (poll(pipes.data(), pipes.size(), -1) < 0 && errno != EINTR) {
             throw systemError("cannot read from a worker process", errno);
+        }
         for (const pollfd &pipe : pipes) {
-            if (pipe.revents)
+            if (pipe.revents) {
                 readFrom(pipe.fd);
+            }
         }
         return true;
     }
@@ -169,12 +183,14 @@ private:
                                        [&](const Worker &each) { return each.pipe == pipe; });
         char bytes[readSize];
         const ssize_t count = read(pipe, bytes, sizeof bytes);
-        if (count < 0 && errno == EINTR)
+        if (count < 0 && errno == EINTR) {
             return;
+        }
         if (count <= 0) {
             end(worker);
-            if (worker.file)
+            if (worker.file) {
                 fail(*worker.file);
+            }
             return;
         }
         worker.received.append(bytes, static_cast<std::size_t>(count));
@@ -187,15 +203,17 @@ private:
         MessageHead head;
         while (rest.size() >= sizeof head) {
             std::memcpy(&head, rest.data(), sizeof head);
-            if (rest.size() - sizeof head < head.outSize + head.errSize)
+            if (rest.size() - sizeof head < head.outSize + head.errSize) {
                 break;
+            }
             rest.remove_prefix(sizeof head);
             const bool isBegun = head.status == begun;
             worker.file = isBegun ? std::optional<std::size_t>(head.file) : std::nullopt;
-            if (!isBegun)
+            if (!isBegun) {
                 keep(head.file,
                      {static_cast<int>(head.status), std::string(rest.substr(0, head.outSize)),
                       std::string(rest.substr(head.outSize, head.errSize))});
+            }
             rest.remove_prefix(head.outSize + head.errSize);
         }
         worker.received.erase(0, worker.received.size() - rest.size());
@@ -221,8 +239,9 @@ private:
 
     static void end(Worker &worker)
     {
-        if (worker.pipe < 0)
+        if (worker.pipe < 0) {
             return;
+        }
         close(worker.pipe);
         worker.pipe = -1;
         waitpid(worker.process, nullptr, 0);
@@ -245,8 +264,9 @@ int workOnFiles(std::span<const std::string> files, std::size_t jobs, const File
                 const FailureResult &failed, const ResultSink &sink)
 {
     jobs = std::min({jobs, files.size(), mostJobs});
-    if (jobs > 1)
+    if (jobs > 1) {
         return WorkerGroup(files, work, failed, sink).run(jobs);
+    }
     int status = statusGood;
     for (const std::string &file : files) {
         const FileResult result = guardedResult(work, file);
@@ -261,8 +281,9 @@ std::size_t parseJobs(const std::string &text)
     std::size_t jobs = 0;
     const char *end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, jobs);
-    if (error != std::errc() || stop != end || jobs == 0)
+    if (error != std::errc() || stop != end || jobs == 0) {
         throw Failure("--jobs must be a whole number of 1 or more, not \"" + text + '"');
+    }
     return jobs;
 }
 

@@ -55,8 +55,9 @@ const std::vector<std::string> others = {"extract", "perl",      "ds",       "di
 bool isEdit(const Run &run)
 {
     const std::vector<std::string> edits = {"set", "add", "delete", "upgrade"};
-    if (run[1] == "--dry-run")
+    if (run[1] == "--dry-run") {
         return false;
+    }
     return std::find(edits.begin(), edits.end(), run[0]) != edits.end() || run[1] == "--in-place";
 }
 
@@ -73,8 +74,9 @@ void expectNoResult(const Run &words, const std::string &printed)
         EXPECT_TRUE(printed.empty() || printed == "[]\n") << printed;
         return;
     }
-    for (const nlohmann::json &entry : nlohmann::json::parse(printed))
+    for (const nlohmann::json &entry : nlohmann::json::parse(printed)) {
         EXPECT_EQ(entry["id"], "error") << printed;
+    }
 }
 
 /// Expects from every command only this message about the file, and status 2.
@@ -129,14 +131,16 @@ TEST(BadInput, DirectoryAndDevice)
 {
     const TemporaryFolder folder;
     expectFailure(folder.path(), "");
-    if (access("/proc/self/mem", R_OK) == 0) // opens, but cannot be read from its start
+    if (access("/proc/self/mem", R_OK) == 0) { // opens, but cannot be read from its start
         expectFailure("/proc/self/mem", "");
+    }
 }
 
 TEST(BadInput, UnreadableFile)
 {
-    if (geteuid() == 0)
+    if (geteuid() == 0) {
         GTEST_SKIP() << "root may read everything";
+    }
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", "x = 1\n");
     ASSERT_EQ(chmod(file.c_str(), 0), 0);
@@ -164,8 +168,9 @@ TEST(BadInput, EveryCommandKnowsItsOptionsAndArguments)
     for (const Command *command : allCommands()) {
         const std::string name = command->name;
         // These pass their options on to another command.
-        if (command->passesOn)
+        if (command->passesOn) {
             continue;
+        }
         const ToolRun unknown = runTool({name, "--no-such-option"});
         EXPECT_EQ(unknown.status, 2) << name;
         EXPECT_EQ(unknown.err,
@@ -185,11 +190,13 @@ TEST(BadInput, DeepNestingEndsWell)
 {
     const TemporaryFolder folder;
     std::string text;
-    for (int i = 0; i < 3000; ++i)
+    for (int i = 0; i < 3000; ++i) {
         text += "A: a\n";
+    }
     text += "x = deep\n";
-    for (int i = 0; i < 3000; ++i)
+    for (int i = 0; i < 3000; ++i) {
         text += "END\n";
+    }
     const std::string file = folder.write("deep.vel", text);
     EXPECT_EQ(runTool({"find", file, "deep"}).status, 0);
     EXPECT_EQ(runTool({"tree", file}).status, 0);

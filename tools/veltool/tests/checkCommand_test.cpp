@@ -202,10 +202,12 @@ TEST_F(CheckTest, SuggestsTheSemicolonBetweenLibraries)
 std::string nested(std::size_t levels)
 {
     std::string text;
-    for (std::size_t i = 0; i < levels; ++i)
+    for (std::size_t i = 0; i < levels; ++i) {
         text += "A: a\n";
-    for (std::size_t i = 0; i < levels; ++i)
+    }
+    for (std::size_t i = 0; i < levels; ++i) {
         text += "END\n";
+    }
     return text;
 }
 
@@ -306,8 +308,9 @@ TEST_F(CheckTest, JobsDoNotChangeTheOutput)
     EXPECT_EQ(together.err + alone.err, "");
     EXPECT_EQ(together.status, 1);
     EXPECT_EQ(nlohmann::json::parse(json.out).size(), 14U * 4);
-    for (const char *jobs : {"0", "-1", "many"})
+    for (const char *jobs : {"0", "-1", "many"}) {
         EXPECT_EQ(runTool({"check", "--jobs", jobs, words.back()}).status, 2);
+    }
 }
 
 TEST_F(CheckTest, OneFileDoesNotAffectTheNext)

@@ -28,11 +28,13 @@ std::string split(const Words &words, bool passesOn = false)
     std::string text;
     try {
         const SplitWords parts = splitWords(app, words, passesOn);
-        for (const std::string &word : parts.options)
+        for (const std::string &word : parts.options) {
             text += word + ' ';
+        }
         text += '|';
-        for (const std::string &word : parts.plain)
+        for (const std::string &word : parts.plain) {
             text += ' ' + word;
+        }
     } catch (const Failure &failure) {
         text = failure.message();
     }
@@ -96,12 +98,14 @@ TEST(CommandLine, HelpsEverywhere)
             EXPECT_EQ(help.status, 0) << command->name;
             EXPECT_EQ(help.err, "");
             std::string usage = std::string("Usage: veltool ") + command->name + " [OPTIONS]";
-            if (*command->words)
+            if (*command->words) {
                 usage.append(1, ' ').append(command->words);
+            }
             EXPECT_NE(help.out.find(usage + '\n'), std::string::npos) << help.out;
             std::istringstream lines(help.out);
-            for (std::string line; std::getline(lines, line);)
+            for (std::string line; std::getline(lines, line);) {
                 EXPECT_LE(line.size(), 95U) << line;
+            }
         }
     }
 }

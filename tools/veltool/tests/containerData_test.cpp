@@ -86,8 +86,9 @@ TEST_F(ContainerData, OfMoreThanTwentyTheOneAtZeroIsUsed)
 
 TEST_F(ContainerData, OfMoreThanTwentyNoneAtZeroCannotBeLocated)
 {
-    for (int when = 1; when < 22; ++when)
+    for (int when = 1; when < 22; ++when) {
         ASSERT_EQ(write("G/COMMANDS", "EVERY", std::to_string(when), "STRI", "A = 1\n"), 0);
+    }
     const ToolRun run = runTool({"extract", file_});
     EXPECT_EQ(run.status, 17);
     EXPECT_EQ(run.err, "veltool: " + file_ +
@@ -143,11 +144,12 @@ TEST_F(ContainerData, AKilledEmbedKeepsTheFormerOrTheNewData)
     std::string texts[2];
     std::string lines[2];
     for (int i = 0; i < 2; ++i) {
-        for (int line = 0; line < 3000; ++line)
+        for (int line = 0; line < 3000; ++line) {
             texts[i]
                 .append(1, 'P')
                 .append(std::to_string(line))
                 .append(i == 0 ? " = 0\n" : " = 1\n");
+        }
         const std::string file = folder_.write(i == 0 ? "zeros" : "ones", texts[i]);
         lines[i]
             .append("\"$VELTOOL\" embed '")
@@ -176,8 +178,9 @@ TEST_F(ContainerData, AKilledEmbedKeepsTheFormerOrTheNewData)
 TEST_F(ContainerData, AKilledWriteKeepsTheOtherDatasets)
 {
     std::string values;
-    for (int i = 0; i < 30000; ++i)
+    for (int i = 0; i < 30000; ++i) {
         values += std::to_string(i) + '\n';
+    }
     const std::string input = folder_.write("values", values);
     const auto line = [&](int when) {
         return "\"$VELTOOL\" ds write '" + file_ + "' N P " + std::to_string(when) + " INTR <'" +
@@ -201,8 +204,9 @@ TEST_F(ContainerData, AKilledWriteKeepsTheOtherDatasets)
 TEST_F(ContainerData, IsReadDirectly)
 {
     ASSERT_EQ(runTool({"embed", vel_, file_}).status, 0);
-    for (const char *command : {"tree", "format"})
+    for (const char *command : {"tree", "format"}) {
         EXPECT_EQ(runTool({command, file_}).out, runTool({command, vel_}).out);
+    }
     EXPECT_EQ(runTool({"get", file_, "/DOMAIN:Pipe/Location"}).out, "Inlet, Outlet\n");
     EXPECT_EQ(runTool({"find", file_, "fluid"}).out, file_ + ":2: /DOMAIN:Pipe/Kind = Fluid\n");
     const std::string bytes = folder_.read("a.def");
@@ -239,8 +243,9 @@ TEST_F(ContainerData, LongLinesAreStoredFormatted)
 TEST_F(ContainerData, ExamplesAreTheResultOfTheirScript)
 {
     const char *source = std::getenv("VEL_SOURCE_DIR");
-    if (!source)
+    if (source == nullptr) {
         FAIL() << "VEL_SOURCE_DIR is not set";
+    }
     const std::string examples = std::string(source) + "/examples/";
     const ToolRun made = runShell("perl '" + examples + "make-containers.pl' \"$VELTOOL\" '" +
                                   folder_.path() + "' 2>&1");

@@ -211,8 +211,9 @@ TEST_F(DiffTest, ReportsUsageErrors)
     for (const std::vector<std::string> &words : {std::vector<std::string>{"diff"},
                                                   {"diff", file},
                                                   {"diff", file, file, file},
-                                                  {"diff", "--no", file, file}})
+                                                  {"diff", "--no", file, file}}) {
         EXPECT_EQ(runTool(words).status, 2);
+    }
 }
 
 TEST_F(DiffTest, AShortWriteIsAFailure)

@@ -28,8 +28,9 @@ std::vector<Block> blocksOf(const std::string &file)
     for (std::string line; std::getline(in, line);) {
         if (line.rfind("```", 0) == 0) {
             isOpen = !isOpen;
-            if (!isOpen)
+            if (!isOpen) {
                 continue;
+            }
             std::istringstream words(line.substr(3));
             blocks.emplace_back();
             words >> blocks.back().kind >> blocks.back().name;
@@ -46,8 +47,9 @@ std::string replay(const std::string &console, const std::string &folder, const 
     std::string seen;
     std::istringstream lines(console);
     for (std::string line; std::getline(lines, line);) {
-        if (line.rfind("$ ", 0) != 0)
+        if (line.rfind("$ ", 0) != 0) {
             continue;
+        }
         const ToolRun run =
             runShell("cd " + folder + "; " + setup + "; exec 2>&1; " + line.substr(2));
         seen += line + '\n' + run.out + run.err;
@@ -63,10 +65,12 @@ int replaySamples(const std::string &document, const std::string &setup)
     int replayed = 0;
     for (const Block &block :
          blocksOf(std::string(std::getenv("VEL_SOURCE_DIR")) + '/' + document)) {
-        if (!block.name.empty())
+        if (!block.name.empty()) {
             folder.write(block.name, block.text);
-        if (block.kind != "console")
+        }
+        if (block.kind != "console") {
             continue;
+        }
         EXPECT_EQ(replay(block.text, folder.path(), setup), block.text);
         ++replayed;
     }

@@ -52,8 +52,9 @@ protected:
 TEST_F(Ds, NamesEveryElementTypeInTheHelp)
 {
     const std::string help = ds({"write", "--help"}).out;
-    for (const element_traits &type : element_table)
+    for (const element_traits &type : element_table) {
         EXPECT_NE(help.find(type.name), std::string::npos) << type.name;
+    }
 }
 
 TEST_F(Ds, ReadsBackWhatWasWritten)
@@ -111,11 +112,13 @@ TEST_F(Ds, ListsInTheOrderOfTheFile)
     ASSERT_EQ(json.size(), 3U);
     std::string expected;
     for (const auto &entry : json) {
-        for (const char *key : {"status", "what", "where"})
+        for (const char *key : {"status", "what", "where"}) {
             expected += entry[key].get<std::string>() + '\t';
+        }
         expected += std::to_string(entry["when"].get<int>()) + '\t';
-        for (const char *key : {"format", "type"})
+        for (const char *key : {"format", "type"}) {
             expected += entry[key].get<std::string>() + '\t';
+        }
         expected += std::to_string(entry["count"].get<int>()) + '\t' +
                     std::to_string(entry["length"].get<long>()) + '\t' +
                     std::to_string(entry["position"].get<long>()) + '\n';
@@ -289,8 +292,9 @@ TEST_F(Ds, PrintsARebuildAsJson)
     json = nlohmann::json::parse(ds({"rebuild", "--json", file}).out);
     EXPECT_EQ(json["datasets"], 2);
     ASSERT_EQ(json["lost"].size(), 1U);
-    for (const char *key : {"what", "where", "when", "length", "position"})
+    for (const char *key : {"what", "where", "when", "length", "position"}) {
         EXPECT_EQ(json["lost"][0][key], list[1][key]) << key;
+    }
 }
 
 TEST_F(Ds, ReportsFaultsAfterTheFirst)
@@ -388,8 +392,9 @@ TEST_F(Ds, ReadReturnsTheCodeOfABadHeader)
     // allocated for NUMBER elements.
     const std::string large = folder_.path("large.res");
     std::string values;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         values += "1\n";
+    }
     EXPECT_EQ(ds({"write", large, "A", "P", "1", "DBLE", "--format", "u5"}, values).status, 0);
     std::string number = folder_.read("large.res");
     const std::size_t digits = number.find("NUMBER") + 7;

@@ -18,8 +18,9 @@ class Holders : public ::testing::Test
 protected:
     Holders()
     {
-        if (mkdtemp(folder_.data()) == nullptr)
+        if (mkdtemp(folder_.data()) == nullptr) {
             std::abort();
+        }
         file_ = folder_ + "/held";
         std::ofstream(file_) << "held\n";
     }
@@ -30,8 +31,9 @@ protected:
     static int inChild(Look look)
     {
         const pid_t child = fork();
-        if (child == 0)
+        if (child == 0) {
             _exit(look());
+        }
         int status = -1;
         waitpid(child, &status, 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -43,8 +45,9 @@ protected:
 
 TEST_F(Holders, AreTheOtherProcessesThatHaveItOpen)
 {
-    if (!findHolders(file_).known)
+    if (!findHolders(file_).known) {
         GTEST_SKIP() << "this system does not show its processes";
+    }
     EXPECT_TRUE(findHolders(file_).holders.empty());
     const std::ifstream held(file_);
     EXPECT_TRUE(findHolders(file_).holders.empty()) << "this process does not count";
@@ -62,14 +65,16 @@ TEST_F(Holders, AreTheOtherProcessesThatHaveItOpen)
 /// The files of another user's process are hidden; the result has the user instead.
 TEST_F(Holders, ThatCannotBeSeenAreReportedByTheirUser)
 {
-    if (geteuid() != 0)
+    if (geteuid() != 0) {
         GTEST_SKIP() << "only root may become another user";
+    }
     constexpr unsigned nobody = 65534;
     std::filesystem::permissions(folder_, std::filesystem::perms::all);
     const std::ifstream held(file_);
     const int status = inChild([&] {
-        if (setgid(nobody) != 0 || setuid(nobody) != 0)
+        if (setgid(nobody) != 0 || setuid(nobody) != 0) {
             return 4;
+        }
         const FileHolders found = findHolders(file_);
         const auto &hidden = found.hiddenUsers;
         return (found.holders.empty() ? 1 : 0) |

@@ -44,13 +44,15 @@ public:
             std::string process;
             words >> number >> kind;
             if (kind == "->") {
-                if (number == own)
+                if (number == own) {
                     return true;
+                }
                 continue;
             }
             words >> advisory >> access >> process;
-            if (kind == "FLOCK" && process == std::to_string(getpid()))
+            if (kind == "FLOCK" && process == std::to_string(getpid())) {
                 own = number;
+            }
         }
         return false;
     }
@@ -72,8 +74,9 @@ protected:
             std::async(std::launch::async, [&words] { return runTool(words); });
         using namespace std::chrono_literals;
         for (int i = 0; i < 1000 && !HeldLock::hasWaiter(); ++i) {
-            if (run.wait_for(10ms) == std::future_status::ready)
+            if (run.wait_for(10ms) == std::future_status::ready) {
                 break;
+            }
         }
         std::filesystem::rename(folder_.write("new.vel", bytes), folder_.path("a.vel"));
         lock.reset();
@@ -106,12 +109,14 @@ TEST_F(FileLockTest, EditsAtTheSameTimeAreAllKept)
     }
     const std::string file = folder_.write("a.vel", text + "END\n");
     std::vector<std::future<ToolRun>> runs;
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < 8; ++i) {
         runs.push_back(std::async(std::launch::async, [&file, i] {
             return runTool({"set", file, "/DOMAIN:d/p" + std::to_string(i), "new"});
         }));
-    for (std::future<ToolRun> &run : runs)
+    }
+    for (std::future<ToolRun> &run : runs) {
         EXPECT_EQ(run.get().status, 0);
+    }
     EXPECT_EQ(folder_.read("a.vel"), expected + "END\n");
     EXPECT_EQ(folder_.names(), (Words{"a.vel", "a.vel.bak"}));
 }
@@ -183,8 +188,9 @@ TEST_F(FileLockTest, AFileThatIsGoneAfterTheWaitIsReported)
         return runTool({"set", file, "/DOMAIN:d/a", "3"});
     });
     using namespace std::chrono_literals;
-    for (int i = 0; i < 1000 && !HeldLock::hasWaiter(); ++i)
+    for (int i = 0; i < 1000 && !HeldLock::hasWaiter(); ++i) {
         std::this_thread::sleep_for(10ms);
+    }
     std::filesystem::remove(file);
     lock.reset();
     const ToolRun result = run.get();

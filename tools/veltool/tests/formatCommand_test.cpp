@@ -210,8 +210,9 @@ TEST(Format, AFileThatCannotBeWrittenDoesNotChange)
 {
     const TemporaryFolder folder;
     std::string text;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         text += "x" + std::to_string(i) + "=1\n";
+    }
     const std::string file = folder.write("a.vel", text);
     const ToolRun run = runShell("ulimit -f 2; $VELTOOL format -i " + file);
     EXPECT_EQ(run.status, 2);

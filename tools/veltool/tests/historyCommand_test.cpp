@@ -53,7 +53,7 @@ protected:
     static std::optional<std::string> stateHome()
     {
         const char *value = std::getenv("XDG_STATE_HOME");
-        return value ? std::optional<std::string>(value) : std::nullopt;
+        return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
     }
 
     const std::optional<std::string> before_ = stateHome();
@@ -102,8 +102,9 @@ TEST_F(HistoryCommandTest, ShowsAVersion)
     const ToolRun none = runTool({"history", file_, "--show", "3"});
     EXPECT_EQ(none.status, 1);
     EXPECT_EQ(none.err, "veltool: " + file_ + ": the history has no version 3; the oldest is 2\n");
-    for (const char *number : {"0", "-1", "x", ""})
+    for (const char *number : {"0", "-1", "x", ""}) {
         EXPECT_EQ(runTool({"history", file_, std::string("--show=") + number}).status, 2) << number;
+    }
     EXPECT_EQ(runTool({"history", file_, "--show=1", "--restore=1"}).status, 2);
     EXPECT_EQ(runTool({"history", file_, "--show=1", "--json"}).status, 2);
     EXPECT_EQ(runTool({"history", "-"}).status, 2);
@@ -167,8 +168,9 @@ TEST_F(HistoryCommandTest, EveryCommandThatReplacesAFileKeepsIt)
             std::filesystem::remove(file_ + ".bak");
             folder_.write("a.vel", bytes);
             Names all = words;
-            if (!keeps)
+            if (!keeps) {
                 all.emplace_back("--no-backup");
+            }
             EXPECT_EQ(runTool(all).status, 0) << words[0];
             EXPECT_NE(folder_.read("a.vel"), bytes) << words[0];
             EXPECT_EQ(folder_.has("a.vel.bak"), keeps && words[0] != "merge") << words[0];

@@ -27,8 +27,9 @@ TEST(Json, PutsEachElementOnItsOwnLine)
     EXPECT_EQ(none.end(), "[]\n");
     JsonArray two;
     std::string text;
-    for (const char *element : {"1", "2"})
+    for (const char *element : {"1", "2"}) {
         text.append(two.next()).append(element);
+    }
     EXPECT_EQ(text.append(two.end()), "[\n1,\n2\n]\n");
 }
 

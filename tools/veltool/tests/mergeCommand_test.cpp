@@ -23,10 +23,11 @@ const std::string base = "# Cooling water\n"
 std::string with(std::string text, const std::string &part, const std::string &other)
 {
     const std::size_t at = text.find(part);
-    if (at == std::string::npos)
+    if (at == std::string::npos) {
         ADD_FAILURE() << part << " is not in the text";
-    else
+    } else {
         text.replace(at, part.size(), other);
+    }
     return text;
 }
 
@@ -345,10 +346,11 @@ TEST_F(MergeTest, AShortWriteAndUsageErrorsAreFailures)
     EXPECT_EQ(runShell("$VELTOOL merge -o /dev/full " + all).status, 2);
     EXPECT_EQ(runShell("$VELTOOL merge -o " + folder_.path("no/where ") + all).status, 2);
     for (const char *words : {"", "a b", "a b c d", "--marker-size 0 a b c",
-                              "--marker-size x a b c", "--output", "--no a b c"})
+                              "--marker-size x a b c", "--output", "--no a b c"}) {
         EXPECT_EQ(
             runShell("cd " + folder_.path() + "; touch a b c; $VELTOOL merge " + words).status, 2)
             << words;
+    }
 }
 
 } // namespace

@@ -32,20 +32,23 @@ using Paths = std::map<std::string, std::optional<std::string>>;
 std::string joined(std::initializer_list<std::string_view> parts)
 {
     std::string all;
-    for (const std::string_view part : parts)
+    for (const std::string_view part : parts) {
         all += part;
+    }
     return all;
 }
 
 void flatten(const Model &model, const std::string &path, Paths *paths)
 {
-    for (const auto &[name, value] : model.params)
+    for (const auto &[name, value] : model.params) {
         (*paths)[joined({path, "/", name})] = value;
+    }
     for (const auto &[header, object] : model.objects) {
         std::string component = header;
         component.erase(std::remove(component.begin(), component.end(), ' '), component.end());
-        if (component.ends_with(':'))
+        if (component.ends_with(':')) {
             component.pop_back();
+        }
         const std::string below = joined({path, "/", component});
         (*paths)[below] = std::nullopt;
         flatten(object, below, paths);
@@ -67,10 +70,12 @@ public:
     Model model(int depth = 0)
     {
         Model made;
-        for (std::size_t i = below(5); i > 0; --i)
+        for (std::size_t i = below(5); i > 0; --i) {
             made.params[name()] = value();
-        for (std::size_t i = depth < 3 ? below(4) : 0; i > 0; --i)
+        }
+        for (std::size_t i = depth < 3 ? below(4) : 0; i > 0; --i) {
             made.objects[header()] = model(depth + 1);
+        }
         return made;
     }
 
@@ -85,12 +90,14 @@ public:
             model->objects[header()] = this->model(2);
             break;
         case 1:
-            if (!model->objects.empty())
+            if (!model->objects.empty()) {
                 model->objects.erase(model->objects.begin());
+            }
             break;
         case 2:
-            if (!model->params.empty())
+            if (!model->params.empty()) {
                 model->params.erase(model->params.begin());
+            }
             break;
         default:
             model->params[name()] = value();
@@ -102,20 +109,23 @@ public:
     {
         std::vector<std::string> parts;
         const std::string indent(2 * static_cast<std::size_t>(depth), ' ');
-        for (const auto &[name, value] : model.params)
+        for (const auto &[name, value] : model.params) {
             parts.push_back(assignment(indent, name, value));
+        }
         for (const auto &[header, object] : model.objects) {
             std::string block =
                 joined({indent, header, "\n", text(object, depth + 1), indent, "END\n"});
             // Opens the block a second time, without contents.
-            if (oneIn(6))
+            if (oneIn(6)) {
                 block += joined({indent, header, " # once more\n", indent, "END\n"});
+            }
             parts.push_back(std::move(block));
         }
         std::shuffle(parts.begin(), parts.end(), random_);
         std::string all;
-        for (const std::string &part : parts)
+        for (const std::string &part : parts) {
             all += joined({oneIn(5) ? indent + "# comment 1\n" : "", oneIn(8) ? "\n" : "", part});
+        }
         return all;
     }
 
@@ -127,14 +137,16 @@ private:
                            const std::string &value)
     {
         std::string line = indent;
-        if (oneIn(6))
+        if (oneIn(6)) {
             line += name + " = former\n" + indent;
+        }
         line += name + (oneIn(3) ? "=" : " = ");
         const std::size_t comma = value.find(", ");
-        if (comma != std::string::npos && oneIn(2))
+        if (comma != std::string::npos && oneIn(2)) {
             line += value.substr(0, comma + 2) + "\\\n" + indent + "  " + value.substr(comma + 2);
-        else
+        } else {
             line += value;
+        }
         return line + (oneIn(4) ? " # " + std::to_string(below(100)) : "") + '\n';
     }
 
@@ -207,14 +219,17 @@ std::optional<Paths> merged(const Paths &base, const Paths &ours, const Paths &t
         const State b = at(base, path);
         const State o = at(ours, path);
         const State t = at(theirs, path);
-        if (o != t && b != o && b != t)
+        if (o != t && b != o && b != t) {
             return std::nullopt;
+        }
         const State taken = b == o ? t : o;
-        if (taken)
+        if (taken) {
             result[path] = *taken;
+        }
     }
-    if (hasOrphan(result))
+    if (hasOrphan(result)) {
         return std::nullopt;
+    }
     return result;
 }
 
@@ -225,8 +240,9 @@ Paths readPaths(const TemporaryFolder &folder, const std::string &text)
         runTool({"diff", "--json", folder.write("empty", ""), folder.write("read", text)});
     EXPECT_LT(run.status, 2) << run.err << text;
     Paths paths;
-    if (run.status > 1)
+    if (run.status > 1) {
         return paths;
+    }
     for (const auto &item : nlohmann::json::parse(run.out)) {
         paths[item["path"]] = item["new"].is_null()
                                   ? std::nullopt
@@ -242,14 +258,15 @@ std::string resolved(const std::string &text, bool takeOurs)
     std::string result;
     int side = 0; ///< 0: both, 1: ours, 2: theirs
     for (std::string line; std::getline(lines, line);) {
-        if (line == "<<<<<<< ours")
+        if (line == "<<<<<<< ours") {
             side = 1;
-        else if (line == "=======")
+        } else if (line == "=======") {
             side = 2;
-        else if (line == ">>>>>>> theirs")
+        } else if (line == ">>>>>>> theirs") {
             side = 0;
-        else if (side == 0 || (side == 1) == takeOurs)
+        } else if (side == 0 || (side == 1) == takeOurs) {
             result += line + '\n';
+        }
     }
     return result;
 }
@@ -279,8 +296,9 @@ TEST_P(MergeProperty, HoldsOnRandomEdits)
             random.edit(&oursModel);
             random.edit(&theirsModel);
         }
-        if (!isPossible(baseModel) || !isPossible(oursModel) || !isPossible(theirsModel))
+        if (!isPossible(baseModel) || !isPossible(oursModel) || !isPossible(theirsModel)) {
             continue;
+        }
         const std::string base = random.text(baseModel);
         const std::string ours = random.text(oursModel);
         const std::string theirs = random.text(theirsModel);
@@ -321,21 +339,24 @@ std::string shuffled(const std::string &text, RandomCase *random)
 {
     std::vector<std::string> lines;
     std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
+    for (std::string line; std::getline(in, line);) {
         lines.push_back(line + '\n');
+    }
     for (std::size_t i = random->below(4); i > 0 && !lines.empty(); --i) {
         const auto at = lines.begin() + static_cast<std::ptrdiff_t>(random->below(lines.size()));
         const std::string line = *at;
-        if (random->oneIn(2))
+        if (random->oneIn(2)) {
             lines.erase(at);
-        else if (line.find('=') != std::string::npos)
+        } else if (line.find('=') != std::string::npos) {
             *at = line.substr(0, line.find('=')) + "= v" + std::to_string(random->below(9)) + '\n';
-        else
+        } else {
             lines.insert(at, line);
+        }
     }
     std::string result;
-    for (const std::string &line : lines)
+    for (const std::string &line : lines) {
         result += line;
+    }
     return result;
 }
 
@@ -356,8 +377,9 @@ TEST_P(MergeProperty, HoldsInEveryStyle)
         const std::string ours = shuffled(base, &random);
         const std::string theirs = shuffled(base, &random);
         if (!isReadable(folder_, base) || !isReadable(folder_, ours) ||
-            !isReadable(folder_, theirs))
+            !isReadable(folder_, theirs)) {
             continue;
+        }
         SCOPED_TRACE(joined({"base\n", base, "\nours\n", ours, "\ntheirs\n", theirs}));
         const std::optional<Paths> wanted =
             merged(readPaths(folder_, base), readPaths(folder_, ours), readPaths(folder_, theirs));

@@ -37,15 +37,16 @@ private:
     static Former get(const char *name)
     {
         const char *value = std::getenv(name);
-        return value ? Former(value) : std::nullopt;
+        return value != nullptr ? Former(value) : std::nullopt;
     }
 
     static void restore(const char *name, const Former &value)
     {
-        if (value)
+        if (value) {
             setenv(name, value->c_str(), 1);
-        else
+        } else {
             unsetenv(name);
+        }
     }
 
     TemporaryFolder rules_;

@@ -239,8 +239,9 @@ std::string found(const std::string &file, const std::string &text)
 {
     std::string paths;
     for (const auto &match :
-         nlohmann::json::parse(runTool({"find", "--json", file, "--", text}).out))
+         nlohmann::json::parse(runTool({"find", "--json", file, "--", text}).out)) {
         paths += match["path"].get<std::string>() + ' ';
+    }
     return paths;
 }
 

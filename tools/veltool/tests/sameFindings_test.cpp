@@ -21,8 +21,9 @@ std::vector<std::string> linesOf(const std::string &text)
 {
     std::vector<std::string> lines;
     std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
+    for (std::string line; std::getline(stream, line);) {
         lines.push_back(line);
+    }
     return lines;
 }
 
@@ -51,7 +52,7 @@ std::vector<std::string> fromEditor()
     EXPECT_STREQ(velparser::setBoundsChecking(1), nullptr);
     EXPECT_STREQ(velparser::updateSolverVEL(), nullptr);
     const char *findings = velparser::validateVELDataH();
-    return linesOf(findings ? findings : "");
+    return linesOf(findings != nullptr ? findings : "");
 }
 
 /// The findings of the packages under the system's perl, object by object.

@@ -28,8 +28,9 @@ std::string readFile(const std::string &file)
 std::string program()
 {
     const char *build = std::getenv("VEL_BUILD_DIR");
-    if (!build)
+    if (build == nullptr) {
         throw std::runtime_error("VEL_BUILD_DIR is not set");
+    }
     return std::string(build) + "/bin/veltool";
 }
 
@@ -46,8 +47,9 @@ ToolRun runProgram(std::vector<std::string> words, const std::string &input)
                                      O_WRONLY | O_CREAT, 0600);
     std::vector<char *> arguments;
     arguments.reserve(words.size() + 1);
-    for (std::string &word : words)
+    for (std::string &word : words) {
         arguments.push_back(word.data());
+    }
     arguments.push_back(nullptr);
 
     pid_t child = 0;
@@ -55,8 +57,9 @@ ToolRun runProgram(std::vector<std::string> words, const std::string &input)
         posix_spawn(&child, words[0].c_str(), &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     int state = 0;
-    if (failed || waitpid(child, &state, 0) != child)
+    if (failed || waitpid(child, &state, 0) != child) {
         throw std::runtime_error(words[0] + " could not be run");
+    }
     const int status = WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
     return {status, folder.read("out"), folder.read("err")};
 }
@@ -66,8 +69,9 @@ ToolRun runProgram(std::vector<std::string> words, const std::string &input)
 TemporaryFolder::TemporaryFolder()
 {
     std::string name = (std::filesystem::temp_directory_path() / "veltool-test-XXXXXX").string();
-    if (!mkdtemp(name.data()))
+    if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("no temporary folder");
+    }
     folder_ = name;
 }
 
@@ -101,8 +105,9 @@ bool TemporaryFolder::has(const std::string &name) const
 std::vector<std::string> TemporaryFolder::names() const
 {
     std::vector<std::string> names;
-    for (const auto &entry : std::filesystem::directory_iterator(folder_))
+    for (const auto &entry : std::filesystem::directory_iterator(folder_)) {
         names.push_back(entry.path().filename().string());
+    }
     std::sort(names.begin(), names.end());
     return names;
 }

@@ -26,10 +26,12 @@ std::string run(const std::vector<std::string> &files, std::size_t jobs, const F
 
 FileResult name(const std::string &file)
 {
-    if (file == "slow")
+    if (file == "slow") {
         usleep(50000);
-    if (file == "bad")
+    }
+    if (file == "bad") {
         throw Failure("bad: no good");
+    }
     return {file == "found" ? statusFindings : statusGood, file + '\n', {}};
 }
 
@@ -37,8 +39,9 @@ TEST(Workers, KeepTheOrderOfTheFiles)
 {
     const std::vector<std::string> files = {"slow", "a", "found", "b", "bad", "c"};
     const std::string expected = "slow\na\nfound\nb\nveltool: bad: no good\nc\n2";
-    for (const std::size_t jobs : {1, 2, 3, 100})
+    for (const std::size_t jobs : {1, 2, 3, 100}) {
         EXPECT_EQ(run(files, jobs, name), expected) << jobs;
+    }
     EXPECT_EQ(run({"a", "found"}, 2, name), "a\nfound\n1");
     EXPECT_EQ(run({}, 2, name), "0");
 }
@@ -57,8 +60,9 @@ TEST(Workers, DieWithTheirCurrentFileOnly)
 {
     const pid_t own = getpid();
     const auto work = [&](const std::string &file) {
-        if (file == "deadly" && getpid() != own)
+        if (file == "deadly" && getpid() != own) {
             std::raise(SIGKILL);
+        }
         return name(file);
     };
     EXPECT_EQ(run({"a", "deadly", "b", "c"}, 2, work),
@@ -72,17 +76,19 @@ TEST(Workers, DieWithTheirCurrentFileOnly)
 TEST(Workers, EndIfThePrintingFails)
 {
     const auto work = [](const std::string &file) { return name(file); };
-    EXPECT_THROW((void)workOnFiles(std::vector<std::string>(50, "slow"), 2, work, failed,
-                                   [](const FileResult &) { throw Failure("full"); }),
-                 Failure);
+    EXPECT_THROW(
+        static_cast<void>(workOnFiles(std::vector<std::string>(50, "slow"), 2, work, failed,
+                                      [](const FileResult &) { throw Failure("full"); })),
+        Failure);
 }
 
 TEST(Jobs, AreANumberOfOneOrMore)
 {
     EXPECT_EQ(parseJobs("1"), 1U);
     EXPECT_EQ(parseJobs("64"), 64U);
-    for (const char *text : {"0", "-1", "", "two", "2 ", "1.5", "99999999999999999999"})
-        EXPECT_THROW((void)parseJobs(text), Failure) << text;
+    for (const char *text : {"0", "-1", "", "two", "2 ", "1.5", "99999999999999999999"}) {
+        EXPECT_THROW(static_cast<void>(parseJobs(text)), Failure) << text;
+    }
 }
 
 } // namespace
