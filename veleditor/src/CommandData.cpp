@@ -129,17 +129,40 @@ std::vector<std::string> CommandData::components(const std::string &path) const
     return components;
 }
 
-int CommandData::position(const std::string &path, bool isParameter) const
+std::vector<bool> CommandData::areParameters(const std::string &path) const
+{
+    std::vector<bool> are;
+    for (const velChildInfo &child : childrenOf(path)) {
+        are.push_back(isParam(child));
+    }
+    return are;
+}
+
+CommandData::Place CommandData::placeOf(const std::string &path, bool isParameter) const
 {
     const std::string component = lastComponent(path);
-    int position = 0;
+    Place place{0, 0};
     for (const velChildInfo &child : childrenOf(parentPath(path))) {
         if (isParam(child) == isParameter && velComponentOf(child) == component) {
-            return position;
+            return place;
         }
-        ++position;
+        ++place.position;
+        place.parametersBefore += isParam(child) ? 1 : 0;
     }
-    return -1;
+    return {-1, 0};
+}
+
+std::string CommandData::topmostAbsent(const std::string &path) const
+{
+    for (std::size_t start = 1; start < path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        std::string object = path.substr(0, end);
+        if (!has(object)) {
+            return object;
+        }
+        start = end + 1;
+    }
+    return {};
 }
 
 // The walk keeps its own stack, so that no depth of nesting is too deep for it.

@@ -35,9 +35,20 @@ public:
     /// object does not exist.
     [[nodiscard]] std::vector<std::string> components(const std::string &path) const;
 
-    /// The place of a parameter or object among its siblings, from 0; −1 if it does
-    /// not exist.
-    [[nodiscard]] int position(const std::string &path, bool isParameter) const;
+    /// Which of an object's children are parameters, in stored order.
+    [[nodiscard]] std::vector<bool> areParameters(const std::string &path) const;
+
+    /// The place of a parameter or object among its siblings.
+    struct Place
+    {
+        int position;         ///< from 0; −1 if it does not exist
+        int parametersBefore; ///< how many of the siblings before it are parameters
+    };
+    [[nodiscard]] Place placeOf(const std::string &path, bool isParameter) const;
+
+    /// The topmost of an object and the objects around it that does not exist; empty
+    /// if all exist.
+    [[nodiscard]] std::string topmostAbsent(const std::string &path) const;
 
     /// The text of an object and all below it; see Edit.h for the form.
     [[nodiscard]] std::string block(const std::string &path) const;

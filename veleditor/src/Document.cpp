@@ -7,6 +7,7 @@
 #include "veltext/readFile.h"
 #include "veltext/textFault.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -192,33 +193,42 @@ Message Document::change(Edit &edit)
 Message Document::addParameter(Edit &edit)
 {
     if (edit.position != Edit::atEnd) {
+        fitIn(edit);
         return data_.putParameter(edit.path, edit.newText, edit.position);
     }
+    const std::string absent = data_.topmostAbsent(parentPath(edit.path));
     const std::optional<std::string> former = data_.value(edit.path);
     if (Message failure = data_.readParameter(edit.path, edit.newText, edit.opening)) {
         return failure;
     }
     const std::string stored = data_.value(edit.path).value_or("");
-    edit =
-        former
-            ? Edit{Edit::Kind::SetValue, edit.path, *former, stored}
-            : Edit{
-                  Edit::Kind::AddParameter, edit.path, {}, stored, data_.position(edit.path, true)};
+    if (!absent.empty()) {
+        edit = added(Edit::Kind::AddObject, absent, data_.block(absent));
+    } else if (former) {
+        edit = Edit{Edit::Kind::SetValue, edit.path, *former, stored};
+    } else {
+        edit = added(Edit::Kind::AddParameter, edit.path, stored);
+    }
     return std::nullopt;
 }
 
 Message Document::addObject(Edit &edit)
 {
     if (edit.position != Edit::atEnd) {
+        fitIn(edit);
         return data_.putObject(edit.path, edit.newText, edit.position);
     }
-    const bool isThere = data_.has(edit.path);
-    const std::string former = isThere ? data_.block(edit.path) : std::string();
+    const std::string absent = data_.topmostAbsent(edit.path);
+    const std::string former = absent.empty() ? data_.block(edit.path) : std::string();
     if (Message failure = data_.readObject(edit.path, edit.newText, edit.opening)) {
         return failure;
     }
-    edit = {isThere ? Edit::Kind::ReplaceObject : Edit::Kind::AddObject, edit.path, former,
-            data_.block(edit.path), data_.position(edit.path, false)};
+    if (absent.empty()) {
+        edit = added(Edit::Kind::ReplaceObject, edit.path, data_.block(edit.path));
+        edit.oldText = former;
+    } else {
+        edit = added(Edit::Kind::AddObject, absent, data_.block(absent));
+    }
     return std::nullopt;
 }
 
@@ -226,19 +236,44 @@ Message Document::remove(Edit &edit)
 {
     const bool isParameter = edit.kind == Edit::Kind::DeleteParameter;
     edit.newText.clear();
-    edit.position = data_.position(edit.path, isParameter);
+    noteItsPlace(edit, isParameter);
     edit.oldText = isParameter ? data_.value(edit.path).value_or("") : data_.block(edit.path);
     return isParameter ? data_.deleteParameter(edit.path) : data_.deleteObject(edit.path);
 }
 
 Message Document::replaceObject(Edit &edit)
 {
-    edit.position = data_.position(edit.path, false);
+    noteItsPlace(edit, false);
     edit.oldText = data_.block(edit.path);
     if (Message failure = data_.deleteObject(edit.path)) {
         return failure;
     }
     return data_.putObject(edit.path, edit.newText, edit.position);
+}
+
+/// The complete edit that has put this text there.
+Edit Document::added(Edit::Kind kind, const std::string &path, const std::string &text) const
+{
+    Edit edit{kind, path, {}, text};
+    noteItsPlace(edit, kind == Edit::Kind::AddParameter);
+    return edit;
+}
+
+/// Takes the place of an item that exists.
+void Document::noteItsPlace(Edit &edit, bool isParameter) const
+{
+    const CommandData::Place place = data_.placeOf(edit.path, isParameter);
+    edit.position = place.position;
+    edit.parametersBefore = place.parametersBefore;
+}
+
+/// Takes the place that a new item gets among the siblings that are there.
+void Document::fitIn(Edit &edit) const
+{
+    const std::vector<bool> siblings = data_.areParameters(parentPath(edit.path));
+    edit.position = positionAmong(siblings, edit);
+    edit.parametersBefore =
+        static_cast<int>(std::count(siblings.begin(), siblings.begin() + edit.position, true));
 }
 
 void Document::report(const Edit &done, bool isNew)

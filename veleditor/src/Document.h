@@ -66,7 +66,9 @@ public:
     /// message and emits no signal; part of the change may have been made, and the
     /// document is marked as modified.
     ///
-    /// Fills in `oldText` of the edit and, for a deletion, `position`.
+    /// Fills in `oldText` of the edit and, for a deletion, its place. An edit that adds
+    /// an item to an object that does not exist makes that object too, and is then the
+    /// edit that adds the topmost object that it has made.
     [[nodiscard]] Message apply(Edit edit, Marking marking = Marking::Modified);
 
     /// Makes a change that is known to lead from the state `from` to the state `to`,
@@ -92,6 +94,12 @@ public:
 
     /// The state that the last edit began with: `revision()` where it changed nothing.
     [[nodiscard]] std::uint64_t formerRevision() const { return formerRevision_; }
+
+    /// The state that was loaded or saved last.
+    [[nodiscard]] std::uint64_t revisionOnDisk() const { return revisionOnDisk_; }
+
+    /// A number for a state in which the data has not been yet, for `applyBetween`.
+    [[nodiscard]] std::uint64_t nextRevision() { return ++lastRevision_; }
 
     [[nodiscard]] bool isModified() const { return isMarked_; }
 
@@ -154,6 +162,10 @@ private:
     [[nodiscard]] Message addObject(Edit &edit);
     [[nodiscard]] Message remove(Edit &edit);
     [[nodiscard]] Message replaceObject(Edit &edit);
+    [[nodiscard]] Edit added(Edit::Kind kind, const std::string &path,
+                             const std::string &text) const;
+    void noteItsPlace(Edit &edit, bool isParameter) const;
+    void fitIn(Edit &edit) const;
     void report(const Edit &done, bool isNew);
     void mark(bool modified);
     Message reportFindings(const std::string &path, const char *findings);

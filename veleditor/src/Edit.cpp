@@ -1,6 +1,7 @@
 // Makes edits and their inverses.
 #include "veleditor/src/Edit.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace velEditor {
@@ -23,6 +24,12 @@ Edit::Kind inverse(Edit::Kind kind)
         break;
     }
     return kind;
+}
+
+bool isAboutParameter(Edit::Kind kind)
+{
+    return kind == Edit::Kind::SetValue || kind == Edit::Kind::AddParameter ||
+           kind == Edit::Kind::DeleteParameter;
 }
 
 } // namespace
@@ -55,7 +62,27 @@ Edit deletingObject(std::string path)
 
 Edit inverse(const Edit &done)
 {
-    return {inverse(done.kind), done.path, done.newText, done.oldText, done.position};
+    return {inverse(done.kind), done.path,      done.newText,         done.oldText,
+            done.position,      /*opening=*/{}, done.parametersBefore};
+}
+
+int positionAmong(const std::vector<bool> &siblings, const Edit &edit)
+{
+    const auto count = static_cast<int>(siblings.size());
+    const int position = std::min(edit.position, count);
+    if (std::count(siblings.begin(), siblings.begin() + position, true) == edit.parametersBefore) {
+        return position;
+    }
+    const bool isParameter = isAboutParameter(edit.kind);
+    int before = isParameter ? edit.parametersBefore : edit.position - edit.parametersBefore;
+    int place = 0;
+    for (int i = 0; i < count && before > 0; ++i) {
+        if (siblings[static_cast<std::size_t>(i)] == isParameter) {
+            place = i + 1;
+            --before;
+        }
+    }
+    return place;
 }
 
 } // namespace velEditor

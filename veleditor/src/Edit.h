@@ -46,6 +46,11 @@ struct Edit
     /// them; if empty, the components of the path are used.
     std::vector<std::string> opening = {};
 
+    /// How many of the siblings before `position` are parameters. A file that was saved
+    /// and loaded has its parameters before its objects; this number then gives the
+    /// place of an edit that was made before.
+    int parametersBefore = 0;
+
     bool operator==(const Edit &) const = default;
 };
 
@@ -66,5 +71,11 @@ struct Edit
 
 /// The edit that undoes `done`, a complete edit from Document::applied.
 [[nodiscard]] Edit inverse(const Edit &done);
+
+/// The position for the item of an edit that has one, among siblings of which each is
+/// a parameter (true) or an object. It is that of the edit if as many parameters are
+/// before it as there were. Otherwise a parameter comes after as many parameters, and
+/// an object after as many objects, as before.
+[[nodiscard]] int positionAmong(const std::vector<bool> &siblings, const Edit &edit);
 
 } // namespace velEditor

@@ -85,12 +85,13 @@ void VELTree::showAddedObject(const std::string &path, int position)
     const bool isNew = position == Edit::atEnd;
     const bool isSection =
         flowItem_ != nullptr && path == childPath(flowItem_->path(), expertSection);
-    if (!isNew) {
-        rebuildInPlace();
-    } else if (isSection) {
+    const bool isEmpty = document_->data().components(path).empty();
+    if (isNew && isSection && isEmpty && expertItem_ == nullptr) {
         showExpertSection();
-    } else {
+    } else if (isNew && !isSection) {
         buildTree();
+    } else {
+        rebuildInPlace();
     }
 }
 
@@ -126,6 +127,8 @@ void VELTree::addParameter()
         refuseEdit(fromBytes(name));
         return;
     }
+    const std::string objectPath = target->path();
+    const bool isThere = document_->data().has(objectPath);
     VELTreeItem *former = parameterRow(*target, name);
     if (const Message failure =
             document_->apply(addingParameter(path, dialog.value(), openingLabels(*target)))) {
@@ -135,8 +138,14 @@ void VELTree::addParameter()
                  tr("\nParameter was not created."));
         return;
     }
-    showNewParameter(*target, name, former);
-    if (const Message errors = document_->validateObject(target->path())) {
+    if (!isThere) { // it is there now, and all rows were made again
+        target = rowAt(objectPath, false);
+        former = nullptr;
+    }
+    if (target != nullptr) {
+        showNewParameter(*target, name, former);
+    }
+    if (const Message errors = document_->validateObject(objectPath)) {
         showErrors(*errors);
     }
     viewport()->update();

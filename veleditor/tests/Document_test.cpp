@@ -304,8 +304,12 @@ private slots:
     void addsAParameterThatIsThere();
     void addsAnObject();
     void addsToAnObjectThatIsThere();
+    void addsTheObjectsAroundAParameter();
+    void addsTheObjectsAroundAnObject();
     void deletesAParameterAndPutsItBack();
     void deletesAnObjectAndPutsItBack();
+    void findsAPlaceAmongOtherSiblings();
+    void putsParametersBackInOrderAfterASave();
     void rollsBackTheLastEdit();
     void marksAFailedEdit();
     void marksNothingWhenToldSo();
@@ -499,6 +503,30 @@ void DocumentTest::addsToAnObjectThatIsThere()
     QCOMPARE(dump(storedData()), startDump);
 }
 
+void DocumentTest::addsTheObjectsAroundAParameter()
+{
+    open();
+    const std::string zone = "/FLOW:Analysis/ZONE:a";
+    QCOMPARE(document_->apply(addingParameter(zone + "/PART/Size", "2")), std::nullopt);
+    QCOMPARE(reports(), "modified\nobject " + zone + " -1\napplied " + zone +
+                            " [] [ZONE : a\nPART :\nSize = 2\nEND\nEND\n] 3\n");
+    QCOMPARE(document_->rollBack(), std::nullopt);
+    QCOMPARE(dump(storedData()), startDump);
+    QVERIFY(!document_->data().has(zone));
+}
+
+void DocumentTest::addsTheObjectsAroundAnObject()
+{
+    open();
+    QCOMPARE(document_->apply(addingObject("/FLOW:Analysis/ZONE:a/PART", "PART:\nSize = 2\nEND\n")),
+             std::nullopt);
+    QCOMPARE(reports(), "modified\nobject /FLOW:Analysis/ZONE:a -1\n"
+                        "applied /FLOW:Analysis/ZONE:a [] "
+                        "[ZONE : a\nPART :\nSize = 2\nEND\nEND\n] 3\n");
+    QCOMPARE(document_->rollBack(), std::nullopt);
+    QCOMPARE(dump(storedData()), startDump);
+}
+
 void DocumentTest::deletesAParameterAndPutsItBack()
 {
     open();
@@ -523,6 +551,50 @@ void DocumentTest::deletesAnObjectAndPutsItBack()
     QCOMPARE(document_->rollBack(), std::nullopt);
     QCOMPARE(dump(storedData()), startDump);
     QCOMPARE(reports(), "modified\nobject " + in + " 1\napplied " + in + " [] [" + block + "] 1\n");
+}
+
+void DocumentTest::findsAPlaceAmongOtherSiblings()
+{
+    const auto placeOf = [](Edit::Kind kind, int position, int parametersBefore,
+                            const std::vector<bool> &siblings) {
+        Edit edit{kind, "/A", {}, {}, position};
+        edit.parametersBefore = parametersBefore;
+        return positionAmong(siblings, edit);
+    };
+    const auto parameter = Edit::Kind::AddParameter;
+    const auto object = Edit::Kind::AddObject;
+    // As it was.
+    QCOMPARE(placeOf(parameter, 1, 0, {false, true}), 1);
+    QCOMPARE(placeOf(object, 2, 1, {true, false, true}), 2);
+    QCOMPARE(placeOf(object, 2, 2, {true, true}), 2);
+    // All parameters are before all objects now.
+    QCOMPARE(placeOf(parameter, 1, 0, {true, false}), 0);
+    QCOMPARE(placeOf(parameter, 2, 1, {true, true, false}), 1);
+    QCOMPARE(placeOf(parameter, 4, 2, {true, true, true, false, false}), 2);
+    QCOMPARE(placeOf(object, 2, 1, {true, true, false, false}), 3);
+    // There are fewer than there were.
+    QCOMPARE(placeOf(parameter, 5, 3, {true, false}), 1);
+    QCOMPARE(placeOf(object, 5, 1, {true, false}), 2);
+    QCOMPARE(placeOf(object, 5, 1, {}), 0);
+}
+
+void DocumentTest::putsParametersBackInOrderAfterASave()
+{
+    const char mixed[] = "FLOW: A\n  DOMAIN: D\n  END\n  a = 1\n  b = 2\n  c = 3\nEND\n";
+    for (const std::string name : {"a", "b", "c"}) {
+        forgetData();
+        open(mixed);
+        const std::vector<std::string> lines = writtenLines();
+        Edit deleted;
+        connect(document_.get(), &Document::applied, this,
+                [&deleted](const Edit &edit) { deleted = edit; });
+        QCOMPARE(document_->apply(deletingParameter("/FLOW:A/" + name)), std::nullopt);
+        QVERIFY(document_->save(document_->file()).outcome == SaveOutcome::Written);
+        forgetData();
+        QCOMPARE(document_->load(), std::nullopt);
+        QCOMPARE(document_->apply(inverse(Edit(deleted))), std::nullopt);
+        QCOMPARE(writtenLines(), lines);
+    }
 }
 
 void DocumentTest::rollsBackTheLastEdit()

@@ -180,10 +180,13 @@ private:
         const std::string parameter = one(storedPaths(true), title);
         const std::string number = std::to_string(below(6));
         Edit edit;
-        switch (below(8)) {
+        switch (below(9)) {
         case 0:
         case 1:
             edit = addingParameter(childPath(object, "p " + number), value);
+            break;
+        case 8:
+            edit = addingParameter(childPath(object, "ZONE:z" + number + "/PART/p"), value);
             break;
         case 2:
             edit = addingObject(childPath(object, "DOMAIN:d" + number),
