@@ -22,7 +22,7 @@ API - the methods of the Perl side that the program calls
 
 =head1 DESCRIPTION
 
-One object of this class holds one set of command data. It contains no rules itself: these
+An object of this class has one set of command data. It contains no rules itself: the rules
 are in L<VEL::Model> and L<VEL::Rules>.
 
 Methods that return a message return nothing, or an empty text, on success.
@@ -39,7 +39,7 @@ whose name ends in C<Records>, fills an array with the records (see L<VEL::Recor
 =item C<< API->new >>, C<< API->new($database) >>
 
 A new object with an empty database, or with the given L<VEL::Parser::Lite>.
-C<< $api->{database} >> is that database, the same for the life of the object.
+C<< $api->{database} >> is that database; it never changes.
 
 =cut
 
@@ -71,8 +71,7 @@ sub readTextFile ($self, $file, $lines) {
 
 =item C<parseVELData($lines, $library)>
 
-Parses lines into the database, as library data when the second argument is
-true.
+Parses lines into the database, as library data if the second argument is true.
 
 =cut
 
@@ -94,8 +93,8 @@ sub useLibraries ($self, $names, $folder) {
 
 =item C<readLibraries>
 
-Reads the rule libraries that C<useLibraries> or else the environment names. Returns also
-the faults of the rules, once. The correct rules work.
+Reads the rule libraries that C<useLibraries> names, otherwise those that the environment
+names. Also returns the faults of the rules, each once. All other rules work.
 
 =item C<readLibrariesRecords($faults)>
 
@@ -123,8 +122,8 @@ sub readLibrariesRecords ($self, $faults) {
 
 =item C<updateSolverVEL>
 
-Brings the data up to the language version of the libraries. Returns the list of
-changes, one line for each; empty if nothing had to be changed.
+Upgrades the data to the language version of the libraries. Returns the list of changes,
+one line for each; empty if there are none.
 
 =item C<updateSolverVELRecords($changes)>
 
@@ -138,7 +137,7 @@ sub updateSolverVEL ($self) {
     my $error = eval { $upgrade->run(\@changes); 1 } ? undef : $@;
     my @lines = map { change_line($_) } @changes;
     return join "\n", @lines if !defined $error;
-    # The changes made before the failure remain, so they are reported too.
+    # The changes that were made before the failure stay, so they are reported too.
     die $upgrade->failed ? join("\n", @lines, $error) : $error;
 }
 
@@ -183,7 +182,7 @@ sub getAllowedParams ($self, $path, $names, $flag) {
 =item C<explainItem($path, $lines)>
 
 Fills the array with what the rules say about an object or parameter, whether it exists or
-not: lines of the form C<Field = text>, as in a rule. The array is empty without a rule.
+not: lines of the form C<Field = text>, as in a rule. If there is no rule, the array is empty.
 
 =item C<explainItemRecords($path, $fields)>
 
@@ -207,7 +206,7 @@ sub explainItemRecords ($self, $path, $fields) {
 
 =item C<isParamEditable($path)>
 
-1 if the parameter may be changed, else 0. In safe mode (validation level 2) only
+1 if the parameter may be changed, otherwise 0. In safe mode (validation level 2) only
 parameters that a running solver reads again may be changed.
 
 =cut
@@ -216,7 +215,7 @@ sub isParamEditable ($self, $path) { return $self->{model}->is_editable($path) }
 
 =item C<isItemExpert($path)>
 
-1 when the object or parameter is for experts only, else 0.
+1 if the object or parameter is only for experts, otherwise 0.
 
 =cut
 

@@ -16,7 +16,7 @@ VEL::Expression - checks expressions: their form and the names in them
 
 A Real may be given as an expression over the parameters of
 F</LIBRARY/EXPRESSIONS>. It is accepted if its parentheses match and every
-name in it is known. Names may contain blanks, like parameter names. Brackets after a
+name in it is known. Names may contain spaces, like parameter names. Brackets after a
 number contain its unit. The unit of the result is not checked.
 
 =head1 FUNCTIONS
@@ -58,8 +58,8 @@ sub looks_like_one ($text) {
 =item C<fault($text, $known, $used)>
 
 What is wrong with the expression, a problem of L<VEL::Findings>, or C<undef>.
-C<$known> is a hash whose keys are the names that may be used; those that are
-used are pushed onto the array C<$used>, where given.
+The keys of the hash C<$known> are the names that may be used. The names that are
+used are pushed onto the array C<$used>, if it is given.
 
 =cut
 

@@ -402,11 +402,11 @@ sub finding ($path, $problem, @related) {
 
 =item C<place_name($type)>
 
-Where an object is, in words: C<at the top level> for C</>, else C<in DOMAIN>.
+Where an object is, in words: C<at the top level> for C</>, otherwise C<in DOMAIN>.
 
 =item C<target_name($type)>
 
-Where an object can be moved to, in words: C<the top level> for C</>, else the type.
+Where an object can be moved to, in words: C<the top level> for C</>, otherwise the type.
 
 =cut
 
@@ -424,7 +424,7 @@ The same for a list of names.
 
 =item C<choice($near, @known)>
 
-Values for a sentence that proposes what to write: C<{near}> if it is defined, else
+Values for a sentence that proposes what to write: C<{near}> if it is defined, otherwise
 C<{only}> or C<{known}>, at most 12 of C<@known>.
 
 =cut

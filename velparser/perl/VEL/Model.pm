@@ -62,7 +62,7 @@ sub of ($class, $database) {
     }
     my $self = bless {
         database  => $database,
-        library   => undef,    # the rules apart from the data; undef while data states none
+        library   => undef,    # the rules without those of the data; undef while data states none
         rules     => undef,
         compiled  => 0,
         names     => {},
@@ -141,7 +141,7 @@ sub _is_mixed ($self) {
     return 0;
 }
 
-# Whether only libraries have stated the parents of a node that is gone. /RULES itself
+# Whether only libraries have stated the parents of a node that was removed. /RULES itself
 # does not count: everything in it was removed before.
 sub _is_inside_library ($self, $path) {
     return 0 if $path eq '/RULES';
@@ -165,7 +165,7 @@ Removes the mark of every object.
 
 =cut
 
-# Without recursion: blocks may be nested thousands deep.
+# Without recursion, because blocks may nest thousands of levels deep.
 sub clear_marks ($self) {
     my $database = $self->{database};
     my @open = ('');
@@ -207,8 +207,8 @@ to.
 
 =item C<forget>
 
-Call this after the libraries have been read. It drops everything known about the database
-and removes all marks.
+Call this after the libraries have been read. It forgets everything that it knows about the
+database, and removes all marks.
 
 =cut
 
@@ -232,7 +232,7 @@ sub forget ($self) {
 
 =item C<database>, C<rules>, C<compiled>
 
-The database; the current rules; how often they have been compiled.
+The database; the current rules; how often the rules have been compiled.
 
 =cut
 
@@ -249,7 +249,7 @@ sub _compile ($self) {
     return $self->{rules} = $self->{library} ? VEL::Rules->new($self->{library}->top) : $self->_shared_rules;
 }
 
-# Databases whose libraries state the same share the rules: { stated, rules }, not owned.
+# Databases whose libraries have the same contents share the rules: { stated, rules }, not owned.
 my @shared;
 
 sub _shared_rules ($self) {
@@ -264,7 +264,7 @@ sub _shared_rules ($self) {
     return $rules;
 }
 
-# By which it is seen that the rules have changed.
+# The text that shows whether the rules have changed.
 sub _text ($self) {
     my @lines;
     $self->{database}->getObjectVEL('/RULES', \@lines, 1) if $self->{database}->havePath('/RULES');
@@ -305,8 +305,8 @@ sub type_of ($self, $path) {
 
 =item C<variant_at($path, $type)>
 
-The variant of that type (see L<VEL::Rules::Type>) that holds for the object at
-a full path now.
+The variant of that type (see L<VEL::Rules::Type>) that applies now to the object at a
+full path.
 
 =cut
 
@@ -336,7 +336,7 @@ sub parameter_at ($self, $path) {
 
 =item C<is_expert($path)>
 
-1 when the rule of the object or parameter says so, else 0.
+1 if the rule of the object or parameter says so, otherwise 0.
 
 =cut
 
@@ -351,9 +351,8 @@ sub is_expert ($self, $path) {
 
 =item C<is_editable($path)>
 
-1 when the parameter may be changed now: by its rule, and at validation level 2
-(the solver is running) only when the rule says that it may be changed then. An
-object is not editable.
+1 if the rule allows a change of the parameter now. At validation level 2 the solver is
+running, and the rule must allow changes during the run. An object is not editable.
 
 =cut
 
@@ -368,9 +367,9 @@ sub is_editable ($self, $path) {
 
 =item C<allowed_parameters($path, $missing_only)>
 
-The names of the parameters that the object may have, in rule order. With a
-true second argument only those that it does not have, and of these the required
-ones first. The single entry C<-1> where any name may be used.
+The names of the parameters that the object may have, in rule order. If the second
+argument is true, only those that it does not have yet, the required ones first. The single
+entry C<-1> if any name is allowed.
 
 =cut
 
@@ -440,8 +439,8 @@ sub object_names ($self, $types) {
 
 =item C<object_path($types, $name)>
 
-The path of the first object of these types that has the name; an empty list where
-there is none.
+The path of the first object of these types that has the name; an empty list if there is
+none.
 
 =cut
 
@@ -480,7 +479,7 @@ sub first_of_type ($self, $path, $type) {
     return $parent eq '/' ? "/$first" : "$parent/$first";
 }
 
-# Kept if the parent has many objects, so that they are counted only once.
+# The count is kept if the parent has many objects, so that they are counted only once.
 sub _first_of ($self, $parent, $type) {
     my $kept = $self->{first}{$type}{$parent};
     return $kept if $kept;

@@ -10,7 +10,7 @@ use VEL::Path qw(last_component);
 
 =head1 NAME
 
-VEL::Record - the records that cross the bridge, and their text
+VEL::Record - the records that Perl code gives to C++, and their texts
 
 =head1 SYNOPSIS
 
@@ -19,8 +19,8 @@ VEL::Record - the records that cross the bridge, and their text
 
 =head1 DESCRIPTION
 
-Packages work with records, which are plain hashes. Only this package makes text from
-them; text is never read back.
+Packages work with records, which are plain hashes. Only this package makes texts from
+them; no code makes records from these texts.
 
 A I<finding> has
 
@@ -58,7 +58,7 @@ sub finding ($path, $text, $identifier, @related) {
 
 =item C<finding_line($finding)>, C<finding_lines(@findings)>
 
-C<PATH: sentence [identifier]>, and one for each finding, without a last line end.
+C<PATH: sentence [identifier]>; one line for each finding, without a line end after the last.
 
 =cut
 

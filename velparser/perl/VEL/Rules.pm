@@ -79,7 +79,7 @@ sub fault_records ($self) { return $self->{source}->faults }
 
 =item C<is_empty>
 
-Whether no type is described at all. Then data has no findings.
+Whether the rules describe no type. Then data has no findings.
 
 =cut
 
@@ -185,7 +185,7 @@ sub _resolve_all ($self) {
     return;
 }
 
-# Whether a case has a condition, its own or one that it inherits.
+# Whether a case has a condition, either its own or an inherited one.
 sub _is_whole_case ($self, $case) {
     return $case->{whole} //= $self->{source}->lacks($case, @VEL::Rules::Source::CONDITION) ? 0 : 1;
 }
@@ -229,7 +229,7 @@ sub _combine_parameters ($base, $own) {
     return \%both;
 }
 
-# A case that both have, by its label, is one case.
+# Cases with the same label are one case.
 sub _combine_cases ($base, $own) {
     my %own = map { $_->{label} => $_ } @$own;
     my @cases;

@@ -9,7 +9,7 @@ use List::Util qw(min);
 
 =head1 NAME
 
-VEL::Suggest - "did you mean": finds the known word nearest to a misspelt one
+VEL::Suggest - finds the known word nearest to a misspelt one, for "did you mean"
 
 =head1 FUNCTIONS
 

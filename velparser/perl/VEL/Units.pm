@@ -19,17 +19,16 @@ defines how a unit is written, more strictly than the library:
     unit   := "1" | "%" | factor { " " factor } [ "/" factor ]
     factor := name [ "^" integer ]
 
-so C<kg m^-3>, C<W m^-2 K^-1>, C<m/s>, and not C<kg/m3>, C<m s-1>, C<2 m>. A
-name takes one prefix at most, a symbol before a symbol (C<km>) or a word before
-a word (C<kilometer>). Words are written small, but where the table of units has
-a capital.
+for example C<kg m^-3>, C<W m^-2 K^-1>, C<m/s>, but not C<kg/m3>, C<m s-1>, C<2 m>. A name
+has at most one prefix: a symbol before a symbol (C<km>), or a word before a word
+(C<kilometer>). Words have small letters, except where the table of units has a capital.
 
-C<C> and C<F> mean degrees Celsius and Fahrenheit: alone a temperature, in a
-product a difference of temperatures. Angles count as a quantity of their own:
-C<rad s^-1> and C<Hz> do not go together, nor do C<degree> and C<%>.
+C<C> and C<F> mean degrees Celsius and Fahrenheit. Alone they are a temperature, in a
+product a difference of temperatures. Angles are a separate quantity: C<rad s^-1> is not
+compatible with C<Hz>, and C<degree> is not compatible with C<%>.
 
-The unit system is loaded when it is first needed. While it loads, the locale is changed
-so that it reads decimal points, and its messages for developers are suppressed.
+The unit system is loaded when it is first needed. During this, the locale is changed, so
+that the unit system reads decimal points, and its messages for developers are suppressed.
 
 =cut
 
@@ -49,7 +48,7 @@ my $SYMBOL_PREFIX = qr/da|[YZEPTGMkhdcmunpfazy]/;
 my $WORD_PREFIX   = qr/yotta|zetta|exa|peta|tera|giga|mega|kilo|hecto|deka|deci|centi|milli
     |micro|nano|pico|femto|atto|zepto|yocto/x;
 
-# No unit of any quantity is longer.
+# The length of the longest unit that is accepted.
 my $LONGEST = 200;
 
 my $FACTOR = qr/[A-Za-z_]+(?:\^[+-]?[1-9])?/;
@@ -77,8 +76,8 @@ my $LONGEST_IN_BASE_UNITS = 512;
 # The usual name of the library.
 my $LIBRARY = 'libudunits2.so.0';
 
-# The unit system, which all threads share. It is for one thread at a time: locked while
-# it is used. Where a program uses threads, it loads them before this package.
+# The unit system, which all threads share. Only one thread may use it at a time, so it is
+# locked while it is used. A program with threads loads C<threads> before this package.
 my $shared_system : shared;
 
 my ($system, $failure);
@@ -130,7 +129,7 @@ sub _load () {
     return 1;
 }
 
-# The table reports each of its units that has another unit's name: to $silence.
+# The table reports each unit that has the name of another unit; $silence gets the reports.
 sub _read_table ($silence) {
     my $speak = ut_set_error_message_handler($silence);
     my $table = ut_read_xml(undef);
@@ -167,8 +166,7 @@ sub exists_unit ($text) {
 
 =item C<remembered>
 
-The number of units and converters that are kept for the next question; it is
-bounded, whatever texts are asked about.
+The number of units and converters that are kept for the next question. It has a limit.
 
 =cut
 
@@ -194,7 +192,7 @@ sub _make_room () {
     return;
 }
 
-# The unit system's unit, 0 where there is none.
+# The unit of the unit system, 0 if there is none.
 sub _unit ($text) {
     return 0 if length $text > $LONGEST;
     return $units{$text} //= _parse($text) // 0;
@@ -227,7 +225,7 @@ sub _is_word ($name) {
     return $name =~ s/$CAPITALS//gr !~ /[A-Z]/ && _is_found(scalar ut_get_unit_by_name($system, $name)) ? 1 : 0;
 }
 
-# The unit system gives a copy of the unit, which is ours.
+# The unit system gives a copy of the unit, which we own.
 sub _is_found ($unit) {
     return 0 if !$unit;
     ut_free($unit);
@@ -260,7 +258,7 @@ Whether the unit is a plain number, such as C<1>, C<%> or C<kg kg^-1>.
 
 sub is_dimensionless ($text) { return is_convertible($text, '1') }
 
-# 0 where there is none.
+# 0 if there is none.
 sub _converter ($from, $to) {
     my $known = exists $converters{$from} ? $converters{$from}{$to} : undef;
     return $known if defined $known;

@@ -20,8 +20,8 @@ later versions run in the order of the versions. A step applies to every object 
 type anywhere. A step without an effect is not a change. Nothing is overwritten: if a new
 name is already in use, that change is not made.
 
-Data that no step changes and that states no version is not changed. All other data
-states the version of the rules afterwards.
+If the data states no version and no step changes it, it stays as it is. All other data
+then states the version of the rules.
 
 =head1 METHODS
 
@@ -39,9 +39,8 @@ sub new ($class, $model) {
 
 =item C<run($changes)>
 
-Makes the changes and fills the array with them (see L<VEL::Record>); none if nothing had
-to be changed. Dies if the database fails: the changes made before remain, and are in the
-array.
+Makes the changes and fills the array with them (see L<VEL::Record>). Dies if the database
+fails; the changes before the failure stay and are in the array.
 
 =item C<failed>
 
@@ -140,7 +139,7 @@ sub _must ($self, $error) {
     die "updateSolverVEL: $error\n";
 }
 
-# Makes the object if it is missing; false if a parameter has its name.
+# Makes the object if it is missing. The result is false if a parameter has its name.
 sub _have_object ($self, $path) {
     return $self->{database}->isObject($path) if $self->{database}->havePath($path);
     $self->_must($self->{database}->createObject($path, 0));

@@ -26,7 +26,7 @@ VEL::Validate - checks command data with the rules
 
 =head1 DESCRIPTION
 
-A finding is a record (see L<VEL::Record>). As text it is one line: path, colon, blank, a
+A finding is a record (see L<VEL::Record>). As text it is one line: path, colon, space,
 sentence, and an identifier in brackets. F<docs/findings.md> explains every identifier.
 
 An object without findings is marked valid, and so are its parameters. An object with
@@ -69,7 +69,7 @@ sub new ($class, $database) {
 =item C<validateObject($path)>
 
 Checks one object (or C</>): its place, its own parameters, and whether anything is
-missing. Its child objects need calls of their own. Returns the findings as text, C<undef>
+missing. It does not check the child objects. Returns the findings as text, C<undef>
 if there are none.
 
 =item C<validateObjectRecords($path, $findings)>
@@ -277,12 +277,12 @@ sub _is_doubtful_switch ($self, $path, $type, $name) {
     }
     return 1 if grep { $_ eq $name } @{ $variant->{required} };
     return 1 if $self->_is_misspelt($path, $type, $variant, $name);
-    # It may itself depend on another one.
+    # This parameter may itself depend on another one.
     local $self->{doubts}{$path}{$name} = 0;
     return $self->_is_doubtful($path, $type, $type->cases_with(['required'], $name));
 }
 
-# Not searched in very large objects: each of their child objects may ask for it.
+# Very large objects are not searched, because each of their child objects may ask for it.
 my $FEW_NAMES = 100;
 
 # Whether the object has an unknown parameter that is probably this one.

@@ -12,8 +12,8 @@ VEL::Value - reads the text of a value: lists, logicals, numbers, quantities
 
 =head1 DESCRIPTION
 
-All values are text. These functions read it like the command database does. None of
-them depends on the locale.
+All values are text. These functions read it as the command database does. None of them
+depends on the locale.
 
 =head1 FUNCTIONS
 
@@ -60,10 +60,10 @@ sub _split_outside_parentheses ($text) {
 
 =item C<logical($text)>
 
-1 for yes, y, true, t, on and any number but zero, 0 for no, n, false, f, off
-and zero, letter case ignored; C<undef> for every other text. As in the command
-database, the first word counts, and one that begins with a digit is the number
-that it begins with, rounded.
+1 for yes, y, true, t, on and any number except zero; 0 for no, n, false, f, off and zero;
+C<undef> for every other text. Upper and lower case are the same. As in the command
+database, only the first word counts. If it begins with a digit, it is the number at its
+beginning, rounded.
 
 =cut
 
@@ -92,10 +92,10 @@ sub is_integer ($text) { return $text =~ /^[+-]?[0-9]+\z/ ? 1 : 0 }
 
 =item C<quantity($text)>
 
-The number and the text of the unit (C<undef> without brackets) of a quantity
-such as C<0.5 [kg s^-1]>. If the bracket is not closed, the result has a
-reference to the text after it in place of the unit. An empty list if the text does not
-begin with a number, or contains more than number and unit.
+The number and the text of the unit (C<undef> without brackets) of a quantity such as
+C<0.5 [kg s^-1]>. If the bracket is not closed, the result has a reference to the text
+after the bracket instead of the unit. An empty list if the text does not begin with a
+number, or contains more than number and unit.
 
 =cut
 

@@ -14,8 +14,8 @@ VEL::Version - the order of language versions
 
 =item C<compare($one, $other)>
 
--1, 0 or 1. Versions are ordered by the numbers between the points: 2.6 is older
-than 2.10, and 5 is 5.0.
+-1, 0 or 1. Versions are compared number by number: 2.6 is older than 2.10, and 5 is the
+same as 5.0.
 
 =cut
 

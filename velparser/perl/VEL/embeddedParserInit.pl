@@ -1,5 +1,5 @@
-# Read by the embedded interpreter when it starts. The file is compiled and
-# never run, so all it does is done at compile time.
+# Read by the embedded interpreter when it starts. The file is compiled and never run, so
+# everything in it happens at compile time.
 use strict;
 use warnings;
 

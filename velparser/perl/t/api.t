@@ -18,7 +18,7 @@ sub file ($name, $text) {
     return "$folder/$name";
 }
 
-subtest 'what the program relies on' => sub {
+subtest 'the methods on which the program relies' => sub {
     my $api = API::new('API');
     isa_ok $api->{database}, 'VEL::Parser::Lite', 'its database';
     my $database = VEL::Parser::Lite::NEW();
@@ -63,12 +63,12 @@ subtest 'readLibraries' => sub {
     local $ENV{ZOT5_VEL_LIBS} = 'good.vel';
     file('good.vel', "RULES:\nOBJECT: A\nExpert = Yes\nEND\nEND\n");
     is $api->readLibraries, '', 'a good one';
-    is $api->isItemExpert('/A:x'), 1, 'holds at once';
+    is $api->isItemExpert('/A:x'), 1, 'its rules apply at once';
     file('bad.vel', "RULES:\nOBJECT: B\nExpert = Yes\nColour = red\nEND\nEND\n");
     local $ENV{ZOT5_VEL_LIBS} = 'good.vel;bad.vel';
     is $api->readLibraries, '/RULES/OBJECT:B/Colour: OBJECT has no field "Colour"; correct the name or remove the field [bad-rule]',
         'a wrong rule is reported';
-    is $api->isItemExpert('/B:x'), 1, 'what is right in it holds';
+    is $api->isItemExpert('/B:x'), 1, 'its correct rules apply';
     is $api->readLibraries, '', 'it is reported once';
     local $ENV{ZOT5_VEL_LIBS} = 'none.vel';
     like $api->readLibraries, qr/^Error reading library file .*none\.vel: /, 'a file that cannot be read';
@@ -80,7 +80,7 @@ subtest 'explainItem' => sub {
     my @lines;
     my $explain = sub ($path) { return $api->explainItem($path, \@lines) || join '', map { "$_\n" } @lines };
     is $explain->('/FLOW/DOMAIN:d/BOUNDARY:b/THROUGHFLOW/Mass Flow Rate'), <<'TEXT', 'a parameter that is not there';
-Description = Mass that passes in unit time, of the whole surface.
+Description = Mass per unit of time through the whole surface.
 Type = Real
 Units = kg s^-1
 Lower Bound = 0 [kg s^-1]
@@ -128,7 +128,7 @@ Expert = No
 Output Ordering Priority = 90
 Presence = optional, by "Optional Objects" of SINGLETON:FLOW
 TEXT
-    is $explain->('/NOWHERE/Thing'), '', 'nothing that a rule speaks of';
+    is $explain->('/NOWHERE/Thing'), '', 'an item that no rule describes';
 };
 
 subtest 'no path' => sub {
@@ -139,11 +139,11 @@ subtest 'no path' => sub {
     is "@names|@warnings", 'as before|', 'and no more';
 };
 
-subtest 'nothing ends the program' => sub {
+subtest 'no failure ends the program' => sub {
     my $api = API->new;
     ok !eval { $api->isItemExpert(); 1 }, 'a call without arguments is an exception';
-    ok !eval { $api->getAllowedParams('/', 'no array', 1); 1 }, 'and so is an array that is none';
-    ok !eval { $api->parseVELData([undef], 0); 1 }, 'and a line that is none';
+    ok !eval { $api->getAllowedParams('/', 'no array', 1); 1 }, 'and so is a wrong array';
+    ok !eval { $api->parseVELData([undef], 0); 1 }, 'and a line that is not an array';
 };
 
 done_testing;

@@ -369,7 +369,7 @@ for my $type ($sample->types) {
 }
 $sample->clear;
 
-is join("\n", sort keys %unlike), '', 'what the rules ask for is right by the rules';
+is join("\n", sort keys %unlike), '', 'data with everything that the rules require has no findings';
 
 # --- Upgrades -----------------------------------------------------------------------
 
@@ -395,7 +395,7 @@ for my $upgrade ($model->rules->upgrades) {
     }
 }
 
-is join("\n", @wrong), '', 'every field does as it says';
+is join("\n", @wrong), '', 'every field has the effect that it documents';
 
 # --- Report -------------------------------------------------------------------------
 
@@ -415,5 +415,5 @@ sub report () {
 }
 
 report();
-is join("\n", grep { !$met{$_} } sort keys %met), '', 'and none is left out';
+is join("\n", grep { !$met{$_} } sort keys %met), '', 'and no field is left out';
 done_testing;

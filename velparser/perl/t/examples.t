@@ -42,15 +42,15 @@ is join(' ', sort map { s{.*/}{}r } glob "$folder/*.vel"), join(' ', sort @right
 for my $name (@right) {
     subtest $name => sub {
         my $api = loaded(read_example($name));
-        is $api->updateSolverVEL, '', 'is in the present version';
+        is $api->updateSolverVEL, '', 'has the current version';
         is findings($api->{database}, 1), '', 'is valid';
         survives($api, $name);
     };
 }
 
 subtest 'sizes' => sub {
-    is scalar @{ read_example('minimal.vel') }, 10, 'the least is ten lines';
-    cmp_ok scalar @{ read_example('duct.vel') }, '>=', 300, 'a real one has hundreds';
+    is scalar @{ read_example('minimal.vel') }, 10, 'the smallest has ten lines';
+    cmp_ok scalar @{ read_example('duct.vel') }, '>=', 300, 'a real one has hundreds of lines';
     my @domains = grep { /^  DOMAIN:/ } @{ read_example('heat-exchanger.vel') };
     cmp_ok scalar @domains, '>=', 2, 'the heat exchanger has two domains and more';
 };
@@ -94,7 +94,7 @@ subtest 'old-version.vel' => sub {
 /FLOW/NUMERICS/Word Length: removed; it was "32"
 /LANGUAGE/Version: changed from 1.0 to 3.0
 TEXT
-    is findings($api->{database}, 1), '', 'it is valid then';
+    is findings($api->{database}, 1), '', 'it is valid after the upgrade';
     my $saved = survives($api, 'the new text');
     is loaded(lines($saved))->updateSolverVEL, '', 'which needs no upgrade again';
 };
@@ -102,7 +102,7 @@ TEXT
 subtest 'mistakes.vel' => sub {
     my $lines = read_example('mistakes.vel');
     my $api   = loaded($lines);
-    is findings($api->{database}, 1), <<'TEXT', 'the dozen, each with path, sentence and identifier';
+    is findings($api->{database}, 1), <<'TEXT', 'twelve findings, each with path, sentence and identifier';
 /FLOW/DOMAIN:Tee/Location: There is no REGION named "tee volumes"; did you mean tee volume? [no-such-object]
 /FLOW/DOMAIN:Tee/Reference Pressure: Unit [bar s] has the wrong dimension; use [Pa] or a compatible unit [wrong-unit]
 /FLOW/DOMAIN:Tee/TURBULENCE/Model: "Two Equation" is not allowed here; did you mean Two Equations? [not-allowed]
@@ -116,8 +116,8 @@ subtest 'mistakes.vel' => sub {
 /FLOW/STOPPING/Largest Number of Iterations: "100.5" is not a whole number; use a value such as 10 [wrong-type]
 /FLOW/STOPPING/PROBE:Outlet Centre: PROBE is not allowed in STOPPING; move it to FLOW [wrong-parent]
 TEXT
-    is scalar(grep { /# [0-9]+:/ } @$lines), 12, 'the file announces as many';
-    survives($api, 'even so the file');
+    is scalar(grep { /# [0-9]+:/ } @$lines), 12, 'the comments of the file count the same number';
+    survives($api, 'and so does the file');
 
     my @remedies = (
         [ setStringValue => '/FLOW/DOMAIN:Tee/Location',           'tee volume' ],
@@ -142,11 +142,11 @@ TEXT
         my @left = split /\n/, findings_left($validator, $database);
         is scalar @left, @said - 1, 'one finding less';
         my %said = map { $_ => 1 } @said;
-        is join("\n", grep { !$said{$_} } @left), '', 'and no other in its place';
+        is join("\n", grep { !$said{$_} } @left), '', 'and no new finding';
         @said = @left;
     }
     is "@said", '', 'none is left';
-    is findings($database, 1), '', 'nor when all is looked at again';
+    is findings($database, 1), '', 'nor after everything is checked again';
 };
 
 subtest 'make-large.pl' => sub {
@@ -156,7 +156,7 @@ subtest 'make-large.pl' => sub {
         my $api = loaded(\@lines);
         is findings($api->{database}, 1), '', 'they are valid';
     }
-    isnt system("$^X $folder/make-large.pl few 2>/dev/null"), 0, 'a number that is none is refused';
+    isnt system("$^X $folder/make-large.pl few 2>/dev/null"), 0, 'an argument that is not a number is refused';
 };
 
 done_testing;

@@ -139,7 +139,7 @@ is presence('/INLET:i'), 'not allowed here, by "Parents" of OBJECT:INLET', 'in a
 is presence('/FLOW/DOMAIN:f/OUTLET:o'), 'not allowed here: OBJECT:DOMAIN does not list it',
     'in a place where no list names it';
 
-is explained('/FLOW/DOMAIN:s/Unknown'), '', 'no rule speaks of it';
-is explained('/OTHER:o/Thing'),         '', 'nor of what is in an unknown object';
+is explained('/FLOW/DOMAIN:s/Unknown'), '', 'no rule describes it';
+is explained('/OTHER:o/Thing'),         '', 'nor anything in an unknown object';
 
 done_testing;

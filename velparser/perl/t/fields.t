@@ -20,10 +20,10 @@ sub rules ($text) { return VEL::Model->of(database("RULES:\n$text\nEND"))->rules
 
 my %names = map { $_->{name} => 1 } map { VEL::Rules::Fields::entries($_) } VEL::Rules::Fields::kinds();
 
-subtest 'entries are whole' => sub {
+subtest 'entries are complete' => sub {
     my %known = map { $_ => 1 } qw(name kinds type meaning default silent element own only_for tip);
     for my $entry (map { VEL::Rules::Fields::entries($_) } VEL::Rules::Fields::kinds()) {
-        is join(' ', grep { !$known{$_} } sort keys %$entry), '', "$entry->{name}: nothing that no one reads";
+        is join(' ', grep { !$known{$_} } sort keys %$entry), '', "$entry->{name}: no element that no code reads";
         ok(length $entry->{meaning}, '... a meaning');
         ok(VEL::Rules::Source->can("_field_$entry->{type}"), "... a type that can be checked: $entry->{type}");
         is scalar(grep { $_ eq $entry->{type} } @VEL::Rules::Fields::TYPES), 1, '... and is in words';

@@ -26,7 +26,7 @@ sub sources () {
     return \%code;
 }
 
-subtest 'entries are whole' => sub {
+subtest 'entries are complete' => sub {
     my (%seen, $count);
     for my $entry (@entries) {
         my $word = $entry->{identifier};
@@ -37,11 +37,11 @@ subtest 'entries are whole' => sub {
         ok keys %{ $entry->{sentences} } > 0, '... and a sentence';
         $count += keys %{ $entry->{sentences} };
     }
-    is keys %sentences, $count, 'no key is there twice';
-    is join(' ', grep { $sentences{$_} } keys %phrases), '', 'nor is one that of a phrase';
+    is keys %sentences, $count, 'no key occurs twice';
+    is join(' ', grep { $sentences{$_} } keys %phrases), '', 'no key is also the key of a phrase';
 };
 
-subtest 'what the packages say is in the table, and all of the table is said' => sub {
+subtest 'every sentence of the packages is in the table, and every sentence of the table is used' => sub {
     my $code   = join "\n", values %{ sources() };
     my %quoted = map { $_ => 1 } $code =~ /'([a-z]+(?:-[a-z]+)*)'/g;
     # Words of records of changes look the same.
@@ -53,7 +53,7 @@ subtest 'what the packages say is in the table, and all of the table is said' =>
 };
 
 # What finds something has no words of its own.
-subtest 'no sentence is elsewhere' => sub {
+subtest 'sentences are only in the table' => sub {
     my $code = sources();
     for my $file (grep { m{/(?:Validate|Expression|Rules)\.pm$|/Rules/(?!Fields)} } sort keys %$code) {
         my @english = $code->{$file} =~ s/ # .*//gr

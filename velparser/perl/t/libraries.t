@@ -84,10 +84,10 @@ subtest 'cases' => sub {
                 grep { !$values{$_} } @{ $case->{values} };
         }
     }
-    is join("\n", @odd), '', 'hang on parameters and values that there are';
+    is join("\n", @odd), '', 'depend on parameters and values that exist';
 };
 
-subtest 'no rule lies idle' => sub {
+subtest 'every rule has an effect' => sub {
     my @idle;
     for my $type (@types) {
         my %listed = map { $_ => 1 } map { @{ $_->{order} } } $sample->variants($type);

@@ -26,7 +26,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
 {
     my $data = VEL::Parser::Lite::NEW();
     my @calls;
-    is_deeply [ $data->addChangeHandler(sub { push @calls, text(@_) }) ], [], 'added, gives nothing';
+    is_deeply [ $data->addChangeHandler(sub { push @calls, text(@_) }) ], [], 'addChangeHandler returns nothing';
     $data->createObject('/FLOW', 0);
     $data->createParam('/FLOW/A', 'one');
     $data->setStringValue('/FLOW/A', 'two');
@@ -44,7 +44,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     ], 'path, code, new value, old value';
     @calls = ();
     $data->loadVELData([ 'X: y', 'B = 1', 'END' ]);
-    is_deeply \@calls, [ '/X:y 1 undef undef', '/X:y/B 0 1 undef' ], 'of a parse too';
+    is_deeply \@calls, [ '/X:y 1 undef undef', '/X:y/B 0 1 undef' ], 'also during a parse';
 }
 
 # In scalar context, one value of which is not looked at.
@@ -53,7 +53,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     my @context;
     $data->addChangeHandler(sub { push @context, wantarray; return });
     $data->addChangeHandler(sub { push @context, wantarray; return (1, 2) });
-    is $data->setStringValue('/FLOW/A', 'x'), undef, 'handlers that give nothing and two values';
+    is $data->setStringValue('/FLOW/A', 'x'), undef, 'handlers that return nothing and two values';
     is_deeply \@context, [ '', '' ], '... are called in scalar context';
 }
 
@@ -65,9 +65,9 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     $data->addChangeHandler(sub { push @order, 'second'; return });
     $data->setStringValue('/FLOW/A', 'x');
     is "@order", 'first second', 'in the order in which they were added';
-    is_deeply [ $data->clearChangeHandlers ], [], 'cleared, gives nothing';
+    is_deeply [ $data->clearChangeHandlers ], [], 'clearChangeHandlers returns nothing';
     $data->setStringValue('/FLOW/A', 'y');
-    is "@order", 'first second', 'and not called any more';
+    is "@order", 'first second', 'and the handlers are not called any more';
 
     @order = ();
     $data->addChangeHandler(sub {
@@ -75,7 +75,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
             $data->addChangeHandler(sub { push @order, 'added' });
     });
     $data->setStringValue('/FLOW/A', 'z');
-    is "@order", 'adding', 'one that is added is called from the next change on';
+    is "@order", 'adding', 'an added handler is called from the next change on';
     $data->setStringValue('/FLOW/A', 'a');
     is "@order", 'adding adding added', '... with the others';
 
@@ -83,7 +83,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     @order = ();
     $data->addChangeHandler(sub { push @order, 'clearing'; $data->clearChangeHandlers });
     $data->addChangeHandler(sub { push @order, 'cleared' });
-    is $data->setStringValue('/FLOW/A', 'b'), undef, 'a handler that takes all away';
+    is $data->setStringValue('/FLOW/A', 'b'), undef, 'a handler that removes all handlers';
     is "@order", 'clearing', '... is the last to be called';
     my $code = sub { push @order, 'kept' };
     $data->addChangeHandler($code);
@@ -119,7 +119,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     my $data = loaded();
     $data->addChangeHandler(sub { undef $data; return });
     is $data->setStringValue('/FLOW/A', 'x'), undef, 'a handler that drops the object';
-    is $data, undef, '... which goes when the operation has ended';
+    is $data, undef, '... which is freed when the operation has ended';
     $data = loaded();
     my $answer;
     $data->addChangeHandler(sub { $answer = $data->DESTROY() });
@@ -137,8 +137,8 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     is died(sub { $data->setStringValue('/FLOW/A', 'x') }), "no x\n", 'the error comes through';
     is "@called", '1', '... and no other handler is called';
     $data->getStringValue('/FLOW/A', \my $value);
-    is $value, 'x', '... and what was done is done';
-    is died(sub { $data->setStringValue('/FLOW/A', 'y') }), 'lived', '... and the next may work';
+    is $value, 'x', '... and the change stays';
+    is died(sub { $data->setStringValue('/FLOW/A', 'y') }), 'lived', '... and the next call succeeds';
     is died(sub { $data->createParam('/FLOW/C', 'x') }), "no x\n", 'when making a parameter';
     is died(sub { $data->loadVELLine('D = x', 0) }), "no x\n", 'when parsing a line';
     is $data->loadVELLine('E = y', 0), undef, '... and no line is left pending';
@@ -154,7 +154,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     is died(sub { $data->deleteObj('/FLOW') }) =~ /^HASH/ ? 1 : 0, 1, 'when deleting';
     is died(sub { $data->createObject('/N', 0) }) =~ /^HASH/ ? 1 : 0, 1, 'when creating';
     $data->clearChangeHandlers;
-    is $data->deleteObj('/'), undef, 'the tree is whole';
+    is $data->deleteObj('/'), undef, 'the tree is complete';
 }
 {
     my $data = loaded();
@@ -164,7 +164,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
             $inner = died(sub { $data->setStringValue('/FLOW/B', 'x') });
     });
     is died(sub { $data->setStringValue('/FLOW/A', 'x') }), 'lived', 'an error caught by a handler';
-    is $inner, "inner\n", '... stays with it';
+    is $inner, "inner\n", '... does not leave the handler';
     $data->clearChangeHandlers;
     $data->addChangeHandler('no code');
     like died(sub { $data->setStringValue('/FLOW/A', 'w') }), qr/^Undefined subroutine|no code/,
@@ -175,7 +175,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     $data->addChangeHandler(sub { eval { die "inside\n" }; return });
     eval { die "before\n" };
     $data->setStringValue('/FLOW/A', 'x');
-    is $@, "before\n", 'the error variable of the caller is its own';
+    is $@, "before\n", 'the error variable of the caller does not change';
 }
 {
     my $data = loaded();
@@ -186,7 +186,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
             'no way out into a loop of the caller';
         $passed++;
     }
-    is $passed, 1, '... which goes on';
+    is $passed, 1, '... which continues';
 }
 
 # `exit` in a handler ends the program, when the database has finished.
@@ -223,7 +223,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     @calls = ();
     is $data->registerActionHandler(sub { push @calls, 'new'; return 0 }), undef, 'another';
     is $data->invokeAction('x', undef), undef, '... whatever it returns';
-    is "@calls", 'new', '... takes the place of the first';
+    is "@calls", 'new', '... replaces the first';
     $data->registerActionHandler(sub { return 'no number' });
     is $data->invokeAction('x', undef), undef, '... also a text';
     $data->registerActionHandler(sub { return undef });
@@ -237,8 +237,8 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     }
     $data->registerActionHandler(sub { return bless [], 'Number' });
     is $data->invokeAction('x', undef), undef, '... also an object';
-    is Number::times_read(), 1, '... which is taken as a number';
-    is died(sub { $data->invokeAction('x', undef) }), "no number\n", '... and may die of it';
+    is Number::times_read(), 1, '... which is read as a number';
+    is died(sub { $data->invokeAction('x', undef) }), "no number\n", '... and may die while it is read';
 
     $data->registerActionHandler(sub { return });
     is died(sub { $data->invokeAction('x', undef) }),
@@ -256,7 +256,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     is $data->invokeAction('x', undef), undef, 'a handler that replaces itself';
     $data->registerActionHandler(sub { undef $data; return 1 });
     is $data->invokeAction('x', ['y']), undef, 'a handler that drops the object';
-    is $data, undef, '... which goes then';
+    is $data, undef, '... which is freed then';
 }
 
 # A handler that holds the object keeps it alive until it is taken away.
@@ -274,7 +274,7 @@ sub text { return join ' ', map { $_ // 'undef' } @_ }
     $data->clearChangeHandlers;
     undef $held;
     undef $data;
-    is Counted::gone(), 1, 'handlers that are taken away hold nothing';
+    is Counted::gone(), 1, 'removed handlers keep nothing alive';
 }
 
 is "@warnings", '', 'no warnings';

@@ -32,14 +32,14 @@ use VELTest;
     sub left { return scalar grep { defined } @{ $_[0]{given} } }
 }
 
-subtest 'a tied array gets copies, and nothing is left of what was pushed' => sub {
+subtest 'a tied array gets copies, and the pushed values are freed' => sub {
     my $data = database('', "A: a\nEND\nA: b\nEND\nA: c\nEND\nNumbers = 1, 2, 3");
     for my $call ([ getChildObjectList => '/' ], [ getStringList => '/Numbers' ], [ getIntegerList => '/Numbers' ]) {
         my ($method, $path) = @$call;
         my $tied = tie my @list, 'Tied';
         is $data->$method($path, \@list), undef, $method;
         is scalar @list, 3, 'three elements';
-        is $tied->left, 0, 'none of them is kept alive by anyone else';
+        is $tied->left, 0, 'nothing else keeps them alive';
     }
 };
 
@@ -73,7 +73,7 @@ sub parts ($database) {
     return @parts;
 }
 
-subtest 'a database takes its rules, types and variants along' => sub {
+subtest 'rules, types and variants are freed with their database' => sub {
     my @parts;
     for my $round (1 .. 20) {
         my $api       = api($rules, "FAN: f\nKind = Axial\nHub = 1 [m]\nEND");
@@ -82,11 +82,11 @@ subtest 'a database takes its rules, types and variants along' => sub {
         push @parts, parts($api->{database});
         weaken($parts[$_]) for $#parts - 5 .. $#parts;
     }
-    is scalar(@parts), 120, 'objects were there';
+    is scalar(@parts), 120, 'there were objects';
     is scalar(grep { defined } @parts), 0, 'none of them is alive';
 };
 
-subtest 'the unit system remembers only so many units' => sub {
+subtest 'the number of kept units has a limit' => sub {
     plan skip_all => VEL::Units::load() if VEL::Units::load();
     my ($most, $wrong) = (0, 0);
     for my $number (1 .. 5000) {

@@ -42,7 +42,7 @@ for my $stranger (undef, '', $$data, \1, [], bless({}, 'Other')) {
 untie $tied;
 
 is $data->DESTROY(), undef, 'DESTROY may be called';
-is $other->isSameDatabase($data), 0, '... and the object is none afterwards';
+is $other->isSameDatabase($data), 0, '... and then the object is not valid any more';
 is died(sub { $data->isSameDatabase($other) }), 'self is not of type VEL::Parser::Lite', '... nor asked';
 is $data->DESTROY(), undef, '... and again';
 is died(sub { $data->havePath('/') }), 'self is not of type VEL::Parser::Lite',
@@ -68,7 +68,7 @@ bless VEL::Parser::Lite::NEW(), 'NotDestroyed';
     use overload '""' => sub { die "not to be read\n" }, 'bool' => sub { 1 }, '==' => sub { 1 };
 }
 my $texted = bless VEL::Parser::Lite::NEW(), 'Texted';
-is $texted->createParam('/A', 1), undef, 'an object with operators of its own';
+is $texted->createParam('/A', 1), undef, 'an object with overloaded operators';
 is $texted->DESTROY, undef, '... works, and ends when it is called';
 
 for my $forged (bless(\(my $address = 12345), 'Derived'), bless({}, 'Derived'), bless([], 'Derived'),
@@ -82,7 +82,7 @@ for my $forged (bless(\(my $address = 12345), 'Derived'), bless({}, 'Derived'), 
 
 my $changed = VEL::Parser::Lite::NEW();
 $$changed = 99;
-is $changed->havePath('/'), 0, 'the number in the object is not followed blindly';
+is $changed->havePath('/'), 0, 'a forged number in the object is not used as an address';
 undef $changed;
 
 {
@@ -115,7 +115,7 @@ SKIP: {
     $round->();
     my $before = $size->();
     $round->() for 1 .. 5;
-    cmp_ok $size->() - $before, '<', 500, 'nothing is left of objects that are gone (pages)';
+    cmp_ok $size->() - $before, '<', 500, 'destroyed objects leave no memory (pages)';
 }
 
 is "@warnings", '', 'no warnings';

@@ -83,10 +83,10 @@ for my $method (sort keys %call) {
         my $answered;
         my $ending = code(sub { $answered = $data->DESTROY; return $answer });
         is died(sub { $data->$method(@{ $call{$method}->($ending) }) }), 'lived', "$method: ended";
-        is $answered, $in_use, '... refuses it meanwhile';
+        is $answered, $in_use, '... is refused during the method';
         is $data->havePath('/FLOW/A'), 1, '... and the object stays';
         Counted::gone();
-        is $data->DESTROY, undef, '... until later';
+        is $data->DESTROY, undef, '... until the method has ended';
     }
     Counted::gone();
     {
@@ -95,7 +95,7 @@ for my $method (sort keys %call) {
         my $dropping = code(sub { undef $data; $left = Counted::gone(); return $answer });
         is died(sub { $data->$method(@{ $call{$method}->($dropping) }) }), 'lived',
             "$method: the last reference goes";
-        is $left . Counted::gone(), '01', '... and the object with it, but when the method has ended';
+        is $left . Counted::gone(), '01', '... and the object too, after the method has ended';
     }
 }
 
@@ -104,12 +104,12 @@ for my $method (sort keys %call) {
     my $data = loaded();
     my $line = fresh('Line = ' . 'x' x 100);
     is $data->loadVELLine($line, code(sub { undef $line; my @reused = map { 'y' x 107 } 1 .. 9; 0 })),
-        undef, 'a flag that takes the line away';
+        undef, 'a flag that clears the line';
     is value($data, '/Line'), 'x' x 100, '... too late';
 
     my $path = fresh('/FLOW/Longer name');
     is $data->createParam($path, code(sub { undef $path; my @reused = map { 'y' x 17 } 1 .. 9; 7 })),
-        undef, 'a value that takes the path away';
+        undef, 'a value that clears the path';
     is value($data, '/FLOW/Longer name'), 7, '... too late';
 
     my $times = 0;
@@ -128,15 +128,15 @@ for my $method (sort keys %call) {
             return fresh('w' x 50);
     });
     is $data->createParam($name, $adding), undef, 'a value that adds a handler';
-    is value($data, '/FLOW/Watched'), 'w' x 50, '... which comes too late';
+    is value($data, '/FLOW/Watched'), 'w' x 50, '... which is called from the next change on';
     $data->clearChangeHandlers;
 
     is $data->setStringValue('/FLOW/A', code(sub { return code(sub { return 'inner' }) })), undef,
         'an object whose text is an object';
     is value($data, '/FLOW/A'), 'inner', '... with a text';
     'some /FLOW/B text' =~ m{(/\S+)};
-    is $data->setStringValue($1, $1), undef, 'a part of a match';
-    is value($data, '/FLOW/B'), '/FLOW/B', '... is a text like others';
+    is $data->setStringValue($1, $1), undef, 'a part of a matched text';
+    is value($data, '/FLOW/B'), '/FLOW/B', '... is a text like any other';
 }
 
 # Arguments that die.
@@ -146,7 +146,7 @@ for my $method (sort keys %call) {
     is died(sub { $data->$method(@{ $call{$method}->($dying) }) }), "not read\n", "$method: dies";
     Counted::gone();
     undef $data;
-    is Counted::gone(), 1, '... and holds nothing';
+    is Counted::gone(), 1, '... and keeps nothing alive';
 }
 
 # Arrays of lines whose elements change the array.
@@ -189,7 +189,7 @@ for my $method (sort keys %call) {
     my $fills = 0;
     $array = [ Leaving->new(sub { undef $array; $fills++ }) ];
     is $data->getChildParamList('/FLOW', $array), undef, 'an element that drops the array';
-    is "$fills", 1, '... goes once';
+    is "$fills", 1, '... is freed once';
 
     my $long = join '', map { "/X$_" } 1 .. 50;
     my @left = (Leaving->new(sub { $data->getChildParamList('/Y' x 20, []) }));
@@ -202,7 +202,7 @@ for my $method (sort keys %call) {
     is $data->getChildList('/FLOW', $children, $groups), undef, 'elements that drop both arrays';
     my $same = [];
     is $data->getChildList('/FLOW', $same, $same), undef, 'one array for both lists';
-    is join(' ', map { $_->{className} } @$same), 'Parameter', '... holds the second';
+    is join(' ', map { $_->{className} } @$same), 'Parameter', '... has the second list';
 
     my $scalar;
     $scalar = \do { my $value = Leaving->new(sub { undef $scalar }) };
@@ -212,7 +212,7 @@ for my $method (sort keys %call) {
     like died(sub { $data->getStringList('/FLOW/A', \@constant) }),
         qr/^Modification of a read-only value attempted/, 'an array that is constant';
 }
-like shift @warnings, qr/^\s*\(in cleanup\) not heard/, 'an element that dies as it goes is a warning';
+like shift @warnings, qr/^\s*\(in cleanup\) not heard/, 'an element that dies in its destructor gives a warning';
 
 # The end of an object whose handlers have something to say about it.
 {
@@ -222,8 +222,8 @@ like shift @warnings, qr/^\s*\(in cleanup\) not heard/, 'an element that dies as
             my $leaving = Leaving->new(sub { $said = died(sub { $data->havePath('/') }) });
             sub { return $leaving }
     });
-    is $data->DESTROY, undef, 'handlers that go with their object';
-    is $said, 'self is not of type VEL::Parser::Lite', '... find it gone';
+    is $data->DESTROY, undef, 'handlers that are freed with their object';
+    is $said, 'self is not of type VEL::Parser::Lite', '... find the object destroyed';
 }
 
 # A handler that is replaced: what it held may end the object.
@@ -234,7 +234,7 @@ like shift @warnings, qr/^\s*\(in cleanup\) not heard/, 'an element that dies as
             my $leaving = Leaving->new(sub { push @said, $data->DESTROY });
             sub { return $leaving }
     });
-    is $data->registerActionHandler(sub { 1 }), undef, 'a handler that ends the object as it goes';
+    is $data->registerActionHandler(sub { 1 }), undef, 'a handler whose destructor destroys the object';
     is scalar(@said), 1, '... once';
     is died(sub { $data->havePath('/') }), 'self is not of type VEL::Parser::Lite',
         '... when the new one is in place';
@@ -244,7 +244,7 @@ like shift @warnings, qr/^\s*\(in cleanup\) not heard/, 'an element that dies as
     tie my $dying, 'Fetch', sub { die "no handler\n" };
     is died(sub { $data->registerActionHandler($dying) }), "no handler\n", 'one that cannot be read';
     is $data->invokeAction('x', undef), undef, '... replaces nothing';
-    is $said[-1], 'kept', '... and the former is called';
+    is $said[-1], 'kept', '... and the previous handler is called';
 }
 
 # Handlers without end.
@@ -269,7 +269,7 @@ like shift @warnings, qr/^\s*\(in cleanup\) not heard/, 'an element that dies as
     my $depth = 0;
     $data->registerActionHandler(sub { return ++$depth < 200 ? $data->loadVELLine('> go', 0) : 1 });
     is $data->loadVELLine('> go', 0), undef, 'one that calls itself many times';
-    is $depth, 200, '... ends by itself';
+    is $depth, 200, '... ends at a limit';
 }
 
 # Handlers that are nothing to call.

@@ -43,10 +43,10 @@ is $data->loadVELLine('FLOW:', 0), undef, 'a header';
 is $data->loadVELLine('DOMAIN: Duct', 0), undef, 'another';
 is $data->getVELState, 2, 'two blocks open';
 is $data->loadVELLine('A = 1', 0), undef, 'a parameter';
-is $data->loadVELLine('Long = 1, \\', 0), undef, 'a line that goes on';
-is $data->loadVELLine('  2', 0), undef, '... on the next';
+is $data->loadVELLine('Long = 1, \\', 0), undef, 'a line that continues';
+is $data->loadVELLine('  2', 0), undef, '... on the next line';
 is $data->loadVELLine('no sense', 0), 'parseVELLineH: syntax error near "no sense"', 'a wrong line';
-is_deeply [ $data->setVELState(1) ], [], 'setVELState gives nothing';
+is_deeply [ $data->setVELState(1) ], [], 'setVELState returns nothing';
 is $data->getVELState, 1, '... and closes blocks';
 is $data->getCurrentPath, '/FLOW', '... with their paths';
 $data->setVELState(-5);
@@ -64,8 +64,8 @@ is formatted($data, '/X', 79), 'getChildObjectList: path "/X" does not exist', '
 is whole($data, '/FLOW', 0), 'FLOW:|DOMAIN: Duct|  A = 1|  Long = 1, 2|END|END', 'with its header';
 is whole($data, '/', 0), 'FLOW:|  DOMAIN: Duct|    A = 1|    Long = 1, 2|  END|END',
     'the root without';
-is whole($data, '/', 1) =~ /RULES:/ ? 1 : 0, 1, 'library data where it is wanted';
-is whole($data, '/', 0) =~ /RULES:/ ? 1 : 0, 0, '... and only there';
+is whole($data, '/', 1) =~ /RULES:/ ? 1 : 0, 1, 'library data if it is requested';
+is whole($data, '/', 0) =~ /RULES:/ ? 1 : 0, 0, '... and only then';
 is $data->getTreeText('/X'), undef, 'no tree, no text';
 {
     my %text;
@@ -77,7 +77,7 @@ is $data->getTreeText('/X'), undef, 'no tree, no text';
         $two->loadLibraryData([ 'TOP:', @$lines, 'END' ]);
         my $text = $one->getTreeText('/TOP');
         is $two->getTreeText('/TOP'), $text, "the same tree: @$lines";
-        ok !$text{$text}++, '... and unlike all others';
+        ok !$text{$text}++, '... and different from all other trees';
     }
 }
 is whole($data, '/X', 0), 'getObjectVELH: path not found', 'unknown';
@@ -116,7 +116,7 @@ my $count = 20_000;
 my $large = VEL::Parser::Lite::NEW();
 is $large->loadVELData([ map { "Parameter $_ = $_" } map { "n$_" } 1 .. $count ]), undef, 'many lines';
 $large->getFormattedVEL('/', 79, \my @many);
-is scalar @many, $count, '... come back';
+is scalar @many, $count, '... are returned';
 
 # Handlers change what is being parsed.
 my $watched = VEL::Parser::Lite::NEW();

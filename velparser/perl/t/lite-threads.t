@@ -48,11 +48,11 @@ for my $object ($data, $derived) {
     is in_thread(sub { return eval { $object->havePath('/'); 1 } ? 'lived' : $@ =~ s/ at .*//sr }),
         'self is not of type VEL::Parser::Lite', 'an object is empty in another thread: ' . ref $object;
     is in_thread(sub { return $object->DESTROY // 'nothing' }), 'nothing', 'and may be destroyed there';
-    is $object->havePath('/'), 0 + ($object == $data), 'which changes nothing here';
+    is $object->havePath('/'), 0 + ($object == $data), 'which changes nothing in this thread';
 }
 
 my @threads = map { my $number = $_; threads->create({ context => 'scalar' }, sub { return work($number) }) } 1 .. 4;
-is work(0), '', 'the main thread, meanwhile';
+is work(0), '', 'the main thread at the same time';
 is $_->join, '', 'thread ' . $_->tid for @threads;
 
 # A thread that ends in the middle of a handler's error leaves it to no one.
@@ -108,6 +108,6 @@ is in_thread($check), $checked, 'then in a new thread';
 like in_thread(sub { return eval { VEL::Model->of($used); 1 } ? 'lived' : $@ }), qr/^self is not of type/,
     'which has no use for the model of another';
 is in_thread(sub { undef $used; undef $weak; return 'done' }), 'done', 'nor for its references';
-is VELTest::findings($used, 1), $here, 'the main thread goes on';
+is VELTest::findings($used, 1), $here, 'the main thread continues';
 
 done_testing;

@@ -9,7 +9,7 @@ use VEL::Parser::Lite;
 my $data = VEL::Parser::Lite::NEW();
 
 # Making and deleting.
-is $data->havePath('/'), 0, 'nothing in a new database';
+is $data->havePath('/'), 0, 'a new database is empty';
 is $data->createObject('/FLOW', 0), undef, 'a singleton';
 is $data->createObject('/FLOW/DOMAIN: Duct ', 0), undef, 'an object';
 is $data->createObject('/X/DOMAIN:Duct', 0), 'velCreateObject: parent object does not exist',
@@ -44,18 +44,18 @@ is $data->setValid('/FLOW', 1), undef, 'marked';
 is $data->isValid('/FLOW'), 1, '... itself';
 is $data->setValid('/FLOW', 2), undef, 'marked';
 is $data->isValid('/FLOW'), 3, '... and below';
-is $data->setValid('/FLOW', 0), undef, 'taken away';
+is $data->setValid('/FLOW', 0), undef, 'the mark is removed';
 is $data->isValid('/FLOW'), 2, '... from itself only';
 is $data->setValid('/X', 1), 'setValid: path not found', 'unknown path';
 is $data->setValidEx('/X', 1, 1), 'setValid: path not found', 'unknown path';
 my $location = '/FLOW/DOMAIN:Duct/Location';
 $data->setValid($_, 1) for '/FLOW/DOMAIN:Duct', $location;
 $data->setValid($_, 2) for '/', '/FLOW', '/FLOW/DOMAIN:Duct';
-is $data->setValidEx($location, 0, 0), undef, 'not passed on';
+is $data->setValidEx($location, 0, 0), undef, 'not propagated';
 is $data->isValid('/FLOW/DOMAIN:Duct'), 3, '... its owner stays valid';
-is $data->setValidEx($location, 0, 1), undef, 'passed on';
+is $data->setValidEx($location, 0, 1), undef, 'propagated';
 is $data->isValid('/FLOW/DOMAIN:Duct'), 2, '... its owner is not valid any more';
-is $data->isValid('/FLOW'), 0, '... and no ancestor is as a whole';
+is $data->isValid('/FLOW'), 0, '... and no ancestor is valid with everything below it';
 
 is $data->getValidationLevel, 0, 'validation level';
 is $data->setValidationLevel(2), undef, '... is set';
@@ -105,7 +105,7 @@ is VEL::Parser::Lite::cleanPath('/' . 'x' x 100_000), '/' . 'x' x 100_000, '... 
         is $flags->isLibrary('/M'), 0, '... as well';
         $flags->setValid($_, 1) for '/M', '/M/x';
         is $flags->setValidEx('/M/x', 0, $no), undef, '... invalidated';
-        is $flags->isValid('/M'), 1, '... without what is above';
+        is $flags->isValid('/M'), 1, '... but not the nodes above';
         $flags->createObject('/N', 1);
         $flags->getObjectVEL('/', \my @lines, $no);
         is "@lines", 'L: END M:   x = 1 END', '... written without library data';
@@ -119,11 +119,11 @@ is VEL::Parser::Lite::cleanPath('/' . 'x' x 100_000), '/' . 'x' x 100_000, '... 
 
 # Deleting.
 is $data->deleteParam($location), undef, 'a parameter';
-is $data->deleteParam($location), 'deleteParamH: unable to find parameter', '... is gone';
+is $data->deleteParam($location), 'deleteParamH: unable to find parameter', '... is deleted';
 is $data->deleteObj('/FLOW'), undef, 'an object with all below';
-is $data->havePath('/FLOW/DOMAIN:Duct'), 0, '... is gone';
-is $data->deleteObj('/FLOW'), 'deleteObjH: unable to find parameter', '... wholly';
+is $data->havePath('/FLOW/DOMAIN:Duct'), 0, '... is deleted';
+is $data->deleteObj('/FLOW'), 'deleteObjH: unable to find parameter', '... with everything in it';
 is $data->deleteObj('/'), undef, 'everything';
-is $data->havePath('/'), 1, '... but the root';
+is $data->havePath('/'), 1, '... except the root';
 
 done_testing;

@@ -101,15 +101,15 @@ subtest 'allowed parameters' => sub {
 
 subtest 'allowed values' => sub {
     my $at = '/FLOW/DOMAIN:Left';
-    is asked('getAllowedParamStrings', "$at/Kind"),      'Fluid, Solid', 'those of the rule';
+    is asked('getAllowedParamStrings', "$at/Kind"),      'Fluid, Solid', 'the values of the rule';
     is asked('getAllowedParamStrings', "$at/Active"),    'Yes, No',      'a logical';
     is asked('getAllowedParamStrings', "$at/Neighbour"), 'None, Left, Right, SECRETS', 'values and objects';
-    is asked('getAllowedParamStrings', "$at/Own"),       '',             'nothing where there is no rule';
-    is asked('getAllowedParamStrings', '/NOWHERE/Own'),  '',             'nor where nothing is';
+    is asked('getAllowedParamStrings', "$at/Own"),       '',             'nothing without a rule';
+    is asked('getAllowedParamStrings', '/NOWHERE/Own'),  '',             'and nothing for an item that does not exist';
     $database->createObject('/FLOW/DOMAIN:Middle', 0);
     is asked('getAllowedParamStrings', "$at/Neighbour"), 'None, Left, Right, Middle, SECRETS', 'a new object';
     $database->deleteObj('/FLOW/DOMAIN:Middle');
-    is asked('getAllowedParamStrings', "$at/Neighbour"), 'None, Left, Right, SECRETS', 'that has gone again';
+    is asked('getAllowedParamStrings', "$at/Neighbour"), 'None, Left, Right, SECRETS', 'the new object was removed again';
     $database->loadLibraryData(lines("DOMAIN: Stock\nEND"));
     is asked('getAllowedParamStrings', "$at/Neighbour"), 'None, Left, Right, Stock, SECRETS', 'library objects';
 };
@@ -147,8 +147,8 @@ subtest 'editable parameters' => sub {
 };
 
 subtest 'paths in any form' => sub {
-    is $api->isItemExpert(' /FLOW//DOMAIN : Right/Secret '), 1, 'stray blanks and slashes';
-    is $api->isItemExpert('/FLOW/DOMAIN:Left/../DOMAIN:Right/Secret'), 1, 'a way up';
+    is $api->isItemExpert(' /FLOW//DOMAIN : Right/Secret '), 1, 'unnecessary spaces and slashes';
+    is $api->isItemExpert('/FLOW/DOMAIN:Left/../DOMAIN:Right/Secret'), 1, 'a path with a step to the parent';
     $database->pushPath('/FLOW/DOMAIN:Right');
     is $api->isItemExpert('Secret'), 1, 'relative to the current path';
     is asked('getAllowedParams', '.', 1), 'Active, Neighbour, Neighbours, Remark, Fixed', 'the current object';
@@ -164,23 +164,23 @@ subtest 'rules are compiled again only when they have changed' => sub {
     $api->isItemExpert('/FLOW/DOMAIN:Left/Secret');
     is $model->compiled, $compiled, 'not for a change of the data';
     $database->loadLibraryData(lines("RULES:\nOBJECT: DOMAIN\nExpert = Yes\nEND\nEND"));
-    is $api->isItemExpert('/FLOW/DOMAIN:Left'), 1, 'new library data counts at once';
+    is $api->isItemExpert('/FLOW/DOMAIN:Left'), 1, 'new library data has an effect at once';
     is $model->compiled, $compiled + 1, 'compiled once';
     $database->setStringValue('/RULES/OBJECT:DOMAIN/Expert', 'No');
-    is $api->isItemExpert('/FLOW/DOMAIN:Left'), 0, 'and so does a rule changed in place';
+    is $api->isItemExpert('/FLOW/DOMAIN:Left'), 0, 'and so does a changed rule';
 };
 
 subtest 'one model for each database' => sub {
     my $model = VEL::Model->of($database);
-    is $model, VEL::Model->of($database), 'the same for the same database';
-    isnt $model, VEL::Model->of(VEL::Parser::Lite::NEW()), 'another for another';
+    is $model, VEL::Model->of($database), 'one model for the same database';
+    isnt $model, VEL::Model->of(VEL::Parser::Lite::NEW()), 'another model for another database';
     no warnings 'redefine';
     local *VEL::Parser::Lite::setValidationLevel = sub { die "written\n" };
     my $new = VEL::Parser::Lite::NEW();
     ok eval { VEL::Model->of($new) }, 'telling them apart writes nothing into the database' or diag $@;
 };
 
-subtest 'nothing is kept alive' => sub {
+subtest 'a model keeps nothing alive' => sub {
     my $gone  = 0;
     {
         my $short = API->new;
@@ -188,7 +188,7 @@ subtest 'nothing is kept alive' => sub {
         $short->{model}{watch} = $watch;
         $short->isItemExpert('/X');
     }
-    is $gone, 1, 'the model goes with the last that uses it';
+    is $gone, 1, 'the model is freed with its last user';
 };
 
 {
@@ -197,13 +197,13 @@ subtest 'nothing is kept alive' => sub {
     sub DESTROY { ${ $_[0][0] }++; return }
 }
 
-subtest 'clearing the handlers of the database does not blind the model' => sub {
+subtest 'the model still sees changes after the handlers of the database were cleared' => sub {
     my $api      = api($rules, $data);
     my $database = $api->{database};
     my $model    = VEL::Model->of($database);
     my @heard;
     my $values = sub { $api->getAllowedParamStrings('/FLOW/DOMAIN:Left/Neighbour', \my @values); return "@values" };
-    is $values->(), 'None Left Right SECRETS', 'the objects there are';
+    is $values->(), 'None Left Right SECRETS', 'the existing objects';
     for my $round (1, 2) {
         $database->addChangeHandler(sub { push @heard, @_; return });
         $database->clearChangeHandlers;
@@ -218,7 +218,7 @@ subtest 'clearing the handlers of the database does not blind the model' => sub 
     $database->addChangeHandler(sub { $database->clearChangeHandlers if $_[1] == 1; return });
     $database->createObject('/FLOW/DOMAIN:Cleared', 0);
     $database->createObject('/FLOW/DOMAIN:Last', 0);
-    like $values->(), qr/ Cleared Last\b/, 'also when a handler clears them';
+    like $values->(), qr/ Cleared Last\b/, 'even if a handler clears them';
 };
 
 subtest 'a destroyed database does not disturb others' => sub {
@@ -228,7 +228,7 @@ subtest 'a destroyed database does not disturb others' => sub {
     isnt $new->{model}, $gone->{model}, 'a new API has a model of its own';
     ok !$new->parseVELData([ 'A: a', 'END' ], 0),
         'and a database that works';
-    is(API->new($new->{database})->{model}, $new->{model}, 'shared by all that ask for it');
+    is(API->new($new->{database})->{model}, $new->{model}, 'shared by all callers');
 };
 
 subtest 'databases with the same libraries share their rules' => sub {
@@ -240,7 +240,7 @@ subtest 'databases with the same libraries share their rules' => sub {
     ok $first->rules != $third->rules, 'others';
     $same->loadLibraryData([ 'RULES:', 'PARAMETER: Remark', 'Expert = Yes', 'END', 'END' ]);
     ok $second->rules != $first->rules, 'one reads another library';
-    ok $second->rules == $third->rules, '... which the third has read too';
+    ok $second->rules == $third->rules, '... which the third database has read too';
     is $first->is_expert('/FLOW/Remark'), 0, 'the first is as it was';
 };
 

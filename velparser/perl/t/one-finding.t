@@ -54,57 +54,57 @@ sub in_edge ($text) {
 }
 
 my $dependent = "Rate Kind = Mass\nMass Rate = 1\nPROFILE:\nEND";
-is in_edge("Kind = Inlet\n$dependent"), '', 'all is right';
-is in_edge("Kind = Inlett\n$dependent"), <<'TEXT', 'a value that is wrong: not what depends on it';
+is in_edge("Kind = Inlet\n$dependent"), '', 'everything is correct';
+is in_edge("Kind = Inlett\n$dependent"), <<'TEXT', 'a wrong value: nothing that depends on it is reported';
 Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
 TEXT
-is in_edge($dependent), <<'TEXT', 'a parameter that is missing: the same';
+is in_edge($dependent), <<'TEXT', 'a missing parameter: nothing that depends on it is reported';
 : required parameter "Kind" is missing [missing-parameter]
 TEXT
-is in_edge("Kind = Inlet\nMass Rate = 1"), <<'TEXT', 'one that a case requires';
+is in_edge("Kind = Inlet\nMass Rate = 1"), <<'TEXT', 'a missing parameter that a case requires';
 : required parameter "Rate Kind" is missing [missing-parameter]
 TEXT
-is in_edge("Kind = Inlett\nMass Rate = 1"), <<'TEXT', 'and one that depends on it in turn';
+is in_edge("Kind = Inlett\nMass Rate = 1"), <<'TEXT', 'and a parameter that depends on that one';
 Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
 TEXT
 is in_edge("Kind = Wall\nActive = perhaps\nPower = 1"), <<'TEXT', 'a logical that is not one';
 Active: "perhaps" is not a logical value; use Yes or No [wrong-type]
 TEXT
-is in_edge("Kind = Wall\nPower = 1\nPROFILE:\nEND"), <<'TEXT', 'but not after a correct value, nor without an optional one';
+is in_edge("Kind = Wall\nPower = 1\nPROFILE:\nEND"), <<'TEXT', 'but it is reported after a correct value and if an optional parameter is missing';
 Power: "Power" is only allowed when Active = Yes [unknown-parameter]
 PROFILE: PROFILE is only allowed when its EDGE has Kind = Inlet, Outlet [not-allowed]
 TEXT
-is in_edge("Kind = Inlett\nMotionn = 1"), <<'TEXT', 'a name that no case knows is a mistake of its own';
+is in_edge("Kind = Inlett\nMotionn = 1"), <<'TEXT', 'a name that no case has is a separate mistake';
 Kind: "Inlett" is not allowed here; did you mean Inlet? [not-allowed]
 Motionn: EDGE has no parameter "Motionn"; correct the name or remove the parameter [unknown-parameter]
 TEXT
 
-subtest 'a required name that is misspelt is not missing too' => sub {
+subtest 'a misspelt required name is not also reported as missing' => sub {
     is in_edge("Knd = Inlet\n$dependent"), <<'TEXT', 'a parameter; what depends on it is not reported either';
 Knd: EDGE has no parameter "Knd"; did you mean Kind? [unknown-parameter]
 TEXT
-    is in_edge("Kind = Wall\nActve = Yes\nPower = 1"), <<'TEXT', 'one that need not be there';
+    is in_edge("Kind = Wall\nActve = Yes\nPower = 1"), <<'TEXT', 'an optional parameter';
 Actve: EDGE has no parameter "Actve"; did you mean Active? [unknown-parameter]
 TEXT
-    is in_edge("Colour = red"), <<'TEXT', 'a name that is not like it is another mistake';
+    is in_edge("Colour = red"), <<'TEXT', 'a name that is not similar is another mistake';
 Colour: EDGE has no parameter "Colour"; correct the name or remove the parameter [unknown-parameter]
 : required parameter "Kind" is missing [missing-parameter]
 TEXT
-    is in_edge("Kinds = Inlet\nKind = Wall"), <<'TEXT', 'as is one that is there a second time';
+    is in_edge("Kinds = Inlet\nKind = Wall"), <<'TEXT', 'and so is a second similar name';
 Kinds: EDGE has no parameter "Kinds"; did you mean Kind? [unknown-parameter]
 TEXT
 };
 
-subtest 'nor is a required object' => sub {
+subtest 'a misspelt required object is not also reported as missing' => sub {
     my $house = "RULES:\nOBJECT: HOUSE\nRequired Objects = ROOF, DOOR\nEND\nOBJECT: DOOR\nEND\nSINGLETON: ROOF\nEND\nEND";
     my $said  = sub ($text) { return findings(database($house, "HOUSE: h\n$text\nEND")) };
     is $said->("ROOFF:\nEND\nDOOR: d\nEND"), <<'TEXT', 'the misspelt type is reported';
 /HOUSE:h/ROOFF: Unknown object type "ROOFF"; did you mean ROOF? [unknown-object]
 TEXT
-    is $said->("Door: d\nEND\nROOF:\nEND"), <<'TEXT', 'capitals count';
+    is $said->("Door: d\nEND\nROOF:\nEND"), <<'TEXT', 'upper and lower case are different';
 /HOUSE:h/Door:d: Unknown object type "Door"; did you mean DOOR? [unknown-object]
 TEXT
-    is $said->("GARDEN: g\nEND\nROOF:\nEND"), <<'TEXT', 'a type that is not like it is another mistake';
+    is $said->("GARDEN: g\nEND\nROOF:\nEND"), <<'TEXT', 'a type that is not similar is another mistake';
 /HOUSE:h: required object DOOR is missing [missing-object]
 /HOUSE:h/GARDEN:g: Unknown object type "GARDEN"; correct the type or remove the object [unknown-object]
 TEXT
@@ -127,17 +127,17 @@ Expected at least 2 entries, found 1 [too-few-entries]
 TEXT
 };
 
-subtest 'when the value is fixed the rest is looked at again' => sub {
+subtest 'when the value is fixed, the rest is checked again' => sub {
     my $database  = database($rules, "EDGE: e\nKind = Inlett\n$dependent\nEND");
     my $validator = VEL::Validate->new($database);
     is scalar(split /\n/, findings_left($validator, $database)), 1, 'one finding';
     $database->setStringValue('/EDGE:e/Kind', 'Wall');
-    like findings_left($validator, $database), qr/"Rate Kind"/, 'the object is looked at';
+    like findings_left($validator, $database), qr/"Rate Kind"/, 'the object is checked';
     is findings_left($validator, $database), <<'TEXT', 'all of what another value would need';
 /EDGE:e/Rate Kind: "Rate Kind" is only allowed when Kind = Inlet, Outlet [unknown-parameter]
 /EDGE:e/PROFILE: PROFILE is only allowed when its EDGE has Kind = Inlet, Outlet [not-allowed]
 TEXT
-    like $validator->validateParam('/EDGE:e/Rate Kind'), qr/unknown-parameter/, 'of a single parameter too';
+    like $validator->validateParam('/EDGE:e/Rate Kind'), qr/unknown-parameter/, 'the check of a single parameter does the same';
     $database->setStringValue('/EDGE:e/Kind', 'Inlett');
     is $validator->validateParam('/EDGE:e/Rate Kind'), undef, 'or nothing';
 };

@@ -22,12 +22,12 @@ for my $file (sort @packages) {
     my $checker = Pod::Checker->new(-warnings => 1);
     $checker->parse_from_file($file, $sink);
     is $checker->num_errors + $checker->num_warnings, 0, "$name has sound documentation" or diag $complaints;
-    like $text, qr/^=head1 NAME\n\n\S+ - \S/m, "$name says what it is";
+    like $text, qr/^=head1 NAME\n\n\S+ - \S/m, "$name has a NAME section";
     my @open = grep { !/^_/ && !is_own_business($_) } $text =~ /^sub (\w+)/gm;
     my $items = join "\n", $text =~ /^=item (.*)$/gm;
-    is join(' ', grep { $items !~ /(?:\b|->)\Q$_\E\b/ } @open), '', "$name documents what it offers";
+    is join(' ', grep { $items !~ /(?:\b|->)\Q$_\E\b/ } @open), '', "$name documents its functions";
     my $package = $name =~ s{/}{::}gr =~ s/\.pm\z//r;
-    is qx{$^X -w -e 'require $package' 2>&1}, '', "$name loads in silence";
+    is qx{$^X -w -e 'require $package' 2>&1}, '', "$name loads without output";
 }
 
 # What Perl itself calls.

@@ -90,11 +90,11 @@ subtest 'related paths' => sub {
         [ [ '/FLOW/PUMP:a/Gauge [Pa]', 'not-allowed', '/FLOW/PUMP:a/Kind' ] ],
         'the parameter whose value decides which values are allowed';
     is_deeply related($rules, "FLOW:\n" . join('', map { "PUMP: $_\nKind = Free\nEND\n" } 'a' .. 'c') . 'END'),
-        [ [ '/FLOW/PUMP:c', 'too-many', '/FLOW/PUMP:a' ] ], 'the first of those that fill the count';
+        [ [ '/FLOW/PUMP:c', 'too-many', '/FLOW/PUMP:a' ] ], 'the first object of the maximum count';
     is_deeply related($rules, "FLOW:\nPIPE: main\nEND\nPUMP: a\nKind = Free\nPipe = mian\nEND\nEND"),
-        [ [ '/FLOW/PUMP:a/Pipe', 'no-such-object', '/FLOW/PIPE:main' ] ], 'the object that is meant';
+        [ [ '/FLOW/PUMP:a/Pipe', 'no-such-object', '/FLOW/PIPE:main' ] ], 'the object that is probably meant';
     is_deeply related($rules, "FLOW:\nPIPE: main\nEND\nPUMP: a\nKind = Free\nPipe = other\nEND\nEND"),
-        [ [ '/FLOW/PUMP:a/Pipe', 'no-such-object' ] ], 'none where nobody knows';
+        [ [ '/FLOW/PUMP:a/Pipe', 'no-such-object' ] ], 'none if it is not known which object is meant';
     my $many = join '', map { "PUMP: p$_\nKind = Free\nEND\n" } 1 .. 200;
     my $found = related($rules, "FLOW:\n${many}END");
     is scalar @$found, 198, 'of many';
@@ -112,9 +112,9 @@ subtest 'names and values that look like something else' => sub {
     is $missing->{path}, '/FLOW/PUMP:b [m]', 'a name that ends like an identifier';
     my $validator = validator($database);
     $validator->validateParamRecords('/FLOW/PUMP:a/Gauge [1]', \my @findings);
-    is_deeply \@findings, [$value], 'the same of the parameter alone';
+    is_deeply \@findings, [$value], 'the same for the parameter alone';
     is $validator->validateParam('/FLOW/PUMP:a/Gauge [1]'), finding_line($value), 'as text';
-    is $validator->validateParamRecords('/FLOW/PUMP:a/Kind', \@findings), undef, 'a right value';
+    is $validator->validateParamRecords('/FLOW/PUMP:a/Kind', \@findings), undef, 'a correct value';
     is_deeply \@findings, [], 'empties the array';
     is $validator->validateParam('/FLOW/PUMP:a/Kind'), undef, 'and is not a text';
 };
@@ -185,7 +185,7 @@ TEXT
         { kind => 'remove-object', path => $new },
         { kind => 'set-version', path => '/LANGUAGE/Version', old => '1.0', new => '2.0' },
     ], 'each as a record';
-    is_deeply [ map { change_text($_) } @changes ], \@texts, 'which has its text with it';
+    is_deeply [ map { change_text($_) } @changes ], \@texts, 'which has its text';
     is api($steps, $data)->updateSolverVEL, join("\n", map { change_line($_) } @changes), 'the specified text';
     is_deeply [ sort keys %VEL::Record::CHANGE ], [ sort map { $_->{kind} } @changes ], 'all kinds';
     open my $in, '<', source_folder() . '/velparser/api/perlRecords.cpp' or die $!;

@@ -64,13 +64,13 @@ subtest 'the block itself' => sub {
     my $api       = loaded($stated{'another value'}, $pump);
     my $database  = $api->{database};
     my $validator = VEL::Validate->new($database);
-    is $validator->validateObject('/RULES') . "\n", $finding, 'is asked for by its path';
-    is $validator->validateObject('/RULES/OBJECT:PUMP'), undef, 'nothing is said of what is in it';
+    is $validator->validateObject('/RULES') . "\n", $finding, 'can be checked by its path';
+    is $validator->validateObject('/RULES/OBJECT:PUMP'), undef, 'nothing in it is reported';
     is $database->isValid('/') & 1, 0, 'the top level is not marked';
     $database->getFormattedVEL('/RULES/OBJECT:PUMP/PARAMETER:Kind', 79, \my @lines);
     like "@lines", qr/Allowed Values = A, B, C/, 'is data like any other';
     is $database->deleteObj('/RULES'), undef, 'can be deleted';
-    is findings($database), $wrong, 'which leaves the rules of the library in force';
+    is findings($database), $wrong, 'and the rules of the library still apply';
 };
 
 subtest 'a block that comes later' => sub {
@@ -79,15 +79,15 @@ subtest 'a block that comes later' => sub {
     my $validator = VEL::Validate->new($database);
     is findings_left($validator, $database), '', 'all is right';
     is $database->loadVELData(lines($stated{'a rule more'})), undef, 'the data states rules';
-    is findings_left($validator, $database), $finding, 'the top level is looked at again';
+    is findings_left($validator, $database), $finding, 'the top level is checked again';
 };
 
-subtest 'what a library states counts, whatever the data has stated' => sub {
+subtest 'the statements of a library count, even after those of the data' => sub {
     my $api = API->new;
     is $api->{database}->loadVELData(lines("$stated{'a field more'}\n$pump")), undef, 'first the data';
-    is findings($api->{database}), $finding, 'without rules nothing else is known to be wrong';
+    is findings($api->{database}), $finding, 'without rules there is no other finding';
     is $api->{database}->loadLibraryData(lines($rules)), undef, 'then the library';
-    is findings($api->{database}), $wrong, 'its rules hold, and the block is its own now';
+    is findings($api->{database}), $wrong, 'its rules apply, and the block now belongs to the library';
     is $api->{database}->setStringValue('/RULES/OBJECT:PUMP/PARAMETER:Kind/Allowed Values', 'C'), undef,
         'a value of a library may be changed by a program';
     is findings($api->{database}), '', 'which changes the rule';
@@ -95,7 +95,7 @@ subtest 'what a library states counts, whatever the data has stated' => sub {
 
 subtest 'a model that comes after the data' => sub {
     my $database = database($rules, "RULES:\nOBJECT: VALVE\nEND\nEND\n$pump");
-    is findings($database), "$finding$wrong", 'reads what libraries alone have stated';
+    is findings($database), "$finding$wrong", 'reads what only libraries have stated';
     is(VEL::Model->of($database)->rules->type('OBJECT', 'VALVE'), undef, 'and no more');
 };
 
@@ -105,15 +105,15 @@ subtest 'reading new rules clears all marks' => sub {
     my $validator = VEL::Validate->new($database);
     my $marks     = sub { return join '', map { $database->isValid($_) & 1 } '/', '/PUMP:p', '/PUMP:p/TANK:t' };
     my $validate  = sub { $validator->validateObject($_) for all_paths($database); return $marks->() };
-    is $validate->(), '111', 'all is marked';
+    is $validate->(), '111', 'everything is marked';
     $database->loadLibraryData(lines("RULES:\nOBJECT: TANK\nMaximum Count = 5\nEND\nEND"));
-    is $marks->(), '000', 'a library that is loaded takes the marks, before the validator is asked anything';
-    is $validate->(), '111', 'all is marked again';
+    is $marks->(), '000', 'loading a library removes the marks, before any call of the validator';
+    is $validate->(), '111', 'everything is marked again';
     $database->loadVELData(lines("RULES:\nOBJECT: TANK\nMaximum Count = 1\nEND\nEND"));
-    is $marks->(), '011', 'data does not, but for the finding at the top level';
+    is $marks->(), '011', 'data does not remove marks, except for the finding at the top level';
     delete local @ENV{qw(ZOT5_VEL_LIBS ZOT5_VEL_LIBSDIR)};
     $api->readLibraries;
-    is $marks->(), '000', 'reading the libraries does, even if nothing has changed';
+    is $marks->(), '000', 'reading the libraries removes them, even if nothing has changed';
 };
 
 done_testing;

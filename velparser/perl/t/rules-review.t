@@ -19,17 +19,17 @@ sub faults ($text) { return join '', map { "$_\n" =~ s{^/RULES/| \[bad-rule\]}{}
 
 subtest 'places' => sub {
     my $flow = "SINGLETON: FLOW\nParents = /\nOptional Objects = WALL\nEND\nOBJECT: WALL\nParents = FLOW\nEND\n";
-    is faults($flow), '', 'listed and at home';
+    is faults($flow), '', 'in a list, and with that parent';
     is faults("${flow}OBJECT: FAN\nParents = FLOW, WALL\nEND"), "OBJECT:FAN/Parents: FAN is not listed in FLOW or WALL; add it to Required Objects or Optional Objects there\n",
         'a type that no list of its parents names';
-    is faults("${flow}OBJECT: FAN\nEND\nOBJECT: TOP\nParents = /, FLOW\nEND"), '', 'one that is allowed anywhere';
+    is faults("${flow}OBJECT: FAN\nEND\nOBJECT: TOP\nParents = /, FLOW\nEND"), '', 'a type that is allowed anywhere';
     is faults("${flow}OBJECT: BASE\nParents = FLOW\nEND\nOBJECT: FAN\nInherits = OBJECT:BASE\nParents = /\nEND"), '',
         'a rule that is there for its heirs';
-    is faults("${flow}OBJECT: FAN\nParents = WALL\nEND\nOBJECT: HOUSE\nRequired Objects = FAN\nEND"), <<'TEXT', 'a type that requires what may not be in it';
+    is faults("${flow}OBJECT: FAN\nParents = WALL\nEND\nOBJECT: HOUSE\nRequired Objects = FAN\nEND"), <<'TEXT', 'a type that requires an object that it may not contain';
 OBJECT:FAN/Parents: FAN is not listed in WALL; add it to Required Objects or Optional Objects there
 OBJECT:HOUSE/Required Objects: Parents of FAN does not list HOUSE; add it there or remove FAN here
 TEXT
-    is faults(<<'END'), <<'TEXT', 'a case that does';
+    is faults(<<'END'), <<'TEXT', 'a case that requires such an object';
       OBJECT: HOUSE
         Parents = /
         Required Parameters = Kind
@@ -52,7 +52,7 @@ subtest 'a name that is required and optional' => sub {
         "OBJECT:FAN/Optional Parameters: \"B\" is already required; remove it from this list\n", 'a parameter';
     is faults("OBJECT: HUB\nEND\nOBJECT: FAN\nRequired Objects = HUB\nOptional Objects = HUB\nEND"),
         "OBJECT:FAN/Optional Objects: \"HUB\" is already required; remove it from this list\n", 'a type';
-    is faults(<<'END'), "OBJECT:FAN/CASE:Big/Optional Parameters: \"D\" is already required; remove it from this list\n", 'in a case; which may require what is optional else';
+    is faults(<<'END'), "OBJECT:FAN/CASE:Big/Optional Parameters: \"D\" is already required; remove it from this list\n", 'in a case; but a case may require what is otherwise optional';
       OBJECT: FAN
         Required Parameters = Kind
         Optional Parameters = C
@@ -71,17 +71,17 @@ subtest 'fields for lists only' => sub {
     is faults($fan->("Type = Real\nMinimum Entries = 2\nMaximum Entries = 3")), <<'TEXT', 'on a single value';
 OBJECT:FAN/PARAMETER:P/Minimum Entries: "Minimum Entries" and "Maximum Entries" are only allowed for lists, not for Real; remove them or change the type
 TEXT
-    is faults($fan->("Units = m\nLower Bound = 0 [m]\nUpper Bound = 9 [m]")), <<'TEXT', 'a type that is forgotten is one mistake, too';
+    is faults($fan->("Units = m\nLower Bound = 0 [m]\nUpper Bound = 9 [m]")), <<'TEXT', 'a missing type is also one mistake';
 OBJECT:FAN/PARAMETER:P/Units: "Units" and "Lower Bound" and "Upper Bound" are only allowed for numbers, not for String; remove them or change the type
 TEXT
     is faults($fan->("Type = Real List\nMinimum Entries = 2")), '', 'on a list';
     is faults($fan->("Type = real list\nMinimum Entries = 2\nUnits = m")),
-        "OBJECT:FAN/PARAMETER:P/Type: Unknown type \"real list\"; did you mean Real List?\n", 'where the type is at fault';
+        "OBJECT:FAN/PARAMETER:P/Type: Unknown type \"real list\"; did you mean Real List?\n", 'if the type is wrong';
     is faults("PARAMETER: P\nMinimum Entries = 2\nEND"), '', 'a general rule leaves the type to others';
 };
 
-subtest 'letters of the wrong case' => sub {
-    is faults(<<'END'), <<'TEXT', 'are what was meant';
+subtest 'a name in the wrong letter case' => sub {
+    is faults(<<'END'), <<'TEXT', 'are suggested correctly';
       OBJECT: HOP ADDITION
         optional parameters = Weight
       END
@@ -115,7 +115,7 @@ subtest 'a rule whose kind is misspelt' => sub {
         . "PARAMETER: Front\nAllowed Objects = DOOR\nEND\nEND\nOBJECT: BELL\nParents = DOOR\nEND\n";
     is faults("${house}Object: DOOR\nParents = HOUSE\nOptional Objects = BELL\nEND"),
         "Object:DOOR: \"Object\" is not allowed here; did you mean OBJECT?\n", 'is reported, not those that name its type';
-    is faults("${house}THING: DOOR\nParents = HOUSE\nEND"), <<'TEXT', 'one that is not like any kind describes no type';
+    is faults("${house}THING: DOOR\nParents = HOUSE\nEND"), <<'TEXT', 'a kind that is not similar to any describes no type';
 OBJECT:HOUSE/Required Objects: Unknown object type "DOOR"; correct the name or add a rule for it
 OBJECT:HOUSE/PARAMETER:Front/Allowed Objects: Unknown object type "DOOR"; correct the name or add a rule for it
 OBJECT:BELL/Parents: Unknown object type "DOOR"; correct the name or add a rule for it
@@ -125,7 +125,7 @@ TEXT
         "OBJECT:B/Parents: Unknown object type \"OBJECT:A\"; did you mean A?\n", 'a list of types names no kinds';
 };
 
-subtest 'a faulty field is reported once and then not used' => sub {
+subtest 'a faulty field is reported once and then ignored' => sub {
     my $text = <<'END';
       PARAMETER: Speed
         Type = Real
@@ -155,7 +155,7 @@ subtest 'a faulty field is reported once and then not used' => sub {
         END
       END
 END
-    is faults($text), <<'TEXT', 'once, whoever inherits it';
+    is faults($text), <<'TEXT', 'once, even if several rules inherit it';
 PARAMETER:Speed/Units: Unknown unit "metres per second"; use a unit such as kg m^-3
 OBJECT:FAN/PARAMETER:Mode/Type: Unknown type "Nmber"; use one of String, String List, Integer, Integer List, Real, Real List, Logical, Logical List
 OBJECT:FAN/PARAMETER:Width/Upper Bound: No value is allowed between the lower bound 5 [m] and the upper bound 1 [m]; correct one of them
@@ -189,17 +189,17 @@ subtest "a case's condition is inherited like its lists" => sub {
         END
       END
 END
-    is faults($text), '', 'a case of an heir needs none of its own';
+    is faults($text), '', 'a case of an heir does not need its own condition';
     my $required = sub ($type, $kind) {
         my $variant = rules($text)->type('OBJECT', $type)->variant(sub ($name) { return $kind });
         return join ' ', @{ $variant->{required} };
     };
-    is $required->('HEIR',  'Big'),  'Kind Rim', 'the condition is that of the base';
+    is $required->('HEIR',  'Big'),  'Kind Rim', 'the condition is that of the inherited rule';
     is $required->('HEIR',  'Huge'), 'Kind',     'and no other';
     is $required->('OTHER', 'Huge'), 'Kind Rim', 'a part of it may be stated again';
     is $required->('OTHER', 'Big'),  'Kind',     'which replaces that part';
     is faults("OBJECT: FAN\nEND\nOBJECT: HEIR\nInherits = OBJECT:FAN\nCASE: Odd\nRequired Parameters = X\nEND\nEND"),
-        "OBJECT:HEIR/CASE:Odd: \"If Parameter\" and \"Is One Of\" are missing\n", 'one that inherits none is at fault';
+        "OBJECT:HEIR/CASE:Odd: \"If Parameter\" and \"Is One Of\" are missing\n", 'a case without any condition is a mistake';
 };
 
 subtest 'the order of output is not inherited' => sub {
@@ -243,13 +243,13 @@ RULES:
   END
 END
 TEXT
-    is faults($text =~ s/^RULES:|END\n\z//gr), '', 'a bound may be bare too';
+    is faults($text =~ s/^RULES:|END\n\z//gr), '', 'a bound may also have no unit';
     my $said = sub ($line) { return findings(database($text, "MIX: m\n$line\nEND"), 1) =~ s{^/MIX:m/}{}r };
     is $said->($_), '', "$_ is right"
         for map { ("$_ = 0.5", "$_ = 0.5 [%]", "$_ = 0.5 [1]", "$_ = 0.5 [kg kg^-1]", "$_ = 0.5 [m/m]") } qw(Share Fraction Ratio);
     like $said->("$_ = 0.5 [rad]"), qr/wrong dimension/, "an angle is no $_" for qw(Share Fraction Ratio);
-    like $said->('Angle = 5'), qr/missing-unit/, 'nor is a number an angle';
-    like $said->('Share = 101'), qr/above-bound/, 'a bare number counts in the unit of the rule';
+    like $said->('Angle = 5'), qr/missing-unit/, 'and a number is not an angle';
+    like $said->('Share = 101'), qr/above-bound/, 'a number without a unit has the unit of the rule';
     like $said->('Fraction = 101 [%]'), qr/above-bound/, 'one with a unit is converted';
 };
 

@@ -82,12 +82,12 @@ subtest 'the defaults of a parameter rule' => sub {
         default => undef, editable => 1, running => 0, expert => 0, expressions => 1,
         description => undef, help => undef, priority => undef, anything => 1,
     );
-    is_deeply { %{ $rules->general('Plain') } }, \%expected, 'of one that says nothing';
+    is_deeply { %{ $rules->general('Plain') } }, \%expected, 'of a rule that states nothing';
     is_deeply { %{ $rules->general('Other') } }, { %expected, name => 'Other', ruled => 0 },
         'of one that there is not';
 };
 
-subtest 'the object rule overrides the general one field by field, a case both' => sub {
+subtest 'the object rule overrides the general rule field by field, and a case overrides both' => sub {
     my $rules = rules(<<'END');
       PARAMETER: Speed
         Type = Real
@@ -123,7 +123,7 @@ END
     is $type->variant(sub ($name) { return undef }), $type->plain_variant, 'no value, no case';
 };
 
-subtest 'a logical switch is compared by what it says' => sub {
+subtest 'a logical switch is compared by its meaning' => sub {
     my $type = rules(<<'END')->type('OBJECT', 'FAN');
       OBJECT: FAN
         Required Parameters = Guarded
@@ -143,7 +143,7 @@ END
     is_deeply $type->variant(sub ($name) { return 'off' })->{required}, ['Guarded'], 'off';
 };
 
-subtest 'two cases that hold add up, in rule order' => sub {
+subtest 'two cases that apply are combined, in rule order' => sub {
     my $type = rules(<<'END')->type('OBJECT', 'FAN');
       OBJECT: FAN
         Required Parameters = A, B
@@ -162,7 +162,7 @@ subtest 'two cases that hold add up, in rule order' => sub {
 END
     my $both = $type->variant(sub ($name) { return 'Yes' });
     is_deeply $both->{order}, [ 'A', 'B', 'Of B', 'Of A' ], 'no name twice';
-    is $type->variant(sub ($name) { return 'Yes' }), $both, 'objects with the same cases share a variant';
+    is $type->variant(sub ($name) { return 'Yes' }), $both, 'objects with the same cases have one variant';
 };
 
 subtest 'inheritance' => sub {
@@ -210,32 +210,32 @@ END
     my $last = $rules->type('OBJECT', 'LAST');
     is $last->{description}, 'base', 'a field through two rules';
     is $last->{expert}, 0, 'the nearer rule wins';
-    is_deeply $last->{required}, ['Kind'], 'a list of its own replaces the inherited one';
+    is_deeply $last->{required}, ['Kind'], 'a list that the rule states replaces the inherited list';
     is_deeply $last->{optional}, ['Remark'], 'another list is inherited';
     my $size = $last->parameter($last->plain_variant, 'Size');
     is_deeply [ @$size{qw(type units lower)} ], [ 'Real', 'mm', '0 [m]' ], 'parameter rules, field by field';
-    is join(' ', map { $_->{label} } @{ $last->{cases} }), 'Big Small', 'cases, once each';
+    is join(' ', map { $_->{label} } @{ $last->{cases} }), 'Big Small', 'each case once';
     is_deeply $last->variant(sub ($name) { return 'Huge' })->{required}, [ 'Kind', 'Height' ], 'a case restated';
     is_deeply $last->variant(sub ($name) { return 'Small' })->{required}, [ 'Kind', 'Colour' ], 'a case inherited';
 };
 
-subtest 'a long line of heirs' => sub {
+subtest 'a long chain of heirs' => sub {
     my @said;
     local $SIG{__WARN__} = sub { push @said, @_ };
     my $rules = rules(join "\n", "OBJECT: T0\nExpert = Yes\nEND",
         map { ("OBJECT: T$_", 'Inherits = OBJECT:T' . ($_ - 1), 'END') } 1 .. 1000);
-    is $rules->type('OBJECT', 'T1000')->{expert}, 1, 'passes everything on';
-    is join('', $rules->faults, @said), '', 'without a word';
+    is $rules->type('OBJECT', 'T1000')->{expert}, 1, 'inherits everything';
+    is join('', $rules->faults, @said), '', 'without warnings';
 };
 
 subtest 'types that the program itself knows' => sub {
     my $rules = rules("OBJECT: ANY\nEND");
     is_deeply [ map { $_->{type} } $rules->types ], [qw(ANY EXPRESSIONS LANGUAGE LIBRARY)], 'are added';
     ok !$rules->is_empty, 'there are rules';
-    ok rules('')->is_empty, 'or there are none';
+    ok rules('')->is_empty, 'or there are no rules';
 };
 
-subtest 'faults are named with their path, and the rest works' => sub {
+subtest 'faults are reported with their path, and all other rules work' => sub {
     is faults(<<'END'), <<'EXPECTED', 'all of them';
       Language Version = new
       OBJECT: FAN
@@ -323,11 +323,11 @@ END
 /RULES/OBJECT:FAN/PARAMETER:Power/Default: Unit [m] has the wrong dimension; use [W] or a compatible unit [bad-rule]
 EXPECTED
     my $type = rules("OBJECT: FAN\nParents = HOUSE\nRequired Parameters = ,Kind\nOdd = 1\nEND")->type('OBJECT', 'FAN');
-    is_deeply $type->{required}, ['Kind'], 'what is right in a rule holds';
-    is $type->{parents}, undef, 'a field without anything right is as if it were not there';
+    is_deeply $type->{required}, ['Kind'], 'the correct parts of a rule apply';
+    is $type->{parents}, undef, 'a field without any correct part is ignored';
 };
 
-subtest 'texts at the edge of what a field may be' => sub {
+subtest 'texts at the limits of what a field may be' => sub {
     is faults("Language Version = $_"), '', "version $_" for qw(5 10 0.9 10.20.30);
     is faults("Language Version = $_"), qq(/RULES/Language Version: "$_" is not a version; use a value such as 5.7 [bad-rule]\n),
         "version $_" for qw(v5 5. .5);
@@ -355,11 +355,11 @@ subtest 'blocks without a name' => sub {
 /RULES/PARAMETER: PARAMETER needs a name; write "PARAMETER: name" [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER: PARAMETER needs a name; write "PARAMETER: name" [bad-rule]
 TEXT
-    is "@said", '', 'and nothing else is said';
+    is "@said", '', 'and there is no other fault';
 };
 
-subtest 'what is sound by itself must make sense in its place' => sub {
-    is faults(<<'END'), <<'EXPECTED', 'all that does not';
+subtest 'rules that are correct by themselves must not contradict each other' => sub {
+    is faults(<<'END'), <<'EXPECTED', 'every contradiction is reported';
       Language Version = 2.9
       UPGRADE: Version 2.10
       END
@@ -441,7 +441,7 @@ END
 /RULES/OBJECT:FAN/CASE:Odd/If Parameter: "Kin" is not listed in FAN; did you mean Kind? [bad-rule]
 /RULES/OBJECT:FAN/PARAMETER:Sped: "Sped" is not listed in FAN; did you mean Speed? [bad-rule]
 EXPECTED
-    is faults(<<'END'), '', 'and nothing that does';
+    is faults(<<'END'), '', 'and no correct rule';
       PARAMETER: Depth
         Units = m
       END

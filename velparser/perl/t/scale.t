@@ -45,7 +45,7 @@ subtest 'set-ups of all sizes' => sub {
     cmp_ok $cost{200_000}, '<', 3 * $cost{2_000}, 'and so does one of 200,000';
 };
 
-subtest 'rules are compiled once a load of libraries' => sub {
+subtest 'rules are compiled once for each load of libraries' => sub {
     my ($api, $validator) = loaded(2_000);
     my $model    = $api->{model};
     my $compiled = $model->compiled;
@@ -53,9 +53,9 @@ subtest 'rules are compiled once a load of libraries' => sub {
     $api->{database}->setStringValue('/FLOW/DOMAIN:Room 1/Kind', 'Solid');
     $validator->validateObject('/FLOW/DOMAIN:Room 1');
     $api->getAllowedParams('/FLOW/DOMAIN:Room 1', \my @names, 1);
-    is $model->compiled, $compiled, 'not for a question, nor for an edit';
+    is $model->compiled, $compiled, 'not for a question, and not for an edit';
     $api->readLibraries;
-    is $model->compiled, $compiled + 1, 'but for libraries that are read again';
+    is $model->compiled, $compiled + 1, 'but after libraries are read again';
 };
 
 # An old set-up of so many fluids with three patches each.
@@ -78,7 +78,7 @@ subtest 'upgrades' => sub {
         $each{$fluids} = 1e6 * $taken / $number;
         note sprintf '%6d changes: %.1f us each', $number, $each{$fluids};
     }
-    cmp_ok $each{3_000}, '<', 3 * $each{200}, 'one of many costs what one of few does';
+    cmp_ok $each{3_000}, '<', 3 * $each{200}, 'the cost for each does not grow with their number';
 };
 
 # How often the code of a function runs while $work does.
@@ -96,7 +96,7 @@ sub rule_lines (@lines) {
     return VEL::Rules->new(VEL::Rules::Source::read_tree(database(join "\n", 'RULES:', @lines, 'END')));
 }
 
-subtest 'questions asked of long lines of heirs, counted' => sub {
+subtest 'number of questions about long chains of heirs' => sub {
     my %asked;
     for my $heirs (200, 400) {
         my @lines = ('OBJECT: T0', 'PARAMETER: Size', 'END', 'END', map {
@@ -107,10 +107,10 @@ subtest 'questions asked of long lines of heirs, counted' => sub {
         $asked{$heirs} = calls('VEL::Rules::Type::listed_parameters' => sub { $faults = () = rule_lines(@lines)->faults });
         is $faults, 0, "$heirs heirs: what the last of them lists counts for all";
     }
-    is $asked{400} - $asked{200}, 200, 'one more for each';
+    is $asked{400} - $asked{200}, 200, 'one more for each heir';
 };
 
-subtest 'comparisons of names where many are wrong, counted' => sub {
+subtest 'number of comparisons if many names are wrong' => sub {
     my $unlisted = sub ($count) {
         my @rules = map { ("PARAMETER: Nmae $_ $_", 'END') } 1 .. $count;
         my $names = join ', ', map { "Name $_ $_" } 1 .. $count;
@@ -125,15 +125,15 @@ subtest 'comparisons of names where many are wrong, counted' => sub {
     is $unlisted->(600), $few, 'no more for 600 than for 150';
 };
 
-subtest 'rules made for parameters of which no rule speaks, counted' => sub {
+subtest 'number of rules made for parameters that no rule describes' => sub {
     my $database  = database("RULES:\nOBJECT: BOX\nFree Parameters = Yes\nPARAMETER: Size\nType = Real\nEND\nEND\nEND");
     my $validator = VEL::Validate->new($database);
     my $made      = sub ($box, $count) {
         $database->loadVELData([ "BOX: $box", 'Size = 1', (map { "P $_ = 1" } 1 .. $count), 'END' ]);
         return calls('VEL::Rules::Parameter::new' => sub { is $validator->validateObject("/BOX:$box"), undef, "$count are right" });
     };
-    is $made->('a', 10), 1, 'only for the one of which a rule speaks';
-    is $made->('b', 5_000), 0, 'which is kept for the next';
+    is $made->('a', 10), 1, 'only for the parameter that a rule describes';
+    is $made->('b', 5_000), 0, 'which is kept for the next question';
 };
 
 {
@@ -144,7 +144,7 @@ subtest 'rules made for parameters of which no rule speaks, counted' => sub {
     sub FETCH { my ($self, $i) = @_; $read++; return $self->[$i] }
 }
 
-subtest 'names in the list of a case, counted' => sub {
+subtest 'number of steps for names in the list of a case' => sub {
     my $list = join ', ', map { "P$_" } 1 .. 1000;
     my $type = rule_lines('OBJECT: T', 'Required Parameters = Kind', 'CASE: x', 'If Parameter = Kind',
         'Is One Of = a', "Optional Parameters = $list", 'END', 'END')->type('OBJECT', 'T');
@@ -153,10 +153,10 @@ subtest 'names in the list of a case, counted' => sub {
     @counted = @names;
     $type->{cases}[0]{optional} = \@counted;
     is scalar(map { $type->cases_with([ 'required', 'optional' ], $_) } @names), 1000, 'the case names each of them';
-    is $Counted::read, 1000, 'each is read once, however many are asked for';
+    is $Counted::read, 1000, 'each is read once, for any number of questions';
 };
 
-subtest 'suggestions for an object with many children, counted' => sub {
+subtest 'number of steps for suggestions in an object with many children' => sub {
     my $database = database("RULES:\nOBJECT: T\nOptional Parameters = Kind\nOptional Objects = C\nCASE: x\n"
             . "If Parameter = Kind\nIs One Of = a\nOptional Objects = D\nEND\nEND\nOBJECT: C\nParents = T\nEND\n"
             . "OBJECT: D\nParents = T\nEND\nEND");
@@ -197,17 +197,17 @@ TEXT
 
 # Each question names its object by a path that is longer with every level, at
 # last by 80,000 characters.
-subtest 'ten thousand blocks in each other' => sub {
+subtest 'ten thousand nested blocks' => sub {
     my @blocks = map { [ "BOX: b$_", 'Size = 1' ] } 1 .. $count;
     my @flat   = map { (@$_, 'END') } @blocks;
     my @nested = ((map { @$_ } @blocks), ('END') x $count);
     my $above  = '';
     my $flat = boxes('side by side',  \@flat,   sub ($number) { return "/BOX:b$number" });
     my $deep = boxes('in each other', \@nested, sub ($number) { return $above .= "/BOX:b$number" });
-    cmp_ok $deep, '<', 40 * $flat, 'cost little more than ten thousand side by side';
+    cmp_ok $deep, '<', 40 * $flat, 'cost little more than ten thousand blocks on one level';
 };
 
-subtest 'many that are counted' => sub {
+subtest 'many objects of a type with a maximum count' => sub {
     my $database = database("RULES:\nOBJECT: BOX\nMaximum Count = 9999\nEND\nEND");
     my %each;    # cost of one block, in microseconds
     for my $boxes (500, $count) {
@@ -219,7 +219,7 @@ subtest 'many that are counted' => sub {
         $each{$boxes} = 1e6 * $taken / $boxes;
         note sprintf '%6d: %.1f us each', $boxes, $each{$boxes};
     }
-    cmp_ok $each{$count}, '<', 4 * $each{500}, 'one of many costs what one of few does';
+    cmp_ok $each{$count}, '<', 4 * $each{500}, 'the cost for each does not grow with their number';
 };
 
 done_testing;

@@ -18,9 +18,9 @@ is near('Inxyt'),     'none',     'two letters wrong in a short one';
 is near('Window'),    'none',     'too far from all';
 is near(''),          'none',     'nothing';
 is nearest('x', 'X', 'y'), 'X',   'one letter in another case';
-is nearest('x', 'y'),      undef, 'one letter is like every other';
+is nearest('x', 'y'),      undef, 'a single letter is not near any other';
 is nearest('ab', 'ba', 'ab'), 'ab', 'the nearest, not the first';
-is nearest('x'), undef, 'nothing known';
+is nearest('x'), undef, 'no known words';
 
 subtest 'among thousands' => sub {
     my @names = map { "Room $_" } 1 .. 5000;
@@ -31,7 +31,7 @@ subtest 'among thousands' => sub {
         'Rom 1' => 'Room 1', 'ROOM 1' => 'Room 1', 'Cellar' => 'none',      ''          => 'none',
     );
     is $hints->find($_) // 'none', $expected{$_}, qq("$_") for sort keys %expected;
-    is(VEL::Suggest->new([qw(Inlet Outlet)])->find('Outet'), 'Outlet', 'among few as ever');
+    is(VEL::Suggest->new([qw(Inlet Outlet)])->find('Outet'), 'Outlet', 'the same with few words');
 };
 
 done_testing;

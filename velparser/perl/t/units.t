@@ -18,12 +18,12 @@ for my $text ('', 'kg/m3', 'm s-1', '2 m', 'm@5', 'm.s', 'kkg', 'mmm', 'METER', 
     ok !VEL::Units::exists_unit($text), qq("$text" is none);
 }
 
-subtest 'a text that is far too long' => sub {
+subtest 'a text that is much too long' => sub {
     my @said;
     local $SIG{__WARN__} = sub { push @said, @_ };
     ok VEL::Units::exists_unit('m' . ' m^-1 m' x 20), 'many factors make a unit';
-    ok !VEL::Units::exists_unit('m' . ' m' x 70_000), 'too many none';
-    is "@said", '', 'without a word';
+    ok !VEL::Units::exists_unit('m' . ' m' x 70_000), 'too many factors do not';
+    is "@said", '', 'without warnings';
 };
 
 for my $pair (['m', 'ft'], ['kg s^-1', 'g h^-1'], ['C', 'K'], ['F', 'C'], ['Pa', 'bar'], ['N m', 'J'], ['%', '1'],
@@ -63,7 +63,7 @@ sub comma_locale {
     return -e "$folder/de_DE.UTF-8/LC_NUMERIC" ? $folder : undef;
 }
 
-subtest 'under a locale with a decimal comma' => sub {
+subtest 'with a locale that has a decimal comma' => sub {
     my $folder = comma_locale() or plan skip_all => 'no such locale can be made here';
     local $ENV{LOCPATH} = "$folder";
     my $said = qx{$^X -MPOSIX=setlocale,LC_ALL,LC_NUMERIC,localeconv -MVEL::Units -e '
@@ -72,21 +72,21 @@ subtest 'under a locale with a decimal comma' => sub {
     is $said, ',150000de_DE.UTF-8', 'the unit system loads and converts, the locale stays';
 };
 
-subtest 'nothing is said while it loads' => sub {
+subtest 'nothing is printed while it loads' => sub {
     my $said = qx{$^X -w -MVEL::Units -e 'print VEL::Units::load()' 2>&1};
     is $said, '', 'on either stream';
 };
 
-subtest 'what is said later is heard' => sub {
+subtest 'later messages are printed' => sub {
     my $said = qx{$^X -w -MVEL::Units -e 'VEL::Units::load();
         VEL::Units::ut_get_converter(VEL::Units::_unit("m"), VEL::Units::_unit("s"))' 2>&1};
     is $said, "ut_get_converter(): Units not convertible\n", 'of the unit system itself';
     $said = qx{$^X -w -MVEL::Units -e 'unshift \@INC, sub { warn "other noise\\n" if \$_[1] eq "FFI/Platypus.pm"; return };
         VEL::Units::load()' 2>&1};
-    is $said, "other noise\n", 'warnings that are not known';
+    is $said, "other noise\n", 'unknown warnings';
 };
 
-subtest 'where the unit system cannot be had' => sub {
+subtest 'if the unit system cannot be loaded' => sub {
     my $script = <<'PERL';
         unshift @INC, sub { die "not here\n" if $_[1] eq 'FFI/Platypus.pm'; return };
         require API;

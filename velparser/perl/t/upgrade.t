@@ -21,7 +21,7 @@ sub steps (@steps) {
 sub upgraded ($rules, $data) {
     my $api = api($rules, $data);
     my $changes = $api->updateSolverVEL;
-    is $api->updateSolverVEL, '', 'and nothing is left to do';
+    is $api->updateSolverVEL, '', 'and a second upgrade changes nothing';
     return ($changes && "$changes\n") . "---\n" . formatted($api->{database});
 }
 
@@ -217,7 +217,7 @@ TEXT
 is_deeply [ sort keys %VEL::Upgrade::STEP ], [ sort keys %VEL::Rules::Source::ACTIONS ],
     'every action that a rule may state is done, and no other';
 
-subtest 'an object has the name of a parameter, a parameter that of an object' => sub {
+subtest 'an object with the name of a parameter, and a parameter with the name of an object' => sub {
     my %step = (
         'Rename Parameter'   => "Parameter = Head\nNew Name = Rise",
         'Add Parameter'      => "Parameter = Rise\nNew Value = 1",
@@ -228,7 +228,7 @@ subtest 'an object has the name of a parameter, a parameter that of an object' =
     for my $action (sort keys %step) {
         my $api = api(steps("Action = $action\nObject Type = PUMP\n$step{$action}"), $data);
         my $before = formatted($api->{database});
-        is $api->updateSolverVEL, '', "$action: left out";
+        is $api->updateSolverVEL, '', "$action: skipped";
         is formatted($api->{database}), $before, 'nothing is overwritten';
     }
 };
@@ -239,10 +239,10 @@ subtest 'a name that is the new type' => sub {
     is $api->updateSolverVEL, "/PIPE:b: renamed to LINE:b\n/LANGUAGE/Version: set to 2.0",
         'is left out, for it would be lost';
     $api->{database}->getStringValue('/PIPE:LINE/Length', \my $value);
-    is $value, '1', 'and is as it was';
+    is $value, '1', 'and has not changed';
 };
 
-subtest 'where the version cannot be stated' => sub {
+subtest 'if the version cannot be stated' => sub {
     my $steps = steps("Action = Add Parameter\nObject Type = PUMP\nParameter = Head\nNew Value = 1");
     for my $data ('LANGUAGE = 1.0', "LANGUAGE:\nVersion:\nEND\nEND") {
         is api($steps, "$data\nPUMP: a\nEND")->updateSolverVEL, '/PUMP:a/Head: added with the value "1"',
@@ -295,18 +295,18 @@ TEXT
             $expected{$version}, "from version $version";
     }
     my $unversioned = api($rules =~ s/Language Version.*//r, "PUMP: a\nKind = A\nEND");
-    is $unversioned->updateSolverVEL, <<'TEXT' =~ s/\n\z//r, 'rules that state no version are of their last upgrade';
+    is $unversioned->updateSolverVEL, <<'TEXT' =~ s/\n\z//r, 'rules without a version have the version of their last upgrade';
 /PUMP:a/Kind: changed from "A" to "B"
 /PUMP:a/Kind: changed from "B" to "C"
 /LANGUAGE/Version: set to 2.10
 TEXT
-    is $unversioned->updateSolverVEL, '', 'with nothing left to do';
-    is api($rules, "PUMP: a\nKind = X\nEND")->updateSolverVEL, '', 'no version, no step that touches it';
+    is $unversioned->updateSolverVEL, '', 'without any change';
+    is api($rules, "PUMP: a\nKind = X\nEND")->updateSolverVEL, '', 'no version, and no step that changes the data';
     is api('', "PUMP: a\nEND")->updateSolverVEL, '', 'no rules';
     is api($rules, "FLOW:\nEND")->updateSolverVEL, '', 'no object of the type';
 };
 
-subtest 'library data is left alone' => sub {
+subtest 'library data does not change' => sub {
     my $api = api(steps("Action = Remove Object\nObject Type = PUMP"), '');
     $api->{database}->loadLibraryData(lines("PUMP: stock\nEND"));
     is $api->updateSolverVEL, '', 'no change';

@@ -120,10 +120,10 @@ TEXT
     is in_domain('Sped = 1 [m s^-1]'), <<'TEXT', 'an unknown parameter';
 Sped: DOMAIN has no parameter "Sped"; did you mean Speed? [unknown-parameter]
 TEXT
-    is in_domain("BOUNDARY: w\nKind = Wall\nRate = 1\nEND"), <<'TEXT', 'one of a case that does not hold';
+    is in_domain("BOUNDARY: w\nKind = Wall\nRate = 1\nEND"), <<'TEXT', 'a parameter of a case that does not apply';
 BOUNDARY:w/Rate: "Rate" is only allowed when Kind = Inlet, Outlet [unknown-parameter]
 TEXT
-    is in_domain("BOUNDARY: w\nKind = Inlet\nPROFILE:\nAnything = 1\nEND\nEND"), <<'TEXT', 'one that a case demands';
+    is in_domain("BOUNDARY: w\nKind = Inlet\nPROFILE:\nAnything = 1\nEND\nEND"), <<'TEXT', 'a parameter that a case requires';
 BOUNDARY:w: required parameter "Rate" is missing [missing-parameter]
 TEXT
     is findings(database($rules, 'Loose = 1')), <<'TEXT', 'a parameter at the top level';
@@ -135,7 +135,7 @@ subtest 'places' => sub {
     is in_domain("BOUNDRY: w\nEND"), <<'TEXT', 'an unknown type';
 BOUNDRY:w: Unknown object type "BOUNDRY"; did you mean BOUNDARY? [unknown-object]
 TEXT
-    is in_domain("NOTHING LIKE IT:\nFLOW:\nOdd = 1\nEND\nX: y\nDOMAIN: z\nEND\nEND\nEND"), <<'TEXT', 'what is below one is passed over';
+    is in_domain("NOTHING LIKE IT:\nFLOW:\nOdd = 1\nEND\nX: y\nDOMAIN: z\nEND\nEND\nEND"), <<'TEXT', 'nothing below an unknown type is checked';
 NOTHING LIKE IT: Unknown object type "NOTHING LIKE IT"; correct the type or remove the object [unknown-object]
 TEXT
     is in_domain("BOUNDARY:\nEND\nSTART: again\nEND"), <<'TEXT', 'name or no name';
@@ -152,7 +152,7 @@ TEXT
     is in_domain("STRAY: s\nEND"), <<'TEXT', 'a place that no list of the parent names';
 STRAY:s: STRAY is not allowed in this DOMAIN; remove it [not-allowed]
 TEXT
-    is in_domain("BOUNDARX: w\nEND", "BOUNDARX: w\nEND"), <<'TEXT', 'of equal hints the one that is allowed there';
+    is in_domain("BOUNDARX: w\nEND", "BOUNDARX: w\nEND"), <<'TEXT', 'of equally near types, the one that is allowed there';
 BOUNDARX:w: Unknown object type "BOUNDARX"; did you mean BOUNDARY? [unknown-object]
 /BOUNDARX:w: Unknown object type "BOUNDARX"; did you mean BOUNDARA? [unknown-object]
 TEXT
@@ -224,17 +224,17 @@ subtest 'values' => sub {
     }
 };
 
-subtest 'units and bounds are checked while switched on' => sub {
+subtest 'units and bounds are checked only while these checks are on' => sub {
     my $database = database($rules, "FLOW:\nDOMAIN: d\nKind = Fluid\nSpeed = -1\nCount = 0\nSTART:\nEND\nEND\nEND");
     my $validator = VEL::Validate->new($database);
     my $look = sub { return $validator->validateObject('/FLOW/DOMAIN:d') // '' };
     is $look->(), '', 'both are off at first';
     is $database->isValid('/FLOW/DOMAIN:d'), 1, 'so the object is marked';
     is $validator->setUnitsChecking('1'), undef, 'switched on';
-    is $database->isValid('/FLOW/DOMAIN:d'), 0, 'which takes the marks away';
+    is $database->isValid('/FLOW/DOMAIN:d'), 0, 'which removes the marks';
     is $look->(), "/FLOW/DOMAIN:d/Speed: -1 has no unit; write it as -1 [m s^-1] [missing-unit]", 'units';
     is $validator->setBoundsChecking('1'), undef, 'bounds too';
-    is $look->(), <<'TEXT' =~ s/\n\z//r, 'a value without unit is not held against its bounds';
+    is $look->(), <<'TEXT' =~ s/\n\z//r, 'a value without a unit is not compared with its bounds';
 /FLOW/DOMAIN:d/Speed: -1 has no unit; write it as -1 [m s^-1] [missing-unit]
 /FLOW/DOMAIN:d/Count: 0 is below the lower bound 1 [below-bound]
 TEXT
@@ -272,72 +272,72 @@ TEXT
     is $marks->($d, "$d/Kind", "$d/Names", "$d/BOUNDARY:b"), '1 3 3 1', 'objects and their parameters are marked';
 
     $database->setStringValue("$d/Kind", 'Gas');
-    is $marks->($d, "$d/Kind"), '0 2', 'a change takes the mark away';
+    is $marks->($d, "$d/Kind"), '0 2', 'a change removes the mark';
     is $look->($d), qq($d/Kind: "Gas" is not allowed here; use one of Fluid, Solid [not-allowed]), 'a finding';
     is $marks->($d), '0', 'no mark with a finding';
-    is $look->($d), qq($d/Kind: "Gas" is not allowed here; use one of Fluid, Solid [not-allowed]), 'it comes again';
+    is $look->($d), qq($d/Kind: "Gas" is not allowed here; use one of Fluid, Solid [not-allowed]), 'it is reported again';
     $database->setStringValue("$d/Kind", 'Solid');
     is $validator->validateParam("$d/Kind"), undef, 'fixed';
     is $marks->("$d/Kind"), 3, 'the parameter is marked';
-    is $look->($d), '', 'the object is right again';
+    is $look->($d), '', 'the object is correct again';
 
     $database->setStringValue("$d/BOUNDARY:b/Kind", 'Wall');
     $look->("$d/BOUNDARY:b");
-    is $marks->("$d/BOUNDARY:b/PROFILE"), 0, 'a case that no longer holds: the child is looked at again';
+    is $marks->("$d/BOUNDARY:b/PROFILE"), 0, 'a case that no longer applies: the child is checked again';
     $database->setStringValue("$d/BOUNDARY:b/Kind", 'Inlet');
     is $look->($_), '', "$_ is right" for "$d/BOUNDARY:b", "$d/BOUNDARY:b/PROFILE";
 
     $database->deleteParam("$d/BOUNDARY:b/Rate");
-    is $marks->("$d/BOUNDARY:b"), 0, 'a parameter that is deleted takes the mark of its object';
-    like $look->("$d/BOUNDARY:b"), qr/missing-parameter/, 'which may lack it';
+    is $marks->("$d/BOUNDARY:b"), 0, 'deleting a parameter removes the mark of its object';
+    like $look->("$d/BOUNDARY:b"), qr/missing-parameter/, 'and it is reported as missing';
 
     $database->createObject('/FLOW/PROBE:p', 0);
-    is $marks->('/FLOW', $d), '1 1', 'an object that comes harms no mark';
+    is $marks->('/FLOW', $d), '1 1', 'adding an object removes no mark';
     $database->deleteObj('/FLOW/PROBE:p');
     $look->($d);
     $database->deleteObj('/PROBE:p');
-    is $marks->("$d/BOUNDARY:b/PROFILE"), 1, 'an object that is deleted leaves the marks of others';
-    is $marks->($d), 0, 'and takes the mark of those that name it';
-    like $look->($d), qr/no-such-object/, 'which now name nothing';
+    is $marks->("$d/BOUNDARY:b/PROFILE"), 1, 'deleting an object keeps the marks of others';
+    is $marks->($d), 0, 'and removes the marks of those that name it';
+    like $look->($d), qr/no-such-object/, 'which now name an object that does not exist';
 
     $database->loadLibraryData(lines("RULES:\nOBJECT: DOMAIN\nRequired Parameters = Kind, Count\nEND\nEND"));
     is $look->('/FLOW'), '', 'after a change of the rules';
-    is $marks->("$d/START"), 0, 'no mark is left';
+    is $marks->("$d/START"), 0, 'there are no marks';
 };
 
-subtest 'the validator and what it is asked for' => sub {
+subtest 'the methods of the validator' => sub {
     my $validator = VEL::Validate->new(database($rules, "FLOW:\nDOMAIN: d\nKind = Fluid\nSTART:\nEND\nEND\nEND"));
     is $validator->validateObject('/FLOW/DOMAIN:x'), '/FLOW/DOMAIN:x: There is no object with this path; correct the path [no-such-object]',
         'an object that is not there';
     is $validator->validateObject('/FLOW/DOMAIN:d/Kind'),
         '/FLOW/DOMAIN:d/Kind: This is a parameter, not an object; give the path of an object [wrong-type]', 'a parameter';
     is $validator->validateParam('/FLOW/DOMAIN:d/Nix'),
-        '/FLOW/DOMAIN:d/Nix: There is no parameter with this path; correct the path [no-such-object]', 'a parameter that is not there';
+        '/FLOW/DOMAIN:d/Nix: There is no parameter with this path; correct the path [no-such-object]', 'a parameter that does not exist';
     is $validator->validateParam('/FLOW/DOMAIN:d'), '/FLOW/DOMAIN:d: There is no parameter with this path; correct the path [no-such-object]',
         'an object in place of a parameter';
     is $validator->validateObject(' /FLOW//DOMAIN: d '), undef, 'a path in another form';
     is $validator->validateObject(' /FLOW//DOMAIN: x '), '/FLOW/DOMAIN:x: There is no object with this path; correct the path [no-such-object]',
         'which a finding gives in the usual one';
     is $validator->validateParam(' /FLOW//DOMAIN: d/Nix'),
-        '/FLOW/DOMAIN:d/Nix: There is no parameter with this path; correct the path [no-such-object]', 'for a parameter too';
+        '/FLOW/DOMAIN:d/Nix: There is no parameter with this path; correct the path [no-such-object]', 'also for a parameter';
 };
 
-subtest 'counts follow the data and the rules' => sub {
+subtest 'maximum counts, after changes of data and rules' => sub {
     for my $boxes (3, 200) {
         my $database  = database("RULES:\nOBJECT: BOX\nMaximum Count = 2\nEND\nEND",
             join "\n", map { ("BOX: b$_", 'END') } 1 .. $boxes);
         my $validator = VEL::Validate->new($database);
         my $said      = sub ($box) { return $validator->validateObject("/BOX:$box") // 'right' };
-        is $said->('b2'), 'right', "of $boxes the second";
+        is $said->('b2'), 'right', "the second of $boxes";
         is $said->('b3'), '/BOX:b3: Only 2 BOX objects are allowed here; remove this one [too-many]', 'the third';
         $database->deleteObj('/BOX:b1');
-        is $said->('b3'), 'right', 'the third, when the first has gone';
+        is $said->('b3'), 'right', 'the third, after the first was deleted';
         $database->createObject('/BOX:new', 0);
-        like $said->('new'), qr/too-many/, 'a new one';
+        like $said->('new'), qr/too-many/, 'a new object';
         $database->setStringValue('/RULES/OBJECT:BOX/Maximum Count', '1');
         like $said->('b3'), qr/Only 1 BOX is/, 'another rule';
         $database->setStringValue('/RULES/OBJECT:BOX/Maximum Count', '0');
-        is $said->('b2'), 'right', 'or none, which is at fault and not used';
+        is $said->('b2'), 'right', 'or a maximum of 0, which is a mistake and ignored';
     }
 };
 
@@ -351,23 +351,23 @@ subtest 'language version' => sub {
     }
 };
 
-subtest 'without rules nothing is known to be wrong' => sub {
-    is findings(database('', "ANY: thing\nOdd = 1\nEND\nLoose = 1")), '', 'whatever the data';
+subtest 'without rules there are no findings' => sub {
+    is findings(database('', "ANY: thing\nOdd = 1\nEND\nLoose = 1")), '', 'for any data';
 };
 
-subtest 'a mark rests on the expressions that a value names' => sub {
+subtest 'a mark depends on the expressions that a value names' => sub {
     for my $value ('Inlet Speed', '2 * Inlet Speed') {
         my $database = database($rules, "LIBRARY:\nEXPRESSIONS:\nInlet Speed = 1 [m s^-1]\nEND\nEND\n"
                 . "FLOW:\nDOMAIN: d\nKind = Fluid\nSpeed = $value\nSTART:\nEND\nEND\nEND");
         my $validator = validator($database);
         is $validator->validateObject('/FLOW/DOMAIN:d'), undef, "$value: is known";
         $database->deleteParam('/LIBRARY/EXPRESSIONS/Inlet Speed');
-        is $database->isValid('/FLOW/DOMAIN:d'), 0, 'the mark goes with the expression';
-        like $validator->validateObject('/FLOW/DOMAIN:d'), qr/Speed: .*"\Q$value\E"/, 'and a finding comes';
+        is $database->isValid('/FLOW/DOMAIN:d'), 0, 'deleting the expression removes the mark';
+        like $validator->validateObject('/FLOW/DOMAIN:d'), qr/Speed: .*"\Q$value\E"/, 'and there is a finding';
     }
 };
 
-subtest 'a mark set by another goes with a finding' => sub {
+subtest 'a finding removes a mark that another caller set' => sub {
     my $database = database($rules, "FLOW:\nDOMAIN: d\nEND\nEND");
     my $validator = VEL::Validate->new($database);
     $database->setValid('/FLOW/DOMAIN:d', 1);
@@ -375,12 +375,12 @@ subtest 'a mark set by another goes with a finding' => sub {
     is $database->isValid('/FLOW/DOMAIN:d'), 0, 'no mark';
 };
 
-subtest 'new rules count at once' => sub {
+subtest 'new rules have an effect at once' => sub {
     my $expected = '/X:x/PROBE:p/Odd: PROBE has no parameter "Odd"; correct the name or remove the parameter [unknown-parameter]';
     my $look = sub ($text) {
         my $database  = database($rules, "X: x\nPROBE: p\nOdd = 1\nEND\nEND");
         my $validator = VEL::Validate->new($database);
-        is $validator->validateObject('/X:x/PROBE:p'), undef, "$text: below an unknown type nothing is said";
+        is $validator->validateObject('/X:x/PROBE:p'), undef, "$text: nothing below an unknown type is reported";
         $database->loadLibraryData(lines("RULES:\nOBJECT: X\nEND\nEND"));
         is $validator->validateObject('/X:x/PROBE:p'), $expected, "$text: the type is known";
         $database->deleteObj('/X:x/PROBE:p');
@@ -397,14 +397,14 @@ subtest 'new rules count at once' => sub {
     $look->('not heard');
 };
 
-subtest 'a validator is not kept alive' => sub {
+subtest 'nothing keeps a validator alive' => sub {
     my $database  = database($rules, "FLOW:\nDOMAIN: d\nKind = Fluid\nNames = x\nEND\nEND");
     my $validator = validator($database);
     $validator->validateObject($_) for all_paths($database);
     weaken(my $seen = $validator);
     undef $validator;
-    is $seen, undef, 'by what it has asked or listens to';
-    is $database->deleteObj('/FLOW'), undef, 'nor missed when something goes';
+    is $seen, undef, 'by its models and handlers';
+    is $database->deleteObj('/FLOW'), undef, 'and nothing fails when something is deleted';
 };
 
 subtest 'deep nesting' => sub {
@@ -417,7 +417,7 @@ subtest 'deep nesting' => sub {
         $path .= "/PROBE:p$level";
         last if !is_quiet($validator, $path);
     }
-    is $database->isValid($path), 1, 'is looked at to the last level';
+    is $database->isValid($path), 1, 'is checked to the last level';
     my @said;
     local $SIG{__WARN__} = sub { push @said, @_ };
     $validator->setUnitsChecking(1);

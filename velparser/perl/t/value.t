@@ -10,7 +10,7 @@ sub entries { return join '|', split_list($_[0]) }
 
 is entries('a, b,c'),               'a|b|c',                    'entries are trimmed';
 is entries('Cartesian, (1, 2), 3'), 'Cartesian|(1, 2)|3',       'no cut inside parentheses';
-is entries('f(a,b), g(h(1,2),3)'),  'f(a,b)|g(h(1,2),3)',       'nor deeper inside';
+is entries('f(a,b), g(h(1,2),3)'),  'f(a,b)|g(h(1,2),3)',       'no cut in nested parentheses';
 is entries('a,'),                   'a|',                       'a last comma makes an empty entry';
 is entries('a), b'),                'a), b',                    'a depth below zero does not cut';
 is entries("  a \t,\t  b  "),         'a|b',                      'of all white space';
@@ -47,7 +47,7 @@ sub shown {
     return "$parts[0] " . (ref $parts[1] ? "open ${ $parts[1] }" : $parts[1] // 'bare');
 }
 is shown('0.5 [kg s^-1]'),  '0.5 kg s^-1',      'number and unit';
-is shown('0.5[kg s^-1]'),   '0.5 kg s^-1',      'no blank is needed';
+is shown('0.5[kg s^-1]'),   '0.5 kg s^-1',      'no space is needed';
 is shown('5 [ m ]'),        '5 m',              'blanks in the bracket';
 is shown('-2e3'),           '-2e3 bare',        'a bare number';
 is shown('5 [m'),           '5 open m',         'a bracket that does not close';

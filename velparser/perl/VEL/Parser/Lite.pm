@@ -7,7 +7,7 @@ use warnings;
 
 our $VERSION = '1.00';
 
-# The program brings the compiled half along; an ordinary perl loads it.
+# Our programs contain the compiled half of the module; an ordinary perl loads it.
 if (defined &VEL::Parser::Lite::bootstrap) {
     VEL::Parser::Lite::bootstrap();
 }
@@ -39,38 +39,38 @@ VEL::Parser::Lite - the command database from Perl
 
 =head1 DESCRIPTION
 
-An object of this class holds the command data of one file as a tree: I<objects>
-with a type and a name, I<singletons> with a type only, and I<parameters> with a
-name and a value. A node is named by its path, C</FLOW/DOMAIN:Duct/Location>; a
-path that does not begin with a slash is relative to the current path. All methods
-are bound directly to the functions of the database.
+An object of this class contains the command data of one file as a tree: I<objects>
+with a type and a name, I<singletons> with only a type, and I<parameters> with a name
+and a value. A path names a node: C</FLOW/DOMAIN:Duct/Location>. A path that does not
+begin with a slash is relative to the current path. All methods directly call the
+functions of the database.
 
 =head2 Results
 
-Methods that can fail return a B<message>: C<undef> on success, else a text
-that says what went wrong. They do not die. Whatever a method finds goes to an
-argument: a reference to a scalar, which stays as it was on failure, or a
-reference to an array, which is emptied first, also on failure.
+Methods that can fail return a B<message>: C<undef> on success, otherwise a text that
+says what failed. They do not die. A method gives what it finds in an argument: a
+reference to a scalar, which does not change on failure, or a reference to an array,
+which is emptied first, even on failure.
 
 An argument that is a flag (C<$isLibrary>, C<$includeLibrary>, C<$propagate>) is a
-number, and set if it is not 0: C<'0.0'> and C<'yes'> are 0.
+number. The flag is set if the number is not 0; C<'0.0'> and C<'yes'> are 0.
 
-Only a wrong call dies: a wrong number of arguments (C<Usage: ...>), something
-that is not an object of this class (C<self is not of type VEL::Parser::Lite>), no
-array reference where one is due (C<array is not an array reference>, or the
-name of that argument), no reference to a scalar where one is due
+Only a wrong call dies: a wrong number of arguments (C<Usage: ...>), an invocant that
+is not an object of this class (C<self is not of type VEL::Parser::Lite>), an argument
+that must be an array reference and is not (C<array is not an array reference>, or the
+name of that argument), or one that must be a reference to a scalar and is not
 (C<VEL::Parser::Lite::getStringValue: value is not a reference>).
 
 =head2 Texts
 
-Texts are bytes and end at the first NUL. A text of Perl's with characters of 256
-and above is taken as its UTF-8 form; C<undef> is the empty text.
+Texts are bytes and end at the first NUL. If a Perl text has characters above 255, its
+UTF-8 form is used. C<undef> is the empty text.
 
 =head2 Threads
 
-Several threads may use the module, each with its own objects. In a new thread the
-objects of the one that made it are empty: every method but C<DESTROY> dies with
-C<self is not of type VEL::Parser::Lite>.
+Several threads may use the module, each with its own objects. A new thread gets empty
+copies of the objects of the thread that made it: every method except C<DESTROY> dies
+with C<self is not of type VEL::Parser::Lite>.
 
 =head1 METHODS
 
@@ -84,15 +84,15 @@ A new object with an empty database. It takes no argument, not even a class.
 
 =item C<< $data->DESTROY() >>
 
-Frees the database, unless the object only wraps one that belongs to the
-program. Perl calls it when the last reference goes. Returns a message: an
-object that one of its own methods or handlers is using stays as it is.
+Frees the database, unless it belongs to the program and the object only refers to it.
+Perl calls this method when there are no more references to the object. If a method or
+handler of the object is running, nothing is freed. Returns a message.
 
 =item C<< $data->isSameDatabase($other) >>
 
-1 if both objects belong to the same database: one object, or several that wrap one
-database of the program. 0 otherwise, also if C<$other> is not an object of this class, or
-one that has been destroyed.
+1 if both objects have the same database: they are one object, or both refer to one
+database of the program. Otherwise 0, also if C<$other> is not an object of this class or
+has been destroyed.
 
 =back
 
@@ -115,7 +115,7 @@ The same, as library data.
 
 =item C<< $data->loadVELLine($line, $isLibrary) >>
 
-Parses one line. Blocks may stay open for the next one. Returns a message.
+Parses one line. Blocks may stay open for the next line. Returns a message.
 
 =item C<< $data->getVELState() >>
 
@@ -132,8 +132,8 @@ C<ZOT5_VEL_LIBSDIR> name. Returns a message.
 
 =item C<< $data->readNamedLibraries($libList, $defDir) >>
 
-Reads library files: C<$libList> holds their names, separated by semicolons,
-C<$defDir> the folder of those without one. Returns a message.
+Reads library files. C<$libList> has their names, separated by semicolons; C<$defDir> is
+the folder of names without a folder. Returns a message.
 
 =back
 
@@ -143,18 +143,19 @@ C<$defDir> the folder of those without one. Returns a message.
 
 =item C<< $data->getFormattedVEL($path, $lineLength, $array) >>
 
-Fills the array with the user data below a node, as it is saved: parameters
-first, objects in their order of output, lines wrapped at C<$lineLength> (0:
-not at all). Returns a message.
+Fills the array with the user data below a node, as it is saved: parameters first,
+objects in the order of the rules, lines wrapped at C<$lineLength> (0: not wrapped).
+Returns a message.
 
 =item C<< $data->getObjectVEL($path, $array, $includeLibrary) >>
 
-Fills the array with a node and all below it in stored order. Returns a message.
+Fills the array with a node and everything below it, in the order of the data. Returns
+a message.
 
 =item C<< $data->getTreeText($path) >>
 
-A text for a node and all below it, the same for trees that are the same in kinds,
-types, names, values and order, and for no others. C<undef> where there is no node.
+A text for a node and everything below it. Two trees have the same text if and only if
+their kinds, types, names, values and order are the same. C<undef> if there is no node.
 
 =back
 
@@ -164,7 +165,7 @@ types, names, values and order, and for no others. C<undef> where there is no no
 
 =item C<< $data->havePath($path) >>
 
-1 if there is a node at the path, else 0.
+1 if there is a node at the path, otherwise 0.
 
 =item C<< $data->isObject($path) >>
 
@@ -192,8 +193,8 @@ C<count>). Either may be C<undef>. Returns a message.
 
 =item C<< $data->getObjectsByName($name, $array) >>
 
-Fills the array with the paths of all objects of this name (of a singleton its
-type). Returns a message.
+Fills the array with the paths of all objects with this name; the name of a singleton
+is its type. Returns a message.
 
 =item C<< $data->getObjectsByType($type, $array) >>
 
@@ -215,7 +216,7 @@ Makes a parameter, or gives an existing one a new value. Returns a message.
 
 =item C<< $data->deleteObj($path) >>
 
-Deletes a node and all below it. Returns a message.
+Deletes a node and everything below it. Returns a message.
 
 =item C<< $data->deleteParam($path) >>
 
@@ -229,7 +230,7 @@ Deletes a parameter. Returns a message.
 
 =item C<< $data->getStringValue($path, $value) >>
 
-Sets the scalar to the value; C<undef> where there is none. Returns a message.
+Sets the scalar to the value, or to C<undef> if there is none. Returns a message.
 
 =item C<< $data->setStringValue($path, $value) >>
 
@@ -250,8 +251,8 @@ Fills the array with integers, each x + 0.5 without its fraction. Returns a mess
 
 =item C<< $data->getLogicalValue($path, $value) >>
 
-Sets the scalar to -1 for a value that says yes, 0 for one that says no; a number
-is itself. Returns a message.
+Sets the scalar to -1 for a value such as C<Yes>, and to 0 for a value such as C<No>; a
+number is itself. Returns a message.
 
 =item C<< $data->getLogicalList($path, $array) >>
 
@@ -265,22 +266,22 @@ The same for each element. Returns a message.
 
 =item C<< $data->isValid($path) >>
 
-1 if the node is marked valid, 0 if not; 3 and 2 where all below it is marked too;
+1 if the node is marked valid, 0 if not; 3 and 2 if everything below it is also marked;
 -1 for an unknown path.
 
 =item C<< $data->setValid($path, $valid) >>
 
-With 1 marks the node, with 2 all below it; with anything else takes the mark of
-the node away. Returns a message.
+With 1 marks the node, with 2 everything below it; with any other number removes the
+mark of the node. Returns a message.
 
 =item C<< $data->setValidEx($path, $valid, $propagate) >>
 
-The same; with C<$propagate> also the marks that rest on the one taken away.
+The same; with C<$propagate> it also removes the marks that depend on the removed one.
 Returns a message.
 
 =item C<< $data->getValidationLevel() >>
 
-A number kept for the validator, 0 at first.
+A number that the object keeps for the validator, 0 at first.
 
 =item C<< $data->setValidationLevel($value) >>
 
@@ -294,7 +295,7 @@ Sets it. Returns a message.
 
 =item C<< $data->getCurrentPath() >>
 
-The path to which others are relative, C</> at first.
+The path to which relative paths are relative, C</> at first.
 
 =item C<< $data->pushPath($path) >>
 
@@ -302,7 +303,7 @@ Makes the path of a node the current one, until C<popPath>. Returns a message.
 
 =item C<< $data->popPath() >>
 
-Goes back to the path before. Returns a message.
+Goes back to the previous path. Returns a message.
 
 =item C<< $data->changePath($path) >>
 
@@ -310,38 +311,38 @@ Replaces the current path. Returns a message.
 
 =item C<< VEL::Parser::Lite::cleanPath($path) >>
 
-The normal form of a path: no stray blanks, no doubled slashes. A function.
+The normal form of a path, without unnecessary spaces and slashes. This is a function,
+not a method.
 
 =back
 
 =head2 Handlers
 
-A handler that dies stops the operation that called it, which then dies with the
-same error; what has been changed until then stays changed. C<last> and C<next>
-do not lead out of a handler. A handler may use the database, also to change it;
-changes of changes end at a depth of 200 with C<Handlers call each other without
-end>.
+If a handler dies, the operation that called it stops and dies with the same error; the
+changes up to then stay. C<last> and C<next> cannot leave a handler. A handler may read
+and change the database. If changes call handlers that make changes, this ends at a depth
+of 200 with C<Handlers call each other without end>.
 
 =over
 
 =item C<< $data->addChangeHandler($rsub) >>
 
-Has the code called at every change, after those added before, with the path, a
-code (0: a value, 1: an object created, 2: an object deleted), the new value and
-the old value, C<undef> where there is none. Only for an object that owns its
-database. Returns nothing.
+Adds a handler that is called at every change, after the handlers that were added
+before. Its arguments are the path, a code (0: a value changed, 1: an object was created,
+2: an object was deleted), the new value and the old value, each C<undef> if there is
+none. Only for an object that owns its database. Returns nothing.
 
 =item C<< $data->clearChangeHandlers() >>
 
-Takes all of them away. Returns nothing.
+Removes all change handlers. Returns nothing.
 
 =item C<< $data->registerActionHandler($handler) >>
 
-Has the code called for lines that begin with C<< > >>, with the first word and
-the rest of the line (the empty text where there is none). It must give exactly one
-value, else the operation dies with C<Missing return value from call_sv on action
-handler> or C<Too many return values from call_sv on action handler>; the value
-itself does not matter. Replaces the handler before. Returns a message.
+Sets the handler for lines that begin with C<< > >>. Its arguments are the first word and
+the rest of the line (which may be the empty text). It must return exactly one value,
+otherwise the operation dies with C<Missing return value from call_sv on action handler>
+or C<Too many return values from call_sv on action handler>; the value itself does not
+matter. Replaces the previous handler. Returns a message.
 
 =item C<< $data->invokeAction($action, $args) >>
 

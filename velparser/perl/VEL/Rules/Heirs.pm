@@ -8,14 +8,14 @@ use VEL::Value qw(split_list);
 
 =head1 NAME
 
-VEL::Rules::Heirs - finds what the heirs of a rule list, fast for long chains of heirs too
+VEL::Rules::Heirs - finds quickly what a rule and the rules that inherit from it list
 
 =head1 DESCRIPTION
 
-The rules are numbered so that the heirs of a rule, direct or not, follow it: they have
-the numbers from its own up to an end. For each name the numbers of the rules that list it
-are kept in order. So a question about all heirs of a rule is one binary search, whatever
-the number of heirs.
+The heirs of a rule are the rules that inherit from it, directly or not. The rules are
+numbered so that the heirs of a rule come directly after it: they have the numbers from its
+own up to an end. For each name the numbers of the rules that list it are kept in order. So a
+question about all heirs of a rule needs only one binary search.
 
 =head1 METHODS
 

@@ -9,7 +9,7 @@ use VEL::Rules::Source;
 
 =head1 NAME
 
-VEL::Rules::Library - what the rule libraries state, kept apart from the data
+VEL::Rules::Library - what the rule libraries state, separate from the data
 
 =head1 DESCRIPTION
 
@@ -30,15 +30,15 @@ A copy without rules.
 
 =item C<< VEL::Rules::Library->from_tree($database) >>
 
-The present library data below F</RULES>. Earlier changes made by command data cannot be
-known, so a block that command data has also stated is left out.
+The current library data below F</RULES>. Earlier changes by command data are not known, so a
+block that command data has also stated is left out.
 
 =cut
 
 =item C<< VEL::Rules::Library->before_change($database, $path, $code, $old) >>
 
-The blocks below F</RULES> as they were before command data made its first change there,
-just now. Path, code and old value are those that a handler gets.
+The blocks below F</RULES> as they were before the first change of command data there.
+Path, code and old value of this change are those that a handler gets.
 
 =cut
 
@@ -86,7 +86,7 @@ A library states a field. True if that changes it.
 
 =item C<remove($path)>
 
-A block or field is gone. True if there was one.
+A block or field was removed. True if there was one.
 
 =cut
 
@@ -111,8 +111,8 @@ sub remove ($self, $path) {
     return defined delete $block->{fields}{$name} || defined delete $block->{blocks}{$name};
 }
 
-# The block at a path, made where it is missing if C<$make>. The last one is
-# kept: the fields of a block come one after the other.
+# The block at a path. If it is missing and $make is true, the block is made. The last block
+# is kept, because the fields of a block come one after the other.
 sub _find ($self, $path, $make) {
     return $self->{at} if $path eq $self->{last};
     my $at = $self->{top};
@@ -127,7 +127,7 @@ sub _find ($self, $path, $make) {
 
 =item C<top>
 
-All of it as blocks of L<VEL::Rules::Source>, a new one for each.
+Everything as new blocks of L<VEL::Rules::Source>.
 
 =back
 

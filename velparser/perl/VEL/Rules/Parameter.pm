@@ -25,7 +25,7 @@ L<VEL::Rules::Fields>; C<type> is String, Integer, Real or Logical), and
 
     name         of the parameter
     ruled        1 if any rule describes it
-    untyped      1 if its type is faulty, and so not known
+    untyped      1 if its type is faulty, so that it is not known
     list         1 if the value is a list
     unitless     1 if its unit is faulty: units and bounds are not checked
     anything     1 if no value can be wrong
@@ -137,7 +137,7 @@ sub problems ($self, $text, $asker) {
     my @count   = $self->_count_problems(scalar @entries);
     my @wrong   = map { $self->_entry_problems($_, $asker) } @entries;
     return (@count, @wrong) if !@wrong || $text !~ /;/;
-    # With the right separator the entries would be others.
+    # With the right separator, these would not be the entries.
     $wrong[0]{within} = 'separate-entries';
     return @wrong;
 }

@@ -8,12 +8,12 @@ use VEL::Findings qw(compose);
 
 =head1 NAME
 
-VEL::Rules::Places - checks that each type has a place, and that required places are allowed
+VEL::Rules::Places - checks that each type is allowed somewhere, and where it is required
 
 =head1 DESCRIPTION
 
-Both rules must allow a place: a list of the parent contains the type, and the C<Parents>
-of the type contain the parent.
+Both rules must allow an object in a parent: a list of the parent contains the type, and the
+C<Parents> of the type contain the parent.
 
 =head1 METHODS
 
@@ -55,7 +55,7 @@ sub faults ($self, $block, $type) {
         @{ $type->{cases} });
 }
 
-# A rule that exists only for its heirs need not be listed.
+# If a rule exists only so that others inherit it, no list needs to name it.
 sub _nowhere ($self, $block, $type) {
     my $parents = $type->{parents} // return;
     return if $parents->{'/'} || $self->{heirs}->has_heirs($block);
@@ -65,7 +65,7 @@ sub _nowhere ($self, $block, $type) {
     return [ $path, compose('unlisted-type', parents => [ sort keys %$parents ], type => $type->{type}) ];
 }
 
-# A faulty rule says nothing reliable about places.
+# The places in a faulty rule are not reliable.
 sub _is_faulty ($self, $word) { return $self->{faulty}{$word} || $self->{source}->is_misspelt($word) }
 
 # Types that a rule or one of its cases requires although they are not allowed there.

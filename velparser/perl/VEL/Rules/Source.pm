@@ -27,8 +27,8 @@ The command database has read the text already. A block is a hash:
     blocks  the blocks inside, in order
 
 Faulty parts are reported in C<faults> and left out of the blocks, so that everything else
-works. A faulty C<Type> or C<Units> remains as C<undef>, so that the type or unit of
-another rule does not replace it.
+works. A faulty C<Type> or C<Units> stays as C<undef>, so that the type or unit of another
+rule does not replace it.
 
 =cut
 
@@ -71,7 +71,7 @@ An empty block: C<$component> is the last part of its path.
 
 =cut
 
-# Without recursion: blocks may be nested thousands deep.
+# Without recursion, because blocks may nest thousands of levels deep.
 sub read_tree ($database) {
     my $top  = block('RULES', '/RULES');
     my @open = $top;
@@ -124,7 +124,7 @@ sub faults ($self) { return @{ $self->{faults} } }
 
 =item C<fault($path, $sentence)>
 
-Notes a fault found by a later stage.
+Adds a fault that later code has found.
 
 =cut
 
@@ -203,8 +203,8 @@ sub _check_fields ($self, $block) {
 
 =item C<lacks($block, @fields)>
 
-Reports a fault if the block does not state all of these fields, unless a fault explains
-it already. True if a field is missing.
+Reports a fault if the block does not state all of these fields, unless another fault
+already explains this. True if a field is missing.
 
 =cut
 

@@ -45,7 +45,7 @@ my @LISTS = qw(required optional required_objects optional_objects);
 =item C<< VEL::Rules::Type->new($kind, $type, $rule, $general) >>
 
 C<$rule> is a hash of C<fields>, C<parameters> (name => list of field sets) and
-C<cases> (a list of the same with C<label>); C<$general> the rules that hold for
+C<cases> (a list of such hashes with C<label>). C<$general> has the rules that apply to
 parameters everywhere, by name.
 
 =cut
@@ -164,7 +164,7 @@ sub _merge ($self, $name, @cases) {
 
 =item C<listed_parameters>
 
-The names in its lists and those of its cases, some of them repeated.
+The names in its lists and in those of its cases. A name may occur more than once.
 
 =cut
 
@@ -186,7 +186,7 @@ sub cases_with ($self, $lists, $name) {
     return @{ $self->{cases} }[ grep { !$seen{$_}++ } sort { $a <=> $b } @numbers ];
 }
 
-# For each list and name the numbers of the cases, because there may be many of each.
+# For each list and name the numbers of the cases. There may be many of each.
 sub _index_names ($self) {
     my %naming;
     for my $number (0 .. $#{ $self->{cases} }) {
