@@ -58,7 +58,7 @@ END
         group       => 'Names',
         explanation => <<'END',
 The object has no parameter of this name. Either the name is misspelt, or the parameter
-belongs to a case that does not apply here. Then the finding says when it is allowed.
+belongs to a case that does not apply here; then the finding says when it is allowed.
 END
         sentences => {
             'unknown-parameter' => '{type} has no parameter "{name}"'
@@ -80,8 +80,8 @@ END
         group       => 'Names',
         explanation => <<'END',
 No rule describes an object of this type, or the object has a name and must not have one,
-or it has no name and must have one. Types and names must match exactly, capitals
-included. Nothing is reported about what is inside the object.
+or it has no name and must have one. Types and names must match exactly, also in upper
+and lower case. Nothing is reported about what is inside the object.
 END
         sentences => {
             'unknown-object' => 'Unknown object type "{type}"'
@@ -128,8 +128,8 @@ END
         identifier  => 'wrong-type',
         group       => 'Values',
         explanation => <<'END',
-Text where a number is required, a number with a fraction where a whole number is
-required, or something that is neither yes nor no.
+The value is a text instead of a number, a number with a fraction instead of a whole
+number, or neither yes nor no.
 END
         sentences => {
             'no-number'     => '"{value}" is not a number; use a value such as <1 [{units}]//1.5>',
@@ -144,9 +144,9 @@ END
         identifier  => 'no-such-object',
         group       => 'Values',
         explanation => <<'END',
-The value must name an object, and none with this name and type exists. The finding lists
-up to 12 names that exist. If the rule also lists allowed values, the finding lists them
-first.
+The value must be the name of an object, but there is no object with this name and type.
+The finding lists up to 12 names that exist. If the rule also lists allowed values, the
+finding lists them first.
 END
         sentences => {
             'no-such-object'    => 'There is no {types| or } named "{value}"'
@@ -178,7 +178,7 @@ END
         identifier  => 'too-few-entries',
         group       => 'Values',
         explanation => <<'END',
-A list with fewer entries than the rule requires.
+The list has fewer entries than the rule requires.
 END
         sentences => {
             'too-few-entries' => 'Expected at least <{one} entry//{several} entries>, found {count}',
@@ -188,7 +188,7 @@ END
         identifier  => 'too-many-entries',
         group       => 'Values',
         explanation => <<'END',
-A list with more entries than the rule allows.
+The list has more entries than the rule allows.
 END
         sentences => {
             'too-many-entries' => 'Expected at most <{one} entry//{several} entries>, found {count}',
@@ -199,7 +199,7 @@ END
         identifier  => 'missing-unit',
         group       => 'Units and bounds',
         explanation => <<'END',
-A quantity without its unit. Only plain numbers need no unit.
+A quantity has no unit. Only plain numbers need no unit.
 END
         sentences => { 'missing-unit' => '{number} has no unit; write it as {number} [{units}]' },
     },
@@ -207,8 +207,8 @@ END
         identifier  => 'wrong-unit',
         group       => 'Units and bounds',
         explanation => <<'END',
-A unit of another dimension, an unknown unit, a bracket that is not closed, or a unit on a
-plain number. A time and a frequency have different dimensions, and so do an angle per
+The unit has another dimension, or it is unknown, or its bracket is not closed, or the
+value is a plain number and must not have a unit. A time and a frequency have different dimensions, and so do an angle per
 second and a frequency.
 END
         sentences => {
@@ -222,7 +222,7 @@ END
         identifier  => 'below-bound',
         group       => 'Units and bounds',
         explanation => <<'END',
-A number below the lower bound of its rule, or equal to it if the bound itself is not
+The number is below the lower bound of its rule, or equal to it if the bound itself is not
 allowed.
 END
         sentences => {
@@ -234,7 +234,7 @@ END
         identifier  => 'above-bound',
         group       => 'Units and bounds',
         explanation => <<'END',
-A number above the upper bound of its rule, or equal to it if the bound itself is not
+The number is above the upper bound of its rule, or equal to it if the bound itself is not
 allowed.
 END
         sentences => {
