@@ -1,6 +1,7 @@
 // Copies a tree into a list of paths and values, and edits a text to match such a list.
 #include "veltext/treeData.h"
 
+#include "velapilt/src/velapilt.h"
 #include "veltext/textEdit.h"
 #include "veltext/treeWalk.h"
 

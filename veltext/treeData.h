@@ -1,13 +1,13 @@
 // The data of a tree as a list of paths and values.
 #pragma once
 
-#include "velapilt/src/velapilt.h"
-
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
+
+struct velHandle;
 
 namespace veltext {
 

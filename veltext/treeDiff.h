@@ -2,14 +2,12 @@
 #pragma once
 
 #include "velapilt/src/velapilt.h"
+#include "veltext/commandText.h"
 
 #include <functional>
 #include <string>
 
 namespace veltext {
-
-/// What happened to an object or parameter from the old tree to the new tree.
-enum class DifferenceKind { Added, Removed, Changed };
 
 /// One object or parameter. Values are null for objects, and on the side that does
 /// not have the parameter. The texts are valid as long as the trees.

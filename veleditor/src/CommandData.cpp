@@ -120,6 +120,17 @@ std::optional<std::string> CommandData::value(const std::string &path) const
     return storedValue(path);
 }
 
+std::vector<CommandData::Child> CommandData::children(const std::string &path) const
+{
+    std::vector<Child> children;
+    for (const velChildInfo &child : childrenOf(path)) {
+        std::string component = velComponentOf(child);
+        const bool isLibrary = velparser::isVELLibrary(childPath(path, component).c_str()) == 1;
+        children.push_back({std::move(component), isParam(child), isLibrary});
+    }
+    return children;
+}
+
 std::vector<std::string> CommandData::components(const std::string &path) const
 {
     std::vector<std::string> components;

@@ -23,6 +23,14 @@ using Message = std::optional<std::string>;
 class CommandData
 {
 public:
+    /// A parameter or object. A parameter and a singleton can have the same component.
+    struct Child
+    {
+        std::string component;
+        bool isParameter;
+        bool isLibrary; ///< from a rule library
+    };
+
     // --- Queries ------------------------------------------------------------
 
     /// Whether there is an object or parameter at a path.
@@ -30,6 +38,9 @@ public:
 
     /// The value of a parameter; none if there is no such parameter.
     [[nodiscard]] std::optional<std::string> value(const std::string &path) const;
+
+    /// The children of an object, in stored order; none if the object does not exist.
+    [[nodiscard]] std::vector<Child> children(const std::string &path) const;
 
     /// The path components of an object's children, in stored order; empty if the
     /// object does not exist.

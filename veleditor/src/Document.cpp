@@ -358,8 +358,14 @@ SaveResult Document::save(const std::string &target)
     SaveResult result = writeCommandFile(file_, target);
     if (result.outcome == SaveOutcome::Written) {
         clearModified();
+        emit saved(target);
     }
     return result;
+}
+
+void Document::close()
+{
+    emit closed();
 }
 
 } // namespace velEditor

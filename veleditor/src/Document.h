@@ -122,6 +122,9 @@ public:
     /// document is no longer modified, whatever the name of the file.
     [[nodiscard]] SaveResult save(const std::string &target);
 
+    /// Nothing follows: the user has agreed to lose what is not saved.
+    void close();
+
 signals:
     /// The file was read: no earlier edit can be undone.
     void loaded();
@@ -141,6 +144,12 @@ signals:
 
     /// The complete edit, which has an inverse. Comes after the signal of its kind.
     void applied(const velEditor::Edit &edit);
+
+    /// All of the data was written to `target`, which may be another file.
+    void saved(const std::string &target);
+
+    /// The document is no longer needed; see `close`.
+    void closed();
 
     /// The mark was set, perhaps to the same value as before.
     void modifiedMarked(bool modified);

@@ -7,6 +7,7 @@
 #include "veleditor/src/Document.h"
 #include "veleditor/src/Environment.h"
 #include "veleditor/src/MessageDialog.h"
+#include "veleditor/src/NoticeBar.h"
 #include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Strip.h"
 #include "veleditor/src/Text.h"
@@ -30,6 +31,8 @@ namespace {
 constexpr QPoint treeTopLeft(10, 40);
 constexpr int treeRightGap = 6;
 constexpr int treeBottomGap = 11;
+/// Between the notice and the tree.
+constexpr int noticeGap = 4;
 /// At least this much is between the menus and the strip.
 constexpr int stripGap = 40;
 /// The part of the window's width that the two columns do not use, in pixels.
@@ -56,7 +59,7 @@ QString asTitle(const std::string &fileName)
 
 Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool safeMode)
     : QWidget(parent), document_(new Document(std::move(fileName), this)),
-      history_(new UndoHistory(*document_, this))
+      history_(new UndoHistory(*document_, this)), notice_(new NoticeBar(this))
 {
     setObjectName(QString::fromUtf8(name));
     setIconAndLabel();
@@ -69,7 +72,9 @@ Editor::Editor(QWidget *parent, const char *name, std::string fileName, bool saf
     switchChecksOn();
     addUndo();
     addMenus();
+    addFeatures();
     addStrip();
+    connect(notice_, &NoticeBar::needChanged, this, &Editor::placeTree);
     setMinimumSize(300, 200);
     welcome_->hide();
 }
@@ -307,6 +312,7 @@ void Editor::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
+    document_->close();
     helpServer_->disconnect();
     event->accept();
     QCoreApplication::exit(0);
@@ -321,6 +327,19 @@ void Editor::placeStrip()
     strip_->fit(QRect(QPoint(left, 0), QPoint(width() - treeRightGap, bottom)));
 }
 
+// The notice takes its height from the tree, but always leaves half of it.
+void Editor::placeTree()
+{
+    QRect room(treeTopLeft, QPoint(width() - treeRightGap, height() - treeBottomGap));
+    if (notice_->isNeeded()) {
+        const int needed = notice_->heightForWidth(room.width());
+        notice_->setGeometry(room.left(), room.top(), room.width(),
+                             std::min(needed, room.height() / 2));
+        room.setTop(notice_->geometry().bottom() + 1 + noticeGap);
+    }
+    tree_->setGeometry(room);
+}
+
 void Editor::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
@@ -333,8 +352,7 @@ void Editor::resizeEvent(QResizeEvent *event)
     if (tree_ == nullptr) {
         return;
     }
-    tree_->setGeometry(
-        QRect(treeTopLeft, QPoint(width() - treeRightGap, height() - treeBottomGap)));
+    placeTree();
     const int nameWidth = width() - tree_->columnWidth(VELTreeItem::Value) - columnsGap;
     if (nameWidth >= 0) {
         tree_->setColumnWidth(VELTreeItem::Name, nameWidth);

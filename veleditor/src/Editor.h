@@ -19,6 +19,7 @@ class QMenuBar;
 namespace velEditor {
 
 class Document;
+class NoticeBar;
 class Strip;
 class UndoHistory;
 class VELTree;
@@ -37,7 +38,11 @@ public:
     ~Editor() override;
 
     [[nodiscard]] Document &document() { return *document_; }
+    [[nodiscard]] UndoHistory &history() { return *history_; }
     [[nodiscard]] VELTree &tree() { return *tree_; }
+
+    /// The bar above the tree, for what the user should know but need not answer.
+    [[nodiscard]] NoticeBar &notice() { return *notice_; }
 
     /// Validates the document, moves the loaded file to `target`.bak and writes
     /// `target`; see CommandFile.h. False if the user does not want to save with
@@ -75,8 +80,10 @@ private:
     void addHelpMenu(QMenuBar &bar);
     void addRowMenu();
     void addUndo();
+    void addFeatures();
     void addStrip();
     void placeStrip();
+    void placeTree();
     void undo();
     void redo();
     void showSteps();
@@ -89,6 +96,7 @@ private:
     UndoHistory *history_;    ///< a child; the edits that can be undone
     QAction *undo_ = nullptr; ///< a child; null until the menus are made
     QAction *redo_ = nullptr; ///< the same
+    NoticeBar *notice_;       ///< a child widget
     VELTree *tree_ = nullptr; ///< a child widget; null until it is built
     std::unique_ptr<JavaHelpServer> helpServer_;
     QMenuBar *menuBar_ = nullptr;

@@ -1,11 +1,21 @@
 // Reads command files and compares them, with results that own their texts.
-#include "veltext/veltext.h"
+#include "veltext/commandText.h"
 
+#include "velapilt/src/velapilt.h"
+#include "veltext/error.h"
 #include "veltext/readFile.h"
+#include "veltext/textFault.h"
+#include "veltext/treeDiff.h"
+#include "veltext/treeWalk.h"
 
 #include <new>
 
 namespace veltext {
+
+void CommandText::Release::operator()(velHandle *tree) const
+{
+    velHandleDeleter()(tree);
+}
 
 CommandText::CommandText(SourceText source, const std::string &name)
     : source_(std::move(source)), tree_(velCreateHandle())

@@ -1,0 +1,10 @@
+// What the main window has besides its menus. Each feature is a class of its own,
+// follows the document, and belongs to the window.
+#include "veleditor/src/Editor.h"
+
+namespace velEditor {
+
+// An action that a feature adds to the window is listed in the strip's menu.
+void Editor::addFeatures() {}
+
+} // namespace velEditor
