@@ -23,7 +23,7 @@ using Message = std::optional<std::string>;
 class CommandData
 {
 public:
-    /// A parameter or object. A parameter and a singleton can have the same component.
+    /// A parameter or object.
     struct Child
     {
         std::string component;

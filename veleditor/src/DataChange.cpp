@@ -81,7 +81,8 @@ std::string blockOf(const Items &items, std::size_t object)
     return block;
 }
 
-/// What tells siblings apart: a parameter and a singleton can have the same name.
+/// What two items have in common that are the same: a parameter may have become a
+/// singleton of its name.
 using Key = std::pair<std::string, bool>;
 
 Key keyOf(const Item &item)
