@@ -69,6 +69,8 @@ struct Change
     std::string path;
     std::optional<std::string> oldValue; ///< nothing for an object, or if it was added
     std::optional<std::string> newValue; ///< nothing for an object, or if it was removed
+
+    bool operator==(const Change &) const = default;
 };
 
 /// The differences from `before` to `after`, in the order of compareTrees
