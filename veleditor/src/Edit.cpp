@@ -70,7 +70,8 @@ int positionAmong(const std::vector<bool> &siblings, const Edit &edit)
 {
     const auto count = static_cast<int>(siblings.size());
     const int position = std::min(edit.position, count);
-    if (std::count(siblings.begin(), siblings.begin() + position, true) == edit.parametersBefore) {
+    if (edit.parametersBefore == Edit::unknown ||
+        std::count(siblings.begin(), siblings.begin() + position, true) == edit.parametersBefore) {
         return position;
     }
     const bool isParameter = isAboutParameter(edit.kind);

@@ -24,6 +24,7 @@ struct Edit
 
     /// The place of a new item: after its siblings.
     static constexpr int atEnd = -1;
+    static constexpr int unknown = -1;
 
     Kind kind = Kind::SetValue;
 
@@ -48,8 +49,8 @@ struct Edit
 
     /// How many of the siblings before `position` are parameters. A file that was saved
     /// and loaded has its parameters before its objects; this number then gives the
-    /// place of an edit that was made before.
-    int parametersBefore = 0;
+    /// place of an edit that was made before. If it is unknown, `position` is the place.
+    int parametersBefore = unknown;
 
     bool operator==(const Edit &) const = default;
 };
@@ -74,8 +75,8 @@ struct Edit
 
 /// The position for the item of an edit that has one, among siblings of which each is
 /// a parameter (true) or an object. It is that of the edit if as many parameters are
-/// before it as there were. Otherwise a parameter comes after as many parameters, and
-/// an object after as many objects, as before.
+/// before it as there were, or if that is unknown. Otherwise a parameter comes after as many
+/// parameters, and an object after as many objects, as before.
 [[nodiscard]] int positionAmong(const std::vector<bool> &siblings, const Edit &edit);
 
 } // namespace velEditor

@@ -10,11 +10,14 @@
 
 #include "veleditor/src/CommandData.h"
 #include "veleditor/src/Edit.h"
+#include "veleditor/src/UndoSteps.h"
 
 #include <QObject>
 #include <QString>
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace velEditor {
@@ -54,6 +57,19 @@ public:
     void beginGroup(const QString &name);
     void endGroup();
 
+    // --- Steps for another session -------------------------------------------------
+
+    /// The steps that lead to a state of the document and away from it, as far as every
+    /// change on the way is known. They have at most about `mostBytes` bytes: the steps
+    /// that are farthest away are left out, and undone ones first. Nothing if no step
+    /// begins or ends with this state, or inside a group.
+    [[nodiscard]] std::optional<UndoSteps> stepsAround(std::uint64_t revision,
+                                                       std::size_t mostBytes) const;
+
+    /// Takes steps in place of all others, as those around the state in which the
+    /// document is now.
+    void restore(const UndoSteps &steps);
+
 signals:
     /// There may be other steps.
     void stepsChanged();
@@ -79,6 +95,13 @@ private:
     };
 
     [[nodiscard]] static QString nameOf(const std::vector<Step> &steps);
+    [[nodiscard]] static bool isUnbroken(const Step &step);
+    [[nodiscard]] static UndoStep valueOf(const Step &step);
+    [[nodiscard]] static bool keep(const Step &step, std::size_t &room,
+                                   std::vector<UndoStep> &kept);
+    [[nodiscard]] std::vector<const Step *> allSteps() const;
+    [[nodiscard]] Step stepTo(const UndoStep &step, std::uint64_t after);
+    [[nodiscard]] Step stepFrom(const UndoStep &step, std::uint64_t before);
     [[nodiscard]] bool isRollBack() const;
     void note(const Edit &edit);
     void dropRolledBack();

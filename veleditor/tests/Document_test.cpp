@@ -567,6 +567,7 @@ void DocumentTest::findsAPlaceAmongOtherSiblings()
     QCOMPARE(placeOf(parameter, 1, 0, {false, true}), 1);
     QCOMPARE(placeOf(object, 2, 1, {true, false, true}), 2);
     QCOMPARE(placeOf(object, 2, 2, {true, true}), 2);
+    QCOMPARE(placeOf(parameter, 2, Edit::unknown, {false, true, false}), 2);
     // All parameters are before all objects now.
     QCOMPARE(placeOf(parameter, 1, 0, {true, false}), 0);
     QCOMPARE(placeOf(parameter, 2, 1, {true, true, false}), 1);
