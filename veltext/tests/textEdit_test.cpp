@@ -3,6 +3,7 @@
 
 #include "veltext/error.h"
 #include "veltext/tests/newHandle.h"
+#include "veltext/tests/otherLines.h"
 #include "veltext/tests/randomText.h"
 #include "veltext/treeData.h"
 #include "veltext/treeDiff.h"
@@ -258,48 +259,6 @@ private:
     bool addition_ = false;
 };
 
-void addLines(LineRange lines, std::set<std::size_t> *all)
-{
-    for (std::size_t i = 0; i < lines.count; ++i) {
-        all->insert(lines.first + i);
-    }
-}
-
-/// The lines that state a path: those of all statements, or of the last one.
-std::set<std::size_t> linesOf(const StatementTree &tree, const std::string &path, bool all)
-{
-    std::set<std::size_t> lines;
-    const StatementTree::Index node = tree.find(path);
-    if (node == StatementTree::none) {
-        return lines;
-    }
-    for (auto i = tree.node(node).last; i != StatementTree::none;
-         i = all ? tree.statement(i).previous : StatementTree::none) {
-        LineRange range = tree.statement(i).lines;
-        if (tree.statement(i).end.count > 0) {
-            range.count = tree.statement(i).end.first + tree.statement(i).end.count - range.first;
-        }
-        addLines(range, &lines);
-    }
-    return lines;
-}
-
-/// The text without these lines, with equal line ends.
-std::string otherLines(const SourceText &source, const std::set<std::size_t> &lines)
-{
-    std::string text;
-    for (std::size_t i = 0; i < source.lineCount(); ++i) {
-        if (lines.contains(i)) {
-            continue;
-        }
-        text += source.line(i);
-        // A last line without a line end gets one when a line is added after it.
-        const bool isLast = i + 1 == source.lineCount() && !source.bytes().ends_with('\n');
-        text += isLast && source.line(0).ends_with('\r') ? "\r\n" : "\n";
-    }
-    return text;
-}
-
 TEST(TextEdit, RandomEditsChangeNoOtherLineAndGiveTheTreeEditedInMemory)
 {
     test::RandomText random(23);
@@ -317,11 +276,12 @@ TEST(TextEdit, RandomEditsChangeNoOtherLineAndGiveTheTreeEditedInMemory)
                 continue;
             }
             const SourceText edited(edit.bytes());
-            const auto before = change.isAddition() ? std::set<std::size_t>()
-                                                    : linesOf(StatementTree(source), change.path(),
-                                                              change.isRemoval());
-            const auto after = linesOf(StatementTree(edited), change.path(), false);
-            ASSERT_EQ(otherLines(source, before), otherLines(edited, after))
+            const auto before =
+                change.isAddition()
+                    ? std::set<std::size_t>()
+                    : test::linesOf(StatementTree(source), change.path(), change.isRemoval());
+            const auto after = test::linesOf(StatementTree(edited), change.path(), false);
+            ASSERT_EQ(test::otherLines(source, before), test::otherLines(edited, after))
                 << change.path() << " in\n"
                 << source.bytes() << "gave\n"
                 << edited.bytes();

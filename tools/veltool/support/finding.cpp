@@ -55,16 +55,23 @@ std::string changeLine(std::string_view file, std::size_t line,
     return placedLine(file, line, lineOf(change));
 }
 
+std::string numberedChangeLine(std::string_view file, std::size_t line, std::size_t number,
+                               const velparser::UpgradeChange &change)
+{
+    return placedLine(file, line, '[' + std::to_string(number) + "] " + lineOf(change));
+}
+
 std::string findingJson(std::string_view file, std::size_t line, const Finding &finding)
 {
     return placedMembers(file, line, finding.path, finding.text) + ',' +
            jsonMember("id", finding.identifier) + '}';
 }
 
-std::string changeJson(std::string_view file, std::size_t line,
+std::string changeJson(std::string_view file, std::size_t line, std::size_t number,
                        const velparser::UpgradeChange &change)
 {
-    return placedMembers(file, line, change.path, change.text) + '}';
+    return placedMembers(file, line, change.path, change.text) + ',' +
+           jsonMember("number", number) + '}';
 }
 
 } // namespace veltool

@@ -24,12 +24,17 @@ using velparser::Finding;
 [[nodiscard]] std::string changeLine(std::string_view file, std::size_t line,
                                      const velparser::UpgradeChange &change);
 
+/// "FILE:LINE: [NUMBER] PATH: change" and a line feed.
+[[nodiscard]] std::string numberedChangeLine(std::string_view file, std::size_t line,
+                                             std::size_t number,
+                                             const velparser::UpgradeChange &change);
+
 /// {"file":…,"line":…,"path":…,"message":…,"id":…}.
 [[nodiscard]] std::string findingJson(std::string_view file, std::size_t line,
                                       const Finding &finding);
 
-/// {"file":…,"line":…,"path":…,"message":…}.
-[[nodiscard]] std::string changeJson(std::string_view file, std::size_t line,
+/// {"file":…,"line":…,"path":…,"message":…,"number":…}.
+[[nodiscard]] std::string changeJson(std::string_view file, std::size_t line, std::size_t number,
                                      const velparser::UpgradeChange &change);
 
 } // namespace veltool

@@ -13,14 +13,6 @@ bool isRenaming(const UpgradeChange &change)
     return change.kind == ChangeKind::RenamedParameter || change.kind == ChangeKind::RenamedObject;
 }
 
-/// `path` after `from` was renamed to `to`; unchanged if it is not at or below `from`.
-std::string pathAfter(const std::string &path, const std::string &from, const std::string &to)
-{
-    const bool concerned =
-        path.starts_with(from) && (path.size() == from.size() || path[from.size()] == '/');
-    return concerned ? to + path.substr(from.size()) : path;
-}
-
 } // namespace
 
 std::string newNameIn(const UpgradeChange &change)
@@ -31,28 +23,22 @@ std::string newNameIn(const UpgradeChange &change)
     return change.newPath.substr(change.newPath.rfind('/') + 1);
 }
 
-veltext::Moves movesIn(const std::vector<UpgradeChange> &changes)
+std::vector<veltext::PathChange> pathChangesIn(const std::vector<UpgradeChange> &changes)
 {
-    veltext::Moves moves;
+    using Kind = veltext::PathChange::Kind;
+    std::vector<veltext::PathChange> paths;
     for (const UpgradeChange &change : changes) {
-        if (change.kind == ChangeKind::MovedParameter) {
-            const auto earlier = moves.extract(change.path);
-            moves[change.newPath] = earlier ? earlier.mapped() : change.path;
-        } else if (isRenaming(change)) {
-            veltext::Moves after;
-            for (const auto &[now, before] : moves) {
-                after[pathAfter(now, change.path, change.newPath)] =
-                    pathAfter(before, change.path, change.newPath);
-            }
-            moves = std::move(after);
+        if (isRenaming(change) || change.kind == ChangeKind::MovedParameter) {
+            paths.push_back(
+                {isRenaming(change) ? Kind::Renamed : Kind::Moved, change.path, change.newPath});
         }
     }
-    return moves;
+    return paths;
 }
 
 UpgradedLines::UpgradedLines(const veltext::SourceText &text,
                              const std::vector<UpgradeChange> &changes)
-    : tree_(text), moves_(movesIn(changes))
+    : tree_(text), moves_(veltext::movesIn(pathChangesIn(changes)))
 {
     for (const UpgradeChange &change : changes) {
         const std::string name = newNameIn(change);

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "velparser/api/velparser.h"
+#include "veltext/keepLayout.h"
 #include "veltext/statementTree.h"
-#include "veltext/treeData.h"
 
 #include <cstddef>
 #include <string>
@@ -15,9 +15,9 @@ namespace veltool {
 /// TYPE:Name of an object. Empty for other changes.
 [[nodiscard]] std::string newNameIn(const velparser::UpgradeChange &change);
 
-/// The moved parameters: the path in the text with the new names, by the final path.
-/// A parameter may move twice, and it or an object above it may be renamed later.
-[[nodiscard]] veltext::Moves movesIn(const std::vector<velparser::UpgradeChange> &changes);
+/// The changes that gave an item another path.
+[[nodiscard]] std::vector<veltext::PathChange>
+pathChangesIn(const std::vector<velparser::UpgradeChange> &changes);
 
 /// The lines of a text, found by the paths after an upgrade.
 class UpgradedLines

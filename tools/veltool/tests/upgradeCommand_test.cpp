@@ -104,6 +104,19 @@ const char *const newText = "# station\r\n"
                             "END\r\n"
                             "# the end";
 
+/// The same with the numbers of a dry run.
+std::string numbered(const std::string &changes)
+{
+    std::istringstream lines(changes);
+    std::string all;
+    int number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t path = line.find(": /") + 2;
+        all += line.insert(path, '[' + std::to_string(++number) + "] ") + '\n';
+    }
+    return all;
+}
+
 std::string changes(const std::string &file)
 {
     return file + ":9: /PUMP:north/Lift: renamed to \"Head\"\n" + file +
@@ -173,12 +186,113 @@ TEST_F(UpgradeTest, DryRunWritesNothing)
 {
     const std::string file = folder_.write("old.vel", oldText);
     const ToolRun run = runTool({"upgrade", "--dry-run", file});
-    EXPECT_EQ(run.out, changes(file));
+    EXPECT_EQ(run.out, numbered(changes(file)));
+    EXPECT_EQ(run.out.substr(0, run.out.find('\n')),
+              file + ":9: [1] /PUMP:north/Lift: renamed to \"Head\"");
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"old.vel"});
     EXPECT_EQ(folder_.read("old.vel"), oldText);
-    EXPECT_EQ(runTool({"upgrade", "--dry-run", "-"}, oldText).out, changes("-"));
+    EXPECT_EQ(runTool({"upgrade", "--dry-run", "-"}, oldText).out, numbered(changes("-")));
     EXPECT_EQ(runTool({"upgrade", "--dry-run", folder_.write("new.vel", "x = 1\n")}).status, 0);
+}
+
+// What the changes 6 and 7 are about has its new type only after change 4.
+TEST_F(UpgradeTest, LeavesOutChangesAndWhatDependsOnThem)
+{
+    const std::string file = folder_.write("old.vel", oldText);
+    const std::string said = "veltool: " + file +
+                             ": change 6 is left out too, because it depends on change 4\n"
+                             "veltool: " +
+                             file + ": change 7 is left out too, because it depends on change 4\n";
+    const std::string made = file + ":9: [1] /PUMP:north/Lift: renamed to \"Head\"\n" + file +
+                             ":11: [3] /PUMP:north/Power: moved to /PUMP:north/MOTOR/Rating\n" +
+                             file + ":18: [5] /PICTURE:p: removed with everything in it\n" + file +
+                             ":3: [8] /LANGUAGE/Version: changed from 1 to 2\n";
+    const ToolRun dry = runTool({"upgrade", "--dry-run", "--except", "2,4", file});
+    EXPECT_EQ(dry.out, made);
+    EXPECT_EQ(dry.err, said);
+    EXPECT_EQ(dry.status, 1);
+    EXPECT_EQ(folder_.read("old.vel"), oldText);
+
+    const ToolRun run = runTool({"upgrade", "--except", "4", "--except=2", file});
+    EXPECT_EQ(run.out, file + ":9: /PUMP:north/Lift: renamed to \"Head\"\n" + file +
+                           ":11: /PUMP:north/Power: moved to /PUMP:north/MOTOR/Rating\n" + file +
+                           ":18: /PICTURE:p: removed with everything in it\n" + file +
+                           ":3: /LANGUAGE/Version: changed from 1 to 2\n");
+    EXPECT_EQ(run.err, said);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(folder_.read("old.vel"), "# station\r\n"
+                                       "LANGUAGE:\r\n"
+                                       "  Version = 2 # of last year\r\n"
+                                       "END\r\n"
+                                       "\r\n"
+                                       "PUMP: north\r\n"
+                                       "    Kind   = Turbo # as built\r\n"
+                                       "    # lift\r\n"
+                                       "    Head = 12, \\\r\n"
+                                       "      13 # measured\r\n"
+                                       "    Note = kept # too\r\n"
+                                       "    MOTOR:\r\n"
+                                       "      Rating = 3 [kW] # plate\r\n"
+                                       "    END\r\n"
+                                       "END\r\n"
+                                       "PIPE : long # pipe\r\n"
+                                       "  Colour = red\r\n"
+                                       "  Length = 3 # m\r\n"
+                                       "END\r\n"
+                                       "# the end");
+    EXPECT_EQ(folder_.read("old.vel.bak"), oldText);
+}
+
+TEST_F(UpgradeTest, LeavesOutEverything)
+{
+    const std::string file = folder_.write("old.vel", oldText);
+    const ToolRun run = runTool({"upgrade", "--json", "--except", "1,2,3,4,5,6,7,8", file});
+    EXPECT_EQ(run.out, "[]\n");
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"old.vel"});
+    EXPECT_EQ(runTool({"upgrade", "-n", "--except", "1,2,3,4,5,6,7,8", file}).status, 0);
+}
+
+TEST_F(UpgradeTest, KeepsTheNumbersOfTheDryRunInJson)
+{
+    const std::string file = folder_.write("old.vel", oldText);
+    const ToolRun run = runTool({"upgrade", "--json", "--except", "1,4", file});
+    std::vector<int> numbers;
+    for (const auto &change : nlohmann::json::parse(run.out)) {
+        numbers.push_back(change["number"]);
+    }
+    EXPECT_EQ(numbers, (std::vector<int>{2, 3, 5, 8}));
+}
+
+TEST_F(UpgradeTest, RefusesNumbersThatTheDryRunDoesNotShow)
+{
+    const std::string file = folder_.write("old.vel", oldText);
+    const std::string current = folder_.write("new.vel", "PUMP: a\nEND\n");
+    const std::string single = folder_.write("one.vel", "LANGUAGE:\n  Version = 1\nEND\n");
+    const auto said = [](const std::vector<std::string> &words) {
+        const ToolRun run = runTool(words);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.out, "");
+        return run.err;
+    };
+    EXPECT_EQ(said({"upgrade", "--except", "2,9", file}),
+              "veltool: " + file + ": there is no change 9; the changes are 1 to 8\n");
+    EXPECT_EQ(said({"upgrade", "--except", "0", file}),
+              "veltool: " + file + ": there is no change 0; the changes are 1 to 8\n");
+    EXPECT_EQ(said({"upgrade", "--except", "2", single}),
+              "veltool: " + single + ": there is no change 2; the only change is 1\n");
+    EXPECT_EQ(said({"upgrade", "--except", "1", current}),
+              "veltool: " + current + ": there is no change 1; the file is up to date\n");
+    EXPECT_EQ(said({"upgrade", "--except", "1", file, current}),
+              "veltool: --except needs a single FILE: each file has its own numbers\n");
+    for (const std::string text : {"x", "1,", ",1", "1,,2", "-1", "1 2", "99999999999999999999"}) {
+        EXPECT_EQ(said({"upgrade", "--except=" + text, file}),
+                  "veltool: --except must be numbers separated by commas, not \"" + text + "\"\n");
+    }
+    EXPECT_EQ(folder_.read("old.vel"), oldText);
+    EXPECT_FALSE(folder_.has("old.vel.bak"));
 }
 
 std::string step(const std::string &name, const std::string &fields)
@@ -238,7 +352,8 @@ TEST_F(UpgradeTest, GivesJsonOverManyFiles)
     const nlohmann::json expected = {{"file", file},
                                      {"line", 9},
                                      {"path", "/PUMP:north/Lift"},
-                                     {"message", "renamed to \"Head\""}};
+                                     {"message", "renamed to \"Head\""},
+                                     {"number", 1}};
     EXPECT_EQ(array[0], expected);
     EXPECT_FALSE(folder_.has("new.vel.bak"));
     EXPECT_TRUE(folder_.has("old.vel.bak"));
