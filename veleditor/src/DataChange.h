@@ -30,7 +30,7 @@ class UndoHistory;
 
 /// Makes these edits as one step of this name and validates the data. A text that is
 /// refused changes nothing. Returns why, with the line, or the message of the edit
-/// that failed; undo takes back the edits before it.
+/// that failed; the edits before it are a step that can be undone.
 [[nodiscard]] Message changeTo(Document &document, UndoHistory &history, const std::string &text,
                                const QString &name);
 
