@@ -6,6 +6,7 @@
 #include "veleditor/src/StoredValue.h"
 #include "veleditor/src/ValueText.h"
 #include "velparser/api/velparser.h"
+#include "veltext/objectBlock.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -70,20 +71,12 @@ Message readInto(std::vector<std::string> lines, const std::vector<std::string> 
     return copied(velparser::loadVELData(texts.data(), static_cast<std::int32_t>(texts.size())));
 }
 
-/// Makes what one line of a block states below `path`, which follows the blocks.
-Message putLine(std::string &path, const std::string &line)
+/// Makes what one line of a block states.
+Message put(const veltext::BlockStatement &statement)
 {
-    if (line == blockEnd) {
-        path = parentPath(path);
-        return std::nullopt;
-    }
-    const std::size_t end = line.find(assignment);
-    if (end != std::string::npos) {
-        return copied(velparser::createParam(childPath(path, line.substr(0, end)).c_str(),
-                                             line.c_str() + end + assignment.size()));
-    }
-    path = childPath(path, componentOfLabel(line));
-    return copied(velparser::createObject(path.c_str()));
+    const char *path = statement.path.c_str();
+    return copied(statement.isParameter ? velparser::createParam(path, statement.value.c_str())
+                                        : velparser::createObject(path));
 }
 
 Message place(const std::string &path, int position)
@@ -233,13 +226,12 @@ Message CommandData::putParameter(const std::string &path, const std::string &va
 
 Message CommandData::putObject(const std::string &path, const std::string &block, int position)
 {
-    std::string current = parentPath(path);
-    for (const std::string &line : linesOf(block)) {
-        if (Message failure = putLine(current, line)) {
-            return failure;
-        }
-    }
-    return place(path, position);
+    Message failure;
+    veltext::readBlock(parentPath(path), block, [&](const veltext::BlockStatement &statement) {
+        failure = put(statement);
+        return !failure;
+    });
+    return failure ? failure : place(path, position);
 }
 
 Message CommandData::deleteParameter(const std::string &path)

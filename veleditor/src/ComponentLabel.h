@@ -3,6 +3,7 @@
 #pragma once
 
 #include "velapilt/src/velComponentText.h"
+#include "veltext/objectBlock.h"
 
 #include <string>
 #include <string_view>
@@ -18,15 +19,6 @@ namespace velEditor {
     return label.append(parts.name);
 }
 
-/// The component of what a label opens: `labelOf` the other way round.
-[[nodiscard]] inline std::string componentOfLabel(std::string_view label)
-{
-    const std::size_t end = label.find(" :");
-    std::string component(label.substr(0, end));
-    if (end != std::string_view::npos && end + 2 < label.size()) {
-        component.append(":").append(label.substr(end + 3));
-    }
-    return component;
-}
+using veltext::componentOfLabel;
 
 } // namespace velEditor

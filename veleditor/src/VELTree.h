@@ -6,6 +6,7 @@
 // title of the tree's parent widget shows the mark of unsaved changes.
 #pragma once
 
+#include "veleditor/src/Edit.h"
 #include "veleditor/src/VELTreeItem.h"
 
 #include <QPoint>
@@ -17,7 +18,6 @@
 namespace velEditor {
 
 class Document;
-struct Edit;
 class EditParamDialog;
 class ErrorDialog;
 class FindDialog;

@@ -4,6 +4,10 @@
 #include "veleditor/src/Document.h"
 
 #include "veleditor/tests/DataText.h"
+#include "velparser/api/velparser.h"
+#include "veltext/applyEdit.h"
+#include "veltext/editRecord.h"
+#include "veltext/fields.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -315,6 +319,8 @@ private slots:
     void marksNothingWhenToldSo();
     void takesRandomEditsBack_data();
     void takesRandomEditsBack();
+    void editsHaveTheSameEffectElsewhere_data();
+    void editsHaveTheSameEffectElsewhere();
     void keepsDeepObjects();
 
     void numbersItsStates();
@@ -665,6 +671,35 @@ void DocumentTest::takesRandomEditsBack()
     }
     QCOMPARE(dump(storedData()), startDump);
     QCOMPARE(writtenLines(), writtenFirst);
+}
+
+void DocumentTest::editsHaveTheSameEffectElsewhere_data()
+{
+    takesRandomEditsBack_data();
+}
+
+// The edits of this document, as bytes, in a database that no document has.
+void DocumentTest::editsHaveTheSameEffectElsewhere()
+{
+    QFETCH(unsigned, seed);
+    open();
+    std::vector<std::string> lines;
+    for (const QByteArray &line : QByteArray(start).split('\n')) {
+        lines.push_back(line.toStdString());
+    }
+    velparser::Session other = freshLoad(lines);
+    QCOMPARE(dump(storedData(other)), dump(storedData()));
+    connect(document_.get(), &Document::applied, document_.get(), [&](const Edit &edit) {
+        std::string bytes;
+        veltext::putEdit(&bytes, edit);
+        veltext::FieldReader fields(bytes);
+        veltext::applyEdit(velparser::findLiteHandle(other), veltext::takeEdit(&fields));
+    });
+    History history(*document_, seed);
+    for (int step = 0; step < 300; ++step) {
+        QVERIFY(history.step());
+        QCOMPARE(dump(storedData(other)), dump(storedData()));
+    }
 }
 
 void DocumentTest::keepsDeepObjects()

@@ -1,10 +1,10 @@
 // Makes edits and their inverses.
-#include "veleditor/src/Edit.h"
+#include "veltext/edit.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace velEditor {
+namespace veltext {
 
 namespace {
 
@@ -86,4 +86,4 @@ int positionAmong(const std::vector<bool> &siblings, const Edit &edit)
     return place;
 }
 
-} // namespace velEditor
+} // namespace veltext
