@@ -95,7 +95,7 @@ JavaHelpServer::~JavaHelpServer()
     JavaHelpServer::disconnect();
 }
 
-// The suffix has back-slashes. On this platform that is the name of one file,
+// The suffix has backslashes. On this platform that is the name of one file,
 // which may exist; otherwise they are path separators.
 std::string JavaHelpServer::viewerPath() const
 {

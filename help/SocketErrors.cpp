@@ -11,7 +11,7 @@ namespace {
 struct SocketError
 {
     int origin; ///< the number on the platform of origin
-    int local;  ///< the number of the same failure here, 0 where there is none
+    int local;  ///< the number of the same failure here, 0 if there is none
     const char *text;
 };
 

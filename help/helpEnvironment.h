@@ -10,13 +10,13 @@ namespace velEditor {
 /// variable and the value used if the variable is absent.
 struct HelpEnvironment
 {
-    std::string folder;   ///< KOA_TEST_HELP_DIR, else ZOT_HELP_DIR, else empty
-    std::string language; ///< QRP_LOCALE150, else "en-us"
-    std::string runtime;  ///< ZOT5MONO: a program that runs the viewer, else empty
+    std::string folder;   ///< KOA_TEST_HELP_DIR, otherwise ZOT_HELP_DIR, otherwise empty
+    std::string language; ///< QRP_LOCALE150, otherwise "en-us"
+    std::string runtime;  ///< ZOT5MONO: a program that runs the viewer, otherwise empty
 };
 [[nodiscard]] HelpEnvironment readHelpEnvironment();
 
-/// OMBHELP_SESSION_ID, else empty; read at each start of the viewer.
+/// OMBHELP_SESSION_ID, otherwise empty; read at each start of the viewer.
 [[nodiscard]] std::string helpSessionId();
 
 /// KOA_DEBUG_HELP: whether the communication with the viewer is printed.

@@ -1,4 +1,4 @@
-// Keeps the former file: renames it, links it, or copies it where a link is impossible.
+// Keeps the previous version of a file: renames it, links it, or copies it if a link is impossible.
 #include "veltext/backup.h"
 
 #include "veltext/error.h"

@@ -1,4 +1,5 @@
-// Finds the same child in another tree: as the next sibling if the orders agree, else by its path.
+// Finds the same child in another tree: as the next sibling if the orders agree, otherwise by its
+// path.
 #include "veltext/counterpart.h"
 
 #include "veltext/treeWalk.h"

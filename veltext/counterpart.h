@@ -15,7 +15,7 @@ namespace veltext {
 [[nodiscard]] bool areSameSort(const velNodeInfo &a, const velNodeInfo &b);
 
 /// Finds the children of a node by those of another tree. Where both trees have
-/// the same order, each child costs one comparison, else one look-up. The trees
+/// the same order, each child costs one comparison, otherwise one look-up. The trees
 /// must not change during the life of the object.
 class Counterpart
 {

@@ -6,7 +6,7 @@
 
 namespace veltext::environment {
 
-/// XDG_STATE_HOME, else .local/state in HOME; empty if neither is an absolute
+/// XDG_STATE_HOME, otherwise .local/state in HOME; empty if neither is an absolute
 /// path.
 [[nodiscard]] std::string stateHome();
 

@@ -1,23 +1,22 @@
 // The versions of a file that saves have replaced.
 //
-// Before a program replaces a command file, it lets the history keep what the
-// file holds then. Versions are numbered from 1, the newest first. They are in a
-// folder of the user's, apart from the file (stateFolder.h); docs/history.md
-// describes the bytes.
+// Before a program replaces a command file, the history keeps the contents of the
+// file. Versions are numbered from 1, the newest first. They are not next to the file,
+// but in a folder of the user (stateFolder.h). docs/history.md describes the bytes.
 //
 // What is kept, for each file:
 // - all versions of the last 24 hours;
-// - of what is older, the last version of each day (UTC);
-// - at most 100 versions and 50 MB, compressed; the oldest give way.
-// A content that several versions share is stored once. A version that has the
-// content of the version before it takes its place.
+// - of the older versions, the last one of each day (UTC);
+// - at most 100 versions and 50 MB, compressed; the oldest are removed first.
+// If several versions have the same content, it is stored once. If a version has the same
+// content as the version before it, it replaces that version.
 //
-// The order of the versions is that in which they were kept: a clock that goes
-// backwards changes neither it nor what is kept.
+// The versions are in the order in which they were kept. A clock that goes backwards does
+// not change this order, and removes no versions.
 //
-// Nothing here may fail a save: `keep` throws nothing, it gives a message.
-// Damage costs what is damaged and no more: the rest is listed and read, and what
-// is missing is reported. Several programs may use the history of a file at the
+// A failure of the history never stops a save: `keep` does not throw; it returns a
+// message. If a part of the history is damaged, the other parts are listed and read, and
+// the missing parts are reported. Several programs may use the history of a file at the
 // same time; one waits for another, 10 seconds at most.
 #pragma once
 
@@ -34,11 +33,11 @@ struct Version
 {
     std::int64_t time;    ///< when it was replaced, in seconds since 1970 (UTC)
     std::uint64_t size;   ///< of the file, in bytes
-    std::string program;  ///< that replaced it: "veltool", "veleditor"
+    std::string program;  ///< the program that replaced it: "veltool", "veleditor"
     std::uint64_t object; ///< where its bytes are, for `History::read`
 };
 
-/// What a history holds.
+/// The contents of a history.
 struct VersionList
 {
     std::vector<Version> versions;   ///< newest first: the first is version 1
@@ -50,7 +49,7 @@ inline constexpr std::size_t mostVersions = 100;
 inline constexpr std::uint64_t mostHistoryBytes = 50'000'000;
 inline constexpr std::int64_t secondsOfADay = 24 * 60 * 60;
 
-/// The history of one file. An object holds no file open and no lock.
+/// The history of one file. An object keeps no file open and no lock.
 class History
 {
 public:
@@ -58,28 +57,28 @@ public:
     using Clock = std::function<std::int64_t()>;
 
     /// In the folder that the environment names, with the clock of the system.
-    /// The file need not exist; it is known by where links lead.
+    /// The file need not exist. Its path is used without symbolic links.
     explicit History(const std::string &file);
     /// In another folder, with another clock.
     History(const std::string &file, std::string folder, Clock clock);
 
-    /// Keeps what the file holds now, and lets go of what is kept no longer.
-    /// `program` is about to replace it. What does not exist or is not a regular
-    /// file has no versions. Gives a message, with the name of the file as given,
-    /// if the version could not be kept or the history was damaged; else an empty
-    /// text. Throws nothing.
+    /// Keeps the current contents of the file, which `program` is going to replace, and
+    /// removes the versions that are not kept any longer. Does nothing if the file does
+    /// not exist or is not a regular file. Returns a message, with the name of the file
+    /// as given, if the version could not be kept or the history was damaged; otherwise
+    /// an empty text. Does not throw.
     [[nodiscard]] std::string keep(const std::string &program) const;
 
-    /// All versions; none if there is no history. Reads no contents. Throws an Error
-    /// if the history is there and cannot be read at all.
+    /// All versions; none if there is no history. Does not read their contents. Throws
+    /// an Error if the history exists but no part of it can be read.
     [[nodiscard]] VersionList list() const;
 
-    /// The bytes of a version that `list` gave. Throws an Error if they are damaged,
-    /// or no longer kept.
+    /// The bytes of a version that `list` gave. Throws an Error if they are damaged or
+    /// were removed since.
     [[nodiscard]] std::string read(const Version &version) const;
 
-    /// The folder with the history of this file; it may not exist. Empty if the
-    /// environment names no place.
+    /// The folder with the history of this file, which need not exist. Empty if the
+    /// environment names no folder for the state.
     [[nodiscard]] const std::string &folder() const { return folder_; }
 
 private:

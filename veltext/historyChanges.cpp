@@ -7,7 +7,7 @@ namespace veltext {
 
 namespace {
 
-/// What is compared grows with the square of the levels.
+/// The limit, because the compared text grows with the square of the levels.
 constexpr std::int32_t mostLevels = 10'000;
 
 using Text = std::optional<CommandText>;

@@ -1,4 +1,5 @@
-// Writes the lines of an index with their checksums, and reads those that fit.
+// Writes the lines of an index with their checksums, and reads the lines whose checksums are
+// correct.
 #include "veltext/historyIndex_p.h"
 
 #include "veltext/error.h"
@@ -48,7 +49,7 @@ bool needsEscape(unsigned char c)
     return c < firstPrintable || c == remove || c == '%';
 }
 
-/// With %XX for what would break a line.
+/// The text with %XX for the characters that may not be in a line.
 std::string escaped(const std::string &text)
 {
     std::string result;
@@ -79,7 +80,7 @@ std::string unescaped(std::string_view text)
     return result;
 }
 
-/// Takes the words off a line, one by one.
+/// Reads the words of a line, one by one.
 class LineWords
 {
 public:
@@ -112,7 +113,7 @@ private:
     bool areNumbers_ = true;
 };
 
-/// The line without its checksum; nothing if it does not fit.
+/// The line without its checksum; nothing if the checksum is wrong.
 std::optional<std::string_view> checkedLine(std::string_view line)
 {
     if (line.size() <= sumDigits || line[line.size() - sumDigits - 1] != ' ') {

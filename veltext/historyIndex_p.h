@@ -1,7 +1,7 @@
 // The index of a history: one line for each version, the oldest first.
 //
-// Every line ends with a checksum of its own, so that damage costs single lines,
-// and a last line tells whether the index is whole. docs/history.md describes it.
+// Every line ends with its own checksum, so that damage affects only single lines. The last
+// line shows whether the index is complete. docs/history.md describes it.
 #pragma once
 
 #include <cstddef>
@@ -23,19 +23,19 @@ struct HistoryEntry
     std::string program;
 };
 
-/// An index that was read, or is going to be written.
+/// An index that was read or will be written.
 struct HistoryIndex
 {
     std::vector<HistoryEntry> entries; ///< the oldest first
-    std::size_t badLines = 0;          ///< that could not be understood
+    std::size_t badLines = 0;          ///< number of damaged or unknown lines
     bool isWhole = false;              ///< nothing is missing or damaged
 };
 
-/// Takes from the text of an index what is intact. Throws an Error that calls it
-/// `name` if a later version of the programs has written it.
+/// Reads the intact lines of the text of an index. If a later version of the programs has
+/// written it, throws an Error with `name` as the name of the index.
 [[nodiscard]] HistoryIndex parseIndex(std::string_view text, const std::string &name);
 
-/// The text of an index; `file` is the path that it is about.
+/// The text of an index; `file` is the path of the file with this history.
 [[nodiscard]] std::string indexText(const std::string &file,
                                     const std::vector<HistoryEntry> &entries);
 

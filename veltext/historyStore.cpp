@@ -57,8 +57,8 @@ std::vector<std::string> namesIn(const std::string &folder)
     return names;
 }
 
-/// The entry of an object that the index does not name; `size` is that of its file.
-/// Its own number is 0 if it is damaged.
+/// The entry of an object that the index does not name; `size` is the size of its file. The
+/// number in the entry is 0 if the object is damaged.
 HistoryEntry entryOf(std::uint64_t number, std::string_view object)
 {
     HistoryEntry entry = {};
@@ -88,7 +88,7 @@ HistoryLock::HistoryLock(const std::string &folder, bool mustHold)
     const auto end = std::chrono::steady_clock::now() + longestWait;
     while (descriptor_ >= 0 && flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
         const bool isBusy = errno == EWOULDBLOCK || errno == EINTR;
-        // Where a file system has no locks, nothing is locked.
+        // If the file system has no locks, nothing is locked.
         if (!isBusy) {
             return;
         }
@@ -172,7 +172,7 @@ std::vector<std::uint64_t> HistoryStore::objectNumbers() const
     return numbers;
 }
 
-/// Removes entries whose object is not there in its full length.
+/// Removes entries whose object is missing or has another size.
 void HistoryStore::dropMissing(StoredVersions *stored) const
 {
     std::set<std::uint64_t> reported;
@@ -191,8 +191,8 @@ void HistoryStore::dropMissing(StoredVersions *stored) const
     });
 }
 
-/// Makes versions of the objects that a damaged index does not name. They were kept in
-/// the order of their numbers.
+/// Makes versions from the objects that a damaged index does not name. They were kept in the
+/// order of their numbers.
 void HistoryStore::adoptObjects(StoredVersions *stored) const
 {
     std::set<std::uint64_t> named;

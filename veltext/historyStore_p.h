@@ -16,9 +16,9 @@ namespace veltext {
 class HistoryLock
 {
 public:
-    /// Waits for another program, 10 seconds at most. With `mustHold` throws an Error
-    /// if the lock cannot be had; without it, goes on: what is read is then checked
-    /// anyway.
+    /// Waits for another program, 10 seconds at most. If it does not get the lock, it
+    /// throws an Error with `mustHold`; without `mustHold` it continues, because everything
+    /// that is read is checked anyway.
     HistoryLock(const std::string &folder, bool mustHold);
     ~HistoryLock();
     HistoryLock(const HistoryLock &) = delete;
@@ -28,32 +28,32 @@ private:
     int descriptor_ = -1; ///< owned
 };
 
-/// What is in the folder.
+/// The contents of the folder.
 struct StoredVersions
 {
-    std::vector<HistoryEntry> entries; ///< the oldest first; their objects are there
+    std::vector<HistoryEntry> entries; ///< the oldest first; their objects exist
     std::vector<std::string> faults;   ///< a message for each thing that is damaged or missing
 };
 
-/// The folder of one history; to be used while its lock is held.
+/// The folder of one history. Use it only while its lock is held.
 class HistoryStore
 {
 public:
     explicit HistoryStore(std::string folder) : folder_(std::move(folder)) {}
 
-    /// Reads the index. If it is damaged, versions that it has lost are taken from the
-    /// objects. Throws an Error if a later version of the programs has written it.
+    /// Reads the index. If the index is damaged, the objects give the versions that it has
+    /// lost. Throws an Error if a later version of the programs has written it.
     [[nodiscard]] StoredVersions load() const;
 
     /// The bytes of an object. Throws an Error.
     [[nodiscard]] std::string object(std::uint64_t number) const;
 
-    /// Writes an object and gives it a number that no other has, nor has had as long as
-    /// later ones are there. Throws an Error.
+    /// Writes an object. Its number is larger than that of every existing object. Throws
+    /// an Error.
     [[nodiscard]] std::uint64_t addObject(std::string_view bytes) const;
 
-    /// Replaces the index, then removes the objects that it does not name and what a
-    /// program that was killed has left. Throws an Error.
+    /// Replaces the index. Then removes the objects that it does not name, and the temporary
+    /// files of killed programs. Throws an Error.
     void save(const std::string &file, const std::vector<HistoryEntry> &entries) const;
 
 private:

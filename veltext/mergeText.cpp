@@ -55,7 +55,7 @@ bool isCommentLine(std::string_view line)
     return velTrim(line).starts_with('#');
 }
 
-/// A node and all below it as text. `indent` is that of the first line.
+/// A node and everything below it as text. `indent` is that of the first line.
 std::string blockText(velHandle *tree, const velNode *node, const std::string &indent,
                       const std::string &lineEnd)
 {
@@ -183,7 +183,7 @@ private:
                                               value != nullptr ? value : ""));
     }
 
-    /// The text of THEIRS: its own lines if they are in one place, else lines
+    /// The text of THEIRS: its own lines if they are in one place, otherwise lines
     /// made from the data.
     [[nodiscard]] std::string theirsText(const MergeStep &step) const
     {

@@ -1,4 +1,5 @@
-// Thins out what is older than a day, then holds the rest to its limits.
+// Removes versions: of those older than a day all but the last of each day, then those
+// beyond the limits.
 #include "veltext/retention_p.h"
 
 #include "veltext/history.h"
@@ -10,7 +11,7 @@ namespace veltext {
 
 namespace {
 
-/// The number of the day (UTC), also before 1970.
+/// The number of the day (UTC), even before 1970.
 std::int64_t dayOf(std::int64_t time)
 {
     return time / secondsOfADay - (time % secondsOfADay < 0 ? 1 : 0);
@@ -33,7 +34,7 @@ void expireVersions(std::vector<HistoryEntry> *entries, std::int64_t now)
     std::set<std::int64_t> days;
     std::vector<HistoryEntry> kept;
     for (auto entry = entries->rbegin(); entry != entries->rend(); ++entry) {
-        // A time in the future is that of a clock that has gone backwards.
+        // A time is in the future if the clock has gone backwards.
         const bool isRecent = entry->time >= now - secondsOfADay;
         if (kept.size() < mostVersions && (isRecent || days.insert(dayOf(entry->time)).second)) {
             kept.push_back(std::move(*entry));

@@ -38,7 +38,7 @@ public:
     /// The part of the line that the parser reads.
     [[nodiscard]] std::string_view parsedLine(std::size_t line) const;
 
-    /// "\r\n" if the line ends with it, else "\n", also for a line that does not exist.
+    /// "\r\n" if the line ends with it, otherwise "\n", also for a line that does not exist.
     [[nodiscard]] std::string_view lineEnd(std::size_t line) const;
 
     /// The lines as the database takes them. Throws bad_alloc.

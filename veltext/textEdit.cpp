@@ -106,7 +106,7 @@ private:
         return endOf(sibling == StatementTree::none ? block.lines : statement(sibling).lines);
     }
 
-    /// The indent of a sibling of the same kind, else of another sibling.
+    /// The indent of a sibling of the same kind, otherwise of another sibling.
     std::string indentFor(Index header, bool isObject) const
     {
         if (header == StatementTree::none) {

@@ -23,7 +23,7 @@ bool isConflictMarker(std::string_view line)
     return size >= usualMarkerSize && (size == line.size() || velIsSpace(line[size]));
 }
 
-/// A sentence for a line that is not meant as a statement, else empty.
+/// A sentence for a line that is not meant as a statement, otherwise empty.
 std::string explanation(const SourceText &text, std::size_t line)
 {
     if (isConflictMarker(text.parsedLine(line))) {

@@ -29,7 +29,7 @@ public:
     /// How many levels the current node is below the start.
     [[nodiscard]] std::size_t depth() const { return open_.size(); }
 
-    /// Goes to the next node: the first child, else the next sibling, else the
+    /// Goes to the next node: the first child, otherwise the next sibling, otherwise the
     /// next sibling of an object above.
     void step();
     /// Goes to the next node that is not below the current one.

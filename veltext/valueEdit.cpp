@@ -37,7 +37,7 @@ TextRange findValue(const Statement &statement)
 /// How the lines of a continued statement look.
 struct Style
 {
-    std::size_t width = 0; ///< of the longest line, its back-slash included
+    std::size_t width = 0; ///< of the longest line, its backslash included
     std::string indent;    ///< of the continuation lines
     std::string lineEnd;
     bool entryEach = false; ///< every continued line ends one list entry
@@ -210,7 +210,7 @@ private:
     Style style_;
 };
 
-/// Inserts a value where there is none: with one blank after the '=', which may
+/// Inserts a value if there is none: with one blank after the '=', which may
 /// exist already, and one before a comment.
 Splice firstValue(const SourceText &source, std::size_t afterEquals, std::string_view value)
 {

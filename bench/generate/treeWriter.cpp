@@ -64,7 +64,7 @@ public:
     }
 
 private:
-    /// Breaks the line after the last blank that leaves room for the back-slash.
+    /// Breaks the line after the last blank that leaves room for the backslash.
     void putWrapped(std::string line)
     {
         const std::string continuation = indent() + "  ";

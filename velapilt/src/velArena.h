@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <vector>
 
-/// Not for several threads.
+/// An arena is used by one thread at a time.
 class velArena
 {
 public:

@@ -1,9 +1,9 @@
-// The growable typed array in which the database takes and returns lists.
+// The growable typed array for lists that the database takes and returns.
 //
-// An array holds elements of one kind. The texts of a string array are owned
-// by the array: short ones are in blocks of its own, so that a list of a
-// million lines costs a handful of allocations. Texts never move once added;
-// pointers to them stay valid until the array is cleared or destroyed.
+// An array contains elements of one kind. A string array owns its texts. Short texts are
+// in common blocks, so that a list of a million lines needs only a few allocations. Texts
+// never move after they are added; pointers to them stay valid until the array is cleared
+// or destroyed.
 //
 // An array is used by one thread at a time.
 #pragma once
@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-/// What an array holds; fixed when it is made.
+/// What an array contains; this never changes.
 enum class velArrayKind : std::uint32_t {
     Characters = 0, ///< 1 byte each, always followed by a NUL
     Strings = 1,    ///< NUL-terminated texts; null is allowed
@@ -22,14 +22,14 @@ enum class velArrayKind : std::uint32_t {
     Pointers = 3,   ///< not owned
 };
 
-/// Blocks of memory for texts that live and die together.
+/// Blocks of memory for texts that are freed together.
 class velTextBlocks
 {
 public:
     /// A NUL-terminated copy of `text`. Throws bad_alloc.
     char *copy(std::string_view text);
 
-    /// Room for `length` characters and a NUL, which is set. Throws bad_alloc.
+    /// Space for `length` characters and a NUL, which is set already. Throws bad_alloc.
     char *allocate(std::size_t length);
 
     /// Frees all texts.
@@ -41,20 +41,19 @@ private:
     std::size_t left_ = 0;
 };
 
-/// A list of texts that owns itself: what every query with a list result
-/// fills. `data()` is ended by a null entry after `size()` texts; it is null
-/// for a list that was never filled.
+/// A list that owns its texts. Every query with a list result fills one. In `data()` a
+/// null entry follows the `size()` texts; `data()` is null for a list that was never filled.
 class velStringList
 {
 public:
     velStringList() = default;
 
-    /// Texts in the list, the null at its end not counted.
+    /// The number of texts in the list, without the null at its end.
     [[nodiscard]] std::size_t size() const { return texts_.empty() ? 0 : texts_.size() - 1; }
     [[nodiscard]] bool empty() const { return size() == 0; }
 
-    /// Null-ended; the texts belong to the list. An entry may be null only
-    /// where the list came from an array to which a null text was added.
+    /// Ended by a null. The texts belong to the list. An entry is null only if the list
+    /// came from an array to which a null text was added.
     [[nodiscard]] const char *const *data() const
     {
         return texts_.empty() ? nullptr : texts_.data();
@@ -71,8 +70,8 @@ private:
     velTextBlocks blocks_;
 };
 
-/// The array. Capacity starts at 10 elements and doubles when an add finds it
-/// full (for characters 11, and doubled plus one, for the terminator); unused
+/// The array. The capacity is 10 elements at first and doubles when a full array gets
+/// another element. (For characters it is 11, and doubles plus one, for the NUL.) Unused
 /// elements are zero.
 class velArray
 {
@@ -84,17 +83,17 @@ public:
     [[nodiscard]] velArrayKind kind() const { return kind_; }
     /// Elements in the array.
     [[nodiscard]] std::int32_t count() const { return count_; }
-    /// Elements that it holds before it grows.
+    /// The number of elements for which there is space now.
     [[nodiscard]] std::int32_t capacity() const { return capacity_; }
 
     /// The sum of the lengths of all texts added by copy or by ownership.
     [[nodiscard]] std::int32_t totalLength() const { return totalLength_; }
 
-    /// Each add gives 1, or 0 when the array is of another kind or memory runs
-    /// out; the array is then unchanged.
+    /// Each add returns 1. If the array is of another kind, or there is no memory, it
+    /// returns 0 and does not change the array.
     int addCharacter(char c);
     int addString(std::string_view text);
-    /// Takes `text` over; null is accepted and counted, the length unchanged.
+    /// Takes ownership of `text`. A null is accepted and counted as an element.
     int addOwnedString(std::unique_ptr<char[]> text);
     /// Adds a text of `length` characters to be written in place; it is
     /// terminated already. Throws bad_alloc.
@@ -102,7 +101,7 @@ public:
     int addInteger(std::int32_t value);
     int addPointer(void *pointer);
 
-    /// The elements in place; null (0) for another kind or an index outside.
+    /// The elements, not copied; null (0) for another kind or an index out of range.
     [[nodiscard]] const char *characters() const;
     [[nodiscard]] const char *string(std::int32_t i) const;
     [[nodiscard]] const char *const *strings() const { return strings_.data(); }
@@ -113,10 +112,10 @@ public:
     [[nodiscard]] std::vector<std::int32_t> integers() const;
     [[nodiscard]] velStringList copyStrings() const;
 
-    /// Takes the texts out and leaves the array empty, as new.
+    /// Moves the texts into the result; the array is then empty, as a new one.
     [[nodiscard]] velStringList takeStrings();
 
-    /// Texts are freed, integers and pointers zeroed; the capacity stays.
+    /// Frees the texts, sets integers and pointers to zero, and keeps the capacity.
     void clear();
 
 private:

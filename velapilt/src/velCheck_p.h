@@ -1,4 +1,4 @@
-// What a type, a name and a value may be made of: each check gives null or the
+// Which characters a type, a name and a value may have. Each check returns null or the
 // message.
 #pragma once
 

@@ -1,5 +1,5 @@
-// The text by which a parent tells its children apart: "TYPE:Name" of an object,
-// "TYPE" of a singleton, "Name" of a parameter. It is made and taken apart here.
+// The text that identifies a child in its parent: "TYPE:Name" for an object, "TYPE" for a
+// singleton, "Name" for a parameter. Only this file makes such a text and splits it.
 #pragma once
 
 #include "velapilt/src/velTypes.h"
@@ -7,11 +7,11 @@
 #include <string>
 #include <string_view>
 
-/// A component taken apart at its first ':'. The views are parts of that text.
+/// A component, split at its first ':'. The views are parts of its text.
 struct velComponentParts
 {
-    std::string_view type; ///< what comes before the ':'; all of a text without one
-    std::string_view name; ///< what comes after it
+    std::string_view type; ///< the text before the ':'; all of it if there is none
+    std::string_view name; ///< the text after it
     bool hasColon;
 };
 

@@ -1,6 +1,5 @@
-// The environment variables that the database reads, all of them here.
-// docs/environment.md explains them. A variable that is absent gives null; the
-// text belongs to the environment.
+// All environment variables that the database reads. docs/environment.md explains them. The
+// result is null if a variable is not set; the text belongs to the environment.
 #pragma once
 
 /// ZOT5_VEL_LIBSDIR: the folder of the rule libraries.

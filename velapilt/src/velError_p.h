@@ -12,5 +12,5 @@ struct velHandle;
 /// caller that keeps a message for too long reads the warning.
 void velRetireError(velHandle *handle);
 
-/// The handle as the trace names it.
+/// The name of the handle in the trace.
 [[nodiscard]] unsigned velTraceName(const velHandle *handle);

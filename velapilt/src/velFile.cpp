@@ -21,7 +21,7 @@ struct CloseFile
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// The size of a file that can be sought in, else 0.
+/// The size of a file that can be sought in, otherwise 0.
 std::size_t sizeOf(std::FILE *file)
 {
     if (std::fseek(file, 0, SEEK_END) != 0) {

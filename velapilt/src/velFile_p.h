@@ -1,4 +1,4 @@
-// Files as the parser takes them: their bytes in one piece.
+// Files in the form that the parser needs: all bytes in one block.
 #pragma once
 
 #include "velapilt/src/velPages.h"
@@ -18,7 +18,7 @@ struct velFileBytes
     [[nodiscard]] std::string_view view() const { return {data.get() + start, size - start}; }
 };
 
-/// Reads the whole of a file (velFile.cpp); messages of loadFileData. Throws
+/// Reads a whole file (velFile.cpp). The messages are those of loadFileData. Throws
 /// bad_alloc.
 [[nodiscard]] const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes);
 

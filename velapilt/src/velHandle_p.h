@@ -1,8 +1,8 @@
 // The inside of a handle: the state that the operations work on.
 //
-// What is done with a part of it is declared in the header of that topic:
-// velPathStack_p.h, velTree_p.h, velRemove_p.h, velValidity_p.h, velHandlers_p.h,
-// velOperation_p.h and velError_p.h.
+// The operations on each part are in the header of that topic: velPathStack_p.h,
+// velTree_p.h, velRemove_p.h, velValidity_p.h, velHandlers_p.h, velOperation_p.h and
+// velError_p.h.
 #pragma once
 
 #include "velapilt/src/velArena.h"
@@ -22,10 +22,10 @@
 struct velPathEntry
 {
     velNode *node = nullptr; ///< the current node; not owned
-    std::string text;        ///< the path where it names no node
+    std::string text;        ///< the path, if it names no node
 };
 
-/// All that belongs to one database. Everything goes with it; see velDestroyHandle.
+/// Everything that belongs to one database, and is freed with it; see velDestroyHandle.
 struct velHandle
 {
     // --- The tree (velTree_p.h, velRemove_p.h)
@@ -65,22 +65,22 @@ struct velHandle
 
     // --- The parser's state between lines (velParser.cpp)
 
-    std::string pendingLine; ///< what continued lines have gathered
+    std::string pendingLine; ///< the text of the continued lines so far
     bool hasPendingLine = false;
-    std::vector<std::uint32_t> flagStack; ///< one word a block, and one for depth 0
-    std::int32_t depth = 0;               ///< blocks open
-    std::int32_t deepest = 0;             ///< the most that were ever open
+    std::vector<std::uint32_t> flagStack; ///< one word for each block, and one for depth 0
+    std::int32_t depth = 0;               ///< the number of open blocks
+    std::int32_t deepest = 0;             ///< the largest depth so far
 
     // --- Validity (velValidity_p.h)
 
-    /// Nodes with velFlagSubtreeValid: while there are none, invalidation need
-    /// not climb to the root.
+    /// The number of nodes with velFlagSubtreeValid. If it is 0, invalidation does not need
+    /// to go up to the root.
     std::int64_t subtreeValidCount = 0;
 
     // --- Operations, and what they free (velOperation_p.h)
 
-    int operations = 0;                                    ///< that run, one in the other
-    int reporting = 0;                                     ///< handlers that run
+    int operations = 0;                                    ///< number of nested running operations
+    int reporting = 0;                                     ///< number of running handlers
     std::vector<std::pair<void *, std::size_t>> graveyard; ///< blocks of the arena and their sizes
 
     // --- Errors (velError_p.h)

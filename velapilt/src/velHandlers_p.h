@@ -3,11 +3,11 @@
 
 #include "velapilt/src/velHandle_p.h"
 
-/// Tells the change handlers, in the order in which they were registered;
-/// `oldValue` and `newValue` may be null. Throws bad_alloc.
+/// Calls the change handlers, in the order in which they were registered. `oldValue` and
+/// `newValue` may be null. Throws bad_alloc.
 void velCallChangeHandlers(velHandle *handle, const velNode *node, velChange code,
                            const char *newValue, const char *oldValue);
-/// The same, at no cost where there is no handler.
+/// The same; costs nothing if there is no handler.
 inline void velReport(velHandle *handle, const velNode *node, velChange code, const char *newValue,
                       const char *oldValue)
 {
@@ -15,9 +15,9 @@ inline void velReport(velHandle *handle, const velNode *node, velChange code, co
         velCallChangeHandlers(handle, node, code, newValue, oldValue);
     }
 }
-/// Tells the replace handlers that a line under &replace is done. Throws bad_alloc.
+/// Calls the replace handlers after a line under &replace. Throws bad_alloc.
 void velReportReplace(velHandle *handle);
 /// Registers the trace handler, which prints every change.
 void velAddTraceHandler(velHandle *handle);
-/// The interruption that a handler asked for, once; else null.
+/// The interruption that a handler has requested, once; otherwise null.
 [[nodiscard]] const char *velTakeInterrupt(velHandle *handle);

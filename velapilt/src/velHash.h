@@ -1,10 +1,9 @@
 // The hash of paths and the table of texts.
 //
-// The hash function, the bucket counts and their growth are part of the
-// database's definition: a key has the bucket written down here for a table of
-// a given size, on every platform. The table of the handle's nodes
-// (velPathTable.h) uses the same function and the same growth; velHashTable is
-// the plain form for short-lived look-ups.
+// The hash function, the bucket counts and their growth are part of the definition of the
+// database: in a table of a given size, a key has the same bucket on every platform. The
+// table of the handle's nodes (velPathTable.h) uses the same function and the same growth;
+// velHashTable is the simple form for temporary tables.
 #pragma once
 
 #include <cstdint>
@@ -16,12 +15,12 @@
 /// The bucket counts, ascending, ended by 0.
 extern const std::int32_t velPrimeScale[];
 
-/// The first count that is not below `requested`, or the largest; warns on
-/// standard error when even that is far too small.
+/// The first count that is at least `requested`, or the largest count. Warns on standard
+/// error if even the largest is much too small.
 [[nodiscard]] std::int32_t velChooseBucketCount(std::int64_t requested);
 
-/// Entries a table of `buckets` may hold before it grows: the insert that
-/// finds more resizes to twice a third of them first.
+/// Whether a table has too many entries: an insertion first resizes it to two thirds of
+/// their number.
 [[nodiscard]] constexpr bool velTableIsFull(std::int64_t entries, std::int32_t buckets)
 {
     return entries / 3 > buckets;
@@ -50,14 +49,14 @@ public:
     /// The bucket of a whole key.
     [[nodiscard]] std::uint32_t hash(std::string_view key) { return extend(0, 0, key); }
 
-    /// Makes room for keys of `length` bytes, so that `extend` does not throw.
+    /// Prepares for keys of `length` bytes, so that `extend` does not throw.
     void prepare(std::size_t length)
     {
         if (length > multipliers_.size()) {
             growMultipliers(length);
         }
     }
-    /// The longest key that `extend` takes without growing.
+    /// The longest key for which `extend` needs no more memory.
     [[nodiscard]] std::size_t prepared() const { return multipliers_.size(); }
 
     /// The state after `text`, which is at `position` in its key. Throws
@@ -82,11 +81,11 @@ public:
         std::string_view text;
     };
 
-    /// Extends four texts side by side: each step of one waits for the step
-    /// before it, those of different texts do not. The texts are words, whose
-    /// characters all lie below 126.
+    /// Extends four texts at the same time. This is faster, because each step of one text
+    /// must wait for the step before it, but steps of different texts need not wait for
+    /// each other. The texts are words, with all characters below 126.
     void extendFour(Lane *const lanes[4]) const;
-    /// As extendFour, for one text.
+    /// The same as extendFour, for one text.
     void extendOne(Lane &lane) const { extendFrom(lane, 0); }
 
 private:
@@ -142,14 +141,14 @@ public:
     /// Has the first bucket count from `requestedSize` on. Throws bad_alloc.
     explicit velHashTable(std::int32_t requestedSize);
 
-    /// 1; a key already there keeps its place and takes the new value. 0 when
-    /// memory runs out.
+    /// Returns 1, or 0 if there is no memory. An existing key keeps its place and gets the
+    /// new value.
     int insert(std::string_view key, void *value);
     /// The value of the key; null for none.
     [[nodiscard]] void *lookup(std::string_view key);
-    /// 1 and the value if the key was there, else 0.
+    /// 1 and the value if the table had the key, otherwise 0.
     int remove(std::string_view key, void **value);
-    /// Grows ahead of `expected` further entries.
+    /// Grows in advance, for `expected` more entries.
     void presize(std::int32_t expected);
 
     [[nodiscard]] std::int32_t buckets() const { return function_.buckets(); }

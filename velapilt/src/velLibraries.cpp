@@ -26,14 +26,14 @@ bool isDirectory(std::string name)
     return std::filesystem::is_directory(name, error);
 }
 
-/// ZOT5_VEL_LIBSDIR where that names a directory, else `otherwise`.
+/// ZOT5_VEL_LIBSDIR if that names a directory, otherwise `otherwise`.
 std::string libraryDirectory(const char *otherwise)
 {
     const char *given = velEnvLibraryFolder();
     return given != nullptr && isDirectory(given) ? given : otherwise;
 }
 
-/// The folder that a caller names, else that of the environment.
+/// The folder that a caller names, otherwise that of the environment.
 std::string chosenFolder(const char *directory)
 {
     return directory == nullptr || *directory == '\0' ? libraryDirectory("") : directory;

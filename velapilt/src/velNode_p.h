@@ -1,4 +1,4 @@
-// The node of the tree, shared by the sources of the database only.
+// The node of the tree, only for the sources of the database.
 #pragma once
 
 #include "velapilt/src/velTypes.h"
@@ -15,9 +15,9 @@
 ///          │ first                  last ▲
 ///          └─▶ child ──▶ child ──▶ child ┘
 ///
-/// No node holds its path: it is the parent's path and the node's own words.
-/// The size of a node decides the memory of a large set-up; texts come after their
-/// nodes in the arena.
+/// A node does not contain its path, which consists of the parent's path and the node's own
+/// words. The size of a node determines the memory of a large set-up. Texts come after
+/// their nodes in the arena.
 struct velNode
 {
     velNode *parent;     ///< not owned; null for the root
@@ -33,23 +33,23 @@ struct velNode
         } children; ///< of an Object or Singleton
         struct
         {
-            char *text;           ///< owned, in the arena; null for no value
+            char *text;           ///< owned, in the arena; null if there is no value
             std::uint32_t length; ///< of the text, without its NUL
         } value;                  ///< of a Parameter
     };
-    std::uint32_t flags; ///< velFlag…, as the last line that touched it
+    std::uint32_t flags; ///< velFlag…, from the last line that stated it
     std::uint32_t childCount;
     std::uint32_t pathHash;        ///< hash state after its path; Objects and Singletons only
     std::uint32_t pathLength : 28; ///< of its full path; Objects and Singletons only
-    std::uint32_t inTable : 1;     ///< found by the path table
-    std::uint32_t isPending : 1;   ///< in the tree, and to be entered in the table
+    std::uint32_t inTable : 1;     ///< the path table finds it
+    std::uint32_t isPending : 1;   ///< in the tree, but not yet in the table
     std::uint32_t onStack : 1;     ///< an entry of the path stack points to it
-    std::uint32_t childWords;      ///< one bit for each child's last word, at least (wordBit)
+    std::uint32_t childWords;      ///< at least the bits of all children's last words (wordBit)
     std::uint32_t pathNote;        ///< where the memo may have its path (velPathMemo.h)
 
     [[nodiscard]] bool isParam() const { return type == velWords::none; }
     [[nodiscard]] bool isRoot() const { return type == velWords::slash; }
-    /// Null where there is none, and for a Parameter.
+    /// Null if there is none, and for a Parameter.
     [[nodiscard]] velNode *firstChild() const { return isParam() ? nullptr : children.first; }
 
     /// The bit that a word sets in its parent's `childWords`. If the bit is not set,
@@ -74,8 +74,8 @@ struct velNode
         return name == velWords::none && !isRoot() ? velSingleton : velObject;
     }
 
-    /// Whether the node's own component of its path is that of these words. A
-    /// Singleton and a Parameter of the same word have the same path.
+    /// Whether the last component of the node's path consists of these words. A Singleton
+    /// and a Parameter with the same word have the same path.
     [[nodiscard]] bool hasComponent(std::uint32_t aType, std::uint32_t aName) const
     {
         if (aType != velWords::none && aName != velWords::none) {

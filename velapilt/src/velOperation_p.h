@@ -8,11 +8,11 @@
 
 #include <cstddef>
 
-/// Gives a block of the handle's arena back, or, while a handler runs, keeps it
-/// until the outermost operation has ended. `bytes` as it was asked for.
+/// Frees a block of the handle's arena. While a handler runs, the block is kept until the
+/// outermost operation has ended. `bytes` is the size that was requested.
 void velRelease(velHandle *handle, void *block, std::size_t bytes) noexcept;
 
-/// Lives in every function that may call handlers.
+/// Every function that may call handlers has one.
 class velOperation
 {
 public:

@@ -1,18 +1,20 @@
 // Paths as texts: the normal form in which every node's path is written.
 //
-// Normal form: white space around the path goes; every run of blanks, tabs,
-// '/' and ':' becomes one '/' if it holds one, else one ':' if it holds one,
-// else one blank; a component TYPE:TYPE becomes TYPE (the path of a
-// Singleton); a last '/' goes unless it is alone. A text shorter than two
-// characters is only trimmed.
+// Normal form:
+// - White space around the path is removed.
+// - Every run of spaces, tabs, '/' and ':' becomes one character: '/' if the run has one,
+//   otherwise ':' if it has one, otherwise a space.
+// - A component TYPE:TYPE becomes TYPE (the path of a Singleton).
+// - A '/' at the end is removed, unless it is the whole path.
+// A text of fewer than two characters only loses the white space around it.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-/// What becomes of a last component TYPE:TYPE.
+/// What happens to a last component TYPE:TYPE.
 enum class velLastComponent {
-    Reduce, ///< as every component
+    Reduce, ///< as to every other component
     Keep,   ///< so that the create operations can refuse it
 };
 
@@ -20,6 +22,6 @@ enum class velLastComponent {
 [[nodiscard]] std::string velNormalForm(std::string_view path,
                                         velLastComponent last = velLastComponent::Reduce);
 
-/// `path` made absolute: relative ones follow `current`, "./" at the
-/// start goes, and ".." takes away the component before it.
+/// The absolute form of `path`: a relative path continues `current`, "./" at the start is
+/// removed, and ".." removes the component before it.
 [[nodiscard]] std::string velAbsolutePath(std::string_view current, std::string_view path);

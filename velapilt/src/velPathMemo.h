@@ -16,10 +16,10 @@
 class velPathMemo
 {
 public:
-    /// The quick hash of a path text; that of the path table is another one.
+    /// The quick hash of a path text, which is not the hash of the path table.
     [[nodiscard]] static std::uint64_t hash(std::string_view path);
 
-    /// The node remembered under `hash` for which `isIt` holds, or null.
+    /// The node that is remembered under `hash` and for which `isIt` is true, or null.
     template <typename IsIt>
     [[nodiscard]] velNode *find(std::uint64_t hash, IsIt isIt) const
     {
@@ -38,20 +38,20 @@ public:
 
     /// Remembers a node of a table that has `entries`. Without memory it does not.
     void remember(std::uint64_t hash, velNode *node, std::int64_t entries);
-    /// Takes a node out, as a result and as a parent; `hash` is that of its path.
+    /// Removes a node, as a result and as a parent; `hash` is that of its path.
     void forget(std::uint64_t hash, const velNode *node);
     /// Forgets everything.
     void clear();
     [[nodiscard]] bool isEmpty() const { return sets_.empty(); }
 
-    /// The path noted for a parent; empty where none is.
+    /// The path that is noted for a parent; empty if there is none.
     [[nodiscard]] std::string_view notedPath(const velNode *parent) const
     {
         const std::uint32_t note = parent->pathNote;
         return note < notes_.size() && notes_[note].node == parent ? notes_[note].path
                                                                    : std::string_view();
     }
-    /// Notes the path of a parent, if there is room for it.
+    /// Notes the path of a parent, if there is space for it.
     void note(velNode *parent, std::string_view path, std::int64_t entries);
 
 private:

@@ -1,22 +1,21 @@
-// The current path: the stack whose top it is.
+// The current path, which is the top of a stack.
 #pragma once
 
 #include "velapilt/src/velHandle_p.h"
 
-/// The current node; null when the current path names none. Throws bad_alloc.
+/// The current node; null if the current path names none. Throws bad_alloc.
 [[nodiscard]] velNode *velFindCurrentNode(velHandle *handle);
-/// The same, quickly where the stack points to the node.
+/// The same, but fast if the stack points to the node.
 [[nodiscard]] inline velNode *velCurrentNode(velHandle *handle)
 {
     const bool isKnown = !handle->stack.empty() && handle->stack.back().node != nullptr;
     return isKnown ? handle->stack.back().node : velFindCurrentNode(handle);
 }
 
-/// Makes the node's path current, also that of a node which a handler has
-/// removed. Throws bad_alloc.
+/// Makes the node's path current, even if a handler has removed the node. Throws bad_alloc.
 void velPushNode(velHandle *handle, velNode *node);
-/// Takes the top entry off; the bottom one stays.
+/// Removes the top entry; the bottom one stays.
 void velPop(velHandle *handle);
-/// Puts the node's path as text on every stack entry that points to it. Throws
+/// Replaces every stack entry that points to the node by the text of its path. Throws
 /// bad_alloc.
 void velUnpin(velHandle *handle, velNode *node);

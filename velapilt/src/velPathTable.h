@@ -1,23 +1,24 @@
 // The table that finds every node of a handle by its full path.
 //
-// Function, bucket counts and growth are those of velHash.h. Keys are not
-// stored: a node's key is its path, which its parents and words spell out, and
-// its hash continues that of its parent. Chains run through the nodes.
+// The hash function, the bucket counts and the growth are those of velHash.h. Keys are not
+// stored: the key of a node is its path, which consists of the words of its parents and its
+// own words, and its hash continues that of its parent. The nodes themselves contain the
+// links of the chains.
 //
-// Three things make it quick without changing what it answers:
-// - A Parameter made during a load waits in a short list and is hashed with
-//   others, since the hash of one text is a chain of dependent steps while
-//   those of several overlap. Every question enters them first.
-// - Below a parent with few children a child is found by walking them, which
-//   lie side by side in memory.
-// - What was found by its path text is remembered under a quick hash of it, so
-//   that the next look-up need not walk down from the root (velPathMemo.h). The
-//   walk for a longer path starts where the last such path led, because callers
-//   look up the parameters and neighbours of a deep block next.
+// Three methods make the table fast. They do not change its results:
+// - A Parameter that is made during a load waits in a short list and is hashed together with
+//   others, because several hashes at the same time are faster than one after the other.
+//   Every search first enters the waiting Parameters.
+// - In a parent with few children, a child is found by comparing all of them, because they
+//   are next to each other in memory.
+// - A node that was found by its path is remembered under a quick hash of the path, so that
+//   the next search need not walk down from the root (velPathMemo.h). The search for a longer
+//   path starts where the last such search ended, because callers often look up the
+//   parameters and neighbours of a deep block next.
 //
-// A node that was unlinked while it had children leaves its descendants in the
-// table ("detached"). From then on paths are compared as texts throughout, for
-// a new node may be at a path whose old descendants still answer.
+// If a node is unlinked while it has children, its descendants stay in the table
+// ("detached"). From then on all paths are compared as texts, because a new node may have
+// the path of a detached one.
 #pragma once
 
 #include "velapilt/src/velHash.h"
@@ -30,8 +31,8 @@
 #include <string_view>
 #include <vector>
 
-/// The words of one component of a path: "TYPE:Name" or a single word, which
-/// is in `name` and may be a Singleton's type as well.
+/// The words of one component of a path: "TYPE:Name", or a single word. A single word is in
+/// `name`, even if it is the type of a Singleton.
 struct velComponent
 {
     std::uint32_t type;
@@ -42,7 +43,7 @@ struct velComponent
 class velPathTable
 {
 public:
-    /// `words` spells the nodes; it must outlive the table.
+    /// `words` has the texts of the nodes' words; it must outlive the table.
     explicit velPathTable(const velWords &words);
 
     // --- Entering and removing; each may throw bad_alloc before it changes
@@ -50,13 +51,13 @@ public:
 
     /// Enters an Object or Singleton, whose path hash and length are set.
     void enter(velNode *node);
-    /// Enters a Parameter, now or with the next ones.
+    /// Enters a Parameter, now or together with the next ones.
     void enterLater(velNode *node);
-    /// Takes a node that is in the table out of it.
+    /// Removes a node that is in the table.
     void remove(velNode *node);
-    /// Takes every node and the root out of the table.
+    /// Removes all nodes and the root.
     void clear() noexcept;
-    /// Makes room ahead of `expected` further entries.
+    /// Grows in advance, for `expected` more entries.
     void presize(std::int64_t expected);
 
     /// From now on there are entries whose parents are not in the tree;
@@ -64,18 +65,18 @@ public:
     void detach(velNode *node);
     [[nodiscard]] bool hasDetached() const { return !detached_.empty(); }
 
-    // --- Finding; null where there is nothing
+    // --- Finding; null if there is no such node
 
     /// The node with an absolute path in normal form.
     [[nodiscard]] velNode *find(std::string_view path);
     /// The child of a node that is in the table.
     [[nodiscard]] velNode *findChild(velNode *parent, velComponent component);
 
-    /// Says which node `find` starts from; it has been entered.
+    /// Sets the node from which `find` starts; it must be in the table.
     void setRoot(velNode *root) { root_ = root; }
 
     [[nodiscard]] std::int32_t buckets() const { return function_.buckets(); }
-    /// Nodes in the table, those that wait included.
+    /// The number of nodes in the table, including those that wait.
     [[nodiscard]] std::int64_t entries() const
     {
         return entries_ + static_cast<std::int64_t>(pendingCount_);
@@ -83,7 +84,7 @@ public:
 
     /// Whether this is the node's path.
     [[nodiscard]] bool hasPath(const velNode *node, std::string_view path) const;
-    /// The path of a node, written out.
+    /// The path of a node as text.
     void appendPath(const velNode *node, std::string &path) const;
 
 private:

@@ -48,7 +48,7 @@ void unlink(velNode *parent, velNode *previous, velNode *node)
     --parent->childCount;
 }
 
-/// Deletes a node and all below it, children first and in order.
+/// Deletes a node and everything below it, children first and in order.
 ///
 /// Handlers may change the tree meanwhile. Each child that an object has when
 /// the walk enters it gets one turn, and what is at its path then is deleted.

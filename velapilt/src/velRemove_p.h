@@ -1,18 +1,18 @@
 // Removes nodes, and finds the node that has taken the place of a removed one.
 //
-// A handler may delete a node and make another one at its path, and a node that
-// was removed before its children leaves them in the table. What a node is, and
-// whose flags pass to it, is decided by the path.
+// A handler may delete a node and make another one with the same path. If a node is removed
+// before its children, they stay in the table. In both cases the path decides which node is
+// meant, and which flags it inherits.
 #pragma once
 
 #include "velapilt/src/velHandle_p.h"
 
-/// The slow ways of velNodeNow and velParentNow, by the path as a text.
+/// The slow forms of velNodeNow and velParentNow, which compare the path as text.
 [[nodiscard]] velNode *velFindNodeNow(velHandle *handle, const velNode *node);
 [[nodiscard]] velNode *velFindParentNow(velHandle *handle, const velNode *node);
 
-/// The node that is now at the path of `node`, which may have been removed
-/// during the present operation; null for none. Throws bad_alloc.
+/// The node that now has the path of `node`, which may have been removed during the current
+/// operation; null if there is none. Throws bad_alloc.
 [[nodiscard]] inline velNode *velNodeNow(velHandle *handle, velNode *node)
 {
     return node->inTable != 0 || node->isPending != 0 ? node : velFindNodeNow(handle, node);
@@ -30,6 +30,6 @@
 /// message. Throws bad_alloc.
 [[nodiscard]] const char *velRemoveNode(velHandle *handle, velNode *node,
                                         velNode *before = nullptr);
-/// Deletes a node and all below it. Null, the message, or the interruption that
-/// a handler asked for. Throws bad_alloc.
+/// Deletes a node and everything below it. Null, the message, or the interruption that a
+/// handler has requested. Throws bad_alloc.
 [[nodiscard]] const char *velDeleteNode(velHandle *handle, velNode *node);

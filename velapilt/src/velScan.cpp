@@ -1,4 +1,4 @@
-// The look at a line: sixteen characters at a time, or one where there is no slack.
+// The look at a line: sixteen characters at a time, or one if there is no slack.
 #include "velapilt/src/velScan.h"
 
 #include "velapilt/src/velSpace.h"

@@ -50,7 +50,7 @@ void appendChild(velNode *parent, velNode *node)
     ++parent->childCount;
 }
 
-/// The path length of a child, 0 where it would be beyond the limit.
+/// The path length of a child, 0 if it would be beyond the limit.
 std::size_t childPathLength(const velHandle *handle, const velNode *parent, std::uint32_t type,
                             std::uint32_t name)
 {

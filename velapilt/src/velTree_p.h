@@ -8,18 +8,18 @@
 
 struct velHandle;
 
-/// What a line or a create operation says.
+/// What a line or a create operation states.
 struct velStatement
 {
-    velComponent component; ///< without a type a Parameter, without a name a Singleton
+    velComponent component; ///< a Parameter has no type, a Singleton has no name
     std::string_view value; ///< of a Parameter
     std::uint32_t flags;    ///< velFlag…
 };
 
-/// Makes or updates the node below the current one and makes an Object or
-/// Singleton current. Null when it is refused: no current node, a Parameter as
-/// parent, another kind in its place, or a path beyond 2^28 bytes. Throws
-/// bad_alloc with tree and table in step.
+/// Makes or updates a node below the current one; an Object or Singleton becomes the current
+/// node. Null if it is refused: there is no current node, the parent is a Parameter, there
+/// is a node of another kind, or the path has more than 2^28 bytes. May throw bad_alloc;
+/// tree and table are then still consistent.
 [[nodiscard]] velNode *velUpdateObject(velHandle *handle, const velStatement &statement);
 
 /// Makes the root if there is none. Throws bad_alloc.

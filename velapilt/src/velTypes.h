@@ -1,12 +1,12 @@
-// The plain records that the database hands to its callers, and to theirs.
+// The plain records that the database gives to its callers, and they to their callers.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-/// The columns to which a command file is wrapped unless its writer is
-/// asked for others. The documents state the number too.
+/// The number of columns to which a command file is wrapped by default. The documents state
+/// the number too.
 inline constexpr std::int32_t velUsualWidth = 79;
 
 /// What a node is.
@@ -14,10 +14,10 @@ enum velKind : std::uint32_t {
     velNone = 0,
     velParam = 1,     ///< a name and a value
     velObject = 2,    ///< a type and a name
-    velSingleton = 3, ///< a type only; at most one of it below a parent
+    velSingleton = 3, ///< only a type; at most one of each type in a parent
 };
 
-/// A child, as lists of children describe it.
+/// A child in a list of children.
 struct velChildInfo
 {
     std::string name;      ///< of a Singleton its type

@@ -1,12 +1,12 @@
-// The flags of a node, and what a change takes away from the validity above it.
+// The flags of a node, and the marks of validity that a change removes from the nodes above.
 #pragma once
 
 #include "velapilt/src/velHandle_p.h"
 
 #include <cstdint>
 
-/// Gives a node its flags. Every change of velFlagSubtreeValid goes this way,
-/// for such nodes are counted.
+/// Sets the flags of a node. Only this function changes velFlagSubtreeValid, because it
+/// counts the nodes with this flag.
 inline void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags)
 {
     if (((flags ^ node->flags) & velFlagSubtreeValid) != 0) {
@@ -15,13 +15,13 @@ inline void velSetFlags(velHandle *handle, velNode *node, std::uint32_t flags)
     node->flags = flags;
 }
 
-/// Takes velFlagSubtreeValid from a node and all above it.
+/// Removes velFlagSubtreeValid from a node and all nodes above it.
 void velInvalidateUpward(velHandle *handle, velNode *node);
-/// velInvalidate, by the paths of the nodes above. Throws bad_alloc.
+/// The same as velInvalidate, by the paths of the nodes above. Throws bad_alloc.
 void velInvalidateByPath(velHandle *handle, const velNode *node);
 
-/// Takes the node's mark away, of a Parameter its owner's as well, and from
-/// everything above those that of a valid subtree. Throws bad_alloc.
+/// Removes the valid mark of the node and, for a Parameter, that of its owner. Removes the
+/// mark of a valid subtree from all nodes above. Throws bad_alloc.
 inline void velInvalidate(velHandle *handle, velNode *node)
 {
     node->flags &= ~velFlagValid;

@@ -30,7 +30,7 @@ std::string_view firstWord(std::string_view text)
     return text.substr(0, length);
 }
 
-/// The value that a list or number query reads; empty where there is none.
+/// The value that a list or number query reads; empty if there is none.
 const char *valueOf(velHandle *handle, const char *path, const char *unknown,
                     std::string_view *value)
 {

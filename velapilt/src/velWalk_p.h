@@ -1,10 +1,8 @@
-// Walking the tree: one walk of each kind, without recursion, for a file may
-// nest as deep as it likes.
+// Two ways to walk the tree, without recursion, because the depth of a file has no limit.
 //
-// velWalk follows the nodes' own links and needs no memory; the tree must not
-// change meanwhile. velListWalk keeps lists of children that are made when their
-// parent is entered: for an order of its own, and where handlers may change the
-// tree meanwhile.
+// velWalk follows the links of the nodes and needs no memory; the tree must not change
+// meanwhile. velListWalk keeps lists of children, made when their parent is entered. It is
+// for another order of the children, and for trees that handlers may change meanwhile.
 #pragma once
 
 #include "velapilt/src/velNode_p.h"
@@ -26,9 +24,9 @@ public:
 
     /// Whether everything has been visited.
     [[nodiscard]] bool isDone() const { return node_ == nullptr && parent_ == top_; }
-    /// The node that the walk has come to; null at the end of a block.
+    /// The current node; null at the end of a block.
     [[nodiscard]] Node *node() const { return node_; }
-    /// The node whose block is visited at present.
+    /// The node whose block the walk is in.
     [[nodiscard]] Node *parent() const { return parent_; }
 
     /// Goes below the node, which may have no children but is not a Parameter.
@@ -69,8 +67,8 @@ void velVisitBelow(Node *top, Visit visit)
     }
 }
 
-/// The nodes that are still to be visited, level by level from the top down. A
-/// node that is removed meanwhile stays listed: whoever walks looks at it again.
+/// The nodes that are still to be visited, level by level from the top down. A node that is
+/// removed meanwhile stays in the list, so the caller must check each node again.
 template <typename Node>
 class velListWalk
 {
@@ -78,19 +76,19 @@ public:
     /// Opens a level below the deepest one, for children of `parent`. Throws
     /// bad_alloc.
     void enter(Node *parent) { levels_.push_back({parent, nodes_.size(), nodes_.size()}); }
-    /// Adds a node to the deepest level, of which none has been visited. Throws
+    /// Adds a node to the deepest level, none of whose nodes has been visited yet. Throws
     /// bad_alloc.
     void add(Node *node) { nodes_.push_back(node); }
 
-    /// The levels that are open; none at first and in the end.
+    /// The number of open levels; 0 at first and at the end.
     [[nodiscard]] std::size_t depth() const { return levels_.size(); }
-    /// The next node of the deepest level; null when each has had its turn.
+    /// The next node of the deepest level; null if all were visited.
     [[nodiscard]] Node *next()
     {
         std::size_t &place = levels_.back().next;
         return place < nodes_.size() ? nodes_[place++] : nullptr;
     }
-    /// Closes the deepest level and gives its parent.
+    /// Closes the deepest level and returns its parent.
     Node *leave()
     {
         const Level level = levels_.back();

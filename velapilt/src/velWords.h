@@ -1,8 +1,8 @@
-// The words of one handle: every type and name that occurs, once.
+// The words of one handle: every type and every name once.
 //
-// Set-ups repeat the same few types and parameter names a million times. A
-// node therefore holds the numbers of its words, and two words are equal when
-// their numbers are. Words live as long as the handle.
+// Set-ups repeat the same few types and parameter names a million times. So a node contains
+// the numbers of its words, and two words are equal if their numbers are equal. Words exist
+// as long as the handle.
 #pragma once
 
 #include "velapilt/src/velArena.h"
@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-/// Words get numbers from 1 on in the order in which they are entered.
+/// Words get the numbers 1, 2, … in the order in which they are entered.
 class velWords
 {
 public:
@@ -21,7 +21,7 @@ public:
     /// The type of the root.
     static constexpr std::uint32_t slash = 1;
 
-    /// `arena` holds the texts and outlives the words. Throws bad_alloc.
+    /// `arena` contains the texts and must outlive the words. Throws bad_alloc.
     explicit velWords(velArena &arena);
 
     /// The number of a word, or `none`.
@@ -29,9 +29,8 @@ public:
     {
         return text.empty() ? none : slots_[slot(text, hashOf(text))];
     }
-    /// As find, for a word that follows another one: blocks of a type
-    /// list their parameters in the same order, so that the word which was
-    /// there the last time is most often it.
+    /// The same as find, for a word that follows another one. Blocks of a type list their
+    /// parameters in the same order, so it is usually the word that came there last time.
     [[nodiscard]] std::uint32_t findBehind(std::uint32_t previous, std::string_view text)
     {
         const Word &guess = words_[words_[previous].after];
@@ -51,8 +50,8 @@ public:
     }
     [[nodiscard]] std::size_t count() const { return words_.size(); }
 
-    /// Whether the word has been found fit as a type or name; the parser asks
-    /// once a word.
+    /// Whether the word was found to be correct as a type or name. The parser checks each
+    /// word only once.
     [[nodiscard]] bool isChecked(std::uint32_t word) const { return words_[word].checked; }
     void setChecked(std::uint32_t word) { words_[word].checked = true; }
 

@@ -122,7 +122,7 @@ TEST(VelChildren, BothListsAtOnceOrNeither)
               "getChildList: unable to find the requested path");
     EXPECT_EQ(said(getChildList(handle.get(), "NONE", &children, &groups)),
               "getChildList: unable to find the requested path");
-    EXPECT_EQ(children.size(), 3U); // out-arguments are written on success only
+    EXPECT_EQ(children.size(), 3U); // output arguments are written on success only
     EXPECT_EQ(said(getChildList(handle.get(), "FLOW/BOUNDARY:in", &children, &groups)), "");
     EXPECT_TRUE(children.empty());
     EXPECT_TRUE(groups.empty());

@@ -337,7 +337,7 @@ TEST(VelFormat, RandomTreesReadBackAsTheyWere)
 // --- Read back ------------------------------------------------------------------------------
 
 /// A random value: no control characters except tabs, and '#' only after a
-/// back-slash.
+/// backslash.
 std::string randomValue(Random &random, bool hasRuns)
 {
     std::string value;
@@ -398,7 +398,7 @@ void makeBoth(Random &random, bool hasRuns, const velHandlePtr &given, const vel
     }
 }
 
-// A back-slash at the end of a value would continue the line, so every writer puts
+// A backslash at the end of a value would continue the line, so every writer puts
 // an empty comment after it.
 TEST(VelFormat, WhatIsWrittenReadsBackAtEveryWidth)
 {

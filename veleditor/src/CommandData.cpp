@@ -25,7 +25,7 @@ bool isParam(const velChildInfo &child)
     return std::string_view(child.className) == "Param";
 }
 
-/// None where the object is not there.
+/// None if the object is not there.
 std::vector<velChildInfo> childrenOf(const std::string &path)
 {
     std::vector<velChildInfo> children;

@@ -58,7 +58,7 @@ public:
     /// if all exist.
     [[nodiscard]] std::string topmostAbsent(const std::string &path) const;
 
-    /// The text of an object and all below it; see Edit.h for the form.
+    /// The text of an object and everything below it; see Edit.h for the form.
     [[nodiscard]] std::string block(const std::string &path) const;
 
     // --- Reading text in the form of a command file ---------------------------

@@ -26,7 +26,7 @@ struct SaveResult
     /// empty.
     std::string backup;
 
-    /// The file with the new data, if that is not in the target; else empty.
+    /// The file with the new data, if that is not in the target; otherwise empty.
     std::string newData;
 };
 

@@ -132,7 +132,7 @@ signals:
     void valueChanged(const std::string &path, const std::string &value);
 
     /// A parameter or object was added: after its siblings if `position` is
-    /// `Edit::atEnd`, else at that place.
+    /// `Edit::atEnd`, otherwise at that place.
     void parameterAdded(const std::string &path, int position);
     void objectAdded(const std::string &path, int position);
 
@@ -154,7 +154,7 @@ signals:
     /// The mark was set, perhaps to the same value as before.
     void modifiedMarked(bool modified);
 
-    /// The findings for the item at `path` and all below it; none if it is valid.
+    /// The findings for the item at `path` and everything below it; none if it is valid.
     void validated(const std::string &path, const velEditor::Message &findings);
 
 private:

@@ -1,5 +1,5 @@
 // Asks for the new value of one parameter: with a list if the rules name the allowed
-// values, else with a text field.
+// values, otherwise with a text field.
 //
 // The dialog may run more than once; it then opens as the user left it.
 #pragma once
@@ -27,7 +27,7 @@ public:
     /// Asks the rules for the allowed values. After a failure, shown in a box, the
     /// dialog has a text field.
     /// What is typed is stored in the encoding of the value, as far as it shows
-    /// one, else in that of the file.
+    /// one, otherwise in that of the file.
     EditParamDialog(QWidget *parent, const QString &caption, const VELTreeItem &item,
                     TextEncoding fileEncoding);
 

@@ -15,10 +15,11 @@ namespace velEditor {
 
 namespace {
 
-/// A tip this long would be wider than most screens.
+/// The largest number of characters in a tip; a longer tip would be wider than most screens.
 constexpr int longestLine = 100;
 
-/// A tip shows what looks like markup as that, and breaks lines only in markup.
+/// The text of a tip. A long text becomes markup, because only markup has line breaks, and
+/// text that looks like markup is escaped.
 QString asTip(const QString &text)
 {
     if (text.size() <= longestLine && !Qt::mightBeRichText(text)) {
@@ -37,7 +38,7 @@ QAction *makeAction(QWidget &window, const QString &text, const char *name,
     return action;
 }
 
-/// Changes nothing below a dialog, which may be about a row.
+/// Whether a dialog is open. Undo then does nothing, because the dialog may be about a row.
 bool isBelowDialog()
 {
     return QApplication::activeModalWidget() != nullptr;

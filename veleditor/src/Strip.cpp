@@ -1,4 +1,4 @@
-// The buttons of the strip, and how it fits into the row.
+// The buttons of the strip, and its place in the row.
 #include "veleditor/src/Strip.h"
 
 #include <QAction>
@@ -13,7 +13,7 @@ Strip::Strip(QWidget *window) : QWidget(window), menu_(new QMenu(tr("More"), thi
     setAccessibleName(tr("Tools"));
     menu_->setObjectName(QStringLiteral("MoreMenu"));
     menu_->setAccessibleName(menu_->title());
-    menu_->setFont(font()); // a window has the desktop's by itself
+    menu_->setFont(font()); // without this, a window has the font of the desktop
     more_ = makeButton(QStringLiteral("More"));
     more_->setText(tr("More"));
     more_->setAccessibleName(more_->text());

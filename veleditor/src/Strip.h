@@ -1,8 +1,8 @@
-// The tool strip at the right end of the menu bar's row: buttons for what has no
-// menu entry, and a menu with all of that.
+// The tool strip at the right end of the menu bar's row: buttons for actions without a menu
+// entry, and a menu with all of these actions.
 //
-// The strip belongs to the window, not to the menu bar, of which screen readers show
-// only the menus. It takes no focus: every action in it has a key of its own.
+// The strip is a child of the window, not of the menu bar, because screen readers show only
+// the menus of a menu bar. It does not take the focus: every action in it has its own key.
 #pragma once
 
 #include <QList>
@@ -20,25 +20,25 @@ class Strip : public QWidget
     Q_OBJECT
 
 public:
-    /// Has the button More alone.
+    /// Has only the button More.
     explicit Strip(QWidget *window);
 
     /// Adds a button for an action (not owned), before More. `name` is the name of
     /// the object and, translated, for a screen reader.
     void addButton(QAction &action, const char *name);
 
-    /// Opens below More.
+    /// The menu that opens below More.
     [[nodiscard]] QMenu &menu() { return *menu_; }
 
-    /// Takes its place at the right end of a part of the window. Where this is too
-    /// narrow for all buttons, More is left.
+    /// Moves to the right end of a part of the window. If this part is too narrow for all
+    /// buttons, only More is shown.
     void fit(const QRect &room);
 
 private:
     QToolButton *makeButton(const QString &name);
 
     QMenu *menu_;
-    QList<QToolButton *> buttons_; ///< from left to right, all but More
+    QList<QToolButton *> buttons_; ///< from left to right, without More
     QToolButton *more_;
 };
 

@@ -21,7 +21,7 @@ namespace velEditor {
 [[nodiscard]] std::string toBytes(const QString &text);
 
 /// The bytes of a text that was made from `old`: Latin-1 if `old` is not valid UTF-8
-/// and Latin-1 has all characters of the text, else UTF-8.
+/// and Latin-1 has all characters of the text, otherwise UTF-8.
 [[nodiscard]] std::string toBytesInPlaceOf(const QString &text, std::string_view old);
 
 /// The text of a document, with line feeds between its lines. Unlike the document's

@@ -1,7 +1,7 @@
 // The encoding of a command file, and what it can represent.
 //
 // Command files do not state their encoding. If all bytes are valid UTF-8, the file is
-// UTF-8, else Latin-1. Typed text is stored in the encoding of the file, so that every
+// UTF-8, otherwise Latin-1. Typed text is stored in the encoding of the file, so that every
 // reader of the file shows it as typed.
 #pragma once
 
@@ -21,14 +21,14 @@ enum class TextEncoding { Utf8, Latin1 };
 [[nodiscard]] TextEncoding encodingOf(std::string_view text);
 
 /// The encoding for a text that replaces `former`: that of `former` unless it is plain
-/// ASCII, else that of the file. A file may have values in both encodings.
+/// ASCII, otherwise that of the file. A file may have values in both encodings.
 [[nodiscard]] TextEncoding encodingInPlaceOf(std::string_view former, TextEncoding file);
 
 /// A typed text as bytes.
 struct EncodedText
 {
     std::string bytes;
-    QString refusal; ///< for the user, why the encoding cannot represent it; else empty
+    QString refusal; ///< for the user, why the encoding cannot represent it; otherwise empty
 };
 
 /// Encodes a text. Refuses a character that the encoding does not have, and a Latin-1

@@ -1,4 +1,4 @@
-// Steps from the edits of a document, and the way back and forth along them.
+// Collects the edits of a document as steps, and undoes and redoes them.
 #include "veleditor/src/UndoHistory.h"
 
 #include "velapilt/src/velComponentText.h"
@@ -12,7 +12,7 @@ namespace velEditor {
 
 namespace {
 
-/// The object at a path as its row shows it, but a singleton by its type alone.
+/// The label of the object at a path, as its row shows it; for a singleton only the type.
 QString objectAt(const std::string &path)
 {
     const std::string component = lastComponent(path);
@@ -43,7 +43,7 @@ QString nameOf(const Edit &edit)
     return UndoHistory::tr("Change %1").arg(objectAt(edit.path));
 }
 
-/// Brings the marks of validity up to date, as the window does after such an edit.
+/// Updates the marks of validity, as the window does after such an edit.
 void validateAfter(Document &document, const Edit &edit)
 {
     if (edit.kind == Edit::Kind::SetValue) {

@@ -1,11 +1,10 @@
 // The changes of a document that can be undone, and those that can be redone.
 //
-// A history listens to its document: every edit that changes the data becomes a
-// step, whoever applies it. Undo and redo apply edits as well, so that everything
-// that follows the document follows these too. The number of steps has no limit.
+// A history listens to its document: every edit that changes the data becomes a step. Undo
+// and redo also apply edits, so everything that follows the document follows them too. The
+// number of steps has no limit.
 //
-// An edit that is rolled back was never a step. A file that is loaded begins a new
-// history.
+// An edit that is rolled back does not become a step. Loading a file begins a new history.
 #pragma once
 
 #include "veleditor/src/CommandData.h"
@@ -29,7 +28,7 @@ class UndoHistory : public QObject
     Q_OBJECT
 
 public:
-    /// Has no steps yet. The document (not owned) outlives the history.
+    /// Has no steps yet. The document (not owned) must outlive the history.
     explicit UndoHistory(Document &document, QObject *parent = nullptr);
 
     [[nodiscard]] bool canUndo() const { return !done_.empty() && groupDepth_ == 0; }
@@ -37,12 +36,12 @@ public:
 
     /// The name of the step that `undo` or `redo` is about: such as
     /// "Normal Speed = 2.5 [m s^-1]", "Add Title = x" or "Delete Title", or the name
-    /// of a group. Empty where there is none.
+    /// of a group. Empty if there is no such step.
     [[nodiscard]] QString undoText() const;
     [[nodiscard]] QString redoText() const;
 
     /// Undo the last step, or redo the one that was undone last; nothing happens
-    /// where there is none, or inside a group. What was changed is validated, as
+    /// if there is none, or inside a group. What was changed is validated, as
     /// after the edit itself, but findings undo nothing. After a failure, which
     /// gives what the database says, there are no steps any more.
     [[nodiscard]] Message undo();
@@ -52,8 +51,8 @@ public:
 
     // --- Groups ------------------------------------------------------------------
 
-    /// All edits until the matching `endGroup` are one step of this name. A group
-    /// inside another is part of that. A group without edits is not a step.
+    /// All edits until the matching `endGroup` are one step with this name. A group inside
+    /// another group is a part of it. A group without edits is not a step.
     void beginGroup(const QString &name);
     void endGroup();
 
@@ -71,11 +70,10 @@ public:
     void restore(const UndoSteps &steps);
 
 signals:
-    /// There may be other steps.
+    /// The steps may have changed.
     void stepsChanged();
 
-    /// A step was undone or redone. `edit` is the last edit of that, as it was made
-    /// now.
+    /// A step was undone or redone. `edit` is the last edit that was applied for this.
     void moved(const velEditor::Edit &edit);
 
 private:
@@ -90,7 +88,7 @@ private:
     /// Changes in the order in which they were made.
     struct Step
     {
-        QString name; ///< of a group; that of a single edit follows from the edit
+        QString name; ///< of a group; a single edit has no name here
         std::vector<Change> changes;
     };
 
@@ -111,14 +109,14 @@ private:
     Document &document_; ///< not owned
     std::vector<Step> done_;
     std::vector<Step> undone_;
-    std::vector<Step> discarded_; ///< undone, until the last edit cannot be rolled back
+    std::vector<Step> discarded_; ///< undone steps, kept while the last edit may be rolled back
     int groupDepth_ = 0;
-    bool isOpen_ = false;   ///< the last step is a group that takes the next edit
-    bool isMoving_ = false; ///< the edits are those of `undo` or `redo`
+    bool isOpen_ = false;   ///< the last step is a group that gets the next edit
+    bool isMoving_ = false; ///< `undo` or `redo` is applying edits
     QString groupName_;
 };
 
-/// Makes the edits of its lifetime one step.
+/// Makes all edits during its lifetime one step.
 class UndoGroup
 {
 public:

@@ -117,7 +117,7 @@ public slots:
     /// Finds the next match; shows the dialog if nothing was searched yet.
     void doFindNext();
 
-    /// Opens the row at a global point and all below it if the row was closed, else
+    /// Opens the row at a global point and everything below it if the row was closed, else
     /// closes them.
     void openOrClose(QTreeWidgetItem *item, QPoint point, int column);
 

@@ -1,7 +1,7 @@
 // Checks whether a value can be saved in a command file and read back unchanged. The
 // database stores any text, and at the time of saving it is too late to refuse one.
 //
-// A value may end in a back-slash: the writer of its line adds an empty comment, ` #`,
+// A value may end in a backslash: the writer of its line adds an empty comment, ` #`,
 // so that the line does not continue.
 #pragma once
 

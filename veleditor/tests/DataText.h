@@ -10,7 +10,7 @@
 
 namespace velEditor {
 
-/// An object, or a parameter where there is a value.
+/// An object, or a parameter if there is a value.
 struct Node
 {
     std::string component;

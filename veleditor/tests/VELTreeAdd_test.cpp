@@ -179,7 +179,7 @@ void VELTreeAddTest::removesWhiteSpaceAtTheEndsOfTheValue()
     QCOMPARE(row("/PUMP:p/Speed").value(), QString("7"));
 }
 
-// A final back-slash would continue the line that adds the parameter.
+// A final backslash would continue the line that adds the parameter.
 void VELTreeAddTest::takesAFinalBackslash()
 {
     open(copyOf("duct.vel"));

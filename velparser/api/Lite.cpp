@@ -78,7 +78,7 @@ constexpr bool takesObject(std::string_view usage)
     return usage.starts_with("self");
 }
 
-/// What a method needs at each call, worked out once.
+/// What a method needs at each call, computed once.
 struct Entry
 {
     const LiteMethod *method;
@@ -94,13 +94,13 @@ constexpr auto entries = [] {
     return all;
 }();
 
-/// The object, whose overloaded operators no method uses, is not among them.
+/// The object itself is not included, because no method uses its overloaded operators.
 bool argumentsRunCode(pTHX_ SV *const *begin, SV *const *end)
 {
     return std::any_of(begin, end, [&](SV *argument) { return runsCode(aTHX_ argument); });
 }
 
-/// No exception may pass Perl's own functions.
+/// No exception may leave through Perl's own functions.
 SV *runBody(pTHX_ const LiteMethod &method, LiteCall &call)
 {
     try {
@@ -110,7 +110,7 @@ SV *runBody(pTHX_ const LiteMethod &method, LiteCall &call)
     croak("VEL::Parser::Lite::%s: out of memory", method.name);
 }
 
-/// The one entry for all methods; the XSUB carries the address of its Entry.
+/// The one entry for all methods; the XSUB has the address of its Entry.
 XSPROTO(callMethod)
 {
     dXSARGS;
@@ -151,8 +151,8 @@ void startContext(pTHX)
         Perl_my_cxt_init(aTHX_ & liteContextIndex, sizeof(LiteContext))));
 }
 
-/// Perl calls it in each new thread, which starts with the context of the thread
-/// that made it. It gets one of its own here.
+/// Perl calls this in each new thread. The thread starts with the context of the thread
+/// that made it, and gets its own context here.
 XSPROTO(cloneContext)
 {
     dXSARGS;

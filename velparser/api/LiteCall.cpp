@@ -1,5 +1,5 @@
-// What every method of VEL::Parser::Lite needs: arguments, results, and guards for
-// arguments whose code ends the object during the call.
+// What every method of VEL::Parser::Lite needs: arguments, results, and guards against
+// arguments with code that destroys the object during the call.
 
 #include "velparser/api/Lite_p.h"
 
@@ -9,15 +9,15 @@ namespace velparser {
 
 namespace {
 
-/// A record that only wraps a database does not know the handlers of the
-/// object that owns it, nor the other way round.
+/// A record that only refers to a database does not know the handlers of the record that
+/// owns the database, and the owning record does not know those of the other.
 bool mayHaveHandlers(pTHX_ const LiteRecord *record)
 {
     return !record->owns || record->actionHandler != nullptr ||
            AvFILLp(record->changeHandlers) >= 0 || (liteContext(aTHX).wrappers != nullptr);
 }
 
-/// Whether reading the elements runs code, which may change the array.
+/// Whether reading the elements runs code. Such code may change the array.
 bool elementsRunCode(pTHX_ AV *array)
 {
     if (SvRMAGICAL(array)) {
@@ -33,7 +33,7 @@ const char *copiedText(pTHX_ const char *text)
     return SvPVX_const(sv_2mortal(newSVpv(text, 0)));
 }
 
-/// A number's text would change the caller's element; it is made of a copy.
+/// Making the text of a number would change the caller's element, so a copy is used.
 const char *elementText(pTHX_ SV *element, bool copy)
 {
     if (SvPOK(element) && !copy) {
@@ -61,7 +61,7 @@ void LiteCall::guard(pTHX)
         return;
     }
     sv_2mortal(SvREFCNT_inc_simple_NN(SvRV(argument(aTHX_ 0))));
-    // Perl restores it when the method is left, by an exception too.
+    // Perl restores it when the method ends, also by an exception.
     SAVEI16(record_->guards);
     ++record_->guards;
 }
@@ -152,7 +152,7 @@ void replaceElements(pTHX_ AV *target, AV *values)
         const bool tied = SvTIED_mg(MUTABLE_SV(target), PERL_MAGIC_tied);
         for (SSize_t i = 0; i < count; ++i) {
             SV *element = newSVsv(AvARRAY(values)[i]);
-            // A tied array takes a copy; any other keeps the element itself.
+            // A tied array gets a copy; any other array keeps the element itself.
             av_push(target, tied ? sv_2mortal(element) : element);
         }
         return;

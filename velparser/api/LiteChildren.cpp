@@ -69,7 +69,7 @@ AV *newEntries(pTHX_ const std::vector<Info> &infos, SV *(*newEntry)(pTHX_ const
     return entries;
 }
 
-/// Both lists as Perl arrays; each left out where it is not wanted.
+/// Both lists as Perl arrays; each only if the caller wants it.
 const char *childEntries(pTHX_ velHandle *handle, const char *path, AV **children, AV **groups)
 {
     std::vector<velChildInfo> childInfos;

@@ -1,8 +1,8 @@
 // Perl code that is called by the database, and the methods that register it.
 //
-// The database must not be left by a Perl exception. So each call is trapped:
-// the error is put aside, velInterrupt makes the database stop, and the method
-// that began the operation rethrows the error when the database has returned.
+// A Perl exception must not leave the database. So each call is trapped: the error is
+// stored, velInterrupt makes the database stop, and the method that began the operation
+// rethrows the error when the database has returned.
 #include "velparser/api/LiteMethods_p.h"
 
 namespace velparser {
@@ -11,8 +11,8 @@ namespace {
 
 constexpr char handlerDied[] = "a handler died";
 
-/// Handlers whose changes call handlers, and so on. Each takes some of the C++
-/// stack, so that there must be an end.
+/// How deep handlers may nest whose changes call handlers again. Each level uses some of
+/// the C++ stack.
 constexpr int deepestHandler = 200;
 
 /// A scope in which handlers of a record run.
@@ -38,13 +38,13 @@ private:
     LiteContext &context_;
 };
 
-/// The text as `croak` would give it: with the place in the Perl code.
+/// The text with the place in the Perl code, as `croak` gives it.
 SV *newErrorText(pTHX_ const char *text)
 {
     return newSVsv(mess_sv(sv_2mortal(newSVpv(text, 0)), FALSE));
 }
 
-/// True if the call went well; else what went wrong is put aside.
+/// True if the call succeeded; otherwise the error is stored.
 bool checkResult(pTHX_ velHandle *handle, const PerlResult &result, const char *complaint)
 {
     if (!result.exited && result.error == nullptr && complaint == nullptr) {
@@ -75,7 +75,7 @@ SV *mortalText(pTHX_ const char *text)
     return text != nullptr ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
 }
 
-/// One handler; the caller's $@ is kept.
+/// Calls one handler. The caller's $@ does not change.
 bool callChangeHandler(pTHX_ LiteRecord *record, SV *handler, const char *path, std::int32_t code,
                        const char *newValue, const char *oldValue)
 {
@@ -85,7 +85,7 @@ bool callChangeHandler(pTHX_ LiteRecord *record, SV *handler, const char *path, 
         return checkResult(aTHX_ record->handle, PerlResult{},
                            "missing array elt in change handlers");
     }
-    // A handler may take itself off the list while it runs.
+    // A handler may remove itself from the list while it runs.
     sv_2mortal(SvREFCNT_inc_simple_NN(handler));
     const std::array arguments{mortalText(aTHX_ path), sv_2mortal(newSViv(code)),
                                mortalText(aTHX_ newValue), mortalText(aTHX_ oldValue)};
@@ -95,8 +95,8 @@ bool callChangeHandler(pTHX_ LiteRecord *record, SV *handler, const char *path, 
                                         : nullptr);
 }
 
-/// Gives the number of handlers called. One that is added meanwhile is called
-/// from the next change on.
+/// Returns the number of handlers that were called. A handler that is added meanwhile is
+/// called from the next change on.
 int callChangeHandlers(const char *path, std::int32_t code, const char *newValue,
                        const char *oldValue, void *userData)
 {
@@ -111,7 +111,7 @@ int callChangeHandlers(const char *path, std::int32_t code, const char *newValue
     if (running.isTooDeep()) {
         return refuseDepth(aTHX_ record->handle);
     }
-    // A handler may put another list in its place.
+    // A handler may replace the list.
     SvREFCNT_inc_simple_void_NN(list);
     int called = 0;
     while (called < count && list == record->changeHandlers) {
@@ -153,8 +153,8 @@ const char *actionComplaint(I32 count)
     return nullptr;
 }
 
-/// Calls the action handler so that it can tell how many values it gives; what
-/// the one value is does not matter: an action that returns has succeeded.
+/// Calls the action handler in list context, to count its values. The value itself does not
+/// matter: an action that returns has succeeded.
 int runAction(pTHX_ LiteRecord *record, velHandle *handle, const char *action,
               const char *const *arguments)
 {
@@ -191,8 +191,8 @@ SSize_t wrapperIndex(pTHX_ const LiteRecord *record)
     return -1;
 }
 
-/// The database outlives an object that wraps it; an action for an object that
-/// is gone is refused.
+/// The database lasts longer than an object that only refers to it. An action for an
+/// object that does not exist any more is refused.
 int callWrappersAction(velHandle *handle, const char *action, const char *const *arguments,
                        void *userData)
 {
@@ -264,7 +264,7 @@ SV *liteAddChangeHandler(pTHX_ LiteCall &call)
 
 SV *liteClearChangeHandlers(pTHX_ LiteCall &call)
 {
-    // What a handler holds may add handlers as it goes: to the new list.
+    // Destructors of the old handlers may add handlers: these go into the new list.
     if (AV *&list = call.record()->changeHandlers) {
         sv_2mortal(MUTABLE_SV(std::exchange(list, newAV())));
     }
@@ -275,7 +275,7 @@ SV *liteRegisterActionHandler(pTHX_ LiteCall &call)
 {
     LiteRecord *record = call.record();
     SV *handler = newSVsv(call.argument(aTHX_ 1));
-    // Mortal: what the former handler holds may end the object as it goes.
+    // Mortal, because a destructor of the previous handler may destroy the object.
     sv_2mortal(std::exchange(record->actionHandler, handler));
     return call.message(aTHX_ record->owns
                             ? addActionHandler(record->handle, callOwnersAction, record)

@@ -1,5 +1,5 @@
-// The bodies of the methods of VEL::Parser::Lite, by the source that holds
-// them. What each does is documented where its users read it: in Lite.pm.
+// The bodies of the methods of VEL::Parser::Lite, grouped by source. Lite.pm says what
+// each of them does, because its users read it there.
 #pragma once
 
 #include "velparser/api/Lite_p.h"

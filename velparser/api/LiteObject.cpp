@@ -9,9 +9,8 @@ namespace {
 
 constexpr char packageName[] = "VEL::Parser::Lite";
 
-/// Frees a record, and with it the database that it owns. While it is in use
-/// further up the C++ stack nothing is freed, now or later: a leak is better
-/// than a crash.
+/// Frees a record and the database that it owns. If a caller on the C++ stack still uses
+/// the record, nothing is freed, now or later: a leak is better than a crash.
 void freeRecord(pTHX_ LiteRecord *record)
 {
     if (isInUse(record)) {
@@ -37,8 +36,8 @@ int freeWithScalar(pTHX_ SV *, MAGIC *magic)
     return 0;
 }
 
-/// An object that a new thread gets as a copy is empty there: the record stays
-/// with the thread that made it.
+/// The copy of an object in a new thread is empty: the record stays with the thread that
+/// made it.
 int emptyCopy(pTHX_ MAGIC *magic, CLONE_PARAMS *)
 {
     PERL_UNUSED_CONTEXT;
@@ -65,8 +64,7 @@ MAGIC *findMagic(SV *scalar)
     return mg_findext(scalar, PERL_MAGIC_ext, &liteRecordMagic);
 }
 
-/// The mark of an object of the package or a derived class; null for anything
-/// else.
+/// The mark of an object of the package or a derived class; null for any other value.
 MAGIC *findObjectMagic(pTHX_ SV *object)
 {
     if (!hasContext(aTHX) || !SvROK(object) || !SvOBJECT(SvRV(object))) {
@@ -116,7 +114,7 @@ const char *emptyObject(pTHX_ SV *object)
     if (isInUse(record)) {
         return "DESTROY: the object is in use";
     }
-    // First of all: what goes with the record may run code that has the object.
+    // First, because freeing the record may run code that has the object.
     magic->mg_ptr = nullptr;
     sv_setiv(SvRV(object), 0);
     freeRecord(aTHX_ record);
@@ -156,7 +154,8 @@ SV *liteNew(pTHX_ LiteCall &)
     return object;
 }
 
-/// Called explicitly and again when the object goes, it works once.
+/// It may be called explicitly, and is called again when the object is freed; only the
+/// first call has an effect.
 SV *liteDestroy(pTHX_ LiteCall &call)
 {
     return call.message(aTHX_ emptyObject(aTHX_ call.argument(aTHX_ 0)));

@@ -20,7 +20,7 @@ SV *loadLines(pTHX_ LiteCall &call, Load load)
     return call.message(aTHX_ load(call.handle(), texts.data(), count, nullptr, nullptr));
 }
 
-/// What tells a node apart, ended so that no two trees give the same text.
+/// The properties of a node, with ends that make the texts of different trees different.
 void addNode(const velNodeInfo &info, std::string *text)
 {
     *text += static_cast<char>('0' + info.kind);

@@ -98,7 +98,7 @@ SV *liteChangePath(pTHX_ LiteCall &call)
     return call.message(aTHX_ changePath(call.handle(), call.text(aTHX_ 1)));
 }
 
-/// The only function of the package that takes no object.
+/// The only function of the package that has no object as argument.
 SV *liteCleanPath(pTHX_ LiteCall &call)
 {
     const char *path = call.text(aTHX_ 0);

@@ -12,7 +12,7 @@ using IntegerListQuery = const char *(*)(velHandle *, const char *, std::vector<
 /// Without a value the scalar becomes undef.
 const char *setToValue(pTHX_ LiteCall &call, const char *path, SV *target)
 {
-    // In place, as the value is nearly always there.
+    // In place, because nearly always there is a value.
     if (const char *value = velFindValue(call.handle(), path)) {
         sv_setpv(target, value);
         SvUTF8_off(target);

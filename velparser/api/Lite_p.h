@@ -39,7 +39,7 @@ static_assert(sizeof(LiteRecord) == 4 * sizeof(void *));
 /// What the module keeps for each interpreter.
 struct LiteContext
 {
-    HV *package;      ///< of VEL::Parser::Lite; one reference is held
+    HV *package;      ///< of VEL::Parser::Lite; one reference is owned
     SV *handlerError; ///< owned; the error of a handler that died, until it is rethrown
     bool exitPending; ///< a handler called `exit`, which continues later
     AV *wrappers;     ///< owned; addresses of wrapping records with an action handler
@@ -80,7 +80,7 @@ extern MGVTBL liteRecordMagic;
 /// anything else, for an object that DESTROY has emptied, and if the package was never
 /// loaded.
 [[nodiscard]] LiteRecord *findLiteRecord(pTHX_ SV *object);
-/// The same for methods of the package itself, which run only after it is loaded.
+/// The same, for methods of the package itself, which run only after it is loaded.
 [[nodiscard]] inline LiteRecord *liteRecord(pTHX_ SV *object)
 {
     // The usual case: an object of the package itself, without other magic.
@@ -95,8 +95,8 @@ extern MGVTBL liteRecordMagic;
 }
 
 /// Frees the record of an object. After that the object does not belong to the package.
-/// If the record is in use, it is kept and the result is a message. Null on success and
-/// for an object that is already empty.
+/// Null on success and for an object that is already empty. If the record is in use, it
+/// stays, and the result is a message.
 [[nodiscard]] const char *emptyObject(pTHX_ SV *object);
 
 /// Keeps an object and its database alive until releaseObject, even if Perl code drops all
@@ -104,7 +104,7 @@ extern MGVTBL liteRecordMagic;
 [[nodiscard]] SV *holdObject(pTHX_ SV *object);
 void releaseObject(pTHX_ SV *held);
 
-/// Whether DESTROY has emptied the object before.
+/// Whether DESTROY has already emptied the object.
 [[nodiscard]] bool isEmptied(pTHX_ SV *object);
 
 // --- One call of a method (LiteCall.cpp) -----------------------------------------
@@ -123,14 +123,14 @@ public:
     [[nodiscard]] velHandle *handle() const { return record_->handle; }
     [[nodiscard]] SV *argument(pTHX_ int i) const { return PL_stack_base[first_ + i]; }
 
-    /// Keeps the object, its record, and the texts taken after this alive until the end
-    /// of the method, whatever Perl code runs until then.
+    /// Keeps the object, its record, and all texts that are taken after this alive until
+    /// the end of the method, even if Perl code drops them.
     void guard(pTHX);
     /// Like guard, also for the arguments themselves.
     void guardArguments(pTHX);
-    /// A method that may run handlers calls this first. It is a guard if there are
-    /// handlers. It drops an error of a handler that was left from an operation of the
-    /// program itself.
+    /// A method that may run handlers calls this first. If there are handlers, it does
+    /// what guard does. It also drops the error of a handler that is left from an
+    /// operation of the program itself.
     void keepAlive(pTHX);
 
     [[nodiscard]] const char *text(pTHX_ int i) const
@@ -138,7 +138,7 @@ public:
         const char *text = byteText(aTHX_ argument(aTHX_ i));
         return copyTexts_ ? SvPVX_const(sv_2mortal(newSVpv(text, 0))) : text;
     }
-    /// Clamped to 32 bits.
+    /// A number outside of the range of 32 bits becomes the nearest one in it.
     [[nodiscard]] std::int32_t integer(pTHX_ int i) const;
     /// A flag is a number; true if it is not 0.
     [[nodiscard]] bool flag(pTHX_ int i) const { return integer(aTHX_ i) != 0; }
@@ -147,8 +147,8 @@ public:
     [[nodiscard]] AV *array(pTHX_ int i, const char *name) const;
     /// Like array, but null for undef.
     [[nodiscard]] AV *optionalArray(pTHX_ int i, const char *name) const;
-    /// The scalar that a reference points to, to be set; croaks "METHOD: value is not
-    /// a reference", also for a reference to anything but a scalar.
+    /// The scalar that a reference points to, for a result. Croaks "METHOD: value is not
+    /// a reference", also for a reference to anything except a scalar.
     [[nodiscard]] SV *output(pTHX_ int i) const;
 
     /// The message as a result, undef for null. If the method may run handlers, this
@@ -161,7 +161,8 @@ public:
         return text != nullptr ? sv_2mortal(newSVpv(text, 0)) : &PL_sv_undef;
     }
     [[nodiscard]] SV *number(pTHX_ IV value) const;
-    /// Uses the calling operation's own scalar: valid until it runs again.
+    /// Uses the scalar of the calling operation, so the result is valid until this
+    /// operation runs again.
     [[nodiscard]] SV *string(pTHX_ std::string_view text) const;
 
 private:
@@ -220,9 +221,9 @@ enum class UndefinedElement {
 /// Removes a record from the database before the record is freed.
 void forgetWrapper(pTHX_ const LiteRecord *record);
 
-/// The error of a handler that died since the last call of this; the caller owns it.
-/// Null if none died. Call it after every operation that may run handlers. If a handler
-/// called `exit` while other Perl code was running below, the exit continues here.
+/// The error of a handler that died since the last call of this function; the caller
+/// owns it. Null if none died. Call it after every operation that may run handlers. If a
+/// handler called `exit` while outer Perl code was running, the exit continues here.
 [[nodiscard]] SV *takeHandlerError(pTHX);
 
 /// Drops such an error, unless its operation is still running.

@@ -8,8 +8,8 @@ namespace velparser {
 inline constexpr const char *libraryFolderVariable = "ZOT5_VEL_LIBSDIR";
 inline constexpr const char *libraryListVariable = "ZOT5_VEL_LIBS";
 
-/// ZOT5_VEL_PARSER: the folder of the Perl packages. Null where it is not set;
-/// the text belongs to the environment.
+/// ZOT5_VEL_PARSER: the folder of the Perl packages. Null if it is not set. The text
+/// belongs to the environment.
 [[nodiscard]] const char *packagesOfEnvironment();
 
 } // namespace velparser

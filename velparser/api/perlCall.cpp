@@ -10,7 +10,7 @@ namespace {
 
 bool exitAllowed = true;
 
-/// The process that took charge of `exit`; 0 for none.
+/// The process that has called allowPerlExit; 0 for none.
 pid_t exitOwner = 0;
 
 I32 callTarget(pTHX_ PerlTarget target, I32 flags)
@@ -19,8 +19,8 @@ I32 callTarget(pTHX_ PerlTarget target, I32 flags)
                                     : call_sv(target.code, flags);
 }
 
-/// Pushes the arguments, calls, and takes the results off the stack, which is
-/// one of its own so that loop controls end at it.
+/// Pushes the arguments, calls, and takes the results off the stack. It is a separate
+/// stack, so that loop controls cannot leave it.
 PerlResult callOnOwnStack(pTHX_ PerlTarget target, std::span<SV *const> arguments, I32 context)
 {
     {
@@ -45,9 +45,8 @@ PerlResult callOnOwnStack(pTHX_ PerlTarget target, std::span<SV *const> argument
     return {count, value, error, false};
 }
 
-/// False when `exit` was called, which jumps to the innermost of Perl's jump
-/// environments. Exceptions do not: call_sv and call_method trap them in
-/// environments of their own.
+/// False if `exit` was called, which jumps to the innermost of Perl's jump environments.
+/// Exceptions do not, because call_sv and call_method trap them in their own environments.
 bool callTrapped(pTHX_ PerlTarget target, std::span<SV *const> arguments, I32 context,
                  PerlResult &result)
 {
@@ -61,7 +60,7 @@ bool callTrapped(pTHX_ PerlTarget target, std::span<SV *const> arguments, I32 co
     return jumped == 0;
 }
 
-/// Called as Perl code so that what it calls in turn is trapped.
+/// Called as Perl code, so that exceptions of the code that it calls are trapped.
 XSPROTO(makeText)
 {
     dXSARGS;
@@ -119,16 +118,15 @@ bool isForkedChild()
     return exitOwner != 0 && exitOwner != getpid();
 }
 
-/// The program that the child is a copy of goes on in the parent only. What the
-/// program itself had still to write is the parent's too.
+/// Ends a forked child. The program continues only in the parent, which also writes the
+/// buffered output of the program.
 [[noreturn]] void endChild(pTHX)
 {
     PerlIO_flush(nullptr);
     _exit(STATUS_EXIT);
 }
 
-/// No Perl code is running below the call at hand, so nothing is left for an
-/// `exit` to unwind.
+/// Whether no outer Perl code is running, so that an `exit` has nothing more to unwind.
 bool isFirstCall(pTHX)
 {
     return !PL_top_env->je_prev;

@@ -8,11 +8,12 @@
 
 namespace velparser {
 
-/// A scope and a frame of temporaries. Mortal values made within it are freed when it ends. Frames
-/// nest; they are left by return, never by croak.
+/// A scope and a frame of temporaries. Mortal values that are made in it are freed when it
+/// ends. Frames nest. A frame ends by return, never by croak.
 ///
-/// The floor of the temporaries is kept here and not by SAVETMPS: an `exit` empties
-/// Perl's own stack of saved values, and outer frames would lose values that they use.
+/// The frame itself stores where its temporaries begin, instead of SAVETMPS: an `exit`
+/// empties Perl's own stack of saved values, and outer frames would lose values that they
+/// use.
 class PerlFrame
 {
 public:
@@ -54,7 +55,7 @@ struct PerlResult
 {
     I32 count;   ///< number of returned values
     SV *value;   ///< the first of them; null if there is none
-    SV *error;   ///< a copy of $@ if the code died, else null
+    SV *error;   ///< a copy of $@ if the code died, otherwise null
     bool exited; ///< the code called `exit`; see callPerl
 };
 
@@ -62,22 +63,22 @@ struct PerlResult
 /// `context` G_SCALAR, G_LIST or G_VOID, within a PerlFrame of the caller's.
 /// `last` and `next` cannot leave the called code for a loop outside it.
 ///
-/// `exit` unwinds all Perl code that is running, down to the first call from
-/// C++. It is stopped here, so that the C++ code in between can finish.
-/// - If Perl code is running below this call, `exited` is set. After that, only
-///   resumeExit may be called, which unwinds further.
+/// `exit` unwinds all Perl code that is running, down to the first call from C++.
+/// callPerl stops the `exit`, so that the C++ code between the calls can finish.
+/// - If outer Perl code is running, `exited` is set. After that, only resumeExit may be
+///   called, which continues to unwind.
 /// - At the first call `exited` is set too if exit is allowed; otherwise the result is
 ///   the error "exit(N) called" (see allowPerlExit). A child that Perl code has forked
 ///   ends here with that status.
 [[nodiscard]] PerlResult callPerl(pTHX_ PerlTarget target, std::span<SV *const> arguments,
                                   I32 context);
 
-/// Calls C++ code like callPerl calls Perl code: exceptions of Perl code that it calls are
-/// trapped.
+/// Calls C++ code as callPerl calls Perl code: if this code calls Perl code that dies, the
+/// exception is trapped.
 [[nodiscard]] PerlResult callXsub(pTHX_ XSUBADDR_t xsub, std::span<SV *const> arguments,
                                   I32 context);
 
-/// Evaluates Perl text like callPerl calls code.
+/// Evaluates Perl text as callPerl calls code.
 [[nodiscard]] PerlResult evalPerlText(pTHX_ SV *text, I32 context);
 
 /// Whether `exit` may end the process: true at first, as in an ordinary perl.

@@ -1,7 +1,7 @@
 // Records as Perl code gives them: an array of hashes.
 //
-// Reading a hash of Perl's may run code, and code may die. So Perl makes plain texts of
-// the entries under a trap (makeRecordTexts), one after the other, and C++ takes those.
+// Reading a Perl hash may run code, and code may die. So makeRecordTexts runs in a trap and
+// makes plain texts from the entries, one after the other, and C++ reads these texts.
 #include "velparser/api/perlRecords_p.h"
 
 #include <cstring>
@@ -14,8 +14,8 @@ namespace {
 /// Before the name of an entry that is an array of texts.
 constexpr char listMark = '@';
 
-/// What a reference refers to, kept alive as long as the caller's frame; null for
-/// anything but a reference to that type.
+/// The target of a reference, kept alive as long as the caller's frame. Null if the value
+/// is not a reference to that type.
 SV *heldTarget(pTHX_ SV *reference, svtype type)
 {
     SvGETMAGIC(reference);
@@ -53,7 +53,7 @@ void pushEntry(pTHX_ AV *texts, HV *record, const char *name)
     }
 }
 
-/// Called as Perl code so that what it calls in turn is trapped.
+/// Called as Perl code, so that exceptions of the code that it calls are trapped.
 XSPROTO(makeRecordTexts)
 {
     dXSARGS;
@@ -83,7 +83,7 @@ XSPROTO(makeRecordTexts)
 class RecordTexts
 {
 public:
-    /// `names` are those of a record's entries, in the order in which they are taken.
+    /// `names` are the names of a record's entries, in the order in which they are read.
     RecordTexts(pTHX_ AV *records, std::initializer_list<const char *> names) : perl_(aTHX)
     {
         const std::span<SV *> arguments = mortalValues(aTHX_ 1 + names.size());
@@ -127,7 +127,7 @@ private:
     SSize_t next_ = 0;
 };
 
-/// By the words of VEL::Record.
+/// From the words that VEL::Record uses.
 ChangeKind kindOf(std::string_view word)
 {
     constexpr std::pair<std::string_view, ChangeKind> kinds[] = {
@@ -148,8 +148,8 @@ ChangeKind kindOf(std::string_view word)
     return ChangeKind::Unknown;
 }
 
-/// Where the object's class finds a method; null if it does not, or if the value
-/// is not an object.
+/// The package in which the object's class finds a method. Null if there is no such method
+/// or the value is not an object.
 CV *findMethod(pTHX_ SV *object, const char *method)
 {
     if (!SvROK(object) || !SvOBJECT(SvRV(object))) {

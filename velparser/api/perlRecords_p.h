@@ -1,8 +1,8 @@
 // Records as Perl code gives them: an array of hashes.
 //
 // For a method METHOD that gives texts, METHODRecords fills an array with the records
-// that the texts are made of. Perl code that does not offer it is asked for the texts
-// (textRecords_p.h).
+// from which the texts are made. If Perl code does not have METHODRecords, the bridge
+// asks for the texts (textRecords_p.h).
 #pragma once
 
 #include "velparser/api/perlCall_p.h"
@@ -13,14 +13,14 @@ namespace velparser {
 /// The name of the method that gives records.
 [[nodiscard]] std::string recordsMethod(const char *method);
 
-/// Whether the object's class offers METHODRecords for its METHOD: both come from one
-/// package. Where a derived class has a METHOD of its own, the records of the class
-/// above are not what it says.
+/// Whether the object's class has METHODRecords for its METHOD: both must come from one
+/// package. If a derived class has only its own METHOD, the inherited METHODRecords gives
+/// other records than the texts of METHOD say.
 [[nodiscard]] bool hasRecords(pTHX_ SV *object, const char *method);
 
 // Each of these adds the records of an array that Perl code has filled, within a frame
-// of the caller's. Null, or why they cannot be read (mortal); then some of them may have
-// been added. May throw std::bad_alloc.
+// of the caller. Null, or the reason why they cannot be read (mortal); some of them may
+// have been added by then. May throw std::bad_alloc.
 
 [[nodiscard]] SV *addRecords(pTHX_ AV *records, std::vector<Finding> *findings);
 [[nodiscard]] SV *addRecords(pTHX_ AV *records, std::vector<UpgradeChange> *changes);

@@ -1,4 +1,4 @@
-// Environment variables for Perl code, for a time.
+// Sets environment variables for Perl code, and restores them.
 #include "velparser/api/perlVariables_p.h"
 
 #include "velparser/api/perlCall_p.h"
@@ -15,7 +15,7 @@ void setEntry(pTHX_ const std::string &name, SV *value)
     }
 }
 
-/// A copy, owned by the caller; null where there is none.
+/// A copy, owned by the caller; null if there is no value.
 SV *copyOfEntry(pTHX_ const std::string &name)
 {
     SV **entry = hv_fetch(GvHVn(PL_envgv), name.data(), static_cast<I32>(name.size()), 0);

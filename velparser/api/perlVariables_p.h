@@ -1,4 +1,4 @@
-// Environment variables for Perl code, for a time.
+// Sets environment variables for Perl code, and restores them.
 #pragma once
 
 #include "velparser/api/perl_p.h"
@@ -6,9 +6,9 @@
 
 namespace velparser {
 
-/// Entries of %ENV that are there as long as this. Perl keeps the environment of the
-/// process the same, for what Perl code reads through C++ and for programs that it
-/// starts. Afterwards %ENV has what it had before.
+/// Sets entries of %ENV; the destructor restores the previous ones. Perl gives the
+/// environment of the process the same values, for code that Perl code calls in C++ and
+/// for programs that it starts.
 class PerlVariables
 {
 public:
@@ -20,7 +20,7 @@ public:
 private:
     PerlInterpreter *perl_;
     ScriptVariables variables_;
-    std::vector<SV *> former_; ///< owned; null where there was none
+    std::vector<SV *> former_; ///< owned; null if there was no value
 };
 
 } // namespace velparser

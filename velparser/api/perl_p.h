@@ -1,12 +1,12 @@
 // Perl's headers, for the sources of this folder only.
 //
-// They are included only here, after the standard headers: Perl
-// defines macros with everyday names, and a standard or Qt header read after
-// them does not compile. Calls take the interpreter explicitly (pTHX, aTHX).
+// They are included only here, after the standard headers: Perl defines macros with
+// common names, and a standard or Qt header that is included after them does not
+// compile. Calls pass the interpreter explicitly (pTHX, aTHX).
 //
-// A Perl exception (`croak`) is a longjmp. It must never pass a C++ object with
-// a destructor: take the arguments apart first, do the C++ work in an inner
-// scope whose result is plain, and croak or convert after that scope.
+// A Perl exception (`croak`) is a longjmp. It must never skip the destructor of a C++
+// object: convert the arguments first, do the C++ work in an inner scope with a plain
+// result, and croak or convert after that scope.
 #pragma once
 
 #include <algorithm>
@@ -38,7 +38,7 @@
 
 #include <XSUB.h>
 
-// Everyday words that Perl takes for itself.
+// Common words that Perl defines as macros.
 #undef do_open
 #undef do_close
 #undef seed

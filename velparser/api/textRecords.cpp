@@ -1,4 +1,4 @@
-// Records read from texts, for a Perl side that gives nothing else.
+// Records read from texts, for Perl code that gives only texts.
 #include "velparser/api/textRecords_p.h"
 
 #include <algorithm>
@@ -17,7 +17,8 @@ bool isIdentifier(std::string_view word)
            std::ranges::all_of(word, [&](char c) { return isLetter(c) || c == '-'; });
 }
 
-/// The path that the line begins with, taken off it with what ends it; else empty.
+/// Removes the path and its separator from the beginning of the line, and returns the path;
+/// empty if there is none.
 std::string_view takePath(std::string_view *line)
 {
     const std::size_t end = line->starts_with('/') ? line->find(pathEnd) : line->npos;

@@ -1,8 +1,8 @@
-// Records read from texts, for a Perl side that gives nothing else.
+// Records read from texts, for Perl code that gives only texts.
 //
-// The packages that ship give records. Packages of a user's own may give only the
-// texts that the bridge asks for in any case; these functions, and nothing else, take
-// such texts apart, by their form and never by their words.
+// The packages that ship give records. A user's own packages may give only texts. Only
+// these functions read such texts. They use the form of the texts, never the words in
+// them.
 #pragma once
 
 #include "velparser/api/velRecords.h"
@@ -11,21 +11,21 @@
 
 namespace velparser {
 
-/// Of "PATH: sentence [identifier]". In a line that does not begin with a path, this
-/// is empty: something failed. An identifier begins with a letter and holds small letters and hyphens:
-/// brackets around anything else belong to the sentence.
+/// From "PATH: sentence [identifier]". If a line does not begin with a path, the path is
+/// empty: something failed. An identifier begins with a letter and consists of small
+/// letters and hyphens; other brackets belong to the sentence.
 [[nodiscard]] Finding findingFromLine(std::string_view line);
 
-/// Of a text with one on each line.
+/// From a text with one finding on each line.
 [[nodiscard]] std::vector<Finding> findingsFromText(std::string_view text);
 
-/// Of "PATH: change"; the kind is Unknown. The path is empty in a line without one.
+/// From "PATH: change"; the kind is Unknown. The path is empty if the line has none.
 [[nodiscard]] UpgradeChange changeFromLine(std::string_view line);
 
-/// Of "Name = text". A line without " = " is all name.
+/// From "Name = text". If a line has no " = ", all of it is the name.
 [[nodiscard]] RuleField fieldFromLine(std::string_view line);
 
-/// The lines of a text; what follows the last line feed is one if it is not empty.
+/// The lines of a text. If the text does not end in a line feed, its rest is the last line.
 [[nodiscard]] std::vector<std::string_view> linesOf(std::string_view text);
 
 } // namespace velparser

@@ -1,5 +1,5 @@
-// The calls that only benchmarks and tests need: Perl text evaluated in the interpreter, a
-// minimal C method, and failures on purpose.
+// The calls that only benchmarks and tests need: evaluation of Perl text in the
+// interpreter, a minimal C method, and failures on purpose.
 
 #include "velparser/api/velBench.h"
 

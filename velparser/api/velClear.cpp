@@ -1,4 +1,4 @@
-// Takes a session back to the data of its libraries.
+// Deletes all data of a session except that of its libraries.
 #include "velapilt/src/velComponentText.h"
 #include "velparser/api/velHandlers_p.h"
 #include "velparser/api/velInstance_p.h"
@@ -28,8 +28,8 @@ const char *loadKept(velHandle *handle, const velInstance *instance, const std::
                            static_cast<std::int32_t>(object->lines.size()));
 }
 
-/// If data states an object of the libraries again, the object is the user's, and the
-/// data of the libraries in it cannot be separated from the rest. Such an object is
+/// If data states an object of the libraries again, the object becomes user data, and the
+/// data of the libraries in it cannot be separated from the rest. So such an object is
 /// deleted and created again.
 const char *clearChild(velHandle *handle, const velInstance *instance, const velChildInfo &child)
 {

@@ -1,4 +1,5 @@
-// What a failure here has to say goes to the console; the caller has the code.
+// Reads command data from def and res files. Messages about failures go to the console;
+// the caller gets the code.
 #include "velparser/api/velContainer_p.h"
 
 #include "io/Src/Main/iocntc.h"
@@ -13,15 +14,15 @@ constexpr std::size_t slotBytes = IO_STRING_SLOT;
 /// The largest number of WHENs that a search returns.
 constexpr std::size_t candidates = 20;
 
-/// The library's own messages, as it prints them itself.
+/// Prints the messages of the container library to standard error.
 int printMessage(const char *text, std::int32_t)
 {
     std::fprintf(stderr, "IO: %s", text);
     return 0;
 }
 
-/// The dataset that holds command data, in the primary file. One at a time, as
-/// the library has one primary file.
+/// The dataset with command data in the primary file. There may be only one object at a
+/// time, because the library has one primary file.
 class CommandDataset
 {
 public:
@@ -32,18 +33,18 @@ public:
         names_.when = -1;
     }
 
-    /// Where there are several, the first that the library gives.
+    /// If there are several, the first that the library gives.
     int locate()
     {
         IO_data data = arrays();
         return request(IO_LOCATE_PRIMARY, data);
     }
 
-    /// To be looked for from now on: the largest WHEN that the last locate
-    /// reported, 0 if none.
+    /// The WHEN of the next searches: the largest that the last locate reported, or 0 if it
+    /// reported none.
     void takeLargestWhen() { names_.when = *std::ranges::max_element(whens_); }
 
-    /// The number of records, also where the library says that they need room.
+    /// The number of records, even if the library says that the array is too small.
     int size(std::int32_t *count)
     {
         IO_data data;
@@ -52,7 +53,7 @@ public:
         return code;
     }
 
-    /// `records` is room for `count` records of slotBytes.
+    /// `records` has space for `count` records of slotBytes.
     int readRecords(char *records, std::int32_t count)
     {
         IO_data data;
@@ -72,7 +73,7 @@ private:
     {
         data.offsets = offsets_.data();
         data.offsets_size = 2;
-        // Longer strings are cut to those of 80 characters.
+        // Longer strings are cut to 80 characters.
         io_set_text(names_.type, "STRI");
         return request(IO_READ_LOCATED_DS, data);
     }
@@ -183,7 +184,7 @@ int load_vel_from_def(const char *file, AV *lines)
     if (code == IO_OK) {
         return close(file);
     }
-    // The failure has been reported. A failure of closing would hide it.
+    // The failure has been reported. A second failure, of closing, would hide it.
     IO_data data;
     static_cast<void>(iocntc(IO_CLOSE_PRIMARY, printMessage, nullptr, &data));
     return code;

@@ -7,8 +7,8 @@
 
 namespace velparser {
 
-/// Runs a database operation that may call handlers written in Perl. Where one
-/// died, what it died with is the result.
+/// Runs a database operation that may call handlers written in Perl. If a handler died,
+/// the result is its error.
 template <class Operation>
 const char *runWithHandlers(Session &session, Operation operation)
 {

@@ -22,7 +22,7 @@ const char *checkInstance(const velInstance *instance)
     return nullptr;
 }
 
-/// A null ends the texts.
+/// The texts end with a null pointer.
 std::span<SV *> mortalTexts(pTHX_ std::initializer_list<const char *> texts)
 {
     const auto count = static_cast<std::size_t>(std::ranges::find(texts, nullptr) - texts.begin());
@@ -107,7 +107,7 @@ const char *nameLibraries(velInstance *instance)
     const auto &[folder, files] = *instance->libraries;
     const char *error = callVELInstanceMethod(
         instance, "useLibraries", {files.c_str(), folder.empty() ? "." : folder.c_str()});
-    // The next call has to try, and to complain, again.
+    // The next call must try again, and report the failure again.
     if (error != nullptr) {
         pTHX = velInterpreter();
         SvREFCNT_dec(std::exchange(instance->api, nullptr));
@@ -115,7 +115,7 @@ const char *nameLibraries(velInstance *instance)
     return error;
 }
 
-/// Perl takes a file that was left by `exit` for loaded.
+/// If `exit` ended the loading of a file, Perl treats the file as loaded.
 void forgetFile(pTHX_ const char *package)
 {
     SV *code = sv_2mortal(newSVpvf("delete $INC{'%s.pm' =~ s{::}{/}gr};", package));
@@ -208,7 +208,7 @@ void freeInstance(velInstance *instance)
     pTHX = velInterpreter();
     const PerlLocale locale;
     const PerlFrame frame(aTHX);
-    // The validator has the database, which has the validator.
+    // The validator and the database refer to each other.
     if (instance->database != nullptr) {
         velSetUserData(instance->database, nullptr, nullptr);
     }

@@ -1,11 +1,10 @@
 // The bridge's record of one Perl `API` object, and the ways to call it.
 //
-// A session owns one. Tests make their own, with a Perl object of theirs in it.
+// A session owns one instance. Tests make their own instances with their own Perl objects.
 //
-// A method reports success by returning undef or an empty text; any other text
-// is a failure's message, and an exception counts as its text. Messages are
-// texts of the instance's message holder, valid until its next call, or
-// constants.
+// A method that succeeds returns undef or an empty text. Any other text is the message of
+// a failure, and so is the text of an exception. A message is a constant, or belongs to
+// the instance and is valid until the next call with it.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -24,11 +23,11 @@ struct LibraryObject
 struct velInstance
 {
     SV *api = nullptr;             ///< owned; null until initVELInstance has succeeded
-    SV *message = nullptr;         ///< owned; the text last handed to a caller
+    SV *message = nullptr;         ///< owned; the message that a caller got last
     velHandle *database = nullptr; ///< not owned; found once, kept until the end
     SV *held = nullptr;            ///< owned; the object that keeps the database
 
-    std::optional<LibraryNames> libraries; ///< of the session; none: the environment's
+    std::optional<LibraryNames> libraries; ///< of the session; none: those of the environment
 
     std::vector<LibraryObject> kept{}; ///< by keepLibraries
 
@@ -40,57 +39,57 @@ struct velInstance
 /// That of the default session; null before startVELParser.
 [[nodiscard]] velInstance *defaultInstance();
 
-/// Makes the record of the default session, unless it is there or memory has run
-/// out.
+/// Makes the record of the default session, unless it exists. Without memory it does
+/// nothing.
 void makeDefaultInstance();
 
-/// Frees what the instance owns: its Perl object, and the database, unless Perl
-/// code has kept it.
+/// Frees what the instance owns: its Perl object, and the database, unless Perl code
+/// still has a reference to it.
 void freeInstance(velInstance *instance);
 
-/// Starts the interpreter and calls `API::new`, unless that has been done.
+/// Starts the interpreter and calls `API::new`, unless this is done already.
 [[nodiscard]] const char *initVELInstance(velInstance *instance);
 
-/// The database of the instance's object (its entry "database"), which is made
-/// if need be. Null when there is none.
+/// The database of the instance's object (its entry "database"). Makes the object if
+/// necessary. Null if there is no database.
 [[nodiscard]] velHandle *findLiteHandle(velInstance *instance);
 
-/// What %ENV must contain while the object reads its libraries: nothing if useLibraries
-/// passed them, or if the session has none of its own.
+/// The variables that %ENV must have while the object reads its libraries: none if
+/// useLibraries has passed the libraries, or if the session has no libraries of its own.
 [[nodiscard]] ScriptVariables libraryVariables(const velInstance *instance);
 
 /// Calls a method with texts.
 [[nodiscard]] const char *callVELInstanceMethod(velInstance *instance, const char *method,
                                                 std::initializer_list<const char *> arguments);
 
-/// The same with Perl values, mortal or the caller's own.
+/// The same with Perl values, which are mortal or owned by the caller.
 [[nodiscard]] const char *callVELInstanceValues(velInstance *instance, const char *method,
                                                 std::span<SV *const> arguments);
 
-/// Calls a method whose result is an integer, of which the low 32 bits count.
-/// −1 for any failure; a number in the form of a text is one. What is wrong
-/// with the instance is said on standard error.
+/// Calls a method whose result is an integer, and returns its low 32 bits. −1 for any
+/// failure; a number in the form of a text is a failure too. If something is wrong with
+/// the instance, standard error says so.
 [[nodiscard]] int callVELInstanceMethodInt(velInstance *instance, const char *method,
                                            std::initializer_list<const char *> arguments);
 
-/// Calls a method with a path and a reference to `array`, for it to fill. On
-/// failure the caller's reference to the array has been dropped; on success
-/// the array is still the caller's.
+/// Calls a method with a path and a reference to `array`, which the method fills. On
+/// success the caller still owns the array. On failure the caller's reference to it has
+/// been dropped.
 [[nodiscard]] const char *getAnyValue(velInstance *instance, const char *method, const char *path,
                                       AV *array);
 
-/// A new reference to a VEL::Parser::Lite object that wraps `handle`; the
-/// caller owns it. Null when the package cannot be loaded.
+/// A new reference to a VEL::Parser::Lite object that refers to `handle`; the caller owns
+/// it. Null if the package cannot be loaded.
 [[nodiscard]] SV *newLiteObject(velHandle *handle);
 
-/// Loads a Perl package, once, within a frame of the caller's. Null, or what it
-/// died with (mortal).
+/// Loads a Perl package, once, within a frame of the caller. Null, or the error with
+/// which it died (mortal).
 [[nodiscard]] SV *requirePackage(pTHX_ const char *package);
 
 /// Makes `text` the instance's message and returns it.
 const char *keepMessage(velInstance *instance, SV *text);
 
-/// What functions of the bridge give when memory runs out.
+/// The message of functions of the bridge when there is no memory.
 inline constexpr const char *outOfMemory = "velparser: out of memory";
 
 /// Does the work of a public function; no exception leaves the bridge.
@@ -104,8 +103,8 @@ template <class Result, class Work>
     }
 }
 
-/// guarded, for work with the database of a session; `missing` where there is
-/// none. It begins with the name of the call.
+/// As `guarded`, for work with the database of a session. If there is no database, the
+/// result is `missing`, which begins with the name of the call.
 template <class Work>
 [[nodiscard]] const char *withDatabase(Session &session, const char *missing, Work work)
 {

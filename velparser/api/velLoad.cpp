@@ -1,4 +1,4 @@
-// Command data from files and from the caller, handed to the Perl object.
+// Passes command data from files and from the caller to the Perl object.
 #include "velparser/api/perlVariables_p.h"
 #include "velparser/api/velContainer_p.h"
 #include "velparser/api/velInstance_p.h"
@@ -9,8 +9,7 @@ namespace velparser {
 
 namespace {
 
-/// Takes the caller's reference to the array over. The 0 is what the method
-/// expects for user data.
+/// Takes ownership of the caller's reference to the array. The argument 0 means user data.
 const char *parseLines(Session &session, AV *lines)
 {
     pTHX = velInterpreter();

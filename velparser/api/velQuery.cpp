@@ -1,5 +1,5 @@
-// The editor's questions: those about data go straight to the database, those
-// about rules to the Perl object.
+// The editor's questions: the database answers those about data, the Perl object those
+// about rules.
 #include "velparser/api/velparser.h"
 
 #include "velparser/api/velHandlers_p.h"
@@ -10,7 +10,7 @@ namespace velparser {
 
 namespace {
 
-/// What the queries for lists of texts say when memory runs out.
+/// The message of queries for lists of texts when there is no memory.
 struct ListMessages
 {
     const char *noText;
@@ -50,7 +50,7 @@ const char *copyTexts(pTHX_ Session &session, AV *array, const ListMessages &mes
     return nullptr;
 }
 
-/// Start-up, and what must be right before the Perl array is made.
+/// Starts the interpreter, and checks what must be correct before the Perl array is made.
 const char *checkListQuery(const Session &session, const velStringList *list,
                            const ListMessages &messages)
 {

@@ -1,4 +1,4 @@
-// The calls that give what the rules say as records; velValidate.cpp has those that
+// The calls that give what the rules say as records; velValidate.cpp has the calls that
 // validate.
 #include "velparser/api/velparser.h"
 
@@ -21,7 +21,7 @@ const char *keepText(velInstance *instance, const std::string &text)
     return keepMessage(instance, sv_2mortal(newSVpvn(text.data(), text.size())));
 }
 
-/// What must be right before a method is called for records.
+/// Checks what must be correct before a method is called for records.
 const char *checkQuery(const velInstance *instance, const void *records, const char *noRecords)
 {
     if (instance == nullptr) {
@@ -39,8 +39,8 @@ bool givesRecords(const velInstance *instance, const char *method)
     return hasRecords(aTHX_ instance->api, method);
 }
 
-/// Calls METHODRecords with the `words` and an array, and adds the records that are in
-/// it afterwards, also where the method gives a message.
+/// Calls METHODRecords with the `words` and an array, and then adds the records in the
+/// array, even if the method gives a message.
 template <class Record>
 const char *callForRecords(velInstance *instance, const char *method,
                            std::initializer_list<const char *> words, std::vector<Record> *records)
@@ -60,7 +60,7 @@ const char *callForRecords(velInstance *instance, const char *method,
 
 // --- Perl code that gives texts only ---------------------------------------------
 
-/// Lines that are not faults of rules are the message.
+/// The lines that are not faults of rules are the message.
 const char *faultsFromText(velInstance *instance, const char *text, std::vector<Finding> *faults)
 {
     std::string message;

@@ -1,7 +1,7 @@
 // What the rules say, as records: findings, changes of an upgrade, fields of a rule.
 //
-// The bridge takes them from Perl as records and hands them on as records. Nobody has
-// to read a text to know what it is about; lineOf makes the texts.
+// Perl code gives them to the bridge as records, and the bridge passes them on as records.
+// So no program needs to read a text to know what it is about; lineOf makes the texts.
 #pragma once
 
 #include <string>
@@ -12,9 +12,9 @@ namespace velparser {
 /// Something that is wrong with the command data, or with a rule.
 struct Finding
 {
-    std::string path;       ///< empty where it is about no item: something failed
+    std::string path;       ///< empty if it is not about an item: something failed
     std::string identifier; ///< the stable word for its kind (docs/findings.md), or empty
-    std::string text;       ///< the sentence; the whole message where something failed
+    std::string text;       ///< the sentence; the whole message if something failed
     /// Paths of other items that it concerns, such as the parameter whose value makes
     /// another one required.
     std::vector<std::string> related = {};
@@ -24,7 +24,7 @@ struct Finding
 
 /// What an upgrade did to one item. kindOf() in perlRecords.cpp has the Perl words.
 enum class ChangeKind {
-    Unknown, ///< a Perl side that gives no records: only path and text are known
+    Unknown, ///< from Perl code that gives no records: only path and text are known
     RenamedParameter,
     RemovedParameter,
     AddedParameter,
@@ -32,18 +32,18 @@ enum class ChangeKind {
     MovedParameter,
     RenamedObject, ///< gave it another type
     RemovedObject,
-    SetVersion, ///< stated the version that the data is in now
+    SetVersion, ///< stated the version that the data now has
 };
 
-/// One change of the data by an upgrade. The changes of an upgrade follow each other:
-/// a path is the one that the item has after all earlier changes.
+/// One change of the data by an upgrade. The changes are in order, and each path is the
+/// one that the item has after all earlier changes.
 struct UpgradeChange
 {
     ChangeKind kind = ChangeKind::Unknown;
     std::string path;
-    std::string newPath;  ///< of what was renamed or moved, else empty
-    std::string oldValue; ///< of a value that was changed or removed, or a version; else empty
-    std::string newValue; ///< of a value that was changed or added, or a version; else empty
+    std::string newPath;  ///< if something was renamed or moved, otherwise empty
+    std::string oldValue; ///< if a value was changed or removed, or a version; otherwise empty
+    std::string newValue; ///< if a value was changed or added, or a version; otherwise empty
     std::string text;     ///< the change in words
 
     bool operator==(const UpgradeChange &) const = default;
@@ -59,7 +59,7 @@ struct RuleField
     bool operator==(const RuleField &) const = default;
 };
 
-/// "PATH: sentence [identifier]", without what is empty.
+/// "PATH: sentence [identifier]", without the parts that are empty.
 [[nodiscard]] std::string lineOf(const Finding &finding);
 
 /// "PATH: change".

@@ -1,4 +1,4 @@
-// Scripts of the user's in the embedded interpreter.
+// Runs a user's scripts in the embedded interpreter.
 #include "velparser/api/velInstance_p.h"
 
 #include "velparser/api/perlVariables_p.h"
@@ -45,7 +45,7 @@ private:
     AV *endBlocks_;
 };
 
-/// The text of a file; why not, if it cannot be read.
+/// The text of a file, or the reason why it cannot be read.
 const char *readScript(velInstance *instance, const std::string &script, std::string *text)
 {
     std::FILE *file = std::fopen(script.c_str(), "rb");
@@ -68,14 +68,15 @@ const char *readScript(velInstance *instance, const std::string &script, std::st
                                                      script.c_str(), std::strerror(reason))));
 }
 
-/// The script as text to be evaluated: line numbers and file name are its own.
+/// The text to evaluate for a script: messages have the line numbers and the name of its
+/// file.
 std::string asCode(const std::string &script, const std::string &text)
 {
     return "package main;\n#line 1 \"" + script + "\"\n" + text;
 }
 
-/// What follows the first line __END__ or __DATA__, for the script to read as
-/// DATA; such a line inside a quoted text does no harm by opening it too.
+/// The text after the first line __END__ or __DATA__, which the script can read as DATA. If
+/// such a line is in a quoted text, DATA is opened too, which does no harm.
 std::string_view dataPart(std::string_view text)
 {
     std::string_view data;
@@ -113,8 +114,8 @@ XSPROTO(runEndBlocks)
     my_exit(static_cast<U32>(STATUS_EXIT));
 }
 
-/// What a step of a script died with, owned by the caller; null if it did not.
-/// Its exit status goes to `status`.
+/// The error with which a step of a script died, owned by the caller; null if it did not
+/// die. `status` gets its exit status.
 SV *stepError(pTHX_ const PerlResult &result, int *status)
 {
     if (result.exited) {
@@ -137,8 +138,8 @@ SV *runEnd(pTHX_ int *status)
     return stepError(aTHX_ callPerl(aTHX_{nullptr, code}, {}, G_VOID | G_DISCARD), status);
 }
 
-/// Null when all that the script printed has reached the system. A standard
-/// output that the script closed itself is its own affair.
+/// Null if everything that the script printed has been written. If the script itself has
+/// closed standard output, this is not a failure.
 const char *flushOutput(pTHX_ velInstance *instance)
 {
     PerlIO *output = PerlIO_stdout();
@@ -171,7 +172,7 @@ const char *runScript(Session &session, const std::string &script,
     const PerlFrame frame(aTHX);
     const PerlVariables entries(aTHX_ variables);
     SV *error = sv_2mortal(runCode(aTHX_ asCode(script, text), &exitStatus));
-    // $? while the END blocks run, which may change it.
+    // END blocks can read this as $?, and may change it.
     PL_statusvalue = exitStatus;
     SV *endError = sv_2mortal(runEnd(aTHX_ & exitStatus));
     if (error != nullptr || endError != nullptr) {

@@ -16,13 +16,14 @@ namespace {
 
 constexpr std::uint32_t doneFlags = velFlagValid | velFlagSubtreeValid;
 
-/// Of all operations but validateVELDataH, whatever their names (kept).
+/// The name in messages of all operations except validateVELDataH. Users know it, so it
+/// stays, although the operations have other names.
 constexpr const char *noHandle = "validateVELObjectH: error finding Lite API handle";
 
 struct ValidationData
 {
     SV *validator = nullptr; ///< owned
-    SV *database = nullptr;  ///< owned; what the validator knows the handle by
+    SV *database = nullptr;  ///< owned; the Perl object by which the validator uses the handle
 };
 
 void releaseValidationData(void *data)
@@ -30,7 +31,7 @@ void releaseValidationData(void *data)
     pTHX = velInterpreter();
     auto *validation = static_cast<ValidationData *>(data);
     SvREFCNT_dec(validation->validator);
-    // Perl code that has kept the object finds it empty, not the handle gone.
+    // If Perl code still has the object, it finds an empty object, not a freed handle.
     if (validation->database != nullptr) {
         static_cast<void>(emptyObject(aTHX_ validation->database));
     }
@@ -72,14 +73,14 @@ const char *createValidator(velHandle *handle, ValidationData *validation)
     return nullptr;
 }
 
-/// The validator's object; there is one after initValidationData.
+/// The validator's object, which exists after initValidationData.
 SV *validatorOf(velHandle *handle)
 {
     return static_cast<ValidationData *>(velUserData(handle))->validator;
 }
 
-/// Calls a method of the validator, within a frame of the caller's; its text, or null
-/// for none. Messages name `specified`.
+/// Calls a method of the validator, within a frame of the caller. Returns its text, or null
+/// if there is none. Messages contain the path `specified`.
 const char *callValidator(pTHX_ velHandle *handle, const char *method, const char *specified,
                           std::span<SV *const> arguments)
 {
@@ -103,7 +104,7 @@ const char *callValidator(pTHX_ velHandle *handle, const char *method, const cha
     return *text ? velRecordError(handle, text) : nullptr;
 }
 
-/// Takes what the validator finds.
+/// Collects the findings of the validator.
 class Collector
 {
 public:
@@ -112,13 +113,13 @@ public:
     Collector(const Collector &) = delete;
     Collector &operator=(const Collector &) = delete;
 
-    /// Has the validator look at the item at the path.
+    /// Lets the validator check the item at the path.
     virtual void validate(const char *path) = 0;
-    /// Something that no validator has found.
+    /// Adds a finding that is not from the validator.
     virtual void addFailure(std::string_view line) = 0;
 };
 
-/// As one text, each line ended by a newline.
+/// Collects them as one text, with a newline after each line.
 class TextCollector : public Collector
 {
 public:
@@ -147,7 +148,7 @@ private:
     std::string text_;
 };
 
-/// As records. A validator that gives only texts is asked for these.
+/// Collects them as records. If the validator gives only texts, the texts are converted.
 class RecordCollector : public Collector
 {
 public:
@@ -251,7 +252,7 @@ public:
 private:
     [[nodiscard]] const velNode *node() const { return velFindFullPath(handle_, path_.c_str()); }
 
-    /// The flags of the node at the path. A node that is gone counts as done.
+    /// The flags of the node at the path. A deleted node counts as done.
     [[nodiscard]] std::uint32_t flags() const
     {
         const velNode *found = node();
@@ -260,7 +261,7 @@ private:
 
     void mark(std::int32_t level) const
     {
-        // A node that is gone cannot be marked.
+        // A deleted node cannot be marked.
         static_cast<void>(setValid(handle_, path_.c_str(), level));
     }
 
@@ -372,8 +373,7 @@ private:
     Collector *collector_; ///< not owned
 };
 
-/// Walks from the path with a collector that `make` gives, and hands it to `finish`
-/// for the result.
+/// Walks from the path with the collector from `make`; `finish` gives the result.
 template <class Make, class Finish>
 const char *velValidationDriver(velHandle *handle, const std::string &path, Make make,
                                 Finish finish)
@@ -385,7 +385,7 @@ const char *velValidationDriver(velHandle *handle, const std::string &path, Make
     });
 }
 
-/// The path as the walk takes it; a message if there is nothing to be walked.
+/// Gives the path in the form that the walk uses; a message if there is nothing to walk.
 const char *findStart(velHandle *handle, const char *path, std::string *clean)
 {
     if (const char *error = initValidationData(handle)) {
@@ -413,7 +413,7 @@ const char *initValidationData(velHandle *handle)
     velSetUserData(handle, validation, releaseValidationData);
     const char *error = guarded("initValidationData: memory error",
                                 [&] { return createValidator(handle, validation); });
-    // Without a validator the next call has to try, and to complain, again.
+    // Without a validator the next call must try again, and report the failure again.
     if (error != nullptr) {
         velSetUserData(handle, nullptr, nullptr);
     }

@@ -1,11 +1,11 @@
 // The validation driver, on any database.
 //
-// A handle gets its validator (a Perl object of class VEL::Validate) before the
-// first call of one, and keeps it in its user-data slot until it is destroyed.
+// A handle gets its validator (a Perl object of class VEL::Validate) before the first call
+// of a validator, and keeps it in its user-data slot until the handle is destroyed.
 //
-// What has been validated is marked on the nodes: 0x100, set by the validator,
-// says that the node itself is valid; 0x400, set by the driver, that all below
-// it is. A node with both marks is done and is passed by.
+// Marks on the nodes say what is valid. The validator sets 0x100: the node itself is
+// valid. The driver sets 0x400: everything below the node is valid. A node with both marks
+// is done, and the driver skips it.
 #pragma once
 
 #include "velapilt/src/velapilt.h"
@@ -19,16 +19,16 @@ namespace velparser {
 /// Gives the handle its validator, unless it has one.
 [[nodiscard]] const char *initValidationData(velHandle *handle);
 
-/// Calls a method of the validator; its text, or null for none.
+/// Calls a method of the validator. Returns its text, or null if there is none.
 [[nodiscard]] const char *callValidationMethod(velHandle *handle, const char *method,
                                                std::initializer_list<const char *> arguments);
 
-/// Validates the node at `path` and all below it that is not done. The
-/// findings, one a line, as the handle's error text; null when there are none.
+/// Validates the node at `path` and everything below it that is not done. The result is
+/// the handle's error text with one finding on each line, or null if there are none.
 [[nodiscard]] const char *validateVELData(velHandle *handle, const char *path);
 
-/// Likewise, with the findings as records; null when all was looked at. What failed
-/// on the way is among them, without a path.
+/// The same, with the findings as records. If something failed during the walk, this is
+/// also a finding, without a path. Null, or a message if nothing was validated.
 [[nodiscard]] const char *validateVELData(velHandle *handle, const char *path,
                                           std::vector<Finding> *findings);
 

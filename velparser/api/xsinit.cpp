@@ -1,4 +1,4 @@
-// Starts and ends the Perl interpreter, and keeps its locale apart from the program's.
+// Starts and ends the Perl interpreter, and separates its locale from that of the program.
 
 #include "velparser/api/xsinit_p.h"
 
@@ -35,8 +35,8 @@ XSPROTO(exitOrDie)
     croak("exit(%" IVdf ") called", status);
 }
 
-/// An overriding function counts only where it was imported. What gets past it
-/// (CORE::exit) is stopped by callPerl.
+/// Perl uses an overriding function only if it was imported. callPerl stops an exit that
+/// does not call it (CORE::exit).
 void overrideExit(pTHX)
 {
     newXS("CORE::GLOBAL::exit", exitOrDie, __FILE__);
@@ -44,8 +44,8 @@ void overrideExit(pTHX)
     allowPerlExit(false);
 }
 
-/// Once in a process. Perl ignores SIGFPE from then on; a caller that has a
-/// handler for it keeps that.
+/// Called once in a process. From then on Perl ignores SIGFPE; if the caller has a handler
+/// for it, this handler stays.
 void initPerlSystem()
 {
     static bool done = false;
@@ -63,8 +63,8 @@ void initPerlSystem()
     sigaction(SIGFPE, &handler, nullptr);
 }
 
-/// For an interpreter that has no locale of its own thread: it would write
-/// numbers as the process does.
+/// For an interpreter without a locale for its thread, which would write numbers as the
+/// process does.
 locale_t pointLocale()
 {
     static const locale_t locale = newlocale(LC_NUMERIC_MASK, "C", duplocale(LC_GLOBAL_LOCALE));
@@ -98,13 +98,13 @@ private:
     std::string process_;
 };
 
-/// The interpreter's words. Perl keeps pointers to them and may write to them
-/// (to set $0), so they stay for good.
+/// The arguments of the interpreter. Perl keeps pointers to them and may write to them (to
+/// set $0), so they are never freed.
 char **perlWords(const std::string &directory)
 {
     static std::array<std::string, 4> texts;
     static std::array<char *, 5> words;
-    // A bare -I would take the script for its folder.
+    // -I without a folder would use the script as its folder.
     texts = {"", "-w", "-I" + (directory.empty() ? "/" : directory),
              directory + "/VEL/embeddedParserInit.pl"};
     std::ranges::transform(texts, words.begin(), [](std::string &text) { return text.data(); });
@@ -112,7 +112,7 @@ char **perlWords(const std::string &directory)
     return words.data();
 }
 
-/// What Perl code has printed is not lost with the process.
+/// Writes the buffered output of Perl code before the process ends.
 void flushAtExit()
 {
     pTHX = interpreter;
@@ -164,8 +164,8 @@ PerlInterpreter *velInterpreter()
 
 PerlLocale::PerlLocale() : outer_(perlLocaleDepth++ == 0 ? uselocale(perlLocale) : nullptr) {}
 
-// Only the outermost sets a locale: Perl frees its own when it takes another, and an
-// inner one would bring the freed one back.
+// Only the outermost object sets a locale. Perl frees its locale when it changes to another
+// one, and an inner object would restore the freed locale.
 PerlLocale::~PerlLocale()
 {
     if (--perlLocaleDepth == 0) {

@@ -1,4 +1,4 @@
-// The process's Perl interpreter: started once, never ended.
+// The Perl interpreter of the process, which is started once and never ended.
 #pragma once
 
 #include "velparser/api/perl_p.h"
@@ -7,18 +7,17 @@
 
 namespace velparser {
 
-/// Registers what the interpreter has before it reads the first line: the
-/// loader of other extensions, VEL::Parser::Lite::bootstrap, and an `exit` that
-/// dies instead of taking the editor and its data down. Exit is not allowed
-/// from here on.
+/// Registers what the interpreter has before it reads the first line: the loader of other
+/// extensions, VEL::Parser::Lite::bootstrap, and an `exit` that dies, so that it cannot end
+/// the editor and lose its data. From now on Perl code must not exit.
 void xsInit(pTHX);
 
 /// The running interpreter; null before startVELParser has succeeded.
 [[nodiscard]] PerlInterpreter *velInterpreter();
 
-/// Perl's locale, for as long as C++ code is in Perl: numbers with a point
-/// whatever the process has chosen, and what Perl code chooses for itself stays
-/// in Perl. They may be nested.
+/// Sets Perl's locale while Perl code runs: numbers have a decimal point in any locale of
+/// the process, and a locale that Perl code sets does not affect the process. Objects of
+/// this class may nest.
 class PerlLocale
 {
 public:

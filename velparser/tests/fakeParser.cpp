@@ -1,4 +1,4 @@
-// Folders with Perl code of a test's own, in place of the real packages.
+// Folders with Perl code of a test, instead of the real packages.
 
 #include "velparser/tests/fakeParser.h"
 

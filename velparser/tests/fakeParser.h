@@ -1,5 +1,5 @@
-// A folder of Perl packages of a test's own, in place of those that are
-// installed. VEL::Parser::Lite in it is the real one.
+// A folder of Perl packages of a test, instead of the real packages. It has the real
+// VEL::Parser::Lite.
 #pragma once
 
 #include <filesystem>
@@ -11,7 +11,7 @@ class FakeParser
 {
 public:
     /// Makes the folder, with these files, and names it in ZOT5_VEL_PARSER.
-    /// Unless among them, VEL/embeddedParserInit.pl loads API and nothing else.
+    /// If VEL/embeddedParserInit.pl is not among them, one is made that only loads API.
     explicit FakeParser(std::initializer_list<std::pair<const char *, std::string>> files);
     ~FakeParser();
     FakeParser(const FakeParser &) = delete;
@@ -24,7 +24,7 @@ public:
 
 private:
     std::filesystem::path folder_;
-    int owner_; ///< the process that made it
+    int owner_; ///< the process that has made the folder
 };
 
 /// Evaluates Perl text in the interpreter; its value as text, or "died: " and

@@ -49,7 +49,7 @@ void request(io_request number, IO_header *header, IO_data data)
     ASSERT_EQ(iocntc(number, ignoreMessage, header, &data), IO_OK);
 }
 
-/// A container of its own for each test.
+/// Gives each test its own container.
 class VelContainer : public testing::Test
 {
 protected:
@@ -109,7 +109,7 @@ protected:
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
-    /// The message, and what was said on standard output.
+    /// The message, and the text on standard output.
     std::string load(const char *type = "def")
     {
         testing::internal::CaptureStdout();
@@ -217,7 +217,7 @@ TEST_F(VelContainer, MoreWhensThanAreToldApart)
     }
     EXPECT_EQ(load(), "load_vel_from_def failed|"
                       "Can not locate the Command File data from the input file. Code: 17\n");
-    // Nothing is reported then, so WHEN 0 is asked for.
+    // Then nothing is reported, so the bridge asks for WHEN 0.
     write("G/COMMANDS", 0, {"A = 0"});
     EXPECT_EQ(load(), "(null)|");
     EXPECT_EQ(lines(), "A = 0\n");

@@ -1,5 +1,5 @@
-// `exit` in Perl code, in ways that get past the overridden function, and
-// wherever it is: the process must go on.
+// `exit` in Perl code, in all places and also without the overridden function: the process
+// must continue.
 #include "velparser/tests/fakeParser.h"
 
 #include "velparser/api/velparser.h"
@@ -55,7 +55,7 @@ protected:
         ASSERT_EQ(perl("$API::object->{database}->addChangeHandler(sub {" + code + "}); 1"), "1");
     }
 
-    /// Perl still works as it did.
+    /// Perl still works as before.
     void TearDown() override
     {
         EXPECT_EQ(perl("my @l = map { $_ * 2 } 1 .. 3; eval { die qq{x\\n} }; \"@l $@\""),

@@ -1,4 +1,4 @@
-// Instances of the test's own, each with a Perl object of its own making.
+// Instances that the test makes, each with its own Perl object.
 #include "velparser/tests/fakeParser.h"
 
 #include <gtest/gtest.h>
@@ -295,7 +295,7 @@ TEST_F(VelInstance, TheDatabaseIsFoundOnceAndKept)
     HV *object = MUTABLE_HV(SvRV(instance_.api));
     hv_stores(object, "database", newSVpvs("replaced"));
     EXPECT_EQ(velparser::findLiteHandle(&instance_), first);
-    // Nobody but the instance has it now.
+    // Now only the instance has it.
     EXPECT_STREQ(velCreateParam(first, "/A", "1"), nullptr);
     EXPECT_EQ(havePath(first, "/A"), 1);
 }

@@ -177,7 +177,7 @@ TEST(VelLoad, AnObjectThatCannotBeToldFindsTheLibrariesInTheEnvironment)
     EXPECT_EQ(perl("$API::named"), "here|a.vel;b.vel");
     EXPECT_STREQ(velparser::readVELLibraries(), nullptr);
     EXPECT_EQ(perl("$API::named"), "-|-");
-    // A class with useLibraries is given the names, and finds nothing there.
+    // A class with useLibraries gets the names as arguments, and finds nothing in %ENV.
     ASSERT_EQ(perl("*API::useLibraries = sub { $given = qq{@_[1, 2]}; return }; 1"), "1");
     velparser::Session other({.libraries = velparser::LibraryNames{"there", "c.vel"}});
     EXPECT_STREQ(velparser::readVELLibraries(other), nullptr);

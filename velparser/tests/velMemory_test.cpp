@@ -1,5 +1,5 @@
-// Memory that runs out in the bridge's own code, at every allocation in turn:
-// no exception leaves a public function.
+// Lack of memory in the bridge's own code, at every allocation in turn: no exception leaves
+// a public function.
 #include "velparser/tests/fakeParser.h"
 
 #include <gtest/gtest.h>
@@ -16,10 +16,10 @@
 
 namespace {
 
-/// Allocations that still succeed; below zero: all.
+/// The number of allocations that still succeed; below zero: all.
 long allowed = -1;
 
-/// Whether one did not since this was last set.
+/// Whether one has failed since this was last reset.
 bool ranOut = false;
 
 void *allocate(std::size_t size)
@@ -93,8 +93,8 @@ const std::string name(40, 'a');
 const std::string object = "/FLOW:" + name;
 const std::string parameter = object + "/Parameter " + name;
 
-/// Runs the call with 0, 1, 2, … allocations allowed until it no longer runs
-/// out. Gives how often it did.
+/// Runs the call with 0, 1, 2, … allowed allocations until none fails. Returns the number of
+/// runs in which one failed.
 int failures(const std::function<void()> &call)
 {
     for (int count = 0;; ++count) {
@@ -108,7 +108,7 @@ int failures(const std::function<void()> &call)
     }
 }
 
-/// What the call says while it runs out, each text once.
+/// The messages of the call without enough memory, each text once.
 std::set<std::string> complaints(const std::function<const char *()> &call)
 {
     std::set<std::string> said;
@@ -135,7 +135,7 @@ auto withNothing(Call call)
     return result;
 }
 
-// The first test of all: from the second on there is an instance.
+// This must be the first test: before all others there is an instance already.
 TEST(VelMemoryFirst, AnInterpreterWithoutAnInstance)
 {
     const char *error = nullptr;

@@ -1,4 +1,4 @@
-// The editor's questions, before and after the Perl object is there.
+// The editor's questions, before and after the Perl object exists.
 #include "velparser/tests/fakeParser.h"
 
 #include <gtest/gtest.h>
@@ -211,7 +211,7 @@ TEST_F(VelQueryReady, WithoutAPath)
     EXPECT_STREQ(velparser::getFormattedVEL(nullptr, 79, &list),
                  "getChildObjectList: path \"\" does not exist");
     EXPECT_EQ(velparser::isVELLibrary(nullptr), -1);
-    // The methods are called, and warn of what they were not given.
+    // The methods are called, and warn about missing arguments.
     testing::internal::CaptureStderr();
     EXPECT_EQ(velparser::isParamEditable(nullptr), 0);
     EXPECT_STREQ(velparser::getAllowedParams(nullptr, &list, 0), nullptr);

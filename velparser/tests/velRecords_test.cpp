@@ -16,7 +16,7 @@ using velparser::Finding;
 using velparser::RuleField;
 using velparser::UpgradeChange;
 
-/// Its records are those that a test sets; its texts say that texts were asked for.
+/// Gives the records that a test sets; its texts only say that texts were requested.
 const char fakeApi[] = R"perl(
 package API;
 use strict;
@@ -101,7 +101,7 @@ protected:
     }
 };
 
-/// The default instance's object, of another class as long as this lives.
+/// Gives the default instance's object another class, until it is destroyed.
 class AsClass
 {
 public:
@@ -217,7 +217,7 @@ TEST_F(VelRecords, FaultsComeWithTheMessage)
     EXPECT_EQ(faults, std::vector<Finding>());
 }
 
-// --- Perl code that goes wrong --------------------------------------------------------
+// --- Perl code that fails -------------------------------------------------------------
 
 TEST_F(VelRecords, WhatFailsOnTheWayIsAmongTheFindings)
 {

@@ -1,5 +1,4 @@
-// The bridge with the packages and libraries that ship: what the programs see of
-// the rules.
+// The bridge with the packages and libraries that ship: what the programs get from the rules.
 #include "velparser/api/velparser.h"
 
 #include "velapilt/src/velapilt.h"
@@ -74,7 +73,7 @@ double processorTime(const std::function<void()> &work)
     return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
 }
 
-/// The instance lives as long as the program: each test takes its data away.
+/// The instance lasts as long as the program, so each test deletes its data.
 class VelRules : public ::testing::Test
 {
 protected:
@@ -190,7 +189,7 @@ Lines composed(const std::vector<Record> &records)
     return lines;
 }
 
-// What the records say is what the texts say, for all that ships.
+// Records and texts say the same, for all examples that ship.
 TEST_F(VelRules, RecordsReadAsTheTextsDo)
 {
     const std::vector<std::string> files = examples();

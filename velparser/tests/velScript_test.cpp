@@ -1,4 +1,4 @@
-// Scripts of the user's in the embedded interpreter.
+// A user's scripts in the embedded interpreter.
 #include "velparser/tests/fakeParser.h"
 
 #include <gtest/gtest.h>
@@ -72,7 +72,7 @@ TEST(VelScript, HasVariablesOfItsOwnInTheEnvironment)
     EXPECT_EQ(run(), 5);
     EXPECT_EQ(std::getenv(name), nullptr);
     EXPECT_EQ(perl("exists $ENV{VEL_SCRIPT_TEST} ? 'left' : 'gone'"), "gone");
-    // What was there before comes back.
+    // The previous values are restored.
     perl("$ENV{VEL_SCRIPT_TEST} = 'former'");
     EXPECT_EQ(run(), 5);
     EXPECT_STREQ(std::getenv(name), "former");
@@ -140,7 +140,7 @@ TEST(VelScript, HasDataBehindItsEnd)
 {
     EXPECT_EQ(printed("print <DATA>;\n__END__\none\ntwo\n"), "one\ntwo\nstatus 0");
     EXPECT_EQ(printed("print <DATA>;\n__DATA__\none\n"), "one\nstatus 0");
-    // The first of the two marks counts, the other is data.
+    // Only the first of the two marks has an effect; the second is data.
     EXPECT_EQ(printed("print <DATA>;\n__DATA__\none\n__END__\ntwo\n"),
               "one\n__END__\ntwo\nstatus 0");
     EXPECT_EQ(printed("print <DATA>;\n__END__\none\n__DATA__\ntwo\n"),

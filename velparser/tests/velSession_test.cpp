@@ -1,5 +1,5 @@
-// Sessions with rule libraries of their own, one after the other and side by
-// side, with the packages that ship with the programs.
+// Sessions with their own rule libraries, one after the other and at the same time, with the
+// packages that ship with the programs.
 #include "velapilt/src/velapilt.h"
 #include "velparser/api/velBench.h"
 #include "velparser/api/velparser.h"
@@ -74,7 +74,7 @@ Session sessionWith(const std::string &files)
     return Session({.libraries = velparser::LibraryNames{libraries.folder(), files}});
 }
 
-/// One that has read its libraries and is ready to be asked.
+/// A session that has read its libraries.
 Session openSession(const std::string &files)
 {
     Session session = sessionWith(files);
@@ -97,7 +97,7 @@ std::string valueOf(Session &session, const char *path)
     return value.value_or("(none)");
 }
 
-/// The names that the rules allow in FLOW, which is made if need be.
+/// The names that the rules allow in FLOW, which is made if necessary.
 std::vector<std::string> namesInFlow(Session &session)
 {
     velStringList names;
@@ -158,7 +158,7 @@ TEST(VelSession, ChangesOfOneAreNotSeenInTheOther)
     EXPECT_EQ(isParamEditable(other, "/FLOW/Length"), 1);
 }
 
-/// All that a session has, its libraries included.
+/// Everything that a session has, including its libraries.
 std::string allOf(Session &session)
 {
     velStringList lines;
@@ -250,7 +250,7 @@ TEST(VelSession, RulesThatDataStatesStayInTheSession)
 
 // --- The same history, interleaved and alone ----------------------------------------
 
-/// One step of a random history; what it says and leaves is appended to `log`.
+/// One step of a random history; `log` gets its message and its result.
 class History
 {
 public:
@@ -409,7 +409,7 @@ void liveThrough(int i)
     EXPECT_EQ(said(updateSolverVEL(session)), "");
 }
 
-/// From here on every new object of these classes is in @live until it goes.
+/// From now on every new object of these classes is in @live until it is freed.
 const char countObjects[] = R"perl(
 package API::Count;
 no warnings;

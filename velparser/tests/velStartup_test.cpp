@@ -1,5 +1,5 @@
-// Starting the interpreter. The tests of one start share the process, so the
-// failures come first and the success, which is for good, last.
+// Starting the interpreter. The tests share one process, so the failures come first. The
+// success comes last, because the interpreter then never ends.
 #include "velparser/tests/fakeParser.h"
 
 #include "velparser/api/velBench.h"
@@ -54,7 +54,7 @@ TEST(VelStartupDeathTest, FolderNotSet)
 
 TEST(VelStartupDeathTest, KeepsTheHandlerOfSigfpe)
 {
-    // The child is a process of its own and not a copy, so it starts Perl itself.
+    // The child is a new process, not a copy, so it starts Perl itself.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
@@ -127,7 +127,7 @@ TEST(VelStartup, EveryCallSaysThatTheStartFailed)
     EXPECT_STREQ(velparser::loadVELData(nullptr, 0), failed);
     EXPECT_STREQ(velparser::readVELLibraries(), failed);
     EXPECT_STREQ(velparser::runPerlScript("x.pl", {}, nullptr), failed);
-    // Before their argument is looked at.
+    // Before their argument is checked.
     EXPECT_STREQ(velparser::validateVELObjectH(nullptr), failed);
     EXPECT_STREQ(velparser::validateParameter(nullptr), failed);
     EXPECT_STREQ(velparser::setUnitsChecking(1),
@@ -191,7 +191,7 @@ TEST(VelStartup, LeavesTheLocaleOfTheProcessAlone)
     std::setlocale(LC_ALL, "C");
 }
 
-/// A locale with a comma in numbers, made where the system has none.
+/// A locale with a comma in numbers, which is made if the system has none.
 bool chooseGermanNumbers()
 {
     if (std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr) {

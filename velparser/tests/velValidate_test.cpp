@@ -60,7 +60,7 @@ velHandlePtr load(const std::vector<const char *> &lines)
     return handle;
 }
 
-/// The calls since this was last asked.
+/// The calls since this function was called last.
 std::string calls()
 {
     return perl("my $c = join ' ', @VEL::Validate::calls; @VEL::Validate::calls = (); $c");
@@ -124,7 +124,7 @@ TEST_F(VelValidate, ASubtreeOnly)
     EXPECT_EQ(isValid(data.get(), "/"), 0);
 }
 
-// The cleaned path is looked up as it is: neither the current path nor ".." counts.
+// The cleaned path is used as it is: the current path and ".." have no effect.
 TEST_F(VelValidate, APathThatIsNotAFullOneDoesNotExist)
 {
     const velHandlePtr data = load({"FLOW:", "DOMAIN: a", "END", "END"});
@@ -146,7 +146,7 @@ TEST_F(VelValidate, RulesAreNeverLookedAt)
     EXPECT_EQ(isValid(data.get(), "/RULES"), 3);
     EXPECT_EQ(isValid(data.get(), "/RULES/OBJECT:X"), 0);
     EXPECT_EQ(isValid(data.get(), "/"), 3);
-    // Asked for by itself as well; below it the rule does not hold.
+    // Also if it is requested itself; the rule does not apply below it.
     EXPECT_EQ(validated(data.get(), "/RULES"), "(null)");
     EXPECT_EQ(calls(), "");
     EXPECT_EQ(validated(data.get(), "/RULES/OBJECT:X"), "(null)");
@@ -163,8 +163,8 @@ TEST_F(VelValidate, AnUnmarkedParameterKeepsItsParentOpen)
     EXPECT_EQ(isValid(data.get(), "/FLOW"), 1);
     EXPECT_EQ(isValid(data.get(), "/"), 1);
     calls();
-    // The object is marked, so the validator is not called again, but what is
-    // below it still counts as unchecked.
+    // The object is marked, so the validator is not called again, but everything below it
+    // still counts as not checked.
     EXPECT_EQ(validated(data.get()), "(null)");
     EXPECT_EQ(calls(), "");
     EXPECT_EQ(isValid(data.get(), "/"), 1);
@@ -203,7 +203,7 @@ TEST_F(VelValidate, AValidatorMayChangeTheTree)
           " $d->deleteObj('/A') if $path eq '/A/B:x';"
           " $d->createObject('/D', 0) if $path eq '/C' }");
     EXPECT_EQ(validated(data.get()), "(null)");
-    // What is gone is passed over, what has come is visited.
+    // Deleted nodes are skipped, new nodes are visited.
     EXPECT_EQ(calls(), "/ /A /A/B:x /C /D");
     EXPECT_EQ(havePath(data.get(), "/A"), 0);
     EXPECT_EQ(isValid(data.get(), "/D"), 3);
@@ -261,7 +261,7 @@ TEST_F(VelValidate, FindingsAreLines)
     EXPECT_EQ(isValid(data.get(), "/"), 1);
     EXPECT_EQ(isValid(data.get(), "/A"), 0);
     EXPECT_EQ(isValid(data.get(), "/A/B:y"), 3);
-    // What has findings is looked at again, and nothing else.
+    // Only items with findings are checked again.
     EXPECT_EQ(validated(data.get()), "no line end\none\ntwo\n0\n");
     EXPECT_EQ(calls(), "/A /A/B:x /C");
     setUp("%finding = ()");
@@ -362,7 +362,7 @@ TEST_F(VelValidate, AResultOfZeroIsAFinding)
     EXPECT_STREQ(velparser::callValidationMethod(data.get(), "validateParam", {"/A"}), nullptr);
 }
 
-// By then the tree is gone, and the database an empty one.
+// At that time the tree is deleted already, and the database is empty.
 TEST_F(VelValidate, AValidatorMayUseTheDatabaseAsItGoes)
 {
     velHandlePtr data = load({"A:", "END"});

@@ -160,7 +160,7 @@ private:
         left_ -= bytes;
     }
 
-    /// After −1: all the rest if exactly so much is there, else one block.
+    /// After −1: all the rest if exactly so much is there, otherwise one block.
     [[nodiscard]] int stored()
     {
         std::int64_t bytes = rest_of_area() == left_ ? left_ : std::min(left_, block_);

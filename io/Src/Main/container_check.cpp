@@ -59,7 +59,7 @@ struct seen_dataset
 {
     bool live = true;
     std::int64_t length = 0;
-    std::string name; ///< empty where the header could not be read
+    std::string name; ///< empty if the header could not be read
 };
 
 /// Verifies one file; every check adds its faults.

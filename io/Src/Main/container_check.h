@@ -8,11 +8,11 @@
 #include <functional>
 #include <vector>
 
-/// A dataset of a container, as a listing describes it.
+/// A dataset of a container in a listing.
 struct container_entry
 {
     char status = 'Y';  ///< 'Y' live, 'N' deleted
-    format_code format; ///< that of before a deletion
+    format_code format; ///< the one before a deletion
     std::int64_t position = 0;
     std::int64_t length = 0;
     bool has_header = true; ///< false for a deleted dataset whose header is damaged
@@ -31,11 +31,11 @@ struct container_fault
     std::string text; ///< without a line end
 };
 
-/// Called from time to time with the number of bytes checked and of all bytes.
+/// Called from time to time with the number of checked bytes and of all bytes.
 using container_progress = std::function<void(std::int64_t done, std::int64_t total)>;
 
 /// Checks every byte of a file: sizes, tags, headers, data, the end of each
-/// dataset, the index. Puts what is wrong into `faults`, by position. Returns a
+/// dataset, the index. `faults` gets everything that is wrong, by position. Returns a
 /// code only if the file cannot be opened. The file does not change.
 [[nodiscard]] int verify_container(io_env &env, const io_reporter &report, const char *name,
                                    std::vector<container_fault> &faults,
@@ -47,7 +47,7 @@ struct rebuild_result
     std::int32_t datasets = 0;         ///< in the new index
     std::vector<located_dataset> lost; ///< live in the old index, not in the new one
     std::vector<std::string> messages; ///< of the scan, one line each
-    std::int64_t dropped_bytes = 0;    ///< after the last whole dataset, an index not counted
+    std::int64_t dropped_bytes = 0;    ///< after the last complete dataset, without an index
 };
 
 /// Scans the file and writes its index again. If the scan finds damage, returns a

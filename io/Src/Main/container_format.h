@@ -31,13 +31,13 @@ inline constexpr int IO_OFFSET_WIDTH_OLD = 10;    ///< characters of an offset a
 inline constexpr int IO_OFFSET_WIDTH = 20;        ///< the same in new files
 inline constexpr std::size_t IO_RECORD_MAX = 80;  ///< characters of a header record
 inline constexpr std::size_t IO_TYPE_RECORD_MAX = 256;
-inline constexpr std::size_t IO_WHAT_MAX = IO_RECORD_MAX - 5;  ///< "WHAT" ESC taken off
-inline constexpr std::size_t IO_WHERE_MAX = IO_RECORD_MAX - 6; ///< "WHERE" ESC taken off
+inline constexpr std::size_t IO_WHAT_MAX = IO_RECORD_MAX - 5;  ///< without "WHAT" ESC
+inline constexpr std::size_t IO_WHERE_MAX = IO_RECORD_MAX - 6; ///< without "WHERE" ESC
 inline constexpr std::size_t IO_ATTRIBUTE_MAX = IO_RECORD_MAX;
-inline constexpr std::size_t IO_TYPE_MAX = IO_TYPE_RECORD_MAX - 9; ///< "DATATYPE" ESC taken off
-inline constexpr std::int32_t IO_ATTRIBUTES_MAX = 100000;          ///< more is taken for damage
-inline constexpr std::size_t IO_STRING_LENGTH = 80; ///< of a STRI without a length of its own
-inline constexpr int IO_MAXENT = 40; ///< entries of a structure; tested one too late, kept
+inline constexpr std::size_t IO_TYPE_MAX = IO_TYPE_RECORD_MAX - 9; ///< without "DATATYPE" ESC
+inline constexpr std::int32_t IO_ATTRIBUTES_MAX = 100000;          ///< more are damage
+inline constexpr std::size_t IO_STRING_LENGTH = 80; ///< of a STRI that states no length
+inline constexpr int IO_MAXENT = 40; ///< entries of a structure; files depend on 41, see the page
 
 inline constexpr std::size_t IO_INDEX_SLOT =
     256; ///< bytes of an index line in memory, NUL included
@@ -49,14 +49,14 @@ inline constexpr std::int32_t IO_COMPRESS_FROM = 100; ///< elements from which a
 inline constexpr std::int32_t IO_BLOCKFACTOR = 100000; ///< written instead of 1
 inline constexpr std::int64_t IO_STORED = -1; ///< compressed length of data that is not compressed
 
-/// zlib cannot do better than about 1032 : 1; a header that claims more lies.
+/// zlib cannot compress better than about 1032 : 1; a header that states more is wrong.
 inline constexpr std::int64_t IO_INFLATE_RATIO = 1100;
 
-/// Bytes that the data of a formatted dataset may always have in memory, however
-/// short its lines are.
+/// Bytes that the data of a formatted dataset may always have in memory, even if its lines
+/// are very short.
 inline constexpr std::int64_t IO_ALWAYS_POSSIBLE = 64 * 1024 * 1024;
 
-/// No dataset is shorter: tags, records and their counts with nothing in them.
+/// The length of the shortest dataset: tags, and empty records with their counts.
 inline constexpr std::int64_t IO_DATASET_BYTES_MIN = 100;
 
 inline constexpr int IO_INTEGER_WIDTH = 10;

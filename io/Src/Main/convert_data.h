@@ -1,14 +1,14 @@
-// Turning data of one type into another that a client asks for.
+// Converts data to the type that a client requests.
 #pragma once
 
 #include "io/Src/Main/element_arrays.h"
 
 #include <string>
 
-/// Whether convert_data() can: 27 with a message if the types differ in their
-/// number of items, in an item's count, or in a way that no number bridges.
-/// INTR, REAL and DBLE go into each other, LOGL and INTR too; strings into
-/// strings of another length.
+/// Whether convert_data() can convert. 27 with a message if the types differ in their number
+/// of items or in an item's count, or if an item cannot be converted. INTR, REAL and DBLE
+/// can be converted to each other, and so can LOGL and INTR, and strings of different
+/// lengths.
 [[nodiscard]] int check_conversion(const io_reporter &report, const std::string &from_text,
                                    const data_type &from, const std::string &to_text,
                                    const data_type &to);

@@ -4,7 +4,7 @@
 
 #include "io/Src/Main/open_file.h"
 
-/// What tells a dataset apart from others in its container.
+/// The name of a dataset in its container.
 struct dataset_name
 {
     std::string what;

@@ -4,7 +4,7 @@
 #include "io/Src/Main/element_arrays.h"
 #include "io/Src/Main/zot_primitives.h"
 
-/// What there is to know of the data, taken from the header.
+/// The properties of the data, from the header.
 struct data_shape
 {
     format_code format;
@@ -17,14 +17,14 @@ struct data_shape
 /// Writes the arrays. 14 with a message if they hold too little.
 [[nodiscard]] int write_data(zot_io &io, const data_shape &shape, const IO_data &data);
 
-/// Whether the file can hold what the header claims, from the stream's position
-/// to the end of the file: 10, or 23 for compressed data. Call it before any
-/// memory is allocated and before any size is given to the client.
+/// Checks that the rest of the file, from the stream's position, is long enough for the data
+/// that the header states. If not: 10, or 23 for compressed data. Call it before any memory
+/// is allocated and before the client gets any size.
 [[nodiscard]] int check_data_claim(zot_io &io, const data_shape &shape);
 
-/// Reads the data and forgets it, in memory that does not grow with it.
+/// Reads the data and drops it. The memory that this needs does not depend on the size.
 [[nodiscard]] int skim_data(zot_io &io, const data_shape &shape);
 
-/// Reads into arrays that hold enough. After a failure they hold nothing but
-/// zero bytes.
+/// Reads into arrays, which must be large enough. After a failure they contain only zero
+/// bytes.
 [[nodiscard]] int read_data(zot_io &io, const data_shape &shape, IO_data &data);

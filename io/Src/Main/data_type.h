@@ -30,11 +30,11 @@ struct type_entry
 /// How many values of each type, by code.
 using element_counts = std::array<std::int64_t, IO_ELEMENT_TYPES>;
 
-/// A data type string, taken apart.
+/// The parts of a data type string.
 struct data_type
 {
     bool structure = false;
-    std::vector<type_entry> entries; ///< one of a single type, 1 to 41 of a structure
+    std::vector<type_entry> entries; ///< one for a single type, 1 to 41 for a structure
 
     /// The element type of a single type.
     element_type single() const { return entries.front().type; }
@@ -48,11 +48,11 @@ struct data_type
     /// Values of each type in one element.
     element_counts counts() const;
 
-    /// Bytes of a slot that holds the longest string whole, its NUL included.
+    /// Bytes of a slot for the longest string, its NUL included.
     std::size_t string_slot() const;
 
     bool operator==(const data_type &other) const;
 };
 
-/// 12 with a message for what is not a type, 14 for a structure of too many entries.
+/// 12 with a message if the text is not a type, 14 if a structure has too many entries.
 [[nodiscard]] int parseStructure(const io_reporter &report, std::string_view text, data_type &type);

@@ -1,14 +1,13 @@
-// Stepping through the datasets of a container by their lengths, without an
-// index.
+// Goes through the datasets of a container by their lengths, without an index.
 #pragma once
 
 #include "io/Src/Main/dataset_header.h"
 #include "io/Src/Main/open_file.h"
 
-/// What a scan comes to.
+/// What a scan can find.
 enum class scan_kind {
-    dataset, ///< live, both lengths agree, the header was read
-    deleted, ///< marked, both lengths agree; the header is read if it can be
+    dataset, ///< live, both lengths are equal, the header was read
+    deleted, ///< marked, both lengths are equal; the header was read if possible
     index,   ///< a stored index
 };
 
@@ -28,11 +27,11 @@ struct scanned_dataset
 /// Why a scan ended.
 enum class scan_end {
     running,
-    end_of_file, ///< at a boundary: all is well
+    end_of_file, ///< after a complete dataset: no damage
     crash,       ///< at "*CRASH"
     interrupted, ///< at a length of zero
     cut,         ///< the file ends inside a dataset or an index
-    damaged,     ///< what is there is not a dataset, or contradicts itself
+    damaged,     ///< the bytes are not a dataset, or contradict each other
 };
 
 /// A scan of an open file, whose stream it moves.
@@ -42,24 +41,23 @@ public:
     /// Of a file of `size` bytes, from its first dataset on.
     dataset_scan(open_file &file, std::int64_t size);
 
-    /// Goes on to the next dataset or index; false at the end of the scan,
-    /// whose reason has been reported where it is not a good one.
+    /// Continues to the next dataset or index. False at the end of the scan; if the reason is
+    /// a failure, it has been reported.
     bool next();
 
-    /// What next() came to last.
+    /// What next() found last.
     const scanned_dataset &item() const { return item_; }
     /// Why the scan ended; `running` while it has not.
     scan_end end() const { return end_; }
 
-    /// Goes on after an end at damage or a cut, from the next place where a
-    /// dataset or an index seems to begin; false if there is none.
+    /// Continues after damage or a cut, at the next place where a dataset or an index seems
+    /// to begin; false if there is none.
     bool resume();
 
     /// Where the scan ended.
     std::int64_t position() const { return position_; }
 
-    /// 0, also for an end that a crash explains; 20 for damage, 10 for a read
-    /// that failed.
+    /// 0, also for an end after a crash; 20 for damage, 10 for a failed read.
     [[nodiscard]] int code() const { return code_; }
 
 private:

@@ -4,8 +4,8 @@
 #include <charconv>
 #include <string_view>
 
-/// Blanks, an optional sign, digits to the very end. False, and `number`
-/// untouched, for anything else and for a number out of range.
+/// Reads spaces, an optional sign, and digits up to the end. For any other text, or a number
+/// out of range, it returns false and does not change `number`.
 template <typename Integer>
 bool parse_decimal(std::string_view text, Integer &number)
 {

@@ -22,13 +22,13 @@ inline void set_element_array_size(IO_data &data, element_type type, std::int64_
     data.*element_of(type).capacity = size;
 }
 
-/// Bytes of a slot in the string array: what the client states, else IO_STRING_SLOT.
+/// Bytes of a slot in the string array, as the client states; the default is IO_STRING_SLOT.
 std::size_t string_slot_bytes(const IO_data &data);
 
 /// A slot of the string array.
 char *string_slot(const IO_data &data, std::int64_t index);
 
-/// Puts a text into a slot, cut to what it holds and without white space at its end.
+/// Puts a text into a slot, cut to the size of the slot and without white space at its end.
 void put_string(const IO_data &data, std::int64_t index, std::string_view text);
 
 /// The text in a slot, at most `most` characters of it.
@@ -37,7 +37,7 @@ std::string_view get_string(const IO_data &data, std::int64_t index, std::size_t
 /// Values of each type in `count` elements; the product is known to fit.
 element_counts total_counts(const data_type &type, std::int32_t count);
 
-/// Whether every array that is needed is there and large enough.
+/// Whether every array that is needed exists and is large enough.
 bool arrays_hold(const IO_data &data, const element_counts &counts);
 
 /// Sets the size of each needed array that is missing or too small.

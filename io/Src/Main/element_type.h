@@ -1,8 +1,8 @@
-// The element types of datasets, and the table of what is known of each.
+// The element types of datasets, and the table of their properties.
 //
-// A new type gets a code at the end of the enumeration, a line in the table and
-// an array in IO_data. What else has to know it is a switch over element_type
-// without a default, which the compiler then refuses.
+// A new type gets a code at the end of the enumeration, a line in the table and an array in
+// IO_data. All other code that depends on the type is a switch over element_type without a
+// default, which then does not compile.
 #pragma once
 
 #include "io/Src/Main/container_format.h"
@@ -18,7 +18,7 @@ enum element_type : int { IO_STRI, IO_CHAR, IO_INTR, IO_REAL, IO_DBLE, IO_LOGL }
 /// How many types there are.
 inline constexpr int IO_ELEMENT_TYPES = IO_LOGL + 1;
 
-/// What is known of an element type.
+/// The properties of an element type.
 struct element_traits
 {
     element_type type;
@@ -34,8 +34,8 @@ struct element_traits
 
     bool has_length;  ///< its elements are texts, as long as the data type says
     bool has_blocks;  ///< arrays of it are compressed
-    bool is_logical;  ///< any value but 0 counts as 1
-    char gzip_letter; ///< under which the compressor knows it
+    bool is_logical;  ///< any value except 0 counts as 1
+    char gzip_letter; ///< its letter for the compressor
 
     /// The types that convert_data() can turn it into, a bit for each code.
     unsigned conversions;
@@ -132,7 +132,7 @@ static_assert(
     }(),
     "the table is in the order of the codes");
 
-/// What is known of a type.
+/// The properties of a type.
 [[nodiscard]] constexpr const element_traits &element_of(element_type type)
 {
     return element_table[static_cast<std::size_t>(type)];

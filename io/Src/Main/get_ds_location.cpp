@@ -178,7 +178,7 @@ template <typename Slot, typename Text>
     return IO_OK;
 }
 
-/// A name without white space at its end; a copy only where there is some.
+/// A name without white space at its end; a copy only if there is some.
 class trimmed_name
 {
 public:

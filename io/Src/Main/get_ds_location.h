@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// An index line, taken apart.
+/// The fields of an index line.
 struct located_dataset
 {
     char what[IO_STRING_SLOT];
@@ -26,8 +26,7 @@ using located_datasets = std::vector<located_dataset>;
 std::string format_index_line(char status, std::string_view what, std::string_view where,
                               std::int32_t when, std::int64_t length, std::int64_t position);
 
-/// Takes a line apart; the slot stays as it is. Empty fields are skipped, as
-/// a tokenizer does. 12 for a missing field.
+/// Splits a line; the slot does not change. Empty fields are skipped. 12 for a missing field.
 [[nodiscard]] int parseindex(const io_reporter &report, const char *line, located_dataset &record);
 
 /// The ways to search, which get_ds_location() describes.

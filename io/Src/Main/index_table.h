@@ -1,5 +1,5 @@
-// The index of an open container in memory: one line a dataset, in the form
-// that they have in the file.
+// The index of an open container in memory: one line for each dataset, in the form of the
+// file.
 //
 //     slot 0      Y ESC WHAT ESC WHERE ESC WHEN ESC length ESC position NUL …
 //     slot 1      …
@@ -29,7 +29,7 @@ public:
 
     /// Usable slots; the sentinel comes after them.
     std::int32_t capacity() const { return capacity_; }
-    /// Whether sort_by_what() still holds.
+    /// Whether the order of sort_by_what() is still correct.
     bool sorted() const { return sorted_; }
 
     /// NUL-terminated, in its slot of 256 bytes; valid until the next insertion
@@ -38,14 +38,14 @@ public:
 
     /// 'Y' live, 'N' deleted.
     char status(std::int32_t slot) const { return *line(slot); }
-    /// Marks the line, here only.
+    /// Marks the line, only in memory.
     void set_status(std::int32_t slot, char status) { slots_.get()[offset(slot)] = status; }
 
     /// Adds the line after the others. 14 if there is no memory, or the line
     /// does not fit its slot.
     [[nodiscard]] int insert_index(const io_reporter &report, std::string_view line);
 
-    /// Memory for `lines` lines at once, to spare growing; false if there is none.
+    /// Allocates memory for `lines` lines at once; false if there is none.
     bool reserve(std::int32_t lines);
 
     /// Orders the lines by their bytes from the third on: WHAT, WHERE, then the
@@ -62,7 +62,7 @@ public:
     /// after an insertion or a sort. Throws bad_alloc.
     std::int32_t first_of_name(std::string_view what, std::string_view where);
 
-    /// Frees everything; the table is as new.
+    /// Frees everything; the table is then empty.
     void clear();
 
 private:
@@ -80,7 +80,7 @@ private:
     void open_slots(std::int32_t from, std::int32_t capacity);
 
     std::unique_ptr<char[], release> slots_; ///< owned; from calloc or realloc
-    bool zeroed_ = false;                    ///< from calloc: unused slots are NUL untouched
+    bool zeroed_ = false;                    ///< from calloc: unused slots are NUL already
     std::int32_t allocated_ = 0;             ///< slots in memory
     std::int32_t capacity_ = 0;
     std::int32_t count_ = 0;

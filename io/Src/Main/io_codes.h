@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-/// The numbers are those that clients know.
+/// Clients know these numbers, so they never change.
 enum io_code : int {
     IO_OK = 0,
     IO_CANNOT_OPEN = 1,
@@ -41,7 +41,7 @@ enum io_code : int {
     IO_CODE_COUNT = 32,
 };
 
-/// Indexed by code. The texts of 13 and 17 differ; kept.
+/// By code. The texts of 13 and 17 differ; clients rely on this.
 inline constexpr auto io_code_texts = std::to_array<const char *>({
     "Successful.",
     "Could not open file.",
@@ -78,7 +78,7 @@ inline constexpr auto io_code_texts = std::to_array<const char *>({
 });
 static_assert(io_code_texts.size() == IO_CODE_COUNT);
 
-/// The text of a code; that of 26 for a number that is none.
+/// The text of a code; for a number that is not a code, the text of 26.
 constexpr const char *io_code_text(int code)
 {
     bool known = code >= 0 && code < IO_CODE_COUNT;

@@ -1,8 +1,8 @@
-// Everything that the library asks of the system: files, waiting, the
-// environment, the trace. One interface, so that a test can put a file system
-// in memory below the library, or make any one call fail.
+// Everything that the library needs from the system: files, waiting, the environment, the
+// trace. It is one interface, so that a test can use a file system in memory, or make any
+// call fail.
 //
-// The real one is io_real_env(); the others are in io/testing.
+// The real system is io_real_env(); the others are in io/testing.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +26,7 @@ public:
     /// Reads up to `bytes`; fewer only at the end of the file. −1 on failure.
     virtual std::int64_t read_at(std::int64_t position, void *to, std::size_t bytes) = 0;
 
-    /// Writes all of it, or fails; then any part may have been written.
+    /// Writes all bytes, or fails; after a failure, any part of them may have been written.
     virtual bool write_at(std::int64_t position, const void *from, std::size_t bytes) = 0;
 
     /// −1 on failure.
@@ -45,7 +45,7 @@ enum class io_open {
     truncate,   ///< made, or emptied
 };
 
-/// The system, as the library sees it.
+/// The functions of the system that the library uses.
 class io_env
 {
 public:
@@ -58,7 +58,7 @@ public:
     /// Waits.
     virtual void sleep(int milliseconds) = 0;
 
-    /// Null where the variable is not set.
+    /// Null if the variable is not set.
     virtual const char *variable(const char *name) = 0;
 
     /// One line of the trace, LF included.
@@ -66,9 +66,9 @@ public:
 
     /// What the default error routine prints.
     virtual void put_error(std::string_view line) = 0;
-    /// Stops in a debugger, where one is attached.
+    /// Stops in a debugger, if one is attached.
     virtual void break_into_debugger() = 0;
 };
 
-/// The system's own files; lives as long as the program.
+/// The real system. It exists as long as the program.
 io_env &io_real_env();

@@ -34,8 +34,8 @@ Bytef *bytes_of(const void *memory)
     return static_cast<Bytef *>(const_cast<void *>(memory));
 }
 
-/// Z_STREAM_END if the stream ends with the last byte of its room. zlib may have
-/// written that byte and not have said so: it does where there is room for one more.
+/// Z_STREAM_END if the stream ends with the last byte of its buffer. zlib may have written
+/// that byte without reporting the end: it does this if there is space for one more byte.
 [[nodiscard]] int end_of_room(z_stream &stream)
 {
     Bytef *end = stream.next_out;

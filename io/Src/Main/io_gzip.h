@@ -10,12 +10,11 @@
 /// for d, 1 for c, 0 for any other letter.
 std::size_t io_gzip_word_bytes(char letter);
 
-/// Takes the next bytes of a compressed array; false if it cannot. `last` says
-/// that no more follow.
+/// Receives the next bytes of a compressed array; false if it cannot. `last` means that no
+/// more bytes follow.
 using io_deflate_sink = std::function<bool(const void *bytes, std::size_t count, bool last)>;
 
-/// Where a compressed array is on its way: `bytes` of the caller's memory, a
-/// multiple of the word.
+/// The buffer for a compressed array: `bytes` of the caller's memory, a multiple of the word.
 struct io_deflate_buffer
 {
     void *memory;
@@ -24,17 +23,17 @@ struct io_deflate_buffer
 
 /// What io_gzip() returns besides the number of words.
 enum io_gzip_result : std::int64_t {
-    io_gzip_nothing = 0,  ///< a letter that is none, or a zlib that does not start
+    io_gzip_nothing = 0,  ///< an unknown letter, or a failure to start zlib
     io_gzip_larger = -1,  ///< the result would be larger than the input
-    io_gzip_rounded = -2, ///< it is only as rounded up to words
-    io_gzip_refused = -3, ///< the sink did not take it
+    io_gzip_rounded = -2, ///< the result is larger only because it is rounded up to words
+    io_gzip_refused = -3, ///< the sink has failed
 };
 
 /// Compresses `count` words into one stream, filled with zero bytes to whole
 /// words, and gives it to `take` each time that the buffer is full: the bytes are
 /// still in the processor's cache when they are written. A level outside 1 to 9
-/// is taken as 5. The number of words, or an io_gzip_result; the sink may have
-/// taken a part even so.
+/// counts as 5. Returns the number of words, or an io_gzip_result; even then the sink may
+/// have received a part.
 std::int64_t io_gzip(const io_reporter &report, char letter, int level, const void *in,
                      std::int64_t count, io_deflate_buffer buffer, const io_deflate_sink &take);
 
@@ -42,9 +41,9 @@ std::int64_t io_gzip(const io_reporter &report, char letter, int level, const vo
 /// 0 if there are no more.
 using io_inflate_source = std::function<std::size_t(const void *&bytes)>;
 
-/// Inflates one stream into `out`; null forgets the bytes. `produced` is the
-/// number of bytes that it held; whether that is what was expected is for io_gunzip_exactly() to
-/// say. 23 with a message for a stream that is wrong, ends early, or holds more.
+/// Inflates one stream into `out`, or drops the bytes if it is null. `produced` gets the
+/// number of bytes of the stream; io_gunzip_exactly() checks whether it is the expected one.
+/// 23 with a message for a stream that is wrong, ends early, or has more bytes.
 [[nodiscard]] int io_inflate(const io_reporter &report, const io_inflate_source &source, void *out,
                              std::int64_t out_bytes, std::int64_t &produced);
 

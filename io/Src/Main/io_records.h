@@ -1,5 +1,4 @@
-// The two records that go with every request to the library, and ready-made
-// storage for them.
+// The two records of every request to the library, and objects with the memory for them.
 //
 // All memory is the client's. Fields that a request does not use may be null
 // or 0.
@@ -14,8 +13,8 @@
 /// Bytes of a string of 80 characters in a client's array, NUL included.
 inline constexpr std::int64_t IO_STRING_SLOT = static_cast<std::int64_t>(IO_STRING_LENGTH) + 1;
 
-/// Describes a dataset. Requests that read a header write into the same fields;
-/// then the texts need the room that io_header_storage gives them.
+/// Describes a dataset. Requests that read a header write into the same fields; then the
+/// texts need the space that io_header_storage has.
 struct IO_header
 {
     char *what = nullptr;
@@ -24,14 +23,14 @@ struct IO_header
 
     std::int32_t *attribute_count = nullptr; ///< may be null: none
     char *attributes = nullptr;              ///< slots of IO_STRING_SLOT bytes
-    std::int32_t attributes_size = 0;        ///< slots that there are, for reading
+    std::int32_t attributes_size = 0;        ///< number of slots, for reading
 
     std::int32_t *count = nullptr; ///< elements (NUMBER)
     char *type = nullptr;          ///< data type string; "" for reading: as stored
     std::int32_t *blockfactor = nullptr;
 
-    /// Two characters; null or "" for writing: the default. May be null for
-    /// reading too, else gets the code (that of before the deletion).
+    /// Two characters. For writing, null or "" means the default. For reading, it gets the
+    /// code (the one before a deletion), unless it is null.
     char *format = nullptr;
 };
 
@@ -67,22 +66,21 @@ struct IO_data
     std::int64_t logicals_size = 0;
 
     /// Bytes of a slot in `strings`, the NUL included; 0 or less means
-    /// IO_STRING_SLOT. The client decides how wide its slots are, whatever the type
-    /// of the data: a longer string is cut to fit.
+    /// IO_STRING_SLOT. The client decides how wide its slots are, for data of any type; a
+    /// longer string is cut.
     std::int64_t string_slot = 0;
 
     std::int64_t matches = 0; ///< set by a locate: the datasets that it found
 };
 
-/// Puts a text into a field of fixed size, cut to what it holds.
+/// Puts a text into a field of fixed size, and cuts it if it is too long.
 template <std::size_t size>
 void io_set_text(char (&field)[size], std::string_view text)
 {
     field[text.copy(field, size - 1)] = '\0';
 }
 
-/// Room for everything that an IO_header points to. Its texts are set with
-/// io_set_text().
+/// Memory for everything that an IO_header points to. Set its texts with io_set_text().
 struct io_header_storage
 {
     static constexpr std::int32_t attributes_max = 16;
@@ -97,7 +95,7 @@ struct io_header_storage
     std::int32_t blockfactor = 1;
     char format[3] = {};
 
-    /// Points into this object; valid as long as it is.
+    /// Points into this object, and is valid as long as the object.
     IO_header header()
     {
         return {what,           where,  &when, &attribute_count, attributes[0],

@@ -1,5 +1,5 @@
-// How the library speaks: messages to the client's error routine, the trace
-// to standard output.
+// The output of the library: messages to the client's error routine, and the trace to
+// standard output.
 //
 // A failing function reports its message here and returns the code, in one
 // statement: `return report.error(IO_BAD_FORMAT, "read_datatag: …", …);`
@@ -34,26 +34,26 @@ public:
     /// Null means the default routine: "IO: %s" to standard error.
     void set_routine(io_error_routine routine) { routine_ = routine; }
 
-    /// Messages go to `sink` instead; empty: to the routine again.
+    /// Sends messages to `sink` instead of the routine; an empty sink restores the routine.
     void set_sink(std::function<void(std::string_view)> sink) { sink_ = std::move(sink); }
 
     /// Reports the message and returns `code`.
     [[nodiscard]] int error(int code, const char *format, ...) const IO_PRINTF(3, 4);
 
-    /// Reports what happened where the function goes on, or has a code already.
+    /// Reports a message if the function continues, or already has a code.
     void notice(const char *format, ...) const IO_PRINTF(2, 3);
 
     /// As error(), with ": " and the text of errno added, before a final LF.
     [[nodiscard]] int zotsystemErr(int code, const char *format, ...) const IO_PRINTF(3, 4);
 
-    /// "%s: malloc of %I64d bytes failed"; returns 28 or what is given. The size
-    /// is 0 where it is not known.
+    /// "%s: malloc of %I64d bytes failed"; returns 28 or the given code. The size is 0 if it
+    /// is not known.
     [[nodiscard]] int no_memory(const char *function, std::int64_t bytes,
                                 int code = IO_NO_MEMORY) const;
 
     /// Prints "TRACE> …" if `ZOT_IO_TRACE` was set at the first call.
     void trace(const char *format, ...) const IO_PRINTF(2, 3);
-    /// Whether trace() prints, to spare what only it needs.
+    /// Whether trace() prints, so that the caller can skip work that only the trace needs.
     bool tracing() const;
 
 private:
@@ -68,5 +68,5 @@ private:
     mutable enum { unknown, off, on } trace_ = unknown;
 };
 
-/// 4 where errno says that the disk is full, else 11.
+/// 4 if errno says that the disk is full, otherwise 11.
 [[nodiscard]] int io_write_code();

@@ -1,5 +1,5 @@
-// A set of open files and the requests on it. The library's own one is
-// that of iocntc(); tests and tools may have their own.
+// A set of open files and the requests on it. iocntc() uses the library's own session; tests
+// and tools may have their own sessions.
 #pragma once
 
 #include "io/Src/Main/dataset_header.h"
@@ -15,7 +15,7 @@
 struct dataset_name;
 struct request_traits;
 
-/// One primary, one secondary and one plain text file, and what requests have begun on them.
+/// One primary, one secondary and one plain text file, and the state of unfinished requests.
 class io_session
 {
 public:
@@ -24,7 +24,7 @@ public:
     io_session(const io_session &) = delete;
     io_session &operator=(const io_session &) = delete;
 
-    /// Closes what is still open.
+    /// Closes the files that are still open.
     ~io_session();
 
     /// See iocntc().
@@ -41,7 +41,7 @@ private:
     {
         pending_dataset pending;
         data_shape shape;
-        std::int64_t next = 0; ///< where the stream goes on
+        std::int64_t next = 0; ///< where the stream continues
         bool has_data = false;
     };
 

@@ -1,9 +1,9 @@
 // A position and a buffer over an io_file.
 //
-// Small reads and writes are gathered; large ones go straight between the
-// file and the caller's memory. The buffer holds either bytes read ahead or
-// bytes yet to be written, never both. A write reports the failure of an
-// earlier, gathered one too: only flush() says that all is in the file.
+// Small reads and writes use the buffer; large ones directly use the caller's memory. The
+// buffer contains either bytes that were read ahead or bytes that are not written yet, never
+// both. So a write may report the failure of an earlier one; only flush() ensures that
+// everything is in the file.
 #pragma once
 
 #include "io/Src/Main/io_env.h"
@@ -18,7 +18,7 @@ class io_stream
 {
 public:
     io_stream() = default;
-    /// Takes the file over, at position 0.
+    /// Takes ownership of the file. The position is 0.
     explicit io_stream(std::unique_ptr<io_file> file) : file_(std::move(file)) {}
 
     explicit operator bool() const { return file_ != nullptr; }

@@ -13,13 +13,13 @@ struct format_code
     char letter = 'F';
     char second = ' '; ///< the compression level as a digit, or anything else
 
-    /// Text rather than binary.
+    /// Whether it is text, not binary.
     bool formatted() const { return letter == 'F'; }
 
-    /// Lengths of 8 bytes rather than 4.
+    /// Whether lengths have 8 bytes, not 4.
     bool wide() const { return letter == 'L' || letter == 'l'; }
 
-    /// Binary numbers of the other byte order.
+    /// Whether binary numbers have the other byte order.
     bool swapped() const { return letter != 'F' && letter != 'l' && letter != 'u'; }
 
     /// Whether the second character is a level of compression, and which.
@@ -28,7 +28,7 @@ struct format_code
 
     /// One of U, u, L, l.
     bool binary() const;
-    /// Written as a dataset, not as the mark of a deleted one.
+    /// Whether it is the code of a dataset, not the mark of a deleted one.
     bool live() const { return formatted() || binary(); }
     bool deleted() const;
     /// Whether arrays may be compressed.
@@ -43,22 +43,22 @@ inline constexpr format_code IO_FORMATTED = {'F', ' '};
 /// One of the nine letters "FDdUuLlXx".
 bool iofmt_is_letter(char letter);
 
-/// The code that two characters of a client or of `ZOT_FORMAT` ask for: one
-/// letter gets a blank, another first letter is F.
+/// The code that two characters of a client or of `ZOT_FORMAT` request. If there is only a
+/// letter, the second character is a space. Any other first letter counts as F.
 format_code iofmt_parse(std::string_view text);
 
 /// Turns U into u, L into l, d into D and X into x; 15 for another letter.
 [[nodiscard]] int iofmt_make_native(const io_reporter &report, format_code &format);
 
-/// What a new dataset is written in: that of `ZOT_FORMAT` if set, else the
-/// client's (empty: none), else U5; made native. `data_bytes` of 0x60000001
-/// and more turn U into L.
+/// The format of a new dataset: that of `ZOT_FORMAT` if set, otherwise the client's (empty:
+/// none), otherwise U5; always in the native byte order. For `data_bytes` of 0x60000001 or
+/// more, U becomes L.
 [[nodiscard]] int iofmt_choose(const io_reporter &report, io_env &env, std::string_view asked,
                                std::int64_t data_bytes, format_code &format);
 
-/// What a deletion writes over a live code; none for any other.
+/// The mark that a deletion writes over a live code; none for any other code.
 std::optional<format_code> iofmt_deleted_mark(format_code live);
 
-/// The codes that a deleted mark may replace: exactly one for the marks that
-/// this library writes, the candidates in the order to be tried for older ones.
+/// The codes that a deletion mark may have replaced. A mark of this library has exactly one;
+/// for an older mark these are the candidates in the order in which to try them.
 std::vector<format_code> iofmt_restore(format_code mark);

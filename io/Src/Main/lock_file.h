@@ -1,5 +1,5 @@
-// The lock file beside a container: "%s.lck" with one integer, −1 for a
-// writer, n for n readers. Without it nobody holds the container.
+// The lock file next to a container: "%s.lck" with one integer, −1 for a writer, n for n
+// readers. Without this file there is no lock.
 #pragma once
 
 #include "io/Src/Main/open_file.h"
@@ -7,33 +7,33 @@
 #include <optional>
 #include <string>
 
-/// What iif_set_lock() is to bring the lock to.
+/// The lock that iif_set_lock() should set.
 enum lock_request : int { IO_UNLOCK = -1, IO_LOCK_READ = 0, IO_LOCK_WRITE = 1 };
 
-/// Does nothing where the file's mode already satisfies the request. 21 with a
-/// message if somebody else's lock is in the way.
+/// Does nothing if the file's mode already satisfies the request. 21 with a message if the
+/// lock of another process prevents it.
 [[nodiscard]] int iif_set_lock(open_file &file, lock_request request);
 
-/// Undoes what this process added to the level, whatever the file's mode.
+/// Removes what this process has added to the level, in every mode of the file.
 [[nodiscard]] int release_lock(open_file &file);
 
-/// Writes −1 into the lock file of a file that this process holds.
+/// Writes −1 into the lock file of a file that this process has locked.
 [[nodiscard]] int write_busy_level(open_file &file);
 
-/// What a lock file says.
+/// The contents of a lock file.
 struct lock_state
 {
     bool exists = false;
     std::optional<std::int32_t> level; ///< nothing if the file cannot be read or has no number
 };
 
-/// What the lock file of that name says. One that is empty was just made by
-/// another process, and is read again for a fifth of a second.
+/// The contents of the lock file with that name. If it is empty, another process has just
+/// made it, and it is read again for a fifth of a second.
 lock_state read_lock_file(io_env &env, const char *name);
 
 /// The name of the lock file of a container.
 std::string lock_file_name(const std::string &container);
 std::string lock_file_name(const open_file &file);
 
-/// What that name takes, its NUL included.
+/// The bytes of that name, including its NUL.
 std::size_t lock_file_name_bytes(const open_file &file);

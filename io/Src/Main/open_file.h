@@ -2,8 +2,8 @@
 //
 // Opening takes the lock, checks that the file is a container and loads its
 // index, or makes it again by scanning. Closing writes index and file size if
-// anything changed, and gives the lock back. A file opened to read is never
-// written, whatever its index needed.
+// anything changed, and removes the lock. A file that was opened to read is never
+// written, even if its index had to be made again.
 #pragma once
 
 #include "io/Src/Main/get_ds_location.h"
@@ -29,17 +29,17 @@ struct open_file
     zot_io io;
     open_mode mode = open_mode::none;
 
-    /// −1 locked for writing, 0 nothing, n readers: as this process last saw it.
+    /// As this process saw it last: −1 locked for writing, 0 not locked, n readers.
     std::int32_t lock_level = 0;
     bool lock_taken = false; ///< this process raised the lock file's level
 
-    /// The lock file was there with level 0 when this process came to read. It is
-    /// somebody else's lock: it refuses every writer, and it stays.
+    /// When this process opened the file to read, there was a lock file of level 0. It is the
+    /// lock of another process: it stops every writer, and it stays.
     bool lock_was_zero = false;
-    bool changed = false; ///< closing has to write index and size
+    bool changed = false; ///< closing must write index and size
 
-    /// A readable index is in the file: to be made unreadable, so that
-    /// nobody trusts it, before anything else is changed.
+    /// The file has a readable index. It must be made unreadable before anything else is
+    /// changed, so that no program uses it.
     bool stored_index = false;
 
     index_table index;
@@ -51,12 +51,12 @@ struct open_options
 {
     bool may_create = true;     ///< with an access that writes
     bool load_index = true;     ///< false: the index stays empty, nothing of it is read
-    bool force_rebuild = false; ///< scan even where the stored index is good
+    bool force_rebuild = false; ///< scan even if the stored index is correct
 };
 
 /// Access by its first character: "r" to read, "w" and "a" to read and write,
-/// "d" to write if possible, else to read. On failure the file is closed and
-/// no lock is left.
+/// "d" to write if possible, otherwise to read. On failure the file is closed and
+/// no lock stays.
 [[nodiscard]] int iif_open(open_file &file, const char *name, const char *access,
                            open_options options = {});
 
@@ -66,26 +66,26 @@ struct open_options
 /// Writes index and size if anything changed.
 [[nodiscard]] int iif_flush(open_file &file);
 
-/// Flushes, closes, unlocks; the file is closed even where it fails.
+/// Flushes, closes, unlocks. The file is closed even if this fails.
 [[nodiscard]] int iif_close(open_file &file);
 
-/// To be called before every request that writes: makes the file writable,
-/// trying for 20 seconds, and locks it.
+/// Call it before every request that writes. Makes the file writable, tries this for 20
+/// seconds, and locks it.
 [[nodiscard]] int setfilebusyflag(open_file &file, bool may_create = true);
 
-/// To be called before the first byte of a change: puts "*CRASH" where the
-/// index is and cuts the file after it.
+/// Call it before the first byte of a change. Writes "*CRASH" over the index and cuts the
+/// file after it.
 [[nodiscard]] int begin_change(open_file &file);
 
-/// What became of a "*CRASH" that was to be put into a file.
+/// The result of writing "*CRASH" into a file.
 enum class crash_tag {
     written,
     not_reached, ///< the file could not be cut; errno says why
     not_written, ///< the file ends at the position, without the tag; errno says why
 };
 
-/// Cuts the file at `position` and puts "*CRASH" there. Cut first: whatever then
-/// becomes of the tag, the file ends where a dataset ended.
+/// Cuts the file at `position` and writes "*CRASH" there. It cuts first, so that the file
+/// ends after a complete dataset even if the tag cannot be written.
 crash_tag put_crash_tag(open_file &file, std::int64_t position, format_code format);
 
 /// Where the first dataset is.

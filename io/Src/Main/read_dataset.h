@@ -13,7 +13,7 @@ struct located_start
     std::int64_t length = 0;
     std::int64_t start = 0;    ///< of "*DATASET"
     std::int64_t data = 0;     ///< after the data tag; where the stream is
-    std::int64_t data_end = 0; ///< where "*ENDDATASET" has to be
+    std::int64_t data_end = 0; ///< where "*ENDDATASET" must be
     dataset_header header;
 };
 
@@ -21,13 +21,13 @@ struct located_start
 [[nodiscard]] int read_located_dataset_start(open_file &file, std::int64_t position,
                                              located_start &start);
 
-/// What a reading takes, known before memory is allocated for it.
+/// What a read needs, known before memory is allocated for it.
 struct reading_plan
 {
     data_shape stored;
     data_type wanted; ///< of the values that the client gets
 
-    /// Values that the client's arrays have to hold.
+    /// Values for which the client's arrays need space.
     element_counts counts() const { return total_counts(wanted, stored.count); }
 };
 
@@ -37,9 +37,9 @@ struct reading_plan
 [[nodiscard]] int plan_reading(open_file &file, const located_start &start, std::string_view asked,
                                reading_plan &plan);
 
-/// Reads what was planned into the client's arrays. 14 without a message if one
-/// is missing or too small: its size is set, and the stream is where it was. A
-/// failure leaves no data in the arrays.
+/// Reads the planned data into the client's arrays. 14 without a message if an array is
+/// missing or too small: its size is set, and the stream does not move. After a failure the
+/// arrays contain no data.
 [[nodiscard]] int read_planned(open_file &file, const located_start &start,
                                const reading_plan &plan, IO_data &data);
 

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What iocntc() checks before it carries a request out.
+/// What iocntc() checks before it performs a request.
 struct request_traits
 {
     io_request request;
@@ -52,7 +52,7 @@ inline constexpr auto request_table = std::to_array<request_traits>({
     {.request = IO_CLOSE_TEXT, .name = "IO_CLOSE_TEXT", .header = false},
 });
 
-/// An unknown request is refused only after its header was looked at.
+/// An unknown request is refused only after its header was checked.
 inline constexpr request_traits unknown_request = {.request = {}, .name = "an unknown request"};
 
 /// Where the table has each number, one more than the place; 0 for a number that it

@@ -1,4 +1,4 @@
-// Data of structures: records, one a line in text, packed without gaps in binary.
+// Data of structures: records, one on each line in text, without gaps in binary.
 #pragma once
 
 #include "io/Src/Main/data_io.h"
@@ -6,5 +6,5 @@
 /// 4 or 11 without a message if a record cannot be written.
 [[nodiscard]] int write_structure(zot_io &io, const data_shape &shape, const IO_data &data);
 
-/// 18 where an item of a line has no ESC after it.
+/// 18 if an item of a line has no ESC after it.
 [[nodiscard]] int read_structure(zot_io &io, const data_shape &shape, IO_data &data);

@@ -5,8 +5,8 @@
 #include "io/Src/Main/dataset_header.h"
 #include "io/Src/Main/open_file.h"
 
-/// A dataset on its way into the file. Until end_dataset() has written its
-/// length it does not exist for any reader.
+/// A dataset that is being written. No reader sees it until end_dataset() has written its
+/// length.
 struct pending_dataset
 {
     format_code format;
@@ -16,9 +16,9 @@ struct pending_dataset
     std::int64_t length = 0;   ///< set by end_dataset()
 };
 
-/// Fills in format and shape for a header that is to be written: the format
-/// asked for or the default, the type parsed, the block factor as it goes out.
-/// Everything that can be refused without touching the file is refused here.
+/// Completes a header that will be written: the requested format or the default, the parsed
+/// type, the block factor as it is written. Everything that can be refused without a change
+/// of the file is refused here.
 [[nodiscard]] int prepare_dataset(open_file &file, std::string_view asked_format,
                                   dataset_header header, pending_dataset &pending,
                                   data_shape &shape);
@@ -33,8 +33,7 @@ struct pending_dataset
 /// Puts "*CRASH" where the dataset began; returns `code`.
 [[nodiscard]] int abort_dataset(open_file &file, const pending_dataset &pending, int code);
 
-/// All of it. The file has been made writable by setfilebusyflag(). `written`
-/// may be null.
+/// Does all of this. setfilebusyflag() has made the file writable. `written` may be null.
 [[nodiscard]] int write_dataset(open_file &file, std::string_view asked_format,
                                 const dataset_header &header, const IO_data &data,
                                 pending_dataset *written = nullptr);

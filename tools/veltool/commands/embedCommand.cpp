@@ -41,7 +41,7 @@ std::string stored(const veltext::SourceText &text)
     return lines;
 }
 
-/// The text itself if the container can hold it, else the formatted text.
+/// The text itself if the container can hold it, otherwise the formatted text.
 std::string embeddable(const std::string &file)
 {
     const veltext::SourceText text = readText(file);

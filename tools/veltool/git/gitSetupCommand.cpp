@@ -58,7 +58,7 @@ std::vector<Setting> settings()
         {"diff.vel.command", veltool + " git-diff --"},
         // The block around a change, for git's comparison by lines.
         {"diff.vel.xfuncname", "^[ \t]*((&replace[ \t]+)?[A-Za-z_%][^=#]*:.*)$"},
-        // The command data; without any the list of datasets, else a checksum.
+        // The command data; without any the list of datasets, otherwise a checksum.
         {"diff.veldata.textconv", "f() { " + veltool + " extract -- \"$1\" 2>/dev/null || " +
                                       veltool +
                                       " ds list -- \"$1\" 2>/dev/null || cksum <\"$1\"; }; f"},

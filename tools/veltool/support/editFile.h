@@ -4,7 +4,7 @@
 // 2. The text is edited; only the changed characters or lines are different.
 // 3. The edited text is read again; it must give the data that the database has.
 // 4. The rules check the result; there must be no new findings.
-// 5. The file is replaced; the former file stays as FILE.bak.
+// 5. The file is replaced; the previous version stays as FILE.bak.
 //
 // The file is locked from step 1 to 5; other programs that edit it wait.
 #pragma once

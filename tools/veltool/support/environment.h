@@ -12,11 +12,11 @@ inline constexpr const char *packages = "ZOT5_VEL_PARSER";
 inline constexpr const char *libraryFolder = "ZOT5_VEL_LIBSDIR";
 inline constexpr const char *libraryList = "ZOT5_VEL_LIBS";
 
-/// The value of one of these variables; none where it is not set.
+/// The value of one of these variables; none if it is not set.
 [[nodiscard]] std::optional<std::string> valueOf(const char *variable);
 
-/// The folder of the user's settings: XDG_CONFIG_HOME, else .config in HOME;
-/// empty where neither is set to a text.
+/// The folder of the user's settings: XDG_CONFIG_HOME, otherwise .config in HOME;
+/// empty if neither is set to a text.
 [[nodiscard]] std::string settingsFolder();
 
 } // namespace veltool::environment

@@ -41,7 +41,7 @@ public:
 [[nodiscard]] Refusal editRefusal(const std::string &file, const std::string &path,
                                   const std::string &message, const std::string &advice = {});
 
-/// The exit status after an error: that of a Failure, else 2.
+/// The exit status after an error: that of a Failure, otherwise 2.
 [[nodiscard]] int statusOf(const veltext::Error &error);
 
 /// The message as the user sees it: `veltool: message` and a line feed.

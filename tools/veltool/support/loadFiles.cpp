@@ -1,4 +1,4 @@
-// Loads files in parallel where that is safe, else one after the other.
+// Loads files in parallel where that is safe, otherwise one after the other.
 #include "tools/veltool/support/loadFiles.h"
 
 #include "tools/veltool/support/commandData.h"

@@ -30,7 +30,7 @@ fs::path shippedFolder(const char *name, const char *part)
     return {};
 }
 
-/// What the environment names, else what ships, if that is there.
+/// What the environment names, otherwise what ships, if that is there.
 std::optional<std::string> namedOr(const char *variable, const std::string &shipped)
 {
     if (std::optional<std::string> named = environment::valueOf(variable)) {

@@ -26,7 +26,7 @@ struct Places
     std::optional<std::string> libraryList;   ///< names, separated by ';'
 };
 
-/// What the environment names, else what ships with the program.
+/// What the environment names, otherwise what ships with the program.
 [[nodiscard]] Places findPlaces();
 
 /// The libraries to read. Without a list there are none, and reading libraries then

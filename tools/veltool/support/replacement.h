@@ -20,13 +20,13 @@ public:
     void addOptions(Options &options);
 
     /// Replaces the bytes of a file. Throws a veltext::Error. If the history cannot keep
-    /// the former version, it is reported, and the file is replaced anyway.
+    /// the previous version, it is reported, and the file is replaced anyway.
     void replace(const veltext::EditedFile &file, std::string_view bytes) const;
 
     /// Likewise for a file that need not exist; there is no FILE.bak.
     void write(const std::string &file, std::string_view bytes) const;
 
-    /// Whether FILE.bak has the former version.
+    /// Whether FILE.bak has the previous version.
     [[nodiscard]] bool makesBackup() const { return !noBackup_; }
 
 private:

@@ -7,7 +7,7 @@
 namespace veltool {
 
 /// A text in which `*` matches any characters and `?` matches one character;
-/// capital and small letters are equal.
+/// upper and lower case are the same.
 class TextPattern
 {
 public:
