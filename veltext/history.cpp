@@ -4,13 +4,13 @@
 //
 // 1. The folder is made and locked.
 // 2. The index is read.
-// 3. The file is compressed. If the last version has the same content, the new one
-//    takes its place; if an older one has, the new one shares its object.
+// 3. The file is compressed. If the last version has the same content, the new version
+//    replaces it; if an older version has, the new one shares its object.
 // 4. A new object is written.
-// 5. The index is replaced, without what is kept no longer.
-// 6. Objects that nothing needs any more are removed.
+// 5. The index is replaced, without the versions that are not kept any longer.
+// 6. Objects that the index does not name are removed.
 //
-// Killed at any moment, this leaves an index whose objects are all there.
+// If the program is killed at any moment, all objects of the index exist.
 #include "veltext/history.h"
 
 #include "veltext/error.h"
@@ -44,7 +44,7 @@ std::int64_t systemTime()
 class OpenFile
 {
 public:
-    /// Without a descriptor for what has no versions. Throws an Error.
+    /// Has no descriptor if the file is not a regular file. Throws an Error.
     explicit OpenFile(const std::string &file)
     {
         // A pipe must not make the program wait.
@@ -75,7 +75,7 @@ private:
     int descriptor_ = -1;
 };
 
-/// Whether an entry has the content of a version that is about to be kept.
+/// Whether an entry has the content of the new version.
 bool hasContent(const HistoryStore &store, const HistoryEntry &entry, const VersionObject &version)
 {
     if (entry.content != version.content || entry.size != version.size) {
@@ -103,7 +103,7 @@ History::History(const std::string &file, std::string folder, Clock clock)
 std::string History::keep(const std::string &program) const
 {
     const auto message = [this](const std::string &reason) {
-        return name_ + ": the history does not have the former version: " + reason;
+        return name_ + ": the history does not have the previous version: " + reason;
     };
     try {
         return keepOrThrow(program);

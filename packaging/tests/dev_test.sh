@@ -63,8 +63,8 @@ expect "without a word: every word is listed" \
     "$(printf '%s\n' "$said" | sed -n 's/^  \([a-z]\{1,\}\) .*/\1/p' | sort | tr '\n' ' ' | sed 's/ $//')"
 expect "without a word: nothing is done" "" "$(cat "$record")"
 dev nonsense
-expect "unknown word: status" 2 "$status"
-expect "unknown word: message" "dev: unknown word: nonsense" "$(printf '%s\n' "$said" | sed 1q)"
+expect "unknown command: status" 2 "$status"
+expect "unknown command: message" "dev: unknown command: nonsense" "$(printf '%s\n' "$said" | sed 1q)"
 
 # --- Packages ---
 

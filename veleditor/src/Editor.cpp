@@ -247,7 +247,7 @@ QString Editor::whatWasKept(const SaveResult &result)
 {
     QStringList kept;
     if (!result.backup.empty()) {
-        kept += tr("The former file is kept in\n  ") + fromBytes(result.backup);
+        kept += tr("The previous version is kept in\n  ") + fromBytes(result.backup);
     } else if (result.outcome == SaveOutcome::Unchanged) {
         kept += tr("The file itself has not changed.");
     }

@@ -31,9 +31,9 @@ QString whyFileCannotHold(std::string_view value)
         if (check.position + 1 == value.size()) {
             break; // saved with an empty comment after it
         }
-        return sentence("A value cannot end in a back-slash and blanks, because its line in the "
-                        "command file would continue.\nPlease remove the blanks or the "
-                        "back-slash.");
+        return sentence("A value cannot end in a backslash and spaces, because its line in the "
+                        "command file would continue.\nPlease remove the spaces or the "
+                        "backslash.");
     case veltext::ValueFault::WhiteSpace: // several blanks mean the same as one
     case veltext::ValueFault::None:
         break;

@@ -61,7 +61,7 @@ void BridgeFailureTest::keepsTheBackupWhenNothingCanBeWritten()
                                 "to\n  " +
                                 file() +
                                 "\nmemory error\nYour modifications are still in the editor.\n"
-                                "Details: The former file is kept in\n  " +
+                                "Details: The previous version is kept in\n  " +
                                 file() + ".bak\n[Ok], Escape"));
     QVERIFY(tree().isModified());
     QVERIFY(!QFile::exists(file()));

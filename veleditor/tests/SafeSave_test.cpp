@@ -303,7 +303,7 @@ void SafeSaveTest::keepsTheFormerDataOfAnotherTarget()
     }
     QCOMPARE(contentOf(target), QByteArray(50, 'x'));
     QCOMPARE(contentOf(target + ".bak"), before_);
-    QVERIFY2(boxes[0].contains("The former file is kept in\n  " + target + ".bak"),
+    QVERIFY2(boxes[0].contains("The previous version is kept in\n  " + target + ".bak"),
              qPrintable(boxes[0]));
     QCOMPARE(leftOver(), QStringList());
 }

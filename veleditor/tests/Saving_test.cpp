@@ -286,7 +286,7 @@ void SavingTest::saysWhenTheTargetIsAFolder()
              QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
                          target +
                          "\nThis may be due to the OMBRA ZOT-Solver run having completed.\n"
-                         "Details: The former file is kept in\n  " +
+                         "Details: The previous version is kept in\n  " +
                          target + ".bak\n[Ok], Escape"));
     QCOMPARE(contentOf(target + ".bak"), before);
     QVERIFY(tree().isModified());
@@ -306,7 +306,7 @@ void SavingTest::saysWhenItCannotWriteAll()
              QStringList("Critical: Error Saving File\nUnable to save your modifications to\n  " +
                          file() +
                          "\nFile too large\nYour modifications are still in the editor.\n"
-                         "Details: The former file is kept in\n  " +
+                         "Details: The previous version is kept in\n  " +
                          file() + ".bak\n[Ok], Escape"));
     QCOMPARE(contentOf(file() + ".bak"), before);
     QVERIFY(tree().isModified());

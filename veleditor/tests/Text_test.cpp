@@ -127,10 +127,10 @@ void TextTest::knowsWhatAFileCannotHold_data()
     QTest::newRow("comment") << QByteArray("a # b") << QString("#");
     QTest::newRow("comment first") << QByteArray("#") << QString("#");
     QTest::newRow("comment after an escaped #") << QByteArray("\\##") << QString("#");
-    // An empty comment in the file keeps a final back-slash unless blanks follow it.
-    QTest::newRow("back-slash") << QByteArray("a\\") << QString();
-    QTest::newRow("only a back-slash") << QByteArray("\\") << QString();
-    QTest::newRow("back-slash and blanks") << QByteArray("a \\ \t") << QString("back-slash");
+    // An empty comment in the file keeps a final backslash unless blanks follow it.
+    QTest::newRow("backslash") << QByteArray("a\\") << QString();
+    QTest::newRow("only a backslash") << QByteArray("\\") << QString();
+    QTest::newRow("backslash and blanks") << QByteArray("a \\ \t") << QString("backslash");
     QTest::newRow("escape character") << QByteArray("a\x1B") << QString("control");
     QTest::newRow("line break") << QByteArray("a\nb") << QString("control");
 }

@@ -199,7 +199,7 @@ TEST_F(HistoryTest, AVersionOverTheLimitIsNotKept)
 {
     EXPECT_EQ(folder_.keep("a"), "");
     const std::string message = folder_.keep(randomBytes(mostHistoryBytes));
-    EXPECT_EQ(message, folder_.file() + ": the history does not have the former version: " +
+    EXPECT_EQ(message, folder_.file() + ": the history does not have the previous version: " +
                            folder_.file() + ": takes more than 50000000 bytes compressed");
     EXPECT_EQ(folder_.contents(), Texts{"a"});
     EXPECT_EQ(namesIn(folder_.history().folder()), (Texts{"1.gz", "index", "lock"}));
@@ -209,7 +209,7 @@ TEST_F(HistoryTest, AMissingPlaceIsAMessage)
 {
     folder_.write("a");
     EXPECT_EQ(History(folder_.file(), "", [] { return 0; }).keep("test"),
-              folder_.file() + ": the history does not have the former version: "
+              folder_.file() + ": the history does not have the previous version: "
                                "neither XDG_STATE_HOME nor HOME names a folder");
     EXPECT_TRUE(History(folder_.file(), "", {}).list().versions.empty());
 }
@@ -218,7 +218,7 @@ TEST_F(HistoryTest, APlaceThatIsAFileIsAMessage)
 {
     test::HistoryFolder::write(folder_.path() / "state", "");
     EXPECT_EQ(folder_.keep("a"), folder_.file() +
-                                     ": the history does not have the former version: " +
+                                     ": the history does not have the previous version: " +
                                      folder_.state() + ": Not a directory");
     EXPECT_TRUE(folder_.contents().empty());
 }
@@ -228,7 +228,7 @@ TEST_F(HistoryTest, APlaceThatCannotBeMadeIsAMessage)
     folder_.write("a");
     const std::string message =
         History(folder_.file(), "/proc/none", [] { return 0; }).keep("test");
-    EXPECT_EQ(message, folder_.file() + ": the history does not have the former version: "
+    EXPECT_EQ(message, folder_.file() + ": the history does not have the previous version: "
                                         "/proc/none: No such file or directory");
 }
 
@@ -301,7 +301,7 @@ TEST_F(HistoryTest, IsReadWhereItsLockCannotBeHad)
     fs::create_directory(folder_.stored("lock"));
     EXPECT_EQ(folder_.contents(), Texts{"a"});
     EXPECT_EQ(folder_.keep("b"), folder_.file() +
-                                     ": the history does not have the former version: " +
+                                     ": the history does not have the previous version: " +
                                      folder_.stored("lock") + ": Is a directory");
 }
 

@@ -46,9 +46,9 @@ const Command addCommand = {
     .passesOn = false,
     .purpose = "Add a parameter to an object",
     .details = "Writes a line after the last parameter of the object's last block; no other line "
-               "changes, and the former file stays as FILE.bak. Writes nothing and ends with "
+               "changes, and the previous version stays as FILE.bak. Writes nothing and ends with "
                "status 1 if there would be new findings, if the parameter exists, if its object "
-               "does not exist, or if a file cannot hold VALUE.",
+               "does not exist, or if a file cannot contain VALUE.",
     .make = makeTask<AddTask>,
 };
 

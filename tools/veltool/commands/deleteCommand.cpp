@@ -40,7 +40,7 @@ const Command deleteCommand = {
     .purpose = "Delete a parameter or an object",
     .details =
         "Removes all lines that state the parameter, or all blocks of the object, with their "
-        "comments; no other line changes, and the former file stays as FILE.bak. Writes "
+        "comments; no other line changes, and the previous version stays as FILE.bak. Writes "
         "nothing and ends with status 1 if there would be new findings, or if PATH does "
         "not exist.",
     .make = makeTask<DeleteTask>,

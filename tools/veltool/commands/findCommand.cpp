@@ -118,10 +118,11 @@ const Command findTextCommand = {
     .most = anyNumber,
     .passesOn = false,
     .purpose = "Show where a text occurs",
-    .details = "Finds objects and parameters whose path or value contains TEXT; capital and small "
-               "letters are equal, * matches any characters and ? matches one. NAME=VALUE also "
-               "finds the parameters with exactly this name and value; both may have wildcards. "
-               "Prints FILE:LINE: PATH = VALUE. Status 1 without a match.",
+    .details =
+        "Finds objects and parameters whose path or value contains TEXT; upper and "
+        "lower case are the same, * matches any characters and ? matches one. NAME=VALUE also "
+        "finds the parameters with exactly this name and value; both may have wildcards. "
+        "Prints FILE:LINE: PATH = VALUE. Status 1 without a match.",
     .make = makeTask<FindTask>,
 };
 

@@ -168,7 +168,7 @@ const Command formatCommand = {
     .passesOn = false,
     .purpose = "Print the text that the editor would save",
     .details =
-        "In each object, parameters come first; objects are in the order of the editor. Lines "
+        "In each object, parameters come first; objects are in the order of the rules. Lines "
         "are wrapped, line ends are LF. The text has no comments, because they are not data, "
         "and no byte order mark.",
     .make = makeTask<FormatTask>,

@@ -55,7 +55,7 @@ public:
         options.number("--diff", "N", diff_, 1, anyVersion,
                        "Show what differs between version N and FILE");
         options.number("--restore", "N", restore_, 1, anyVersion,
-                       "Put version N in the place of FILE, whose version is kept");
+                       "Replace FILE by version N, and keep the replaced version");
         replacement_.addOptions(options);
         options.atMostOneOf({"--show", "--diff", "--restore"});
         options.atMostOneOf({"--show", "--json"});

@@ -48,10 +48,11 @@ const Command setCommand = {
     .most = 3,
     .passesOn = false,
     .purpose = "Give a parameter a new value",
-    .details = "Changes only the lines of the parameter's last statement; the former file stays as "
-               "FILE.bak. Writes nothing and ends with status 1 if there would be new findings, if "
-               "there is no parameter at PATH, or if a file cannot hold VALUE. Waits while another "
-               "veltool changes FILE.",
+    .details =
+        "Changes only the lines of the parameter's last statement; the previous version stays as "
+        "FILE.bak. Writes nothing and ends with status 1 if there would be new findings, if "
+        "there is no parameter at PATH, or if a file cannot contain VALUE. Waits while another "
+        "veltool changes FILE.",
     .make = makeTask<SetTask>,
 };
 

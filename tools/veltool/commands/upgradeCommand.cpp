@@ -3,7 +3,7 @@
 // 1. The rules upgrade the data in memory and list the changes.
 // 2. What the user leaves out is left out, with what depends on it.
 // 3. The changes are edited into the text (veltext/keepLayout.h).
-// 4. The file is replaced; the former file stays as FILE.bak.
+// 4. The file is replaced; the previous version stays as FILE.bak.
 #include "tools/veltool/support/changeSelection.h"
 #include "tools/veltool/support/command.h"
 #include "tools/veltool/support/commandData.h"
@@ -198,7 +198,7 @@ const Command upgradeCommand = {
     .purpose = "Upgrade old command data to the current version",
     .details = "Makes the changes that the rules know for later versions, and lists them: "
                "FILE:LINE: PATH: change. Other lines do not change and keep their comments; the "
-               "former file stays as FILE.bak. --dry-run numbers the changes for --except; "
+               "previous version stays as FILE.bak. --dry-run numbers the changes for --except; "
                "what depends on a change that is left out is left out too.",
     .make = makeTask<UpgradeTask>,
 };

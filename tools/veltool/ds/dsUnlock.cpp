@@ -144,7 +144,7 @@ const Command dsUnlockCommand = {
     .fewest = 1,
     .most = 1,
     .passesOn = false,
-    .purpose = "Remove the lock of a process that is gone",
+    .purpose = "Remove the lock of a process that has ended",
     .details =
         "Prints how FILE is locked and which processes on this machine have it open. Removes "
         "the lock file if there are none, or with --force. Status 21 if the lock stays. It "

@@ -1,4 +1,4 @@
-// Keeps the former version of a file, then replaces the file.
+// Keeps the previous version of a file, then replaces the file.
 #include "tools/veltool/support/replacement.h"
 
 #include "tools/veltool/support/failure.h"
@@ -9,7 +9,7 @@ namespace veltool {
 void Replacement::addOptions(Options &options)
 {
     options.flag("--no-backup", noBackup_,
-                 "Keep the former version neither as FILE.bak nor in the history");
+                 "Keep the previous version neither as FILE.bak nor in the history");
 }
 
 void Replacement::replace(const veltext::EditedFile &file, std::string_view bytes) const

@@ -200,7 +200,7 @@ TEST_F(HistoryCommandTest, AnUnusableStateFolderFailsNoSave)
     folder_.write("state", "not a folder");
     const ToolRun run = runTool({"set", "--force", file_, "/A/x", "2"});
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "veltool: " + file_ + ": the history does not have the former version: " +
+    EXPECT_EQ(run.err, "veltool: " + file_ + ": the history does not have the previous version: " +
                            folder_.path("state") + "/veleditor/history: Not a directory\n");
     EXPECT_EQ(folder_.read("a.vel"), second);
     EXPECT_EQ(folder_.read("a.vel.bak"), first);
