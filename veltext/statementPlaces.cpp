@@ -72,13 +72,26 @@ StatementPlaces::StatementPlaces(const SourceText &source, velHandle *handle,
     for (std::size_t line = 0; line < source.lineCount(); line += statement.lines.count) {
         readStatement(source, line, Positions::Skip, &statement);
         const std::size_t end = line + statement.lines.count;
-        if (statement.kind == StatementKind::Header) {
+        const auto openBlock = [&] {
             open.open(components.contains(statement.component) ? handle : nullptr, statement);
-        } else if (statement.kind == StatementKind::Parameter) {
-            open.open(components.contains(statement.component) ? handle : nullptr, statement);
+        };
+        switch (statement.kind) {
+        case StatementKind::Header:
+            openBlock();
+            break;
+        case StatementKind::Parameter:
+            openBlock();
             close(end);
-        } else if (statement.kind == StatementKind::End && !open.isEmpty()) {
-            close(end);
+            break;
+        case StatementKind::End:
+            if (!open.isEmpty()) {
+                close(end);
+            }
+            break;
+        case StatementKind::Nothing:
+        case StatementKind::Action:
+        case StatementKind::Unfinished:
+            break;
         }
     }
 }
