@@ -10,6 +10,7 @@
 #pragma once
 
 #include "veleditor/src/CommandData.h"
+#include "veleditor/src/Edit.h"
 #include "veltext/commandText.h"
 
 #include <QObject>
@@ -24,7 +25,6 @@
 namespace velEditor {
 
 class Document;
-struct Edit;
 
 class BaseDifferences : public QObject
 {
