@@ -3,7 +3,6 @@
 
 #include "veleditor/src/ComponentLabel.h"
 #include "veleditor/src/Document.h"
-#include "veleditor/src/Edit.h"
 #include "velparser/api/velparser.h"
 #include "veltext/error.h"
 #include "veltext/textChanges.h"
