@@ -2,7 +2,6 @@
 #include "veleditor/src/AddParamDialog.h"
 
 #include "veleditor/src/Boxes.h"
-#include "veleditor/src/RuleFields.h"
 #include "veleditor/src/StoredValue.h"
 #include "veleditor/src/Text.h"
 #include "veleditor/src/ValueEntry.h"
@@ -49,16 +48,22 @@ std::string parameterPath(const std::string &objectPath, const std::string &name
     return (objectPath == "/" ? std::string() : objectPath) + '/' + name;
 }
 
-/// The first required parameter that the object does not have; empty if it has all.
+/// Whether the rules have answered that any name may be added.
+bool isAnyName(const velStringList &names)
+{
+    return names.size() == 1 && std::string_view(names[0]) == "-1";
+}
+
+/// The first required parameter that the object does not have; empty if it has all,
+/// or if the rules do not know.
 QString missingParameter(const std::string &objectPath)
 {
-    const QString required = ruleField(objectPath, QLatin1String("Required Parameters"));
-    for (const QString &name : required.split(QLatin1String(", "), Qt::SkipEmptyParts)) {
-        if (!storedValue(parameterPath(objectPath, toBytes(name)))) {
-            return name;
-        }
+    velStringList names;
+    if (velparser::getAllowedParams(objectPath.c_str(), &names, 2) != nullptr || names.empty() ||
+        isAnyName(names)) {
+        return QString();
     }
-    return QString();
+    return fromBytes(names[0]);
 }
 
 std::string withoutUnderscores(std::string name)
@@ -87,7 +92,7 @@ AddParamDialog::AddParamDialog(QWidget *parent, const QString &caption,
         addRefusal(*layout, path);
         return;
     }
-    if (names.size() == 1 && std::string_view(names[0]) == "-1") {
+    if (isAnyName(names)) {
         addFreeName(*layout, path);
     } else {
         addNameList(*layout, path, names);

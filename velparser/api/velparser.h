@@ -196,7 +196,8 @@ namespace velparser {
 
 /// The parameter names that are allowed in an object: with flag 0 all of them, with flag 1
 /// those that it does not have yet, the required ones first. The single entry "-1" means
-/// any name.
+/// any name. With flag 2 only the required ones that it does not have yet, even if any
+/// name is allowed.
 [[nodiscard]] const char *getAllowedParams(const char *path, velStringList *names, int flag);
 [[nodiscard]] const char *getAllowedParams(Session &session, const char *path, velStringList *names,
                                            int flag);
