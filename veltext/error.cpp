@@ -15,6 +15,11 @@ std::string placeText(const std::string &file, std::size_t line)
     return file + (line ? ':' + std::to_string(line) : "") + ": ";
 }
 
+std::string findingPlace(std::string_view file, std::size_t line)
+{
+    return std::string(file) + ':' + std::to_string(line) + ": ";
+}
+
 void require(const char *message, const std::string &where)
 {
     if (message != nullptr) {

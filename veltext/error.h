@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace veltext {
 
@@ -34,6 +35,10 @@ private:
 /// "FILE:LINE: ", the beginning of a message about a place in a file; "FILE: " if
 /// `line` is 0.
 [[nodiscard]] std::string placeText(const std::string &file, std::size_t line);
+
+/// "FILE:LINE: ", the beginning of a finding. It always has a number: 0 means that no line
+/// is known.
+[[nodiscard]] std::string findingPlace(std::string_view file, std::size_t line);
 
 /// Throws an Error with the message that a database call returned, after "WHERE: "
 /// unless `where` is empty. Does nothing for null, which means success.

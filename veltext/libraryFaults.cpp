@@ -2,6 +2,7 @@
 #include "veltext/libraryFaults.h"
 
 #include "velapilt/src/velapilt.h"
+#include "veltext/error.h"
 #include "veltext/textFault.h"
 
 #include <filesystem>
@@ -67,6 +68,12 @@ std::pair<std::string, std::size_t> LibraryTexts::placeOf(std::string path) cons
     return {files_.empty() ? std::string() : files_.back(), 0};
 }
 
+std::string LibraryTexts::placed(const RuleFault &fault) const
+{
+    const auto [file, line] = placeOf(fault.path);
+    return findingPlace(file, line) + fault.line;
+}
+
 LibraryTexts readLibraryTexts(const std::vector<std::string> &files)
 {
     LibraryTexts texts;
@@ -93,8 +100,7 @@ std::string placedLibraryErrors(const char *failure, const std::vector<RuleFault
         if (!result.empty()) {
             result += '\n';
         }
-        const auto [file, number] = texts.placeOf(fault.path);
-        result += file + ':' + std::to_string(number) + ": " + fault.line;
+        result += texts.placed(fault);
     }
     return result;
 }

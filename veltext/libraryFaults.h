@@ -12,6 +12,13 @@
 
 namespace veltext {
 
+/// A mistake in a rule, and the line of text that reports it.
+struct RuleFault
+{
+    std::string path;
+    std::string line;
+};
+
 /// The texts of libraries that were read together, and the lines of their paths.
 class LibraryTexts
 {
@@ -22,6 +29,8 @@ public:
     /// File and line of the last statement of the path, or of the nearest object
     /// above it, in the last library that has one. Line 0 if no library has one.
     [[nodiscard]] std::pair<std::string, std::size_t> placeOf(std::string path) const;
+    /// "FILE:LINE: " and the line that reports the mistake.
+    [[nodiscard]] std::string placed(const RuleFault &fault) const;
 
 private:
     std::vector<std::string> files_;
@@ -30,13 +39,6 @@ private:
 
 /// These library files, without those that cannot be read.
 [[nodiscard]] LibraryTexts readLibraryTexts(const std::vector<std::string> &files);
-
-/// A mistake in a rule, and the line of text that reports it.
-struct RuleFault
-{
-    std::string path;
-    std::string line;
-};
 
 /// The complete message after these library files were read.
 /// `failure` says why one of them cannot be read, or is null; `faults` are the

@@ -75,6 +75,16 @@ TEST_F(LibraryFaultsTest, SuggestsTheSemicolonBetweenNames)
     EXPECT_EQ(errorsOf("a.vel;b.vel"), "");
 }
 
+TEST_F(LibraryFaultsTest, PlacesAMistakeThatNoLibraryStates)
+{
+    const std::string file = write("a.vel", "RULES:\nEND\n");
+    const LibraryTexts texts = readLibraryTexts({file});
+    EXPECT_EQ(texts.placed({.path = "/RULES/OBJECT:B", .line = "is missing"}),
+              file + ":1: is missing");
+    EXPECT_EQ(texts.placed({.path = "/FLOW", .line = "is missing"}), file + ":0: is missing");
+    EXPECT_EQ(LibraryTexts().placed({.path = "/FLOW", .line = "is missing"}), ":0: is missing");
+}
+
 TEST_F(LibraryFaultsTest, AddsFileAndLineToMistakesInRules)
 {
     write("a.vel", "RULES:\n  OBJECT: A\n    Parents = B\n  END\nEND\n");

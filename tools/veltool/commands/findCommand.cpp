@@ -6,6 +6,7 @@
 #include "tools/veltool/support/output.h"
 #include "tools/veltool/support/textPattern.h"
 #include "velapilt/src/velSpace.h"
+#include "veltext/error.h"
 #include "veltext/statementTree.h"
 #include "veltext/treeWalk.h"
 
@@ -96,7 +97,7 @@ private:
                   << jsonMember("value", value) << '}';
             return;
         }
-        out() << file << ':' << std::to_string(line) << ": " << walk.path();
+        out() << veltext::findingPlace(file, line) << walk.path();
         if (value != nullptr) {
             out() << " = " << value;
         }

@@ -2,6 +2,7 @@
 #include "tools/veltool/support/finding.h"
 
 #include "tools/veltool/support/json.h"
+#include "veltext/error.h"
 
 #include <algorithm>
 
@@ -11,7 +12,7 @@ namespace {
 
 std::string placedLine(std::string_view file, std::size_t line, const std::string &text)
 {
-    return std::string(file) + ':' + std::to_string(line) + ": " + text + '\n';
+    return veltext::findingPlace(file, line) + text + '\n';
 }
 
 bool isSameLine(const Finding &one, const Finding &other)

@@ -112,8 +112,7 @@ int RuleCheck::reportRuleFaults() const
     }
     const veltext::LibraryTexts libraries = veltext::readLibraryTexts(libraryFiles(places_));
     for (const Finding &fault : faults_) {
-        const auto [file, line] = libraries.placeOf(fault.path);
-        report(file + ':' + std::to_string(line) + ": " + lineOf(fault));
+        report(libraries.placed({.path = fault.path, .line = lineOf(fault)}));
     }
     return statusFindings;
 }
