@@ -2,6 +2,7 @@
 // the caller gets the code.
 #include "velparser/api/velContainer_p.h"
 
+#include "io/Src/Main/command_data.h"
 #include "io/Src/Main/iocntc.h"
 #include "velparser/api/xsinit_p.h"
 
@@ -11,8 +12,7 @@ namespace {
 
 constexpr std::size_t slotBytes = IO_STRING_SLOT;
 
-/// The largest number of WHENs that a search returns.
-constexpr std::size_t candidates = 20;
+constexpr std::size_t candidates = IO_COMMANDS_CANDIDATES;
 
 /// Prints the messages of the container library to standard error.
 int printMessage(const char *text, std::int32_t)
@@ -28,8 +28,8 @@ class CommandDataset
 public:
     CommandDataset()
     {
-        io_set_text(names_.what, "G/COMMANDS");
-        io_set_text(names_.where, "EVERY");
+        io_set_text(names_.what, IO_COMMANDS_WHAT);
+        io_set_text(names_.where, IO_COMMANDS_WHERE);
         names_.when = -1;
     }
 

@@ -4,6 +4,7 @@
 #include "tools/veltool/ds/dsValues.h"
 #include "veltext/heldSignals.h"
 
+#include "io/Src/Main/command_data.h"
 #include "io/Src/Main/delete_ds.h"
 #include "io/Src/Main/get_ds_location.h"
 
@@ -13,31 +14,25 @@ namespace veltool {
 
 namespace {
 
-constexpr const char *commandWhat = "G/COMMANDS";
-constexpr const char *commandWhere = "EVERY";
-
-/// How many datasets with command data are compared by their WHEN.
-constexpr std::size_t candidates = 20;
-
 /// The datasets with command data at a WHEN; may be empty.
 located_datasets findAt(Container &container, std::int32_t when)
 {
     open_file &file = container.primary();
     located_datasets found;
     const int code =
-        find_datasets(*file.report, file.index, commandWhat, commandWhere, when, found);
+        find_datasets(*file.report, file.index, IO_COMMANDS_WHAT, IO_COMMANDS_WHERE, when, found);
     if (code != IO_NOT_FOUND) {
         container.check(code);
     }
     return found;
 }
 
-/// If there are too many candidates, only the one at WHEN 0 is used; `many` is then
-/// true.
+/// If there are more than IO_COMMANDS_CANDIDATES, only the one at WHEN 0 is used; `many` is
+/// then true.
 located_datasets findAll(Container &container, bool &many)
 {
     located_datasets found = findAt(container, -1);
-    many = found.size() > candidates;
+    many = found.size() > IO_COMMANDS_CANDIDATES;
     return many ? findAt(container, 0) : found;
 }
 
@@ -68,7 +63,7 @@ std::string readLines(Container &container, std::int64_t position)
 
 void writeAt(Container &container, std::int32_t when, std::int32_t count, IO_data &data)
 {
-    DatasetName name(commandWhat, commandWhere, std::to_string(when));
+    DatasetName name(IO_COMMANDS_WHAT, IO_COMMANDS_WHERE, std::to_string(when));
     name.type = "STRI";
     name.count = count;
     container.request(IO_WRITE_PRIMARY_DS, name.header(), data);
@@ -108,7 +103,8 @@ std::string readCommandData(const ReadableFile &file, io_error_routine routine)
     if (found.empty() && many) {
         throw ContainerFailure::sentence(
             file.name() + ": Can not locate the Command File data from the input file. Code: " +
-                std::to_string(IO_NOT_FOUND) + " (of more than " + std::to_string(candidates) +
+                std::to_string(IO_NOT_FOUND) + " (of more than " +
+                std::to_string(IO_COMMANDS_CANDIDATES) +
                 " datasets with Command File data none has WHEN 0)",
             IO_NOT_FOUND);
     }
