@@ -2,6 +2,7 @@
 // correct.
 #include "veltext/historyIndex_p.h"
 
+#include "common/takeLine.h"
 #include "veltext/error.h"
 
 #include <charconv>
@@ -208,9 +209,7 @@ HistoryIndex parseIndex(std::string_view text, const std::string &name)
 {
     IndexReader reader(name);
     while (!text.empty()) {
-        const std::size_t end = text.find('\n');
-        reader.take(text.substr(0, end));
-        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+        reader.take(velEditor::takeLine(&text));
     }
     return reader.finish();
 }

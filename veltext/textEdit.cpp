@@ -1,6 +1,7 @@
 // Collects edits, and writes the text with all edits in one pass.
 #include "veltext/textEdit.h"
 
+#include "velapilt/src/velPathParts.h"
 #include "veltext/error.h"
 #include "veltext/valueEdit.h"
 
@@ -14,17 +15,6 @@ namespace veltext {
 namespace {
 
 constexpr const char *usualIndent = "  ";
-
-std::string parentOf(const std::string &path)
-{
-    const std::size_t slash = path.rfind('/');
-    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
-}
-
-std::string componentOf(const std::string &path)
-{
-    return path.substr(path.rfind('/') + 1);
-}
 
 std::string indentOf(const SourceText &source, LineRange lines)
 {
@@ -261,7 +251,7 @@ std::string TextEdit::commentOf(const std::string &path) const
 void TextEdit::addParameter(const std::string &path, const std::string &value,
                             const std::string &comment)
 {
-    add(path, {.component = componentOf(path),
+    add(path, {.component = velLastOfPath(path),
                .value = value,
                .comment = comment,
                .isObject = false,
@@ -270,7 +260,7 @@ void TextEdit::addParameter(const std::string &path, const std::string &value,
 
 void TextEdit::addObject(const std::string &path)
 {
-    add(path, {.component = componentOf(path),
+    add(path, {.component = velLastOfPath(path),
                .value = {},
                .comment = {},
                .isObject = true,
@@ -279,7 +269,7 @@ void TextEdit::addObject(const std::string &path)
 
 void TextEdit::add(const std::string &path, Added added)
 {
-    const std::string parent = parentOf(path);
+    const std::string parent = velPathOfParent(path);
     const auto above = added_.find(parent);
     if (above != added_.end()) {
         above->second.children.push_back(path);

@@ -1,6 +1,7 @@
 // Files read in one piece, as lines and as user data.
 #include "velapilt/src/velFile_p.h"
 
+#include "common/takeLine.h"
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velScan.h"
 
@@ -78,13 +79,11 @@ try {
     }
     std::string_view rest = bytes.view();
     while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find('\n'), rest.size());
-        std::string_view line = rest.substr(0, end);
+        std::string_view line = velEditor::takeLine(&rest);
         line = line.substr(0, line.find('\0'));
         if (lines->addString(line) == 0) {
             return "loadFileData: malloc failed";
         }
-        rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     return nullptr;
 } catch (const std::bad_alloc &) {

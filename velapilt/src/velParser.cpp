@@ -5,6 +5,7 @@
 //  2. take the comment away and make every run of white space one blank
 //  3. take "&replace " off its start
 //  4. hand it to the function of its kind: END, action, parameter, header
+#include "common/takeLine.h"
 #include "velapilt/src/velCheck_p.h"
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velFile_p.h"
@@ -395,9 +396,8 @@ public:
     {
         std::string_view rest = text_;
         while (!rest.empty()) {
-            const std::string_view line = rest.substr(0, rest.find('\n'));
+            const std::string_view line = velEditor::takeLine(&rest);
             visit(line.substr(0, line.find('\0')));
-            rest.remove_prefix(std::min(line.size() + 1, rest.size()));
         }
     }
 

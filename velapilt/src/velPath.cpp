@@ -2,6 +2,7 @@
 #include "velapilt/src/velPath.h"
 
 #include "velapilt/src/velComponentText.h"
+#include "velapilt/src/velPathParts.h"
 #include "velapilt/src/velSpace.h"
 #include "velapilt/src/velapilt.h"
 
@@ -185,21 +186,14 @@ std::string velFullPath(velHandle *handle, const char *path)
 
 std::optional<std::string> velParentPath(velHandle *handle, const char *path)
 {
-    std::string full = velFullPath(handle, path);
-    const std::size_t slash = full.rfind('/');
-    if (slash == std::string::npos) {
-        return std::nullopt;
-    }
-    full.resize(slash == 0 ? 1 : slash);
-    return full;
+    const std::string full = velFullPath(handle, path);
+    return full.find('/') == std::string::npos ? std::nullopt
+                                               : std::optional(velPathOfParent(full));
 }
 
 const char *makeChildPath(const char *parentPath, const char *component, std::string *path)
 try {
-    std::string child = std::strcmp(parentPath, "/") == 0 ? "" : parentPath;
-    child += '/';
-    child += component;
-    *path = std::move(child);
+    *path = velPathOfChild(parentPath, component);
     return nullptr;
 } catch (const std::bad_alloc &) {
     return "makeChildPath: memory error";

@@ -3,6 +3,7 @@
 
 #include "velapilt/src/velHandlers_p.h"
 #include "velapilt/src/velOperation_p.h"
+#include "velapilt/src/velPathParts.h"
 #include "velapilt/src/velPathStack_p.h"
 #include "velapilt/src/velResolve_p.h"
 #include "velapilt/src/velValidity_p.h"
@@ -128,9 +129,7 @@ velNode *velFindNodeNow(velHandle *handle, const velNode *node)
 
 velNode *velFindParentNow(velHandle *handle, const velNode *node)
 {
-    std::string path = velPathOf(handle, node);
-    path.resize(std::max<std::size_t>(path.rfind('/'), 1));
-    return handle->table.find(path);
+    return handle->table.find(velPathOfParent(velPathOf(handle, node)));
 }
 
 const char *velRemoveNode(velHandle *handle, velNode *node, velNode *before)

@@ -6,6 +6,7 @@
 #include "velapilt/src/velHandlers_p.h"
 #include "velapilt/src/velOperation_p.h"
 #include "velapilt/src/velPath.h"
+#include "velapilt/src/velPathParts.h"
 #include "velapilt/src/velPathStack_p.h"
 #include "velapilt/src/velRemove_p.h"
 #include "velapilt/src/velResolve_p.h"
@@ -155,11 +156,10 @@ std::optional<NewPlace> newPlace(velHandle *handle, const char *path)
 {
     const std::string full =
         velNormalForm(velAbsolutePath(getCurrentPath(handle), path), velLastComponent::Keep);
-    const std::size_t slash = full.rfind('/');
-    if (slash == std::string::npos) {
+    if (full.find('/') == std::string::npos) {
         return std::nullopt;
     }
-    return NewPlace{slash == 0 ? "/" : full.substr(0, slash), full.substr(slash + 1)};
+    return NewPlace{velPathOfParent(full), velLastOfPath(full)};
 }
 
 /// Puts the current path back to what it was, whatever has been pushed since.

@@ -1,6 +1,7 @@
 // Flags of nodes, and what a change takes away from the validity above it.
 #include "velapilt/src/velValidity_p.h"
 
+#include "velapilt/src/velPathParts.h"
 #include "velapilt/src/velRemove_p.h"
 #include "velapilt/src/velResolve_p.h"
 
@@ -20,7 +21,7 @@ void velInvalidateByPath(velHandle *handle, const velNode *node)
     std::string path = velPathOf(handle, node);
     bool onlyParams = node->isParam(); // of the nodes passed
     while (path.size() > 1) {
-        path.resize(std::max<std::size_t>(path.rfind('/'), 1));
+        path = velPathOfParent(path);
         velNode *up = handle->table.find(path);
         if (up == nullptr) {
             onlyParams = false; // its children have outlived it

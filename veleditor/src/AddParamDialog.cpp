@@ -1,6 +1,7 @@
 // Builds the dialog for a new parameter, and checks its name and value.
 #include "veleditor/src/AddParamDialog.h"
 
+#include "velapilt/src/velPathParts.h"
 #include "veleditor/src/Boxes.h"
 #include "veleditor/src/StoredValue.h"
 #include "veleditor/src/Text.h"
@@ -40,12 +41,6 @@ QString firstWrongCharacter(const std::string &name)
     }
     const auto wrong = QString::fromUtf8(name.c_str() + place);
     return wrong.left(wrong[0].isHighSurrogate() ? 2 : 1);
-}
-
-/// The path of a parameter of the object.
-std::string parameterPath(const std::string &objectPath, const std::string &name)
-{
-    return (objectPath == "/" ? std::string() : objectPath) + '/' + name;
 }
 
 /// Whether the rules have answered that any name may be added.
@@ -181,7 +176,7 @@ void AddParamDialog::offerValue()
     const std::string name = storedName();
     const bool isName =
         !name.empty() && isLetterOrDigit(paramName_.front()) && firstWrongCharacter(name).isEmpty();
-    valueEntry_->offer(isName ? parameterPath(objectPath_, name) : std::string());
+    valueEntry_->offer(isName ? velPathOfChild(objectPath_, name) : std::string());
 }
 
 std::string AddParamDialog::value() const

@@ -1,7 +1,9 @@
 // Paths and blocks of the command data, and the calls of the bridge that change it.
 #include "veleditor/src/CommandData.h"
 
+#include "common/takeLine.h"
 #include "velapilt/src/velComponentText.h"
+#include "velapilt/src/velPathParts.h"
 #include "veleditor/src/ComponentLabel.h"
 #include "veleditor/src/StoredValue.h"
 #include "veleditor/src/ValueText.h"
@@ -33,13 +35,11 @@ std::vector<velChildInfo> childrenOf(const std::string &path)
     return children;
 }
 
-std::vector<std::string> linesOf(const std::string &text)
+std::vector<std::string> linesOf(std::string_view text)
 {
     std::vector<std::string> lines;
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = std::min(text.find('\n', start), text.size());
-        lines.push_back(text.substr(start, end - start));
-        start = end + 1;
+    while (!text.empty()) {
+        lines.emplace_back(takeLine(&text));
     }
     return lines;
 }
@@ -88,17 +88,17 @@ Message place(const std::string &path, int position)
 
 std::string parentPath(const std::string &path)
 {
-    return path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+    return velPathOfParent(path);
 }
 
 std::string lastComponent(const std::string &path)
 {
-    return path.substr(path.rfind('/') + 1);
+    return velLastOfPath(path);
 }
 
 std::string childPath(const std::string &object, const std::string &component)
 {
-    return (object == "/" ? std::string() : object) + '/' + component;
+    return velPathOfChild(object, component);
 }
 
 // --- What is there --------------------------------------------------------------

@@ -1,6 +1,8 @@
 // Records read from texts, for Perl code that gives only texts.
 #include "velparser/api/textRecords_p.h"
 
+#include "common/takeLine.h"
+
 #include <algorithm>
 
 namespace velparser {
@@ -78,9 +80,7 @@ std::vector<std::string_view> linesOf(std::string_view text)
 {
     std::vector<std::string_view> lines;
     while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        lines.push_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
+        lines.push_back(velEditor::takeLine(&text));
     }
     return lines;
 }

@@ -1,6 +1,7 @@
 // Formats and parses the elements of datasets.
 #include "tools/veltool/ds/dsValues.h"
 
+#include "common/takeLine.h"
 #include "tools/veltool/ds/dsContainer.h"
 #include "tools/veltool/support/output.h"
 
@@ -303,9 +304,7 @@ void parseValues(const data_type &type, std::string_view text, IO_data &data)
     }
     LineParser parser(type, data);
     while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        parser.parse(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
+        parser.parse(velEditor::takeLine(&text));
     }
 }
 

@@ -1,6 +1,7 @@
 // Checks, upgrades and explains command data by the rules, through the bridge.
 #include "tools/veltool/support/ruleCheck.h"
 
+#include "common/takeLine.h"
 #include "tools/veltool/support/commandData.h"
 #include "tools/veltool/support/environment.h"
 #include "tools/veltool/support/failure.h"
@@ -53,17 +54,13 @@ void loadLibrary(velparser::Session &session, const velStringList &lines)
                             static_cast<std::int32_t>(lines.size())));
 }
 
-std::string_view firstLine(std::string_view text)
-{
-    return text.substr(0, text.find('\n'));
-}
-
 std::vector<velparser::UpgradeChange> upgradeLoadedData(velparser::Session &session,
                                                         const std::string &file)
 {
     std::vector<velparser::UpgradeChange> changes;
     if (const char *failure = velparser::upgrade(session, &changes)) {
-        throw Failure(file + ": " + std::string(firstLine(failure)));
+        std::string_view text = failure;
+        throw Failure(file + ": " + std::string(velEditor::takeLine(&text)));
     }
     return changes;
 }
@@ -73,9 +70,8 @@ std::vector<Finding> validateLoadedData(velparser::Session &session)
     std::vector<Finding> findings;
     const char *failure = velparser::validate(session, "/", &findings);
     for (std::string_view rest = failure != nullptr ? failure : ""; !rest.empty();) {
-        const std::string_view line = firstLine(rest);
-        findings.push_back({.path = {}, .identifier = {}, .text = std::string(line)});
-        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        findings.push_back(
+            {.path = {}, .identifier = {}, .text = std::string(velEditor::takeLine(&rest))});
     }
     return findings;
 }

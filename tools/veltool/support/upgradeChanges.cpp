@@ -1,6 +1,8 @@
 // Finds the new names, moved parameters and lines after an upgrade.
 #include "tools/veltool/support/upgradeChanges.h"
 
+#include "velapilt/src/velPathParts.h"
+
 namespace veltool {
 
 namespace {
@@ -20,7 +22,7 @@ std::string newNameIn(const UpgradeChange &change)
     if (!isRenaming(change)) {
         return {};
     }
-    return change.newPath.substr(change.newPath.rfind('/') + 1);
+    return velLastOfPath(change.newPath);
 }
 
 std::vector<veltext::PathChange> pathChangesIn(const std::vector<UpgradeChange> &changes)
