@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -50,14 +51,6 @@ private:
     bool known_ = false;
     std::filesystem::perms permissions_ = std::filesystem::perms::unknown;
 };
-
-void writeLines(TextFile &file, const velStringList &lines)
-{
-    for (const char *line : lines) {
-        file.write(line);
-        file.write("\n");
-    }
-}
 
 std::string textOf(const velStringList &lines)
 {
@@ -195,8 +188,11 @@ SaveResult overwrite(const std::string &loaded, const std::string &target,
     if (const char *failure = velparser::getFormattedVEL("/", velUsualWidth, &lines)) {
         return {SaveOutcome::Unchanged, failure, backup, {}};
     }
-    SaveResult result =
-        overwriting.replace(textOf(lines), nameForFormer(loaded, target, !backup.empty()));
+    std::string text = textOf(lines);
+    SaveResult result = overwriting.replace(text, nameForFormer(loaded, target, !backup.empty()));
+    if (result.outcome == SaveOutcome::Written) {
+        result.written = std::move(text);
+    }
     if (result.backup.empty()) {
         result.backup = backup;
     }
@@ -214,11 +210,12 @@ SaveResult create(const std::string &target, const Permissions &permissions,
         return {SaveOutcome::NotOpened, file.error(), backup, {}};
     }
     permissions.giveTo(target);
+    std::string text = textOf(lines);
     if (failure == nullptr) {
-        writeLines(file, lines);
+        file.write(text);
     }
     if (file.close() && failure == nullptr) {
-        return {SaveOutcome::Written, {}, backup, {}};
+        return {SaveOutcome::Written, {}, backup, {}, std::move(text)};
     }
     static_cast<void>(std::remove(target.c_str()));
     return {SaveOutcome::Failed, failure != nullptr ? failure : file.error(), backup, {}};

@@ -28,6 +28,9 @@ struct SaveResult
 
     /// The file with the new data, if that is not in the target; otherwise empty.
     std::string newData;
+
+    /// The bytes that were written, if all were.
+    std::string written = {};
 };
 
 /// Moves the file `loaded` to `target`.bak, replacing an older backup, and writes the

@@ -2,14 +2,11 @@
 #include "veleditor/src/Document.h"
 
 #include "velparser/api/velparser.h"
-#include "veltext/error.h"
+#include "veltext/history.h"
 #include "veltext/libraryFaults.h"
-#include "veltext/readFile.h"
 #include "veltext/textFault.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -19,19 +16,8 @@ namespace {
 
 constexpr unsigned safeModeLevel = 2;
 
-/// The bytes of a regular file; empty for any other file and if it cannot be read.
-std::string bytesOf(const std::string &file)
-{
-    std::error_code unknown;
-    if (!std::filesystem::is_regular_file(file, unknown)) {
-        return {};
-    }
-    try {
-        return veltext::readBytes(file);
-    } catch (const veltext::Error &) {
-        return {};
-    }
-}
+/// By which name the history of a file knows who replaced a version.
+constexpr char programName[] = "veleditor";
 
 /// Whether a failure of the edit leaves all as it was, but for the value at its path.
 bool failsAsAWhole(const Edit &edit, const CommandData &data)
@@ -81,8 +67,9 @@ Message Document::load()
     if (const char *failure = velparser::loadVELFromFile(file_.c_str(), "vel")) {
         return veltext::explainRefusal(file_, failure);
     }
-    loadedText_ = bytesOf(file_);
-    encoding_ = encodingOf(loadedText_);
+    loaded_ = FileVersion::read(file_);
+    known_ = loaded_;
+    encoding_ = encodingOf(loadedText());
     lastEdit_.reset();
     revision_ = ++lastRevision_;
     formerRevision_ = revision_;
@@ -91,6 +78,12 @@ Message Document::load()
     emit loaded();
     emit reloaded();
     return std::nullopt;
+}
+
+const std::string &Document::loadedText() const
+{
+    static const std::string none;
+    return loaded_ != nullptr ? loaded_->bytes() : none;
 }
 
 void Document::setSafeMode()
@@ -330,6 +323,20 @@ void Document::clearModified()
     emit modifiedMarked(false);
 }
 
+void Document::takeOver(std::shared_ptr<FileVersion> version, bool isData)
+{
+    loaded_ = std::move(version);
+    known_ = loaded_;
+    encoding_ = encodingOf(loadedText());
+    if (isData) {
+        clearModified();
+    } else {
+        revisionOnDisk_ = nextRevision();
+        mark(true);
+    }
+    emit versionKnown();
+}
+
 // --- Validation -------------------------------------------------------------------------
 
 Message Document::validate()
@@ -358,12 +365,28 @@ Message Document::reportFindings(const std::string &path, const char *findings)
 
 SaveResult Document::save(const std::string &target)
 {
+    const bool isOwn = target == file_;
+    if (isOwn) {
+        keepVersion();
+    }
     SaveResult result = writeCommandFile(file_, target);
     if (result.outcome == SaveOutcome::Written) {
+        if (isOwn && known_ != nullptr) {
+            known_ = std::make_shared<FileVersion>(std::exchange(result.written, {}));
+            emit versionKnown();
+        }
         clearModified();
         emit saved(target);
     }
     return result;
+}
+
+void Document::keepVersion()
+{
+    const bool isUnseen =
+        known_ != nullptr && known_->compare(file_).match == FileVersion::Match::Other;
+    const std::string fault = veltext::History(file_).keep(programName);
+    emit versionKept(isUnseen, fault.empty() ? Message() : Message(fault));
 }
 
 void Document::close()

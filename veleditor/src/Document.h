@@ -12,11 +12,13 @@
 #include "veleditor/src/CommandData.h"
 #include "veleditor/src/CommandFile.h"
 #include "veleditor/src/Edit.h"
+#include "veleditor/src/FileVersion.h"
 #include "veleditor/src/TextEncoding.h"
 
 #include <QObject>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -44,9 +46,9 @@ public:
     /// Reads the file into the data. Returns why it is refused, with the line.
     [[nodiscard]] Message load();
 
-    /// The bytes of the file when it was loaded. Empty for a pipe or device, which can
-    /// be read only once.
-    [[nodiscard]] const std::string &loadedText() const { return loadedText_; }
+    /// The bytes of the file when it was loaded or taken over. Empty for a pipe or
+    /// device, which can be read only once.
+    [[nodiscard]] const std::string &loadedText() const;
 
     /// The encoding of the loaded text; typed values are stored in it.
     [[nodiscard]] TextEncoding encoding() const { return encoding_; }
@@ -109,6 +111,17 @@ public:
     /// The data is now what is on the disk.
     void clearModified();
 
+    // --- The file on the disk ----------------------------------------------------
+
+    /// The version of the file that was loaded, saved or taken over last: what the
+    /// file holds unless another program has changed it. Null for a pipe or device.
+    [[nodiscard]] const std::shared_ptr<FileVersion> &knownVersion() const { return known_; }
+
+    /// A version that another program has written is now the known one, and its bytes
+    /// are the loaded text. If the data is that of this version, the document is no
+    /// longer modified, else it is until the next save.
+    void takeOver(std::shared_ptr<FileVersion> version, bool isData);
+
     // --- Validation --------------------------------------------------------------
     // They return the findings, one per line; none if there are none.
 
@@ -119,7 +132,8 @@ public:
     // --- Saving --------------------------------------------------------------------
 
     /// Writes the data to a file; see writeCommandFile. If all of it was written, the
-    /// document is no longer modified, whatever the name of the file.
+    /// document is no longer modified, whatever the name of the file. Before its own
+    /// file is replaced, what that holds is kept in its history.
     [[nodiscard]] SaveResult save(const std::string &target);
 
     /// Nothing follows: the user has agreed to lose what is not saved.
@@ -144,6 +158,14 @@ signals:
 
     /// The complete edit, which has an inverse. Comes after the signal of its kind.
     void applied(const velEditor::Edit &edit);
+
+    /// What a save is about to replace was put into the history of the file; if that
+    /// failed, `fault` says why. `isUnseen`: another program wrote it, and it was
+    /// neither loaded nor taken over.
+    void versionKept(bool isUnseen, const velEditor::Message &fault);
+
+    /// There is another known version.
+    void versionKnown();
 
     /// All of the data was written to `target`, which may be another file.
     void saved(const std::string &target);
@@ -176,11 +198,13 @@ private:
     void noteItsPlace(Edit &edit, bool isParameter) const;
     void fitIn(Edit &edit) const;
     void report(const Edit &done, bool isNew);
+    void keepVersion();
     void mark(bool modified);
     Message reportFindings(const std::string &path, const char *findings);
 
     std::string file_;
-    std::string loadedText_;
+    std::shared_ptr<FileVersion> loaded_; ///< null for a pipe or device
+    std::shared_ptr<FileVersion> known_;  ///< the same
     TextEncoding encoding_ = TextEncoding::Utf8;
     CommandData data_;
     std::uint64_t revision_ = 0;
