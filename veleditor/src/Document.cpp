@@ -88,6 +88,7 @@ const std::string &Document::loadedText() const
 
 void Document::setSafeMode()
 {
+    isSafeMode_ = true;
     static_cast<void>(velparser::setValidationLevelH(safeModeLevel));
 }
 

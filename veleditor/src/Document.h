@@ -55,6 +55,7 @@ public:
 
     /// From now on only values that a running solver reads again can be changed.
     void setSafeMode();
+    [[nodiscard]] bool isSafeMode() const { return isSafeMode_; }
 
     /// Return why units or bounds cannot be checked.
     [[nodiscard]] Message switchUnitsChecksOn();
@@ -212,6 +213,7 @@ private:
     std::uint64_t revisionOnDisk_ = 0;
     std::uint64_t lastRevision_ = 0; ///< the highest number so far
     bool isMarked_ = false;
+    bool isSafeMode_ = false;
     std::optional<Edit> lastEdit_; ///< the edit that `rollBack` reverts
 };
 

@@ -2,9 +2,14 @@
 // follows the document, and belongs to the window.
 #include "veleditor/src/Editor.h"
 
+#include "veleditor/src/UndoKeeper.h"
+
 namespace velEditor {
 
 // An action that a feature adds to the window is listed in the strip's menu.
-void Editor::addFeatures() {}
+void Editor::addFeatures()
+{
+    new UndoKeeper(*document_, *history_, *notice_, this);
+}
 
 } // namespace velEditor
