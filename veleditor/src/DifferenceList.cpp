@@ -165,6 +165,8 @@ DifferenceList::DifferenceList(const char *name, const QString &accessibleName, 
     setEditTriggers(NoEditTriggers);
     setTextElideMode(Qt::ElideMiddle);
     header()->setSectionsMovable(false);
+    connect(header(), &QHeaderView::sectionResized, this,
+            [this] { hasUserWidths_ |= QApplication::mouseButtons() != Qt::NoButton; });
 
     auto *copy = new QAction(tr("&Copy"), this);
     copy->setObjectName(QStringLiteral("CopyDifferences"));
@@ -222,56 +224,63 @@ const std::vector<veltext::Change> &DifferenceList::differences() const
 void DifferenceList::setDifferences(std::vector<veltext::Change> differences)
 {
     const std::vector<veltext::Change> selected = selectedDifferences();
-    const QModelIndex place = currentIndex();
-    const std::string current =
-        place.isValid() ? this->differences()[static_cast<std::size_t>(place.row())].path : "";
+    const int current = currentIndex().isValid() ? currentIndex().row() : -1;
+    const std::string currentPath =
+        current >= 0 ? this->differences()[static_cast<std::size_t>(current)].path : "";
     const int scrolled = verticalScrollBar()->value();
 
     model_->setDifferences(std::move(differences));
     setAccessibleDescription(this->differences().empty() ? emptyText_ : QString());
     fitColumns();
-    restore(selected, current);
+    restore(selected, currentPath, current);
     verticalScrollBar()->setValue(scrolled);
     emit selectionMoved();
 }
 
+/// If the current row is gone, the one that has its place is the current one.
 void DifferenceList::restore(const std::vector<veltext::Change> &selected,
-                             const std::string &current)
+                             const std::string &currentPath, int current)
 {
     std::set<std::string> paths;
     for (const veltext::Change &difference : selected) {
         paths.insert(difference.path);
     }
     QItemSelection again;
-    for (int row = 0; row < model_->rowCount({}); ++row) {
-        const std::string &path = differences()[static_cast<std::size_t>(row)].path;
-        const QModelIndex place = model_->index(row, 0);
-        if (!current.empty() && path == current) {
-            selectionModel()->setCurrentIndex(place, QItemSelectionModel::NoUpdate);
+    int row = 0;
+    int stays = -1;
+    for (const veltext::Change &difference : differences()) {
+        if (current >= 0 && difference.path == currentPath) {
+            stays = row;
         }
-        if (paths.contains(path)) {
-            again.select(place, place);
+        if (paths.contains(difference.path)) {
+            again.select(model_->index(row, 0), model_->index(row, 0));
         }
+        ++row;
+    }
+    if (row > 0) {
+        const int next = stays >= 0 ? stays : std::clamp(current, 0, row - 1);
+        selectionModel()->setCurrentIndex(model_->index(next, 0), QItemSelectionModel::NoUpdate);
     }
     selectionModel()->select(again,
                              QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
-/// Gives the columns their first widths, as soon as there are rows to fit.
+/// Makes columns wider for new rows, unless the user has chosen the widths.
 void DifferenceList::fitColumns()
 {
-    if (hasFitted_ || differences().empty()) {
+    if (hasUserWidths_ || differences().empty()) {
         return;
     }
-    hasFitted_ = true;
     header()->setStretchLastSection(!model_->hasAction());
     for (int column = 0; column < model_->columnCount({}); ++column) {
+        const int former = hasFitted_ ? columnWidth(column) : 0;
         resizeColumnToContents(column);
-        setColumnWidth(column, std::min(columnWidth(column), widest[column]));
+        setColumnWidth(column, std::max(former, std::min(columnWidth(column), widest[column])));
     }
     if (model_->hasAction()) {
         header()->setSectionResizeMode(After, QHeaderView::Stretch);
     }
+    hasFitted_ = true;
 }
 
 std::vector<veltext::Change> DifferenceList::selectedDifferences() const

@@ -75,12 +75,14 @@ protected:
 
 private:
     void act(const QModelIndex &place);
-    void restore(const std::vector<veltext::Change> &selected, const std::string &current);
+    void restore(const std::vector<veltext::Change> &selected, const std::string &currentPath,
+                 int current);
     void fitColumns();
 
     DifferenceModel *model_; ///< a child
     QString emptyText_;
-    bool hasFitted_ = false; ///< the columns have their first widths
+    bool hasFitted_ = false;     ///< the columns have their first widths
+    bool hasUserWidths_ = false; ///< the user has chosen the width of a column
 };
 
 } // namespace velEditor

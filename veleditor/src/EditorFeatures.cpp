@@ -2,6 +2,8 @@
 // follows the document, and belongs to the window.
 #include "veleditor/src/Editor.h"
 
+#include "veleditor/src/ChangesFeature.h"
+#include "veleditor/src/HistoryFeature.h"
 #include "veleditor/src/UndoKeeper.h"
 
 namespace velEditor {
@@ -10,6 +12,8 @@ namespace velEditor {
 void Editor::addFeatures()
 {
     new UndoKeeper(*document_, *history_, *notice_, this);
+    new HistoryFeature(this, *document_, *history_, *notice_);
+    new ChangesFeature(this, *document_, *history_, *tree_);
 }
 
 } // namespace velEditor

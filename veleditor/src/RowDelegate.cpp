@@ -1,4 +1,4 @@
-// Colours and lengths of the texts in the rows.
+// Colours and lengths of the texts in the rows, and their marks.
 #include "veleditor/src/RowDelegate.h"
 
 #include "veleditor/src/Text.h"
@@ -6,6 +6,7 @@
 #include "veleditor/src/VELTreeItem.h"
 
 #include <QColor>
+#include <QPainter>
 #include <QScrollBar>
 
 #include <optional>
@@ -17,6 +18,11 @@ namespace {
 constexpr QColor expertColour(255, 140, 0);
 constexpr QColor valueColour(0, 200, 0);
 constexpr QColor highlightColour(0, 0, 255);
+
+/// The bar at a row that differs from the disk, in pixels.
+constexpr int markWidth = 4;
+constexpr int narrowMarkWidth = 2;
+constexpr int markGap = 1;
 
 /// The colour of a row's text; none for the normal colour.
 std::optional<QColor> textColour(const VELTreeItem &item, int column)
@@ -31,6 +37,19 @@ std::optional<QColor> textColour(const VELTreeItem &item, int column)
         return valueColour;
     }
     return std::nullopt;
+}
+
+/// Paints a bar next to a row: before it, where the branches end, but within the
+/// topmost row, which has nothing before it. It has the colour of the text.
+void paintMark(QPainter &painter, const QStyleOptionViewItem &option, bool hasRoomBefore)
+{
+    QRect bar = option.rect.adjusted(0, markGap, 0, -markGap);
+    bar.setWidth(hasRoomBefore ? markWidth : narrowMarkWidth);
+    if (hasRoomBefore) {
+        bar.translate(-markWidth - markGap, 0);
+    }
+    const bool isSelected = (option.state & QStyle::State_Selected) != 0 && !hasRoomBefore;
+    painter.fillRect(bar, isSelected ? Qt::white : option.palette.color(QPalette::Text));
 }
 
 } // namespace
@@ -49,6 +68,12 @@ void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
         visible.rect.setRight(qMin(option.rect.right(), tree->viewport()->rect().right()));
     }
     QStyledItemDelegate::paint(painter, visible, index);
+    const VELTreeItem *item = tree != nullptr && index.column() == VELTreeItem::Name
+                                  ? VELTreeItem::from(tree->itemFromIndex(index))
+                                  : nullptr;
+    if (item != nullptr && tree->differenceOf(*item) != BaseDifferences::State::Same) {
+        paintMark(*painter, option, item->parent() != nullptr);
+    }
 }
 
 void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const

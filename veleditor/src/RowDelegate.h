@@ -1,5 +1,6 @@
 // Paints the rows of the command tree in colours that show what can be changed:
-// orange for expert parameters, green for the values of all others.
+// orange for expert parameters, green for the values of all others. Rows that differ
+// from the disk have a bar before them.
 #pragma once
 
 #include <QStyledItemDelegate>
@@ -18,7 +19,7 @@ public:
     [[nodiscard]] QString displayText(const QVariant &value, const QLocale &locale) const override;
 
     /// Paints a row. If the vertical scroll bar covers the end of a column, the text
-    /// ends before it.
+    /// ends before it. A row that differs from the disk gets its mark.
     void paint(QPainter *painter, const QStyleOptionViewItem &option,
                const QModelIndex &index) const override;
 

@@ -6,6 +6,7 @@
 // title of the tree's parent widget shows the mark of unsaved changes.
 #pragma once
 
+#include "veleditor/src/BaseDifferences.h"
 #include "veleditor/src/Edit.h"
 #include "veleditor/src/VELTreeItem.h"
 
@@ -37,6 +38,15 @@ public:
     void setModified();
     void clearModified();
     [[nodiscard]] bool isModified() const;
+
+    // --- What differs from the disk ---------------------------------------------
+
+    /// The rows that these differences are about have a mark from now on. Not owned;
+    /// they outlive the tree, or end with a call that passes null.
+    void showDifferences(const BaseDifferences *differences);
+
+    /// What a row, or a loss in its object, differs in.
+    [[nodiscard]] BaseDifferences::State differenceOf(const VELTreeItem &row) const;
 
     // --- Rows (not owned; null if there is none) ----------------------------
 
@@ -182,8 +192,9 @@ private:
     VELTreeItem *lastFlowChild_ = nullptr;
     VELTreeItem *expertItem_ = nullptr;
     VELTreeItem *lastAddedItem_ = nullptr;
-    FindDialog *findDialog_ = nullptr; ///< a child; null until the first search
-    RefusedValue refused_;             ///< all null if there is none
+    FindDialog *findDialog_ = nullptr;             ///< a child; null until the first search
+    RefusedValue refused_;                         ///< all null if there is none
+    const BaseDifferences *differences_ = nullptr; ///< not owned
 };
 
 } // namespace velEditor

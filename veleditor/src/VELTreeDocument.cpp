@@ -65,6 +65,29 @@ void VELTree::showMark(bool modified)
     parentWidget()->setWindowTitle(modified ? title + modifiedMark : title);
 }
 
+// --- The marks of changed rows -------------------------------------------------------
+
+void VELTree::showDifferences(const BaseDifferences *differences)
+{
+    if (differences_ != nullptr) {
+        disconnect(differences_, nullptr, this, nullptr);
+    }
+    differences_ = differences;
+    const auto repaint = [this] { viewport()->update(); };
+    if (differences_ != nullptr) {
+        connect(differences_, &BaseDifferences::differ, this, repaint);
+    }
+    repaint();
+}
+
+BaseDifferences::State VELTree::differenceOf(const VELTreeItem &row) const
+{
+    if (differences_ == nullptr || differences_->isEmpty()) {
+        return BaseDifferences::State::Same;
+    }
+    return differences_->stateOf(row.path(), row.hasValue());
+}
+
 // --- Rows ---------------------------------------------------------------------------
 
 void VELTree::showValue(const std::string &path, const std::string &value)

@@ -4,6 +4,7 @@
 #include "veleditor/src/ComponentLabel.h"
 #include "veleditor/src/RowHelp.h"
 #include "veleditor/src/Text.h"
+#include "veleditor/src/VELTree.h"
 
 #include <QCoreApplication>
 
@@ -103,6 +104,13 @@ void VELTreeItem::setValue(const QString &value)
 
 QString VELTreeItem::state() const
 {
+    QStringList states{permission(), difference()};
+    states.removeAll(QString());
+    return states.join(QLatin1String("; "));
+}
+
+QString VELTreeItem::permission() const
+{
     if (!hasValue_) {
         return QString();
     }
@@ -113,6 +121,23 @@ QString VELTreeItem::state() const
                ? QCoreApplication::translate("velEditor::VELTreeItem",
                                              "expert parameter, can be changed")
                : QCoreApplication::translate("velEditor::VELTreeItem", "can be changed");
+}
+
+QString VELTreeItem::difference() const
+{
+    const auto *tree = qobject_cast<const VELTree *>(treeWidget());
+    switch (tree != nullptr ? tree->differenceOf(*this) : BaseDifferences::State::Same) {
+    case BaseDifferences::State::Same:
+        break;
+    case BaseDifferences::State::Changed:
+        return QCoreApplication::translate("velEditor::VELTreeItem", "changed, not saved yet");
+    case BaseDifferences::State::Added:
+        return QCoreApplication::translate("velEditor::VELTreeItem", "added, not saved yet");
+    case BaseDifferences::State::Lost:
+        return QCoreApplication::translate("velEditor::VELTreeItem",
+                                           "something in it was removed, not saved yet");
+    }
+    return QString();
 }
 
 QVariant VELTreeItem::data(int column, int role) const

@@ -63,8 +63,9 @@ public:
     [[nodiscard]] QVariant data(int column, int role) const override;
     void setData(int column, int role, const QVariant &value) override;
 
-    /// Says in words what the colour shows: whether the parameter can be changed.
-    /// Empty for an object.
+    /// Says in words what the colour and the mark show: whether the parameter can be
+    /// changed, and whether the row differs from the disk. Empty if there is nothing
+    /// to say.
     [[nodiscard]] QString state() const;
 
 private:
@@ -75,6 +76,8 @@ private:
         Own,       ///< not from the component: it is in `ownLabel_`
     };
 
+    [[nodiscard]] QString permission() const;
+    [[nodiscard]] QString difference() const;
     [[nodiscard]] std::string formedLabel(LabelForm form) const;
     void setLabel(const QString &label);
 
