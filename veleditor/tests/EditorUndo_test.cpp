@@ -30,7 +30,9 @@ QString sortedRows(const VELTreeItem &row, int level = 0)
     for (int i = 0; i < row.childCount(); ++i) {
         const VELTreeItem &child = *VELTreeItem::from(row.child(i));
         children.append(QString(level, u' ') + child.label() + u'|' + child.value() + u'|' +
-                        child.state() + u'\n' + sortedRows(child, level + 1));
+                        QString::number(child.isEditable()) +
+                        QString::number(child.isInExpertSection()) + u'\n' +
+                        sortedRows(child, level + 1));
     }
     children.sort();
     return children.join(QString());

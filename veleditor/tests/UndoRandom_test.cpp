@@ -40,9 +40,10 @@ QString rowsText(const VELTreeItem &row, int level = 0)
     QStringList children;
     for (int i = 0; i < row.childCount(); ++i) {
         const VELTreeItem &child = *VELTreeItem::from(row.child(i));
-        children.append(QString(level, u' ') + child.label() + u'|' + child.value().simplified() +
-                        u'|' + child.state() + u'|' + QString::fromStdString(child.component()) +
-                        u'\n' + rowsText(child, level + 1));
+        children.append(
+            QString(level, u' ') + child.label() + u'|' + child.value().simplified() + u'|' +
+            QString::number(child.isEditable()) + QString::number(child.isInExpertSection()) +
+            u'|' + QString::fromStdString(child.component()) + u'\n' + rowsText(child, level + 1));
     }
     children.sort();
     return children.join(QString());
