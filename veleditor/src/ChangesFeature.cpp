@@ -17,6 +17,7 @@ ChangesFeature::ChangesFeature(QWidget *window, Document &document, UndoHistory 
 {
     setObjectName(QStringLiteral("ChangesFeature"));
     tree.showDifferences(&differences_);
+    connect(&document_, &Document::loaded, &differences_, &BaseDifferences::reset);
     connect(&document_, &Document::saved, &differences_, &BaseDifferences::reset);
     // Signals come before the last edit or the mark is complete.
     connect(&document_, &Document::versionKnown, this, &ChangesFeature::takeBase,
@@ -24,7 +25,7 @@ ChangesFeature::ChangesFeature(QWidget *window, Document &document, UndoHistory 
     connect(&document_, &Document::modifiedMarked, this, &ChangesFeature::catchUp,
             Qt::QueuedConnection);
 
-    auto *action = new QAction(tr("Ch&anges..."), window);
+    auto *action = new QAction(tr("Ch&anges\u2026"), window);
     action->setObjectName(QStringLiteral("Changes"));
     action->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_H));
     connect(action, &QAction::triggered, this, &ChangesFeature::show);

@@ -20,7 +20,7 @@ HistoryFeature::HistoryFeature(QWidget *window, Document &document, UndoHistory 
     setObjectName(QStringLiteral("HistoryFeature"));
     connect(&document_, &Document::versionKept, this, &HistoryFeature::reportFault);
 
-    auto *action = new QAction(tr("&History..."), window);
+    auto *action = new QAction(tr("H&istory\u2026"), window);
     action->setObjectName(QStringLiteral("History"));
     action->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_H));
     connect(action, &QAction::triggered, this, &HistoryFeature::show);
