@@ -12,9 +12,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
 #include <memory>
 
-#include <unistd.h>
+#include <sys/resource.h>
 
 using namespace velEditor;
 
@@ -86,6 +87,7 @@ private slots:
     void isTheSameThroughALink();
     void goesWithTheLastStep();
     void saysWhyItCannotBeWritten();
+    void staysAsItWasOnAFullDisk();
     void saysWhyItCannotBeRead();
 };
 
@@ -226,6 +228,29 @@ void UndoFileTest::saysWhyItCannotBeWritten()
     }
     QVERIFY(file().read(text).steps.isEmpty());
     qputenv("HOME", home);
+}
+
+void UndoFileTest::staysAsItWasOnAFullDisk()
+{
+    file().write(text, someSteps());
+    struct rlimit former = {};
+    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &former), 0);
+    struct rlimit full = former;
+    full.rlim_cur = 100;
+    const auto formerAction = std::signal(SIGXFSZ, SIG_IGN);
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &full), 0);
+    std::string failure;
+    try {
+        file().write(text, {someSteps().done, {}});
+    } catch (const veltext::Error &error) {
+        failure = error.message();
+    }
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &former), 0);
+    std::signal(SIGXFSZ, formerAction);
+    QVERIFY2(failure.starts_with(file().name()), failure.c_str());
+    QVERIFY(file().read(text).steps == someSteps());
+    const QDir folder = QFileInfo(nameOf(file())).dir();
+    QCOMPARE(folder.entryList(QDir::Files | QDir::Hidden).size(), 1);
 }
 
 void UndoFileTest::saysWhyItCannotBeRead()

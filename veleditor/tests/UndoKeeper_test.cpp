@@ -2,7 +2,9 @@
 // they select, the title, and when nothing is kept.
 #include "veleditor/tests/EditorTest.h"
 
+#include "veleditor/src/DataChange.h"
 #include "veleditor/src/Document.h"
+#include "veleditor/src/FileVersion.h"
 #include "veleditor/src/NoticeBar.h"
 #include "veleditor/src/UndoFile.h"
 #include "veleditor/src/UndoHistory.h"
@@ -54,6 +56,7 @@ private slots:
     void keepsTheLastSaveWhenItsStateIsGone();
     void goesOnOverManySessions();
     void putsItemsBackInTheirOrder();
+    void undoesAReload();
     void forgetsWhatBelongsToAnotherText();
     void keepsNothingInSafeMode();
     void keepsNothingOfAnEmergencyCopy();
@@ -223,6 +226,24 @@ void UndoKeeperTest::putsItemsBackInTheirOrder()
     press("Ctrl+Z");
     press("Ctrl+Z");
     QCOMPARE(writtenLines(), lines);
+}
+
+void UndoKeeperTest::undoesAReload()
+{
+    open(copyOf("duct.vel"));
+    apply(settingValue(title, "a"));
+    const QByteArray other = contentOf(file()).replace("First run", "From outside");
+    newFile("duct.vel", other);
+    QCOMPARE(changeTo(document(), history(), other.toStdString(), QStringLiteral("Reload")),
+             std::nullopt);
+    document().takeOver(FileVersion::read(document().file()), true);
+    reopen();
+    QCOMPARE(steps(), QString("Reload | "));
+    QCOMPARE(windowMark(), QString("clean"));
+    press("Ctrl+Z");
+    QCOMPARE(row(title).value(), QString("a"));
+    press("Ctrl+Z");
+    QCOMPARE(row(title).value(), QString("First run"));
 }
 
 // --- What does not ------------------------------------------------------------------------
