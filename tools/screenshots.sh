@@ -245,6 +245,25 @@ tutorial() {
     display_close
 }
 
+# A value is changed and a parameter deleted; nothing is saved.
+unsaved_changes() {
+    open_example duct.vel duct.vel
+    find '101325 [Pa]' duct.vel
+    display_press ctrl+e
+    display_await 'Edit Parameter'
+    display_press ctrl+a
+    display_write '100 [kPa]'
+    display_press alt+o
+    display_await 'duct.vel - Modified'
+    find 'Building 14' 'duct.vel - Modified'
+    display_press ctrl+d
+    display_await 'Deleting Parameter'
+    display_press Return
+    display_await 'duct.vel - Modified'
+    opened changes ctrl+shift+h Changes
+    display_close
+}
+
 old_file() {
     open_example old-version.vel 'Command File Updated.'
     picture upgrade-question
@@ -317,6 +336,8 @@ variant() (
     esac
     mkdir -p "$images"
     display_start "$screen"
+    XDG_STATE_HOME=$display_dir/state
+    export XDG_STATE_HOME
     case $1 in
     dark*) dark_desktop ;;
     esac
@@ -324,6 +345,7 @@ variant() (
     expert_section
     findings
     tutorial
+    unsaved_changes
     old_file
     help_viewer
     display_stop

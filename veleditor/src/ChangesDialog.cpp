@@ -15,6 +15,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 namespace velEditor {
@@ -37,7 +38,7 @@ ChangesDialog::ChangesDialog(QWidget *parent, Document &document, UndoHistory &h
     layout->addWidget(heading_);
     layout->addWidget(list_);
     addButtons(*layout);
-    resize(sizeOnScreen(*this, QSize(760, 400)));
+    resize(sizeOnScreen(*this, QSize(880, 420)));
 
     soon_.setSingleShot(true);
     connect(&soon_, &QTimer::timeout, this, &ChangesDialog::refresh);
@@ -47,6 +48,7 @@ ChangesDialog::ChangesDialog(QWidget *parent, Document &document, UndoHistory &h
     connect(&document_, &Document::modifiedMarked, this, refreshSoon);
     connect(&document_, &Document::saved, this, &ChangesDialog::readDisk);
     connect(&watch_, &FileWatch::noticed, this, &ChangesDialog::readDisk);
+    watch_.expect(document_.knownVersion());
     readDisk();
     list_->setFocus();
 }
@@ -83,9 +85,12 @@ void ChangesDialog::readDisk()
 {
     const WaitCursor wait;
     const std::shared_ptr<FileVersion> version = FileVersion::read(document_.file());
-    watch_.expect(version);
     Message refused;
-    if (version != nullptr) {
+    const QSignalBlocker quiet(watch_); // about what is read here
+    if (version == nullptr) {
+        watch_.check();
+    } else {
+        watch_.expect(version);
         refused = fromDisk_.compareWith(version->bytes(), document_.file());
     }
     isDiskReadable_ = version != nullptr && !refused;

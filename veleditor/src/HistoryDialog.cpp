@@ -72,7 +72,7 @@ HistoryDialog::HistoryDialog(QWidget *parent, Document &document, UndoHistory &h
     layout->addWidget(faults_);
     layout->addWidget(parts, 1);
     addButtons(*layout);
-    resize(sizeOnScreen(*this, QSize(760, 520)));
+    resize(sizeOnScreen(*this, QSize(820, 540)));
 
     soon_.setSingleShot(true);
     connect(&soon_, &QTimer::timeout, this, &HistoryDialog::refresh);

@@ -4,7 +4,7 @@
 #include "veleditor/src/ChangesFeature.h"
 #include "veleditor/src/DifferenceList.h"
 #include "veleditor/src/Document.h"
-#include "veleditor/src/EditParamDialog.h"
+#include "veleditor/src/FileVersion.h"
 #include "veleditor/tests/DataText.h"
 #include "veleditor/tests/EditorTest.h"
 #include "veleditor/tests/TreeText.h"
@@ -77,12 +77,14 @@ private slots:
     void comparesWithWhatTheDiskHas();
     void comparesWithTheLastVersionWithoutAFile();
     void saysWhyTheFileCannotBeCompared();
+    void followsAFileThatComesBack();
     void opensOnce();
     void marksARowThatDiffers();
     void marksAnObjectThatLostSomething();
     void describesTheMark();
     void takesTheMarkAwayAtASave();
     void marksWhatAScriptHasChanged();
+    void comparesWithAVersionThatWasTakenOver();
     void marksTheRowsThatAComparisonFinds();
 };
 
@@ -252,6 +254,25 @@ void ChangesDialogTest::saysWhyTheFileCannotBeCompared()
     QVERIFY(heading().endsWith(file() + ":2: parseVELLineH: syntax error near \"b c\""));
 }
 
+void ChangesDialogTest::followsAFileThatComesBack()
+{
+    open(copyOf("duct.vel"));
+    apply(settingValue(title, "Second run"));
+    QByteArray text = contentOf(file());
+    for (const bool isOpen : {false, true}) {
+        QVERIFY(QFile::remove(file()));
+        if (!isOpen) {
+            openDialog();
+        }
+        QTRY_VERIFY(heading().contains("cannot be read"));
+        newFile("duct.vel", text);
+        QTRY_VERIFY(!heading().contains("cannot be read"));
+        QCOMPARE(rows().size(), 1);
+    }
+    newFile("duct.vel", text.replace("First run", "Second run"));
+    QTRY_COMPARE(rows(), QStringList());
+}
+
 void ChangesDialogTest::opensOnce()
 {
     open(copyOf("duct.vel"));
@@ -350,6 +371,20 @@ void ChangesDialogTest::marksWhatAScriptHasChanged()
     QTRY_VERIFY(tree().differenceOf(row(title)) == BaseDifferences::State::Changed);
     apply(settingValue(title, "First run"));
     QVERIFY(tree().differenceOf(row(title)) == BaseDifferences::State::Same);
+}
+
+// As a merge does: the data has both changes, the disk the other one.
+void ChangesDialogTest::comparesWithAVersionThatWasTakenOver()
+{
+    open(copyOf("duct.vel"));
+    apply(settingValue(title, "Second run"));
+    apply(settingValue(kind, "Solid"));
+    QByteArray text = contentOf(file());
+    newFile("duct.vel", text.replace("Kind = Fluid", "Kind = Solid"));
+    document().takeOver(FileVersion::read(file().toStdString()), false);
+    QTRY_COMPARE(markedRows(), QString(title));
+    openDialog();
+    QCOMPARE(rows(), QStringList("changed|/FLOW:Analysis/Title|First run|Second run"));
 }
 
 /// The rows that have a mark: "path: state".
