@@ -66,6 +66,10 @@ file(CHMOD ${VEL_TEST_RUNTIME} DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNE
 set(VEL_TEST_STATE ${CMAKE_BINARY_DIR}/tests/state)
 file(REMOVE_RECURSE ${VEL_TEST_STATE})
 
+# Where programs look for the user's settings; there are none.
+set(VEL_TEST_CONFIG ${CMAKE_BINARY_DIR}/tests/config)
+file(REMOVE_RECURSE ${VEL_TEST_CONFIG})
+
 # How an ordinary perl loads the module. That perl is not linked to the sanitizer's
 # library, which must be loaded first. It frees nothing at its end, so leaks are not
 # checked.
@@ -87,6 +91,7 @@ function(vel_test_environment name)
         "QT_QPA_PLATFORM=offscreen"
         "XDG_RUNTIME_DIR=${VEL_TEST_RUNTIME}"
         "XDG_STATE_HOME=${VEL_TEST_STATE}"
+        "XDG_CONFIG_HOME=${VEL_TEST_CONFIG}"
         "ZOT5_VEL_PARSER=${CMAKE_BINARY_DIR}/perl"
         "ZOT5_VEL_LIBSDIR=${CMAKE_BINARY_DIR}/libraries"
         "ZOT5_VEL_LIBS=rules.vel\\;upgrades.vel"

@@ -38,6 +38,11 @@ CommandText CommandText::read(const std::string &file)
     return CommandText(readBytes(file), file);
 }
 
+std::int32_t CommandText::levels() const
+{
+    return velDeepestBlock(tree());
+}
+
 std::optional<std::string> CommandText::value(const std::string &path) const
 {
     const char *value = velFindValue(tree_.get(), path.c_str());

@@ -7,6 +7,7 @@
 #include "veltext/sourceText.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,6 +42,9 @@ public:
     /// The data, for the functions of the database (velapilt.h). This object owns
     /// it; do not change it.
     [[nodiscard]] velHandle *tree() const { return tree_.get(); }
+
+    /// How many levels its objects nest.
+    [[nodiscard]] std::int32_t levels() const;
 
     /// A copy of the value; nothing if there is no parameter with a value at the path.
     [[nodiscard]] std::optional<std::string> value(const std::string &path) const;

@@ -52,8 +52,17 @@ private:
     std::filesystem::perms permissions_ = std::filesystem::perms::unknown;
 };
 
-std::string textOf(const velStringList &lines)
+/// The bytes to write; nothing, with the reason, if the data cannot be formatted.
+std::optional<std::string> textOf(const SaveContent &content, std::string *reason)
 {
+    if (content.text) {
+        return content.text;
+    }
+    velStringList lines;
+    if (const char *failure = velparser::getFormattedVEL("/", velUsualWidth, &lines)) {
+        *reason = failure;
+        return std::nullopt;
+    }
     std::string text;
     for (const char *line : lines) {
         text.append(line).append("\n");
@@ -178,20 +187,23 @@ std::string nameForFormer(const std::string &loaded, const std::string &target, 
 }
 
 SaveResult overwrite(const std::string &loaded, const std::string &target,
-                     const Permissions &permissions, const std::string &backup)
+                     const Permissions &permissions, const std::string &backup,
+                     const SaveContent &content)
 {
     Overwriting overwriting(target, permissions);
     if (!overwriting.isOpen()) {
         return {SaveOutcome::NotOpened, overwriting.failure(), backup, {}};
     }
-    velStringList lines;
-    if (const char *failure = velparser::getFormattedVEL("/", velUsualWidth, &lines)) {
-        return {SaveOutcome::Unchanged, failure, backup, {}};
+    std::string reason;
+    std::optional<std::string> text = textOf(content, &reason);
+    if (!text) {
+        return {SaveOutcome::Unchanged, reason, backup, {}};
     }
-    std::string text = textOf(lines);
-    SaveResult result = overwriting.replace(text, nameForFormer(loaded, target, !backup.empty()));
+    const std::string former =
+        content.keepsBackup ? std::string() : nameForFormer(loaded, target, !backup.empty());
+    SaveResult result = overwriting.replace(*text, former);
     if (result.outcome == SaveOutcome::Written) {
-        result.written = std::move(text);
+        result.written = std::move(*text);
     }
     if (result.backup.empty()) {
         result.backup = backup;
@@ -201,24 +213,23 @@ SaveResult overwrite(const std::string &loaded, const std::string &target,
 
 /// Writes a target that does not exist yet.
 SaveResult create(const std::string &target, const Permissions &permissions,
-                  const std::string &backup)
+                  const std::string &backup, const SaveContent &content)
 {
     TextFile file(target);
-    velStringList lines;
-    const char *failure = velparser::getFormattedVEL("/", velUsualWidth, &lines);
+    std::string reason;
+    std::optional<std::string> text = textOf(content, &reason);
     if (!file.isOpen()) {
         return {SaveOutcome::NotOpened, file.error(), backup, {}};
     }
     permissions.giveTo(target);
-    std::string text = textOf(lines);
-    if (failure == nullptr) {
-        file.write(text);
+    if (text) {
+        file.write(*text);
     }
-    if (file.close() && failure == nullptr) {
-        return {SaveOutcome::Written, {}, backup, {}, std::move(text)};
+    if (file.close() && text) {
+        return {SaveOutcome::Written, {}, backup, {}, std::move(*text)};
     }
     static_cast<void>(std::remove(target.c_str()));
-    return {SaveOutcome::Failed, failure != nullptr ? failure : file.error(), backup, {}};
+    return {SaveOutcome::Failed, text ? file.error() : reason, backup, {}};
 }
 
 } // namespace
@@ -227,16 +238,18 @@ SaveResult create(const std::string &target, const Permissions &permissions,
 // 2. If the target still exists, make a spare copy, then overwrite the target.
 // 3. Otherwise create the target. Remove it if it is incomplete; the next save would
 //    replace the backup with it.
-SaveResult writeCommandFile(const std::string &loaded, const std::string &target)
+SaveResult writeCommandFile(const std::string &loaded, const std::string &target,
+                            const SaveContent &content)
 {
     const Permissions permissions(loaded);
     const std::string name = veltext::backupNameOf(target);
-    const bool isMoved = veltext::makeBackup(loaded, name, veltext::Backup::Move);
+    const bool isMoved =
+        !content.keepsBackup && veltext::makeBackup(loaded, name, veltext::Backup::Move);
     const std::string backup = isMoved ? name : std::string();
     std::error_code unknown;
     const bool isThere = std::filesystem::exists(target, unknown) || unknown;
-    SaveResult result = isThere ? overwrite(loaded, target, permissions, backup)
-                                : create(target, permissions, backup);
+    SaveResult result = isThere ? overwrite(loaded, target, permissions, backup, content)
+                                : create(target, permissions, backup, content);
     veltext::flushFolderOf(target);
     if (std::filesystem::path(loaded).parent_path() !=
         std::filesystem::path(target).parent_path()) {

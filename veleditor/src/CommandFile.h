@@ -6,6 +6,7 @@
 // a complete one. Only regular files are moved, never devices.
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace velEditor {
@@ -33,9 +34,20 @@ struct SaveResult
     std::string written = {};
 };
 
+/// What `writeCommandFile` writes, and what becomes of the file before.
+struct SaveContent
+{
+    /// The bytes; nothing for the whole command data, wrapped to 79 columns.
+    std::optional<std::string> text = {};
+
+    /// The backup stays as it is: the file that is replaced is not worth keeping.
+    bool keepsBackup = false;
+};
+
 /// Moves the file `loaded` to `target`.bak, replacing an older backup, and writes the
-/// whole command data to `target`, wrapped to 79 columns. The result of the move is
-/// not checked, because there may be nothing to move.
-[[nodiscard]] SaveResult writeCommandFile(const std::string &loaded, const std::string &target);
+/// content to `target`. The result of the move is not checked, because there may be
+/// nothing to move.
+[[nodiscard]] SaveResult writeCommandFile(const std::string &loaded, const std::string &target,
+                                          const SaveContent &content = {});
 
 } // namespace velEditor

@@ -114,6 +114,27 @@ private:
         std::size_t item;
     };
 
+    /// The siblings before an item.
+    class Siblings
+    {
+    public:
+        void pass(bool isParameter)
+        {
+            ++count_;
+            parameters_ += isParameter ? 1 : 0;
+        }
+
+        void giveTo(Edit &edit) const
+        {
+            edit.position = count_;
+            edit.parametersBefore = parameters_;
+        }
+
+    private:
+        int count_ = 0;
+        int parameters_ = 0;
+    };
+
     /// The places of the children that stay: those that come in the same order.
     using Kept = std::map<Key, std::size_t>;
 
@@ -153,35 +174,38 @@ private:
         const std::vector<std::size_t> wanted = childrenOf(object);
         const Kept kept = keptOf(now, wanted);
 
-        std::vector<bool> isLibrary; // of the children that are left
+        std::vector<CommandData::Child> left;
+        Siblings before;
         for (const CommandData::Child &child : now) {
-            const bool stays =
-                child.isLibrary || kept.contains({child.component, child.isParameter});
-            if (stays) {
-                isLibrary.push_back(child.isLibrary);
+            if (child.isLibrary || kept.contains({child.component, child.isParameter})) {
+                before.pass(child.isParameter);
+                left.push_back(child);
             } else {
-                remove(childPath(path, child.component), child.isParameter);
+                remove(childPath(path, child.component), child.isParameter, before);
             }
         }
-        std::size_t place = 0;
-        std::size_t left = 0; // the number of `isLibrary` that is at `place`
+        before = {};
+        auto next = left.begin();
         for (const std::size_t item : wanted) {
-            for (; left < isLibrary.size() && isLibrary[left]; ++left) {
-                ++place;
+            for (; next != left.end() && next->isLibrary; ++next) {
+                before.pass(next->isParameter);
             }
             if (kept.contains(keyOf(items_[item]))) {
                 keep(childPath(path, items_[item].component), item);
-                ++left;
+                ++next;
             } else {
-                add(childPath(path, items_[item].component), item, static_cast<int>(place));
+                add(childPath(path, items_[item].component), item, before);
             }
-            ++place;
+            before.pass(items_[item].value.has_value());
         }
     }
 
-    void remove(const std::string &path, bool isParameter)
+    void remove(const std::string &path, bool isParameter, const Siblings &before)
     {
-        edits_.push_back(isParameter ? deletingParameter(path) : deletingObject(path));
+        Edit edit = isParameter ? deletingParameter(path) : deletingObject(path);
+        edit.oldText = isParameter ? data_.value(path).value_or("") : data_.block(path);
+        before.giveTo(edit);
+        edits_.push_back(std::move(edit));
     }
 
     void keep(const std::string &path, std::size_t item)
@@ -189,17 +213,21 @@ private:
         const Item &wanted = items_[item];
         if (!wanted.value) {
             pending_.push_back({path, item});
-        } else if (data_.value(path).value_or("") != *wanted.value) {
+            return;
+        }
+        const std::string value = data_.value(path).value_or("");
+        if (value != *wanted.value) {
             edits_.push_back(settingValue(path, *wanted.value));
+            edits_.back().oldText = value;
         }
     }
 
-    void add(const std::string &path, std::size_t item, int place)
+    void add(const std::string &path, std::size_t item, const Siblings &before)
     {
         const Item &wanted = items_[item];
         Edit edit = wanted.value ? addingParameter(path, *wanted.value)
                                  : addingObject(path, blockOf(items_, item));
-        edit.position = place;
+        before.giveTo(edit);
         edits_.push_back(std::move(edit));
     }
 

@@ -22,8 +22,8 @@ namespace velEditor {
 class Document;
 class UndoHistory;
 
-/// The edits that lead from the data to that of a text when they are applied in this
-/// order; none if both are the same. An item that is at another place among its
+/// The complete edits that lead from the data to that of a text when they are applied in
+/// this order; none if both are the same. An item that is at another place among its
 /// siblings is deleted and added again. Library data stays.
 [[nodiscard]] std::vector<Edit> editsTowards(const CommandData &data,
                                              const veltext::CommandText &wanted);

@@ -162,6 +162,23 @@ Message Document::upgrade()
     return copied(velparser::updateSolverVEL());
 }
 
+void Document::announceUpgrade(const std::string &changes)
+{
+    emit upgraded(changes);
+}
+
+void Document::reportMade(const std::vector<Edit> &edits, std::uint64_t from)
+{
+    const std::uint64_t now = revision_;
+    lastEdit_.reset();
+    revision_ = from;
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+        formerRevision_ = revision_;
+        revision_ = i + 1 < edits.size() ? nextRevision() : now;
+        emit applied(edits[i]);
+    }
+}
+
 /// Makes the change and completes the edit.
 Message Document::change(Edit &edit)
 {
@@ -366,11 +383,25 @@ Message Document::reportFindings(const std::string &path, const char *findings)
 
 SaveResult Document::save(const std::string &target)
 {
+    return write(target, false);
+}
+
+SaveResult Document::saveAgain()
+{
+    const bool isKnown =
+        known_ != nullptr && known_->compare(file_).match == FileVersion::Match::Same;
+    return write(file_, isKnown);
+}
+
+SaveResult Document::write(const std::string &target, bool keepsBackup)
+{
     const bool isOwn = target == file_;
+    SaveContent content{.keepsBackup = keepsBackup};
     if (isOwn) {
         keepVersion();
+        content.text = makeText_ ? makeText_() : std::nullopt;
     }
-    SaveResult result = writeCommandFile(file_, target);
+    SaveResult result = writeCommandFile(file_, target, content);
     if (result.outcome == SaveOutcome::Written) {
         if (isOwn && known_ != nullptr) {
             known_ = std::make_shared<FileVersion>(std::exchange(result.written, {}));

@@ -18,9 +18,12 @@
 #include <QObject>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace velEditor {
 
@@ -89,6 +92,13 @@ public:
     /// emits signals, because the caller informs the user first.
     [[nodiscard]] Message upgrade();
 
+    /// The user was informed of an upgrade and the rows show it: emits `upgraded`.
+    void announceUpgrade(const std::string &changes);
+
+    /// Reports complete edits that were made in another way: they led from the state
+    /// `from` to the current one. Emits `applied` for each, and no other signal.
+    void reportMade(const std::vector<Edit> &edits, std::uint64_t from);
+
     // --- Unsaved changes -------------------------------------------------------
 
     /// The number of the state that the data is in. Two states that may differ
@@ -137,6 +147,15 @@ public:
     /// file is replaced, what that holds is kept in its history.
     [[nodiscard]] SaveResult save(const std::string &target);
 
+    /// Gives the bytes that a save writes to the document's own file; nothing for the
+    /// formatted text.
+    using TextMaker = std::function<std::optional<std::string>()>;
+    void setTextMaker(TextMaker maker) { makeText_ = std::move(maker); }
+
+    /// Saves to the document's own file. The backup stays that of the save before, unless
+    /// another program has written to the file since.
+    [[nodiscard]] SaveResult saveAgain();
+
     /// Nothing follows: the user has agreed to lose what is not saved.
     void close();
 
@@ -156,6 +175,10 @@ signals:
 
     /// All of the data may have changed.
     void reloaded();
+
+    /// The loaded data was upgraded and marked. `changes` is the list of what was
+    /// changed.
+    void upgraded(const std::string &changes);
 
     /// The complete edit, which has an inverse. Comes after the signal of its kind.
     void applied(const velEditor::Edit &edit);
@@ -201,11 +224,13 @@ private:
     void report(const Edit &done, bool isNew);
     void keepVersion();
     void mark(bool modified);
+    [[nodiscard]] SaveResult write(const std::string &target, bool keepsBackup);
     Message reportFindings(const std::string &path, const char *findings);
 
     std::string file_;
     std::shared_ptr<FileVersion> loaded_; ///< null for a pipe or device
     std::shared_ptr<FileVersion> known_;  ///< the same
+    TextMaker makeText_;                  ///< may be empty
     TextEncoding encoding_ = TextEncoding::Utf8;
     CommandData data_;
     std::uint64_t revision_ = 0;

@@ -259,10 +259,17 @@ QString Editor::whatWasKept(const SaveResult &result)
 
 bool Editor::save(const std::string &target)
 {
-    if (!confirmErrors()) {
-        return false;
-    }
-    const SaveResult result = document_->save(target);
+    return confirmErrors() && isWell(document_->save(target), target);
+}
+
+bool Editor::saveAgain()
+{
+    return confirmErrors() && isWell(document_->saveAgain(), document_->file());
+}
+
+/// The result of `save`, after a box about what failed.
+bool Editor::isWell(const SaveResult &result, const std::string &target)
+{
     if (result.outcome == SaveOutcome::Written) {
         return true;
     }

@@ -50,6 +50,9 @@ public:
     /// also if `target` could not be opened, after its box.
     bool save(const std::string &target);
 
+    /// The same to the loaded file, with Document::saveAgain.
+    bool saveAgain();
+
     // Callers know these by name and number. What a new menu entry does is private.
 public slots:
     void doSave();
@@ -89,6 +92,7 @@ private:
     void showSteps();
 
     static QString whatWasKept(const SaveResult &result);
+    [[nodiscard]] bool isWell(const SaveResult &result, const std::string &target);
     [[nodiscard]] bool confirmErrors();
     [[nodiscard]] bool mayClose();
 

@@ -4,7 +4,9 @@
 
 #include "veleditor/src/ChangesFeature.h"
 #include "veleditor/src/HistoryFeature.h"
+#include "veleditor/src/KeepLayout.h"
 #include "veleditor/src/UndoKeeper.h"
+#include "veleditor/src/UpgradeNotice.h"
 
 namespace velEditor {
 
@@ -14,6 +16,9 @@ void Editor::addFeatures()
     new UndoKeeper(*document_, *history_, *notice_, this);
     new HistoryFeature(this, *document_, *history_, *notice_);
     new ChangesFeature(this, *document_, *history_, *tree_);
+    // Of an upgrade it must know before the upgrade becomes a step.
+    new KeepLayout(*document_, *notice_, *this, [this] { return saveAgain(); });
+    new UpgradeNotice(*document_, *history_, *notice_, *this);
 }
 
 } // namespace velEditor

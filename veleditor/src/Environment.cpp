@@ -39,4 +39,14 @@ bool showsExpertItems()
     return std::getenv("ZOT5_VEL_EXPERT") != nullptr;
 }
 
+std::string configHome()
+{
+    const char *given = std::getenv("XDG_CONFIG_HOME");
+    if (given != nullptr && *given == '/') {
+        return given;
+    }
+    const char *home = std::getenv("HOME");
+    return home != nullptr && *home == '/' ? std::string(home) + "/.config" : std::string();
+}
+
 } // namespace velEditor::environment

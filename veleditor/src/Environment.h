@@ -2,6 +2,8 @@
 // The texts belong to the environment.
 #pragma once
 
+#include <string>
+
 namespace velEditor::environment {
 
 /// ZOT5ROOT: the folder that contains etc/icons/. If it is not set: null, with a line
@@ -16,5 +18,9 @@ namespace velEditor::environment {
 
 /// ZOT5_VEL_EXPERT: whether items for experts are shown.
 [[nodiscard]] bool showsExpertItems();
+
+/// The folder of the user's settings: XDG_CONFIG_HOME, else .config in HOME; empty if
+/// neither is an absolute path.
+[[nodiscard]] std::string configHome();
 
 } // namespace velEditor::environment

@@ -91,6 +91,13 @@ void MessageDialog::addButtons(QVBoxLayout &layout, const QString &fileButtonTex
     row->addWidget(file);
 }
 
+void MessageDialog::showBeside(const QWidget &window)
+{
+    move(window.pos() + QPoint(50, 50));
+    show();
+    repaint();
+}
+
 void MessageDialog::writeMessagesToFile()
 {
     const QString proposal =

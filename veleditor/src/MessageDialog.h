@@ -27,6 +27,9 @@ public:
                   const QString &defaultFileName, std::string_view messages, bool questionMode,
                   const QString &question);
 
+    /// Shows the dialog at once, next to the corner of a window and not on top of it.
+    void showBeside(const QWidget &window);
+
 public slots:
     /// Asks for a file and writes the messages to it, in UTF-8. The dialog stays
     /// open.

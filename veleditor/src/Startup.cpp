@@ -11,6 +11,7 @@
 #include "veleditor/src/MessageDialog.h"
 #include "veleditor/src/ScreenPlace.h"
 #include "veleditor/src/Text.h"
+#include "veleditor/src/UpgradeNotice.h"
 #include "veleditor/src/VELTree.h"
 #include "veleditor/src/WaitCursor.h"
 
@@ -54,14 +55,6 @@ const char *answerTo(std::string_view word)
     return nullptr;
 }
 
-/// Shows a dialog next to the main window's corner, not on top of it.
-void showBeside(const Editor &editor, QDialog &dialog)
-{
-    dialog.move(editor.pos() + QPoint(50, 50));
-    dialog.show();
-    dialog.repaint();
-}
-
 /// Upgrades the data to the current version of the language and offers to show the
 /// changes.
 void upgrade(Application &application, Editor &editor)
@@ -70,18 +63,17 @@ void upgrade(Application &application, Editor &editor)
     if (!changes) {
         return;
     }
-    const std::string messages = "The following changes were made:\n\n" + *changes;
     const bool showChanges =
         askYesNo(&editor, Editor::tr("Command File Updated."),
                  Editor::tr("The Command File has been updated to be consistent with\nthis "
                             "version of OMBRA ZOT.\n\nDo you want to see the changes made?"));
     application.rethrow();
     if (showChanges) {
-        showBeside(editor, *new VELUpgradeMessagesDialog(
-                               &editor, QStringLiteral("Command File Updates"), messages));
+        showUpgradeMessages(editor, *changes);
     }
     editor.tree().setModified();
     editor.tree().buildTree();
+    editor.document().announceUpgrade(*changes);
 }
 
 void validateFirst(Application &application, Editor &editor)
@@ -98,7 +90,7 @@ void validateFirst(Application &application, Editor &editor)
     box.buttons = QStringList{Editor::tr("Continue")};
     static_cast<void>(ask(&editor, box));
     application.rethrow();
-    showBeside(editor, *new ErrorDialog(&editor, QStringLiteral("Errors"), *findings, false));
+    (new ErrorDialog(&editor, QStringLiteral("Errors"), *findings, false))->showBeside(editor);
 }
 
 int runSession(Application &application, std::unique_ptr<Editor> &editor,

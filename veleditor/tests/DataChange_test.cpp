@@ -66,7 +66,9 @@ std::string listOf(const std::vector<Edit> &edits)
             list += "replace " + edit.path;
             break;
         }
-        list += edit.position == Edit::atEnd ? "\n" : " at " + std::to_string(edit.position) + "\n";
+        const bool isNew =
+            edit.kind == Edit::Kind::AddParameter || edit.kind == Edit::Kind::AddObject;
+        list += isNew ? " at " + std::to_string(edit.position) + "\n" : "\n";
     }
     return list;
 }
@@ -244,8 +246,15 @@ void DataChangeTest::leadsFromAnyTextToAnyOther()
         load(randomContent(random, 0));
         const std::string former = dump(storedData());
         const std::string wanted = randomContent(random, 0);
+        const std::vector<Edit> edits =
+            editsTowards(document_->data(), veltext::CommandText(wanted));
+        std::vector<Edit> made;
+        connect(document_.get(), &Document::applied, this,
+                [&](const Edit &edit) { made.push_back(edit); });
         const Message failure = changeTo(*document_, *history_, wanted, "Reload");
         QVERIFY2(!failure, failure.value_or("").c_str());
+        QVERIFY(made == edits); // they were complete
+        disconnect(document_.get(), &Document::applied, this, nullptr);
         velparser::Session fresh = freshLoad(linesOf(wanted));
         QCOMPARE(dump(storedData()), dump(storedData(fresh)));
         QCOMPARE(change(wanted), std::string());
