@@ -13,12 +13,13 @@ namespace velEditor {
 // An action that a feature adds to the window is listed in the strip's menu.
 void Editor::addFeatures()
 {
-    new UndoKeeper(*document_, *history_, *notice_, this);
     new HistoryFeature(this, *document_, *history_, *notice_);
     new ChangesFeature(this, *document_, *history_, *tree_);
     // Of an upgrade it must know before the upgrade becomes a step.
     new KeepLayout(*document_, *notice_, *this, [this] { return saveAgain(); });
     new UpgradeNotice(*document_, *history_, *notice_, *this);
+    // And this one after it.
+    new UndoKeeper(*document_, *history_, *notice_, this);
 }
 
 } // namespace velEditor

@@ -36,6 +36,7 @@ Message failureOf(Function function)
 UndoKeeper::UndoKeeper(Document &document, UndoHistory &history, NoticeBar &notice, QObject *parent)
     : QObject(parent), document_(document), history_(history), notice_(notice)
 {
+    connect(&document, &Document::upgraded, this, &UndoKeeper::forgetIfUnknown);
     connect(&document, &Document::saved, this, &UndoKeeper::keepAfterSave);
     connect(&document, &Document::closed, this, &UndoKeeper::keepAtEnd);
     restore();
@@ -63,6 +64,14 @@ void UndoKeeper::restore()
     }
     if (!kept.fault.empty()) {
         report(tr("Not every earlier change can be undone: %1").arg(fromBytes(kept.fault)));
+    }
+}
+
+// Where the upgrade is not a step, nobody knows whether the steps before it still fit.
+void UndoKeeper::forgetIfUnknown()
+{
+    if (!history_.stepsAround(document_.revision(), 0)) {
+        history_.clear();
     }
 }
 

@@ -28,6 +28,7 @@ public:
 private:
     [[nodiscard]] bool canKeep() const;
     void restore();
+    void forgetIfUnknown();
     void keepAfterSave(const std::string &target);
     void keepAtEnd();
     void keep(const UndoSteps &steps);

@@ -8,6 +8,7 @@
 #include "veleditor/src/NoticeBar.h"
 #include "veleditor/src/UndoFile.h"
 #include "veleditor/src/UndoHistory.h"
+#include "veleditor/src/UndoKeeper.h"
 #include "veleditor/tests/DataText.h"
 #include "veleditor/tests/TreeText.h"
 
@@ -57,7 +58,9 @@ private slots:
     void goesOnOverManySessions();
     void putsItemsBackInTheirOrder();
     void undoesAReload();
+    void undoesAnUpgradeAndWhatWasBefore();
     void forgetsWhatBelongsToAnotherText();
+    void forgetsStepsBeforeAnUnknownUpgrade();
     void keepsNothingInSafeMode();
     void keepsNothingOfAnEmergencyCopy();
     void leavesTheStepsOfAnotherWindow();
@@ -246,6 +249,39 @@ void UndoKeeperTest::undoesAReload()
     QCOMPARE(row(title).value(), QString("First run"));
 }
 
+// The file was saved with the language of then. The upgrade at the next start is a
+// step after those that were kept.
+void UndoKeeperTest::undoesAnUpgradeAndWhatWasBefore()
+{
+    const char mode[] = "/FLOW:Analysis/Mode";
+    open(copyOf("old.vel"));
+    const std::string before = dump(asSaved(storedData()));
+    apply(settingValue(mode, "Transient"));
+    onDialog<QDialog>([](QDialog &dialog) { dialog.accept(); }); // findings
+    save();
+    reopen();
+    const Message changes = document().upgrade();
+    QVERIFY(changes.has_value());
+    tree().setModified();
+    tree().buildTree();
+    document().announceUpgrade(*changes);
+    QVERIFY2(history().undoText().startsWith("Upgrade"), qPrintable(history().undoText()));
+    const std::string upgraded = dump(asSaved(storedData()));
+    apply(settingValue("/FLOW:Analysis/Run Mode", "Steady"));
+    save();
+    reopen();
+
+    press("Ctrl+Z");
+    QCOMPARE(dump(asSaved(storedData())), upgraded);
+    press("Ctrl+Z");
+    QCOMPARE(document().data().value(mode), "Transient");
+    press("Ctrl+Z");
+    QCOMPARE(dump(asSaved(storedData())), before);
+    press("Ctrl+Y");
+    press("Ctrl+Y");
+    QCOMPARE(dump(asSaved(storedData())), upgraded);
+}
+
 // --- What does not ------------------------------------------------------------------------
 
 void UndoKeeperTest::forgetsWhatBelongsToAnotherText()
@@ -265,6 +301,26 @@ void UndoKeeperTest::forgetsWhatBelongsToAnotherText()
     forgetData();
     open(file());
     QCOMPARE(steps(), QString("Title = a | "));
+}
+
+// An upgrade of objects that nest very deeply is not a step.
+void UndoKeeperTest::forgetsStepsBeforeAnUnknownUpgrade()
+{
+    open(copyOf("duct.vel"));
+    apply(settingValue(title, "a"));
+    save();
+    QVERIFY(editor().close());
+    forgetData();
+    Document other(document().file());
+    UndoHistory otherHistory(other);
+    QCOMPARE(other.load(), std::nullopt);
+    QWidget window;
+    NoticeBar notice(&window);
+    const UndoKeeper keeper(other, otherHistory, notice, &window);
+    QCOMPARE(otherHistory.undoText(), QString("Title = a"));
+    other.setModified();
+    other.announceUpgrade("/FLOW:Analysis/Mode is gone\n");
+    QVERIFY(!otherHistory.canUndo());
 }
 
 void UndoKeeperTest::keepsNothingInSafeMode()
