@@ -13,6 +13,7 @@
 #include <QCryptographicHash>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -98,6 +99,23 @@ void takeStep(std::string_view body, std::vector<UndoStep> &steps)
     }
 }
 
+/// Removes what programs have left that were killed while they wrote.
+void removeLeftovers(const std::string &folder)
+{
+    namespace fs = std::filesystem;
+    const fs::file_time_type old = fs::file_time_type::clock::now() - std::chrono::hours(24);
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code unknown;
+        const fs::file_time_type written = entry->last_write_time(unknown);
+        if (entry->path().filename().string().starts_with(".veltool-") && !unknown &&
+            written < old) {
+            fs::remove(entry->path(), unknown);
+        }
+    }
+}
+
 } // namespace
 
 std::string undoBytes(const std::string &commandFile, std::string_view text, const UndoSteps &steps)
@@ -172,6 +190,7 @@ void UndoFile::write(std::string_view text, const UndoSteps &steps) const
         throw veltext::Error("neither XDG_STATE_HOME nor HOME names a folder");
     }
     veltext::makePrivateFolder(veltext::folderOf(name_));
+    removeLeftovers(veltext::folderOf(name_));
     veltext::TemporaryFile temporary(name_, name_);
     temporary.fill(undoBytes(commandFile_, text, steps), ownerOnly);
     temporary.rename(name_);

@@ -5,6 +5,7 @@
 #include "veltext/error.h"
 #include "veltext/record.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -87,6 +88,7 @@ private slots:
     void isTheSameThroughALink();
     void goesWithTheLastStep();
     void saysWhyItCannotBeWritten();
+    void removesWhatKilledProgramsLeft();
     void staysAsItWasOnAFullDisk();
     void saysWhyItCannotBeRead();
 };
@@ -228,6 +230,21 @@ void UndoFileTest::saysWhyItCannotBeWritten()
     }
     QVERIFY(file().read(text).steps.isEmpty());
     qputenv("HOME", home);
+}
+
+void UndoFileTest::removesWhatKilledProgramsLeft()
+{
+    file().write(text, someSteps());
+    const QDir folder = QFileInfo(nameOf(file())).dir();
+    for (const int hours : {23, 25}) {
+        QFile left(folder.filePath(QStringLiteral(".veltool-%1").arg(hours)));
+        QVERIFY(left.open(QIODevice::WriteOnly));
+        QVERIFY(left.setFileTime(QDateTime::currentDateTime().addSecs(-3600 * hours),
+                                 QFileDevice::FileModificationTime));
+    }
+    file().write(text, someSteps());
+    QCOMPARE(folder.entryList(QDir::Files | QDir::Hidden, QDir::Name),
+             QStringList({".veltool-23", QFileInfo(nameOf(file())).fileName()}));
 }
 
 void UndoFileTest::staysAsItWasOnAFullDisk()
