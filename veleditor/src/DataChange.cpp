@@ -93,7 +93,10 @@ Key keyOf(const Item &item)
 class Comparison
 {
 public:
-    Comparison(const CommandData &data, const Items &items) : data_(data), items_(items) {}
+    Comparison(const CommandData &data, const Items &items, EditDetail detail)
+        : data_(data), items_(items), detail_(detail)
+    {
+    }
 
     std::vector<Edit> run()
     {
@@ -191,7 +194,7 @@ private:
                 before.pass(next->isParameter);
             }
             if (kept.contains(keyOf(items_[item]))) {
-                keep(childPath(path, items_[item].component), item);
+                keep(childPath(path, items_[item].component), item, before);
                 ++next;
             } else {
                 add(childPath(path, items_[item].component), item, before);
@@ -208,17 +211,30 @@ private:
         edits_.push_back(std::move(edit));
     }
 
-    void keep(const std::string &path, std::size_t item)
+    void keep(const std::string &path, std::size_t item, const Siblings &before)
     {
         const Item &wanted = items_[item];
         if (!wanted.value) {
-            pending_.push_back({path, item});
+            keepObject(path, item, before);
             return;
         }
         const std::string value = data_.value(path).value_or("");
         if (value != *wanted.value) {
             edits_.push_back(settingValue(path, *wanted.value));
             edits_.back().oldText = value;
+        }
+    }
+
+    void keepObject(const std::string &path, std::size_t item, const Siblings &before)
+    {
+        if (detail_ == EditDetail::Items) {
+            pending_.push_back({path, item});
+            return;
+        }
+        Edit edit{Edit::Kind::ReplaceObject, path, data_.block(path), blockOf(items_, item)};
+        before.giveTo(edit);
+        if (edit.oldText != edit.newText) {
+            edits_.push_back(std::move(edit));
         }
     }
 
@@ -233,15 +249,18 @@ private:
 
     const CommandData &data_;
     const Items &items_;
+    EditDetail detail_;
     std::vector<Object> pending_;
     std::vector<Edit> edits_;
 };
 
 } // namespace
 
-std::vector<Edit> editsTowards(const CommandData &data, const veltext::CommandText &wanted)
+std::vector<Edit> editsTowards(const CommandData &data, const veltext::CommandText &wanted,
+                               EditDetail detail)
 {
-    return Comparison(data, itemsOf(wanted)).run();
+    const Items items = itemsOf(wanted);
+    return Comparison(data, items, detail).run();
 }
 
 Message changeTo(Document &document, UndoHistory &history, const std::string &text,

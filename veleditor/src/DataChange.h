@@ -22,11 +22,18 @@ namespace velEditor {
 class Document;
 class UndoHistory;
 
+/// How far edits go into what differs.
+enum class EditDetail {
+    Items,   ///< to each parameter and object
+    Objects, ///< no further than to objects at the top, which are replaced as a whole
+};
+
 /// The complete edits that lead from the data to that of a text when they are applied in
 /// this order; none if both are the same. An item that is at another place among its
 /// siblings is deleted and added again. Library data stays.
 [[nodiscard]] std::vector<Edit> editsTowards(const CommandData &data,
-                                             const veltext::CommandText &wanted);
+                                             const veltext::CommandText &wanted,
+                                             EditDetail detail = EditDetail::Items);
 
 /// Makes these edits as one step of this name and validates the data. A text that is
 /// refused changes nothing. Returns why, with the line, or the message of the edit

@@ -51,6 +51,18 @@ std::optional<veltext::CommandText> formerText(const Document &document)
     }
 }
 
+/// The edits that lead back to the data before the upgrade. The window makes all of its
+/// rows again for each object that comes or goes; so many of them are replaced together.
+std::vector<Edit> editsBack(const CommandData &data, const veltext::CommandText &former)
+{
+    constexpr int mostObjects = 10;
+    std::vector<Edit> edits = editsTowards(data, former);
+    const auto objects = std::count_if(edits.begin(), edits.end(), [](const Edit &edit) {
+        return edit.kind == Edit::Kind::AddObject || edit.kind == Edit::Kind::DeleteObject;
+    });
+    return objects > mostObjects ? editsTowards(data, former, EditDetail::Objects) : edits;
+}
+
 QString sentence(const std::optional<std::string> &from, const std::optional<std::string> &to,
                  int count)
 {
@@ -102,7 +114,7 @@ void UpgradeNotice::takeUpgrade(const std::string &changes)
 /// False if the data did not change.
 bool UpgradeNotice::makeStep(const veltext::CommandText &former, const QString &name)
 {
-    std::vector<Edit> edits = editsTowards(document_.data(), former);
+    std::vector<Edit> edits = editsBack(document_.data(), former);
     std::reverse(edits.begin(), edits.end());
     for (Edit &edit : edits) {
         edit = inverse(edit);

@@ -127,6 +127,7 @@ private slots:
     void refusesATextWithAMistake();
     void keepsLibraryData();
     void leadsFromAnyTextToAnyOther();
+    void leadsThereByWholeObjects();
 };
 
 void DataChangeTest::init()
@@ -259,6 +260,32 @@ void DataChangeTest::leadsFromAnyTextToAnyOther()
         QCOMPARE(dump(storedData()), dump(storedData(fresh)));
         QCOMPARE(change(wanted), std::string());
         if (history_->canUndo()) {
+            QCOMPARE(history_->undo(), std::nullopt);
+        }
+        QCOMPARE(dump(storedData()), former);
+    }
+}
+
+void DataChangeTest::leadsThereByWholeObjects()
+{
+    std::mt19937 random(8); // NOLINT(bugprone-random-generator-seed): the same each time
+    for (int round = 0; round < 100; ++round) {
+        load(randomContent(random, 0));
+        const std::string former = dump(storedData());
+        const std::string wanted = randomContent(random, 0);
+        const std::vector<Edit> edits =
+            editsTowards(document_->data(), veltext::CommandText(wanted), EditDetail::Objects);
+        std::vector<Edit> made;
+        connect(document_.get(), &Document::applied, this,
+                [&](const Edit &edit) { made.push_back(edit); });
+        for (const Edit &edit : edits) {
+            QVERIFY(edit.path.rfind('/') == 0);
+            QCOMPARE(document_->apply(edit), std::nullopt);
+        }
+        QVERIFY(made == edits); // they were complete
+        velparser::Session fresh = freshLoad(linesOf(wanted));
+        QCOMPARE(dump(storedData()), dump(storedData(fresh)));
+        while (history_->canUndo()) {
             QCOMPARE(history_->undo(), std::nullopt);
         }
         QCOMPARE(dump(storedData()), former);

@@ -174,11 +174,11 @@ void StripTest::listsWhatHasNoMenuEntry()
             entries.append(action->text().remove(u'&') + u'|' + action->shortcut().toString());
         }
     }
-    QCOMPARE(entries,
-             QStringList({"Undo|Ctrl+Z", "Redo|Ctrl+Shift+Z", "Copy Path|Ctrl+Shift+C",
-                          "Copy Value|Ctrl+C", "Expand All|Ctrl++", "Collapse All|Ctrl+-",
-                          "What's This?|Shift+F1", "Help on Row|F1", "Menu of Row|Shift+F10",
-                          "History\u2026|Ctrl+H", "Changes\u2026|Ctrl+Shift+H"}));
+    QCOMPARE(entries, QStringList({"Undo|Ctrl+Z", "Redo|Ctrl+Shift+Z", "Copy Path|Ctrl+Shift+C",
+                                   "Copy Value|Ctrl+C", "Expand All|Ctrl++", "Collapse All|Ctrl+-",
+                                   "What's This?|Shift+F1", "Help on Row|F1",
+                                   "Menu of Row|Shift+F10", "History\u2026|Ctrl+H",
+                                   "Changes\u2026|Ctrl+Shift+H", "Keep Comments and Layout|"}));
 
     QSet<const QAction *> listed;
     for (const QAction *action : button("More").menu()->actions()) {

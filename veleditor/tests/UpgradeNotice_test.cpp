@@ -11,6 +11,7 @@
 #include "veleditor/tests/TreeText.h"
 
 #include <QAction>
+#include <QSignalSpy>
 #include <QTextEdit>
 
 using namespace velEditor;
@@ -34,6 +35,7 @@ private slots:
     void goesWhenTheUpgradeIsUndone();
     void bringsBackTheOrderOfTheFile();
     void canBeUndoneAfterASave();
+    void replacesManyObjectsTogether();
 };
 
 namespace {
@@ -177,6 +179,33 @@ void UpgradeNoticeTest::canBeUndoneAfterASave()
     QCOMPARE(editor().document().data().value("/LANGUAGE/Version"), std::string("2.0"));
     press("Ctrl+Y");
     QVERIFY(!tree().isModified());
+}
+
+// The rows are made again for each object that comes or goes.
+void UpgradeNoticeTest::replacesManyObjectsTogether()
+{
+    qputenv("ZOT5_VEL_LIBSDIR", qgetenv("VEL_BUILD_DIR") + "/libraries");
+    qputenv("ZOT5_VEL_LIBS", "rules.vel;upgrades.vel");
+    QByteArray text = "LANGUAGE:\n  Version = 2.0\nEND\nFLOW:\n";
+    for (int i = 0; i < 30; ++i) {
+        text +=
+            "  SENSOR: s" + QByteArray::number(i) + "\n    Place = 0 [m], 0 [m], 0 [m]\n  END\n";
+    }
+    open(newFile("many.vel", text + "END\n"));
+    const std::string before = dump(storedData());
+    const Message changes = editor().document().upgrade();
+    tree().setModified();
+    tree().buildTree();
+    editor().document().announceUpgrade(*changes);
+    QCOMPARE(editor().notice().text(), QString("Upgraded from 2.0 to 3.0: 61 changes"));
+    const std::string upgraded = dump(storedData());
+    QSignalSpy removed(&editor().document(), &Document::objectRemoved);
+    pressButton(editor().notice(), "Undo");
+    QCOMPARE(dump(storedData()), before);
+    QVERIFY(!tree().isModified());
+    press("Ctrl+Y");
+    QCOMPARE(dump(storedData()), upgraded);
+    QCOMPARE(removed.count(), 0);
 }
 
 VEL_EDITOR_TEST(UpgradeNoticeTest)
