@@ -3,6 +3,7 @@
 #include "veleditor/src/Editor.h"
 
 #include "veleditor/src/ChangesFeature.h"
+#include "veleditor/src/FileFeature.h"
 #include "veleditor/src/HistoryFeature.h"
 #include "veleditor/src/KeepLayout.h"
 #include "veleditor/src/UndoKeeper.h"
@@ -20,6 +21,7 @@ void Editor::addFeatures()
     new UpgradeNotice(*document_, *history_, *notice_, *this);
     // And this one after it.
     new UndoKeeper(*document_, *history_, *notice_, this);
+    new FileFeature(this, *document_, *history_, *notice_, *tree_);
 }
 
 } // namespace velEditor

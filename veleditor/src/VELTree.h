@@ -13,6 +13,7 @@
 #include <QPoint>
 #include <QTreeWidget>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -71,6 +72,10 @@ public:
     /// Opens all above the row that an edit has changed, brings it into view and
     /// selects it; where no such row is shown, the one of the object around it.
     void showChange(const Edit &edit);
+
+    /// Makes many changes of the document and shows them at once, with the same rows open
+    /// and selected as far as they are still there.
+    void showAtOnce(const std::function<void()> &change);
 
     // --- Whole tree and single rows, by key ----------------------------------
 

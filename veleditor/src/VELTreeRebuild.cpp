@@ -5,6 +5,7 @@
 
 #include <QScrollBar>
 
+#include <cstdint>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -72,6 +73,18 @@ void VELTree::rebuildInPlace()
     }
     executeDelayedItemsLayout();
     verticalScrollBar()->setValue(place);
+}
+
+void VELTree::showAtOnce(const std::function<void()> &change)
+{
+    const std::uint64_t before = document_->revision();
+    document_->disconnect(this);
+    change();
+    followDocument();
+    showMark(document_->isModified());
+    if (document_->revision() != before) {
+        rebuildInPlace();
+    }
 }
 
 void VELTree::showChange(const Edit &edit)

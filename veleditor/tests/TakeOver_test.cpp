@@ -430,7 +430,7 @@ void TakeOverTest::mergesWithWhatWasSaved()
     set(title, "Mine");
     write("FLOW: Analysis\n  Title = Saved\n  DOMAIN: Duct\n    Kind = Solid\n"
           "    Location = B1, B2\n  END\nEND\n");
-    merge(); // the title is no conflict: theirs is the saved one
+    merge(); // the title is not a conflict: theirs is the saved one
     QCOMPARE(value(title), std::string("Mine"));
     QCOMPARE(value(kind), std::string("Solid"));
 }

@@ -13,6 +13,9 @@
 #   await TITLE         waits until the window of that title has the focus
 #   select_row LINE     selects the row that shows this line of $file
 #   double_click_row    double-clicks the selected row
+#   picture             remembers what the screen shows
+#   await_change        waits until it shows something else
+#   rewrite SED         edits $file as another program does, in a new file of its name
 #   enter_value TEXT    answers the open dialog with this text and Ok
 #   is_saved [SED]      checks that $file is the former one with this edit, and that
 #                       its .bak is the former one
@@ -87,6 +90,25 @@ double_click_row() {
     display_until 10 "a row is selected" selection_place
     # shellcheck disable=SC2046 # two numbers
     xdotool mousemove $(selection_place) click --repeat 2 --delay 50 1
+}
+
+picture() {
+    display_settle
+    display_grab "$display_dir/remembered.png"
+}
+
+looks_different() {
+    display_grab "$display_dir/now.png"
+    ! compare -metric AE "$display_dir/remembered.png" "$display_dir/now.png" null: >/dev/null 2>&1
+}
+
+await_change() {
+    display_until 30 "the screen shows something else" looks_different
+}
+
+rewrite() {
+    sed "$1" "$file" >"$folder/new"
+    mv -- "$folder/new" "$file"
 }
 
 enter_value() {
