@@ -85,6 +85,7 @@ private slots:
     void takesTheMarkAwayAtASave();
     void marksWhatAScriptHasChanged();
     void comparesWithAVersionThatWasTakenOver();
+    void marksWhatAnUpgradeHasChanged();
     void marksTheRowsThatAComparisonFinds();
 };
 
@@ -385,6 +386,31 @@ void ChangesDialogTest::comparesWithAVersionThatWasTakenOver()
     QTRY_COMPARE(markedRows(), QString(title));
     openDialog();
     QCOMPARE(rows(), QStringList("changed|/FLOW:Analysis/Title|First run|Second run"));
+}
+
+void ChangesDialogTest::marksWhatAnUpgradeHasChanged()
+{
+    open(newFile("old.vel", "LANGUAGE:\n  Version = 2.0\nEND\n"
+                            "FLOW: A\n  Mode = Steady\n  Title = x\nEND\n"));
+    const std::string old = dump(storedData());
+    const Message changes = document().upgrade();
+    QVERIFY(changes.has_value());
+    tree().setModified();
+    tree().buildTree();
+    document().announceUpgrade(*changes);
+    const QString upgraded = "/FLOW:A/Run Mode\n/FLOW:A: lost\n/LANGUAGE/Version";
+    QTRY_COMPARE(markedRows(), upgraded);
+    openDialog();
+    QCOMPARE(rows(), QStringList({"removed|/FLOW:A/Mode|Steady|", "added|/FLOW:A/Run Mode||Steady",
+                                  "changed|/LANGUAGE/Version|2.0|2.1"}));
+    pressButton(shown<ChangesDialog>(), "RevertAll");
+    QCOMPARE(dump(storedData()), old);
+    QCOMPARE(markedRows(), QString());
+    QApplication::setActiveWindow(&editor());
+    press("Ctrl+Z");
+    QCOMPARE(markedRows(), upgraded);
+    press("Ctrl+Z");
+    QCOMPARE(markedRows(), QString());
 }
 
 /// The rows that have a mark: "path: state".
