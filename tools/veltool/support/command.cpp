@@ -8,10 +8,11 @@ namespace veltool {
 namespace {
 
 constexpr const Command *commands[] = {
-    &checkCommand, &formatCommand,  &treeCommand,     &getCommand,     &findTextCommand,
-    &setCommand,   &addCommand,     &deleteCommand,   &upgradeCommand, &diffCommand,
-    &mergeCommand, &historyCommand, &gitSetupCommand, &gitDiffCommand, &explainCommand,
-    &rulesCommand, &extractCommand, &embedCommand,    &perlCommand,    &dsCommand,
+    &checkCommand,   &formatCommand,  &treeCommand,    &getCommand,      &findTextCommand,
+    &setCommand,     &addCommand,     &deleteCommand,  &upgradeCommand,  &diffCommand,
+    &mergeCommand,   &historyCommand, &recoverCommand, &gitSetupCommand, &gitDiffCommand,
+    &explainCommand, &rulesCommand,   &extractCommand, &embedCommand,    &perlCommand,
+    &dsCommand,
 };
 
 } // namespace

@@ -75,6 +75,7 @@ extern const Command upgradeCommand;
 extern const Command diffCommand;
 extern const Command mergeCommand;
 extern const Command historyCommand;
+extern const Command recoverCommand;
 extern const Command gitSetupCommand;
 extern const Command gitDiffCommand;
 extern const Command explainCommand;

@@ -50,7 +50,8 @@ const std::multimap<std::string, Run> &runs()
 /// Commands that do not read one file of command data; each has its own tests for bad
 /// files.
 const std::vector<std::string> others = {"extract", "perl",      "ds",       "diff",
-                                         "merge",   "git-setup", "git-diff", "history"};
+                                         "merge",   "git-setup", "git-diff", "history",
+                                         "recover"};
 
 bool isEdit(const Run &run)
 {
