@@ -191,6 +191,17 @@ std::string CommandData::block(const std::string &path) const
     return text;
 }
 
+std::string CommandData::formatted() const
+{
+    velStringList lines;
+    static_cast<void>(velparser::getFormattedVEL("/", velUsualWidth, &lines));
+    std::string text;
+    for (const char *line : lines) {
+        text.append(line).append("\n");
+    }
+    return text;
+}
+
 // --- Changes ----------------------------------------------------------------------
 
 Message CommandData::readParameter(const std::string &path, const std::string &value,

@@ -61,6 +61,9 @@ public:
     /// The text of an object and everything below it; see Edit.h for the form.
     [[nodiscard]] std::string block(const std::string &path) const;
 
+    /// All user data as a save writes it; empty if there is none, or without memory.
+    [[nodiscard]] std::string formatted() const;
+
     // --- Reading text in the form of a command file ---------------------------
     // `opening` has the lines that open the objects around the new item; if it is
     // empty, the components of the path are used.

@@ -84,6 +84,7 @@ private:
     void addRowMenu();
     void addUndo();
     void addFeatures();
+    void addRecovery();
     void addStrip();
     void placeStrip();
     void placeTree();

@@ -168,14 +168,15 @@ Message UndoHistory::redo()
     if (!canRedo()) {
         return std::nullopt;
     }
-    Step step = std::move(undone_.back());
+    // The step is already among those that are done, for whoever asks during its edits.
+    done_.push_back(std::move(undone_.back()));
     undone_.pop_back();
+    const Step &step = done_.back();
     Message failure;
     for (auto change = step.changes.begin(); change != step.changes.end() && !failure; ++change) {
         failure = make(change->edit, change->before, change->after);
     }
     const Edit last = step.changes.back().edit;
-    done_.push_back(std::move(step));
     return finish(last, std::move(failure));
 }
 

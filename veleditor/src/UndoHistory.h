@@ -34,6 +34,15 @@ public:
     [[nodiscard]] bool canUndo() const { return !done_.empty() && groupDepth_ == 0; }
     [[nodiscard]] bool canRedo() const { return !undone_.empty() && groupDepth_ == 0; }
 
+    /// How many steps can be undone. During the edits of a step: after it.
+    [[nodiscard]] std::size_t stepCount() const { return done_.size(); }
+
+    /// The edits of a step are being undone or redone.
+    [[nodiscard]] bool isMoving() const { return isMoving_; }
+
+    /// More edits may belong to the step of the last one.
+    [[nodiscard]] bool isBusy() const { return groupDepth_ > 0 || isMoving_; }
+
     /// The name of the step that `undo` or `redo` is about: such as
     /// "Normal Speed = 2.5 [m s^-1]", "Add Title = x" or "Delete Title", or the name
     /// of a group. Empty if there is no such step.

@@ -49,9 +49,8 @@ const std::multimap<std::string, Run> &runs()
 
 /// Commands that do not read one file of command data; each has its own tests for bad
 /// files.
-const std::vector<std::string> others = {"extract", "perl",      "ds",       "diff",
-                                         "merge",   "git-setup", "git-diff", "history",
-                                         "recover"};
+const std::vector<std::string> others = {"extract",   "perl",     "ds",      "diff",   "merge",
+                                         "git-setup", "git-diff", "history", "recover"};
 
 bool isEdit(const Run &run)
 {
