@@ -12,6 +12,8 @@
 #include <QAction>
 #include <QWidget>
 
+#include <algorithm>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -20,6 +22,11 @@ namespace velEditor {
 namespace {
 
 const QLatin1String kind("layout");
+
+std::size_t commentsIn(const FileVersion *version)
+{
+    return version != nullptr ? veltext::countComments(veltext::SourceText(version->bytes())) : 0;
+}
 
 QString commentsText(std::size_t count)
 {
@@ -65,18 +72,13 @@ void KeepLayout::set(bool keeps)
 /// Nothing if the formatted text is to be written.
 std::optional<std::string> KeepLayout::textToSave()
 {
-    const std::shared_ptr<FileVersion> known = document_.knownVersion();
+    replaced_ = document_.knownVersion();
     fault_.clear();
     isFormatted_ = true;
-    comments_ = known != nullptr ? veltext::countComments(veltext::SourceText(known->bytes())) : 0;
-    if (!action_->isChecked() || known == nullptr || known->bytes().empty()) {
-        if (comments_ > 0) {
-            former_ = known;
-            droppedComments_ = comments_;
-        }
+    if (!action_->isChecked() || replaced_ == nullptr || replaced_->bytes().empty()) {
         return std::nullopt;
     }
-    const std::shared_ptr<FileVersion> base = isRestoring_ ? former_ : known;
+    const std::shared_ptr<FileVersion> base = isRestoring_ ? former_ : replaced_;
     try {
         std::vector<veltext::PathChange> paths;
         if (isUpgraded_ && upgraded_ == base) {
@@ -87,6 +89,8 @@ std::optional<std::string> KeepLayout::textToSave()
         return text;
     } catch (const veltext::Error &error) {
         fault_ = error.message();
+    } catch (const std::bad_alloc &) {
+        fault_ = "memory error";
     }
     return std::nullopt;
 }
@@ -96,17 +100,23 @@ void KeepLayout::noteSave(const std::string &target)
     if (target != document_.file()) {
         return;
     }
-    if (!fault_.empty()) {
-        QString text = tr("This save did not keep the layout: ") + fromBytes(fault_);
-        if (comments_ > 0) {
-            text += tr("; it dropped ") + commentsText(comments_);
-        }
-        notices_.post({kind, text, {}});
-    } else if (!isFormatted_) {
+    if (!isFormatted_) {
         former_.reset();
         notices_.withdraw(kind);
-    } else if (comments_ > 0) {
-        postDropped(comments_);
+        return;
+    }
+    // The formatted text may have empty comments, which end a line.
+    const std::size_t before = commentsIn(replaced_.get());
+    const std::size_t dropped =
+        before - std::min(before, commentsIn(document_.knownVersion().get()));
+    if (!fault_.empty()) {
+        const QString text = tr("This save did not keep the layout: ") + fromBytes(fault_);
+        notices_.post(
+            {kind, dropped > 0 ? text + tr("; it dropped ") + commentsText(dropped) : text, {}});
+    } else if (dropped > 0) {
+        former_ = replaced_;
+        droppedComments_ = dropped;
+        postDropped(dropped);
     }
 }
 

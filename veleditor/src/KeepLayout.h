@@ -62,7 +62,7 @@ private:
     bool isRestoring_ = false;        ///< the next text is made from `former_`
 
     // Of the save that is being made.
-    std::size_t comments_ = 0; ///< of the text that is replaced
+    std::shared_ptr<FileVersion> replaced_; ///< null for a pipe or device
     bool isFormatted_ = false;
     std::string fault_; ///< why the layout cannot be kept
 

@@ -14,6 +14,7 @@
 #include "veltext/keepLayout.h"
 
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <sstream>
 #include <utility>
@@ -47,6 +48,8 @@ std::optional<veltext::CommandText> formerText(const Document &document)
             !document.loadedText().empty() && text.levels() <= veltext::deepestKept;
         return isUsable ? std::optional(std::move(text)) : std::nullopt;
     } catch (const veltext::Error &) {
+        return std::nullopt;
+    } catch (const std::bad_alloc &) {
         return std::nullopt;
     }
 }
@@ -111,10 +114,15 @@ void UpgradeNotice::takeUpgrade(const std::string &changes)
     notices_.post({kind, sentence(from, to, countOf(changes)), choices});
 }
 
-/// False if the data did not change.
+/// False if the data did not change, or without memory for the step.
 bool UpgradeNotice::makeStep(const veltext::CommandText &former, const QString &name)
 {
-    std::vector<Edit> edits = editsBack(document_.data(), former);
+    std::vector<Edit> edits;
+    try {
+        edits = editsBack(document_.data(), former);
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
     std::reverse(edits.begin(), edits.end());
     for (Edit &edit : edits) {
         edit = inverse(edit);

@@ -39,6 +39,8 @@ private slots:
     void savesTwice();
     void saysThatASaveDroppedComments();
     void saysNothingWhereThereAreNoComments();
+    void countsNoCommentThatEndsALine();
+    void countsOneComment();
     void bringsCommentsBack();
     void bringsCommentsBackWithLaterEdits();
     void offersAgainWhatTheUserDidNotSave();
@@ -247,7 +249,23 @@ void KeepLayoutTest::saysNothingWhereThereAreNoComments()
     set(title, "Third");
     press("Ctrl+S");
     QCOMPARE(editor().notice().text(), QString());
+}
 
+// After a backslash the formatted text has an empty comment, too.
+void KeepLayoutTest::countsNoCommentThatEndsALine()
+{
+    setUp();
+    open(newFile("c.vel", "FLOW: Analysis\n  Title = C:\\ #\n  Run Mode = Steady\nEND\n"));
+    set("/FLOW:Analysis/Run Mode", "Transient");
+    press("Ctrl+S");
+    QCOMPARE(contentOf(file()),
+             QByteArray("FLOW: Analysis\n  Title = C:\\ #\n  Run Mode = Transient\nEND\n"));
+    QCOMPARE(editor().notice().text(), QString());
+}
+
+void KeepLayoutTest::countsOneComment()
+{
+    setUp();
     open(newFile("b.vel", "FLOW: Analysis # one\n  Title = x\nEND\n"));
     set(title, "Third");
     press("Ctrl+S");
