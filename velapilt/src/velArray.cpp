@@ -1,4 +1,4 @@
-// Adding to arrays, reading their elements, and the blocks that hold their texts.
+// Adds to arrays, reads their elements, and manages the blocks with their texts.
 #include "velapilt/src/velArray.h"
 
 #include <algorithm>
@@ -19,7 +19,8 @@ char *velTextBlocks::allocate(std::size_t length)
 {
     const std::size_t bytes = length + 1;
     if (bytes > left_) {
-        // Blocks double, so that a short list costs one small allocation.
+        // The sizes of blocks double, so that a short list costs one small
+        // allocation.
         const std::size_t grown =
             std::min(smallestBlock << std::min<std::size_t>(blocks_.size(), 10), largestBlock);
         if (bytes > grown / 2) {
@@ -103,11 +104,11 @@ char *velArray::addUninitialised(std::size_t length)
         throw std::bad_alloc();
     }
     if (static_cast<std::size_t>(totalLength_) + length > INT32_MAX) {
-        totalLength_ = INT32_MAX; // a total beyond 31 bits is only ever a hint
+        totalLength_ = INT32_MAX; // a total beyond 31 bits is only a hint
     } else {
         totalLength_ += static_cast<std::int32_t>(length);
     }
-    strings_.push_back(nullptr); // first: a text without its entry would be lost
+    strings_.push_back(nullptr); // first, because a text without an entry would be lost
     char *text = nullptr;
     try {
         text = blocks_.allocate(length);

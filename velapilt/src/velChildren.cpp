@@ -1,4 +1,4 @@
-// What is below a node: its children as lists and groups, and searches.
+// The children of a node as lists and as groups, and searches below a node.
 #include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velHandle_p.h"
@@ -22,13 +22,13 @@ std::string typeOf(const velHandle *handle, const velNode *node)
     return node->isParam() ? "String" : textOf(handle, node->type);
 }
 
-/// What a node is called among its siblings: of a Singleton its type.
+/// The name of a node among its siblings. A Singleton has only its type.
 std::uint32_t nameOf(const velNode *node)
 {
     return node->name == velWords::none ? node->type : node->name;
 }
 
-/// Whether `work` has the memory that it needs.
+/// Runs `work`; false if there is not enough memory.
 template <typename Work>
 bool hasMemory(Work work)
 {
@@ -40,14 +40,14 @@ bool hasMemory(Work work)
     }
 }
 
-/// What getChildList hands back.
+/// What getChildList returns.
 struct ChildList
 {
     std::vector<velChildInfo> children;
     std::vector<velGroupInfo> groups;
 };
 
-/// A group while it is gathered.
+/// A group while its members are collected.
 struct Group
 {
     velKind kind;
@@ -67,7 +67,8 @@ const char *describeChildren(const velHandle *handle, const velNode *parent, Chi
     return hasMemory(describe) ? nullptr : "getChildList: unable to allocate childrenAry";
 }
 
-/// The children by kind and type, the group that appeared first in front.
+/// Groups the children by kind and type, in the order of the groups' first
+/// members.
 const char *gatherGroups(const velHandle *handle, const velNode *parent, velHashTable *places,
                          std::vector<Group> *groups)
 {
@@ -75,7 +76,7 @@ const char *gatherGroups(const velHandle *handle, const velNode *parent, velHash
     for (const velNode *child = parent->firstChild(); child != nullptr; child = child->next) {
         const velKind kind = child->kind();
         std::string label;
-        std::uintptr_t number = 0; // of its group, from 1
+        std::uintptr_t number = 0; // the group's number, from 1
         const auto findGroup = [&] {
             std::string type = typeOf(handle, child);
             label.append(velKindWord(kind)).append(":").append(type);
@@ -100,7 +101,8 @@ const char *gatherGroups(const velHandle *handle, const velNode *parent, velHash
     return nullptr;
 }
 
-/// Groups by label, the last that appeared first; the newest member first.
+/// Like gatherGroups, but with the order of the groups and of their members
+/// reversed.
 const char *groupChildren(const velHandle *handle, const velNode *parent, ChildList *list)
 {
     const std::unique_ptr<std::vector<Group>> gathered(new (std::nothrow) std::vector<Group>);
@@ -126,7 +128,7 @@ const char *groupChildren(const velHandle *handle, const velNode *parent, ChildL
     return hasMemory(makeGroups) ? nullptr : "getChildList: unable to allocate velGroupInfo array";
 }
 
-/// The paths of the objects below `path` for which `matches` holds, parents
+/// The paths of the objects below `path` for which `matches` is true, parents
 /// first.
 template <typename Matches>
 const char *search(velHandle *handle, const char *path, std::uint32_t include,

@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char *outOfMemory = "velapilt: out of memory";
 
-/// A message that a caller kept reads this instead of stale text.
+/// A caller that kept a freed message reads this text instead.
 constexpr std::string_view freedMarker =
     "USE OF FREED MEMORY.  This string belongs to a velapilt handle which has been destroyed.";
 
@@ -28,7 +28,7 @@ void overwrite(char *text)
     }
 }
 
-/// Takes over `text` as the handle's error text.
+/// Makes `text` the error text of the handle, which owns it from then on.
 const char *keepError(velHandle *handle, char *text)
 {
     if (text == nullptr) {
@@ -42,7 +42,7 @@ const char *keepError(velHandle *handle, char *text)
     return text;
 }
 
-/// The formatted text in memory of its own, null without memory.
+/// The formatted text in new memory that the caller owns; null without memory.
 char *format(const char *pattern, va_list arguments)
 {
     va_list again;

@@ -1,4 +1,4 @@
-// Files read in one piece, as lines and as user data.
+// Reads files in one piece, as lines and as user data.
 #include "velapilt/src/velFile_p.h"
 
 #include "common/takeLine.h"
@@ -22,7 +22,7 @@ struct CloseFile
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// The size of a file that can be sought in, otherwise 0.
+/// The size of a file if seeking works in it, otherwise 0.
 std::size_t sizeOf(std::FILE *file)
 {
     if (std::fseek(file, 0, SEEK_END) != 0) {
@@ -43,8 +43,8 @@ const char *velReadFile(velHandle *handle, const char *path, velFileBytes *bytes
         return velSetError(handle, "loadFileData: %s: open failed", path);
     }
     std::setvbuf(file.get(), nullptr, _IONBF, 0); // it is read in one piece
-    // One byte more than the file has, so that its end is seen with it. A pipe
-    // has no size, and a file may grow: then the room doubles.
+    // Has room for one byte more than the file, so that the same read finds its
+    // end. A pipe has no size, and a file may grow: then the room doubles.
     std::size_t room = sizeOf(file.get()) + 1;
     std::size_t length = 0;
     velPages data = velAllocatePages(room + velScanSlack);

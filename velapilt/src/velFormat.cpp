@@ -1,8 +1,8 @@
-// From nodes to lines.
+// Writes nodes as lines.
 //
-// Two writers: the plain one keeps the stored order and everything in it; the
-// other writes user data the way a file is saved: parameters first, objects by
-// the priorities that the rules give their types, lines wrapped.
+// There are two writers. The plain one keeps the stored order and writes
+// everything. The other writes user data as a saved file: parameters first,
+// objects by the priorities that the rules give their types, long lines wrapped.
 #include "velapilt/src/velComponentText.h"
 #include "velapilt/src/velHandle_p.h"
 #include "velapilt/src/velNumber.h"
@@ -56,7 +56,8 @@ public:
     const char *end(std::size_t indent) { return write(indent, "END", {}, {}); }
 
 private:
-    /// A parameter whose value may need an end of the line; apart, because few do.
+    /// Writes a parameter whose value may need an end of the line. It is a
+    /// function of its own because few values need that.
     [[gnu::noinline]] const char *endedParam(std::size_t indent, const velNode *node,
                                              std::string_view value)
     {
@@ -99,11 +100,12 @@ private:
 
 // --- Order ----------------------------------------------------------------------
 
-/// The output priority of an object type, from the rules; asked once a type.
+/// The output priority of an object type, from the rules; found once for each
+/// type.
 class Priorities
 {
 public:
-    /// The rules that `rules` holds, for the types of `words`.
+    /// `rules` contains the rules, and `words` contains the types.
     Priorities(velHandle *rules, const velWords &words) : rules_(rules), words_(words) {}
 
     std::int32_t ofType(std::string_view type) const
@@ -112,7 +114,8 @@ public:
             std::string path = "/RULES/";
             velAppendComponent(&path, kind, type);
             path += "/Output Ordering Priority";
-            // Resolved, for the rule of a type OBJECT is the singleton /RULES/OBJECT.
+            // Resolved, because the rule of a type OBJECT is the singleton
+            // /RULES/OBJECT.
             if (const velNode *rule = velResolve(rules_, path.c_str())) {
                 const bool hasValue = rule->isParam() && rule->value.text != nullptr;
                 return hasValue ? velRoundValue(velReadNumber(rule->value.text)) : 0;
@@ -188,7 +191,8 @@ public:
 private:
     std::size_t indent() const { return indentStep * (walk_.depth() - 1); }
 
-    /// Writes the parameters of an object and makes its child objects the next ones.
+    /// Writes the parameters of an object and puts its child objects next in the
+    /// order.
     const char *open(const velNode *node)
     {
         const std::size_t indentHere = indentStep * walk_.depth();
@@ -307,7 +311,7 @@ try {
     if (node == nullptr) {
         return "getObjectVELH: path not found";
     }
-    if (node->isParam()) { // it has no header form
+    if (node->isParam()) { // a parameter has no header
         return "getObjectVEL: path not found";
     }
     std::unique_ptr<velArray> array = makeList();
@@ -317,7 +321,7 @@ try {
     LineWriter writer(handle, array.get(), 0);
     const char *error = node->isRoot() ? nullptr : writer.header(0, node);
     if (error == nullptr) {
-        // The first level is flush with the header: kept.
+        // Kept: the first level has the indentation of the header.
         error = writeStored(writer, node, 0, includeLibrary ? 0 : velFlagLibrary);
     }
     if (error == nullptr && !node->isRoot()) {
@@ -337,7 +341,7 @@ try {
     const velNode *node = velResolve(handle, path);
     if (node == nullptr) {
         velStringList none;
-        return getChildParamList(handle, path, &none); // its message
+        return getChildParamList(handle, path, &none); // for its message
     }
     std::unique_ptr<velArray> array = makeList();
     if (array == nullptr) {

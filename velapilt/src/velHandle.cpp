@@ -1,4 +1,4 @@
-// Handles from their creation to their end, and what callers keep with them.
+// Creates and deletes handles, and keeps what callers store in them.
 #include "velapilt/src/velHandle_p.h"
 
 #include "velapilt/src/velEnvironment_p.h"
@@ -22,12 +22,12 @@ std::string traceText(const velHandle *handle)
     return text;
 }
 
-/// Takes everything out of the handle but the caller's data: path stack, tree,
-/// path table, handlers, pending line, flag stack and error text, in this order.
+/// Empties the handle except for the caller's data, in this order: path stack,
+/// tree, path table, handlers, pending line, flag stack, error text.
 void emptyHandle(velHandle *handle)
 {
     handle->stack.clear();
-    handle->root = nullptr; // the nodes' memory goes with the handle
+    handle->root = nullptr; // the handle's arena frees the nodes
     handle->subtreeValidCount = 0;
     handle->table.clear();
     handle->changeHandlers.clear();
@@ -40,7 +40,7 @@ void emptyHandle(velHandle *handle)
     velRetireError(handle);
 }
 
-/// Calls the release that belongs to the present user data, once.
+/// Calls the release function of the current user data, once.
 void releaseUserData(velHandle *handle)
 {
     void *data = std::exchange(handle->userData, nullptr);
@@ -68,10 +68,10 @@ int velDestroyHandle(velHandle *handle)
     if (handle == nullptr) {
         return 0;
     }
-    const std::string name = traceText(handle); // the trace names it when it is gone
+    const std::string name = traceText(handle); // for the trace, after the handle is deleted
     emptyHandle(handle);
-    // The release may still ask the handle, which is an empty one now, and so
-    // make errors.
+    // The release function may still use the handle, which is empty now. Such
+    // calls can set errors.
     releaseUserData(handle);
     std::free(handle->errorText);
     std::free(handle->retiredText);

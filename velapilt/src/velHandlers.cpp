@@ -1,4 +1,5 @@
-// Handlers of changes, replacements and actions: registered, called, interrupted.
+// Registers, calls and interrupts the handlers of changes, replacements and
+// actions.
 #include "velapilt/src/velHandlers_p.h"
 
 #include "velapilt/src/velError_p.h"
@@ -37,7 +38,7 @@ int traceChange(const char *path, std::int32_t code, const char *newValue, const
     return 1;
 }
 
-/// While one lives, what is freed stays readable.
+/// While an object of this class exists, freed memory stays readable.
 class Reporting
 {
 public:
@@ -90,8 +91,8 @@ void velCallChangeHandlers(velHandle *handle, const velNode *node, velChange cod
 {
     const Reporting reporting(handle);
     const std::string path = velPathOf(handle, node);
-    // By index and by copy: a handler may register further ones, which are
-    // informed of later changes.
+    // By index and by copy: a handler may register other handlers, which are
+    // called for later changes.
     const std::size_t count = handle->changeHandlers.size();
     for (std::size_t i = 0; i < count; ++i) {
         const velHandle::ChangeEntry entry = handle->changeHandlers[i];
@@ -133,7 +134,7 @@ try {
     while (velIsSpace(*end)) {
         ++end;
     }
-    const std::string rest(end); // the line may go away under the handler
+    const std::string rest(end); // a copy, because the handler may free the line
     const char *const arguments[] = {rest.c_str(), nullptr};
     return invokeAction(handle, action.c_str(), arguments);
 } catch (const std::bad_alloc &) {

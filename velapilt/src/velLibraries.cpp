@@ -1,4 +1,4 @@
-// Library files: which the environment names, and how they are read.
+// Finds the library files that the environment names, and reads them.
 #include "velapilt/src/velEnvironment_p.h"
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velFile_p.h"
@@ -20,20 +20,20 @@ bool isSeparator(char c)
 bool isDirectory(std::string name)
 {
     if (name.size() > 1 && isSeparator(name.back())) {
-        name.pop_back(); // the root directory is all separator
+        name.pop_back(); // the root directory is only a separator, and keeps it
     }
     std::error_code error;
     return std::filesystem::is_directory(name, error);
 }
 
-/// ZOT5_VEL_LIBSDIR if that names a directory, otherwise `otherwise`.
+/// ZOT5_VEL_LIBSDIR if it names a directory, otherwise `otherwise`.
 std::string libraryDirectory(const char *otherwise)
 {
     const char *given = velEnvLibraryFolder();
     return given != nullptr && isDirectory(given) ? given : otherwise;
 }
 
-/// The folder that a caller names, otherwise that of the environment.
+/// The folder that a caller names, otherwise the folder from the environment.
 std::string chosenFolder(const char *directory)
 {
     return directory == nullptr || *directory == '\0' ? libraryDirectory("") : directory;
@@ -52,7 +52,7 @@ bool standsAlone(std::string_view item)
     return isLetter && item.size() > 2 && item[1] == ':' && isSeparator(item[2]);
 }
 
-/// The text of an item, apart; false without memory.
+/// Copies the text of an item; false without memory.
 bool takeItem(std::string_view text, std::string *item)
 try {
     *item = text;
@@ -61,7 +61,8 @@ try {
     return false;
 }
 
-/// Calls `visit` with the path of each item of a list, until one gives a message.
+/// Calls `visit` with the path of each item of a list, until one returns a
+/// message.
 template <typename Visit>
 const char *eachLibrary(std::string_view list, const std::string &folder, Visit visit)
 {
@@ -71,7 +72,7 @@ const char *eachLibrary(std::string_view list, const std::string &folder, Visit 
         if (rest[0] == ':' || rest[0] == ';') {
             rest.remove_prefix(1);
             if (rest.empty()) {
-                break; // nothing after the last ';' is not an item
+                break; // an empty text after the last ';' is not an item
             }
         }
         std::string item;

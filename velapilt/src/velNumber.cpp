@@ -1,4 +1,4 @@
-// Reading numbers without the locale, and rounding them to 32 bits.
+// Reads numbers without the locale, and rounds them to 32 bits.
 #include "velapilt/src/velNumber.h"
 
 #include "velapilt/src/velSpace.h"
@@ -15,8 +15,8 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-/// Whether a number that no double holds is too large rather than too small:
-/// the place of its first digit that counts, moved by its exponent.
+/// Whether a number outside the range of double is too large, not too small. The
+/// place of its first digit that is not 0, moved by its exponent, decides.
 bool isTooLarge(std::string_view number)
 {
     std::int64_t place = 0;
@@ -73,7 +73,7 @@ double velReadNumber(std::string_view text)
         text.remove_prefix(1);
     }
     if (text.empty() || !(isDigit(text[0]) || text[0] == '.')) {
-        return 0; // also keeps "inf", "nan" and a second sign out
+        return 0; // this also refuses "inf", "nan" and a second sign
     }
     double number = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);

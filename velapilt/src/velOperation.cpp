@@ -1,4 +1,4 @@
-// When the memory that an operation frees is given back.
+// Decides when the memory that an operation frees is released.
 #include "velapilt/src/velOperation_p.h"
 
 #include <new>
@@ -25,5 +25,5 @@ velOperation::~velOperation()
         handle_->arena.release(block, bytes);
     }
     handle_->graveyard.clear();
-    handle_->interrupted = nullptr; // an operation that failed otherwise did not take it
+    handle_->interrupted = nullptr; // still set if the operation failed for another reason
 }

@@ -32,7 +32,7 @@ velPages velAllocatePages(std::size_t bytes)
         throw std::bad_alloc();
     }
 #ifdef __linux__
-    if (isLarge) { // a wish: without large pages the block serves anyway
+    if (isLarge) { // a request only: the block also works without large pages
         static_cast<void>(::madvise(block, rounded, MADV_HUGEPAGE));
     }
 #endif

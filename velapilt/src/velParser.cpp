@@ -1,10 +1,10 @@
-// From lines to nodes.
+// Turns lines into nodes.
 //
 // A line goes through these steps:
 //  1. trim it, join it to what is pending, keep it pending if it ends in '\'
-//  2. take the comment away and make every run of white space one blank
-//  3. take "&replace " off its start
-//  4. hand it to the function of its kind: END, action, parameter, header
+//  2. remove the comment and make every run of white space one space
+//  3. remove "&replace " from its start
+//  4. pass it to the function of its kind: END, action, parameter, header
 #include "common/takeLine.h"
 #include "velapilt/src/velCheck_p.h"
 #include "velapilt/src/velError_p.h"
@@ -59,8 +59,8 @@ std::string withSingleBlanks(std::string_view text)
     return result;
 }
 
-/// What comes before and after a separator, where white space is single
-/// blanks already.
+/// The text before or after a separator. Each run of white space in it is one
+/// space already.
 std::string_view partBefore(std::string_view text, std::size_t separator)
 {
     const bool hasBlank = separator > 0 && text[separator - 1] == ' ';
@@ -73,8 +73,8 @@ std::string_view partBehind(std::string_view text, std::size_t separator)
     return text.substr(separator + (hasBlank ? 2 : 1));
 }
 
-/// The word's number, entered if it is new; the check of a word is made once.
-/// `known` is what a look-up gave.
+/// The number of the word, which is entered if it is new. Each word is checked
+/// only once. `known` is the result of a look-up.
 template <typename Check>
 const char *checkedWord(velHandle *handle, std::string_view text, Check check, std::uint32_t known,
                         std::uint32_t *word)
@@ -91,7 +91,7 @@ const char *checkedWord(velHandle *handle, std::string_view text, Check check, s
     return nullptr;
 }
 
-/// Ten more words; false without memory.
+/// Makes room for ten more words; false without memory.
 bool growFlagStack(velHandle *handle)
 try {
     handle->flagStack.resize(handle->flagStack.size() + 10);
@@ -154,8 +154,8 @@ const char *LineParser::parse(std::string_view line)
     return parseWhole(text);
 }
 
-/// The pending text is taken out of the handle first: it is cleared whatever
-/// happens, and a handler may parse lines of its own.
+/// Takes the pending text out of the handle first: it must be cleared in any
+/// case, and a handler may parse other lines.
 const char *LineParser::parseJoined(std::string_view text)
 {
     std::string joined;
@@ -273,7 +273,8 @@ const char *LineParser::parseHeader(std::string_view text, std::size_t colon)
     return openBlock(statement);
 }
 
-/// The block is open before its object is made, so that a handler sees it open.
+/// Opens the block before its object is made, so that a handler sees an open
+/// block.
 const char *LineParser::openBlock(const velStatement &statement)
 {
     const std::int32_t opened = ++handle_->depth;
@@ -317,10 +318,10 @@ const char *LineParser::parseEnd()
     return nullptr;
 }
 
-/// Ends a &replace block: what it did not restate goes, parameters first. Each
-/// child that the object has at the start of a pass gets one turn, and what is
-/// at its path then counts. Only a handler's interruption is an error; a refused
-/// deletion is passed over.
+/// Ends a &replace block: deletes what the block did not contain, parameters
+/// first. Each child that the object has at the start of a pass is visited once,
+/// and the node that is at its path then is deleted or kept. Only an interruption
+/// by a handler is an error; a refused deletion is ignored.
 const char *LineParser::sweep(velNode *object)
 {
     for (const bool params : {true, false}) {
@@ -339,7 +340,7 @@ const char *LineParser::sweep(velNode *object)
 
 const char *LineParser::sweepChildren(const std::vector<velNode *> &children, bool params)
 {
-    velNode *kept = nullptr; // the last one before that stays
+    velNode *kept = nullptr; // the last child before the present one that is kept
     for (velNode *child : children) {
         velNode *node = velNodeNow(handle_, child);
         if (node == nullptr) {
@@ -405,7 +406,7 @@ private:
     std::string_view text_;
 };
 
-/// The lines of a caller's list.
+/// The lines of a list that a caller gives.
 class ListLines
 {
 public:
@@ -505,7 +506,7 @@ const char *parseLines(velHandle *handle, const Lines &lines, std::uint32_t flag
     return nullptr;
 }
 
-/// A caller's list.
+/// A list that a caller gives.
 struct LineList
 {
     const char *const *lines;
@@ -527,7 +528,7 @@ try {
     return nullptr;
 }
 
-/// The lines are copied first, for a handler may change the caller's list.
+/// Copies the lines first, because a handler may change the caller's list.
 const char *loadLines(velHandle *handle, const LineList &list, const LoadMessages &messages,
                       std::uint32_t flags, const velDigest *expected, velDigest *digest)
 {

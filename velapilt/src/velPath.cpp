@@ -1,4 +1,4 @@
-// Paths brought into normal form, made absolute, joined and cut.
+// Brings paths into normal form, makes them absolute, joins and cuts them.
 #include "velapilt/src/velPath.h"
 
 #include "velapilt/src/velComponentText.h"
@@ -29,7 +29,7 @@ bool isRunCharacter(char c)
     return runCharacters[static_cast<unsigned char>(c)];
 }
 
-/// Runs of blanks, tabs, '/' and ':' become their strongest character.
+/// Replaces each run of spaces, tabs, '/' and ':' by its strongest character.
 std::string collapseRuns(std::string_view path)
 {
     std::string result;
@@ -57,8 +57,8 @@ std::size_t reducedLength(std::string_view component)
     return parts.hasColon && parts.type == parts.name ? parts.type.size() : component.size();
 }
 
-/// Whether a path is its own normal form. Most are, so this looks at each
-/// character once and at components only where they hold a ':'.
+/// Whether a path is its own normal form. Most paths are, so this looks at each
+/// character once, and only at components that contain a ':'.
 bool isNormalForm(std::string_view path)
 {
     if (path.size() < 2) {
@@ -77,7 +77,8 @@ bool isNormalForm(std::string_view path)
         if (!isRunCharacter(path[i])) {
             continue;
         }
-        // The last character is none, so one follows this.
+        // The last character is not a run character, so another one follows this
+        // one.
         if (path[i] == '\t' || isRunCharacter(path[i + 1])) {
             return false;
         }
@@ -94,7 +95,7 @@ bool isNormalForm(std::string_view path)
     return colon == none || isReduced(start, path.size());
 }
 
-/// Takes the ".." that follows `result` and the component before it away.
+/// Removes the last component of `result`, because a ".." follows it.
 void leaveComponent(std::string &result)
 {
     std::size_t separator = result.size() - 1;
@@ -131,7 +132,7 @@ std::string velNormalForm(std::string_view path, velLastComponent last)
     if (text.size() < 2 || isNormalForm(text)) {
         return text;
     }
-    text += '/'; // for the pass, so that every component is ended alike
+    text += '/'; // for the loops below: now a separator ends each component
     text = collapseRuns(text);
 
     std::string result;

@@ -1,4 +1,4 @@
-// The quick hash of paths, and what the memo keeps and forgets.
+// Computes the quick hash of paths; remembers and forgets paths.
 #include "velapilt/src/velPathMemo.h"
 
 #include "velapilt/src/velBytes.h"
@@ -21,7 +21,7 @@ std::uint64_t velPathMemo::hash(std::string_view path)
     for (; left > 16; left -= 16, next += 16) {
         hash = fold(hash ^ velLoadBytes(next, 8), velLoadBytes(next + 8, 8) ^ second);
     }
-    // The last sixteen bytes or fewer, some of them twice.
+    // The last sixteen bytes or fewer; some of them are read twice.
     const std::uint64_t a = left >= 8 ? velLoadBytes(next, 8) : velLoadTail(next, left);
     const std::uint64_t b = left >= 8 ? velLoadBytes(next + left - 8, 8) : 0;
     hash = fold(hash ^ a, b ^ second);
@@ -30,7 +30,7 @@ std::uint64_t velPathMemo::hash(std::string_view path)
 
 void velPathMemo::remember(std::uint64_t hash, velNode *node, std::int64_t entries)
 try {
-    // Half full at most once every node has been asked for.
+    // At most half full after a request for every node.
     const auto wanted = static_cast<std::size_t>(entries) / (ways / 2);
     if (sets_.size() < wanted || sets_.empty()) {
         std::vector<Set> grown(std::bit_ceil(wanted | 7));
@@ -78,7 +78,7 @@ void velPathMemo::clear()
 void velPathMemo::forget(std::uint64_t hash, const velNode *node)
 {
     if (!notedPath(node).empty()) {
-        notes_[node->pathNote].node = nullptr; // its text goes with the memo
+        notes_[node->pathNote].node = nullptr; // its text is freed with the memo
     }
     if (sets_.empty()) {
         return;

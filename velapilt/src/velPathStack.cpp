@@ -1,4 +1,4 @@
-// The stack of current paths, and what a path of a caller's names.
+// The stack of current paths, and the nodes that a caller's paths name.
 #include "velapilt/src/velPathStack_p.h"
 
 #include "velapilt/src/velPath.h"
@@ -27,7 +27,7 @@ try {
     return false;
 }
 
-/// As velResolve; false without memory.
+/// Like velResolve, but returns false without memory.
 bool resolve(velHandle *handle, const char *path, velNode **node)
 try {
     *node = velResolve(handle, path);
@@ -66,7 +66,7 @@ void velPushNode(velHandle *handle, velNode *node)
     velPathEntry entry;
     if (node->inTable != 0) {
         point(entry, node);
-    } else { // a handler has taken it away again
+    } else { // a handler has removed it again
         entry.text = velPathOf(handle, node);
     }
     stackOf(handle).push_back(std::move(entry));
@@ -102,7 +102,7 @@ velNode *velResolve(velHandle *handle, const char *path)
     if (path == nullptr) {
         return nullptr;
     }
-    // Keys are in normal form: a text that is one needs no resolving.
+    // Keys are in normal form, so a text that is a key does not need resolving.
     if (*path == '/') {
         if (velNode *node = handle->table.find(path); node != nullptr) {
             return node;

@@ -1,4 +1,4 @@
-// How nodes enter and leave the path table, and how it finds them.
+// Adds nodes to the path table, removes them, and finds them.
 #include "velapilt/src/velPathTable.h"
 
 #include "velapilt/src/velBytes.h"
@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr std::uint32_t fewChildren = 24;       // up to here children are walked
-constexpr std::size_t longestRemembered = 4096; // a path's length
+constexpr std::uint32_t fewChildren = 24; // up to this number, children are visited one by one
+constexpr std::size_t longestRemembered = 4096; // the length of a path
 
 /// A path that is compared from its end.
 class PathEnd
@@ -22,8 +22,8 @@ class PathEnd
 public:
     explicit PathEnd(std::string_view path) : start_(path.data()), left_(path.size()) {}
 
-    /// Takes a word and the character in front of it off the end; false if
-    /// they are not there.
+    /// Removes a word and the character before it from the end; false if they are
+    /// not there.
     bool take(char before, std::string_view word)
     {
         if (left_ <= word.size() || start_[left_ - word.size() - 1] != before) {
@@ -117,7 +117,7 @@ void velPathTable::clear() noexcept
 
 void velPathTable::enter(velNode *node)
 {
-    growIfFull(); // the count alone decides: what is pending grows the table later
+    growIfFull(); // only entered nodes count; pending ones make the table grow later
     node->pathHash = hashOf(function_, node);
     link(node, node->pathHash);
 }
@@ -140,7 +140,7 @@ void velPathTable::flush()
     }
     if (velTableIsFull(entries() - 1, buckets())) {
         for (std::size_t i = 0; i < pendingCount_; ++i) {
-            growIfFull(); // growth comes at its laid-down entry
+            growIfFull(); // the table must grow at exactly this entry
             link(pending_[i], hashOf(function_, pending_[i]));
         }
         pendingCount_ = 0;
@@ -154,11 +154,11 @@ void velPathTable::flush()
     pendingCount_ = 0;
 }
 
-/// The hashes of the pending Parameters, as the states of as many lanes. Names
-/// of like length go together, four at a time.
+/// Hashes the pending parameters; each lane receives the state of one of them.
+/// Names of the same length are hashed together, four at a time.
 void velPathTable::hashPending(velHashFunction::Lane *lanes)
 {
-    constexpr std::size_t lengths = 32; // from here on all are alike
+    constexpr std::size_t lengths = 32; // all longer names are treated alike
     std::array<std::uint8_t, lengths + 1> starts{};
     const velNode *parent = nullptr;
     std::uint32_t state = 0;
@@ -220,11 +220,11 @@ void velPathTable::detach(velNode *node)
 {
     detached_.push_back(node);
     memo_.clear();
-    longNode_ = nullptr; // it may be below
+    longNode_ = nullptr; // it may be below `node`
 }
 
-/// Parents come first, so that each child continues a hash that is already of
-/// the new function.
+/// Visits parents first, so that each child continues a hash that the new
+/// function has computed.
 void velPathTable::rehashBelow(velNode *top, std::vector<velNode *> &buckets,
                                velHashFunction &function)
 {
@@ -350,7 +350,7 @@ velNode *velPathTable::walkDown(velNode *from, std::string_view path)
 {
     velNode *node = from;
     while (node != nullptr && !path.empty()) {
-        path.remove_prefix(1); // the '/' in front of the component
+        path.remove_prefix(1); // the '/' before the component
         const std::size_t end = std::min(path.find('/'), path.size());
         node = findChild(node, componentOf(path.substr(0, end)));
         path.remove_prefix(end);
@@ -368,7 +368,8 @@ velNode *velPathTable::findLong(std::string_view path)
     return node;
 }
 
-/// The last long path's block, or the lowest above it, through which `path` leads.
+/// The object of the last long path if `path` leads through it, otherwise the
+/// nearest object above it through which `path` leads.
 velNode *velPathTable::nearestAbove(std::string_view path) const
 {
     if (longNode_ == nullptr) {
@@ -400,7 +401,7 @@ try {
     longPath_ = path.substr(0, node->isRoot() ? 0 : node->pathLength);
     longNode_ = node;
 } catch (const std::bad_alloc &) {
-    return; // the next long path is walked from the root
+    return; // the search for the next long path starts at the root
 }
 
 velNode *velPathTable::findByText(std::string_view path)
@@ -445,7 +446,7 @@ void velPathTable::appendPath(const velNode *node, std::string &path) const
         path += '/';
         return;
     }
-    // Written from its end, for the parents are only known one by one.
+    // Written from its end, because the parents are found one by one.
     const std::size_t start = path.size();
     std::size_t length = 0;
     const auto size = [this](std::uint32_t word) {

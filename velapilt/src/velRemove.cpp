@@ -1,4 +1,4 @@
-// Taking nodes out of the tree.
+// Removes nodes from the tree.
 #include "velapilt/src/velRemove_p.h"
 
 #include "velapilt/src/velHandlers_p.h"
@@ -18,7 +18,7 @@ namespace {
 void freeNode(velHandle *handle, velNode *node)
 {
     if (handle->table.hasDetached()) {
-        return; // a detached descendant may still spell its path through it
+        return; // a detached descendant may still need it for its path
     }
     if (node->isParam() && node->value.text != nullptr) {
         velRelease(handle, node->value.text, node->value.length + std::size_t{1});
@@ -51,10 +51,10 @@ void unlink(velNode *parent, velNode *previous, velNode *node)
 
 /// Deletes a node and everything below it, children first and in order.
 ///
-/// Handlers may change the tree meanwhile. Each child that an object has when
-/// the walk enters it gets one turn, and what is at its path then is deleted.
-/// So the walk ends, whatever handlers create again; an object that has
-/// children after their turns is refused as one that is not empty.
+/// Handlers may change the tree meanwhile. Each child that an object has when the
+/// walk enters it is visited once, and the node that is at its path then is
+/// deleted. So the walk ends, even if handlers create nodes again. An object that
+/// still has children after these visits is refused, because it is not empty.
 class Deletion
 {
 public:
@@ -104,7 +104,7 @@ private:
             return walk_.depth() == 0 ? "velRemoveObjectH: entry not found" : nullptr;
         }
         if (node->isRoot()) {
-            return nullptr; // emptied, never removed
+            return nullptr; // the root is emptied, never removed
         }
         return remove(node);
     }

@@ -1,4 +1,4 @@
-// Nodes by their paths, and paths by their nodes.
+// Finds nodes by their paths, and writes the paths of nodes.
 #pragma once
 
 #include "velapilt/src/velNode_p.h"
@@ -7,8 +7,8 @@
 
 struct velHandle;
 
-/// The node with a path as a caller gives it; null for none and for a null
-/// path. Throws bad_alloc.
+/// The node at a path that a caller gives; null if there is no such node or the
+/// path is null. Throws bad_alloc.
 [[nodiscard]] velNode *velResolve(velHandle *handle, const char *path);
 /// The full path of a node. Throws bad_alloc.
 [[nodiscard]] std::string velPathOf(const velHandle *handle, const velNode *node);

@@ -1,4 +1,4 @@
-// The look at a line: sixteen characters at a time, or one if there is no slack.
+// Scans a line: sixteen characters at a time, or one where there is no slack.
 #include "velapilt/src/velScan.h"
 
 #include "velapilt/src/velSpace.h"
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// `end` is a line feed itself.
+/// The character at `end` must be a line feed.
 const char *lineFeed(const char *start, const char *end)
 {
     const auto length = static_cast<std::size_t>(end - start) + 1;
@@ -52,7 +52,7 @@ velScannedLine wholeLine(const char *start, const char *end)
 
 constexpr std::size_t step = 16;
 
-/// What sixteen characters hold, a bit a character.
+/// What kind each of sixteen characters has, as one bit for each character.
 struct Chunk
 {
     explicit Chunk(const char *from)
@@ -90,11 +90,11 @@ const char *skipBlanks(const char *text)
 velScannedLine velScanLine(const char *start, const char *end)
 {
     const char *text = skipBlanks(start);
-    std::uint32_t carry = 0; // the character in front of the chunk is a blank
+    std::uint32_t carry = 0; // the character before the chunk is a space
     std::size_t equals = std::string_view::npos;
     for (const char *from = text;; from += step) {
         const Chunk chunk(from);
-        // What follows the first stop is another line's, or never looked at.
+        // Characters after the first stop belong to another line or are not used.
         const std::uint32_t own = (chunk.stops & (0U - chunk.stops)) - 1U;
         if ((chunk.blanks & (chunk.blanks << 1 | carry) & own) != 0) {
             return wholeLine(start, end);
@@ -118,7 +118,7 @@ velScannedLine velScanLine(const char *start, const char *end)
 
 std::size_t velCountLineFeeds(std::string_view text)
 {
-    constexpr std::size_t most = 255; // what a counter of one byte holds
+    constexpr std::size_t most = 255; // the largest count in one byte
     const __m128i feed = _mm_set1_epi8('\n');
     std::size_t count = 0;
     while (text.size() >= step) {

@@ -1,4 +1,4 @@
-// White space as the parser of command files knows it, and trimming.
+// What white space is in command files, and how it is trimmed.
 //
 // Every reader of VEL text uses these, so that all of them see the same text.
 // They do not depend on the locale.
@@ -16,7 +16,7 @@
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// A text without the white space after it; a part of the text given.
+/// The text without the white space at its end. The result is a part of `text`.
 [[nodiscard]] inline std::string_view velTrimEnd(std::string_view text)
 {
     while (!text.empty() && velIsSpace(text.back())) {
@@ -25,13 +25,13 @@
     return text;
 }
 
-/// A text between the white space around it; a part of the text given, with its
-/// end if all of it is white space.
+/// The text without the white space at its start and end. The result is a part of
+/// `text`. If all of it is white space, the result is the empty end of `text`.
 [[nodiscard]] inline std::string_view velTrim(std::string_view text)
 {
     const char *start = text.data();
     const char *end = start + text.size();
-    constexpr std::uint64_t blanks = 0x2020202020202020U; // an indentation, eight at a time
+    constexpr std::uint64_t blanks = 0x2020202020202020U; // an indentation, eight spaces at a time
     while (end - start >= 8 && velLoadBytes(start, 8) == blanks) {
         start += 8;
     }

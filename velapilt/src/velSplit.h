@@ -1,7 +1,8 @@
 // Lists in values: elements between commas.
 //
-// A comma inside parentheses does not split. Every piece is trimmed, and the
-// one after the last comma always counts: an empty text is one empty element.
+// A comma inside parentheses does not split. Each element is trimmed. The text
+// after the last comma is always an element, so an empty text has one empty
+// element.
 #pragma once
 
 #include "velapilt/src/velArray.h"
@@ -11,13 +12,14 @@
 #include <string_view>
 #include <vector>
 
-/// Adds the pieces to a string array; `count` is theirs.
+/// Adds the elements to a string array; `count` receives their number.
 [[nodiscard]] const char *splitString(velArray *array, std::string_view text, std::int32_t *count);
 
-/// As splitString, into a list of its own.
+/// Like splitString, but puts the elements into `list`.
 [[nodiscard]] const char *splitStringString(std::string_view text, velStringList *list);
 
-/// Each piece as isLogicalValue reads it. If any is not a logical, `message`
-/// receives one text with all their messages, which is returned.
+/// Reads each element with isLogicalValue. If elements are not logicals,
+/// `message` receives one text with the messages of all of them, and the function
+/// returns it.
 [[nodiscard]] const char *
 splitLogicalString(std::string_view text, std::vector<std::int32_t> *values, std::string *message);

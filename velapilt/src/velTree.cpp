@@ -1,4 +1,4 @@
-// Nodes: questions about them, making them, giving them values.
+// Answers questions about nodes, makes nodes, and gives them values.
 #include "velapilt/src/velTree_p.h"
 
 #include "velapilt/src/velCheck_p.h"
@@ -51,7 +51,7 @@ void appendChild(velNode *parent, velNode *node)
     ++parent->childCount;
 }
 
-/// The path length of a child, 0 if it would be beyond the limit.
+/// The path length of a child, 0 if it is above the limit.
 std::size_t childPathLength(const velHandle *handle, const velNode *parent, std::uint32_t type,
                             std::uint32_t name)
 {
@@ -76,10 +76,10 @@ velNode *findBelow(velHandle *handle, velNode *parent, velComponent component)
     return handle->table.find(path);
 }
 
-/// Flags of a node that a line has made or touched, and what follows from them
-/// for its validity and that of the nodes above. Kept exactly: a plain user
-/// line invalidates, a word of 0x100 or 0x400 alone marks, any other word
-/// (library data, data that matched a digest) invalidates.
+/// Sets the flags of a node that a line has made or touched, and changes the
+/// validity of this node and of the nodes above it. Kept exactly: a plain user
+/// line invalidates them. The word 0x100 or 0x400 alone only marks. Any other
+/// word (library data, data that matched a digest) invalidates them.
 void applyFlags(velHandle *handle, velNode *node, std::uint32_t word)
 {
     node = velNodeNow(handle, node);
@@ -92,7 +92,7 @@ void applyFlags(velHandle *handle, velNode *node, std::uint32_t word)
     }
     velSetFlags(handle, node, flags);
     if (word == velFlagValid || word == velFlagSubtreeValid) {
-        return; // the mark is among the flags already
+        return; // the flags contain the mark already
     }
     velInvalidate(handle, node);
 }
@@ -162,7 +162,7 @@ std::optional<NewPlace> newPlace(velHandle *handle, const char *path)
     return NewPlace{velPathOfParent(full), velLastOfPath(full)};
 }
 
-/// Puts the current path back to what it was, whatever has been pushed since.
+/// Restores the current path, whatever was pushed meanwhile.
 class StackGuard
 {
 public:
@@ -270,7 +270,7 @@ velNode *velUpdateObject(velHandle *handle, const velStatement &statement)
     const velComponent component = statement.component;
     const bool isParam = component.type == velWords::none;
     const bool isSingleton = component.name == velWords::none;
-    // A single word is looked for under either kind, for the two share a path.
+    // A single word may name a Singleton or a parameter: both have the same path.
     velNode *node = findBelow(
         handle, parent, isSingleton ? velComponent{velWords::none, component.type} : component);
     if (node == nullptr) {

@@ -1,4 +1,4 @@
-// Flags of nodes, and what a change takes away from the validity above it.
+// Sets flags of nodes; after a change, removes the validity of the nodes above.
 #include "velapilt/src/velValidity_p.h"
 
 #include "velapilt/src/velPathParts.h"
@@ -19,12 +19,12 @@ void velInvalidateUpward(velHandle *handle, velNode *node)
 void velInvalidateByPath(velHandle *handle, const velNode *node)
 {
     std::string path = velPathOf(handle, node);
-    bool onlyParams = node->isParam(); // of the nodes passed
+    bool onlyParams = node->isParam(); // whether all nodes up to here are parameters
     while (path.size() > 1) {
         path = velPathOfParent(path);
         velNode *up = handle->table.find(path);
         if (up == nullptr) {
-            onlyParams = false; // its children have outlived it
+            onlyParams = false; // it was deleted, but its children were not
             continue;
         }
         velSetFlags(handle, up, up->flags & ~(onlyParams ? velFlagValid : velFlagSubtreeValid));

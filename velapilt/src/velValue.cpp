@@ -1,4 +1,4 @@
-// Values as texts, numbers, logicals and lists.
+// Reads values as texts, numbers, logicals and lists.
 #include "velapilt/src/velError_p.h"
 #include "velapilt/src/velNumber.h"
 #include "velapilt/src/velResolve_p.h"
@@ -30,7 +30,7 @@ std::string_view firstWord(std::string_view text)
     return text.substr(0, length);
 }
 
-/// The value that a list or number query reads; empty if there is none.
+/// The value that a query for a list or a number reads; empty if there is none.
 const char *valueOf(velHandle *handle, const char *path, const char *unknown,
                     std::string_view *value)
 {
@@ -53,7 +53,7 @@ try {
     return nullptr;
 }
 
-/// One message made of those of all elements that are not logicals.
+/// Joins the messages of all elements that are not logicals into one message.
 const char *joinFailures(const velArray &errors, std::string *failures)
 try {
     *failures = "splitLogicalString: not all entries were logicals:\n";
@@ -65,8 +65,8 @@ try {
     return "splitLogicalString: unable to allocate error message.\n";
 }
 
-/// The elements as logicals, or, where any is none, the whole message of that
-/// in `failures`.
+/// Reads the elements as logicals. If elements are not logicals, `failures`
+/// receives the joined message.
 const char *readLogicals(std::string_view text, std::vector<std::int32_t> *values,
                          std::string *failures)
 try {
@@ -87,7 +87,7 @@ try {
         return error;
     }
     for (std::int32_t i = 0; i < count; ++i) {
-        std::int32_t value = 1; // of an element that fails
+        std::int32_t value = 1; // the value of an element that fails
         std::string failure;
         const char *error = isLogicalValue(elements->string(i), &value, &failure);
         if (error != nullptr && errors->addString(error) == 0) {
@@ -114,7 +114,7 @@ constexpr const char *listUnknown = "getStringList: unable to find value";
 
 const char *splitString(velArray *array, std::string_view text, std::int32_t *count)
 {
-    std::int64_t nesting = 0; // below zero it splits again only at exactly 0
+    std::int64_t nesting = 0; // below zero, no comma splits until it is 0 again
     std::size_t start = 0;
     std::int32_t pieces = 0;
     for (std::size_t i = 0; i <= text.size(); ++i) {

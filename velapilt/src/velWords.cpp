@@ -1,4 +1,4 @@
-// Entering words in their table, which doubles when it is half full.
+// Enters words in their table, which doubles when it is half full.
 #include "velapilt/src/velWords.h"
 
 #include <cstring>

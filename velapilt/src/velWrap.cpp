@@ -1,4 +1,4 @@
-// Where a long line is cut, so that its pieces read back as the line.
+// Decides where a long line is cut. Reading the pieces gives the same line again.
 #include "velapilt/src/velWrap.h"
 
 #include "velapilt/src/velSpace.h"
@@ -21,15 +21,16 @@ std::size_t pieceEnd(std::string_view line, std::size_t start, std::size_t room)
     if (end == start) {
         return candidate; // nothing but white space
     }
-    // A word that would end exactly at the edge moves on as well: kept.
+    // Kept: a word that would end exactly at the edge moves to the next piece
+    // too.
     while (end > start && !velIsSpace(line[end])) {
         --end;
     }
     if (velIsSpace(line[end])) {
         return end + 1; // the white space stays after its word
     }
-    // A hard cut inside a word, or after the first of several blanks. A word's
-    // only blank at the start of the next piece would be lost when it is read back.
+    // Cuts inside a word, or after the first of several spaces. A single space at
+    // the start of the next piece would be lost when the pieces are read.
     const bool losesBlank = velIsSpace(line[candidate]) && !velIsSpace(line[candidate - 1]);
     return losesBlank ? candidate - 1 : candidate;
 }

@@ -54,13 +54,13 @@ TEST(VelArena, BlocksAreAlignedAndDoNotOverlap)
     }
 }
 
-TEST(VelArena, AReleasedBlockIsGivenOutAgain)
+TEST(VelArena, AReleasedBlockIsUsedAgain)
 {
     velArena arena;
     void *first = arena.allocate(72);
     static_cast<void>(arena.allocate(72));
     arena.release(first, 72);
-    EXPECT_NE(arena.allocate(64), first); // of another size
+    EXPECT_NE(arena.allocate(64), first); // a block of another size
     EXPECT_EQ(arena.allocate(72), first);
     arena.release(first, 72);
     EXPECT_EQ(arena.allocate(65), first); // sizes go in steps of 8

@@ -26,7 +26,7 @@ TEST(VelArray, KindsHaveTheirNumbers)
     EXPECT_EQ(static_cast<int>(velArrayKind::Pointers), 3);
 }
 
-TEST(VelArray, CapacityDoublesWhenAnAddFindsItFull)
+TEST(VelArray, CapacityDoublesWhenAnAddNeedsRoom)
 {
     velArray strings(velArrayKind::Strings);
     velArray integers(velArrayKind::Integers);
@@ -62,7 +62,7 @@ TEST(VelArray, CharactersAlwaysHaveTheirTerminator)
     EXPECT_STREQ(array.characters(), expected.c_str());
 }
 
-TEST(VelArray, AnAddOfAnotherKindFails)
+TEST(VelArray, AddingAnotherKindFails)
 {
     velArray characters(velArrayKind::Characters);
     velArray strings(velArrayKind::Strings);
@@ -90,7 +90,7 @@ TEST(VelArray, TotalLengthCountsEveryText)
     EXPECT_EQ(array.totalLength(), 4);
     EXPECT_EQ(array.addOwnedString(owned("five!")), 1);
     EXPECT_EQ(array.totalLength(), 9);
-    EXPECT_EQ(array.addOwnedString(nullptr), 1); // counted, without a length
+    EXPECT_EQ(array.addOwnedString(nullptr), 1); // it counts, but has no length
     EXPECT_EQ(array.count(), 3);
     EXPECT_EQ(array.totalLength(), 9);
     EXPECT_EQ(array.addString(""), 1);
@@ -101,7 +101,7 @@ TEST(VelArray, TotalLengthCountsEveryText)
     EXPECT_STREQ(array.string(3), "");
 }
 
-TEST(VelArray, NothingOutside)
+TEST(VelArray, IndexesOutsideGiveNothing)
 {
     velArray array(velArrayKind::Strings);
     array.addString("x");
@@ -113,7 +113,7 @@ TEST(VelArray, NothingOutside)
     EXPECT_TRUE(array.integers().empty());
 }
 
-TEST(VelArray, TextsStayWhereTheyAre)
+TEST(VelArray, TextsKeepTheirAddresses)
 {
     velArray array(velArrayKind::Strings);
     std::vector<const char *> places;

@@ -34,7 +34,8 @@ std::string parseLines(const velHandlePtr &handle, std::string_view content)
     return parse(handle, text);
 }
 
-/// Both ways to parse give the same result, and the handle then parses a sound text.
+/// Both ways to parse give the same result. Afterwards the handle parses correct
+/// text.
 void expectHarmless(std::string_view content)
 {
     const velHandlePtr handle(velCreateHandle());
@@ -42,7 +43,7 @@ void expectHarmless(std::string_view content)
     ASSERT_EQ(parseBytes(handle, content), parseLines(other, content));
     ASSERT_EQ(stored(handle), stored(other));
     ASSERT_EQ(saved(handle, "/", 79), saved(other, "/", 79));
-    while (handle->hasPendingLine) { // each line takes one '\\' off its end
+    while (handle->hasPendingLine) { // each line removes one '\\' from its end
         static_cast<void>(parseVELLineH(handle.get(), "", 0));
     }
     setVELStateH(handle.get(), 0);
@@ -97,7 +98,7 @@ TEST(VelBadInput, RandomLinesOfTheLanguage)
     }
 }
 
-TEST(VelBadInput, OneFlippedByteOfASoundText)
+TEST(VelBadInput, OneFlippedByteOfACorrectText)
 {
     Random random(7);
     const std::string text = randomSetup(random, 20);
@@ -108,7 +109,7 @@ TEST(VelBadInput, OneFlippedByteOfASoundText)
     }
 }
 
-TEST(VelBadInput, EveryTruncationOfASoundText)
+TEST(VelBadInput, EveryTruncationOfACorrectText)
 {
     Random random(8);
     const std::string text = randomSetup(random, 8);
@@ -117,7 +118,7 @@ TEST(VelBadInput, EveryTruncationOfASoundText)
     }
 }
 
-TEST(VelBadInput, AControlCharacterEndsNothing)
+TEST(VelBadInput, AControlCharacterDoesNotEndALine)
 {
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(parseBytes(handle, "x = a\x01z\n"), "invalid parameter value \"a\x01z\": control "
@@ -190,7 +191,7 @@ TEST(VelBadInput, ALineOfAHundredMegabytes)
     EXPECT_EQ(parse(handle, "y = 2\n"), "");
 }
 
-TEST(VelBadInput, AHundredMegabytesOfNothing)
+TEST(VelBadInput, AHundredMegabytesWithoutAStatement)
 {
     const velHandlePtr handle(velCreateHandle());
     for (const char c : {' ', '\0', '#', '\t'}) {

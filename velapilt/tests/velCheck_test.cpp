@@ -19,19 +19,19 @@ TEST_F(VelCheck, EmptyWords)
     EXPECT_EQ(said(velCheckType(handle_.get(), "")), "invalid object type: must be non-empty.");
     EXPECT_EQ(said(velCheckParamName(handle_.get(), "")),
               "invalid parameter name: must be non-empty.");
-    // The rule common to all catches it.
+    // The rule for types and names refuses it first.
     EXPECT_EQ(said(velCheckObjectName(handle_.get(), "")),
               "invalid object name \"\": leading character must be alphabetic or '_'");
 }
 
-TEST_F(VelCheck, ATabMayFollowButNotLead)
+TEST_F(VelCheck, ATabMayNotBeTheFirstCharacter)
 {
     EXPECT_EQ(said(velCheckType(handle_.get(), "A\tb")), "");
     EXPECT_EQ(said(velCheckObjectName(handle_.get(), "\tb")),
               "invalid object name \"\tb\": leading character must be alphabetic or '_'");
 }
 
-TEST_F(VelCheck, ANulIsNoCharacterOfAWord)
+TEST_F(VelCheck, AWordMayNotContainANul)
 {
     const std::string_view word("a\0b", 3);
     EXPECT_STREQ(velCheckParamName(handle_.get(), word),

@@ -84,7 +84,7 @@ TEST(VelChildren, ChildrenInStoredOrder)
     EXPECT_EQ(childList(handle, "/NONE"), "getChildList: unable to find the requested path");
 }
 
-TEST(VelChildren, GroupsRunBackwards)
+TEST(VelChildren, GroupsAreInReverseOrder)
 {
     const velHandlePtr handle = parsed(flow);
     EXPECT_EQ(groupList(handle, "/FLOW"), "Parameter/String: 2\n"
@@ -109,7 +109,7 @@ TEST(VelChildren, OneGroupForEachKindAndType)
                                       "Object/A: 4 0\n");
 }
 
-TEST(VelChildren, BothListsAtOnceOrNeither)
+TEST(VelChildren, EitherBothListsOrNone)
 {
     const velHandlePtr handle = parsed(flow);
     std::vector<velChildInfo> children;
@@ -170,7 +170,7 @@ TEST(VelChildren, TheShortForms)
     EXPECT_EQ(asLines(list), "Option\n");
 }
 
-TEST(VelChildren, AnEmptyResultIsNoList)
+TEST(VelChildren, AnEmptyResultGivesNoList)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nB: b\nEND\nEND\n");
     velStringList list;
@@ -219,7 +219,7 @@ TEST(VelChildren, ByTypeParentsBeforeTheirDescendants)
     EXPECT_EQ(byType(handle, "/", "B"), "/A:x/A:y/A/B:x\n/x/B:A\n");
     EXPECT_EQ(byType(handle, "/A:x", "A"), "/A:x/A:y\n/A:x/A:y/A\n"); // not the node itself
     EXPECT_EQ(byType(handle, "/", "a"), "");
-    EXPECT_EQ(byType(handle, "/", "String"), ""); // parameters are passed over
+    EXPECT_EQ(byType(handle, "/", "String"), ""); // parameters are ignored
     EXPECT_EQ(byType(handle, "/", "/"), "");      // and so is the root
     EXPECT_EQ(byType(handle, "/", ""), "");
     EXPECT_EQ(byType(handle, "/A:x/x", "A"), "");
@@ -237,7 +237,7 @@ TEST(VelChildren, ByNameASingletonByItsType)
     EXPECT_EQ(byName(handle, "/NONE", "x"), "getPartialVELH: object does not exist");
 }
 
-TEST(VelChildren, AnEmptySearchIsJustTheNullEnd)
+TEST(VelChildren, AnEmptySearchGivesOnlyTheNullEnd)
 {
     const velHandlePtr handle = parsed(searched);
     velStringList list;
@@ -247,7 +247,7 @@ TEST(VelChildren, AnEmptySearchIsJustTheNullEnd)
     EXPECT_EQ(list.data()[0], nullptr);
 }
 
-TEST(VelChildren, MasksLeaveWholeSubtreesOut)
+TEST(VelChildren, MasksExcludeWholeSubtrees)
 {
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(parse(handle, "A: lib\nA: inner\nEND\nEND\n", velFlagLibrary), "");

@@ -16,7 +16,7 @@ TEST(ComponentText, JoinsTheWordsThatThereAre)
     EXPECT_EQ(velJoinComponent("", "Option"), "Option");
 }
 
-TEST(ComponentText, IsTakenApartAtTheFirstColon)
+TEST(ComponentText, IsSplitAtTheFirstColon)
 {
     const auto split = [](std::string_view text) {
         const velComponentParts parts = velSplitComponent(text);
@@ -55,7 +55,7 @@ TEST(ComponentText, IsTheSameFromAQueryAndFromTheWalk)
     EXPECT_EQ(walked, asked);
 }
 
-TEST(Blanks, AreTheSixOfTheCLocale)
+TEST(Blanks, AreTheSixWhiteSpaceCharactersOfTheCLocale)
 {
     std::string blanks;
     for (int c = 0; c < 256; ++c) {
@@ -66,7 +66,7 @@ TEST(Blanks, AreTheSixOfTheCLocale)
     EXPECT_EQ(blanks, "\t\n\v\f\r ");
 }
 
-TEST(Blanks, AreTakenOffTheEnds)
+TEST(Blanks, AreRemovedFromBothEnds)
 {
     EXPECT_EQ(velTrim(" \t\v\f\r\n a \t b \r\n"), "a \t b");
     EXPECT_EQ(velTrim(std::string(20, ' ') + "x"), "x");

@@ -62,7 +62,7 @@ TEST(VelDepth, TenThousandBlocksInAndOut)
     EXPECT_GT(lines.size(), 2U * depth + 1);
 }
 
-TEST(VelDepth, TenThousandBlocksAskedAndDeleted)
+TEST(VelDepth, TenThousandBlocksQueriedAndDeleted)
 {
     constexpr int depth = 10000;
     const velHandlePtr handle = parsed(nested(depth));
@@ -84,8 +84,8 @@ TEST(VelDepth, TenThousandBlocksAskedAndDeleted)
     EXPECT_EQ(stored(handle), "");
 }
 
-// The walk for a long path starts where the last one led.
-TEST(VelDepth, LongPathsAreAnsweredInAnyOrder)
+// The search for a long path starts where the last one ended.
+TEST(VelDepth, LongPathsAreFoundInAnyOrder)
 {
     constexpr int depth = 4000;
     std::string text;
@@ -140,8 +140,8 @@ TEST(VelDepth, AReplaceBlockSweepsTenThousandBlocks)
     EXPECT_EQ(stored(handle), "A:\n  y = 2\nEND\n");
 }
 
-// Beyond some forty levels the indentation alone is wider than a saved line.
-TEST(VelDepth, DeepBlocksReadBackAsTheyWereSaved)
+// Below about forty levels, the indentation alone is wider than a saved line.
+TEST(VelDepth, SavedDeepBlocksReadTheSame)
 {
     for (const int depth : {37, 38, 39, 40, 41, 300}) {
         const velHandlePtr handle = parsed(nested(depth));

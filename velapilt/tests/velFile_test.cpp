@@ -54,14 +54,14 @@ TEST_F(VelFile, Lines)
     EXPECT_EQ(linesOfContent(""), "|");
     EXPECT_EQ(linesOfContent("\n"), "||");
     EXPECT_EQ(linesOfContent("a\nb\n"), "|a|b|");
-    EXPECT_EQ(linesOfContent("a\nb"), "|a|b|"); // the last may lack its end
+    EXPECT_EQ(linesOfContent("a\nb"), "|a|b|"); // the last line may have no line feed
     EXPECT_EQ(linesOfContent(" a \n\n\tb"), "| a ||\tb|");
     EXPECT_EQ(linesOfContent("a\r\nb\r\n"), "|a\r|b\r|");
-    EXPECT_EQ(linesOfContent(std::string_view("a\0b\nc\n", 6)), "|a|c|"); // text ends at a NUL
+    EXPECT_EQ(linesOfContent(std::string_view("a\0b\nc\n", 6)), "|a|c|"); // a line ends at a NUL
     EXPECT_EQ(linesOfContent("\xFF\x80\n"), "|\xFF\x80|");
 }
 
-TEST_F(VelFile, AByteOrderMarkIsNoPartOfTheFirstLine)
+TEST_F(VelFile, TheFirstLineDoesNotContainTheByteOrderMark)
 {
     EXPECT_EQ(linesOfContent("\xEF\xBB\xBF"
                              "A:\nEND\n"),
@@ -91,7 +91,7 @@ TEST_F(VelFile, LinesOfAllLengths)
     }
 }
 
-TEST_F(VelFile, WhatCannotBeRead)
+TEST_F(VelFile, FilesThatCannotBeRead)
 {
     const std::string missing = folder_.path("none.vel");
     EXPECT_EQ(lines(missing), "loadFileData: " + missing + ": open failed");
@@ -158,7 +158,7 @@ TEST_F(VelFile, AReadErrorAfterTheFirstBytes)
         while (unread > 0 && ::ioctl(file, FIONREAD, &unread) == 0) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        while (!isThrough) { // the reader waits for more bytes, or soon will
+        while (!isThrough) { // the reader waits for more bytes, or will soon
             ::pthread_kill(reader, SIGUSR1);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
@@ -214,7 +214,7 @@ TEST_F(VelFile, TheTypeMustBeVel)
     EXPECT_EQ(refusal(file.c_str(), "vel"), "");
 }
 
-TEST_F(VelFile, AFileAndItsLinesAreTheSame)
+TEST_F(VelFile, AFileAndItsLinesGiveTheSameData)
 {
     const std::string contents[] = {"FLOW:\nx = 1\nEND\n",
                                     "FLOW:\nx = 1\nEND",

@@ -46,7 +46,7 @@ TEST(VelFormat, TheStoredOrder)
     EXPECT_EQ(partial(handle, "/", ""), flow);
 }
 
-// The first level is not indented from its header; clients rely on that.
+// The first level has the indentation of its header; clients rely on that.
 TEST(VelFormat, ANodeWithItsHeader)
 {
     const velHandlePtr handle = parsed(flow);
@@ -66,7 +66,7 @@ TEST(VelFormat, WithAnIndent)
                                                          "      Option = x\n"
                                                          "    END\n"
                                                          "    Location = B1\n");
-    // The indentation is a text of the caller, not a number of blanks.
+    // The indentation is a text that the caller gives, not a number of spaces.
     EXPECT_EQ(partial(handle, "/FLOW/DOMAIN:d", "\t> "), "\t> BOUNDARY: in\n"
                                                          "\t>   Option = x\n"
                                                          "\t> END\n"
@@ -84,7 +84,7 @@ TEST(VelFormat, PartialLinesAreAppended)
     EXPECT_EQ(asLines(lines), "before\nx = 1\n");
 }
 
-TEST(VelFormat, WhatHasNoStoredForm)
+TEST(VelFormat, NodesWithoutAStoredForm)
 {
     const velHandlePtr empty(velCreateHandle());
     velStringList lines;
@@ -96,7 +96,7 @@ TEST(VelFormat, WhatHasNoStoredForm)
     EXPECT_EQ(stored(handle, "/FLOW/Time"), "getObjectVEL: path not found");
     const velHandlePtr bare = parsed("");
     EXPECT_EQ(said(getObjectVELH(bare.get(), "/", &lines, true)), "");
-    ASSERT_NE(lines.data(), nullptr); // just the null end
+    ASSERT_NE(lines.data(), nullptr); // only the null end
     EXPECT_EQ(lines.size(), 0U);
 }
 
@@ -107,8 +107,9 @@ TEST(VelFormat, WithAndWithoutLibraryData)
     EXPECT_EQ(said(velCreateObject(handle.get(), "/FLOW/LIB:l", true)), "");
     EXPECT_EQ(stored(handle, "/", true), "RULES:\n  x = 1\n  USER: u\n  END\nEND\n"
                                          "FLOW:\n  y = 2\n  LIB: l\n  END\nEND\n");
-    EXPECT_EQ(stored(handle, "/", false), "FLOW:\n  y = 2\nEND\n"); // whole subtrees go
-    // A library object asked for by itself has its parameters and user objects.
+    EXPECT_EQ(stored(handle, "/", false), "FLOW:\n  y = 2\nEND\n"); // whole subtrees are left out
+    // A library object that is requested itself is written with its parameters
+    // and user objects.
     EXPECT_EQ(stored(handle, "/RULES", false), "RULES:\nx = 1\nUSER: u\nEND\nEND\n");
 }
 
@@ -146,11 +147,11 @@ TEST(VelFormat, ParametersFirstThenObjectsByTheirNames)
     EXPECT_EQ(saved(handle, "/FLOW/DOMAIN:d"), "Location = B1\n"
                                                "BOUNDARY: in\n"
                                                "  Option = x\n"
-                                               "END\n"); // not its own header
+                                               "END\n"); // without its own header
     EXPECT_EQ(saved(handle, "/FLOW/Time"), "");
 }
 
-TEST(VelFormat, EqualPrioritiesGoByBytes)
+TEST(VelFormat, EqualPrioritiesAreOrderedByBytes)
 {
     EXPECT_EQ(saved(parsed("b: x\nEND\na:\nEND\nB: x\nEND\nA.b: x\nEND\nA: x\nEND\nA:\nEND\n"
                            "A: X\nEND\nAB: x\nEND\nA: _\nEND\nA b: x\nEND\n")),
@@ -189,20 +190,20 @@ TEST(VelFormat, PrioritiesFromTheRules)
                               "BOTH: a\nEND\nBELOW: a\nEND\nODD:\nEND\nTHIRD:\nEND\nSECOND: "
                               "x\nEND\nFIRST:\nEND\nZ:\nEND\n");
     EXPECT_EQ(saved(handle), "FIRST:\nEND\n"    // 99.5 rounds to 100
-                             "SECOND: x\nEND\n" // 99, by the rule of singletons
-                             "THIRD:\nEND\n"    // 10, by that of parameters
+                             "SECOND: x\nEND\n" // 99, from the rule of singletons
+                             "THIRD:\nEND\n"    // 10, from the rule of parameters
                              "BOTH: a\nEND\n"   // 7: the rule of objects comes first
                              "BOTH: z\nEND\n"   //
                              "SILENT:\nEND\n"   // 6: an object rule without the parameter
                              "A:\nEND\n"        // 0 without any rule
-                             "ODD:\nEND\n"      // an object in the place of the parameter
+                             "ODD:\nEND\n"      // the parameter is an object here
                              "WORDS:\nEND\n"    // and 0 if it is not a number
                              "Z:\nEND\n"        //
-                             "BELOW: a\nEND\n"  // −1, by the rule of singletons
+                             "BELOW: a\nEND\n"  // −1, from the rule of singletons
                              "LATE: a\nEND\n"); // −5
 }
 
-// The path of their rule holds TYPE:TYPE, which is that of a singleton.
+// The path of their rule contains TYPE:TYPE, which is the path of a singleton.
 TEST(VelFormat, PrioritiesFromTheRulesOfAnotherHandle)
 {
     const velHandlePtr rules(velCreateHandle());
@@ -221,7 +222,7 @@ TEST(VelFormat, PrioritiesFromTheRulesOfAnotherHandle)
     EXPECT_EQ(text, "Z: z|END|A: a|END|");
 }
 
-TEST(VelFormat, PrioritiesOfTypesThatAreCalledAsTheRulesAre)
+TEST(VelFormat, PrioritiesOfTypesWithTheNamesOfRules)
 {
     const velHandlePtr handle =
         withRules("RULES:\n"
@@ -254,7 +255,7 @@ TEST(VelFormat, LibraryDataIsNotSaved)
     EXPECT_EQ(said(velCreateObject(handle.get(), "/FLOW/LIB:l", true)), "");
     EXPECT_EQ(said(velCreateObject(handle.get(), "/RULES/USER:u", false)), "");
     EXPECT_EQ(saved(handle), "FLOW:\n  y = 2\nEND\n");
-    EXPECT_EQ(saved(handle, "/RULES"), "x = 1\nUSER: u\nEND\n"); // asked for by itself
+    EXPECT_EQ(saved(handle, "/RULES"), "x = 1\nUSER: u\nEND\n"); // requested itself
 
     // Only that bit counts; the others do not change what is saved.
     for (const char *path : {"/FLOW", "/FLOW/y"}) {
@@ -269,7 +270,7 @@ TEST(VelFormat, LibraryDataIsNotSaved)
     velStringList lines;
     EXPECT_EQ(said(velWrapText(libraries.get(), "/", 79, &lines)), "");
     ASSERT_NE(lines.data(), nullptr);
-    EXPECT_EQ(lines.data()[0], nullptr); // just the null end
+    EXPECT_EQ(lines.data()[0], nullptr); // only the null end
 }
 
 TEST(VelFormat, SavedLinesAreWrapped)
@@ -313,7 +314,7 @@ TEST(VelFormat, TheNameOfTheEditorsSave)
 
 // --- There and back ----------------------------------------------------------------------
 
-TEST(VelFormat, RandomTreesReadBackAsTheyWere)
+TEST(VelFormat, RandomTreesReadBackUnchanged)
 {
     for (unsigned seed = 0; seed < 200; ++seed) {
         Random random(seed);
@@ -362,7 +363,8 @@ std::string randomValue(Random &random, bool hasRuns)
     return value;
 }
 
-/// The value that a reader gets: trimmed, with one blank for each run of white space.
+/// The value that a reader gets: trimmed, with one space for each run of white
+/// space.
 std::string asRead(std::string_view value)
 {
     std::string result;
@@ -400,7 +402,7 @@ void makeBoth(Random &random, bool hasRuns, const velHandlePtr &given, const vel
 
 // A backslash at the end of a value would continue the line, so every writer puts
 // an empty comment after it.
-TEST(VelFormat, WhatIsWrittenReadsBackAtEveryWidth)
+TEST(VelFormat, LinesReadBackAtEveryWidth)
 {
     for (const bool hasRuns : {false, true}) {
         Random random(hasRuns ? 1 : 0);
@@ -434,7 +436,7 @@ TEST(VelFormat, AValueThatEndsInABackslash)
     EXPECT_EQ(valueAt(parsed(stored(handle)), "/A/x"), "\\");
 }
 
-// A program can set such a value; no file can hold it.
+// A program can set such a value, but no file can contain it.
 TEST(VelFormat, ACommentSignInAValueIsWrittenAsItIs)
 {
     const velHandlePtr handle = parsed("x = 1\n");

@@ -37,10 +37,10 @@ TEST(VelHandle, ANewHandleIsEmpty)
     EXPECT_EQ(velFindNode(handle.get(), "/"), nullptr);
 }
 
-TEST(VelHandle, WhatMakesTheTree)
+TEST(VelHandle, CallsThatMakeTheTree)
 {
     const velHandlePtr byText(velCreateHandle());
-    EXPECT_EQ(parse(byText, ""), ""); // a whole text, though it has no lines
+    EXPECT_EQ(parse(byText, ""), ""); // a complete text, although it has no lines
     EXPECT_EQ(havePath(byText.get(), "/"), 1);
 
     const velHandlePtr byLine(velCreateHandle());
@@ -55,7 +55,7 @@ TEST(VelHandle, WhatMakesTheTree)
     EXPECT_EQ(flagsOf(byCreation), "/ Object 0\n/FLOW Singleton 0\n");
 }
 
-TEST(VelHandle, DestroyGivesZeroAndAllowsNull)
+TEST(VelHandle, DestroyReturnsZeroAndAcceptsNull)
 {
     EXPECT_EQ(velDestroyHandle(nullptr), 0);
     EXPECT_EQ(velDestroyHandle(velCreateHandle()), 0);
@@ -78,7 +78,7 @@ TEST(VelHandle, UserDataIsReleasedWithTheHandle)
         const velHandlePtr handle(velCreateHandle());
         velSetUserData(handle.get(), &first, release);
         EXPECT_EQ(velUserData(handle.get()), &first);
-        velSetUserData(handle.get(), &first, release); // the same: nothing to release
+        velSetUserData(handle.get(), &first, release); // the same data: nothing to release
         EXPECT_EQ(released, 0);
         velSetUserData(handle.get(), &second, release);
         EXPECT_EQ(released, 1);
@@ -86,7 +86,7 @@ TEST(VelHandle, UserDataIsReleasedWithTheHandle)
     EXPECT_EQ(released, 11);
 }
 
-TEST(VelHandle, TheReleaseIsCalledOnceForNullDataToo)
+TEST(VelHandle, NullDataIsReleasedOnceToo)
 {
     static std::vector<void *> released;
     released.clear();
@@ -151,7 +151,7 @@ TEST(VelHandle, TheDeepestBlockIsRemembered)
     EXPECT_EQ(velDeepestBlock(handle.get()), 2);
 }
 
-TEST(VelHandle, SettingTheDepthClosesBlocksAndNeverOpensAny)
+TEST(VelHandle, SettingTheDepthOnlyClosesBlocks)
 {
     const velHandlePtr handle(velCreateHandle());
     for (const char *line : {"A:", "B:", "C: d"}) {
@@ -231,7 +231,7 @@ TEST(VelHandle, OnlyAFormatIsFormatted)
     EXPECT_EQ(velSetError(handle.get(), "<%s>", large.c_str()), "<" + large + ">");
 }
 
-TEST(VelHandle, AMessageMayBeMadeOfTheOneBefore)
+TEST(VelHandle, AMessageMayContainThePreviousOne)
 {
     const velHandlePtr handle(velCreateHandle());
     const char *error = velSetError(handle.get(), "inner %d", 1);
@@ -263,7 +263,7 @@ TEST(VelHandle, NothingIsPrintedWithoutTheVariable)
 
 TEST(VelHandle, TheTraceShowsLifeChangesAndErrors)
 {
-    const Environment debug("ZOT_VELAPI_DEBUG", ""); // set to anything
+    const Environment debug("ZOT_VELAPI_DEBUG", ""); // any value turns the trace on
     testing::internal::CaptureStdout();
     std::string id;
     {
@@ -290,7 +290,7 @@ TEST(VelHandle, TheTraceShowsLifeChangesAndErrors)
                   id + "*** destroyed ***\n");
 }
 
-TEST(VelHandle, TheVariableIsAskedAtEachUse)
+TEST(VelHandle, TheVariableIsReadAtEachUse)
 {
     testing::internal::CaptureStdout();
     std::string id;

@@ -117,7 +117,7 @@ TEST(VelHandlers, HandlersAreCalledInTheOrderOfTheirRegistration)
     EXPECT_EQ(order, "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyz");
 }
 
-TEST(VelHandlers, TheMarksGoBeforeTheReport)
+TEST(VelHandlers, TheMarksAreRemovedBeforeTheReport)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nEND\n");
     for (const char *path : {"/A", "/A/x"}) {
@@ -133,7 +133,7 @@ TEST(VelHandlers, TheMarksGoBeforeTheReport)
 }
 
 // A new node already has its flags when it is reported, but it is not yet current.
-TEST(VelHandlers, WhatIsNewWhenItIsReported)
+TEST(VelHandlers, TheStateOfANewNodeWhenItIsReported)
 {
     const velHandlePtr handle(velCreateHandle());
     std::string seen;
@@ -193,7 +193,7 @@ TEST(VelHandlers, AHandlerMayMakeNodes)
                               "END\n");
 }
 
-TEST(VelHandlers, AHandlerMayParseLinesOfItsOwn)
+TEST(VelHandlers, AHandlerMayParseOtherLines)
 {
     const velHandlePtr handle(velCreateHandle());
     const OnChange other(handle, [&](const std::string &path, std::int32_t code) {
@@ -206,7 +206,7 @@ TEST(VelHandlers, AHandlerMayParseLinesOfItsOwn)
     EXPECT_STREQ(getCurrentPath(handle.get()), "/");
 }
 
-TEST(VelHandlers, AHandlerMayDeleteWhatIsReported)
+TEST(VelHandlers, AHandlerMayDeleteTheReportedNode)
 {
     const velHandlePtr handle(velCreateHandle());
     const OnChange refuse(handle, [&](const std::string &path, std::int32_t code) {
@@ -249,7 +249,7 @@ TEST(VelHandlers, AHandlerMayDeleteTheCurrentObject)
 
 // It is a failure only if the object to be deleted itself is gone when the walk
 // reaches it.
-TEST(VelHandlers, AHandlerMayDeleteWhatIsBeingDeleted)
+TEST(VelHandlers, AHandlerMayDeleteTheNodeBeingDeleted)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nB:\ny = 2\nEND\nz = 3\nEND\nC:\nEND\n");
     const OnChange more(handle, [&](const std::string &path, std::int32_t) {
@@ -260,7 +260,7 @@ TEST(VelHandlers, AHandlerMayDeleteWhatIsBeingDeleted)
     ChangeLog log(handle);
     EXPECT_EQ(said(deleteObjH(handle.get(), "/A")), "velRemoveObjectH: entry not found");
     EXPECT_EQ(stored(handle), "C:\nEND\n");
-    EXPECT_EQ(log.take(), "/A/B/y: - <- 2\n" // of the inner call, made before the log's turn
+    EXPECT_EQ(log.take(), "/A/B/y: - <- 2\n" // from the inner call, before the log's call
                           "/A/B: deleted\n"
                           "/A/z: - <- 3\n"
                           "/A: deleted\n"
@@ -281,7 +281,7 @@ std::string deleteWith(const velHandlePtr &handle, const char *top, std::string_
 }
 
 // Success was once reported although the object still existed.
-TEST(VelHandlers, AChildObjectThatAHandlerDeletesIsPassedOver)
+TEST(VelHandlers, AChildObjectThatAHandlerDeletesIsSkipped)
 {
     const velHandlePtr handle = parsed("A:\nB:\nx = 1\ny = 2\nEND\nC:\nEND\nEND\n");
     const auto deleteParent = [&] { EXPECT_EQ(said(deleteObjH(handle.get(), "/A/B")), ""); };
@@ -291,7 +291,7 @@ TEST(VelHandlers, AChildObjectThatAHandlerDeletesIsPassedOver)
 }
 
 // The walk once never ended.
-TEST(VelHandlers, AChildMadeAgainAfterItsTurnIsNotDeletedAgain)
+TEST(VelHandlers, AChildMadeAgainIsNotDeletedAgain)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nB:\nEND\nEND\n");
     const auto makeAgain = [&] { EXPECT_EQ(said(velCreateParam(handle.get(), "/A/x", "2")), ""); };
@@ -302,7 +302,7 @@ TEST(VelHandlers, AChildMadeAgainAfterItsTurnIsNotDeletedAgain)
     EXPECT_EQ(valueAt(handle, "/A/x"), "2"); // it is still found by its old path
 }
 
-TEST(VelHandlers, ARootWhoseChildIsMadeAgainKeepsIt)
+TEST(VelHandlers, TheRootKeepsAChildThatIsMadeAgain)
 {
     const velHandlePtr handle = parsed("x = 1\nB:\nEND\n");
     const auto makeAgain = [&] { EXPECT_EQ(said(velCreateParam(handle.get(), "/x", "2")), ""); };
@@ -310,9 +310,9 @@ TEST(VelHandlers, ARootWhoseChildIsMadeAgainKeepsIt)
     EXPECT_EQ(stored(handle), "x = 2\n");
 }
 
-// The sweep uses the node that is at a child's path when its turn comes, not the one
-// at the start. A child made meanwhile gets the mark of its parent.
-TEST(VelHandlers, TheSweepOfAReplaceBlockTakesTheMarkFromWhatIsThereThen)
+// The sweep uses the node that is at a child's path when it visits the child, not
+// the node at the start. A child made meanwhile gets the mark of its parent.
+TEST(VelHandlers, TheSweepOfAReplaceBlockUsesTheMarkOfTheCurrentNode)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\ny = 1\nB:\nEND\nC:\nEND\nEND\n");
     const OnChange more(handle, [&](const std::string &path, std::int32_t) {
@@ -361,7 +361,7 @@ TEST(VelHandlers, AHandlerMayChangeTheValueReported)
     EXPECT_EQ(valueAt(handle, "/x"), "3");
 }
 
-TEST(VelHandlers, TheTextsOutliveWhatAHandlerDeletes)
+TEST(VelHandlers, TheTextsStayReadableAfterAHandlerDeletesTheNode)
 {
     const velHandlePtr handle = parsed("x = old\n");
     bool isBusy = false;
@@ -458,7 +458,7 @@ TEST(VelHandlers, ReplaceHandlersAreCalledWithTheObjectOpened)
                             "END\n"),
               "");
     EXPECT_EQ(paths, "/A/B:b\n/A/B:b\n" // both handlers
-                     "/A\n/A\n");       // a parameter opens nothing
+                     "/A\n/A\n");       // a parameter opens no object
     EXPECT_EQ(parse(handle, "&replace bad\n"), "parseVELLineH: syntax error near \"bad\"");
     EXPECT_EQ(paths, "/A/B:b\n/A/B:b\n/A\n/A\n");
 }
@@ -476,8 +476,8 @@ TEST(VelHandlers, ActionLines)
     } cases[] = {
         {">save", "save\n"},
         {">>  save   file.vel", "save(file.vel);\n"},
-        {"> save a b  c", "save(a b c);\n"},    // the parser leaves single blanks
-        {"  >>>save x = 1 ", "save(x = 1);\n"}, // no parameter
+        {"> save a b  c", "save(a b c);\n"},    // the parser leaves single spaces
+        {"  >>>save x = 1 ", "save(x = 1);\n"}, // not a parameter
         {">save A: b", "save(A: b);\n"},
         {">save x # comment", "save(x);\n"},
         {">", "\n"},
@@ -489,9 +489,9 @@ TEST(VelHandlers, ActionLines)
         EXPECT_EQ(log.take(), c.expected) << c.line;
     }
     EXPECT_EQ(said(velRunActionLine(handle.get(), ">save  two  blanks ")), "");
-    EXPECT_EQ(log.take(), "save(two  blanks );\n"); // outside a text the line is as given
+    EXPECT_EQ(log.take(), "save(two  blanks );\n"); // outside a text, the line stays as it is
     EXPECT_EQ(said(velRunActionLine(handle.get(), ">save ")), "");
-    EXPECT_EQ(log.take(), "save();\n"); // white space follows: one empty element
+    EXPECT_EQ(log.take(), "save();\n"); // white space follows, which gives one empty element
     EXPECT_EQ(havePath(handle.get(), "/"), 0);
 }
 
@@ -512,7 +512,7 @@ TEST(VelHandlers, AnActionThatFails)
               "action invocation returned with error status");
     EXPECT_STREQ(getCurrentPath(handle.get()), "/");
     EXPECT_EQ(havePath(handle.get(), "/A/x"), 0);
-    log.answer = -1; // anything but 0 is success
+    log.answer = -1; // only 0 is a failure
     EXPECT_EQ(parse(handle, ">save\n"), "");
 }
 

@@ -75,7 +75,7 @@ TEST(VelHash, BucketCountForASize)
     EXPECT_EQ(velChooseBucketCount(12351967), 12351967);
 }
 
-TEST(VelHash, WarnsWhereEvenTheLargestTableIsFarTooSmall)
+TEST(VelHash, WarnsIfTheLargestTableIsFarTooSmall)
 {
     constexpr std::int64_t largest = 12351967;
     testing::internal::CaptureStderr();
@@ -90,10 +90,9 @@ TEST(VelHash, WarnsWhereEvenTheLargestTableIsFarTooSmall)
               "table.\n");
 }
 
-// Worked by hand for 41 buckets: the multipliers are 31415,
-// 31415·27183 mod 40 = 853953945 mod 40 = 25, and 25·27183 mod 40 = 15.
-// "/" is 47 mod 41 = 6; "/A" is (25·6 + 65) mod 41 = 10; "/AB" is
-// (15·10 + 66) mod 41 = 11.
+// Calculated by hand for 41 buckets: the multipliers are 31415, 31415·27183 mod
+// 40 = 853953945 mod 40 = 25, and 25·27183 mod 40 = 15. "/" is 47 mod 41 = 6;
+// "/A" is (25·6 + 65) mod 41 = 10; "/AB" is (15·10 + 66) mod 41 = 11.
 TEST(VelHash, KnownAnswers)
 {
     velHashFunction function(41);
@@ -104,11 +103,11 @@ TEST(VelHash, KnownAnswers)
     EXPECT_EQ(function.hash("~"), 0U);            // 126 counts as 0
     EXPECT_EQ(function.hash("\x7F"), 0U);         // and so does 127
     EXPECT_EQ(function.hash("}"), 125U % 41U);    // 125 still counts
-    EXPECT_EQ(function.hash("\x80"), 128U % 41U); // −128, then its magnitude
+    EXPECT_EQ(function.hash("\x80"), 128U % 41U); // −128, then its absolute value
     EXPECT_EQ(function.hash("\xFF"), 1U);         // −1
 }
 
-TEST(VelHash, IsTheDefinitionForEveryTableSize)
+TEST(VelHash, FollowsTheDefinitionForEveryTableSize)
 {
     Random random(1);
     for (const std::int32_t buckets : allBucketCounts()) {
@@ -123,7 +122,7 @@ TEST(VelHash, IsTheDefinitionForEveryTableSize)
     }
 }
 
-TEST(VelHash, AnExtendedHashIsThatOfTheWholeKey)
+TEST(VelHash, AnExtendedHashEqualsTheHashOfTheWholeKey)
 {
     Random random(2);
     for (const std::int32_t buckets : {41, 127, 9739, 12351967}) {
@@ -138,7 +137,7 @@ TEST(VelHash, AnExtendedHashIsThatOfTheWholeKey)
     }
 }
 
-// extendFour() assumes that words have no character from 126 up.
+// extendFour() needs words without characters from 126 up.
 TEST(VelHash, FourWordsSideBySide)
 {
     constexpr std::string_view characters = "\tAZaz09 ._{|}[]%:/";
@@ -184,7 +183,7 @@ TEST(VelHashTable, GrowsAtTheInsertThatFinds126Entries)
     EXPECT_EQ(table.buckets(), 41);
     EXPECT_EQ(table.entries(), 126);
     EXPECT_EQ(table.insert("one more", asValue(127)), 1);
-    EXPECT_EQ(table.buckets(), 127); // 2 · (126 / 3) = 84 were asked for
+    EXPECT_EQ(table.buckets(), 127); // 2 · (126 / 3) = 84 were requested
     EXPECT_EQ(table.entries(), 127);
     for (std::uintptr_t i = 1; i <= 126; ++i) {
         EXPECT_EQ(table.lookup("key " + std::to_string(i)), asValue(i));
@@ -230,7 +229,7 @@ TEST(VelHashTable, Presize)
     EXPECT_EQ(table.buckets(), 2017);
 }
 
-TEST(VelHashTable, PresizeCountsWhatIsThere)
+TEST(VelHashTable, PresizeCountsExistingEntries)
 {
     velHashTable table(1);
     EXPECT_EQ(table.insert("a", &table), 1);
@@ -267,9 +266,9 @@ TEST(VelHashTable, KeysOfOneBucketAreDistinguished)
     EXPECT_EQ(table.lookup("A"), nullptr);
 }
 
-TEST(VelHashTable, RemovingOneOfABucketKeepsTheOthers)
+TEST(VelHashTable, RemovingAKeyKeepsTheOthersOfItsBucket)
 {
-    // '~' and DEL hash to nothing: the keys share bucket 0.
+    // '~' and DEL add nothing to the hash, so the keys share bucket 0.
     const std::vector<std::string> keys = {"", "~", "\x7F", "~~", "~\x7F"};
     for (const std::string &gone : keys) {
         velHashTable table(1);
@@ -288,7 +287,7 @@ TEST(VelHashTable, RemovingOneOfABucketKeepsTheOthers)
     }
 }
 
-TEST(VelHashTable, AnswersAsAMapDoes)
+TEST(VelHashTable, BehavesLikeAMap)
 {
     for (unsigned seed = 0; seed < 20; ++seed) {
         Random random(seed);

@@ -24,7 +24,8 @@ protected:
         folder_.write("sub/a.vel", "RULES:\nsub = 4\nEND\n");
     }
 
-    /// The message, or the parameters of /RULES in the order they came.
+    /// The message, or the parameters of /RULES in the order in which they were
+    /// read.
     std::string readList(const char *list, const char *directory)
     {
         const velHandlePtr handle(velCreateHandle());
@@ -58,15 +59,16 @@ protected:
     TemporaryFolder folder_;
 };
 
-TEST_F(VelLibraries, AListIsReadInItsOrder)
+TEST_F(VelLibraries, AListIsReadInOrder)
 {
     const std::string folder = here();
     EXPECT_EQ(readList("a.vel", folder.c_str()), "a\n");
     EXPECT_EQ(readList("b.vel;a.vel", folder.c_str()), "b\na\n");
-    EXPECT_EQ(readList("a.vel;b.vel;", folder.c_str()), "a\nb\n"); // no item after the last ';'
+    EXPECT_EQ(readList("a.vel;b.vel;", folder.c_str()), "a\nb\n"); // no item follows the last ';'
     EXPECT_EQ(readList(";a.vel", folder.c_str()), "a\n");
     EXPECT_EQ(readList(":a.vel;b.vel", folder.c_str()), "a\nb\n");
-    // One ';' or ':' before an item is skipped, whether or not it ended another item.
+    // One ';' or ':' before an item is skipped, even if it did not end another
+    // item.
     EXPECT_EQ(readList("a.vel;:colon.vel", folder.c_str()), "a\ncolon\n");
     EXPECT_EQ(readList("::colon.vel", folder.c_str()), "colon\n");
     EXPECT_EQ(readList("sub/a.vel", folder.c_str()), "sub\n");
@@ -81,7 +83,7 @@ TEST_F(VelLibraries, NothingToRead)
     EXPECT_EQ(readList(";", folder.c_str()), "none");
 }
 
-TEST_F(VelLibraries, AnEmptyItemIsTheDirectoryItself)
+TEST_F(VelLibraries, AnEmptyItemNamesTheDirectoryItself)
 {
     const std::string folder = here();
     const std::string refused =
@@ -141,7 +143,7 @@ TEST_F(VelLibraries, TheDirectory)
         const Environment given("ZOT5_VEL_LIBSDIR", folder);
         EXPECT_EQ(readList("a.vel", ""), "a\n");
         EXPECT_EQ(readList("a.vel", nullptr), "a\n");
-        EXPECT_EQ(readList("a.vel", "/no such folder"), noDirectory); // a given one is taken
+        EXPECT_EQ(readList("a.vel", "/no such folder"), noDirectory); // a given folder is used
         EXPECT_EQ(readList("a.vel", (folder + "/sub").c_str()), "sub\n");
     }
     // One separator of either kind at the end does not belong to the name.

@@ -80,7 +80,7 @@ std::string allOfIt()
     for (const std::int32_t element : list) {
         text += std::to_string(element) + " ";
     }
-    // 0xE4 is a letter in Latin-1, 0xA0 a blank.
+    // 0xE4 is a letter in Latin-1, and 0xA0 is a space.
     text += "\n" + said(parseVELLineH(handle.get(), "\xE4 = 1", 0));
     text += "\n" + said(parseVELLineH(handle.get(), "a\xE4 = 1", 0));
     text += "\n" + said(parseVELLineH(handle.get(),
@@ -99,7 +99,7 @@ void expectNoDifference(const std::string &characters, const std::string &expect
     }
     std::array<char, 8> text{};
     std::snprintf(text.data(), text.size(), "%.1f", 1.5);
-    ASSERT_STREQ(text.data(), "1,5"); // the locale is really in use
+    ASSERT_STREQ(text.data(), "1,5"); // the locale is in use
     EXPECT_EQ(allOfIt(), expected);
 }
 
@@ -113,7 +113,7 @@ TEST(VelLocale, LettersAreTheSame)
     expectNoDifference("ISO-8859-1", allOfIt());
 }
 
-TEST(VelLocale, WhatTheyAre)
+TEST(VelLocale, TheResultsAreKnown)
 {
     EXPECT_EQ(allOfIt(), "B:\nEND\nC:\n"
                          "  x = 1.5, -1.5, \\\n    1,5 [m], 2.5e1\n"

@@ -15,14 +15,14 @@ constexpr bool isCounted = false; // the heap is not the usual one
 constexpr bool isCounted = true;
 #endif
 
-/// Bytes that the process holds from its heap.
+/// The bytes that the process has on its heap.
 std::size_t bytesHeld()
 {
     const struct mallinfo2 info = ::mallinfo2();
     return info.uordblks + info.hblkhd;
 }
 
-/// The heap may use a block that is slightly larger than the one before.
+/// The heap may use a block that is slightly larger than the previous one.
 constexpr std::ptrdiff_t heapSlack = 1024;
 
 /// Bytes that `cycle` does not free after it has run a few times.
@@ -89,7 +89,7 @@ TEST_F(VelMemory, ValuesAreUsedAgain)
     EXPECT_EQ(valueAt(handle, "/x"), std::string(999, 'v'));
 }
 
-TEST_F(VelMemory, DeletingUnderAHandlerGivesMemoryBackToo)
+TEST_F(VelMemory, DeletingUnderAHandlerFreesMemoryToo)
 {
     const velHandlePtr handle = parsed("");
     const auto clear = [](const char *path, std::int32_t code, const char *, const char *,
@@ -106,7 +106,7 @@ TEST_F(VelMemory, DeletingUnderAHandlerGivesMemoryBackToo)
     EXPECT_EQ(stored(handle), "");
 }
 
-TEST_F(VelMemory, ErrorsDoNotPileUp)
+TEST_F(VelMemory, ErrorsDoNotAccumulate)
 {
     const velHandlePtr handle(velCreateHandle());
     const std::string line(1000, '?');
@@ -116,7 +116,7 @@ TEST_F(VelMemory, ErrorsDoNotPileUp)
         heapSlack);
 }
 
-TEST_F(VelMemory, LookingUpDoesNotPileUp)
+TEST_F(VelMemory, LookUpsDoNotAccumulate)
 {
     Random random(2);
     const velHandlePtr handle = parsed(randomSetup(random, 300));

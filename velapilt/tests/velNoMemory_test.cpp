@@ -175,7 +175,7 @@ auto without(long n, Work work)
 }
 
 // The handle itself is the first of several allocations.
-TEST(VelNoMemory, NoHandle)
+TEST(VelNoMemory, CreatingAHandle)
 {
     int refused = 0;
     for (; refused < 100; ++refused) {
@@ -317,8 +317,8 @@ TEST(VelNoMemory, PushingAndChangingPaths)
               (Messages{"", "changePath: unable to create a full path"}));
 }
 
-// The descendants of a node that was removed before them stay in the table. When
-// the table failed to grow with them, it once lost all entries.
+// The descendants of a node that was removed before them stay in the table. The
+// table once lost all entries if it could not grow with such nodes in it.
 TEST(VelNoMemory, GrowingWithDetachedNodes)
 {
     constexpr std::string_view top = "/A LONG TYPE OF AN OBJECT:with a long name";
@@ -372,7 +372,7 @@ TEST(VelNoMemory, Replacing)
               (Messages{"", "parseVELLineH: Memory allocation error"}));
 }
 
-TEST(VelNoMemory, Asking)
+TEST(VelNoMemory, Querying)
 {
     EXPECT_EQ(messagesOf([](velHandle *handle) {
                   velStringList list;

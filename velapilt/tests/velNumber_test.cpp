@@ -12,7 +12,7 @@ namespace {
 constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
 
-TEST(VelNumber, WhatIsRead)
+TEST(VelNumber, TextsThatAreNumbers)
 {
     const struct
     {
@@ -59,7 +59,7 @@ TEST(VelNumber, WhatIsRead)
     }
 }
 
-TEST(VelNumber, BeyondWhatADoubleHolds)
+TEST(VelNumber, NumbersOutsideTheRangeOfDouble)
 {
     EXPECT_EQ(velReadNumber("1e400"), HUGE_VAL);
     EXPECT_EQ(velReadNumber("-1e400"), -HUGE_VAL);
@@ -86,7 +86,7 @@ TEST(VelNumber, AValueRoundsHalfAwayFromZero)
     EXPECT_EQ(velRoundValue(0), 0);
 }
 
-TEST(VelNumber, AnElementAddsAHalfForEverySign)
+TEST(VelNumber, AnElementAddsAHalfForBothSigns)
 {
     EXPECT_EQ(velRoundElement(2.5), 3);
     EXPECT_EQ(velRoundElement(-2.5), -2);
@@ -96,7 +96,7 @@ TEST(VelNumber, AnElementAddsAHalfForEverySign)
     EXPECT_EQ(velRoundElement(1.4), 1);
 }
 
-TEST(VelNumber, OutsideThirtyTwoBitsItClamps)
+TEST(VelNumber, ValuesOutsideThirtyTwoBitsAreClamped)
 {
     for (const auto round : {velRoundValue, velRoundElement}) {
         EXPECT_EQ(round(2147483646.0), highest - 1);
@@ -108,7 +108,7 @@ TEST(VelNumber, OutsideThirtyTwoBitsItClamps)
         EXPECT_EQ(round(-HUGE_VAL), lowest);
     }
     EXPECT_EQ(velRoundValue(-2147483648.0), lowest);
-    EXPECT_EQ(velRoundElement(-2147483648.0), lowest + 1); // the half is added here too
+    EXPECT_EQ(velRoundElement(-2147483648.0), lowest + 1); // here too, the half is added
     EXPECT_EQ(velRoundElement(-2147483649.0), lowest);
 }
 

@@ -107,14 +107,14 @@ TEST(VelParser, BothFormsOfASingleton)
     EXPECT_EQ(read("TYPE: type\nEND\n"), "TYPE: type\nEND\n");
 }
 
-TEST(VelParser, RestatingAddsToWhatIsThere)
+TEST(VelParser, RepeatingABlockAddsToIt)
 {
     EXPECT_EQ(read("A: b\nx = 1\ny = 1\nEND\n"
                    "A: b\ny = 2\nz = 2\nEND\n"),
               "A: b\n  x = 1\n  y = 2\n  z = 2\nEND\n");
 }
 
-TEST(VelParser, WhatIsNoStatement)
+TEST(VelParser, TextsThatAreNotStatements)
 {
     EXPECT_EQ(read("FLOW\n"), "parseVELLineH: syntax error near \"FLOW\"");
     EXPECT_EQ(read("end\n"), "parseVELLineH: syntax error near \"end\""); // case matters
@@ -167,7 +167,7 @@ TEST(VelParser, ContinuedLines)
     EXPECT_EQ(read("a = 1,\\\n  2, \\\n\t3\n"), "a = 1,2, 3\n");
     EXPECT_EQ(read("a \\\n= \\\n1\n"), "a = 1\n");
     EXPECT_EQ(read("A\\\n:\\\nb\nEND\n"), "A: b\nEND\n");
-    EXPECT_EQ(read("a = b\\\\\nc\n"), "a = b\\c\n");  // one of the two is the marker
+    EXPECT_EQ(read("a = b\\\\\nc\n"), "a = b\\c\n");  // the second one is the marker
     EXPECT_EQ(read("a = b \\ \t\nc\n"), "a = b c\n"); // white space after it is dropped
     EXPECT_EQ(read("\\\n\\\na = 1\n"), "a = 1\n");
     EXPECT_EQ(read("a = b \\\n\nc = d\n"), "a = b\nc = d\n"); // an empty line ends it
@@ -175,7 +175,7 @@ TEST(VelParser, ContinuedLines)
 
 // The parser checks the joined text again; each further line removes one '\\' from
 // its end.
-TEST(VelParser, SeveralBackSlashesAtTheEnd)
+TEST(VelParser, SeveralBackslashesAtTheEnd)
 {
     EXPECT_EQ(read("a = b\\\\\n\nc\nd = 1\n"), "a = bc\nd = 1\n");
     EXPECT_EQ(read("a = b\\\\\\\n\n\nc\nd = 1\n"), "a = bc\nd = 1\n");
@@ -188,7 +188,7 @@ TEST(VelParser, CommentsAndContinuedLines)
     EXPECT_EQ(read("a = 1, \\\n2 # two \\\n3\nb = 2\n"), "a = 1, 2\nb = 2\n");
     EXPECT_EQ(read("a = 1 \\\n# comment\nb = 2\n"), "a = 1\nb = 2\n");
     EXPECT_EQ(read("a = 1\\\n#2\n"), "a = 1\n");
-    EXPECT_EQ(read("a = 1\\\\\n#2\n"), "a = 1\\#2\n"); // the joined text is what counts
+    EXPECT_EQ(read("a = 1\\\\\n#2\n"), "a = 1\\#2\n"); // the joined text decides
 }
 
 // Whether a line is END is decided after the pieces are joined.
@@ -202,7 +202,7 @@ TEST(VelParser, EndIsRecognisedOnTheJoinedLine)
     EXPECT_EQ(read("EN\\\nD\n"), "parseVELLineH: unmatched END");
 }
 
-TEST(VelParser, TextBeforeAnEndOnTheJoinedLineMakesItNoEnd)
+TEST(VelParser, AnEndAfterTextOnTheJoinedLineIsNotAnEnd)
 {
     EXPECT_EQ(read("A:\nx \\\nEND\n"), "parseVELLineH: syntax error near \"x END\"");
     EXPECT_EQ(read("A:\nx = \\\nEND\nEND\n"), "A:\n  x = END\nEND\n");
@@ -214,7 +214,7 @@ TEST(VelParser, EndAfterPiecesOfIndentationIsAnEnd)
     EXPECT_EQ(read("A:\nB:\n      \\\n    \\\n  END\n  \\\nEND\n"), "A:\n  B:\n  END\nEND\n");
 }
 
-TEST(VelParser, APendingLineWaitsForTheNextCall)
+TEST(VelParser, TheNextCallContinuesAPendingLine)
 {
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(parse(handle, "a = 1, \\\n"), "");
@@ -224,7 +224,7 @@ TEST(VelParser, APendingLineWaitsForTheNextCall)
     EXPECT_EQ(stored(handle), "a = 1, 2\nb = 34\n");
 }
 
-TEST(VelParser, ABadLineDoesNotPoisonTheNext)
+TEST(VelParser, ABadLineDoesNotAffectTheNext)
 {
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(line(handle, "bad \\"), "");
@@ -254,7 +254,7 @@ TEST(VelParser, MissingEnds)
     EXPECT_EQ(state(handle), "0 /");
     EXPECT_EQ(line(handle, "X:"), "");
     EXPECT_EQ(parse(handle, "Y:\n"), "1 missing END statement(s) in input");
-    EXPECT_EQ(state(handle), "1 /X"); // as it was before the call
+    EXPECT_EQ(state(handle), "1 /X"); // as before the call
     EXPECT_EQ(stored(handle), "A:\n  B:\n  END\nEND\n"
                               "C:\n  D:\n    E: f\n    END\n  END\nEND\n"
                               "X:\n  Y:\n  END\nEND\n");
@@ -267,7 +267,7 @@ TEST(VelParser, TooManyEnds)
         EXPECT_EQ(line(handle, header), "");
     }
     EXPECT_EQ(parse(handle, "END\nx = 1\nEND\n"), "2 too many END statement(s) in input");
-    EXPECT_EQ(state(handle), "1 /A"); // the lower depth stays
+    EXPECT_EQ(state(handle), "1 /A"); // the lower depth remains
     EXPECT_EQ(valueAt(handle, "/A/B/x"), "1");
     EXPECT_EQ(parse(handle, "END\nEND\n"), "parseVELLineH: unmatched END");
     EXPECT_EQ(state(handle), "0 /");
@@ -281,7 +281,7 @@ TEST(VelParser, AnErrorClosesTheBlocksOpenedSinceEntry)
               "parseVELLineH: syntax error near \"bad\"");
     EXPECT_EQ(state(handle), "1 /A");
     EXPECT_EQ(line(handle, "END"), "");
-    // What came before the error stays.
+    // The nodes before the error remain.
     EXPECT_EQ(stored(handle), "A:\n  B:\n    C:\n      x = 1\n    END\n  END\nEND\n");
 }
 
@@ -289,7 +289,7 @@ TEST(VelParser, ARefusedHeaderOpensNothing)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nEND\n");
     EXPECT_EQ(line(handle, "A:"), "");
-    EXPECT_EQ(line(handle, "x:"), "parseVELLineH: velUpdateObject failed"); // a parameter's
+    EXPECT_EQ(line(handle, "x:"), "parseVELLineH: velUpdateObject failed"); // a parameter's path
     EXPECT_EQ(state(handle), "1 /A");
     EXPECT_EQ(line(handle, "1B:"),
               "invalid object type \"1B\": leading character must be alphabetic or '_'");
@@ -298,7 +298,7 @@ TEST(VelParser, ARefusedHeaderOpensNothing)
     EXPECT_EQ(state(handle), "0 /");
 }
 
-TEST(VelParser, AFileMayBeFedLineByLine)
+TEST(VelParser, AFileMayBeParsedLineByLine)
 {
     const velHandlePtr handle(velCreateHandle());
     for (const char *text : {"A:", "B: b", "x = 1", "END", "END", "# comment", ""}) {
@@ -438,7 +438,7 @@ TEST(VelParser, LibraryDataOfTheExpectedDigest)
 
 // --- &replace -----------------------------------------------------------------------------
 
-TEST(VelParser, AReplaceBlockRemovesWhatItDoesNotRestate)
+TEST(VelParser, AReplaceBlockDeletesWhatItDoesNotContain)
 {
     const velHandlePtr handle = parsed("A: a\n"
                                        "x = 1\n"
@@ -455,7 +455,7 @@ TEST(VelParser, AReplaceBlockRemovesWhatItDoesNotRestate)
                             "B: kept\nz = 9\nEND\n"
                             "END\n"),
               "");
-    // Objects in the block are restated, too, so its END deletes w.
+    // The block contains this object too, so END deletes w.
     EXPECT_EQ(log.take(), "/A:a/v: 3 <- -\n"
                           "/A:a/B:kept/z: 9 <- 1\n"
                           "/A:a/B:kept/w: - <- 2\n"
@@ -473,10 +473,10 @@ TEST(VelParser, AReplaceBlockRemovesWhatItDoesNotRestate)
                               "A: other\n"
                               "  x = 1\n"
                               "END\n");
-    EXPECT_EQ(flagsOf(handle).find("0x2"), std::string::npos); // no mark is left
+    EXPECT_EQ(flagsOf(handle).find("0x2"), std::string::npos); // no mark remains
 }
 
-TEST(VelParser, AReplaceBlockMakesWhatIsNotThere)
+TEST(VelParser, AReplaceBlockMakesMissingNodes)
 {
     EXPECT_EQ(read("&replace A: a\nx = 1\n&replace B:\ny = 2\nEND\nEND\n"),
               "A: a\n  x = 1\n  B:\n    y = 2\n  END\nEND\n");
@@ -513,7 +513,7 @@ TEST(VelParser, ReplaceInsideReplace)
                                "/A/B/C/x Param 0\n");
 }
 
-TEST(VelParser, TheMarkOfANestedObjectHoldsUntilTheOuterEnd)
+TEST(VelParser, TheMarkOfANestedObjectLastsUntilTheOuterEnd)
 {
     const velHandlePtr handle(velCreateHandle());
     const auto flags = [&](const char *path) {
@@ -527,13 +527,13 @@ TEST(VelParser, TheMarkOfANestedObjectHoldsUntilTheOuterEnd)
     EXPECT_EQ(flags("/A/B/x"), velFlagReplace);
     EXPECT_EQ(line(handle, "END"), "");
     EXPECT_EQ(flags("/A/B/x"), 0U);
-    EXPECT_EQ(flags("/A/B"), velFlagReplace); // restated, as far as A is concerned
+    EXPECT_EQ(flags("/A/B"), velFlagReplace); // for A, the block contains it
     EXPECT_EQ(line(handle, "END"), "");
     EXPECT_EQ(flags("/A/B"), 0U);
     EXPECT_EQ(flags("/A"), 0U);
 }
 
-TEST(VelParser, ARestatedObjectMayBeOpenedTwice)
+TEST(VelParser, AReplacedObjectMayBeOpenedTwice)
 {
     EXPECT_EQ(read("A:\nB:\nx = 1\ny = 1\nEND\nEND\n"
                    "&replace A:\n"
@@ -546,7 +546,7 @@ TEST(VelParser, ARestatedObjectMayBeOpenedTwice)
 TEST(VelParser, ReplaceBeforeOtherStatements)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\ny = 1\nEND\n");
-    EXPECT_EQ(parse(handle, "A:\n&replace x = 2\nEND\n"), ""); // replaces nothing else
+    EXPECT_EQ(parse(handle, "A:\n&replace x = 2\nEND\n"), ""); // replaces only x
     EXPECT_EQ(stored(handle), "A:\n  x = 2\n  y = 1\nEND\n");
     EXPECT_EQ(parse(handle, "A:\n&replace END\n"), "");
     EXPECT_EQ(stored(handle), "A:\n  x = 2\n  y = 1\nEND\n");
@@ -565,19 +565,19 @@ TEST(VelParser, AReplaceBlockEndedByAnErrorIsNotSwept)
     EXPECT_EQ(parse(handle, "&replace A:\nx = 2\nbad\nEND\n"),
               "parseVELLineH: syntax error near \"bad\"");
     EXPECT_EQ(stored(handle), "A:\n  x = 2\n  y = 1\nEND\n");
-    EXPECT_EQ(flagsOf(handle), "/ Object 0\n" // its marks stay
+    EXPECT_EQ(flagsOf(handle), "/ Object 0\n" // its marks remain
                                "/A Singleton 0x200\n"
                                "/A/x Param 0x200\n"
                                "/A/y Param 0\n");
     EXPECT_EQ(parse(handle, "&replace A:\ny = 2\nEND\n"), "");
-    // The old mark of x counts as a restatement, once.
+    // The old mark counts once, as if the block contained x.
     EXPECT_EQ(stored(handle), "A:\n  x = 2\n  y = 2\nEND\n");
     EXPECT_EQ(parse(handle, "&replace A:\ny = 2\nEND\n"), "");
     EXPECT_EQ(stored(handle), "A:\n  y = 2\nEND\n");
 }
 
 // A mark from an earlier block has no effect; only &replace at the block counts.
-TEST(VelParser, AnOldMarkSweepsNothing)
+TEST(VelParser, AnOldMarkDoesNotSweep)
 {
     const velHandlePtr handle = parsed("A:\nB:\nx = 1\nEND\nEND\n");
     EXPECT_NE(parse(handle, "&replace A:\nbad\n"), "");

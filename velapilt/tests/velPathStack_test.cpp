@@ -69,7 +69,7 @@ TEST(VelPathStack, AParameterMayBeCurrent)
     EXPECT_EQ(current(handle), "/FLOW/DOMAIN:Fluid/Option");
 }
 
-TEST(VelPathStack, PushRefuses)
+TEST(VelPathStack, PathsThatPushRefuses)
 {
     const velHandlePtr handle = parsed(flow);
     EXPECT_EQ(said(pushPath(handle.get(), nullptr)), "pushPath: path provided is non-existent");
@@ -81,7 +81,7 @@ TEST(VelPathStack, PushRefuses)
     EXPECT_EQ(current(handle), "/");
 }
 
-TEST(VelPathStack, ChangeReplacesTheTopAlsoTheBottom)
+TEST(VelPathStack, ChangeReplacesTheTopEvenIfItIsTheBottom)
 {
     const velHandlePtr handle = parsed(flow);
     EXPECT_EQ(said(changePath(handle.get(), "FLOW")), "");
@@ -97,7 +97,7 @@ TEST(VelPathStack, ChangeReplacesTheTopAlsoTheBottom)
     EXPECT_EQ(current(handle), "/");
 }
 
-TEST(VelPathStack, UncheckedPathsAreTakenAsTheyAre)
+TEST(VelPathStack, UncheckedPathsAreUsedUnchanged)
 {
     const velHandlePtr handle = parsed(flow);
     EXPECT_EQ(said(velPushPath(handle.get(), "/no/such path//")), "");
@@ -111,7 +111,7 @@ TEST(VelPathStack, UncheckedPathsAreTakenAsTheyAre)
     EXPECT_EQ(current(handle), "/");
 }
 
-TEST(VelPathStack, ParsingGoesOnAtTheCurrentPath)
+TEST(VelPathStack, ParsingContinuesAtTheCurrentPath)
 {
     const velHandlePtr handle = parsed(flow);
     EXPECT_EQ(said(changePath(handle.get(), "/FLOW/DOMAIN:Fluid")), "");
@@ -126,7 +126,7 @@ TEST(VelPathStack, ParsingGoesOnAtTheCurrentPath)
                                                     "END\n");
 }
 
-TEST(VelPathStack, APathWhoseNodeIsGoneStaysCurrent)
+TEST(VelPathStack, APathStaysCurrentWithoutItsNode)
 {
     const velHandlePtr handle = parsed(flow);
     EXPECT_EQ(said(pushPath(handle.get(), "/FLOW/DOMAIN:Fluid")), "");

@@ -10,7 +10,7 @@ namespace {
 std::int32_t buckets(const velHandlePtr &handle)
 {
     static_cast<void>(handle->table.find("/nothing"));
-    handle->table.presize(0); // enters what is pending
+    handle->table.presize(0); // enters pending nodes
     return handle->table.buckets();
 }
 
@@ -49,7 +49,7 @@ TEST(VelPathTable, GrowsAtTheEntryThatFinds126)
     EXPECT_EQ(havePath(handle.get(), "/one more"), 1);
 }
 
-TEST(VelPathTable, ObjectsGrowItAsParametersDo)
+TEST(VelPathTable, ObjectsAndParametersGrowItInTheSameWay)
 {
     const velHandlePtr handle(velCreateHandle());
     std::int64_t entries = 1; // the root
@@ -80,7 +80,7 @@ TEST(VelPathTable, AParsePresizesForHalfTheLines)
     EXPECT_EQ(handle->table.entries(), 1);
 }
 
-TEST(VelPathTable, SoDoesALoadAndTheRootCounts)
+TEST(VelPathTable, ALoadPresizesForHalfTheLinesAndTheRoot)
 {
     const TemporaryFolder folder;
     const auto bucketsFor = [&](const std::string &content) {
@@ -117,7 +117,7 @@ TEST(VelPathTable, EverythingIsFoundAfterEachGrowth)
     }
 }
 
-TEST(VelPathTable, TypesAndNamesAreNotMixedUp)
+TEST(VelPathTable, TypesAndNamesAreNotConfused)
 {
     const velHandlePtr handle = parsed("A:\n"
                                        "B: C\n"

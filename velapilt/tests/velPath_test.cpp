@@ -76,7 +76,7 @@ TEST(VelPath, NormalForm)
         {" / ", "/"},
         {":", ":"},
         {" a ", "a"},
-        {"::", "/"}, // the appended '/' wins
+        {"::", "/"}, // the appended '/' is the stronger one
         {"//", "/"},
         {"/A", "/A"},
         {"/A/", "/A"},
@@ -93,10 +93,10 @@ TEST(VelPath, NormalForm)
         {"/A:A:A", "/A:A:A"},
         {"/a:A", "/a:A"}, // case matters
         {"A:A", "A"},
-        {"/A\nB", "/A\nB"}, // inside, only blanks and tabs count
+        {"/A\nB", "/A\nB"}, // inside, only spaces and tabs count
         {"\n/A\r\v\f", "/A"},
         {"/\xC3\xA4 /b", "/\xC3\xA4/b"},
-        {"/A/./B", "/A/./B"}, // that is for resolving, not for cleaning
+        {"/A/./B", "/A/./B"}, // resolving handles this, not cleaning
         {"/A/../B", "/A/../B"},
     };
     for (const Case &c : cases) {
@@ -119,7 +119,7 @@ TEST(VelPath, NormalFormByItsRules)
     }
 }
 
-TEST(VelPath, NormalFormIsItsOwnNormalForm)
+TEST(VelPath, ANormalFormDoesNotChangeAgain)
 {
     Random random(1);
     for (int i = 0; i < 20000; ++i) {
@@ -154,7 +154,7 @@ TEST(VelPath, AbsolutePaths)
         {"/", "", "/"},
         {"/", ".", "/"},
         {"/FLOW", "/x", "/x"},
-        {"/FLOW", " x", "/FLOW/ x"}, // the normal form takes the blank
+        {"/FLOW", " x", "/FLOW/ x"}, // the normal form removes the space
         {"/FLOW", "..", ""},
     };
     for (const auto &c : cases) {
@@ -176,8 +176,8 @@ TEST(VelPath, Parents)
         {"/A/B..", "/A/B.."},
         {"/A/B../C", "/A/B../C"},
         {"/A/..\\B", "/A/..\\B"}, // but not a '\'
-        {"/A\\..", ""},           // which does count as a separator before it
-        {"/A\\B/..", "/A"},       // and where the component before it begins
+        {"/A\\..", ""},           // which counts as a separator before the ".."
+        {"/A\\B/..", "/A"},       // and at the start of the component before it
         {"/A//..", "/A"},         // an empty component goes with its separator
         {"/A/B//../C", "/A/B/C"},
         {"/A/.", "/A/."},
@@ -187,7 +187,7 @@ TEST(VelPath, Parents)
     }
 }
 
-TEST(VelPath, FullPathsContinueTheCurrentPath)
+TEST(VelPath, FullPathsStartAtTheCurrentPath)
 {
     const velHandlePtr handle = parsed("FLOW:\n"
                                        "DOMAIN: Fluid\n"

@@ -12,7 +12,7 @@ namespace {
 
 struct Node
 {
-    std::string component; ///< "TYPE:Name", "TYPE" or, of a parameter, its name
+    std::string component; ///< "TYPE:Name", "TYPE", or the name of a parameter
     bool isParam = false;
     std::string value;
     bool isMarked = false;
@@ -146,7 +146,7 @@ TEST(VelReplace, RandomNestings)
     }
 }
 
-TEST(VelReplace, WhatIsCreatedMeanwhileCountsAsRestated)
+TEST(VelReplace, NodesCreatedMeanwhileAreKept)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nEND\n");
     EXPECT_EQ(said(parseVELLineH(handle.get(), "&replace A:", 0)), "");
@@ -157,7 +157,7 @@ TEST(VelReplace, WhatIsCreatedMeanwhileCountsAsRestated)
     EXPECT_EQ(flagsOf(handle).find("0x2"), std::string::npos);
 }
 
-TEST(VelReplace, WhatIsAlreadyDeletedMeanwhile)
+TEST(VelReplace, NodesDeletedMeanwhile)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nB:\ny = 2\nEND\nz = 3\nEND\n");
     // A handler deletes the other nodes while the first one is being swept.

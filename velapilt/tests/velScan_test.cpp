@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr std::string_view junk = "= # \t=\n##  x==\r\xFF\n"; // must not be looked at
+constexpr std::string_view junk = "= # \t=\n##  x==\r\xFF\n"; // must not be read
 
-/// Checks that both scans agree: a line that the fast scan calls plain is plain, and
-/// it recognises every plain line without blanks around it.
+/// Checks that both scans agree: a line that the fast scan calls plain is plain,
+/// and it recognises every plain line without white space around it.
 void expectSame(const std::string &line)
 {
     const std::string text = line + "\n" + std::string(junk.substr(0, velScanSlack));
@@ -32,7 +32,7 @@ void expectSame(const std::string &line)
     }
 }
 
-TEST(VelScan, WhatIsPlain)
+TEST(VelScan, LinesThatArePlain)
 {
     EXPECT_TRUE(velScanLineSlowly("").isPlain);
     EXPECT_TRUE(velScanLineSlowly("Option = Fluid Dependent").isPlain);
@@ -44,17 +44,17 @@ TEST(VelScan, WhatIsPlain)
     EXPECT_FALSE(velScanLineSlowly(std::string_view("a\0b", 3)).isPlain);
 }
 
-TEST(VelScan, BlanksAroundAPlainLineAreLeftOut)
+TEST(VelScan, SpacesAroundAPlainLineAreLeftOut)
 {
     EXPECT_EQ(velScanLineSlowly("  \t a = b \r").text, "a = b");
     EXPECT_EQ(velScanLineSlowly(" ").text, "");
-    EXPECT_EQ(velScanLineSlowly(" a  = b ").text, " a  = b "); // not plain: whole
+    EXPECT_EQ(velScanLineSlowly(" a  = b ").text, " a  = b "); // not plain: the whole line
 }
 
 TEST(VelScan, TheFirstEqualsSign)
 {
     EXPECT_EQ(velScanLineSlowly("a = b = c").equals, 2U);
-    EXPECT_EQ(velScanLineSlowly("  a = b").equals, 2U); // in the text without its blanks
+    EXPECT_EQ(velScanLineSlowly("  a = b").equals, 2U); // in the text without its white space
     EXPECT_EQ(velScanLineSlowly("=").equals, 0U);
     EXPECT_EQ(velScanLineSlowly("FLOW:").equals, std::string_view::npos);
 }

@@ -33,7 +33,7 @@ struct Reaction
 {
     std::string trigger; ///< the change as logged, up to the new value
     Step step;
-    int uses; ///< how many times it still reacts
+    int uses; ///< how many times it will still react
 };
 
 std::string parentOf(const std::string &path)

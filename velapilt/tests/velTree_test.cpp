@@ -63,7 +63,7 @@ TEST(VelTree, ObjectsSingletonsAndParameters)
     EXPECT_EQ(isObject(handle.get(), "/Top"), 0);
     EXPECT_EQ(isObject(handle.get(), "/None"), 0);
     EXPECT_EQ(velKindOf(handle.get(), "/Top"), velParam);
-    EXPECT_STREQ(getCurrentPath(handle.get()), "/"); // creating leaves it alone
+    EXPECT_STREQ(getCurrentPath(handle.get()), "/"); // creating does not change it
 }
 
 TEST(VelTree, NodesDescribeThemselves)
@@ -117,12 +117,12 @@ TEST(VelTree, TheSingletonFormIsNotPermittedInCreating)
     EXPECT_EQ(havePath(handle.get(), "/SOLVER/A:b"), 1);
 }
 
-TEST(VelTree, CreatingWhatIsThere)
+TEST(VelTree, CreatingAnExistingNode)
 {
     const velHandlePtr handle = parsed("FLOW:\nx = 1\nEND\n");
     EXPECT_EQ(said(setValid(handle.get(), "/FLOW", 1)), "");
-    EXPECT_EQ(createObject(handle, "/FLOW", true), ""); // takes the flags
-    EXPECT_EQ(createParam(handle, "/FLOW/x", "2"), ""); // takes the value
+    EXPECT_EQ(createObject(handle, "/FLOW", true), ""); // the flags are updated
+    EXPECT_EQ(createParam(handle, "/FLOW/x", "2"), ""); // the value is updated
     EXPECT_EQ(flagsOf(handle), "/ Object 0\n/FLOW Singleton 0x1\n/FLOW/x Param 0\n");
     EXPECT_EQ(valueAt(handle, "/FLOW/x"), "2");
 }
@@ -134,7 +134,7 @@ TEST(VelTree, SingletonsAndParametersShareTheirNames)
     EXPECT_EQ(createObject(handle, "/x"), "velCreateObject: unable to create object");
     EXPECT_EQ(parse(handle, "FLOW = 1\n"), "parseVELLineH: velUpdateObject failed");
     EXPECT_EQ(parse(handle, "x:\nEND\n"), "parseVELLineH: velUpdateObject failed");
-    EXPECT_EQ(createObject(handle, "/x:y"), ""); // an Object's path is another
+    EXPECT_EQ(createObject(handle, "/x:y"), ""); // the path of an Object is different
     EXPECT_EQ(createObject(handle, "/FLOW:x"), "");
     EXPECT_EQ(stored(handle), "FLOW:\nEND\nx = 1\nx: y\nEND\nFLOW: x\nEND\n");
 }
@@ -181,7 +181,7 @@ TEST(VelTree, EveryCharacterOfAWord)
         const std::string lead =
             said(parseVELLineH(handle.get(), (std::string(1, c) + "x=1").c_str(), 0));
         const bool isOther = (std::string_view("#&!>= \t\n\v\f\r\\").find(c) !=
-                              std::string_view::npos); // of the line
+                              std::string_view::npos); // the offset in the line
         if (!isOther) {
             EXPECT_EQ(lead, mayLead ? ""
                                     : "invalid parameter name \"" + std::string(1, c) +
@@ -223,7 +223,7 @@ TEST(VelTree, Values)
     EXPECT_EQ(createParam(handle, "/null", nullptr), "");
     EXPECT_EQ(valueAt(handle, "/tab"), "a\tb");
     EXPECT_EQ(valueAt(handle, "/high"), "\x80\xFF\x7F");
-    EXPECT_EQ(valueAt(handle, "/blanks"), "  a  "); // as it was given
+    EXPECT_EQ(valueAt(handle, "/blanks"), "  a  "); // unchanged
     EXPECT_EQ(valueAt(handle, "/null"), "");
     for (int code = 1; code < 32; ++code) {
         if (code == '\t') {
@@ -244,7 +244,7 @@ TEST(VelTree, LibraryBits)
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(parse(handle, "RULES:\nA: b\nx = 1\nEND\nEND\n", velFlagLibrary), "");
     EXPECT_EQ(parse(handle, "FLOW:\ny = 1\nEND\n"), "");
-    EXPECT_EQ(flagsOf(handle), "/ Object 0\n" // library data leaves the root alone
+    EXPECT_EQ(flagsOf(handle), "/ Object 0\n" // library data does not change the root
                                "/RULES Singleton 0x1\n"
                                "/RULES/A:b Object 0x1\n"
                                "/RULES/A:b/x Param 0x1\n"
@@ -255,12 +255,12 @@ TEST(VelTree, LibraryBits)
     EXPECT_EQ(isLibrary(handle.get(), "/FLOW"), 0);
     EXPECT_EQ(isLibrary(handle.get(), "/"), 0);
     EXPECT_EQ(isLibrary(handle.get(), "/NONE"), -1);
-    // For a parameter the bit of its parent counts.
+    // For a parameter, the bit of its parent counts.
     EXPECT_EQ(createParam(handle, "/RULES/mine", "1"), "");
     EXPECT_EQ(isLibrary(handle.get(), "/RULES/mine"), 1);
 }
 
-TEST(VelTree, ALineReplacesTheFlagsOfWhatItTouches)
+TEST(VelTree, ALineReplacesTheFlagsOfItsNode)
 {
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(parse(handle, "A:\nx = 1\nEND\n", velFlagLibrary), "");
@@ -318,7 +318,8 @@ TEST(VelTree, InvalidatingWithPropagation)
 {
     const velHandlePtr byParam = allValid();
     EXPECT_EQ(said(setValid(byParam.get(), "/A/B:b/x", 0, true)), "");
-    // The owner loses its own mark; everything above loses the mark of its subtree.
+    // The owner loses its own mark. Everything above loses the mark of its
+    // subtree.
     EXPECT_EQ(validity(byParam), "1 1 2 2 ");
 
     const velHandlePtr byObject = allValid();
@@ -344,7 +345,7 @@ TEST(VelTree, ValidityAfterALine)
         const char *expected;
     } cases[] = {
         {0, "1 1 2 0 "},                                 // a plain user line
-        {velFlagValid, "3 3 3 1 "},                      // marks, takes nothing away
+        {velFlagValid, "3 3 3 1 "},                      // marks, removes nothing
         {velFlagSubtreeValid, "3 3 3 2 "},               //
         {velFlagLibrary, "1 1 2 0 "},                    //
         {velFlagValid | velFlagSubtreeValid, "1 1 2 2 "} // data that matched a digest
@@ -365,21 +366,21 @@ TEST(VelTree, ValidityAfterALine)
 TEST(VelTree, ValidityAfterALineBelowAMarkedNode)
 {
     const velHandlePtr handle = parsed("A:\nEND\n");
-    EXPECT_NE(parse(handle, "&replace A:\nbad\n"), ""); // leaves its mark
+    EXPECT_NE(parse(handle, "&replace A:\nbad\n"), ""); // its mark remains
     EXPECT_EQ(said(pushPath(handle.get(), "/A")), "");
     EXPECT_EQ(parse(handle, "x = 1\n", velFlagValid), "");
     EXPECT_EQ(flagsOf(handle), "/ Object 0\n/A Singleton 0x200\n/A/x Param 0x300\n");
     EXPECT_EQ(isValid(handle.get(), "/A/x"), 1);
 }
 
-TEST(VelTree, ANewNodeInvalidatesAsALineDoes)
+TEST(VelTree, ANewNodeInvalidatesLikeALine)
 {
     const velHandlePtr handle = allValid();
     EXPECT_EQ(createParam(handle, "/A/B:b/y", "1"), "");
     EXPECT_EQ(validity(handle), "1 1 2 3 ");
     const velHandlePtr other = allValid();
     EXPECT_EQ(createObject(other, "/A/B:b/C"), "");
-    EXPECT_EQ(validity(other), "1 1 1 3 "); // an object leaves its parent's own mark
+    EXPECT_EQ(validity(other), "1 1 1 3 "); // an object does not change its parent's own mark
 }
 
 // --- Removing --------------------------------------------------------------------------
@@ -410,7 +411,7 @@ TEST(VelTree, RemovingALeaf)
     EXPECT_EQ(stored(handle), "A:\n  last = 5\nEND\n");
 }
 
-TEST(VelTree, RemovingRefuses)
+TEST(VelTree, NodesThatRemovingRefuses)
 {
     const velHandlePtr empty(velCreateHandle());
     EXPECT_EQ(removeNode(empty, "/A"), "velRemoveObjectH: no database");
@@ -478,7 +479,7 @@ TEST(VelTree, RemovingANonEmptyNode)
     EXPECT_EQ(log.take(), "/A/B:b/y: - <- 2\n");
     EXPECT_EQ(createParam(handle, "/A/n", "1"), "velCreateParam: parent object does not exist");
 
-    // A new node at the path has no children; the old ones do not belong to it.
+    // A new node at the path has no children. The old ones do not belong to it.
     EXPECT_EQ(createObject(handle, "/A"), "");
     EXPECT_EQ(deleteParam(handle, "/A/x"), "velRemoveObjectH: parent has no child list");
     EXPECT_EQ(createParam(handle, "/A/n", "1"), "");
@@ -492,12 +493,12 @@ TEST(VelTree, RemovingANonEmptyNode)
 }
 
 // Flags are inherited from the node that is now at the parent's path.
-TEST(VelTree, WhatIsLeftOfANonEmptyNodeHasNoFlagsFromIt)
+TEST(VelTree, DescendantsOfARemovedNodeHaveNoFlagsFromIt)
 {
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(parse(handle, "A:\nx = 1\nB:\nEND\nEND\n", velFlagLibrary), "");
     EXPECT_NE(deleteParam(handle, "/A"), "");
-    EXPECT_EQ(isLibrary(handle.get(), "/A/x"), 0); // its parent's bit: there is none
+    EXPECT_EQ(isLibrary(handle.get(), "/A/x"), 0); // its parent has no bit
     EXPECT_EQ(isLibrary(handle.get(), "/A/B"), 1);
     EXPECT_EQ(isLibrary(handle.get(), "/A"), -1);
     EXPECT_EQ(said(velCreateObject(handle.get(), "/A", true)), "");
@@ -506,7 +507,7 @@ TEST(VelTree, WhatIsLeftOfANonEmptyNodeHasNoFlagsFromIt)
     EXPECT_EQ(isLibrary(handle.get(), "/A/x"), 0);
 }
 
-TEST(VelTree, TheReplaceMarkComesFromTheNodeMadeAgain)
+TEST(VelTree, TheReplaceMarkComesFromTheNewNode)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nEND\n");
     for (const char *line : {"&replace A:", "x = 2"}) {
@@ -519,7 +520,7 @@ TEST(VelTree, TheReplaceMarkComesFromTheNodeMadeAgain)
     EXPECT_EQ(info.flags, 0U);
 }
 
-TEST(VelTree, AChangeInvalidatesTheNodesMadeAgainAboveIt)
+TEST(VelTree, AChangeInvalidatesTheNewNodesAboveIt)
 {
     const velHandlePtr handle = parsed("A:\nB:\nx = 1\nEND\nEND\n");
     EXPECT_NE(deleteParam(handle, "/A"), "");
@@ -566,7 +567,7 @@ TEST(VelTree, PlacesAChildAmongItsSiblings)
     EXPECT_EQ(order("/A/B:b", 0), "bca");
 }
 
-TEST(VelTree, PlacesOnlyWhatIsThere)
+TEST(VelTree, PlacesOnlyExistingNodes)
 {
     const velHandlePtr handle(velCreateHandle());
     EXPECT_EQ(said(velPlaceChild(handle.get(), "/A", 0)), "velPlaceChild: path not found");

@@ -124,7 +124,7 @@ TEST(VelValue, Setting)
     EXPECT_EQ(log.take(), "");
 }
 
-TEST(VelValue, SettingTakesValidityAway)
+TEST(VelValue, SettingAValueRemovesValidity)
 {
     const velHandlePtr handle = parsed("A:\nx = 1\nEND\n");
     const auto marks = [&] {
@@ -140,7 +140,7 @@ TEST(VelValue, SettingTakesValidityAway)
     EXPECT_EQ(marks(), "333"); // no change
     EXPECT_EQ(said(setStringValue(handle.get(), "/A/x", "2")), "");
     EXPECT_EQ(marks(), "122");
-    // A parameter that was not valid leaves the others alone.
+    // A parameter that was not valid does not change the others.
     for (const char *path : {"/", "/A"}) {
         EXPECT_EQ(said(setValid(handle.get(), path, 1)), "");
         EXPECT_EQ(said(setValid(handle.get(), path, 2)), "");
@@ -210,7 +210,7 @@ TEST(VelValue, Logicals)
     EXPECT_EQ(logicalOf("1e99"), "2147483647");
 }
 
-TEST(VelValue, WhatIsNoLogical)
+TEST(VelValue, TextsThatAreNotLogicals)
 {
     EXPECT_EQ(logicalOf(""), "isLogicalValue: value is whitespace only\n");
     EXPECT_EQ(logicalOf(" "), "isLogicalValue: value is whitespace only\n");
@@ -266,7 +266,7 @@ TEST(VelValue, Splitting)
     EXPECT_EQ(split("f(a,b), c"), "|f(a,b)|c|");
     EXPECT_EQ(split("f(a,(b,c),d),e"), "|f(a,(b,c),d)|e|");
     EXPECT_EQ(split("(a, b"), "|(a, b|");
-    EXPECT_EQ(split("a), b, c"), "|a), b, c|");  // at a negative depth nothing splits
+    EXPECT_EQ(split("a), b, c"), "|a), b, c|");  // at a depth below zero, nothing splits
     EXPECT_EQ(split("a), (b, c"), "|a), (b|c|"); // until the depth is 0 again
     EXPECT_EQ(split("[a,b]"), "|[a|b]|");
 }
@@ -292,7 +292,7 @@ TEST(VelValue, Lists)
     EXPECT_EQ(asLines(list), "a\nb\n");
     EXPECT_EQ(said(getStringList(handle.get(), "/A", &list)), "");
     EXPECT_EQ(asLines(list), "\n"); // one empty element
-    // The same message for all three.
+    // All three give the same message.
     EXPECT_EQ(said(getStringList(handle.get(), "/y", &list)),
               "getStringList: unable to find value");
     EXPECT_EQ(said(getIntegerList(handle.get(), "/y", &numbers)),

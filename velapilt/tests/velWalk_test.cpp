@@ -25,7 +25,7 @@ const char twoBlocks[] = "a = 1\n"
                          "LAST:\n"
                          "END\n";
 
-/// The component of a node: how its parent distinguishes it.
+/// The component of a node, by which its parent distinguishes it.
 std::string called(const velHandlePtr &handle, const velNode *node)
 {
     const std::string_view type = handle->words.view(node->type);
@@ -33,8 +33,8 @@ std::string called(const velHandlePtr &handle, const velNode *node)
     return std::string(type) + (type.empty() || name.empty() ? "" : ":") + std::string(name);
 }
 
-/// The steps of velWalk below a node: "+ X" for down, "- X" at the end of X, "X" for
-/// over. It goes over the nodes for which `isOver` is true.
+/// The steps of velWalk below a node: "+ X" for down, "- X" for the end of X, "X"
+/// for over. The walk goes over the nodes for which `isOver` is true.
 template <typename IsOver>
 std::string walked(const velHandlePtr &handle, const velNode *top, IsOver isOver)
 {
@@ -109,14 +109,14 @@ TEST(VelWalk, NothingIsVisitedOutsideTheTop)
     EXPECT_EQ(walked(handle, handle->table.find("/FLOW/b"), isParam), "");
 }
 
-TEST(VelWalk, WhatIsGoneOverIsLeftOutWithAllBelowIt)
+TEST(VelWalk, ANodeThatIsGoneOverIsLeftOutWithItsSubtree)
 {
     const velHandlePtr handle = parsed(twoBlocks);
     EXPECT_EQ(walked(handle, handle->root, [](const velNode *) { return true; }),
               "a\nFLOW\nLAST\n");
 }
 
-TEST(VelWalk, VisitingGoesBelowWhereTheVisitorSaysSo)
+TEST(VelWalk, TheVisitorDecidesWhereTheWalkGoesDown)
 {
     const velHandlePtr handle = parsed(twoBlocks);
     std::string all;
@@ -147,8 +147,8 @@ TEST(VelWalk, AHundredThousandLevels)
 
 // --- velListWalk ------------------------------------------------------------------
 
-/// Visits all below a node by lists; `visit` is called with each node before
-/// its children, which are listed after the call.
+/// Visits all nodes below a node with lists. `visit` is called with each node
+/// first; after the call, the children of the node are listed.
 template <typename Visit>
 void walkLists(velNode *top, Visit visit)
 {
@@ -182,7 +182,7 @@ TEST(VelListWalk, AnEmptyTreeHasOneLevel)
     EXPECT_EQ(walk.depth(), 0U);
 }
 
-TEST(VelListWalk, ALevelGoesOnWhereItWasLeft)
+TEST(VelListWalk, ALevelContinuesWhereItWasLeft)
 {
     std::vector<velNode> nodes(5);
     velListWalk<velNode> walk;
@@ -211,13 +211,14 @@ TEST(VelListWalk, AHundredThousandLevels)
     EXPECT_EQ(visited, levels - 1);
 }
 
-TEST(VelListWalk, WhatIsUnlinkedAfterItWasListedIsStillVisited)
+TEST(VelListWalk, AListedNodeIsVisitedEvenIfItIsUnlinked)
 {
     const velHandlePtr handle = parsed(twoBlocks);
     std::string visited;
     walkLists(handle->root, [&](velNode *node) {
         visited += called(handle, node) + "\n";
-        if (called(handle, node) == "FLOW") { // listed with LAST, but its children are not yet
+        if (called(handle, node) ==
+            "FLOW") { // listed with LAST, but its children are not listed yet
             handle->root->children.first->next = nullptr;
             node->children.first->next = nullptr;
         }

@@ -15,7 +15,7 @@ std::string wrapped(const std::string &line, std::int32_t width)
     return error == nullptr ? asLines(lines) : error;
 }
 
-TEST(VelWrap, WhatFitsIsLeftAlone)
+TEST(VelWrap, ALineThatFitsIsNotChanged)
 {
     EXPECT_EQ(wrapped("", 10), "\n");
     EXPECT_EQ(wrapped("abc def", 0), "abc def\n");
@@ -32,14 +32,14 @@ TEST(VelWrap, WidthsThatAreTooShort)
     }
 }
 
-TEST(VelWrap, TheBlankStaysAfterItsWord)
+TEST(VelWrap, TheSpaceStaysAfterItsWord)
 {
     EXPECT_EQ(wrapped("aaa bbb ccc ddd", 10), "aaa bbb \\\n"
                                               "  ccc ddd\n");
 }
 
 // "aaa bbb" and the marker would fit into 8, but bbb would end at the edge.
-TEST(VelWrap, AWordThatWouldEndAtTheEdgeMovesOn)
+TEST(VelWrap, AWordThatWouldEndAtTheEdgeMovesToTheNextPiece)
 {
     EXPECT_EQ(wrapped("aaa bbb ccc", 8), "aaa \\\n"
                                          "  bbb \\\n"
@@ -59,8 +59,8 @@ TEST(VelWrap, AHardCutInsideAWord)
                                                   "  aaaaaa\n");
 }
 
-// The blank would be lost at the start of the next piece.
-TEST(VelWrap, AHardCutDoesNotFallInFrontOfABlank)
+// The space would be lost at the start of the next piece.
+TEST(VelWrap, AHardCutIsNotMadeBeforeASpace)
 {
     EXPECT_EQ(wrapped("aaaa bbbb", 5), "aaa\\\n"
                                        "a \\\n"
@@ -68,7 +68,7 @@ TEST(VelWrap, AHardCutDoesNotFallInFrontOfABlank)
 }
 
 // A piece may be cut after white space even at its very start.
-TEST(VelWrap, ABlankBeforeAWordThatIsTooLong)
+TEST(VelWrap, ASpaceBeforeAWordThatIsTooLong)
 {
     EXPECT_EQ(wrapped(" xxxxxxxxxxxxxxx", 8), " \\\n"
                                               "xxxxxxx\\\n"
@@ -92,18 +92,18 @@ TEST(VelWrap, ContinuationIndent)
                                                "      " + std::string(40, 'y') + " \\\n" +
                                                "      " + std::string(40, 'z') + " \\\n" +
                                                "      " + std::string(40, 'w') + "\n");
-    // 20 + 2 is beyond a quarter of 80
+    // 20 + 2 is more than a quarter of 80.
     EXPECT_EQ(wrapped(std::string(20, ' ') + words, 80),
               std::string(20, ' ') + "bbbb = " + std::string(40, 'x') + " \\\n" +
                   std::string(40, 'y') + " \\\n" + std::string(40, 'z') + " \\\n" +
                   std::string(40, 'w') + "\n");
-    // 18 + 2 is not
+    // 18 + 2 is not.
     EXPECT_EQ(wrapped(std::string(18, ' ') + std::string(70, 'x'), 80),
               std::string(18, ' ') + "\\\n" + std::string(20, ' ') + std::string(59, 'x') + "\\\n" +
                   std::string(20, ' ') + std::string(11, 'x') + "\n");
 }
 
-TEST(VelWrap, NothingButBlanks)
+TEST(VelWrap, OnlySpaces)
 {
     EXPECT_EQ(wrapped("          ", 5), "    \\\n"
                                         "    \\\n"
@@ -140,7 +140,7 @@ TEST(VelWrap, PiecesReadBackAsTheLine)
     }
 }
 
-// Values that were set, not parsed, may hold runs of white space.
+// Values that a program sets may contain runs of white space.
 TEST(VelWrap, RunsOfWhiteSpaceReadBackToo)
 {
     for (unsigned seed = 0; seed < 20; ++seed) {
