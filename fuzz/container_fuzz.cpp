@@ -1,6 +1,6 @@
-// Uses any bytes as a container: opens, locates, reads everything as stored and as
-// other types, verifies, rebuilds. Checks that each call returns a known code and
-// that reading does not change the file.
+// Uses any bytes as a container: opens, locates, reads everything in its own type
+// and in other types, verifies, rebuilds. Checks that each call returns a known
+// code and that reading does not change the file.
 #include "io/Src/Main/container_check.h"
 #include "io/Src/Main/io_session.h"
 
@@ -12,7 +12,7 @@
 namespace {
 
 constexpr std::int64_t values_most = 1
-                                     << 16; // what is larger is not read: the fuzzer is to be quick
+                                     << 16; // larger input is not read, so that the fuzzer is fast
 
 int ignore(const char *, std::int32_t)
 {
@@ -31,7 +31,7 @@ void check_code(int code)
     check(code >= 0 && code < IO_CODE_COUNT);
 }
 
-/// Reads the dataset at `position` as `type`, first asking for the sizes.
+/// Reads the dataset at `position` as `type`. Before that, asks for the sizes.
 void read(io_session &session, std::int64_t position, const char *type)
 {
     io_header_storage storage;
@@ -46,7 +46,7 @@ void read(io_session &session, std::int64_t position, const char *type)
     if (code != IO_NO_ROOM) {
         return;
     }
-    // 14 can also mean that a string is too long; then no sizes are set.
+    // 14 can also mean that a string is too long. In that case no sizes are set.
     element_counts counts = {};
     for (std::size_t i = 0; i < counts.size(); i++) {
         counts[i] = element_array_size(data, static_cast<element_type>(i));
@@ -74,7 +74,8 @@ void read(io_session &session, std::int64_t position, const char *type)
     arrays.data().offsets = offsets;
     arrays.data().offsets_size = 2;
     check_code(session.request(IO_READ_LOCATED_DS, ignore, &header, &arrays.data()));
-    // Without a stated width a client's slots have 80 characters, whatever the file says.
+    // If a client does not state a width, its slots have 80 characters, whatever
+    // the file says.
     std::vector<char> slots(static_cast<std::size_t>(counts[IO_STRI] * IO_STRING_SLOT));
     IO_data plain = arrays.data();
     plain.strings = slots.data();

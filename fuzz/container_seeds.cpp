@@ -1,5 +1,5 @@
-// container_seeds FOLDER: writes the seed corpus of the container fuzzer, small files
-// of every format, whole and crashed.
+// container_seeds FOLDER: writes the seed corpus of the container fuzzer, small
+// files of every format, complete ones and ones as a crash leaves them.
 #include "io/Src/Main/io_session.h"
 
 #include <cstdio>

@@ -1,4 +1,5 @@
-// The measured work: large arrays, many small datasets, opening, locating.
+// The work that is measured: large arrays, many small datasets, opening,
+// locating.
 #include "io/bench/container_workloads.h"
 
 #include <cmath>

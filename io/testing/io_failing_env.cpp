@@ -1,4 +1,4 @@
-// Counts the calls that pass through, and fails those that a test names.
+// Counts the calls to the environment, and lets those fail that a test names.
 #include "io/testing/io_failing_env.h"
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-// Files as texts in a map, with the errors that real ones give.
+// Files as texts in a map, with the errors of real files.
 #include "io/testing/io_memory_env.h"
 
 #include <algorithm>

@@ -13,13 +13,14 @@
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__)
-constexpr std::size_t guard_bytes = 0; // the sanitizer watches the end itself
+constexpr std::size_t guard_bytes = 0; // the sanitizer checks the end itself
 #else
 constexpr std::size_t guard_bytes = 600;
 #endif
 constexpr char guard = 0x5a;
 
-/// An array of exactly so many bytes; checks that the bytes after it do not change.
+/// An array with exactly so many bytes. It checks that the bytes after it do not
+/// change.
 class stated_array
 {
 public:
@@ -91,7 +92,8 @@ protected:
         take_messages();
     }
 
-    /// Writes `count` elements of which every value is 1, every string "xxx…".
+    /// Writes `count` elements in which every value is 1 and every string is
+    /// "xxx…".
     void write(const char *type, std::int32_t count, const char *format)
     {
         constexpr std::size_t slot = 400;
@@ -120,7 +122,7 @@ protected:
             << take_messages();
     }
 
-    /// The dataset written last.
+    /// The position of the dataset that was written last.
     std::int64_t position() { return client_.position("A", "B", when_); }
 
     io_memory_env env_;
@@ -173,7 +175,7 @@ TEST_P(ClientArraysOf, AreNeverFilledBeyondTheirEnds)
 }
 
 /// One value too few: nothing is written at all, and what is needed is reported.
-TEST_P(ClientArraysOf, ThatAreTooSmallStayAsTheyAre)
+TEST_P(ClientArraysOf, ThatAreTooSmallDoNotChange)
 {
     constexpr std::int32_t count = 120;
     for (const char *format : formats) {
@@ -217,7 +219,8 @@ TEST_P(ClientArraysOf, AreEmptyAfterAFailedRead)
                             reinterpret_cast<const char *>(client.data.reals)[0],
                             reinterpret_cast<const char *>(client.data.doubles)[0],
                             reinterpret_cast<const char *>(client.data.logicals)[0]};
-            // Some arrays were to be filled and hold zeros, the others were not touched.
+            // Some arrays were being filled, so they contain zeros. The others
+            // did not change.
             EXPECT_GT(std::count(kept, kept + 6, '\0'), 0);
             EXPECT_EQ(std::count(kept, kept + 6, '\0') + std::count(kept, kept + 6, guard), 6);
         }
@@ -244,7 +247,8 @@ TEST_P(ClientArraysOf, AreNeverFilledBeyondTheirEndsByADamagedFile)
         ASSERT_EQ(client_.request(IO_OPEN_PRIMARY, "f"), IO_OK);
         const std::int64_t place = position();
         for (std::size_t flip = 0; flip < flips; flip++) {
-            // Every other one is in the header or at the beginning of the data.
+            // Every second damaged byte is in the header or at the beginning of
+            // the data.
             std::size_t range =
                 flip % 2 == 0 ? end - begin : std::min<std::size_t>(end - begin, 80);
             env_["f"] = sound;
@@ -351,7 +355,7 @@ TEST_F(ClientArrays, ALocateReportsTheSizesItNeeds)
 }
 
 /// If a record is too long, code 14 does not mean that arrays are too small.
-TEST_F(ClientArrays, ABadHeaderIsNotAQuestionForSizes)
+TEST_F(ClientArrays, ABadHeaderDoesNotAskForLargerArrays)
 {
     write("INTR", 120, "u5");
     ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
@@ -384,7 +388,7 @@ TEST_F(ClientArrays, LocatedNamesAreCutToNarrowSlots)
     EXPECT_STREQ(client.data.strings + 5, "AZON");
 }
 
-TEST_F(ClientArrays, AttributesAreNeverMoreThanTheirSlots)
+TEST_F(ClientArrays, ThereAreNeverMoreAttributesThanSlots)
 {
     io_header_storage header = named_header("A", "B", "INTR");
     header.attribute_count = 3;

@@ -129,7 +129,7 @@ TEST_F(CompressedData, FromAHundredElementsOn)
     EXPECT_EQ(client_.read("A", "B", 1), text_of(values));
 }
 
-TEST_F(CompressedData, WhatDoesNotCompressIsStored)
+TEST_F(CompressedData, DataThatDoesNotCompressIsStored)
 {
     std::vector<std::int32_t> values = noise(1000);
     ASSERT_EQ(client_.write_integers("A", "B", 1, values), IO_OK);
@@ -138,7 +138,7 @@ TEST_F(CompressedData, WhatDoesNotCompressIsStored)
     EXPECT_EQ(take_messages(), "");
 }
 
-TEST_F(CompressedData, BlocksOfTheirOwn)
+TEST_F(CompressedData, BlocksWithSeparateStreams)
 {
     std::vector<std::int32_t> values(250);
     for (std::size_t i = 0; i < values.size(); i++) {
@@ -192,7 +192,7 @@ TEST_F(CompressedData, DamagedStreams)
     EXPECT_EQ(take_messages(), "io_gunzip: Buffer error\niocnt: read data failed\n");
 }
 
-TEST_F(CompressedData, ACountThatNoStreamOfThisSizeCanHold)
+TEST_F(CompressedData, ACountThatIsTooLargeForTheStream)
 {
     io_reporter report(env_);
     report.set_routine(collect_message);
@@ -244,7 +244,7 @@ TEST_F(CompressedData, TheWrapperWorksInWords)
     EXPECT_EQ(io_gzip_word_bytes('c'), 1U);
 }
 
-TEST_F(CompressedData, EveryLevelIsTaken)
+TEST_F(CompressedData, EveryLevelIsAccepted)
 {
     io_reporter report(env_);
     std::vector<std::int32_t> values = smooth_noise(5000);
@@ -270,7 +270,7 @@ TEST_F(CompressedData, EveryLevelIsTaken)
     }
 }
 
-TEST_F(CompressedData, WhatTheWrapperSays)
+TEST_F(CompressedData, MessagesOfTheWrapper)
 {
     io_reporter report(env_);
     report.set_routine(collect_message);
@@ -278,14 +278,14 @@ TEST_F(CompressedData, WhatTheWrapperSays)
     EXPECT_EQ(io_gunzip_exactly(report, 13, 12), IO_COMPRESSION);
     EXPECT_EQ(take_messages(),
               "io_gunzip: decompressed too much data: got 13 bytes, expected 12\n");
-    // The header of a stream that wants a dictionary: zlib answers 2.
+    // The header of a stream that needs a dictionary: zlib returns 2.
     const unsigned char wants_dictionary[] = {0x78, 0xbb, 0, 0, 0, 1};
     char out[8];
     EXPECT_EQ(io_gunzip(report, wants_dictionary, sizeof wants_dictionary, out, 8), IO_COMPRESSION);
     EXPECT_EQ(take_messages(), "io_gunzip: error 2 decompressing data\n");
 }
 
-TEST_F(CompressedData, WhatTheArrayFunctionsRefuse)
+TEST_F(CompressedData, ArgumentsThatTheArrayFunctionsRefuse)
 {
     io_reporter report(env_);
     report.set_routine(collect_message);
@@ -394,8 +394,8 @@ TEST_F(CompressedData, AStreamAsLargeAsItsDataIsKept)
     EXPECT_EQ(tried, 20);
 }
 
-/// A stream of many parts gets its length when all parts are written.
-TEST_F(CompressedData, LongStreamsHaveTheirLengthInFront)
+/// The length of a stream with many parts is written after all parts.
+TEST_F(CompressedData, LongStreamsStartWithTheirLength)
 {
     std::vector<std::int32_t> values = smooth_noise(1000000);
     const std::string stream = zipped(raw(values));
@@ -408,7 +408,7 @@ TEST_F(CompressedData, LongStreamsHaveTheirLengthInFront)
 }
 
 /// The writer gives up compression after several parts.
-TEST_F(CompressedData, MuchThatDoesNotCompressIsStored)
+TEST_F(CompressedData, LongDataThatDoesNotCompressIsStored)
 {
     std::vector<std::int32_t> values = noise(500000);
     ASSERT_EQ(client_.write_integers("A", "B", 1, values), IO_OK);

@@ -1,5 +1,5 @@
-// Tests listing, verifying and rebuilding, on sound files and on files with known
-// faults.
+// Tests listing, verifying and rebuilding, with correct files and with files that
+// have known faults.
 #include "io/Src/Main/container_check.h"
 
 #include "io/tests/io_client.h"
@@ -82,7 +82,7 @@ TEST_F(ContainerCheck, Lists)
     EXPECT_EQ(listed(true), "N A u  INTR 2 36\n" + live);
 }
 
-TEST_F(ContainerCheck, ASoundFile)
+TEST_F(ContainerCheck, AFileWithoutFaults)
 {
     EXPECT_EQ(faults(), "");
     env_["f"] = "";
@@ -153,9 +153,10 @@ TEST_F(ContainerCheck, RebuildingAFileThatWasCut)
     EXPECT_EQ(listed(false).substr(0, 3), "Y B");
 }
 
-TEST_F(ContainerCheck, RebuildingSaysWhatTheIndexStillKnew)
+TEST_F(ContainerCheck, RebuildingReportsDatasetsThatOnlyTheIndexHas)
 {
-    // The length of the last dataset points beyond the file; its index line exists.
+    // The length of the last dataset points beyond the file, but its index line
+    // exists.
     std::string &bytes = env_["f"];
     bytes.replace(static_cast<std::size_t>(third_) + 3, 20, "             9999999");
     rebuild_result result;
@@ -167,7 +168,7 @@ TEST_F(ContainerCheck, RebuildingSaysWhatTheIndexStillKnew)
     EXPECT_EQ(faults(), "");
 }
 
-TEST_F(ContainerCheck, DamageIsLeftAsItIs)
+TEST_F(ContainerCheck, ADamagedFileIsNotChanged)
 {
     env_["f"][static_cast<std::size_t>(second_)] = 'Q';
     std::string before = env_["f"];

@@ -23,7 +23,7 @@ protected:
     io_client client_;
 };
 
-TEST_F(ConvertData, NumbersIntoEachOther)
+TEST_F(ConvertData, NumbersOfEachTypeToTheOthers)
 {
     ASSERT_EQ(client_.write_doubles("D", "B", 1, {1.9, -1.9, 0, 2147483647.5}), IO_OK);
     EXPECT_EQ(client_.read("D", "B", 1, "INTR"), "1 -1 0 2147483647");
@@ -85,7 +85,7 @@ std::string refusal(const char *from, const char *to)
     return code == IO_OK ? "" : std::to_string(code) + " " + take_messages();
 }
 
-TEST_F(ConvertData, WhatCannotBeConverted)
+TEST_F(ConvertData, TypesThatCannotBeConverted)
 {
     EXPECT_EQ(refusal("INTR", "STRC{INTR:1 INTR:1}"),
               "27 convert_data: cannot convert from INTR to STRC{INTR:1 INTR:1}: different total"
@@ -130,7 +130,7 @@ TEST_F(ConvertData, RecordsItemByItem)
     EXPECT_EQ(take_messages(), "convert_data: not enough dble input data\n");
 }
 
-TEST_F(ConvertData, TooLittleOfEachKind)
+TEST_F(ConvertData, ArraysThatAreTooSmall)
 {
     io_reporter report(env_);
     report.set_routine(collect_message);

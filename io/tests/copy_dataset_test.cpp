@@ -66,7 +66,7 @@ TEST_F(CopyDataset, AllLiveOnesInIndexOrder)
     EXPECT_EQ(copied(), "A P 0 F  1\nB P 1 l  2.5 2.5\nC Q 0 u  \"text\"\nB P 7 u5 9\n");
 }
 
-TEST_F(CopyDataset, APatternOrEveryWhenIsStrongerThanAPosition)
+TEST_F(CopyDataset, APatternOrEveryWhenOverridesAPosition)
 {
     std::int64_t position = client_.position("C", "Q", 0);
     ASSERT_EQ(copy(IO_COPY_DATASET, "B", "P", -1, position), IO_OK);
@@ -74,13 +74,13 @@ TEST_F(CopyDataset, APatternOrEveryWhenIsStrongerThanAPosition)
     EXPECT_EQ(copied(), "B P 7 u5 9\nB P 1 l  2.5 2.5\nA P 0 F  1\n");
 }
 
-TEST_F(CopyDataset, ThoseAtWhenZero)
+TEST_F(CopyDataset, TheDatasetsAtWhenZero)
 {
     ASSERT_EQ(copy(IO_COPY_WHEN0_DS), IO_OK);
     EXPECT_EQ(copied(), "A P 0 F  1\nC Q 0 u  \"text\"\n");
 }
 
-TEST_F(CopyDataset, CompressingThoseOfAWhen)
+TEST_F(CopyDataset, CompressingTheDatasetsOfAWhen)
 {
     ASSERT_EQ(copy(IO_COPY_DS_COMPRESS_WHEN, "A", "P", 1), IO_OK);
     EXPECT_EQ(copied(), "B P 1 u5 2.5 2.5\n");
@@ -104,7 +104,8 @@ TEST_F(CopyDataset, ByNameByPatternAndUnderANewName)
                         "NEW PLACE 12 F  1\n");
 }
 
-/// In every format, a copy keeps the record of the block factor, or its absence.
+/// A copy in any format has a record of the block factor only if the source has
+/// one.
 TEST_F(CopyDataset, TheBlockFactorOnDiskIsKept)
 {
     ASSERT_EQ(client_.write_integers("F", "R", 1, {1}, "F"), IO_OK);
@@ -140,7 +141,7 @@ TEST_F(CopyDataset, TheBlockFactorOnDiskIsKept)
     EXPECT_EQ(reader.read("H", "R", 1), "1");
 }
 
-TEST_F(CopyDataset, WhatIsNotThere)
+TEST_F(CopyDataset, DatasetsThatDoNotExist)
 {
     EXPECT_EQ(copy(IO_COPY_DATASET, "X", "P", 0), IO_NOT_FOUND);
     take_messages();
@@ -150,7 +151,7 @@ TEST_F(CopyDataset, WhatIsNotThere)
     EXPECT_EQ(copied(), "");
 }
 
-TEST_F(CopyDataset, BigEndianDataIsCopiedAsItIs)
+TEST_F(CopyDataset, BigEndianDataIsCopiedUnchanged)
 {
     std::int64_t at = client_.position("C", "Q", 0);
     ASSERT_EQ(copy(IO_COPY_DATASET, "C", "Q", 0, at), IO_OK);

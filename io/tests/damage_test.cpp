@@ -83,7 +83,7 @@ protected:
         return read;
     }
 
-    /// After the file was opened for writing and closed, it must open again.
+    /// The file must open again after it was opened for writing and closed.
     void repair(const std::string &bytes, const std::string &what)
     {
         env_["g"] = bytes;

@@ -87,7 +87,7 @@ TEST_P(DataIo, Characters)
     EXPECT_EQ(write("CHAR", 0, data), "");
 }
 
-TEST_P(DataIo, StringsLoseTrailingBlanksOnly)
+TEST_P(DataIo, StringsLoseOnlyTrailingSpaces)
 {
     std::vector<char> slots(3 * 11);
     std::string_view(" a b   ").copy(slots.data(), 10);
@@ -152,7 +152,7 @@ TEST_P(DataIo, RecordsOfEveryType)
 
 INSTANTIATE_TEST_SUITE_P(Formats, DataIo, ::testing::Values("F", "u", "u5", "l", "l9"));
 
-TEST(DataIoBytes, BinaryStringsAreFilledWithBlanks)
+TEST(DataIoBytes, BinaryStringsArePaddedWithSpaces)
 {
     io_memory_env env;
     io_client client(env);
@@ -243,7 +243,7 @@ TEST(DataIoForeign, CharactersOfAShortLine)
     EXPECT_EQ(client.read("A", "B", 1), "a b    ");
 }
 
-TEST(DataIoForeign, CountsThatTheFileCannotHold)
+TEST(DataIoForeign, CountsThatAreTooLargeForTheFile)
 {
     for (const char *type : {"INTR", "STRI", "CHAR", "STRC{DBLE:2000000000 STRI:2000000000}"}) {
         io_memory_env env;
@@ -277,11 +277,11 @@ TEST(DataIoForeign, DataThatEndsEarlierThanItsLengthSays)
     EXPECT_EQ(take_messages(),
               "read_located_dataset_as: bad data set end tag: expected *ENDDATASET got"
               " \"xxxx*ENDDAT\"\niocnt: read data failed\n");
-    EXPECT_EQ(value, 0); // a read that fails returns no data
+    EXPECT_EQ(value, 0); // a failed read returns no data
 }
 
-/// The index is correct, so no rebuild finds the damage before the reader.
-TEST(DataIoForeign, DatasetsThatAreNotAsTheIndexSays)
+/// The index is correct, so the reader is the first to find the damage.
+TEST(DataIoForeign, DatasetsThatDifferFromTheIndex)
 {
     io_memory_env env;
     io_client client(env);

@@ -61,7 +61,7 @@ TEST(DataType, TheTableOfElementTypes)
                     "LOGL logl 1 2 c blocks logical -> INTR LOGL\n");
 }
 
-TEST(DataType, EachTypeHasAnArrayOfItsOwn)
+TEST(DataType, EachTypeHasItsOwnArray)
 {
     for (const element_traits &element : element_table) {
         IO_data data;
@@ -101,7 +101,7 @@ TEST(DataType, Structures)
 {
     EXPECT_EQ(parsed("STRC{INTR:1 REAL:2}"), "STRC INTR*1/0 REAL*2/0");
     EXPECT_EQ(parsed("STRC{STRI:4:80 CHAR:3}"), "STRC STRI*320/320 CHAR*3/0");
-    // Several blanks separate entries like one blank.
+    // Several spaces separate entries like one space.
     EXPECT_EQ(parsed("STRC{INTR:1  REAL:2    LOGL:1}"), "STRC INTR*1/0 REAL*2/0 LOGL*1/0");
 }
 

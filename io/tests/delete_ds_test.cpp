@@ -53,7 +53,7 @@ TEST_F(DeleteDs, TheDatasetStaysMarked)
     EXPECT_EQ(client_.read("A", "P", 2), "5");
 }
 
-TEST_F(DeleteDs, ASecondDeletionFindsNothing)
+TEST_F(DeleteDs, ASecondDeletionFindsNoDataset)
 {
     ASSERT_EQ(client_.remove("A", "P", 2), IO_OK);
     std::string before = env_["f"];
@@ -70,7 +70,7 @@ TEST_F(DeleteDs, PatternsAndEveryWhen)
     EXPECT_EQ(client_.locate("*", "*", -1), "code 17");
 }
 
-TEST_F(DeleteDs, AMarkWrittenBeforeACrashIsHonoured)
+TEST_F(DeleteDs, AMarkWrittenBeforeACrashCounts)
 {
     ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
@@ -81,7 +81,7 @@ TEST_F(DeleteDs, AMarkWrittenBeforeACrashIsHonoured)
     EXPECT_EQ(reader.locate("*", "*", -1), "A P 2\nB Q 1\n");
 }
 
-TEST_F(DeleteDs, AMarkThatTheIndexDoesNotKnowIsLeftAlone)
+TEST_F(DeleteDs, AMarkThatTheIndexDoesNotHaveIsNotChanged)
 {
     auto at = static_cast<std::size_t>(client_.position("A", "P", 1));
     auto other = static_cast<std::size_t>(client_.position("A", "P", 2));
@@ -109,13 +109,13 @@ TEST_F(DeleteDs, TheIndexIsMarkedBeforeTheFile)
     io_client client(failing);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
     failing.writes_only(true);
-    failing.fail(2, EIO, false); // the first write is that of "*CRASH"
+    failing.fail(2, EIO, false); // the first write is the write of "*CRASH"
     EXPECT_EQ(client.remove("A", "P", 1), IO_WRITE_ERROR);
     EXPECT_EQ(client.locate("A", "P", 1), "code 17");
     EXPECT_EQ(env_["f"].substr(at + 1, 2), code.substr(1));
 }
 
-TEST_F(DeleteDs, AnAbsentFileIsNotMade)
+TEST_F(DeleteDs, AMissingFileIsNotCreated)
 {
     io_client client(env_);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, "gone"), IO_OK);

@@ -60,7 +60,7 @@ class FailingCalls : public ::testing::TestWithParam<bool>
 {
 };
 
-TEST_P(FailingCalls, NoneLosesAnything)
+TEST_P(FailingCalls, NoFailureLosesData)
 {
     bool for_good = GetParam();
     int calls = count_calls();
@@ -76,13 +76,14 @@ TEST_P(FailingCalls, NoneLosesAnything)
         }
         env.fail(0, 0, false);
         if (for_good) {
-            // No file could be removed any more, as if the process had been killed.
+            // No file could be removed any more, as after the end of a killed
+            // process.
             memory.files.erase("f.lck");
             memory.files.erase("g.lck");
         }
         take_messages();
         io_client client(memory);
-        // A lock file may only stay if its removal was the call that failed.
+        // A lock file may remain only if the failed call was its removal.
         if (memory.exists("f.lck") || memory.exists("g.lck")) {
             EXPECT_NE(client.request(IO_OPEN_PRIMARY_WRITE, memory.exists("f.lck") ? "f" : "g"),
                       IO_OK);
@@ -97,7 +98,8 @@ TEST_P(FailingCalls, NoneLosesAnything)
     }
 }
 
-/// 20 bits of noise in 32: compresses to more bytes than one write takes.
+/// 20 bits of noise in 32 bits: compressed, it has more bytes than one write
+/// accepts.
 std::vector<std::int32_t> long_array()
 {
     std::vector<std::int32_t> values(150000);
@@ -109,7 +111,7 @@ std::vector<std::int32_t> long_array()
     return values;
 }
 
-TEST_P(FailingCalls, ALongStreamIsThereAsAWholeOrNotAtAll)
+TEST_P(FailingCalls, ALongStreamIsCompleteOrMissing)
 {
     const std::vector<std::int32_t> values = long_array();
     auto write_long = [&](io_client &client) {

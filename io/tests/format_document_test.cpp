@@ -49,7 +49,7 @@ TEST(FormatDocument, NamesEveryElementType)
     }
 }
 
-TEST(FormatDocument, TheWorkedExampleIsTrue)
+TEST(FormatDocument, TheExampleIsTrue)
 {
     const char *root = std::getenv("VEL_SOURCE_DIR");
     if (root == nullptr) {

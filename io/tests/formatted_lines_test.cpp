@@ -1,4 +1,4 @@
-// Tests formatted data with lines of other lengths than this library writes.
+// Tests formatted data whose lines have other lengths than this library writes.
 #include "io/tests/io_client.h"
 
 #include <gtest/gtest.h>
@@ -56,7 +56,7 @@ protected:
     io_client client_;
 };
 
-TEST_F(FormattedLines, OfStringsAreFilledUpWithBlanks)
+TEST_F(FormattedLines, OfStringsArePaddedWithSpaces)
 {
     EXPECT_EQ(read("STRI", 1, "abc\n"), "\"abc\"");
     EXPECT_EQ(read("STRI", 4, "abc\n\nd\ne f\n"), "\"abc\" \"\" \"d\" \"e f\"");
@@ -70,7 +70,7 @@ TEST_F(FormattedLines, OfStringsAreFilledUpWithBlanks)
     EXPECT_EQ(take_messages(), "");
 }
 
-TEST_F(FormattedLines, OfCharactersAreFilledUpWithBlanks)
+TEST_F(FormattedLines, OfCharactersArePaddedWithSpaces)
 {
     EXPECT_EQ(read("CHAR", 5, "ab\n"), "a b      ");
     EXPECT_EQ(read("CHAR", 3, "\n"), "     ");
@@ -85,8 +85,8 @@ TEST_F(FormattedLines, OfLogicalsMayEndWithTheirLastWord)
     EXPECT_EQ(read("LOGL", 1, "X\n"), "code 10");
 }
 
-/// Filling up a cut number would give another number.
-TEST_F(FormattedLines, OfNumbersAreNotFilledUp)
+/// A cut number that is padded would be another number.
+TEST_F(FormattedLines, OfNumbersAreNotPadded)
 {
     EXPECT_EQ(read("INTR", 1, "        1\n"), "code 10");
     EXPECT_EQ(read("REAL", 1, "   1.00000000000E+0\n"), "code 10");
@@ -94,7 +94,7 @@ TEST_F(FormattedLines, OfNumbersAreNotFilledUp)
 
 /// The library compares the header with the rest of the file before it allocates
 /// memory.
-TEST_F(FormattedLines, ThatTheFileCannotHoldAreRefused)
+TEST_F(FormattedLines, ThatDoNotFitInTheFileAreRefused)
 {
     for (const char *type : {"STRI", "CHAR", "INTR", "REAL", "LOGL", "STRC{INTR:1}"}) {
         EXPECT_EQ(read(type, 2000000000, "ab\n"), "code 10") << type;
@@ -105,7 +105,7 @@ TEST_F(FormattedLines, ThatTheFileCannotHoldAreRefused)
     EXPECT_EQ(read("STRI:2000000000", 3, "a\nb\nc\n"), "code 10");
 }
 
-TEST_F(FormattedLines, OfARecordWithoutItsLastEscHaveACodeOfTheirOwn)
+TEST_F(FormattedLines, OfARecordWithoutItsLastEscHaveTheirOwnCode)
 {
     std::string item = "         1";
     EXPECT_EQ(read("STRC{INTR:2}", 1, item + "\x1b" + item + "\n"), "code 18");
@@ -122,9 +122,9 @@ TEST_F(FormattedLines, OfARecordWithoutItsLastEscHaveACodeOfTheirOwn)
               "5 6");
 }
 
-/// Code 14 asks for larger arrays only if an array is too small. Otherwise it is a
-/// failure: with a message and without a number of elements.
-TEST_F(FormattedLines, ThatAreTooLongAreNoQuestionForRoom)
+/// Code 14 asks for larger arrays only if an array is too small. Otherwise it is
+/// a failure, with a message and without a number of elements.
+TEST_F(FormattedLines, ThatAreTooLongDoNotAskForLargerArrays)
 {
     EXPECT_EQ(read("STRI:2", 1, "abc\n"), "code 14");
     take_messages();
@@ -149,8 +149,8 @@ TEST_F(FormattedLines, ThatAreTooLongAreNoQuestionForRoom)
     EXPECT_EQ(take_messages(), too_long);
 }
 
-/// A fault of the dataset is reported before one of the request.
-TEST_F(FormattedLines, OfABadDatasetKeepTheirCodeInACompressedRead)
+/// A fault of the dataset is reported before a fault of the request.
+TEST_F(FormattedLines, OfABadDatasetHaveTheSameCodeInACompressedRead)
 {
     EXPECT_EQ(read("INTR", 1, "         1\n"), "1");
     io_header_storage header;

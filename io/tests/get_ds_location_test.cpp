@@ -66,7 +66,7 @@ TEST_F(Location, AnEmptyIndexHasNoMatches)
     EXPECT_EQ(take_messages(), "");
 }
 
-TEST_F(Location, SeveralWhensComeLargestFirst)
+TEST_F(Location, TheLargestWhenComesFirst)
 {
     insert("A", "B", 2);
     insert("A", "B", 10);
@@ -120,15 +120,15 @@ TEST_F(Location, EqualWhensAreOrderedByWhatFromTheThirdCharacter)
     insert("BBa", "P", 3);
     insert("CCm", "P", 4);
     insert("D", "P", 3);
-    // The first two characters do not count, so BBa comes before AAz. Clients rely on
-    // that.
+    // The first two characters do not count, so BBa comes before AAz. Clients
+    // rely on this.
     EXPECT_EQ(find("*", "P", -1), "CCm:P:4 D:P:3 BBa:P:3 AAz:P:3 ");
-    // Found by WHERE, so equal keys are ordered by the texts of length and position:
-    // 1036, 3036, 36.
+    // The search is by WHERE, so equal keys are in the order of the texts of
+    // length and position: 1036, 3036, 36.
     EXPECT_EQ(find("*", "P", 3), "BBa:P:3 D:P:3 AAz:P:3 ");
 }
 
-TEST_F(Location, FindsWhatALookAtEveryLineFinds)
+TEST_F(Location, FindsTheSameAsASearchOfEveryLine)
 {
     struct name
     {
@@ -198,7 +198,7 @@ TEST_F(Location, TheSearchByWhatRefusesPatterns)
     EXPECT_EQ(find_by(IO_SORT_WHERE, "", "B", -1), "A:B:1 ");
 }
 
-TEST_F(Location, NamesTooLongForASlotMatchNothing)
+TEST_F(Location, NamesTooLongForASlotDoNotMatch)
 {
     insert("A", "B", 1);
     std::string longest(300, 'x');
@@ -206,7 +206,7 @@ TEST_F(Location, NamesTooLongForASlotMatchNothing)
     EXPECT_EQ(find("*", longest.c_str(), 1), "code 17");
 }
 
-TEST_F(Location, SmallArraysGetTheSizesThatAreNeeded)
+TEST_F(Location, SmallArraysReceiveTheSizesThatAreNeeded)
 {
     insert("A", "B", 1);
     insert("A", "B", 2);
@@ -233,7 +233,7 @@ TEST_F(Location, SmallArraysGetTheSizesThatAreNeeded)
     EXPECT_EQ(offsets[1], 200);
 }
 
-TEST_F(Location, TheTraceSaysWhatIsDone)
+TEST_F(Location, TheTraceShowsTheSearches)
 {
     env_.variables["ZOT_IO_TRACE"] = "1";
     insert("A", "B", 1);
@@ -259,7 +259,7 @@ TEST_F(Location, TheTraceSaysWhatIsDone)
     EXPECT_EQ(env_.trace, "TRACE> start to locate A:B:2\nTRACE> Returning 1 matches\n");
 }
 
-TEST_F(Location, ALineThatIsNoneFailsEverySearchThatMeetsIt)
+TEST_F(Location, ABadLineFailsEverySearchThatReadsIt)
 {
     ASSERT_EQ(table_.insert_index(report_, "Y\x1b"
                                            "A\x1b"

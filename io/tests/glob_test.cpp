@@ -46,7 +46,7 @@ TEST(Glob, Matches)
     }
 }
 
-TEST(Glob, ManyStarsTakeNoExponentialTime)
+TEST(Glob, ManyStarsDoNotTakeExponentialTime)
 {
     std::string pattern;
     for (int i = 0; i < 30; i++) {

@@ -50,7 +50,7 @@ protected:
     std::int64_t next_ = 36;
 };
 
-TEST_F(IndexTable, ALineIsAsInTheFile)
+TEST_F(IndexTable, ALineIsTheSameAsInTheFile)
 {
     EXPECT_EQ(format_index_line('Y', "G/COMMANDS", "EVERY", -3, 1234567890123, 36),
               "Y\x1bG/COMMANDS\x1b"
@@ -68,7 +68,7 @@ TEST_F(IndexTable, ANewTableHasTenThousandSlotsAndTheSentinel)
     EXPECT_EQ(*table_.line(10000), '\x1b');
 }
 
-TEST_F(IndexTable, TheLineBeyondTheSentinelGrowsTheTable)
+TEST_F(IndexTable, ALineAtTheSentinelGrowsTheTable)
 {
     for (int i = 0; i < 10000; i++) {
         insert("W" + std::to_string(10000 - i), "B", 0);
@@ -101,7 +101,7 @@ TEST_F(IndexTable, SortsByBytesFromTheThirdOn)
     EXPECT_EQ(table_.status(3), 'N');
 }
 
-TEST_F(IndexTable, TheWhereOrderLeavesTheLinesAlone)
+TEST_F(IndexTable, TheWhereOrderDoesNotMoveTheLines)
 {
     insert("B", "Y", 1);
     insert("A", "Z", 1);

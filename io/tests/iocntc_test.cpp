@@ -46,7 +46,7 @@ protected:
     io_client client_;
 };
 
-TEST_F(Iocntc, ANullRoutineIsNineteenAndSilence)
+TEST_F(Iocntc, ANullRoutineGivesNineteenWithoutAMessage)
 {
     EXPECT_EQ(iocntc(99, nullptr, nullptr, nullptr), IO_NO_ROUTINE);
     EXPECT_EQ(session_.request(IO_OPEN_PRIMARY, nullptr, nullptr, nullptr), IO_NO_ROUTINE);
@@ -91,7 +91,7 @@ TEST_F(Iocntc, TheNumbersThatClientsSend)
     EXPECT_EQ(&traits_of(no_request), &unknown_request);
 }
 
-TEST_F(Iocntc, TheTableHasEveryRequestThatIsCarriedOut)
+TEST_F(Iocntc, TheTableHasEveryRequest)
 {
     std::int64_t offsets[2] = {};
     std::int32_t whens[1] = {};
@@ -110,7 +110,7 @@ TEST_F(Iocntc, TheTableHasEveryRequestThatIsCarriedOut)
     }
 }
 
-TEST_F(Iocntc, EntryChecksComeInTheirOrder)
+TEST_F(Iocntc, TheChecksAreInTheirOrder)
 {
     IO_data data;
     io_header_storage storage;
@@ -205,7 +205,7 @@ TEST_F(Iocntc, NoOpenFile)
     }
 }
 
-TEST_F(Iocntc, TheWayTheCommandDataIsRead)
+TEST_F(Iocntc, ReadingTheCommandData)
 {
     IO_data data;
     const char *name = "f and more";
@@ -239,7 +239,7 @@ TEST_F(Iocntc, TheWayTheCommandDataIsRead)
     EXPECT_EQ(ask(IO_CLOSE_PRIMARY, nullptr, &data), IO_OK);
 }
 
-TEST_F(Iocntc, CodeSeventeenIsReportedAsItsText)
+TEST_F(Iocntc, CodeSeventeenIsReportedWithItsText)
 {
     open();
     take_messages();
@@ -302,7 +302,7 @@ TEST_F(Iocntc, BlocksOfADataset)
     EXPECT_EQ(ask(IO_READ_BLOCK, &header, &data), IO_NO_ROOM);
     EXPECT_EQ(data.integers_size, 3);
     offsets[0] = client_.position("D", "P", 1);
-    storage.blockfactor = 1; // its own: 100000, so all of it
+    storage.blockfactor = 1; // the dataset has 100000, so this reads all of it
     std::vector<double> doubles(250);
     data.doubles = doubles.data();
     data.doubles_size = 250;
@@ -312,7 +312,7 @@ TEST_F(Iocntc, BlocksOfADataset)
     EXPECT_EQ(doubles[249], 0.5);
 }
 
-TEST_F(Iocntc, CompressedDataAsSuch)
+TEST_F(Iocntc, ReadingCompressedDataWithoutInflating)
 {
     open();
     io_header_storage storage;
@@ -330,7 +330,7 @@ TEST_F(Iocntc, CompressedDataAsSuch)
     EXPECT_EQ(ask(IO_READ_COMPRESSED, &header, &data), IO_NOT_COMPRESSED);
 }
 
-TEST_F(Iocntc, WritingCompressedDataAsSuch)
+TEST_F(Iocntc, WritingDataThatIsAlreadyCompressed)
 {
     IO_data data;
     data.filename = "g";
@@ -374,7 +374,7 @@ TEST_F(Iocntc, ADatasetInThreeRequests)
     data.integers_size = 3;
     ASSERT_EQ(ask(IO_WRITE_DATA, nullptr, &data), IO_OK);
     ASSERT_EQ(ask(IO_END_DATASET, nullptr, &data), IO_OK);
-    // Begun and never ended: as if it had never been.
+    // Begun and not ended: as if the dataset did not exist.
     ASSERT_EQ(ask(IO_WRITE_HEADER, &header, &data), IO_OK);
     ASSERT_EQ(ask(IO_WRITE_DATA, nullptr, &data), IO_OK);
     ASSERT_EQ(ask(IO_CLOSE_PRIMARY, nullptr, &data), IO_OK);
@@ -384,7 +384,7 @@ TEST_F(Iocntc, ADatasetInThreeRequests)
     EXPECT_EQ(client_.read("A", "B", 4), "7 8 9");
 }
 
-TEST_F(Iocntc, AnythingElseWrittenDropsTheDatasetBegun)
+TEST_F(Iocntc, AnotherWriteDropsAnUnfinishedDataset)
 {
     IO_data data;
     data.filename = "g";
@@ -412,7 +412,7 @@ TEST_F(Iocntc, AnythingElseWrittenDropsTheDatasetBegun)
     EXPECT_EQ(client_.read("A", "B", 5), "7 8 9");
 }
 
-TEST_F(Iocntc, ADatasetOfNothingNeedsNoData)
+TEST_F(Iocntc, AnEmptyDatasetNeedsNoData)
 {
     IO_data data;
     data.filename = "g";
@@ -432,7 +432,7 @@ TEST_F(Iocntc, ADatasetOfNothingNeedsNoData)
 }
 
 /// The library must not return data that it kept from another file.
-TEST_F(Iocntc, AnotherFileStartsWithNothingRead)
+TEST_F(Iocntc, AnotherFileStartsWithoutKeptData)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
     ASSERT_EQ(client_.write_integers("I", "P", 1, {11, 12, 13}, "u"), IO_OK);
@@ -462,7 +462,7 @@ TEST_F(Iocntc, AnotherFileStartsWithNothingRead)
     EXPECT_EQ(first_block("h"), 21);
 }
 
-/// The code is that of the failed write, even if later calls fail, too.
+/// The code is that of the failed write, even if later calls fail too.
 TEST_F(Iocntc, AFailedWriteOfCompressedDataIsAWriteError)
 {
     io_failing_env failing(env_);
@@ -490,7 +490,7 @@ TEST_F(Iocntc, AFailedWriteOfCompressedDataIsAWriteError)
     }
 }
 
-TEST_F(Iocntc, CompressedRequestsNameAFormatThatIsNone)
+TEST_F(Iocntc, CompressedRequestsReportAWrongFormat)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
     std::vector<double> values(200, 1.5);
@@ -527,7 +527,7 @@ TEST_F(Iocntc, CompressedRequestsNameAFormatThatIsNone)
     EXPECT_EQ(asked("u5", IO_WRITE_COMPRESSED), IO_OK);
 }
 
-/// No request considers white space at the end of WHAT and WHERE.
+/// All requests ignore white space at the end of WHAT and WHERE.
 TEST_F(Iocntc, NamesAreTrimmedInEveryRequest)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
@@ -548,7 +548,7 @@ TEST_F(Iocntc, NamesAreTrimmedInEveryRequest)
 }
 
 /// A dataset without a block factor is read in blocks of 100000.
-TEST_F(Iocntc, BlocksOfADatasetThatStatesNone)
+TEST_F(Iocntc, BlocksOfADatasetWithoutABlockFactor)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "g"), IO_OK);
     std::vector<std::int32_t> values(100003);
@@ -574,7 +574,7 @@ TEST_F(Iocntc, BlocksOfADatasetThatStatesNone)
     EXPECT_EQ(values[2], 100002);
 }
 
-/// The system's reason comes before the line feed that ends the message.
+/// The system's reason comes before the line feed at the end of the message.
 TEST(Messages, TheReasonIsBeforeTheLineFeed)
 {
     io_memory_env env;
@@ -645,9 +645,9 @@ TEST_F(Iocntc, TheVariableOfTheTraceIsReadOnce)
     EXPECT_EQ(env_.trace, "TRACE> three\nTRACE> four\nTRACE> five\n");
 }
 
-/// While others read a file, it cannot be locked for writing; the message names the
-/// request.
-TEST_F(Iocntc, RequestsThatWriteAreNamedWhereTheFileIsNotFree)
+/// A file cannot be locked for writing while others read it. The message names
+/// the request.
+TEST_F(Iocntc, MessagesNameTheRequestIfTheFileIsNotFree)
 {
     io_client other(env_);
     ASSERT_EQ(other.request(IO_OPEN_PRIMARY, "f"), IO_OK);

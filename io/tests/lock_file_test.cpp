@@ -29,7 +29,7 @@ protected:
     io_memory_env env_;
 };
 
-TEST_F(LockFile, AWriterAndItsEnd)
+TEST_F(LockFile, AWriterLocksUntilItCloses)
 {
     io_client writer(env_);
     EXPECT_EQ(lock(), "none");
@@ -90,7 +90,7 @@ TEST_F(LockFile, TheOnlyReaderMayBecomeTheWriter)
     EXPECT_EQ(lock(), "none");
 }
 
-TEST_F(LockFile, AReaderAmongSeveralMayNot)
+TEST_F(LockFile, OneOfSeveralReadersMayNotBecomeTheWriter)
 {
     io_reporter report(env_);
     report.set_routine(collect_message);
@@ -112,7 +112,7 @@ TEST_F(LockFile, OddLockFiles)
     EXPECT_EQ(lock(), "         1\n");
     EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
     EXPECT_EQ(lock(), "         0\n");
-    env_["f.lck"] = "1\n"; // shorter than ours: rewritten whole
+    env_["f.lck"] = "1\n"; // shorter than our text: rewritten completely
     EXPECT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
     EXPECT_EQ(lock(), "         2\n");
     EXPECT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
@@ -126,8 +126,8 @@ TEST_F(LockFile, OddLockFiles)
     }
 }
 
-/// Only its maker or `ds unlock` removes such a lock file.
-TEST_F(LockFile, OfLevelZeroRefusesEveryWriterEvenOneThatHasReadFirst)
+/// Only the process that made such a lock file, or `ds unlock`, removes it.
+TEST_F(LockFile, OfLevelZeroRefusesEveryWriterAlsoAFormerReader)
 {
     env_["f.lck"] = "         0\n";
     io_client client(env_);
@@ -153,7 +153,7 @@ TEST_F(LockFile, OfLevelZeroRefusesEveryWriterEvenOneThatHasReadFirst)
 }
 
 /// The lock stays, in whatever order readers open and close the file.
-TEST_F(LockFile, OfLevelZeroOutlivesSeveralReaders)
+TEST_F(LockFile, OfLevelZeroStaysAfterSeveralReaders)
 {
     for (bool first_leaves_first : {true, false}) {
         env_["f.lck"] = "         0\n";
@@ -171,7 +171,7 @@ TEST_F(LockFile, OfLevelZeroOutlivesSeveralReaders)
 }
 
 /// Both readers read the level before one of them writes its own.
-TEST_F(LockFile, OfLevelZeroOutlivesTwoReadersThatComeAtTheSameTime)
+TEST_F(LockFile, OfLevelZeroStaysAfterTwoReadersAtTheSameTime)
 {
     env_["f.lck"] = "         0\n";
     io_client first(env_);
@@ -185,10 +185,10 @@ TEST_F(LockFile, OfLevelZeroOutlivesTwoReadersThatComeAtTheSameTime)
     EXPECT_EQ(lock(), "         0\n");
 }
 
-TEST_F(LockFile, UnlockingWhatIsNotLockedIsTracedOnly)
+TEST_F(LockFile, UnlockingAnUnlockedFileIsOnlyTraced)
 {
     env_.variables["ZOT_IO_TRACE"] = "1";
-    env_.no_new_files = true; // a reader that cannot make the lock file goes on
+    env_.no_new_files = true; // a reader that cannot make the lock file continues
     io_client client(env_);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
     env_.trace.clear();
@@ -197,7 +197,7 @@ TEST_F(LockFile, UnlockingWhatIsNotLockedIsTracedOnly)
     EXPECT_NE(env_.trace.find(line), std::string::npos) << env_.trace;
     EXPECT_EQ(take_messages(), "");
 
-    // A lock of another process is neither traced nor lowered.
+    // A lock of another process is not traced, and its level is not lowered.
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
     env_["f.lck"] = "         1\n";
     env_.trace.clear();
@@ -220,8 +220,8 @@ TEST_F(LockFile, ALockFileJustMadeGetsItsLevel)
     EXPECT_EQ(env_.slept_ms, 50);
 }
 
-/// Plays another process: it makes the lock file after we have looked for it and
-/// before we make it, or removes it before we remove it.
+/// Acts as another process: it makes the lock file after we have looked for it
+/// and before we make it, or removes it before we remove it.
 class crowded_env : public io_memory_env
 {
 public:
@@ -242,11 +242,11 @@ public:
         return io_memory_env::remove(name);
     }
 
-    std::string others; ///< the content of that lock file; empty: it is not made
+    std::string others; ///< the content of that lock file; empty: no lock file
     bool removed_first = false;
 };
 
-TEST(LockFileOfTwo, TheOneThatComesSecondObeysIt)
+TEST(LockFileOfTwo, TheSecondProcessObeysTheLock)
 {
     crowded_env env;
     env["f"] = "*INFO\n                   0\n*ENDINFO\n";
@@ -268,7 +268,7 @@ TEST(LockFileOfTwo, TheOneThatComesSecondObeysIt)
     EXPECT_EQ(env["f.lck"], "         1\n");
 }
 
-TEST(LockFileOfTwo, WhoeverRemovesItItIsGone)
+TEST(LockFileOfTwo, TheLockFileIsGoneWhoeverRemovesIt)
 {
     crowded_env env;
     env["f"] = "*INFO\n                   0\n*ENDINFO\n";
@@ -281,7 +281,7 @@ TEST(LockFileOfTwo, WhoeverRemovesItItIsGone)
     EXPECT_FALSE(env.exists("f.lck"));
 }
 
-TEST_F(LockFile, AReaderThatMayNotMakeTheLockFileGoesOn)
+TEST_F(LockFile, AReaderThatMayNotMakeTheLockFileContinues)
 {
     env_.variables["ZOT_IO_TRACE"] = "1";
     env_.no_new_files = true;
@@ -322,7 +322,7 @@ TEST(LockFileName, ThatIsTooLongDoesNotStopAReader)
     std::filesystem::remove_all(form);
 }
 
-TEST_F(LockFile, ALockFileThatVanishedIsNoError)
+TEST_F(LockFile, ALockFileThatWasRemovedIsNotAnError)
 {
     env_.variables["ZOT_IO_TRACE"] = "1";
     io_client client(env_);
@@ -371,7 +371,7 @@ TEST_F(LockFile, AFileThatStaysReadOnlyIsGivenUpAfterTenAttempts)
               "iocnt: setfilebusyflag failed when req =IO_WRITE_PRIMARY_DS\n");
 }
 
-TEST_F(LockFile, AnotherReaderKeepsTheFileFromBecomingBusy)
+TEST_F(LockFile, AnotherReaderPreventsWriting)
 {
     io_client client(env_);
     io_client other(env_);
@@ -385,11 +385,12 @@ TEST_F(LockFile, AnotherReaderKeepsTheFileFromBecomingBusy)
     EXPECT_EQ(lock(), "         1\n");
 }
 
-TEST_F(LockFile, AWriterThatEndsMeanwhileLetsUsIn)
+TEST_F(LockFile, AWriterThatEndsMeanwhileAllowsTheNext)
 {
     io_client client(env_);
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY, "f"), IO_OK);
-    // Between our close and our next attempt another process writes, for two pauses.
+    // Another process writes between our close and our next attempt, during two
+    // pauses.
     env_.while_sleeping = [](io_memory_env &env) {
         if (env.slept_ms == 2000) {
             env["f.lck"] = "        -1\n";

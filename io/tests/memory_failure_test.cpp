@@ -2,7 +2,7 @@
 // returns a code with its message, that no data of the file is lost, and that no
 // lock remains.
 //
-// This program has an operator new of its own.
+// This program has its own operator new.
 #include "io/Src/Main/container_check.h"
 #include "io/Src/Main/io_gzip.h"
 #include "io/tests/io_client.h"
@@ -21,7 +21,7 @@
 
 namespace {
 
-long allocations_left = -1; ///< until the one that fails; −1: none does
+long allocations_left = -1; ///< number of allocations before the one that fails; −1: none fails
 bool failing_for_good = false;
 std::size_t largest_allocation = 0;
 
@@ -268,7 +268,8 @@ protected:
 
     void expect_whole(int allocation)
     {
-        // Without memory for its name the lock file cannot be removed; a message says so.
+        // Without memory for the name of the lock file it cannot be removed, and
+        // a message reports this.
         if (std::filesystem::remove(name_ + ".lck")) {
             std::string_view said(heard, heard_bytes);
             EXPECT_TRUE(GetParam() || said.find("iif_set_lock: malloc of ") != said.npos)
@@ -404,7 +405,7 @@ TEST_P(MemoryFailure, Deleting)
     });
 }
 
-TEST(Memory, OfVerifyingDoesNotGrowWithTheData)
+TEST(Memory, ForVerifyingDoesNotDependOnTheData)
 {
     io_memory_env env;
     io_client client(env);
@@ -419,11 +420,11 @@ TEST(Memory, OfVerifyingDoesNotGrowWithTheData)
     largest_allocation = 0;
     EXPECT_EQ(verify_container(env, report, "f", faults), IO_OK);
     EXPECT_TRUE(faults.empty());
-    EXPECT_LT(largest_allocation, std::size_t{3} << 20); // the table of the index is the largest
+    EXPECT_LT(largest_allocation, std::size_t{3} << 20); // the index table is the largest one
 }
 
 /// The index does not use operator new, so a separate process gets a memory limit.
-TEST(Memory, OfTheIndexGivesOut)
+TEST(Memory, ForTheIndexRunsOut)
 {
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the sanitizer's memory knows no limit";
@@ -439,7 +440,7 @@ TEST(Memory, OfTheIndexGivesOut)
         setrlimit(RLIMIT_AS, &none);
         std::int32_t inserted = 0;
         int code = IO_OK;
-        while (code == IO_OK && inserted < 1000000) { // what has been freed is still there
+        while (code == IO_OK && inserted < 1000000) { // freed memory can be used again
             code = table.insert_index(report, "Y");
             inserted += code == IO_OK ? 1 : 0;
         }
@@ -453,7 +454,7 @@ TEST(Memory, OfTheIndexGivesOut)
     EXPECT_EQ(status, 0);
 }
 
-TEST(Memory, OfBytesThatNobodyWantsGivesOut)
+TEST(Memory, ForSkippedBytesRunsOut)
 {
     io_memory_env env;
     io_reporter report(env);
@@ -467,7 +468,7 @@ TEST(Memory, OfBytesThatNobodyWantsGivesOut)
 }
 
 /// zlib does not use operator new either.
-TEST(Memory, OfTheCompressorGivesOut)
+TEST(Memory, ForTheCompressorRunsOut)
 {
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the sanitizer's memory knows no limit";

@@ -16,7 +16,7 @@ void expect_all_heard(const std::string &said, std::initializer_list<const char 
     }
 }
 
-constexpr int large = 140000; ///< doubles: a block of a copy and a rest
+constexpr int large = 140000; ///< a number of doubles: one block of a copy and a rest
 
 void make_files(io_env &env)
 {
@@ -149,7 +149,7 @@ std::string said_by_failing_calls(bool for_good)
     }
 }
 
-TEST(Messages, OfCallsThatFail)
+TEST(Messages, OfFailedCalls)
 {
     std::string said = said_by_failing_calls(false) + said_by_failing_calls(true);
     take_messages();
@@ -226,7 +226,8 @@ TEST(Messages, OfCallsThatFail)
               });
 }
 
-/// A small file with data of each kind; with `crashed` as a killed writer leaves it.
+/// A small file with data of each kind. With `crashed`, as a killed writer leaves
+/// it.
 std::string sample(const char *format, bool crashed)
 {
     io_memory_env env;

@@ -80,7 +80,7 @@ TEST_F(OpenFile, NamesInAStoredIndexAreTrimmed)
     EXPECT_EQ(client_.locate("*", "*", -1), "Other W 1\n");
 }
 
-TEST_F(OpenFile, WhatIsNoContainerIsRefused)
+TEST_F(OpenFile, FilesThatAreNotContainersAreRefused)
 {
     EXPECT_EQ(open_bytes("*INF"), IO_BAD_FILE);
     EXPECT_EQ(take_messages(), "iif_open: can't read the first seven characters\n"
@@ -121,7 +121,7 @@ TEST_F(OpenFile, OnlyTwoOffsetWidthsExist)
 }
 
 /// The message has the true width of the line with the file size, however long it is.
-TEST_F(OpenFile, ALongLineOfTheFileSizeHasAWidthToo)
+TEST_F(OpenFile, ALongLineOfTheFileSizeHasItsTrueWidth)
 {
     for (std::size_t width : {64U, 65U, 100U, 4096U, 10000U}) {
         EXPECT_EQ(open_bytes("*INFO\n" + std::string(width, '0') + "\n*ENDINFO\n"), IO_READ_ERROR);
@@ -157,7 +157,7 @@ TEST_F(OpenFile, AccessCodes)
     EXPECT_EQ(take_messages(), "iif_open: filename is NULL\n");
     EXPECT_EQ(iif_open(file, "f", "q"), IO_CANNOT_OPEN);
     EXPECT_EQ(take_messages(), "iif_open: unknown access code q\n");
-    EXPECT_EQ(iif_open(file, "f", "d"), IO_OK); // made where it is missing
+    EXPECT_EQ(iif_open(file, "f", "d"), IO_OK); // created if it does not exist
     EXPECT_EQ(file.mode, open_mode::write);
     EXPECT_EQ(iif_close(file), IO_OK);
     env_.read_only.insert("f");
@@ -206,7 +206,7 @@ TEST_F(OpenFile, ASessionThatEndsClosesItsFiles)
     EXPECT_EQ(client_.locate("A", "B", -1), "A B 1\n");
 }
 
-TEST_F(OpenFile, AShorterIndexLeavesNothingAfterIt)
+TEST_F(OpenFile, NoBytesRemainAfterAShorterIndex)
 {
     ASSERT_EQ(client_.request(IO_OPEN_PRIMARY_WRITE, "f"), IO_OK);
     ASSERT_EQ(client_.write_integers("A", "B", 1, {1}), IO_OK);
@@ -233,7 +233,7 @@ TEST_F(OpenFile, OpenedForWritingItsIndexIsWrittenAgain)
     EXPECT_EQ(env_["f"], whole);
 }
 
-TEST_F(OpenFile, TheTraceNamesWhatHappens)
+TEST_F(OpenFile, TheTraceShowsTheSteps)
 {
     env_["f"] = "*INFO\n                   0\n*ENDINFO\n";
     env_.variables["ZOT_IO_TRACE"] = "1";

@@ -76,7 +76,7 @@ TEST_F(PlainText, ReadingNumbers)
     EXPECT_EQ(ask(IO_READ_REALS), IO_READ_ERROR);
 }
 
-/// The array does not keep the numbers read before the bad line.
+/// The array does not contain the numbers that were read before the bad line.
 TEST_F(PlainText, AFailedReadGivesNoData)
 {
     std::int32_t integers[3] = {7, 7, 7};

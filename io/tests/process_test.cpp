@@ -147,7 +147,7 @@ TEST_F(Process, AKilledWriterLosesNoFinishedDataset)
             }
         }
         ASSERT_EQ(client.request(IO_CLOSE_PRIMARY), IO_OK);
-        next = last + 2; // the one after the last may be there too
+        next = last + 2; // the dataset after the last may exist too
     }
     EXPECT_GT(checked, 100);
     io_client client(io_real_env());
@@ -217,7 +217,7 @@ int write_hole(open_file &file, format_code format, std::int32_t doubles)
     return end_dataset(file, pending);
 }
 
-TEST_F(Process, BeyondFourGibibytes)
+TEST_F(Process, FilesOfMoreThanFourGibibytes)
 {
     constexpr std::int32_t doubles = 600000000;
     constexpr std::int64_t four_gib = std::int64_t{1} << 32;
@@ -244,7 +244,7 @@ TEST_F(Process, BeyondFourGibibytes)
     EXPECT_EQ(client.read("AFTER", "P", 1), "1 2 3");
 }
 
-TEST_F(Process, ALengthThatNarrowOffsetsCannotHold)
+TEST_F(Process, ALengthTooLargeForNarrowOffsets)
 {
     io_client client(io_real_env());
     ASSERT_EQ(client.request(IO_OPEN_PRIMARY_WRITE, name_.c_str()), IO_OK);
@@ -258,7 +258,7 @@ TEST_F(Process, ALengthThatNarrowOffsetsCannotHold)
     EXPECT_EQ(client.locate("*", "*", -1), "A P 1\n");
 }
 
-TEST_F(Process, WhatIsNoRegularFileIsRefused)
+TEST_F(Process, OnlyRegularFilesAreOpened)
 {
     io_client client(io_real_env());
     EXPECT_EQ(client.request(IO_OPEN_PRIMARY, folder_.c_str()), IO_CANNOT_SEEK);

@@ -28,7 +28,8 @@ protected:
         take_messages();
     }
 
-    /// What is located after opening these bytes to read, or the code.
+    /// The names that a look-up finds after these bytes were opened to read, or
+    /// the code.
     std::string names(const std::string &bytes)
     {
         env_["f"] = bytes;
@@ -56,7 +57,7 @@ protected:
     std::int64_t third_ = 0;
 };
 
-TEST_F(Rebuild, AWholeFileNeedsNone)
+TEST_F(Rebuild, ACompleteFileNeedsNone)
 {
     EXPECT_EQ(names(whole_), all);
     EXPECT_EQ(take_messages(), "");
@@ -73,7 +74,7 @@ TEST_F(Rebuild, AFileThatWasNotClosed)
     EXPECT_EQ(take_messages(), "");
 }
 
-TEST_F(Rebuild, AStoredIndexIsSteppedOver)
+TEST_F(Rebuild, AStoredIndexIsSkipped)
 {
     std::string changed = whole_;
     put(changed, 6, "                   0");
@@ -99,7 +100,7 @@ TEST_F(Rebuild, AnIndexThatCannotBeTrusted)
         const char *to;
         const char *said;
     };
-    // The file size stays correct; each of these changes must be noticed.
+    // The file size remains correct. Each of these changes must be noticed.
     for (change one :
          {change{"*ENDINDEX", "*ENDINDEY", "missing end tag"},
           change{"Y\x1b"
@@ -191,7 +192,7 @@ TEST_F(Rebuild, ALengthOfZeroEndsTheScan)
                   " (format l ): assuming incomplete file and terminating scan.\n");
 }
 
-TEST_F(Rebuild, ACutDatasetIsNoneAndTheOthersStay)
+TEST_F(Rebuild, ACutDatasetIsLostAndTheOthersRemain)
 {
     EXPECT_EQ(names(crashed_.substr(0, crashed_.size() - 7)), "B P 2\nA P 1\n");
     EXPECT_NE(take_messages().find("recreate_indextable: fseek of "), std::string::npos);
@@ -205,7 +206,7 @@ TEST_F(Rebuild, ACutDatasetIsNoneAndTheOthersStay)
               std::string::npos);
 }
 
-TEST_F(Rebuild, WhatIsWrongInItselfIsDamage)
+TEST_F(Rebuild, DatasetsThatContradictThemselvesAreDamaged)
 {
     auto with = [&](std::int64_t at, const std::string &text) {
         std::string changed = crashed_;
@@ -232,7 +233,7 @@ TEST_F(Rebuild, WhatIsWrongInItselfIsDamage)
               std::string::npos);
 }
 
-TEST_F(Rebuild, NamesThatNoLookupCouldAskFor)
+TEST_F(Rebuild, NamesThatNoLookUpCanFind)
 {
     std::string record = "WHAT\x1b"
                          "C";
@@ -250,7 +251,7 @@ TEST_F(Rebuild, NamesThatNoLookupCouldAskFor)
     EXPECT_EQ(take_messages().find("read_header: bad where record "), 0U);
 }
 
-TEST_F(Rebuild, DeletedDatasetsAreSteppedOver)
+TEST_F(Rebuild, DeletedDatasetsAreSkipped)
 {
     std::string changed = crashed_;
     put(changed, second_, "DF");
@@ -258,15 +259,15 @@ TEST_F(Rebuild, DeletedDatasetsAreSteppedOver)
     EXPECT_EQ(names(changed), "A P 1\n");
     put(changed, 36, "D "); // of an older style: U, u and F are tried
     EXPECT_EQ(names(changed), "code 17");
-    put(changed, second_, "DU"); // the wrong letter: the blanks of a length are a huge number
+    put(changed, second_, "DU"); // the wrong letter: the spaces of a length are a huge number
     EXPECT_EQ(names(changed), "code 17");
     EXPECT_NE(take_messages().find("recreate_indextable: fseek of 538976288 to skip dataset"),
               std::string::npos);
 }
 
-/// Wherever the file is cut in this dataset, it opens, and only this dataset is
-/// missing.
-TEST_F(Rebuild, ACutDatasetWithAnOldMarkIsNoneAndTheOthersStay)
+/// Wherever the file is cut in this dataset, it can be opened, and only this
+/// dataset is missing.
+TEST_F(Rebuild, ACutDatasetWithAnOldMarkIsLostAndTheOthersRemain)
 {
     struct old_mark
     {

@@ -89,7 +89,7 @@ TEST_F(WriteDataset, ACompressedFormatHasABlockFactor)
               std::string::npos);
 }
 
-TEST_F(WriteDataset, HeadersThatNoReaderCouldFind)
+TEST_F(WriteDataset, HeadersThatNoReaderCanFind)
 {
     auto refused = [&](const std::string &what, const std::string &where) {
         take_messages();
@@ -109,7 +109,7 @@ TEST_F(WriteDataset, HeadersThatNoReaderCouldFind)
     EXPECT_EQ(client_.locate("T", "W", 1), "T W 1\n");
 }
 
-TEST_F(WriteDataset, RefusedFormatsLeaveTheFileAlone)
+TEST_F(WriteDataset, RefusedFormatsDoNotChangeTheFile)
 {
     std::string before = env_["f"];
     for (const char *format : {"D5", "d", "X", "x5"}) {
@@ -123,14 +123,14 @@ TEST_F(WriteDataset, RefusedFormatsLeaveTheFileAlone)
     EXPECT_EQ(client_.write_integers("A", "B", 1, std::vector<std::int32_t>(99), "u0"), IO_OK);
 }
 
-TEST_F(WriteDataset, TheFormatOfTheEnvironmentWins)
+TEST_F(WriteDataset, TheEnvironmentOverridesTheFormat)
 {
     env_.variables["ZOT_FORMAT"] = "F";
     ASSERT_EQ(client_.write_integers("A", "B", 1, {1}, "u5"), IO_OK);
     EXPECT_EQ(body().substr(0, 3), "F \n");
 }
 
-TEST_F(WriteDataset, AttributesComeBack)
+TEST_F(WriteDataset, AttributesReadBackUnchanged)
 {
     io_header_storage header = named_header("A", "B", "LOGL");
     io_set_text(header.attributes[0], "unit=K  ");
@@ -170,7 +170,7 @@ TEST_F(WriteDataset, AnAttributeOfMoreThanEightyCharactersIsRefused)
     EXPECT_EQ(client_.request(IO_WRITE_PRIMARY_DS, header.header(), data), IO_OK);
 }
 
-TEST_F(WriteDataset, TheFirstChangeTakesTheIndexAway)
+TEST_F(WriteDataset, TheFirstChangeRemovesTheIndex)
 {
     ASSERT_EQ(client_.write_integers("A", "B", 1, {1}), IO_OK);
     ASSERT_EQ(client_.request(IO_CLOSE_PRIMARY), IO_OK);
@@ -180,7 +180,7 @@ TEST_F(WriteDataset, TheFirstChangeTakesTheIndexAway)
     EXPECT_EQ(env_["f"].substr(index), "*CRASH");
 }
 
-/// Appends to a file while one write after the other fails.
+/// Appends to a file while one write after another fails.
 class FailedWrite : public ::testing::TestWithParam<bool>
 {
 protected:
@@ -226,7 +226,7 @@ TEST_P(FailedWrite, LeavesTheEarlierDatasetsAndTheFileWhole)
 INSTANTIATE_TEST_SUITE_P(Once, FailedWrite, ::testing::Values(false));
 INSTANTIATE_TEST_SUITE_P(ForGood, FailedWrite, ::testing::Values(true));
 
-TEST_F(WriteDataset, AFailedWriteSaysSo)
+TEST_F(WriteDataset, AFailedWriteIsReported)
 {
     io_failing_env failing(env_);
     io_client client(failing);
@@ -239,7 +239,7 @@ TEST_F(WriteDataset, AFailedWriteSaysSo)
     EXPECT_EQ(env_["g"].substr(36), "*CRASH");
 }
 
-TEST_F(WriteDataset, WhatEndsAPartialDatasetMayFailToo)
+TEST_F(WriteDataset, EndingAPartialDatasetMayFailToo)
 {
     auto said_when = [this](bool writes_only) {
         io_failing_env failing(env_);
@@ -260,7 +260,7 @@ TEST_F(WriteDataset, WhatEndsAPartialDatasetMayFailToo)
 
 /// The stream collects 256 KiB before it writes. The test uses headers and data of
 /// all lengths near that, so that the write fails in each part.
-TEST_F(WriteDataset, EachPartMayBeTheOneThatFails)
+TEST_F(WriteDataset, EachPartMayFail)
 {
     std::vector<char> attributes(3200 * IO_STRING_SLOT, 'x');
     for (std::size_t end = IO_STRING_SLOT; end <= attributes.size(); end += IO_STRING_SLOT) {
@@ -325,7 +325,7 @@ TEST_F(WriteDataset, TheBlockFactorOfAFormattedDatasetIsTheClients)
     EXPECT_EQ(written("u5", -3), 100000);
     EXPECT_EQ(written("l1", 1), 100000);
     EXPECT_EQ(written("u5", 2), 2);
-    EXPECT_EQ(written("u", 500), 1); // not recorded
+    EXPECT_EQ(written("u", 500), 1); // the block factor is not recorded
 }
 
 TEST_F(WriteDataset, TheTraceSaysHowAFailedIndexEnded)

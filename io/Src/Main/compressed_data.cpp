@@ -22,8 +22,8 @@ byte_buffer allocate(std::int64_t bytes)
     return byte_buffer(new (std::nothrow) char[static_cast<std::size_t>(bytes)]);
 }
 
-/// Writes the length and the stream, part by part. A stream of one part has its
-/// length in front at once; for a longer one it is put there at the end.
+/// Writes the length and the stream, part by part. If the stream has one part,
+/// its length is written before it. Otherwise the length is put there at the end.
 class array_writer
 {
 public:
@@ -81,7 +81,8 @@ private:
         return zotwriteOffset(io_, format_, bytes) == IO_OK ? IO_OK : failed();
     }
 
-    /// Nothing of the array is left to a later write, whose failure has another code.
+    /// Flushes all of the array, because a later write that fails has another
+    /// code.
     [[nodiscard]] int complete(std::int64_t bytes)
     {
         if (length_known_) {
@@ -97,7 +98,8 @@ private:
         return io_.stream.seek(after) ? IO_OK : failed();
     }
 
-    /// What is there of the stream is no longer than the data that follows.
+    /// The part of the stream that is written already is not longer than the data
+    /// that follows, so the data replaces it.
     [[nodiscard]] int put_stored_mark()
     {
         if (begun() && !io_.stream.seek(length_at_)) {
@@ -119,7 +121,7 @@ private:
     std::int64_t word_;
     std::int64_t length_at_; ///< position of the length
     bool length_known_ = false;
-    int code_ = IO_OK; ///< of the part that could not be written
+    int code_ = IO_OK; ///< from the part that could not be written
 };
 
 class array_reader
@@ -160,7 +162,8 @@ private:
         left_ -= bytes;
     }
 
-    /// After −1: all the rest if exactly so much is there, otherwise one block.
+    /// Data after −1: all the rest if the area has exactly so many bytes,
+    /// otherwise one block.
     [[nodiscard]] int stored()
     {
         std::int64_t bytes = rest_of_area() == left_ ? left_ : std::min(left_, block_);
@@ -214,8 +217,9 @@ private:
         return inflate_part(length);
     }
 
-    /// The first stream may hold everything or one block; later ones a block.
-    /// It is read in parts that stay in the processor's cache.
+    /// Inflates one stream: the first may contain everything or one block, later
+    /// ones contain a block. The stream is read in parts that fit in the
+    /// processor's cache.
     [[nodiscard]] int inflate_part(std::int64_t length)
     {
         const io_reporter &report = *io_.report;
@@ -262,7 +266,7 @@ private:
     std::int64_t block_; ///< bytes of a block
     std::int64_t data_end_;
     bool first_ = true;
-    byte_buffer part_; ///< compressed bytes on their way
+    byte_buffer part_; ///< compressed bytes to be read or written
 };
 
 [[nodiscard]] int bad_compressed_format(const io_reporter &report, const char *function, int code,

@@ -62,7 +62,7 @@ struct seen_dataset
     std::string name; ///< empty if the header could not be read
 };
 
-/// Verifies one file; every check adds its faults.
+/// Verifies one file. Each check adds the faults that it finds.
 class verifier
 {
 public:
@@ -152,7 +152,7 @@ private:
         }
     }
 
-    /// Reads all of a dataset; it has to end exactly where its length says.
+    /// Reads all of a dataset, which must end exactly where its length says.
     void check_data(const scanned_dataset &item)
     {
         located_start start;
@@ -323,7 +323,7 @@ std::vector<located_dataset> stored_datasets(io_env &env, const char *name, std:
             records.push_back(record);
         }
     }
-    static_cast<void>(iif_close(file)); // only read: nothing can be lost
+    static_cast<void>(iif_close(file)); // the file was only read, so nothing can be lost
     return records;
 }
 

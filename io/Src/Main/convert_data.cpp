@@ -8,7 +8,7 @@
 
 namespace {
 
-/// False where the value does not fit; fractions are cut off toward zero.
+/// False if the value does not fit. Fractions are cut off toward zero.
 template <typename From, typename To>
 bool convert_value(From from, To &to)
 {
@@ -32,7 +32,7 @@ bool convert_value(From from, To &to)
     return true;
 }
 
-/// Walks through the arrays of both sides in step.
+/// Walks through the arrays of both sides in parallel.
 class converter
 {
 public:
@@ -75,7 +75,7 @@ public:
     }
 
 private:
-    /// Where the next `values` values of a type are; steps over them.
+    /// Returns where the next `values` values of a type are, and moves past them.
     static std::int64_t next(element_counts &positions, element_type type, std::int64_t values)
     {
         std::int64_t &position = positions[static_cast<std::size_t>(type)];
@@ -121,7 +121,7 @@ private:
             return loop(source, out_.logicals + start, values);
         case IO_STRI:
         case IO_CHAR:
-            break; // no number is turned into them
+            break; // no number is converted to these types
         }
         return false;
     }
@@ -179,7 +179,7 @@ int check_conversion(const io_reporter &report, const std::string &from_text, co
 int convert_data(const io_reporter &report, const data_type &from, const IO_data &in,
                  const data_type &to, IO_data &out, std::int32_t count)
 {
-    // A single type is one item of `count` values rather than `count` items.
+    // A single type is one item of `count` values, not `count` items.
     std::int64_t records = from.structure ? count : 1;
     std::int64_t repeat = from.structure ? 1 : count;
     converter work(report, in, out);

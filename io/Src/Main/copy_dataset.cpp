@@ -1,4 +1,4 @@
-// Copies datasets byte by byte, or value by value where the form has to change.
+// Copies datasets byte by byte, or value by value if the format must change.
 #include "io/Src/Main/copy_dataset.h"
 
 #include "io/Src/Main/read_dataset.h"
@@ -26,7 +26,8 @@ constexpr std::int64_t block_bytes = 1024 * 1024;
         bytes[0], bytes[1]);
 }
 
-/// The source's start, and that its data ends where its length says.
+/// Reads the start of the source, and checks that its data ends where its length
+/// says.
 [[nodiscard]] int open_source(open_file &from, std::int64_t position, located_start &source)
 {
     if (int code = check_source(from, position)) {
@@ -119,7 +120,7 @@ bool keeps_its_bytes(const located_start &source, const data_shape &shape)
     return copy_anew(from, source, shape, to);
 }
 
-/// Calls copy(position) for every live dataset that is wanted(record).
+/// Calls copy(position) for every live dataset for which wanted(record) is true.
 template <typename Wanted, typename Copy>
 [[nodiscard]] int copy_each(open_file &from, Wanted wanted, Copy copy)
 {

@@ -1,4 +1,5 @@
-// Writes and reads arrays of each type, and judges whether a header can be true.
+// Writes and reads arrays of each type, and checks whether a header can be
+// correct.
 #include "io/Src/Main/data_io.h"
 
 #include "io/Src/Main/compressed_data.h"
@@ -15,7 +16,7 @@ std::uint8_t plain_logical(std::uint8_t value)
     return value != 0 ? 1 : 0;
 }
 
-/// Exactly 0 and 1, whatever the client took for true.
+/// Exactly 0 and 1, whatever value the client uses for true.
 std::vector<std::uint8_t> plain_logicals(const std::uint8_t *values, std::int32_t count)
 {
     std::vector<std::uint8_t> plain(static_cast<std::size_t>(count));
@@ -156,15 +157,15 @@ std::vector<std::uint8_t> plain_logicals(const std::uint8_t *values, std::int32_
                             static_cast<long long>(left));
 }
 
-/// Whether `count` elements of `bytes` each are at most `limit`; the product
-/// may be beyond 64 bits.
+/// Whether `count` elements of `bytes` each are at most `limit`. The product may
+/// need more than 64 bits.
 bool within(std::int64_t count, std::int64_t bytes, std::int64_t limit)
 {
     return bytes <= 0 || count <= limit / bytes;
 }
 
-/// Numbers and characters in text are in lines that need not be as long as those
-/// of this library.
+/// Numbers and characters in text are in lines. The lines of other writers may
+/// have other lengths than the lines of this library.
 bool comes_in_elements(const data_shape &shape)
 {
     return !shape.format.formatted() || shape.type.structure ||
@@ -246,7 +247,7 @@ int check_data_claim(zot_io &io, const data_shape &shape)
     if (!shape.format.formatted()) {
         return within(shape.count, shape.type.bytes(), left) ? IO_OK : too_short(io, left);
     }
-    // A line may be much shorter than what it holds is in memory.
+    // A line in the file may be much shorter than its values are in memory.
     std::int64_t memory = std::max(IO_INFLATE_RATIO * left, IO_ALWAYS_POSSIBLE);
     bool possible = within(shape.count, shape.type.formatted_bytes(), left) &&
                     within(shape.count, shape.type.bytes(), memory);

@@ -1,4 +1,4 @@
-// Parses data type strings, and counts what their elements take.
+// Parses data type strings, and counts the values that their elements need.
 #include "io/Src/Main/data_type.h"
 
 #include "io/Src/Main/decimal.h"
@@ -103,7 +103,8 @@ bool parse_entry(std::string_view text, type_entry &entry)
         if (blank == std::string_view::npos) {
             return IO_OK;
         }
-        // Tested after the entry and against those before it: 41 pass. Kept.
+        // Kept: the test comes after the entry and counts the entries before it,
+        // so 41 entries are accepted.
         if (counted >= IO_MAXENT) {
             return report.error(
                 IO_NO_ROOM, "parseStructure: the entries of the datatype is more than IO_MAXENT\n");
@@ -149,7 +150,7 @@ std::int64_t data_type::bytes() const
 std::int64_t data_type::formatted_bytes() const
 {
     if (structure) {
-        return 1; // the LF; what else there is of a damaged record is for the reader to say
+        return 1; // the LF; the reader reports other bytes of a damaged record
     }
     return element_of(single()).formatted_bytes;
 }

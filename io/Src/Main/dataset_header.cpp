@@ -50,7 +50,7 @@ public:
         return IO_OK;
     }
 
-    /// A text that a lookup must be able to name.
+    /// A text that a look-up can ask for: not empty, without control characters.
     [[nodiscard]] int name(std::string_view key, const char *name, std::string &value)
     {
         if (int code = text(key, name, IO_RECORD_MAX, value)) {
@@ -94,7 +94,7 @@ public:
         return IO_OK;
     }
 
-    /// The record after NUMBER may be the data tag: looks and goes back.
+    /// Looks at the record after NUMBER, which may be the data tag, and goes back.
     [[nodiscard]] int blockfactor(std::int32_t &value)
     {
         std::int64_t start = io_.stream.tell();

@@ -7,7 +7,8 @@
 
 namespace {
 
-/// While it lives, what the primitives report is heard by nobody.
+/// While an object of this class exists, nobody receives the reports of the
+/// primitives.
 class quiet_scope
 {
 public:
@@ -31,7 +32,7 @@ long long printable(std::int64_t number)
     return number;
 }
 
-/// Bytes of a file in a message: what cannot be printed becomes a point.
+/// Bytes of a file for a message. Each unprintable byte becomes a point.
 std::string printable_bytes(std::string_view bytes)
 {
     std::string text(bytes);
@@ -88,7 +89,8 @@ bool dataset_scan::resume()
 /// Looks for the words that follow a length; -1 if there are none.
 std::int64_t dataset_scan::find_beginning(std::int64_t from)
 {
-    // Small: what is looked through may be full of words that lead nowhere.
+    // Small, because the bytes may be full of such words that are not a
+    // beginning.
     constexpr std::size_t block_bytes = 4096;
     constexpr std::size_t overlap = IO_TAG_DATASET.size() - 1;
     std::string block(block_bytes, '\0');
@@ -209,8 +211,8 @@ bool dataset_scan::read_length()
     return true;
 }
 
-/// Whether the length in `format` leads to the same length at its end, which
-/// goes into `again`.
+/// Whether the length in `format` leads to the same length at its end, which is
+/// stored in `again`.
 bool dataset_scan::agrees(format_code format, std::int64_t &again)
 {
     quiet_scope quiet(file_);
@@ -224,8 +226,9 @@ bool dataset_scan::agrees(format_code format, std::int64_t &again)
            zotreadOffset(io_, format, again) == IO_OK && again == item_.length;
 }
 
-/// Whether the words of a dataset follow the length in `format`, or would if the
-/// file did not end there. Their byte order tells the formats apart.
+/// Whether the words of a dataset follow the length in `format`, or would follow
+/// if the file did not end there. The byte order of the words distinguishes the
+/// formats.
 dataset_scan::beginning dataset_scan::begins_as(format_code format)
 {
     quiet_scope quiet(file_);
@@ -252,9 +255,9 @@ dataset_scan::beginning dataset_scan::begins_as(format_code format)
 }
 
 // 1. Take the format whose two lengths agree.
-// 2. Else take the one whose words follow the length. The file ends inside the
-//    dataset, or its lengths are wrong.
-// 3. Else the file may end before those words.
+// 2. Otherwise take the one whose words follow the length. The file ends inside
+//    the dataset, or its lengths are wrong.
+// 3. Otherwise the file may end before those words.
 bool dataset_scan::choose_old_style(const std::vector<format_code> &candidates)
 {
     std::int64_t again = 0;
@@ -268,7 +271,8 @@ bool dataset_scan::choose_old_style(const std::vector<format_code> &candidates)
     };
     auto actual = std::find_if(candidates.begin(), candidates.end(), begins(beginning::header));
     bool known = actual != candidates.end();
-    // For the format and the lengths that it reads; they are judged below.
+    // Called for the format and for the lengths that it reads, which are checked
+    // below.
     static_cast<void>(agrees(known ? *actual : candidates.front(), again));
     if (known && item_.length == 0) {
         return true;

@@ -39,7 +39,8 @@ namespace {
     if (int code = parseindex(*file.report, file.index.line(record.slot), line)) {
         return file.report->error(code, "delete_process: parseindex failed");
     }
-    // The slot first: a dataset whose mark could not be written is not found again.
+    // The slot first: if the mark cannot be written, the dataset is still not
+    // found again.
     file.index.set_status(record.slot, 'N');
     return delete_process_sub(file, line.position);
 }

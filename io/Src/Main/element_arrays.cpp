@@ -15,7 +15,7 @@ std::size_t value_bytes(element_type type, std::size_t string_slot)
     return element.has_length ? string_slot : element.word_bytes;
 }
 
-/// Whether the array for a type is there and large enough, or not needed.
+/// Whether the array for a type exists and is large enough, or is not needed.
 bool array_holds(const IO_data &data, element_type type, const element_counts &counts)
 {
     std::int64_t needed = counts[static_cast<std::size_t>(type)];
@@ -139,7 +139,8 @@ bool element_storage::allocate(const element_counts &counts, std::size_t string_
         auto type = static_cast<element_type>(i);
         std::size_t bytes = static_cast<std::size_t>(counts[i]) * value_bytes(type, string_slot);
         bytes_ += static_cast<std::int64_t>(bytes);
-        // At least one, so that an empty array is not taken for a missing one.
+        // At least one byte, because a missing array would mean something else
+        // than an empty one.
         memory_[i].reset(new (std::nothrow) char[bytes + 1]);
         if (memory_[i] == nullptr) {
             return false;

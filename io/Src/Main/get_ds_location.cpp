@@ -1,4 +1,4 @@
-// Index lines taken apart, and the searches by WHAT, by WHERE and of all lines.
+// Splits index lines; searches by WHAT, by WHERE and in all lines.
 #include "io/Src/Main/get_ds_location.h"
 
 #include "io/Src/Main/element_arrays.h"
@@ -27,7 +27,7 @@ std::string_view next_field(const char *&line)
     return {start, static_cast<std::size_t>(line - start)};
 }
 
-/// As atoi() reads: what is not a number is 0.
+/// Like atoi(): a text that is not a number gives 0.
 template <typename Integer>
 Integer leading_number(std::string_view text)
 {
@@ -36,8 +36,8 @@ Integer leading_number(std::string_view text)
     return number;
 }
 
-/// The beginning that all lines sought have in common: texts and a WHEN, each
-/// ended by ESC. Longer than a slot means that nothing can match.
+/// The common beginning of all lines that are searched: texts and a WHEN, each
+/// ended by ESC. If it is longer than a slot, no line can match.
 class search_key
 {
 public:
@@ -59,7 +59,8 @@ public:
         add(std::string_view(digits, static_cast<std::size_t>(end - digits)));
     }
 
-    /// Below, at or above the prefix; the text is NUL-terminated.
+    /// Whether the text is below, at or above the prefix. The text is NUL-
+    /// terminated.
     [[nodiscard]] int compare(const char *text) const
     {
         return std::strncmp(text, bytes_, length_);
@@ -72,15 +73,16 @@ private:
     bool too_long_ = false;
 };
 
-/// Collects the live lines among the ordered ones, from the `low`-th on, that
-/// begin with the key; slot(i) is the i-th in that order, text(slot) what is compared.
+/// Collects the live lines that begin with the key, starting at the `low`-th of
+/// the ordered lines. slot(i) is the i-th in that order, and text(slot) is the
+/// text to compare.
 template <typename Slot, typename Text>
 [[nodiscard]] int collect(const io_reporter &report, const index_table &index,
                           const search_key &key, std::int32_t low, Slot slot, Text text,
                           const char *failure, located_datasets &found)
 {
     std::int32_t high = key.too_long() ? low : index.count();
-    // The first match is near `low` more often than not: widen from there.
+    // The first match is usually near `low`, so the search widens from there.
     for (std::int32_t step = 1; low < high && step < high - low; step *= 2) {
         if (key.compare(text(slot(low + step - 1))) >= 0) {
             high = low + step;
@@ -178,7 +180,7 @@ template <typename Slot, typename Text>
     return IO_OK;
 }
 
-/// A name without white space at its end; a copy only if there is some.
+/// A name without white space at its end. The name is copied only if it has some.
 class trimmed_name
 {
 public:
@@ -205,7 +207,7 @@ private:
     return report.zotsystemErr(IO_NO_ROOM, "%s: (malloc failed) syserr:", function);
 }
 
-/// get_ds_location() for the one of the pattern searches that is named.
+/// get_ds_location() for the pattern search with the given name.
 [[nodiscard]] int locate_for(const char *function, const io_reporter &report, index_table &index,
                              location_mode mode, const char *what, const char *where,
                              std::int32_t when, located_datasets &found)
@@ -249,7 +251,8 @@ private:
     return IO_OK;
 }
 
-/// Marks what the index says is deleted, and gives what is live in its order.
+/// Sets the slot of each found line that the index marks as deleted to −1, and
+/// gives the live lines in their order.
 [[nodiscard]] int update_subindex(const io_reporter &report, const index_table &index,
                                   located_datasets &found, located_datasets &live)
 {
@@ -268,9 +271,9 @@ private:
     }
 }
 
-/// Largest WHEN first. That equal WHENs are ordered by WHAT from the third
-/// character only, as if WHAT still had a status in front, is kept: files and
-/// clients depend on the order.
+/// Orders by the largest WHEN first. Kept: equal WHENs are ordered by WHAT from
+/// the third character only, as if WHAT still had a status before it. Files and
+/// clients depend on this order.
 void sort_by_when(const io_reporter &report, located_datasets &found)
 {
     auto count = static_cast<int>(found.size());
@@ -421,7 +424,7 @@ int find_datasets(const io_reporter &report, index_table &index, const char *wha
 int update_index(const io_reporter &report, index_table &index)
 {
     try {
-        static_cast<void>(index.where_order()); // asked for so that it is made
+        static_cast<void>(index.where_order()); // called only to compute the order
         return IO_OK;
     } catch (const std::bad_alloc &) {
         return malloc_failed(report, "update_index");

@@ -1,15 +1,16 @@
-// Matches patterns without recursion: the last star is the one to come back to.
+// Matches patterns without recursion: after a mismatch, it continues at the last
+// star.
 #include "io/Src/Main/glob.h"
 
 #include <algorithm>
 
 namespace {
 
-/// What one element of a pattern other than a star says of a character.
+/// How one element of a pattern, other than a star, matches a character.
 struct glob_step
 {
     bool matches;
-    std::size_t length; ///< pattern characters used; 0: nothing can match here
+    std::size_t length; ///< number of pattern characters used; 0: nothing can match here
 };
 
 unsigned code(char c)
@@ -66,8 +67,8 @@ bool glob_match(std::string_view pattern, std::string_view text)
     if (!glob_has_pattern(pattern)) {
         return pattern == text;
     }
-    // On a mismatch only the last star need take one character more: what the
-    // earlier ones took never has to change. So the time is at most the product
+    // After a mismatch, only the last star needs to match one character more; the
+    // matches of earlier stars never change. So the time is at most the product
     // of the lengths.
     std::size_t p = 0;
     std::size_t t = 0;

@@ -1,4 +1,4 @@
-// Writes the index, reads it in one go, and builds it again from the datasets.
+// Writes the index, reads it in one read, and builds it again from the datasets.
 #include "io/Src/Main/index_file.h"
 
 #include "io/Src/Main/dataset_header.h"
@@ -50,8 +50,8 @@ std::int64_t tag_bytes(std::string_view tag)
     return zotwriteOffset(io, IO_FORMATTED, file.index_position);
 }
 
-/// Checks lines and what they claim: all of them together cannot take more of
-/// the file than comes before the index.
+/// Checks the lines and the sizes that they claim: together, the datasets cannot
+/// need more of the file than the part before the index.
 class line_check
 {
 public:
@@ -105,8 +105,9 @@ private:
     std::int64_t left_;
 };
 
-/// A line whose names have no white space at their ends, as lookups ask for them.
-/// Other writers may have stored some. `copy` holds the line where it changes.
+/// Removes white space at the ends of the names in a line, because look-ups use
+/// names without it. Other writers may have stored some. `copy` receives the line
+/// if it changes.
 std::string_view trim_names(std::string_view line, std::string &copy)
 {
     std::size_t what = line.find(IO_ESC) + 1;
@@ -128,8 +129,8 @@ std::string_view trim_names(std::string_view line, std::string &copy)
     return copy;
 }
 
-/// Loads a stored index step by step; every step reports and returns 20, or
-/// what the primitive below gave.
+/// Loads a stored index step by step. Each step reports its failure and returns
+/// 20, or the code from the primitive that it called.
 class index_loader
 {
 public:
@@ -197,7 +198,8 @@ private:
         return IO_OK;
     }
 
-    /// The lines, whose bytes the length gives; it has to fit the file exactly.
+    /// The lines. The length says how many bytes they have, and this must fit the
+    /// file exactly.
     [[nodiscard]] int read_text(std::string &text)
     {
         std::int64_t here = io_.stream.tell();
@@ -221,8 +223,9 @@ private:
         return IO_OK;
     }
 
-    /// One allocation for all lines and the first growth after them. Lines of a
-    /// file that is as large as they claim it to be, so it is not too much.
+    /// Allocates memory for all lines and the first growth after them at once. It
+    /// does so only if the file is large enough for so many datasets, so the
+    /// amount is reasonable.
     bool room_for(std::int32_t count)
     {
         bool possible =
@@ -266,9 +269,9 @@ private:
     open_file &file_;
     zot_io &io_;
     std::int64_t size_;
-    std::int64_t position_ = 0; ///< of the index
+    std::int64_t position_ = 0; ///< position of the index
     std::int64_t length_ = 0;
-    std::int64_t start_ = 0; ///< of its tag
+    std::int64_t start_ = 0; ///< position of its tag
     std::int64_t count_ = 0;
 };
 

@@ -12,7 +12,7 @@ namespace {
 constexpr std::int32_t no_more = std::numeric_limits<std::int32_t>::max() - 2 * IO_INDEX_GROWTH;
 constexpr std::size_t key_start = 2; // after the status and its ESC
 
-/// Positions of the lines in the order of the keys; key(slot) is a text.
+/// Positions of the lines in the order of their keys; key(slot) is a text.
 template <typename Key>
 std::vector<std::int32_t> ordered(std::int32_t count, Key key)
 {
@@ -35,7 +35,7 @@ std::vector<std::int32_t> ordered(std::int32_t count, Key key)
     return slots;
 }
 
-/// Length of the WHAT and WHERE of a line, the ESC after each counted.
+/// Length of the WHAT and WHERE of a line, including the ESC after each.
 std::size_t name_length(const char *line)
 {
     const char *where = std::strchr(line + key_start, IO_ESC);
@@ -83,7 +83,7 @@ bool index_table::reserve(std::int32_t lines)
     if (memory == nullptr) {
         return false;
     }
-    // realloc took the old block, so it is not to be freed a second time.
+    // realloc freed the old block, so it must not be freed again.
     static_cast<void>(slots_.release());
     slots_.reset(static_cast<char *>(memory));
     allocated_ = wanted;
@@ -92,7 +92,8 @@ bool index_table::reserve(std::int32_t lines)
 
 void index_table::open_slots(std::int32_t from, std::int32_t capacity)
 {
-    // Memory that is NUL already is left alone: it is not even real yet.
+    // Memory that is NUL already is not written, so the system need not provide
+    // it yet.
     for (std::int32_t slot = from; !zeroed_ && slot < capacity; slot++) {
         slots_.get()[offset(slot)] = '\0';
     }
@@ -103,8 +104,8 @@ void index_table::open_slots(std::int32_t from, std::int32_t capacity)
 bool index_table::grow()
 {
     std::int32_t capacity = count_ + IO_INDEX_GROWTH;
-    // The memory doubles, so that a million insertions copy little; the usable
-    // part moves on in steps.
+    // The memory doubles, so that a million insertions copy little. The usable
+    // part grows in steps.
     std::int32_t room = std::min(no_more, std::max(capacity, count_ + count_ / 2));
     if (count_ > no_more - IO_INDEX_GROWTH || (!reserve(room) && !reserve(capacity))) {
         return false;
@@ -119,7 +120,7 @@ int index_table::insert_index(const io_reporter &report, std::string_view line)
         return report.error(IO_NO_ROOM, "insert_index: index line of %d characters is too long\n",
                             static_cast<int>(line.size()));
     }
-    bool full = count_ == capacity_; // the sentinel is there, or there is no table yet
+    bool full = count_ == capacity_; // the sentinel is reached, or no table exists yet
     if (full && !grow()) {
         return report.zotsystemErr(IO_NO_ROOM, "insert_index: (malloc failed) syserr:");
     }
@@ -149,7 +150,7 @@ void index_table::sort_by_what()
     if (std::is_sorted(order.begin(), order.end())) {
         return;
     }
-    // Every cycle of the permutation is walked once, with one slot in hand.
+    // Follows every cycle of the permutation once, with one slot kept aside.
     char hand[IO_INDEX_SLOT];
     for (std::int32_t start = 0; start < count_; start++) {
         auto from = order[static_cast<std::size_t>(start)];

@@ -1,4 +1,4 @@
-// The real environment: files, locks and waiting by the system's own calls.
+// The real environment: files, locks and waiting with system calls.
 #include "io/Src/Main/io_env.h"
 
 #include <cerrno>
@@ -128,7 +128,7 @@ class posix_env : public io_env
 public:
     std::unique_ptr<io_file> open(const char *name, io_open how) override
     {
-        // The object first: without memory for it no file must have been made.
+        // The object is made first, because a failure must not leave a new file.
         auto file = std::make_unique<posix_file>();
         // Not blocking: the open of a pipe without a writer would never return.
         int flags = open_flags(how) | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;

@@ -1,4 +1,4 @@
-// Drives zlib over arrays, with room that does not grow with them.
+// Calls zlib for arrays, with buffers whose size does not depend on the arrays.
 #include "io/Src/Main/io_gzip.h"
 
 #include <algorithm>
@@ -15,13 +15,13 @@ namespace {
 constexpr int default_level = 5;
 constexpr std::int64_t zlib_most = std::numeric_limits<uInt>::max();
 
-/// zlib counts in 32 bits; a larger array is given to it part by part.
+/// zlib counts in 32 bits, so it gets a larger array part by part.
 uInt next_part(std::int64_t left, std::int64_t most = zlib_most)
 {
     return static_cast<uInt>(std::min(left, most));
 }
 
-/// Where bytes go that nobody wants.
+/// A place for bytes that nobody needs.
 struct dump
 {
     static constexpr std::int64_t bytes = 64 * 1024;
@@ -30,7 +30,7 @@ struct dump
 
 Bytef *bytes_of(const void *memory)
 {
-    // zlib does not write to its input; its interface only does not say so.
+    // zlib does not write to its input, but its interface does not say so.
     return static_cast<Bytef *>(const_cast<void *>(memory));
 }
 
@@ -47,9 +47,8 @@ Bytef *bytes_of(const void *memory)
     return result == Z_STREAM_END && stream.avail_out == 1 ? Z_STREAM_END : Z_BUF_ERROR;
 }
 
-/// One deflate() after the other until the stream ends, the room of `in_left`
-/// bytes does, or the sink refuses. All but the last part goes to the sink; the
-/// last is in the buffer.
+/// Calls deflate() until the stream ends, `in_left` bytes are used, or the sink
+/// refuses. The last part is in the buffer; the sink gets the parts before it.
 [[nodiscard]] int deflate_all(z_stream &stream, std::int64_t in_left, io_deflate_buffer buffer,
                               const io_deflate_sink &take, bool &refused)
 {
@@ -79,8 +78,8 @@ Bytef *bytes_of(const void *memory)
     return result;
 }
 
-/// Inflates until the stream ends, the source does, or the room does. With a
-/// dump all of it goes there.
+/// Inflates until the stream ends, the source ends, or there is no room left.
+/// With a dump, all bytes go there.
 [[nodiscard]] int inflate_all(z_stream &stream, const io_inflate_source &source,
                               std::int64_t out_left, dump *forgotten)
 {
@@ -98,7 +97,8 @@ Bytef *bytes_of(const void *memory)
             stream.avail_out = next_part(out_left, forgotten != nullptr ? dump::bytes : zlib_most);
             out_left -= stream.avail_out;
         }
-        // With nothing left to give or to fill it has to end now, or it is an error.
+        // If there is no input and no room left, the stream must end now;
+        // otherwise it is an error.
         result = inflate(&stream, stream.avail_in == 0 ? Z_FINISH : Z_NO_FLUSH);
     }
     return result;

@@ -1,4 +1,4 @@
-// Composes messages and trace lines, also where memory is out.
+// Composes messages and trace lines, even without free memory.
 #include "io/Src/Main/io_report.h"
 
 #include <cerrno>
@@ -30,7 +30,7 @@ void end_line(std::string &text)
     }
 }
 
-/// Takes the place of a message that there was no memory to write.
+/// Replaces a message for which there was no memory.
 constexpr std::string_view no_room_for_message = "out of memory\n";
 
 } // namespace
@@ -74,7 +74,7 @@ void io_reporter::format_and_deliver(const char *reason, const char *format,
         end_line(text);
         deliver(text);
     } catch (const std::bad_alloc &) {
-        // What says that memory is out must not itself fail for want of it.
+        // The report that there is no memory must not need memory.
         deliver(no_room_for_message);
     }
 }
@@ -120,7 +120,7 @@ void io_reporter::trace(const char *format, ...) const
     try {
         put_trace(format_message(format, arguments));
     } catch (const std::bad_alloc &) {
-        // A line less; what is traced goes on.
+        // One line is lost; the traced operation continues.
     }
     va_end(arguments);
 }
@@ -128,7 +128,7 @@ void io_reporter::trace(const char *format, ...) const
 void io_reporter::put_trace(std::string text) const
 {
     end_line(text);
-    // A message of two lines must not smuggle in one without the prefix.
+    // Each line of a message must have the prefix.
     std::string lines;
     for (std::size_t start = 0; start < text.size();) {
         std::size_t end = text.find('\n', start) + 1;

@@ -1,4 +1,5 @@
-// Which function carries out which request, and the open files that they share.
+// Says which function carries out which request, and owns the open files that
+// they share.
 #include "io/Src/Main/io_session.h"
 
 #include "io/Src/Main/copy_dataset.h"
@@ -27,7 +28,7 @@ io_session::io_session(io_env &env)
 
 io_session::~io_session()
 {
-    // The client's routine may be gone by now, and nobody gets a code.
+    // The client's routine may not exist any more, and nobody receives a code.
     report_.set_routine(nullptr);
     try {
         drop_begun();
@@ -51,7 +52,7 @@ int io_session::request(io_request request, io_error_routine routine, IO_header 
     if (int code = check_arguments(traits_of(request), header, data)) {
         return code;
     }
-    // For a request without a header: nothing of it is used.
+    // For a request without a header, which uses none of these values.
     std::int32_t no_when = -1;
     IO_header none;
     none.when = &no_when;
@@ -76,7 +77,7 @@ int io_session::check_arguments(const request_traits &needs, const IO_header *he
             return report_.error(IO_NO_ROOM, "iocntc: header input is wrong\n");
         }
     }
-    // A locate says itself how much room it needs.
+    // A locate reports itself how much room it needs.
     if (needs.offsets && (data->offsets == nullptr || (!needs.locates && data->offsets_size < 2))) {
         return report_.error(IO_NO_ROOM, "iocntc: offset array input is wrong\n");
     }
@@ -161,7 +162,8 @@ int io_session::add_line(int code, const char *line) const
 int io_session::open(open_file &file, const IO_data &data, const char *access, const char *failure)
 {
     if (file.mode != open_mode::none) {
-        // It has sent its message; the code is that of the opening asked for.
+        // It has sent its message. The code must be that of the requested
+        // opening.
         static_cast<void>(close(file, "iocnt: close the file that was open failed\n"));
     }
     std::string name;
@@ -193,14 +195,14 @@ int io_session::check_open(const open_file &file, const char *which) const
     return report_.error(IO_NO_OPEN_FILE, "iocnt: no %s file is opened\n", which);
 }
 
-/// What was begun on the primary file is given up: headers read, blocks
-/// kept, and a dataset whose end was never written.
+/// Drops what was begun on the primary file: headers read, blocks kept, and a
+/// dataset whose end was not written.
 void io_session::drop_begun()
 {
     reading_.reset();
     blocks_.reset();
     if (begun_) {
-        static_cast<void>(abort_dataset(primary_, begun_->pending, IO_OK)); // gives it back
+        static_cast<void>(abort_dataset(primary_, begun_->pending, IO_OK)); // returns the same code
         begun_.reset();
     }
 }
@@ -236,7 +238,7 @@ int io_session::locate(open_file &file, const char *which, const IO_header &head
 int io_session::open_text(const IO_data &data)
 {
     if (text_.is_open()) {
-        static_cast<void>(close_text()); // its message is sent; the code is the opening's
+        static_cast<void>(close_text()); // its message is sent; the code is that of the opening
     }
     return add_line(iif_open_text(env_, report_, data.filename, data.access, text_),
                     "iocnt: open the plain text file failed\n");
@@ -272,6 +274,6 @@ int io_session::copy_many(io_request request, Copy copy)
 int iocntc(std::uint32_t request, io_error_routine routine, IO_header *header, IO_data *data)
 {
     static io_session session(io_real_env());
-    // A number that is not a request is refused like any other wrong input.
+    // A number that is not a request is refused like other wrong input.
     return session.request(static_cast<io_request>(request), routine, header, data);
 }

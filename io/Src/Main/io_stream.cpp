@@ -1,4 +1,4 @@
-// The buffer between the library and a file: read ahead, or gather writes.
+// The buffer between the library and a file. It reads ahead, and gathers writes.
 #include "io/Src/Main/io_stream.h"
 
 #include <algorithm>
@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::size_t buffer_bytes = 256 * 1024;
 constexpr std::size_t page_bytes = 4096;
-constexpr std::size_t straight_bytes = 64 * 1024; // reads from here on pass the buffer by
-constexpr std::size_t first_ahead = 4096; // enough for a small dataset found by its index line
+constexpr std::size_t straight_bytes = 64 * 1024; // larger reads do not use the buffer
+constexpr std::size_t first_ahead = 4096; // enough for a small dataset after a look-up in the index
 
 } // namespace
 
@@ -47,7 +47,8 @@ std::size_t io_stream::buffered() const
 
 bool io_stream::fill()
 {
-    // Going on where the buffer ended, or a little after: who reads in order reads much.
+    // The read continues where the buffer ended, or a little after it. A client
+    // that reads in order reads much.
     std::int64_t skipped = position_ - (start_ + static_cast<std::int64_t>(used_));
     bool in_order = used_ > 0 && skipped >= 0 && skipped < static_cast<std::int64_t>(ahead_);
     ahead_ = in_order ? std::min(ahead_ * 2, buffer_bytes) : first_ahead;
@@ -142,7 +143,7 @@ bool io_stream::write(const void *from, std::size_t bytes)
 bool io_stream::gather(const void *from, std::size_t bytes)
 {
     if (bytes == 0) {
-        return true; // an empty array may have no address, and memcpy wants one
+        return true; // an empty array may have no address, but memcpy needs one
     }
     if (!dirty_) {
         forget();
@@ -160,8 +161,8 @@ bool io_stream::gather(const void *from, std::size_t bytes)
     return true;
 }
 
-/// Up to the next page of the file with what is gathered, the rest from the
-/// caller's memory: pages that are written whole cost a tenth less.
+/// Fills the current page of the file with the gathered bytes, and writes the
+/// rest from the caller's memory. Writing whole pages takes a tenth less time.
 bool io_stream::write_straight(const void *from, std::size_t bytes)
 {
     auto in_page = static_cast<std::size_t>(position_) % page_bytes;

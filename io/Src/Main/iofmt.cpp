@@ -1,4 +1,4 @@
-// Chooses format codes, and turns live ones into deleted marks and back.
+// Chooses format codes, and converts live ones to deleted marks and back.
 #include "io/Src/Main/iofmt.h"
 
 #include "io/Src/Main/container_format.h"
@@ -41,7 +41,8 @@ format_code iofmt_parse(std::string_view text)
     if (!text.empty() && iofmt_is_letter(text[0])) {
         format.letter = text[0];
     }
-    // "no digit" is a blank on disk, whatever was given for it; F takes no digit.
+    // "no digit" is a space on disk, whatever character was given. F has no
+    // digit.
     if (text.size() > 1 && is_digit(text[1]) && !format.formatted()) {
         format.second = text[1];
     }
@@ -82,7 +83,8 @@ int iofmt_choose(const io_reporter &report, io_env &env, std::string_view asked,
     if (forced != nullptr && *forced != '\0') {
         format = iofmt_parse(forced);
     } else if (!asked.empty()) {
-        // Unlike the variable's, a client's wrong letter is refused below.
+        // A wrong letter of a client is refused below; a wrong letter in the
+        // variable is not.
         format_code wrong = {asked[0], asked.size() > 1 ? asked[1] : ' '};
         format = iofmt_is_letter(asked[0]) ? iofmt_parse(asked) : wrong;
     } else {
@@ -125,7 +127,8 @@ std::vector<format_code> iofmt_restore(format_code mark)
         return {{mark.second, ' '}};
     }
     if (mark.has_digit()) {
-        // A digit without the bit after a small x: its letter tells the order.
+        // A digit without the bit after a small x: the letter gives the byte
+        // order.
         return {{mark.letter == 'x' ? 'l' : big, mark.second}};
     }
     auto plain = static_cast<char>(static_cast<unsigned char>(mark.second) & ~little_endian_bit);

@@ -15,14 +15,14 @@ constexpr const char *lock_suffix = ".lck";
 constexpr int fresh_attempts = 20;
 constexpr int fresh_wait_ms = 10;
 
-/// A lock file that another process has just made is empty until it writes its
-/// level: that is waited for. Bytes read, −1 on failure; `there` is false without
-/// a lock file.
+/// Reads a lock file. If another process has just made it, it is empty until that
+/// process writes its level; this function waits for that. Returns the bytes
+/// read, −1 on failure. `there` is false if there is no lock file.
 std::int64_t read_lock_text(io_env &env, const char *name, char (&text)[lock_text_max], bool &there)
 {
     for (int attempt = 0;; attempt++) {
         std::unique_ptr<io_file> lock = env.open(name, io_open::read);
-        // No lock file can have a name that is too long for one.
+        // A name that is too long for a lock file has no lock file.
         there = lock || (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
         std::int64_t got = lock ? lock->read_at(0, text, sizeof text) : -1;
         if (got != 0 || attempt == fresh_attempts) {
@@ -32,8 +32,8 @@ std::int64_t read_lock_text(io_env &env, const char *name, char (&text)[lock_tex
     }
 }
 
-/// Level of the lock file; nothing if there is no lock file. 21 if it cannot
-/// be read.
+/// The level in the lock file; no level if there is no lock file. Returns 21 if
+/// it cannot be read.
 [[nodiscard]] int read_level(open_file &file, std::optional<std::int32_t> &level)
 {
     std::string name = lock_file_name(file);
@@ -53,7 +53,7 @@ std::string level_text(std::int32_t level)
     return text += '\n';
 }
 
-/// One write of the whole text, and no moment without a number in the file:
+/// Writes the whole text at once, so that the file always contains a number:
 /// another process may be reading it.
 bool write_level(io_file &lock, std::int32_t level)
 {
@@ -132,7 +132,7 @@ bool write_level(io_file &lock, std::int32_t level)
     io_open how = level ? io_open::update : io_open::create_new;
     std::unique_ptr<io_file> lock = file.env->open(name.c_str(), how);
     if (!lock && !level && errno == EEXIST) {
-        // Another process was faster: what it holds counts.
+        // Another process made the lock file first, so its level counts.
         if (int code = read_level(file, level)) {
             return code;
         }
@@ -141,7 +141,7 @@ bool write_level(io_file &lock, std::int32_t level)
         }
     }
     if (!lock) {
-        // Readers of a folder that they may not write to are let in.
+        // Readers may open files in a folder in which they cannot write.
         file.report->trace("warning: unable to lock file %s for reading, continuing anyway",
                            file.name.c_str());
         file.lock_level = next;
@@ -160,7 +160,7 @@ bool write_level(io_file &lock, std::int32_t level)
     return IO_OK;
 }
 
-/// Of a file whose lock this process does not hold.
+/// For a file whose lock this process does not have.
 void trace_if_unlocked(const open_file &file)
 {
     const io_reporter &report = *file.report;
@@ -235,8 +235,8 @@ int release_lock(open_file &file)
     if (int code = read_level(file, level)) {
         return code;
     }
-    // Another reader would take the lock file away as the last one. The level that
-    // it finds then counts the holder whom nobody knows.
+    // Another reader would be the last one and would remove the lock file. The
+    // level in the file then counts the unknown holder.
     if (foreign && level && *level > 1) {
         return IO_OK;
     }

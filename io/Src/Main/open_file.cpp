@@ -14,9 +14,9 @@ namespace {
 constexpr std::int64_t info_tag_bytes = static_cast<std::int64_t>(IO_TAG_INFO.size()) + 1;
 constexpr int busy_attempts = 10;
 constexpr int busy_wait_ms = 2000;
-constexpr std::size_t size_line_part = 4096; // a longer line is read in parts
+constexpr std::size_t size_line_part = 4096; // a longer line is read in parts of this size
 
-/// Opens the stream as the access code has it; null with errno.
+/// Opens the stream with the given access code; null and errno on failure.
 std::unique_ptr<io_file> open_stream(open_file &file, char access, bool may_create)
 {
     const char *name = file.name.c_str();
@@ -34,7 +34,8 @@ std::unique_ptr<io_file> open_stream(open_file &file, char access, bool may_crea
     if (!stream && may_create) {
         int number = errno;
         file.report->trace("Failed to get read/write permission");
-        // Exclusive: what exists and cannot be opened must not be emptied.
+        // Exclusive, because a file that exists but cannot be opened must not be
+        // emptied.
         stream = file.env->open(name, io_open::create_new);
         if (!stream && errno == EEXIST) {
             errno = number;
@@ -43,8 +44,8 @@ std::unique_ptr<io_file> open_stream(open_file &file, char access, bool may_crea
     return stream;
 }
 
-/// The code of `work`, or 28 with a message that names the function whose
-/// memory gave out.
+/// The code of `work`. Without memory, 28 and a message with the name of the
+/// function.
 template <typename Work>
 [[nodiscard]] int guarded(const open_file &file, const char *function, Work work)
 {
@@ -59,7 +60,8 @@ template <typename Work>
 /// Undoes an opening; returns `code`.
 [[nodiscard]] int abandon(open_file &file, int code)
 {
-    // What the opening failed for is the code; nothing has been written yet.
+    // The code is the reason why the opening failed. Nothing has been written
+    // yet.
     if (file.io.stream) {
         static_cast<void>(file.io.stream.close());
     }
@@ -103,7 +105,7 @@ template <typename Work>
     return IO_OK;
 }
 
-/// Reads the line of the file size, whose length is the offset width.
+/// Reads the line of the file size. The length of the line is the offset width.
 [[nodiscard]] int read_recorded_size(open_file &file, std::int64_t &recorded)
 {
     const io_reporter &report = *file.report;
@@ -182,7 +184,8 @@ template <typename Work>
 [[nodiscard]] int write_size(open_file &file)
 {
     const io_reporter &report = *file.report;
-    // A shorter index than before would leave old bytes after the new end.
+    // If the index is shorter than the previous one, old bytes would remain after
+    // the new end.
     if (!file.io.stream.truncate(file.io.stream.tell())) {
         return report.zotsystemErr(io_write_code(), "iif_flush: can't go to end of file ");
     }
@@ -231,7 +234,7 @@ void trace_crash_tag(const open_file &file, crash_tag result)
     return write_size(file);
 }
 
-/// Locks, opens, reads what is needed; what it leaves on failure is for
+/// Locks, opens, and reads what is needed. After a failure, the caller calls
 /// abandon().
 [[nodiscard]] int iif_open_file(open_file &file, char access, open_options options)
 {
@@ -253,7 +256,7 @@ void trace_crash_tag(const open_file &file, crash_tag result)
     return read_container(file, options);
 }
 
-/// setfilebusyflag() once the file is open for writing.
+/// Like setfilebusyflag(), for a file that is open for writing.
 [[nodiscard]] int mark_busy(open_file &file)
 {
     if (file.lock_level > 1 || (file.lock_level == 1 && file.lock_was_zero)) {
@@ -286,7 +289,7 @@ void trace_crash_tag(const open_file &file, crash_tag result)
                                 " cause: Concurrent access by another program.\n",
                                 name.c_str(), busy_attempts);
         }
-        static_cast<void>(iif_close(file)); // only read so far; it is opened again
+        static_cast<void>(iif_close(file)); // the file was only read; it is opened again
         file.env->sleep(busy_wait_ms);
         open_options options;
         options.may_create = may_create;
@@ -318,7 +321,7 @@ int iif_open(open_file &file, const char *name, const char *access, open_options
                             access == nullptr ? "" : access);
     }
     io_env &env = *file.env;
-    std::string copy(name); // it may be this file's own
+    std::string copy(name); // the name may belong to this file
     file = open_file(env, report);
     file.name = std::move(copy);
     file.io.report = &report;

@@ -44,7 +44,7 @@ int iif_open_text(io_env &env, const io_reporter &report, const char *name, cons
     file.io.stream = io_stream(std::move(stream));
     std::int64_t size = kind == 'a' ? file.io.stream.size() : 0;
     if (!file.io.stream.seek(size)) {
-        static_cast<void>(file.io.stream.close()); // the seek is what failed
+        static_cast<void>(file.io.stream.close()); // only the failure of the seek is reported
         return report.zotsystemErr(IO_CANNOT_SEEK,
                                    "iif_open: can't go to the end of the file  %s\n", name);
     }

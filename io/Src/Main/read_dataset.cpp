@@ -41,7 +41,7 @@ std::int64_t tag_bytes(format_code format, std::string_view tag)
                               static_cast<long long>(length));
 }
 
-/// Everything is read in the stored type, then converted.
+/// Reads everything in the stored type, then converts it.
 [[nodiscard]] int read_converted(open_file &file, const data_shape &shape, const data_type &wanted,
                                  IO_data &data)
 {
@@ -119,8 +119,8 @@ int read_end_tag(open_file &file, format_code format)
     return IO_OK;
 }
 
-// 1. Parse both types; see whether one can be had from the other.
-// 2. Compare what the header claims with the file.
+// 1. Parse both types; check whether one can be converted to the other.
+// 2. Compare the sizes that the header claims with the file.
 int plan_reading(open_file &file, const located_start &start, std::string_view asked,
                  reading_plan &plan)
 {
@@ -141,7 +141,7 @@ int plan_reading(open_file &file, const located_start &start, std::string_view a
     return check_data_claim(file.io, plan.stored);
 }
 
-// 1. Say how much room is needed; end there if the client has less.
+// 1. Report how much room is needed; stop if the client has less.
 // 2. Read, converting if needed, and check that the end tag follows.
 int read_planned(open_file &file, const located_start &start, const reading_plan &plan,
                  IO_data &data)

@@ -13,7 +13,7 @@ void put_text(char *to, const std::string &text)
     std::memcpy(to, text.c_str(), text.size() + 1);
 }
 
-/// 14 if there are more attributes than slots.
+/// Returns 14 if there are more attributes than slots.
 [[nodiscard]] int put_attributes(const std::vector<std::string> &attributes, IO_header &header)
 {
     auto count = static_cast<std::int32_t>(attributes.size());
@@ -41,7 +41,8 @@ void put_format(format_code format, char *to)
     }
 }
 
-/// read_data_as(). `asks` says that code 14 is a question for room, not a failure.
+/// Calls read_data_as(). `asks` says that code 14 is a request for room, not a
+/// failure.
 [[nodiscard]] int read_or_ask(open_file &file, const located_start &start, std::string_view asked,
                               IO_data &data, bool &asks)
 {
@@ -54,7 +55,7 @@ void put_format(format_code format, char *to)
     return read_planned(file, start, plan, data);
 }
 
-/// Copies the values of elements `first` … `first + count` out of whole arrays.
+/// Copies the values of elements `first` to `first + count` from whole arrays.
 void copy_elements(const IO_data &from, const data_type &type, std::int64_t first,
                    std::int64_t count, IO_data &to)
 {
@@ -168,7 +169,8 @@ int io_session::read_block(IO_header &header, IO_data &data)
     if (int code = check_open(primary_, "primary")) {
         return code;
     }
-    // One compressed stream gives its blocks only as a whole: kept for the next.
+    // A compressed stream must be read as a whole, so its blocks are kept for the
+    // next read.
     if (!blocks_ || blocks_->start.position != data.offsets[0]) {
         blocks_.reset();
         if (int code = load_blocks(data.offsets[0])) {

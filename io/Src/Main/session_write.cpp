@@ -19,7 +19,7 @@ dataset_header take_header(const IO_header &header)
     std::int32_t attributes = header.attribute_count != nullptr ? *header.attribute_count : 0;
     for (std::int32_t i = 0; i < attributes; i++) {
         const char *slot = header.attributes + i * IO_STRING_SLOT;
-        // A slot without a NUL holds a character too many.
+        // A slot without a NUL has one character too many.
         taken.attributes.emplace_back(zottrimEnd({slot, strnlen(slot, IO_STRING_SLOT)}));
     }
     taken.type = zottrimEnd(header.type);
@@ -89,13 +89,14 @@ int io_session::write_data_here(const IO_data &data)
         return report_.error(IO_BAD_FORMAT, "iocnt: no dataset header has been written\n");
     }
     if (!arrays_hold(data, total_counts(begun_->shape.type, begun_->shape.count))) {
-        // Nothing is lost yet: the client may come again with more.
+        // Nothing is lost yet: the client may send the request again with more
+        // data.
         return report_.error(IO_NO_ROOM, "write_data: not enough data for the element count\n");
     }
     int code = primary_.io.stream.seek(begun_->next) ? write_data(primary_.io, begun_->shape, data)
                                                      : IO_CANNOT_SEEK;
     if (code != IO_OK) {
-        static_cast<void>(abort_dataset(primary_, begun_->pending, code)); // gives it back
+        static_cast<void>(abort_dataset(primary_, begun_->pending, code)); // returns the same code
         begun_.reset();
         return add_line(code, "iocnt: write data failed\n");
     }
@@ -157,7 +158,7 @@ int io_session::write_compressed_data(const IO_header &header, IO_data &data)
 
 int io_session::delete_datasets(const IO_header &header)
 {
-    // A deletion must not make the file that it finds nothing in.
+    // A deletion must not create a file.
     if (int code = make_busy(primary_, "primary", IO_DELETE_PRIMARY_DS, false)) {
         return code;
     }

@@ -18,13 +18,13 @@ std::string_view cut_string(std::string_view text)
     return zottrimEnd(text.substr(0, text.find_first_of({ends, sizeof ends})));
 }
 
-/// What would end an item or a line is written as a blank.
+/// A character that would end an item or a line is written as a space.
 char plain_char(char c)
 {
     return c == '\n' || c == IO_ESC || c == '\0' ? ' ' : c;
 }
 
-/// Where the next value of each type is in the arrays.
+/// The place of the next value of each type in the arrays.
 class array_cursor
 {
 public:
@@ -141,7 +141,7 @@ void append_entry(std::string &line, const type_entry &entry, const IO_data &dat
     return IO_OK;
 }
 
-/// The most that a record's line may take.
+/// The greatest length of a record's line.
 std::size_t line_limit(const data_type &type)
 {
     std::int64_t sum = 0;
@@ -203,7 +203,7 @@ std::size_t line_limit(const data_type &type)
     return got == bytes ? IO_OK : zotshortRead(io, "read_data", got, bytes);
 }
 
-/// Writes or reads the values of an entry, numbers in the dataset's byte order.
+/// Writes or reads the values of an entry; numbers have the dataset's byte order.
 [[nodiscard]] int write_entry(zot_io &io, const data_shape &shape, const type_entry &entry,
                               const IO_data &data, std::int64_t start)
 {

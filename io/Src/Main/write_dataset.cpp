@@ -1,12 +1,12 @@
-// Begins, ends and gives up a dataset; its lengths are written last.
+// Begins, ends and aborts a dataset. Its lengths are written last.
 #include "io/Src/Main/write_dataset.h"
 
 #include "io/Src/Main/compressed_data.h"
 
 namespace {
 
-/// Element count times element size; everything above the limit that matters
-/// is as good as the limit.
+/// Element count times element size. Every result above the limit is treated like
+/// the limit.
 std::int64_t data_bytes(const data_type &type, std::int32_t count)
 {
     std::int64_t bytes = type.bytes();
@@ -54,7 +54,7 @@ std::int64_t data_bytes(const data_type &type, std::int32_t count)
     return IO_OK;
 }
 
-/// The second length and the tag after it, then the first length.
+/// Writes the second length and the tag after it, then the first length.
 [[nodiscard]] int write_lengths(open_file &file, const pending_dataset &pending)
 {
     const io_reporter &report = *file.report;
@@ -119,7 +119,8 @@ int prepare_dataset(open_file &file, std::string_view asked_format, dataset_head
         return code;
     }
     if (!shape.format.live()) {
-        // Refused before a byte is written; the writer of offsets says it best.
+        // Refused before a byte is written. The writer of offsets has the best
+        // message.
         int code = zotwriteOffset(file.io, shape.format, 0);
         return report.error(code, "write_dataset: can't write dataset length\n");
     }
@@ -159,7 +160,7 @@ int abort_dataset(open_file &file, const pending_dataset &pending, int code)
 {
     const io_reporter &report = *file.report;
     report.trace("write_dataset aborting");
-    // What the partial dataset takes may be all the room there was for the index.
+    // The partial dataset may use the only room that there was for the index.
     switch (put_crash_tag(file, pending.position, pending.format)) {
     case crash_tag::written:
         break;

@@ -1,4 +1,4 @@
-// Numbers in columns or binary words: writer and reader of each type.
+// Numbers in columns or binary words: the writer and the reader of each type.
 #include "io/Src/Main/zot_numbers.h"
 
 #include "io/Src/Main/byte_order.h"
@@ -65,7 +65,7 @@ void append_aligned(std::string &line, const char *text, std::size_t length, std
     line.append(text, length);
 }
 
-/// Writes `count` fields, `per_line` a line; append(line, i) adds the i-th.
+/// Writes `count` fields, `per_line` in each line; append(line, i) adds the i-th.
 template <typename Append>
 [[nodiscard]] int write_fields(zot_io &io, std::int64_t count, int per_line, Append append)
 {
@@ -89,8 +89,8 @@ template <typename Append>
                             line.c_str());
 }
 
-/// Reads lines until `count` values are there; split(line, i, room, n) puts
-/// the values of a line from the i-th on and sets their number.
+/// Reads lines until there are `count` values. split(line, i, room, n) stores the
+/// values of a line from the i-th on, and sets their number.
 template <typename Split>
 [[nodiscard]] int read_fields(zot_io &io, const char *function, std::int64_t count, Split split)
 {
@@ -143,7 +143,7 @@ private:
             count_ = index;
             return true;
         }
-        // What failed once from here fails again: no more than one try a place.
+        // A failure from this place repeats, so each place is tried only once.
         if (index == room_ || dead_[position]) {
             return false;
         }
@@ -201,7 +201,7 @@ template <typename Real>
     return read_fields(io, function, count, split);
 }
 
-/// Characters up to the next multiple of `width`.
+/// Number of characters up to the next multiple of `width`.
 std::size_t padding(std::size_t length, std::size_t width)
 {
     return (width - length % width) % width;
@@ -229,7 +229,7 @@ void zotappendReal(std::string &line, double value)
     char *end =
         std::to_chars(digits, digits + sizeof digits, value, std::chars_format::scientific, places)
             .ptr;
-    // As "%E" has it: capital letters, also of INF and NAN.
+    // Like "%E": capital letters, also in INF and NAN.
     std::transform(digits, end, digits, [](char c) {
         return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
     });
@@ -390,7 +390,7 @@ int zotreadLogl(zot_io &io, format_code format, std::uint8_t *values, std::int64
             if (split_fields(line, values + first, room, got, zotparseLogl)) {
                 return true;
             }
-            // A word at the left of the last field, whose blanks are not there.
+            // A word at the left of the last field, without the spaces after it.
             std::string padded(line);
             padded.append(padding(line.size(), IO_INTEGER_WIDTH), ' ');
             return split_fields(padded, values + first, room, got, zotparseLogl);

@@ -1,4 +1,4 @@
-// Strings and offsets: writer and reader of each form.
+// Strings and offsets: the writer and the reader of each form.
 #include "io/Src/Main/zot_primitives.h"
 
 #include "io/Src/Main/byte_order.h"
