@@ -1,4 +1,4 @@
-// The changes of a database that an edit means, one function for each kind.
+// The changes of a database for an edit, one function for each kind of edit.
 #include "veltext/applyEdit.h"
 
 #include "velapilt/src/velapilt.h"
@@ -34,7 +34,7 @@ void place(velHandle *handle, const std::string &path, int position)
     require(velPlaceChild(handle, path.c_str(), static_cast<std::uint32_t>(position)), path);
 }
 
-/// The place that a new item gets among the siblings that are there.
+/// The place that a new item gets among its siblings.
 int placeOfNew(velHandle *handle, const Edit &edit)
 {
     const velNode *parent = velFindFullPath(handle, parentOf(edit.path).c_str());

@@ -23,7 +23,7 @@ bool isLink(const std::string &file)
 }
 
 /// Whether a file may be moved. Devices, pipes and the links in /dev to open
-/// files belong to the system. A missing file passes; the move then fails.
+/// files belong to the system. True for a missing file; the move then fails.
 bool isMovable(const std::string &file)
 {
     struct stat status = {};
@@ -48,14 +48,14 @@ bool moveTo(const std::string &backup, const std::string &file)
                      : std::rename(file.c_str(), backup.c_str()) == 0) {
         return true;
     }
-    // An earlier save that failed may have moved it already.
+    // An earlier save that failed may have moved the file already.
     std::error_code unknown;
     const bool isGone = !std::filesystem::exists(file, unknown);
     return isGone && std::filesystem::exists(backup, unknown);
 }
 
-/// Adds a second name for the same file, which costs nothing. Where the file
-/// system refuses that, for example for files of other users, makes a copy.
+/// Adds a second name for the same file, which costs nothing. If the file system
+/// refuses that, for example for files of other users, makes a copy.
 void addName(const std::string &backup, const std::string &file)
 {
     TemporaryFile temporary(backup, backup);

@@ -10,7 +10,8 @@ namespace veltext {
 
 namespace {
 
-/// The kinds by their numbers. Kept as it is: journals on the disk depend on it.
+/// The kinds in the order of their numbers. Kept: journals on the disk depend on
+/// it.
 constexpr Edit::Kind kinds[] = {
     Edit::Kind::SetValue,  Edit::Kind::AddParameter, Edit::Kind::DeleteParameter,
     Edit::Kind::AddObject, Edit::Kind::DeleteObject, Edit::Kind::ReplaceObject,

@@ -1,4 +1,4 @@
-// Locks a file, and tries again if its name belongs to another file by then.
+// Locks a file, and tries again if its name then belongs to another file.
 #include "veltext/fileLock.h"
 
 #include "veltext/error.h"
@@ -46,7 +46,7 @@ FileLock::~FileLock()
     close();
 }
 
-/// Throws the reason why the file cannot be locked, also if it no longer exists.
+/// Throws the reason why the file cannot be locked, even if it no longer exists.
 void FileLock::open(const std::string &file)
 {
     if (stat(file.c_str(), &status_) != 0) {
@@ -60,7 +60,7 @@ void FileLock::open(const std::string &file)
     if (error) {
         throw systemError(file, error.value());
     }
-    // If the name belongs to a pipe by now, opening must not wait.
+    // If the name belongs to a pipe now, opening must not wait.
     descriptor_ = ::open(target_.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
     if (descriptor_ < 0) {
         throw systemError(file, errno);

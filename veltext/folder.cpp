@@ -19,7 +19,8 @@ void flushFolderOf(const std::string &file)
     if (descriptor < 0) {
         return;
     }
-    // Some file systems refuse this; nothing more can be done for the data then.
+    // Some file systems refuse this. In that case nothing more can be done for
+    // the data.
     static_cast<void>(fsync(descriptor));
     close(descriptor);
 }

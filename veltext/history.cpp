@@ -7,7 +7,7 @@
 // 3. The file is compressed. If the last version has the same content, the new version
 //    replaces it; if an older version has, the new one shares its object.
 // 4. A new object is written.
-// 5. The index is replaced, without the versions that are not kept any longer.
+// 5. The index is replaced, without the versions that are no longer kept.
 // 6. Objects that the index does not name are removed.
 //
 // If the program is killed at any moment, all objects of the index exist.

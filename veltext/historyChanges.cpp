@@ -1,4 +1,5 @@
-// Reads the versions from the newest to the oldest, and compares neighbours.
+// Reads the versions from the newest to the oldest, and compares each with the
+// next.
 #include "veltext/historyChanges.h"
 
 #include "veltext/veltext.h"
@@ -7,7 +8,8 @@ namespace veltext {
 
 namespace {
 
-/// The limit, because the compared text grows with the square of the levels.
+/// A limit, because the size of the compared text grows with the square of the
+/// levels.
 constexpr std::int32_t mostLevels = 10'000;
 
 using Text = std::optional<CommandText>;

@@ -156,7 +156,7 @@ private:
             return takeFormat(words);
         }
         if (kind == fileWord) {
-            return true; // for people
+            return true; // only people read this line
         }
         if (kind == versionWord) {
             return takeVersion(words);

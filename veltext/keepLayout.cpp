@@ -51,10 +51,11 @@ std::string withNewNames(const SourceText &text, const std::vector<PathChange> &
     return names.bytes();
 }
 
-/// Adds the objects that `wanted` does not have and that stay, with all in them.
+/// Adds the objects that `wanted` does not have and that stay, with everything in
+/// them.
 void addWhatStays(const TreeData &before, const StaysAsItIs &stays, TreeData *wanted)
 {
-    std::string kept; // all below it stays too
+    std::string kept; // everything below it stays too
     for (const TreeData::Item &item : before.items()) {
         if (!kept.empty() && isBelow(item.path, kept)) {
             wanted->add(item);
@@ -65,8 +66,8 @@ void addWhatStays(const TreeData &before, const StaysAsItIs &stays, TreeData *wa
     }
 }
 
-/// Why the edited text does not have the data. The database keeps every text as a value,
-/// a file does not.
+/// Why the edited text does not have the data. The database accepts every text as
+/// a value; a file does not.
 std::string reasonFor(const TreeData &before, const TreeData &wanted)
 {
     for (const TreeData::Item &item : wanted.items()) {
@@ -110,7 +111,7 @@ Moves movesIn(const std::vector<PathChange> &changes)
     return moves;
 }
 
-// 1. New names are put into the text, in place of the old names.
+// 1. In the text, new names replace the old names.
 // 2. All other differences of the data are edited into that text.
 // 3. The result is read again.
 std::string keepLayout(const SourceText &text, TreeData wanted,

@@ -27,8 +27,8 @@ bool hasColonInName(const std::string &file)
     return std::filesystem::path(file).filename().string().find(':') != std::string::npos;
 }
 
-/// The text to add to the message about a library that cannot be read. The first
-/// library that cannot be read has caused the message.
+/// The text to add to the message about a library that cannot be read. The
+/// message is about the first such library.
 std::string placeOfRefusal(const std::vector<std::string> &files)
 {
     const velHandlePtr handle(velCreateHandle());

@@ -3,8 +3,8 @@
 // 1. If two versions have the same bytes, the result is clear at once.
 // 2. Comparing the trees gives the steps: changes to take, and conflicts.
 // 3. The steps edit the text of OURS; the rest of the text does not change.
-// 4. The result is read again, once with each side of the conflicts. If the data
-//    is not the wanted data, the whole file becomes one conflict.
+// 4. The result is read again, once with each side of the conflicts. If its data
+//    differs from the wanted data, the whole file becomes one conflict.
 #include "veltext/mergeText.h"
 #include "veltext/veltext.h"
 
@@ -60,7 +60,7 @@ bool take(const std::vector<MergeStep> &steps, StepKind kind, const MergeTrees &
     return isAny;
 }
 
-/// Whether the merged text gives the wanted data. Changes the tree of OURS: first
+/// Whether the merged text gives the wanted data. Changes the tree of OURS, first
 /// by the clear steps, then by the conflicts.
 bool isAsWanted(const MergedText &merged, const MergeTrees &trees,
                 const std::vector<MergeStep> &steps)

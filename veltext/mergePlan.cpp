@@ -33,7 +33,8 @@ bool areSame(const Side &a, const Side &b, const std::string &path)
     return haveSameData(a.tree, a.node, b.tree, b.node, path);
 }
 
-/// Whether the later side has a node that the former does not have, or another value.
+/// Whether the later side has a node that the earlier does not have, or another
+/// value.
 bool hasNews(const Side &former, const Side &later, const std::string &path)
 {
     bool isNew = false;
@@ -126,7 +127,8 @@ private:
         if (areSame(ours, theirs, path) || areSame(base, theirs, path)) {
             return;
         }
-        // OURS deleted the whole object, THEIRS only parts of it: OURS is right.
+        // OURS deleted the whole object, and THEIRS deleted only parts of it:
+        // OURS is right.
         if (ours.node == nullptr && !hasNews(base, theirs, path)) {
             return;
         }
@@ -148,7 +150,7 @@ private:
     }
 
     const MergeTrees &trees_;
-    std::deque<Level> levels_; ///< still to be compared
+    std::deque<Level> levels_; ///< levels that are not compared yet
     std::vector<MergeStep> steps_;
 };
 

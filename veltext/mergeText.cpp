@@ -55,7 +55,8 @@ bool isCommentLine(std::string_view line)
     return velTrim(line).starts_with('#');
 }
 
-/// A node and everything below it as text. `indent` is that of the first line.
+/// A node and everything below it as text. `indent` is the indent of the first
+/// line.
 std::string blockText(velHandle *tree, const velNode *node, const std::string &indent,
                       const std::string &lineEnd)
 {
@@ -142,7 +143,7 @@ private:
             isParam(trees_.ours, step.ours) && isParam(trees_.theirs, step.theirs);
         for (const Place &place : places) {
             const bool isLast = &place == &places.back();
-            // Of several assignments only the last one counts.
+            // If there are several assignments, only the last one counts.
             if (areParams && !isLast) {
                 continue;
             }
@@ -204,7 +205,7 @@ private:
         return linesOf(texts_.theirs, lines, lineEnd_);
     }
 
-    /// Comments directly above a new statement are taken with it, unless OURS
+    /// Comments directly above a new statement are copied with it, unless OURS
     /// already has them.
     [[nodiscard]] std::size_t firstCommentAbove(std::size_t line) const
     {
@@ -225,7 +226,7 @@ private:
     std::vector<LineEdit> edits_;
 };
 
-/// Joins pieces of text, each of which begins on a new line.
+/// Joins pieces of text. Each piece begins on a new line.
 class LineJoiner
 {
 public:
@@ -258,7 +259,7 @@ private:
     std::string lineEnd_;
 };
 
-/// The comments of a text, without the blanks around them.
+/// The comments of a text, without the white space around them.
 std::vector<std::string> commentsOf(const SourceText &source)
 {
     std::vector<std::string> comments;

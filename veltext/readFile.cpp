@@ -1,4 +1,4 @@
-// Reads files of any kind block by block.
+// Reads files of any kind in blocks.
 #include "veltext/readFile.h"
 
 #include "veltext/error.h"

@@ -1,5 +1,5 @@
-// Removes versions: of those older than a day all but the last of each day, then those
-// beyond the limits.
+// Removes versions. Of the versions that are older than a day, keeps only the
+// last one of each day. Then removes the versions beyond the limits.
 #include "veltext/retention_p.h"
 
 #include "veltext/history.h"

@@ -18,10 +18,10 @@ namespace {
 constexpr mode_t ownerOnly = 0700;
 constexpr mode_t othersBits = 0077;
 
-/// As much of a file's name as leaves room for the number.
+/// The longest part of a file's name that leaves room for the number.
 constexpr std::size_t longestName = 200;
 
-/// FNV-1a with 64 bits. Kept as it is: the folders of all users depend on it.
+/// FNV-1a with 64 bits. Kept: the folders of all users depend on it.
 std::uint64_t pathNumber(const std::string &path)
 {
     std::uint64_t number = 0xcbf29ce484222325U;

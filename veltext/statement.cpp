@@ -20,7 +20,7 @@ std::size_t findComment(std::string_view text)
     return text.size();
 }
 
-/// The text trimmed, with each run of white space as one blank.
+/// The trimmed text, with each run of white space as one space.
 std::string singleBlanks(std::string_view text)
 {
     std::string result;

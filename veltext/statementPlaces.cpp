@@ -15,9 +15,9 @@ class OpenBlocks
 public:
     struct Block
     {
-        std::size_t pathLength; ///< of the path around the block
+        std::size_t pathLength; ///< length of the path around the block
         const velNode *node;
-        Place place; ///< its end is not known until the block is closed
+        Place place; ///< its end is unknown until the block is closed
     };
 
     /// `handle` is null if the node is not wanted.

@@ -19,7 +19,7 @@ std::optional<std::string> owned(const char *value)
     return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
 }
 
-/// Whether the database has the node for its rules alone.
+/// Whether the database has the node only because of its rules.
 bool isOfLibrary(velHandle *data, const Difference &found)
 {
     return found.kind == DifferenceKind::Added && isLibrary(data, found.path.c_str()) == 1;

@@ -64,8 +64,8 @@ private:
         return source_.lineStart(lines.first + lines.count);
     }
 
-    /// New assignments go after the last assignment of the block, new objects to
-    /// its end: the order in which authors write a block.
+    /// New assignments go after the last assignment of the block, and new objects
+    /// go to its end: this is the order in which authors write a block.
     void insert(Index node, const std::vector<std::string> &paths)
     {
         const Index header = edit_.tree_.node(node).last;
@@ -170,7 +170,7 @@ private:
         std::string result;
         std::size_t done = 0;
         for (const Splice &splice : splices_) {
-            if (splice.begin < done) { // inside a block that was removed
+            if (splice.begin < done) { // it is inside a removed block
                 continue;
             }
             result.append(source_.bytes(), done, splice.begin - done);
@@ -181,8 +181,8 @@ private:
         return result;
     }
 
-    /// If the last line of the text has no line end, new lines after it end
-    /// without one, too.
+    /// If the last line of the text has no line end, the last of the lines added
+    /// after it has none either.
     void append(const Splice &splice, std::string *result) const
     {
         const bool isInsertion = splice.begin == splice.end && splice.text.ends_with('\n');
@@ -197,7 +197,7 @@ private:
 
     const TextEdit &edit_;
     const SourceText &source_;
-    std::string lineEnd_; ///< of new lines
+    std::string lineEnd_; ///< for new lines
     std::vector<Splice> splices_;
 };
 

@@ -13,7 +13,7 @@ namespace veltext {
 
 namespace {
 
-/// Seven or more equal characters at the start, followed by a blank or nothing.
+/// Seven or more equal characters at the start, followed by a space or nothing.
 bool isConflictMarker(std::string_view line)
 {
     if (line.empty() || std::string_view("<|=>").find(line[0]) == std::string_view::npos) {

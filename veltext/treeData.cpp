@@ -24,7 +24,7 @@ bool isSameKind(const TreeData::Item &a, const TreeData::Item &b)
 
 void removeWhatIsGone(const TreeData &before, const TreeData &after, TextEdit *edit)
 {
-    std::string removed; // removes everything below it, too
+    std::string removed; // removes everything below it too
     for (const TreeData::Item &item : before.items()) {
         if (isBelow(item.path, removed)) {
             continue;

@@ -120,7 +120,7 @@ private:
     const std::string &pathOf(const velNodeInfo &child)
     {
         if (!startIsOpen_) {
-            startIsOpen_ = true; // `path_` already is the path of the start
+            startIsOpen_ = true; // `path_` is already the path of the start
         } else {
             path_.append(1, '/').append(velComponentOf(child));
         }
@@ -129,7 +129,7 @@ private:
 
     velHandle *old_;
     velHandle *new_;
-    std::string path_; ///< of the current object, or of its child during a report
+    std::string path_; ///< path of the current object, or of its child during a report
     const DifferenceVisitor &visit_;
     bool startIsOpen_ = false;
     std::vector<Level> open_;

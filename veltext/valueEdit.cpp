@@ -21,7 +21,7 @@ struct TextRange
     std::size_t end = 0;
 };
 
-/// The range without the blanks at its ends.
+/// The range without the white space at its ends.
 TextRange trimmed(std::string_view text, TextRange range)
 {
     const std::string_view kept = velTrim(text.substr(range.begin, range.end - range.begin));
@@ -37,10 +37,10 @@ TextRange findValue(const Statement &statement)
 /// How the lines of a continued statement look.
 struct Style
 {
-    std::size_t width = 0; ///< of the longest line, its backslash included
+    std::size_t width = 0; ///< of the longest line, including its backslash
     std::string indent;    ///< of the continuation lines
     std::string lineEnd;
-    bool entryEach = false; ///< every continued line ends one list entry
+    bool entryEach = false; ///< every continued line ends with one list entry
 };
 
 std::size_t lineOf(const SourceText &source, LineRange lines, std::size_t position)
@@ -83,7 +83,8 @@ public:
         findStyle(old);
     }
 
-    /// The text that replaces the old value from the byte `*keptUntil` on.
+    /// The text that replaces the old value from position `*keptUntil` of the
+    /// source on.
     std::string wrap(std::string_view value, std::size_t *keptUntil) const
     {
         const std::size_t kept = keptPieces(&value);
@@ -154,7 +155,7 @@ private:
 
     /// Removes the old pieces from the beginning of the value, and counts them.
     /// The last piece is never kept, because no '\' follows it. A line cannot
-    /// begin with a blank of the value: it would be read as indent.
+    /// begin with a space of the value: a reader would take it for the indent.
     std::size_t keptPieces(std::string_view *value) const
     {
         std::size_t kept = 0;
@@ -195,7 +196,8 @@ private:
         return best;
     }
 
-    /// Whether an entry ends before `i`: after a comma and the blank that may follow.
+    /// Whether an entry ends before `i`: after a comma and the space that may
+    /// follow.
     static bool endsEntry(std::string_view value, std::size_t i)
     {
         if (value[i - 1] == ',') {
@@ -206,12 +208,12 @@ private:
 
     const SourceText &source_;
     const Statement &statement_;
-    std::vector<TextRange> pieces_; ///< of the old value, one for each line
+    std::vector<TextRange> pieces_; ///< the pieces of the old value, one for each line
     Style style_;
 };
 
-/// Inserts a value if there is none: with one blank after the '=', which may
-/// exist already, and one before a comment.
+/// Inserts a value if there is none: with one space after the '=', which may
+/// exist already, and one space before a comment.
 Splice firstValue(const SourceText &source, std::size_t afterEquals, std::string_view value)
 {
     const std::string_view rest = std::string_view(source.bytes()).substr(afterEquals);
@@ -255,7 +257,7 @@ Splice valueSplice(const SourceText &source, LineRange lines, std::string_view v
     readStatement(source, lines.first, Positions::Keep, &statement);
     const TextRange old = findValue(statement);
     std::string_view guard = guardOf(value);
-    if (statement.comment < statement.text.size()) { // the comment does the same, after a blank
+    if (statement.comment < statement.text.size()) { // the comment guards it, after a space
         guard = guard.substr(0, old.end == statement.comment ? 1 : 0);
     }
     if (old.begin == old.end) {
@@ -283,8 +285,8 @@ Splice componentSplice(const SourceText &source, LineRange lines, std::string_vi
     const velComponentParts parts = velSplitComponent(component);
     std::string renamed(parts.type);
     std::size_t end = first.end;
-    // A singleton may be written as "TYPE: TYPE". It would become an object if only
-    // the first word were renamed.
+    // A singleton may be written as "TYPE: TYPE". If only the first word were
+    // renamed, it would become an object.
     const TextRange name = trimmed(text, {sign + 1, statement.comment});
     if (!isParameter && !parts.hasColon && name.begin < name.end) {
         renamed.append(text, first.end, name.begin - first.end).append(component);

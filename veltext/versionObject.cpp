@@ -17,10 +17,11 @@ namespace {
 
 constexpr std::size_t blockSize = 1U << 18U;
 
-/// A save waits for it. The usual level takes more than twice as long to save a fifth.
+/// A save waits for the compression. The usual level saves a fifth of the size,
+/// but takes more than twice as long.
 constexpr int level = Z_BEST_SPEED;
 
-constexpr int gzipWindow = MAX_WBITS + 16; ///< zlib's sign for the gzip format
+constexpr int gzipWindow = MAX_WBITS + 16; ///< this is how zlib selects the gzip format
 constexpr int usualMemory = 8;
 constexpr int unknownSystem = 255;
 
@@ -29,7 +30,7 @@ constexpr std::size_t fixedHeader = 10;
 constexpr std::size_t flagsAt = 3;
 constexpr char commentFlag = 0x10;
 
-/// As much of a program's name as is read again.
+/// The longest part of a program's name that is read again.
 constexpr std::size_t longestProgram = 256;
 
 Bytef *bytesOf(std::string &text)
@@ -37,7 +38,7 @@ Bytef *bytesOf(std::string &text)
     return reinterpret_cast<Bytef *>(text.data());
 }
 
-/// A stream of zlib that is ended with the object.
+/// A zlib stream that the destructor ends.
 class Deflater
 {
 public:
@@ -82,7 +83,7 @@ private:
     std::string result_;
 };
 
-/// Likewise, for expanding.
+/// Like Deflater, but expands.
 class Inflater
 {
 public:
@@ -91,7 +92,7 @@ public:
         if (inflateInit2(&stream_, gzipWindow) != Z_OK) {
             throw std::bad_alloc();
         }
-        // zlib changes nothing there.
+        // zlib does not change these bytes.
         stream_.next_in = const_cast<Bytef *>(reinterpret_cast<const Bytef *>(object.data()));
         header_.comment = bytesOf(comment_);
         header_.comm_max = static_cast<uInt>(comment_.size() - 1);
@@ -101,7 +102,7 @@ public:
     Inflater(const Inflater &) = delete;
     Inflater &operator=(const Inflater &) = delete;
 
-    /// Whether the object is whole, and nothing comes after it.
+    /// Whether the object is complete, and nothing comes after it.
     bool run(const ContentSink &sink)
     {
         std::string block(blockSize, '\0');
@@ -136,7 +137,7 @@ private:
     std::string comment_ = std::string(longestProgram, '\0');
 };
 
-/// All after the header, if it is one of ours.
+/// Everything after the header, if it is one of our headers.
 std::string_view withoutHeader(std::string_view object)
 {
     if (object.size() <= fixedHeader || object[flagsAt] != commentFlag) {

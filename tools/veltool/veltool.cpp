@@ -7,8 +7,9 @@
 
 namespace {
 
-/// Opens /dev/null for standard streams that the caller closed, so that no file of the
-/// user gets their number. The wrong direction makes every use of them fail.
+/// Opens /dev/null for the standard streams that the caller closed. Otherwise a
+/// file of the user would get their number. The wrong direction makes every use
+/// of them fail.
 void occupyStandardStreams()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -23,7 +24,8 @@ void occupyStandardStreams()
 int main(int count, char **words)
 {
     occupyStandardStreams();
-    // A closed pipe or a file that is too large then gives a message and a status.
+    // Then a closed pipe or a file that is too large gives a message and a
+    // status.
     velEditor::ignoreWriteSignals();
     const veltool::Words arguments(words + (count > 0 ? 1 : 0), words + count);
     return veltool::runCommandLine(arguments);

@@ -1,5 +1,5 @@
-// Makes backups in both ways, in a new folder, and checks names and contents
-// afterwards; also the cases in which no backup is made.
+// Makes backups in both ways in a new folder, and then checks names and contents.
+// Also tests the cases in which no backup is made.
 #include "veltext/backup.h"
 
 #include "veltext/error.h"

@@ -1,4 +1,4 @@
-// Histories with damaged files: what is intact is used, the rest is reported.
+// Histories with damaged files: intact data is used, and the rest is reported.
 #include "veltext/history.h"
 
 #include "veltext/historyIndex_p.h"
@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 using Texts = std::vector<std::string>;
 
-/// A history with four versions of three contents: b is there twice.
+/// A history with four versions and three contents: b is in two of them.
 class HistoryDamageTest : public testing::Test
 {
 protected:
@@ -57,7 +57,7 @@ TEST_F(HistoryDamageTest, AnIndexOfAnyLengthLosesNoContent)
                                   "beside it"})
             << length;
     }
-    writeStored("index", index_.substr(0, index_.size() - 1)); // all but the last line end
+    writeStored("index", index_.substr(0, index_.size() - 1)); // without the last line end
     EXPECT_EQ(folder_.contents(), all_);
     EXPECT_TRUE(faults().empty());
 }
@@ -87,7 +87,7 @@ TEST_F(HistoryDamageTest, AMissingIndexIsMadeFromTheObjects)
                                  "beside it"});
 }
 
-TEST_F(HistoryDamageTest, LostVersionsComeBackInTheirOrder)
+TEST_F(HistoryDamageTest, LostVersionsAreRestoredInTheirOrder)
 {
     folder_.keep("d = 4\n");
     const std::string index = readBytes(folder_.stored("index"));
@@ -111,7 +111,7 @@ TEST_F(HistoryDamageTest, TheNextVersionRepairsIt)
     EXPECT_EQ(folder_.keep("e = 5\n"), "");
 }
 
-TEST_F(HistoryDamageTest, AnObjectCutShortCostsItsVersions)
+TEST_F(HistoryDamageTest, ATruncatedObjectLosesOnlyItsVersions)
 {
     const std::string object = readBytes(folder_.stored("2.gz"));
     for (std::size_t length = 0; length < object.size(); ++length) {
@@ -125,7 +125,7 @@ TEST_F(HistoryDamageTest, AnObjectCutShortCostsItsVersions)
     EXPECT_EQ(faults(), Texts{folder_.stored("2.gz") + ": is missing; the version in it is lost"});
 }
 
-TEST_F(HistoryDamageTest, AFlippedByteOfAnObjectIsNeverAWrongContent)
+TEST_F(HistoryDamageTest, AFlippedByteOfAnObjectNeverGivesAWrongContent)
 {
     const std::string object = readBytes(folder_.stored("2.gz"));
     for (std::size_t place = 0; place < object.size(); ++place) {
@@ -160,7 +160,7 @@ TEST_F(HistoryDamageTest, AContentWhoseObjectIsDamagedIsStoredAgain)
     EXPECT_EQ(folder_.contents(), (Texts{"b = 2\n", "damaged", "c = 3\n", "damaged", "a = 1\n"}));
 }
 
-TEST_F(HistoryDamageTest, WhatAKilledProgramLeftIsRemoved)
+TEST_F(HistoryDamageTest, FilesOfAKilledProgramAreRemoved)
 {
     writeStored(".veltool-abcdef", "part of an object");
     writeStored("4.gz", readBytes(folder_.stored("1.gz")));
@@ -171,7 +171,7 @@ TEST_F(HistoryDamageTest, WhatAKilledProgramLeftIsRemoved)
     EXPECT_EQ(folder_.contents().front(), "d = 4\n");
 }
 
-TEST_F(HistoryDamageTest, ALaterFormatIsLeftAlone)
+TEST_F(HistoryDamageTest, ALaterFormatIsNotChanged)
 {
     const std::string later = "veleditor-history 2 f66ac0d8\n";
     writeStored("index", later);
@@ -181,7 +181,7 @@ TEST_F(HistoryDamageTest, ALaterFormatIsLeftAlone)
     EXPECT_TRUE(fs::exists(folder_.stored("1.gz")));
 }
 
-TEST(HistoryIndexTest, IsAsItsDocumentShows)
+TEST(HistoryIndexTest, AgreesWithItsDocument)
 {
     const std::string shown =
         indexText("/home/ada/duct.vel", {{1'700'000'000, 6, 31, 1, 0xaf2fda68, "veltool"},

@@ -1,4 +1,4 @@
-// A history in a folder of the test's own, with a clock that the test sets.
+// A history in a new folder, with a clock that the test sets.
 #pragma once
 
 #include "veltext/error.h"
@@ -14,7 +14,7 @@
 
 namespace veltext::test {
 
-/// A folder with a file and its history, gone with the object.
+/// A folder with a file and its history. The destructor removes it.
 class HistoryFolder
 {
 public:
@@ -48,7 +48,7 @@ public:
         std::ofstream(file, std::ios::binary) << bytes;
     }
 
-    /// The file holds `bytes` when it is replaced.
+    /// The file contains `bytes` when it is replaced.
     std::string keep(const std::string &bytes, const std::string &program = "test") const
     {
         write(bytes);

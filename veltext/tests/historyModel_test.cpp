@@ -1,5 +1,5 @@
-// Random saves at random times, compared after every step with a model that follows
-// the rules of docs/history.md word for word.
+// Random saves at random times. After each step, the result is compared with a
+// model that follows the rules of docs/history.md literally.
 #include "veltext/history.h"
 
 #include "veltext/retention_p.h"
@@ -21,7 +21,7 @@ struct ModelVersion
 {
     std::int64_t time;
     std::string content;
-    std::uint64_t stored = 0; ///< compressed
+    std::uint64_t stored = 0; ///< compressed size
 
     bool operator==(const ModelVersion &) const = default;
 };
@@ -36,8 +36,8 @@ std::int64_t dayOf(std::int64_t time)
     return static_cast<std::int64_t>(std::floor(static_cast<double>(time) / (24.0 * hour)));
 }
 
-/// All of the last day; of what is older, the last of each day; the last hundred of
-/// these; as many of the last ones as have room.
+/// Keeps all versions of the last day, and of earlier days the last of each day;
+/// then only the last hundred; then only as many of the last ones as have room.
 std::vector<ModelVersion> expired(const std::vector<ModelVersion> &versions, std::int64_t now)
 {
     std::vector<ModelVersion> kept;
@@ -70,7 +70,7 @@ std::vector<ModelVersion> expired(const std::vector<ModelVersion> &versions, std
     }
 }
 
-/// From seconds to days, now and then backwards.
+/// From seconds to days, sometimes backwards.
 std::int64_t randomStep(std::mt19937 &random)
 {
     static constexpr std::int64_t longest[] = {10, hour, 9 * hour, 60 * hour};
@@ -79,12 +79,12 @@ std::int64_t randomStep(std::mt19937 &random)
     return random() % 20 == 0 ? -step : step;
 }
 
-TEST(HistoryModel, EveryStepIsThatOfTheModel)
+TEST(HistoryModel, EveryStepAgreesWithTheModel)
 {
     std::mt19937 random(20231114);
     test::HistoryFolder folder;
     std::vector<ModelVersion> model;
-    bool isQuick = true; // a spell in which hundred versions a day come together
+    bool isQuick = true; // a time in which a hundred versions are made each day
     for (int step = 0; step < 300; ++step) {
         isQuick = random() % 90 == 0 ? !isQuick : isQuick;
         folder.now += isQuick ? random() % 20 : randomStep(random);
@@ -113,7 +113,7 @@ TEST(HistoryModel, EveryStepIsThatOfTheModel)
     }
 }
 
-TEST(HistoryModel, LimitsOfSizeAreThoseOfTheModel)
+TEST(HistoryModel, LimitsOfSizeAgreeWithTheModel)
 {
     std::mt19937 random(7);
     for (int round = 0; round < 300; ++round) {

@@ -1,5 +1,6 @@
-// What a history keeps, lists and reads, and what it does where it cannot keep
-// anything. Damage is in historyDamage_test.cpp, a model in historyModel_test.cpp.
+// What a history keeps, lists and reads, and what it does if it cannot keep
+// anything. Damage is in historyDamage_test.cpp, a model in
+// historyModel_test.cpp.
 #include "veltext/history.h"
 
 #include "veltext/historyChanges.h"
@@ -61,7 +62,7 @@ TEST_F(HistoryTest, HasNoVersionsAtFirst)
 {
     EXPECT_TRUE(folder_.history().list().versions.empty());
     EXPECT_TRUE(folder_.history().list().faults.empty());
-    EXPECT_EQ(folder_.history().keep("test"), ""); // there is no file
+    EXPECT_EQ(folder_.history().keep("test"), ""); // the file does not exist
     EXPECT_FALSE(fs::exists(folder_.state()));
 }
 
@@ -102,7 +103,7 @@ TEST_F(HistoryTest, StoresEqualContentsOnce)
     EXPECT_EQ(namesIn(folder_.history().folder()), (Texts{"1.gz", "2.gz", "index", "lock"}));
 }
 
-TEST_F(HistoryTest, AVersionLikeTheOneBeforeTakesItsPlace)
+TEST_F(HistoryTest, AVersionReplacesAnEqualPreviousOne)
 {
     EXPECT_EQ(folder_.keep("a"), "");
     folder_.now += 10;
@@ -113,7 +114,7 @@ TEST_F(HistoryTest, AVersionLikeTheOneBeforeTakesItsPlace)
     EXPECT_EQ(versions[0].program, "other program");
 }
 
-TEST_F(HistoryTest, IsForTheUserAlone)
+TEST_F(HistoryTest, IsOnlyForItsUser)
 {
     fs::create_directories(folder_.state());
     ::chmod(folder_.state().c_str(), 0755);
@@ -125,7 +126,7 @@ TEST_F(HistoryTest, IsForTheUserAlone)
     }
 }
 
-TEST_F(HistoryTest, KnowsAFileByWhereLinksLead)
+TEST_F(HistoryTest, LinksLeadToTheHistoryOfTheirFile)
 {
     EXPECT_EQ(folder_.keep("a"), "");
     const std::string link = folder_.path() / "link.vel";
@@ -137,21 +138,21 @@ TEST_F(HistoryTest, KnowsAFileByWhereLinksLead)
     }
 }
 
-TEST_F(HistoryTest, FilesOfTheSameNameHaveTheirOwn)
+TEST_F(HistoryTest, FilesOfTheSameNameHaveSeparateHistories)
 {
     EXPECT_NE(stateNameOf("/a/duct.vel"), stateNameOf("/b/duct.vel"));
     EXPECT_EQ(stateNameOf("/a/duct.vel"), "duct.vel-348e191304ac6ebb");
     EXPECT_LE(stateNameOf('/' + std::string(255, 'x')).size(), 255U);
 }
 
-TEST_F(HistoryTest, AGoneFileKeepsItsHistory)
+TEST_F(HistoryTest, ADeletedFileKeepsItsHistory)
 {
     EXPECT_EQ(folder_.keep("a"), "");
     fs::remove(folder_.file());
     EXPECT_EQ(folder_.contents(), Texts{"a"});
 }
 
-TEST_F(HistoryTest, WhatIsNotARegularFileHasNoVersions)
+TEST_F(HistoryTest, OnlyRegularFilesHaveVersions)
 {
     ASSERT_EQ(::mkfifo(folder_.file().c_str(), 0600), 0);
     EXPECT_EQ(folder_.history().keep("test"), "");
@@ -178,15 +179,15 @@ TEST_F(HistoryTest, KeepsOneVersionOfEachEarlierDay)
         EXPECT_EQ(folder_.keep(text), "");
         folder_.now += 12 * 60 * 60;
     }
-    // f, e and d are of the last day: d is exactly one day old. Of the rest, c and b are
-    // the last of their days.
+    // f, e and d are from the last day: d is exactly one day old. Of the rest, c
+    // and b are the last of their days.
     EXPECT_EQ(folder_.contents(), (Texts{"f", "e", "d", "c", "b"}));
     folder_.now += 10 * secondsOfADay;
     EXPECT_EQ(folder_.keep("g"), "");
     EXPECT_EQ(folder_.contents(), (Texts{"g", "f", "d", "b"}));
 }
 
-TEST_F(HistoryTest, AClockThatGoesBackLosesNothing)
+TEST_F(HistoryTest, AClockThatGoesBackLosesNoVersion)
 {
     for (const char *text : {"a", "b", "c", "d"}) {
         EXPECT_EQ(folder_.keep(text), "");
@@ -205,7 +206,7 @@ TEST_F(HistoryTest, AVersionOverTheLimitIsNotKept)
     EXPECT_EQ(namesIn(folder_.history().folder()), (Texts{"1.gz", "index", "lock"}));
 }
 
-TEST_F(HistoryTest, AMissingPlaceIsAMessage)
+TEST_F(HistoryTest, AMissingPlaceGivesAMessage)
 {
     folder_.write("a");
     EXPECT_EQ(History(folder_.file(), "", [] { return 0; }).keep("test"),
@@ -214,7 +215,7 @@ TEST_F(HistoryTest, AMissingPlaceIsAMessage)
     EXPECT_TRUE(History(folder_.file(), "", {}).list().versions.empty());
 }
 
-TEST_F(HistoryTest, APlaceThatIsAFileIsAMessage)
+TEST_F(HistoryTest, APlaceThatIsAFileGivesAMessage)
 {
     test::HistoryFolder::write(folder_.path() / "state", "");
     EXPECT_EQ(folder_.keep("a"), folder_.file() +
@@ -223,7 +224,7 @@ TEST_F(HistoryTest, APlaceThatIsAFileIsAMessage)
     EXPECT_TRUE(folder_.contents().empty());
 }
 
-TEST_F(HistoryTest, APlaceThatCannotBeMadeIsAMessage)
+TEST_F(HistoryTest, APlaceThatCannotBeMadeGivesAMessage)
 {
     folder_.write("a");
     const std::string message =
@@ -232,8 +233,8 @@ TEST_F(HistoryTest, APlaceThatCannotBeMadeIsAMessage)
                                         "/proc/none: No such file or directory");
 }
 
-/// Whether `work`, in a process of its own that may write no more than `bytes` to a file,
-/// gives true.
+/// Whether `work` returns true in a new process that may write at most `bytes` to
+/// a file.
 template <typename Work>
 bool worksWithin(rlim_t bytes, Work work)
 {
@@ -249,12 +250,12 @@ bool worksWithin(rlim_t bytes, Work work)
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-TEST_F(HistoryTest, AFullDiskIsAMessageWhateverIsCutShort)
+TEST_F(HistoryTest, AFullDiskGivesAMessageInEveryStep)
 {
     EXPECT_EQ(folder_.keep("a"), "");
     folder_.write(randomBytes(1000));
     const History history = folder_.history();
-    // From nothing at all to the object, but not the index.
+    // The limits allow nothing, or a part, or the object but not the index.
     for (const rlim_t bytes : {0, 100, 900}) {
         EXPECT_TRUE(worksWithin(bytes, [&] { return !history.keep("test").empty(); })) << bytes;
         EXPECT_EQ(folder_.contents(), Texts{"a"}) << bytes;
@@ -264,7 +265,7 @@ TEST_F(HistoryTest, AFullDiskIsAMessageWhateverIsCutShort)
     EXPECT_EQ(namesIn(history.folder()).size(), 4U);
 }
 
-TEST_F(HistoryTest, TwoWritersAtOnceLoseNothing)
+TEST_F(HistoryTest, TwoWritersAtOnceLoseNoVersion)
 {
     constexpr int rounds = 20;
     const auto write = [&](char name) {
@@ -287,14 +288,15 @@ TEST_F(HistoryTest, TwoWritersAtOnceLoseNothing)
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
-    // Each has kept something at each of its turns, and all of it can be read.
+    // Each writer has kept something at each of its turns, and all of it can be
+    // read.
     EXPECT_TRUE(folder_.history().list().faults.empty());
     const Texts contents = folder_.contents();
     EXPECT_GT(contents.size(), static_cast<std::size_t>(rounds));
     EXPECT_EQ(std::count(contents.begin(), contents.end(), "damaged"), 0);
 }
 
-TEST_F(HistoryTest, IsReadWhereItsLockCannotBeHad)
+TEST_F(HistoryTest, IsReadEvenIfItCannotBeLocked)
 {
     EXPECT_EQ(folder_.keep("a"), "");
     fs::remove(folder_.stored("lock"));

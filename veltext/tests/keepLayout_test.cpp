@@ -43,7 +43,7 @@ std::string reasonWhyNot(const std::string &text, const TreeData &wanted)
     }
 }
 
-TEST(KeepLayout, ChangesOnlyTheLinesOfWhatDiffers)
+TEST(KeepLayout, ChangesOnlyTheLinesThatDiffer)
 {
     EXPECT_EQ(kept("# top\r\nA:\r\n\tx  =  1 # one\r\n  y = 2\r\nEND\r\n# end",
                    "A:\n  y = 2\n  x = 3\nEND\n"),
@@ -60,7 +60,7 @@ TEST(KeepLayout, GivesTheSameBytesForTheSameData)
     }
 }
 
-TEST(KeepLayout, KeepsTheLinesOfWhatHasANewNameOrPlace)
+TEST(KeepLayout, KeepsTheLinesOfRenamedAndMovedItems)
 {
     const std::string text = "PIPE: a # pipe\n"
                              "  Bore = 1, \\\n"
@@ -84,7 +84,7 @@ TEST(KeepLayout, KeepsTheLinesOfWhatHasANewNameOrPlace)
     EXPECT_EQ(kept(text, wanted).find('#'), std::string::npos) << "nothing says what is the same";
 }
 
-TEST(KeepLayout, LeavesWhatStaysAsItIs)
+TEST(KeepLayout, DoesNotChangeItemsThatStay)
 {
     const std::string text = "RULES: # ours\n  x = 1\n  B:\n  y = 2 # two\n  END\nEND\n"
                              "C:\n z = 1\nEND\n";
@@ -94,7 +94,7 @@ TEST(KeepLayout, LeavesWhatStaysAsItIs)
     EXPECT_EQ(kept(text, "C:\nz = 2\nEND\n"), "C:\n z = 2\nEND\n");
 }
 
-TEST(KeepLayout, SaysWhatAFileCannotHold)
+TEST(KeepLayout, ReportsDataThatAFileCannotContain)
 {
     const std::string text = "A:\n  x = 1\nEND\n";
     const auto with = [](const std::string &value) {
@@ -129,7 +129,7 @@ TEST(KeepLayout, RefusesObjectsThatNestTooDeeply)
     EXPECT_EQ(reasonWhyNot(text, TreeData()), "objects nest deeper than 10000 levels");
 }
 
-/// Random changes of data, and the paths that they are about.
+/// Random changes of data, and the paths that they change.
 class RandomChanges
 {
 public:

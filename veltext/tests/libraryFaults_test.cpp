@@ -1,4 +1,4 @@
-// Files and lines of mistakes in libraries, which the test writes.
+// Files and lines of mistakes in libraries that the test writes.
 #include "veltext/libraryFaults.h"
 
 #include "velapilt/src/velapilt.h"
@@ -75,7 +75,7 @@ TEST_F(LibraryFaultsTest, SuggestsTheSemicolonBetweenNames)
     EXPECT_EQ(errorsOf("a.vel;b.vel"), "");
 }
 
-TEST_F(LibraryFaultsTest, PlacesAMistakeThatNoLibraryStates)
+TEST_F(LibraryFaultsTest, FindsThePlaceOfAMistakeThatNoLibraryStates)
 {
     const std::string file = write("a.vel", "RULES:\nEND\n");
     const LibraryTexts texts = readLibraryTexts({file});

@@ -9,8 +9,8 @@
 
 namespace veltext::test {
 
-/// The lines that state a path: those of all its statements, or only of the last one. For
-/// an object these are its blocks.
+/// The lines that state a path: the lines of all its statements, or only of the
+/// last one. For an object, these are its blocks.
 [[nodiscard]] inline std::set<std::size_t> linesOf(const StatementTree &tree,
                                                    const std::string &path, bool all)
 {
@@ -42,7 +42,8 @@ namespace veltext::test {
             continue;
         }
         text += source.line(i);
-        // A last line without a line end gets one when a line is added after it.
+        // A last line without a line end gets a line end when a line is added
+        // after it.
         const bool isLast = i + 1 == source.lineCount() && !source.bytes().ends_with('\n');
         text += isLast && source.line(0).ends_with('\r') ? "\r\n" : "\n";
     }

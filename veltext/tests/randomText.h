@@ -16,7 +16,7 @@ public:
 
     [[nodiscard]] std::string next();
 
-    /// A value that a file can hold.
+    /// A value that a file can contain.
     [[nodiscard]] std::string value();
 
     [[nodiscard]] std::size_t below(std::size_t bound);

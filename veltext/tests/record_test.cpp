@@ -1,4 +1,4 @@
-// Records: what is intact is found, wherever the rest is damaged.
+// Records: intact ones are found, wherever the rest is damaged.
 #include "veltext/record.h"
 
 #include "veltext/editRecord.h"
@@ -32,7 +32,7 @@ TEST(RecordTest, ReadsWhatItWrites)
     EXPECT_EQ(readAll(recordOf('\0', zeros)), Texts{std::string(101, '\0')});
 }
 
-TEST(RecordTest, TellsATornRecordFromADamagedOne)
+TEST(RecordTest, DistinguishesATornRecordFromADamagedOne)
 {
     const std::size_t whole = three.size() - recordOf('C', "third\n").size();
     for (std::size_t size = 0; size < three.size(); ++size) {
@@ -56,7 +56,7 @@ TEST(RecordTest, TellsATornRecordFromADamagedOne)
     }
 }
 
-TEST(RecordTest, AFlippedByteCostsOneRecord)
+TEST(RecordTest, AFlippedByteLosesOnlyOneRecord)
 {
     const Texts all = readAll(three);
     const std::size_t ends[] = {recordOf('A', "first").size(),
@@ -106,7 +106,7 @@ TEST(RecordTest, FieldsAreReadInTheirOrder)
     EXPECT_FALSE(fields.isGood());
 }
 
-TEST(RecordTest, EditsComeBackAsTheyWere)
+TEST(RecordTest, EditsReadBackUnchanged)
 {
     const std::vector<Edit> edits = {
         settingValue("/A/x", "2 [m]"),

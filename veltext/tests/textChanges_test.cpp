@@ -64,7 +64,7 @@ TEST(TextChangesTest, ComparesATextWithLoadedData)
     EXPECT_TRUE(changesTo(data.get(), CommandText(after)).empty());
 }
 
-TEST(TextChangesTest, LeavesOutWhatOnlyLibrariesState)
+TEST(TextChangesTest, LeavesOutDataThatOnlyLibrariesState)
 {
     const velHandlePtr data = newHandle();
     load(data.get(), "RULES:\n  Version = 1\n  RULE: r\n    Type = Real\n  END\nEND\n",
@@ -86,7 +86,7 @@ TEST(TextChangesTest, KnowsTheOrderOfTheText)
     EXPECT_EQ(order.before("/A:a/nothing"), "");
 }
 
-TEST(TextChangesTest, RefusesWhatIsTooDeep)
+TEST(TextChangesTest, RefusesTextsThatAreTooDeep)
 {
     EXPECT_NO_THROW(requireComparable(CommandText(blocks(10'000)), "deep.vel"));
     try {

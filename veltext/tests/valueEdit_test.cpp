@@ -103,7 +103,7 @@ TEST(ReplaceValue, ReplacesAValueOnAContinuationLine)
     EXPECT_EQ(edit("Na\\\nme = old # a \\\n b\n", "new"), "Na\\\nme = new # a \\\n b\n");
 }
 
-// Without a comment after it, a final backslash continues the line.
+// Without a comment after it, a backslash at the end continues the line.
 TEST(ReplaceValue, GuardsAFinalBackslashWithAnEmptyComment)
 {
     EXPECT_EQ(edit("x = 1\ny = 2\n", "a\\"), "x = a\\ #\ny = 2\n");

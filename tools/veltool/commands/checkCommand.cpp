@@ -82,7 +82,7 @@ private:
         return result;
     }
 
-    /// Throws a Failure for a text with a syntax error, or nested too deep.
+    /// Throws a Failure if a text has a syntax error or is nested too deep.
     static void requireSound(const veltext::SourceText &text, const std::string &file)
     {
         const velHandlePtr handle = newHandle();

@@ -29,7 +29,7 @@ bool everyLineFits(const veltext::SourceText &text)
     return true;
 }
 
-/// The text as the dataset stores it: without blanks at the ends of lines.
+/// The text as the dataset stores it: without white space at the ends of lines.
 std::string stored(const veltext::SourceText &text)
 {
     std::string lines;
@@ -41,7 +41,7 @@ std::string stored(const veltext::SourceText &text)
     return lines;
 }
 
-/// The text itself if the container can hold it, otherwise the formatted text.
+/// The text itself if the container can store it, otherwise the formatted text.
 std::string embeddable(const std::string &file)
 {
     const veltext::SourceText text = readText(file);
@@ -72,8 +72,8 @@ public:
     {
         requireFile(words[1]);
         const std::string lines = embeddable(words[0]);
-        // Opening for writing would create a missing file, so it is opened for
-        // reading first.
+        // Opening for writing would create a missing file, so the file is opened
+        // for reading first.
         {
             Container existing;
             existing.open(IO_OPEN_PRIMARY, words[1]);

@@ -16,7 +16,7 @@ namespace veltool {
 
 namespace {
 
-/// The search: a text anywhere in a path or value, and for NAME=VALUE also the
+/// The search: for a text anywhere in a path or value. NAME=VALUE also finds the
 /// parameters with this name and value.
 class Search
 {
@@ -34,7 +34,7 @@ public:
     [[nodiscard]] bool matches(const veltext::TreeWalk &walk) const
     {
         const velNodeInfo &info = walk.info();
-        // The path ends in the name.
+        // The path ends with the name.
         if (text_.isIn(walk.path()) || ((info.value != nullptr) && text_.isIn(info.value))) {
             return true;
         }

@@ -97,7 +97,7 @@ private:
         return statusGood;
     }
 
-    /// `backup` has them; empty if nothing has.
+    /// The file `backup` has the comments; the name is empty if no file has them.
     static void reportLostComments(std::size_t count, const std::string &file,
                                    const std::string &backup)
     {
@@ -142,7 +142,7 @@ private:
         return text;
     }
 
-    /// Whether the output file is the input file, and a regular one.
+    /// Whether the output file is the input file and a regular file.
     [[nodiscard]] bool isItself(const std::string &file) const
     {
         std::error_code error;

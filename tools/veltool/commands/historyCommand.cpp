@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::int32_t anyVersion = std::numeric_limits<std::int32_t>::max();
 
-/// In local time for people, in UTC for programs.
+/// Local time for people, UTC for programs.
 enum class TimeForm { Local, Utc };
 
 std::string timeText(std::int64_t seconds, TimeForm form)
@@ -179,7 +179,7 @@ private:
 
     Replacement replacement_;
     bool json_ = false;
-    std::int32_t show_ = 0; ///< 0 for none, as the others
+    std::int32_t show_ = 0; ///< 0 for none, like the other numbers
     std::int32_t diff_ = 0;
     std::int32_t restore_ = 0;
 };

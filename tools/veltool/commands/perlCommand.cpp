@@ -14,7 +14,7 @@ class PerlTask : public Task
 public:
     int run(const Words &words) override
     {
-        // The script gets the same signal actions as under any other perl.
+        // The script gets the same signal actions as in any other perl.
         velEditor::restoreWriteSignals();
         int status = statusGood;
         const Words arguments(words.begin() + 1, words.end());

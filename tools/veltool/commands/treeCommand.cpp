@@ -68,7 +68,7 @@ private:
     void printJson(veltext::TreeWalk &walk) const
     {
         std::size_t open = 0; ///< elements whose list of children has begun
-        bool first = true;    ///< in the innermost list
+        bool first = true;    ///< nothing is in the innermost list yet
         while (walk.node() != nullptr) {
             if (isHidden(walk)) {
                 walk.skipChildren();

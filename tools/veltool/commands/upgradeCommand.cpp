@@ -1,7 +1,8 @@
 // veltool upgrade: changes old command data to the current version.
 //
 // 1. The rules upgrade the data in memory and list the changes.
-// 2. What the user leaves out is left out, with what depends on it.
+// 2. Changes that the user does not want are left out, with the changes that
+//    depend on them.
 // 3. The changes are edited into the text (veltext/keepLayout.h).
 // 4. The file is replaced; the previous version stays as FILE.bak.
 #include "tools/veltool/support/changeSelection.h"
@@ -126,8 +127,9 @@ private:
         return dryRun_ ? statusFindings : statusGood;
     }
 
-    /// Makes the changes that are not left out in the data of the text, and says which
-    /// depend on those. Keeps only them in `upgrade`, and returns their numbers.
+    /// Makes the changes that are not left out in the data of the text, and
+    /// reports which changes depend on the others. Keeps only the made changes in
+    /// `upgrade`, and returns their numbers.
     std::vector<std::size_t> leaveOut(velHandle *data, const std::string &file,
                                       Upgrade *upgrade) const
     {
@@ -146,7 +148,7 @@ private:
         return std::move(selection.made);
     }
 
-    /// The output for the changes: their lines are those of the text.
+    /// The output for the changes, with the lines of the text.
     std::vector<std::string> list(const std::string &file, const veltext::SourceText &text,
                                   const std::vector<UpgradeChange> &changes,
                                   const std::vector<std::size_t> &numbers) const

@@ -14,7 +14,7 @@ namespace veltool {
 
 namespace {
 
-/// The datasets with command data at a WHEN; may be empty.
+/// The datasets with command data at a WHEN; there may be none.
 located_datasets findAt(Container &container, std::int32_t when)
 {
     open_file &file = container.primary();
@@ -27,8 +27,8 @@ located_datasets findAt(Container &container, std::int32_t when)
     return found;
 }
 
-/// If there are more than IO_COMMANDS_CANDIDATES, only the one at WHEN 0 is used; `many` is
-/// then true.
+/// If there are more than IO_COMMANDS_CANDIDATES, uses only the one at WHEN 0 and
+/// sets `many`.
 located_datasets findAll(Container &container, bool &many)
 {
     located_datasets found = findAt(container, -1);
@@ -132,8 +132,8 @@ void writeCommandData(const std::string &file, std::string_view lines)
     container.open(IO_OPEN_PRIMARY_WRITE, file);
     const std::optional<std::int32_t> former = findCommandData(container);
     const std::int32_t when = former.value_or(0);
-    // Between these two calls the file has both under one name, so that one of
-    // them is complete even if the program ends here.
+    // Between these two calls, the file has both datasets under one name. So one
+    // of them is complete even if the program ends here.
     writeAt(container, when, count, storage.data());
     deleteFormer(container, when);
     container.close();

@@ -14,8 +14,8 @@ public:
     {
         requireFile(words[0]);
         DatasetName name(words[1], words[2], words[3]);
-        // Opening for writing would create a missing file, so it is opened for
-        // reading first.
+        // Opening for writing would create a missing file, so the file is opened
+        // for reading first.
         {
             Container existing;
             existing.open(IO_OPEN_PRIMARY, words[0]);

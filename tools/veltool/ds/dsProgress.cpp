@@ -35,7 +35,7 @@ public:
 
 private:
     std::unique_ptr<io_file> base_; ///< owned
-    std::int64_t size_;             ///< when it was opened
+    std::int64_t size_;             ///< in bytes, at the opening
     ProgressLine &line_;
 };
 

@@ -30,7 +30,8 @@ private:
     void print(Container &container, std::int64_t position) const
     {
         open_file &file = container.primary();
-        // The header is checked first: a damaged one could ask for too much memory.
+        // Checks the header first, because a damaged one could request too much
+        // memory.
         located_start start;
         container.check(read_located_dataset_start(file, position, start));
         reading_plan plan;

@@ -96,8 +96,8 @@ private:
         }
     }
 
-    /// Prints which processes hold the file. Without --force, throws if one does or
-    /// may do so.
+    /// Prints which processes have the file open. Without --force, throws if one
+    /// has it open or may have.
     void report(const FileHolders &found, unsigned owner) const
     {
         for (const FileHolder &holder : found.holders) {

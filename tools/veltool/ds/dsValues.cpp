@@ -16,10 +16,10 @@ namespace veltool {
 
 namespace {
 
-/// How the values of a type are in a line.
+/// How a line contains the values of a type.
 enum class Notation {
     Characters, ///< side by side, one character each
-    Text,       ///< a field without its trailing blanks
+    Text,       ///< a field without spaces at its end
     Number      ///< a field
 };
 
@@ -43,7 +43,7 @@ Notation notationOf(element_type type)
 class ArrayCursor
 {
 public:
-    /// Takes `number` values and returns the index of the first.
+    /// Moves past `number` values and returns the index of the first.
     std::size_t take(element_type type, std::int64_t number)
     {
         std::int64_t &next = next_[static_cast<std::size_t>(type)];
@@ -57,7 +57,7 @@ private:
 
 void appendReal(std::string &line, double value, int digits)
 {
-    // The result of "%.*g", independent of the locale.
+    // Like "%.*g", but independent of the locale.
     char text[40];
     const auto end =
         std::to_chars(text, text + sizeof text, value, std::chars_format::general, digits);
@@ -200,7 +200,7 @@ private:
         }
     }
 
-    /// Takes the tab before each value but the first.
+    /// Moves past the tab before each value except the first.
     void takeSeparator()
     {
         if (!atStart_ && (rest_.empty() || rest_[0] != '\t')) {
@@ -246,7 +246,7 @@ private:
             return zotparseLogl(field, data_.logicals[at]);
         case IO_STRI:
         case IO_CHAR:
-            break; // stored as texts
+            break; // they are stored as texts
         }
         return false;
     }

@@ -11,8 +11,8 @@ namespace veltool {
 
 namespace {
 
-/// The attributes in the slots that the library needs. A text that is too long fills
-/// its slot without a NUL, and the library refuses it.
+/// The attributes in slots, as the library needs them. A text that is too long
+/// fills its slot without a NUL, and the library refuses it.
 std::vector<char> attributeSlots(const std::vector<std::string> &texts)
 {
     constexpr auto slot = static_cast<std::size_t>(IO_STRING_SLOT);
@@ -50,7 +50,7 @@ public:
         std::vector<char> slots = attributeSlots(attributes_);
         auto attributeCount = static_cast<std::int32_t>(attributes_.size());
 
-        // The text is parsed before the file is opened.
+        // Parses the text before the file is opened.
         element_storage storage;
         name.count = readValues(name.type, storage);
 

@@ -63,7 +63,8 @@ FileHolders findHolders(const std::string &file)
     FileHolders found;
     std::error_code error;
     fs::directory_iterator processes("/proc", error);
-    // Process 1 always exists: if it is not shown, other processes are hidden, too.
+    // Process 1 always exists. If it is not visible, other processes are hidden
+    // too.
     found.known = !error && fs::exists("/proc/self/fd", error) && fs::exists("/proc/1", error);
     struct stat status = {};
     if (!found.known || stat(file.c_str(), &status) != 0) {

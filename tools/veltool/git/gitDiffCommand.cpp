@@ -12,15 +12,16 @@ namespace veltool {
 
 namespace {
 
-// git passes PATH OLD-FILE OLD-HEX OLD-MODE NEW-FILE NEW-HEX NEW-MODE; for a renamed
-// file also its new path and a text about it; for an unmerged file only PATH.
+// git passes PATH OLD-FILE OLD-HEX OLD-MODE NEW-FILE NEW-HEX NEW-MODE. For a
+// renamed file, it also passes the new path and a text about it; for an unmerged
+// file, only PATH.
 constexpr std::size_t oldFile = 1;
 constexpr std::size_t newFile = 4;
 constexpr std::size_t newPath = 7;
 constexpr std::size_t mostWords = 9;
 
-/// The differences by path, one per line; nothing if one of the files is not
-/// command data.
+/// The differences by path, one on each line; nothing if one of the files does
+/// not contain command data.
 std::optional<std::string> differences(const std::string &before, const std::string &after)
 {
     try {

@@ -16,8 +16,8 @@ namespace veltool {
 
 namespace {
 
-/// The drivers for files by their endings. A def or res file is never merged by
-/// lines, and its line ends are never changed.
+/// The drivers for files, by their endings. A def or res file is never merged by
+/// lines, and its line ends never change.
 constexpr const char *attributeLines[] = {
     "*.vel diff=vel merge=vel",
     "*.def diff=veldata merge=binary -text",
@@ -39,7 +39,7 @@ std::string replaced(const std::string &text, char part, const char *other)
     return result;
 }
 
-/// The text as one word for the shell in which git runs its drivers.
+/// The text as one word for the shell that runs the drivers of git.
 std::string quoted(const std::string &text)
 {
     return '\'' + replaced(text, '\'', "'\\''") + '\'';
@@ -58,20 +58,22 @@ std::vector<Setting> settings()
         {"diff.vel.command", veltool + " git-diff --"},
         // The block around a change, for git's comparison by lines.
         {"diff.vel.xfuncname", "^[ \t]*((&replace[ \t]+)?[A-Za-z_%][^=#]*:.*)$"},
-        // The command data; without any the list of datasets, otherwise a checksum.
+        // The command data. Without command data the list of datasets, otherwise
+        // a checksum.
         {"diff.veldata.textconv", "f() { " + veltool + " extract -- \"$1\" 2>/dev/null || " +
                                       veltool +
                                       " ds list -- \"$1\" 2>/dev/null || cksum <\"$1\"; }; f"},
         {"merge.vel.name", "VEL command data by path"},
-        // A file that is not command data is merged by lines, and always
-        // reported as a conflict.
+        // A file that does not contain command data is merged by lines, and
+        // always reported as a conflict.
         {"merge.vel.driver",
-         // git replaces %O, %A and so on, so other percent signs are doubled.
+         // git replaces %O, %A and so on. So other percent signs are doubled.
          replaced(veltool, '%', "%%") +
              " merge --no-backup --marker-size=%L --name=%P --output=%A -- %O %A %B || { s=$?; "
              "[ $s -eq 1 ] || git merge-file -q --marker-size=%L -L ours -L base -L theirs "
              "%A %O %B; exit $s; }"},
-        // A base that git makes from several commits must not get conflict markers.
+        // A base that git makes from several commits must not contain conflict
+        // markers.
         {"merge.vel.recursive", "binary"},
     };
 }

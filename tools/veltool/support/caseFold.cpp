@@ -1,4 +1,5 @@
-// Makes small letters: ASCII directly, other characters by the system's UTF-8 tables.
+// Makes small letters: ASCII directly, other characters with the system's UTF-8
+// tables.
 #include "tools/veltool/support/caseFold.h"
 
 #include <algorithm>
@@ -27,7 +28,7 @@ locale_t utf8Locale()
     return locale;
 }
 
-/// Sets the locale of this thread as long as it lives.
+/// Sets the locale of this thread; the destructor restores it.
 class LocaleScope
 {
 public:

@@ -27,8 +27,9 @@ bool isAtOrBelow(const std::string &path, const std::string &object)
     return path.starts_with(object) && (path.size() == object.size() || path[object.size()] == '/');
 }
 
-/// Makes changes of one kind after the other. A function with the name of a change gives
-/// the path at which the data is not as the change needs it; nothing if it was made.
+/// Makes changes of one kind one after the other. Each function has the name of a
+/// change. It returns the path at which the data does not allow the change;
+/// nothing if the change was made.
 class ChangeMaker
 {
 public:
@@ -193,7 +194,8 @@ private:
     velHandle *data_;
 };
 
-/// The changes that are left out, and where they would have had an effect.
+/// The changes that are left out, and the paths on which they would have had an
+/// effect.
 class LeftOut
 {
 public:
@@ -217,9 +219,9 @@ public:
         }
     }
 
-    /// The last one that is about the path or about an object around it; else the first
-    /// one that is about something in it, which would have made it; else the last one.
-    /// Nothing if there is none.
+    /// The last change that concerns the path or an object around it. Otherwise
+    /// the first change that concerns something in it, because that change would
+    /// have made it. Otherwise the last change of all; nothing if there is none.
     [[nodiscard]] std::optional<std::size_t> find(const std::string &path) const
     {
         const auto isAround = [&](const Entry &entry) {

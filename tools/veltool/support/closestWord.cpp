@@ -1,4 +1,4 @@
-// Computes the edit distance between words, with swapped neighbours as one edit.
+// Computes the edit distance between words. Two swapped neighbours are one edit.
 #include "tools/veltool/support/closestWord.h"
 
 #include "tools/veltool/support/caseFold.h"

@@ -22,7 +22,7 @@ bool isRegularFile(const std::string &file)
     return file != standardInput && std::filesystem::is_regular_file(file, error);
 }
 
-/// Drops the library's messages: the text of its code is enough here.
+/// Drops the library's messages, because the text of its code is enough here.
 int dropMessage(const char *, std::int32_t)
 {
     return 0;
@@ -86,7 +86,7 @@ velHandlePtr newHandle(Libraries libraries)
 velHandlePtr loadFile(const std::string &file, Libraries libraries)
 {
     // The fast way: the database reads a regular file directly. The slow way
-    // below reads pipes, and finds the line of a mistake.
+    // below also reads pipes, and finds the line of a mistake.
     if (isRegularFile(file) && kindOfFile(file) == FileKind::Text) {
         velHandlePtr handle = newHandle(libraries);
         if (loadVELFile(handle.get(), file.c_str(), "vel") == nullptr) {

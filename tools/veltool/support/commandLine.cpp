@@ -33,7 +33,7 @@ private:
 constexpr std::size_t helpWidth = 79;
 constexpr std::size_t purposeColumn = 26; ///< in the list of commands
 
-/// The text in lines of at most `helpWidth` characters.
+/// The text in lines with at most `helpWidth` characters.
 std::string wrapWords(const std::string &text)
 {
     std::string wrapped;

@@ -20,7 +20,7 @@ bool isSameLine(const Finding &one, const Finding &other)
     return one.path == other.path && one.text == other.text && one.identifier == other.identifier;
 }
 
-/// The JSON members that findings and changes have in common, with the opening brace.
+/// The common JSON members of findings and changes, with the opening brace.
 std::string placedMembers(std::string_view file, std::size_t line, const std::string &path,
                           const std::string &message)
 {

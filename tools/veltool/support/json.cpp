@@ -1,4 +1,4 @@
-// Writes JSON strings and members, also for bytes that are not UTF-8.
+// Writes JSON strings and members, even for bytes that are not UTF-8.
 #include "tools/veltool/support/json.h"
 
 #include <nlohmann/json.hpp>
@@ -49,7 +49,8 @@ std::string jsonMember(std::string_view name, std::string_view text)
 {
     const std::string value = jsonString(text);
     std::string member = jsonString(name) + ':' + value;
-    // Only a text with a replacement character can be invalid; most have none.
+    // Only a text with a replacement character can be invalid. Most texts have
+    // none.
     if (value.find(replacementCharacter) != std::string::npos && !isValidUtf8(text)) {
         member += ',' + jsonString(std::string(name) + "Bytes") + ":\"" + hexadecimal(text) + '"';
     }

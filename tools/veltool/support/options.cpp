@@ -34,7 +34,7 @@ void Options::number(const char *names, const char *type, std::int32_t &value, c
 void Options::number(const char *names, const char *type, std::int32_t &value, std::int32_t least,
                      std::int32_t most, const char *help)
 {
-    // An empty description, because the help shows the range already.
+    // The description is empty, because the help already shows the range.
     app_.add_option(names, value, help)
         ->type_name(type)
         ->check(CLI::Range(least, most).description(""));

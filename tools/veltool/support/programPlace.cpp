@@ -30,7 +30,8 @@ fs::path shippedFolder(const char *name, const char *part)
     return {};
 }
 
-/// What the environment names, otherwise what ships, if that is there.
+/// The value of the variable, otherwise the shipped folder or files if they
+/// exist.
 std::optional<std::string> namedOr(const char *variable, const std::string &shipped)
 {
     if (std::optional<std::string> named = environment::valueOf(variable)) {
@@ -39,7 +40,7 @@ std::optional<std::string> namedOr(const char *variable, const std::string &ship
     return shipped.empty() ? std::nullopt : std::optional<std::string>(shipped);
 }
 
-/// The shipped libraries that are in the folder, separated by ';'.
+/// The libraries in the folder that ship with veltool, separated by ';'.
 std::string libraryList(const fs::path &folder)
 {
     std::string list;

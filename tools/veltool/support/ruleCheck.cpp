@@ -15,7 +15,8 @@ namespace veltool {
 
 namespace {
 
-/// The places. Throws a Failure if there are no Perl packages.
+/// The places of packages and libraries. Throws a Failure if there are no Perl
+/// packages.
 Places requirePlaces()
 {
     Places places = findPlaces();
@@ -26,8 +27,8 @@ Places requirePlaces()
     return places;
 }
 
-/// Reads the libraries of the session and gives the mistakes in rules. Throws a Failure
-/// if the libraries cannot be read.
+/// Reads the libraries of the session and returns the mistakes in rules. Throws a
+/// Failure if the libraries cannot be read.
 std::vector<Finding> readLibrariesInto(velparser::Session &session, const Places &places)
 {
     std::vector<Finding> faults;
@@ -149,8 +150,9 @@ std::vector<velparser::RuleField> RuleCheck::explain(const veltext::SourceText &
 std::vector<Finding> findRuleFaults(const std::vector<veltext::SourceText> &libraries)
 {
     const Places places = requirePlaces();
-    // Reading libraries also reports mistakes in rules that are already loaded. So the
-    // session starts without library files, and reads again after these are loaded.
+    // Reading libraries also reports mistakes in rules that are already loaded.
+    // So the session starts without library files, and reads libraries again
+    // after these are loaded.
     velparser::Session session({.libraries = velparser::LibraryNames{}});
     static_cast<void>(readLibrariesInto(session, places));
     for (const veltext::SourceText &library : libraries) {

@@ -1,4 +1,4 @@
-// Compares a text with a pattern, character by character and without regard to case.
+// Compares a text with a pattern, character by character, and ignores case.
 #include "tools/veltool/support/textPattern.h"
 
 #include "tools/veltool/support/caseFold.h"
@@ -18,7 +18,7 @@ std::size_t characterLength(std::string_view text)
 }
 
 /// After a mismatch, the last `*` takes one more character. Earlier ones need not
-/// be tried again, so that the time is at most pattern length times text length.
+/// be tried again. So the time is at most pattern length times text length.
 bool matches(std::string_view pattern, std::string_view text)
 {
     std::size_t p = 0;

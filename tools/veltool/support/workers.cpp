@@ -66,7 +66,7 @@ struct Worker
     pid_t process = 0;
     int pipe = -1;
     std::string received;
-    std::optional<std::size_t> file; ///< the file that it works on
+    std::optional<std::size_t> file; ///< the file on which it works
 };
 
 class WorkerGroup
@@ -100,7 +100,7 @@ public:
         }
         while (receive()) {
         }
-        // Files that no worker was alive to take.
+        // Files that no worker has taken, because all workers have ended.
         while (printed_ < files_.size()) {
             fail(printed_);
         }
@@ -116,7 +116,7 @@ private:
         }
         const pid_t process = fork();
         if (process == 0) {
-            velEditor::ignoreWriteSignals(); // a worker is this program, not another one
+            velEditor::ignoreWriteSignals(); // a worker runs veltool, not another program
             close(ends[0]);
             for (const Worker &other : workers_) {
                 close(other.pipe);
@@ -219,7 +219,7 @@ private:
         worker.received.erase(0, worker.received.size() - rest.size());
     }
 
-    /// Passes the result on as soon as all results before it are done.
+    /// Passes the result on when all earlier results are passed on.
     void keep(std::size_t file, FileResult result)
     {
         waiting_.emplace(file, std::move(result));

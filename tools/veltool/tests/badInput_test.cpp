@@ -19,8 +19,8 @@ namespace {
 /// The words of a run; "FILE" is replaced by the bad file.
 using Run = std::vector<std::string>;
 
-/// The runs of each command that reads command data. A command that is neither here
-/// nor in `others` fails the test, so that no new command is forgotten.
+/// The runs of each command that reads command data. A command that is not here
+/// and not in `others` fails the test. So nobody forgets a new command.
 const std::multimap<std::string, Run> &runs()
 {
     static const std::multimap<std::string, Run> all = {
@@ -131,7 +131,7 @@ TEST(BadInput, DirectoryAndDevice)
 {
     const TemporaryFolder folder;
     expectFailure(folder.path(), "");
-    if (access("/proc/self/mem", R_OK) == 0) { // opens, but cannot be read from its start
+    if (access("/proc/self/mem", R_OK) == 0) { // it can be opened, but not read from its start
         expectFailure("/proc/self/mem", "");
     }
 }
@@ -163,11 +163,11 @@ TEST(BadInput, TruncatedContainer)
     EXPECT_EQ(folder.names(), std::vector<std::string>{"case.res"});
 }
 
-TEST(BadInput, EveryCommandKnowsItsOptionsAndArguments)
+TEST(BadInput, EveryCommandChecksItsOptionsAndArguments)
 {
     for (const Command *command : allCommands()) {
         const std::string name = command->name;
-        // These pass their options on to another command.
+        // These commands pass their options on to another command.
         if (command->passesOn) {
             continue;
         }
@@ -186,7 +186,7 @@ TEST(BadInput, EveryCommandKnowsItsOptionsAndArguments)
     }
 }
 
-TEST(BadInput, DeepNestingEndsWell)
+TEST(BadInput, DeepNestingGivesAMessage)
 {
     const TemporaryFolder folder;
     std::string text;
@@ -206,8 +206,8 @@ TEST(BadInput, DeepNestingEndsWell)
     EXPECT_EQ(runTool({"upgrade", "--dry-run", file}).status, 0);
 }
 
-// The second would be read as an empty file, which is valid.
-TEST(BadInput, StandardInputMayBeOneFileOnly)
+// The second one would be read as an empty file, which is valid.
+TEST(BadInput, OnlyOneFileMayBeStandardInput)
 {
     const std::vector<Words> refused = {
         {"check", "-", "-"},         {"check", "--jobs", "2", "-", "-"},

@@ -12,7 +12,7 @@ TEST(FoldCase, KnowsEveryScript)
     EXPECT_EQ(foldCase("M\xC3\x9CHLE \xCE\xA9"), "m\xC3\xBChle \xCF\x89");
 }
 
-TEST(FoldCase, LeavesOtherBytes)
+TEST(FoldCase, DoesNotChangeOtherBytes)
 {
     EXPECT_EQ(foldCase("A\xFF\xC3"), "a\xFF\xC3");
     EXPECT_EQ(foldCase("\xE4 B"), "\xE4 b");

@@ -1,5 +1,5 @@
-// Leaving out changes of an upgrade: what depends on what, and that all changes together
-// are the upgrade.
+// Leaving out changes of an upgrade: which changes depend on which, and that all
+// changes together give the upgrade.
 #include "tools/veltool/support/changeSelection.h"
 
 #include "tools/veltool/support/commandData.h"
@@ -40,7 +40,7 @@ velHandlePtr parsed(const std::string &text)
     return handle;
 }
 
-/// "made 1 3; 4 needs 2": what became of the changes.
+/// "made 1 3; 4 needs 2": the result of each change.
 std::string select(const std::string &text, const Changes &changes,
                    const std::set<std::size_t> &except)
 {
@@ -103,7 +103,7 @@ TEST(ChangeSelection, FollowsAParameterThroughItsNamesAndPlaces)
                                         "/BLOWER:a/DUTY/Kind = x", "/BLOWER:a/Speed = 2"}));
 }
 
-// Nothing is overwritten: a name is free only after the change that frees it.
+// No name is overwritten: a name is free only after the change that frees it.
 TEST(ChangeSelection, FindsNamesThatAreStillInUse)
 {
     const std::string text = "PUMP: a\n  x = 1\n  y = 2\nEND\nPIPE: b\nEND\nLINE: b\nEND\n";
@@ -121,7 +121,7 @@ TEST(ChangeSelection, FindsNamesThatAreStillInUse)
     EXPECT_EQ(dataAfter(text, changes, {1, 4}), dataAfter(text, {}, {}));
 }
 
-TEST(ChangeSelection, TakesTheObjectOfAMoveWhereAnotherMoveHasMadeIt)
+TEST(ChangeSelection, MovesIntoAnObjectThatAnotherMoveHasMade)
 {
     const std::string text = "A:\n  x = 1\n  y = 2\nEND\n";
     const Changes changes{
@@ -137,7 +137,7 @@ TEST(ChangeSelection, TakesTheObjectOfAMoveWhereAnotherMoveHasMadeIt)
                                         "/LANGUAGE/Version = 2"}));
 }
 
-TEST(ChangeSelection, RefusesChangesThatDoNotFitOrSayNothing)
+TEST(ChangeSelection, RefusesWrongOrEmptyChanges)
 {
     const Changes other{change(ChangeKind::ChangedValue, "/A/x", "", "5", "6")};
     EXPECT_THROW(static_cast<void>(select("A:\n  x = 1\nEND\n", other, {})), Failure);
@@ -145,7 +145,7 @@ TEST(ChangeSelection, RefusesChangesThatDoNotFitOrSayNothing)
     EXPECT_THROW(static_cast<void>(select("A:\n  x = 1\nEND\n", unknown, {1})), Failure);
 }
 
-TEST(ChangeSelection, MakesOfTheShippedExampleWhatTheRulesMake)
+TEST(ChangeSelection, ChangesTheShippedExampleLikeTheRules)
 {
     const std::string text = oldExample();
     RuleCheck rules;
@@ -157,8 +157,8 @@ TEST(ChangeSelection, MakesOfTheShippedExampleWhatTheRulesMake)
     EXPECT_TRUE(veltext::haveSameData(TreeData(data.get()), upgrade.result));
 }
 
-// Whatever is left out, each change is made, left out, or depends on an earlier one that
-// is not made, and the text can be edited.
+// Any set of changes is left out. Each change is then made, left out, or depends
+// on an earlier change that is not made; and the text can be edited.
 TEST(ChangeSelection, LeavesOutAnyChangesOfTheShippedExample)
 {
     const std::string text = oldExample();

@@ -271,8 +271,8 @@ TEST_F(CheckTest, ContinuesWithTheNextFileIfOneFails)
     EXPECT_EQ(runTool({"check", fine, one, fine}).status, 1);
 }
 
-// The files are pipes: the shell can open them only after the workers did, so it kills
-// the workers while they read.
+// The files are pipes. The shell can open them only after the workers have opened
+// them, so it kills the workers while they read.
 TEST_F(CheckTest, AFileWhoseWorkerDiedHasAnEntryInTheJson)
 {
     const std::string one = folder_.path("one.vel");

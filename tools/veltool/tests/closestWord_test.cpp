@@ -1,4 +1,5 @@
-// Suggestions for mistyped words: which word is the closest, and when none is.
+// Suggestions for mistyped words: which word is the closest, and when there is
+// none.
 #include "tools/veltool/support/closestWord.h"
 
 #include <gtest/gtest.h>

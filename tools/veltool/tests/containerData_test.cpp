@@ -43,7 +43,7 @@ protected:
     std::string file_;
 };
 
-TEST_F(ContainerData, ComesOutAsItWentIn)
+TEST_F(ContainerData, IsExtractedAsItWasEmbedded)
 {
     const ToolRun run = runTool({"embed", vel_, file_});
     EXPECT_EQ(run.status, 0);
@@ -55,7 +55,7 @@ TEST_F(ContainerData, ComesOutAsItWentIn)
     EXPECT_EQ(runTool({"ds", "verify", file_}).out, "");
 }
 
-TEST_F(ContainerData, ReplacesTheFormerCommandData)
+TEST_F(ContainerData, ReplacesThePreviousCommandData)
 {
     ASSERT_EQ(write("G/COMMANDS", "EVERY", "3", "STRI", "A = 1\n"), 0);
     ASSERT_EQ(write("G/COMMANDS", "EVERY", "7", "STRI", "A = 2\n"), 0);
@@ -68,7 +68,7 @@ TEST_F(ContainerData, ReplacesTheFormerCommandData)
     EXPECT_EQ(std::count(located.begin(), located.end(), '\n'), 2) << located;
 }
 
-TEST_F(ContainerData, OfMoreThanTwentyTheOneAtZeroIsUsed)
+TEST_F(ContainerData, IsTheOneAtZeroIfThereAreMoreThanTwenty)
 {
     for (int when = 0; when < 21; ++when) {
         ASSERT_EQ(write("G/COMMANDS", "EVERY", std::to_string(when), "STRI",
@@ -78,13 +78,13 @@ TEST_F(ContainerData, OfMoreThanTwentyTheOneAtZeroIsUsed)
     EXPECT_EQ(extracted(), "A = 0\n");
     EXPECT_EQ(runTool({"embed", vel_, file_}).status, 0);
     EXPECT_EQ(extracted(), text);
-    // Only the one at zero has changed.
+    // Only the dataset at zero has changed.
     EXPECT_EQ(runTool({"ds", "read", file_, "G/COMMANDS", "EVERY", "1"}).out, "A = 1\n");
     const std::string located = runTool({"ds", "locate", file_, "G/COMMANDS", "EVERY", "-1"}).out;
     EXPECT_EQ(std::count(located.begin(), located.end(), '\n'), 21) << located;
 }
 
-TEST_F(ContainerData, OfMoreThanTwentyNoneAtZeroCannotBeLocated)
+TEST_F(ContainerData, IsNotFoundAmongMoreThanTwentyWithoutOneAtZero)
 {
     for (int when = 1; when < 22; ++when) {
         ASSERT_EQ(write("G/COMMANDS", "EVERY", std::to_string(when), "STRI", "A = 1\n"), 0);
@@ -96,7 +96,7 @@ TEST_F(ContainerData, OfMoreThanTwentyNoneAtZeroCannotBeLocated)
                            "(of more than 20 datasets with Command File data none has WHEN 0)\n");
 }
 
-TEST_F(ContainerData, OfAMissingFileIsOneSentence)
+TEST_F(ContainerData, FailsForAMissingFileWithOneSentence)
 {
     const std::string none = folder_.path("none.def");
     const ToolRun run = runTool({"embed", vel_, none});
@@ -106,9 +106,9 @@ TEST_F(ContainerData, OfAMissingFileIsOneSentence)
     EXPECT_EQ(runTool({"extract", none}).err, run.err);
 }
 
-/// Runs lines in the shell and kills them at random moments. It adjusts its estimate
-/// of the duration all the time, because the first measurement is inexact on a busy
-/// machine.
+/// Runs lines in the shell and kills them at random moments. It adjusts its
+/// estimate of the duration after each run, because the first measurement is
+/// inexact on a busy machine.
 class Killer
 {
 public:
@@ -139,7 +139,7 @@ private:
     int killed_ = 0;
 };
 
-TEST_F(ContainerData, AKilledEmbedKeepsTheFormerOrTheNewData)
+TEST_F(ContainerData, AKilledEmbedKeepsThePreviousOrTheNewData)
 {
     std::string texts[2];
     std::string lines[2];
@@ -240,7 +240,7 @@ TEST_F(ContainerData, LongLinesAreStoredFormatted)
     EXPECT_EQ(runTool({"get", file_, "/A"}).out, unbroken + "\n");
 }
 
-TEST_F(ContainerData, ExamplesAreTheResultOfTheirScript)
+TEST_F(ContainerData, ExamplesEqualTheResultOfTheirScript)
 {
     const char *source = std::getenv("VEL_SOURCE_DIR");
     if (source == nullptr) {

@@ -105,7 +105,7 @@ TEST_F(DiffTest, JsonOfBytesThatAreNotUtf8)
                        "\"oldBytes\":\"ff\",\"new\":\"1\"}\n]\n");
 }
 
-TEST_F(DiffTest, AParameterAndASingletonOfTheSameNameAreTwo)
+TEST_F(DiffTest, AParameterAndASingletonOfTheSameNameDiffer)
 {
     EXPECT_EQ(diff("X = 1\ny = 1\n", "X:\nz = 1\nEND\ny = 1\n").out,
               "- /X = 1\n+ /X\n+ /X/z = 1\n");
@@ -131,7 +131,7 @@ TEST_F(DiffTest, FindsManySiblingsInAnyOrder)
               "- /last = 1\n+ /first = 1\n");
 }
 
-TEST_F(DiffTest, DeepNestingDoesNoHarm)
+TEST_F(DiffTest, DeepNestingIsCompared)
 {
     std::string open;
     std::string close;

@@ -41,7 +41,7 @@ std::vector<Block> blocksOf(const std::string &file)
     return blocks;
 }
 
-/// Runs every command of a console block and returns the block as a user would see it.
+/// Runs every command of a console block and returns what a user would see.
 std::string replay(const std::string &console, const std::string &folder, const std::string &setup)
 {
     std::string seen;

@@ -7,9 +7,10 @@
 
 namespace veltool::test {
 
-/// Runs the samples of a document, whose path starts at the root of the sources, in a
-/// new folder, and expects the output in the console blocks. The shell runs the line
-/// `setup` before each command. Returns the number of console blocks.
+/// Runs the samples of a document in a new folder, and expects the output in its
+/// console blocks. The path of the document starts at the root of the sources.
+/// The shell runs the line `setup` before each command. Returns the number of
+/// console blocks.
 int replaySamples(const std::string &document, const std::string &setup);
 
 } // namespace veltool::test

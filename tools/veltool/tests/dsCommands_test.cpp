@@ -57,7 +57,7 @@ TEST_F(Ds, NamesEveryElementTypeInTheHelp)
     }
 }
 
-TEST_F(Ds, ReadsBackWhatWasWritten)
+TEST_F(Ds, ReadsTheWrittenValues)
 {
     for (const std::string format : {"u", "u5", "l3", "L", "F"}) {
         SCOPED_TRACE(format);
@@ -138,7 +138,7 @@ TEST_F(Ds, ListsDeletedDatasetsOnlyWithAll)
     EXPECT_EQ(ds({"read", file, "A", "P", "1"}).status, 17);
 }
 
-TEST_F(Ds, LocatesInTheLibrarysOrder)
+TEST_F(Ds, LocatesInTheOrderOfTheLibrary)
 {
     const std::string file = sample();
     const ToolRun run = ds({"locate", file, "*", "P", "-1"});
@@ -225,7 +225,7 @@ TEST_F(Ds, ReturnsTheCodeOfTheLibrary)
     EXPECT_EQ(folder_.read("sample.res"), before);
 }
 
-TEST_F(Ds, VerifiesASoundFile)
+TEST_F(Ds, VerifiesAFileWithoutFaults)
 {
     const std::string file = sample();
     const std::string before = folder_.read("sample.res");
@@ -260,7 +260,7 @@ TEST_F(Ds, RebuildsTheIndexAndReportsLostDatasets)
     EXPECT_EQ(ds({"rebuild", file}).out, "datasets\t3\n");
     EXPECT_EQ(ds({"verify", file}).out, "");
 
-    // Cut inside the last dataset, as a full disk leaves it.
+    // Cut inside the last dataset, as after a full disk.
     const auto list = nlohmann::json::parse(ds({"list", "--json", file}).out);
     const std::size_t last = list[2]["position"];
     folder_.write("sample.res", folder_.read("sample.res").substr(0, last + 40));
@@ -388,7 +388,7 @@ TEST_F(Ds, ReadReturnsTheCodeOfABadHeader)
                        "require > 127\nveltool: " +
                            file + ": Not enough allocated memory for requested IO operation.\n");
 
-    // NUMBER is too large, and the record after it is bad: no memory may be
+    // NUMBER is too large, and the record after it is bad. No memory may be
     // allocated for NUMBER elements.
     const std::string large = folder_.path("large.res");
     std::string values;
@@ -409,7 +409,8 @@ TEST_F(Ds, ReadReturnsTheCodeOfABadHeader)
     EXPECT_EQ(run.status, 14);
     EXPECT_EQ(run.out, "");
 
-    // If the rest of the header is good, NUMBER is compared with the size of the file.
+    // If the rest of the header is correct, NUMBER is compared with the size of
+    // the file.
     const std::string plain = folder_.path("plain.res");
     EXPECT_EQ(ds({"write", plain, "A", "P", "1", "INTR", "--format", "u"}, values).status, 0);
     number = folder_.read("plain.res");
@@ -437,7 +438,7 @@ TEST_F(Ds, RefusesAnAttributeThatIsTooLong)
 }
 
 /// With a lock file of level 0 from another program, every command that writes
-/// fails, also one that reads first, and the lock file stays.
+/// fails, even if it reads first. The lock file stays.
 TEST_F(Ds, KeepsALockOfLevelZero)
 {
     const std::string file = sample();
@@ -456,8 +457,8 @@ TEST_F(Ds, KeepsALockOfLevelZero)
     EXPECT_EQ(folder_.read("sample.res.lck"), level);
 }
 
-/// Only ds unlock removes a lock, and only if no process on this machine has the file
-/// open.
+/// Only ds unlock removes a lock, and only if no process on this machine has the
+/// file open.
 TEST_F(Ds, UnlocksAFileThatNoProcessHolds)
 {
     const std::string file = sample();

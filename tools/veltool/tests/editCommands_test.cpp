@@ -71,7 +71,7 @@ TEST_F(SetTest, WrapsAWrappedValueAgain)
     EXPECT_EQ(folder_.read("a.vel"), expected);
 }
 
-TEST_F(SetTest, LeavesAnUnfinishedLastLine)
+TEST_F(SetTest, DoesNotChangeAnUnfinishedLastLine)
 {
     const std::string file = folder_.write("a.vel", "DOMAIN: d\n  Kind = Fluid\nEND\nx = 1 \\");
     const ToolRun run = set("/DOMAIN:d/Kind", "Solid");
@@ -80,7 +80,7 @@ TEST_F(SetTest, LeavesAnUnfinishedLastLine)
     EXPECT_EQ(folder_.read("a.vel"), "DOMAIN: d\n  Kind = Solid\nEND\nx = 1 \\");
 }
 
-TEST_F(SetTest, LeavesTheFileWhenTheValueIsTheSame)
+TEST_F(SetTest, DoesNotWriteTheSameValue)
 {
     writeSample();
     EXPECT_EQ(set("/DOMAIN:d/Location", "B1, B2").status, 0);
@@ -114,7 +114,7 @@ TEST_F(SetTest, OldFindingsDoNotMatter)
     EXPECT_EQ(folder_.read("a.vel"), "DOMAIN: d\n  Kind = Solid\n  No = 1\n  Note = y\nEND\n");
 }
 
-TEST_F(SetTest, RefusesWhatTheDatabaseRefuses)
+TEST_F(SetTest, RefusesPathsThatTheDatabaseRefuses)
 {
     const std::string file = writeSample();
     const ToolRun missing = set("/DOMAIN:d/No", "1");
@@ -133,7 +133,7 @@ TEST_F(SetTest, RefusesWhatTheDatabaseRefuses)
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vel"});
 }
 
-TEST_F(SetTest, RefusesWhatAFileCannotHold)
+TEST_F(SetTest, RefusesValuesThatAFileCannotContain)
 {
     writeSample();
     for (const char *value : {"a # b", "#", "a\\", "a\nb", "a\tb", " a", "a  b"}) {
@@ -204,7 +204,7 @@ TEST_F(SetTest, KeepsABackupThatIsAnotherNameOfTheFile)
     EXPECT_EQ(folder_.names(), (std::vector<std::string>{"a.vel", "a.vel.bak"}));
 }
 
-TEST_F(SetTest, WithoutRulesNothingIsWritten)
+TEST_F(SetTest, WritesNothingWithoutRules)
 {
     const std::string file = writeSample();
     setenv("ZOT5_VEL_LIBS", "missing.vel", 1);
@@ -365,7 +365,7 @@ TEST(Perl, RunsAScriptWithItsOwnOptions)
     EXPECT_EQ(runTool({"perl", script}).status, 0);
 }
 
-TEST(Perl, ReachesTheDatabase)
+TEST(Perl, UsesTheDatabase)
 {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", "x = 1\n");

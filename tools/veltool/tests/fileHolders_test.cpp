@@ -43,7 +43,7 @@ protected:
     std::string file_;
 };
 
-TEST_F(Holders, AreTheOtherProcessesThatHaveItOpen)
+TEST_F(Holders, AreTheOtherProcessesThatHaveTheFileOpen)
 {
     if (!findHolders(file_).known) {
         GTEST_SKIP() << "this system does not show its processes";
@@ -62,7 +62,8 @@ TEST_F(Holders, AreTheOtherProcessesThatHaveItOpen)
     EXPECT_TRUE(findHolders(file_ + "none").holders.empty());
 }
 
-/// The files of another user's process are hidden; the result has the user instead.
+/// The files of another user's process are hidden. The result then names the
+/// user.
 TEST_F(Holders, ThatCannotBeSeenAreReportedByTheirUser)
 {
     if (geteuid() != 0) {

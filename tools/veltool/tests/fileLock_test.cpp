@@ -18,7 +18,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// A lock of a file, held by the test.
+/// A lock that the test has on a file.
 class HeldLock
 {
 public:
@@ -64,9 +64,9 @@ private:
 class FileLockTest : public ::testing::Test
 {
 protected:
-    /// Starts the command while the test holds the lock of `a.vel`. When the command
-    /// waits for the lock, replaces the file by one with other bytes, as another
-    /// veltool would do, and unlocks.
+    /// Starts the command while the test has the lock of `a.vel`. When the
+    /// command waits for the lock, the test replaces the file by one with other
+    /// bytes, as another veltool would do, and unlocks it.
     ToolRun runWhileReplaced(const Words &words, const std::string &bytes)
     {
         auto lock = std::make_unique<HeldLock>(folder_.path("a.vel"));
@@ -180,7 +180,7 @@ TEST_F(FileLockTest, TheLockIsOnTheFileThatALinkLeadsTo)
     EXPECT_EQ(folder_.read("a.vel"), "DOMAIN: d\n  a = 3\n  b = 2\nEND\n");
 }
 
-TEST_F(FileLockTest, AFileThatIsGoneAfterTheWaitIsReported)
+TEST_F(FileLockTest, AFileThatIsDeletedDuringTheWaitIsReported)
 {
     const std::string file = folder_.write("a.vel", before_);
     auto lock = std::make_unique<HeldLock>(file);

@@ -16,7 +16,8 @@
 namespace veltool::test {
 namespace {
 
-/// Puts a script in place of git that sends itself the signal that it is given.
+/// Puts a script in place of git. The script sends itself the signal in its
+/// argument.
 class GitProgram : public testing::Test
 {
 protected:
@@ -40,7 +41,7 @@ private:
     std::string path_ = std::getenv("PATH");
 };
 
-// veltool ignores the signals of failed writes; git must not inherit that.
+// veltool ignores the signals of failed writes. git must not inherit this.
 TEST_F(GitProgram, HasTheDefaultActionsOfTheSignalsThatWeIgnore)
 {
     velEditor::ignoreWriteSignals();

@@ -110,7 +110,7 @@ TEST_F(GitTest, SetsUpForAllRepositories)
     EXPECT_EQ(folder_.read(".config/git/attributes"), allAttributes);
     EXPECT_EQ(git("git check-attr merge x.vel").out, "x.vel: merge: vel\n");
     EXPECT_EQ(git("git config merge.vel.recursive").out, "binary\n");
-    // What git merges are temporary files, whose versions nobody wants.
+    // git merges temporary files, whose versions nobody needs.
     EXPECT_NE(git("git config merge.vel.driver").out.find(" merge --no-backup "),
               std::string::npos);
     EXPECT_FALSE(folder_.has("case/.gitattributes"));
@@ -126,7 +126,7 @@ TEST_F(GitTest, SetsUpForAllRepositories)
 
 TEST_F(GitTest, ItsFailuresAreFailures)
 {
-    EXPECT_EQ(shell("$VELTOOL git-setup").status, 2); // no repository
+    EXPECT_EQ(shell("$VELTOOL git-setup").status, 2); // not a repository
     EXPECT_EQ(git("$VELTOOL git-setup more").status, 2);
     EXPECT_EQ(git("$VELTOOL git-setup --no").status, 2);
     const ToolRun without = git("PATH=/nowhere $VELTOOL git-setup");

@@ -1,5 +1,5 @@
-// veltool history, and what the commands that replace a file leave in the history and
-// beside the file. The state of the user is in a folder of each test.
+// veltool history, and what the commands that replace a file leave in the history
+// and next to the file. Each test has its own state folder.
 #include "tools/veltool/tests/toolRun.h"
 
 #include <gtest/gtest.h>
@@ -44,7 +44,7 @@ protected:
         return json::parse(run.out);
     }
 
-    /// What the newest version of the file is.
+    /// The content of the newest version of the file.
     [[nodiscard]] std::string newest() const
     {
         return runTool({"history", file_, "--show", "1"}).out;
@@ -85,7 +85,7 @@ TEST_F(HistoryCommandTest, ListsTheNewestFirst)
         const std::string time = versions[i]["time"];
         EXPECT_EQ(time.size(), std::string("2026-11-22T04:00:00Z").size()) << time;
     }
-    // The same, for people.
+    // The same output for people.
     std::string time = versions[0]["time"];
     time[10] = ' ';
     time.pop_back();
@@ -132,14 +132,14 @@ TEST_F(HistoryCommandTest, RestoresAVersionAndKeepsTheOneThatItReplaces)
     EXPECT_EQ(folder_.read("a.vel"), first);
     EXPECT_EQ(folder_.read("a.vel.bak"), second);
     EXPECT_EQ(newest(), second);
-    // Of what is the same, nothing is kept.
+    // A version with the same content is not kept.
     EXPECT_EQ(runTool({"history", file_, "--restore", "2"}).status, 0);
     EXPECT_EQ(list().size(), 2U);
     EXPECT_EQ(folder_.read("a.vel.bak"), second);
     EXPECT_EQ(runTool({"history", file_, "--restore", "3"}).status, 1);
 }
 
-TEST_F(HistoryCommandTest, RestoresAFileThatIsGone)
+TEST_F(HistoryCommandTest, RestoresADeletedFile)
 {
     set("2");
     std::filesystem::remove(file_);
@@ -181,7 +181,7 @@ TEST_F(HistoryCommandTest, EveryCommandThatReplacesAFileKeepsIt)
     }
 }
 
-TEST_F(HistoryCommandTest, WhatIsRefusedOrUnchangedKeepsNothing)
+TEST_F(HistoryCommandTest, ARefusedOrEmptyEditKeepsNoVersion)
 {
     EXPECT_EQ(runTool({"set", "--force", file_, "/A/x", "1"}).status, 0);
     EXPECT_EQ(runTool({"set", "--force", file_, "/A/y", "1"}).status, 1);
@@ -189,13 +189,13 @@ TEST_F(HistoryCommandTest, WhatIsRefusedOrUnchangedKeepsNothing)
     EXPECT_FALSE(folder_.has("state"));
 }
 
-TEST_F(HistoryCommandTest, FormatNamesNoBackupThatIsNotMade)
+TEST_F(HistoryCommandTest, FormatDoesNotNameAMissingBackup)
 {
     const ToolRun run = runTool({"format", "--in-place", "--no-backup", file_});
     EXPECT_EQ(run.err, "veltool: " + file_ + ": 1 comment is not in the formatted text\n");
 }
 
-TEST_F(HistoryCommandTest, AnUnusableStateFolderFailsNoSave)
+TEST_F(HistoryCommandTest, AnUnusableStateFolderDoesNotStopASave)
 {
     folder_.write("state", "not a folder");
     const ToolRun run = runTool({"set", "--force", file_, "/A/x", "2"});

@@ -47,7 +47,8 @@ TEST(Manual, NamesEveryCommandOfDs)
 
 TEST(Manual, ItsSamplesAreTrue)
 {
-    // With the shipped rules, as for a user without own settings.
+    // With the rules that ship with veltool, as for a user without other
+    // settings.
     EXPECT_GT(replaySamples("docs/veltool.md", "unset ZOT5_VEL_LIBSDIR ZOT5_VEL_LIBS; "
                                                "veltool() { \"$VELTOOL\" \"$@\"; }"),
               6);

@@ -68,8 +68,8 @@ TEST_F(MergeTest, TakesChangesOfTheirsAndKeepsTheTextOfOurs)
                 with(ours, "0.5   # as measured", "0.7 # corrected"));
 }
 
-// The mark is not data: the result has it only if OURS has it.
-TEST_F(MergeTest, AByteOrderMarkStaysAsOursHasIt)
+// The mark is not data. The result has it only if OURS has it.
+TEST_F(MergeTest, TheByteOrderMarkIsThatOfOurs)
 {
     const std::string mark = "\xEF\xBB\xBF";
     const std::string ours = with(base, "Kind = Fluid", "Kind = Solid");
@@ -86,7 +86,7 @@ TEST_F(MergeTest, AByteOrderMarkStaysAsOursHasIt)
 }
 
 // Without an empty comment, the backslash would continue the line. The second
-// object is written from its data because THEIRS has it in two blocks.
+// object is written from its data, because THEIRS has it in two blocks.
 TEST_F(MergeTest, AValueThatEndsInABackslashKeepsTheLineAfterIt)
 {
     const std::string from = "A:\n  x = 1 # one\n  y = 2\nEND\n";
@@ -99,7 +99,7 @@ TEST_F(MergeTest, AValueThatEndsInABackslashKeepsTheLineAfterIt)
         "A:\n  x = 1 # one\n  y = 3\nEND\nB:\n  p = C:\\ #\n  q = 1\nEND\n");
 }
 
-TEST_F(MergeTest, ACommentOfOursStaysOnAChangedLine)
+TEST_F(MergeTest, AChangedLineKeepsTheCommentOfOurs)
 {
     const std::string ours = with(base, "# as measured", "# by us");
     const ToolRun run = merge(ours, with(base, "0.5   # as measured", "0.7 # corrected"));
@@ -108,7 +108,7 @@ TEST_F(MergeTest, ACommentOfOursStaysOnAChangedLine)
     EXPECT_EQ(run.status, 0);
 }
 
-TEST_F(MergeTest, WrapsAsOursDoes)
+TEST_F(MergeTest, WrapsLinesLikeOurs)
 {
     const std::string ours = with(base, "Inlet Side, \\\n    Outlet", "Inlet Side, \\\n  Outlet");
     expectClean(merge(ours, with(base, "Outlet Side", "Outlet Side, Lid")),
@@ -150,7 +150,7 @@ TEST_F(MergeTest, KeepsWhatOursDeletedOrAdded)
     expectClean(merge(ours, with(base, "0.5", "0.7")), with(ours, "0.5", "0.7"));
 }
 
-TEST_F(MergeTest, TheSameOnBothSidesIsNoConflict)
+TEST_F(MergeTest, TheSameChangeOnBothSidesIsNotAConflict)
 {
     const std::string ours =
         with(with(base, "0.5", "0.7"), outlet, "  WALL: w\n    x = 1\n  END\n");
@@ -159,7 +159,7 @@ TEST_F(MergeTest, TheSameOnBothSidesIsNoConflict)
     expectClean(merge(ours, theirs), with(ours, "    x = 1\n", "    y = 2\n    x = 1\n"));
 }
 
-TEST_F(MergeTest, OneSideUnchangedGivesTheOtherByteForByte)
+TEST_F(MergeTest, IfOneSideIsUnchangedTheResultIsTheOther)
 {
     const std::string changed = with(with(base, "Cooling", "Hot"), outlet, "");
     expectClean(merge(changed, base), changed);
@@ -189,7 +189,7 @@ TEST_F(MergeTest, AddedDifferentlyIsAConflict)
     EXPECT_EQ(run.status, 1);
 }
 
-TEST_F(MergeTest, DeletedHereAndChangedThereIsAConflict)
+TEST_F(MergeTest, DeletedInOneAndChangedInTheOtherIsAConflict)
 {
     const std::string changed = with(base, "Kind = Outlet", "Kind = Inlet");
     const std::string deleted = with(base, outlet, "");
@@ -208,7 +208,7 @@ TEST_F(MergeTest, DeletedHereAndChangedThereIsAConflict)
     EXPECT_EQ(oursDeleted.status, 1);
 }
 
-TEST_F(MergeTest, AnObjectThatBothDeletedInPartOrWhollyIsDeleted)
+TEST_F(MergeTest, AnObjectThatOneDeletedAndTheOtherReducedIsDeleted)
 {
     const std::string part = with(base, "    Kind = Outlet\n", "");
     const std::string all = with(base, outlet, "");
@@ -216,7 +216,7 @@ TEST_F(MergeTest, AnObjectThatBothDeletedInPartOrWhollyIsDeleted)
     expectClean(merge(all, part), all);
 }
 
-TEST_F(MergeTest, AParameterHereAndASingletonThereIsAConflict)
+TEST_F(MergeTest, AParameterInOneAndASingletonInTheOtherIsAConflict)
 {
     const ToolRun run = merge("a = 1\nX = 1\n", "a = 1\nX:\n  y = 1\nEND\n", "a = 1\n");
     EXPECT_EQ(run.out, "a = 1\n<<<<<<< ours\nX = 1\n=======\nX:\n  y = 1\nEND\n>>>>>>> theirs\n");

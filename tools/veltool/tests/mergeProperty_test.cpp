@@ -211,7 +211,7 @@ bool hasOrphan(const Paths &paths)
     });
 }
 
-/// The merge by its definition; nothing if there is a conflict.
+/// The merge as defined; nothing if there is a conflict.
 std::optional<Paths> merged(const Paths &base, const Paths &ours, const Paths &theirs)
 {
     Paths result;
@@ -283,7 +283,7 @@ protected:
     TemporaryFolder folder_;
 };
 
-TEST_P(MergeProperty, HoldsOnRandomEdits)
+TEST_P(MergeProperty, IsTrueForRandomEdits)
 {
     int clean = 0;
     int conflicting = 0;
@@ -365,9 +365,10 @@ bool isReadable(const TemporaryFolder &folder, const std::string &text)
     return runTool({"tree", folder.write("tried", text)}).status == 0;
 }
 
-// Uses every style of the language: &replace, blocks opened again, lines continued
-// inside words. A file that cannot be edited safely may become one conflict.
-TEST_P(MergeProperty, HoldsInEveryStyle)
+// Uses every style of the language: &replace, blocks that are opened again, lines
+// that are continued inside words. A file that cannot be edited safely may become
+// one conflict.
+TEST_P(MergeProperty, IsTrueInEveryStyle)
 {
     RandomText texts(GetParam());
     RandomCase random(GetParam());

@@ -1,4 +1,4 @@
-// Runs veltool with Perl packages of the user that return only texts.
+// Runs veltool with the user's Perl packages, which return only texts.
 #include "tools/veltool/tests/ownRules.h"
 
 #include <gtest/gtest.h>
@@ -110,7 +110,7 @@ TEST_F(OwnPerl, ChangesAreListedAndMade)
     EXPECT_EQ(folder_.read("a.vel"), "PUMP: a\n  Kind [1] = x\n  Head = 1\nEND\n");
 }
 
-TEST_F(OwnPerl, WhatIsNoChangeIsAFailure)
+TEST_F(OwnPerl, ATextThatIsNotAChangeIsAFailure)
 {
     const std::string file = folder_.write("a.vel", "PUMP: a\n  Lift [m] = 1\n  Bad = 1\nEND\n");
     const ToolRun upgrade = run("upgrade " + file);
@@ -118,7 +118,7 @@ TEST_F(OwnPerl, WhatIsNoChangeIsAFailure)
     EXPECT_EQ(upgrade.err, "veltool: " + file + ": no luck [1]\n");
 }
 
-TEST_F(OwnPerl, FieldsAreLines)
+TEST_F(OwnPerl, FieldsArePrintedAsLines)
 {
     const std::string file = folder_.write("a.vel", pump);
     EXPECT_EQ(run("explain --json " + file + " '/PUMP:a/Kind [1]'").out,
@@ -126,7 +126,7 @@ TEST_F(OwnPerl, FieldsAreLines)
               "\"Silent\":\"\"}}\n");
 }
 
-TEST_F(OwnPerl, FaultsOfRulesHaveTheirPlace)
+TEST_F(OwnPerl, FaultsOfRulesHaveFileAndLine)
 {
     const std::string library =
         folder_.write("own.vel", "RULES:\n  OBJECT: X\n    Y = 1\n  END\nEND\n");

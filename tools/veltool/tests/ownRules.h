@@ -8,7 +8,8 @@
 
 namespace veltool::test {
 
-/// Sets the library in the environment; the destructor restores the former settings.
+/// Sets the library in the environment. The destructor restores the previous
+/// settings.
 class OwnRules
 {
 public:

@@ -114,7 +114,7 @@ TEST(Get, ReadsStandardInput)
     EXPECT_EQ(runTool({"tree", "-"}, "x = 1").out, "x = 1\n");
     EXPECT_EQ(runTool({"find", "-", "1"}, "x = 1").out, "-:1: /x = 1\n");
     EXPECT_EQ(runTool({"format", "-"}, "x=1").out, "x = 1\n");
-    if (std::filesystem::exists("/dev/stdin")) { // not in a root without /proc
+    if (std::filesystem::exists("/dev/stdin")) { // it does not exist in a root without /proc
         EXPECT_EQ(runShell("printf 'x = 1' | $VELTOOL get /dev/stdin /x").out, "1\n") << "a pipe";
     }
 }
@@ -205,7 +205,7 @@ TEST(Reading, NeedsNoPerl)
     }
 }
 
-TEST(FileNames, MayHoldAnything)
+TEST(FileNames, MayContainAnyCharacter)
 {
     const TemporaryFolder folder;
     for (const char *name : {"a b.vel", "it's \"so\".vel", "-x.vel", "--help", "[a,b]", "a=b;$c",
@@ -234,7 +234,7 @@ TEST(Get, PrintsTheValueOfManyFiles)
     EXPECT_EQ(array[1]["valueBytes"], "ff");
 }
 
-/// The paths that a search finds, separated by blanks.
+/// The paths that a search finds, separated by spaces.
 std::string found(const std::string &file, const std::string &text)
 {
     std::string paths;

@@ -136,7 +136,7 @@ protected:
     TemporaryFolder folder_;
 };
 
-TEST_F(UpgradeTest, ChangesOnlyTheLinesThatItMust)
+TEST_F(UpgradeTest, ChangesOnlyTheNecessaryLines)
 {
     const std::string file = folder_.write("old.vel", oldText);
     ASSERT_EQ(chmod(file.c_str(), 0640), 0);
@@ -156,7 +156,7 @@ TEST_F(UpgradeTest, ChangesOnlyTheLinesThatItMust)
     EXPECT_EQ(folder_.read("old.vel.bak"), oldText) << "not touched again";
 }
 
-// If only the first word were renamed, it would be another object, and the block
+// If only the first word were renamed, it would be another object. The block
 // would be written again at the end, without its comments.
 TEST_F(UpgradeTest, KeepsTheBlockOfASingletonThatIsWrittenWithTwoWords)
 {
@@ -196,8 +196,8 @@ TEST_F(UpgradeTest, DryRunWritesNothing)
     EXPECT_EQ(runTool({"upgrade", "--dry-run", folder_.write("new.vel", "x = 1\n")}).status, 0);
 }
 
-// What the changes 6 and 7 are about has its new type only after change 4.
-TEST_F(UpgradeTest, LeavesOutChangesAndWhatDependsOnThem)
+// The objects of the changes 6 and 7 have their new type only after change 4.
+TEST_F(UpgradeTest, LeavesOutChangesAndTheirDependents)
 {
     const std::string file = folder_.write("old.vel", oldText);
     const std::string said = "veltool: " + file +
@@ -371,7 +371,7 @@ TEST_F(UpgradeTest, RefusesContainersAndStandardInput)
     EXPECT_EQ(standard.err, "veltool: cannot edit standard input in place; name a file\n");
 }
 
-TEST(Upgrade, BringsTheShippedExampleUpToDate)
+TEST(Upgrade, UpgradesTheShippedExample)
 {
     const TemporaryFolder folder;
     std::ifstream in(std::string(std::getenv("VEL_SOURCE_DIR")) + "/examples/old-version.vel");

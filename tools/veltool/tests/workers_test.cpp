@@ -1,4 +1,4 @@
-// workOnFiles with several processes: order, statuses, and workers that die.
+// workOnFiles with several processes: order, statuses, and processes that die.
 #include "tools/veltool/support/workers.h"
 
 #include <gtest/gtest.h>
@@ -56,7 +56,7 @@ TEST(Workers, PassLongTexts)
               longText + longText + '0');
 }
 
-TEST(Workers, DieWithTheirCurrentFileOnly)
+TEST(Workers, DieWithOnlyTheirCurrentFile)
 {
     const pid_t own = getpid();
     const auto work = [&](const std::string &file) {
