@@ -1,8 +1,8 @@
 // The two exceptions that the editor throws.
 //
-// They are thrown on the GUI thread only and never pass through the event loop:
-// the application object catches them where events are delivered, and `main`
-// catches what is left.
+// They are thrown only on the GUI thread and never pass through the event loop.
+// The application object catches them where events are delivered, and `main`
+// catches the others.
 #pragma once
 
 #include <string>
@@ -21,15 +21,15 @@ public:
     error(const error &) = default;
     error &operator=(const error &) = default;
 
-    /// The text for the user, in the bytes that the database gave.
+    /// The text for the user, in the same bytes as the database gave it.
     [[nodiscard]] const std::string &message() const { return message_; }
 
 private:
     std::string message_;
 };
 
-/// The command file could not be loaded; the message is the loader's own.
-/// Catch it before `error`, which is its base.
+/// The command file could not be loaded; the message comes from the loader. Catch
+/// it before `error`, which is its base.
 class fileError : public error
 {
 public:

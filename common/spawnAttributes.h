@@ -1,5 +1,5 @@
 // How our programs start others with `posix_spawn`: with the default signal
-// handling, whatever we ignore or block.
+// handling, even if we ignore or block signals.
 #pragma once
 
 #include "common/writeSignals.h"

@@ -6,8 +6,9 @@
 
 namespace velEditor {
 
-/// Removes the first line from `text` and returns it without its line feed. What follows
-/// the last line feed is a line too, unless it is empty: call this until `text` is empty.
+/// Removes the first line from `text` and returns it without its line feed. The
+/// text after the last line feed is a line too, unless it is empty. Call this
+/// until `text` is empty.
 [[nodiscard]] constexpr std::string_view takeLine(std::string_view *text)
 {
     const std::string_view line = text->substr(0, text->find('\n'));

@@ -1,7 +1,7 @@
-// The signals that end a program because of a write: SIGPIPE for a pipe or
-// socket without a reader, SIGXFSZ for a file that grows beyond its limit. Our
-// programs ignore both, so that such a write fails like any other and the data
-// can still be saved elsewhere. Programs that ours start get the default actions.
+// The signals that end a program because of a write: SIGPIPE for a pipe or socket
+// without a reader, SIGXFSZ for a file that grows beyond its limit. Our programs
+// ignore both. So such a write fails like any other, and the data can still be
+// saved elsewhere. Programs that our programs start get the default actions.
 #pragma once
 
 #include <csignal>
@@ -17,9 +17,9 @@ inline void restoreWriteSignals()
     std::signal(SIGXFSZ, SIG_DFL);
 }
 
-/// Makes such writes fail from now on, in this process only: a forked child gets
-/// the default actions. `posix_spawn` does not run the fork handlers; its callers
-/// use `SpawnAttributes`, which resets both in the child.
+/// Makes such writes fail from now on, in this process only. A forked child gets
+/// the default actions. `posix_spawn` does not run the fork handlers, so its
+/// callers use `SpawnAttributes`, which resets both signals in the child.
 inline void ignoreWriteSignals()
 {
     std::signal(SIGPIPE, SIG_IGN);

@@ -23,9 +23,11 @@ const bool helpDebugging = helpIsDebugged();
 /// The path of the viewer, relative to the help directory.
 constexpr char viewerSuffix[] = "\\..\\..\\HelpViewer\\OMBRAHelpViewer.exe";
 
-/// Bytes that the viewer's greeting, its port number, may have, end mark included.
+/// The greatest size in bytes of the viewer's greeting (its port number),
+/// including the end mark.
 constexpr std::size_t greetingSize = 20;
-/// A viewer prints its port first. After this time without output it has failed.
+/// A viewer prints its port first. If it prints nothing in this time, it has
+/// failed.
 constexpr std::chrono::seconds greetingLimit(20);
 constexpr int connectAttempts = 5;
 
@@ -74,7 +76,7 @@ const char *kindName(int kind)
     case JavaHelpServer::RegularHelp:
         break;
     }
-    return "regular"; // any other number as well
+    return "regular"; // and for any other number
 }
 
 } // namespace
@@ -95,8 +97,8 @@ JavaHelpServer::~JavaHelpServer()
     JavaHelpServer::disconnect();
 }
 
-// The suffix has backslashes. On this platform that is the name of one file,
-// which may exist; otherwise they are path separators.
+// The suffix has backslashes. On this platform, the whole suffix may be the name
+// of one file; otherwise the backslashes are path separators.
 std::string JavaHelpServer::viewerPath() const
 {
     std::string path = helpDirectory_ + viewerSuffix;
@@ -208,7 +210,8 @@ void JavaHelpServer::send(const std::string &text)
     socket_->socketSend(text.data(), text.size());
 }
 
-// If "QUIT" cannot be sent, the viewer has already ended: nothing to report.
+// If "QUIT" cannot be sent, the viewer has already ended, so there is nothing to
+// report.
 void JavaHelpServer::disconnect()
 {
     if (socket_ == nullptr) {

@@ -1,4 +1,4 @@
-// Child processes and their pipes, by POSIX calls.
+// Child processes and their pipes, with POSIX calls.
 #include "help/ProcessControl.h"
 
 #include "common/spawnAttributes.h"

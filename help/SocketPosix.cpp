@@ -1,4 +1,4 @@
-// TCP connections by POSIX calls.
+// TCP connections with POSIX calls.
 #include "help/Socket.h"
 
 #include "common/error.h"

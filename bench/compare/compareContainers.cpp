@@ -28,10 +28,10 @@ constexpr int zlibRounds = 9;
 constexpr int openRounds = 20;
 constexpr int locateRounds = 5;
 
-/// Ratio of times at 0.9 of the other side's speed.
+/// Ratio of the times if our speed is 0.9 of the other side's speed.
 constexpr double nineTenths = 1.11;
 constexpr double openLimitMs = 5;
-constexpr double locateNanoseconds = 500; // 2,000,000 a second
+constexpr double locateNanoseconds = 500; // 2,000,000 in a second
 
 void check(int code)
 {
@@ -113,9 +113,9 @@ void compareRaw(Scratch &scratch, const std::vector<double> &values)
 
     std::vector<double> back(values.size());
     Side read{[] {}, [&] { check(read_doubles(ours, back)); }};
-    // Both sides read the same bytes of the same file into the same memory, because
-    // the place in the page cache and the alignment of the memory change the time by
-    // up to a third.
+    // Both sides read the same bytes of the same file into the same memory. The
+    // place in the page cache and the alignment of the memory can change the time
+    // by a third.
     const std::size_t from = dataStart(ours);
     Side plainRead{[] {}, [&] { readPlain(ours, back.data(), bytes, from); }};
     compare({&plainRead, &read}, rawRounds);
@@ -154,7 +154,7 @@ void compareZlib(Scratch &scratch, const std::string &type, const std::vector<Va
     report("ds read 64 MiB of " + type + ", level 5", reading, "zlib alone", inflating, 1.05);
 }
 
-/// The bytes of a small dataset in a file to which others will be added.
+/// The bytes of a small dataset. The file has it, and others are added later.
 std::string smallDataset(const std::string &file)
 {
     constexpr std::size_t infoBytes = 36;
@@ -165,7 +165,7 @@ std::string smallDataset(const std::string &file)
     return bytes.substr(infoBytes, end - infoBytes) + "*CRASH";
 }
 
-/// Does the same writes in the same order with the C library alone: format code
+/// Makes the same writes in the same order with only the C library: format code
 /// and a length of zero, the rest up to the end mark, then the length.
 void appendBare(const std::string &file, const std::string &dataset)
 {
@@ -283,8 +283,9 @@ void compareGrowth(const std::string &directory)
 {
     Scratch scratch(directory);
     const std::string file = scratch.path("many");
-    // Twice the datasets may take twice the time, plus some for a logarithm and for
-    // data that no longer fits a cache. Quadratic work takes four times as long.
+    // Twice as many datasets may take twice the time, and a little more for a
+    // logarithm and for data that no longer fits in a cache. Quadratic work takes
+    // four times as long.
     constexpr double aim = 3;
     Growth former;
     for (const int count : {125000, 250000, 500000, 1000000}) {

@@ -16,11 +16,12 @@ void compareTrees(const std::string &directory, std::uint64_t parameters);
 void comparePerl();
 
 /// Compares the container library with fwrite and fread, zlib, the same writes
-/// by the C library alone, and SQLite, on files in a folder. Throws a Failure.
+/// with only the C library, and SQLite, on files in a folder. Throws a Failure.
 void compareContainers(const std::string &directory);
 
-/// Measures the time for 125,000, 250,000, 500,000 and 1,000,000 datasets. Twice
-/// as many must not take much more than twice as long. Throws a Failure.
+/// Measures the time for 125,000, 250,000, 500,000 and 1,000,000 datasets. For
+/// twice as many, the time must not be much more than twice as long. Throws a
+/// Failure.
 void compareGrowth(const std::string &directory);
 
 } // namespace velBench

@@ -7,8 +7,8 @@
 
 namespace velBench {
 
-/// One side of a comparison. `work` is timed; `reset` runs untimed before each
-/// round.
+/// One side of a comparison. `work` is timed. `reset` runs before each round and
+/// is not timed.
 struct Side
 {
     std::function<void()> reset;
@@ -17,19 +17,19 @@ struct Side
 };
 
 /// Runs all sides in turn, several times, so that a busy moment of the computer
-/// affects them alike. Keeps the median of each, because the clock of a virtual
-/// machine errs in both directions. Measures the processor time of this process,
-/// system calls included; files stay in the page cache, so neither the disk nor
-/// other programs count. Short work is repeated for some seconds.
+/// affects them equally. Keeps the median of each, because the clock of a virtual
+/// machine may be wrong in both directions. Measures the processor time of this
+/// process, including system calls. Files stay in the page cache, so the disk and
+/// other programs do not count. Short work is repeated for some seconds.
 void compare(const std::vector<Side *> &sides);
 void compare(const std::vector<Side *> &sides, int rounds);
 
-/// Prints a line of the table: the two times, their ratio, the ratio aimed at (0:
+/// Prints a line of the table: the two times, their ratio, the wanted ratio (0:
 /// none) and whether it was met.
 void report(const std::string &what, const Side &ours, const std::string &other, const Side &theirs,
             double aim);
 
-/// The same for values that are not times; the ratio is ours to theirs.
+/// Like report(), for values that are not times. The ratio is ours to theirs.
 void reportValues(const std::string &what, double ours, const std::string &other, double theirs,
                   const char *unit, double aim);
 

@@ -22,7 +22,7 @@ SqliteStore::SqliteStore(const std::string &file, std::vector<std::string> names
     check(sqlite3_open(file.c_str(), &database_) == SQLITE_OK, "open");
     fill();
     lookUp_ = prepare("SELECT data FROM store WHERE name = ?");
-    run("BEGIN"); // else each look-up would lock the file
+    run("BEGIN"); // otherwise each look-up would lock the file
 }
 
 SqliteStore::~SqliteStore()

@@ -19,8 +19,8 @@ public:
     SqliteStore(const SqliteStore &) = delete;
     SqliteStore &operator=(const SqliteStore &) = delete;
 
-    /// Looks up the blobs of these names, by a prepared statement and a unique text
-    /// key. Throws a Failure if one is missing.
+    /// Looks up the blobs of these names with a prepared statement and a unique
+    /// text key. Throws a Failure if one is missing.
     void lookUp(const std::vector<std::uint32_t> &numbers);
 
 private:

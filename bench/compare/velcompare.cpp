@@ -1,6 +1,6 @@
-// velcompare: compares our code with that of others in one process. It runs the
-// sides in turn, several times. A line of the table has the median of each, their
-// ratio, the ratio aimed at and whether it was met.
+// velcompare: compares our code with the code of others in one process. It runs
+// the sides in turn, several times. A line of the table has the median of each
+// side, their ratio, the wanted ratio and whether it was met.
 #include "bench/compare/comparisons.h"
 #include "bench/compare/side.h"
 #include "bench/velbench/measure.h"

@@ -11,8 +11,8 @@ namespace {
 constexpr std::size_t shortestValue = 5;
 constexpr std::size_t longestValue = 60;
 
-/// A fixed sequence of pseudo-random numbers (splitmix64); the trees must not
-/// depend on the standard library.
+/// A fixed sequence of pseudo-random numbers (splitmix64), because the trees must
+/// not depend on the standard library.
 class Sequence
 {
 public:
@@ -85,7 +85,7 @@ struct BlockKind
     const char *type;
     Words names; ///< empty for a singleton
     Words parameters;
-    unsigned fewest, most; ///< of it below one parent
+    unsigned fewest, most; ///< number of these blocks below one parent
     std::span<const BlockKind> children;
 };
 

@@ -7,7 +7,7 @@ namespace velBench {
 
 namespace {
 
-/// Common base of the writers: the file, and the indentation of the open blocks.
+/// The common base of the writers: the file, and the indent of the open blocks.
 class FileWriter : public TreeWriter
 {
 public:
@@ -64,7 +64,7 @@ public:
     }
 
 private:
-    /// Breaks the line after the last blank that leaves room for the backslash.
+    /// Breaks the line after the last space that leaves room for the backslash.
     void putWrapped(std::string line)
     {
         const std::string continuation = indent() + "  ";
@@ -149,7 +149,7 @@ public:
     }
 
 private:
-    /// XML element names cannot contain blanks.
+    /// XML element names cannot contain spaces.
     static std::string element(std::string_view type)
     {
         std::string name(type);

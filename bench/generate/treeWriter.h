@@ -1,7 +1,7 @@
 // Writes one tree in several notations.
 //
-// A generator calls the writer with a sequence of properly nested events; each
-// writer turns them into one file in one notation:
+// A generator calls the writer with a sequence of nested events. Each writer
+// turns them into one file in one notation:
 //
 // | tree      | VEL            | XML                              | JSON             |
 // |-----------|----------------|----------------------------------|------------------|

@@ -47,7 +47,7 @@ private:
     std::size_t depth_ = 0;
 };
 
-TEST(GenerateSetup, KeepsToItsLimits)
+TEST(GenerateSetup, StaysInItsLimits)
 {
     Listing listing;
     generateSetup(parameters, listing);
@@ -78,7 +78,7 @@ std::string readFile(const std::string &file)
     return text.str();
 }
 
-TEST(TreeWriters, HoldTheSameTree)
+TEST(TreeWriters, ContainTheSameTree)
 {
     const std::string stem = (std::filesystem::temp_directory_path() / "velbench-test").string();
     for (const auto &writer : {makeVelWriter(stem + ".vel"), makePathWriter(stem + ".paths")}) {
@@ -139,7 +139,7 @@ TEST(TreeWriters, WriteXmlAndJson)
     std::filesystem::remove(file);
 }
 
-TEST(TreeWriters, TellOfAShortWrite)
+TEST(TreeWriters, ReportAShortWrite)
 {
     const auto writer = makeVelWriter("/dev/full");
     generateSetup(parameters, *writer);

@@ -14,8 +14,8 @@ using Arguments = std::vector<std::string>;
 struct Call
 {
     const char *name;
-    const char *arguments; ///< as the usage shows them
-    std::size_t fewest;    ///< arguments
+    const char *arguments; ///< as in the usage message
+    std::size_t fewest;    ///< the least number of arguments
     std::size_t most;
     const char *purpose;
     Result (*run)(const Arguments &arguments);
@@ -53,7 +53,7 @@ Result editorMemory(const Arguments &arguments);
 /// The argument with which this program starts itself as the editor.
 inline constexpr const char *editorChild = "editor.child";
 
-/// Runs the editor on the file. When the tree has been painted, prints the time
+/// Runs the editor with the file. When the tree has been painted, prints the time
 /// and ends the process.
 int runEditorChild(int count, char **words);
 

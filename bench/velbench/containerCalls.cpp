@@ -58,8 +58,8 @@ std::vector<double> doublesOf(const Arguments &arguments)
     return values;
 }
 
-/// Times `work`, which does something `params` times, and measures the memory that
-/// it keeps.
+/// Times `work`, which handles `params` elements, and measures the memory that it
+/// keeps.
 Result measure(Result result, const std::function<void()> &reset, const std::function<void()> &work)
 {
     const std::int64_t before = residentBytes();

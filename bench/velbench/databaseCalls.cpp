@@ -25,7 +25,8 @@ void load(velHandle *handle, const std::string &file)
     require(loadVELFile(handle, file.c_str(), "vel"));
 }
 
-/// Walks without recursion, because a file may nest too deep for the stack.
+/// Walks without recursion, because the blocks of a file may nest too deep for
+/// the stack.
 std::uint64_t countParameters(velHandle *handle)
 {
     std::uint64_t count = 0;

@@ -66,7 +66,8 @@ void watchPainting()
     QCoreApplication::instance()->installEventFilter(&watcher);
 }
 
-/// One start: seconds from before the process exists until the tree is painted.
+/// One start: the seconds from before the process exists until the tree is
+/// painted.
 struct Start
 {
     double seconds;

@@ -1,4 +1,4 @@
-// Reads clock and memory, repeats work, prints results.
+// Reads clock and memory, repeats work, and prints results.
 #include "bench/velbench/measure.h"
 
 #include <algorithm>

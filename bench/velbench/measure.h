@@ -8,7 +8,7 @@
 
 namespace velBench {
 
-/// The result of one measurement; printed as one JSON object on a line.
+/// The result of one measurement. It is printed as one JSON object on a line.
 struct Result
 {
     std::string name;
@@ -36,7 +36,8 @@ private:
 [[nodiscard]] std::int64_t residentBytes();
 
 /// Runs `work` at least three times, and again until all runs together take two
-/// seconds. `reset` runs untimed before each. Returns the shortest run, in seconds.
+/// seconds. `reset` runs before each run and is not timed. Returns the shortest
+/// run, in seconds.
 [[nodiscard]] double bestOf(const std::function<void()> &reset, const std::function<void()> &work);
 
 /// False if the line cannot be written to standard output.
@@ -45,8 +46,8 @@ private:
 [[nodiscard]] std::uint64_t fileSize(const std::string &file);
 [[nodiscard]] std::vector<std::string> readLines(const std::string &file);
 
-/// `count` positions from 0 to `size` − 1, each about equally often, in a
-/// pseudo-random order that is always the same.
+/// `count` positions from 0 to `size` − 1, each about equally often. Their order
+/// is pseudo-random, but always the same.
 [[nodiscard]] std::vector<std::uint32_t> fixedOrder(std::size_t size, std::size_t count);
 
 /// Throws a Failure with the message, unless it is null.

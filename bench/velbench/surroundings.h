@@ -3,8 +3,8 @@
 
 namespace velBench {
 
-/// Names the Perl packages and the libraries that ship with the program, unless the
-/// environment does: the bridge and the editor look there.
+/// Names the Perl packages and the libraries that ship with the program if the
+/// environment does not name any: the bridge and the editor look there.
 void completeEnvironment();
 
 } // namespace velBench

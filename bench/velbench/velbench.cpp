@@ -1,5 +1,5 @@
 // velbench CALL ARGUMENTS: measures the code of the programs and prints one JSON
-// object per line. Exit status 0, or 2 if a measurement failed.
+// object on each line. The exit status is 0, or 2 if a measurement failed.
 #include "bench/velbench/calls.h"
 #include "bench/velbench/surroundings.h"
 #include "common/writeSignals.h"

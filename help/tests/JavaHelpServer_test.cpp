@@ -1,4 +1,4 @@
-// Tests the help client with a program that takes the place of the viewer.
+// Tests the help client with a program that replaces the viewer.
 #include "help/JavaHelpServer.h"
 
 #include "help/Socket.h"
@@ -245,7 +245,7 @@ TEST_F(JavaHelpServerTest, warnsOnTheErrorStreamWithoutAScreen)
 }
 
 // A number outside 1 to 65535 is treated like a text that is not a number.
-TEST_F(JavaHelpServerTest, wantsAPortFromTheViewer)
+TEST_F(JavaHelpServerTest, needsAPortFromTheViewer)
 {
     const struct
     {
@@ -350,7 +350,7 @@ TEST_F(JavaHelpServerTest, stopsReadingThePortAfterTwentySeconds)
 }
 
 // There is no warning if the viewer has ended before the editor closes.
-TEST_F(JavaHelpServerTest, closesInSilenceWithoutAViewer)
+TEST_F(JavaHelpServerTest, closesWithoutAWarningIfThereIsNoViewer)
 {
     set("HELP_DOUBLE", "leave");
     testing::internal::CaptureStderr();
@@ -365,7 +365,7 @@ TEST_F(JavaHelpServerTest, closesInSilenceWithoutAViewer)
     EXPECT_EQ(Lines(), warnings);
 }
 
-TEST_F(JavaHelpServerTest, leavesALostViewerInPeace)
+TEST_F(JavaHelpServerTest, sendsNothingToALostViewer)
 {
     set("HELP_DOUBLE", "leave");
     const auto client = newClient();
@@ -376,14 +376,14 @@ TEST_F(JavaHelpServerTest, leavesALostViewerInPeace)
     EXPECT_EQ(Lines(), warnings);
 }
 
-TEST_F(JavaHelpServerTest, knowsOneApplication)
+TEST_F(JavaHelpServerTest, acceptsOnlyOneApplication)
 {
     EXPECT_EXIT(JavaHelpServer("ZOTPost"), testing::ExitedWithCode(255),
                 "^GUI: FATAL: JavaHelpServer does not recognize ZOTPost as valid KOA "
                 "application\\.\nTerminating\\.\\.\\.\n$");
 }
 
-TEST_F(JavaHelpServerTest, showsItsTalkWithTheViewer)
+TEST_F(JavaHelpServerTest, tracesItsConversationWithTheViewer)
 {
     set("KOA_DEBUG_HELP", "");
     const std::string output =

@@ -55,7 +55,7 @@ std::string outputOf(const std::vector<std::string> &words, bool noInherit = fal
     return output;
 }
 
-/// The message of a start that fails; `fd` must not change.
+/// The message of a start that fails. `fd` must not change.
 std::string complaintOf(const std::vector<std::string> &words, int stream)
 {
     int fd = -77;
@@ -88,7 +88,7 @@ TEST(ProcessControl, passesArgumentsUnchanged)
         outputOf({"arguments", "--language", "en us", "", "\"quoted\" $HOME", "filedescriptor"}));
 }
 
-TEST(ProcessControl, tellsTheChildItsDescriptor)
+TEST(ProcessControl, passesTheChildItsDescriptor)
 {
     EXPECT_EQ("through the pipe", outputOf({"write", "filedesc", "through the pipe"}));
 }
@@ -101,7 +101,7 @@ TEST(ProcessControl, replacesEveryFiledesc)
     EXPECT_EQ(std::to_string(number) + "\nx\n" + std::to_string(number) + "\n", output);
 }
 
-TEST(ProcessControl, keepsThePipeFromChildrenWhereAsked)
+TEST(ProcessControl, hidesThePipeFromChildrenOnRequest)
 {
     EXPECT_EQ("open\n", outputOf({"inherits", "filedesc"}, false));
     EXPECT_EQ("closed\n", outputOf({"inherits", "filedesc"}, true));
@@ -129,7 +129,7 @@ TEST(ProcessControl, endsTheChildsInputWithThePipe)
     EXPECT_EQ(process, ::waitpid(process, nullptr, 0));
 }
 
-TEST(ProcessControl, leavesTheParentsStreamsAlone)
+TEST(ProcessControl, doesNotChangeTheParentsStreams)
 {
     testing::internal::CaptureStdout();
     EXPECT_EQ("word\n", outputOf({"arguments", "word"}));
@@ -160,12 +160,12 @@ TEST(ProcessControl, givesForkedChildrenOrdinarySignals)
     restoreWriteSignals();
 }
 
-TEST(ProcessControl, wantsArguments)
+TEST(ProcessControl, needsArguments)
 {
     EXPECT_EQ("ProcessControl::startProcess: not enough arguments\n", complaintOf({}, 1));
 }
 
-TEST(ProcessControl, knowsTwoStreams)
+TEST(ProcessControl, acceptsOnlyTwoStreams)
 {
     const std::string complaint = "ProcessControl::startProcess: error in argument p_fd\n";
     EXPECT_EQ(complaint, complaintOf(child({"echo"}), 2));
@@ -175,7 +175,7 @@ TEST(ProcessControl, knowsTwoStreams)
     EXPECT_EQ(complaint, testing::internal::GetCapturedStderr());
 }
 
-TEST(ProcessControl, saysThatAProgramIsAbsent)
+TEST(ProcessControl, saysThatAProgramIsMissing)
 {
     EXPECT_EQ("ProcessControl::startProcess: _spawnvp(/nowhere/viewer) - "
               "No such file or directory\n",

@@ -52,7 +52,7 @@ TEST(Request, quits)
     EXPECT_EQ("quit", requestText("QUIT"));
 }
 
-TEST(Request, isNothingElse)
+TEST(Request, isDroppedOtherwise)
 {
     for (const char *line :
          {"", "QUIT ", "quit", "zot:x", "ZOT", "OMBRA:x", "DH2:x", "GET / HTTP/1.1", "ZOT:\x01",
@@ -70,7 +70,7 @@ TEST(LineReader, cutsLines)
     EXPECT_EQ("three|/2", joined(reader.feed("e\n\n")));
 }
 
-TEST(LineReader, givesTheSameHoweverTheBytesCome)
+TEST(LineReader, givesTheSameLinesForAnyPiecesOfBytes)
 {
     const QByteArray text = "first\n" + QByteArray(2000, 'x') + "\nsecond\r\n\nlast";
     for (qsizetype step = 1; step <= text.size(); ++step) {

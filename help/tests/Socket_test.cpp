@@ -93,7 +93,7 @@ TEST(Socket, carriesTextBothWays)
     EXPECT_EQ("yes", receive(*pair.client, 3));
 }
 
-TEST(Socket, knowsWhatItIsConnectedTo)
+TEST(Socket, knowsItsHostAndPort)
 {
     const Pair pair;
     EXPECT_EQ(Socket::localHostName(), pair.client->host());
@@ -111,7 +111,7 @@ TEST(Socket, isNotInheritedByChildren)
     EXPECT_EQ(FD_CLOEXEC, ::fcntl(pair.listener.handle(), F_GETFD));
 }
 
-TEST(Socket, isInheritedWhereTheEnvironmentSaysSo)
+TEST(Socket, isInheritedIfTheEnvironmentSaysSo)
 {
     ::setenv("KOA_SOCKET_KEEP_INHERITABLE", "", 1);
     const Pair pair;
@@ -124,7 +124,7 @@ TEST(Socket, sendsMoreThanThePeerTakesAtOnce)
 {
     const Pair pair;
     const std::string text(3'000'000, 'x');
-    // A child process reads, since both ends block.
+    // A child process reads, because both ends block.
     const pid_t reader = ::fork();
     if (reader == 0) {
         ::_exit(receive(*pair.server, text.size()) == text ? 0 : 1);
@@ -144,7 +144,7 @@ TEST(Socket, givesUpOnAPeerThatTakesNothing)
               raisedBy([&] { send(*pair.client, text); }));
 }
 
-/// The duration of so many attempts at a port where nobody listens.
+/// The time that so many attempts take at a port where nobody listens.
 std::chrono::steady_clock::duration timeOfAttempts(int attempts)
 {
     const unsigned short port = freePort();
@@ -208,7 +208,7 @@ TEST(Socket, noticesAPeerThatHasGone)
               raisedBy([&] { send(*pair.client, "x"); }));
 }
 
-// The system's "broken pipe" (EPIPE) is a lost connection, too.
+// The system's "broken pipe" (EPIPE) is a lost connection too.
 TEST(Socket, noticesAPeerThatHasGoneWithNothingUnread)
 {
     const Pair pair;
@@ -372,7 +372,7 @@ TEST(SocketErrors, haveTextsByBothNumbers)
     }
 }
 
-TEST(SocketErrors, areNumbersOtherwise)
+TEST(SocketErrors, haveOnlyANumberOtherwise)
 {
     EXPECT_EQ("error code 0", socketErrorText(0));
     EXPECT_EQ("error code 10061", socketErrorText(10061));

@@ -1,5 +1,5 @@
-// Tests the pages: how they are read, named, found and searched; and that the
-// pages of this help are complete and their links lead somewhere.
+// Tests the pages: how they are read, named, found and searched. Also tests that
+// the pages of this help are complete and that their links have a target.
 #include "help/viewer/Topics.h"
 
 #include <QDir>
@@ -49,7 +49,7 @@ std::string titleOf(const Topic *topic)
 
 } // namespace
 
-TEST_F(TopicsTest, areReadWithTheirFiling)
+TEST_F(TopicsTest, areReadWithTheirNamesAndGroups)
 {
     threePages();
     const Topics all = topics();
@@ -155,7 +155,7 @@ TEST_F(TopicsTest, areNotReadFromALanguageThatIsAPath)
     }
 }
 
-TEST_F(TopicsTest, areNoneWithoutAFolder)
+TEST_F(TopicsTest, areMissingWithoutAFolder)
 {
     const Topics none(folder.filePath("absent"), "en-us");
     EXPECT_EQ(0, none.all().size());
@@ -194,7 +194,7 @@ TEST_F(ShippedTopics, describeObjectsOfTheRules)
     EXPECT_TRUE(boundary->text.contains("### Location"));
     ASSERT_NE(nullptr, topics.find("Boundaries"));
     EXPECT_EQ("topic-boundaries", topics.find("Boundaries")->name.toStdString());
-    // A topic with only one type has no page but that of the type.
+    // If a topic has only one type, its only page is that of the type.
     ASSERT_NE(nullptr, topics.find("Heat conduction"));
     EXPECT_EQ("type-conductivity", topics.find("Heat conduction")->name.toStdString());
 }

@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr auto patience = 60s;
 
-// A script starts the viewer; it logs the start, the end, and the pages that the
+// A script starts the viewer. It logs the start, the end, and the pages that the
 // viewer reports.
 class ViewerTest : public testing::Test
 {
@@ -187,7 +187,7 @@ TEST_F(ViewerTest, saysThatATopicIsUnknown)
     EXPECT_EQ("", warnings);
 }
 
-TEST_F(ViewerTest, keepsToTheEditorWhenOthersComeAndGo)
+TEST_F(ViewerTest, staysWithTheEditorWhenOthersConnectAndLeave)
 {
     client().start();
     Socket(Socket::localHostName(), static_cast<unsigned short>(client().port()), 5).closeAll();
@@ -196,7 +196,7 @@ TEST_F(ViewerTest, keepsToTheEditorWhenOthersComeAndGo)
     EXPECT_EQ("", warnings);
 }
 
-TEST_F(ViewerTest, endsWhenItsOnlyClientGoesBeforeAnythingIsShown)
+TEST_F(ViewerTest, endsWhenItsOnlyClientLeavesBeforeAPageIsShown)
 {
     const char *help = std::getenv("ZOT_HELP_DIR");
     ASSERT_NE(nullptr, help);

@@ -1,6 +1,7 @@
 // Uses the help client from the command line. The first argument is the name of
-// the application; each other one is "TOPIC|SECTION|KIND" or "disconnect". Prints
-// warnings. Tests compare the output, with KOA_DEBUG_HELP in the environment.
+// the application. Each other argument is "TOPIC|SECTION|KIND" or "disconnect".
+// Prints warnings. Tests compare the output, with KOA_DEBUG_HELP in the
+// environment.
 #include "help/JavaHelpServer.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Listening ports, connections, and the requests in what they receive.
+// Listening ports, connections, and the requests in the bytes that they receive.
 #include "help/viewer/Listener.h"
 
 #include <QHostInfo>
@@ -54,7 +54,8 @@ quint16 Listener::port() const
 }
 
 // The name may have an address that this computer does not have. Listening there
-// fails, and no client can use it. So only a port in use is a reason to try again.
+// fails, and no client can use it. So the listener tries again only if a port is
+// in use.
 bool Listener::listenOn(quint16 port)
 {
     for (const QHostAddress &address : ownAddresses()) {

@@ -15,8 +15,8 @@ namespace velHelp {
 namespace {
 
 constexpr qint64 largestPage = 4 << 20;
-/// Counts for a word in the title. No page repeats a word this often, so pages
-/// about the word come first.
+/// The count for a word in the title. No page repeats a word so often, so pages
+/// with the word in their title come first.
 constexpr int titleWeight = 10'000;
 constexpr int excerptLength = 120;
 
@@ -93,8 +93,8 @@ int editDistance(const QString &from, const QString &to)
     return row.back();
 }
 
-/// How much two names differ. If one contains the other, they are equally near
-/// whatever their lengths.
+/// How much two names differ. If one contains the other, the distance does not
+/// depend on their lengths.
 int distance(const QString &wanted, const QString &name)
 {
     if (!wanted.isEmpty() && (name.contains(wanted) || wanted.contains(name))) {
