@@ -115,7 +115,7 @@ void compareRaw(Scratch &scratch, const std::vector<double> &values)
     Side read{[] {}, [&] { check(read_doubles(ours, back)); }};
     // Both sides read the same bytes of the same file into the same memory. The
     // place in the page cache and the alignment of the memory can change the time
-    // by a third.
+    // by up to a third.
     const std::size_t from = dataStart(ours);
     Side plainRead{[] {}, [&] { readPlain(ours, back.data(), bytes, from); }};
     compare({&plainRead, &read}, rawRounds);
@@ -154,7 +154,7 @@ void compareZlib(Scratch &scratch, const std::string &type, const std::vector<Va
     report("ds read 64 MiB of " + type + ", level 5", reading, "zlib alone", inflating, 1.05);
 }
 
-/// The bytes of a small dataset. The file has it, and others are added later.
+/// The bytes of a small dataset, as a file has them while it is extended.
 std::string smallDataset(const std::string &file)
 {
     constexpr std::size_t infoBytes = 36;

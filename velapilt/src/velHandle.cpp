@@ -27,7 +27,7 @@ std::string traceText(const velHandle *handle)
 void emptyHandle(velHandle *handle)
 {
     handle->stack.clear();
-    handle->root = nullptr; // the handle's arena frees the nodes
+    handle->root = nullptr; // the nodes' memory is freed with the handle
     handle->subtreeValidCount = 0;
     handle->table.clear();
     handle->changeHandlers.clear();

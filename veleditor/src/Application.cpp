@@ -46,8 +46,8 @@ bool Application::notify(QObject *receiver, QEvent *event)
     return false;
 }
 
-// `exit` is only for the main loop: without one, every later dialog would return at
-// once, including that of the emergency save.
+// `exit` is only for the main loop. Without a main loop, it would make every
+// later dialog return at once, including the dialog of the emergency save.
 void Application::keep(std::exception_ptr error)
 {
     if (!error_) {

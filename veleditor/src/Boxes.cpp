@@ -23,8 +23,9 @@ namespace velEditor {
 
 namespace {
 
-/// The width of the longest line that fits into a box on this screen, in pixels. The
-/// toolkit does not make boxes wider than this and would cut off a wider label.
+/// The width of the longest line that fits into a box on this screen, in pixels.
+/// The toolkit does not make boxes wider than this, and would cut off a wider
+/// label.
 int widestLine(const QWidget &box)
 {
     constexpr int besideText = 100; // icon, margins and gaps
@@ -60,8 +61,9 @@ public:
         keepButtonsOnScreen();
     }
 
-    /// Call this when the box has its buttons. Makes the box wide enough for its
-    /// title, and removes icons, which only some of the buttons would have.
+    /// Call this when the box has its buttons. It makes the box wide enough for
+    /// its title, and removes icons, because only some of the buttons would have
+    /// them.
     void finish()
     {
         for (QAbstractButton *button : buttons()) {
@@ -104,9 +106,9 @@ private:
         }
     }
 
-    // A text may contain a long value without blanks, or a line for each fault in a
-    // rule library. So a word wider than the box is broken, and a text higher than
-    // the screen is scrolled.
+    // A text may contain a long value without spaces, or a line for each fault in
+    // a rule library. So a word that is wider than the box is broken, and a text
+    // that is higher than the screen is scrolled.
     void keepButtonsOnScreen()
     {
         for (const char *name : {"qt_msgbox_label", "qt_msgbox_informativelabel"}) {
@@ -272,8 +274,8 @@ int run(QDialog &dialog)
         return QDialog::Rejected;
     }
     const int result = dialog.exec();
-    // If a box and then its dialog close, a window manager may still be moving the
-    // keyboard focus to the dialog; then no window would have it.
+    // When a box and then its dialog close, a window manager may still be moving
+    // the keyboard focus to the dialog. Then no window would have it.
     if (QWidget *parent = dialog.parentWidget()) {
         parent->activateWindow();
     }

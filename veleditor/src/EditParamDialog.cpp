@@ -51,8 +51,8 @@ EditParamDialog::EditParamDialog(QWidget *parent, const QString &caption, const 
     setMinimumWidth(fewestPixels);
 }
 
-// If the current value is not an allowed one, it is shown, but the user cannot choose
-// it again after choosing another.
+// If the current value is not an allowed one, it is shown. But the user cannot
+// choose it again after choosing another value.
 void EditParamDialog::addList(QVBoxLayout &layout, const QString &name)
 {
     layout.addWidget(makeLabel(tr("Select a new value for: ") + name, this));

@@ -33,7 +33,7 @@ FindDialog::FindDialog(VELTree *tree) : QDialog(tree), tree_(tree), entry_(new Q
 
     auto *layout = new QVBoxLayout(this);
     layout->setSpacing(10);
-    layout->setContentsMargins(10, 6, 10, 6); // so that everything fits the size below
+    layout->setContentsMargins(10, 6, 10, 6); // so that all parts fit in the size below
     layout->addWidget(makeLabel(tr("Enter the string to find:"), this));
     entry_->setObjectName(QStringLiteral("Text"));
     entry_->setAccessibleName(tr("Text to find"));

@@ -9,8 +9,8 @@ namespace velEditor {
 
 namespace {
 
-// Walks through the rows and remembers its place in each parent, because asking a row
-// for its place among its siblings needs a search.
+// Walks through the rows and remembers its place in each parent, because a row
+// must search for its place among its siblings.
 class Walk
 {
 public:

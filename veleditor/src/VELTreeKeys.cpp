@@ -34,8 +34,9 @@ void VELTree::closeAll()
     }
 }
 
-// Expand All and the search also mark rows without children as open. The key Left would
-// first close such a row, invisibly, before it goes to the parent.
+// Expand All and the search also mark rows without children as open. Before the
+// key Left goes to the parent, it would close such a row, and the user would see
+// nothing.
 QModelIndex VELTree::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
 {
     QTreeWidgetItem *row = currentItem();

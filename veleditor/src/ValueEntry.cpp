@@ -26,7 +26,7 @@ ValueEntry::ValueEntry(const QString &accessibleName, TextEncoding encoding, QWi
 void ValueEntry::offer(const std::string &path)
 {
     if (path == path_) {
-        return; // keep what was chosen
+        return; // keep the chosen value
     }
     path_ = path;
     allowed_ = {};
@@ -42,7 +42,7 @@ void ValueEntry::offer(const std::string &path)
     }
     QWidget *shown = allowed_.empty() ? static_cast<QWidget *>(field_) : list_;
     QWidget *hidden = allowed_.empty() ? static_cast<QWidget *>(list_) : field_;
-    hidden->hide(); // hide first, or the dialog grows for both
+    hidden->hide(); // first, otherwise the dialog grows for both
     shown->show();
     setFocusProxy(shown);
 }

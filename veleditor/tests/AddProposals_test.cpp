@@ -31,7 +31,7 @@ private slots:
 
 namespace {
 
-/// A pump, whose kind requires one parameter more.
+/// A pump, whose kind requires one more parameter.
 const char pumpText[] = "DOMAIN: north\nKind = Fluid\nEND\nDOMAIN: south\nKind = Fluid\nEND\n"
                         "PUMP: p\nKind = Piston\nSpeed = 50\nEND\n";
 const char emptyPumpText[] = "PUMP: p\nEND\n";
@@ -46,8 +46,8 @@ QStringList entries(const QComboBox &list)
     return texts;
 }
 
-/// The value part of the dialog as text: "[a | b] b" for a list with its choice, else
-/// the text of the field.
+/// The value part of the dialog as text: "[a | b] b" for a list with its choice,
+/// otherwise the text of the field.
 QString offeredValue(const AddParamDialog &dialog)
 {
     const auto *list = dialog.findChild<QComboBox *>("Values");
@@ -81,7 +81,8 @@ void AddProposalsTest::offersNamesInTheOrderOfTheRules()
     QCOMPARE(row("/FLOW:A/DOMAIN:D/Reviewer").value(), QString("third"));
 }
 
-// Also if only the kind of the object requires it; it was once after all optional ones.
+// The parameter comes first even if only the kind of the object requires it. It
+// once came after all optional ones.
 void AddProposalsTest::offersAMissingRequiredParameterFirst()
 {
     open(newFile("pump.vel", pumpText));

@@ -324,7 +324,7 @@ void DialogsTest::wrapsWhatNoScreenHolds()
     QCOMPARE(ask(nullptr, box), -1);
 }
 
-// A value without blanks was once cut off at the edge of the box.
+// A value without spaces was once cut off at the edge of the box.
 void DialogsTest::breaksWordsThatNoLineHolds()
 {
     const QString word = QString("0123456789").repeated(40);
@@ -337,7 +337,8 @@ void DialogsTest::breaksWordsThatNoLineHolds()
             QVERIFY(box.rect().contains(QRect(label->mapTo(&box, QPoint()), label->size())));
             const int lines = label->height() / label->fontMetrics().height();
             QVERIFY(lines * label->width() >= label->fontMetrics().horizontalAdvance(word));
-            // Every line but the last one of the word is full, to less than one digit.
+            // Every line of the word except the last one is full, to less than
+            // one digit.
             const QImage picture = label->grab().toImage();
             const int digit = label->fontMetrics().horizontalAdvance('0') + 1;
             int columns = 0;
@@ -394,7 +395,7 @@ void DialogsTest::staysOnEscapeAndFrame()
         QVERIFY(box.isVisible());
         box.close();
         QVERIFY(box.isVisible());
-        box.reject(); // like a failing application
+        box.reject(); // like an application that fails
     });
     QCOMPARE(ask(nullptr, question()), -1);
 }

@@ -1,5 +1,5 @@
-// Tests the Help menu: the requests to the viewer, and the end of the viewer. A test
-// program takes the place of the viewer and logs what it receives.
+// Tests the Help menu: the requests to the viewer, and the end of the viewer. A
+// test program replaces the viewer and logs what it receives.
 #include "veleditor/tests/EditorTest.h"
 
 #include <QAction>

@@ -1,6 +1,6 @@
-// Tests every window for all palettes and scales: nothing is cut off; every control
-// has a name, a key and a place in the tab order. Runs at the usual scale and at
-// twice that.
+// Tests every window for all palettes and scales: nothing is cut off, and every
+// control has a name, a key and a place in the tab order. Runs at the usual scale
+// and at twice that scale.
 #include "veleditor/tests/EditorTest.h"
 
 #include "veleditor/src/AddParamDialog.h"

@@ -1,5 +1,5 @@
-// Tests that no save destroys the only copy of the data: if the file cannot be moved
-// to its .bak, if it is not a regular file, and if the disk is full.
+// Tests that no save destroys the only copy of the data: if the file cannot be
+// moved to its .bak, if it is not a regular file, or if the disk is full.
 #include "veleditor/tests/EditorTest.h"
 
 #include "velparser/api/velparser.h"
@@ -40,7 +40,8 @@ private:
     rlimit before_{};
 };
 
-/// Switches to a user without rights for the life of the object. Only for root.
+/// Switches to a user without rights; the destructor switches back. Only for
+/// root.
 class OtherUser
 {
 public:
@@ -82,7 +83,7 @@ private:
     void openWithoutRoomForABackup();
     /// The box about a failed save, with the system's reason.
     [[nodiscard]] QString failureBox(const QString &reason, const QString &details) const;
-    /// Files in the folder that a save should not leave there.
+    /// Files in the folder that a save should not leave.
     [[nodiscard]] QStringList leftOver() const;
 
     QByteArray before_;
@@ -124,8 +125,8 @@ QStringList SafeSaveTest::leftOver() const
            QDir(folder() + "/state/veleditor/saved").entryList(QDir::Files);
 }
 
-// If there is room neither for a copy of the file nor for the new text, the save
-// reports that and changes nothing.
+// If there is no room for a copy of the file or for the new text, the save
+// reports this and changes nothing.
 void SafeSaveTest::keepsTheFileWhereThereIsRoomForNoCopy()
 {
     openWithoutRoomForABackup();
@@ -193,7 +194,7 @@ void SafeSaveTest::neverMovesADevice()
     QVERIFY(QFile::remove(file()));
     QCOMPARE(mkfifo(qPrintable(file()), 0600), 0);
     answer();
-    QVERIFY(editor().save(file().toStdString())); // without a reader it cannot be opened
+    QVERIFY(editor().save(file().toStdString())); // without a reader, the pipe cannot be opened
     QCOMPARE(boxes.size(), 1);
     QVERIFY2(boxes[0].contains("\nThis may be due to the OMBRA ZOT-Solver run having completed."),
              qPrintable(boxes[0]));
@@ -257,7 +258,7 @@ void SafeSaveTest::doesNotWaitForTheReaderOfAPipe()
     QVERIFY(!tree().isModified());
 }
 
-// Moving between two names of one file does nothing, and writing would then change
+// Moving between two names of one file does nothing. Writing would then change
 // both.
 void SafeSaveTest::keepsWhatASecondNameOfTheFileHolds()
 {

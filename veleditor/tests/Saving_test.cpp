@@ -154,7 +154,7 @@ void SavingTest::savesEveryByteAsItWas()
     open(newFile("bytes.vel", content));
     QVERIFY(editor().save(file().toStdString()));
     QByteArray expected = content;
-    QCOMPARE(contentOf(file()), expected.replace('\t', ' ')); // white space runs become a blank
+    QCOMPARE(contentOf(file()), expected.replace('\t', ' ')); // white space becomes one space
 }
 
 void SavingTest::savesTheSameUnderACommaLocale()
@@ -272,7 +272,7 @@ void SavingTest::saysWhenItCannotOpenTheTarget()
     QCOMPARE(editor().windowTitle(), file() + " - Modified");
 }
 
-// The former file has been moved by then; the box says where it is.
+// The previous file has already been moved, and the box says where it is.
 void SavingTest::saysWhenTheTargetIsAFolder()
 {
     open(copyOf("duct.vel"));

@@ -47,8 +47,8 @@ Editor *mainWindow()
 }
 
 // Called for each new application object. A zero timer can fire while the welcome
-// label or a start-up box is shown, when the window is not yet visible or is blocked;
-// so it waits until there is no modal dialog any more.
+// label or a start-up box is shown. At that time the window is not visible yet,
+// or it is blocked. So this waits until there is no modal dialog any more.
 void prepareUse()
 {
     auto *timer = new QTimer(qApp);
@@ -98,7 +98,7 @@ class StartupTest : public EditorTest
     Q_OBJECT
 
 private:
-    /// Sets the size of the screen for the next run of the program.
+    /// Sets the screen size for the next run of the program.
     void setScreen(int width, int height);
     /// Runs the real program with these arguments and without a display.
     static Run runWithoutDisplay(const QStringList &words);
@@ -460,7 +460,7 @@ void StartupTest::showsWhatWasUpgraded()
 void StartupTest::marksAnUpgradeThatTheUserDoesNotLookAt()
 {
     const QString file = copyOf("old.vel");
-    answer(1); // not the changes
+    answer(1); // do not show the changes
     answer(1); // quit without saving
     QString title;
     QString text;
@@ -541,7 +541,8 @@ void StartupTest::showsChangesBeforeFindings()
     QCOMPARE(shown, QStringList({"VEL Upgrade Messages", "Command File Errors"}));
 }
 
-// The name is the first argument as given, even if it is an option of the toolkit.
+// The name is the first argument unchanged, even if it is an option of the
+// toolkit.
 void StartupTest::namesTheCopyByTheWordAsGiven()
 {
     const QString file = copyOf("duct.vel");
@@ -611,7 +612,7 @@ void StartupTest::savesInEmergencyBeforeTheLoop()
 {
     const QString file = newFile("old.vel", "LANGUAGE:\nVersion = 2.0\nEND\n"
                                             "FLOW: A\nMode = Steady\nDOMAIN: D\nEND\nEND\n");
-    setBoxAnswers({}); // the real ones
+    setBoxAnswers({}); // use the real boxes
     qAddPreRoutine(failInABox);
     const Run result = run({file});
     QCOMPARE(result.output, QString("Error encountered:\nearly\nAttempting to save VEL to " + file +

@@ -78,8 +78,8 @@ void TextTest::givesDocumentsAsLines()
     QCOMPARE(plainText(document), QString::fromUtf16(u"one\ntwo\nthree\u00A0four"));
 }
 
-// White space at both ends of a typed value is removed; line breaks become blanks; a
-// no-break space stays.
+// White space at both ends of a typed value is removed, and line breaks become
+// spaces. A no-break space stays.
 void TextTest::takesTypedValuesAsOneLine()
 {
     const auto value = [](const char16_t *typed) {
@@ -127,7 +127,8 @@ void TextTest::knowsWhatAFileCannotHold_data()
     QTest::newRow("comment") << QByteArray("a # b") << QString("#");
     QTest::newRow("comment first") << QByteArray("#") << QString("#");
     QTest::newRow("comment after an escaped #") << QByteArray("\\##") << QString("#");
-    // An empty comment in the file keeps a final backslash unless blanks follow it.
+    // An empty comment in the file keeps a backslash at the end, unless spaces
+    // follow it.
     QTest::newRow("backslash") << QByteArray("a\\") << QString();
     QTest::newRow("only a backslash") << QByteArray("\\") << QString();
     QTest::newRow("backslash and blanks") << QByteArray("a \\ \t") << QString("backslash");

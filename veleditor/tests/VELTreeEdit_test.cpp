@@ -23,7 +23,7 @@ private:
     static QString stored(const char *path);
     /// Replaces the text of the dialog's field by typing.
     static void type(EditParamDialog &dialog, const QString &text);
-    /// Replaces the text of the field, also with characters that cannot be typed.
+    /// Replaces the text of the field, even by characters that cannot be typed.
     static void paste(EditParamDialog &dialog, const QString &text);
     static void choose(EditParamDialog &dialog, const QString &entry);
 
@@ -265,7 +265,7 @@ void VELTreeEditTest::comesBackWhenTheRowIsEditedBeforeTheErrorsAreClosed()
     doubleClick(title);
     shown<ErrorDialog>().accept();
     QTest::qWait(0);
-    QVERIFY(visible<EditParamDialog>() == nullptr); // the user has done something else
+    QVERIFY(visible<EditParamDialog>() == nullptr); // the user has done something else meanwhile
 
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
         type(dialog, "many");
@@ -414,7 +414,7 @@ void VELTreeEditTest::pressesOkOnCtrlReturn()
     QVERIFY(visible<ErrorDialog>() == nullptr);
 }
 
-// One box says why, and the typed text stays in the field.
+// One box gives the reason, and the typed text stays in the field.
 void VELTreeEditTest::refusesWhatAFileCannotHold()
 {
     open(copyOf("duct.vel"));
@@ -445,7 +445,7 @@ void VELTreeEditTest::refusesWhatAFileCannotHold()
     QCOMPARE(stored(title), QString("5 \\# kept"));
 }
 
-// The writer of its line adds an empty comment, so that the value reads back.
+// The line is written with an empty comment, so that the value reads back.
 void VELTreeEditTest::takesAFinalBackslash()
 {
     open(copyOf("duct.vel"));
@@ -646,14 +646,14 @@ void VELTreeEditTest::selectsNothingAfterADelete()
     QCOMPARE(tree().selectedItems().size(), 1);
 }
 
-// For a table of many thousand numbers, the box was once larger than the screen, and
-// only its buttons close it.
+// For a table of many thousand numbers, the box was once larger than the screen.
+// Only its buttons close it.
 void VELTreeEditTest::showsItsButtonsBelowALongValue()
 {
     const QByteArray numbers = QByteArray("12.5, ").repeated(4000);
     open(newFile("table.vel", "FLOW: A\nTitle = " + numbers + "\nEND\n"));
     select("/FLOW:A/Title");
-    setBoxAnswers({}); // the real ones
+    setBoxAnswers({}); // use the real boxes
     onDialog<QMessageBox>([&](QMessageBox &box) {
         QCOMPARE(box.text(),
                  "You are about to delete the parameter\nTitle = " + QString(numbers.trimmed()) +

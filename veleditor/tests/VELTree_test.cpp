@@ -269,8 +269,8 @@ void VELTreeTest::hasTwoColumns()
     QVERIFY(tree().style() != editor().style());
 }
 
-// The columns fill the view. When the vertical bar appeared, the horizontal one once
-// appeared, too, and the view moved sideways by the width of the bar.
+// The columns fill the view. When the vertical bar appeared, the horizontal bar
+// once appeared too. Then the view moved sideways by the width of the bar.
 void VELTreeTest::needsNoHorizontalBarBesideTheVerticalOne()
 {
     QByteArray text = "FLOW: A\n";
@@ -448,7 +448,7 @@ void VELTreeTest::showsTheFirstThousandCharactersOfAValue()
     const QModelIndex cell = tree().indexFromItem(&row("/FLOW:A/Title"), VELTreeItem::Value);
     const auto *delegate = qobject_cast<QStyledItemDelegate *>(tree().itemDelegate());
     QCOMPARE(delegate->displayText(cell.data(), QLocale::c()), value + QChar(0x2026));
-    QCOMPARE(row("/FLOW:A/Title").value(), value + "xyz"); // copied and edited whole
+    QCOMPARE(row("/FLOW:A/Title").value(), value + "xyz"); // the whole value is copied and edited
 }
 
 void VELTreeTest::showsAnEmptyValue()
@@ -493,8 +493,8 @@ void VELTreeTest::throwsWhenTheDatabaseFails()
              QString("getChildList : getChildList: unable to find the requested path"));
     QCOMPARE(tree().flowItem(), nullptr);
 
-    // The current path of the database has not changed: relative names are found at
-    // the top.
+    // The current path of the database has not changed, so relative names are
+    // found at the top.
     std::optional<std::string> value;
     QCOMPARE(velparser::getStringValue("LANGUAGE/Version", &value), nullptr);
     QCOMPARE(value.value_or(""), std::string("2.1"));

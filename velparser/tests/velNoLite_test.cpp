@@ -1,4 +1,4 @@
-// An interpreter in which VEL::Parser::Lite was never loaded.
+// Tests an interpreter in which VEL::Parser::Lite was never loaded.
 #include "velparser/tests/fakeParser.h"
 
 #include "velparser/api/velparser.h"
@@ -14,7 +14,7 @@ sub new { return bless { database => $database }, shift }
 1;
 )perl"}});
 
-TEST(VelNoLite, AnObjectOfAnotherClassIsNoDatabase)
+TEST(VelNoLite, AnObjectOfAnotherClassIsNotADatabase)
 {
     ASSERT_STREQ(velparser::startVELParser(), nullptr);
     ASSERT_EQ(perl("exists $INC{'VEL/Parser/Lite.pm'} ? 'loaded' : 'not loaded'"), "not loaded");
@@ -23,7 +23,7 @@ TEST(VelNoLite, AnObjectOfAnotherClassIsNoDatabase)
                  "setStringValue: error finding Lite API handle");
 }
 
-TEST(VelNoLite, OnlyTheWaysToLoadAreRegistered)
+TEST(VelNoLite, OnlyTheLoadersAreRegistered)
 {
     EXPECT_EQ(perl("no strict 'refs'; join ' ', grep { defined &{\"VEL::Parser::Lite::$_\"} } "
                    "sort keys %VEL::Parser::Lite::"),
@@ -31,7 +31,7 @@ TEST(VelNoLite, OnlyTheWaysToLoadAreRegistered)
     EXPECT_EQ(perl("defined &DynaLoader::boot_DynaLoader"), "1");
 }
 
-TEST(VelNoLite, NorIsOneThatTakesTheName)
+TEST(VelNoLite, AnObjectThatTakesTheNameIsNotADatabase)
 {
     EXPECT_EQ(perl("$API::database = bless \\(my $x = 1), 'VEL::Parser::Lite'; 1"), "1");
     EXPECT_EQ(velparser::findLiteHandle(), nullptr);
