@@ -340,7 +340,7 @@ const char *LineParser::sweep(velNode *object)
 
 const char *LineParser::sweepChildren(const std::vector<velNode *> &children, bool params)
 {
-    velNode *kept = nullptr; // the last child before the present one that is kept
+    velNode *kept = nullptr; // the last kept child before the present one
     for (velNode *child : children) {
         velNode *node = velNodeNow(handle_, child);
         if (node == nullptr) {

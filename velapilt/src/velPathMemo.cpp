@@ -30,7 +30,7 @@ std::uint64_t velPathMemo::hash(std::string_view path)
 
 void velPathMemo::remember(std::uint64_t hash, velNode *node, std::int64_t entries)
 try {
-    // At most half full after a request for every node.
+    // At most half full, even after a request for every node.
     const auto wanted = static_cast<std::size_t>(entries) / (ways / 2);
     if (sets_.size() < wanted || sets_.empty()) {
         std::vector<Set> grown(std::bit_ceil(wanted | 7));

@@ -217,8 +217,7 @@ TEST(VelListWalk, AListedNodeIsVisitedEvenIfItIsUnlinked)
     std::string visited;
     walkLists(handle->root, [&](velNode *node) {
         visited += called(handle, node) + "\n";
-        if (called(handle, node) ==
-            "FLOW") { // listed with LAST, but its children are not listed yet
+        if (called(handle, node) == "FLOW") { // listed with LAST, but its children are not yet
             handle->root->children.first->next = nullptr;
             node->children.first->next = nullptr;
         }

@@ -23,7 +23,8 @@ byte_buffer allocate(std::int64_t bytes)
 }
 
 /// Writes the length and the stream, part by part. If the stream has one part,
-/// its length is written before it. Otherwise the length is put there at the end.
+/// its length is written before it. Otherwise the length is written to that place
+/// at the end.
 class array_writer
 {
 public:

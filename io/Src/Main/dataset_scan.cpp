@@ -89,7 +89,7 @@ bool dataset_scan::resume()
 /// Looks for the words that follow a length; -1 if there are none.
 std::int64_t dataset_scan::find_beginning(std::int64_t from)
 {
-    // Small, because the bytes may be full of such words that are not a
+    // Small, because the bytes may contain many such words that are not a
     // beginning.
     constexpr std::size_t block_bytes = 4096;
     constexpr std::size_t overlap = IO_TAG_DATASET.size() - 1;

@@ -59,8 +59,8 @@ public:
         add(std::string_view(digits, static_cast<std::size_t>(end - digits)));
     }
 
-    /// Whether the text is below, at or above the prefix. The text is NUL-
-    /// terminated.
+    /// Whether the text is below, at or above the prefix. It must end
+    /// with a NUL.
     [[nodiscard]] int compare(const char *text) const
     {
         return std::strncmp(text, bytes_, length_);

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t buffer_bytes = 256 * 1024;
 constexpr std::size_t page_bytes = 4096;
-constexpr std::size_t straight_bytes = 64 * 1024; // larger reads do not use the buffer
+constexpr std::size_t straight_bytes = 64 * 1024; // reads from this size on do not use the buffer
 constexpr std::size_t first_ahead = 4096; // enough for a small dataset after a look-up in the index
 
 } // namespace
@@ -47,8 +47,8 @@ std::size_t io_stream::buffered() const
 
 bool io_stream::fill()
 {
-    // The read continues where the buffer ended, or a little after it. A client
-    // that reads in order reads much.
+    // A read that continues where the buffer ended, or a little after it, is
+    // probably one of many reads in order.
     std::int64_t skipped = position_ - (start_ + static_cast<std::int64_t>(used_));
     bool in_order = used_ > 0 && skipped >= 0 && skipped < static_cast<std::int64_t>(ahead_);
     ahead_ = in_order ? std::min(ahead_ * 2, buffer_bytes) : first_ahead;

@@ -22,7 +22,7 @@ std::int64_t read_lock_text(io_env &env, const char *name, char (&text)[lock_tex
 {
     for (int attempt = 0;; attempt++) {
         std::unique_ptr<io_file> lock = env.open(name, io_open::read);
-        // A name that is too long for a lock file has no lock file.
+        // If the name is too long for a lock file, no lock file exists.
         there = lock || (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
         std::int64_t got = lock ? lock->read_at(0, text, sizeof text) : -1;
         if (got != 0 || attempt == fresh_attempts) {
@@ -235,8 +235,8 @@ int release_lock(open_file &file)
     if (int code = read_level(file, level)) {
         return code;
     }
-    // Another reader would be the last one and would remove the lock file. The
-    // level in the file then counts the unknown holder.
+    // If this reader lowered the level, the last reader would remove the lock file.
+    // So the level stays, and counts the unknown holder.
     if (foreign && level && *level > 1) {
         return IO_OK;
     }

@@ -44,8 +44,8 @@ std::unique_ptr<io_file> open_stream(open_file &file, char access, bool may_crea
     return stream;
 }
 
-/// The code of `work`. Without memory, 28 and a message with the name of the
-/// function.
+/// Returns the code of `work`. Without memory, returns 28 and gives a message that
+/// names the function.
 template <typename Work>
 [[nodiscard]] int guarded(const open_file &file, const char *function, Work work)
 {
@@ -256,7 +256,7 @@ void trace_crash_tag(const open_file &file, crash_tag result)
     return read_container(file, options);
 }
 
-/// Like setfilebusyflag(), for a file that is open for writing.
+/// Does the work of setfilebusyflag(). The file must be open for writing.
 [[nodiscard]] int mark_busy(open_file &file)
 {
     if (file.lock_level > 1 || (file.lock_level == 1 && file.lock_was_zero)) {

@@ -158,7 +158,7 @@ int io_session::write_compressed_data(const IO_header &header, IO_data &data)
 
 int io_session::delete_datasets(const IO_header &header)
 {
-    // A deletion must not create a file.
+    // A deletion must not create a missing file.
     if (int code = make_busy(primary_, "primary", IO_DELETE_PRIMARY_DS, false)) {
         return code;
     }
