@@ -52,18 +52,18 @@ private slots:
     void showsTheContentsFirst();
     void goesToASection();
     void goesToASectionOfItsFirstPage();
-    void saysThatAPageIsUnknown();
+    void reportsAnUnknownPage();
     void showsUnknownNamesUnchanged();
     void goesBackAndForward();
-    void forgetsWhatWasForward();
-    void countsAPageAskedForTwiceOnce();
+    void forgetsForwardPagesAfterANewPage();
+    void countsARepeatedPageOnce();
     void followsLinks();
-    void loadsNothing();
+    void loadsNoFiles();
     void listsTheContents();
     void opensFromTheContents();
     void searches();
-    void countsWhatItFinds();
-    void goesToWhatWasSearched();
+    void countsItsMatches();
+    void goesToTheSearchedWords();
     void opensTheSearchWithItsTopic();
     void zooms();
     void zoomsByTheWheel();
@@ -145,7 +145,7 @@ void HelpWindowTest::goesToASectionOfItsFirstPage()
     QCOMPARE(place, bar->value());
 }
 
-void HelpWindowTest::saysThatAPageIsUnknown()
+void HelpWindowTest::reportsAnUnknownPage()
 {
     window_->showTopic("Wals", "");
     QVERIFY(shown().startsWith("No such page\nThe help has no page with the name “Wals”.\n"
@@ -177,7 +177,7 @@ void HelpWindowTest::goesBackAndForward()
     QCOMPARE(window_->windowTitle(), QString("Contents - Help"));
 }
 
-void HelpWindowTest::forgetsWhatWasForward()
+void HelpWindowTest::forgetsForwardPagesAfterANewPage()
 {
     window_->showTopic("walls", "");
     window_->showTopic("search", "");
@@ -188,7 +188,7 @@ void HelpWindowTest::forgetsWhatWasForward()
     QCOMPARE(window_->windowTitle(), QString("Walls - Help"));
 }
 
-void HelpWindowTest::countsAPageAskedForTwiceOnce()
+void HelpWindowTest::countsARepeatedPageOnce()
 {
     window_->showTopic("", "");
     auto &contents = child<QTreeWidget>("Contents");
@@ -224,7 +224,7 @@ void HelpWindowTest::followsLinks()
     QCOMPARE(window_->windowTitle(), QString("No such page - Help"));
 }
 
-void HelpWindowTest::loadsNothing()
+void HelpWindowTest::loadsNoFiles()
 {
     window_->showTopic("walls", "");
     QVERIFY(shown().contains("The <b>end</b>."));
@@ -269,7 +269,7 @@ void HelpWindowTest::searches()
     QCOMPARE(hits.count(), 0);
 }
 
-void HelpWindowTest::countsWhatItFinds()
+void HelpWindowTest::countsItsMatches()
 {
     auto &field = child<QLineEdit>("SearchField");
     const auto &count = child<QLabel>("HitCount");
@@ -286,7 +286,7 @@ void HelpWindowTest::countsWhatItFinds()
     QCOMPARE(count.text(), QString());
 }
 
-void HelpWindowTest::goesToWhatWasSearched()
+void HelpWindowTest::goesToTheSearchedWords()
 {
     auto &field = child<QLineEdit>("SearchField");
     for (const char *words : {"far BELOW", "below far"}) {

@@ -26,7 +26,7 @@ private slots:
     void choosesNothingWithoutADefault();
     void keepsATypedValueWhenTheNameChanges();
     void offersTheValuesOfAFreeName();
-    void leavesTypedNamesAsTheyAre();
+    void doesNotChangeTypedNames();
 };
 
 namespace {
@@ -254,7 +254,7 @@ void AddProposalsTest::offersTheValuesOfAFreeName()
 }
 
 // The list of names turned "Spe" into "Speed" and "speed" into "Speed".
-void AddProposalsTest::leavesTypedNamesAsTheyAre()
+void AddProposalsTest::doesNotChangeTypedNames()
 {
     open(newFile("pump.vel", emptyPumpText));
     for (const char *name : {"Spe", "speed"}) {

@@ -46,22 +46,22 @@ private:
 private slots:
     void showsErrors();
     void asksAboutErrors();
-    void setsMessagesOffFromEachOther();
+    void indentsWrappedMessages();
     void showsUpgradeMessages();
     void writesMessagesToAFile();
-    void proposesANameWhereNoneIsGiven();
+    void proposesANameIfNoneIsGiven();
     void writesToAFileWithAnyName();
     void writesNothingWhenCancelled();
-    void saysWhenMessagesCannotBeWritten();
-    void showsBoxesAsTheyAre();
+    void reportsThatMessagesCannotBeWritten();
+    void showsTheTextsOfABoxUnchanged();
     void keepsButtonsInTheirOrder();
     void pressesTheDefaultButtonOnReturn();
     void hasPlainButtons();
     void keepsLinesWhole();
-    void wrapsWhatNoScreenHolds();
-    void breaksWordsThatNoLineHolds();
-    void scrollsWhatNoScreenHolds();
-    void staysOnEscapeAndFrame();
+    void wrapsLinesWiderThanTheScreen();
+    void breaksWordsWiderThanALine();
+    void scrollsTextsHigherThanTheScreen();
+    void staysOpenOnEscapeAndOnClose();
     void closesAnOkBoxOnEscape();
     void keepsABoxWithOneGivenButtonOpen();
     void takesNoAsDefaultAnswer();
@@ -128,7 +128,7 @@ void DialogsTest::asksAboutErrors()
 }
 
 // The continuation of a wrapped message is indented.
-void DialogsTest::setsMessagesOffFromEachOther()
+void DialogsTest::indentsWrappedMessages()
 {
     const QString message = QString("word ").repeated(60).trimmed();
     ErrorDialog dialog(nullptr, "Errors", (message + u'\n' + message).toStdString(), true);
@@ -177,7 +177,7 @@ void DialogsTest::writesMessagesToAFile()
     dialog.setAttribute(Qt::WA_DeleteOnClose, false);
 }
 
-void DialogsTest::proposesANameWhereNoneIsGiven()
+void DialogsTest::proposesANameIfNoneIsGiven()
 {
     MessageDialog dialog(nullptr, "Plain", "Title", "Heading", "&Write", QString(), "x", true, "?");
     dialog.show();
@@ -210,7 +210,7 @@ void DialogsTest::writesNothingWhenCancelled()
     QVERIFY(!QFile::exists("errormessages.txt"));
 }
 
-void DialogsTest::saysWhenMessagesCannotBeWritten()
+void DialogsTest::reportsThatMessagesCannotBeWritten()
 {
     ErrorDialog dialog(nullptr, "Errors", "x", true);
     dialog.show();
@@ -235,7 +235,7 @@ MessageBox DialogsTest::question()
     return box;
 }
 
-void DialogsTest::showsBoxesAsTheyAre()
+void DialogsTest::showsTheTextsOfABoxUnchanged()
 {
     onDialog<QMessageBox>([](QMessageBox &box) {
         QCOMPARE(box.windowTitle(), QString("Title"));
@@ -310,7 +310,7 @@ void DialogsTest::keepsLinesWhole()
     QCOMPARE(ask(nullptr, box), -1);
 }
 
-void DialogsTest::wrapsWhatNoScreenHolds()
+void DialogsTest::wrapsLinesWiderThanTheScreen()
 {
     onDialog<QMessageBox>([&](QMessageBox &box) {
         QVERIFY(box.width() <= box.screen()->availableGeometry().width());
@@ -325,7 +325,7 @@ void DialogsTest::wrapsWhatNoScreenHolds()
 }
 
 // A value without spaces was once cut off at the edge of the box.
-void DialogsTest::breaksWordsThatNoLineHolds()
+void DialogsTest::breaksWordsWiderThanALine()
 {
     const QString word = QString("0123456789").repeated(40);
     for (const bool isDetails : {false, true}) {
@@ -364,7 +364,7 @@ void DialogsTest::breaksWordsThatNoLineHolds()
 }
 
 // A long list of faults in a rule library once pushed the buttons below the screen.
-void DialogsTest::scrollsWhatNoScreenHolds()
+void DialogsTest::scrollsTextsHigherThanTheScreen()
 {
     MessageBox box = question();
     const QString lines = QString("a fault of a rule\n").repeated(200);
@@ -388,7 +388,7 @@ void DialogsTest::scrollsWhatNoScreenHolds()
     }
 }
 
-void DialogsTest::staysOnEscapeAndFrame()
+void DialogsTest::staysOpenOnEscapeAndOnClose()
 {
     onDialog<QMessageBox>([](QMessageBox &box) {
         QTest::keyClick(&box, Qt::Key_Escape);

@@ -27,7 +27,7 @@ private slots:
     void takesTheEncodingFromCommentsToo();
     void keepsTheEncodingOfAValue();
     void storesANewParameterInTheEncodingOfTheFile();
-    void refusesWhatTheFileCannotRepresent();
+    void refusesATextThatTheFileCannotRepresent();
     void refusesANewParameterThatTheFileCannotRepresent();
 };
 
@@ -134,7 +134,7 @@ void EncodingTest::storesANewParameterInTheEncodingOfTheFile()
              "FLOW: A\n  EXPERT PARAMETERS:\n    note = " + wide().toLatin1() + "\n  END\nEND\n");
 }
 
-void EncodingTest::refusesWhatTheFileCannotRepresent()
+void EncodingTest::refusesATextThatTheFileCannotRepresent()
 {
     open(newFile("latin.vel", "# \xE4\n" + flow("old")));
     onDialog<EditParamDialog>(

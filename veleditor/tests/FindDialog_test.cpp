@@ -24,15 +24,15 @@ private:
 private slots:
     void isModalWithoutALoop();
     void findsOnCtrlReturn();
-    void findsWhatIsInClosedBranches();
-    void findsAtThePressOfItsButton();
+    void findsRowsInClosedBranches();
+    void findsWhenItsButtonIsPressed();
     void scrollsToTheMatch();
     void findsTheNextMatchAndWrapsAround();
-    void looksAtLabelsAndValues();
-    void startsBehindTheSelection();
+    void searchesLabelsAndValues();
+    void startsAfterTheSelection();
     void neverFindsASingleLetter();
     void keepsTheTextForTheNextTime();
-    void findsOnWithoutTheDialog();
+    void findsTheNextMatchWithoutTheDialog();
     void startsAgainAfterARebuild();
     void startsAgainAfterItsRowWasDeleted();
 };
@@ -88,7 +88,7 @@ void FindDialogTest::isModalWithoutALoop()
     QCOMPARE(visible<FindDialog>(), nullptr);
 }
 
-void FindDialogTest::findsWhatIsInClosedBranches()
+void FindDialogTest::findsRowsInClosedBranches()
 {
     open(copyOf("duct.vel"));
     tree().doFind();
@@ -99,7 +99,7 @@ void FindDialogTest::findsWhatIsInClosedBranches()
     QVERIFY(!row("/LANGUAGE").isExpanded());
 }
 
-void FindDialogTest::findsAtThePressOfItsButton()
+void FindDialogTest::findsWhenItsButtonIsPressed()
 {
     open(copyOf("duct.vel"));
     tree().doFind();
@@ -145,7 +145,7 @@ void FindDialogTest::findsTheNextMatchAndWrapsAround()
     QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/Kind"));
 }
 
-void FindDialogTest::looksAtLabelsAndValues()
+void FindDialogTest::searchesLabelsAndValues()
 {
     open(copyOf("duct.vel"));
     tree().doFind();
@@ -156,7 +156,7 @@ void FindDialogTest::looksAtLabelsAndValues()
     QCOMPARE(found(), QString("/FLOW:Analysis/DOMAIN:Duct/Location"));
 }
 
-void FindDialogTest::startsBehindTheSelection()
+void FindDialogTest::startsAfterTheSelection()
 {
     open(copyOf("duct.vel"));
     select("/FLOW:Analysis/DOMAIN:Duct/Kind");
@@ -204,7 +204,7 @@ void FindDialogTest::keepsTheTextForTheNextTime()
     QCOMPARE(tree().findChildren<FindDialog *>().size(), 1);
 }
 
-void FindDialogTest::findsOnWithoutTheDialog()
+void FindDialogTest::findsTheNextMatchWithoutTheDialog()
 {
     open(copyOf("duct.vel"));
     press("Ctrl+N"); // nothing was searched yet, so the dialog opens

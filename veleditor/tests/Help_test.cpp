@@ -22,15 +22,15 @@ private:
     void quitsTheViewer(int button);
 
 private slots:
-    void asksForTheTopicsOfTheMenu();
-    void asksForTheIndex();
-    void asksForTheSelectedRow();
+    void requestsTheTopicsOfTheMenu();
+    void requestsTheIndex();
+    void requestsHelpForTheSelectedRow();
     void quitsTheViewerWithTheWindow();
     void quitsTheViewerWithoutSaving();
     void quitsTheViewerAfterSaving();
     void keepsTheViewerWhenTheUserContinues();
-    void startsNoViewerToQuit();
-    void saysThatThereIsNoViewer();
+    void doesNotStartAViewerToQuit();
+    void reportsAMissingViewer();
 };
 
 namespace {
@@ -80,7 +80,7 @@ void EditorHelpTest::quitsTheViewer(int button)
     QCOMPARE(notesUpTo("ended"), QString(started) + "got ZOT:Master Contents\ngot QUIT\nended\n");
 }
 
-void EditorHelpTest::asksForTheTopicsOfTheMenu()
+void EditorHelpTest::requestsTheTopicsOfTheMenu()
 {
     openWithViewer();
     for (const char *entry : {"HelpOnEditor", "HelpOnExpertParams", "HelpContents", "HelpTutorials",
@@ -95,14 +95,14 @@ void EditorHelpTest::asksForTheTopicsOfTheMenu()
                                                                    "got ZOT:Help On Help\n");
 }
 
-void EditorHelpTest::asksForTheIndex()
+void EditorHelpTest::requestsTheIndex()
 {
     openWithViewer();
     editor().helpIndex();
     QCOMPARE(notesUpTo("got ZOT:Master Index"), QString(started) + "got ZOT:Master Index\n");
 }
 
-void EditorHelpTest::asksForTheSelectedRow()
+void EditorHelpTest::requestsHelpForTheSelectedRow()
 {
     openWithViewer();
     press("F1");
@@ -156,7 +156,7 @@ void EditorHelpTest::keepsTheViewerWhenTheUserContinues()
              QString(started) + "got ZOT:Master Contents\ngot ZOT:Tutorials\n");
 }
 
-void EditorHelpTest::startsNoViewerToQuit()
+void EditorHelpTest::doesNotStartAViewerToQuit()
 {
     openWithViewer();
     editor().close();
@@ -164,7 +164,7 @@ void EditorHelpTest::startsNoViewerToQuit()
     QVERIFY(!QFile::exists(folder() + "/log"));
 }
 
-void EditorHelpTest::saysThatThereIsNoViewer()
+void EditorHelpTest::reportsAMissingViewer()
 {
     openWithViewer();
     QFile::remove(folder() + "/HelpViewer/OMBRAHelpViewer.exe");

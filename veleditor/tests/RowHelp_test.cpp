@@ -25,18 +25,18 @@ private:
     static QString menuText(const QMenu &menu);
 
 private slots:
-    void tellsTheRulesOfAParameter();
-    void tellsTheRulesOfAnObject();
-    void tellsWhatCanBeChangedWithoutColour();
-    void tellsNoMoreThanThereIs();
+    void showsTheRulesOfAParameter();
+    void showsTheRulesOfAnObject();
+    void saysInWordsWhatCanBeChanged();
+    void showsOnlyWhatTheRulesReturn();
     void showsMarkupAsText();
     void explainsARowOnRequest();
     void opensItsMenuByKey();
-    void leavesTheRightButtonItsWork();
+    void keepsTheActionOfTheRightButton();
     void choosesFromItsMenuByKey();
     void copiesPathAndValue();
     void expandsAndCollapsesAll();
-    void leavesAParameterAtOnePressOfLeft();
+    void leavesAParameterWithOnePressOfLeft();
 };
 
 namespace {
@@ -87,7 +87,7 @@ QString RowHelpTest::menuText(const QMenu &menu)
     return text;
 }
 
-void RowHelpTest::tellsTheRulesOfAParameter()
+void RowHelpTest::showsTheRulesOfAParameter()
 {
     openDescribed();
     const QString facts = "Mass in unit time.\nType: Real\nUnits: kg s^-1\n"
@@ -103,7 +103,7 @@ void RowHelpTest::tellsTheRulesOfAParameter()
                  "Presence: optional, by \"Optional Parameters\" of OBJECT:PIPE");
 }
 
-void RowHelpTest::tellsTheRulesOfAnObject()
+void RowHelpTest::showsTheRulesOfAnObject()
 {
     openDescribed();
     QCOMPARE(plain(row("/FLOW:A/PIPE:p").toolTip(VELTreeItem::Name)),
@@ -118,7 +118,7 @@ void RowHelpTest::tellsTheRulesOfAnObject()
 }
 
 // A screen reader gets the same text as the tool tip.
-void RowHelpTest::tellsWhatCanBeChangedWithoutColour()
+void RowHelpTest::saysInWordsWhatCanBeChanged()
 {
     openDescribed();
     const struct
@@ -153,7 +153,7 @@ void RowHelpTest::tellsWhatCanBeChangedWithoutColour()
     QCOMPARE(descriptions, QStringList("can be changed"));
 }
 
-void RowHelpTest::tellsNoMoreThanThereIs()
+void RowHelpTest::showsOnlyWhatTheRulesReturn()
 {
     open(copyOf("duct.vel"));
     QCOMPARE(plain(row("/").toolTip(VELTreeItem::Name)), QString("Root"));
@@ -236,7 +236,7 @@ void RowHelpTest::opensItsMenuByKey()
     menu->close();
 }
 
-void RowHelpTest::leavesTheRightButtonItsWork()
+void RowHelpTest::keepsTheActionOfTheRightButton()
 {
     open(copyOf("duct.vel"));
     const QPoint place = tree().visualItemRect(&row("/FLOW:Analysis")).center();
@@ -299,7 +299,7 @@ void RowHelpTest::expandsAndCollapsesAll()
 }
 
 // After Expand All or a search, the first press once only closed the row.
-void RowHelpTest::leavesAParameterAtOnePressOfLeft()
+void RowHelpTest::leavesAParameterWithOnePressOfLeft()
 {
     open(copyOf("duct.vel"));
     const char kind[] = "/FLOW:Analysis/DOMAIN:Duct/Kind";

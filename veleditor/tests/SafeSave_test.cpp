@@ -90,16 +90,16 @@ private:
     static constexpr rlim_t tooSmall = 100; ///< bytes, less than a save writes
 
 private slots:
-    void keepsTheFileWhereThereIsRoomForNoCopy();
+    void keepsTheFileIfThereIsNoRoomForACopy();
     void restoresTheFileWhenWritingItFails();
     void savesInAFolderThatCannotBeWrittenTo();
     void neverMovesADevice();
-    void keepsTheNewTextWhenADeviceTakesNone();
-    void writesToADeviceThatTakesIt();
+    void keepsTheNewTextIfADeviceRefusesIt();
+    void writesToADeviceThatAcceptsIt();
     void doesNotWaitForTheReaderOfAPipe();
-    void keepsWhatASecondNameOfTheFileHolds();
-    void keepsWhatALinkToTheBackupLeadsTo();
-    void keepsTheFormerDataOfAnotherTarget();
+    void keepsTheDataUnderASecondNameOfTheFile();
+    void keepsTheTargetOfALinkToTheBackup();
+    void keepsThePreviousDataOfAnotherTarget();
     void syncsFileAndFolder();
     void syncsTheCopyFirst();
 };
@@ -127,7 +127,7 @@ QStringList SafeSaveTest::leftOver() const
 
 // If there is no room for a copy of the file or for the new text, the save
 // reports this and changes nothing.
-void SafeSaveTest::keepsTheFileWhereThereIsRoomForNoCopy()
+void SafeSaveTest::keepsTheFileIfThereIsNoRoomForACopy()
 {
     openWithoutRoomForABackup();
     answer();
@@ -205,7 +205,7 @@ void SafeSaveTest::neverMovesADevice()
     QVERIFY(tree().isModified());
 }
 
-void SafeSaveTest::keepsTheNewTextWhenADeviceTakesNone()
+void SafeSaveTest::keepsTheNewTextIfADeviceRefusesIt()
 {
     open(copyOf("duct.vel"));
     changeSomething();
@@ -226,7 +226,7 @@ void SafeSaveTest::keepsTheNewTextWhenADeviceTakesNone()
     QVERIFY(tree().isModified());
 }
 
-void SafeSaveTest::writesToADeviceThatTakesIt()
+void SafeSaveTest::writesToADeviceThatAcceptsIt()
 {
     open(copyOf("duct.vel"));
     changeSomething();
@@ -260,7 +260,7 @@ void SafeSaveTest::doesNotWaitForTheReaderOfAPipe()
 
 // Moving between two names of one file does nothing. Writing would then change
 // both.
-void SafeSaveTest::keepsWhatASecondNameOfTheFileHolds()
+void SafeSaveTest::keepsTheDataUnderASecondNameOfTheFile()
 {
     open(copyOf("duct.vel"));
     before_ = contentOf(file());
@@ -272,7 +272,7 @@ void SafeSaveTest::keepsWhatASecondNameOfTheFileHolds()
 }
 
 // The link would replace the data that it points to.
-void SafeSaveTest::keepsWhatALinkToTheBackupLeadsTo()
+void SafeSaveTest::keepsTheTargetOfALinkToTheBackup()
 {
     const QString link = folder() + "/link.vel";
     QVERIFY(QFile::rename(copyOf("duct.vel"), link + ".bak"));
@@ -291,7 +291,7 @@ void SafeSaveTest::keepsWhatALinkToTheBackupLeadsTo()
 }
 
 // A file that already has the name of the emergency copy is not lost either.
-void SafeSaveTest::keepsTheFormerDataOfAnotherTarget()
+void SafeSaveTest::keepsThePreviousDataOfAnotherTarget()
 {
     open(copyOf("duct.vel"));
     before_ = contentOf(file());

@@ -30,29 +30,29 @@ private:
     bool closes();
 
 private slots:
-    void savesAndKeepsTheFormerFile();
+    void savesAndKeepsThePreviousFile();
     void savesLinesOf79Columns();
-    void savesEveryByteAsItWas();
+    void savesEveryByteUnchanged();
     void savesTheSameUnderACommaLocale();
     void keepsThePermissionsOfTheFile();
     void replacesAFileMarkedReadOnly();
-    void leavesAloneWhatALinkLeadsTo();
-    void savesWithoutABackupWhereNoneCanBeMade();
+    void doesNotChangeTheTargetOfALink();
+    void savesWithoutABackupIfNoneCanBeMade();
     void savesToAnotherName();
     void asksBeforeSavingErrors();
-    void saysWhenItCannotOpenTheTarget();
-    void saysWhenTheTargetIsAFolder();
-    void saysWhenItCannotWriteAll();
+    void reportsATargetThatCannotBeOpened();
+    void reportsATargetThatIsAFolder();
+    void reportsAnIncompleteSave();
     void keepsTheBackupThroughFailedSaves();
     void closesAtOnceWithoutChanges();
     void closesByKey();
-    void staysWhenTheUserContinues();
+    void staysOpenWhenTheUserContinues();
     void keepsTheErrorsUntilTheUserHasAnswered();
     void quitsWithoutSaving();
     void savesAndQuits();
     void quitsWhenTheTargetCannotBeOpened();
-    void staysWhenTheUserDeclinesToSaveErrors();
-    void staysWhenSavingFellShort();
+    void staysOpenWhenTheUserDeclinesToSaveErrors();
+    void staysOpenAfterAnIncompleteSave();
 };
 
 namespace {
@@ -116,7 +116,7 @@ bool SavingTest::closes()
     return !editor().isVisible();
 }
 
-void SavingTest::savesAndKeepsTheFormerFile()
+void SavingTest::savesAndKeepsThePreviousFile()
 {
     open(copyOf("duct.vel"));
     const QByteArray before = contentOf(file());
@@ -147,7 +147,7 @@ void SavingTest::savesLinesOf79Columns()
     QVERIFY(lines[2].startsWith("    words"));
 }
 
-void SavingTest::savesEveryByteAsItWas()
+void SavingTest::savesEveryByteUnchanged()
 {
     const QByteArray content = "FLOW: A\n  Title = \xC3\xA4 \xE4 \x80\xFF\tx\n"
                                "  Run Mode = \xF0\x9F\x8C\x80\nEND\n";
@@ -191,7 +191,7 @@ void SavingTest::replacesAFileMarkedReadOnly()
 }
 
 // The link itself is moved, not the file that it points to.
-void SavingTest::leavesAloneWhatALinkLeadsTo()
+void SavingTest::doesNotChangeTheTargetOfALink()
 {
     const QString original = copyOf("duct.vel");
     const QByteArray before = contentOf(original);
@@ -206,7 +206,7 @@ void SavingTest::leavesAloneWhatALinkLeadsTo()
 }
 
 // The save continues if the file could not be moved.
-void SavingTest::savesWithoutABackupWhereNoneCanBeMade()
+void SavingTest::savesWithoutABackupIfNoneCanBeMade()
 {
     open(copyOf("duct.vel"));
     QVERIFY(QDir().mkpath(file() + ".bak"));
@@ -257,7 +257,7 @@ void SavingTest::asksBeforeSavingErrors()
     QVERIFY(!tree().isModified());
 }
 
-void SavingTest::saysWhenItCannotOpenTheTarget()
+void SavingTest::reportsATargetThatCannotBeOpened()
 {
     open(copyOf("duct.vel"));
     changeSomething();
@@ -273,7 +273,7 @@ void SavingTest::saysWhenItCannotOpenTheTarget()
 }
 
 // The previous file has already been moved, and the box says where it is.
-void SavingTest::saysWhenTheTargetIsAFolder()
+void SavingTest::reportsATargetThatIsAFolder()
 {
     open(copyOf("duct.vel"));
     const QByteArray before = contentOf(file());
@@ -292,7 +292,7 @@ void SavingTest::saysWhenTheTargetIsAFolder()
     QVERIFY(tree().isModified());
 }
 
-void SavingTest::saysWhenItCannotWriteAll()
+void SavingTest::reportsAnIncompleteSave()
 {
     open(copyOf("duct.vel"));
     const QByteArray before = contentOf(file());
@@ -344,7 +344,7 @@ void SavingTest::closesByKey()
     QVERIFY(!editor().isVisible());
 }
 
-void SavingTest::staysWhenTheUserContinues()
+void SavingTest::staysOpenWhenTheUserContinues()
 {
     open(copyOf("duct.vel"));
     changeSomething();
@@ -422,7 +422,7 @@ void SavingTest::quitsWhenTheTargetCannotBeOpened()
     QVERIFY2(boxes.last().startsWith("Critical: Error Saving File\n"), qPrintable(boxes.last()));
 }
 
-void SavingTest::staysWhenTheUserDeclinesToSaveErrors()
+void SavingTest::staysOpenWhenTheUserDeclinesToSaveErrors()
 {
     open(newFile("bad.vel", "FLOW: A\nDOMAIN: D\nEND\nEND\n"));
     tree().setModified();
@@ -432,7 +432,7 @@ void SavingTest::staysWhenTheUserDeclinesToSaveErrors()
     QVERIFY(!QFile::exists(file() + ".bak"));
 }
 
-void SavingTest::staysWhenSavingFellShort()
+void SavingTest::staysOpenAfterAnIncompleteSave()
 {
     open(copyOf("duct.vel"));
     changeSomething();

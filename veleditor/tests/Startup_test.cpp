@@ -114,31 +114,31 @@ private slots:
     void endsWithoutADisplay();
     void answersHelpAndVersionWithoutADisplay();
     void ignoresTheSignalsOfFailedWrites();
-    void opensTheLastWord();
+    void opensTheLastArgument();
     void ignoresTheOptionsOfTheToolkit();
-    void takesSafeModeFromAnywhere();
+    void acceptsSafeModeAnywhere();
     void reportsAFileThatCannotBeLoaded();
     void opensAFileNamedLikeAnOption();
     void asksForAFileWhenThereAreOnlyOptionsOfTheToolkit();
     void endsWithTheStatusOfItsLoop();
     void waitsWithTheWaitCursor();
-    void saysWhatItsEnvironmentLacks();
-    void saysThatTheBuildLabelIsMissing();
+    void reportsMissingEnvironmentVariables();
+    void reportsAMissingBuildLabel();
     void placesTheWindow();
     void keepsTheWindowOnASmallScreen();
-    void asksNothingWhenNothingWasUpgraded();
+    void asksNothingWithoutAnUpgrade();
     void showsWhatWasUpgraded();
-    void marksAnUpgradeThatTheUserDoesNotLookAt();
+    void marksAnUpgradeThatIsNotShown();
     void showsFirstFindings();
     void showsChangesBeforeFindings();
     void savesInEmergency();
-    void namesTheCopyByTheWordAsGiven();
+    void namesTheCopyAfterTheUnchangedArgument();
     void closesAnOpenMenuWhenItFails();
-    void savesInEmergencyToTheSecondWord();
-    void savesInEmergencyFromWithinADialog();
+    void savesInEmergencyToTheSecondArgument();
+    void savesInEmergencyDuringADialog();
     void savesInEmergencyBeforeTheLoop();
     void savesNothingWhenTheFirstBuildFails();
-    void reportsAnythingElse();
+    void reportsOtherErrors();
 };
 
 Run StartupTest::run(const QStringList &words, std::function<void(Editor &)> use)
@@ -265,7 +265,7 @@ void StartupTest::ignoresTheSignalsOfFailedWrites()
     }
 }
 
-void StartupTest::opensTheLastWord()
+void StartupTest::opensTheLastArgument()
 {
     const QString file = copyOf("duct.vel");
     QString title;
@@ -289,7 +289,7 @@ void StartupTest::ignoresTheOptionsOfTheToolkit()
     QCOMPARE(title, file);
 }
 
-void StartupTest::takesSafeModeFromAnywhere()
+void StartupTest::acceptsSafeModeAnywhere()
 {
     const QString file = copyOf("duct.vel");
     QString title;
@@ -361,14 +361,14 @@ void StartupTest::waitsWithTheWaitCursor()
     QVERIFY(isOver);
 }
 
-void StartupTest::saysThatTheBuildLabelIsMissing()
+void StartupTest::reportsAMissingBuildLabel()
 {
     qunsetenv("ZOTBUILDID");
     const Run result = run({copyOf("duct.vel")});
     QCOMPARE(result.output, QString("ZOTBUILDID not set; some features will not be available\n"));
 }
 
-void StartupTest::saysWhatItsEnvironmentLacks()
+void StartupTest::reportsMissingEnvironmentVariables()
 {
     qunsetenv("ZOT5ROOT");
     qunsetenv("ZOTBUILDID");
@@ -415,7 +415,7 @@ void StartupTest::placesTheWindow()
     QCOMPARE(geometry, QRect(100, 100, 800, 600));
 }
 
-void StartupTest::asksNothingWhenNothingWasUpgraded()
+void StartupTest::asksNothingWithoutAnUpgrade()
 {
     bool modified = true;
     run({copyOf("duct.vel")}, [&](Editor &editor) {
@@ -457,7 +457,7 @@ void StartupTest::showsWhatWasUpgraded()
     QVERIFY(!modal);
 }
 
-void StartupTest::marksAnUpgradeThatTheUserDoesNotLookAt()
+void StartupTest::marksAnUpgradeThatIsNotShown()
 {
     const QString file = copyOf("old.vel");
     answer(1); // do not show the changes
@@ -543,7 +543,7 @@ void StartupTest::showsChangesBeforeFindings()
 
 // The name is the first argument unchanged, even if it is an option of the
 // toolkit.
-void StartupTest::namesTheCopyByTheWordAsGiven()
+void StartupTest::namesTheCopyAfterTheUnchangedArgument()
 {
     const QString file = copyOf("duct.vel");
     breakRebuilds();
@@ -570,7 +570,7 @@ void StartupTest::closesAnOpenMenuWhenItFails()
     QVERIFY(QFile::exists(file + ".emergency"));
 }
 
-void StartupTest::savesInEmergencyToTheSecondWord()
+void StartupTest::savesInEmergencyToTheSecondArgument()
 {
     const QString file = copyOf("duct.vel");
     breakRebuilds();
@@ -584,7 +584,7 @@ void StartupTest::savesInEmergencyToTheSecondWord()
 
 // The error is thrown while a dialog runs its own event loop; the emergency save then
 // asks a question.
-void StartupTest::savesInEmergencyFromWithinADialog()
+void StartupTest::savesInEmergencyDuringADialog()
 {
     const QString file = newFile("bad.vel", "FLOW: Analysis\nTitle = x\nDOMAIN: Duct\nKind = No\n"
                                             "END\nDOMAIN: Other\nEND\nEND\n");
@@ -634,7 +634,7 @@ void StartupTest::savesNothingWhenTheFirstBuildFails()
     QVERIFY(!QFile::exists(file + ".emergency"));
 }
 
-void StartupTest::reportsAnythingElse()
+void StartupTest::reportsOtherErrors()
 {
     const QString file = copyOf("duct.vel");
     const Run result = run({file}, [](Editor &) { throw 42; });

@@ -21,8 +21,8 @@ private slots:
     void takesTypedValuesAsOneLine();
     void writesParameterLines();
     void shortensLongTexts();
-    void knowsWhatAFileCannotHold_data();
-    void knowsWhatAFileCannotHold();
+    void findsCharactersThatAFileCannotContain_data();
+    void findsCharactersThatAFileCannotContain();
     void matches_data();
     void matches();
 };
@@ -115,7 +115,7 @@ void TextTest::shortensLongTexts()
     QCOMPARE(shortened(half.repeated(1001)), half.repeated(1000) + ellipsis);
 }
 
-void TextTest::knowsWhatAFileCannotHold_data()
+void TextTest::findsCharactersThatAFileCannotContain_data()
 {
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<QString>("reason");
@@ -136,7 +136,7 @@ void TextTest::knowsWhatAFileCannotHold_data()
     QTest::newRow("line break") << QByteArray("a\nb") << QString("control");
 }
 
-void TextTest::knowsWhatAFileCannotHold()
+void TextTest::findsCharactersThatAFileCannotContain()
 {
     QFETCH(QByteArray, value);
     QFETCH(QString, reason);

@@ -32,32 +32,32 @@ private slots:
     void editsByList();
     void editsTheSelectedParameterFromTheMenu();
     void keepsTheValueWhenCancelled();
-    void putsARefusedValueBack();
-    void comesBackWithARefusedText();
-    void comesBackAsOftenAsAValueIsRefused();
-    void comesBackWhenTheRowIsEditedBeforeTheErrorsAreClosed();
-    void doesNotComeBackForARowThatIsGone();
-    void doesNotComeBackForAWindowThatIsGone();
+    void restoresTheValueAfterARefusal();
+    void opensAgainWithARefusedText();
+    void opensAgainAfterEachRefusal();
+    void opensAgainIfTheRowIsEditedBeforeTheErrorsAreClosed();
+    void doesNotOpenAgainForADeletedRow();
+    void doesNotOpenAgainForAClosedWindow();
     void showsACurrentValueThatIsNotAllowed();
-    void makesLineBreaksBlanks();
+    void turnsLineBreaksIntoSpaces();
     void removesWhiteSpaceAtTheEndsBeforeTheCheck();
     void pressesOkOnCtrlReturn();
-    void refusesWhatAFileCannotHold();
-    void takesAFinalBackslash();
-    void leavesAnUntouchedValueAsItIs();
+    void refusesValuesThatAFileCannotContain();
+    void acceptsABackslashAtTheEnd();
+    void doesNotChangeAnUneditedValue();
     void staysInTheEncodingOfTheFile();
-    void takesAnEmptyValue();
+    void acceptsAnEmptyValue();
     void choosesNothingForAnEmptyValue();
-    void saysWhenAValueCannotBeStored();
+    void reportsAValueThatCannotBeStored();
     void editsOnlyAtTheLeftButton();
-    void editsNoObject();
+    void doesNotEditObjects();
     void refusesParametersThatAreNotEditable();
     void asksForASelection();
     void deletesAParameter();
     void selectsNothingAfterADelete();
     void showsItsButtonsBelowALongValue();
     void keepsAParameterWhenTheUserCancels();
-    void refusesToDeleteWhatIsNotEditable();
+    void refusesToDeleteAParameterThatIsNotEditable();
 };
 
 namespace {
@@ -173,7 +173,7 @@ void VELTreeEditTest::keepsTheValueWhenCancelled()
     QVERIFY(!tree().isModified());
 }
 
-void VELTreeEditTest::putsARefusedValueBack()
+void VELTreeEditTest::restoresTheValueAfterARefusal()
 {
     open(copyOf("duct.vel"));
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
@@ -193,7 +193,7 @@ void VELTreeEditTest::putsARefusedValueBack()
 
 // The typed text was once lost. A list of errors does not block the window, so the
 // dialog opens again when the user has closed the list.
-void VELTreeEditTest::comesBackWithARefusedText()
+void VELTreeEditTest::opensAgainWithARefusedText()
 {
     open(copyOf("duct.vel"));
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
@@ -220,7 +220,7 @@ void VELTreeEditTest::comesBackWithARefusedText()
     QVERIFY(visible<ErrorDialog>() == nullptr);
 }
 
-void VELTreeEditTest::comesBackAsOftenAsAValueIsRefused()
+void VELTreeEditTest::opensAgainAfterEachRefusal()
 {
     open(copyOf("duct.vel"));
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
@@ -249,7 +249,7 @@ void VELTreeEditTest::comesBackAsOftenAsAValueIsRefused()
     QCOMPARE(stored(pressure), QString("1"));
 }
 
-void VELTreeEditTest::comesBackWhenTheRowIsEditedBeforeTheErrorsAreClosed()
+void VELTreeEditTest::opensAgainIfTheRowIsEditedBeforeTheErrorsAreClosed()
 {
     open(copyOf("duct.vel"));
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
@@ -282,7 +282,7 @@ void VELTreeEditTest::comesBackWhenTheRowIsEditedBeforeTheErrorsAreClosed()
     QVERIFY(visible<EditParamDialog>() == nullptr);
 }
 
-void VELTreeEditTest::doesNotComeBackForARowThatIsGone()
+void VELTreeEditTest::doesNotOpenAgainForADeletedRow()
 {
     open(copyOf("duct.vel"));
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
@@ -303,7 +303,7 @@ void VELTreeEditTest::doesNotComeBackForARowThatIsGone()
     doubleClick(boundaryKind);
 }
 
-void VELTreeEditTest::doesNotComeBackForAWindowThatIsGone()
+void VELTreeEditTest::doesNotOpenAgainForAClosedWindow()
 {
     open(copyOf("duct.vel"));
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
@@ -333,7 +333,7 @@ void VELTreeEditTest::showsACurrentValueThatIsNotAllowed()
     QCOMPARE(stored("/FLOW:A/DOMAIN:D/Kind"), QString("Plasma"));
 }
 
-void VELTreeEditTest::makesLineBreaksBlanks()
+void VELTreeEditTest::turnsLineBreaksIntoSpaces()
 {
     open(copyOf("duct.vel"));
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
@@ -415,7 +415,7 @@ void VELTreeEditTest::pressesOkOnCtrlReturn()
 }
 
 // One box gives the reason, and the typed text stays in the field.
-void VELTreeEditTest::refusesWhatAFileCannotHold()
+void VELTreeEditTest::refusesValuesThatAFileCannotContain()
 {
     open(copyOf("duct.vel"));
     answer();
@@ -446,7 +446,7 @@ void VELTreeEditTest::refusesWhatAFileCannotHold()
 }
 
 // The line is written with an empty comment, so that the value reads back.
-void VELTreeEditTest::takesAFinalBackslash()
+void VELTreeEditTest::acceptsABackslashAtTheEnd()
 {
     open(copyOf("duct.vel"));
     onDialog<EditParamDialog>([&](EditParamDialog &dialog) {
@@ -467,7 +467,7 @@ void VELTreeEditTest::takesAFinalBackslash()
     QCOMPARE(stored("/FLOW:Analysis/Run Mode"), QString("Steady"));
 }
 
-void VELTreeEditTest::leavesAnUntouchedValueAsItIs()
+void VELTreeEditTest::doesNotChangeAnUneditedValue()
 {
     // A no-break space as UTF-8 and as Latin-1, and a line separator: a text
     // field would lose them.
@@ -501,7 +501,7 @@ void VELTreeEditTest::staysInTheEncodingOfTheFile()
 }
 
 // The rules decide whether a value may be empty; an empty one can be edited again.
-void VELTreeEditTest::takesAnEmptyValue()
+void VELTreeEditTest::acceptsAnEmptyValue()
 {
     open(copyOf("duct.vel"));
     const auto edit = [&](const char *path, const QString &former, const QString &text) {
@@ -538,7 +538,7 @@ void VELTreeEditTest::choosesNothingForAnEmptyValue()
 }
 
 // The rules may have deleted the parameter. The dialog opens again at once.
-void VELTreeEditTest::saysWhenAValueCannotBeStored()
+void VELTreeEditTest::reportsAValueThatCannotBeStored()
 {
     open(copyOf("duct.vel"));
     QCOMPARE(velparser::deleteParam(title), nullptr);
@@ -576,7 +576,7 @@ void VELTreeEditTest::editsOnlyAtTheLeftButton()
     QVERIFY(!tree().isModified());
 }
 
-void VELTreeEditTest::editsNoObject()
+void VELTreeEditTest::doesNotEditObjects()
 {
     open(copyOf("duct.vel"));
     select("/FLOW:Analysis/DOMAIN:Duct");
@@ -677,7 +677,7 @@ void VELTreeEditTest::keepsAParameterWhenTheUserCancels()
     QVERIFY(!tree().isModified());
 }
 
-void VELTreeEditTest::refusesToDeleteWhatIsNotEditable()
+void VELTreeEditTest::refusesToDeleteAParameterThatIsNotEditable()
 {
     open(copyOf("duct.vel"));
     const QString refusal =

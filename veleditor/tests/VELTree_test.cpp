@@ -31,18 +31,18 @@ private slots:
     void showsExpertItemsOnRequest();
     void showsParametersOfTheRoot();
     void knowsTheFlowObject();
-    void takesAnyPathThatBeginsWithFlow();
-    void doesWithoutFlowObject();
+    void acceptsAnyPathThatBeginsWithFlow();
+    void worksWithoutAFlowObject();
     void acceptsTheExpertSectionOnlyInTheFlowObject();
     void showsAnObjectNamedLikeAParameterAsThatParameter();
     void showsBytesAsUtf8ElseAsLatin1();
-    void paintsWhatCanBeChanged();
+    void coloursEditableRows();
     void keepsItsColoursInEveryState();
     void saysWhatTheColoursMean();
     void selectsInBlue();
     void hasTwoColumns();
-    void needsNoHorizontalBarBesideTheVerticalOne();
-    void scrollsSidewaysWhereColumnsAreWider();
+    void showsNoHorizontalBarBesideTheVerticalOne();
+    void scrollsSidewaysIfColumnsAreWider();
     void endsTextsBeforeTheScrollBar();
     void keepsTheOrderOfTheFileUntilSorted();
     void opensAndClosesBranchesWithTheRightButton();
@@ -51,7 +51,7 @@ private slots:
     void showsVeryLongValues();
     void showsTheFirstThousandCharactersOfAValue();
     void showsAnEmptyValue();
-    void takesAFailedQuestionForYes();
+    void treatsAFailedQuestionAsYes();
     void throwsWhenTheDatabaseFails();
 };
 
@@ -116,14 +116,14 @@ void VELTreeTest::knowsTheFlowObject()
     QCOMPARE(tree().lastAddedItem(), nullptr);
 }
 
-void VELTreeTest::takesAnyPathThatBeginsWithFlow()
+void VELTreeTest::acceptsAnyPathThatBeginsWithFlow()
 {
     open(newFile("two.vel", "FLOW: One\nTitle = 1\nEND\nFLOWER: Two\nTitle = 2\nEND\n"));
     QCOMPARE(tree().flowItem(), &row("/FLOWER:Two"));
     QCOMPARE(tree().lastFlowChild(), &row("/FLOWER:Two/Title"));
 }
 
-void VELTreeTest::doesWithoutFlowObject()
+void VELTreeTest::worksWithoutAFlowObject()
 {
     open(newFile("none.vel", "LANGUAGE:\nVersion = 2.1\nEND\n"));
     QCOMPARE(tree().flowItem(), nullptr);
@@ -199,7 +199,7 @@ QColor VELTreeTest::selectionColour(const char *path)
     return picture.pixelColor(picture.width() - 3, 3);
 }
 
-void VELTreeTest::paintsWhatCanBeChanged()
+void VELTreeTest::coloursEditableRows()
 {
     open(copyOf("duct.vel"));
     const char *ordinary = "/FLOW:Analysis/Title";
@@ -271,7 +271,7 @@ void VELTreeTest::hasTwoColumns()
 
 // The columns fill the view. When the vertical bar appeared, the horizontal bar
 // once appeared too. Then the view moved sideways by the width of the bar.
-void VELTreeTest::needsNoHorizontalBarBesideTheVerticalOne()
+void VELTreeTest::showsNoHorizontalBarBesideTheVerticalOne()
 {
     QByteArray text = "FLOW: A\n";
     for (int i = 0; i < 100; ++i) {
@@ -308,7 +308,7 @@ void VELTreeTest::needsNoHorizontalBarBesideTheVerticalOne()
     QCOMPARE(tree().horizontalScrollBar()->maximum(), 0);
 }
 
-void VELTreeTest::scrollsSidewaysWhereColumnsAreWider()
+void VELTreeTest::scrollsSidewaysIfColumnsAreWider()
 {
     open(copyOf("duct.vel"));
     tree().setColumnWidth(VELTreeItem::Name, 700);
@@ -460,7 +460,7 @@ void VELTreeTest::showsAnEmptyValue()
                                        "    Run Mode = x *\n"));
 }
 
-void VELTreeTest::takesAFailedQuestionForYes()
+void VELTreeTest::treatsAFailedQuestionAsYes()
 {
     runPerl("require API; no warnings 'redefine'; *API::isParamEditable = sub { die };\n"
             "*API::isItemExpert = sub { die if $_[1] =~ /Title/; return 0 };\n1;");
