@@ -149,7 +149,7 @@ TEST_F(VelbenchTest, WorksInTheEditor)
     EXPECT_EQ(runBench("editor.edit " + folder_.path("missing")).status, 2);
 }
 
-TEST_F(VelbenchTest, SaysWhatItCannotMeasure)
+TEST_F(VelbenchTest, ReportsWhatItCannotMeasure)
 {
     for (const char *words : {"", "no.call", "vel.parse", "vel.parse a b", "vel.parse /no/such",
                               "vel.lookup /no/such /no/such", "perl.call x"}) {

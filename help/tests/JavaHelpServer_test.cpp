@@ -221,7 +221,7 @@ TEST_F(JavaHelpServerTest, takesAFileNamedByTheSuffixItself)
     EXPECT_TRUE(client->isConnected());
 }
 
-TEST_F(JavaHelpServerTest, saysThatThereIsNoViewer)
+TEST_F(JavaHelpServerTest, reportsAMissingViewer)
 {
     fs::remove(viewer());
     const auto client = newClient();

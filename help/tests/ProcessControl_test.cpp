@@ -175,14 +175,14 @@ TEST(ProcessControl, acceptsOnlyTwoStreams)
     EXPECT_EQ(complaint, testing::internal::GetCapturedStderr());
 }
 
-TEST(ProcessControl, saysThatAProgramIsMissing)
+TEST(ProcessControl, reportsAMissingProgram)
 {
     EXPECT_EQ("ProcessControl::startProcess: _spawnvp(/nowhere/viewer) - "
               "No such file or directory\n",
               complaintOf({"/nowhere/viewer", "x"}, 1));
 }
 
-TEST(ProcessControl, saysThatThereIsNoPipe)
+TEST(ProcessControl, reportsAMissingPipe)
 {
     rlimit before{};
     ASSERT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &before));

@@ -120,7 +120,7 @@ TEST(Socket, isInheritedIfTheEnvironmentSaysSo)
     EXPECT_EQ(0, ::fcntl(pair.server->handle(), F_GETFD));
 }
 
-TEST(Socket, sendsMoreThanThePeerTakesAtOnce)
+TEST(Socket, sendsMoreThanThePeerReceivesAtOnce)
 {
     const Pair pair;
     const std::string text(3'000'000, 'x');
@@ -135,7 +135,7 @@ TEST(Socket, sendsMoreThanThePeerTakesAtOnce)
     EXPECT_EQ(0, status);
 }
 
-TEST(Socket, givesUpOnAPeerThatTakesNothing)
+TEST(Socket, givesUpOnAPeerThatReceivesNothing)
 {
     const Pair pair;
     std::string text;
@@ -159,7 +159,8 @@ std::chrono::steady_clock::duration timeOfAttempts(int attempts)
 TEST(Socket, triesOnceAtLeast)
 {
     for (const int attempts : {1, 0, -3}) {
-        // With a pause every run takes over a second; a busy machine slows only some.
+        // With a pause, every run takes more than a second; a busy machine slows
+        // only some runs.
         auto shortest = timeOfAttempts(attempts);
         for (int more = 0; more < 5 && shortest >= 900ms; ++more) {
             shortest = std::min(shortest, timeOfAttempts(attempts));
@@ -199,7 +200,7 @@ TEST(Socket, saysThatAHostIsUnknown)
         << text;
 }
 
-TEST(Socket, noticesAPeerThatHasGone)
+TEST(Socket, noticesAPeerThatHasClosed)
 {
     const Pair pair;
     send(*pair.server, "unread");
@@ -209,7 +210,7 @@ TEST(Socket, noticesAPeerThatHasGone)
 }
 
 // The system's "broken pipe" (EPIPE) is a lost connection too.
-TEST(Socket, noticesAPeerThatHasGoneWithNothingUnread)
+TEST(Socket, noticesAPeerThatHasClosedWithNothingUnread)
 {
     const Pair pair;
     pair.server->closeAll();
@@ -318,7 +319,7 @@ TEST(Socket, saysThatItCouldNotWait)
     EXPECT_EQ("Socket::waitForConnection - select call failed with error: error in value", text);
 }
 
-TEST(Socket, saysThatThereIsNoDescriptorLeft)
+TEST(Socket, reportsThatNoDescriptorIsLeft)
 {
     rlimit before{};
     ASSERT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &before));

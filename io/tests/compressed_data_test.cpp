@@ -407,7 +407,7 @@ TEST_F(CompressedData, LongStreamsStartWithTheirLength)
     EXPECT_EQ(client_.read("C", "D", 1), text_of({1, 2, 3}));
 }
 
-/// The writer gives up compression after several parts.
+/// The writer stops compressing after several parts.
 TEST_F(CompressedData, LongDataThatDoesNotCompressIsStored)
 {
     std::vector<std::int32_t> values = noise(500000);

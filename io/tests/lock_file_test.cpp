@@ -127,7 +127,7 @@ TEST_F(LockFile, OddLockFiles)
 }
 
 /// Only the process that made such a lock file, or `ds unlock`, removes it.
-TEST_F(LockFile, OfLevelZeroRefusesEveryWriterAlsoAFormerReader)
+TEST_F(LockFile, OfLevelZeroRefusesEveryWriterEvenAfterReading)
 {
     env_["f.lck"] = "         0\n";
     io_client client(env_);

@@ -79,7 +79,8 @@ int write_long_header(io_client &client)
     return client.request(IO_WRITE_PRIMARY_DS, header, data);
 }
 
-/// Values that do not compress, more than the stream's buffer holds.
+/// Values that do not compress, and more of them than the stream's buffer can
+/// store.
 std::vector<double> noise()
 {
     std::vector<double> values(60000);

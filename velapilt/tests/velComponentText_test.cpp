@@ -55,7 +55,7 @@ TEST(ComponentText, IsTheSameFromAQueryAndFromTheWalk)
     EXPECT_EQ(walked, asked);
 }
 
-TEST(Blanks, AreTheSixWhiteSpaceCharactersOfTheCLocale)
+TEST(WhiteSpace, AreTheSixWhiteSpaceCharactersOfTheCLocale)
 {
     std::string blanks;
     for (int c = 0; c < 256; ++c) {
@@ -66,7 +66,7 @@ TEST(Blanks, AreTheSixWhiteSpaceCharactersOfTheCLocale)
     EXPECT_EQ(blanks, "\t\n\v\f\r ");
 }
 
-TEST(Blanks, AreRemovedFromBothEnds)
+TEST(WhiteSpace, AreRemovedFromBothEnds)
 {
     EXPECT_EQ(velTrim(" \t\v\f\r\n a \t b \r\n"), "a \t b");
     EXPECT_EQ(velTrim(std::string(20, ' ') + "x"), "x");

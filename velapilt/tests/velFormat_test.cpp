@@ -437,7 +437,7 @@ TEST(VelFormat, AValueThatEndsInABackslash)
 }
 
 // A program can set such a value, but no file can contain it.
-TEST(VelFormat, ACommentSignInAValueIsWrittenAsItIs)
+TEST(VelFormat, ACommentSignInAValueIsWrittenUnchanged)
 {
     const velHandlePtr handle = parsed("x = 1\n");
     EXPECT_EQ(said(setStringValue(handle.get(), "/x", "a#b")), "");

@@ -212,7 +212,7 @@ TEST(VelHandle, TheLastMessageIsOverwrittenWithTheHandle)
     EXPECT_EQ(kept.text, marker.substr(0, length));
 }
 
-TEST(VelHandle, LiteralMessagesLeaveTheErrorTextAlone)
+TEST(VelHandle, LiteralMessagesDoNotChangeTheErrorText)
 {
     const velHandlePtr handle(velCreateHandle());
     const char *first = parseVELLineH(handle.get(), "x", 0);

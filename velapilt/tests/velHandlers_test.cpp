@@ -72,7 +72,7 @@ private:
 
 // --- Changes -------------------------------------------------------------------------
 
-TEST(VelHandlers, WhatIsReported)
+TEST(VelHandlers, ReportedChanges)
 {
     const velHandlePtr handle(velCreateHandle());
     ChangeLog log(handle);

@@ -7,7 +7,7 @@
 namespace veltool::test {
 namespace {
 
-TEST(TextEngineDocument, ItsProgramDoesWhatItSays)
+TEST(TextEngineDocument, ItsProgramGivesTheShownOutput)
 {
     EXPECT_GT(replaySamples("docs/veltext.md",
                             "versions() { \"$VEL_BUILD_DIR\"/tests/veltext_sample \"$@\"; }"),

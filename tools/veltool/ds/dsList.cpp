@@ -65,7 +65,7 @@ public:
         container.open(file);
         std::vector<container_entry> entries;
         const int code = list_container(container.primary(), all_, entries);
-        // Shows the datasets before the damage as well.
+        // Shows the datasets before the damage too.
         printEach(entries, json_, entryLine, entryJson);
         container.check(code);
         container.close();

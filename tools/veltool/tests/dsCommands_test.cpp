@@ -459,7 +459,7 @@ TEST_F(Ds, KeepsALockOfLevelZero)
 
 /// Only ds unlock removes a lock, and only if no process on this machine has the
 /// file open.
-TEST_F(Ds, UnlocksAFileThatNoProcessHolds)
+TEST_F(Ds, UnlocksAFileThatNoProcessHasOpen)
 {
     const std::string file = sample();
     EXPECT_EQ(ds({"unlock", file}).out, file + ": not locked\n");
@@ -489,7 +489,7 @@ TEST_F(Ds, UnlocksAFileThatNoProcessHolds)
     EXPECT_EQ(ds({"unlock", "-"}).status, 2);
 }
 
-TEST_F(Ds, KeepsTheLockOfAProcessThatHoldsTheFile)
+TEST_F(Ds, KeepsTheLockOfAProcessThatHasTheFileOpen)
 {
     const std::string file = sample();
     folder_.write("sample.res.lck", "        -1\n");

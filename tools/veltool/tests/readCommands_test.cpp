@@ -87,7 +87,7 @@ TEST(Tree, ShowsLibraryDataOnlyWhenAsked)
     EXPECT_EQ(missing.out, "");
 }
 
-TEST(Tree, GivesBytesBesideInvalidUtf8)
+TEST(Tree, GivesBytesForInvalidUtf8)
 {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", "x = a\xFF\n");
@@ -245,7 +245,7 @@ std::string found(const std::string &file, const std::string &text)
     return paths;
 }
 
-TEST(Find, TakesWildcards)
+TEST(Find, AcceptsWildcards)
 {
     const TemporaryFolder folder;
     const std::string file =
@@ -259,7 +259,7 @@ TEST(Find, TakesWildcards)
     EXPECT_EQ(found(file, "s??d"), "");
 }
 
-TEST(Find, TakesNameAndValue)
+TEST(Find, AcceptsNameAndValue)
 {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.vel", "Kind = Fluid\nOther Kind = Fluid\n"
