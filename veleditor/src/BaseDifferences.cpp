@@ -177,7 +177,7 @@ void BaseDifferences::follow(const Edit &edit)
 }
 
 /// An item has changed from `former` to `now`.
-void BaseDifferences::note(const Key &key, std::optional<std::string> former,
+void BaseDifferences::note(const Key &key, const std::optional<std::string> &former,
                            std::optional<std::string> now, std::string before)
 {
     const auto place = items_.try_emplace(key, Item{former, former, {}}).first;

@@ -97,8 +97,8 @@ private:
     using Items = std::map<Key, Item, InTreeOrder>;
 
     void follow(const Edit &edit);
-    void note(const Key &key, std::optional<std::string> former, std::optional<std::string> now,
-              std::string before = {});
+    void note(const Key &key, const std::optional<std::string> &former,
+              std::optional<std::string> now, std::string before = {});
     void noteGone(const Edit &edit, bool isParameter);
     void noteBlock(const std::string &path, const std::string &block, bool isThere,
                    const std::string &before = {});
