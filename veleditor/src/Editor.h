@@ -5,10 +5,13 @@
 #pragma once
 
 #include "help/JavaHelpServer.h"
+#include "veleditor/src/CommandData.h"
 
 #include <QLabel>
 #include <QWidget>
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -88,6 +91,7 @@ private:
     void addStrip();
     void placeStrip();
     void placeTree();
+    [[nodiscard]] Message moveAlong(std::size_t edits, const std::function<Message()> &move);
     void undo();
     void redo();
     void showSteps();

@@ -11,12 +11,17 @@
 #include <QKeySequence>
 #include <QTextDocument>
 
+#include <optional>
+
 namespace velEditor {
 
 namespace {
 
 /// The largest number of characters in a tip; a longer tip would be wider than most screens.
 constexpr int longestLine = 100;
+
+/// With more edits it is faster to make all rows again.
+constexpr std::size_t fewEdits = 20;
 
 /// The text of a tip. A long text becomes markup, because only markup has line breaks, and
 /// text that looks like markup is escaped.
@@ -69,12 +74,33 @@ void Editor::showSteps()
                                           : tr("Nothing to redo"));
 }
 
+/// Undoes or redoes a step of this many edits. The rows follow each of a few edits, but
+/// many edits at once, and then show the last one.
+Message Editor::moveAlong(std::size_t edits, const std::function<Message()> &move)
+{
+    const WaitCursor wait;
+    if (edits <= fewEdits) {
+        return move();
+    }
+    Message failure;
+    std::optional<Edit> last;
+    const auto noting =
+        connect(history_, &UndoHistory::moved, this, [&last](const Edit &edit) { last = edit; });
+    tree_->showAtOnce([&] { failure = move(); });
+    disconnect(noting);
+    if (last) {
+        tree_->showChange(*last);
+    }
+    return failure;
+}
+
 void Editor::undo()
 {
     if (isBelowDialog()) {
         return;
     }
-    if (const Message failure = callWaiting([this] { return history_->undo(); })) {
+    const auto undo = [this] { return history_->undo(); };
+    if (const Message failure = moveAlong(history_->undoSize(), undo)) {
         reportFailure(this, tr("Undo"), fromBytes(*failure));
     }
 }
@@ -84,7 +110,8 @@ void Editor::redo()
     if (isBelowDialog()) {
         return;
     }
-    if (const Message failure = callWaiting([this] { return history_->redo(); })) {
+    const auto redo = [this] { return history_->redo(); };
+    if (const Message failure = moveAlong(history_->redoSize(), redo)) {
         reportFailure(this, tr("Redo"), fromBytes(*failure));
     }
 }

@@ -81,6 +81,16 @@ QString UndoHistory::redoText() const
     return nameOf(undone_);
 }
 
+std::size_t UndoHistory::undoSize() const
+{
+    return done_.empty() ? 0 : done_.back().changes.size();
+}
+
+std::size_t UndoHistory::redoSize() const
+{
+    return undone_.empty() ? 0 : undone_.back().changes.size();
+}
+
 void UndoHistory::clear()
 {
     done_.clear();

@@ -49,6 +49,10 @@ public:
     [[nodiscard]] QString undoText() const;
     [[nodiscard]] QString redoText() const;
 
+    /// How many edits that step has; 0 if there is no such step.
+    [[nodiscard]] std::size_t undoSize() const;
+    [[nodiscard]] std::size_t redoSize() const;
+
     /// Undo the last step, or redo the one that was undone last; nothing happens
     /// if there is none, or inside a group. What was changed is validated, as
     /// after the edit itself, but findings undo nothing. After a failure, which

@@ -9,6 +9,7 @@
 #include "veltext/history.h"
 
 #include <QAction>
+#include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
@@ -83,6 +84,7 @@ private slots:
 
     void saysThatAnUnseenVersionIsKept();
     void saysThatItCouldNotBeKept();
+    void undoesAReloadOfManyObjectsAtOnce();
     void watchesNoPipe();
 };
 
@@ -431,13 +433,40 @@ void FileFeatureTest::saysThatAnUnseenVersionIsKept()
 void FileFeatureTest::saysThatItCouldNotBeKept()
 {
     openStart();
-    newFile("state", "");
+    QVERIFY(QDir(folder()).mkpath("state/veleditor"));
+    newFile("state/veleditor/history", "");
     set(title, "Mine");
     write(start, "First", "Theirs");
     QVERIFY(editor().save(file().toStdString()));
     QVERIFY2(notice().startsWith("The version of another program was replaced, and could not "),
              qPrintable(notice()));
     QVERIFY(contentOf(file() + ".bak").contains("Theirs"));
+}
+
+// Following each edit would take minutes.
+void FileFeatureTest::undoesAReloadOfManyObjectsAtOnce()
+{
+    const auto textOf = [](int step) {
+        QByteArray text = "FLOW: Analysis\n";
+        for (int i = 0; i < 1000; i += step) {
+            text += "  DOMAIN: D" + QByteArray::number(i) + "\n    Kind = Fluid\n  END\n";
+        }
+        return text + "END\n";
+    };
+    open(newFile("file.vel", textOf(1)));
+    select("/FLOW:Analysis/DOMAIN:D500");
+    write(textOf(2));
+    AWAIT_NOTICE(changedText);
+    choose("Reload");
+    QCOMPARE(row("/FLOW:Analysis").childCount(), 500);
+    QCOMPARE(tree().selectedItem()->path(), std::string("/FLOW:Analysis/DOMAIN:D500"));
+    press("Ctrl+Z");
+    QCOMPARE(row("/FLOW:Analysis").childCount(), 1000);
+    QCOMPARE(tree().selectedItem()->path(), std::string("/FLOW:Analysis/DOMAIN:D1"));
+    QCOMPARE(isModified(), QString("modified"));
+    press("Ctrl+Y");
+    QCOMPARE(row("/FLOW:Analysis").childCount(), 500);
+    QCOMPARE(isModified(), QString("not modified"));
 }
 
 void FileFeatureTest::watchesNoPipe()

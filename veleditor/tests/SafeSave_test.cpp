@@ -171,9 +171,10 @@ void SafeSaveTest::savesInAFolderThatCannotBeWrittenTo()
     }
     open(copyOf("duct.vel"));
     changeSomething();
-    QVERIFY(QDir().mkpath(folder() + "/state"));
-    QCOMPARE(chown(qPrintable(file()), OtherUser::nobody, 0), 0);
-    QCOMPARE(chown(qPrintable(folder() + "/state"), OtherUser::nobody, 0), 0);
+    QVERIFY(QDir().mkpath(folder() + "/state/veleditor"));
+    for (const QString &name : {file(), folder() + "/state", folder() + "/state/veleditor"}) {
+        QCOMPARE(chown(qPrintable(name), OtherUser::nobody, 0), 0);
+    }
     QCOMPARE(chmod(qPrintable(folder()), 0755), 0);
     {
         const OtherUser user;
@@ -312,7 +313,8 @@ void SafeSaveTest::keepsThePreviousDataOfAnotherTarget()
 void SafeSaveTest::syncsFileAndFolder()
 {
     open(copyOf("duct.vel"));
-    newFile("state", ""); // no history, which is synced too
+    QVERIFY(QDir(folder()).mkpath("state/veleditor"));
+    newFile("state/veleditor/history", ""); // no history, which is synced too
     changeSomething();
     syncedFiles = syncedFolders = 0;
     QVERIFY(editor().save(file().toStdString()));
@@ -323,7 +325,8 @@ void SafeSaveTest::syncsFileAndFolder()
 void SafeSaveTest::syncsTheCopyFirst()
 {
     openWithoutRoomForABackup();
-    newFile("state", "");
+    QVERIFY(QDir(folder()).mkpath("state/veleditor"));
+    newFile("state/veleditor/history", "");
     syncedFiles = syncedFolders = 0;
     QVERIFY(editor().save(file().toStdString()));
     QCOMPARE(syncedFiles, 2);

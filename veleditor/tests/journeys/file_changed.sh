@@ -21,7 +21,7 @@ await "$file"
 press ctrl+s
 await "$file"
 display_until 30 "the file is saved" test -e "$file.bak"
-is_saved
+is_saved ''
 
 # A file with a mistake is refused, and nothing changes.
 picture
