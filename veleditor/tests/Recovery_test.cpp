@@ -128,6 +128,13 @@ SessionData dataIn(const std::string &bytes)
     return data;
 }
 
+/// How many changes a session says that it has made.
+int changesIn(const QByteArray &output)
+{
+    const QList<QByteArray> lines = output.left(output.lastIndexOf('\n')).split('\n');
+    return lines.constLast().toInt(); // 0 for a line of the test's own
+}
+
 /// Like a full disk: no file of this process grows beyond the size.
 class FileSizeLimit
 {
@@ -617,32 +624,32 @@ void RecoveryTest::killOneSession(int number)
     process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("session")});
     QByteArray output;
     const int wanted = QRandomGenerator::global()->bounded(40);
-    while (output.count('\n') <= wanted && process.waitForReadyRead()) {
+    while (changesIn(output) < wanted && process.waitForReadyRead()) {
         output += process.readAllStandardOutput();
     }
     QThread::usleep(QRandomGenerator::global()->bounded(3000U));
     process.kill(); // SIGKILL
     process.waitForFinished();
     output += process.readAllStandardOutput();
-    QVERIFY2(output.count('\n') > wanted, process.readAllStandardError().constData());
     QCOMPARE(process.exitStatus(), QProcess::CrashExit);
 
-    const QList<QByteArray> lines = output.left(output.lastIndexOf('\n')).split('\n');
-    bool isNumber = false;
-    const int done = lines.constLast().toInt(&isNumber);
-    QVERIFY2(isNumber, output.constData());
+    const int done = changesIn(output);
+    QVERIFY2(done >= wanted, output.constData());
     std::vector<std::string> faults;
     std::vector<veltext::LeftJournal> left =
         veltext::leftJournals(veltext::journalFolder(), name(), &faults);
     QVERIFY(faults.empty());
-    QCOMPARE(left.size(), 1U);
-    const SessionData found = dataIn(veltext::recover(left[0].journal, base_, "duct.vel").bytes);
+    const SessionData found =
+        left.empty() ? SessionData()
+                     : dataIn(veltext::recover(left[0].journal, base_, "duct.vel").bytes);
     QVERIFY2(found == dataAfter(done) || found == dataAfter(done + 1),
              qPrintable(QStringLiteral("session %1: killed after %2 changes, found %3")
                             .arg(number)
                             .arg(done)
                             .arg(QString::fromStdString(textOf(found)))));
-    left[0].file.remove();
+    if (!left.empty()) {
+        left[0].file.remove();
+    }
 }
 
 void RecoveryTest::losesAtMostTheChangeInProgress()
