@@ -133,6 +133,15 @@ std::vector<std::string> CommandData::components(const std::string &path) const
     return components;
 }
 
+std::vector<bool> CommandData::areParameters(const std::string &path) const
+{
+    std::vector<bool> are;
+    for (const velChildInfo &child : childrenOf(path)) {
+        are.push_back(isParam(child));
+    }
+    return are;
+}
+
 CommandData::Place CommandData::placeOf(const std::string &path, bool isParameter) const
 {
     const std::string component = lastComponent(path);

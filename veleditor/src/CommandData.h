@@ -46,6 +46,9 @@ public:
     /// object does not exist.
     [[nodiscard]] std::vector<std::string> components(const std::string &path) const;
 
+    /// Which of an object's children are parameters, in stored order.
+    [[nodiscard]] std::vector<bool> areParameters(const std::string &path) const;
+
     /// The place of a parameter or object among its siblings.
     struct Place
     {

@@ -281,10 +281,7 @@ void Document::noteItsPlace(Edit &edit, bool isParameter) const
 /// Takes the place that a new item gets among the siblings that are there.
 void Document::fitIn(Edit &edit) const
 {
-    std::vector<bool> siblings;
-    for (const CommandData::Child &child : data_.children(parentPath(edit.path))) {
-        siblings.push_back(child.isParameter);
-    }
+    const std::vector<bool> siblings = data_.areParameters(parentPath(edit.path));
     edit.position = positionAmong(siblings, edit);
     edit.parametersBefore =
         static_cast<int>(std::count(siblings.begin(), siblings.begin() + edit.position, true));
