@@ -63,26 +63,6 @@ QStringList linesOf(const std::vector<veltext::Change> &changes)
     return lines;
 }
 
-/// The paths of all parameters, or of all objects, below a node.
-void collectPaths(const Node &node, const std::string &path, bool parameters,
-                  std::vector<std::string> &found)
-{
-    for (const Node &child : node.children) {
-        const std::string below = path + "/" + child.component;
-        if (child.value.has_value() == parameters) {
-            found.push_back(below);
-        }
-        collectPaths(child, below, parameters, found);
-    }
-}
-
-std::vector<std::string> storedPaths(bool parameters)
-{
-    std::vector<std::string> found;
-    collectPaths(storedData(), {}, parameters, found);
-    return found;
-}
-
 /// The order-free comparison of two states of the data.
 QStringList changesBetween(const Node &before, const Node &after, const std::string &path = {})
 {

@@ -5,6 +5,7 @@
 #include "veleditor/src/Document.h"
 #include "veleditor/src/UndoHistory.h"
 #include "veleditor/tests/DataText.h"
+#include "veleditor/tests/RandomObjects.h"
 #include "veltext/commandText.h"
 
 #include <QSignalSpy>
@@ -71,35 +72,6 @@ std::string listOf(const std::vector<Edit> &edits)
         list += isNew ? " at " + std::to_string(edit.position) + "\n" : "\n";
     }
     return list;
-}
-
-/// A random block of an object: few names, so that two texts have many in common.
-std::string randomContent(std::mt19937 &random, int depth)
-{
-    const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
-    std::vector<std::string> parts;
-    for (const char *name : {"Kind", "Title", "Location"}) {
-        if (depth > 0 && below(2) == 0) { // a file has only objects at the top
-            parts.push_back(std::string(name) + " = " + std::to_string(below(3)) + "\n");
-        }
-    }
-    // A parameter and a singleton of one object cannot have the same name.
-    if (depth > 0 && below(2) == 0) {
-        parts.push_back("PART = 1\n");
-    } else if (depth < 4) {
-        parts.push_back("PART:\n" + randomContent(random, depth + 1) + "END\n");
-    }
-    for (const char *name : {"PART: a", "PART: b", "DOMAIN: a"}) {
-        if (depth < 4 && below(2) == 0) {
-            parts.push_back(std::string(name) + "\n" + randomContent(random, depth + 1) + "END\n");
-        }
-    }
-    std::shuffle(parts.begin(), parts.end(), random);
-    std::string text;
-    for (const std::string &part : parts) {
-        text += part;
-    }
-    return text;
 }
 
 } // namespace
@@ -244,9 +216,9 @@ void DataChangeTest::leadsFromAnyTextToAnyOther()
 {
     std::mt19937 random(7); // NOLINT(bugprone-random-generator-seed): the same each time
     for (int round = 0; round < 300; ++round) {
-        load(randomContent(random, 0));
+        load(randomObjects(random, 4));
         const std::string former = dump(storedData());
-        const std::string wanted = randomContent(random, 0);
+        const std::string wanted = randomObjects(random, 4);
         const std::vector<Edit> edits =
             editsTowards(document_->data(), veltext::CommandText(wanted));
         std::vector<Edit> made;
@@ -270,9 +242,9 @@ void DataChangeTest::leadsThereByWholeObjects()
 {
     std::mt19937 random(8); // NOLINT(bugprone-random-generator-seed): the same each time
     for (int round = 0; round < 100; ++round) {
-        load(randomContent(random, 0));
+        load(randomObjects(random, 4));
         const std::string former = dump(storedData());
-        const std::string wanted = randomContent(random, 0);
+        const std::string wanted = randomObjects(random, 4);
         const std::vector<Edit> edits =
             editsTowards(document_->data(), veltext::CommandText(wanted), EditDetail::Objects);
         std::vector<Edit> made;

@@ -57,7 +57,31 @@ void stopOn(const char *failure)
     }
 }
 
+void collectPaths(const Node &node, const std::string &path, bool parameters,
+                  std::vector<std::string> &found)
+{
+    for (const Node &child : node.children) {
+        const std::string below = path + "/" + child.component;
+        if (child.value.has_value() == parameters) {
+            found.push_back(below);
+        }
+        collectPaths(child, below, parameters, found);
+    }
+}
+
 } // namespace
+
+std::vector<std::string> pathsBelow(const Node &node, bool parameters)
+{
+    std::vector<std::string> found;
+    collectPaths(node, {}, parameters, found);
+    return found;
+}
+
+std::vector<std::string> storedPaths(bool parameters)
+{
+    return pathsBelow(storedData(), parameters);
+}
 
 std::string dump(const Node &node, const std::string &indent)
 {

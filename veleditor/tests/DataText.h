@@ -24,6 +24,12 @@ struct Node
 /// The user data in stored order.
 [[nodiscard]] Node storedData(velparser::Session &session = velparser::defaultSession());
 
+/// The paths of all parameters, or of all objects, below a node, in stored order.
+[[nodiscard]] std::vector<std::string> pathsBelow(const Node &node, bool parameters);
+
+/// The same of the user data.
+[[nodiscard]] std::vector<std::string> storedPaths(bool parameters);
+
 /// The lines that a save would write.
 [[nodiscard]] std::vector<std::string>
 writtenLines(velparser::Session &session = velparser::defaultSession());

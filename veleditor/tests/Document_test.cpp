@@ -38,9 +38,7 @@ public:
     /// The paths of all parameters, or of all objects but the root.
     [[nodiscard]] std::vector<std::string> paths(bool parameters) const
     {
-        std::vector<std::string> found;
-        collect(root_, {}, parameters, found);
-        return found;
+        return pathsBelow(root_, parameters);
     }
 
     void set(const std::string &path, const std::string &value) { at(path)->value = value; }
@@ -80,18 +78,6 @@ private:
     {
         return std::find_if(object.children.begin(), object.children.end(),
                             [&](const Node &child) { return child.component == component; });
-    }
-
-    static void collect(const Node &node, const std::string &path, bool parameters,
-                        std::vector<std::string> &found)
-    {
-        for (const Node &child : node.children) {
-            const std::string below = path + "/" + child.component;
-            if (child.value.has_value() == parameters) {
-                found.push_back(below);
-            }
-            collect(child, below, parameters, found);
-        }
     }
 
     Node root_;

@@ -24,19 +24,6 @@ using veltext::test::RandomText;
 
 namespace {
 
-/// The paths of parameters, or of objects, below a node.
-void collect(const Node &node, const std::string &path, bool parameters,
-             std::vector<std::string> &paths)
-{
-    for (const Node &child : node.children) {
-        const std::string below = childPath(path, child.component);
-        if (child.value.has_value() == parameters) {
-            paths.push_back(below);
-        }
-        collect(child, below, parameters, paths);
-    }
-}
-
 /// Random edits of a document, and the paths that they are about.
 class RandomEdits
 {
@@ -55,8 +42,7 @@ public:
 private:
     std::string any(bool parameters)
     {
-        std::vector<std::string> paths;
-        collect(storedData(), "/", parameters, paths);
+        const std::vector<std::string> paths = storedPaths(parameters);
         return paths.empty() ? std::string() : paths[random_.below(paths.size())];
     }
 

@@ -5,6 +5,7 @@
 #include "veleditor/src/Document.h"
 #include "veleditor/src/UndoHistory.h"
 #include "veleditor/tests/DataText.h"
+#include "veleditor/tests/RandomObjects.h"
 #include "veltext/error.h"
 
 #include <QFile>
@@ -172,37 +173,6 @@ private:
     Values ours_;
     Values theirs_;
 };
-
-// --- Random versions ---------------------------------------------------------------
-
-/// A random block of an object: few names, so that versions have many in common.
-std::string randomContent(std::mt19937 &random, int depth)
-{
-    const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
-    std::vector<std::string> parts;
-    for (const char *name : {"Kind", "Title", "Location"}) {
-        if (depth > 0 && below(2) == 0) { // a file has only objects at the top
-            parts.push_back(std::string(name) + " = " + std::to_string(below(3)) + "\n");
-        }
-    }
-    // A parameter and a singleton of one object cannot have the same name.
-    if (depth > 0 && below(2) == 0) {
-        parts.push_back("PART = 1\n");
-    } else if (depth < 3) {
-        parts.push_back("PART:\n" + randomContent(random, depth + 1) + "END\n");
-    }
-    for (const char *name : {"PART: a", "PART: b", "DOMAIN: a"}) {
-        if (depth < 3 && below(2) == 0) {
-            parts.push_back(std::string(name) + "\n" + randomContent(random, depth + 1) + "END\n");
-        }
-    }
-    std::shuffle(parts.begin(), parts.end(), random);
-    std::string text;
-    for (const std::string &part : parts) {
-        text += part;
-    }
-    return text;
-}
 
 } // namespace
 
@@ -536,7 +506,7 @@ void TakeOverTest::agreesWithAModel()
 {
     QFETCH(unsigned, seed);
     std::mt19937 random(seed);
-    const std::string first = randomContent(random, 0);
+    const std::string first = randomObjects(random, 3);
     load(first);
     Values base = valuesOf(first);
     QVERIFY(storedValues() == base);
@@ -548,8 +518,8 @@ void TakeOverTest::agreesWithAModel()
         }
     };
     for (int round = 0; round < 6; ++round) {
-        const std::string mine = randomContent(random, 0);
-        const std::string theirs = randomContent(random, 0);
+        const std::string mine = randomObjects(random, 3);
+        const std::string theirs = randomObjects(random, 3);
         // The window gets to its data by a reload that the base does not follow.
         const std::shared_ptr<FileVersion> known = document_->knownVersion();
         write(mine);

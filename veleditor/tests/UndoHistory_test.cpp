@@ -35,26 +35,6 @@ const char start[] = "FLOW: Analysis\n"
 const char title[] = "/FLOW:Analysis/Title";
 const char duct[] = "/FLOW:Analysis/DOMAIN:Duct";
 
-/// The paths of all parameters, or of all objects, below a node.
-void collectPaths(const Node &node, const std::string &path, bool parameters,
-                  std::vector<std::string> &found)
-{
-    for (const Node &child : node.children) {
-        const std::string below = path + "/" + child.component;
-        if (child.value.has_value() == parameters) {
-            found.push_back(below);
-        }
-        collectPaths(child, below, parameters, found);
-    }
-}
-
-std::vector<std::string> storedPaths(bool parameters)
-{
-    std::vector<std::string> found;
-    collectPaths(storedData(), {}, parameters, found);
-    return found;
-}
-
 std::string inOrder(const char *findings)
 {
     QStringList lines = QString::fromUtf8(findings).split(u'\n');
