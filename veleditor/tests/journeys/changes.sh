@@ -3,19 +3,9 @@
 # window.
 . "$VEL_SOURCE_DIR/veleditor/tests/journeys/journey.sh"
 
-# A button that is pressed by its key acts a moment later.
-press_button() {
-    press "$1"
-    display_settle
-}
-
 use duct.vel
 open_editor "$file"
-select_row 'Title = First run'
-press ctrl+e
-await 'Edit Parameter'
-enter_value 'By hand'
-await "$file - Modified"
+change_value 'Title = First run' 'By hand'
 select_row 'Location = B1, B2'
 press ctrl+d
 await 'Deleting Parameter'

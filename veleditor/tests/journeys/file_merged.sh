@@ -5,11 +5,7 @@
 
 use duct.vel
 open_editor "$file"
-select_row 'Title = First run'
-press ctrl+e
-await 'Edit Parameter'
-enter_value 'By hand'
-await "$file - Modified"
+change_value 'Title = First run' 'By hand'
 
 picture
 rewrite 's/Title = First run/Title = Theirs/;s/Location = B1, B2/Location = B3/'

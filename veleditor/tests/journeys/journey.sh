@@ -16,6 +16,8 @@
 #   picture             remembers what the screen shows
 #   await_change        waits until it shows something else
 #   rewrite SED         edits $file as another program does, in a new file of its name
+#   press_button KEY    presses a button by its key, which acts a moment later
+#   change_value LINE TEXT    gives the parameter of this line of $file another value
 #   enter_value TEXT    answers the open dialog with this text and Ok
 #   is_saved [SED]      checks that $file is the former one with this edit, and that
 #                       its .bak is the former one
@@ -115,6 +117,19 @@ enter_value() {
     press ctrl+a
     write "$1"
     press alt+o
+}
+
+press_button() {
+    press "$1"
+    display_settle
+}
+
+change_value() {
+    select_row "$1"
+    press ctrl+e
+    await 'Edit Parameter'
+    enter_value "$2"
+    await "$file - Modified"
 }
 
 same() {

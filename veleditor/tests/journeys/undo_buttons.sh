@@ -27,11 +27,7 @@ click_change() {
 use duct.vel
 open_editor "$file"
 look clean
-select_row 'Title = First run'
-press ctrl+e
-await 'Edit Parameter'
-enter_value 'By hand'
-await "$file - Modified"
+change_value 'Title = First run' 'By hand'
 look changed
 
 # Undo is what can be pressed now, and then Redo.

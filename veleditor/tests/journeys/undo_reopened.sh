@@ -6,11 +6,7 @@
 
 use duct.vel
 open_editor "$file"
-select_row 'Title = First run'
-press ctrl+e
-await 'Edit Parameter'
-enter_value 'By hand'
-await "$file - Modified"
+change_value 'Title = First run' 'By hand'
 press ctrl+s
 await "$file"
 is_saved 's/Title = First run/Title = By hand/'
@@ -58,11 +54,7 @@ sed 's/Title = First run again/Title = From outside/' "$former" >"$file"
 cp -- "$file" "$former"
 open_editor "$file"
 press ctrl+z ctrl+y
-select_row 'Title = From outside'
-press ctrl+e
-await 'Edit Parameter'
-enter_value 'By hand'
-await "$file - Modified"
+change_value 'Title = From outside' 'By hand'
 press ctrl+z ctrl+z
 await "$file"
 press ctrl+q

@@ -5,11 +5,7 @@
 
 use duct.vel
 open_editor "$file"
-select_row 'Title = First run'
-press ctrl+e
-await 'Edit Parameter'
-enter_value 'By hand'
-await "$file - Modified"
+change_value 'Title = First run' 'By hand'
 mv -- "$folder" "$display_dir/away"
 press ctrl+s
 await 'Error Saving File'
