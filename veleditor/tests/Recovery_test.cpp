@@ -1,6 +1,7 @@
 // The journal of unsaved changes in the window: what is on the disk after each change,
 // what the next start offers, and that a kill loses at most the change in progress.
 #include "veleditor/tests/EditorTest.h"
+#include "veleditor/tests/FileSizeLimit.h"
 
 #include "veleditor/src/DataChange.h"
 #include "veleditor/src/DifferenceList.h"
@@ -26,7 +27,6 @@
 #include <optional>
 #include <set>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -134,26 +134,6 @@ int changesIn(const QByteArray &output)
     const QList<QByteArray> lines = output.left(output.lastIndexOf('\n')).split('\n');
     return lines.constLast().toInt(); // 0 for a line of the test's own
 }
-
-/// Like a full disk: no file of this process grows beyond the size.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        rlimit limit = before_;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-
-private:
-    rlimit before_{};
-};
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // Tests that no save destroys the only copy of the data: if the file cannot be
 // moved to its .bak, if it is not a regular file, or if the disk is full.
 #include "veleditor/tests/EditorTest.h"
+#include "veleditor/tests/FileSizeLimit.h"
 
 #include "velparser/api/velparser.h"
 
@@ -8,10 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <csignal>
-
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,24 +19,6 @@ namespace {
 
 int syncedFiles = 0;
 int syncedFolders = 0;
-
-// Limits the size of files that this process writes, like a full disk.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        rlimit limit = before_;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-private:
-    rlimit before_{};
-};
 
 /// Switches to a user without rights; the destructor switches back. Only for
 /// root.

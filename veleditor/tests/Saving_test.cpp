@@ -1,5 +1,6 @@
 // Tests saving, and closing the window with and without saving.
 #include "veleditor/tests/EditorTest.h"
+#include "veleditor/tests/FileSizeLimit.h"
 
 #include "veleditor/src/MessageDialog.h"
 #include "velparser/api/velparser.h"
@@ -12,10 +13,7 @@
 #include <QTextEdit>
 
 #include <clocale>
-#include <csignal>
 #include <string_view>
-
-#include <sys/resource.h>
 
 using namespace velEditor;
 
@@ -81,24 +79,6 @@ const char ductFormatted[] = "LANGUAGE:\n"
                              "    END\n"
                              "  END\n"
                              "END\n";
-
-// Limits the size of files that this process writes, like a full disk.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        rlimit limit = before_;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-private:
-    rlimit before_{};
-};
 
 } // namespace
 
