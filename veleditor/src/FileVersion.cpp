@@ -57,7 +57,7 @@ struct Content
     std::string bytes;
 };
 
-/// Nothing if there is no regular file, or it cannot be read. Does not wait for a pipe.
+/// Nothing if it is not a regular file, or cannot be read. Does not wait for a pipe.
 std::optional<Content> contentOf(const std::string &file)
 {
     const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);

@@ -22,7 +22,7 @@ public:
     SpareFile(const SpareFile &) = delete;
     SpareFile &operator=(const SpareFile &) = delete;
 
-    /// Whether all bytes are on the disk. If not, there is no file.
+    /// Whether all bytes are on the disk. If not, the file does not exist.
     [[nodiscard]] bool isComplete() const { return !name_.empty(); }
 
     /// Why the file is not complete: the system's message.

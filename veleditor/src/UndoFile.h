@@ -36,7 +36,7 @@ public:
     /// intact. Throws a veltext::Error if it cannot be read.
     [[nodiscard]] KeptUndo read(std::string_view text) const;
 
-    /// Replaces what was kept, in one step. Without steps there is no file. Throws a
+    /// Replaces what was kept, in one step. Without steps, removes the file. Throws a
     /// veltext::Error; what was kept is then unchanged.
     void write(std::string_view text, const UndoSteps &steps) const;
 

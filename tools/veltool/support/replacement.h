@@ -23,7 +23,7 @@ public:
     /// the previous version, it is reported, and the file is replaced anyway.
     void replace(const veltext::EditedFile &file, std::string_view bytes) const;
 
-    /// Likewise for a file that need not exist; there is no FILE.bak.
+    /// The same for a file that need not exist, and without a FILE.bak.
     void write(const std::string &file, std::string_view bytes) const;
 
     /// Whether FILE.bak has the previous version.
